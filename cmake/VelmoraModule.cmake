@@ -1,0 +1,84 @@
+# Targets of this project: one static library per folder of src/, thin programs and test programs over them.
+include(GNUInstallDirs)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# Own code only: linked privately, so that nobody else's headers are held to it.
+add_library(velmora_warnings INTERFACE)
+target_compile_options(velmora_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor
+  -Woverloaded-virtual -Wold-style-cast -Wcast-qual -Wformat=2 -Wimplicit-fallthrough
+  $<$<BOOL:${VELMORA_DEVELOPER}>:-Werror>)
+
+if(VELMORA_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# velmora_module(FOLDER LINKS targets...): the library velmora_<folder> out of every source in src/FOLDER but main.cpp.
+# In developer mode each header of the folder is also compiled alone.
+function(velmora_module folder)
+  cmake_parse_arguments(ARG "" "" "LINKS" ${ARGN})
+  string(REPLACE "/" "_" suffix "${folder}")
+  set(target velmora_${suffix})
+  file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp")
+  file(GLOB headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.h")
+  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+  if(NOT sources)
+    add_library(${target} INTERFACE)
+    target_include_directories(${target} INTERFACE "${PROJECT_SOURCE_DIR}/src")
+    target_link_libraries(${target} INTERFACE ${ARG_LINKS})
+    return()
+  endif()
+  add_library(${target} STATIC)
+  target_sources(${target} PRIVATE ${sources} ${headers})
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
+  target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}/src")
+  target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE velmora_warnings)
+  if(VELMORA_DEVELOPER AND headers)
+    velmora_lone_headers(${target} "${folder}" "${headers}")
+  endif()
+endfunction()
+
+# One source per header that includes nothing else, so that a header which leans on its neighbours does not build.
+function(velmora_lone_headers target folder headers)
+  set(lone)
+  foreach(header IN LISTS headers)
+    get_filename_component(name "${header}" NAME_WE)
+    set(source "${PROJECT_BINARY_DIR}/lone/${folder}/${name}.cpp")
+    file(CONFIGURE OUTPUT "${source}" CONTENT "#include \"${folder}/${name}.h\" // IWYU pragma: keep\n")
+    list(APPEND lone "${source}")
+  endforeach()
+  add_library(${target}_lone OBJECT ${lone})
+  target_link_libraries(${target}_lone PRIVATE ${target} velmora_warnings)
+endfunction()
+
+# velmora_program(NAME MAIN source LINKS targets...): a thin program, installed.
+function(velmora_program name)
+  cmake_parse_arguments(ARG "" "MAIN" "LINKS" ${ARGN})
+  if(NOT EXISTS "${PROJECT_SOURCE_DIR}/${ARG_MAIN}")
+    return()
+  endif()
+  add_executable(${name} "${ARG_MAIN}")
+  target_link_libraries(${name} PRIVATE ${ARG_LINKS} velmora_warnings)
+  install(TARGETS ${name} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+endfunction()
+
+# velmora_tests(FOLDER LINKS targets...): the test program of tests/FOLDER, one CTest entry per test.
+function(velmora_tests folder)
+  cmake_parse_arguments(ARG "" "" "LINKS" ${ARGN})
+  string(REPLACE "/" "_" suffix "${folder}")
+  file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/${folder}/*.cpp")
+  if(NOT sources)
+    return()
+  endif()
+  set(target test_${suffix})
+  add_executable(${target} ${sources})
+  target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+  target_compile_definitions(${target} PRIVATE VELMORA_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  target_link_libraries(${target} PRIVATE ${ARG_LINKS} velmora_test_support GTest::gmock_main velmora_warnings)
+  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+endfunction()

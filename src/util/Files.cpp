@@ -1,0 +1,274 @@
+#include "util/Files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <random>
+#include <system_error>
+#include <utility>
+
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kDelimiter = '/';
+constexpr char kEveryName[] = "*.*";
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::size_t kBlock = 65536;
+constexpr int kMaxLinks = 40;
+constexpr int kMaxNames = 100;
+
+[[noreturn]] void Fail(const char* pattern, const std::string& path, int error) {
+  RaiseError(Format(pattern, path, std::generic_category().message(error)));
+}
+[[noreturn]] void CannotRead(const std::string& path, int error) { Fail("Cannot read %s: %s", path, error); }
+[[noreturn]] void CannotWrite(const std::string& path, int error) { Fail("Cannot write %s: %s", path, error); }
+
+// An open file descriptor.
+class TDescriptor {
+ public:
+  explicit TDescriptor(int fd) : fd_(fd) {}
+  ~TDescriptor() { Close(); }
+  TDescriptor(const TDescriptor&) = delete;
+  TDescriptor& operator=(const TDescriptor&) = delete;
+
+  int Get() const { return fd_; }
+  bool IsOpen() const { return fd_ >= 0; }
+  bool Close() { return fd_ < 0 || close(std::exchange(fd_, -1)) == 0; }  // false on an error, told in errno
+
+ private:
+  int fd_;
+};
+
+bool WriteAll(int fd, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t count = write(fd, text.data(), text.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return false;
+    text.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return true;
+}
+
+// Appends to what `path` names. A regular file that cannot take the whole text is cut back to what it was.
+void AppendTo(const std::string& path, std::string_view text, int flags, unsigned mode) {
+  TDescriptor file(open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY | flags, mode));
+  if (!file.IsOpen()) CannotWrite(path, errno);
+  struct stat before {};
+  const bool regular = fstat(file.Get(), &before) == 0 && S_ISREG(before.st_mode);
+  if (!WriteAll(file.Get(), text)) {
+    const int error = errno;
+    if (regular && ftruncate(file.Get(), before.st_size) != 0) CannotWrite(path, errno);
+    CannotWrite(path, error);
+  }
+  if (!file.Close()) CannotWrite(path, errno);
+}
+
+// The file behind symbolic links, whether it exists or not. Stops in front of the links by which the system shows open
+// files (/dev/stdout is one): what stands behind these belongs to others, who keep it open.
+fs::path FollowLinks(fs::path path) {
+  for (int links = 0; links < kMaxLinks; ++links) {
+    std::error_code error;
+    const fs::path target = fs::read_symlink(path, error);
+    if (error) return path;
+    const fs::path folder = fs::canonical(path.has_parent_path() ? path.parent_path() : fs::path("."), error);
+    if (folder.string().starts_with("/proc/")) return path;
+    path = path.parent_path() / target;
+  }
+  return path;
+}
+
+// Whether it is a file that can be replaced by another one: a regular file, or none yet.
+bool IsReplaceable(const fs::path& path) {
+  struct stat info {};
+  if (lstat(path.c_str(), &info) != 0) return true;
+  return S_ISREG(info.st_mode);
+}
+
+// A new file beside `target` that takes its place when it is complete, and otherwise goes away.
+class TReplacement {
+ public:
+  TReplacement(fs::path target, unsigned mode) : target_(std::move(target)), mode_(mode) {}
+  ~TReplacement() {
+    if (!name_.empty()) unlink(name_.c_str());
+  }
+  TReplacement(const TReplacement&) = delete;
+  TReplacement& operator=(const TReplacement&) = delete;
+
+  // Gives the system's error number, 0 when all is well.
+  int Write(std::string_view text) {
+    struct stat old {};
+    const bool exists = stat(target_.c_str(), &old) == 0;
+    // A write-protected file stays, though its folder would let us replace it.
+    if (exists && faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) return errno;
+    TDescriptor file(Create(exists ? 0600 : mode_));
+    const bool written = file.IsOpen() && (!exists || TakeOver(file.Get(), old)) && WriteAll(file.Get(), text) &&
+                         fsync(file.Get()) == 0 && file.Close() && Rename();
+    return written ? 0 : errno;
+  }
+
+ private:
+  // A name of fixed length, since that of the target may be as long as names can be; with a "~", so that file lists
+  // leave it out.
+  int Create(unsigned mode) {
+    std::random_device random;
+    for (int i = 0; i < kMaxNames; ++i) {
+      const std::string name = target_.parent_path() / Format(".~%08x", random());
+      const int fd = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+      if (fd >= 0) name_ = name;
+      if (fd >= 0 || errno != EEXIST) return fd;
+    }
+    return -1;
+  }
+
+  // Owner, as far as we may, and permissions of the old file.
+  static bool TakeOver(int fd, const struct stat& old) {
+    [[maybe_unused]] const int ownerError = fchown(fd, old.st_uid, old.st_gid);
+    return fchmod(fd, old.st_mode & 07777U) == 0;
+  }
+
+  bool Rename() {
+    if (std::rename(name_.c_str(), target_.c_str()) != 0) return false;
+    name_.clear();
+    // Makes the new name last. The file is written by now, and not every file system lets folders be flushed.
+    const std::string folder = target_.has_parent_path() ? target_.parent_path().string() : ".";
+    const TDescriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (descriptor.IsOpen()) fsync(descriptor.Get());
+    return true;
+  }
+
+  fs::path target_;
+  unsigned mode_;
+  std::string name_;  // of the new file while it stands beside the target
+};
+
+// Whether `name` fits `mask`, in which * stands for any characters and ? for one; case ignored.
+bool MatchesMask(std::string_view name, std::string_view mask) {
+  std::size_t n = 0;
+  std::size_t m = 0;
+  std::size_t starEnd = std::string_view::npos;  // behind the last *, which takes the characters up to starTaken
+  std::size_t starTaken = 0;
+  while (n < name.size()) {
+    if (m < mask.size() && mask[m] == '*') {
+      starEnd = ++m;
+      starTaken = n;
+    } else if (m < mask.size() && mask[m] == '?') {
+      n += CharSize(name, n);
+      ++m;
+    } else if (m < mask.size() && LowerChar(mask[m]) == LowerChar(name[n])) {
+      ++n;
+      ++m;
+    } else if (starEnd != std::string_view::npos) {
+      starTaken += CharSize(name, starTaken);
+      n = starTaken;
+      m = starEnd;
+    } else {
+      return false;
+    }
+  }
+  return mask.find_first_not_of('*', std::min(m, mask.size())) == std::string_view::npos;
+}
+
+bool IsListed(std::string_view name, std::string_view mask) {
+  const bool hidden = name.find('~') != std::string_view::npos || name.find_first_not_of('.') == std::string_view::npos;
+  return !hidden && (mask == kEveryName || MatchesMask(name, mask));
+}
+
+// Case is ignored first, so that a list does not fall into capitals and small letters.
+bool ComesBefore(const std::string& a, const std::string& b) {
+  const std::string lowerA = LowerText(a);
+  const std::string lowerB = LowerText(b);
+  return lowerA == lowerB ? a < b : lowerA < lowerB;
+}
+
+// Names in `folder` that fit `mask`, in order; none where the folder cannot be read.
+TStringList NamesOf(const std::string& folder, std::string_view mask) {
+  TStringList names;
+  std::error_code error;
+  fs::directory_iterator entry(folder.empty() ? "." : folder, error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    std::string name = entry->path().filename().string();
+    if (IsListed(name, mask)) names.push_back(std::move(name));
+  }
+  std::sort(names.begin(), names.end(), ComesBefore);
+  return names;
+}
+
+// `folder` is empty or ends with the delimiter.
+void AddFiles(TStringList& list, const std::string& folder, std::string_view mask, bool recurse) {
+  for (const std::string& name : NamesOf(folder, mask)) {
+    const std::string path = folder + name;
+    std::error_code error;
+    if (!fs::is_directory(path, error)) {
+      list.push_back(path);
+    } else if (recurse && !fs::is_symlink(path, error)) {  // links to folders may run in circles
+      AddFiles(list, path + kDelimiter, kEveryName, recurse);
+    }
+  }
+}
+
+}  // namespace
+
+std::string ReadFileText(const std::string& path) {
+  const TDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+  if (!file.IsOpen()) CannotRead(path, errno);
+  struct stat info {};
+  const bool sized = fstat(file.Get(), &info) == 0 && S_ISREG(info.st_mode);
+  std::string text;
+  std::size_t size = 0;
+  // One byte more than the file has, so that the end is met without another block.
+  const std::size_t room = sized ? static_cast<std::size_t>(info.st_size) + 1 : kBlock;
+  while (true) {
+    if (text.size() == size) text.resize(size == 0 ? room : size + std::max(size, kBlock));
+    const ssize_t count = read(file.Get(), text.data() + size, text.size() - size);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) CannotRead(path, errno);
+    if (count == 0) break;
+    size += static_cast<std::size_t>(count);
+  }
+  text.resize(size);
+  if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
+  return text;
+}
+
+void WriteFileText(const std::string& path, std::string_view text, bool append, unsigned mode) {
+  if (append) return AppendTo(path, text, O_CREAT, mode);
+  const fs::path target = FollowLinks(path);
+  if (!IsReplaceable(target)) return AppendTo(path, text, 0, mode);
+  const int error = TReplacement(target, mode).Write(text);
+  if (error != 0) CannotWrite(path, error);
+}
+
+std::size_t FindFiles(TStringList& list, const std::string& mask, bool recurse, bool clear) {
+  if (clear) list.clear();
+  const std::size_t folderSize = LastPos(std::string_view(&kDelimiter, 1), mask);
+  AddFiles(list, mask.substr(0, folderSize), std::string_view(mask).substr(folderSize), recurse);
+  return list.size();
+}
+
+std::string ExeFolder() {
+  std::error_code error;
+  const fs::path program = fs::read_symlink("/proc/self/exe", error);
+  if (error) Fail("Cannot find the folder of the program (%s): %s", "/proc/self/exe", error.value());
+  return JoinPath(program.parent_path().string(), "");
+}
+
+std::string JoinPath(std::string_view folder, std::string_view name) {
+  std::string path(folder);
+  if (path.empty()) return std::string(name);
+  if (path.back() != kDelimiter) path += kDelimiter;
+  if (name.starts_with(kDelimiter)) name.remove_prefix(1);
+  return path.append(name);
+}
+
+}  // namespace velmora

@@ -1,0 +1,32 @@
+#pragma once
+
+// Files as whole texts, file lists, folders. Every failure names the file and the system's reason.
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "util/Lists.h"
+
+namespace velmora {
+
+// The bytes of the file; a UTF-8 mark at the start is skipped. Raises "Cannot read %s: %s".
+std::string ReadFileText(const std::string& path);
+// Replaces the file in one step (temporary file beside it, flush, rename), or appends to it. A new file gets `mode`;
+// a file that is replaced keeps its own and its owner. Behind a symbolic link it is the real file that is replaced.
+// What is no regular file (a FIFO, /dev/stdout) is written straight. Raises "Cannot write %s: %s"; the old file is then
+// whole, and nothing is left beside it.
+void WriteFileText(const std::string& path, std::string_view text, bool append = false, unsigned mode = 0666);
+
+// Adds folder and name of every file that `mask` (a folder and a file mask with * and ?) matches, case ignored, by
+// name; `*.*` means every name. Names that hold "~" or consist of dots are left out. With `recurse` each matching
+// folder, unless it is a link, is gone through with the mask `*.*`. `clear` empties the list first. A folder that
+// cannot be read adds nothing. Gives the number of lines in the list.
+std::size_t FindFiles(TStringList& list, const std::string& mask, bool recurse, bool clear);
+
+std::string ExeFolder();  // folder of the running program, with the path delimiter at its end
+
+// `folder` and `name` joined by the platform's path delimiter, which is not doubled.
+std::string JoinPath(std::string_view folder, std::string_view name);
+
+}  // namespace velmora

@@ -1,0 +1,206 @@
+#include "util/Text.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+#include "util/Errors.h"
+
+namespace velmora {
+namespace {
+
+constexpr char kNothingToChop[] = "Nothing to StrChop!";
+
+bool SameLetter(char a, char b) { return LowerChar(a) == LowerChar(b); }
+
+bool IsBlankOrControl(char c) { return static_cast<unsigned char>(c) <= 32; }
+
+// The first `count` bytes or the last, `count` below 1 standing for the length less that many.
+std::size_t PartSize(std::string_view text, std::int64_t count) {
+  const auto size = static_cast<std::int64_t>(text.size());
+  return static_cast<std::size_t>(std::clamp(count < 1 ? size + count : count, std::int64_t{0}, size));
+}
+
+// Cuts `text` at `at` (npos: not found): gives what stands before and leaves what stands `skip` bytes behind.
+std::string ChopAt(std::string& text, std::size_t at, std::size_t skip, bool allowMissing) {
+  if (at == std::string::npos) {
+    if (!allowMissing) RaiseError(kNothingToChop);
+    return std::exchange(text, {});
+  }
+  std::string part = text.substr(0, at);
+  text.erase(0, at + skip);
+  return part;
+}
+
+bool IsContinuation(unsigned char c) { return (c & 0xC0) == 0x80; }
+
+// The smallest and greatest second byte that a lead byte allows: no overlong forms, no surrogates, no more than
+// U+10FFFF.
+std::pair<unsigned char, unsigned char> SecondByteRange(unsigned char lead) {
+  switch (lead) {
+    case 0xE0:
+      return {0xA0, 0xBF};
+    case 0xED:
+      return {0x80, 0x9F};
+    case 0xF0:
+      return {0x90, 0xBF};
+    case 0xF4:
+      return {0x80, 0x8F};
+    default:
+      return {0x80, 0xBF};
+  }
+}
+
+std::size_t SequenceSize(unsigned char lead) {
+  if (lead >= 0xC2 && lead <= 0xDF) return 2;
+  if (lead >= 0xE0 && lead <= 0xEF) return 3;
+  if (lead >= 0xF0 && lead <= 0xF4) return 4;
+  return 1;
+}
+
+}  // namespace
+
+std::string LowerText(std::string_view text) {
+  std::string result(text);
+  std::transform(result.begin(), result.end(), result.begin(), LowerChar);
+  return result;
+}
+
+bool SameText(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), SameLetter);
+}
+
+std::string_view TrimView(std::string_view text) {
+  const auto first = std::find_if_not(text.begin(), text.end(), IsBlankOrControl);
+  text.remove_prefix(static_cast<std::size_t>(first - text.begin()));
+  const auto last = std::find_if_not(text.rbegin(), text.rend(), IsBlankOrControl);
+  text.remove_suffix(static_cast<std::size_t>(last - text.rbegin()));
+  return text;
+}
+
+std::string Trim(std::string_view text) { return std::string(TrimView(text)); }
+
+std::size_t Pos(std::string_view what, std::string_view text, std::size_t from) {
+  if (what.empty()) return 0;
+  return text.find(what, from == 0 ? 0 : from - 1) + 1;  // npos + 1 is 0
+}
+
+std::size_t PosNoCase(std::string_view what, std::string_view text, std::size_t from) {
+  const std::size_t skipped = from == 0 ? 0 : from - 1;
+  if (what.empty() || skipped >= text.size()) return 0;
+  const std::string_view rest = text.substr(skipped);
+  const auto found = std::search(rest.begin(), rest.end(), what.begin(), what.end(), SameLetter);
+  return found == rest.end() ? 0 : skipped + static_cast<std::size_t>(found - rest.begin()) + 1;
+}
+
+std::size_t LastPos(std::string_view what, std::string_view text) { return what.empty() ? 0 : text.rfind(what) + 1; }
+
+bool InList(std::string_view text, std::initializer_list<std::string_view> list) {
+  return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+bool Between(std::string_view text, std::string_view open, std::string_view close, bool keep, std::string& out) {
+  const std::size_t first = PosNoCase(open, text);
+  if (first == 0) return false;
+  const std::size_t inner = first + open.size();
+  const std::size_t last = PosNoCase(close, text, inner);
+  if (last == 0) return false;
+  const std::size_t begin = keep ? first : inner;
+  const std::size_t end = keep ? last + close.size() : last;
+  out = std::string(text.substr(begin - 1, end - begin));
+  return true;
+}
+
+std::string LeftPart(std::string_view text, std::int64_t n) { return std::string(text.substr(0, PartSize(text, n))); }
+
+std::string RightPart(std::string_view text, std::int64_t n) {
+  return std::string(text.substr(text.size() - PartSize(text, n)));
+}
+
+std::string StrChop(std::string_view delimiter, std::string& text, bool allowMissing) {
+  return ChopAt(text, Pos(delimiter, text) - 1, delimiter.size(), allowMissing);
+}
+
+std::string StrChopLast(std::string_view delimiter, std::string& text, bool allowMissing) {
+  return ChopAt(text, LastPos(delimiter, text) - 1, delimiter.size(), allowMissing);
+}
+
+std::string StrReplace(std::string_view text, std::string_view from, std::string_view to) {
+  std::string result;
+  std::size_t done = 1;
+  while (const std::size_t at = Pos(from, text, done)) {
+    result.append(text.substr(done - 1, at - done)).append(to);
+    done = at + from.size();
+  }
+  result.append(text.substr(done - 1));
+  return result;
+}
+
+std::string TrimChar(std::string_view text, char c) {
+  const std::size_t first = text.find_first_not_of(c);
+  if (first == std::string_view::npos) return {};
+  return std::string(text.substr(first, text.find_last_not_of(c) - first + 1));
+}
+
+std::string RepeatChar(char c, std::int64_t count) {
+  return std::string(static_cast<std::size_t>(std::max<std::int64_t>(count, 0)), c);
+}
+
+std::string RemoveChar(std::string_view text, char c) {
+  std::string result(text);
+  std::erase(result, c);
+  return result;
+}
+
+void StripBetween(std::string& text, std::string_view open, std::string_view close) {
+  std::string kept;
+  std::size_t from = 1;
+  while (const std::size_t at = Pos(open, text, from)) {
+    const std::size_t end = Pos(close, text, at + open.size());
+    // Deliberate: an open mark that is never closed also takes the text between it and the stretch before.
+    if (end == 0) {
+      text = std::move(kept);
+      return;
+    }
+    // Deliberate: the character before the mark goes with it; for a comment line that is the end of the line above.
+    if (at > from) kept.append(text, from - 1, at - from - 1);
+    from = end + close.size();
+  }
+  kept.append(text, from - 1);
+  text = std::move(kept);
+}
+
+std::size_t CountChar(char c, std::string_view text, std::size_t length, bool quotes) {
+  const std::string_view part = text.substr(0, length);
+  std::size_t count = 0;
+  for (std::size_t at = part.find(c); at != std::string_view::npos; at = part.find(c, at + 1)) {
+    if (!quotes || !IsEscaped(part, at)) ++count;
+  }
+  return count;
+}
+
+std::size_t CharSize(std::string_view text, std::size_t index) {
+  const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const std::size_t size = SequenceSize(byteAt(index));
+  if (size == 1 || text.size() - index < size) return 1;
+  const auto [low, high] = SecondByteRange(byteAt(index));
+  if (byteAt(index + 1) < low || byteAt(index + 1) > high) return 1;
+  for (std::size_t i = index + 2; i < index + size; ++i) {
+    if (!IsContinuation(byteAt(i))) return 1;
+  }
+  return size;
+}
+
+std::size_t CharCount(std::string_view text) {
+  std::size_t count = 0;
+  for (std::size_t index = 0; index < text.size(); index += CharSize(text, index)) ++count;
+  return count;
+}
+
+std::string CutChars(std::string_view text, std::size_t max) {
+  std::size_t index = 0;
+  for (std::size_t count = 0; count < max && index < text.size(); ++count) index += CharSize(text, index);
+  return std::string(text.substr(0, index));
+}
+
+}  // namespace velmora

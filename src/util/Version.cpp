@@ -1,0 +1,11 @@
+#include "util/Version.h"
+
+#include "util/Format.h"
+
+namespace velmora {
+
+std::string VersionText(int major, int minor, int build) {
+  return build == 0 ? Format("%d.%d", major, minor) : Format("%d.%d.%d", major, minor, build);
+}
+
+}  // namespace velmora
