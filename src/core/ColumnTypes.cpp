@@ -1,0 +1,51 @@
+#include "core/ColumnTypes.h"
+
+namespace velmora {
+namespace {
+
+constexpr TColumnTypeInfo kGenericTypes[] = {
+    {.name = "tinyint", .datatype = ntI1},
+    {.name = "smallint", .datatype = ntI2},
+    {.name = "int", .datatype = ntI4},
+    {.name = "bigint", .datatype = ntI8, .accepts = {ntTimestampMsSql}},
+    {.name = "tinyint unsigned", .datatype = ntUI1},
+    {.name = "smallint unsigned", .datatype = ntUI2},
+    {.name = "int unsigned", .datatype = ntUI4},
+    {.name = "bigint unsigned", .datatype = ntUI8},
+    {.name = "binary", .datatype = ntBytes, .has_length = true, .max_length = 8000},
+    {.name = "varbinary", .datatype = ntVarBytes, .has_length = true, .max_length = 8000},
+    {.name = "image", .datatype = ntImageMsSql, .accepts = {ntBytes, ntVarBytes}, .min_length = 8001},
+    {.name = "text", .datatype = ntText, .min_length = 8001},
+    {.name = "ntext", .datatype = ntNTextMsSql},
+    {.name = "char", .datatype = ntChar, .has_length = true, .is_character = true},
+    {.name = "varchar", .datatype = ntVarChar, .has_length = true, .is_character = true},
+    {.name = "nchar",
+     .datatype = ntNChar,
+     .has_length = true,
+     .is_character = true,
+     .min_length = 1,
+     .max_length = 4000},
+    {.name = "nvarchar",
+     .datatype = ntNVarChar,
+     .has_length = true,
+     .is_character = true,
+     .min_length = 1,
+     .max_length = 4000},
+    {.name = "bit", .datatype = ntBool},
+    {.name = "timestamp", .datatype = ntTimestamp},
+    {.name = "uniqueidentifier", .datatype = ntUidMsSql},
+    {.name = "date", .datatype = ntDate, .min_length = 4, .max_length = 4},
+    {.name = "time", .datatype = ntTime, .min_length = 4, .max_length = 4},
+    {.name = "datetime", .datatype = ntDateTime, .min_length = 8, .max_length = 8},
+    {.name = "money", .datatype = ntMoneyMsSql},
+    {.name = "smallmoney", .datatype = ntSmallMoneyMsSql},
+    {.name = "decimal", .datatype = ntDecimal, .aliases = "numeric", .has_precision = true, .has_scale = true},
+    {.name = "float", .datatype = ntDouble, .has_precision = true, .min_precision = 1, .max_precision = 53},
+    {.name = "real", .datatype = ntFloat, .aliases = "float(24)"},
+};
+
+}  // namespace
+
+TColumnTypeInfoArray GenericColumnTypes() { return kGenericTypes; }
+
+}  // namespace velmora

@@ -1,0 +1,410 @@
+#include "core/Meta.h"
+
+#include <gtest/gtest.h>
+
+#include "core/CreationTexts.h"
+#include "core/DBConn.h"
+#include "support/MessageOf.h"
+#include "support/MetaBuilder.h"
+
+namespace velmora {
+namespace {
+
+using testing::MessageOf;
+using testing::Shape;
+using testing::TMetaBuilder;
+
+// A shop: two tables that refer to the third, one that refers to itself.
+class MetaTest : public ::testing::Test {
+ protected:
+  MetaTest() {
+    TMetaBuilder(meta)
+        .Table("customers", {"id", "name", "boss"})
+        .Key("primary key", {"id"})
+        .Key("ix_boss", {"boss"})
+        .ForeignKey("fk_boss", "customers", {{"boss", "id"}})
+        .Table("orders", {"id", "cust", "kind"})
+        .Key("primary key", {"id"})
+        .Key("ix_cust", {"cust"})
+        .Key("ix_both", {"cust", "kind"})
+        .ForeignKey("fk_cust", "customers", {{"cust", "id"}})
+        .Table("notes", {"id", "cust"})
+        .Key("ix_cust", {"cust"})
+        .Key("ix_twin", {"cust"})
+        .ForeignKey("fk_note", "customers", {{"cust", "name"}})
+        .ForeignKey("fk_case", "Customers", {{"id", "id"}});
+  }
+  TMeta meta;
+};
+
+TEST_F(MetaTest, LookupsIgnoreCaseAndLeaveTheCursorOnWhatTheyFind) {
+  EXPECT_TRUE(meta.FindColumn("ORDERS", "Cust"));
+  EXPECT_EQ(meta.tTables.Current().name, "orders");
+  EXPECT_EQ(meta.tColumns.Current().name, "cust");
+  EXPECT_TRUE(meta.FindKey("orders", "IX_BOTH"));
+  EXPECT_EQ(meta.KeyFieldList(";"), "cust;kind");
+  EXPECT_TRUE(meta.FindConstraint("notes", "FK_NOTE"));
+  EXPECT_EQ(meta.LocalColumnList(";") + ">" + meta.ForeignColumnList(";"), "cust>name");
+  EXPECT_FALSE(meta.FindColumn("nowhere", "id")) << "an unknown table raises nothing";
+  EXPECT_FALSE(meta.FindColumn("orders", "nowhere"));
+  EXPECT_EQ(meta.tColumns.Current().name, "id") << "the table was entered anew, the failed search moved nothing";
+}
+
+TEST_F(MetaTest, AFailedSearchLeavesTheCursor) {
+  meta.GotoColumn("orders", "kind");
+  EXPECT_FALSE(meta.FindColumn("orders", "nothing"));
+  EXPECT_EQ(meta.tColumns.Current().name, "kind");
+  EXPECT_FALSE(meta.FindTable("nothing"));
+  EXPECT_EQ(meta.tTables.Current().name, "orders");
+  EXPECT_EQ(meta.tColumns.Current().name, "kind");
+}
+
+TEST_F(MetaTest, AMissingObjectIsNamed) {
+  EXPECT_EQ(MessageOf([&] { meta.GotoTable("x"); }), "Can't find table x in metadata");
+  EXPECT_EQ(MessageOf([&] { meta.GotoColumn("t", "x"); }), "Can't find field x of table t in metadata");
+  EXPECT_EQ(MessageOf([&] { meta.GotoKey("orders", "x"); }), "Can't find key x of table orders in metadata");
+  EXPECT_EQ(MessageOf([&] { meta.GotoConstraint("orders", "x"); }),
+            "Can't find constraint x of table orders in metadata");
+  meta.InvalidateTable("orders");
+  EXPECT_EQ(MessageOf([&] { meta.FindColumn("orders", "id"); }), "TMeta: Table orders not fetched!");
+}
+
+TEST(MetaTableTest, NamesThatDifferInCaseOnly) {
+  TMeta meta;
+  TMetaBuilder(meta).Table("Ab").Table("aB", {"x", "X"}).Key("K", {"x"}).Key("k", {"X"});
+  ASSERT_TRUE(meta.FindTable("aB"));
+  EXPECT_EQ(meta.tTables.Current().name, "aB") << "the current row has exactly this name";
+  ASSERT_TRUE(meta.FindTable("AB"));
+  EXPECT_EQ(meta.tTables.Current().name, "Ab") << "else the first in order";
+  meta.tTables.Last();
+  meta.tKeys.Last();
+  ASSERT_TRUE(meta.FindKey("aB", "K"));
+  EXPECT_EQ(meta.tKeys.Current().name, "k") << "a key on which the cursor stands fits whatever its case";
+}
+
+TEST_F(MetaTest, AMasterThatMovesPutsItsDetailsOnTheirFirstRow) {
+  meta.GotoColumn("orders", "kind");
+  meta.FindKey("orders", "ix_both");
+  meta.tKeyFields.Last();
+  meta.tTables.GoTo(meta.tTables.Mark());
+  EXPECT_EQ(meta.tColumns.Current().name, "kind") << "sent to the row it stands on, it leaves them";
+  EXPECT_EQ(meta.tKeyFields.Current().column, "kind");
+  meta.GotoTable("notes");
+  meta.GotoTable("orders");
+  EXPECT_EQ(meta.tColumns.Current().name, "id");
+  EXPECT_EQ(meta.tKeys.Current().name, "primary key");
+  EXPECT_EQ(meta.tKeyFields.Current().column, "id");
+}
+
+TEST_F(MetaTest, DeletionLeavesTheFollowingRowElseTheLast) {
+  meta.GotoColumn("customers", "id");
+  meta.tColumns.Delete();
+  EXPECT_EQ(meta.tColumns.Current().name, "name");
+  meta.tColumns.Last();
+  meta.tColumns.Delete();
+  EXPECT_EQ(meta.tColumns.Current().name, "name");
+  meta.tColumns.Delete();
+  EXPECT_TRUE(meta.tColumns.Empty());
+  EXPECT_TRUE(meta.tColumns.Eof());
+}
+
+TEST_F(MetaTest, UniqueNamesAreComparedExactlyAndARefusedRowIsAsItWas) {
+  meta.GotoTable("orders");
+  meta.tColumns.Append().name = "cust";
+  EXPECT_EQ(MessageOf([&] { meta.tColumns.Post(); }), "Duplicate column name: cust");
+  EXPECT_EQ(Shape(meta, "orders").substr(0, 21), "orders(id,cust,kind) ");
+  meta.tColumns.Append().name = "CUST";
+  EXPECT_NO_THROW(meta.tColumns.Post());
+  meta.GotoColumn("orders", "kind");
+  meta.tColumns.Edit().name = "cust";
+  EXPECT_EQ(MessageOf([&] { meta.tColumns.Post(); }), "Duplicate column name: cust");
+  EXPECT_TRUE(meta.FindColumn("orders", "kind"));
+  meta.FindKey("orders", "ix_both");
+  meta.tKeyFields.Append().column = "kind";
+  EXPECT_EQ(MessageOf([&] { meta.tKeyFields.Post(); }), "Duplicate key column name: kind");
+  EXPECT_EQ(meta.KeyFieldList(","), "cust,kind");
+}
+
+TEST_F(MetaTest, AnOpenRowShowsAndIsFoundByTheNextLookup) {
+  meta.GotoTable("orders");
+  meta.tColumns.Append().name = "open";
+  EXPECT_EQ(Shape(meta, "orders").substr(0, 25), "orders(id,cust,kind,open)");
+  EXPECT_TRUE(meta.FindColumn("orders", "OPEN"));
+  EXPECT_FALSE(meta.tColumns.IsOpen());
+  meta.tColumns.Edit().name = "renamed";
+  EXPECT_FALSE(meta.FindColumn("orders", "open"));
+  EXPECT_TRUE(meta.FindColumn("orders", "renamed"));
+}
+
+TEST_F(MetaTest, PostingClearsThePrecisionOfAnIntegerWithoutSize) {
+  struct {
+    TNeutralType type;
+    std::optional<std::int64_t> size;
+    bool kept;
+  } const cases[] = {
+      {ntI4, {}, false}, {ntUI8, {}, false}, {ntI4, 11, true}, {ntDecimal, {}, true}, {ntFloat, {}, true}};
+  meta.GotoTable("orders");
+  for (const auto& c : cases) {
+    TColumnRow& row = meta.tColumns.Append();
+    row.name = "c" + std::to_string(&c - cases);
+    row.datatype = c.type;
+    row.size = c.size;
+    row.precision = 2;
+    meta.tColumns.Post();
+    EXPECT_EQ(meta.tColumns.Current().precision.has_value(), c.kept) << row.name;
+  }
+}
+
+TEST(MetaTableTest, TextsAreCutToTheirFieldsInCharacters) {
+  TMeta meta;
+  std::string umlauts;
+  for (int i = 0; i < 300; ++i) umlauts += "\xC3\xA4";
+  TTableRow& row = meta.tTables.Append();
+  row.name = umlauts;
+  row.type = std::string(30, 't');
+  meta.tTables.Post();
+  EXPECT_EQ(meta.tTables.Current().name.size(), 2 * kNameWidth);
+  EXPECT_EQ(meta.tTables.Current().type.size(), kWordWidth);
+  EXPECT_FALSE(meta.tTables.Current().fetched);
+  EXPECT_EQ(meta.tTables.Current().cached_ddl, "N/A");
+}
+
+TEST(MetaTableTest, ADetailWithoutAMasterRowBelongsToNobody) {
+  TMeta meta;
+  meta.tColumns.Append().name = "stray";
+  meta.tColumns.Post();
+  TMetaBuilder(meta).Table("t");
+  EXPECT_TRUE(meta.tColumns.Empty());
+}
+
+TEST_F(MetaTest, ReferencingTablesAreThoseInMemoryThatSpellTheNameExactly) {
+  TStringList list{"rest of a former call"};
+  meta.ReferencingTables("customers", list);
+  EXPECT_EQ(list, (TStringList{"orders", "notes"}));
+  meta.ReferencingTables("Customers", list);
+  EXPECT_EQ(list, (TStringList{"notes"}));
+  meta.InvalidateTable("notes");
+  meta.ReferencingTables("customers", list);
+  EXPECT_EQ(list, (TStringList{"orders"}));
+  // A reference that is no foreign key does not count, and one that changes is found under its new name only.
+  meta.GotoConstraint("orders", "fk_cust");
+  meta.tConstraints.Edit().foreign_table = "notes";
+  meta.tConstraints.Post();
+  meta.ReferencingTables("customers", list);
+  EXPECT_TRUE(list.empty());
+  meta.tConstraints.Edit().constraint_type = kCheckConstraint;
+  meta.tConstraints.Post();
+  meta.ReferencingTables("notes", list);
+  EXPECT_TRUE(list.empty());
+}
+
+struct TDropCase {
+  const char* what;
+  void (*drop)(TMeta& meta, std::string& sql);
+  const char* sql;
+  const char* table;  // the table to look at afterwards, and its shape
+  const char* shape;
+};
+
+class MetaDropTest : public MetaTest, public ::testing::WithParamInterface<TDropCase> {};
+
+TEST_P(MetaDropTest, RemovesWhatHangsOnItAndSaysSo) {
+  std::string sql = "kept until the end";
+  GetParam().drop(meta, sql);
+  EXPECT_EQ(sql, GetParam().sql);
+  EXPECT_EQ(Shape(meta, GetParam().table), GetParam().shape);
+}
+
+const TDropCase kDropCases[] = {
+    {"Constraint", [](TMeta& m, std::string& sql) { m.DropConstraintSQL("orders", "FK_cust", sql); },
+     "alter table orders drop foreign key FK_cust;", "orders",
+     "orders(id,cust,kind) key primary key(id) key ix_cust(cust) key ix_both(cust,kind)"},
+    {"LastIndexTakesItsForeignKey", [](TMeta& m, std::string& sql) { m.DropKeySQL("orders", "ix_cust", sql); },
+     "alter table orders drop foreign key fk_cust;\r\nalter table orders drop key ix_cust;", "orders",
+     "orders(id,cust,kind) key primary key(id) key ix_both(cust,kind)"},
+    {"ATwinCarriesTheForeignKey", [](TMeta& m, std::string& sql) { m.DropKeySQL("notes", "ix_cust", sql); },
+     "alter table notes drop key ix_cust;", "notes",
+     "notes(id,cust) key ix_twin(cust) fk fk_note(cust:name)->customers fk fk_case(id:id)->Customers"},
+    {"TheLastTwinDoesNot",
+     [](TMeta& m, std::string& sql) {
+       m.DropKeySQL("notes", "ix_cust", sql);
+       m.DropKeySQL("notes", "ix_twin", sql);
+     },
+     "alter table notes drop foreign key fk_note;\r\nalter table notes drop key ix_twin;", "notes",
+     "notes(id,cust) fk fk_case(id:id)->Customers"},
+    {"PrimaryKey", [](TMeta& m, std::string& sql) { m.DropKeySQL("orders", "primary key", sql); },
+     "alter table orders drop primary key;", "orders",
+     "orders(id,cust,kind) key ix_cust(cust) key ix_both(cust,kind) fk fk_cust(cust:id)->customers"},
+    {"PrimaryKeyInCapitalsIsAnOrdinaryName",
+     [](TMeta& m, std::string& sql) { m.DropKeySQL("orders", "PRIMARY KEY", sql); },
+     "alter table orders drop key PRIMARY KEY;", "orders",
+     "orders(id,cust,kind) key ix_cust(cust) key ix_both(cust,kind) fk fk_cust(cust:id)->customers"},
+    {"ColumnInTwoKeysAndAForeignKey", [](TMeta& m, std::string& sql) { m.DropColumnSQL("orders", "cust", sql); },
+     "alter table orders drop foreign key fk_cust;\r\nalter table orders drop key ix_cust;\r\n"
+     "alter table orders drop column cust;",
+     "orders", "orders(id,kind) key primary key(id) key ix_both(cust,kind)"},
+    {"ColumnLeavesAKeyThatKeepsOthers", [](TMeta& m, std::string& sql) { m.DropColumnSQL("orders", "kind", sql); },
+     "alter table orders drop column kind;", "orders",
+     "orders(id,cust) key primary key(id) key ix_cust(cust) key ix_both(cust) fk fk_cust(cust:id)->customers"},
+    {"ReferencedColumnTakesExactReferencesOnly",
+     [](TMeta& m, std::string& sql) { m.DropColumnSQL("customers", "id", sql); },
+     "alter table orders drop foreign key fk_cust;\r\nalter table customers drop primary key;\r\n"
+     "alter table customers drop column id;",
+     "notes",
+     "notes(id,cust) key ix_cust(cust) key ix_twin(cust) fk fk_note(cust:name)->customers fk "
+     "fk_case(id:id)->Customers"},
+    {"AtMostOneOwnConstraintAndOneEmptiedKey",
+     [](TMeta& m, std::string& sql) { m.DropColumnSQL("notes", "cust", sql); },
+     "alter table notes drop foreign key fk_note;\r\nalter table notes drop key ix_cust;\r\n"
+     "alter table notes drop column cust;",
+     "notes", "notes(id) key ix_twin(cust) fk fk_case(id:id)->Customers"},
+    {"Table", [](TMeta& m, std::string& sql) { m.DropTableSQL("customers", sql); },
+     "alter table orders drop foreign key fk_cust;\r\nalter table notes drop foreign key fk_note;\r\n"
+     "drop table if exists customers;",
+     "notes", "notes(id,cust) key ix_cust(cust) key ix_twin(cust) fk fk_case(id:id)->Customers"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Drops, MetaDropTest, ::testing::ValuesIn(kDropCases),
+                         [](const auto& tested) { return tested.param.what; });
+
+TEST_F(MetaTest, ADroppedTableLeavesNoDetailsBehind) {
+  std::string sql;
+  for (const char* table : {"orders", "notes", "customers"}) meta.DropTableSQL(table, sql);
+  EXPECT_EQ(meta.tTables.TotalCount() + meta.tColumns.TotalCount() + meta.tKeys.TotalCount() +
+                meta.tKeyFields.TotalCount() + meta.tConstraints.TotalCount() + meta.tConstraintFields.TotalCount(),
+            0u);
+}
+
+TEST_F(MetaTest, AFailedDropLeavesTheTextAlone) {
+  std::string sql = "before";
+  EXPECT_EQ(MessageOf([&] { meta.DropColumnSQL("orders", "nothing", sql); }),
+            "Can't find field nothing of table orders in metadata");
+  EXPECT_EQ(sql, "before");
+}
+
+TEST(MetaMoveTest, PutsTheColumnBehindItsAnchor) {
+  const struct {
+    const char* column;
+    const char* after;
+    const char* order;
+  } cases[] = {
+      {"e", "a", "t(a,e,b,c,d)"}, {"e", "", "t(e,a,b,c,d)"},  {"a", "", "t(a,b,c,d,e)"},  {"a", "e", "t(b,c,d,e,a)"},
+      {"b", "d", "t(a,c,d,b,e)"}, {"c", "a", "t(a,c,b,d,e)"}, {"c", "", "t(c,a,b,d,e)"},  {"b", "a", "t(a,b,c,d,e)"},
+      {"a", "b", "t(b,a,c,d,e)"}, {"c", "c", "t(a,b,c,d,e)"}, {"C", "A", "t(a,c,b,d,e)"},
+  };
+  for (const auto& c : cases) {
+    TMeta meta;
+    TMetaBuilder(meta).Table("t", {"a", "b", "c", "d", "e"});
+    meta.tTables.Amend().fetched = false;  // never fetches
+    meta.MoveColumn("t", c.column, c.after);
+    EXPECT_EQ(Shape(meta, "t"), c.order) << c.column << " after " << c.after;
+    EXPECT_TRUE(SameText(meta.tColumns.Current().name, c.column));
+    int former = 0;
+    for (const TColumnRow& row : meta.tColumns.Rows()) {
+      EXPECT_GT(row.id, former) << "ids rise in column order";
+      former = row.id;
+    }
+    meta.tColumns.Append().name = "new";
+    EXPECT_GT(meta.tColumns.Current().id, former) << "and none is given twice";
+  }
+}
+
+TEST(MetaMoveTest, MissingColumnsAreNamed) {
+  TMeta meta;
+  TMetaBuilder(meta).Table("t", {"a"});
+  EXPECT_EQ(MessageOf([&] { meta.MoveColumn("t", "a", "x"); }), "Can't find field x of table t in metadata");
+  EXPECT_EQ(MessageOf([&] { meta.MoveColumn("t", "x", ""); }), "Can't find field x of table t in metadata");
+  EXPECT_EQ(MessageOf([&] { meta.MoveColumn("u", "a", ""); }), "Can't find table u in metadata");
+}
+
+TEST_F(MetaTest, ACopyKeepsIdsOrderLinksAndTexts) {
+  meta.MoveColumn("orders", "kind", "");
+  meta.GotoTable("orders");
+  meta.tTables.Amend().cached_ddl = "text";
+  const int id = meta.tTables.CurrentId();
+  TMeta copy;
+  TMetaBuilder(copy).Table("gone", {"x"});
+  copy.CopyFrom(meta);
+  EXPECT_EQ(meta.tTables.Current().name, "orders") << "the source's cursor stays";
+  for (const char* table : {"customers", "orders", "notes"}) EXPECT_EQ(Shape(copy, table), Shape(meta, table));
+  EXPECT_FALSE(copy.FindTable("gone"));
+  ASSERT_TRUE(copy.FindConstraint("orders", "fk_cust"));
+  EXPECT_EQ(copy.tTables.CurrentId(), id);
+  EXPECT_EQ(copy.tTables.Current().cached_ddl, "text");
+  std::string sql;
+  copy.DropTableSQL("customers", sql);
+  EXPECT_TRUE(meta.FindTable("customers")) << "the copy stands alone";
+}
+
+TEST_F(MetaTest, InvalidateKeepsTheRowAndItsCachedText) {
+  meta.GotoTable("orders");
+  meta.tTables.Amend().cached_ddl = "kept";
+  meta.InvalidateTable("ORDERS");
+  EXPECT_EQ(Shape(meta, "orders"), "orders()");
+  EXPECT_FALSE(meta.tTables.Current().fetched);
+  std::string ddl;
+  meta.CachedTableDDL("orders", ddl);
+  EXPECT_EQ(ddl, "kept");
+}
+
+TEST_F(MetaTest, ListsOfNames) {
+  TStringList list;
+  meta.TableNames(list);
+  EXPECT_EQ(list, (TStringList{"customers", "orders", "notes"}));
+  meta.ColumnNames("Notes", list, false);
+  EXPECT_EQ(list, (TStringList{"id", "cust"}));
+  std::string fields;
+  meta.PrimaryKeyFields("orders", fields);
+  EXPECT_EQ(fields, "id");
+  meta.PrimaryKeyFields("notes", fields);
+  EXPECT_EQ(fields, "");
+}
+
+// An engine of a given number that gives creation texts and counts how often it is asked.
+class TTextEngine : public TDBConn, public TCreationTexts {
+ public:
+  explicit TTextEngine(int engine) : engine_(engine) {}
+  int GetEngine() override { return engine_; }
+  void ShowCreateTable(const std::string& table, std::string& ddl) override {
+    ++asked;
+    ddl = "text of " + table;
+  }
+  void FetchTableStructure(const std::string& /*table*/) override { ++fetched; }
+  int asked = 0;
+  int fetched = 0;
+
+ private:
+  int engine_;
+};
+
+TEST(MetaOwnerTest, CreationTextsAreAskedForOnceAndOnlyOfMySQL) {
+  TTextEngine mysql(kEngineMySQL);
+  TMetaBuilder(mysql.meta()).Table("t");
+  std::string ddl;
+  mysql.meta().CachedTableDDL("T", ddl);
+  mysql.meta().CachedTableDDL("t", ddl);
+  EXPECT_EQ(ddl, "text of T");
+  EXPECT_EQ(mysql.asked, 1);
+
+  for (int engine : {kEngineOracle, kEngineNone}) {
+    TTextEngine other(engine);
+    TMetaBuilder(other.meta()).Table("t");
+    EXPECT_EQ(MessageOf([&] { other.meta().CachedTableDDL("t", ddl); }), "CachedTableDDL unsupported");
+  }
+  TMeta alone;
+  TMetaBuilder(alone).Table("t");
+  EXPECT_EQ(MessageOf([&] { alone.CachedTableDDL("t", ddl); }), "CachedTableDDL unsupported");
+  EXPECT_EQ(MessageOf([&] { alone.CachedTableDDL("x", ddl); }), "Can't find table x in metadata");
+}
+
+TEST(MetaOwnerTest, AnUnfetchedTableIsFetchedOnce) {
+  TTextEngine engine(kEngineMySQL);
+  TMetaBuilder(engine.meta()).Table("t", {"a"});
+  engine.meta().tTables.Amend().fetched = false;
+  EXPECT_TRUE(engine.meta().FindColumn("t", "a"));
+  EXPECT_TRUE(engine.meta().FindColumn("t", "a"));
+  EXPECT_EQ(engine.fetched, 1);
+}
+
+}  // namespace
+}  // namespace velmora

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace velmora::testing {
+
+// The message of the error that `body` raises, or "nothing raised".
+std::string MessageOf(const std::function<void()>& body);
+
+}  // namespace velmora::testing
