@@ -1,0 +1,272 @@
+#include "engines/mysql/DBConnMySQL.h"
+
+#include <utility>
+#include <vector>
+
+#include "core/Meta.h"
+#include "engines/mysql/DDLParser.h"
+#include "engines/mysql/MySQLText.h"
+#include "engines/mysql/MySQLTypes.h"
+#include "engines/mysql/mysqlUtil.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr int kUsualPort = 3306;
+constexpr int kChunkRows = 10000;
+constexpr char kInnoDB[] = "InnoDB";
+constexpr char kChecksOff[] = "set foreign_key_checks=0";
+constexpr char kChecksOn[] = "set foreign_key_checks=1";
+constexpr char kNoColumns[] = "Table must have at least one column!";
+
+// The lines between the brackets of a created table, each with its line end.
+std::string DefinitionLines(const TStringList& definitions) {
+  std::string lines;
+  for (std::size_t i = 0; i < definitions.size(); ++i)
+    lines += "\t" + definitions[i] + (i + 1 < definitions.size() ? ",\r\n" : "\r\n");
+  return lines;
+}
+
+}  // namespace
+
+TDBConnMySQL::TDBConnMySQL(std::unique_ptr<TMyConnection> connection, std::string server, int port,
+                           std::string database, std::string username, std::string password)
+    : connection_(std::move(connection)),
+      server_(std::move(server)),
+      database_(std::move(database)),
+      username_(std::move(username)),
+      password_(std::move(password)),
+      port_(port) {
+  connection_->BeforeConnect = [this] { ApplyParams(); };
+  query_ = connection_->NewQuery();
+}
+
+// --- Connection
+
+TMyConnection& TDBConnMySQL::GetConnectionObject() { return *connection_; }
+
+void TDBConnMySQL::ApplyParams() {
+  connection_->Server = server_;
+  connection_->Port = port_;
+  connection_->Database = database_;
+  connection_->Username = username_;
+  connection_->Password = password_;
+}
+
+void TDBConnMySQL::GetDisplayName(std::string& text) {
+  const std::string host = server_.empty() ? "localhost" : server_;
+  text = port_ == kUsualPort ? Format("%s.%s", host, database_) : Format("%s:%d.%s", host, port_, database_);
+}
+
+// --- Words of the dialect, rows, statements
+
+void TDBConnMySQL::DateTimeLiteral(TDateTime value, std::string& text) { text = MySQLDateTimeLiteral(value); }
+
+void TDBConnMySQL::AutoIncKeyword(std::string& text) { text = "auto_increment"; }
+
+bool TDBConnMySQL::SupportsChunks() { return true; }
+
+std::unique_ptr<TDataset> TDBConnMySQL::OpenTableDataChunk(const std::string& table, std::int64_t first,
+                                                           std::int64_t count) {
+  return OpenQuery(Format("select * from %s limit %d,%d", QuoteName(table), first - 1, count));
+}
+
+std::unique_ptr<TDataset> TDBConnMySQL::OpenQuery(const std::string& sql) {
+  std::unique_ptr<TMyQuery> query = connection_->NewQuery();
+  if (fetch_in_chunks) {
+    query->UniDirectional = true;
+    query->FetchAll = false;
+    query->FetchRows = kChunkRows;
+  }
+  query->SQL = sql;
+  query->Open();
+  return query;
+}
+
+int TDBConnMySQL::GetEngine() { return kEngineMySQL; }
+
+void TDBConnMySQL::ParseDDL(const std::string& sql) { TDDLParser(*this).Parse(sql); }
+
+std::int64_t TDBConnMySQL::ExecSQL(const std::string& sql) {
+  TDBConn::ExecSQL(sql);
+  query_->SQL = sql;
+  query_->Execute();
+  return query_->RowsAffected();
+}
+
+void TDBConnMySQL::QuoteOpen(std::string& text) { text = "`"; }
+
+void TDBConnMySQL::QuoteClose(std::string& text) { text = "`"; }
+
+void TDBConnMySQL::GetColumnTypes(TColumnTypeInfoArray& table) { table = MySQLColumnTypes(); }
+
+void TDBConnMySQL::EscapeString(const std::string& text, std::string& escaped) { escaped = MySQLEscaped(text); }
+
+// --- Names
+
+void TDBConnMySQL::ListDatabases(TStringList& list) {
+  connection_->SetConnected(false);
+  ApplyParams();
+  connection_->Database.clear();
+  // The event would bring the database back, and one that does not exist could not be connected to.
+  std::function<void()> before_connect = std::exchange(connection_->BeforeConnect, nullptr);
+  RunGuarded(
+      [this, &list] {
+        connection_->SetConnected(true);
+        MySqlQueryList("show databases", list, *connection_);
+      },
+      [this, &before_connect] {
+        connection_->BeforeConnect = std::move(before_connect);
+        connection_->SetConnected(false);
+      });
+}
+
+void TDBConnMySQL::ListTables(TStringList& list) { MySqlQueryList("show tables", list, *connection_); }
+
+void TDBConnMySQL::NormalizeName(const std::string& name, std::string& normal) { normal = MySQLNormalName(name); }
+
+// --- Transactions, copies
+
+void TDBConnMySQL::StartTransaction() { connection_->StartTransaction(); }
+
+void TDBConnMySQL::Commit() { connection_->Commit(); }
+
+void TDBConnMySQL::Rollback() { connection_->Rollback(); }
+
+bool TDBConnMySQL::InTransaction() { return connection_->InTransaction(); }
+
+std::unique_ptr<TDBConn> TDBConnMySQL::Clone() {
+  std::unique_ptr<TDBConnMySQL> clone = NewEngine();
+  if (GetConnected())
+    clone->Connect();  // which would empty a copy of the store
+  else
+    clone->meta().CopyFrom(meta());
+  return clone;
+}
+
+std::unique_ptr<TDBConnMySQL> TDBConnMySQL::NewEngine() const {
+  return std::make_unique<TDBConnMySQL>(connection_->NewConnection(), server_, port_, database_, username_, password_);
+}
+
+// --- Structure to texts and back
+
+void TDBConnMySQL::FetchTableStructure(const std::string& table) {
+  meta().InvalidateTable(table);
+  std::string ddl;
+  ShowCreateTable(table, ddl);
+  ParseDDL(ddl);
+}
+
+void TDBConnMySQL::ColumnDescription(const TMetaColumn& column, bool detailed, std::string& text) {
+  TDBConn::ColumnDescription(column, detailed, text);
+  if (detailed) text += MySQLColumnAttributes(column, no_defaults);
+}
+
+void TDBConnMySQL::ParseColumnDescription(const std::string& text, TMetaColumn& column) {
+  TDBConn::ParseColumnDescription(text, column);
+}
+
+void TDBConnMySQL::ConstraintDescription(const TMetaConstraint& constraint, bool detailed, std::string& text) {
+  if (constraint.constraint_type != kForeignKeyConstraint)
+    text.clear();
+  else
+    text = detailed ? MySQLForeignKey(constraint) : constraint.name;
+}
+
+void TDBConnMySQL::ConvertColumn(const TMetaColumn& source, TMetaColumn& column) {
+  TDBConn::ConvertColumn(MySQLStandIn(source), column);
+}
+
+// --- Changing the structure
+
+bool TDBConnMySQL::CanCreateTables() { return true; }
+
+void TDBConnMySQL::BeforeDataLoad(const std::string& /*table*/) {
+  if (table_type == kInnoDB) ExecSQL(kChecksOff);
+}
+
+void TDBConnMySQL::AfterDataLoad(const std::string& /*table*/) {
+  if (table_type == kInnoDB) ExecSQL(kChecksOn);
+}
+
+void TDBConnMySQL::CreateTable(const std::string& table, const TStringList& definitions) {
+  if (definitions.empty()) RaiseError(kNoColumns);
+  ExecSQL(kChecksOff);
+  ExecSQL(Format("create table %s(\r\n%s\r\n) type=%s", QuoteName(table), DefinitionLines(definitions), table_type));
+  ExecSQL(kChecksOn);
+  RefreshTableList();
+}
+
+void TDBConnMySQL::DropTable(const std::string& table) {
+  const std::string statement = Format("drop table %s", QuoteName(table));
+  TDBConn::DropTable(table);
+  ExecSQL(kChecksOff);
+  ExecSQL(statement);
+  ExecSQL(kChecksOn);
+}
+
+void TDBConnMySQL::RenameTable(const std::string& old_name, const std::string& new_name) {
+  const std::string statement = Format("alter table %s rename to %s", QuoteName(old_name), QuoteName(new_name));
+  TDBConn::RenameTable(old_name, new_name);
+  ExecSQL(statement);
+}
+
+void TDBConnMySQL::TruncateTable(const std::string& table) { ExecSQL(Format("truncate table %s", QuoteName(table))); }
+
+void TDBConnMySQL::AddColumn(const std::string& table, const std::string& definition) {
+  TDBConn::AddColumn(table, definition);
+  ExecSQL(Format("alter table %s add %s", QuoteName(table), definition));
+}
+
+void TDBConnMySQL::DropColumn(const std::string& table, const std::string& column) {
+  const std::string statement = Format("alter table `%s` drop `%s`", table, column);
+  TDBConn::DropColumn(table, column);
+  ExecSQL(statement);
+}
+
+void TDBConnMySQL::RenameColumn(const std::string& table, const std::string& old_name, const std::string& new_name) {
+  TDBConn::RenameColumn(table, old_name, new_name);
+  std::string definition;
+  ColumnText(table, old_name, definition);
+  ModifyColumn(table, old_name, new_name, definition);
+}
+
+void TDBConnMySQL::ModifyColumn(const std::string& table, const std::string& old_name, const std::string& new_name,
+                                const std::string& definition) {
+  TDBConn::ModifyColumn(table, old_name, new_name, definition);
+  ExecSQL(
+      Format("alter table %s change %s %s %s", QuoteName(table), QuoteName(old_name), QuoteName(new_name), definition));
+  FetchTableStructure(table);
+}
+
+void TDBConnMySQL::DropKey(const std::string& table, const std::string& key) { TDBConn::DropKey(table, key); }
+
+void TDBConnMySQL::DropConstraint(const std::string& table, const std::string& constraint) {
+  TDBConn::DropConstraint(table, constraint);
+}
+
+void TDBConnMySQL::SurrogateKeyColumn(const std::string& column, std::string& definition) {
+  definition = QuoteName(column) + " int not null auto_increment primary key first";
+}
+
+bool TDBConnMySQL::SupportsSurrogateKey() { return true; }
+
+// --- Creation texts
+
+void TDBConnMySQL::ShowCreateTable(const std::string& table, std::string& ddl) {
+  std::vector<TVariant> row;
+  MySqlQueryRow("show create table " + QuoteName(table), *connection_, row);
+  if (row.size() < 2) throw EListError(1);
+  std::string text = VarToText(row[1]);
+  meta().GotoTable(table);
+  meta().tTables.Edit().cached_ddl = text;
+  meta().tTables.Post();
+  ddl = std::move(text);
+}
+
+void TDBConnMySQL::ExpectCreationTexts(const TStringList& tables) { connection_->ExpectCreationTexts(tables); }
+
+}  // namespace velmora

@@ -1,0 +1,106 @@
+#pragma once
+
+// The port to a MySQL client: a connection and its queries, exactly as the engine needs them. A backend is a client
+// library, a native client or a file that stands for a server; it turns its own errors into EVelmora, text unchanged.
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/DBConn.h"
+#include "core/Dataset.h"
+#include "util/Lists.h"
+
+namespace velmora {
+
+class TMyQuery;
+
+struct TMyOptions {
+  bool Direct = true;     // speaks the protocol by itself where the backend can
+  bool Compress = false;  // compressed frames
+  bool Embedded = false;  // a server within the process
+};
+
+// Created unconnected. Parameters are read while connecting and may be changed at any time. A backend's destructor
+// disconnects and raises nothing; queries must be gone by then.
+class TMyConnection : public TConnectionObject {
+ public:
+  TMyConnection() = default;
+  TMyConnection(const TMyConnection&) = delete;
+  TMyConnection& operator=(const TMyConnection&) = delete;
+
+  std::string Server;  // empty means the local server
+  int Port = 3306;
+  std::string Database;  // empty means none
+  std::string Username;
+  std::string Password;
+  int ConnectionTimeout = 15;  // seconds
+  int IsolationLevel = 0;      // 0 is the server's own
+  TMyOptions Options;
+  std::function<void()> BeforeConnect;  // called before each attempt to connect; may set the parameters
+
+  // Nothing happens when the connection already is as wanted. After a failure to connect it is not connected.
+  void SetConnected(bool connected) final;
+
+  virtual bool InTransaction() const = 0;
+  virtual void StartTransaction() = 0;
+  virtual void Commit() = 0;
+  virtual void Rollback() = 0;
+
+  virtual std::unique_ptr<TMyQuery> NewQuery() = 0;
+  // An unconnected one of the same backend and options; parameters and event are the caller's to set.
+  virtual std::unique_ptr<TMyConnection> NewConnection() const = 0;
+
+  // A hint: "show create table" will be asked next for these tables, in this order. The answers of a backend that
+  // reads ahead must not differ from those of one that does not.
+  virtual void ExpectCreationTexts(const TStringList& /*tables*/) {}
+
+ protected:
+  void CopyOptions(const TMyConnection& source);
+
+ private:
+  virtual void DoConnect() = 0;
+  virtual void DoDisconnect() = 0;
+};
+
+// One statement and its rows. As a dataset it is open from Open to Close. A query may be used again and again.
+class TMyQuery : public TDataset {
+ public:
+  explicit TMyQuery(TMyConnection& connection) : connection_(connection) {}
+  TMyQuery(const TMyQuery&) = delete;
+  TMyQuery& operator=(const TMyQuery&) = delete;
+
+  std::string SQL;
+  bool UniDirectional = false;  // rows are read forward only and not kept
+  bool FetchAll = true;         // all rows come with Open; otherwise in blocks of FetchRows
+  int FetchRows = 25;
+
+  TMyConnection& Connection() const { return connection_; }
+  // Runs SQL and stands on the first row; open rows are closed first. A statement without a result has no fields.
+  void Open();
+  // Runs SQL and throws rows away, if it gives any.
+  void Execute();
+  bool Active() const { return active_; }
+  std::int64_t RowsAffected() const { return rows_affected_; }  // of the last Execute
+
+  const std::vector<TFieldDef>& Fields() const override;
+  std::int64_t RecordCount() const override;
+  bool Eof() const override;
+  void First() override;
+  void Next() override;
+  const TVariant& Value(std::size_t field) const override;
+  void Close() override;
+
+ private:
+  virtual std::unique_ptr<TDataset> DoOpen() = 0;  // never null
+  virtual std::int64_t DoExecute() = 0;            // gives the rows affected
+
+  TMyConnection& connection_;
+  std::unique_ptr<TDataset> rows_;
+  bool active_ = false;
+  std::int64_t rows_affected_ = 0;
+};
+
+}  // namespace velmora

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "engines/mysql/DBConnMySQL.h"
+#include "engines/mysql/OfflineConnection.h"
+
+namespace velmora {
+
+// The MySQL engine over a script of creation texts. It acts as one of a live server in everything that only reads, and
+// shows itself by the path as given. Never connected, it is an empty store that ParseDDL may fill: no file is needed
+// then, and whatever would ask a server raises "Not connected".
+class TDBConnMySQLOffline : public TDBConnMySQL {
+ public:
+  explicit TDBConnMySQLOffline(std::string path);
+  explicit TDBConnMySQLOffline(std::unique_ptr<TOfflineConnection> connection);
+
+  TOfflineConnection& GetConnectionObject() override;
+  void GetDisplayName(std::string& text) override;
+
+ protected:
+  std::unique_ptr<TDBConnMySQL> NewEngine() const override;
+
+ private:
+  TOfflineConnection& offline_;
+};
+
+}  // namespace velmora

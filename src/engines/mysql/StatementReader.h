@@ -1,0 +1,55 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+// Where a comment that begins at `pos` ends: behind the line of "-- " or "#", or behind "*/". `pos` itself when none
+// begins there, npos when it is not closed. Two dashes open a comment at the end of the text or before white space.
+std::size_t CommentEnd(std::string_view text, std::size_t pos);
+
+struct TStatement {
+  std::string_view text;  // trimmed, without its delimiter; comments inside stay
+  std::size_t line = 0;   // of its first character, counted from 1
+};
+
+// Splits a script into its statements, in one pass and without copying: the texts are parts of the script, which must
+// stay as it is while the reader is in use.
+//
+// A statement ends at ";" outside quotes and comments, or at what a `delimiter` line has put in its place; the last one
+// needs no end. A backslash escapes within ' and ", not within backticks; a doubled quote closes and opens again.
+// Comments in front of a statement, and line comments behind the last one, do not belong to it.
+class TStatementReader {
+ public:
+  // Raises "line %d: NUL byte: this is no text file".
+  explicit TStatementReader(std::string_view script);
+
+  // False at the end. Raises "line %d: unclosed %s quote" and "line %d: unclosed comment" with the line where it began.
+  bool Next(TStatement& statement);
+
+ private:
+  using TStops = std::array<bool, 256>;
+
+  void SetDelimiter(std::string_view delimiter);
+  bool AtDelimiter() const;
+  bool SkipToStatement();
+  bool TakeDelimiterLine();
+  std::size_t PassStatement();
+  void PassQuoted();
+  bool PassComment();
+  bool IsBlank(std::size_t from, std::size_t to) const;
+  std::size_t LineAt(std::size_t pos);
+  [[noreturn]] void Raise(std::size_t pos, const std::string& fault);
+
+  std::string_view script_;
+  std::size_t pos_ = 0;
+  std::string_view delimiter_;
+  TStops stops_{};  // what may end a statement, or hide its end
+  std::size_t counted_pos_ = 0;
+  std::size_t counted_line_ = 1;
+};
+
+}  // namespace velmora

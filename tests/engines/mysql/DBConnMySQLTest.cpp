@@ -1,0 +1,477 @@
+#include "engines/mysql/DBConnMySQL.h"
+
+#include <gtest/gtest.h>
+
+#include "core/Meta.h"
+#include "engines/mysql/mysqlUtil.h"
+#include "support/FakeMyConnection.h"
+#include "support/MessageOf.h"
+#include "support/MetaBuilder.h"
+#include "support/MetaDump.h"
+#include "util/Errors.h"
+#include "util/Text.h"
+
+namespace velmora {
+namespace {
+
+using testing::DumpMeta;
+using testing::MessageOf;
+using testing::Shape;
+using testing::TFakeMyConnection;
+using testing::TFakeMyServer;
+using namespace std::string_literals;
+
+constexpr char kParent[] = "CREATE TABLE `p` (\n  `id` int(11) NOT NULL,\n  PRIMARY KEY (`id`)\n) ENGINE=InnoDB";
+constexpr char kChild[] =
+    "CREATE TABLE `c` (\n  `id` int(11) NOT NULL,\n  `p_id` int(11) default NULL,\n  KEY `k` (`p_id`),\n"
+    "  CONSTRAINT `f` FOREIGN KEY (`p_id`) REFERENCES `p` (`id`) ON DELETE CASCADE\n) ENGINE=InnoDB";
+
+class DBConnMySQL : public ::testing::Test {
+ protected:
+  DBConnMySQL() {
+    server->AddTable("p", kParent);
+    server->AddTable("c", kChild);
+  }
+
+  std::unique_ptr<TDBConnMySQL> NewEngine(const std::string& host = "host", int port = 3306) {
+    return std::make_unique<TDBConnMySQL>(std::make_unique<TFakeMyConnection>(server), host, port, "db", "user", "pw");
+  }
+  void Connect() {
+    engine->Connect();
+    server->TakeLog();
+  }
+  std::string CachedDDL(const std::string& table) {
+    engine->meta().GotoTable(table);
+    return engine->meta().tTables.Current().cached_ddl;
+  }
+
+  std::shared_ptr<TFakeMyServer> server = std::make_shared<TFakeMyServer>();
+  std::unique_ptr<TDBConnMySQL> engine = NewEngine();
+};
+
+TMetaColumn Column(TNeutralType type, std::int64_t size = 0, std::int32_t precision = 0) {
+  TMetaColumn column;
+  column.table = "t";
+  column.name = "a";
+  column.datatype = type;
+  column.size = size;
+  column.precision = precision;
+  return column;
+}
+
+TMetaColumn FullColumn() {
+  TMetaColumn column = Column(ntI4);
+  column.notnull = true;
+  column.autoinc = true;
+  column.default_ = "'0'";
+  return column;
+}
+
+TMetaConstraint Constraint(std::int32_t type) {
+  TMetaConstraint constraint;
+  constraint.constraint_type = type;
+  constraint.name = "f";
+  constraint.foreign_table = "p";
+  constraint.local_columns = "a;b";
+  constraint.foreign_columns = "x;y";
+  constraint.delete_rule = "cascade";
+  return constraint;
+}
+
+// --- Operations that give a text
+
+TEST_F(DBConnMySQL, GivesTexts) {
+  const struct {
+    const char* what;
+    void (*call)(TDBConnMySQL& engine, std::string& text);
+    std::string text;
+  } kTexts[] = {
+      {"date and time",
+       [](TDBConnMySQL& e, std::string& t) { e.DateTimeLiteral(EncodeDate(2005, 1, 31) + EncodeTime(23, 5, 9), t); },
+       "'2005-01-31 23:05:09'"},
+      {"midnight", [](TDBConnMySQL& e, std::string& t) { e.DateTimeLiteral(EncodeDate(2005, 1, 31), t); },
+       "'2005-01-31'"},
+      {"time alone", [](TDBConnMySQL& e, std::string& t) { e.DateTimeLiteral(0.5, t); }, "'1899-12-30 12:00:00'"},
+      {"auto-increment", [](TDBConnMySQL& e, std::string& t) { e.AutoIncKeyword(t); }, "auto_increment"},
+      {"name", [](TDBConnMySQL& e, std::string& t) { t = e.QuoteName("a b"); }, "`a b`"},
+      {"a backtick in a name is not escaped", [](TDBConnMySQL& e, std::string& t) { t = e.QuoteName("a`b"); }, "`a`b`"},
+      {"escapes", [](TDBConnMySQL& e, std::string& t) { e.EscapeString("'\"\\\0\b\t\r\n\x1A%\xC3\xA9"s, t); },
+       "''\\\"\\\\\\0\\b\\t\\r\\n\x1A%\xC3\xA9"},
+      {"normal name", [](TDBConnMySQL& e, std::string& t) { e.NormalizeName("a.b,c#d:e'f", t); }, "a_b_c_d_e_f"},
+      {"surrogate key", [](TDBConnMySQL& e, std::string& t) { e.SurrogateKeyColumn("id", t); },
+       "`id` int not null auto_increment primary key first"},
+      {"column with all", [](TDBConnMySQL& e, std::string& t) { e.ColumnDescription(FullColumn(), true, t); },
+       "int not null auto_increment default '0'"},
+      {"bare type", [](TDBConnMySQL& e, std::string& t) { e.ColumnDescription(FullColumn(), false, t); }, "int"},
+      {"column without default",
+       [](TDBConnMySQL& e, std::string& t) {
+         e.no_defaults = true;
+         e.ColumnDescription(FullColumn(), true, t);
+       },
+       "int not null auto_increment"},
+      {"foreign key",
+       [](TDBConnMySQL& e, std::string& t) { e.ConstraintDescription(Constraint(kForeignKeyConstraint), true, t); },
+       "constraint f foreign key(a,b) references p(x,y)"},
+      {"foreign key's name",
+       [](TDBConnMySQL& e, std::string& t) { e.ConstraintDescription(Constraint(kForeignKeyConstraint), false, t); },
+       "f"},
+      {"check", [](TDBConnMySQL& e, std::string& t) { e.ConstraintDescription(Constraint(kCheckConstraint), true, t); },
+       ""},
+  };
+  for (const auto& row : kTexts) {
+    const auto fresh = NewEngine();
+    std::string text = "before";
+    row.call(*fresh, text);
+    EXPECT_EQ(text, row.text) << row.what;
+  }
+}
+
+TEST_F(DBConnMySQL, ShowsItself) {
+  const struct {
+    const char* host;
+    int port;
+    const char* name;
+  } kNames[] = {{"", 3306, "localhost.db"}, {"h", 3306, "h.db"}, {"", 3307, "localhost:3307.db"}};
+  for (const auto& row : kNames) {
+    std::string text;
+    NewEngine(row.host, row.port)->GetDisplayName(text);
+    EXPECT_EQ(text, row.name);
+  }
+  EXPECT_EQ(engine->GetEngine(), 8);
+  EXPECT_TRUE(engine->CanCreateTables() && engine->SupportsChunks() && engine->SupportsSurrogateKey());
+}
+
+TEST_F(DBConnMySQL, ConvertsColumns) {
+  const struct {
+    TMetaColumn source;
+    const char* text;
+  } kColumns[] = {
+      {Column(ntDouble), "decimal(53,4)"},
+      {Column(ntDouble, 10, 2), "decimal(53,4)"},
+      {Column(ntVarChar, 255), "varchar(255)"},
+      {Column(ntVarChar, 256), "longtext"},
+      {Column(ntNVarChar, 255), "national varchar(255)"},
+      {Column(ntNVarChar, 256), "longtext"},
+      {Column(ntUidMsSql), "varchar(38)"},
+      {Column(ntMoneyMsSql), "decimal(19,4)"},
+      {Column(ntSmallMoneyMsSql), "decimal(10,4)"},
+      {Column(ntNTextMsSql), "longtext"},
+      {Column(ntImageMsSql), "longblob"},
+      {Column(ntSmallDateTimeMsSql), "datetime"},
+      {Column(ntTimestampMsSql), "bigint"},
+      {Column(ntDecimal, 10, 2), "decimal(10,2)"},
+  };
+  for (const auto& row : kColumns) {
+    TMetaColumn column;
+    std::string text;
+    engine->ConvertColumn(row.source, column);
+    engine->ColumnDescription(column, true, text);
+    EXPECT_EQ(text, row.text) << NeutralTag(row.source.datatype) << row.source.size;
+  }
+  TMetaColumn column;
+  EXPECT_THROW(engine->ConvertColumn(Column(ntChar, 300), column), EVelmora);
+}
+
+// --- Operations that send statements
+
+TEST_F(DBConnMySQL, SendsStatements) {
+  const struct {
+    const char* what;
+    void (*call)(TDBConnMySQL& engine);
+    TStringList log;
+  } kOperations[] = {
+      {"OpenTable", [](TDBConnMySQL& e) { e.CloseTable(e.OpenTable("t`")); }, {"open select * from `t``"}},
+      {"OpenTableDataChunk",
+       [](TDBConnMySQL& e) { e.OpenTableDataChunk("t", 1, 50); },
+       {"open select * from `t` limit 0,50"}},
+      {"ExecSQL", [](TDBConnMySQL& e) { e.ExecSQL("x %s"); }, {"exec x %s"}},
+      {"StartTransaction, Commit",
+       [](TDBConnMySQL& e) {
+         e.StartTransaction();
+         EXPECT_TRUE(e.InTransaction());
+         e.Commit();
+         EXPECT_FALSE(e.InTransaction());
+       },
+       {"start", "commit"}},
+      {"Rollback", [](TDBConnMySQL& e) { e.Rollback(); }, {"rollback"}},
+      {"BeforeDataLoad", [](TDBConnMySQL& e) { e.BeforeDataLoad("t"); }, {"exec set foreign_key_checks=0"}},
+      {"AfterDataLoad", [](TDBConnMySQL& e) { e.AfterDataLoad("t"); }, {"exec set foreign_key_checks=1"}},
+      {"data load of another table type",
+       [](TDBConnMySQL& e) {
+         e.table_type = "innodb";
+         e.BeforeDataLoad("t");
+         e.AfterDataLoad("t");
+       },
+       {}},
+      {"CreateTable",
+       [](TDBConnMySQL& e) {
+         e.table_type = "MyISAM";
+         e.CreateTable("t", {"a int", "b int not null"});
+       },
+       {"exec set foreign_key_checks=0", "exec create table `t`(\r\n\ta int,\r\n\tb int not null\r\n\r\n) type=MyISAM",
+        "exec set foreign_key_checks=1", "open show tables"}},
+      {"CreateTable of one column",
+       [](TDBConnMySQL& e) { e.CreateTable("t", {"a int"}); },
+       {"exec set foreign_key_checks=0", "exec create table `t`(\r\n\ta int\r\n\r\n) type=InnoDB",
+        "exec set foreign_key_checks=1", "open show tables"}},
+      {"DropTable",
+       [](TDBConnMySQL& e) { e.DropTable("p"); },
+       {"exec set foreign_key_checks=0", "exec drop table `p`", "exec set foreign_key_checks=1"}},
+      {"RenameTable", [](TDBConnMySQL& e) { e.RenameTable("p", "q"); }, {"exec alter table `p` rename to `q`"}},
+      {"TruncateTable", [](TDBConnMySQL& e) { e.TruncateTable("p"); }, {"exec truncate table `p`"}},
+      {"AddColumn", [](TDBConnMySQL& e) { e.AddColumn("p", "b int"); }, {"exec alter table `p` add b int"}},
+      {"DropColumn",
+       [](TDBConnMySQL& e) { e.DropColumn("p", "id"); },
+       {"open show create table `p`", "exec alter table `p` drop `id`"}},
+      {"ModifyColumn",
+       [](TDBConnMySQL& e) { e.ModifyColumn("p", "id", "b", "int"); },
+       {"exec alter table `p` change `id` `b` int", "open show create table `p`"}},
+      {"RenameColumn",
+       [](TDBConnMySQL& e) { e.RenameColumn("p", "id", "b"); },
+       {"open show create table `p`", "exec alter table `p` change `id` `b` int not null",
+        "open show create table `p`"}},
+      {"DropKey", [](TDBConnMySQL& e) { e.DropKey("p", "primary key"); }, {"open show create table `p`"}},
+      {"DropConstraint", [](TDBConnMySQL& e) { e.DropConstraint("c", "f"); }, {"open show create table `c`"}},
+      {"ExpectCreationTexts",
+       [](TDBConnMySQL& e) {
+         e.ExpectCreationTexts({"p", "c"});
+       },
+       {"hint p", "hint c"}},
+  };
+  server->AddColumn("select * from `t``", {});
+  server->AddColumn("select * from `t` limit 0,50", {});
+  for (const auto& row : kOperations) {
+    engine = NewEngine();
+    Connect();
+    row.call(*engine);
+    EXPECT_EQ(server->TakeLog(), row.log) << row.what;
+  }
+}
+
+TEST_F(DBConnMySQL, CreateTableNeedsAColumn) {
+  Connect();
+  EXPECT_EQ(MessageOf([&] { engine->CreateTable("t", {}); }), "Table must have at least one column!");
+  EXPECT_TRUE(server->log.empty());
+}
+
+TEST_F(DBConnMySQL, FailureInTheMiddleLeavesForeignKeyChecksOff) {
+  Connect();
+  server->Fail("drop table `p`", "denied");
+  EXPECT_EQ(MessageOf([&] { engine->DropTable("p"); }), "denied");
+  EXPECT_EQ(server->log, (TStringList{"exec set foreign_key_checks=0", "exec drop table `p`"}));
+}
+
+TEST_F(DBConnMySQL, StructureStaysTrueToWhatWasSent) {
+  Connect();
+  TMeta& meta = engine->meta();
+  meta.FindColumn("c", "p_id");
+  engine->DropColumn("c", "p_id");
+  EXPECT_EQ(Shape(meta, "c"), "c(id)");
+  engine->DropTable("p");
+  EXPECT_FALSE(engine->TableExists("p"));
+  engine->RenameTable("c", "d");
+  EXPECT_EQ(DumpMeta(meta), "table d\n");
+  engine->CreateTable("t", {"a int"});
+  EXPECT_EQ(DumpMeta(meta), "table p\ntable c\n");
+}
+
+TEST_F(DBConnMySQL, DroppedKeyComesBackWithTheNextFetch) {
+  Connect();
+  engine->DropKey("p", "primary key");
+  EXPECT_EQ(Shape(engine->meta(), "p"), "p(id)");
+  engine->meta().InvalidateTable("p");
+  engine->meta().CheckFetched();
+  EXPECT_EQ(Shape(engine->meta(), "p"), "p(id) key primary key(id)");
+}
+
+TEST_F(DBConnMySQL, ExecTellsFirstAndGivesRows) {
+  Connect();
+  server->rows_affected = 7;
+  std::string told;
+  engine->on_exec_sql = [&](const std::string& sql) { told = sql + (server->log.empty() ? " first" : " late"); };
+  EXPECT_EQ(engine->ExecSQL("delete from t"), 7);
+  EXPECT_EQ(told, "delete from t first");
+}
+
+TEST_F(DBConnMySQL, ReadsInBlocksWhenAsked) {
+  Connect();
+  server->AddColumn("select 1", {"1"});
+  engine->fetch_in_chunks = true;
+  EXPECT_EQ(engine->OpenQuery("select 1")->RecordCount(), 1);
+  EXPECT_EQ(server->log, (TStringList{"open in 10000 select 1"}));
+  server->Fail("select 2", "bad");
+  EXPECT_EQ(MessageOf([&] { engine->OpenQuery("select 2"); }), "bad");
+}
+
+// --- Connecting
+
+TEST_F(DBConnMySQL, ConnectHandsOverParametersAndListsTables) {
+  engine->Connect();
+  EXPECT_EQ(server->TakeLog(), (TStringList{"connect host:3306 db user pw", "open show tables"}));
+  EXPECT_EQ(DumpMeta(engine->meta()), "table p\ntable c\n");
+  engine->Connect();
+  EXPECT_EQ(server->TakeLog(), (TStringList{"open show tables"}));
+  engine->Disconnect();
+  EXPECT_FALSE(engine->GetConnected());
+  EXPECT_EQ(DumpMeta(engine->meta()), "");
+}
+
+TEST_F(DBConnMySQL, FailedConnectLeavesItUnconnected) {
+  server->connect_error = "Access denied";
+  EXPECT_EQ(MessageOf([&] { engine->Connect(); }), "Access denied");
+  EXPECT_FALSE(engine->GetConnected());
+}
+
+TEST_F(DBConnMySQL, DisconnectsAtTheEnd) {
+  Connect();
+  engine.reset();
+  EXPECT_EQ(server->log, (TStringList{"disconnect"}));
+}
+
+TEST_F(DBConnMySQL, ListsDatabasesWithoutOneAndEndsUnconnected) {
+  server->AddColumn("show databases", {"a", "b"});
+  TStringList list{"old"};
+  Connect();
+  engine->ListDatabases(list);
+  EXPECT_EQ(list, (TStringList{"a", "b"}));
+  EXPECT_EQ(server->TakeLog(),
+            (TStringList{"disconnect", "connect host:3306  user pw", "open show databases", "disconnect"}));
+  server->Fail("show databases", "denied");
+  EXPECT_EQ(MessageOf([&] { engine->ListDatabases(list); }), "denied");
+  EXPECT_EQ(list, (TStringList{"a", "b"}));
+  EXPECT_FALSE(engine->GetConnected());
+  server->TakeLog();
+  engine->Connect();
+  EXPECT_EQ(server->log.front(), "connect host:3306 db user pw");
+}
+
+TEST_F(DBConnMySQL, CloneOfAConnectedEngineHoldsNamesOnly) {
+  Connect();
+  engine->meta().FindColumn("p", "id");
+  server->TakeLog();
+  const std::unique_ptr<TDBConn> clone = engine->Clone();
+  EXPECT_EQ(server->log, (TStringList{"connect host:3306 db user pw", "open show tables"}));
+  EXPECT_EQ(DumpMeta(clone->meta()), "table p\ntable c\n");
+  EXPECT_EQ(Shape(engine->meta(), "p"), "p(id) key primary key(id)");
+}
+
+TEST_F(DBConnMySQL, CloneOfAnUnconnectedEngineKeepsTheStoreAndTheOptions) {
+  engine->ParseDDL(kParent);
+  engine->GetConnectionObject().ConnectionTimeout = 3;
+  const std::unique_ptr<TDBConn> clone = engine->Clone();
+  EXPECT_TRUE(server->log.empty());
+  EXPECT_EQ(DumpMeta(clone->meta()), DumpMeta(engine->meta()));
+  EXPECT_EQ(dynamic_cast<TDBConnMySQL&>(*clone).GetConnectionObject().ConnectionTimeout, 3);
+  EXPECT_EQ(dynamic_cast<TDBConnMySQL&>(*clone).password(), "pw");
+}
+
+// --- Fetching
+
+TEST_F(DBConnMySQL, FetchedTableIsANewRowAtTheEnd) {
+  Connect();
+  TMeta& meta = engine->meta();
+  meta.GotoTable("p");
+  const int id = meta.tTables.Current().id;
+  meta.CheckFetched();
+  EXPECT_EQ(meta.tTables.Current().name, "p");
+  EXPECT_NE(meta.tTables.Current().id, id);
+  EXPECT_EQ(DumpMeta(meta),
+            "table c\n"
+            "table p InnoDB fetched\n"
+            "column id <I4>(11) notnull\n"
+            "key primary key(id) primary unique\n");
+}
+
+TEST_F(DBConnMySQL, FetchTakesForeignKeysToTheTableOutOfTheStore) {
+  Connect();
+  TMeta& meta = engine->meta();
+  meta.FindColumn("c", "id");
+  EXPECT_EQ(Shape(meta, "c"), "c(id,p_id) key k(p_id) fk f(p_id:id)->p");
+  meta.FindColumn("p", "id");
+  EXPECT_EQ(Shape(meta, "c"), "c(id,p_id) key k(p_id)");
+}
+
+TEST_F(DBConnMySQL, CreationTextIsKeptUntilTheFetch) {
+  Connect();
+  TMeta& meta = engine->meta();
+  std::string ddl;
+  meta.CachedTableDDL("p", ddl);
+  EXPECT_EQ(ddl, kParent);
+  EXPECT_EQ(CachedDDL("p"), kParent);
+  meta.InvalidateTable("p");
+  EXPECT_EQ(CachedDDL("p"), kParent);
+  meta.FindColumn("p", "id");
+  EXPECT_EQ(CachedDDL("p"), kNoCachedDDL);
+  server->TakeLog();
+  meta.CachedTableDDL("p", ddl);
+  meta.CachedTableDDL("p", ddl);
+  EXPECT_EQ(server->log, (TStringList{"open show create table `p`"}));
+}
+
+TEST_F(DBConnMySQL, FetchesTheSameFromTextWithCarriageReturns) {
+  Connect();
+  engine->meta().FindColumn("c", "id");
+  engine->meta().FindColumn("p", "id");
+  const std::string expected = DumpMeta(engine->meta());
+  server->AddTable("p", StrReplace(kParent, "\n", "\r\n"));
+  server->AddTable("c", StrReplace(kChild, "\n", "\r\n"));
+  engine->Reconnect();
+  engine->meta().FindColumn("c", "id");
+  engine->meta().FindColumn("p", "id");
+  EXPECT_EQ(DumpMeta(engine->meta()), expected);
+}
+
+TEST_F(DBConnMySQL, FailedCreationTextLeavesTheResultAlone) {
+  Connect();
+  server->Fail("show create table `p`", "gone");
+  std::string ddl = "before";
+  EXPECT_EQ(MessageOf([&] { engine->ShowCreateTable("p", ddl); }), "gone");
+  server->AddColumn("show create table `c`", {"c"});
+  EXPECT_EQ(MessageOf([&] { engine->ShowCreateTable("c", ddl); }), "List index out of bounds (1)");
+  EXPECT_EQ(ddl, "before");
+}
+
+// --- mysqlUtil
+
+TEST_F(DBConnMySQL, ShortQueries) {
+  TFakeMyConnection connection(server);
+  connection.SetConnected(true);
+  server->answers["q"] = {{TFieldDef{"a"}, TFieldDef{"b"}},
+                          {{"x"s, std::int64_t{1}}, {TVariant(), TVariant()}, {"z"s, std::int64_t{3}}},
+                          ""};
+  server->AddColumn("none", {});
+
+  std::vector<TVariant> row(5);
+  EXPECT_EQ(MySqlQueryRow("q", connection, row), 3);
+  EXPECT_EQ(row, (std::vector<TVariant>{"x"s, std::int64_t{1}}));
+  EXPECT_EQ(MySqlQueryRow("none", connection, row), 0);
+  EXPECT_EQ(row, (std::vector<TVariant>(1)));
+
+  TStringList list{"old"};
+  std::vector<std::int64_t> objects{9};
+  MySqlQueryList("q", list, connection, &objects);
+  EXPECT_EQ(list, (TStringList{"x", "", "z"}));
+  EXPECT_EQ(objects, (std::vector<std::int64_t>{1, 0, 3}));
+  MySqlQueryList("none", list, connection, &objects);
+  EXPECT_TRUE(list.empty() && objects.empty());
+}
+
+TEST_F(DBConnMySQL, QueryIsADatasetFromOpenToClose) {
+  TFakeMyConnection connection(server);
+  const std::unique_ptr<TMyQuery> query = connection.NewQuery();
+  EXPECT_TRUE(query->Eof() && query->Fields().empty());
+  connection.SetConnected(true);
+  query->SQL = "show tables";
+  query->Open();
+  query->Next();
+  EXPECT_EQ(query->Value(0), TVariant("c"s));
+  query->Open();
+  EXPECT_EQ(query->Value(0), TVariant("p"s));
+  query->Close();
+  EXPECT_FALSE(query->Active());
+  EXPECT_TRUE(query->Eof() && VarIsNull(query->Value(0)) && query->Fields().size() == 1);
+  EXPECT_EQ(query->RecordCount(), 0);
+}
+
+}  // namespace
+}  // namespace velmora
