@@ -1,0 +1,19 @@
+#include "sync/MessageLog.h"
+
+#include "core/Host.h"
+
+namespace velmora {
+
+void TLineLog::LogLine(const std::string& text) {
+  lines_.push_back(ShortDateTimeText(clock_.Now()) + "  " + text);
+  Changed();
+  progress_.SetDetailText(text);
+  Host().ProcessMessages();
+}
+
+void TLineLog::SetLines(const TStringList& lines) {
+  lines_ = lines;
+  Changed();
+}
+
+}  // namespace velmora

@@ -1,0 +1,91 @@
+#include "sync/ScriptGenerator.h"
+
+#include <cstdint>
+
+#include "core/Engines.h"
+#include "core/Host.h"
+#include "sync/SyncActions.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+#include "util/Version.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kCreatedLine[] = "--Script created by Orvanex Velmora %s on %s.";
+constexpr char kPurposeLine[] = "--Modifying %s database %s to be equal to %s reference database %s.";
+constexpr char kChecksOff[] = "set foreign_key_checks=0;";
+constexpr char kChecksOn[] = "set foreign_key_checks=1;";
+
+constexpr std::size_t kLongestWithoutEnd = 2;  // texts up to this length get no ";"
+
+std::string EngineName(TDBConn& conn) {
+  std::string name;
+  StrEngine(conn.GetEngine(), name);
+  return name;
+}
+
+std::string DisplayName(TDBConn& conn) {
+  std::string name;
+  conn.GetDisplayName(name);
+  return name;
+}
+
+}  // namespace
+
+TScriptGenerator::TScriptGenerator(TTaskConnections& connections, TdmData& data, TScriptEditor& editor,
+                                   TProgress& progress, const TClock& clock)
+    : connections_(connections), data_(data), editor_(editor), progress_(progress), clock_(clock) {}
+
+void TScriptGenerator::AddScriptLine(const std::string& text) {
+  std::string line = Trim(text);
+  if (line.size() > kLongestWithoutEnd && !line.starts_with("--") && !line.ends_with(';')) line += ';';
+  data_.AppendScript(line);
+  editor_.AddLine(line);
+}
+
+void TScriptGenerator::GenerateScript() {
+  editor_.Clear();
+  AddHeader();
+  RunGuarded(
+      [this] {
+        AddActions();
+        editor_.Show();
+      },
+      [this] { AddClosing(); });
+}
+
+void TScriptGenerator::AddHeader() {
+  AddScriptLine(Format(kCreatedLine, VersionText(), ShortDateTimeText(clock_.Now())));
+  const std::string target = EngineName(*connections_.target);
+  const std::string targetName = DisplayName(*connections_.target);
+  const std::string reference = EngineName(*connections_.reference);
+  AddScriptLine(Format(kPurposeLine, target, targetName, reference, DisplayName(*connections_.reference)));
+  AddScriptLine({});
+  AddScriptLine(kChecksOff);
+  AddScriptLine({});
+}
+
+void TScriptGenerator::AddActions() {
+  const TActionTable& actions = data_.mtActions;
+  progress_.SetDetailMax(static_cast<std::int64_t>(actions.Count()));
+  progress_.SetDetailPosition(1);
+  std::int64_t number = 0;
+  for (const TActionRow* next = actions.First(); next != nullptr;) {
+    const TActionRow row = *next;  // the pump may run code that deletes it
+    progress_.SetDetailPosition(++number);
+    Host().ProcessMessages();
+    AddScriptLine(SyncAction(row.action_id).statement(*connections_.reference, *connections_.target, row));
+    next = actions.After(row.id);
+  }
+}
+
+// Behind a script that ended early too. The line that may come first is for the eye: it is no line of `mtScript`.
+void TScriptGenerator::AddClosing() {
+  if (!editor_.LastLine().empty()) editor_.AddLine({});
+  AddScriptLine(kChecksOn);
+}
+
+}  // namespace velmora

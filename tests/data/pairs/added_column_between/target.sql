@@ -1,0 +1,4 @@
+create table `t` (
+  `a` int(11) default NULL,
+  `c` int(11) default NULL
+) ENGINE=InnoDB;

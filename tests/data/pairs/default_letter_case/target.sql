@@ -1,0 +1,3 @@
+create table `t` (
+  `a` char(1) default 'a'
+) ENGINE=InnoDB;

@@ -1,0 +1,1 @@
+-- a database without tables

@@ -1,0 +1,7 @@
+create table `t` (
+  `a` int(11) not null,
+  primary key (`a`)
+) ENGINE=InnoDB;
+create table `kinds` (
+  `kind` enum('x','y') default NULL
+) ENGINE=MyISAM;

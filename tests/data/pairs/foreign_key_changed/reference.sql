@@ -1,0 +1,13 @@
+create table `p` (
+  `id` int(11) not null,
+  primary key (`id`)
+) ENGINE=InnoDB;
+create table `q` (
+  `id` int(11) not null,
+  primary key (`id`)
+) ENGINE=InnoDB;
+create table `c` (
+  `pid` int(11) not null,
+  key `pid` (`pid`),
+  constraint `fk` foreign key (`pid`) references `p` (`id`)
+) ENGINE=InnoDB;

@@ -1,0 +1,4 @@
+create table `t` (
+  `a` int(11) not null,
+  primary key (`a`)
+) ENGINE=InnoDB;

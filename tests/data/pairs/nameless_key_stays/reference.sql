@@ -1,0 +1,3 @@
+create table `t` (
+  `a` int(11) not null
+) ENGINE=InnoDB;

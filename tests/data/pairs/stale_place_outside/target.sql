@@ -1,0 +1,7 @@
+create table `old` (
+  `a` int(11) default NULL
+) ENGINE=InnoDB;
+create table `t` (
+  `a` int(11) default NULL,
+  `b` int(11) default NULL
+) ENGINE=InnoDB;

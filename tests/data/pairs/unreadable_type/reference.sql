@@ -1,0 +1,3 @@
+create table `t` (
+  `a` enum('x','y') default NULL
+) ENGINE=InnoDB;
