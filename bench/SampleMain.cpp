@@ -1,0 +1,24 @@
+// bench_sample TABLES FOLDER: writes reference.sql and target.sql of the sample for the whole-process measurement.
+
+#include <cstdlib>
+#include <iostream>
+
+#include "SampleSchema.h"
+#include "util/Errors.h"
+#include "util/Files.h"
+
+int main(int argc, char** argv) {
+  if (argc != 3) {
+    std::cerr << "usage: bench_sample TABLES FOLDER\n";
+    return 2;
+  }
+  try {
+    const velmora::bench::TSample sample{std::atoi(argv[1])};
+    velmora::WriteFileText(velmora::JoinPath(argv[2], "reference.sql"), SampleScript(sample, false));
+    velmora::WriteFileText(velmora::JoinPath(argv[2], "target.sql"), SampleScript(sample, true));
+  } catch (const velmora::EVelmora& error) {
+    std::cerr << error.what() << '\n';
+    return 2;
+  }
+  return 0;
+}

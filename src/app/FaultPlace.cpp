@@ -1,0 +1,48 @@
+#include "app/FaultPlace.h"
+
+#include "app/StructureView.h"
+#include "engines/mysql/OfflineEngine.h"
+#include "engines/mysql/StatementReader.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+namespace {
+
+bool FailsWith(TDBConn& conn, const std::string& table, const std::string& error) {
+  return FetchAndView(conn, table).error == error;
+}
+
+}  // namespace
+
+std::string TablePlace(TDBConn& conn, const std::string& table) {
+  std::string name;
+  conn.GetDisplayName(name);
+  if (auto* offline = dynamic_cast<TDBConnMySQLOffline*>(&conn)) {
+    const std::size_t line = offline->GetConnectionObject().LineOf(table);
+    if (line > 0) return Format("%s: line %d: table %s", name, line, table);
+  }
+  return Format("%s: table %s", name, table);
+}
+
+std::string ComparisonPlace(TDBConn* reference, TDBConn* target, const std::string& table, const std::string& error) {
+  if (table.empty()) return {};
+  for (TDBConn* conn : {reference, target})
+    if (conn != nullptr && FailsWith(*conn, table, error)) return TablePlace(*conn, table);
+  return Format("table %s", table);
+}
+
+std::size_t FaultLine(const std::string& text, const std::string& error) {
+  TDBConnMySQLOffline store("");
+  TStatement statement;
+  try {
+    TStatementReader statements(text);
+    while (statements.Next(statement)) store.ParseDDL(std::string(statement.text) + ";");
+  } catch (const EVelmora& fault) {
+    if (fault.what() == error) return statement.line;
+  }
+  return 0;
+}
+
+}  // namespace velmora

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "core/DBConn.h"
+
+namespace velmora {
+
+// Where an error arose, for messages: texts that are put before it, or empty.
+
+// The line of a table's creation text in a script file, as in "FILE: line 12: table t"; of a server "NAME: table t".
+std::string TablePlace(TDBConn& conn, const std::string& table);
+// The side of a comparison whose table cannot be read for that very reason; else the table alone.
+std::string ComparisonPlace(TDBConn* reference, TDBConn* target, const std::string& table, const std::string& error);
+
+// The line of the statement of `text` that an empty MySQL store refuses with this error; 0 when it cannot be told.
+std::size_t FaultLine(const std::string& text, const std::string& error);
+
+}  // namespace velmora

@@ -1,0 +1,52 @@
+#include "app/ScriptSplitter.h"
+
+#include "util/Lists.h"
+#include "util/Text.h"
+#include "util/Words.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr std::string_view kSeparator = ";";
+constexpr std::string_view kCommentOpen = "--";
+constexpr std::string_view kCommentClose = "\r";
+constexpr std::string_view kBlanks = " \t\r\n";
+
+// Where in `piece` the first character stands that is neither blank nor taken out as a comment.
+std::size_t FirstCharacter(std::string_view piece) {
+  std::size_t from = 1;
+  while (true) {
+    const std::size_t open = Pos(kCommentOpen, piece, from);
+    const std::size_t kept = open == 0 ? piece.size() + 1 : open - 1;  // the character before the comment goes too
+    const std::size_t first = piece.find_first_not_of(kBlanks, from - 1);
+    if (first != std::string_view::npos && first + 1 < kept) return first;
+    if (open == 0) return 0;
+    const std::size_t close = Pos(kCommentClose, piece, open + kCommentOpen.size());
+    if (close == 0) return 0;
+    from = close + kCommentClose.size();
+  }
+}
+
+}  // namespace
+
+TScriptPieces SplitScript(std::string_view script) {
+  TStringList list;
+  SplitWords(kSeparator, script, list, false);
+  TScriptPieces result;
+  result.pieces = list.size();
+  std::size_t position = 0;
+  std::size_t begin = 0;
+  for (const std::string& piece : list) {
+    std::string text = piece;
+    StripBetween(text, kCommentOpen, kCommentClose);
+    text = Trim(text);
+    if (!text.empty())
+      result.statements.push_back({std::move(text), position + piece.size() - 1, begin + FirstCharacter(piece)});
+    position += piece.size() + 1;
+    begin += piece.size() + kSeparator.size() + 1;
+  }
+  return result;
+}
+
+}  // namespace velmora

@@ -1,0 +1,41 @@
+#pragma once
+
+// What the commands of the companion have in common.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cli/Console.h"
+
+namespace CLI {
+class App;
+}
+
+namespace velmora {
+
+// Exit statuses.
+inline constexpr int kExitSuccess = 0;
+inline constexpr int kExitDifferent = 1;  // of `compare` alone
+inline constexpr int kExitFailure = 2;
+
+enum class EFormat { Text, Json };
+
+class TCommand {
+ public:
+  virtual ~TCommand() = default;
+  virtual const char* Name() const = 0;
+  virtual const char* Summary() const = 0;     // one line of help
+  virtual void Declare(CLI::App& app) = 0;     // arguments and options
+  virtual int Execute(TConsole& console) = 0;  // gives the exit status; raises EVelmora
+};
+
+std::vector<std::unique_ptr<TCommand>> MakeCommands();
+
+// Arguments and options that several commands take.
+void DeclareFormat(CLI::App& app, EFormat& format);
+void DeclareVerbose(CLI::App& app, bool& verbose);
+// The two databases of a comparison.
+void DeclarePair(CLI::App& app, std::string& reference, std::string& target);
+
+}  // namespace velmora

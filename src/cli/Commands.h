@@ -1,0 +1,90 @@
+#pragma once
+
+// The commands of the companion, one class each.
+
+#include <string>
+#include <vector>
+
+#include "cli/Command.h"
+
+namespace velmora {
+
+class TCompareCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "compare"; }
+  const char* Summary() const override { return "Show what differs between a reference and a target"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  std::string reference_, target_;
+  EFormat format_ = EFormat::Text;
+  bool verbose_ = false;
+};
+
+class TScriptCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "script"; }
+  const char* Summary() const override { return "Write the script that makes the target equal to the reference"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  std::string reference_, target_, output_;
+  EFormat format_ = EFormat::Text;
+  bool verbose_ = false;
+};
+
+class TSchemaCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "schema"; }
+  const char* Summary() const override { return "Show tables as the program understands them"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  std::string source_;
+  std::vector<std::string> tables_;
+  EFormat format_ = EFormat::Text;
+  bool verbose_ = false;
+};
+
+class TParseCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "parse"; }
+  const char* Summary() const override { return "Show what the statements of a file make of an empty database"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  std::string file_;
+  EFormat format_ = EFormat::Text;
+};
+
+class TReplayCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "replay"; }
+  const char* Summary() const override { return "Show what the statements of a file would make of a database"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  std::string source_, file_;
+  EFormat format_ = EFormat::Text;
+  bool verbose_ = false;
+};
+
+class TSplitCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "split"; }
+  const char* Summary() const override { return "Show the statements that a run of a script would execute"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  std::string file_;
+  bool raw_ = false;
+  EFormat format_ = EFormat::Text;
+};
+
+}  // namespace velmora

@@ -1,0 +1,25 @@
+#pragma once
+
+// JSON documents of the companion: keys in the order in which they are set, bytes that are no UTF-8 as U+FFFD.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "app/StructureView.h"
+
+namespace velmora {
+
+using TJson = nlohmann::ordered_json;
+
+TJson JsonOf(const std::optional<std::string>& text);  // null when there is none
+TJson JsonOf(const TTableView& table);
+// The document of `schema`, `parse` and `replay`. Without an `error` of its own it has that of the first failed table.
+TJson StructureDocument(int engine, const std::string& display_name, const std::vector<TTableView>& tables,
+                        const std::optional<std::string>& error);
+
+std::string TextOf(const TJson& document);  // on one line, with its end
+
+}  // namespace velmora

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/Application.h"
+#include "cli/Console.h"
+#include "sync/Progress.h"
+#include "util/Clock.h"
+
+namespace velmora {
+
+// A pair of databases opened for one command, with all that the comparison reports to.
+class TPairRun {
+ public:
+  TPairRun(TConsole& console, const TClock& clock);
+
+  TApplication& app() { return app_; }
+  const TLineEditor& editor() const { return editor_; }
+
+  // Opens both sides and compares them. Warnings of the sources go to the console. Gives the message of an error, with
+  // what was found so far in the application; the place of the error goes to the console too.
+  std::optional<std::string> Compare(const std::string& reference, const std::string& target, bool verbose);
+  // The script for what was compared; an error is reported in the same way.
+  std::optional<std::string> GenerateScript();
+
+ private:
+  void Open(const std::string& reference, const std::string& target, bool verbose);
+  template <class Body>
+  std::optional<std::string> Reported(Body body);
+
+  TConsole& console_;
+  std::unique_ptr<TProgress> progress_;
+  TLineEditor editor_;
+  TLineLog log_;
+  TApplication app_;
+};
+
+// Progress on the console's terminal, or none where it is no terminal.
+std::unique_ptr<TProgress> MakeProgress(TConsole& console);
+
+}  // namespace velmora

@@ -1,0 +1,46 @@
+#include <CLI/CLI.hpp>
+#include <ostream>
+
+#include "cli/Commands.h"
+#include "cli/Json.h"
+#include "cli/PairRun.h"
+#include "util/Files.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr std::size_t kHeaderLines = 2;
+
+std::string JsonText(const TStringList& lines, const std::optional<std::string>& error) {
+  const auto body = lines.begin() + static_cast<std::ptrdiff_t>(std::min(kHeaderLines, lines.size()));
+  return TextOf({{"header", TStringList(lines.begin(), body)},
+                 {"lines", TStringList(body, lines.end())},
+                 {"error", JsonOf(error)}});
+}
+
+}  // namespace
+
+void TScriptCommand::Declare(CLI::App& app) {
+  DeclarePair(app, reference_, target_);
+  app.add_option("-o,--output", output_, "Write the script to FILE; an old file is replaced only by a whole script")
+      ->type_name("FILE");
+  DeclareFormat(app, format_);
+  DeclareVerbose(app, verbose_);
+}
+
+int TScriptCommand::Execute(TConsole& console) {
+  TPairRun run(console, SystemClock());
+  std::optional<std::string> error = run.Compare(reference_, target_, verbose_);
+  if (!error) error = run.GenerateScript();
+  const bool to_file = !output_.empty();
+  const std::string text = format_ == EFormat::Json ? JsonText(run.editor().Lines(), error) : run.editor().Text();
+  if (to_file && !error) {
+    WriteFileText(output_, text);
+  } else if (format_ == EFormat::Json || !error) {
+    console.out << text;
+  }
+  return error ? kExitFailure : kExitSuccess;
+}
+
+}  // namespace velmora

@@ -1,0 +1,82 @@
+#include "cli/SourceRun.h"
+
+#include <algorithm>
+#include <ostream>
+
+#include "app/FaultPlace.h"
+#include "cli/Json.h"
+#include "cli/PairRun.h"
+#include "cli/StructureText.h"
+#include "engines/mysql/OfflineEngine.h"
+#include "util/Errors.h"
+#include "util/Files.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+void WarnOfSource(TDBConn& conn, bool verbose, TConsole& console) {
+  auto* offline = dynamic_cast<TDBConnMySQLOffline*>(&conn);
+  if (offline == nullptr) return;
+  const TOfflineConnection& file = offline->GetConnectionObject();
+  for (const TScriptWarning& warning : file.Warnings()) {
+    const std::string text = Placed(file.Path(), warning.Message());
+    if (!warning.verbose_only)
+      console.Warn(text);
+    else if (verbose)
+      console.Note(text);
+  }
+}
+
+std::string Placed(const std::string& place, const std::string& message) {
+  return place.empty() ? message : place + ": " + message;
+}
+
+std::string ReadTextFile(const std::string& path) {
+  std::string text = ReadFileText(path);
+  const std::size_t nul = text.find('\0');
+  if (nul != std::string::npos) {
+    const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(nul), '\n');
+    RaiseError(Format("%s: line %d: NUL byte: this is no text file", path, line));
+  }
+  return text;
+}
+
+int ShowStructure(TConsole& console, EFormat format, const std::function<void(TStructure&)>& fill) {
+  TStructure structure;
+  try {
+    fill(structure);
+  } catch (const EVelmora& error) {
+    structure.error = error.what();
+    console.Error(*structure.error);
+  }
+  if (format == EFormat::Json)
+    console.out << TextOf(
+        StructureDocument(structure.engine, structure.display_name, structure.tables, structure.error));
+  else
+    PrintTables(structure.tables, console.out);
+  const bool table_failed = std::any_of(structure.tables.begin(), structure.tables.end(),
+                                        [](const TTableView& table) { return table.error.has_value(); });
+  return structure.error || table_failed ? kExitFailure : kExitSuccess;
+}
+
+void FetchTables(TDBConn& conn, const TStringList& tables, bool verbose, TConsole& console,
+                 const std::function<void(TTableView)>& take) {
+  conn.Connect();
+  WarnOfSource(conn, verbose, console);
+  TStringList names = tables;
+  if (names.empty()) conn.meta().TableNames(names);
+  const std::unique_ptr<TProgress> progress = MakeProgress(console);
+  progress->ShowOneBar("Reading tables", static_cast<std::int64_t>(names.size()));
+  for (const std::string& name : names) {
+    progress->StepTotal();
+    TTableView view = FetchAndView(conn, name);
+    if (view.error) {
+      progress->Finish();
+      console.Error(Placed(TablePlace(conn, name), *view.error));
+    }
+    take(std::move(view));
+  }
+  progress->Finish();
+}
+
+}  // namespace velmora

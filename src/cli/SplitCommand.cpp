@@ -1,0 +1,53 @@
+#include <CLI/CLI.hpp>
+#include <ostream>
+
+#include "app/ScriptSplitter.h"
+#include "cli/Commands.h"
+#include "cli/Json.h"
+#include "cli/SourceRun.h"
+#include "sync/ScriptEditor.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+namespace {
+
+std::string AsEdited(const std::string& text) {
+  TLineEditor editor;
+  editor.SetText(text);
+  return editor.Text();
+}
+
+TJson Document(const TScriptPieces& pieces) {
+  TJson statements = TJson::array();
+  for (const TScriptStatement& statement : pieces.statements)
+    statements.push_back({{"text", statement.text}, {"position", statement.position}});
+  return {{"statements", std::move(statements)}, {"pieces", pieces.pieces}};
+}
+
+void PrintText(const TScriptPieces& pieces, std::ostream& out) {
+  for (const TScriptStatement& statement : pieces.statements)
+    out << Format("-- at %d\n%s\n", statement.position, statement.text);
+  out << Format("-- %d statements in %d pieces\n", pieces.statements.size(), pieces.pieces);
+}
+
+}  // namespace
+
+void TSplitCommand::Declare(CLI::App& app) {
+  app.add_option("FILE", file_, "A script")->required();
+  app.add_flag("--raw", raw_, "Take the bytes as they are, instead of as lines that each end in CR LF");
+  DeclareFormat(app, format_);
+}
+
+int TSplitCommand::Execute(TConsole& console) {
+  const std::string text = ReadTextFile(file_);
+  const TScriptPieces pieces = SplitScript(raw_ ? text : AsEdited(text));
+  if (format_ == EFormat::Json)
+    console.out << TextOf(Document(pieces));
+  else
+    PrintText(pieces, console.out);
+  return kExitSuccess;
+}
+
+}  // namespace velmora

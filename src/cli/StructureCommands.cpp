@@ -1,0 +1,85 @@
+// The commands that show a structure: of a database, of a text alone, and of a database with a text applied to it.
+
+#include <CLI/CLI.hpp>
+
+#include "app/FaultPlace.h"
+#include "app/Sources.h"
+#include "cli/Commands.h"
+#include "cli/SourceRun.h"
+#include "engines/mysql/OfflineEngine.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+void Identify(TDBConn& conn, TStructure& structure) {
+  structure.engine = conn.GetEngine();
+  conn.GetDisplayName(structure.display_name);
+}
+
+// The text of `file` through the engine's parser, and the rows as they then stand, whether it raised or not.
+void ParseAndView(TDBConn& conn, const std::string& file, TConsole& console, TStructure& structure) {
+  const std::string text = ReadTextFile(file);
+  try {
+    conn.ParseDDL(Trim(text));
+  } catch (const EVelmora& error) {
+    structure.error = error.what();
+    const std::size_t line = FaultLine(text, *structure.error);
+    console.Error(Placed(line > 0 ? Format("%s: line %d", file, line) : file, *structure.error));
+  }
+  structure.tables = ViewTables(conn);
+}
+
+}  // namespace
+
+void TSchemaCommand::Declare(CLI::App& app) {
+  app.add_option("SOURCE", source_, "The database")->required();
+  app.add_option("TABLE", tables_, "Tables to show; all when none is named");
+  DeclareFormat(app, format_);
+  DeclareVerbose(app, verbose_);
+}
+
+int TSchemaCommand::Execute(TConsole& console) {
+  return ShowStructure(console, format_, [&](TStructure& structure) {
+    const std::unique_ptr<TDBConn> conn = MakeSource(source_);
+    Identify(*conn, structure);
+    FetchTables(*conn, tables_, verbose_, console,
+                [&](TTableView view) { structure.tables.push_back(std::move(view)); });
+  });
+}
+
+void TParseCommand::Declare(CLI::App& app) {
+  app.add_option("FILE", file_, "A text of MySQL statements")->required();
+  DeclareFormat(app, format_);
+}
+
+int TParseCommand::Execute(TConsole& console) {
+  return ShowStructure(console, format_, [&](TStructure& structure) {
+    TDBConnMySQLOffline conn(file_);  // never connected: the store is what the text makes of nothing
+    Identify(conn, structure);
+    ParseAndView(conn, file_, console, structure);
+  });
+}
+
+void TReplayCommand::Declare(CLI::App& app) {
+  app.add_option("SOURCE", source_, "The database")->required();
+  app.add_option("FILE", file_, "A text of MySQL statements")->required();
+  DeclareFormat(app, format_);
+  DeclareVerbose(app, verbose_);
+}
+
+int TReplayCommand::Execute(TConsole& console) {
+  return ShowStructure(console, format_, [&](TStructure& structure) {
+    const std::unique_ptr<TDBConn> conn = MakeTarget(source_);
+    Identify(*conn, structure);
+    FetchTables(*conn, {}, verbose_, console, [&](const TTableView& view) {
+      if (view.error) RaiseError(*view.error);
+    });
+    ParseAndView(*conn, file_, console, structure);
+  });
+}
+
+}  // namespace velmora

@@ -1,0 +1,17 @@
+#include <unistd.h>
+
+#include <iostream>
+
+#include "cli/Companion.h"
+
+int main(int argc, char** argv) {
+  std::ios::sync_with_stdio(false);
+  velmora::TConsole console{std::cout, std::cerr, isatty(STDERR_FILENO) != 0};
+  const int status = velmora::RunCompanion({argv + 1, argv + argc}, console);
+  std::cout.flush();
+  if (!std::cout) {
+    console.Error("cannot write to standard output");
+    return 2;
+  }
+  return status;
+}

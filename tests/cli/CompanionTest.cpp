@@ -1,0 +1,313 @@
+#include "cli/Companion.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "support/ScratchFolder.h"
+#include "util/Files.h"
+
+namespace velmora {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using TJson = nlohmann::ordered_json;
+
+constexpr char kItems[] =
+    "CREATE TABLE `items` (\n  `id` int(11) NOT NULL auto_increment,\n  `name` varchar(40) default 'x',\n"
+    "  `price` decimal(10,2) NOT NULL default '0.00',\n  PRIMARY KEY  (`id`),\n  KEY `ix` (`name`)\n"
+    ") TYPE=InnoDB;\n";
+
+struct TAnswer {
+  int status = 0;
+  std::string out;
+  std::string err;
+};
+
+class CompanionTest : public ::testing::Test {
+ protected:
+  std::string File(const std::string& name, const std::string& text) {
+    const std::string path = folder_ / name;
+    WriteFileText(path, text);
+    return path;
+  }
+  // The sample with one text replaced.
+  std::string Changed(const std::string& name, const std::string& from, const std::string& to) {
+    std::string text = kItems;
+    text.replace(text.find(from), from.size(), to);
+    return File(name, text);
+  }
+  TAnswer Run(const std::vector<std::string>& arguments) {
+    std::ostringstream out, err;
+    TConsole console{out, err};
+    const int status = RunCompanion(arguments, console);
+    return {status, out.str(), err.str()};
+  }
+
+  testing::TScratchFolder folder_;
+};
+
+std::vector<std::string> KeysOf(const TJson& object) {
+  std::vector<std::string> keys;
+  for (const auto& entry : object.items()) keys.push_back(entry.key());
+  return keys;
+}
+
+TEST_F(CompanionTest, CompareTellsByItsExitStatus) {
+  const std::string a = File("a.sql", kItems);
+  const std::string b = Changed("b.sql", "varchar(40)", "varchar(20)");
+  const TAnswer same = Run({"compare", a, a});
+  EXPECT_EQ(same.status, 0);
+  EXPECT_EQ(same.out, "Databases are identical. Nothing to synchronize.\n");
+  const TAnswer different = Run({"compare", a, b});
+  EXPECT_EQ(different.status, 1);
+  EXPECT_EQ(different.out, "~ items\n    ~ Changed column name\n\n1 difference in 1 table\n");
+  EXPECT_EQ(different.err, "");
+  const TAnswer failed = Run({"compare", a, (folder_ / "none.sql")});
+  EXPECT_EQ(failed.status, 2);
+  EXPECT_THAT(failed.err, HasSubstr("velmora-cli: Cannot read " + (folder_ / "none.sql")));
+}
+
+TEST_F(CompanionTest, CompareAsJson) {
+  const TAnswer answer =
+      Run({"compare", File("a.sql", kItems), Changed("b.sql", "varchar(40)", "varchar(20)"), "--format", "json"});
+  EXPECT_EQ(answer.status, 1);
+  EXPECT_EQ(answer.out,
+            "{\"identical\":false,\"actions\":[{\"id\":1,\"table\":\"items\",\"item\":\"name\",\"action_id\":3,"
+            "\"action\":\"Modify column\",\"description\":\"varchar(40) default 'x' after id\"}],"
+            "\"log\":[\"Changed column name\"],\"error\":null}\n");
+}
+
+TEST_F(CompanionTest, AFailedComparisonStillPrintsJsonAndNamesThePlace) {
+  const std::string a = File("a.sql", std::string(kItems) + "create table bad (\n  a enum('x','y')\n) type=InnoDB;\n");
+  const std::string b = File("b.sql", std::string("create table gone (a int not null) type=InnoDB;\n") + kItems +
+                                          "create table bad (\n  a int not null\n) type=InnoDB;\n");
+  const TAnswer answer = Run({"compare", a, b, "--format", "json"});
+  EXPECT_EQ(answer.status, 2);
+  EXPECT_EQ(answer.err, "velmora-cli: " + a + ": line 8: table bad: ''x'' is not a valid integer value\n");
+  const TJson json = TJson::parse(answer.out);
+  EXPECT_FALSE(json["identical"].get<bool>());
+  EXPECT_EQ(json["actions"].size(), 1u) << "what was found before the error stays";
+  EXPECT_EQ(json["error"], "''x'' is not a valid integer value");
+}
+
+TEST_F(CompanionTest, AnErrorOfTheComparisonItselfNamesTheTable) {
+  const TAnswer answer = Run({"compare", File("a.sql", "create table t (\n a int not null\n) type=InnoDB;"),
+                              File("b.sql", "create table t (\n a int not null,\n b int not null\n) type=InnoDB;")});
+  EXPECT_EQ(answer.status, 2);
+  EXPECT_EQ(answer.err, "velmora-cli: table t: List index out of bounds (-1)\n");
+}
+
+TEST_F(CompanionTest, ScriptGoesToStandardOutputWithCrLf) {
+  const TAnswer answer = Run({"script", File("a.sql", kItems), Changed("b.sql", "varchar(40)", "varchar(20)")});
+  EXPECT_EQ(answer.status, 0);
+  EXPECT_THAT(answer.out, HasSubstr("\r\n\r\nset foreign_key_checks=0;\r\n\r\n"
+                                    "alter table items modify column name varchar(40) default 'x';\r\n\r\n"
+                                    "set foreign_key_checks=1;\r\n"));
+}
+
+TEST_F(CompanionTest, ScriptAsJsonSetsTheHeaderApart) {
+  const TAnswer answer =
+      Run({"script", File("a.sql", kItems), Changed("b.sql", "varchar(40)", "varchar(20)"), "--format", "json"});
+  const TJson json = TJson::parse(answer.out);
+  EXPECT_THAT(KeysOf(json), ElementsAre("header", "lines", "error"));
+  EXPECT_EQ(json["header"].size(), 2u);
+  EXPECT_THAT(
+      json["lines"].get<std::vector<std::string>>(),
+      ElementsAre("", "set foreign_key_checks=0;", "", "alter table items modify column name varchar(40) default 'x';",
+                  "", "set foreign_key_checks=1;"));
+}
+
+TEST_F(CompanionTest, ScriptReplacesItsFileOnlyWhenWhole) {
+  const std::string a = File("a.sql", kItems);
+  const std::string output = File("sync.sql", "kept");
+  EXPECT_EQ(Run({"script", a, Changed("bad.sql", "varchar(40)", "mediumint(9)"), "-o", output}).status, 2);
+  EXPECT_EQ(ReadFileText(output), "kept");
+  const TAnswer whole = Run({"script", a, Changed("b.sql", "varchar(40)", "varchar(20)"), "-o", output});
+  EXPECT_EQ(whole.status, 0);
+  EXPECT_EQ(whole.out, "");
+  EXPECT_THAT(ReadFileText(output), HasSubstr("modify column name"));
+}
+
+TEST_F(CompanionTest, SchemaShowsEachTableAndGoesOnBehindAFailedOne) {
+  const std::string file = File("a.sql", "create table bad (a mediumint) type=MyISAM;\n" + std::string(kItems));
+  const TAnswer text = Run({"schema", file});
+  EXPECT_EQ(text.status, 2);
+  EXPECT_EQ(text.err,
+            "velmora-cli: " + file + ": line 1: table bad: TDBConn.DecodeColumn: Unhandled column type mediumint\n");
+  EXPECT_EQ(text.out,
+            "bad\n  cannot be read: TDBConn.DecodeColumn: Unhandled column type mediumint\n\n"
+            "items (InnoDB)\n  id     int not null auto_increment\n  name   varchar(40) default 'x'\n"
+            "  price  decimal(10,2) not null default '0'\n  primary key (id)\n  key `ix` (name)\n");
+  const TJson json = TJson::parse(Run({"schema", file, "--format", "json"}).out);
+  EXPECT_THAT(KeysOf(json), ElementsAre("engine", "display_name", "tables", "error"));
+  EXPECT_EQ(json["error"], json["tables"][0]["error"]);
+  EXPECT_TRUE(json["tables"][0]["columns"].empty());
+  EXPECT_EQ(json["tables"][1]["columns"].size(), 3u);
+}
+
+TEST_F(CompanionTest, SchemaOfChosenTablesIgnoresTheOthers) {
+  const std::string file = File("a.sql", "create table bad (a mediumint) type=MyISAM;\n" + std::string(kItems));
+  EXPECT_EQ(Run({"schema", file, "ITEMS"}).status, 0);
+  const TAnswer missing = Run({"schema", file, "nothing"});
+  EXPECT_EQ(missing.status, 2);
+  EXPECT_EQ(missing.err, "velmora-cli: " + file + ": table nothing: Can't find table nothing in metadata\n");
+}
+
+TEST_F(CompanionTest, JsonOfATableHasAllKeysInOrder) {
+  const std::string file = File(
+      "a.sql", std::string(kItems) +
+                   "create table child (pid int not null, wide varchar(300), key ix (pid), constraint fk foreign key "
+                   "(pid) references items (id) on delete set null) type=InnoDB;");
+  const TJson json = TJson::parse(Run({"schema", file, "--format", "json"}).out);
+  const TJson& child = json["tables"][1];
+  EXPECT_THAT(KeysOf(child), ElementsAre("name", "type", "columns", "keys", "constraints", "error"));
+  EXPECT_THAT(KeysOf(child["columns"][0]), ElementsAre("name", "datatype", "tag", "size", "precision", "notnull",
+                                                       "default", "autoinc", "text", "text_error"));
+  EXPECT_EQ(child["keys"][0].dump(),
+            "{\"name\":\"ix\",\"primary\":false,\"unique\":false,\"fulltext\":false,"
+            "\"columns\":[\"pid\"],\"orders\":[\"\"],\"text\":\"key `ix` (pid)\"}");
+  EXPECT_EQ(child["constraints"][0].dump(),
+            "{\"name\":\"fk\",\"constraint_type\":2,\"foreign_table\":\"items\",\"delete_rule\":\"set null\","
+            "\"update_rule\":\"\",\"def_value\":\"\",\"check_condition\":\"\",\"local\":[\"pid\"],\"foreign\":[\"id\"],"
+            "\"text\":\"constraint fk foreign key(pid) references items(id)\"}");
+  EXPECT_TRUE(child["columns"][1]["text"].is_null()) << "a text that cannot be rendered is no reason to fail";
+  EXPECT_EQ(child["columns"][1]["text_error"],
+            "TDBConn.ColumnDescription: Unhandled column type 16 for column child/wide");
+}
+
+TEST_F(CompanionTest, BytesThatAreNoUtf8AreReplacedInJson) {
+  const std::string file = File("a.sql", "create table t (a varchar(9) default '\xE4') type=InnoDB;");
+  const TJson json = TJson::parse(Run({"schema", file, "--format", "json"}).out);
+  EXPECT_EQ(json["tables"][0]["columns"][0]["default"], "'\xEF\xBF\xBD'");
+}
+
+TEST_F(CompanionTest, ParseShowsTheRowsAsTheyStandAfterAnErrorToo) {
+  const std::string file = File("a.txt", "create table t (a int not null);\ncreate table u (b int, c year(4) ^);\n\n");
+  EXPECT_EQ(Run({"parse", file}).out, "t\n  a  int not null\n\nu\n  b  int\n  c  year\n");
+  const std::string bad = File("b.txt", "create table t (a int not null);\n\ndrop table nothing;");
+  const TAnswer answer = Run({"parse", bad, "--format", "json"});
+  EXPECT_EQ(answer.status, 2);
+  EXPECT_EQ(answer.err, "velmora-cli: " + bad + ": line 3: Can't drop undefined table nothing\n");
+  const TJson json = TJson::parse(answer.out);
+  EXPECT_EQ(json["error"], "Can't drop undefined table nothing");
+  EXPECT_EQ(json["tables"].size(), 1u);
+  EXPECT_EQ(json["engine"], 8);
+}
+
+TEST_F(CompanionTest, ReplayShowsWhatStatementsWouldMakeOfADatabase) {
+  const std::string source = File("a.sql", kItems);
+  const std::string file =
+      File("changes.sql", "alter table items drop column name;\nalter table items add n int not null;");
+  const TAnswer answer = Run({"replay", source, file});
+  EXPECT_EQ(answer.status, 0) << answer.err;
+  EXPECT_EQ(answer.out,
+            "items (InnoDB)\n  id     int not null auto_increment\n  price  decimal(10,2) not null default '0'\n"
+            "  n      int not null\n  primary key (id)\n");
+}
+
+TEST_F(CompanionTest, SplitTakesATextAsTheEditorOrAsItIs) {
+  const std::string file = File("a.txt", "a 1;\nb 2;\n");
+  EXPECT_EQ(Run({"split", file, "--format", "json"}).out,
+            "{\"statements\":[{\"text\":\"a 1\",\"position\":2},{\"text\":\"b 2\",\"position\":7}],\"pieces\":3}\n");
+  EXPECT_EQ(Run({"split", file, "--raw", "--format", "json"}).out,
+            "{\"statements\":[{\"text\":\"a 1\",\"position\":2},{\"text\":\"b 2\",\"position\":6}],\"pieces\":3}\n");
+}
+
+TEST_F(CompanionTest, WarningsNameFileLineAndWhatWasPassedOver) {
+  const std::string file =
+      File("a.sql", std::string(kItems) +
+                        "drop table x;\nalter table y add z int;\ncreate table Items (a int not null) "
+                        "type=MyISAM;\n");
+  const TAnswer answer = Run({"schema", file});
+  EXPECT_EQ(answer.status, 0);
+  EXPECT_THAT(answer.err, HasSubstr("velmora-cli: warning: " + file + ": "));
+  EXPECT_THAT(answer.err, HasSubstr("Items"));
+  const TAnswer verbose = Run({"schema", file, "--verbose"});
+  EXPECT_THAT(verbose.err, HasSubstr("line 9"));
+  EXPECT_GT(verbose.err.size(), answer.err.size());
+  const TAnswer empty = Run({"schema", File("empty.sql", "-- nothing\n")});
+  EXPECT_EQ(empty.status, 0) << "a dump without tables is an empty database";
+  EXPECT_THAT(empty.err, HasSubstr("warning"));
+}
+
+TEST_F(CompanionTest, BadInputIsOneLineThatNamesIt) {
+  const std::string good = File("a.sql", kItems);
+  const struct {
+    const char* text;
+    const char* fault;
+  } files[] = {
+      {"create table t (\n a varchar(5) default 'x\n) type=InnoDB;", "line 2: unclosed ' quote"},
+      {"select 1;\n/* never closed", "line 2: unclosed comment"},
+      {nullptr, "line 2: NUL byte"},
+  };
+  for (const auto& file : files) {
+    const std::string path = File("bad.sql", file.text == nullptr ? std::string("a\n\0b", 4) : std::string(file.text));
+    for (const auto& arguments : std::vector<std::vector<std::string>>{
+             {"compare", good, path}, {"compare", path, good}, {"script", path, good}, {"schema", path}}) {
+      const TAnswer answer = Run(arguments);
+      EXPECT_EQ(answer.status, 2);
+      EXPECT_THAT(answer.err, HasSubstr("velmora-cli: " + path + ": " + file.fault));
+      EXPECT_EQ(std::count(answer.err.begin(), answer.err.end(), '\n'), 1) << answer.err;
+    }
+  }
+  for (const auto& arguments : std::vector<std::vector<std::string>>{{"compare", "nonsense", good},
+                                                                     {"compare", good, "nonsense"},
+                                                                     {"parse", (folder_ / "none")},
+                                                                     {"schema", (folder_ / "")},
+                                                                     {"script", good, good, "-o", "/no/folder/x"},
+                                                                     {"compare", good},
+                                                                     {"compare", good, good, "--format", "xml"},
+                                                                     {"unknown"},
+                                                                     {}}) {
+    const TAnswer answer = Run(arguments);
+    EXPECT_EQ(answer.status, 2);
+    EXPECT_THAT(answer.err, ::testing::StartsWith("velmora-cli: "));
+    EXPECT_EQ(answer.out, "");
+  }
+}
+
+TEST_F(CompanionTest, HelpAndVersionEverywhere) {
+  for (const char* command : {"", "compare", "script", "schema", "parse", "replay", "split"}) {
+    std::vector<std::string> arguments;
+    if (*command != '\0') arguments.push_back(command);
+    arguments.push_back("--help");
+    EXPECT_THAT(Run(arguments).out, HasSubstr(*command == '\0' ? "Subcommands" : command));
+    arguments.back() = "--version";
+    const TAnswer version = Run(arguments);
+    EXPECT_EQ(version.status, 0);
+    EXPECT_THAT(version.out, ::testing::StartsWith("velmora-cli 1.0"));
+  }
+}
+
+// The program itself, with its real streams.
+TEST_F(CompanionTest, TheProgramGivesStatusAndStreams) {
+  const std::string a = File("a.sql", kItems);
+  const std::string b = Changed("b.sql", "varchar(40)", "varchar(20)");
+  const auto run = [&](const std::string& arguments) {
+    TAnswer answer;
+    FILE* pipe = popen((std::string(VELMORA_CLI) + " " + arguments + " 2>" + (folder_ / "err")).c_str(), "r");
+    char buffer[4096];
+    while (const std::size_t count = fread(buffer, 1, sizeof buffer, pipe)) answer.out.append(buffer, count);
+    answer.status = WEXITSTATUS(pclose(pipe));
+    answer.err = ReadFileText((folder_ / "err"));
+    return answer;
+  };
+  EXPECT_EQ(run("compare " + a + " " + a).status, 0);
+  const TAnswer different = run("compare " + a + " " + b);
+  EXPECT_EQ(different.status, 1);
+  EXPECT_THAT(different.out, HasSubstr("Changed column name"));
+  EXPECT_EQ(different.err, "") << "no progress where standard error is no terminal";
+  EXPECT_EQ(run("compare nonsense " + b).status, 2);
+  const TAnswer full = run("script " + a + " " + b + " >/dev/full");
+  EXPECT_EQ(full.status, 2);
+  EXPECT_EQ(full.err, "velmora-cli: cannot write to standard output\n");
+}
+
+}  // namespace
+}  // namespace velmora
