@@ -30,8 +30,8 @@ std::string Joined(const Rows& rows, std::string_view separator, Get get) {
 
 }  // namespace
 
-std::size_t NameHash(int master, std::string_view name) {
-  std::uint64_t hash = 14695981039346656037u ^ static_cast<std::uint64_t>(master);
+std::size_t NameHash(std::string_view name) {
+  std::uint64_t hash = 14695981039346656037u;
   for (char c : name) hash = (hash ^ static_cast<unsigned char>(LowerChar(c))) * 1099511628211u;
   return static_cast<std::size_t>(hash ^ (hash >> 29));
 }
@@ -296,8 +296,8 @@ void TMeta::CachedTableDDL(const std::string& table, std::string& ddl) {
   }
   GotoTable(table);
   std::string& cached = tTables.Amend().cached_ddl;
-  if (cached != text) cached = text;
-  ddl = std::move(text);
+  if (cached != text) cached = std::move(text);
+  ddl = cached;
 }
 
 TDBConn& TMeta::Owner() const {

@@ -13,8 +13,8 @@
 //   static constexpr bool kFoundById  rows are found by their id too (FindId)
 //   void BeforePost()                 a rule of the row itself
 //
-// Rows stand in stable nodes, in the order of their ids within a master. Lookups are indexed; nothing here walks more
-// than the rows of one master.
+// Rows stand in stable nodes, in the order of their ids within a master. Lookups walk the rows of one master while
+// these are few and use an index from there on; no operation walks the rows of other masters.
 //
 // Cursor: a master that moves to another row puts its details on their first row; sent to the row it stands on, it
 // leaves them. A failed search leaves the cursor. After a deletion the following row is current, else the last.
@@ -25,6 +25,7 @@
 
 #include <algorithm>
 #include <list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -56,7 +57,7 @@ class TMetaMaster {
   ~TMetaMaster() = default;
 };
 
-std::size_t NameHash(int master, std::string_view name);  // the case of letters plays no part
+std::size_t NameHash(std::string_view name);  // the case of letters plays no part
 
 template <class Row>
 class TMetaTable final : public TMetaDetail, public TMetaMaster {
@@ -72,7 +73,7 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
   void AddDetail(TMetaDetail& detail) { details_.push_back(&detail); }
 
   // --- The cursor, over the rows of the current master row
-  bool Empty() const { return view_ == nullptr || view_->empty(); }
+  bool Empty() const { return view_ == nullptr || view_->rows.empty(); }
   bool Eof() const { return Empty() || eof_; }  // Next found no further row
   // The current row; there must be one.
   const Row& Current() const { return *current_; }
@@ -81,15 +82,15 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
 
   void First() {
     eof_ = false;
-    if (!Empty()) MoveTo(view_->begin());
+    if (!Empty()) MoveTo(view_->rows.begin());
   }
   void Last() {
     eof_ = false;
-    if (!Empty()) MoveTo(std::prev(view_->end()));
+    if (!Empty()) MoveTo(std::prev(view_->rows.end()));
   }
   void Next() {
     if (Empty()) return;
-    if (std::next(current_) == view_->end())
+    if (std::next(current_) == view_->rows.end())
       eof_ = true;
     else
       MoveTo(std::next(current_));
@@ -100,12 +101,12 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
     MoveTo(mark);
   }
   // The rows of the current master row, for walks that leave the cursor alone.
-  TRows& Rows() { return view_ == nullptr ? nothing_ : *view_; }
-  const TRows& Rows() const { return view_ == nullptr ? nothing_ : *view_; }
+  TRows& Rows() { return view_ == nullptr ? nothing_ : view_->rows; }
+  const TRows& Rows() const { return view_ == nullptr ? nothing_ : view_->rows; }
   // The rows of any master.
   const TRows& RowsOf(int master) const {
-    const auto found = lists_.find(master);
-    return found == lists_.end() ? nothing_ : found->second;
+    const TList* list = ListOf(master);
+    return list == nullptr ? nothing_ : list->rows;
   }
   std::size_t TotalCount() const { return total_; }  // over all masters
 
@@ -152,8 +153,8 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
   Row& Append() {
     Settle();
     const int master = MasterId();
-    TRows& rows = lists_[master];
-    view_ = &rows;
+    view_ = &NeededList(master);
+    TRows& rows = view_->rows;
     rows.emplace_back();
     const TMark row = std::prev(rows.end());
     row->id = NextId();
@@ -200,18 +201,17 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
   // Deletes all rows of one master.
   void DeleteOf(int master) {
     Settle();
-    const auto found = lists_.find(master);
-    if (found == lists_.end()) return;
-    for (TMark row = found->second.begin(); row != found->second.end(); ++row) Unindex(row);
-    total_ -= found->second.size();
-    const bool seen = view_ == &found->second;
-    lists_.erase(found);
+    TList* list = ListOf(master);
+    if (list == nullptr) return;
+    for (TMark row = list->rows.begin(); row != list->rows.end(); ++row) Unindex(row);
+    total_ -= list->rows.size();
+    const bool seen = view_ == list;
+    lists_[static_cast<std::size_t>(master)].reset();
     if (seen) Look();
   }
   void Clear() {
     opened_ = EOpened::None;
     before_.reset();
-    by_name_.clear();
     by_link_.clear();
     by_id_.clear();
     lists_.clear();
@@ -221,17 +221,19 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
   // Puts the current row behind `anchor` (in front of all when there is none). The row and those behind it get new ids.
   void MoveBehind(std::optional<TMark> anchor) {
     Settle();
-    const TMark place = anchor ? std::next(*anchor) : view_->begin();
+    TRows& rows = view_->rows;
+    const TMark place = anchor ? std::next(*anchor) : rows.begin();
     if ((anchor && *anchor == current_) || place == current_) return;
-    view_->splice(place, *view_, current_);
-    for (TMark row = current_; row != view_->end(); ++row) row->id = NextId();
+    rows.splice(place, rows, current_);
+    for (TMark row = current_; row != rows.end(); ++row) row->id = NextId();
   }
   // Makes this table a copy of `source`, ids included, on its first row.
   void CopyFrom(const TMetaTable& source) {
     Clear();
-    for (const auto& [master, rows] : source.lists_) {
-      TRows& copy = lists_[master];
-      copy = rows;
+    for (std::size_t master = 0; master < source.lists_.size(); ++master) {
+      if (!source.lists_[master]) continue;
+      TRows& copy = NeededList(static_cast<int>(master)).rows;
+      copy = source.lists_[master]->rows;
       for (TMark row = copy.begin(); row != copy.end(); ++row) Index(row);
     }
     total_ = source.total_;
@@ -244,17 +246,46 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
  private:
   enum class EOpened { None, Appended, Edited };
 
+  using TIndex = std::unordered_multimap<std::size_t, TMark>;
+  struct TList {
+    TRows rows;
+    std::unique_ptr<TIndex> by_name;  // there once the rows are many
+    std::size_t alike = 0;            // rows in the index whose hash another row had before them
+
+    void IndexName(TMark row) {
+      const std::size_t hash = NameHash(row->Name());
+      if (by_name->contains(hash)) ++alike;
+      by_name->emplace(hash, row);
+    }
+    void ForgetName(TMark row) {
+      const std::size_t hash = NameHash(row->Name());
+      Forget(*by_name, hash, row);
+      if (by_name->contains(hash)) --alike;
+    }
+  };
+  static constexpr std::size_t kIndexedFrom = 32;
+
+  TList* ListOf(int master) const {
+    const auto place = static_cast<std::size_t>(master);
+    return place < lists_.size() ? lists_[place].get() : nullptr;
+  }
+  TList& NeededList(int master) {
+    const auto place = static_cast<std::size_t>(master);
+    if (place >= lists_.size()) lists_.resize(std::max(place + 1, 2 * lists_.size()));
+    if (!lists_[place]) lists_[place] = std::make_unique<TList>();
+    return *lists_[place];
+  }
+
   int MasterId() const { return master_ == nullptr ? kNoMaster : master_->CurrentId(); }
   int NextId() { return next_id_++; }
 
   // Shows the rows of the master's current row and stands on the first of them.
   void Look() {
     const int master = MasterId();
-    const auto found = master_ != nullptr && master == kNoMaster ? lists_.end() : lists_.find(master);
-    view_ = found == lists_.end() ? nullptr : &found->second;
+    view_ = master_ != nullptr && master == kNoMaster ? nullptr : ListOf(master);
     eof_ = false;
     positioned_ = !Empty();
-    if (positioned_) current_ = view_->begin();
+    if (positioned_) current_ = view_->rows.begin();
     Tell();
   }
   void Tell() {
@@ -272,38 +303,63 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
   }
 
   bool LocateFirst(std::string_view name) {
+    if (FollowsAlone(name)) {
+      GoTo(std::next(current_));
+      return true;
+    }
     std::optional<TMark> found = Search(name, [name](const Row& row) { return SameText(row.Name(), name); });
     if (!found) return false;
     GoTo(*found);
     return true;
   }
+  // Whether the row behind the current one has this name and no other row can have it: walks over two stores side by
+  // side ask for one name after the other, and so are spared the index.
+  bool FollowsAlone(std::string_view name) {
+    if (opened_ != EOpened::None || Empty() || !view_->by_name || view_->alike != 0) return false;
+    const TMark next = std::next(current_);
+    return next != view_->rows.end() && SameText(next->Name(), name);
+  }
   template <class Fits>
   std::optional<TMark> Search(std::string_view name, Fits fits) {
     Settle();
     if (Empty()) return std::nullopt;
-    const int master = MasterId();
-    std::optional<TMark> first;
-    auto [from, to] = by_name_.equal_range(NameHash(master, name));
-    for (; from != to; ++from) {
-      const TMark row = from->second;
-      if (row->MasterId() == master && fits(*row) && (!first || row->id < (*first)->id)) first = row;
+    return First(*view_, name, fits);
+  }
+  // The first row in order that fits; `name` is the one that those which may fit have, whatever its case.
+  template <class Fits>
+  static std::optional<TMark> First(TList& list, std::string_view name, Fits fits) {
+    if (!list.by_name) {
+      for (TMark row = list.rows.begin(); row != list.rows.end(); ++row)
+        if (fits(*row)) return row;
+      return std::nullopt;
     }
+    std::optional<TMark> first;
+    auto [from, to] = list.by_name->equal_range(NameHash(name));
+    for (; from != to; ++from)
+      if (fits(*from->second) && (!first || from->second->id < (*first)->id)) first = from->second;
     return first;
   }
   bool HasTwin(TMark row) {
-    auto [from, to] = by_name_.equal_range(NameHash(row->MasterId(), row->Name()));
-    return std::any_of(from, to, [row](const auto& entry) {
-      return entry.second != row && entry.second->MasterId() == row->MasterId() && entry.second->Name() == row->Name();
-    });
+    const Row* self = &*row;
+    return First(*ListOf(row->MasterId()), row->Name(),
+                 [self](const Row& other) { return &other != self && other.Name() == self->Name(); })
+        .has_value();
   }
 
   void Index(TMark row) {
-    by_name_.emplace(NameHash(row->MasterId(), row->Name()), row);
+    TList& list = *ListOf(row->MasterId());
+    if (list.by_name) {
+      list.IndexName(row);
+    } else if (list.rows.size() > kIndexedFrom) {
+      list.by_name = std::make_unique<TIndex>();
+      for (TMark each = list.rows.begin(); each != list.rows.end(); ++each) list.IndexName(each);
+    }
     if constexpr (requires { row->Link(); }) by_link_.emplace(row->Link(), row);
     if constexpr (requires { Row::kFoundById; }) by_id_.emplace(row->id, row);
   }
   void Unindex(TMark row) {
-    Forget(by_name_, NameHash(row->MasterId(), row->Name()), row);
+    TList& list = *ListOf(row->MasterId());
+    if (list.by_name) list.ForgetName(row);
     if constexpr (requires { row->Link(); }) Forget(by_link_, row->Link(), row);
     if constexpr (requires { Row::kFoundById; }) by_id_.erase(row->id);
   }
@@ -338,10 +394,11 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
     }
   }
   void Erase(TMark row) {
-    TRows& rows = lists_.find(row->MasterId())->second;
+    TList& list = *ListOf(row->MasterId());
+    TRows& rows = list.rows;
     Unindex(row);
     --total_;
-    const bool was_current = &rows == view_ && row == current_;
+    const bool was_current = &list == view_ && row == current_;
     const TMark next = rows.erase(row);
     if (!was_current) return;
     positioned_ = false;
@@ -354,15 +411,14 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
   std::string_view what_;
   TMetaMaster* master_;
   std::vector<TMetaDetail*> details_;
-  std::unordered_map<int, TRows> lists_;
-  std::unordered_multimap<std::size_t, TMark> by_name_;
+  std::vector<std::unique_ptr<TList>> lists_;  // by the id of the master row
   std::unordered_multimap<std::string, TMark> by_link_;
   std::unordered_map<int, TMark> by_id_;
   std::size_t total_ = 0;
   int next_id_ = 1;
 
   TRows nothing_;
-  TRows* view_ = nullptr;
+  TList* view_ = nullptr;
   TMark current_{};
   bool positioned_ = false;
   bool eof_ = false;

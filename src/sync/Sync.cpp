@@ -118,10 +118,9 @@ void TDBSync::CreateNewTables(const TStringList& referenceTables) {
 
 // Equal texts spare the table any further look. The passes ask again, since a fetch forgets the text.
 bool TDBSync::CreationTextsDiffer(const std::string& table) {
-  std::string reference, target;
-  Reference().CachedTableDDL(table, reference);
-  Target().CachedTableDDL(table, target);
-  return reference != target;
+  Reference().CachedTableDDL(table, referenceText_);
+  Target().CachedTableDDL(table, targetText_);
+  return referenceText_ != targetText_;
 }
 
 void TDBSync::GotoFetched(const std::string& table) {

@@ -1,6 +1,7 @@
 #include "util/Variant.h"
 
 #include <cmath>
+#include <utility>
 
 #include "util/Format.h"
 
@@ -31,6 +32,11 @@ std::string VarToText(const TVariant& value) {
                                 [](const TMoment& moment) { return DateTimeText(moment.value); },
                                 [](const std::string& text) { return text; }},
                     value);
+}
+
+std::string VarToText(TVariant&& value) {
+  std::string* text = std::get_if<std::string>(&value);
+  return text != nullptr ? std::move(*text) : VarToText(value);
 }
 
 std::int64_t VarToInt(const TVariant& value) {

@@ -25,6 +25,7 @@ TVariant IfNull(const TVariant& value, const TVariant& defaultValue);
 // As text, whole number (rounded to the nearest, halves to the even one), number; null gives "" and 0, a truth value
 // "True" or "False" and 1 or 0. VarToInt and VarToFloat raise EConvertError for what is no such number.
 std::string VarToText(const TVariant& value);
+std::string VarToText(TVariant&& value);  // takes the text over
 std::int64_t VarToInt(const TVariant& value);
 double VarToFloat(const TVariant& value);
 

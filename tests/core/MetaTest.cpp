@@ -82,6 +82,41 @@ TEST(MetaTableTest, NamesThatDifferInCaseOnly) {
   EXPECT_EQ(meta.tKeys.Current().name, "k") << "a key on which the cursor stands fits whatever its case";
 }
 
+// Many rows are looked up by an index; it must agree with a walk, whatever was renamed, deleted or is alike but for
+// case.
+TEST(MetaTableTest, ManyRowsAreFoundAsFewAre) {
+  TMeta meta;
+  TMetaBuilder builder(meta);
+  for (int i = 0; i < 100; ++i) builder.Table("t" + std::to_string(i));
+  for (int i = 0; i < 100; ++i) ASSERT_TRUE(meta.FindTable("T" + std::to_string(i))) << "in order";
+  for (int i = 99; i >= 0; i -= 7) {
+    ASSERT_TRUE(meta.FindTable("T" + std::to_string(i)));
+    EXPECT_EQ(meta.tTables.Current().name, "t" + std::to_string(i));
+  }
+  meta.GotoTable("t50");
+  meta.tTables.Edit().name = "renamed";
+  EXPECT_FALSE(meta.FindTable("t50"));
+  EXPECT_TRUE(meta.FindTable("RENAMED"));
+  meta.tTables.Delete();
+  EXPECT_EQ(meta.tTables.Current().name, "t51");
+  EXPECT_FALSE(meta.FindTable("renamed"));
+
+  builder.Table("T60").Table("T7");
+  meta.GotoTable("t59");
+  EXPECT_TRUE(meta.FindTable("T60"));
+  EXPECT_EQ(meta.tTables.Current().name, "t60") << "the first in order";
+  meta.GotoTable("T7");
+  EXPECT_EQ(meta.tTables.Current().name, "t7");
+  meta.tTables.Delete();
+  EXPECT_TRUE(meta.FindTable("t7"));
+  EXPECT_EQ(meta.tTables.Current().name, "T7");
+  builder.Table("t60");
+  meta.GotoTable("T60");
+  meta.tTables.First();
+  EXPECT_TRUE(meta.FindTable("t60"));
+  EXPECT_EQ(meta.tTables.Current().name, "t60");
+}
+
 TEST_F(MetaTest, AMasterThatMovesPutsItsDetailsOnTheirFirstRow) {
   meta.GotoColumn("orders", "kind");
   meta.FindKey("orders", "ix_both");

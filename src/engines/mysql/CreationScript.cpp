@@ -137,7 +137,7 @@ const TCreationText* TCreationScript::Find(std::string_view name) const {
   return found == index_.end() ? nullptr : &tables_[found->second];
 }
 
-std::size_t TCreationScript::THash::operator()(std::string_view name) const { return NameHash(kNoMaster, name); }
+std::size_t TCreationScript::THash::operator()(std::string_view name) const { return NameHash(name); }
 
 // Moves the recorded texts to the front of the buffer, databases cut out, and gives the rest of its memory back.
 void TCreationScript::Pack(std::vector<TSpan>& spans) {

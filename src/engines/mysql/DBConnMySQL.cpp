@@ -260,10 +260,9 @@ void TDBConnMySQL::ShowCreateTable(const std::string& table, std::string& ddl) {
   std::vector<TVariant> row;
   MySqlQueryRow("show create table " + QuoteName(table), *connection_, row);
   if (row.size() < 2) throw EListError(1);
-  std::string text = VarToText(row[1]);
+  std::string text = VarToText(std::move(row[1]));
   meta().GotoTable(table);
-  meta().tTables.Edit().cached_ddl = text;
-  meta().tTables.Post();
+  meta().tTables.Amend().cached_ddl = text;
   ddl = std::move(text);
 }
 
