@@ -1,4 +1,5 @@
-// bench_sample TABLES FOLDER: writes reference.sql and target.sql of the sample for the whole-process measurement.
+// bench_sample TABLES FOLDER [PERCENT [auto]]: writes reference.sql and target.sql of the sample for the whole-process
+// measurement.
 
 #include <cstdlib>
 #include <iostream>
@@ -8,12 +9,13 @@
 #include "util/Files.h"
 
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::cerr << "usage: bench_sample TABLES FOLDER\n";
+  if (argc < 3 || argc > 5) {
+    std::cerr << "usage: bench_sample TABLES FOLDER [PERCENT-DIFFERING [auto]]\n";
     return 2;
   }
   try {
-    const velmora::bench::TSample sample{std::atoi(argv[1])};
+    velmora::bench::TSample sample{.tables = std::atoi(argv[1]), .auto_increment = argc > 4};
+    if (argc > 3) sample.differing_percent = std::atoi(argv[3]);
     velmora::WriteFileText(velmora::JoinPath(argv[2], "reference.sql"), SampleScript(sample, false));
     velmora::WriteFileText(velmora::JoinPath(argv[2], "target.sql"), SampleScript(sample, true));
   } catch (const velmora::EVelmora& error) {

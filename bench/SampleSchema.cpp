@@ -13,12 +13,14 @@ struct TDifferences {
   bool narrow_name = false;
   bool no_note = false;
   bool other_key = false;
+  bool counted_on = false;
 };
 
 TDifferences DifferencesOf(const TSample& sample, int table) {
-  if (sample.differing_percent == 0 || table % (100 / sample.differing_percent) != 0) return {};
+  if (sample.differing_percent == 0 || table % (100 / sample.differing_percent) != 0)
+    return {.counted_on = sample.auto_increment};
   const int turn = table / (100 / sample.differing_percent) % 3;
-  return {turn == 0, turn == 1, turn == 2};
+  return {turn == 0, turn == 1, turn == 2, sample.auto_increment};
 }
 
 std::string TableText(int table, const TDifferences& differences) {
@@ -44,7 +46,9 @@ std::string TableText(int table, const TDifferences& differences) {
         Format(",\n  CONSTRAINT `fk_%05d` FOREIGN KEY (`parent_id`) REFERENCES `table_%05d` (`id`) ON DELETE CASCADE",
                table, table - 1);
   }
-  return text + "\n) ENGINE=InnoDB DEFAULT CHARSET=latin1 COMMENT='A table of the sample';\n\n";
+  text += "\n) ENGINE=InnoDB";
+  if (differences.counted_on) text += " AUTO_INCREMENT=17";
+  return text + " DEFAULT CHARSET=latin1 COMMENT='A table of the sample';\n\n";
 }
 
 }  // namespace

@@ -18,10 +18,11 @@ if(VELMORA_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
-# velmora_module(FOLDER LINKS targets...): the library velmora_<folder> out of every source in src/FOLDER but main.cpp.
+# velmora_module(FOLDER LINKS targets... [HIDDEN targets...]): the library velmora_<folder> out of every source in
+# src/FOLDER but main.cpp. Headers of HIDDEN targets reach the folder's own sources alone.
 # In developer mode each header of the folder is also compiled alone.
 function(velmora_module folder)
-  cmake_parse_arguments(ARG "" "" "LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "LINKS;HIDDEN" ${ARGN})
   string(REPLACE "/" "_" suffix "${folder}")
   set(target velmora_${suffix})
   file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp")
@@ -37,7 +38,7 @@ function(velmora_module folder)
   target_sources(${target} PRIVATE ${sources} ${headers})
   set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
   target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}/src")
-  target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE velmora_warnings)
+  target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_HIDDEN} velmora_warnings)
   if(VELMORA_DEVELOPER AND headers)
     velmora_lone_headers(${target} "${folder}" "${headers}")
   endif()
@@ -67,9 +68,11 @@ function(velmora_program name)
   install(TARGETS ${name} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endfunction()
 
-# velmora_tests(FOLDER LINKS targets...): the test program of tests/FOLDER, one CTest entry per test.
+# velmora_tests(FOLDER [SINGLE] LINKS targets...): the test program of tests/FOLDER, one CTest entry per test. SINGLE is
+# for tests that share something slow to start: the program is one entry, and writes a report of its own on what ran
+# into the folder single-reports.
 function(velmora_tests folder)
-  cmake_parse_arguments(ARG "" "" "LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "SINGLE" "" "LINKS" ${ARGN})
   string(REPLACE "/" "_" suffix "${folder}")
   file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/${folder}/*.cpp")
   if(NOT sources)
@@ -79,6 +82,11 @@ function(velmora_tests folder)
   add_executable(${target} ${sources})
   target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
   target_compile_definitions(${target} PRIVATE VELMORA_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
-  target_link_libraries(${target} PRIVATE ${ARG_LINKS} velmora_test_support GTest::gmock_main velmora_warnings)
-  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+  target_link_libraries(${target} PRIVATE velmora_test_support ${ARG_LINKS} GTest::gmock_main velmora_warnings)
+  if(ARG_SINGLE)
+    add_test(NAME ${target} COMMAND ${target} "--gtest_output=xml:${PROJECT_BINARY_DIR}/single-reports/${target}.xml")
+    set_tests_properties(${target} PROPERTIES TIMEOUT 300)
+  else()
+    gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+  endif()
 endfunction()

@@ -3,7 +3,9 @@
 namespace velmora {
 
 TApplication::TApplication(TProgress& progress, TScriptEditor& editor, TMessageLog& log, const TClock& clock)
-    : sync(connections, data, tree, progress, log), generator_(connections, data, editor, progress, clock) {}
+    : sync(connections, data, tree, progress, log),
+      generator_(connections, data, editor, progress, clock),
+      runner_(connections, editor, progress) {}
 
 void TApplication::OpenTask(std::unique_ptr<TDBConn> reference, std::unique_ptr<TDBConn> target) {
   connections.reference = std::move(reference);

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "app/ScriptRunner.h"
 #include "sync/ActionTree.h"
 #include "sync/Data.h"
 #include "sync/MessageLog.h"
@@ -34,9 +35,13 @@ class TApplication {
   void Compare();
   bool Identical() const { return data.mtActions.Empty(); }
   void GenerateScript() { generator_.GenerateScript(); }
+  // Runs a text on the target in one transaction; see TScriptRunner. `RunReport` tells how far it came.
+  void RunScript(const std::string& text) { runner_.RunScript(text, true); }
+  const TRunReport& RunReport() const { return runner_.Report(); }
 
  private:
   TScriptGenerator generator_;
+  TScriptRunner runner_;
 };
 
 }  // namespace velmora

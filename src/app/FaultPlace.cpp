@@ -1,5 +1,6 @@
 #include "app/FaultPlace.h"
 
+#include "app/ParsedStore.h"
 #include "app/StructureView.h"
 #include "engines/mysql/OfflineEngine.h"
 #include "engines/mysql/StatementReader.h"
@@ -33,8 +34,9 @@ std::string ComparisonPlace(TDBConn* reference, TDBConn* target, const std::stri
   return Format("table %s", table);
 }
 
-std::size_t FaultLine(const std::string& text, const std::string& error) {
-  TDBConnMySQLOffline store("");
+std::size_t FaultLine(const std::string& text, const std::string& error, const TMeta& before) {
+  TParsedStore store("");
+  store.meta().CopyFrom(before);
   TStatement statement;
   try {
     TStatementReader statements(text);

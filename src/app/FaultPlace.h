@@ -4,6 +4,7 @@
 #include <string>
 
 #include "core/DBConn.h"
+#include "core/Meta.h"
 
 namespace velmora {
 
@@ -14,7 +15,8 @@ std::string TablePlace(TDBConn& conn, const std::string& table);
 // The side of a comparison whose table cannot be read for that very reason; else the table alone.
 std::string ComparisonPlace(TDBConn* reference, TDBConn* target, const std::string& table, const std::string& error);
 
-// The line of the statement of `text` that an empty MySQL store refuses with this error; 0 when it cannot be told.
-std::size_t FaultLine(const std::string& text, const std::string& error);
+// The line of the statement of `text` that a MySQL store, filled as `before`, refuses with this error; 0 when it cannot
+// be told.
+std::size_t FaultLine(const std::string& text, const std::string& error, const TMeta& before);
 
 }  // namespace velmora

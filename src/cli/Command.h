@@ -2,11 +2,14 @@
 
 // What the commands of the companion have in common.
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "cli/Console.h"
+#include "util/Lists.h"
 
 namespace CLI {
 class App;
@@ -32,9 +35,15 @@ class TCommand {
 
 std::vector<std::unique_ptr<TCommand>> MakeCommands();
 
+// "1 table", "2 tables".
+std::string Counted(std::size_t count, const std::string& what);
+
+// An option that is one of a few words, case ignored; `choose` gets the number of the word.
+void DeclareChoice(CLI::App& app, const std::string& name, const TStringList& words, const std::string& help,
+                   std::function<void(std::size_t)> choose);
+
 // Arguments and options that several commands take.
 void DeclareFormat(CLI::App& app, EFormat& format);
-void DeclareVerbose(CLI::App& app, bool& verbose);
 // The two databases of a comparison.
 void DeclarePair(CLI::App& app, std::string& reference, std::string& target);
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/Command.h"
+#include "cli/SourceOptions.h"
 
 namespace velmora {
 
@@ -18,8 +19,8 @@ class TCompareCommand final : public TCommand {
 
  private:
   std::string reference_, target_;
+  TSourceOptions options_;
   EFormat format_ = EFormat::Text;
-  bool verbose_ = false;
 };
 
 class TScriptCommand final : public TCommand {
@@ -31,8 +32,21 @@ class TScriptCommand final : public TCommand {
 
  private:
   std::string reference_, target_, output_;
+  TSourceOptions options_;
   EFormat format_ = EFormat::Text;
-  bool verbose_ = false;
+};
+
+class TSyncCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "sync"; }
+  const char* Summary() const override { return "Run the script, or one of a file, on the target"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  std::string reference_, target_, script_;
+  TSourceOptions options_;
+  bool yes_ = false;
 };
 
 class TSchemaCommand final : public TCommand {
@@ -45,8 +59,8 @@ class TSchemaCommand final : public TCommand {
  private:
   std::string source_;
   std::vector<std::string> tables_;
+  TSourceOptions options_;
   EFormat format_ = EFormat::Text;
-  bool verbose_ = false;
 };
 
 class TParseCommand final : public TCommand {
@@ -70,8 +84,8 @@ class TReplayCommand final : public TCommand {
 
  private:
   std::string source_, file_;
+  TSourceOptions options_;
   EFormat format_ = EFormat::Text;
-  bool verbose_ = false;
 };
 
 class TSplitCommand final : public TCommand {
@@ -84,6 +98,20 @@ class TSplitCommand final : public TCommand {
  private:
   std::string file_;
   bool raw_ = false;
+  EFormat format_ = EFormat::Text;
+};
+
+class TRowsCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "rows"; }
+  const char* Summary() const override { return "Show the rows of a table"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  std::string source_, table_;
+  long long limit_ = -1;
+  TSourceOptions options_;
   EFormat format_ = EFormat::Text;
 };
 

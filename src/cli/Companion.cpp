@@ -10,6 +10,7 @@
 #include "cli/Command.h"
 #include "cli/Commands.h"
 #include "util/Errors.h"
+#include "util/Format.h"
 #include "util/Version.h"
 
 namespace velmora {
@@ -24,6 +25,7 @@ std::string Footer() {
          "\nResults go to standard output, progress, warnings and errors to standard error."
          "\n\nExamples:\n  velmora-cli compare reference.sql target.sql\n"
          "  velmora-cli script reference.sql target.sql -o sync.sql\n"
+         "  velmora-cli sync reference.sql mysql://admin@db.example.org/shop\n"
          "  velmora-cli schema dump.sql customers --format json\n";
 }
 
@@ -56,22 +58,32 @@ std::vector<std::unique_ptr<TCommand>> MakeCommands() {
   std::vector<std::unique_ptr<TCommand>> commands;
   commands.push_back(std::make_unique<TCompareCommand>());
   commands.push_back(std::make_unique<TScriptCommand>());
+  commands.push_back(std::make_unique<TSyncCommand>());
   commands.push_back(std::make_unique<TSchemaCommand>());
   commands.push_back(std::make_unique<TParseCommand>());
   commands.push_back(std::make_unique<TReplayCommand>());
   commands.push_back(std::make_unique<TSplitCommand>());
+  commands.push_back(std::make_unique<TRowsCommand>());
   return commands;
 }
 
-void DeclareFormat(CLI::App& app, EFormat& format) {
-  static const std::map<std::string, EFormat> kFormats{{"text", EFormat::Text}, {"json", EFormat::Json}};
-  app.add_option("--format", format, "text, or json: one document, printed on a failure too")
-      ->transform(CLI::CheckedTransformer(kFormats, CLI::ignore_case).description(""))
-      ->type_name("text|json");
+std::string Counted(std::size_t count, const std::string& what) {
+  return Format("%d %s%s", count, what, count == 1 ? "" : "s");
 }
 
-void DeclareVerbose(CLI::App& app, bool& verbose) {
-  app.add_flag("--verbose", verbose, "Name every statement of a file that is passed over");
+void DeclareChoice(CLI::App& app, const std::string& name, const TStringList& words, const std::string& help,
+                   std::function<void(std::size_t)> choose) {
+  const auto take = [name, words, choose](const std::string& given) {
+    const std::ptrdiff_t place = IndexOf(words, given);
+    if (place == kNotInList) throw CLI::ValidationError(name, "\"" + given + "\" is none of " + JoinList(words, ", "));
+    choose(static_cast<std::size_t>(place));
+  };
+  app.add_option_function<std::string>(name, take, help)->type_name(JoinList(words, "|"));
+}
+
+void DeclareFormat(CLI::App& app, EFormat& format) {
+  DeclareChoice(app, "--format", {"text", "json"}, "text, or json: one document, printed on a failure too",
+                [&format](std::size_t choice) { format = choice == 0 ? EFormat::Text : EFormat::Json; });
 }
 
 void DeclarePair(CLI::App& app, std::string& reference, std::string& target) {
@@ -92,6 +104,12 @@ int RunCompanion(const std::vector<std::string>& arguments, TConsole& console) {
     sub->footer(std::string("\n") + kSourceForms);
     command->Declare(*sub);
     by_app[sub] = command.get();
+  }
+  if (!arguments.empty() && !arguments.front().starts_with('-') &&
+      std::none_of(commands.begin(), commands.end(),
+                   [&](const auto& command) { return arguments.front() == command->Name(); })) {
+    console.Error("\"" + arguments.front() + "\" is no command (--help tells more)");
+    return kExitFailure;
   }
   try {
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());

@@ -37,10 +37,6 @@ void PrintTree(const TApplication& app, std::ostream& out) {
   }
 }
 
-std::string Counted(std::size_t count, const char* what) {
-  return Format("%d %s%s", count, what, count == 1 ? "" : "s");
-}
-
 void PrintText(const TApplication& app, bool failed, std::ostream& out) {
   PrintTree(app, out);
   if (failed) return;
@@ -72,12 +68,12 @@ void PrintJson(const TApplication& app, const std::optional<std::string>& error,
 void TCompareCommand::Declare(CLI::App& app) {
   DeclarePair(app, reference_, target_);
   DeclareFormat(app, format_);
-  DeclareVerbose(app, verbose_);
+  options_.DeclarePair(app);
 }
 
 int TCompareCommand::Execute(TConsole& console) {
   TPairRun run(console, SystemClock());
-  const std::optional<std::string> error = run.Compare(reference_, target_, verbose_);
+  const std::optional<std::string> error = run.Compare(reference_, target_, options_);
   if (format_ == EFormat::Json)
     PrintJson(run.app(), error, console.out);
   else

@@ -2,7 +2,15 @@
 
 #include <ostream>
 
+#include "util/Text.h"
+
 namespace velmora {
+
+bool TConsole::Confirm(const std::string& question) const {
+  if (!CanAsk()) return false;
+  const std::string answer = Trim(ask(question + " [y/N] ", false));
+  return SameText(answer, "y") || SameText(answer, "yes");
+}
 
 void TConsole::Warn(const std::string& text) { err << kCompanionName << ": warning: " << text << '\n'; }
 

@@ -2,6 +2,7 @@
 
 // The terminal, pipe or test that the companion talks to: results on `out`, all else on `err`.
 
+#include <functional>
 #include <iosfwd>
 #include <string>
 
@@ -13,6 +14,13 @@ struct TConsole {
   std::ostream& out;
   std::ostream& err;
   bool err_is_terminal = false;  // progress shows on terminals only
+  // Asks on the terminal and gives the line that is answered; with `secret` it is not shown while it is typed. Empty
+  // where there is no terminal.
+  std::function<std::string(const std::string& question, bool secret)> ask;
+
+  bool CanAsk() const { return ask != nullptr; }
+  std::string AskSecret(const std::string& question) const { return CanAsk() ? ask(question, true) : std::string(); }
+  bool Confirm(const std::string& question) const;  // yes only if it is said
 
   void Warn(const std::string& text);   // "velmora-cli: warning: TEXT"
   void Note(const std::string& text);   // "velmora-cli: note: TEXT"

@@ -19,9 +19,10 @@ TPairRun::TPairRun(TConsole& console, const TClock& clock)
       log_(clock, *progress_),
       app_(*progress_, editor_, log_, clock) {}
 
-std::optional<std::string> TPairRun::Compare(const std::string& reference, const std::string& target, bool verbose) {
+std::optional<std::string> TPairRun::Compare(const std::string& reference, const std::string& target,
+                                             const TSourceOptions& options) {
   return Reported([&] {
-    Open(reference, target, verbose);
+    Open(reference, target, options);
     app_.Compare();
   });
 }
@@ -30,10 +31,16 @@ std::optional<std::string> TPairRun::GenerateScript() {
   return Reported([this] { app_.GenerateScript(); });
 }
 
-void TPairRun::Open(const std::string& reference, const std::string& target, bool verbose) {
-  app_.OpenTask(MakeSource(reference), MakeTarget(target));
-  WarnOfSource(*app_.connections.reference, verbose, console_);
-  WarnOfSource(*app_.connections.target, verbose, console_);
+void TPairRun::Open(const std::string& reference, const std::string& target, const TSourceOptions& options) {
+  std::unique_ptr<TDBConn> first = MakeSource(reference, options.ForReference(console_));  // asks first, too
+  app_.OpenTask(std::move(first), MakeTarget(target, options.ForTarget(console_)));
+  WarnOfSource(*app_.connections.reference, options.verbose(), console_);
+  WarnOfSource(*app_.connections.target, options.verbose(), console_);
+}
+
+void TPairRun::OpenTarget(const std::string& target, const TSourceOptions& options) {
+  app_.connections.target = MakeTarget(target, options.ForTarget(console_));
+  app_.connections.target->Connect();
 }
 
 template <class Body>

@@ -6,6 +6,7 @@
 
 #include "app/Application.h"
 #include "cli/Console.h"
+#include "cli/SourceOptions.h"
 #include "sync/Progress.h"
 #include "util/Clock.h"
 
@@ -17,16 +18,20 @@ class TPairRun {
   TPairRun(TConsole& console, const TClock& clock);
 
   TApplication& app() { return app_; }
-  const TLineEditor& editor() const { return editor_; }
+  TLineEditor& editor() { return editor_; }
 
   // Opens both sides and compares them. Warnings of the sources go to the console. Gives the message of an error, with
   // what was found so far in the application; the place of the error goes to the console too.
-  std::optional<std::string> Compare(const std::string& reference, const std::string& target, bool verbose);
+  std::optional<std::string> Compare(const std::string& reference, const std::string& target,
+                                     const TSourceOptions& options);
   // The script for what was compared; an error is reported in the same way.
   std::optional<std::string> GenerateScript();
+  // Opens the target alone.
+  void OpenTarget(const std::string& target, const TSourceOptions& options);
+  void EndProgress() { progress_->Finish(); }
 
  private:
-  void Open(const std::string& reference, const std::string& target, bool verbose);
+  void Open(const std::string& reference, const std::string& target, const TSourceOptions& options);
   template <class Body>
   std::optional<std::string> Reported(Body body);
 

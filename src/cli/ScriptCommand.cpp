@@ -24,14 +24,17 @@ std::string JsonText(const TStringList& lines, const std::optional<std::string>&
 void TScriptCommand::Declare(CLI::App& app) {
   DeclarePair(app, reference_, target_);
   app.add_option("-o,--output", output_, "Write the script to FILE; an old file is replaced only by a whole script")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check([](const std::string& name) {
+        return name.empty() ? std::string("an empty name is no file") : std::string();
+      });
   DeclareFormat(app, format_);
-  DeclareVerbose(app, verbose_);
+  options_.DeclarePair(app);
 }
 
 int TScriptCommand::Execute(TConsole& console) {
   TPairRun run(console, SystemClock());
-  std::optional<std::string> error = run.Compare(reference_, target_, verbose_);
+  std::optional<std::string> error = run.Compare(reference_, target_, options_);
   if (!error) error = run.GenerateScript();
   const bool to_file = !output_.empty();
   const std::string text = format_ == EFormat::Json ? JsonText(run.editor().Lines(), error) : run.editor().Text();

@@ -29,7 +29,7 @@ TJson Document(const TScriptPieces& pieces) {
 void PrintText(const TScriptPieces& pieces, std::ostream& out) {
   for (const TScriptStatement& statement : pieces.statements)
     out << Format("-- at %d\n%s\n", statement.position, statement.text);
-  out << Format("-- %d statements in %d pieces\n", pieces.statements.size(), pieces.pieces);
+  out << "-- " << Counted(pieces.statements.size(), "statement") << " in " << Counted(pieces.pieces, "piece") << '\n';
 }
 
 }  // namespace

@@ -3,10 +3,10 @@
 #include <CLI/CLI.hpp>
 
 #include "app/FaultPlace.h"
+#include "app/ParsedStore.h"
 #include "app/Sources.h"
 #include "cli/Commands.h"
 #include "cli/SourceRun.h"
-#include "engines/mysql/OfflineEngine.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -23,11 +23,13 @@ void Identify(TDBConn& conn, TStructure& structure) {
 // The text of `file` through the engine's parser, and the rows as they then stand, whether it raised or not.
 void ParseAndView(TDBConn& conn, const std::string& file, TConsole& console, TStructure& structure) {
   const std::string text = ReadTextFile(file);
+  TMeta before;
+  before.CopyFrom(conn.meta());
   try {
     conn.ParseDDL(Trim(text));
   } catch (const EVelmora& error) {
     structure.error = error.what();
-    const std::size_t line = FaultLine(text, *structure.error);
+    const std::size_t line = FaultLine(text, *structure.error, before);
     console.Error(Placed(line > 0 ? Format("%s: line %d", file, line) : file, *structure.error));
   }
   structure.tables = ViewTables(conn);
@@ -39,14 +41,14 @@ void TSchemaCommand::Declare(CLI::App& app) {
   app.add_option("SOURCE", source_, "The database")->required();
   app.add_option("TABLE", tables_, "Tables to show; all when none is named");
   DeclareFormat(app, format_);
-  DeclareVerbose(app, verbose_);
+  options_.DeclareOne(app);
 }
 
 int TSchemaCommand::Execute(TConsole& console) {
   return ShowStructure(console, format_, [&](TStructure& structure) {
-    const std::unique_ptr<TDBConn> conn = MakeSource(source_);
+    const std::unique_ptr<TDBConn> conn = MakeSource(source_, options_.ForOne(console));
     Identify(*conn, structure);
-    FetchTables(*conn, tables_, verbose_, console,
+    FetchTables(*conn, tables_, options_.verbose(), console,
                 [&](TTableView view) { structure.tables.push_back(std::move(view)); });
   });
 }
@@ -58,7 +60,7 @@ void TParseCommand::Declare(CLI::App& app) {
 
 int TParseCommand::Execute(TConsole& console) {
   return ShowStructure(console, format_, [&](TStructure& structure) {
-    TDBConnMySQLOffline conn(file_);  // never connected: the store is what the text makes of nothing
+    TParsedStore conn(file_);
     Identify(conn, structure);
     ParseAndView(conn, file_, console, structure);
   });
@@ -68,14 +70,14 @@ void TReplayCommand::Declare(CLI::App& app) {
   app.add_option("SOURCE", source_, "The database")->required();
   app.add_option("FILE", file_, "A text of MySQL statements")->required();
   DeclareFormat(app, format_);
-  DeclareVerbose(app, verbose_);
+  options_.DeclareOne(app);
 }
 
 int TReplayCommand::Execute(TConsole& console) {
   return ShowStructure(console, format_, [&](TStructure& structure) {
-    const std::unique_ptr<TDBConn> conn = MakeTarget(source_);
+    const std::unique_ptr<TDBConn> conn = MakeTarget(source_, options_.ForOne(console));
     Identify(*conn, structure);
-    FetchTables(*conn, {}, verbose_, console, [&](const TTableView& view) {
+    FetchTables(*conn, {}, options_.verbose(), console, [&](const TTableView& view) {
       if (view.error) RaiseError(*view.error);
     });
     ParseAndView(*conn, file_, console, structure);

@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "core/CreationTexts.h"
 #include "core/Host.h"
 #include "core/Meta.h"
 #include "sync/SyncActions.h"
@@ -19,6 +20,10 @@ constexpr char kEmptyTarget[] = "TDBSync: Empty target database!";
 constexpr char kUnhandledAction[] = "AddToActions: Unhandled action type";
 
 constexpr std::size_t kPassesOverReference = 4;
+
+void ExpectTexts(TDBConn* conn, const TStringList& tables) {
+  if (auto* texts = dynamic_cast<TCreationTexts*>(conn)) texts->ExpectCreationTexts(tables);
+}
 
 }  // namespace
 
@@ -48,6 +53,7 @@ void TDBSync::Compare() {
         RunPasses();
       },
       [this, &snapshot] {
+        ExpectTexts(RefConn, {});
         TgtConn = nullptr;
         connections_.SwapTarget(std::move(snapshot));
         tree_.EndUpdate();
@@ -70,11 +76,21 @@ void TDBSync::RunPasses() {
   progress_.ShowTwoBars("Analyzing structure...", static_cast<std::int64_t>(steps));
 
   DropObsoleteTables(targetTables);
+  ExpectCommonTexts(referenceTables);
   CompareTables(referenceTables, "Analyzing columns", &TDBSync::CompareColumns);
   CompareTables(referenceTables, "Analyzing keys", &TDBSync::CompareKeys);
   CompareTables(referenceTables, "Analyzing constraints", &TDBSync::CompareConstraints);
   CreateNewTables(referenceTables);
   log_.LogLine("Done.");
+}
+
+// Tells both engines whose texts the passes will ask for, so that they can read ahead and need not ask twice.
+void TDBSync::ExpectCommonTexts(const TStringList& referenceTables) {
+  TStringList common;
+  for (const std::string& table : referenceTables)
+    if (Target().FindTable(table)) common.push_back(table);
+  ExpectTexts(RefConn, common);
+  ExpectTexts(TgtConn, common);
 }
 
 void TDBSync::ForEachTable(const TStringList& tables, const std::string& title, const TTableVisit& visit) {

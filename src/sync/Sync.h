@@ -61,6 +61,7 @@ class TDBSync {
   // Steps of Compare
   void ReconnectBoth();
   void RunPasses();
+  void ExpectCommonTexts(const TStringList& referenceTables);
   void ForEachTable(const TStringList& tables, const std::string& title, const TTableVisit& visit);
   void DropObsoleteTables(const TStringList& targetTables);
   void CompareTables(const TStringList& referenceTables, const std::string& title, TTablePass pass);

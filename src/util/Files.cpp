@@ -29,7 +29,7 @@ constexpr int kMaxLinks = 40;
 constexpr int kMaxNames = 100;
 
 [[noreturn]] void Fail(const char* pattern, const std::string& path, int error) {
-  RaiseError(Format(pattern, path, std::generic_category().message(error)));
+  RaiseError(Format(pattern, path.empty() ? "\"\"" : path, std::generic_category().message(error)));
 }
 [[noreturn]] void CannotRead(const std::string& path, int error) { Fail("Cannot read %s: %s", path, error); }
 [[noreturn]] void CannotWrite(const std::string& path, int error) { Fail("Cannot write %s: %s", path, error); }
@@ -220,6 +220,12 @@ void AddFiles(TStringList& list, const std::string& folder, std::string_view mas
 }  // namespace
 
 std::string ReadFileText(const std::string& path) {
+  std::string text = ReadFileBytes(path);
+  if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
+  return text;
+}
+
+std::string ReadFileBytes(const std::string& path, std::size_t max) {
   const TDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
   if (!file.IsOpen()) CannotRead(path, errno);
   struct stat info {};
@@ -228,8 +234,8 @@ std::string ReadFileText(const std::string& path) {
   std::size_t size = 0;
   // One byte more than the file has, so that the end is met without another block.
   const std::size_t room = sized ? static_cast<std::size_t>(info.st_size) + 1 : kBlock;
-  while (true) {
-    if (text.size() == size) text.resize(size == 0 ? room : size + std::max(size, kBlock));
+  while (size < max) {
+    if (text.size() == size) text.resize(std::min(max, size == 0 ? room : size + std::max(size, kBlock)));
     const ssize_t count = read(file.Get(), text.data() + size, text.size() - size);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) CannotRead(path, errno);
@@ -237,7 +243,6 @@ std::string ReadFileText(const std::string& path) {
     size += static_cast<std::size_t>(count);
   }
   text.resize(size);
-  if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
   return text;
 }
 

@@ -44,7 +44,7 @@ class CompanionTest : public ::testing::Test {
   }
   TAnswer Run(const std::vector<std::string>& arguments) {
     std::ostringstream out, err;
-    TConsole console{out, err};
+    TConsole console{out, err, false, {}};
     const int status = RunCompanion(arguments, console);
     return {status, out.str(), err.str()};
   }
@@ -94,6 +94,8 @@ TEST_F(CompanionTest, AFailedComparisonStillPrintsJsonAndNamesThePlace) {
   EXPECT_FALSE(json["identical"].get<bool>());
   EXPECT_EQ(json["actions"].size(), 1u) << "what was found before the error stays";
   EXPECT_EQ(json["error"], "''x'' is not a valid integer value");
+  const TAnswer none = Run({"compare", a, (folder_ / "none.sql"), "--format", "json"});
+  EXPECT_THAT(none.out, HasSubstr("{\"identical\":false,\"actions\":[],")) << "nothing found is not identical";
 }
 
 TEST_F(CompanionTest, AnErrorOfTheComparisonItselfNamesTheTable) {
@@ -200,6 +202,49 @@ TEST_F(CompanionTest, ParseShowsTheRowsAsTheyStandAfterAnErrorToo) {
   EXPECT_EQ(json["engine"], 8);
 }
 
+TEST_F(CompanionTest, ParseTakesATextThatEndsInALine) {
+  const TAnswer answer = Run({"parse", File("a.txt", "\r\n create table t (a int not null) type=x;\r\n\n")});
+  EXPECT_EQ(answer.err, "");
+  EXPECT_EQ(answer.out, "t (x)\n  a  int not null\n");
+}
+
+TEST_F(CompanionTest, ParseDropsWhatTheSameTextHasMade) {
+  const TAnswer answer = Run({"parse", File("a.txt",
+                                            "create table t (a int not null, b int not null, key k (b)) type=x;\n"
+                                            "alter table t drop key k;\nalter table t drop column b;")});
+  EXPECT_EQ(answer.err, "");
+  EXPECT_EQ(answer.out, "t (x)\n  a  int not null\n");
+}
+
+TEST_F(CompanionTest, ReplayNamesTheLineThatTheFilledStoreRefuses) {
+  const TAnswer answer =
+      Run({"replay", File("a.sql", kItems), File("b.txt", "drop table items;\n\ndrop table items;")});
+  EXPECT_EQ(answer.status, 2);
+  EXPECT_THAT(answer.err, HasSubstr("b.txt: line 3: Can't drop undefined table items\n"));
+}
+
+TEST_F(CompanionTest, ArgumentsThatMakeNoSenseAreNamed) {
+  const std::string good = File("a.sql", kItems);
+  const struct {
+    std::vector<std::string> arguments;
+    const char* message;
+  } cases[] = {
+      {{"nothing"}, "\"nothing\" is no command"},
+      {{"compare", good, good, "--format", "xml"}, "\"xml\" is none of text, json"},
+      {{"compare", good, good, "--format", "1"}, "\"1\" is none of text, json"},
+      {{"compare", good, good, "--tls", "maybe"}, "\"maybe\" is none of off, preferred, required"},
+      {{"script", good, good, "-o", ""}, "an empty name is no file"},
+      {{"compare", "first", "second"}, "\"first\" is no source"},
+      {{"parse", ""}, "Cannot read \"\": "},
+  };
+  for (const auto& c : cases) {
+    const TAnswer answer = Run(c.arguments);
+    EXPECT_EQ(answer.status, 2) << c.message;
+    EXPECT_THAT(answer.err, HasSubstr(c.message));
+    EXPECT_EQ(answer.out, "");
+  }
+}
+
 TEST_F(CompanionTest, ReplayShowsWhatStatementsWouldMakeOfADatabase) {
   const std::string source = File("a.sql", kItems);
   const std::string file =
@@ -272,8 +317,23 @@ TEST_F(CompanionTest, BadInputIsOneLineThatNamesIt) {
   }
 }
 
+TEST_F(CompanionTest, AFileCannotBeChanged) {
+  const std::string a = File("a.sql", kItems);
+  const std::string b = Changed("b.sql", "varchar(40)", "varchar(20)");
+  const TAnswer refused = Run({"sync", a, b});
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_THAT(refused.err, HasSubstr("--yes"));
+  const TAnswer offline = Run({"sync", a, b, "--yes"});
+  EXPECT_EQ(offline.status, 2);
+  EXPECT_THAT(offline.err, HasSubstr("velmora-cli: " + b + " is a script file: it cannot run statements"));
+  const TAnswer identical = Run({"sync", a, a, "--yes"});
+  EXPECT_EQ(identical.status, 0);
+  EXPECT_EQ(identical.out, "Databases are identical. Nothing to synchronize.\n");
+  EXPECT_EQ(Run({"rows", a, "items"}).status, 2);
+}
+
 TEST_F(CompanionTest, HelpAndVersionEverywhere) {
-  for (const char* command : {"", "compare", "script", "schema", "parse", "replay", "split"}) {
+  for (const char* command : {"", "compare", "script", "sync", "schema", "parse", "replay", "split", "rows"}) {
     std::vector<std::string> arguments;
     if (*command != '\0') arguments.push_back(command);
     arguments.push_back("--help");

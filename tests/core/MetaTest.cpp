@@ -71,7 +71,13 @@ TEST_F(MetaTest, AMissingObjectIsNamed) {
 
 TEST(MetaTableTest, NamesThatDifferInCaseOnly) {
   TMeta meta;
-  TMetaBuilder(meta).Table("Ab").Table("aB", {"x", "X"}).Key("K", {"x"}).Key("k", {"X"});
+  TMetaBuilder(meta)
+      .Table("Ab")
+      .Table("aB", {"x", "X"})
+      .Key("K", {"x"})
+      .Key("k", {"X"})
+      .ForeignKey("F", "p", {})
+      .ForeignKey("f", "p", {});
   ASSERT_TRUE(meta.FindTable("aB"));
   EXPECT_EQ(meta.tTables.Current().name, "aB") << "the current row has exactly this name";
   ASSERT_TRUE(meta.FindTable("AB"));
@@ -80,6 +86,9 @@ TEST(MetaTableTest, NamesThatDifferInCaseOnly) {
   meta.tKeys.Last();
   ASSERT_TRUE(meta.FindKey("aB", "K"));
   EXPECT_EQ(meta.tKeys.Current().name, "k") << "a key on which the cursor stands fits whatever its case";
+  meta.tConstraints.Last();
+  ASSERT_TRUE(meta.FindConstraint("aB", "F"));
+  EXPECT_EQ(meta.tConstraints.Current().name, "f") << "and so does a constraint";
 }
 
 // Many rows are looked up by an index; it must agree with a walk, whatever was renamed, deleted or is alike but for
@@ -102,6 +111,9 @@ TEST(MetaTableTest, ManyRowsAreFoundAsFewAre) {
   EXPECT_FALSE(meta.FindTable("renamed"));
 
   builder.Table("T60").Table("T7");
+  meta.GotoTable("t99");
+  EXPECT_TRUE(meta.FindTable("t60"));
+  EXPECT_EQ(meta.tTables.Current().name, "t60") << "the first in order, not the one behind the cursor";
   meta.GotoTable("t59");
   EXPECT_TRUE(meta.FindTable("T60"));
   EXPECT_EQ(meta.tTables.Current().name, "t60") << "the first in order";
@@ -218,6 +230,9 @@ TEST_F(MetaTest, ReferencingTablesAreThoseInMemoryThatSpellTheNameExactly) {
   EXPECT_EQ(list, (TStringList{"orders", "notes"}));
   meta.ReferencingTables("Customers", list);
   EXPECT_EQ(list, (TStringList{"notes"}));
+  TMetaBuilder(meta).Table("self", {"a"}).ForeignKey("fk_self", "SELF", {{"a", "a"}});
+  meta.ReferencingTables("SELF", list);
+  EXPECT_EQ(list, (TStringList{"self"})) << "in other letters it is another table";
   meta.InvalidateTable("notes");
   meta.ReferencingTables("customers", list);
   EXPECT_EQ(list, (TStringList{"orders"}));
@@ -302,6 +317,80 @@ const TDropCase kDropCases[] = {
 INSTANTIATE_TEST_SUITE_P(Drops, MetaDropTest, ::testing::ValuesIn(kDropCases),
                          [](const auto& tested) { return tested.param.what; });
 
+// What the shop has no example of: names in other letters, and neighbours that fall one after the other.
+struct TRuleCase {
+  const char* what;
+  void (*build)(TMeta& meta);
+  void (*drop)(TMeta& meta, std::string& sql);
+  const char* sql;
+  const char* shape;  // of table t afterwards
+};
+
+const TRuleCase kRuleCases[] = {
+    {"EveryReferenceOfOneTableFalls",
+     [](TMeta& m) {
+       TMetaBuilder(m)
+           .Table("p", {"id"})
+           .Table("t", {"a", "b"})
+           .ForeignKey("f", "p", {{"a", "id"}})
+           .ForeignKey("g", "p", {{"b", "id"}});
+     },
+     [](TMeta& m, std::string& sql) { m.DropTableSQL("p", sql); },
+     "alter table t drop foreign key f;\r\nalter table t drop foreign key g;\r\ndrop table if exists p;", "t(a,b)"},
+    {"OnlyForeignKeysFall",
+     [](TMeta& m) {
+       TMetaBuilder(m).Table("p", {"id"}).Table("t", {"a"}).ForeignKey("f", "p", {{"a", "id"}});
+       TConstraintRow& check = m.tConstraints.Append();
+       check.name = "c";
+       check.constraint_type = kCheckConstraint;
+       check.foreign_table = "p";
+       m.tConstraints.Post();
+     },
+     [](TMeta& m, std::string& sql) { m.DropTableSQL("p", sql); },
+     "alter table t drop foreign key f;\r\ndrop table if exists p;", "t(a) fk c()->p"},
+    {"ReferencedColumnIsComparedExactly",
+     [](TMeta& m) {
+       TMetaBuilder(m).Table("p", {"id"}).Table("t", {"a"}).ForeignKey("f", "p", {{"a", "ID"}});
+     },
+     [](TMeta& m, std::string& sql) { m.DropColumnSQL("p", "id", sql); }, "alter table p drop column id;",
+     "t(a) fk f(a:ID)->p"},
+    {"OwnForeignKeyIsFoundInAnyLetters",
+     [](TMeta& m) {
+       TMetaBuilder(m).Table("t", {"a", "b"}).ForeignKey("f", "p", {{"A", "id"}});
+     },
+     [](TMeta& m, std::string& sql) { m.DropColumnSQL("t", "a", sql); },
+     "alter table t drop foreign key f;\r\nalter table t drop column a;", "t(b)"},
+    {"KeyColumnIsComparedExactly",
+     [](TMeta& m) {
+       TMetaBuilder(m).Table("t", {"a", "b"}).Key("k", {"A"});
+     },
+     [](TMeta& m, std::string& sql) { m.DropColumnSQL("t", "a", sql); }, "alter table t drop column a;",
+     "t(b) key k(A)"},
+    {"ANameInOtherLettersMakesATwin",
+     [](TMeta& m) {
+       TMetaBuilder(m).Table("t", {"a"}).Key("k", {"a"}).Key("K", {"a"}).ForeignKey("f", "p", {{"a", "id"}});
+     },
+     [](TMeta& m, std::string& sql) {
+       m.tKeys.First();  // else the cursor stands on the other one, which fits the name too
+       m.DropKeySQL("t", "k", sql);
+     },
+     "alter table t drop key k;", "t(a) key K(a) fk f(a:id)->p"},
+};
+
+class MetaDropRulesTest : public ::testing::TestWithParam<TRuleCase> {};
+
+TEST_P(MetaDropRulesTest, DecideWhatFalls) {
+  TMeta meta;
+  GetParam().build(meta);
+  std::string sql;
+  GetParam().drop(meta, sql);
+  EXPECT_EQ(sql, GetParam().sql);
+  EXPECT_EQ(Shape(meta, "t"), GetParam().shape);
+}
+
+INSTANTIATE_TEST_SUITE_P(Drops, MetaDropRulesTest, ::testing::ValuesIn(kRuleCases),
+                         [](const auto& tested) { return tested.param.what; });
+
 TEST_F(MetaTest, ADroppedTableLeavesNoDetailsBehind) {
   std::string sql;
   for (const char* table : {"orders", "notes", "customers"}) meta.DropTableSQL(table, sql);
@@ -344,6 +433,20 @@ TEST(MetaMoveTest, PutsTheColumnBehindItsAnchor) {
   }
 }
 
+TEST(MetaMoveTest, NamesThatDifferInCaseOnlyAreToldApart) {
+  const struct {
+    const char* column;
+    const char* after;
+    const char* order;
+  } cases[] = {{"A", "b", "t(a,b,A)"}, {"a", "b", "t(A,b,a)"}, {"b", "A", "t(a,A,b)"}, {"b", "a", "t(a,b,A)"}};
+  for (const auto& c : cases) {
+    TMeta meta;
+    TMetaBuilder(meta).Table("t", {"a", "A", "b"});
+    meta.MoveColumn("t", c.column, c.after);
+    EXPECT_EQ(Shape(meta, "t"), c.order) << c.column << " after " << c.after;
+  }
+}
+
 TEST(MetaMoveTest, MissingColumnsAreNamed) {
   TMeta meta;
   TMetaBuilder(meta).Table("t", {"a"});
@@ -366,6 +469,9 @@ TEST_F(MetaTest, ACopyKeepsIdsOrderLinksAndTexts) {
   ASSERT_TRUE(copy.FindConstraint("orders", "fk_cust"));
   EXPECT_EQ(copy.tTables.CurrentId(), id);
   EXPECT_EQ(copy.tTables.Current().cached_ddl, "text");
+  int greatest = 0;
+  for (const TTableRow& row : meta.tTables.Rows()) greatest = std::max(greatest, row.id);
+  EXPECT_GT(copy.tTables.Append().id, greatest) << "an id of the source is not given again";
   std::string sql;
   copy.DropTableSQL("customers", sql);
   EXPECT_TRUE(meta.FindTable("customers")) << "the copy stands alone";
@@ -393,6 +499,9 @@ TEST_F(MetaTest, ListsOfNames) {
   EXPECT_EQ(fields, "id");
   meta.PrimaryKeyFields("notes", fields);
   EXPECT_EQ(fields, "");
+  TMetaBuilder(meta).Table("two", {"a", "b"}).Key(kPrimaryKeyName, {"b", "a"}).Key(kPrimaryKeyName, {"a"});
+  meta.PrimaryKeyFields("two", fields);
+  EXPECT_EQ(fields, "b;a") << "of the first one";
 }
 
 // An engine of a given number that gives creation texts and counts how often it is asked.

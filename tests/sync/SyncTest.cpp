@@ -56,6 +56,56 @@ TEST(Sync, ReportsEachTableOfEachPass) {
   EXPECT_EQ(view.calls, (TStringList{"begin", "+t", "+t/New column b", "+n", "end"}));
 }
 
+// A side that writes down when it is connected anew and which statements are replayed on it.
+class TRecordingSide : public TDBConnMySQLOffline {
+ public:
+  TRecordingSide(const TScriptFile& file, std::string name, TStringList& calls)
+      : TDBConnMySQLOffline(file.Path()), name_(std::move(name)), calls_(calls) {}
+  void Reconnect() override {
+    calls_.push_back("reconnect " + name_);
+    TDBConnMySQLOffline::Reconnect();
+  }
+  void ParseDDL(const std::string& sql) override {
+    if (!sql.starts_with("create ")) calls_.push_back(sql);  // that would be a fetch
+    TDBConnMySQLOffline::ParseDDL(sql);
+  }
+
+ private:
+  std::string name_;
+  TStringList& calls_;
+};
+
+TEST(Sync, ReplaysEachDecisionOnTheTargetAlone) {
+  const struct {
+    const char* reference;
+    const char* target;
+    TStringList replayed;
+  } cases[] = {
+      {"create table t (id int not null, n int not null, p int default null, key ix (n), "
+       "constraint f foreign key (p) references q (id)) type=InnoDB;",
+       "create table t (id int, p int default null) type=MyISAM; create table old (a int not null) type=InnoDB;",
+       {"drop table old;", "alter table t type=InnoDB", "alter table t modify column id int not null;",
+        "alter table t add column n int not null;", "alter table t add key `ix` (n);",
+        "alter table t add constraint f foreign key(p) references q(id);"}},
+      {"create table t (id int not null auto_increment, b int not null, primary key (id, b), "
+       "key _tmp_autoinc_key (id)) type=x;",
+       "create table t (id int not null auto_increment, b int not null, primary key (id), "
+       "key _tmp_autoinc_key (b)) type=x;",
+       {"alter table t add primary key (id,b);", "alter table t modify key `_tmp_autoinc_key` (id);"}},
+  };
+  for (const auto& c : cases) {
+    const TScriptFile reference(c.reference);
+    const TScriptFile target(c.target);
+    TStringList calls;
+    TSyncRig rig(std::make_unique<TRecordingSide>(reference, "reference", calls),
+                 std::make_unique<TRecordingSide>(target, "target", calls));
+    rig.Compare();
+    TStringList expected{"reconnect reference", "reconnect target"};
+    expected.insert(expected.end(), c.replayed.begin(), c.replayed.end());
+    EXPECT_EQ(calls, expected);
+  }
+}
+
 TEST(Sync, TheTargetBehindARunKnowsNothingOfIt) {
   const TScriptFile reference(Table("t", {"a", "b"}));
   const TScriptFile target(Table("t", {"a"}) + Table("old", {"a"}));

@@ -2,17 +2,16 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 #include <filesystem>
 #include <thread>
 
 #include "support/MessageOf.h"
 #include "support/ScratchFolder.h"
+#include "support/SizeLimit.h"
 
 namespace velmora {
 namespace {
@@ -128,32 +127,12 @@ TEST_F(FilesTest, AFileThatIsOpenAlreadyIsAddedToByItsNumber) {
   EXPECT_EQ(ReadFileText(file_), "before after");
 }
 
-// Files of this process end at some size while it lives, as on a full disk.
-class TSizeLimit {
- public:
-  explicit TSizeLimit(rlim_t size) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &old_);
-    const rlimit limit{size, old_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~TSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &old_);
-    std::signal(SIGXFSZ, handler_);
-  }
-  TSizeLimit(const TSizeLimit&) = delete;
-  TSizeLimit& operator=(const TSizeLimit&) = delete;
-
- private:
-  void (*handler_)(int);
-  rlimit old_{};
-};
-
 TEST_F(FilesTest, AFailedWriteLeavesTheOldFileWholeAndNothingBesideIt) {
   WriteFileText(file_, "old");
   for (const bool append : {false, true}) {
     std::string message;
     {
-      const TSizeLimit limit(4096);
+      const testing::TSizeLimit limit(4096);
       message = MessageOf([&] { WriteFileText(file_, std::string(10000, 'x'), append); });
     }
     EXPECT_EQ(message, "Cannot write " + file_ + ": File too large");

@@ -10,6 +10,7 @@
 #include "engines/mysql/mysqlUtil.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "xml/XMLAccess.h"
 
 namespace velmora {
 
@@ -45,6 +46,19 @@ TDBConnMySQL::TDBConnMySQL(std::unique_ptr<TMyConnection> connection, std::strin
 }
 
 // --- Connection
+
+void TDBConnMySQL::Disconnect() {
+  ForgetTexts();
+  TDBConn::Disconnect();
+}
+
+void TDBConnMySQL::SaveParams(const std::string& path, TXMLAccess& store) {
+  store.xmlSetVal(path + "/server", server_);
+  store.xmlSetVal(path + "/database", database_);
+  store.xmlSetVal(path + "/username", username_);
+  store.xmlSetVal(path + "/password", password_);
+  store.xmlSetInt(path + "/port", port_);
+}
 
 TMyConnection& TDBConnMySQL::GetConnectionObject() { return *connection_; }
 
@@ -92,6 +106,7 @@ void TDBConnMySQL::ParseDDL(const std::string& sql) { TDDLParser(*this).Parse(sq
 
 std::int64_t TDBConnMySQL::ExecSQL(const std::string& sql) {
   TDBConn::ExecSQL(sql);
+  ForgetTexts();
   query_->SQL = sql;
   query_->Execute();
   return query_->RowsAffected();
@@ -155,8 +170,11 @@ std::unique_ptr<TDBConnMySQL> TDBConnMySQL::NewEngine() const {
 
 void TDBConnMySQL::FetchTableStructure(const std::string& table) {
   meta().InvalidateTable(table);
-  std::string ddl;
-  ShowCreateTable(table, ddl);
+  std::string ddl = meta().tTables.Current().cached_ddl;
+  if (keeps_texts_ && ddl != kNoCachedDDL)
+    kept_texts_[table] = ddl;
+  else
+    ShowCreateTable(table, ddl);
   ParseDDL(ddl);
 }
 
@@ -257,15 +275,29 @@ bool TDBConnMySQL::SupportsSurrogateKey() { return true; }
 // --- Creation texts
 
 void TDBConnMySQL::ShowCreateTable(const std::string& table, std::string& ddl) {
-  std::vector<TVariant> row;
-  MySqlQueryRow("show create table " + QuoteName(table), *connection_, row);
-  if (row.size() < 2) throw EListError(1);
-  std::string text = VarToText(std::move(row[1]));
+  std::string text;
+  if (const auto kept = kept_texts_.find(table); kept != kept_texts_.end()) {
+    text = kept->second;
+  } else {
+    std::vector<TVariant> row;
+    MySqlQueryRow("show create table " + QuoteName(table), *connection_, row);
+    if (row.size() < 2) throw EListError(1);
+    text = VarToText(std::move(row[1]));
+  }
   meta().GotoTable(table);
   meta().tTables.Amend().cached_ddl = text;
   ddl = std::move(text);
 }
 
-void TDBConnMySQL::ExpectCreationTexts(const TStringList& tables) { connection_->ExpectCreationTexts(tables); }
+void TDBConnMySQL::ExpectCreationTexts(const TStringList& tables) {
+  ForgetTexts();
+  keeps_texts_ = !tables.empty();
+  connection_->ExpectCreationTexts(tables);
+}
+
+void TDBConnMySQL::ForgetTexts() {
+  keeps_texts_ = false;
+  kept_texts_.clear();
+}
 
 }  // namespace velmora

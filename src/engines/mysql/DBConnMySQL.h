@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <unordered_map>
 
 #include "core/CreationTexts.h"
 #include "core/DBConn.h"
@@ -27,6 +28,8 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   const std::string& password() const { return password_; }
 
   // --- Connection
+  void Disconnect() override;
+  void SaveParams(const std::string& path, TXMLAccess& store) override;
   TMyConnection& GetConnectionObject() override;
   void ApplyParams() override;
   void GetDisplayName(std::string& text) override;  // "host.database", the port in between unless it is the usual one
@@ -92,6 +95,8 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
 
   // --- Creation texts
   void ShowCreateTable(const std::string& table, std::string& ddl) override;
+  // From here on, until an empty list or a statement that changes something, a text that was read once is not asked
+  // for again: a comparison reads most texts of changed tables several times.
   void ExpectCreationTexts(const TStringList& tables) override;
 
  protected:
@@ -99,8 +104,12 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   virtual std::unique_ptr<TDBConnMySQL> NewEngine() const;
 
  private:
+  void ForgetTexts();
+
   std::unique_ptr<TMyConnection> connection_;
-  std::unique_ptr<TMyQuery> query_;  // runs ExecSQL
+  bool keeps_texts_ = false;
+  std::unordered_map<std::string, std::string> kept_texts_;  // of fetched tables, whose row in the store lost them
+  std::unique_ptr<TMyQuery> query_;                          // runs ExecSQL
   std::string server_;
   std::string database_;
   std::string username_;

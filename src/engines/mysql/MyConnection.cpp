@@ -1,6 +1,14 @@
 #include "engines/mysql/MyConnection.h"
 
+#include "util/Errors.h"
+
 namespace velmora {
+
+namespace {
+
+constexpr char kNotConnected[] = "Not connected";
+
+}  // namespace
 
 void TMyConnection::SetConnected(bool connected) {
   if (connected == GetConnected()) return;
@@ -10,6 +18,10 @@ void TMyConnection::SetConnected(bool connected) {
   }
   if (BeforeConnect) BeforeConnect();
   DoConnect();
+}
+
+void TMyConnection::CheckConnected() const {
+  if (!GetConnected()) RaiseError(kNotConnected);
 }
 
 void TMyConnection::CopyOptions(const TMyConnection& source) {

@@ -17,10 +17,19 @@ namespace velmora {
 
 class TMyQuery;
 
+enum class ETls {
+  Off,
+  Preferred,  // where the server offers it, whoever it is; not on the local socket, which nobody else reads
+  Required    // or there is no connection; the server's certificate must be valid and name the server
+};
+
 struct TMyOptions {
   bool Direct = true;     // speaks the protocol by itself where the backend can
   bool Compress = false;  // compressed frames
   bool Embedded = false;  // a server within the process
+  ETls Tls = ETls::Preferred;
+  std::string CaFile;  // certificates to trust; empty means those of the system
+  std::string Socket;  // path of the local server's socket; empty means the backend's usual one
 };
 
 // Created unconnected. Parameters are read while connecting and may be changed at any time. A backend's destructor
@@ -31,13 +40,13 @@ class TMyConnection : public TConnectionObject {
   TMyConnection(const TMyConnection&) = delete;
   TMyConnection& operator=(const TMyConnection&) = delete;
 
-  std::string Server;  // empty means the local server
+  std::string Server;  // empty or "localhost" means the local server, by its socket
   int Port = 3306;
   std::string Database;  // empty means none
   std::string Username;
   std::string Password;
   int ConnectionTimeout = 15;  // seconds
-  int IsolationLevel = 0;      // 0 is the server's own
+  int IsolationLevel = 0;  // 0 is the server's own; from 1 read uncommitted, read committed, repeatable, serializable
   TMyOptions Options;
   std::function<void()> BeforeConnect;  // called before each attempt to connect; may set the parameters
 
@@ -58,6 +67,7 @@ class TMyConnection : public TConnectionObject {
   virtual void ExpectCreationTexts(const TStringList& /*tables*/) {}
 
  protected:
+  void CheckConnected() const;  // raises "Not connected"
   void CopyOptions(const TMyConnection& source);
 
  private:

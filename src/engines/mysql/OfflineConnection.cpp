@@ -13,7 +13,6 @@ namespace velmora {
 
 namespace {
 
-constexpr char kNotConnected[] = "Not connected";
 constexpr char kNoStatements[] =
     "%s is a script file: it cannot run statements; to change a database, name its server (mysql://...)";
 constexpr char kNoTable[] = "Table '%s' doesn't exist";
@@ -138,9 +137,5 @@ void TOfflineConnection::DoConnect() {
 }
 
 void TOfflineConnection::DoDisconnect() { connected_ = false; }
-
-void TOfflineConnection::CheckConnected() const {
-  if (!connected_) RaiseError(kNotConnected);
-}
 
 }  // namespace velmora

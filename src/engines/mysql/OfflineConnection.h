@@ -44,7 +44,6 @@ class TOfflineConnection final : public TMyConnection {
 
   void DoConnect() override;
   void DoDisconnect() override;
-  void CheckConnected() const;
 
   std::string path_;
   std::shared_ptr<const TLoaded> loaded_;

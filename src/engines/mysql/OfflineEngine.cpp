@@ -2,6 +2,9 @@
 
 #include <utility>
 
+#include "util/Errors.h"
+#include "util/Format.h"
+
 namespace velmora {
 
 TDBConnMySQLOffline::TDBConnMySQLOffline(std::string path)
@@ -10,6 +13,10 @@ TDBConnMySQLOffline::TDBConnMySQLOffline(std::string path)
 TDBConnMySQLOffline::TDBConnMySQLOffline(std::unique_ptr<TOfflineConnection> connection)
     : TDBConnMySQL(std::move(connection), {}, 3306, {}, {}, {}),
       offline_(static_cast<TOfflineConnection&>(TDBConnMySQL::GetConnectionObject())) {}
+
+void TDBConnMySQLOffline::SaveParams(const std::string& /*path*/, TXMLAccess& /*store*/) {
+  RaiseError(Format("%s is a script file, which cannot be part of a task file", offline_.Path()));
+}
 
 TOfflineConnection& TDBConnMySQLOffline::GetConnectionObject() { return offline_; }
 

@@ -16,6 +16,8 @@ class TDBConnMySQLOffline : public TDBConnMySQL {
   explicit TDBConnMySQLOffline(std::string path);
   explicit TDBConnMySQLOffline(std::unique_ptr<TOfflineConnection> connection);
 
+  // Raises: what names a server stands for nothing here.
+  void SaveParams(const std::string& path, TXMLAccess& store) override;
   TOfflineConnection& GetConnectionObject() override;
   void GetDisplayName(std::string& text) override;
 

@@ -169,5 +169,13 @@ TEST_F(OfflineConnection, UnconnectedEngineParsesWithoutAFile) {
   EXPECT_EQ(MessageOf([&] { engine.meta().CachedTableDDL("t", ddl); }), "Not connected");
 }
 
+TEST(OfflineEngine, AFetchThatFailsForgetsTheRowsThatStoodThere) {
+  TDBConnMySQLOffline engine("never read");
+  engine.ParseDDL("create table t (a int not null, key k (a)) type=x;");
+  EXPECT_EQ(engine.meta().tColumns.TotalCount(), 1u);
+  EXPECT_EQ(MessageOf([&] { engine.meta().FindColumn("t", "a"); }), "Not connected");
+  EXPECT_EQ(engine.meta().tColumns.TotalCount() + engine.meta().tKeyFields.TotalCount(), 0u);
+}
+
 }  // namespace
 }  // namespace velmora

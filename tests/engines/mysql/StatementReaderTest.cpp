@@ -57,6 +57,7 @@ const TCase kCases[] = {
     {"delimiter of slashes", "delimiter // now\n/* ; */ a; / b //\nc//", {"2:a; / b", "3:c"}},
     {"delimiter twice the usual", "delimiter ;;\na; b ;;\ndelimiter ;\nc;", {"2:a; b", "4:c"}},
     {"delimiter without argument", "delimiter\na;b;delimiter", {"2:a", "2:b"}},
+    {"delimiter without argument keeps the one there is", "delimiter //\na//\ndelimiter\nb;c//", {"2:a", "4:b;c"}},
     {"no delimiter line", "delimiters ;\na delimiter //\n;b", {"1:delimiters", "2:a delimiter //", "3:b"}},
 };
 

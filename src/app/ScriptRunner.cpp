@@ -1,0 +1,73 @@
+#include "app/ScriptRunner.h"
+
+#include <algorithm>
+
+#include "core/Host.h"
+#include "util/Errors.h"
+#include "util/Text.h"
+#include "util/Words.h"
+
+namespace velmora {
+
+namespace {
+
+// Whether a server commits at this statement, whatever the transaction.
+bool CommitsByItself(const std::string& statement) {
+  std::size_t start = 0;
+  std::string_view word;
+  StrNextWord(statement, 1, start, word);
+  return InList(LowerText(word), {"create", "alter", "drop", "rename", "truncate"});
+}
+
+}  // namespace
+
+std::size_t TRunReport::InForce() const {
+  const auto end = statements.begin() + static_cast<std::ptrdiff_t>(executed);
+  const bool ended = std::any_of(statements.begin(), end,
+                                 [](const TScriptStatement& statement) { return CommitsByItself(statement.text); });
+  return committed || ended ? executed : 0;
+}
+
+void TScriptRunner::RunScript(const std::string& text, bool useTransaction) {
+  TDBConn& target = *connections_.target;
+  report_ = {};
+  RunGuarded(
+      [&] {
+        if (useTransaction) target.StartTransaction();
+        progress_.ShowSimple("Analyzing script...");
+        TScriptPieces split = SplitScript(text);
+        report_.statements = std::move(split.statements);
+        Execute(target, split.pieces);
+        if (useTransaction) target.Commit();
+        report_.committed = true;
+      },
+      [&] {
+        RunGuarded(
+            [&] {
+              if (target.InTransaction()) target.Rollback();
+            },
+            [&] { progress_.Finish(); });
+      });
+}
+
+// Deliberate: the bar's maximum counts the empty pieces of the cut too, so a script with comments ends short of it.
+void TScriptRunner::Execute(TDBConn& target, std::size_t pieces) {
+  progress_.ShowOneBar("Executing script...", static_cast<std::int64_t>(pieces));
+  for (std::size_t i = 0; i < report_.statements.size(); ++i) {
+    const TScriptStatement& statement = report_.statements[i];
+    progress_.StepTotal();
+    try {
+      target.ExecSQL(statement.text);
+    } catch (...) {
+      report_.failed = i;
+      editor_.SetCaret(statement.position);
+      editor_.ScrollToLine(editor_.CaretLine());
+      editor_.MarkLine(editor_.CaretLine());
+      throw;
+    }
+    ++report_.executed;
+    Host().ProcessMessages();
+  }
+}
+
+}  // namespace velmora

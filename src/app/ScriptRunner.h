@@ -1,0 +1,51 @@
+#pragma once
+
+// Runs a script on the target, statement by statement, up to the first error.
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/ScriptSplitter.h"
+#include "sync/Progress.h"
+#include "sync/ScriptEditor.h"
+#include "sync/TaskConnections.h"
+
+namespace velmora {
+
+// What became of a run, also of one that failed or was cancelled.
+struct TRunReport {
+  std::vector<TScriptStatement> statements;
+  std::size_t executed = 0;           // statements that the server has accepted
+  std::optional<std::size_t> failed;  // index of the statement that it refused
+  bool committed = false;
+
+  // How many of the executed statements are in force for good. A change of structure commits by itself, with all that
+  // ran before it, and ends the transaction, so that what follows is in force at once too: all or nothing.
+  std::size_t InForce() const;
+};
+
+class TScriptRunner {
+ public:
+  // All outlive this object.
+  TScriptRunner(TTaskConnections& connections, TScriptEditor& editor, TProgress& progress)
+      : connections_(connections), editor_(editor), progress_(progress) {}
+
+  // Cuts `text` into statements and executes them on the target, in one transaction if `useTransaction` says so. The
+  // first error ends the run: the caret goes to the position of the failed statement, its line is marked, what the
+  // transaction still holds is rolled back, and the error passes on. The host may end it between two statements by
+  // raising from its message pump.
+  void RunScript(const std::string& text, bool useTransaction);
+  const TRunReport& Report() const { return report_; }  // of the last run
+
+ private:
+  void Execute(TDBConn& target, std::size_t pieces);
+
+  TTaskConnections& connections_;
+  TScriptEditor& editor_;
+  TProgress& progress_;
+  TRunReport report_;
+};
+
+}  // namespace velmora

@@ -1,0 +1,38 @@
+#include <CLI/CLI.hpp>
+#include <ostream>
+
+#include "app/Sources.h"
+#include "cli/Commands.h"
+#include "cli/RowOutput.h"
+#include "cli/SourceRun.h"
+#include "util/Errors.h"
+
+namespace velmora {
+
+void TRowsCommand::Declare(CLI::App& app) {
+  app.add_option("SOURCE", source_, "The database")->required();
+  app.add_option("TABLE", table_, "The table")->required();
+  app.add_option("--limit", limit_, "Show at most N rows")->type_name("N")->check(CLI::NonNegativeNumber);
+  DeclareFormat(app, format_);
+  options_.DeclareOne(app);
+}
+
+int TRowsCommand::Execute(TConsole& console) {
+  const std::unique_ptr<TRowOutput> output = MakeRowOutput(format_, console.out);
+  try {
+    const std::unique_ptr<TDBConn> conn = MakeSource(source_, options_.ForOne(console));
+    conn->fetch_in_chunks = true;
+    conn->Connect();
+    TTableGuard rows(*conn, table_);
+    output->Begin(rows->Fields());
+    for (long long count = 0; !rows->Eof() && (limit_ < 0 || count < limit_); ++count, rows->Next()) output->Row(*rows);
+  } catch (const EVelmora& error) {
+    console.Error(error.what());
+    output->End(error.what());
+    return kExitFailure;
+  }
+  output->End(std::nullopt);
+  return kExitSuccess;
+}
+
+}  // namespace velmora

@@ -1,0 +1,114 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <ostream>
+
+#include "app/ScriptSplitter.h"
+#include "cli/Commands.h"
+#include "cli/PairRun.h"
+#include "cli/SourceRun.h"
+#include "cli/Terminal.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Lists.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr std::size_t kListedStatements = 20;
+
+std::string FirstLine(const std::string& statement) {
+  const TStringList lines = LinesOf(statement);
+  return lines.empty() ? statement : Trim(lines.front());
+}
+
+// "line 3, column 1" of a place in the script, counting characters from 1.
+std::string PlaceIn(const std::string& script, std::size_t start) {
+  const std::string_view before = std::string_view(script).substr(0, start);
+  const std::size_t line_start = before.rfind('\n') == std::string_view::npos ? 0 : before.rfind('\n') + 1;
+  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
+  return Format("line %d, column %d", line, CharCount(before.substr(line_start)) + 1);
+}
+
+// What is in force of a run that did not reach its end.
+void TellWhatIsInForce(const TRunReport& report, TConsole& console) {
+  const std::size_t count = report.InForce();
+  const std::string ran = Format("%d of %d statements ran before it", report.executed, report.statements.size());
+  if (report.executed == 0) {
+    console.Error("no statement ran before it: the target is as it was");
+    return;
+  }
+  if (count == 0) {
+    console.Error(ran + " and were rolled back: the target is as it was");
+    return;
+  }
+  console.Error(ran + " and are in force: the server commits each change of structure at once, with all around it");
+  const std::size_t from = count > kListedStatements ? count - kListedStatements : 0;
+  if (from > 0) console.Error(Format("  (the first %d are not listed)", from));
+  for (std::size_t i = from; i < count; ++i)
+    console.Error(Format("  %d: %s", i + 1, FirstLine(report.statements[i].text)));
+}
+
+void TellFailure(const TRunReport& report, const std::string& script, const std::string& error, TConsole& console) {
+  if (report.failed) {
+    const TScriptStatement& statement = report.statements[*report.failed];
+    console.Error(Format("statement %d of %d failed at %s: %s", *report.failed + 1, report.statements.size(),
+                         PlaceIn(script, statement.start), FirstLine(statement.text)));
+  }
+  console.Error(error);
+  TellWhatIsInForce(report, console);
+}
+
+int RunOn(TPairRun& run, const std::string& script, TConsole& console) {
+  try {
+    TInterruptHost host;
+    const THostGuard guard(host);
+    run.app().RunScript(script);
+  } catch (const EVelmora& error) {
+    run.EndProgress();
+    TellFailure(run.app().RunReport(), script, error.what(), console);
+    return kExitFailure;
+  }
+  std::string name;
+  run.app().connections.target->GetDisplayName(name);
+  console.out << Format("%s ran on %s.\n", Counted(run.app().RunReport().executed, "statement"), name);
+  return kExitSuccess;
+}
+
+}  // namespace
+
+void TSyncCommand::Declare(CLI::App& app) {
+  DeclarePair(app, reference_, target_);
+  app.add_flag("--yes", yes_, "Do not ask before the run; needed where there is no terminal to ask on");
+  app.add_option("--script", script_, "Run the text of FILE instead of comparing")->type_name("FILE");
+  options_.DeclarePair(app);
+}
+
+int TSyncCommand::Execute(TConsole& console) {
+  if (!yes_ && !console.CanAsk())
+    RaiseError("There is no terminal to ask on: give --yes to run the script without a question");
+  TPairRun run(console, SystemClock());
+  if (!script_.empty()) {
+    run.editor().SetText(ReadTextFile(script_));
+    run.OpenTarget(target_, options_);
+  } else {
+    if (run.Compare(reference_, target_, options_)) return kExitFailure;
+    if (run.app().Identical()) {
+      console.out << "Databases are identical. Nothing to synchronize.\n";
+      return kExitSuccess;
+    }
+    if (run.GenerateScript()) return kExitFailure;
+  }
+  const std::string script = run.editor().Text();
+  const std::size_t count = SplitScript(script).statements.size();
+  std::string name;
+  run.app().connections.target->GetDisplayName(name);
+  if (!yes_ && !console.Confirm(Format("Run %s on %s?", Counted(count, "statement"), name))) {
+    console.Error("nothing was run");
+    return kExitFailure;
+  }
+  return RunOn(run, script, console);
+}
+
+}  // namespace velmora

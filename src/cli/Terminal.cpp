@@ -1,0 +1,99 @@
+#include "cli/Terminal.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "util/Errors.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kTerminal[] = "/dev/tty";
+constexpr char kInterrupt = 3;   // Ctrl+C
+constexpr char kEndOfInput = 4;  // Ctrl+D
+constexpr char kErase[] = "\b\x7f";
+
+volatile sig_atomic_t interrupted = 0;
+
+void OnInterrupt(int /*signal*/) { interrupted = 1; }
+
+class TTerminal {
+ public:
+  explicit TTerminal(bool secret) : file_(open(kTerminal, O_RDWR | O_CLOEXEC)) {
+    if (file_ < 0) RaiseError("There is no terminal to ask on");
+    changed_ = secret && tcgetattr(file_, &before_) == 0;
+    if (!changed_) return;
+    termios silent = before_;
+    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG | ICANON);
+    tcsetattr(file_, TCSAFLUSH, &silent);
+  }
+  ~TTerminal() {
+    if (changed_) tcsetattr(file_, TCSAFLUSH, &before_);
+    close(file_);
+  }
+  TTerminal(const TTerminal&) = delete;
+  TTerminal& operator=(const TTerminal&) = delete;
+
+  void Write(std::string_view text) const {
+    if (write(file_, text.data(), text.size()) < 0) RaiseError("Cannot write to the terminal");
+  }
+  std::string ReadLine() const {
+    std::string line;
+    for (char c = 0; read(file_, &c, 1) == 1;) {
+      if (c == '\n' || c == '\r') return line;
+      if (changed_ && (c == kInterrupt || c == kEndOfInput)) break;
+      if (changed_ && (c == kErase[0] || c == kErase[1])) {
+        if (!line.empty()) line.pop_back();
+      } else {
+        line += c;
+      }
+    }
+    throw EAbort();
+  }
+
+ private:
+  int file_;
+  bool changed_ = false;
+  termios before_{};
+};
+
+}  // namespace
+
+bool HasTerminal() {
+  const int file = open(kTerminal, O_RDWR | O_CLOEXEC);
+  if (file < 0) return false;
+  close(file);
+  return true;
+}
+
+std::string AskOnTerminal(const std::string& question, bool secret) {
+  const TTerminal terminal(secret);
+  terminal.Write(question);
+  std::string line;
+  RunGuarded([&] { line = terminal.ReadLine(); },
+             [&] {
+               if (secret) terminal.Write("\n");
+             });
+  return line;
+}
+
+TInterruptHost::TInterruptHost() {
+  interrupted = 0;
+  struct sigaction action {};
+  action.sa_handler = OnInterrupt;
+  action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+  sigaction(SIGINT, &action, nullptr);
+}
+
+TInterruptHost::~TInterruptHost() { signal(SIGINT, SIG_DFL); }
+
+void TInterruptHost::ProcessMessages() {
+  if (interrupted == 0) return;
+  interrupted = 0;
+  RaiseError("Cancelled");
+}
+
+}  // namespace velmora

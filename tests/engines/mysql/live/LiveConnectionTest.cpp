@@ -1,0 +1,432 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+#include "support/LiveDatabase.h"
+#include "support/MessageOf.h"
+#include "support/ScratchFolder.h"
+#include "util/Errors.h"
+
+namespace velmora {
+namespace {
+
+using testing::Answer;
+using testing::Execute;
+using ::testing::HasSubstr;
+using testing::MessageOf;
+using testing::ServerConnection;
+using testing::TLiveDatabase;
+using testing::TPrivateServer;
+using TConnections = std::unique_ptr<TLibraryConnection>;
+
+// A socket of 127.0.0.1 that accepts connections and never says a word of its own.
+class TListener {
+ public:
+  TListener() : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
+    address_.sin_family = AF_INET;
+    address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof(address_);
+    EXPECT_EQ(bind(socket_, Address(), size), 0);
+    EXPECT_EQ(listen(socket_, 5), 0);
+    EXPECT_EQ(getsockname(socket_, reinterpret_cast<sockaddr*>(&address_), &size), 0);
+  }
+  ~TListener() { close(socket_); }
+  TListener(const TListener&) = delete;
+  TListener& operator=(const TListener&) = delete;
+
+  int Port() const { return ntohs(address_.sin_port); }
+  int Accept() const { return accept(socket_, nullptr, nullptr); }
+
+ private:
+  const sockaddr* Address() const { return reinterpret_cast<const sockaddr*>(&address_); }
+
+  int socket_;
+  sockaddr_in address_{};
+};
+
+// What a server says first.
+std::string Greeting(int port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
+  const int connection = socket(AF_INET, SOCK_STREAM, 0);
+  EXPECT_EQ(connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+  std::array<char, 1024> buffer{};
+  const ssize_t size = read(connection, buffer.data(), buffer.size());
+  close(connection);
+  return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
+}
+
+class LiveConnection : public ::testing::Test {
+ protected:
+  TConnections New() const { return ServerConnection(TPrivateServer::Shared(), database.Name()); }
+  TConnections NewTcp() const {
+    TConnections connection = New();
+    connection->Server = "127.0.0.1";
+    return connection;
+  }
+  // Seconds until connecting fails.
+  static double SecondsToFail(TMyConnection& connection) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_THROW(connection.SetConnected(true), EMySqlException);
+    EXPECT_FALSE(connection.GetConnected());
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  }
+
+  TLiveDatabase database;
+};
+
+TEST_F(LiveConnection, LocalServerBySocketOthersByTcp) {
+  const struct {
+    const char* server;
+    bool local;
+  } kCases[] = {{"", true}, {"localhost", true}, {"LocalHost", true}, {"127.0.0.1", false}};
+  for (const auto& [server, local] : kCases) {
+    const TConnections connection = New();
+    connection->Server = server;
+    connection->SetConnected(true);
+    const std::string host = Answer(*connection,
+                                    "select host from information_schema.processlist where id = "
+                                    "connection_id()");
+    EXPECT_EQ(host.find(':') == std::string::npos, local) << server << " is " << host;
+    EXPECT_EQ(Answer(*connection, "select database()"), "live");
+  }
+}
+
+TEST_F(LiveConnection, FailuresToConnect) {
+  database.Run("create or replace user 'limited'@'%' identified by 'secret'");
+  const struct {
+    const char* name;
+    std::function<void(TMyConnection&)> change;
+    const char* message;
+  } kCases[] = {
+      {"wrong password", [](auto& c) { c.Username = "limited", c.Password = "Secret"; },
+       "Access denied for user 'limited'@"},
+      {"unknown user", [](auto& c) { c.Username = "nobody"; }, "Access denied for user 'nobody'@"},
+      {"no right to the database", [](auto& c) { c.Username = "limited", c.Password = "secret"; },
+       "to database 'live'"},
+      {"unknown database", [](auto& c) { c.Database = "no such"; }, "Unknown database 'no such'"},
+      {"closed port", [](auto& c) { c.Port = testing::FreePort(); }, "Can't connect to server on '127.0.0.1'"},
+      {"impossible port", [](auto& c) { c.Port = 700000; }, "127.0.0.1"},
+      {"unknown host", [](auto& c) { c.Server = "no-such-host.invalid"; }, "no-such-host.invalid"},
+      {"no socket", [](auto& c) { c.Server = "", c.Options.Socket = "/no/such.sock"; },
+       "Can't connect to local server through socket '/no/such.sock'"},
+  };
+  for (const auto& [name, change, message] : kCases) {
+    SCOPED_TRACE(name);
+    const TConnections connection = NewTcp();
+    change(*connection);
+    EXPECT_THAT(MessageOf([&] { connection->SetConnected(true); }), HasSubstr(message));
+    EXPECT_THROW(connection->SetConnected(true), EMySqlException);
+    EXPECT_FALSE(connection->GetConnected());
+    EXPECT_FALSE(connection->InTransaction());
+    EXPECT_EQ(MessageOf([&] { Execute(*connection, "select 1"); }), "Not connected");
+    EXPECT_EQ(MessageOf([&] { connection->StartTransaction(); }), "Not connected");
+  }
+  database.Run("drop user 'limited'@'%'");
+}
+
+TEST_F(LiveConnection, ConnectsAfterAFailure) {
+  const TConnections connection = NewTcp();
+  connection->Database = "no such";
+  EXPECT_THROW(connection->SetConnected(true), EMySqlException);
+  connection->Database = "live";
+  connection->SetConnected(true);
+  EXPECT_EQ(Answer(*connection, "select 1"), "1");
+}
+
+// Each stage of a login that never comes ends by the time-out.
+TEST_F(LiveConnection, SilentServerTimesOut) {
+  EXPECT_EQ(TLibraryConnection().ConnectionTimeout, 15);
+  const TListener listener;
+  const TConnections connection = NewTcp();
+  connection->Port = listener.Port();
+  connection->ConnectionTimeout = 1;
+  EXPECT_NEAR(SecondsToFail(*connection), 1.5, 1);
+
+  const std::string greeting = Greeting(TPrivateServer::Shared().Port());
+  int greeted = -1;
+  std::thread server([&] {
+    close(listener.Accept());  // the attempt from above
+    greeted = listener.Accept();
+    EXPECT_EQ(write(greeted, greeting.data(), greeting.size()), static_cast<ssize_t>(greeting.size()));
+  });
+  EXPECT_NEAR(SecondsToFail(*connection), 1.5, 1);
+  server.join();
+  close(greeted);
+}
+
+TEST_F(LiveConnection, TimeoutHoldsForConnectingOnly) {
+  const TConnections connection = NewTcp();
+  connection->ConnectionTimeout = 1;
+  connection->SetConnected(true);
+  EXPECT_EQ(Answer(*connection, "select sleep(1.5)"), "0");
+}
+
+TEST_F(LiveConnection, NewConnectionHasTheOptionsAndNothingElse) {
+  const TConnections connection = NewTcp();
+  connection->ConnectionTimeout = 7;
+  connection->Options.Compress = true;
+  connection->Options.Tls = ETls::Required;
+  connection->Options.CaFile = "ca.pem";
+  const auto other = connection->NewConnection();
+  EXPECT_EQ(other->ConnectionTimeout, 7);
+  EXPECT_TRUE(other->Options.Compress);
+  EXPECT_EQ(other->Options.Tls, ETls::Required);
+  EXPECT_EQ(other->Options.CaFile, "ca.pem");
+  EXPECT_EQ(other->Options.Socket, TPrivateServer::Shared().Socket());
+  EXPECT_EQ(other->Username, "");
+  EXPECT_FALSE(other->GetConnected());
+}
+
+TEST_F(LiveConnection, Utf8IsSpokenFromTheFirstByte) {
+  const TConnections connection = New();
+  connection->SetConnected(true);
+  EXPECT_EQ(Answer(*connection, "select concat(@@character_set_client, @@character_set_results)"), "utf8mb4utf8mb4");
+  Execute(*connection, "create table `Šifra` (`žiro` varchar(20) default 'Šifra 雪' comment 'ÄÖ 雪')");
+  EXPECT_THAT(Answer(*connection, "show create table `Šifra`"),
+              HasSubstr("`žiro` varchar(20) DEFAULT 'Šifra 雪' COMMENT 'ÄÖ 雪'"));
+  EXPECT_EQ(Answer(*connection, "show tables"), "Šifra");
+  Execute(*connection, "insert into `Šifra` values ('雪 😀')");
+  EXPECT_EQ(Answer(*connection, "select `žiro` from `Šifra`"), "雪 😀");
+}
+
+TEST_F(LiveConnection, CompressedFrames) {
+  const TConnections connection = NewTcp();
+  connection->Options.Compress = true;
+  connection->SetConnected(true);
+  EXPECT_EQ(Answer(*connection, "show session status like 'Compression'"), "ON");
+  EXPECT_EQ(Answer(*connection, "select length(repeat('x', 1000000))"), "1000000");
+  EXPECT_EQ(Answer(*connection, "select repeat('x', 1000000)"), std::string(1000000, 'x'));
+}
+
+TEST_F(LiveConnection, ServerGetsNoLocalFile) {
+  const TConnections connection = New();
+  connection->SetConnected(true);
+  Execute(*connection, "create table t (a text)");
+  EXPECT_THROW(Execute(*connection, "load data local infile '/etc/passwd' into table t"), EMySqlException);
+  EXPECT_EQ(Answer(*connection, "select count(*) from t"), "0");
+}
+
+// A server that has a certificate of its own making, for "127.0.0.1".
+class TTlsServer {
+ public:
+  TTlsServer() : made_(MakeCertificate()), server_({"--ssl-cert=" + CaFile(), "--ssl-key=" + folder_ / "key.pem"}) {}
+
+  std::string CaFile() const { return folder_ / "cert.pem"; }
+  TConnections NewTcp(ETls tls) const {
+    TConnections connection = ServerConnection(server_);
+    connection->Server = "127.0.0.1";
+    connection->Options.Tls = tls;
+    return connection;
+  }
+  TConnections NewLocal(ETls tls) const {
+    TConnections connection = NewTcp(tls);
+    connection->Server.clear();
+    return connection;
+  }
+
+ private:
+  bool MakeCertificate() const {
+    const std::string command =
+        "openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=127.0.0.1 "
+        "-addext subjectAltName=IP:127.0.0.1 -keyout '" +
+        folder_ / "key.pem" + "' -out '" + CaFile() + "' 2>/dev/null";
+    return std::system(command.c_str()) == 0;
+  }
+
+  testing::TScratchFolder folder_;
+  bool made_;
+  TPrivateServer server_;
+};
+
+TEST_F(LiveConnection, TlsAsWanted) {
+  const TTlsServer server;
+  const auto cipher = [](TLibraryConnection& connection) {
+    connection.SetConnected(true);
+    return Answer(connection, "show session status like 'Ssl_cipher'");
+  };
+  EXPECT_EQ(cipher(*server.NewTcp(ETls::Off)), "");
+  EXPECT_NE(cipher(*server.NewTcp(ETls::Preferred)), "");
+  EXPECT_EQ(cipher(*server.NewLocal(ETls::Preferred)), "");
+  const TConnections required = server.NewTcp(ETls::Required);
+  EXPECT_THAT(MessageOf([&] { required->SetConnected(true); }), HasSubstr("certificate"));
+  required->Options.CaFile = server.CaFile();
+  EXPECT_NE(cipher(*required), "");
+  required->SetConnected(false);
+  required->Server = "127.0.0.2";  // the same machine, but not the name in the certificate
+  EXPECT_THROW(required->SetConnected(true), EMySqlException);
+}
+
+TEST_F(LiveConnection, TlsOfAServerWithoutAny) {
+  const TConnections connection = NewTcp();
+  connection->SetConnected(true);  // preferred
+  EXPECT_EQ(Answer(*connection, "show session status like 'Ssl_cipher'"), "");
+  for (const char* server : {"127.0.0.1", ""}) {
+    const TConnections required = NewTcp();
+    required->Server = server;
+    required->Options.Tls = ETls::Required;
+    EXPECT_THROW(required->SetConnected(true), EMySqlException);
+    EXPECT_FALSE(required->GetConnected());
+  }
+}
+
+TEST_F(LiveConnection, Transactions) {
+  const TConnections connection = New();
+  connection->SetConnected(true);
+  Execute(*connection, "create table t (a int) engine=InnoDB");
+  connection->StartTransaction();
+  EXPECT_TRUE(connection->InTransaction());
+  Execute(*connection, "insert into t values (1)");
+  connection->Rollback();
+  EXPECT_FALSE(connection->InTransaction());
+  EXPECT_EQ(Answer(*connection, "select count(*) from t"), "0");
+
+  connection->StartTransaction();
+  Execute(*connection, "insert into t values (2)");
+  EXPECT_THROW(Execute(*connection, "insert into nowhere values (2)"), EMySqlException);
+  EXPECT_TRUE(connection->InTransaction());
+  connection->Commit();
+  EXPECT_FALSE(connection->InTransaction());
+  EXPECT_EQ(Answer(*connection, "select a from t"), "2");
+
+  connection->StartTransaction();
+  Execute(*connection, "insert into t values (3)");
+  connection->SetConnected(false);
+  EXPECT_FALSE(connection->InTransaction());
+  connection->SetConnected(true);
+  EXPECT_EQ(Answer(*connection, "select count(*) from t"), "1");
+}
+
+TEST_F(LiveConnection, IsolationLevels) {
+  const TConnections writer = New(), reader = New();
+  writer->SetConnected(true);
+  reader->SetConnected(true);
+  Execute(*writer, "create table t (a int) engine=InnoDB");
+  writer->StartTransaction();
+  Execute(*writer, "insert into t values (1)");
+  for (const auto& [level, seen] : {std::pair{0, "0"}, {1, "1"}, {2, "0"}, {3, "0"}}) {
+    reader->IsolationLevel = level;
+    reader->StartTransaction();
+    EXPECT_EQ(Answer(*reader, "select count(*) from t"), seen) << level;
+    reader->Rollback();
+  }
+  reader->IsolationLevel = 5;
+  EXPECT_EQ(MessageOf([&] { reader->StartTransaction(); }), "Isolation level 5 is unknown");
+  EXPECT_FALSE(reader->InTransaction());
+}
+
+// --- Connections that are lost
+
+class LostConnection : public LiveConnection {
+ protected:
+  LostConnection() : connection(New()) {
+    connection->SetConnected(true);
+    connection->StartTransaction();
+  }
+
+  // What a script's run does: the statement's own error has to come out, whatever the end of the transaction does.
+  void ExpectLoss(const std::string& sql) {
+    const auto guarded = [&] {
+      RunGuarded([&] { Execute(*connection, sql); },
+                 [&] {
+                   if (connection->InTransaction()) connection->Rollback();
+                 });
+    };
+    EXPECT_THAT(MessageOf(guarded), ::testing::AnyOf(HasSubstr("gone away"), HasSubstr("Lost connection"),
+                                                     HasSubstr("killed"), HasSubstr("packet bigger")));
+    EXPECT_FALSE(connection->GetConnected());
+    EXPECT_FALSE(connection->InTransaction());
+    EXPECT_EQ(MessageOf([&] { Execute(*connection, "select 1"); }), "Not connected");
+  }
+  void ExpectBack() {
+    connection->SetConnected(true);
+    EXPECT_EQ(Answer(*connection, "select database()"), "live");
+  }
+
+  TConnections connection;
+};
+
+TEST_F(LostConnection, ServerDiesBetweenStatements) {
+  TPrivateServer::Shared().Kill();
+  ExpectLoss("select 1");
+  EXPECT_THAT(MessageOf([&] { connection->SetConnected(true); }), HasSubstr("Can't connect to local server"));
+  TPrivateServer::Shared().Restart();
+  ExpectBack();
+}
+
+TEST_F(LostConnection, ServerDiesDuringAStatement) {
+  std::thread killer([] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    TPrivateServer::Shared().Kill();
+  });
+  ExpectLoss("select sleep(30)");
+  killer.join();
+  TPrivateServer::Shared().Restart();
+  ExpectBack();
+}
+
+TEST_F(LostConnection, ServerIsRestarted) {
+  TPrivateServer::Shared().Restart();
+  ExpectLoss("select 1");
+  ExpectBack();
+}
+
+TEST_F(LostConnection, ServerHasWaitedLongEnough) {
+  Execute(*connection, "set session wait_timeout = 1");
+  std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+  ExpectLoss("select 1");
+  ExpectBack();
+}
+
+TEST_F(LostConnection, EndedByAnAdministrator) {
+  database.Run("kill " + Answer(*connection, "select connection_id()"));
+  ExpectLoss("select 1");
+  ExpectBack();
+}
+
+TEST_F(LostConnection, StatementBeyondThePacketLimit) {
+  for (const char* server : {"", "127.0.0.1"}) {
+    connection->SetConnected(false);
+    connection->Server = server;
+    connection->SetConnected(true);
+    connection->StartTransaction();
+    ExpectLoss("select length('" + std::string(20 << 20, 'x') + "')");
+    ExpectBack();
+  }
+}
+
+TEST_F(LostConnection, WhileRowsComeInBlocks) {
+  const auto query = connection->NewQuery();
+  query->UniDirectional = true;
+  query->FetchAll = false;
+  query->SQL = "select seq, repeat('x', 1000) from seq_1_to_1000000";
+  query->Open();
+  TPrivateServer::Shared().Kill();
+  EXPECT_THAT(MessageOf([&] {
+                while (!query->Eof()) query->Next();
+              }),
+              HasSubstr("Lost connection"));
+  EXPECT_FALSE(connection->GetConnected());
+  query->Close();
+  TPrivateServer::Shared().Restart();
+  ExpectBack();
+}
+
+TEST_F(LostConnection, EndOfTheTransactionIsTheFault) {
+  TPrivateServer::Shared().Restart();
+  EXPECT_THROW(connection->Commit(), EMySqlException);
+  EXPECT_FALSE(connection->InTransaction());
+  EXPECT_FALSE(connection->GetConnected());
+}
+
+}  // namespace
+}  // namespace velmora

@@ -1,0 +1,284 @@
+#include "support/PrivateServer.h"
+
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <pwd.h>
+#include <signal.h>
+#include <sys/file.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+namespace velmora::testing {
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+constexpr char kFolderPrefix[] = "velmora-server-";
+constexpr auto kPoll = 10ms;
+constexpr auto kStartTime = 60s;
+constexpr auto kGrace = 10s;
+
+[[noreturn]] void Fail(const std::string& message) { throw std::runtime_error("private server: " + message); }
+
+std::string UserName() {
+  const passwd* user = getpwuid(geteuid());
+  if (user == nullptr) Fail("the current user has no name");
+  return user->pw_name;
+}
+
+// The path of a program that may stand outside the search path of a normal user.
+std::string Program(const std::string& name, const std::string& package) {
+  std::istringstream folders(std::string(getenv("PATH") != nullptr ? getenv("PATH") : "") + ":/usr/sbin:/usr/bin");
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    const std::string path = folder + "/" + name;
+    if (!folder.empty() && access(path.c_str(), X_OK) == 0) return path;
+  }
+  Fail(name + " is not installed; it is in the package " + package);
+}
+
+std::string MariaDbd() { return Program("mariadbd", "mariadb-server-core"); }
+
+// Never returns in the new process. Its output goes to the end of `log`.
+pid_t Spawn(const std::vector<std::string>& command, const std::string& log) {
+  std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
+  for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
+  arguments.push_back(nullptr);
+  const pid_t parent = getpid();
+  const pid_t child = fork();
+  if (child < 0) Fail("fork failed");
+  if (child > 0) return child;
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  const int out = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+  dup2(out, STDOUT_FILENO);
+  dup2(out, STDERR_FILENO);
+  if (getppid() == parent) execv(arguments[0], arguments.data());
+  _exit(127);
+}
+
+std::string FileEnd(const std::string& path) {
+  std::ifstream file(path);
+  std::string text((std::istreambuf_iterator<char>(file)), {});
+  constexpr std::size_t kShown = 3000;
+  return text.size() > kShown ? text.substr(text.size() - kShown) : text;
+}
+
+// The lock of a file for as long as this lives; other processes wait.
+class TFileLock {
+ public:
+  explicit TFileLock(const std::string& path) : file_(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
+    if (file_ < 0 || flock(file_, LOCK_EX) != 0) Fail("cannot lock " + path);
+  }
+  ~TFileLock() { close(file_); }
+  TFileLock(const TFileLock&) = delete;
+  TFileLock& operator=(const TFileLock&) = delete;
+
+ private:
+  int file_;
+};
+
+void MakeData(const std::string& folder, const std::string& log) {
+  const std::vector<std::string> command = {Program("mariadb-install-db", "mariadb-server-core"),
+                                            "--no-defaults",
+                                            "--user=" + UserName(),
+                                            "--datadir=" + folder,
+                                            "--auth-root-authentication-method=normal",
+                                            "--skip-test-db",
+                                            "--innodb-log-file-size=32M"};
+  fs::remove(log);
+  int status = 0;
+  if (waitpid(Spawn(command, log), &status, 0) < 0 || status != 0) Fail("mariadb-install-db failed:\n" + FileEnd(log));
+}
+
+// A fresh data folder to copy, made once per build folder and version of the server.
+std::string DataTemplate() {
+  const std::string server = MariaDbd();
+  struct stat status {};
+  if (stat(server.c_str(), &status) != 0) Fail("cannot read " + server);
+  const std::string cache = VELMORA_TEST_CACHE;
+  const std::string made = cache + "/data-" + std::to_string(status.st_size) + "-" + std::to_string(status.st_mtime);
+  fs::create_directories(cache);
+  const TFileLock lock(cache + "/lock");
+  if (fs::exists(made)) return made;
+  const std::string unfinished = cache + "/unfinished";
+  fs::remove_all(unfinished);
+  MakeData(unfinished, cache + "/install.log");
+  fs::rename(unfinished, made);
+  return made;
+}
+
+// A file that the owner of a folder keeps locked. It has its name only once it is locked.
+constexpr char kOwner[] = "/owner";
+
+int LockFolder(const std::string& folder) {
+  const std::string unnamed = folder + "/unnamed";
+  const int file = open(unnamed.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  if (file < 0 || flock(file, LOCK_EX | LOCK_NB) != 0) Fail("cannot lock " + unnamed);
+  fs::rename(unnamed, folder + kOwner);
+  return file;
+}
+
+// Removes folders whose test program was killed.
+void ClearLeftovers(const fs::path& place) {
+  std::error_code ignored;
+  for (const fs::directory_entry& entry : fs::directory_iterator(place, ignored)) {
+    if (!entry.path().filename().string().starts_with(kFolderPrefix)) continue;
+    const int file = open((entry.path().string() + kOwner).c_str(), O_RDWR | O_CLOEXEC);
+    if (file < 0) continue;
+    if (flock(file, LOCK_EX | LOCK_NB) == 0) fs::remove_all(entry.path(), ignored);
+    close(file);
+  }
+}
+
+std::string MakeFolder() {
+  const fs::path place = fs::temp_directory_path();
+  ClearLeftovers(place);
+  std::string folder = place / (std::string(kFolderPrefix) + "XXXXXX");
+  if (mkdtemp(folder.data()) == nullptr) Fail("cannot make " + folder);
+  return folder;
+}
+
+// True when a server that listens at the socket says something.
+bool Greets(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof(address.sun_path) - 1);
+  const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  char first = 0;
+  const bool greets = connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
+                      read(connection, &first, 1) == 1;
+  close(connection);
+  return greets;
+}
+
+bool Ended(pid_t process) { return waitpid(process, nullptr, WNOHANG) != 0; }
+
+}  // namespace
+
+int FreePort() {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof(address);
+  const int probe = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const bool bound = bind(probe, reinterpret_cast<const sockaddr*>(&address), size) == 0 &&
+                     getsockname(probe, reinterpret_cast<sockaddr*>(&address), &size) == 0;
+  close(probe);
+  if (!bound) Fail("no free port");
+  return ntohs(address.sin_port);
+}
+
+TPrivateServer::TPrivateServer(std::vector<std::string> options) : options_(std::move(options)) {
+  const std::string made = DataTemplate();
+  folder_ = MakeFolder();
+  lock_ = LockFolder(folder_);
+  socket_ = folder_ + "/socket";
+  try {
+    if (socket_.size() >= sizeof(sockaddr_un::sun_path)) Fail("the path is too long for a socket: " + socket_);
+    fs::copy(made, folder_ + "/data", fs::copy_options::recursive);
+    Start();
+  } catch (...) {
+    RemoveFolder();
+    throw;
+  }
+}
+
+TPrivateServer::~TPrivateServer() {
+  Stop();
+  RemoveFolder();
+}
+
+void TPrivateServer::RemoveFolder() {
+  std::error_code ignored;
+  fs::remove_all(folder_, ignored);
+  close(lock_);
+}
+
+TPrivateServer& TPrivateServer::Shared() {
+  static TPrivateServer server;
+  return server;
+}
+
+void TPrivateServer::Kill() {
+  if (pid_ == 0) return;
+  kill(pid_, SIGKILL);
+  waitpid(pid_, nullptr, 0);
+  pid_ = 0;
+}
+
+void TPrivateServer::Stop() {
+  if (pid_ == 0) return;
+  kill(pid_, SIGTERM);
+  for (auto waited = 0ms; waited < kGrace; waited += kPoll) {
+    if (Ended(pid_)) {
+      pid_ = 0;
+      return;
+    }
+    std::this_thread::sleep_for(kPoll);
+  }
+  Kill();
+}
+
+void TPrivateServer::Restart() {
+  Stop();
+  Launch();
+  if (!Ready()) Fail("the server did not come back:\n" + LogEnd());
+}
+
+// Somebody else may take the port between its choice and its use.
+void TPrivateServer::Start() {
+  constexpr int kTries = 3;
+  for (int i = 0; i < kTries; ++i) {
+    port_ = FreePort();
+    Launch();
+    if (Ready()) return;
+  }
+  Fail("the server did not start:\n" + LogEnd());
+}
+
+void TPrivateServer::Launch() {
+  std::vector<std::string> command = {MariaDbd(),
+                                      "--no-defaults",
+                                      "--user=" + UserName(),
+                                      "--datadir=" + folder_ + "/data",
+                                      "--socket=" + socket_,
+                                      "--port=" + std::to_string(port_),
+                                      "--bind-address=127.0.0.1",
+                                      "--pid-file=" + folder_ + "/pid",
+                                      "--innodb-flush-log-at-trx-commit=0",
+                                      "--innodb-log-file-size=32M",
+                                      "--innodb-buffer-pool-size=32M"};
+  command.insert(command.end(), options_.begin(), options_.end());
+  fs::remove(socket_);  // a killed server leaves it
+  pid_ = Spawn(command, folder_ + "/log");
+}
+
+bool TPrivateServer::Ready() {
+  for (auto waited = 0ms; waited < kStartTime; waited += kPoll) {
+    if (Greets(socket_)) return true;
+    if (Ended(pid_)) {
+      pid_ = 0;
+      return false;
+    }
+    std::this_thread::sleep_for(kPoll);
+  }
+  Kill();
+  return false;
+}
+
+std::string TPrivateServer::LogEnd() const { return FileEnd(folder_ + "/log"); }
+
+}  // namespace velmora::testing

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace velmora::testing {
+
+// A MariaDB server of the test program's own: on loopback, with its data in a folder of its own, gone with it. The user
+// is root, without a password. Faults are std::runtime_error with the end of the server's log.
+//
+// Should the program die, the server dies with it, and its folder is cleared away by the next server that is started.
+class TPrivateServer {
+ public:
+  explicit TPrivateServer(std::vector<std::string> options = {});  // started, with these options besides the usual ones
+  ~TPrivateServer();                                               // ended
+  TPrivateServer(const TPrivateServer&) = delete;
+  TPrivateServer& operator=(const TPrivateServer&) = delete;
+
+  // The one that tests share: started by the first call, ended with the program. Who stops it starts it again.
+  static TPrivateServer& Shared();
+
+  const std::string& Socket() const { return socket_; }
+  int Port() const { return port_; }
+
+  void Kill();     // as if the machine had lost its power
+  void Stop();     // as an administrator does it
+  void Restart();  // with the same data, port and socket, whether it runs or not
+
+ private:
+  void Start();
+  void Launch();
+  bool Ready();  // waits; false when the server ended instead
+  std::string LogEnd() const;
+  void RemoveFolder();
+
+  std::vector<std::string> options_;
+  std::string folder_;
+  std::string socket_;
+  int lock_ = -1;
+  int port_ = 0;
+  pid_t pid_ = 0;
+};
+
+// A port of 127.0.0.1 on which nothing listens at the moment.
+int FreePort();
+
+}  // namespace velmora::testing
