@@ -29,21 +29,26 @@ bool PrecisionFits(const TColumnTypeInfo& row, TNumber precision) {
   return above && below;
 }
 
+// Built by hand: this runs for every column that is compared.
+std::string WithNumber(std::string_view word, std::int64_t number) {
+  std::string text(word);
+  return text.append("(").append(std::to_string(number)).append(")");
+}
+
 // The word with its numbers. "(0,0)" and "(0)" stand for a column whose numbers were never stated; they are left out.
 std::string WordWithPrecision(const TColumnTypeInfo& row, const TMetaColumn& column) {
   if (row.has_scale) {
     if (column.size == 0 && column.precision == 0) return std::string(row.name);
     return Format("%s(%d,%d)", row.name, column.size, column.precision);
   }
-  if (column.size == 0) return std::string(row.name);
-  return Format("%s(%d)", row.name, column.size);
+  return column.size == 0 ? std::string(row.name) : WithNumber(row.name, column.size);
 }
 
 // What one row of the table makes of a column of its type; nothing when the next row shall be asked.
 std::optional<std::string> WriteByRow(const TColumnTypeInfo& row, const TMetaColumn& column, bool detailed) {
   if (row.has_length) {
     if (!LengthFits(row, column.size)) return std::nullopt;
-    return detailed ? Format("%s(%d)", row.name, column.size) : std::string(row.name);
+    return detailed ? WithNumber(row.name, column.size) : std::string(row.name);
   }
   if (row.has_precision) {
     if (PrecisionFits(row, column.size)) return detailed ? WordWithPrecision(row, column) : std::string(row.name);

@@ -278,12 +278,9 @@ void TMeta::EraseDetails() {
 
 // --- Texts
 
-void TMeta::CachedTableDDL(const std::string& table, std::string& ddl) {
+const std::string& TMeta::CachedTableDDL(const std::string& table) {
   GotoTable(table);
-  if (tTables.Current().cached_ddl != kNoCachedDDL) {
-    ddl = tTables.Current().cached_ddl;
-    return;
-  }
+  if (tTables.Current().cached_ddl != kNoCachedDDL) return tTables.Current().cached_ddl;
   std::string text;
   const int engine = owner_ == nullptr ? kEngineNone : owner_->GetEngine();
   auto* texts = dynamic_cast<TCreationTexts*>(owner_);
@@ -295,9 +292,7 @@ void TMeta::CachedTableDDL(const std::string& table, std::string& ddl) {
     RaiseError("CachedTableDDL unsupported");
   }
   GotoTable(table);
-  std::string& cached = tTables.Amend().cached_ddl;
-  if (cached != text) cached = std::move(text);
-  ddl = cached;
+  return tTables.Amend().cached_ddl = std::move(text);
 }
 
 TDBConn& TMeta::Owner() const {

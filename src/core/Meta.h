@@ -181,7 +181,9 @@ class TMeta {
 
   // --- Texts
   // The table's creation text, kept once asked for. Raises "CachedTableDDL unsupported" for engines without one.
-  void CachedTableDDL(const std::string& table, std::string& ddl);
+  void CachedTableDDL(const std::string& table, std::string& ddl) { ddl = CachedTableDDL(table); }
+  // The same, valid until the table is fetched, dropped or asked for anew.
+  const std::string& CachedTableDDL(const std::string& table);
   // A creation text composed from the rows, in the dialect of `engine`, or of the owner.
   void BuildCreateTable(const std::string& table, TDBConn* engine, std::string& ddl);
   // One object in the dialect of `engine`, or of the owner, with all its attributes.

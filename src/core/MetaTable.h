@@ -42,7 +42,7 @@ inline constexpr int kNoMaster = 0;
 // What a master table tells its details, and asks of a detail that is a master itself.
 class TMetaDetail {
  public:
-  virtual void MasterMoved() = 0;
+  virtual void MasterMoved(int master) = 0;  // to the row with this id, or to none
 
  protected:
   ~TMetaDetail() = default;
@@ -241,7 +241,7 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
     Look();
   }
 
-  void MasterMoved() override { Look(); }
+  void MasterMoved(int master) override { LookAt(master); }
 
  private:
   enum class EOpened { None, Appended, Edited };
@@ -280,8 +280,8 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
   int NextId() { return next_id_++; }
 
   // Shows the rows of the master's current row and stands on the first of them.
-  void Look() {
-    const int master = MasterId();
+  void Look() { LookAt(MasterId()); }
+  void LookAt(int master) {
     view_ = master_ != nullptr && master == kNoMaster ? nullptr : ListOf(master);
     eof_ = false;
     positioned_ = !Empty();
@@ -289,7 +289,8 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
     Tell();
   }
   void Tell() {
-    for (TMetaDetail* detail : details_) detail->MasterMoved();
+    const int id = CurrentId();
+    for (TMetaDetail* detail : details_) detail->MasterMoved(id);
   }
   void MoveTo(TMark mark) {
     const bool moved = !positioned_ || mark != current_;

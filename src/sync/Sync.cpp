@@ -134,9 +134,8 @@ void TDBSync::CreateNewTables(const TStringList& referenceTables) {
 
 // Equal texts spare the table any further look. The passes ask again, since a fetch forgets the text.
 bool TDBSync::CreationTextsDiffer(const std::string& table) {
-  Reference().CachedTableDDL(table, referenceText_);
-  Target().CachedTableDDL(table, targetText_);
-  return referenceText_ != targetText_;
+  const std::string& reference = Reference().CachedTableDDL(table);
+  return reference != Target().CachedTableDDL(table);
 }
 
 void TDBSync::GotoFetched(const std::string& table) {

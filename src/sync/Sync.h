@@ -100,8 +100,7 @@ class TDBSync {
   TMessageLog& log_;
   std::ptrdiff_t tableIndex_ = 0;  // of the table under way in the list that the pass walks
   std::string tableUnderWay_;
-  std::string referenceText_, targetText_;  // creation texts; kept for their memory
-  bool tempKeyUsed_ = false;                // a temporary key is believed to stand in for the primary key
+  bool tempKeyUsed_ = false;  // a temporary key is believed to stand in for the primary key
 };
 
 }  // namespace velmora

@@ -21,19 +21,23 @@ namespace {
 constexpr char kNoPredecessor[] = "first";
 constexpr std::ptrdiff_t kFirstPlace = 0;
 
-// Column names in their order; lookups ignore case and give the first.
+// Column names in their order; lookups ignore case and give the first. Few are walked, many have an index.
 class TColumnNames {
  public:
   explicit TColumnNames(TStringList names) : names_(std::move(names)) {
+    if (names_.size() < kIndexedFrom) return;
     for (std::size_t i = 0; i < names_.size(); ++i) places_.emplace(LowerText(names_[i]), i);
   }
   const TStringList& Names() const { return names_; }
   std::ptrdiff_t PlaceOf(const std::string& name) const {
+    if (places_.empty()) return IndexOf(names_, name);
     const auto found = places_.find(LowerText(name));
     return found == places_.end() ? kNotInList : static_cast<std::ptrdiff_t>(found->second);
   }
 
  private:
+  static constexpr std::size_t kIndexedFrom = 32;
+
   TStringList names_;
   std::unordered_map<std::string, std::size_t> places_;
 };
@@ -53,7 +57,7 @@ struct TDBSync::TColumnLists {
   std::ptrdiff_t lastPlace;                 // where the last search in the target's list ended
 
   void Handle(const std::string& name) { handled.insert(LowerText(name)); }
-  bool IsHandled(const std::string& name) const { return handled.contains(LowerText(name)); }
+  bool IsHandled(const std::string& name) const { return !handled.empty() && handled.contains(LowerText(name)); }
 
   // The nearest column in front of `name` that was not handled. `place` gets its position, -1 when there is none.
   std::string Predecessor(const TColumnNames& columns, const std::string& name, std::ptrdiff_t& place) const {
