@@ -1,6 +1,5 @@
 #include "app/SourceText.h"
 
-#include "core/Engines.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -38,19 +37,6 @@ void ParseHost(std::string_view text, TServerAddress& address) {
     port = colon == std::string_view::npos ? std::string_view() : text.substr(colon);
   }
   if (!port.empty()) address.port = ParsePort(port.substr(1));
-}
-
-int EngineOf(std::string_view name) {
-  for (int engine = kEngineNone + 1; engine <= kEngineODBC; ++engine) {
-    std::string known;
-    try {
-      StrEngine(engine, known);
-    } catch (const EVelmora&) {
-      continue;  // a number without a name
-    }
-    if (SameText(known, name)) return engine;
-  }
-  return kEngineNone;
 }
 
 }  // namespace
@@ -100,8 +86,8 @@ std::optional<TEngineSource> ParseEngineSource(std::string_view source) {
   const std::size_t colon = source.find(':');
   if (colon == std::string_view::npos) return std::nullopt;
   TEngineSource result;
-  result.engine = EngineOf(source.substr(0, colon));
-  if (result.engine == kEngineNone) return std::nullopt;
+  result.engine = FindEngine(source.substr(0, colon));
+  if (result.engine == nullptr) return std::nullopt;
   std::string_view rest = source.substr(colon + 1);
   while (!rest.empty()) {
     const std::size_t end = rest.find(';');

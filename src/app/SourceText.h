@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "persist/EngineTable.h"
+
 namespace velmora {
 
 // Decodes %XX. Raises for a "%" that two hexadecimal digits do not follow.
@@ -26,7 +28,7 @@ inline constexpr std::string_view kServerScheme = "mysql://";
 TServerAddress ParseServerAddress(std::string_view source);
 
 struct TEngineSource {
-  int engine = 0;
+  const TEngineRow* engine = nullptr;
   std::map<std::string, std::string> values;  // by key in lower case
 };
 

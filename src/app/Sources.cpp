@@ -1,62 +1,86 @@
 #include "app/Sources.h"
 
+#include <algorithm>
+
 #include "app/SourceText.h"
 #include "engines/mysql/ClientLibrary.h"
-#include "engines/mysql/DBConnMySQL.h"
 #include "engines/mysql/OfflineEngine.h"
+#include "persist/EngineTable.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
 namespace velmora {
 
+TEngineClients ClientsOf(const TSourceSettings& settings) {
+  TEngineClients clients;
+  clients.NewMyConnection = [options = settings.Client] {
+    auto connection = std::make_unique<TLibraryConnection>();
+    connection->Options = options;
+    return connection;
+  };
+  return clients;
+}
+
 namespace {
 
 constexpr std::string_view kScriptExtension = ".sql";
+constexpr char kPasswordGiven[] =
+    "a password in an argument is seen by every user of this machine: leave it out to be asked for it, or use a "
+    "password "
+    "file";
 
 bool EndsIn(std::string_view text, std::string_view end) {
   return text.size() >= end.size() && SameText(text.substr(text.size() - end.size()), end);
 }
 
-std::unique_ptr<TDBConn> MakeServer(TServerAddress address, const TSourceSettings& settings) {
-  if (address.password) {
-    if (settings.Warn && !address.password->empty())
-      settings.Warn(
-          "a password in an argument is seen by every user of this machine: leave it out to be asked for it, "
-          "or use a password file");
-  } else if (settings.AskPassword) {
-    address.password = settings.AskPassword(address.username + "@" +
-                                            Iif<std::string>(address.server.empty(), "localhost", address.server));
+// The account that a password is asked for, as in "user@host".
+std::string AccountOf(const TEngineValues& values) {
+  const std::string server = values.Text("server");
+  return values.Text("username") + "@" + (server.empty() ? "localhost" : server);
+}
+
+// The engine of values that were given as an argument. Asks for a password that is not among them, and warns of one
+// that is.
+std::unique_ptr<TDBConn> MakeGiven(const TEngineRow& engine, TEngineValues values, const TSourceSettings& settings) {
+  const auto secret =
+      std::ranges::find_if(engine.keys, [](const TEngineKey& key) { return key.kind == EKeyKind::Secret; });
+  if (secret != engine.keys.end() && engine.CanBeMade()) {
+    const bool given = values.Has(secret->name);
+    if (given && !values.Text(secret->name).empty() && settings.Warn) settings.Warn(kPasswordGiven);
+    if (!given && settings.AskPassword) values.Set(secret->name, settings.AskPassword(AccountOf(values)));
   }
-  auto connection = std::make_unique<TLibraryConnection>();
-  connection->Options = settings.Client;
-  return std::make_unique<TDBConnMySQL>(std::move(connection), address.server, address.port, address.database,
-                                        address.username, address.password.value_or(""));
+  FillStandardValues(engine, values);
+  return MakeEngine(engine, values, ClientsOf(settings));
 }
 
-// Takes the value of a key out, so that what is left over is known to be unknown.
-std::optional<std::string> Take(TEngineSource& source, const std::string& key) {
-  const auto found = source.values.find(key);
-  if (found == source.values.end()) return std::nullopt;
-  std::string value = found->second;
-  source.values.erase(found);
-  return value;
+std::unique_ptr<TDBConn> MakeServer(const TServerAddress& address, const TSourceSettings& settings) {
+  TEngineValues values;
+  values.Set("server", address.server);
+  values.Set("port", Format("%d", address.port));
+  values.Set("database", address.database);
+  values.Set("username", address.username);
+  if (address.password) values.Set("password", *address.password);
+  return MakeGiven(*FindEngine(kEngineMySQL), std::move(values), settings);
 }
 
-std::unique_ptr<TDBConn> MakeByKeys(TEngineSource source, const TSourceSettings& settings) {
-  std::string name;
-  StrEngine(source.engine, name);
-  if (source.engine != kEngineMySQL) RaiseError(Format("Unhandled engine: %s cannot be read by this version", name));
-  TServerAddress address;
-  address.server = Take(source, "server").value_or("");
-  address.database = Take(source, "database").value_or("");
-  address.username = Take(source, "username").value_or("");
-  address.password = Take(source, "password");
-  if (const auto port = Take(source, "port")) address.port = ParsePort(*port);
-  if (!source.values.empty())
-    RaiseError(Format("\"%s\" is no key of %s: it has server, database, username, password and port",
-                      source.values.begin()->first, name));
-  return MakeServer(std::move(address), settings);
+std::string KeysOf(const TEngineRow& engine) {
+  TStringList names;
+  for (const TEngineKey& key : engine.keys) names.emplace_back(key.name);
+  return JoinList(names, ", ");
+}
+
+std::unique_ptr<TDBConn> MakeByKeys(const TEngineSource& source, const TSourceSettings& settings) {
+  TEngineValues values;
+  for (const auto& [name, value] : source.values) {
+    const TEngineKey* key = source.engine->FindKey(name);
+    if (key == nullptr)
+      RaiseError(Format("\"%s\" is no key of %s, whose keys are: %s", name, EngineName(*source.engine),
+                        KeysOf(*source.engine)));
+    if (key->kind == EKeyKind::Port) ParsePort(value);
+    values.Set(key->name, value);
+  }
+  return MakeGiven(*source.engine, std::move(values), settings);
 }
 
 }  // namespace
@@ -64,20 +88,22 @@ std::unique_ptr<TDBConn> MakeByKeys(TEngineSource source, const TSourceSettings&
 std::unique_ptr<TDBConn> MakeSource(const std::string& source, const TSourceSettings& settings) {
   if (SameText(std::string_view(source).substr(0, kServerScheme.size()), kServerScheme))
     return MakeServer(ParseServerAddress(source), settings);
-  if (std::optional<TEngineSource> by_keys = ParseEngineSource(source))
-    return MakeByKeys(std::move(*by_keys), settings);
+  if (const std::optional<TEngineSource> by_keys = ParseEngineSource(source)) return MakeByKeys(*by_keys, settings);
   if (EndsIn(source, kScriptExtension)) return std::make_unique<TDBConnMySQLOffline>(source);
   RaiseError(Format(
       "\"%s\" is no source: give a file that ends in .sql, mysql://USER@HOST/DATABASE, or ENGINE:key=value", source));
 }
 
+void CheckTarget(TDBConn& target) {
+  if (target.GetEngine() == kEngineMySQL) return;
+  std::string name;
+  StrEngine(target.GetEngine(), name);
+  RaiseError(Format("%s cannot be a target: give a MySQL server or a file that ends in .sql", name));
+}
+
 std::unique_ptr<TDBConn> MakeTarget(const std::string& source, const TSourceSettings& settings) {
   std::unique_ptr<TDBConn> target = MakeSource(source, settings);
-  if (target->GetEngine() != kEngineMySQL) {
-    std::string name;
-    StrEngine(target->GetEngine(), name);
-    RaiseError(Format("%s cannot be a target: give a MySQL server or a file that ends in .sql", name));
-  }
+  CheckTarget(*target);
   return target;
 }
 

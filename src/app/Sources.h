@@ -8,6 +8,7 @@
 
 #include "core/DBConn.h"
 #include "engines/mysql/MyConnection.h"
+#include "persist/EngineTable.h"
 
 namespace velmora {
 
@@ -29,5 +30,10 @@ struct TSourceSettings {
 std::unique_ptr<TDBConn> MakeSource(const std::string& source, const TSourceSettings& settings = {});
 // The same for the side that a script will change: raises for an engine that cannot be a target.
 std::unique_ptr<TDBConn> MakeTarget(const std::string& source, const TSourceSettings& settings = {});
+
+// What engines of a task or a source are made with.
+TEngineClients ClientsOf(const TSourceSettings& settings);
+// Raises for an engine that cannot be a target.
+void CheckTarget(TDBConn& target);
 
 }  // namespace velmora

@@ -44,7 +44,11 @@ void DeclareChoice(CLI::App& app, const std::string& name, const TStringList& wo
 
 // Arguments and options that several commands take.
 void DeclareFormat(CLI::App& app, EFormat& format);
-// The two databases of a comparison.
-void DeclarePair(CLI::App& app, std::string& reference, std::string& target);
+// The two databases of a comparison, or one task file that holds both.
+struct TPair {
+  std::string reference;  // or the task file
+  std::string target;     // empty with a task file
+};
+void DeclarePair(CLI::App& app, TPair& pair);
 
 }  // namespace velmora

@@ -18,7 +18,7 @@ class TCompareCommand final : public TCommand {
   int Execute(TConsole& console) override;
 
  private:
-  std::string reference_, target_;
+  TPair pair_;
   TSourceOptions options_;
   EFormat format_ = EFormat::Text;
 };
@@ -31,7 +31,8 @@ class TScriptCommand final : public TCommand {
   int Execute(TConsole& console) override;
 
  private:
-  std::string reference_, target_, output_;
+  TPair pair_;
+  std::string output_;
   TSourceOptions options_;
   EFormat format_ = EFormat::Text;
 };
@@ -44,7 +45,8 @@ class TSyncCommand final : public TCommand {
   int Execute(TConsole& console) override;
 
  private:
-  std::string reference_, target_, script_;
+  TPair pair_;
+  std::string script_;
   TSourceOptions options_;
   bool yes_ = false;
 };
@@ -113,6 +115,23 @@ class TRowsCommand final : public TCommand {
   long long limit_ = -1;
   TSourceOptions options_;
   EFormat format_ = EFormat::Text;
+};
+
+class TTaskCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "task"; }
+  const char* Summary() const override { return "Write and show task files, which hold a pair of connections"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  int WriteNew(TConsole& console);
+  int Show(TConsole& console);
+
+  bool show_ = false;
+  std::string file_, reference_, target_;
+  TSourceOptions options_;
+  bool show_passwords_ = false;
 };
 
 }  // namespace velmora

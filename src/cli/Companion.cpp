@@ -7,6 +7,7 @@
 #include <ostream>
 
 #include "app/Sources.h"
+#include "app/Tasks.h"
 #include "cli/Command.h"
 #include "cli/Commands.h"
 #include "util/Errors.h"
@@ -64,6 +65,7 @@ std::vector<std::unique_ptr<TCommand>> MakeCommands() {
   commands.push_back(std::make_unique<TReplayCommand>());
   commands.push_back(std::make_unique<TSplitCommand>());
   commands.push_back(std::make_unique<TRowsCommand>());
+  commands.push_back(std::make_unique<TTaskCommand>());
   return commands;
 }
 
@@ -86,9 +88,15 @@ void DeclareFormat(CLI::App& app, EFormat& format) {
                 [&format](std::size_t choice) { format = choice == 0 ? EFormat::Text : EFormat::Json; });
 }
 
-void DeclarePair(CLI::App& app, std::string& reference, std::string& target) {
-  app.add_option("REFERENCE", reference, "The database as it should be")->required();
-  app.add_option("TARGET", target, "The database that the script changes")->required();
+void DeclarePair(CLI::App& app, TPair& pair) {
+  app.add_option("REFERENCE", pair.reference, "The database as it should be, or a task file (.vlt) for both sides")
+      ->required();
+  app.add_option("TARGET", pair.target, "The database that the script changes");
+  app.callback([&pair] {
+    const bool is_task = IsTaskFile(pair.reference);
+    if (is_task && !pair.target.empty()) throw CLI::ValidationError("TARGET", "a task file holds both sides already");
+    if (!is_task && pair.target.empty()) throw CLI::RequiredError("TARGET");
+  });
 }
 
 int RunCompanion(const std::vector<std::string>& arguments, TConsole& console) {
@@ -103,6 +111,8 @@ int RunCompanion(const std::vector<std::string>& arguments, TConsole& console) {
     sub->set_version_flag("--version", VersionLine());
     sub->footer(std::string("\n") + kSourceForms);
     command->Declare(*sub);
+    for (CLI::App* nested : sub->get_subcommands([](CLI::App*) { return true; }))
+      nested->set_version_flag("--version", VersionLine());
     by_app[sub] = command.get();
   }
   if (!arguments.empty() && !arguments.front().starts_with('-') &&

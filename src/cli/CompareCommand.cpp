@@ -66,14 +66,14 @@ void PrintJson(const TApplication& app, const std::optional<std::string>& error,
 }  // namespace
 
 void TCompareCommand::Declare(CLI::App& app) {
-  DeclarePair(app, reference_, target_);
+  DeclarePair(app, pair_);
   DeclareFormat(app, format_);
   options_.DeclarePair(app);
 }
 
 int TCompareCommand::Execute(TConsole& console) {
   TPairRun run(console, SystemClock());
-  const std::optional<std::string> error = run.Compare(reference_, target_, options_);
+  const std::optional<std::string> error = run.Compare(pair_, options_);
   if (format_ == EFormat::Json)
     PrintJson(run.app(), error, console.out);
   else

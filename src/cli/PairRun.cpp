@@ -2,6 +2,7 @@
 
 #include "app/FaultPlace.h"
 #include "app/Sources.h"
+#include "app/Tasks.h"
 #include "cli/SourceRun.h"
 #include "cli/TerminalProgress.h"
 #include "util/Errors.h"
@@ -19,10 +20,9 @@ TPairRun::TPairRun(TConsole& console, const TClock& clock)
       log_(clock, *progress_),
       app_(*progress_, editor_, log_, clock) {}
 
-std::optional<std::string> TPairRun::Compare(const std::string& reference, const std::string& target,
-                                             const TSourceOptions& options) {
+std::optional<std::string> TPairRun::Compare(const TPair& pair, const TSourceOptions& options) {
   return Reported([&] {
-    Open(reference, target, options);
+    Open(pair, options);
     app_.Compare();
   });
 }
@@ -31,15 +31,24 @@ std::optional<std::string> TPairRun::GenerateScript() {
   return Reported([this] { app_.GenerateScript(); });
 }
 
-void TPairRun::Open(const std::string& reference, const std::string& target, const TSourceOptions& options) {
-  std::unique_ptr<TDBConn> first = MakeSource(reference, options.ForReference(console_));  // asks first, too
-  app_.OpenTask(std::move(first), MakeTarget(target, options.ForTarget(console_)));
+TTaskConnections TPairRun::Make(const TPair& pair, const TSourceOptions& options) {
+  if (IsTaskFile(pair.reference)) return MakeTask(pair.reference, options.ForOne(console_));
+  TTaskConnections connections;
+  connections.reference = MakeSource(pair.reference, options.ForReference(console_));
+  connections.target = MakeTarget(pair.target, options.ForTarget(console_));
+  return connections;
+}
+
+void TPairRun::Open(const TPair& pair, const TSourceOptions& options) {
+  TTaskConnections connections = Make(pair, options);
+  app_.OpenTask(std::move(connections.reference), std::move(connections.target));
   WarnOfSource(*app_.connections.reference, options.verbose(), console_);
   WarnOfSource(*app_.connections.target, options.verbose(), console_);
 }
 
-void TPairRun::OpenTarget(const std::string& target, const TSourceOptions& options) {
-  app_.connections.target = MakeTarget(target, options.ForTarget(console_));
+void TPairRun::OpenTarget(const TPair& pair, const TSourceOptions& options) {
+  app_.connections.target = IsTaskFile(pair.reference) ? std::move(Make(pair, options).target)
+                                                       : MakeTarget(pair.target, options.ForTarget(console_));
   app_.connections.target->Connect();
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/Application.h"
+#include "cli/Command.h"
 #include "cli/Console.h"
 #include "cli/SourceOptions.h"
 #include "sync/Progress.h"
@@ -22,16 +23,16 @@ class TPairRun {
 
   // Opens both sides and compares them. Warnings of the sources go to the console. Gives the message of an error, with
   // what was found so far in the application; the place of the error goes to the console too.
-  std::optional<std::string> Compare(const std::string& reference, const std::string& target,
-                                     const TSourceOptions& options);
+  std::optional<std::string> Compare(const TPair& pair, const TSourceOptions& options);
   // The script for what was compared; an error is reported in the same way.
   std::optional<std::string> GenerateScript();
   // Opens the target alone.
-  void OpenTarget(const std::string& target, const TSourceOptions& options);
+  void OpenTarget(const TPair& pair, const TSourceOptions& options);
   void EndProgress() { progress_->Finish(); }
 
  private:
-  void Open(const std::string& reference, const std::string& target, const TSourceOptions& options);
+  TTaskConnections Make(const TPair& pair, const TSourceOptions& options);
+  void Open(const TPair& pair, const TSourceOptions& options);
   template <class Body>
   std::optional<std::string> Reported(Body body);
 

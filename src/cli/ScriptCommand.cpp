@@ -22,7 +22,7 @@ std::string JsonText(const TStringList& lines, const std::optional<std::string>&
 }  // namespace
 
 void TScriptCommand::Declare(CLI::App& app) {
-  DeclarePair(app, reference_, target_);
+  DeclarePair(app, pair_);
   app.add_option("-o,--output", output_, "Write the script to FILE; an old file is replaced only by a whole script")
       ->type_name("FILE")
       ->check([](const std::string& name) {
@@ -34,7 +34,7 @@ void TScriptCommand::Declare(CLI::App& app) {
 
 int TScriptCommand::Execute(TConsole& console) {
   TPairRun run(console, SystemClock());
-  std::optional<std::string> error = run.Compare(reference_, target_, options_);
+  std::optional<std::string> error = run.Compare(pair_, options_);
   if (!error) error = run.GenerateScript();
   const bool to_file = !output_.empty();
   const std::string text = format_ == EFormat::Json ? JsonText(run.editor().Lines(), error) : run.editor().Text();

@@ -79,7 +79,7 @@ int RunOn(TPairRun& run, const std::string& script, TConsole& console) {
 }  // namespace
 
 void TSyncCommand::Declare(CLI::App& app) {
-  DeclarePair(app, reference_, target_);
+  DeclarePair(app, pair_);
   app.add_flag("--yes", yes_, "Do not ask before the run; needed where there is no terminal to ask on");
   app.add_option("--script", script_, "Run the text of FILE instead of comparing")->type_name("FILE");
   options_.DeclarePair(app);
@@ -91,9 +91,9 @@ int TSyncCommand::Execute(TConsole& console) {
   TPairRun run(console, SystemClock());
   if (!script_.empty()) {
     run.editor().SetText(ReadTextFile(script_));
-    run.OpenTarget(target_, options_);
+    run.OpenTarget(pair_, options_);
   } else {
-    if (run.Compare(reference_, target_, options_)) return kExitFailure;
+    if (run.Compare(pair_, options_)) return kExitFailure;
     if (run.app().Identical()) {
       console.out << "Databases are identical. Nothing to synchronize.\n";
       return kExitSuccess;

@@ -60,10 +60,10 @@ TEST(SourceTextTest, BadAddressesAreNamedWithoutTheirPassword) {
 TEST(SourceTextTest, SourcesByKeys) {
   const std::optional<TEngineSource> source = ParseEngineSource("mysql: Server = x ;PORT=1;password=a%3Bb%25;;empty=");
   ASSERT_TRUE(source);
-  EXPECT_EQ(source->engine, kEngineMySQL);
+  EXPECT_EQ(source->engine->engine, kEngineMySQL);
   EXPECT_EQ(source->values, (std::map<std::string, std::string>{
                                 {"server", " x "}, {"port", "1"}, {"password", "a;b%"}, {"empty", ""}}));
-  EXPECT_EQ(ParseEngineSource("Interbase/Firebird:database=/x")->engine, kEngineInterbase);
+  EXPECT_EQ(ParseEngineSource("Interbase/Firebird:database=/x")->engine->engine, kEngineInterbase);
   EXPECT_FALSE(ParseEngineSource("nothing:a=b"));
   EXPECT_FALSE(ParseEngineSource("/a/b.sql"));
   EXPECT_EQ(MessageOf([] { ParseEngineSource("MySQL:server"); }),
@@ -105,7 +105,7 @@ TEST(SourcesTest, WhatIsNoSourceIsSaid) {
        "ENGINE:key=value"},
       {"Oracle:server=x", "Unhandled engine: Oracle cannot be read by this version"},
       {"MySQL:host=x;password=secret",
-       "\"host\" is no key of MySQL: it has server, database, username, password and port"},
+       "\"host\" is no key of MySQL, whose keys are: server, database, username, password, port"},
       {"MySQL:port=no", "\"no\" is no port: it must be a number from 1 to 65535"},
   };
   for (const auto& c : cases) EXPECT_EQ(MessageOf([&] { MakeSource(c.source); }), c.message);

@@ -52,6 +52,8 @@ TEST_F(FilesTest, TextsComeBackByteForByte) {
 TEST_F(FilesTest, AByteOrderMarkIsSkipped) {
   WriteFileText(file_, "\xEF\xBB\xBFx\xEF\xBB\xBF");
   EXPECT_EQ(ReadFileText(file_), "x\xEF\xBB\xBF");
+  EXPECT_EQ(ReadFileBytes(file_), "\xEF\xBB\xBFx\xEF\xBB\xBF") << "but not where bytes are read as they are";
+  EXPECT_EQ(ReadFileBytes(file_, 4), "\xEF\xBB\xBFx");
   WriteFileText(file_, "\xEF\xBB");
   EXPECT_EQ(ReadFileText(file_), "\xEF\xBB");
 }

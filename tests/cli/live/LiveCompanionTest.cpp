@@ -72,6 +72,18 @@ TEST_F(LiveCompanionTest, ComparesRunsTheScriptAndFindsNothingMore) {
   EXPECT_THAT(rows.out, HasSubstr("\"rows\":[[1,\"maria@example.com\"")) << "the rows are still there";
 }
 
+TEST_F(LiveCompanionTest, ATaskFileComparesAsItsTwoSourcesDo) {
+  TLiveDatabase reference("task_reference"), target("task_target");
+  Load(reference, "stops/reference.sql");
+  Load(target, "stops/target.sql");
+  const std::vector<std::string> pair{Source("task_reference"), Source("task_target")};
+  ASSERT_EQ(Run({"task", "new", folder_ / "t.vlt", pair[0], pair[1]}).status, 0);
+  const TAnswer by_sources = Run({"compare", pair[0], pair[1], "--format", "json"});
+  const TAnswer by_task = Run({"compare", folder_ / "t.vlt", "--format", "json"});
+  EXPECT_EQ(by_task.status, 1) << by_task.err;
+  EXPECT_EQ(by_task.out, by_sources.out);
+}
+
 TEST_F(LiveCompanionTest, AFailedStatementIsNamedWithItsPlaceAndWhatIsInForce) {
   TLiveDatabase reference("stops_reference"), target("stops_target");
   Load(reference, "stops/reference.sql");

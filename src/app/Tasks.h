@@ -1,0 +1,25 @@
+#pragma once
+
+// Task files as the companion uses them. Every error has the file's name in front.
+
+#include <string>
+
+#include "app/Sources.h"
+#include "persist/TaskDocument.h"
+#include "sync/TaskConnections.h"
+
+namespace velmora {
+
+bool IsTaskFile(const std::string& source);  // ends in .vlt
+
+// Both sides of a task file, not connected; passwords are those of the file. Raises for a side that cannot be made, and
+// for a target that a script cannot change.
+TTaskConnections MakeTask(const std::string& path, const TSourceSettings& settings = {});
+
+// Writes a task file, an old one being replaced in one step. Raises for a name that does not end in .vlt and for a file
+// of creation texts, which cannot be part of a task.
+void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target);
+
+TTaskValues ShowTaskFile(const std::string& path);
+
+}  // namespace velmora

@@ -1,0 +1,53 @@
+#include <CLI/CLI.hpp>
+#include <ostream>
+
+#include "app/Tasks.h"
+#include "cli/Commands.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kHidden[] = "(hidden)";
+
+void PrintSide(const char* name, const TTaskSide& side, bool show_passwords, std::ostream& out) {
+  out << name << ": " << EngineName(*side.engine) << '\n';
+  for (const TEngineKey& key : side.engine->keys) {
+    const std::string value = side.values.Text(key.name);
+    const bool hidden = key.kind == EKeyKind::Secret && !show_passwords && !value.empty();
+    out << "  " << key.name << ": " << (hidden ? kHidden : value) << '\n';
+  }
+}
+
+}  // namespace
+
+void TTaskCommand::Declare(CLI::App& app) {
+  app.require_subcommand(1);
+  CLI::App* create = app.add_subcommand("new", "Write a task file; nothing is connected");
+  create->add_option("FILE", file_, "The file, ending in .vlt")->required();
+  create->add_option("REFERENCE", reference_, "The database as it should be")->required();
+  create->add_option("TARGET", target_, "The database that a script changes")->required();
+  options_.DeclarePair(*create);
+  CLI::App* show = app.add_subcommand("show", "Show what a task file holds; nothing is connected");
+  show->add_option("FILE", file_, "The file")->required();
+  show->add_flag("--show-passwords", show_passwords_, "Show passwords too");
+  show->callback([this] { show_ = true; });
+}
+
+int TTaskCommand::Execute(TConsole& console) { return show_ ? Show(console) : WriteNew(console); }
+
+int TTaskCommand::WriteNew(TConsole& console) {
+  const std::unique_ptr<TDBConn> reference = MakeSource(reference_, options_.ForReference(console));
+  const std::unique_ptr<TDBConn> target = MakeTarget(target_, options_.ForTarget(console));
+  NewTaskFile(file_, *reference, *target);
+  return kExitSuccess;
+}
+
+int TTaskCommand::Show(TConsole& console) {
+  const TTaskValues task = ShowTaskFile(file_);
+  PrintSide("reference", task.reference, show_passwords_, console.out);
+  PrintSide("target", task.target, show_passwords_, console.out);
+  return kExitSuccess;
+}
+
+}  // namespace velmora

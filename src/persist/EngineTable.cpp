@@ -1,0 +1,131 @@
+#include "persist/EngineTable.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "engines/mysql/ClientLibrary.h"
+#include "engines/mysql/DBConnMySQL.h"
+#include "engines/mysql/DBConnMySQLscript.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNotInThisVersion[] = "Unhandled engine: %s cannot be read by this version";
+
+constexpr TEngineKey kFolder[] = {{"folder"}};
+constexpr TEngineKey kFilename[] = {{"filename"}};
+constexpr TEngineKey kDsn[] = {{"dsn"}};
+constexpr TEngineKey kInterbase[] = {{"server"}, {"database"}, {"username"}, {"password", EKeyKind::Secret}};
+constexpr TEngineKey kAccess[] = {{"filename"}, {"password", EKeyKind::Secret}, {"sysdb_filename"}};
+constexpr TEngineKey kSQLServer[] = {{"server"},
+                                     {"database"},
+                                     {"username"},
+                                     {"password", EKeyKind::Secret},
+                                     {"windows_authentication", EKeyKind::Boolean, "N"}};
+constexpr TEngineKey kMySQL[] = {
+    {"server"}, {"database"}, {"username"}, {"password", EKeyKind::Secret}, {"port", EKeyKind::Port, "3306"}};
+constexpr TEngineKey kOracle[] = {{"server"},
+                                  {"username"},
+                                  {"password", EKeyKind::Secret},
+                                  {"authmode", EKeyKind::Text, "Normal"},
+                                  {"direct", EKeyKind::Boolean, "N"}};
+// An empty separator stands for columns of fixed width.
+constexpr TEngineKey kText[] = {{"folder"}, {"HDR", EKeyKind::Boolean, "N"}, {"separator", EKeyKind::Text, "\t"}};
+constexpr TEngineKey kExcel[] = {{"filename"}, {"HDR", EKeyKind::Boolean, "N"}, {"IMEX", EKeyKind::Boolean, "Y"}};
+
+std::unique_ptr<TDBConn> MakeMySQL(const TEngineValues& values, const TEngineClients& clients) {
+  const int port = values.Integer("port");
+  auto connection = clients.NewMyConnection ? clients.NewMyConnection() : std::make_unique<TLibraryConnection>();
+  return std::make_unique<TDBConnMySQL>(std::move(connection), values.Text("server"), port, values.Text("database"),
+                                        values.Text("username"), values.Text("password"));
+}
+
+std::unique_ptr<TDBConn> MakeMySQLScript(const TEngineValues& values, const TEngineClients& /*clients*/) {
+  return std::make_unique<TDBConnMySQLscript>(values.Text("filename"));
+}
+
+void SaveByEngine(TDBConn& conn, const std::string& path, TXMLAccess& store) { conn.SaveParams(path, store); }
+
+// Deliberate: task files take no Lotus 1-2-3 in either direction, and the script engine only as far as its missing
+// name lets it come.
+constexpr TEngineRow kEngines[] = {
+    {.engine = kEngineDBF, .keys = kFolder, .reference = true, .target = false, .write = SaveByEngine},
+    {.engine = kEngineLotus, .keys = kFilename, .reference = false, .target = false, .write = SaveByEngine},
+    {.engine = kEngineInterbase, .keys = kInterbase, .reference = true, .target = false, .write = SaveByEngine},
+    {.engine = kEngineAccess, .keys = kAccess, .reference = true, .target = true, .write = SaveByEngine},
+    {.engine = kEngineSQLServer, .keys = kSQLServer, .reference = true, .target = true, .write = SaveByEngine},
+    {.engine = kEngineMySQL,
+     .keys = kMySQL,
+     .reference = true,
+     .target = true,
+     .make = MakeMySQL,
+     .write = SaveByEngine},
+    {.engine = kEngineMySQLScript,
+     .keys = kFilename,
+     .reference = true,
+     .target = false,
+     .make = MakeMySQLScript,
+     .write = SaveByEngine},
+    {.engine = kEngineOracle, .keys = kOracle, .reference = true, .target = true, .write = SaveByEngine},
+    {.engine = kEngineParadox, .keys = kFolder, .reference = true, .target = false, .write = SaveByEngine},
+    {.engine = kEngineText,
+     .keys = kText,
+     .reference = true,
+     .target = false,
+     .read_first = "separator",
+     .write = SaveByEngine},
+    {.engine = kEngineExcel, .keys = kExcel, .reference = true, .target = false, .write = SaveByEngine},
+    {.engine = kEngineFoxPro, .keys = kFolder, .reference = true, .target = false, .write = SaveByEngine},
+    {.engine = kEngineODBC, .keys = kDsn, .reference = true, .target = false, .write = SaveByEngine},
+};
+
+}  // namespace
+
+std::string TEngineValues::Text(std::string_view key) const {
+  const auto found = values_.find(key);
+  return found == values_.end() ? std::string() : found->second;
+}
+
+int TEngineValues::Integer(std::string_view key) const { return StrToInt(Text(key)); }
+
+const TEngineKey* TEngineRow::FindKey(std::string_view name) const {
+  const auto found = std::ranges::find_if(keys, [&](const TEngineKey& key) { return SameText(key.name, name); });
+  return found == keys.end() ? nullptr : &*found;
+}
+
+std::span<const TEngineRow> EngineTable() { return kEngines; }
+
+const TEngineRow* FindEngine(int engine) {
+  const auto* row = std::ranges::find(kEngines, engine, &TEngineRow::engine);
+  return row == std::end(kEngines) ? nullptr : row;
+}
+
+const TEngineRow* FindEngine(std::string_view name) {
+  if (name.empty()) return nullptr;
+  const auto* row = std::ranges::find_if(
+      kEngines, [&](const TEngineRow& candidate) { return SameText(EngineName(candidate), name); });
+  return row == std::end(kEngines) ? nullptr : row;
+}
+
+std::string EngineName(const TEngineRow& row) {
+  std::string name;
+  if (row.engine != kEngineMySQLScript) StrEngine(row.engine, name);
+  return name;
+}
+
+void FillStandardValues(const TEngineRow& row, TEngineValues& values) {
+  for (const TEngineKey& key : row.keys)
+    if (!values.Has(key.name)) values.Set(key.name, std::string(key.standard));
+}
+
+std::unique_ptr<TDBConn> MakeEngine(const TEngineRow& row, const TEngineValues& values, const TEngineClients& clients) {
+  if (!row.CanBeMade()) RaiseError(Format(kNotInThisVersion, EngineName(row)));
+  return row.make(values, clients);
+}
+
+}  // namespace velmora

@@ -1,0 +1,81 @@
+#pragma once
+
+// The one table of engine makers: what each engine's keys are, where it may stand in a task, and how it is made of the
+// values of its keys. Task files and sources on a command line both go by it.
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "core/DBConn.h"
+#include "engines/mysql/MyConnection.h"
+
+namespace velmora {
+
+class TXMLAccess;
+
+enum class EKeyKind {
+  Text,
+  Secret,   // a text that is not shown unasked
+  Boolean,  // "Y", anything else is false
+  Port      // a decimal integer
+};
+
+struct TEngineKey {
+  std::string_view name;
+  EKeyKind kind = EKeyKind::Text;
+  std::string_view standard = {};  // the value where none is given; in task files every key stands
+};
+
+// Values by key, as texts, the way that task files hold them. A key that is not there has the empty value.
+class TEngineValues {
+ public:
+  void Set(std::string_view key, std::string value) { values_.insert_or_assign(std::string(key), std::move(value)); }
+  bool Has(std::string_view key) const { return values_.contains(key); }
+  std::string Text(std::string_view key) const;
+  bool Boolean(std::string_view key) const { return Text(key) == "Y"; }
+  int Integer(std::string_view key) const;  // raises EConvertError
+
+ private:
+  std::map<std::string, std::string, std::less<>> values_;
+};
+
+// What engines are made with. Where a call is empty, the usual client is taken.
+struct TEngineClients {
+  std::function<std::unique_ptr<TMyConnection>()> NewMyConnection;
+};
+
+enum class ETaskRole { Reference, Target };
+
+struct TEngineRow {
+  int engine;                        // its name: StrEngine
+  std::span<const TEngineKey> keys;  // in the order in which they are written
+  bool reference;                    // a task may hold it as this
+  bool target;
+  std::string_view read_first = {};  // the key that is read before the others
+  std::unique_ptr<TDBConn> (*make)(const TEngineValues& values, const TEngineClients& clients) = nullptr;
+  void (*write)(TDBConn& conn, const std::string& path, TXMLAccess& store);
+
+  bool InTask(ETaskRole role) const { return role == ETaskRole::Reference ? reference : target; }
+  bool CanBeMade() const { return make != nullptr; }       // this version has the engine
+  const TEngineKey* FindKey(std::string_view name) const;  // ignoring case; null when there is none
+};
+
+// Ordered by number. The MySQL script engine has a row and no name.
+std::span<const TEngineRow> EngineTable();
+const TEngineRow* FindEngine(int engine);             // null when there is none
+const TEngineRow* FindEngine(std::string_view name);  // ignoring case; null when there is none
+std::string EngineName(const TEngineRow& row);        // empty for the script engine
+
+// Gives every key that has no value its standard one.
+void FillStandardValues(const TEngineRow& row, TEngineValues& values);
+
+// An engine, not connected, of values for all keys of its row. Raises EConvertError for a port that is no integer, and
+// "Unhandled engine: %s cannot be read by this version" where it cannot be made.
+std::unique_ptr<TDBConn> MakeEngine(const TEngineRow& row, const TEngineValues& values,
+                                    const TEngineClients& clients = {});
+
+}  // namespace velmora

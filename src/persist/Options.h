@@ -1,0 +1,50 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "persist/OptionStore.h"
+
+namespace velmora {
+
+// The options as the user set them. Deliberate: the switches are kept and shown, and nothing else reads them.
+struct TOptions {
+  TOptions();  // the standard values of the table
+
+  bool DropExtraColumns;
+  bool DropExtraIndices;
+  bool DropExtraConstraints;
+  bool DropExtraTables;
+  bool SyncRunUnprompted;
+  bool ConnectOnStartup;
+  bool ScriptToClipboard;
+  bool AllowTblTypeChg;
+  bool UseBackticks;
+  bool VerboseLog;
+  bool SelectSyncTables;
+  bool NoForeignKeyChecks;
+  std::string LogFontName;  // of the log
+  int LogFontSize;
+  std::string ScriptFontName;  // of the script editor
+  int ScriptFontSize;
+};
+
+template <class Value, class Standard = Value>
+struct TOptionField {
+  Value TOptions::*member;
+  Standard standard;
+};
+
+struct TOptionKey {
+  std::string_view name;
+  std::variant<TOptionField<bool>, TOptionField<int>, TOptionField<std::string, std::string_view>> field;
+};
+
+std::span<const TOptionKey> OptionKeys();  // in the order of loading and saving
+
+TOptions LoadOptions(const TOptionStore& store);                 // never raises
+void SaveOptions(const TOptions& options, TOptionStore& store);  // raises where the store cannot be written
+
+}  // namespace velmora

@@ -1,0 +1,116 @@
+#include "persist/TaskDocument.h"
+
+#include <filesystem>
+#include <utility>
+
+#include "persist/TaskPack.h"
+#include "util/Errors.h"
+#include "util/Files.h"
+#include "util/Format.h"
+#include "xml/XMLAccess.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNoTaskFile[] = "Invalid session file";
+constexpr char kTooLarge[] = "%s is larger than a task file can be";
+constexpr char kBadVersion[] = "Incompatible task version";
+constexpr char kUnhandledOnOpen[] = "OpenTask: Unhandled engine %s";
+constexpr char kUnhandledOnSave[] = "SaveTask: Unhandled engine %s";
+
+constexpr char kVersionKey[] = "version";
+constexpr char kVersion[] = "1.0";
+constexpr std::size_t kMaxFileSize = std::size_t{64} * 1024 * 1024;
+constexpr unsigned kOwnerOnly = 0600;
+
+struct TSideKeys {
+  ETaskRole role;
+  const char* engine;  // the key of the engine's name
+  const char* parent;  // the keys of the engine stand below it
+};
+constexpr TSideKeys kReference = {ETaskRole::Reference, "reference_engine", "reference"};
+constexpr TSideKeys kTarget = {ETaskRole::Target, "target_engine", "target"};
+
+std::string PackedPart(const std::string& path) {
+  std::string bytes = ReadFileBytes(path, kMaxFileSize + 1);
+  if (!bytes.starts_with(kTaskMagic)) RaiseError(kNoTaskFile);
+  if (bytes.size() > kMaxFileSize) RaiseError(Format(kTooLarge, path));
+  return bytes.erase(0, kTaskMagic.size());
+}
+
+void ReadKey(const TSideKeys& side, std::string_view key, TEngineValues& values) {
+  values.Set(key, cfgGetStr(Format("%s/%s", side.parent, key)));
+}
+
+TTaskSide ReadSide(const TSideKeys& side) {
+  const std::string name = cfgGetStr(side.engine);
+  TTaskSide result;
+  result.engine = FindEngine(StrToEngine(name));
+  if (result.engine == nullptr || !result.engine->InTask(side.role)) RaiseError(Format(kUnhandledOnOpen, name));
+  const std::string_view first = result.engine->read_first;
+  if (!first.empty()) ReadKey(side, first, result.values);
+  for (const TEngineKey& key : result.engine->keys)
+    if (key.name != first) ReadKey(side, key.name, result.values);
+  return result;
+}
+
+void WriteSide(const TSideKeys& side, TDBConn& conn) {
+  std::string name;
+  StrEngine(conn.GetEngine(), name);
+  cfgSetStr(side.engine, name);
+  const TEngineRow* engine = FindEngine(conn.GetEngine());
+  if (engine == nullptr || !engine->InTask(side.role)) RaiseError(Format(kUnhandledOnSave, name));
+  engine->write(conn, Format("/root/%s", side.parent), SharedDocument());
+}
+
+// A file that was copied here may be open to others; what is written next holds passwords.
+void CloseToOthers(const std::string& path) {
+  namespace fs = std::filesystem;
+  std::error_code ignored;  // where it is not ours to change, its owner has decided
+  if (fs::is_regular_file(path, ignored))
+    fs::permissions(path, fs::perms::group_all | fs::perms::others_all, fs::perm_options::remove, ignored);
+}
+
+}  // namespace
+
+TTaskReader::TTaskReader(const std::string& path) {
+  cfgLoadText(UnpackTask(PackedPart(path)));
+  if (cfgGetStr(kVersionKey) != kVersion) RaiseError(kBadVersion);
+  StrToEngine(cfgGetStr(kTarget.engine));  // before the reference is looked at
+}
+
+TTaskSide TTaskReader::Reference() const { return ReadSide(kReference); }
+
+TTaskSide TTaskReader::Target() const { return ReadSide(kTarget); }
+
+std::unique_ptr<TDBConn> MakeTaskEngine(const TTaskSide& side, const TEngineClients& clients) {
+  if (!side.engine->CanBeMade()) RaiseError(Format(kUnhandledOnOpen, EngineName(*side.engine)));
+  return MakeEngine(*side.engine, side.values, clients);
+}
+
+TTaskValues ReadTaskValues(const std::string& path) {
+  const TTaskReader reader(path);
+  TTaskSide reference = reader.Reference();
+  return {std::move(reference), reader.Target()};
+}
+
+TOpenedTask ReadTask(const std::string& path, const TEngineClients& clients) {
+  TOpenedTask task;
+  task.values = ReadTaskValues(path);
+  task.reference = MakeTaskEngine(task.values.reference, clients);
+  task.target = MakeTaskEngine(task.values.target, clients);
+  return task;
+}
+
+void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target) {
+  cfgReset();
+  cfgSetStr(kVersionKey, kVersion);
+  WriteSide(kReference, reference);
+  WriteSide(kTarget, target);
+  const std::string bytes = std::string(kTaskMagic) + PackTask(cfgText());
+  CloseToOthers(path);
+  WriteFileText(path, bytes, false, kOwnerOnly);
+}
+
+}  // namespace velmora

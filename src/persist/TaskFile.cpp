@@ -1,0 +1,48 @@
+#include "persist/TaskFile.h"
+
+#include "core/Host.h"
+#include "util/Errors.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kCloseQuestion[] =
+    "You did not save current task. Saving task enables you to instantly run synchronization process later. Are you "
+    "sure you want to close the program without saving it?";
+constexpr char kCloseCancelled[] = "Cancelled task closing";
+constexpr char kNothingToSave[] = "There is no open task to save";
+
+}  // namespace
+
+void TTaskFile::CloseTask() {
+  if (TaskIsUnsaved && !ConfirmYes(kCloseQuestion)) RaiseError(kCloseCancelled);
+  connections_.reference.reset();
+  connections_.target.reset();
+  host_.ShowTask(false);
+}
+
+void TTaskFile::OpenTask(const std::string& path) {
+  CloseTask();
+  Host().ProcessMessages();
+  TaskFileName = path;
+  TaskIsUntitled = false;
+  const TTaskReader reader(path);
+  connections_.reference = MakeTaskEngine(reader.Reference(), clients_);
+  connections_.target = MakeTaskEngine(reader.Target(), clients_);
+  connections_.reference->Connect();
+  connections_.target->Connect();
+  host_.ShowTask(true);
+  host_.RecentAdd(path);
+}
+
+void TTaskFile::SaveTask(const std::string& path) {
+  if (!connections_.reference || !connections_.target) RaiseError(kNothingToSave);
+  WriteTask(path, *connections_.reference, *connections_.target);
+  TaskIsUnsaved = false;
+  TaskFileName = path;
+  host_.RecentAdd(path);
+  host_.ShowTask(true);
+}
+
+}  // namespace velmora

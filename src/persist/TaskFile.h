@@ -1,0 +1,56 @@
+#pragma once
+
+// The file of the open task: opening, saving, closing.
+
+#include <string>
+#include <utility>
+
+#include "persist/TaskDocument.h"
+#include "sync/TaskConnections.h"
+
+namespace velmora {
+
+inline constexpr char kTaskExtension[] = ".vlt";
+inline constexpr char kTaskFilter[] = "Velmora tasks|*.vlt";
+inline constexpr char kUntitledTask[] = "Untitled.vlt";
+
+// The port to whoever shows the open task.
+class TTaskHost {
+ public:
+  virtual ~TTaskHost() = default;
+  // Shows or hides the work area; to show it connects both connections. May raise.
+  virtual void ShowTask(bool active) = 0;
+  virtual void RecentAdd(const std::string& path) = 0;  // the path goes to the head of the recent list
+};
+
+// Nothing is rolled back when an operation raises: see each.
+class TTaskFile {
+ public:
+  // Both outlive this object.
+  TTaskFile(TTaskConnections& connections, TTaskHost& host, TEngineClients clients = {})
+      : connections_(connections), host_(host), clients_(std::move(clients)) {}
+
+  std::string TaskFileName;
+  bool TaskIsUntitled = false;  // the next save asks for a name. Deliberate: only OpenTask clears it
+  bool TaskIsUnsaved = false;   // Deliberate: nothing sets it, so closing asks nothing
+
+  // Frees both connections and hides the task. With TaskIsUnsaved the user is asked first, and an answer of no raises
+  // "Cancelled task closing".
+  void CloseTask();
+
+  // Closes the open task, reads the file, connects both sides, shows the task and enters the path in the recent list.
+  // Raises as TTaskReader, MakeTaskEngine, Connect and the port do. The former task is gone then, TaskFileName is the
+  // new path, and the connections made so far stay.
+  void OpenTask(const std::string& path);
+
+  // Writes the file as WriteTask does, makes `path` the task's name, enters it in the recent list and shows the task.
+  // An error of writing leaves everything as it was. Deliberate: TaskIsUntitled stays set.
+  void SaveTask(const std::string& path);
+
+ private:
+  TTaskConnections& connections_;
+  TTaskHost& host_;
+  TEngineClients clients_;
+};
+
+}  // namespace velmora

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace velmora {
+
+// Our folder among the user's configuration: "velmora" below $XDG_CONFIG_HOME, or below .config in the home folder.
+// It need not exist. Empty when the user has no home.
+std::string UserConfigFolder();
+std::string UserConfigFile(const std::string& name);  // in that folder; empty when there is none
+
+}  // namespace velmora
