@@ -5,7 +5,7 @@
 namespace velmora {
 
 inline constexpr char kProgramTitle[] = "Velmora";
-inline constexpr int kVersionMajor = 1;
+inline constexpr int kVersionMajor = 2;
 inline constexpr int kVersionMinor = 0;
 inline constexpr int kVersionBuild = 0;
 

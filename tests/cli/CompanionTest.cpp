@@ -341,7 +341,7 @@ TEST_F(CompanionTest, HelpAndVersionEverywhere) {
     arguments.back() = "--version";
     const TAnswer version = Run(arguments);
     EXPECT_EQ(version.status, 0);
-    EXPECT_THAT(version.out, ::testing::StartsWith("velmora-cli 1.0"));
+    EXPECT_THAT(version.out, ::testing::StartsWith("velmora-cli 2.0"));
   }
 }
 

@@ -35,7 +35,7 @@ class ScriptGeneratorTest : public ::testing::Test {
 
 TEST_F(ScriptGeneratorTest, HasAHeaderAndNothingElseWithoutActions) {
   rig_.GenerateScript();
-  EXPECT_EQ(rig_.editor.Lines(), (TStringList{"--Script created by Orvanex Velmora 1.0 on 2005-01-31 09:05.",
+  EXPECT_EQ(rig_.editor.Lines(), (TStringList{"--Script created by Orvanex Velmora 2.0 on 2005-01-31 09:05.",
                                               "--Modifying MySQL database " + target_.Path() +
                                                   " to be equal to MySQL reference database " + reference_.Path() + ".",
                                               "", "set foreign_key_checks=0;", "", "set foreign_key_checks=1;"}));

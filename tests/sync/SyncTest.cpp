@@ -185,7 +185,7 @@ TEST(Sync, AScriptReferenceComparesButGetsNoScript) {
   ASSERT_FALSE(rig.data.mtActions.Empty());
   EXPECT_EQ(rig.data.mtActions.Rows().back().description, "tinyint after first");  // the target's word for it
   EXPECT_EQ(MessageOf([&] { rig.GenerateScript(); }), "StrEngine error");
-  EXPECT_EQ(rig.editor.Lines(), TStringList{"--Script created by Orvanex Velmora 1.0 on 2005-01-31 09:05."});
+  EXPECT_EQ(rig.editor.Lines(), TStringList{"--Script created by Orvanex Velmora 2.0 on 2005-01-31 09:05."});
 }
 
 TEST(Sync, AConstraintWithoutAForeignKeyEndsThePass) {
