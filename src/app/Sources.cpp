@@ -85,13 +85,24 @@ std::unique_ptr<TDBConn> MakeByKeys(const TEngineSource& source, const TSourceSe
 
 }  // namespace
 
+namespace {
+
+// As much of a text that is no source as can be shown: what looks as if a password stood in it is cut off before that.
+std::string Shown(const std::string& source) {
+  const bool may_be_secret = source.find_first_of("@=") != std::string::npos || PosNoCase("password", source) != 0;
+  return may_be_secret ? source.substr(0, source.find_first_of(":;@=")) + "..." : source;
+}
+
+}  // namespace
+
 std::unique_ptr<TDBConn> MakeSource(const std::string& source, const TSourceSettings& settings) {
   if (SameText(std::string_view(source).substr(0, kServerScheme.size()), kServerScheme))
     return MakeServer(ParseServerAddress(source), settings);
   if (const std::optional<TEngineSource> by_keys = ParseEngineSource(source)) return MakeByKeys(*by_keys, settings);
   if (EndsIn(source, kScriptExtension)) return std::make_unique<TDBConnMySQLOffline>(source);
-  RaiseError(Format(
-      "\"%s\" is no source: give a file that ends in .sql, mysql://USER@HOST/DATABASE, or ENGINE:key=value", source));
+  RaiseError(
+      Format("\"%s\" is no source: give a file that ends in .sql, mysql://USER@HOST/DATABASE, or ENGINE:key=value",
+             Shown(source)));
 }
 
 void CheckTarget(TDBConn& target) {

@@ -4,6 +4,7 @@
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
+#include "xml/XMLAccess.h"
 
 namespace velmora {
 
@@ -14,8 +15,10 @@ auto Named(const std::string& path, Body body) {
   try {
     return body();
   } catch (const EVelmora& error) {
-    const std::string message = error.what();
-    RaiseError(message.find(path) == std::string::npos ? path + ": " + message : message);
+    std::string message = error.what();
+    if (message.find(path) == std::string::npos) message = path + ": " + message;
+    const std::string& fault = SharedDocument().LoadFault();
+    RaiseError(fault.empty() ? message : message + " (" + fault + ")");
   }
 }
 
@@ -34,8 +37,12 @@ TTaskConnections MakeTask(const std::string& path, const TSourceSettings& settin
   });
 }
 
-void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target) {
+void CheckTaskName(const std::string& path) {
   if (!IsTaskFile(path)) RaiseError(Format("%s: the name of a task file must end in %s", path, kTaskExtension));
+}
+
+void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target) {
+  CheckTaskName(path);
   Named(path, [&] { WriteTask(path, reference, target); });
 }
 

@@ -16,6 +16,8 @@ bool IsTaskFile(const std::string& source);  // ends in .vlt
 // for a target that a script cannot change.
 TTaskConnections MakeTask(const std::string& path, const TSourceSettings& settings = {});
 
+void CheckTaskName(const std::string& path);  // raises for a name that does not end in .vlt
+
 // Writes a task file, an old one being replaced in one step. Raises for a name that does not end in .vlt and for a file
 // of creation texts, which cannot be part of a task.
 void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target);

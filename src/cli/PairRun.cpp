@@ -32,6 +32,8 @@ std::optional<std::string> TPairRun::GenerateScript() {
 }
 
 TTaskConnections TPairRun::Make(const TPair& pair, const TSourceOptions& options) {
+  if (IsTaskFile(pair.reference) && options.HasPasswordFile())
+    RaiseError("A task file holds its own passwords: no password file can be given with it");
   if (IsTaskFile(pair.reference)) return MakeTask(pair.reference, options.ForOne(console_));
   TTaskConnections connections;
   connections.reference = MakeSource(pair.reference, options.ForReference(console_));

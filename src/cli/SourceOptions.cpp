@@ -33,6 +33,10 @@ void TSourceOptions::DeclarePair(CLI::App& app) {
   app.add_option("--target-password-file", target_password_file_, "The same for the target alone")->type_name("FILE");
 }
 
+bool TSourceOptions::HasPasswordFile() const {
+  return !password_file_.empty() || !reference_password_file_.empty() || !target_password_file_.empty();
+}
+
 TSourceSettings TSourceOptions::ForReference(TConsole& console) const {
   return Settings(reference_password_file_.empty() ? password_file_ : reference_password_file_, console);
 }

@@ -18,6 +18,7 @@ class TSourceOptions {
   void DeclareOne(CLI::App& app);   // --password-file
   void DeclarePair(CLI::App& app);  // one for each side too
   bool verbose() const { return verbose_; }
+  bool HasPasswordFile() const;
 
   TSourceSettings ForOne(TConsole& console) const { return Settings(password_file_, console); }
   TSourceSettings ForReference(TConsole& console) const;

@@ -3,6 +3,7 @@
 
 #include "app/Tasks.h"
 #include "cli/Commands.h"
+#include "util/Format.h"
 
 namespace velmora {
 
@@ -10,12 +11,26 @@ namespace {
 
 constexpr char kHidden[] = "(hidden)";
 
+// A value as it can be given in a source: control characters would forge lines, and a tab would not be seen.
+std::string Shown(const std::string& value) {
+  std::string shown;
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(value[i]);
+    const bool c1 = byte == 0xC2 && i + 1 < value.size() && static_cast<unsigned char>(value[i + 1]) < 0xA0;
+    if (byte < ' ' || byte == 0x7F || byte == '%' || c1)
+      shown += Format("%%%02X", byte);
+    else
+      shown += value[i];
+  }
+  return shown;
+}
+
 void PrintSide(const char* name, const TTaskSide& side, bool show_passwords, std::ostream& out) {
   out << name << ": " << EngineName(*side.engine) << '\n';
   for (const TEngineKey& key : side.engine->keys) {
     const std::string value = side.values.Text(key.name);
     const bool hidden = key.kind == EKeyKind::Secret && !show_passwords && !value.empty();
-    out << "  " << key.name << ": " << (hidden ? kHidden : value) << '\n';
+    out << "  " << key.name << ": " << (hidden ? kHidden : Shown(value)) << '\n';
   }
 }
 
@@ -37,6 +52,7 @@ void TTaskCommand::Declare(CLI::App& app) {
 int TTaskCommand::Execute(TConsole& console) { return show_ ? Show(console) : WriteNew(console); }
 
 int TTaskCommand::WriteNew(TConsole& console) {
+  CheckTaskName(file_);  // before anything is asked for
   const std::unique_ptr<TDBConn> reference = MakeSource(reference_, options_.ForReference(console));
   const std::unique_ptr<TDBConn> target = MakeTarget(target_, options_.ForTarget(console));
   NewTaskFile(file_, *reference, *target);

@@ -1,6 +1,5 @@
 #include "persist/TaskDocument.h"
 
-#include <filesystem>
 #include <utility>
 
 #include "persist/TaskPack.h"
@@ -64,14 +63,6 @@ void WriteSide(const TSideKeys& side, TDBConn& conn) {
   engine->write(conn, Format("/root/%s", side.parent), SharedDocument());
 }
 
-// A file that was copied here may be open to others; what is written next holds passwords.
-void CloseToOthers(const std::string& path) {
-  namespace fs = std::filesystem;
-  std::error_code ignored;  // where it is not ours to change, its owner has decided
-  if (fs::is_regular_file(path, ignored))
-    fs::permissions(path, fs::perms::group_all | fs::perms::others_all, fs::perm_options::remove, ignored);
-}
-
 }  // namespace
 
 TTaskReader::TTaskReader(const std::string& path) {
@@ -96,9 +87,11 @@ TTaskValues ReadTaskValues(const std::string& path) {
 }
 
 TOpenedTask ReadTask(const std::string& path, const TEngineClients& clients) {
+  const TTaskReader reader(path);
   TOpenedTask task;
-  task.values = ReadTaskValues(path);
+  task.values.reference = reader.Reference();
   task.reference = MakeTaskEngine(task.values.reference, clients);
+  task.values.target = reader.Target();
   task.target = MakeTaskEngine(task.values.target, clients);
   return task;
 }
@@ -109,7 +102,6 @@ void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target) {
   WriteSide(kReference, reference);
   WriteSide(kTarget, target);
   const std::string bytes = std::string(kTaskMagic) + PackTask(cfgText());
-  CloseToOthers(path);
   WriteFileText(path, bytes, false, kOwnerOnly);
 }
 

@@ -22,7 +22,7 @@ void TTaskFile::CloseTask() {
   host_.ShowTask(false);
 }
 
-void TTaskFile::OpenTask(const std::string& path) {
+void TTaskFile::OpenTask(std::string path) {
   CloseTask();
   Host().ProcessMessages();
   TaskFileName = path;

@@ -41,7 +41,7 @@ class TTaskFile {
   // Closes the open task, reads the file, connects both sides, shows the task and enters the path in the recent list.
   // Raises as TTaskReader, MakeTaskEngine, Connect and the port do. The former task is gone then, TaskFileName is the
   // new path, and the connections made so far stay.
-  void OpenTask(const std::string& path);
+  void OpenTask(std::string path);
 
   // Writes the file as WriteTask does, makes `path` the task's name, enters it in the recent list and shows the task.
   // An error of writing leaves everything as it was. Deliberate: TaskIsUntitled stays set.

@@ -12,6 +12,8 @@ namespace velmora {
 
 namespace {
 
+constexpr std::uintmax_t kMaxSize = 1 << 20;
+
 constexpr char kBadName[] = "A value cannot be named \"%s\"";
 
 std::string Escaped(const std::string& text) {
@@ -51,6 +53,9 @@ bool CanBeName(const std::string& name) {
 }  // namespace
 
 TValueStore::TValueStore(std::string path) : path_(std::move(path)) {
+  std::error_code ignored;  // nor is anything read that has no end
+  const std::filesystem::path file(path_);
+  if (!std::filesystem::is_regular_file(file, ignored) || std::filesystem::file_size(file, ignored) > kMaxSize) return;
   try {
     Read(ReadFileText(path_));
   } catch (const EVelmora&) {

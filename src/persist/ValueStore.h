@@ -16,7 +16,8 @@ namespace velmora {
 
 class TValueStore {
  public:
-  // Of a file that need not exist. Reads it at once; what cannot be read counts as empty.
+  // Of a file that need not exist. Reads it at once; what cannot be read counts as empty, and so does what is no
+  // regular file or larger than 1 MB.
   explicit TValueStore(std::string path);
 
   const std::string& Path() const { return path_; }

@@ -27,6 +27,7 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::size_t kBlock = 65536;
 constexpr int kMaxLinks = 40;
 constexpr int kMaxNames = 100;
+constexpr unsigned kUsualMode = 0666;
 
 [[noreturn]] void Fail(const char* pattern, const std::string& path, int error) {
   RaiseError(Format(pattern, path.empty() ? "\"\"" : path, std::generic_category().message(error)));
@@ -131,10 +132,11 @@ class TReplacement {
     return -1;
   }
 
-  // Owner, as far as we may, and permissions of the old file.
-  static bool TakeOver(int fd, const struct stat& old) {
+  // Owner, as far as we may, and permissions of the old file, as far as the wanted mode allows them.
+  bool TakeOver(int fd, const struct stat& old) const {
     [[maybe_unused]] const int ownerError = fchown(fd, old.st_uid, old.st_gid);
-    return fchmod(fd, old.st_mode & 07777U) == 0;
+    const mode_t allowed = mode_ == kUsualMode ? 07777U : mode_;
+    return fchmod(fd, old.st_mode & allowed) == 0;
   }
 
   bool Rename() {

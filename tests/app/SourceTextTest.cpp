@@ -103,6 +103,12 @@ TEST(SourcesTest, WhatIsNoSourceIsSaid) {
       {"nonsense",
        "\"nonsense\" is no source: give a file that ends in .sql, mysql://USER@HOST/DATABASE, or "
        "ENGINE:key=value"},
+      {"mysq://u:secret@h/d",
+       "\"mysq...\" is no source: give a file that ends in .sql, mysql://USER@HOST/DATABASE, or "
+       "ENGINE:key=value"},
+      {"MySQl;server=h;password=secret",
+       "\"MySQl...\" is no source: give a file that ends in .sql, "
+       "mysql://USER@HOST/DATABASE, or ENGINE:key=value"},
       {"Oracle:server=x", "Unhandled engine: Oracle cannot be read by this version"},
       {"MySQL:host=x;password=secret",
        "\"host\" is no key of MySQL, whose keys are: server, database, username, password, port"},

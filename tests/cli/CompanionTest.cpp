@@ -1,13 +1,11 @@
-#include "cli/Companion.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <cstdio>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
+#include "support/CompanionRun.h"
 #include "support/ScratchFolder.h"
 #include "util/Files.h"
 
@@ -23,11 +21,7 @@ constexpr char kItems[] =
     "  `price` decimal(10,2) NOT NULL default '0.00',\n  PRIMARY KEY  (`id`),\n  KEY `ix` (`name`)\n"
     ") TYPE=InnoDB;\n";
 
-struct TAnswer {
-  int status = 0;
-  std::string out;
-  std::string err;
-};
+using testing::TAnswer;
 
 class CompanionTest : public ::testing::Test {
  protected:
@@ -42,12 +36,7 @@ class CompanionTest : public ::testing::Test {
     text.replace(text.find(from), from.size(), to);
     return File(name, text);
   }
-  TAnswer Run(const std::vector<std::string>& arguments) {
-    std::ostringstream out, err;
-    TConsole console{out, err, false, {}};
-    const int status = RunCompanion(arguments, console);
-    return {status, out.str(), err.str()};
-  }
+  TAnswer Run(const std::vector<std::string>& arguments) { return testing::RunInProcess(arguments); }
 
   testing::TScratchFolder folder_;
 };

@@ -2,9 +2,10 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <sstream>
-
-#include "cli/Companion.h"
+#include "app/Tasks.h"
+#include "engines/mysql/ClientLibrary.h"
+#include "engines/mysql/DBConnMySQL.h"
+#include "support/CompanionRun.h"
 #include "support/ScratchFolder.h"
 #include "util/Files.h"
 
@@ -14,20 +15,11 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-struct TAnswer {
-  int status = 0;
-  std::string out;
-  std::string err;
-};
+using testing::TAnswer;
 
 class TaskCommandTest : public ::testing::Test {
  protected:
-  TAnswer Run(const std::vector<std::string>& arguments) {
-    std::ostringstream out, err;
-    TConsole console{out, err, false, {}};
-    const int status = RunCompanion(arguments, console);
-    return {status, out.str(), err.str()};
-  }
+  TAnswer Run(const std::vector<std::string>& arguments) { return testing::RunInProcess(arguments); }
 
   testing::TScratchFolder folder_;
   const std::string file_ = folder_ / "shop.vlt";
@@ -73,6 +65,28 @@ TEST_F(TaskCommandTest, StandsWhereverAPairIsAskedFor) {
   EXPECT_THAT(Run({"compare", reference_}).err, HasSubstr("TARGET is required"));
 }
 
+TEST_F(TaskCommandTest, PasswordFilesHaveNoPlaceBesideOne) {
+  Run({"task", "new", file_, reference_, target_});
+  for (const char* option : {"--password-file", "--reference-password-file", "--target-password-file"})
+    EXPECT_THAT(Run({"compare", file_, option, folder_ / "none"}).err,
+                HasSubstr("A task file holds its own passwords"));
+}
+
+TEST_F(TaskCommandTest, ValuesAreShownAsTheyCanBeGiven) {
+  Run({"task", "new", file_,
+       "MySQL:server=h%0A  password: x;database=50%25;password=", "MySQL:database=%C2%9B%C3%A4%09"});
+  const TAnswer shown = Run({"task", "show", file_});
+  EXPECT_THAT(shown.out, HasSubstr("  server: h%0A  password: x\n  database: 50%25\n"));
+  EXPECT_THAT(shown.out, HasSubstr("  database: %C2\x9B\xC3\xA4%09\n"));
+}
+
+// Nothing of the file is served by halves: the port it shows is the one that is used.
+TEST_F(TaskCommandTest, APortBeyondTheLastIsRefusedAtTheConnection) {
+  TDBConnMySQL wrong(std::make_unique<TLibraryConnection>(), "127.0.0.1", 70000, "d", "u", "");
+  NewTaskFile(file_, wrong, wrong);
+  EXPECT_THAT(Run({"compare", file_}).err, HasSubstr("70000 is no port: it must be a number from 1 to 65535"));
+}
+
 TEST_F(TaskCommandTest, BadInputIsNamed) {
   WriteFileText(folder_ / "damaged.vlt", "VL10nonsense");
   Run({"task", "new", file_, reference_, target_});
@@ -87,7 +101,9 @@ TEST_F(TaskCommandTest, BadInputIsNamed) {
       EXPECT_EQ(std::count(answer.err.begin(), answer.err.end(), '\n'), 1) << answer.err;
     }
   }
-  EXPECT_THAT(Run({"task", "new", folder_ / "shop.txt", reference_, target_}).err, HasSubstr("must end in .vlt"));
+  EXPECT_THAT(Run({"task", "new", folder_ / "shop.txt", reference_, target_, "--password-file", "/none"}).err,
+              HasSubstr("must end in .vlt"))
+      << "before anything is asked for";
   EXPECT_THAT(Run({"task"}).err, HasSubstr("velmora-cli: "));
   EXPECT_EQ(Run({"task", "new", "--version"}).status, 0);
 }

@@ -52,6 +52,13 @@ TEST(ValueStoreTest, ADamagedFileLosesItsDamagedLinesOnly) {
   }
 }
 
+TEST(ValueStoreTest, WhatIsNoFileOrTooLargeIsEmpty) {
+  const testing::TScratchFolder folder;
+  WriteFileText(folder / "large", "[K]\nn=1\n" + std::string(1 << 20, '#'));
+  for (const std::string& path : {folder / "large", folder.Path(), std::string("/dev/zero"), folder / "none"})
+    EXPECT_FALSE(TValueStore(path).HasKey("K")) << path;
+}
+
 TEST(ValueStoreTest, NamesThatWouldNotComeBackAreRefused) {
   const testing::TScratchFolder folder;
   TValueStore store(folder / "v");

@@ -87,8 +87,10 @@ TEST_F(FilesTest, NewFilesGetTheModeAndOldOnesKeepTheirs) {
   WriteFileText(secret, "a", false, 0600);
   EXPECT_EQ(ModeOf(secret), 0600U);
   chmod(file_.c_str(), 0664);
-  WriteFileText(file_, "b", false, 0600);
+  WriteFileText(file_, "b");
   EXPECT_EQ(ModeOf(file_), 0664U);
+  WriteFileText(file_, "c", false, 0600);
+  EXPECT_EQ(ModeOf(file_), 0600U) << "what is meant for its owner alone does not stay open to others";
   umask(mask);
 }
 

@@ -25,6 +25,8 @@ constexpr char kCharacterSet[] = "utf8mb4";
 constexpr char kNoMemory[] = "The MySQL client library could not be started";
 constexpr char kForwardOnly[] = "These rows can only be read forward";
 constexpr char kCutOff[] = "The connection was closed before all rows were read";
+constexpr int kHighestPort = 65535;
+constexpr char kNoPort[] = "%d is no port: it must be a number from 1 to 65535";
 constexpr char kNoLevel[] = "Isolation level %d is unknown";
 constexpr const char* kSetLevel[] = {
     "set transaction isolation level read uncommitted", "set transaction isolation level read committed",
@@ -270,6 +272,7 @@ class TLibraryConnection::TBlockRows final : public TDataset {
 // --- The open connection
 
 void TLibraryConnection::TLink::Open(const TMyConnection& connection) {
+  if (connection.Port < 0 || connection.Port > kHighestPort) throw EMySqlException(Format(kNoPort, connection.Port));
   StartLibrary();
   handle_.reset(mysql_init(nullptr));
   if (!handle_) throw EMySqlException(kNoMemory);

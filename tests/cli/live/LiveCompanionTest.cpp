@@ -7,11 +7,10 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <sstream>
 #include <thread>
 
-#include "cli/Companion.h"
 #include "engines/mysql/StatementReader.h"
+#include "support/CompanionRun.h"
 #include "support/LiveDatabase.h"
 #include "support/ScratchFolder.h"
 #include "util/Files.h"
@@ -24,11 +23,7 @@ using ::testing::Not;
 using testing::TLiveDatabase;
 using testing::TPrivateServer;
 
-struct TAnswer {
-  int status = 0;
-  std::string out;
-  std::string err;
-};
+using testing::TAnswer;
 
 void Load(TLiveDatabase& database, const std::string& file) {
   const std::string script = ReadFileText(std::string(VELMORA_SOURCE_DIR "/examples/live/") + file);
@@ -42,10 +37,7 @@ class LiveCompanionTest : public ::testing::Test {
   TAnswer Run(std::vector<std::string> arguments, std::function<std::string(const std::string&, bool)> ask = {}) {
     arguments.push_back("--socket");
     arguments.push_back(TPrivateServer::Shared().Socket());
-    std::ostringstream out, err;
-    TConsole console{out, err, false, std::move(ask)};
-    const int status = RunCompanion(arguments, console);
-    return {status, out.str(), err.str()};
+    return testing::RunInProcess(arguments, std::move(ask));
   }
   std::string File(const std::string& name, const std::string& text) {
     WriteFileText(folder_ / name, text);
