@@ -11,8 +11,20 @@ namespace velmora {
 
 namespace {
 
+// Whether the table cannot be read on this side for that very reason, or because the connection is lost.
 bool FailsWith(TDBConn& conn, const std::string& table, const std::string& error) {
-  return FetchAndView(conn, table).error == error;
+  return !conn.GetConnected() || FetchAndView(conn, table).error == error || !conn.GetConnected();
+}
+
+// The side that did not come to be connected, unless the message names it itself.
+std::string UnconnectedSide(TDBConn* reference, TDBConn* target, const std::string& error) {
+  for (TDBConn* conn : {reference, target}) {
+    if (conn == nullptr || conn->GetConnected()) continue;
+    std::string name;
+    conn->GetDisplayName(name);
+    return error.find(name) == std::string::npos ? name : std::string();
+  }
+  return {};
 }
 
 }  // namespace
@@ -28,7 +40,7 @@ std::string TablePlace(TDBConn& conn, const std::string& table) {
 }
 
 std::string ComparisonPlace(TDBConn* reference, TDBConn* target, const std::string& table, const std::string& error) {
-  if (table.empty()) return {};
+  if (table.empty()) return UnconnectedSide(reference, target, error);
   for (TDBConn* conn : {reference, target})
     if (conn != nullptr && FailsWith(*conn, table, error)) return TablePlace(*conn, table);
   return Format("table %s", table);

@@ -12,7 +12,8 @@ namespace velmora {
 
 // The line of a table's creation text in a script file, as in "FILE: line 12: table t"; of a server "NAME: table t".
 std::string TablePlace(TDBConn& conn, const std::string& table);
-// The side of a comparison whose table cannot be read for that very reason; else the table alone.
+// The side of a comparison whose table cannot be read for that very reason, or that is not connected; else the table
+// alone.
 std::string ComparisonPlace(TDBConn* reference, TDBConn* target, const std::string& table, const std::string& error);
 
 // The line of the statement of `text` that a MySQL store, filled as `before`, refuses with this error; 0 when it cannot

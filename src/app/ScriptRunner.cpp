@@ -22,15 +22,18 @@ bool CommitsByItself(const std::string& statement) {
 }  // namespace
 
 std::size_t TRunReport::InForce() const {
+  if (committed) return executed;
+  if (settled) return *settled;
   const auto end = statements.begin() + static_cast<std::ptrdiff_t>(executed);
   const bool ended = std::any_of(statements.begin(), end,
                                  [](const TScriptStatement& statement) { return CommitsByItself(statement.text); });
-  return committed || ended ? executed : 0;
+  return ended ? executed : 0;
 }
 
 void TScriptRunner::RunScript(const std::string& text, bool useTransaction) {
   TDBConn& target = *connections_.target;
   report_ = {};
+  bool done = false;
   RunGuarded(
       [&] {
         if (useTransaction) target.StartTransaction();
@@ -39,15 +42,31 @@ void TScriptRunner::RunScript(const std::string& text, bool useTransaction) {
         report_.statements = std::move(split.statements);
         Execute(target, split.pieces);
         if (useTransaction) target.Commit();
-        report_.committed = true;
+        report_.committed = done = true;
       },
       [&] {
-        RunGuarded(
-            [&] {
-              if (target.InTransaction()) target.Rollback();
-            },
-            [&] { progress_.Finish(); });
+        if (!done) Settle(target, true);
+        RunGuarded([&] { RollBack(target, done); }, [&] { progress_.Finish(); });
       });
+}
+
+// Without an open transaction all that ran is in force: a statement has ended it, or there was none.
+void TScriptRunner::Settle(TDBConn& target, bool after_error) {
+  report_.lost = !target.GetConnected();
+  const std::optional<bool> open =
+      report_.lost ? std::nullopt : target.GetConnectionObject().TransactionOpen(after_error);
+  if (!open) return;
+  if (!report_.settled) report_.settled = 0;
+  if (!*open) report_.settled = report_.executed;
+}
+
+// An error of the rollback must not hide the one that it is for.
+void TScriptRunner::RollBack(TDBConn& target, bool done) {
+  try {
+    if (target.InTransaction()) target.Rollback();
+  } catch (const EVelmora&) {
+    if (done) throw;
+  }
 }
 
 // Deliberate: the bar's maximum counts the empty pieces of the cut too, so a script with comments ends short of it.
@@ -66,6 +85,7 @@ void TScriptRunner::Execute(TDBConn& target, std::size_t pieces) {
       throw;
     }
     ++report_.executed;
+    Settle(target, false);
     Host().ProcessMessages();
   }
 }

@@ -20,9 +20,12 @@ struct TRunReport {
   std::size_t executed = 0;           // statements that the server has accepted
   std::optional<std::size_t> failed;  // index of the statement that it refused
   bool committed = false;
+  bool lost = false;                   // the connection is gone: what the last statement did is not known
+  std::optional<std::size_t> settled;  // statements that the server was seen to have put in force, where it told
 
-  // How many of the executed statements are in force for good. A change of structure commits by itself, with all that
-  // ran before it, and ends the transaction, so that what follows is in force at once too: all or nothing.
+  // How many of the executed statements are in force for good: by what the server told, else by what is known of
+  // statements. A change of structure commits by itself, with all that ran before it, and ends the transaction, so that
+  // what follows is in force at once too.
   std::size_t InForce() const;
 };
 
@@ -41,6 +44,8 @@ class TScriptRunner {
 
  private:
   void Execute(TDBConn& target, std::size_t pieces);
+  void Settle(TDBConn& target, bool after_error);
+  static void RollBack(TDBConn& target, bool done);
 
   TTaskConnections& connections_;
   TScriptEditor& editor_;

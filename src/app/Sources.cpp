@@ -70,13 +70,19 @@ std::string KeysOf(const TEngineRow& engine) {
   return JoinList(names, ", ");
 }
 
+// A name that is none may be the rest of a password.
+std::string ShownKey(const std::string& name) {
+  const bool plain = std::ranges::all_of(name, [](char c) { return (c >= 'a' && c <= 'z') || c == '_'; });
+  return plain ? " \"" + name + "\"" : " of the name given";
+}
+
 std::unique_ptr<TDBConn> MakeByKeys(const TEngineSource& source, const TSourceSettings& settings) {
   TEngineValues values;
   for (const auto& [name, value] : source.values) {
     const TEngineKey* key = source.engine->FindKey(name);
     if (key == nullptr)
-      RaiseError(Format("\"%s\" is no key of %s, whose keys are: %s", name, EngineName(*source.engine),
-                        KeysOf(*source.engine)));
+      RaiseError(Format("%s has no key%s; its keys are: %s (a \";\" in a value is written %%3B)",
+                        EngineName(*source.engine), ShownKey(name), KeysOf(*source.engine)));
     if (key->kind == EKeyKind::Port) ParsePort(value);
     values.Set(key->name, value);
   }

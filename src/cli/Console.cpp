@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "cli/Secrets.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -12,10 +13,10 @@ bool TConsole::Confirm(const std::string& question) const {
   return SameText(answer, "y") || SameText(answer, "yes");
 }
 
-void TConsole::Warn(const std::string& text) { err << kCompanionName << ": warning: " << text << '\n'; }
+void TConsole::Warn(const std::string& text) { err << kCompanionName << ": warning: " << WithoutSecrets(text) << '\n'; }
 
-void TConsole::Note(const std::string& text) { err << kCompanionName << ": note: " << text << '\n'; }
+void TConsole::Note(const std::string& text) { err << kCompanionName << ": note: " << WithoutSecrets(text) << '\n'; }
 
-void TConsole::Error(const std::string& text) { err << kCompanionName << ": " << text << '\n'; }
+void TConsole::Error(const std::string& text) { err << kCompanionName << ": " << WithoutSecrets(text) << '\n'; }
 
 }  // namespace velmora

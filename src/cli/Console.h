@@ -22,6 +22,7 @@ struct TConsole {
   std::string AskSecret(const std::string& question) const { return CanAsk() ? ask(question, true) : std::string(); }
   bool Confirm(const std::string& question) const;  // yes only if it is said
 
+  // Passwords in these texts are left out.
   void Warn(const std::string& text);   // "velmora-cli: warning: TEXT"
   void Note(const std::string& text);   // "velmora-cli: note: TEXT"
   void Error(const std::string& text);  // "velmora-cli: TEXT"

@@ -3,6 +3,7 @@
 #include "app/FaultPlace.h"
 #include "app/Sources.h"
 #include "app/Tasks.h"
+#include "cli/Secrets.h"
 #include "cli/SourceRun.h"
 #include "cli/TerminalProgress.h"
 #include "util/Errors.h"
@@ -59,9 +60,11 @@ std::optional<std::string> TPairRun::Reported(Body body) {
   try {
     body();
     return std::nullopt;
+  } catch (const EAbort&) {
+    throw;
   } catch (const EVelmora& error) {
     progress_->Finish();
-    const std::string message = error.what();
+    const std::string message = WithoutSecrets(error.what());
     console_.Error(Placed(ComparisonPlace(app_.connections.reference.get(), app_.connections.target.get(),
                                           app_.sync.TableUnderWay(), message),
                           message));

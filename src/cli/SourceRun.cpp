@@ -6,6 +6,7 @@
 #include "app/FaultPlace.h"
 #include "cli/Json.h"
 #include "cli/PairRun.h"
+#include "cli/Secrets.h"
 #include "cli/StructureText.h"
 #include "engines/mysql/OfflineEngine.h"
 #include "util/Errors.h"
@@ -45,8 +46,10 @@ int ShowStructure(TConsole& console, EFormat format, const std::function<void(TS
   TStructure structure;
   try {
     fill(structure);
+  } catch (const EAbort&) {
+    throw;
   } catch (const EVelmora& error) {
-    structure.error = error.what();
+    structure.error = WithoutSecrets(error.what());
     console.Error(*structure.error);
   }
   if (format == EFormat::Json)
@@ -74,7 +77,10 @@ void FetchTables(TDBConn& conn, const TStringList& tables, bool verbose, TConsol
       progress->Finish();
       console.Error(Placed(TablePlace(conn, name), *view.error));
     }
+    const bool failed = view.error.has_value();
     take(std::move(view));
+    if (failed && !conn.GetConnected())
+      RaiseError(Format("The connection is lost: what stands behind table %s was not read", name));
   }
   progress->Finish();
 }

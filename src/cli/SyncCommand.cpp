@@ -17,10 +17,15 @@ namespace velmora {
 namespace {
 
 constexpr std::size_t kListedStatements = 20;
+constexpr std::size_t kShownChars = 120;
 
 std::string FirstLine(const std::string& statement) {
   const TStringList lines = LinesOf(statement);
-  return lines.empty() ? statement : Trim(lines.front());
+  const std::string line = lines.empty() ? statement : Trim(lines.front());
+  std::string shown = CutChars(line, kShownChars);
+  std::replace_if(
+      shown.begin(), shown.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; }, '?');
+  return shown.size() < line.size() ? shown + "..." : shown;
 }
 
 // "line 3, column 1" of a place in the script, counting characters from 1.
@@ -40,7 +45,7 @@ void TellWhatIsInForce(const TRunReport& report, TConsole& console) {
     return;
   }
   if (count == 0) {
-    console.Error(ran + " and were rolled back: the target is as it was");
+    console.Error(ran + " and were rolled back; tables without transactions keep what was done to them");
     return;
   }
   console.Error(ran + " and are in force: the server commits each change of structure at once, with all around it");
@@ -57,6 +62,9 @@ void TellFailure(const TRunReport& report, const std::string& script, const std:
                          PlaceIn(script, statement.start), FirstLine(statement.text)));
   }
   console.Error(error);
+  if (report.lost)
+    console.Error(report.failed ? "the connection is lost: whether that statement took effect is not known"
+                                : "the connection is lost: whether the last statement took effect is not known");
   TellWhatIsInForce(report, console);
 }
 

@@ -5,6 +5,9 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <string_view>
+
 #include "util/Errors.h"
 
 namespace velmora {
@@ -13,19 +16,26 @@ namespace {
 
 constexpr char kTerminal[] = "/dev/tty";
 constexpr char kInterrupt = 3;   // Ctrl+C
+constexpr char kEraseLine = 21;  // Ctrl+U
 constexpr char kEndOfInput = 4;  // Ctrl+D
 constexpr char kErase[] = "\b\x7f";
 
 volatile sig_atomic_t interrupted = 0;
 
-void OnInterrupt(int /*signal*/) { interrupted = 1; }
+constexpr std::string_view kEnding = "\nvelmora-cli: ending behind this statement; Ctrl+C again ends at once\n";
+
+void OnInterrupt(int /*signal*/) {
+  interrupted = 1;
+  [[maybe_unused]] const ssize_t told = write(STDERR_FILENO, kEnding.data(), kEnding.size());
+}
 
 class TTerminal {
  public:
   explicit TTerminal(bool secret) : file_(open(kTerminal, O_RDWR | O_CLOEXEC)) {
     if (file_ < 0) RaiseError("There is no terminal to ask on");
-    changed_ = secret && tcgetattr(file_, &before_) == 0;
-    if (!changed_) return;
+    if (!secret) return;
+    if (tcgetattr(file_, &before_) != 0) RaiseError("The terminal cannot be asked without showing the answer");
+    changed_ = true;
     termios silent = before_;
     silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG | ICANON);
     tcsetattr(file_, TCSAFLUSH, &silent);
@@ -42,11 +52,14 @@ class TTerminal {
   }
   std::string ReadLine() const {
     std::string line;
-    for (char c = 0; read(file_, &c, 1) == 1;) {
+    for (char c = 0; ReadByte(c);) {
       if (c == '\n' || c == '\r') return line;
       if (changed_ && (c == kInterrupt || c == kEndOfInput)) break;
       if (changed_ && (c == kErase[0] || c == kErase[1])) {
+        while (!line.empty() && (line.back() & 0xC0) == 0x80) line.pop_back();  // a character is several bytes
         if (!line.empty()) line.pop_back();
+      } else if (changed_ && c == kEraseLine) {
+        line.clear();
       } else {
         line += c;
       }
@@ -55,6 +68,13 @@ class TTerminal {
   }
 
  private:
+  bool ReadByte(char& c) const {
+    ssize_t count = 0;
+    do count = read(file_, &c, 1);
+    while (count < 0 && errno == EINTR);
+    return count == 1;
+  }
+
   int file_;
   bool changed_ = false;
   termios before_{};
@@ -82,13 +102,15 @@ std::string AskOnTerminal(const std::string& question, bool secret) {
 
 TInterruptHost::TInterruptHost() {
   interrupted = 0;
+  sigaction(SIGINT, nullptr, &former_);
+  if (former_.sa_handler == SIG_IGN) return;  // who started us has decided
   struct sigaction action {};
   action.sa_handler = OnInterrupt;
   action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
   sigaction(SIGINT, &action, nullptr);
 }
 
-TInterruptHost::~TInterruptHost() { signal(SIGINT, SIG_DFL); }
+TInterruptHost::~TInterruptHost() { sigaction(SIGINT, &former_, nullptr); }
 
 void TInterruptHost::ProcessMessages() {
   if (interrupted == 0) return;

@@ -2,6 +2,8 @@
 
 // The controlling terminal of the process, and its Ctrl+C.
 
+#include <signal.h>
+
 #include <string>
 
 #include "core/Host.h"
@@ -20,7 +22,12 @@ class TInterruptHost final : public THost {
  public:
   TInterruptHost();
   ~TInterruptHost() override;
+  TInterruptHost(const TInterruptHost&) = delete;
+  TInterruptHost& operator=(const TInterruptHost&) = delete;
   void ProcessMessages() override;  // raises "Cancelled"
+
+ private:
+  struct sigaction former_ {};
 };
 
 }  // namespace velmora

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "core/ColumnTypes.h"
@@ -25,6 +26,9 @@ class TConnectionObject {
   virtual ~TConnectionObject() = default;
   virtual bool GetConnected() const = 0;
   virtual void SetConnected(bool connected) = 0;  // raises the client's error
+  // Whether the server holds a transaction open on this connection, where the client can tell. `refresh` asks the
+  // server, which is needed behind an error.
+  virtual std::optional<bool> TransactionOpen(bool /*refresh*/) { return std::nullopt; }
 };
 
 // An engine owns one TMeta, the store of its database's structure, and is the only way to the data source. It is

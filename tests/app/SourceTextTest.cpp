@@ -111,7 +111,13 @@ TEST(SourcesTest, WhatIsNoSourceIsSaid) {
        "mysql://USER@HOST/DATABASE, or ENGINE:key=value"},
       {"Oracle:server=x", "Unhandled engine: Oracle cannot be read by this version"},
       {"MySQL:host=x;password=secret",
-       "\"host\" is no key of MySQL, whose keys are: server, database, username, password, port"},
+       "MySQL has no key \"host\"; its keys are: server, database, username, password, port (a \";\" in a value is "
+       "written "
+       "%3B)"},
+      {"MySQL:server=h;password=sec;ret9=3",
+       "MySQL has no key of the name given; its keys are: server, database, username, password, port (a \";\" in a "
+       "value is "
+       "written %3B)"},
       {"MySQL:port=no", "\"no\" is no port: it must be a number from 1 to 65535"},
   };
   for (const auto& c : cases) EXPECT_EQ(MessageOf([&] { MakeSource(c.source); }), c.message);

@@ -234,6 +234,22 @@ TEST_F(CompanionTest, ArgumentsThatMakeNoSenseAreNamed) {
   }
 }
 
+TEST_F(CompanionTest, NoMessageShowsAPassword) {
+  const std::string secret = "mysql://root:sEcret9@h/d";
+  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+           {secret},
+           {"compare", "a.sql", "b.sql", secret},
+           {"parse", secret},
+           {"split", secret},
+           {"task", "show", secret},
+           {"schema", "mariadb://root:sEcret9@h/d", "--format", "json"},
+           {"schema", "MySQL:server=h;password=sEcret9;wrong=1", "--format", "json"}}) {
+    const TAnswer answer = Run(arguments);
+    EXPECT_EQ(answer.status, 2);
+    EXPECT_EQ((answer.out + answer.err).find("sEcret9"), std::string::npos) << answer.out << answer.err;
+  }
+}
+
 TEST_F(CompanionTest, ReplayShowsWhatStatementsWouldMakeOfADatabase) {
   const std::string source = File("a.sql", kItems);
   const std::string file =

@@ -25,6 +25,7 @@ constexpr char kCharacterSet[] = "utf8mb4";
 constexpr char kNoMemory[] = "The MySQL client library could not be started";
 constexpr char kForwardOnly[] = "These rows can only be read forward";
 constexpr char kCutOff[] = "The connection was closed before all rows were read";
+constexpr char kNothing[] = "do 0";  // a statement for its answer alone
 constexpr int kHighestPort = 65535;
 constexpr char kNoPort[] = "%d is no port: it must be a number from 1 to 65535";
 constexpr char kNoLevel[] = "Isolation level %d is unknown";
@@ -130,6 +131,7 @@ class TLibraryConnection::TLink {
   ~TLink() { Close(); }
 
   bool IsOpen() const { return handle_ != nullptr; }
+  std::optional<bool> TransactionOpen(bool refresh);
   void Open(const TMyConnection& connection);
   void Close();
 
@@ -295,6 +297,14 @@ void TLibraryConnection::TLink::Close() {
   handle_.reset();
 }
 
+// Each accepted statement brings the server's state with it; an error does not, so that it is asked for.
+std::optional<bool> TLibraryConnection::TLink::TransactionOpen(bool refresh) {
+  if (!IsOpen() || reader_ != nullptr || (refresh && mysql_query(handle_.get(), kNothing) != 0)) return std::nullopt;
+  unsigned status = 0;
+  if (mariadb_get_infov(handle_.get(), MARIADB_CONNECTION_SERVER_STATUS, &status) != 0) return std::nullopt;
+  return (status & SERVER_STATUS_IN_TRANS) != 0;
+}
+
 void TLibraryConnection::TLink::CheckError() {
   const unsigned number = mysql_errno(handle_.get());
   if (number == 0) return;
@@ -425,6 +435,8 @@ TLibraryConnection::~TLibraryConnection() = default;
 bool TLibraryConnection::GetConnected() const { return link_->IsOpen(); }
 
 bool TLibraryConnection::InTransaction() const { return link_->in_transaction; }
+
+std::optional<bool> TLibraryConnection::TransactionOpen(bool refresh) { return link_->TransactionOpen(refresh); }
 
 void TLibraryConnection::StartTransaction() {
   if (IsolationLevel != 0) {

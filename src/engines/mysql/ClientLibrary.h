@@ -18,6 +18,7 @@ class TLibraryConnection final : public TMyConnection {
 
   bool GetConnected() const override;
   bool InTransaction() const override;
+  std::optional<bool> TransactionOpen(bool refresh) override;
   void StartTransaction() override;  // raises for an unknown IsolationLevel
   void Commit() override;
   void Rollback() override;
