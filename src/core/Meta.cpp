@@ -304,9 +304,15 @@ TDBConn& TMeta::Owner() const {
 
 void TMeta::ColumnDefinition(const std::string& table, const std::string& column, std::string& text, TDBConn* engine) {
   GotoColumn(table, column);
+  TDBConn& writer = engine == nullptr ? Owner() : *engine;
   TMetaColumn record;
-  Owner().ReadColumn(record);
-  (engine == nullptr ? Owner() : *engine).ColumnDescription(record, true, text);
+  if (&writer == &Owner()) {
+    Owner().FetchIfNeeded();  // no need of the bare type name, which the same engine is about to render
+    record = ColumnRecord(tTables.Current(), tColumns.Current());
+  } else {
+    Owner().ReadColumn(record);
+  }
+  writer.ColumnDescription(record, true, text);
   GotoColumn(table, column);
 }
 

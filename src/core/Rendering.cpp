@@ -29,7 +29,9 @@ void TDBConn::KeyDescription(const TMetaKey& key, bool detailed, std::string& te
   const std::string head = key.primary  ? "primary key"
                            : key.unique ? "unique key " + QuoteName(key.name)
                                         : "key " + QuoteName(key.name);
-  text = head + Format(" (%s)", StrReplace(key.columns, ";", ","));
+  std::string columns = key.columns;
+  std::replace(columns.begin(), columns.end(), ';', ',');
+  text = head + " (" + columns + ")";
 }
 
 void TDBConn::EscapeString(const std::string& text, std::string& escaped) {

@@ -92,7 +92,7 @@ std::string MySQLColumnAttributes(const TMetaColumn& column, bool no_defaults) {
   std::string text;
   if (column.notnull) text += " not null";
   if (column.autoinc) text += " auto_increment";
-  if (!no_defaults && !column.default_.empty()) text += Format(" default %s", column.default_);
+  if (!no_defaults && !column.default_.empty()) text.append(" default ").append(column.default_);
   return text;
 }
 
