@@ -14,6 +14,11 @@ void TApplication::OpenTask(std::unique_ptr<TDBConn> reference, std::unique_ptr<
   connections.target->Connect();
 }
 
+void TApplication::TakeTask(TTaskConnections pair) {
+  connections.reference = std::move(pair.reference);
+  connections.target = std::move(pair.target);
+}
+
 void TApplication::Compare() {
   tree.Clear();
   sync.SetDatabases(connections.reference.get(), connections.target.get());

@@ -30,6 +30,9 @@ class TApplication {
 
   // Takes the pair and connects both, the reference first.
   void OpenTask(std::unique_ptr<TDBConn> reference, std::unique_ptr<TDBConn> target);
+  // Takes the pair as it is. That is enough for a comparison, which connects both sides anew by itself; a script needs
+  // a target that was connected before.
+  void TakeTask(TTaskConnections pair);
   // Compares the pair; the actions are in `data` and `tree` afterwards, the log in `sync.ActionLog`. On an error those
   // found so far stay.
   void Compare();

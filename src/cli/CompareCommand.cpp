@@ -73,7 +73,7 @@ void TCompareCommand::Declare(CLI::App& app) {
 
 int TCompareCommand::Execute(TConsole& console) {
   TPairRun run(console, SystemClock());
-  const std::optional<std::string> error = run.Compare(pair_, options_);
+  const std::optional<std::string> error = run.Compare(pair_, options_, false);
   if (format_ == EFormat::Json)
     PrintJson(run.app(), error, console.out);
   else

@@ -6,9 +6,16 @@
 #include "cli/Secrets.h"
 #include "cli/SourceRun.h"
 #include "cli/TerminalProgress.h"
+#include "engines/mysql/OfflineEngine.h"
 #include "util/Errors.h"
 
 namespace velmora {
+
+namespace {
+
+bool IsFile(TDBConn& conn) { return dynamic_cast<TDBConnMySQLOffline*>(&conn) != nullptr; }
+
+}  // namespace
 
 std::unique_ptr<TProgress> MakeProgress(TConsole& console) {
   if (console.err_is_terminal) return std::make_unique<TTerminalProgress>(console.err);
@@ -21,9 +28,9 @@ TPairRun::TPairRun(TConsole& console, const TClock& clock)
       log_(clock, *progress_),
       app_(*progress_, editor_, log_, clock) {}
 
-std::optional<std::string> TPairRun::Compare(const TPair& pair, const TSourceOptions& options) {
+std::optional<std::string> TPairRun::Compare(const TPair& pair, const TSourceOptions& options, bool for_script) {
   return Reported([&] {
-    Open(pair, options);
+    Open(pair, options, for_script);
     app_.Compare();
   });
 }
@@ -42,8 +49,13 @@ TTaskConnections TPairRun::Make(const TPair& pair, const TSourceOptions& options
   return connections;
 }
 
-void TPairRun::Open(const TPair& pair, const TSourceOptions& options) {
+void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_script) {
   TTaskConnections connections = Make(pair, options);
+  // A server that is only compared need not be asked for its tables more often than the comparison does.
+  if (!for_script && !IsFile(*connections.reference) && !IsFile(*connections.target)) {
+    app_.TakeTask(std::move(connections));
+    return;
+  }
   app_.OpenTask(std::move(connections.reference), std::move(connections.target));
   WarnOfSource(*app_.connections.reference, options.verbose(), console_);
   WarnOfSource(*app_.connections.target, options.verbose(), console_);

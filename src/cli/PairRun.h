@@ -21,9 +21,10 @@ class TPairRun {
   TApplication& app() { return app_; }
   TLineEditor& editor() { return editor_; }
 
-  // Opens both sides and compares them. Warnings of the sources go to the console. Gives the message of an error, with
-  // what was found so far in the application; the place of the error goes to the console too.
-  std::optional<std::string> Compare(const TPair& pair, const TSourceOptions& options);
+  // Opens both sides and compares them, `for_script` if that follows. Warnings of the sources go to the console. Gives
+  // the message of an error, with what was found so far in the application; the place of the error goes to the console
+  // too.
+  std::optional<std::string> Compare(const TPair& pair, const TSourceOptions& options, bool for_script);
   // The script for what was compared; an error is reported in the same way.
   std::optional<std::string> GenerateScript();
   // Opens the target alone.
@@ -32,7 +33,7 @@ class TPairRun {
 
  private:
   TTaskConnections Make(const TPair& pair, const TSourceOptions& options);
-  void Open(const TPair& pair, const TSourceOptions& options);
+  void Open(const TPair& pair, const TSourceOptions& options, bool for_script);
   template <class Body>
   std::optional<std::string> Reported(Body body);
 

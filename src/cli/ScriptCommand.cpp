@@ -34,7 +34,7 @@ void TScriptCommand::Declare(CLI::App& app) {
 
 int TScriptCommand::Execute(TConsole& console) {
   TPairRun run(console, SystemClock());
-  std::optional<std::string> error = run.Compare(pair_, options_);
+  std::optional<std::string> error = run.Compare(pair_, options_, true);
   if (!error) error = run.GenerateScript();
   const bool to_file = !output_.empty();
   const std::string text = format_ == EFormat::Json ? JsonText(run.editor().Lines(), error) : run.editor().Text();

@@ -101,7 +101,7 @@ int TSyncCommand::Execute(TConsole& console) {
     run.editor().SetText(ReadTextFile(script_));
     run.OpenTarget(pair_, options_);
   } else {
-    if (run.Compare(pair_, options_)) return kExitFailure;
+    if (run.Compare(pair_, options_, true)) return kExitFailure;
     if (run.app().Identical()) {
       console.out << "Databases are identical. Nothing to synchronize.\n";
       return kExitSuccess;
