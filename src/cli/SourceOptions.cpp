@@ -12,7 +12,7 @@ std::string ReadPasswordFile(const std::string& path) {
   return text.substr(0, text.find_first_of("\r\n"));
 }
 
-void TSourceOptions::DeclareCommon(CLI::App& app) {
+void TSourceOptions::DeclareOne(CLI::App& app) {
   app.add_option("--password-file", password_file_, "Take the password from the first line of FILE")->type_name("FILE");
   DeclareChoice(app, "--tls", {"off", "preferred", "required"},
                 "required: encrypted, and the server's certificate is checked; preferred: encrypted where the server "
@@ -24,10 +24,8 @@ void TSourceOptions::DeclareCommon(CLI::App& app) {
   app.add_flag("--verbose", verbose_, "Name every statement of a file that is passed over");
 }
 
-void TSourceOptions::DeclareOne(CLI::App& app) { DeclareCommon(app); }
-
 void TSourceOptions::DeclarePair(CLI::App& app) {
-  DeclareCommon(app);
+  DeclareOne(app);
   app.add_option("--reference-password-file", reference_password_file_, "The same for the reference alone")
       ->type_name("FILE");
   app.add_option("--target-password-file", target_password_file_, "The same for the target alone")->type_name("FILE");

@@ -25,7 +25,6 @@ class TSourceOptions {
   TSourceSettings ForTarget(TConsole& console) const;
 
  private:
-  void DeclareCommon(CLI::App& app);
   TSourceSettings Settings(const std::string& password_file, TConsole& console) const;
 
   std::string password_file_, reference_password_file_, target_password_file_;
