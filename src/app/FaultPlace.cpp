@@ -13,21 +13,21 @@ namespace {
 
 // Whether the table cannot be read on this side for that very reason, or because the connection is lost.
 bool FailsWith(TDBConn& conn, const std::string& table, const std::string& error) {
+  try {
+    if (!conn.GetConnected()) conn.Connect();
+  } catch (const EVelmora&) {
+    return true;
+  }
   return FetchAndView(conn, table).error == error || !conn.GetConnected();  // a lost connection may show only now
 }
 
-// The side that did not come to be connected, unless the message names it itself.
-std::string UnconnectedSide(TDBConn* reference, TDBConn* target, const std::string& error) {
-  for (TDBConn* conn : {reference, target}) {
-    if (conn == nullptr || conn->GetConnected()) continue;
-    std::string name;
-    conn->GetDisplayName(name);
-    return error.find(name) == std::string::npos ? name : std::string();
-  }
-  return {};
-}
-
 }  // namespace
+
+std::string SourcePlace(TDBConn& conn, const std::string& error) {
+  std::string name;
+  conn.GetDisplayName(name);
+  return error.find(name) == std::string::npos ? name : std::string();
+}
 
 std::string TablePlace(TDBConn& conn, const std::string& table) {
   std::string name;
@@ -39,8 +39,14 @@ std::string TablePlace(TDBConn& conn, const std::string& table) {
   return Format("%s: table %s", name, table);
 }
 
-std::string ComparisonPlace(TDBConn* reference, TDBConn* target, const std::string& table, const std::string& error) {
-  if (table.empty()) return UnconnectedSide(reference, target, error);
+std::string ComparisonPlace(TDBConn* reference, TDBConn* target, bool target_lost, const std::string& table,
+                            const std::string& error) {
+  const bool at_table = !table.empty();  // both sides were connected then
+  if (reference != nullptr && !reference->GetConnected())
+    return at_table ? TablePlace(*reference, table) : SourcePlace(*reference, error);
+  if (target != nullptr && (target_lost || (!at_table && !target->GetConnected())))
+    return at_table ? TablePlace(*target, table) : SourcePlace(*target, error);
+  if (!at_table) return {};
   for (TDBConn* conn : {reference, target})
     if (conn != nullptr && FailsWith(*conn, table, error)) return TablePlace(*conn, table);
   return Format("table %s", table);

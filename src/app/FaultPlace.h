@@ -10,11 +10,15 @@ namespace velmora {
 
 // Where an error arose, for messages: texts that are put before it, or empty.
 
+// The name of a source that could not be connected, unless the message has it already.
+std::string SourcePlace(TDBConn& conn, const std::string& error);
 // The line of a table's creation text in a script file, as in "FILE: line 12: table t"; of a server "NAME: table t".
 std::string TablePlace(TDBConn& conn, const std::string& table);
-// The side of a comparison whose table cannot be read for that very reason, or that is not connected; else the table
-// alone.
-std::string ComparisonPlace(TDBConn* reference, TDBConn* target, const std::string& table, const std::string& error);
+// The side of a comparison whose connection is lost, or whose table cannot be read for that very reason; else the table
+// alone. `target_lost` tells it of the target that was compared; the one given is the copy in its place, which may be
+// connected here to look at the table.
+std::string ComparisonPlace(TDBConn* reference, TDBConn* target, bool target_lost, const std::string& table,
+                            const std::string& error);
 
 // The line of the statement of `text` that a MySQL store, filled as `before`, refuses with this error; 0 when it cannot
 // be told.

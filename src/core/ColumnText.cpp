@@ -73,7 +73,7 @@ bool HoldsAlias(std::string_view aliases, std::string_view word) {
 // Deliberate: the name of a row is compared exactly, its aliases are not.
 const TColumnTypeInfo& RowOfWord(TColumnTypeInfoArray table, const std::string& word) {
   const auto row = std::find_if(table.begin(), table.end(), [&word](const TColumnTypeInfo& each) {
-    return each.name == word || HoldsAlias(each.aliases, word);
+    return each.name == word || (!each.aliases.empty() && HoldsAlias(each.aliases, word));
   });
   if (row == table.end()) RaiseError("TDBConn.DecodeColumn: Unhandled column type " + word);
   return *row;

@@ -41,6 +41,11 @@ void TTableRow::CutTexts() {
   Cut(type, kWordWidth);
 }
 
+bool TColumnRow::SaysSame(const TColumnRow& other) const {
+  return datatype == other.datatype && size == other.size && precision == other.precision && notnull == other.notnull &&
+         autoinc == other.autoinc && default_ == other.default_;
+}
+
 void TColumnRow::CutTexts() {
   Cut(name, kNameWidth);
   Cut(default_, kNameWidth);
@@ -138,6 +143,7 @@ void TMeta::ColumnNames(std::string_view table, TStringList& list, bool in_quote
   GotoTable(table);
   CheckFetched();
   list.clear();
+  list.reserve(tColumns.Rows().size());
   for (const TColumnRow& row : tColumns.Rows()) list.push_back(in_quotes ? Owner().QuoteName(row.name) : row.name);
 }
 

@@ -56,6 +56,7 @@ struct TColumnRow {
   std::string default_;  // as SQL text with its quotes; empty when there is none
   bool autoinc = false;
 
+  bool SaysSame(const TColumnRow& other) const;  // all but the names
   int MasterId() const { return table_id; }
   void SetMasterId(int master) { table_id = master; }
   const std::string& Name() const { return name; }
@@ -150,6 +151,10 @@ class TMeta {
   bool FindColumn(std::string_view table, std::string_view column);
   bool FindKey(std::string_view table, std::string_view key);
   bool FindConstraint(std::string_view table, std::string_view constraint);
+  // Whether the cursor is on this table, fetched: a lookup in it then moves no cursor but that of what it looks for.
+  bool StandsOn(std::string_view table) const {
+    return tTables.HasCurrent() && tTables.Current().fetched && tTables.Current().name == table;
+  }
   void GotoTable(std::string_view table);  // raises "Can't find table %s in metadata", the others alike
   void GotoColumn(std::string_view table, std::string_view column);
   void GotoKey(std::string_view table, std::string_view key);

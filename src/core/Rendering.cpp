@@ -26,12 +26,13 @@ void TDBConn::KeyDescription(const TMetaKey& key, bool detailed, std::string& te
     text = key.name;
     return;
   }
-  const std::string head = key.primary  ? "primary key"
-                           : key.unique ? "unique key " + QuoteName(key.name)
-                                        : "key " + QuoteName(key.name);
-  std::string columns = key.columns;
-  std::replace(columns.begin(), columns.end(), ';', ',');
-  text = head + " (" + columns + ")";
+  std::string whole = key.primary ? "primary key" : key.unique ? "unique key " : "key ";
+  if (!key.primary) whole += QuoteName(key.name);
+  whole += " (";
+  const std::size_t columns = whole.size();
+  whole.append(key.columns).append(")");
+  std::replace(whole.begin() + static_cast<std::ptrdiff_t>(columns), whole.end(), ';', ',');
+  text = std::move(whole);
 }
 
 void TDBConn::EscapeString(const std::string& text, std::string& escaped) {

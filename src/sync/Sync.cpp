@@ -45,6 +45,7 @@ void TDBSync::Compare() {
   ActionLog.clear();
   tableUnderWay_.clear();
   data_.mtActions.Clear();
+  targetLost_ = true;                                    // unless it can be copied
   std::unique_ptr<TDBConn> snapshot = TgtConn->Clone();  // before anything touches the target
   RunGuarded(
       [this] {
@@ -54,6 +55,7 @@ void TDBSync::Compare() {
       },
       [this, &snapshot] {
         ExpectTexts(RefConn, {});
+        targetLost_ = !TgtConn->GetConnected();
         TgtConn = nullptr;
         connections_.SwapTarget(std::move(snapshot));
         tree_.EndUpdate();

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "sync/ActionTree.h"
 #include "sync/Data.h"
@@ -43,6 +44,9 @@ class TDBSync {
 
   // The table that the last run came to, for messages; empty when it ended well or came to none.
   const std::string& TableUnderWay() const { return tableUnderWay_; }
+  // Whether the target's connection was gone when the last run ended, for messages too: the copy in its place has one
+  // of its own.
+  bool TargetLost() const { return targetLost_; }
 
   // The passes over one table that both sides hold. Each raises what the stores and ParseDDL raise.
   void CompareColumns(const std::string& table);
@@ -55,6 +59,11 @@ class TDBSync {
 
  private:
   struct TColumnLists;
+  struct TKeyText {
+    std::string name;
+    std::string text;
+  };
+  using TKeyTexts = std::vector<TKeyText>;
   using TTablePass = void (TDBSync::*)(const std::string& table);
   using TTableVisit = std::function<void(const std::string& table)>;
 
@@ -81,12 +90,12 @@ class TDBSync {
   void DropObsoleteColumns(const std::string& table, TColumnLists& lists);
 
   // Steps of CompareKeys
-  void DropObsoleteKeys(const std::string& table);
-  bool DropNextObsoleteKey(const std::string& table);
-  bool ReferenceHasKey(const std::string& table, const std::string& text);
+  TKeyTexts WantedKeys(const std::string& table);  // the reference's, each rendered once
+  void DropObsoleteKeys(const std::string& table, const TKeyTexts& wanted);
+  bool DropNextObsoleteKey(const std::string& table, const TKeyTexts& wanted);
   bool FirstColumnCounts(const std::string& table);
-  void AddNewKeys(const std::string& table);
-  void CompareReferenceKey(const std::string& table, const std::string& name);
+  void AddNewKeys(const std::string& table, const TKeyTexts& wanted);
+  void CompareReferenceKey(const std::string& table, const std::string& name, const std::string& text);
   bool TargetHasNamelessKey(const std::string& table, const std::string& text);
 
   // Steps of CompareConstraints
@@ -100,6 +109,7 @@ class TDBSync {
   TMessageLog& log_;
   std::ptrdiff_t tableIndex_ = 0;  // of the table under way in the list that the pass walks
   std::string tableUnderWay_;
+  bool targetLost_ = false;
   bool tempKeyUsed_ = false;  // a temporary key is believed to stand in for the primary key
 };
 

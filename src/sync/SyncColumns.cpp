@@ -18,7 +18,7 @@ namespace velmora {
 
 namespace {
 
-constexpr char kNoPredecessor[] = "first";
+const std::string kNoPredecessor = "first";
 constexpr std::ptrdiff_t kFirstPlace = 0;
 
 // Column names in their order; lookups ignore case and give the first. Few are walked, many have an index.
@@ -60,7 +60,7 @@ struct TDBSync::TColumnLists {
   bool IsHandled(const std::string& name) const { return !handled.empty() && handled.contains(LowerText(name)); }
 
   // The nearest column in front of `name` that was not handled. `place` gets its position, -1 when there is none.
-  std::string Predecessor(const TColumnNames& columns, const std::string& name, std::ptrdiff_t& place) const {
+  const std::string& Predecessor(const TColumnNames& columns, const std::string& name, std::ptrdiff_t& place) const {
     for (place = std::max(columns.PlaceOf(name), kFirstPlace) - 1; place >= 0; --place) {
       const std::string& candidate = ItemAt(columns.Names(), place);
       if (!IsHandled(candidate)) return candidate;
@@ -93,17 +93,25 @@ void TDBSync::CompareTableType(const std::string& table) {
 void TDBSync::CompareColumn(const std::string& table, const std::string& name, TColumnLists& lists) {
   const bool isNew = !Target().FindColumn(table, name);
   std::string refText, tgtText;
-  // The target's engine renders both, so that the columns of two engines meet in one dialect.
-  Reference().ColumnDefinition(table, name, refText, TgtConn);
-  if (isNew) {
-    AddColumn(table, name, refText, lists);
-    return;
+  // The target's engine renders both, so that the columns of two engines meet in one dialect; rows that say the same
+  // it would only write twice.
+  if (!isNew && Reference().StandsOn(table) && Target().StandsOn(table) &&
+      Reference().tColumns.Current().SaysSame(Target().tColumns.Current())) {
+    TgtConn->ColumnDescription(ColumnRecord(Reference().tTables.Current(), Reference().tColumns.Current()), true,
+                               refText);
+    tgtText = refText;
+  } else {
+    Reference().ColumnDefinition(table, name, refText, TgtConn);
+    if (isNew) {
+      AddColumn(table, name, refText, lists);
+      return;
+    }
+    Target().ColumnDefinition(table, name, tgtText);
   }
-  Target().ColumnDefinition(table, name, tgtText);
 
   std::ptrdiff_t refPlace = 0;
-  const std::string refPrev = lists.Predecessor(lists.reference, name, refPlace);
-  const std::string tgtPrev = lists.Predecessor(lists.target, name, lists.lastPlace);
+  const std::string& refPrev = lists.Predecessor(lists.reference, name, refPlace);
+  const std::string& tgtPrev = lists.Predecessor(lists.target, name, lists.lastPlace);
   if (tgtText != refText || refPrev != tgtPrev) ModifyColumn(table, name, refText, refPrev);
 }
 
@@ -128,10 +136,10 @@ void TDBSync::DropObsoleteColumns(const std::string& table, TColumnLists& lists)
   Target().GotoTable(table);
   auto& columns = Target().tColumns;
   for (columns.First(); !columns.Eof(); columns.Next()) {
-    const std::string name = columns.Current().name;
-    if (Reference().FindColumn(table, name)) continue;
+    if (Reference().FindColumn(table, columns.Current().name)) continue;
     if (lists.IsHandled(ItemAt(lists.target.Names(), lists.lastPlace))) continue;
 
+    const std::string name = columns.Current().name;
     std::string description, unused;
     Target().ColumnDefinition(table, name, description);
     AddToActions(saDropColumn, table, description, name);

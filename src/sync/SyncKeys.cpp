@@ -1,5 +1,6 @@
 // The comparison of keys. They are compared as rendered text, in which the name stands.
 
+#include <algorithm>
 #include <string>
 
 #include "core/Meta.h"
@@ -19,30 +20,30 @@ std::string KeyText(TMeta& meta, const std::string& table, const std::string& ke
   return text;
 }
 
-// Whether one of the table's keys has this text. `nameOf` gives the name by which the text of a row is asked for.
-template <class NameOf>
-bool HasKeyText(TMeta& meta, const std::string& table, const std::string& text, NameOf nameOf) {
-  meta.GotoTable(table);
-  auto& keys = meta.tKeys;
+}  // namespace
+
+TDBSync::TKeyTexts TDBSync::WantedKeys(const std::string& table) {
+  TKeyTexts wanted;
+  Reference().GotoTable(table);
+  auto& keys = Reference().tKeys;
   for (auto row = keys.Rows().begin(); row != keys.Rows().end(); ++row) {
     keys.GoTo(row);
-    if (KeyText(meta, table, nameOf(*row)) == text) return true;
+    wanted.push_back({row->name, KeyText(Reference(), table, row->name)});
   }
-  return false;
+  return wanted;
 }
-
-}  // namespace
 
 // A changed key is dropped first and then found missing, so it shows as obsolete and new.
 void TDBSync::CompareKeys(const std::string& table) {
   GotoFetched(table);
   tempKeyUsed_ = false;
-  DropObsoleteKeys(table);
-  AddNewKeys(table);
+  const TKeyTexts wanted = WantedKeys(table);
+  DropObsoleteKeys(table, wanted);
+  AddNewKeys(table, wanted);
 }
 
-void TDBSync::DropObsoleteKeys(const std::string& table) {
-  while (DropNextObsoleteKey(table)) {
+void TDBSync::DropObsoleteKeys(const std::string& table, const TKeyTexts& wanted) {
+  while (DropNextObsoleteKey(table, wanted)) {
   }
 }
 
@@ -50,14 +51,16 @@ void TDBSync::DropObsoleteKeys(const std::string& table) {
 //
 // Deliberate: on a table whose first column counts by itself a temporary key would have to stand in for the primary key
 // while that is replaced. No statement makes one; what remains of it is that a key of that name is then left alone.
-bool TDBSync::DropNextObsoleteKey(const std::string& table) {
+bool TDBSync::DropNextObsoleteKey(const std::string& table, const TKeyTexts& wanted) {
   Target().GotoTable(table);
   auto& keys = Target().tKeys;
   for (auto row = keys.Rows().begin(); row != keys.Rows().end(); ++row) {
     keys.GoTo(row);
     const std::string name = row->name;
     const std::string text = KeyText(Target(), table, name);
-    if (name.empty() || ReferenceHasKey(table, text)) continue;
+    const bool isWanted =
+        std::any_of(wanted.begin(), wanted.end(), [&text](const TKeyText& key) { return key.text == text; });
+    if (name.empty() || isWanted) continue;
     if (name == kPrimaryKeyName && FirstColumnCounts(table)) tempKeyUsed_ = true;
     if (tempKeyUsed_ && name == kTempKeyName) continue;
 
@@ -69,27 +72,17 @@ bool TDBSync::DropNextObsoleteKey(const std::string& table) {
   return false;
 }
 
-bool TDBSync::ReferenceHasKey(const std::string& table, const std::string& text) {
-  return HasKeyText(Reference(), table, text, [](const TKeyRow& row) { return row.name; });
-}
-
 bool TDBSync::FirstColumnCounts(const std::string& table) {
   Target().GotoTable(table);
   const auto& columns = Target().tColumns.Rows();
   return !columns.empty() && columns.front().autoinc;
 }
 
-void TDBSync::AddNewKeys(const std::string& table) {
-  Reference().GotoTable(table);
-  auto& keys = Reference().tKeys;
-  for (auto row = keys.Rows().begin(); row != keys.Rows().end(); ++row) {
-    keys.GoTo(row);
-    CompareReferenceKey(table, row->name);
-  }
+void TDBSync::AddNewKeys(const std::string& table, const TKeyTexts& wanted) {
+  for (const auto& [name, text] : wanted) CompareReferenceKey(table, name, text);
 }
 
-void TDBSync::CompareReferenceKey(const std::string& table, const std::string& name) {
-  const std::string text = KeyText(Reference(), table, name);
+void TDBSync::CompareReferenceKey(const std::string& table, const std::string& name, const std::string& text) {
   bool isNew = true;
   if (name.empty()) {
     if (TargetHasNamelessKey(table, text)) return;
@@ -104,7 +97,13 @@ void TDBSync::CompareReferenceKey(const std::string& table, const std::string& n
 // Deliberate: the empty name is asked for at each row, whatever that row's name. So a target that has keys, but none
 // without a name, ends the run.
 bool TDBSync::TargetHasNamelessKey(const std::string& table, const std::string& text) {
-  return HasKeyText(Target(), table, text, [](const TKeyRow&) { return std::string(); });
+  Target().GotoTable(table);
+  auto& keys = Target().tKeys;
+  for (auto row = keys.Rows().begin(); row != keys.Rows().end(); ++row) {
+    keys.GoTo(row);
+    if (KeyText(Target(), table, {}) == text) return true;
+  }
+  return false;
 }
 
 }  // namespace velmora

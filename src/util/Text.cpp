@@ -11,8 +11,6 @@ namespace {
 
 constexpr char kNothingToChop[] = "Nothing to StrChop!";
 
-bool SameLetter(char a, char b) { return LowerChar(a) == LowerChar(b); }
-
 bool IsBlankOrControl(char c) { return static_cast<unsigned char>(c) <= 32; }
 
 // The first `count` bytes or the last, `count` below 1 standing for the length less that many.
@@ -64,10 +62,6 @@ std::string LowerText(std::string_view text) {
   std::string result(text);
   std::transform(result.begin(), result.end(), result.begin(), LowerChar);
   return result;
-}
-
-bool SameText(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), SameLetter);
 }
 
 std::string_view TrimView(std::string_view text) {

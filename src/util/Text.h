@@ -3,6 +3,7 @@
 // Routines on single texts. Texts are bytes in UTF-8; positions count bytes from 1, 0 means "not found"; letter case
 // is folded for ASCII letters only. None has state; only the two StrChop routines raise.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -13,9 +14,13 @@ namespace velmora {
 
 // --- Letters, white space, case
 constexpr char LowerChar(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+constexpr bool SameLetter(char a, char b) { return a == b || LowerChar(a) == LowerChar(b); }
 std::string LowerText(std::string_view text);
-bool SameText(std::string_view a, std::string_view b);  // equal but for the case of ASCII letters
-std::string_view TrimView(std::string_view text);       // without characters up to blank (codes 0 to 32) at both ends
+// Equal but for the case of ASCII letters. Here, since most texts that are compared differ in their length.
+constexpr bool SameText(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), SameLetter);
+}
+std::string_view TrimView(std::string_view text);  // without characters up to blank (codes 0 to 32) at both ends
 std::string Trim(std::string_view text);
 
 // --- Searching; `from` and results count from 1

@@ -46,7 +46,7 @@ void TDDLParser::RemoveComments(std::string_view sql) {
 }
 
 bool TDDLParser::ReadStatementHead() {
-  const std::string_view word = PeekWord();
+  const TWord word = PeekWord();
   if (word == "create") return ReadCreate();
   if (word == "alter") return ReadAlter();
   if (word != "drop") return true;
@@ -56,7 +56,7 @@ bool TDDLParser::ReadStatementHead() {
 
 bool TDDLParser::ReadCreate() {
   Expect("create");
-  const std::string_view what = NextWord();
+  const TWord what = NextWord();
   if (what == "table") {
     if (PeekWord() == "if") {
       NextWord();
@@ -66,7 +66,7 @@ bool TDDLParser::ReadCreate() {
     NextName();
     AddTable();
     Expect("(");
-  } else if (InList(what, {"unique", "fulltext", "index"})) {
+  } else if (what.In({"unique", "fulltext", "index"})) {
     pos_ -= word_.size();
   }
   return true;  // any other word is dropped
@@ -98,7 +98,7 @@ void TDDLParser::ReadDrop() {
 }
 
 void TDDLParser::ReadClause() {
-  if (InList(PeekWord(), {"unique", "constraint", "foreign", "fulltext", "key", "primary", "index"}))
+  if (PeekWord().In({"unique", "constraint", "foreign", "fulltext", "key", "primary", "index"}))
     ReadKeyClause();
   else
     ReadColumnClause();
@@ -110,7 +110,7 @@ void TDDLParser::EndClause() {
     return;
   }
   NextWord();
-  if (!InList(PeekWord(), {"engine", "type"})) return;
+  if (!PeekWord().In({"engine", "type"})) return;
   NextWord();
   SetTableType();
   SkipTableOptions();

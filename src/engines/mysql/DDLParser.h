@@ -8,6 +8,7 @@
 // column definition and is strict wherever structure hangs. Its limits are part of what it is: the comparison relies on
 // it taking exactly this dialect, so none of them is to be mended on its own.
 
+#include <algorithm>
 #include <cstddef>
 #include <initializer_list>
 #include <string>
@@ -15,6 +16,7 @@
 #include <vector>
 
 #include "core/Meta.h"
+#include "util/Text.h"
 #include "util/Words.h"
 
 namespace velmora {
@@ -33,6 +35,14 @@ class TDDLParser {
   void Parse(std::string_view sql);
 
  private:
+  // A word as it stands in the text; its case plays no part in comparisons.
+  struct TWord {
+    std::string_view text;
+    bool operator==(std::string_view keyword) const { return SameText(text, keyword); }
+    bool In(std::initializer_list<std::string_view> keywords) const {
+      return std::any_of(keywords.begin(), keywords.end(), [this](std::string_view each) { return *this == each; });
+    }
+  };
   // The items between brackets; they point into `text`.
   struct TBracketList {
     std::string text;
@@ -47,9 +57,9 @@ class TDDLParser {
 
   // --- Tokens, on the state below; see DDLParserTokens.cpp
   bool TokNext(bool in_quotes);  // takes a word; false at the end of the text
-  std::string_view NextWord();   // takes a word, gives `lower_`; raises at the end of the text
-  std::string_view PeekWord();   // the same, but takes only the white space before the word
-  std::string LastWord() const;  // the word before `pos_`, in lower case
+  TWord NextWord();              // takes a word; raises at the end of the text
+  TWord PeekWord();              // the same, but takes only the white space before the word
+  TWord LastWord() const;        // the word before `pos_`
   void Expect(std::string_view keyword);
   void ExpectAny(std::initializer_list<std::string_view> keywords);
   void SkipIf(std::string_view keyword);
@@ -103,7 +113,6 @@ class TDDLParser {
   std::string_view text_;   // without comments
   std::size_t pos_ = 1;     // counts from 1
   std::string_view word_;   // the current word as it stands in the text
-  std::string lower_;       // the same in lower case
   std::size_t peeked_ = 0;  // where `word_` starts when it was only looked at; 0 when it was taken
   TQuoteCounter quotes_{std::string_view()};
 

@@ -38,7 +38,7 @@ std::string DefaultText(std::string_view word, const TColumnRow& column) {
 }  // namespace
 
 void TDDLParser::ReadColumnClause() {
-  const std::string verb = LastWord();
+  const TWord verb = LastWord();
   SkipIf("column");
   if (verb == "drop") {
     DropColumn();
@@ -75,11 +75,10 @@ void TDDLParser::OpenColumn(bool change) {
 // Deliberate: the word before the brackets decides, and the numbers stay as they were written: «int(11) unsigned» is
 // an <I4> of size 11, whatever the type table makes of that.
 void TDDLParser::ReadColumnType() {
-  const std::string type(NextWord());
+  const std::string type = LowerText(NextWord().text);
   if (PeekWord() == "(") ReadColumnSize();
-  TMetaColumn record;
-  engine_.ParseColumnDescription(type, record);
-  meta_.tColumns.Edit().datatype = record.datatype;
+  TNumber length, precision, scale;
+  engine_.DecodeColumn(type, 0, 0, 0, meta_.tColumns.Edit().datatype, length, precision, scale);
 }
 
 // Deliberate: items that are no numbers, as those of an enum, end the parse.
@@ -97,7 +96,7 @@ void TDDLParser::ReadColumnSize() {
 // Words that are none of these are passed over: "unsigned", "comment" and its literal, a lone "null", "primary key"...
 // Deliberate: what a changed column doesn't name keeps its old value.
 void TDDLParser::ReadAttribute() {
-  const std::string_view word = NextWord();
+  const TWord word = NextWord();
   if (word == "not") {
     Expect("null");
     meta_.tColumns.Edit().notnull = true;
@@ -106,7 +105,8 @@ void TDDLParser::ReadAttribute() {
   } else if (word == "default") {
     ReadDefault();
   } else if (word == "after") {
-    MoveColumn(NextWord());  // Deliberate: backticks and all, so the anchor is found by its bare name only
+    // Deliberate: backticks and all, so the anchor is found by its bare name only.
+    MoveColumn(LowerText(NextWord().text));
   } else if (word == "first") {
     MoveColumn({});
   } else if (word == "last") {

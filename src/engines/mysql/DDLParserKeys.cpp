@@ -25,7 +25,7 @@ std::string Joined(const std::vector<std::string_view>& items) {
 void TDDLParser::ReadKeyClause() {
   if (LastWord() == "drop") {
     DropKey();
-  } else if (InList(PeekWord(), {"constraint", "foreign"})) {
+  } else if (PeekWord().In({"constraint", "foreign"})) {
     ReadConstraint();
   } else {
     const TKeyHead key = ReadKeyHead();
@@ -40,7 +40,7 @@ void TDDLParser::ReadKeyClause() {
 void TDDLParser::DropKey() {
   SkipIf("unique");
   SkipIf("fulltext");
-  const std::string_view what = NextWord();
+  const TWord what = NextWord();
   std::string name;
   if (what == "key" || what == "index") {
     NextWord();
@@ -71,7 +71,7 @@ TDDLParser::TKeyHead TDDLParser::ReadKeyHead() {
 }
 
 void TDDLParser::ReadKeyKind(TKeyHead& key) {
-  const std::string_view kind = NextWord();
+  const TWord kind = NextWord();
   if (kind == "primary") {
     key.primary = key.unique = true;
     Expect("key");
@@ -79,7 +79,7 @@ void TDDLParser::ReadKeyKind(TKeyHead& key) {
   }
   key.unique = kind == "unique";
   key.fulltext = kind == "fulltext";
-  if ((key.unique || key.fulltext) && InList(PeekWord(), {"key", "index"})) NextWord();
+  if ((key.unique || key.fulltext) && PeekWord().In({"key", "index"})) NextWord();
 }
 
 void TDDLParser::ReadKeyTable() {
@@ -126,7 +126,7 @@ void TDDLParser::ReadConstraint() {
   }
   meta_.tConstraints.Edit().name = WithoutTicks(name);
   Expect("foreign");
-  if (!InList(NextWord(), {"key", "index"})) RaiseError(kInvalidForeignKey);
+  if (!NextWord().In({"key", "index"})) RaiseError(kInvalidForeignKey);
   Expect("(");
   ReadBracketList(items_);
   Expect("references");
@@ -158,9 +158,9 @@ void TDDLParser::AddConstraintFields() {
 void TDDLParser::ReadRules() {
   while (PeekWord() == "on") {
     NextWord();
-    const std::string event(NextWord());
-    std::string action(NextWord());
-    if (action == "set" || action == "no") action.append(" ").append(NextWord());
+    const TWord event = NextWord();
+    std::string action = LowerText(NextWord().text);
+    if (action == "set" || action == "no") action.append(" ").append(LowerText(NextWord().text));
     TConstraintRow& row = meta_.tConstraints.Edit();
     if (event == "delete")
       row.delete_rule = action;

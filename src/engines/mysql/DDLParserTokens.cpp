@@ -1,8 +1,6 @@
 // The tokenizer of the DDL parser. All routines share its state; `pos_` never leaves a word that was taken, so each
 // round of any loop over words comes nearer to the end of the text.
 
-#include <algorithm>
-
 #include "engines/mysql/DDLParser.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -24,37 +22,35 @@ constexpr char kUnexpectedToken[] = "Unexpected parse token %s at offset %d";
 bool TDDLParser::TokNext(bool in_quotes) {
   std::size_t start = 0;
   StrNextWord(text_, pos_, start, word_, in_quotes);
-  lower_.resize(word_.size());
-  std::transform(word_.begin(), word_.end(), lower_.begin(), LowerChar);
   pos_ = start + word_.size();
   peeked_ = 0;
   return !word_.empty();
 }
 
-std::string_view TDDLParser::NextWord() {
+TDDLParser::TWord TDDLParser::NextWord() {
   if (peeked_ != 0 && peeked_ == pos_) {
     pos_ += word_.size();
     peeked_ = 0;
   } else if (!TokNext(false)) {
     RaiseError(Format(kWordExpected, pos_));
   }
-  return lower_;
+  return {word_};
 }
 
-std::string_view TDDLParser::PeekWord() {
+TDDLParser::TWord TDDLParser::PeekWord() {
   if (peeked_ == 0 || peeked_ != pos_) {
     NextWord();
     pos_ -= word_.size();
     peeked_ = pos_;
   }
-  return lower_;
+  return {word_};
 }
 
-std::string TDDLParser::LastWord() const {
+TDDLParser::TWord TDDLParser::LastWord() const {
   std::size_t start = 0;
   std::string_view word;
   StrPrevWord(text_, pos_, start, word);
-  return LowerText(word);
+  return {word};
 }
 
 void TDDLParser::Expect(std::string_view keyword) {
@@ -62,7 +58,7 @@ void TDDLParser::Expect(std::string_view keyword) {
 }
 
 void TDDLParser::ExpectAny(std::initializer_list<std::string_view> keywords) {
-  if (!InList(PeekWord(), keywords)) {
+  if (!PeekWord().In(keywords)) {
     const TStringList list(keywords.begin(), keywords.end());
     RaiseError(Format(kAnyWordExpected, JoinList(list, ","), word_));
   }
@@ -115,6 +111,6 @@ void TDDLParser::ReadBracketList(TBracketList& list) {
 
 void TDDLParser::UnexpectedToken() const { RaiseError(Format(kUnexpectedToken, word_, pos_)); }
 
-bool TDDLParser::AtClauseEnd() { return AtEnd() || InList(PeekWord(), {",", ")"}); }
+bool TDDLParser::AtClauseEnd() { return AtEnd() || PeekWord().In({",", ")"}); }
 
 }  // namespace velmora

@@ -5,7 +5,6 @@
 #include <limits>
 #include <optional>
 
-#include "util/Format.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -98,8 +97,8 @@ std::string MySQLColumnAttributes(const TMetaColumn& column, bool no_defaults) {
 
 std::string MySQLForeignKey(const TMetaConstraint& constraint) {
   // Deliberate: neither names in quotes nor the rules; texts are compared in this form.
-  return Format("constraint %s foreign key(%s) references %s(%s)", constraint.name,
-                WithCommas(constraint.local_columns), constraint.foreign_table, WithCommas(constraint.foreign_columns));
+  return "constraint " + constraint.name + " foreign key(" + WithCommas(constraint.local_columns) + ") references " +
+         constraint.foreign_table + "(" + WithCommas(constraint.foreign_columns) + ")";
 }
 
 TMetaColumn MySQLStandIn(const TMetaColumn& source) {
