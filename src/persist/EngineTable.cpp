@@ -4,9 +4,9 @@
 #include <iterator>
 #include <utility>
 
-#include "engines/mysql/ClientLibrary.h"
 #include "engines/mysql/DBConnMySQL.h"
 #include "engines/mysql/DBConnMySQLscript.h"
+#include "engines/mysql/MyClients.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -34,13 +34,13 @@ constexpr TEngineKey kOracle[] = {{"server"},
                                   {"password", EKeyKind::Secret},
                                   {"authmode", EKeyKind::Text, "Normal"},
                                   {"direct", EKeyKind::Boolean, "N"}};
-// An empty separator stands for columns of fixed width.
+// See HasFixedColumns.
 constexpr TEngineKey kText[] = {{"folder"}, {"HDR", EKeyKind::Boolean, "N"}, {"separator", EKeyKind::Text, "\t"}};
 constexpr TEngineKey kExcel[] = {{"filename"}, {"HDR", EKeyKind::Boolean, "N"}, {"IMEX", EKeyKind::Boolean, "Y"}};
 
 std::unique_ptr<TDBConn> MakeMySQL(const TEngineValues& values, const TEngineClients& clients) {
   const int port = values.Integer("port");
-  auto connection = clients.NewMyConnection ? clients.NewMyConnection() : std::make_unique<TLibraryConnection>();
+  auto connection = clients.NewMyConnection ? clients.NewMyConnection() : MakeMyConnection({});
   return std::make_unique<TDBConnMySQL>(std::move(connection), values.Text("server"), port, values.Text("database"),
                                         values.Text("username"), values.Text("password"));
 }
@@ -96,6 +96,15 @@ int TEngineValues::Integer(std::string_view key) const { return StrToInt(Text(ke
 const TEngineKey* TEngineRow::FindKey(std::string_view name) const {
   const auto found = std::ranges::find_if(keys, [&](const TEngineKey& key) { return SameText(key.name, name); });
   return found == keys.end() ? nullptr : &*found;
+}
+
+const TEngineKey* TEngineRow::SecretKey() const {
+  const auto found = std::ranges::find(keys, EKeyKind::Secret, &TEngineKey::kind);
+  return found == keys.end() ? nullptr : &*found;
+}
+
+bool HasFixedColumns(const TEngineValues& values) {
+  return values.Text("separator").empty() && !values.Boolean(kDelimited);
 }
 
 std::span<const TEngineRow> EngineTable() { return kEngines; }

@@ -62,7 +62,14 @@ struct TEngineRow {
   bool InTask(ETaskRole role) const { return role == ETaskRole::Reference ? reference : target; }
   bool CanBeMade() const { return make != nullptr; }       // this version has the engine
   const TEngineKey* FindKey(std::string_view name) const;  // ignoring case; null when there is none
+  const TEngineKey* SecretKey() const;                     // the password's; null for an engine without one
 };
+
+// Whether values of the text engine stand for columns of fixed width: an empty separator does, unless the value
+// kDelimited is true. Deliberate: that value is no key, so that a task file brings a delimited source without a
+// separator back as one of fixed width.
+bool HasFixedColumns(const TEngineValues& values);
+inline constexpr std::string_view kDelimited = "delimited";
 
 // Ordered by number. The MySQL script engine has a row and no name.
 std::span<const TEngineRow> EngineTable();

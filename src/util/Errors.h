@@ -40,16 +40,26 @@ class EAbort : public EVelmora {
   EAbort();
 };
 
-// An error of a MySQL server or client.
+// An error of a MySQL server or client, with its published number; 0 where there is none.
 class EMySqlException : public EVelmora {
  public:
   using EVelmora::EVelmora;
+  EMySqlException(int number, const std::string& message) : EVelmora(message), number_(number) {}
+  int Number() const { return number_; }
+
+ private:
+  int number_ = 0;
 };
 
-// An error of the transport below a client.
+// An error of the transport below a client, with the number of a client error; 0 where there is none.
 class SocketException : public EVelmora {
  public:
   using EVelmora::EVelmora;
+  SocketException(int number, const std::string& message) : EVelmora(message), number_(number) {}
+  int Number() const { return number_; }
+
+ private:
+  int number_ = 0;
 };
 
 [[noreturn]] void RaiseError(const std::string& message);  // raises EVelmora

@@ -1,12 +1,15 @@
 #include "support/LiveDatabase.h"
 
+#include "engines/mysql/MyClients.h"
 #include "engines/mysql/mysqlUtil.h"
 #include "util/Errors.h"
 
 namespace velmora::testing {
 
-std::unique_ptr<TLibraryConnection> ServerConnection(const TPrivateServer& server, const std::string& database) {
-  auto connection = std::make_unique<TLibraryConnection>();
+std::unique_ptr<TMyConnection> ServerConnection(const TPrivateServer& server, const std::string& database) {
+  TMyOptions options;
+  options.Direct = TWithBothClients::direct_;
+  auto connection = MakeMyConnection(options);
   connection->Options.Socket = server.Socket();
   connection->Port = server.Port();
   connection->Username = "root";

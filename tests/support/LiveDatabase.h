@@ -1,20 +1,38 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <string>
 
-#include "engines/mysql/ClientLibrary.h"
 #include "engines/mysql/DBConnMySQL.h"
+#include "engines/mysql/MyConnection.h"
 #include "support/PrivateServer.h"
 
 namespace velmora::testing {
 
-// A connection object for the server, unconnected, with the parameters of its administrator.
-std::unique_ptr<TLibraryConnection> ServerConnection(const TPrivateServer& server, const std::string& database = {});
+// A connection object for the server, unconnected, with the parameters of its administrator, of the client that is
+// tested: our own unless a test says otherwise.
+std::unique_ptr<TMyConnection> ServerConnection(const TPrivateServer& server, const std::string& database = {});
 
 void Execute(TMyConnection& connection, const std::string& sql);
 // The last column of the first row, as text.
 std::string Answer(TMyConnection& connection, const std::string& sql);
+
+// A test that runs with our own client and with the client library.
+class TWithBothClients : public ::testing::TestWithParam<bool> {
+ protected:
+  TWithBothClients() { direct_ = GetParam(); }
+  ~TWithBothClients() override { direct_ = true; }
+
+ private:
+  friend std::unique_ptr<TMyConnection> ServerConnection(const TPrivateServer& server, const std::string& database);
+  static inline bool direct_ = true;
+};
+
+inline std::string ClientName(const ::testing::TestParamInfo<bool>& client) {
+  return client.param ? "native" : "library";
+}
 
 // An empty database on a server, dropped at the end.
 class TLiveDatabase {
@@ -33,7 +51,7 @@ class TLiveDatabase {
  private:
   TPrivateServer& server_;
   std::string name_;
-  std::unique_ptr<TLibraryConnection> connection_;
+  std::unique_ptr<TMyConnection> connection_;
 };
 
 }  // namespace velmora::testing

@@ -7,6 +7,7 @@ namespace velmora {
 namespace {
 
 constexpr char kNotConnected[] = "Not connected";
+constexpr int kAccessDenied = 1045;
 
 }  // namespace
 
@@ -17,7 +18,33 @@ void TMyConnection::SetConnected(bool connected) {
     return;
   }
   if (BeforeConnect) BeforeConnect();
-  DoConnect();
+  Login();
+}
+
+void TMyConnection::Login() {
+  if (!LatePassword || !Password.empty() || Username.empty()) {
+    DoConnect();
+    return;
+  }
+  Password = LatePassword->Known();
+  try {
+    DoConnect();
+  } catch (const EMySqlException& error) {
+    if (error.Number() != kAccessDenied || !Password.empty()) throw;
+    Password = LatePassword->Ask(Username + "@" + (Server.empty() ? "localhost" : Server));
+    if (Password.empty()) throw;
+    DoConnect();
+    LatePassword->Keep(Password);
+  }
+}
+
+std::unique_ptr<TMyConnection> TMyConnection::NewSibling() const {
+  std::unique_ptr<TMyConnection> sibling = NewConnection();
+  sibling->Server = Server;
+  sibling->Port = Port;
+  sibling->Username = Username;
+  sibling->Password = Password;
+  return sibling;
 }
 
 void TMyConnection::CheckConnected() const {
@@ -28,6 +55,7 @@ void TMyConnection::CopyOptions(const TMyConnection& source) {
   ConnectionTimeout = source.ConnectionTimeout;
   IsolationLevel = source.IsolationLevel;
   Options = source.Options;
+  LatePassword = source.LatePassword;
 }
 
 void TMyQuery::Open() {

@@ -1,7 +1,8 @@
 #pragma once
 
 // The port to a MySQL client: a connection and its queries, exactly as the engine needs them. A backend is a client
-// library, a native client or a file that stands for a server; it turns its own errors into EVelmora, text unchanged.
+// library, a native client or a file that stands for a server; it turns its own errors into EVelmora, text unchanged,
+// those of a server into EMySqlException with their number.
 
 #include <cstdint>
 #include <functional>
@@ -32,6 +33,22 @@ struct TMyOptions {
   std::string Socket;  // path of the local server's socket; empty means the backend's usual one
 };
 
+// The password of an account that came without one, for as long as the program runs: asked for when a server has
+// refused the account, and kept once a server has taken it. Connections that are made of one another share it.
+class TLatePassword {
+ public:
+  // `ask` gets "USER@HOST"; an empty answer leaves the refusal as it is.
+  explicit TLatePassword(std::function<std::string(const std::string& account)> ask) : ask_(std::move(ask)) {}
+
+  const std::string& Known() const { return known_; }  // empty until one is kept
+  std::string Ask(const std::string& account) const { return ask_(account); }
+  void Keep(const std::string& password) { known_ = password; }
+
+ private:
+  std::function<std::string(const std::string& account)> ask_;
+  std::string known_;
+};
+
 // Created unconnected. Parameters are read while connecting and may be changed at any time. A backend's destructor
 // disconnects and raises nothing; queries must be gone by then.
 class TMyConnection : public TConnectionObject {
@@ -48,7 +65,8 @@ class TMyConnection : public TConnectionObject {
   int ConnectionTimeout = 15;  // seconds
   int IsolationLevel = 0;  // 0 is the server's own; from 1 read uncommitted, read committed, repeatable, serializable
   TMyOptions Options;
-  std::function<void()> BeforeConnect;  // called before each attempt to connect; may set the parameters
+  std::function<void()> BeforeConnect;          // called before each attempt to connect; may set the parameters
+  std::shared_ptr<TLatePassword> LatePassword;  // where Password is empty; null means that nobody can be asked
 
   // Nothing happens when the connection already is as wanted. After a failure to connect it is not connected.
   void SetConnected(bool connected) final;
@@ -61,6 +79,17 @@ class TMyConnection : public TConnectionObject {
   virtual std::unique_ptr<TMyQuery> NewQuery() = 0;
   // An unconnected one of the same backend and options; parameters and event are the caller's to set.
   virtual std::unique_ptr<TMyConnection> NewConnection() const = 0;
+  // The same with the parameters of this one, but for the database: another way to the same server.
+  std::unique_ptr<TMyConnection> NewSibling() const;
+
+  // Two calls for other threads while one waits for a statement; both do nothing on a connection that is not open.
+  // Asks the server, by a connection of its own, to break off the statement that runs, which then ends with the
+  // server's error for that; one that has just ended is none the worse. Returns when the server has taken the word, and
+  // raises when that can't be had within seconds.
+  virtual void CancelRunning() {}
+  // Ends the connection below the client, at once and without a word to the server: whoever waits gets the error of a
+  // lost connection, and what the statement does to its end is not known.
+  virtual void Sever() {}
 
   // A hint: "show create table" will be asked next for these tables, in this order. The answers of a backend that
   // reads ahead must not differ from those of one that does not.
@@ -71,6 +100,7 @@ class TMyConnection : public TConnectionObject {
   void CopyOptions(const TMyConnection& source);
 
  private:
+  void Login();
   virtual void DoConnect() = 0;
   virtual void DoDisconnect() = 0;
 };

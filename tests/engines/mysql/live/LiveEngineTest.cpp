@@ -22,7 +22,7 @@ using ::testing::Not;
 using testing::TLiveDatabase;
 using testing::TPrivateServer;
 
-class LiveEngine : public ::testing::Test {
+class LiveEngine : public testing::TWithBothClients {
  protected:
   void Connect() { engine->Connect(); }
   std::string CreationText(const std::string& table) {
@@ -35,7 +35,7 @@ class LiveEngine : public ::testing::Test {
   std::unique_ptr<TDBConnMySQL> engine = database.NewEngine();
 };
 
-TEST_F(LiveEngine, ListsTablesAndDatabases) {
+TEST_P(LiveEngine, ListsTablesAndDatabases) {
   database.Run("create table `b c` (a int)");
   database.Run("create table `Šifra` (a int)");
   Connect();
@@ -48,7 +48,7 @@ TEST_F(LiveEngine, ListsTablesAndDatabases) {
   EXPECT_EQ(Answer(engine->GetConnectionObject(), "select database()"), "live");
 }
 
-TEST_F(LiveEngine, ListsDatabasesWhenItsOwnIsMissing) {
+TEST_P(LiveEngine, ListsDatabasesWhenItsOwnIsMissing) {
   TDBConnMySQL missing(testing::ServerConnection(TPrivateServer::Shared()), "", 3306, "no such", "root", "");
   EXPECT_THAT(MessageOf([&] { missing.Connect(); }), HasSubstr("Unknown database 'no such'"));
   TStringList databases;
@@ -58,7 +58,7 @@ TEST_F(LiveEngine, ListsDatabasesWhenItsOwnIsMissing) {
 }
 
 // The texts that servers of the time of this dialect printed.
-TEST_F(LiveEngine, FetchesStructure) {
+TEST_P(LiveEngine, FetchesStructure) {
   database.Run("create table p (id int not null, name varchar(40) not null default 'it', primary key (id))");
   database.Run(
       "create table `c d` (id int not null auto_increment, p_id int, price decimal(10,2) not null default 0, "
@@ -85,7 +85,7 @@ TEST_F(LiveEngine, FetchesStructure) {
             "constraint fk(p_id)->p(id) delete=cascade update=set null\n");
 }
 
-TEST_F(LiveEngine, TableThatIsGone) {
+TEST_P(LiveEngine, TableThatIsGone) {
   database.Run("create table t (a int)");
   Connect();
   database.Run("drop table t");
@@ -93,7 +93,7 @@ TEST_F(LiveEngine, TableThatIsGone) {
   EXPECT_TRUE(engine->GetConnected());
 }
 
-TEST_F(LiveEngine, CloneIsAConnectionOfItsOwn) {
+TEST_P(LiveEngine, CloneIsAConnectionOfItsOwn) {
   database.Run("create table t (a int) engine=InnoDB");
   Connect();
   const std::unique_ptr<TDBConn> clone = engine->Clone();
@@ -108,7 +108,7 @@ TEST_F(LiveEngine, CloneIsAConnectionOfItsOwn) {
   EXPECT_EQ(engine->GetRecordCount("t"), 0);
 }
 
-TEST_F(LiveEngine, ReadsRows) {
+TEST_P(LiveEngine, ReadsRows) {
   database.Run("create table `t t` (a int, b varchar(10)) engine=InnoDB");
   database.Run("insert into `t t` select seq, concat('v', seq) from seq_1_to_100");
   Connect();
@@ -133,7 +133,7 @@ TEST_F(LiveEngine, ReadsRows) {
 }
 
 // A value written as the literal that the engine makes of it is the value again.
-TEST_F(LiveEngine, LiteralsComeBack) {
+TEST_P(LiveEngine, LiteralsComeBack) {
   const char kCreate[] = "(a varchar(50), b datetime, c int, d decimal(12,4), e date)";
   database.Run(std::string("create table s ") + kCreate);
   database.Run(std::string("create table t ") + kCreate);
@@ -213,7 +213,7 @@ constexpr TStatementCase kStatements[] = {
     {"created table with an engine", "create table t (\r\n\ta int\r\n\r\n) engine=InnoDB", kOk},
 };
 
-TEST_F(LiveEngine, StatementsOfTheDialect) {
+TEST_P(LiveEngine, StatementsOfTheDialect) {
   Connect();
   engine->ExecSQL("set sql_mode='NO_ENGINE_SUBSTITUTION'");
   engine->ExecSQL("set foreign_key_checks=0");
@@ -225,7 +225,7 @@ TEST_F(LiveEngine, StatementsOfTheDialect) {
   EXPECT_TRUE(engine->GetConnected());
 }
 
-TEST_F(LiveEngine, OperationsThatChangeTheStructure) {
+TEST_P(LiveEngine, OperationsThatChangeTheStructure) {
   database.Run(kParent);
   database.Run("insert into p values (1, 1, 'b', 'v')");
   Connect();
@@ -253,6 +253,8 @@ TEST_F(LiveEngine, OperationsThatChangeTheStructure) {
   EXPECT_THAT(MessageOf([&] { engine->CreateTable("t", {"a int"}); }), HasSubstr("error in your SQL syntax"));
   EXPECT_EQ(Answer(engine->GetConnectionObject(), "select @@foreign_key_checks"), "0");
 }
+
+INSTANTIATE_TEST_SUITE_P(Clients, LiveEngine, ::testing::Bool(), testing::ClientName);
 
 }  // namespace
 }  // namespace velmora

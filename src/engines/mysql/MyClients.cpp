@@ -1,0 +1,18 @@
+#include "engines/mysql/MyClients.h"
+
+#include "engines/mysql/ClientLibrary.h"
+#include "engines/mysql/ClientNative.h"
+
+namespace velmora {
+
+std::unique_ptr<TMyConnection> MakeMyConnection(const TMyOptions& options) {
+  std::unique_ptr<TMyConnection> connection;
+  if (options.Direct)
+    connection = std::make_unique<TNativeConnection>();
+  else
+    connection = std::make_unique<TLibraryConnection>();
+  connection->Options = options;
+  return connection;
+}
+
+}  // namespace velmora

@@ -1,0 +1,73 @@
+#pragma once
+
+// What a backend that talks to a MySQL server brings with it; TServerConnection makes a connection of it.
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engines/mysql/MySQLValues.h"
+
+namespace velmora {
+
+class TMyConnection;
+
+// The rows of a result, kept by the backend or still on the wire.
+class TMyRows {
+ public:
+  TMyRows() = default;
+  TMyRows(const TMyRows&) = delete;
+  TMyRows& operator=(const TMyRows&) = delete;
+  virtual ~TMyRows() = default;  // raises nothing
+
+  virtual const std::vector<TMyColumn>& Columns() const = 0;
+  virtual bool Next() = 0;  // to the next row, the first one at first; false behind the last
+  // Of the current row, until the next operation; nothing is null.
+  virtual std::optional<std::string_view> Value(std::size_t column) const = 0;
+
+  // Of rows that are kept: how many there are; the first is next.
+  virtual std::size_t Count() const = 0;
+  virtual void First() = 0;
+  // Of rows on the wire: those that are still to come are thrown away.
+  virtual void Skip() = 0;
+};
+
+// Errors are EMySqlException. After one that leaves nobody to talk to, or no way to understand each other, the wire is
+// not open.
+class TMyWire {
+ public:
+  TMyWire() = default;
+  TMyWire(const TMyWire&) = delete;
+  TMyWire& operator=(const TMyWire&) = delete;
+  virtual ~TMyWire() = default;  // closes, raises nothing
+
+  // With the parameters and options of `connection`. `answer_time` is how long a statement may take, in seconds; 0 is
+  // for ever. After a failure the wire is not open.
+  virtual void Open(const TMyConnection& connection, int answer_time) = 0;
+  virtual bool IsOpen() const = 0;
+  virtual void Close() = 0;  // raises nothing
+
+  // Sends a statement and reads as much of the reply as says whether there are rows; they are then taken by Rows.
+  virtual void Send(std::string_view sql) = 0;
+  // Null when there are none. `keep`: all are read at once. Otherwise nothing else may be sent before the last one.
+  virtual std::unique_ptr<TMyRows> Rows(bool keep) = 0;
+  // Behind the last row, or where there are none: what else a procedure gives is thrown away.
+  virtual void SkipFurther() = 0;
+
+  virtual std::int64_t RowsAffected() const = 0;          // of a statement without rows
+  virtual std::optional<bool> InTransaction() const = 0;  // as the server has said last
+
+  virtual std::uint64_t ThreadId() const = 0;  // the server's number of this connection
+  virtual int Handle() const = 0;              // the system's number of the socket; -1: there is none
+};
+
+// The server is that of this machine, which is reached by its socket.
+bool IsLocalServer(const std::string& server);
+// What a server says before it hangs up, by the number of the error.
+bool IsFarewell(int error);
+
+}  // namespace velmora

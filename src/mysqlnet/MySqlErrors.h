@@ -1,0 +1,48 @@
+#pragma once
+
+// The errors that a client finds by itself, by their published numbers.
+
+#include <string>
+#include <string_view>
+
+#include "util/Errors.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+inline constexpr char kMySqlHost[] = "localhost";  // of a connection that names none
+inline constexpr int kMySqlPort = 3306;
+
+enum EMySqlError {
+  kCannotConnectLocally = 2002,
+  kCannotConnect = 2003,
+  kUnknownHost = 2005,
+  kProtocolMismatch = 2007,
+  kNoMemoryLeft = 2008,
+  kBadHandshake = 2012,
+  kConnectionLost = 2013,
+  kOutOfSync = 2014,
+  kPacketTooLarge = 2020,
+  kTlsFailed = 2026,
+  kMalformedPacket = 2027,
+  kUnknownProtocol = 2046,
+  kUnknownPlugin = 2059,
+  kFileRefused = 2068,
+  kPacketsOutOfOrder = 1156,  // these two have a server's numbers
+  kNotInflated = 1157
+};
+
+// The text of a number, with its %s and %d; "Unknown MySQL error" for one that has none.
+std::string_view MySqlErrorText(int number);
+
+template <class... Args>
+EMySqlException ClientError(int number, const Args&... args) {
+  return {number, Format(MySqlErrorText(number), args...)};
+}
+
+template <class... Args>
+SocketException TransportError(int number, const Args&... args) {
+  return {number, Format(MySqlErrorText(number), args...)};
+}
+
+}  // namespace velmora

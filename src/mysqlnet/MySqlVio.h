@@ -1,0 +1,36 @@
+#pragma once
+
+// The transport below a MySQL connection: bytes to and from a server, nothing else.
+
+#include <cstddef>
+#include <string>
+
+namespace velmora {
+
+// Created closed. A destructor closes and raises nothing.
+class TMySqlVio {
+ public:
+  TMySqlVio() = default;
+  TMySqlVio(const TMySqlVio&) = delete;
+  TMySqlVio& operator=(const TMySqlVio&) = delete;
+  virtual ~TMySqlVio() = default;
+
+  // How many seconds Connect takes at most, and how long Read and Write put up with a peer that does nothing; 0 is for
+  // ever. May be called at any time.
+  virtual void SetTimeout(int seconds) = 0;
+  virtual void Connect() = 0;  // raises SocketException with the number of a client error
+  virtual void Close() = 0;    // raises nothing, may be called again
+  // Both work from `buffer + offset` on and give the count that was read or written: less than `count` only when the
+  // peer is gone, the transport is closed or the time is up. They raise nothing.
+  virtual std::size_t Read(char* buffer, std::size_t offset, std::size_t count) = 0;
+  virtual std::size_t Write(const char* buffer, std::size_t offset, std::size_t count) = 0;
+
+  // Why the last Read or Write fell short, for a message; empty when the peer is gone.
+  virtual std::string Fault() const { return {}; }
+  // Nobody on the way can read along, so that a password may be sent as it is.
+  virtual bool IsPrivate() const { return false; }
+  // The system's number of what is open below, to be duplicated by who wants to end it from outside; -1: there is none.
+  virtual int Handle() const { return -1; }
+};
+
+}  // namespace velmora

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "engines/mysql/mysqlUtil.h"
+#include "support/CompanionRun.h"
+#include "support/LiveDatabase.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+
+namespace velmora::testing {
+
+inline std::string LiveSource(const std::string& database) { return "mysql://root:@localhost/" + database; }
+inline std::string LiveSource(const std::string& database, int port) {
+  return Format("mysql://root:@127.0.0.1:%d/%s", port, database);
+}
+
+// The companion within this process; "localhost" is the shared server.
+inline TAnswer RunLive(std::vector<std::string> arguments,
+                       std::function<std::string(const std::string&, bool)> ask = {}) {
+  arguments.insert(arguments.end(), {"--socket", TPrivateServer::Shared().Socket()});
+  return RunInProcess(arguments, std::move(ask));
+}
+
+// Looks with a connection of its own at what others leave on a server; made before they come.
+class TWitness {
+ public:
+  explicit TWitness(TLiveDatabase& database) : database_(database), connections_(Connections()) {}
+
+  std::string Ask(const std::string& query) { return Answer(database_.Connection(), query); }
+  // Nobody has a transaction or a lock on a table of the database.
+  bool NothingHeld() {
+    if (Ask("select count(*) from information_schema.innodb_trx") != "0") return false;
+    TStringList tables;
+    MySqlQueryList("show tables", tables, database_.Connection());
+    try {
+      database_.Run("set lock_wait_timeout = 1");
+      for (const std::string& table : tables) database_.Run("lock tables `" + table + "` write");
+      database_.Run("unlock tables");
+    } catch (const EVelmora&) {
+      return false;
+    }
+    return true;
+  }
+  // The same, and no connection either; waits a little, since a server may learn of an end later.
+  bool NothingLeft() {
+    for (int i = 0; i < 500 && Connections() != connections_; ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return Connections() == connections_ && NothingHeld();
+  }
+
+ private:
+  std::string Connections() { return Ask("select count(*) from information_schema.processlist where user = 'root'"); }
+
+  TLiveDatabase& database_;
+  std::string connections_;
+};
+
+}  // namespace velmora::testing
