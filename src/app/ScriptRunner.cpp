@@ -30,6 +30,10 @@ std::size_t TRunReport::InForce() const {
   return ended ? executed : 0;
 }
 
+bool TRunReport::CommitUnknown() const {
+  return lost && !committed && (committing || (failed && CommitsByItself(statements[*failed].text)));
+}
+
 void TScriptRunner::RunScript(const std::string& text, bool useTransaction) {
   TDBConn& target = *connections_.target;
   report_ = {};
@@ -41,6 +45,7 @@ void TScriptRunner::RunScript(const std::string& text, bool useTransaction) {
         TScriptPieces split = SplitScript(text);
         report_.statements = std::move(split.statements);
         Execute(target, split.pieces);
+        report_.committing = true;
         if (useTransaction) target.Commit();
         report_.committed = done = true;
       },

@@ -19,6 +19,7 @@ struct TRunReport {
   std::vector<TScriptStatement> statements;
   std::size_t executed = 0;           // statements that the server has accepted
   std::optional<std::size_t> failed;  // index of the statement that it refused
+  bool committing = false;            // every statement ran, and the commit was sent
   bool committed = false;
   bool lost = false;                   // the connection is gone: what the last statement did is not known
   std::optional<std::size_t> settled;  // statements that the server was seen to have put in force, where it told
@@ -27,6 +28,9 @@ struct TRunReport {
   // statements. A change of structure commits by itself, with all that ran before it, and ends the transaction, so that
   // what follows is in force at once too.
   std::size_t InForce() const;
+  // The connection was lost while the server may have been committing, at the end or by a change of structure: what
+  // InForce leaves out may be in force all the same.
+  bool CommitUnknown() const;
 };
 
 class TScriptRunner {

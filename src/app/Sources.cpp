@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "app/SourceText.h"
-#include "engines/mysql/ClientLibrary.h"
+#include "engines/mysql/MyClients.h"
 #include "engines/mysql/OfflineEngine.h"
 #include "persist/EngineTable.h"
 #include "util/Errors.h"
@@ -14,9 +14,11 @@ namespace velmora {
 
 TEngineClients ClientsOf(const TSourceSettings& settings) {
   TEngineClients clients;
-  clients.NewMyConnection = [options = settings.Client] {
-    auto connection = std::make_unique<TLibraryConnection>();
-    connection->Options = options;
+  std::shared_ptr<TLatePassword> late;
+  if (settings.PasswordRefused) late = std::make_shared<TLatePassword>(settings.PasswordRefused);
+  clients.NewMyConnection = [options = settings.Client, late] {
+    auto connection = MakeMyConnection(options);
+    connection->LatePassword = late;
     return connection;
   };
   return clients;
@@ -43,9 +45,8 @@ std::string AccountOf(const TEngineValues& values) {
 // The engine of values that were given as an argument. Asks for a password that is not among them, and warns of one
 // that is.
 std::unique_ptr<TDBConn> MakeGiven(const TEngineRow& engine, TEngineValues values, const TSourceSettings& settings) {
-  const auto secret =
-      std::ranges::find_if(engine.keys, [](const TEngineKey& key) { return key.kind == EKeyKind::Secret; });
-  if (secret != engine.keys.end() && engine.CanBeMade()) {
+  const TEngineKey* secret = engine.SecretKey();
+  if (secret != nullptr && engine.CanBeMade()) {
     const bool given = values.Has(secret->name);
     if (given && !values.Text(secret->name).empty() && settings.Warn) settings.Warn(kPasswordGiven);
     if (!given && settings.AskPassword) values.Set(secret->name, settings.AskPassword(AccountOf(values)));

@@ -22,6 +22,12 @@ auto Named(const std::string& path, Body body) {
   }
 }
 
+std::unique_ptr<TDBConn> MakeSide(TTaskSide side, const TSourceSettings& settings) {
+  const TEngineKey* secret = side.engine->SecretKey();
+  if (secret != nullptr && settings.TaskPassword) side.values.Set(secret->name, *settings.TaskPassword);
+  return MakeTaskEngine(side, ClientsOf(settings));
+}
+
 }  // namespace
 
 bool IsTaskFile(const std::string& source) {
@@ -29,11 +35,14 @@ bool IsTaskFile(const std::string& source) {
   return source.size() >= extension.size() && SameText(source.substr(source.size() - extension.size()), extension);
 }
 
-TTaskConnections MakeTask(const std::string& path, const TSourceSettings& settings) {
+TTaskConnections MakeTask(const std::string& path, const TSourceSettings& reference, const TSourceSettings& target) {
   return Named(path, [&] {
-    TOpenedTask task = ReadTask(path, ClientsOf(settings));
+    const TTaskReader reader(path);
+    TTaskConnections task;
+    task.reference = MakeSide(reader.Reference(), reference);
+    task.target = MakeSide(reader.Target(), target);
     CheckTarget(*task.target);
-    return TTaskConnections{std::move(task.reference), std::move(task.target)};
+    return task;
   });
 }
 

@@ -12,9 +12,10 @@ namespace velmora {
 
 bool IsTaskFile(const std::string& source);  // ends in .vlt
 
-// Both sides of a task file, not connected; passwords are those of the file. Raises for a side that cannot be made, and
-// for a target that a script cannot change.
-TTaskConnections MakeTask(const std::string& path, const TSourceSettings& settings = {});
+// Both sides of a task file, not connected; passwords are those of the file, unless the settings have one. Raises for a
+// side that cannot be made, and for a target that a script cannot change.
+TTaskConnections MakeTask(const std::string& path, const TSourceSettings& reference = {},
+                          const TSourceSettings& target = {});
 
 void CheckTaskName(const std::string& path);  // raises for a name that does not end in .vlt
 

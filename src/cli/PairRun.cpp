@@ -40,13 +40,23 @@ std::optional<std::string> TPairRun::GenerateScript() {
 }
 
 TTaskConnections TPairRun::Make(const TPair& pair, const TSourceOptions& options) {
-  if (IsTaskFile(pair.reference) && options.HasPasswordFile())
-    RaiseError("A task file holds its own passwords: no password file can be given with it");
-  if (IsTaskFile(pair.reference)) return MakeTask(pair.reference, options.ForOne(console_));
+  if (IsTaskFile(pair.reference))
+    return MakeTask(pair.reference, AskingWithoutBar(options.ForTaskReference(console_)),
+                    AskingWithoutBar(options.ForTaskTarget(console_)));
   TTaskConnections connections;
   connections.reference = MakeSource(pair.reference, options.ForReference(console_));
   connections.target = MakeTarget(pair.target, options.ForTarget(console_));
   return connections;
+}
+
+// A password may be asked for in the middle of the work.
+TSourceSettings TPairRun::AskingWithoutBar(TSourceSettings settings) {
+  if (settings.PasswordRefused)
+    settings.PasswordRefused = [this, ask = settings.PasswordRefused](const std::string& account) {
+      progress_->Finish();
+      return ask(account);
+    };
+  return settings;
 }
 
 void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_script) {
@@ -78,7 +88,7 @@ std::optional<std::string> TPairRun::Reported(Body body) {
     progress_->Finish();
     const std::string message = WithoutSecrets(error.what());
     console_.Error(Placed(ComparisonPlace(app_.connections.reference.get(), app_.connections.target.get(),
-                                          app_.sync.TableUnderWay(), message),
+                                          app_.sync.TargetLost(), app_.sync.TableUnderWay(), message),
                           message));
     return message;
   }

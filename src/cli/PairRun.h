@@ -32,6 +32,7 @@ class TPairRun {
   void EndProgress() { progress_->Finish(); }
 
  private:
+  TSourceSettings AskingWithoutBar(TSourceSettings settings);
   TTaskConnections Make(const TPair& pair, const TSourceOptions& options);
   void Open(const TPair& pair, const TSourceOptions& options, bool for_script);
   template <class Body>

@@ -22,10 +22,12 @@ int TRowsCommand::Execute(TConsole& console) {
   try {
     const std::unique_ptr<TDBConn> conn = MakeSource(source_, options_.ForOne(console));
     conn->fetch_in_chunks = true;
-    conn->Connect();
+    ConnectNamed(*conn);
     TTableGuard rows(*conn, table_);
     output->Begin(rows->Fields());
     for (long long count = 0; !rows->Eof() && (limit_ < 0 || count < limit_); ++count, rows->Next()) output->Row(*rows);
+  } catch (const EAbort&) {
+    throw;
   } catch (const EVelmora& error) {
     console.Error(error.what());
     output->End(error.what());

@@ -4,8 +4,22 @@
 
 #include "cli/Command.h"
 #include "util/Files.h"
+#include "util/Format.h"
 
 namespace velmora {
+
+namespace {
+
+std::string AskFor(const std::string& account, TConsole& console) {
+  return console.AskSecret("Password for " + account + ": ");
+}
+
+const char* HowToGive(bool has_sides) {
+  return has_sides ? "give it by --password-file, or --reference-password-file and --target-password-file"
+                   : "give it by --password-file";
+}
+
+}  // namespace
 
 std::string ReadPasswordFile(const std::string& path) {
   const std::string text = ReadFileText(path);
@@ -13,11 +27,16 @@ std::string ReadPasswordFile(const std::string& path) {
 }
 
 void TSourceOptions::DeclareOne(CLI::App& app) {
-  app.add_option("--password-file", password_file_, "Take the password from the first line of FILE")->type_name("FILE");
+  app.add_option("--password-file", password_file_,
+                 "Take the password from the first line of FILE, before one that a task file holds")
+      ->type_name("FILE");
   DeclareChoice(app, "--tls", {"off", "preferred", "required"},
                 "required: encrypted, and the server's certificate is checked; preferred: encrypted where the server "
                 "offers it; off",
                 [this](std::size_t choice) { client_.Tls = static_cast<ETls>(choice); });
+  DeclareChoice(app, "--client", {"native", "library"},
+                "native: speak to MySQL servers directly; library: through the MySQL client library",
+                [this](std::size_t choice) { client_.Direct = choice == 0; });
   app.add_option("--tls-ca", client_.CaFile, "Trust the certificates in FILE instead of the system's")
       ->type_name("FILE");
   app.add_option("--socket", client_.Socket, "The local server's socket")->type_name("FILE");
@@ -26,21 +45,18 @@ void TSourceOptions::DeclareOne(CLI::App& app) {
 
 void TSourceOptions::DeclarePair(CLI::App& app) {
   DeclareOne(app);
+  has_sides_ = true;
   app.add_option("--reference-password-file", reference_password_file_, "The same for the reference alone")
       ->type_name("FILE");
   app.add_option("--target-password-file", target_password_file_, "The same for the target alone")->type_name("FILE");
 }
 
-bool TSourceOptions::HasPasswordFile() const {
-  return !password_file_.empty() || !reference_password_file_.empty() || !target_password_file_.empty();
+const std::string& TSourceOptions::ReferenceFile() const {
+  return reference_password_file_.empty() ? password_file_ : reference_password_file_;
 }
 
-TSourceSettings TSourceOptions::ForReference(TConsole& console) const {
-  return Settings(reference_password_file_.empty() ? password_file_ : reference_password_file_, console);
-}
-
-TSourceSettings TSourceOptions::ForTarget(TConsole& console) const {
-  return Settings(target_password_file_.empty() ? password_file_ : target_password_file_, console);
+const std::string& TSourceOptions::TargetFile() const {
+  return target_password_file_.empty() ? password_file_ : target_password_file_;
 }
 
 TSourceSettings TSourceOptions::Settings(const std::string& password_file, TConsole& console) const {
@@ -48,8 +64,35 @@ TSourceSettings TSourceOptions::Settings(const std::string& password_file, TCons
   settings.Client = client_;
   settings.Warn = [&console](const std::string& text) { console.Warn(text); };
   settings.AskPassword = [password_file, &console](const std::string& account) {
-    return password_file.empty() ? console.AskSecret("Password for " + account + ": ")
-                                 : ReadPasswordFile(password_file);
+    return password_file.empty() ? AskFor(account, console) : ReadPasswordFile(password_file);
+  };
+  if (!console.CanAsk() && password_file.empty())
+    settings.PasswordRefused = [has_sides = has_sides_, &console](const std::string& account) {
+      console.Note(Format("no password was given for %s, and there is no terminal to ask on: %s", account,
+                          HowToGive(has_sides)));
+      return std::string();
+    };
+  return settings;
+}
+
+TSourceSettings TSourceOptions::TaskSettings(const std::string& password_file, TConsole& console) const {
+  TSourceSettings settings = Settings(password_file, console);
+  if (!password_file.empty())
+    settings.TaskPassword = ReadPasswordFile(password_file);
+  else if (console.CanAsk())
+    settings.PasswordRefused = [&console](const std::string& account) { return AskFor(account, console); };
+  return settings;
+}
+
+TSourceSettings TSourceOptions::StoredSettings(const std::string& password_file, TConsole& console) const {
+  TSourceSettings settings = Settings(password_file, console);
+  if (!password_file.empty() || console.CanAsk()) return settings;
+  settings.AskPassword = [&console](const std::string& account) {
+    if (!account.starts_with('@'))  // without a user there is nobody to have a password
+      console.Warn(
+          Format("no password was given for %s, and there is no terminal to ask on: an empty one is stored; %s",
+                 account, HowToGive(true)));
+    return std::string();
   };
   return settings;
 }

@@ -18,17 +18,28 @@ class TSourceOptions {
   void DeclareOne(CLI::App& app);   // --password-file
   void DeclarePair(CLI::App& app);  // one for each side too
   bool verbose() const { return verbose_; }
-  bool HasPasswordFile() const;
 
   TSourceSettings ForOne(TConsole& console) const { return Settings(password_file_, console); }
-  TSourceSettings ForReference(TConsole& console) const;
-  TSourceSettings ForTarget(TConsole& console) const;
+  TSourceSettings ForReference(TConsole& console) const { return Settings(ReferenceFile(), console); }
+  TSourceSettings ForTarget(TConsole& console) const { return Settings(TargetFile(), console); }
+  // The same for the sides of a task file: a password file counts before what is stored, and where that is no password
+  // the terminal is asked for one once the server has refused the account.
+  TSourceSettings ForTaskReference(TConsole& console) const { return TaskSettings(ReferenceFile(), console); }
+  TSourceSettings ForTaskTarget(TConsole& console) const { return TaskSettings(TargetFile(), console); }
+  // The same for sources that are written to a task file: a password that is not to be had is warned about.
+  TSourceSettings ForStoredReference(TConsole& console) const { return StoredSettings(ReferenceFile(), console); }
+  TSourceSettings ForStoredTarget(TConsole& console) const { return StoredSettings(TargetFile(), console); }
 
  private:
+  const std::string& ReferenceFile() const;
+  const std::string& TargetFile() const;
   TSourceSettings Settings(const std::string& password_file, TConsole& console) const;
+  TSourceSettings TaskSettings(const std::string& password_file, TConsole& console) const;
+  TSourceSettings StoredSettings(const std::string& password_file, TConsole& console) const;
 
   std::string password_file_, reference_password_file_, target_password_file_;
   TMyOptions client_;
+  bool has_sides_ = false;
   bool verbose_ = false;
 };
 

@@ -28,6 +28,16 @@ void WarnOfSource(TDBConn& conn, bool verbose, TConsole& console) {
   }
 }
 
+void ConnectNamed(TDBConn& conn) {
+  try {
+    conn.Connect();
+  } catch (const EAbort&) {
+    throw;
+  } catch (const EVelmora& error) {
+    RaiseError(Placed(SourcePlace(conn, error.what()), error.what()));
+  }
+}
+
 std::string Placed(const std::string& place, const std::string& message) {
   return place.empty() ? message : place + ": " + message;
 }
@@ -64,7 +74,7 @@ int ShowStructure(TConsole& console, EFormat format, const std::function<void(TS
 
 void FetchTables(TDBConn& conn, const TStringList& tables, bool verbose, TConsole& console,
                  const std::function<void(TTableView)>& take) {
-  conn.Connect();
+  ConnectNamed(conn);
   WarnOfSource(conn, verbose, console);
   TStringList names = tables;
   if (names.empty()) conn.meta().TableNames(names);

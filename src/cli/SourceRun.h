@@ -18,6 +18,9 @@ namespace velmora {
 // What is known of a connected source that the user should hear of; with `verbose` all of it.
 void WarnOfSource(TDBConn& conn, bool verbose, TConsole& console);
 
+// Connects; an error names the source.
+void ConnectNamed(TDBConn& conn);
+
 // "PLACE: MESSAGE", or the message alone.
 std::string Placed(const std::string& place, const std::string& message);
 

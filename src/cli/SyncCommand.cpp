@@ -2,11 +2,13 @@
 #include <algorithm>
 #include <ostream>
 
+#include "app/FaultHints.h"
 #include "app/ScriptSplitter.h"
 #include "cli/Commands.h"
+#include "cli/Interrupt.h"
 #include "cli/PairRun.h"
 #include "cli/SourceRun.h"
-#include "cli/Terminal.h"
+#include "engines/mysql/MyConnection.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Lists.h"
@@ -16,6 +18,9 @@ namespace velmora {
 
 namespace {
 
+constexpr char kEnding[] =
+    "\nCtrl+C ends the run behind the running statement, as SIGTERM and SIGHUP do; a second one breaks that statement "
+    "off.\nEither way what the transaction still holds is rolled back, and the report says what is in force.\n";
 constexpr std::size_t kListedStatements = 20;
 constexpr std::size_t kShownChars = 120;
 
@@ -40,46 +45,60 @@ std::string PlaceIn(const std::string& script, std::size_t start) {
 void TellWhatIsInForce(const TRunReport& report, TConsole& console) {
   const std::size_t count = report.InForce();
   const std::string ran = Format("%d of %d statements ran before it", report.executed, report.statements.size());
+  const bool unknown = report.CommitUnknown();
   if (report.executed == 0) {
-    console.Error("no statement ran before it: the target is as it was");
+    console.Error(report.lost ? "no statement ran before it" : "no statement ran before it: the target is as it was");
     return;
   }
   if (count == 0) {
-    console.Error(ran + " and were rolled back; tables without transactions keep what was done to them");
+    console.Error(ran + (unknown ? ", and whether they are in force is not known"
+                                 : " and were rolled back; tables without transactions keep what was done to them"));
     return;
   }
-  console.Error(ran + " and are in force: the server commits each change of structure at once, with all around it");
+  if (count < report.executed)
+    console.Error(ran + Format("; the first %d are in force, ", count) +
+                  (unknown ? "and whether the others are is not known" : "the others were rolled back"));
+  else
+    console.Error(ran + " and are in force: the server commits each change of structure at once, with all around it");
   const std::size_t from = count > kListedStatements ? count - kListedStatements : 0;
   if (from > 0) console.Error(Format("  (the first %d are not listed)", from));
   for (std::size_t i = from; i < count; ++i)
     console.Error(Format("  %d: %s", i + 1, FirstLine(report.statements[i].text)));
 }
 
-void TellFailure(const TRunReport& report, const std::string& script, const std::string& error, TConsole& console) {
+// Nothing is open where the connection was lost with nothing under way.
+std::string WhatLossLeavesOpen(const TRunReport& report, const std::string& hint) {
+  if (!hint.empty()) return ": " + hint;
+  if (report.failed) return ": whether that statement took effect is not known";
+  return report.committing ? ": whether the commit took effect is not known" : "";
+}
+
+void TellFailure(const TRunReport& report, const std::string& script, const std::string& error, const std::string& hint,
+                 TConsole& console) {
   if (report.failed) {
     const TScriptStatement& statement = report.statements[*report.failed];
     console.Error(Format("statement %d of %d failed at %s: %s", *report.failed + 1, report.statements.size(),
                          PlaceIn(script, statement.start), FirstLine(statement.text)));
   }
   console.Error(error);
-  if (report.lost)
-    console.Error(report.failed ? "the connection is lost: whether that statement took effect is not known"
-                                : "the connection is lost: whether the last statement took effect is not known");
+  if (report.lost) console.Error("the connection is lost" + WhatLossLeavesOpen(report, hint));
   TellWhatIsInForce(report, console);
 }
 
 int RunOn(TPairRun& run, const std::string& script, TConsole& console) {
+  TDBConn& target = *run.app().connections.target;
   try {
-    TInterruptHost host;
+    TInterruptHost host(dynamic_cast<TMyConnection*>(&target.GetConnectionObject()));
     const THostGuard guard(host);
     run.app().RunScript(script);
   } catch (const EVelmora& error) {
     run.EndProgress();
-    TellFailure(run.app().RunReport(), script, error.what(), console);
+    const TRunReport& report = run.app().RunReport();
+    TellFailure(report, script, error.what(), PacketHint(target, report), console);
     return kExitFailure;
   }
   std::string name;
-  run.app().connections.target->GetDisplayName(name);
+  target.GetDisplayName(name);
   console.out << Format("%s ran on %s.\n", Counted(run.app().RunReport().executed, "statement"), name);
   return kExitSuccess;
 }
@@ -91,6 +110,7 @@ void TSyncCommand::Declare(CLI::App& app) {
   app.add_flag("--yes", yes_, "Do not ask before the run; needed where there is no terminal to ask on");
   app.add_option("--script", script_, "Run the text of FILE instead of comparing")->type_name("FILE");
   options_.DeclarePair(app);
+  app.footer(kEnding + app.get_footer());
 }
 
 int TSyncCommand::Execute(TConsole& console) {

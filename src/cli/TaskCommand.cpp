@@ -53,8 +53,8 @@ int TTaskCommand::Execute(TConsole& console) { return show_ ? Show(console) : Wr
 
 int TTaskCommand::WriteNew(TConsole& console) {
   CheckTaskName(file_);  // before anything is asked for
-  const std::unique_ptr<TDBConn> reference = MakeSource(reference_, options_.ForReference(console));
-  const std::unique_ptr<TDBConn> target = MakeTarget(target_, options_.ForTarget(console));
+  const std::unique_ptr<TDBConn> reference = MakeSource(reference_, options_.ForStoredReference(console));
+  const std::unique_ptr<TDBConn> target = MakeTarget(target_, options_.ForStoredTarget(console));
   NewTaskFile(file_, *reference, *target);
   return kExitSuccess;
 }

@@ -1,7 +1,6 @@
 #include "cli/Terminal.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -19,15 +18,6 @@ constexpr char kInterrupt = 3;   // Ctrl+C
 constexpr char kEraseLine = 21;  // Ctrl+U
 constexpr char kEndOfInput = 4;  // Ctrl+D
 constexpr char kErase[] = "\b\x7f";
-
-volatile sig_atomic_t interrupted = 0;
-
-constexpr std::string_view kEnding = "\nvelmora-cli: ending behind this statement; Ctrl+C again ends at once\n";
-
-void OnInterrupt(int /*signal*/) {
-  interrupted = 1;
-  [[maybe_unused]] const ssize_t told = write(STDERR_FILENO, kEnding.data(), kEnding.size());
-}
 
 class TTerminal {
  public:
@@ -98,24 +88,6 @@ std::string AskOnTerminal(const std::string& question, bool secret) {
                if (secret) terminal.Write("\n");
              });
   return line;
-}
-
-TInterruptHost::TInterruptHost() {
-  interrupted = 0;
-  sigaction(SIGINT, nullptr, &former_);
-  if (former_.sa_handler == SIG_IGN) return;  // who started us has decided
-  struct sigaction action {};
-  action.sa_handler = OnInterrupt;
-  action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
-  sigaction(SIGINT, &action, nullptr);
-}
-
-TInterruptHost::~TInterruptHost() { sigaction(SIGINT, &former_, nullptr); }
-
-void TInterruptHost::ProcessMessages() {
-  if (interrupted == 0) return;
-  interrupted = 0;
-  RaiseError("Cancelled");
 }
 
 }  // namespace velmora

@@ -84,6 +84,31 @@ TEST_F(ScriptRunnerTest, AChangeOfStructureEndsTheTransaction) {
   }
 }
 
+TEST_F(ScriptRunnerTest, ALossDuringACommitLeavesItUnknown) {
+  const struct {
+    const char* failed;  // null: the end of the run
+    bool lost, unknown;
+  } cases[] = {{"alter table t", true, true},
+               {"insert 2", true, false},
+               {nullptr, true, true},
+               {"alter table t", false, false},
+               {nullptr, false, false}};
+  for (const auto& c : cases) {
+    TRunReport report;
+    report.statements.resize(2);
+    report.executed = c.failed == nullptr ? 2 : 1;
+    report.committing = c.failed == nullptr;
+    report.lost = c.lost;
+    if (c.failed != nullptr) {
+      report.failed = 1;
+      report.statements[1].text = c.failed;
+    }
+    EXPECT_EQ(report.CommitUnknown(), c.unknown) << c.failed;
+    report.committed = true;
+    EXPECT_FALSE(report.CommitUnknown());
+  }
+}
+
 TEST_F(ScriptRunnerTest, TheHostEndsItBetweenTwoStatements) {
   struct TCancelling : THost {
     void ProcessMessages() override {

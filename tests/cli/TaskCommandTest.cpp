@@ -65,11 +65,27 @@ TEST_F(TaskCommandTest, StandsWhereverAPairIsAskedFor) {
   EXPECT_THAT(Run({"compare", reference_}).err, HasSubstr("TARGET is required"));
 }
 
-TEST_F(TaskCommandTest, PasswordFilesHaveNoPlaceBesideOne) {
-  Run({"task", "new", file_, reference_, target_});
-  for (const char* option : {"--password-file", "--reference-password-file", "--target-password-file"})
-    EXPECT_THAT(Run({"compare", file_, option, folder_ / "none"}).err,
-                HasSubstr("A task file holds its own passwords"));
+TEST_F(TaskCommandTest, AnEmptyPasswordIsStoredWithAWarning) {
+  const std::string source = "mysql://reader@h/d", none = "MySQL:server=h;database=d";
+  const struct {
+    std::string reference, target;
+    int warnings;
+  } cases[] = {{source, none, 1}, {source, source, 2}, {reference_, target_, 0}, {"mysql://reader:@h/d", none, 0}};
+  for (const auto& c : cases) {
+    const TAnswer answer = Run({"task", "new", file_, c.reference, c.target});
+    EXPECT_EQ(answer.status, 0);
+    int found = 0;
+    const std::string warning =
+        "warning: no password was given for reader@h, and there is no terminal to ask on: an "
+        "empty one is stored; give it by --password-file";
+    for (std::size_t at = answer.err.find(warning); at != std::string::npos; at = answer.err.find(warning, at + 1))
+      ++found;
+    EXPECT_EQ(found, c.warnings) << answer.err;
+  }
+  WriteFileText(folder_ / "pw", "");
+  EXPECT_EQ(Run({"task", "new", file_, source, source, "--password-file", folder_ / "pw"}).err, "");
+  EXPECT_EQ(testing::RunInProcess({"task", "new", file_, source, source}, [](const auto&, bool) { return ""; }).err,
+            "");
 }
 
 TEST_F(TaskCommandTest, ValuesAreShownAsTheyCanBeGiven) {

@@ -1,0 +1,118 @@
+#include "cli/Interrupt.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <string_view>
+
+#include "engines/mysql/MyConnection.h"
+#include "util/Errors.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr std::string_view kEnding = "\nvelmora-cli: ending behind this statement; Ctrl+C again breaks it off\n";
+constexpr std::string_view kBreakingOff = "\nvelmora-cli: breaking this statement off; Ctrl+C again ends at once\n";
+constexpr std::string_view kToldToEnd = "\nvelmora-cli: told to end: ending behind this statement\n";
+constexpr char kBreakOff = 'b';
+constexpr char kQuit = 'q';
+
+// What handlers may touch: numbers, and calls that are safe in one.
+std::atomic<bool> ending = false;
+std::atomic<int> presses = 0;
+std::atomic<int> waker = -1;
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+
+void Tell(std::string_view text) {
+  [[maybe_unused]] const ssize_t told = write(STDERR_FILENO, text.data(), text.size());
+}
+
+void Wake(int pipe, char word) { [[maybe_unused]] const ssize_t told = write(pipe, &word, 1); }
+
+void OnInterrupt(int signal) {
+  const int error = errno;
+  ending = true;
+  if (++presses == 1) {
+    Tell(kEnding);
+  } else {
+    struct sigaction usual {};
+    usual.sa_handler = SIG_DFL;
+    sigaction(signal, &usual, nullptr);
+    Tell(kBreakingOff);
+    Wake(waker, kBreakOff);
+  }
+  errno = error;
+}
+
+void OnEnd(int /*signal*/) {
+  const int error = errno;
+  if (!ending.exchange(true)) Tell(kToldToEnd);
+  errno = error;
+}
+
+// Starts a thread that no signal is handled on.
+template <class Body>
+std::thread WithoutSignals(Body body) {
+  sigset_t all, former;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &former);
+  std::thread thread;
+  RunGuarded([&] { thread = std::thread(body); }, [&] { pthread_sigmask(SIG_SETMASK, &former, nullptr); });
+  return thread;
+}
+
+}  // namespace
+
+TInterruptHost::TInterruptHost(TMyConnection* running, int grace)
+    : running_(running), grace_(grace), caught_{{{SIGINT, OnInterrupt}, {SIGTERM, OnEnd}, {SIGHUP, OnEnd}}} {
+  if (pipe2(wake_, O_CLOEXEC) != 0) RaiseError("No pipe can be made");
+  ending = false;
+  presses = 0;
+  waker = wake_[1];
+  watcher_ = WithoutSignals([this] { Watch(); });
+  for (TCaught& caught : caught_) {
+    sigaction(caught.signal, nullptr, &caught.former);
+    if (caught.former.sa_handler == SIG_IGN) continue;
+    struct sigaction action {};
+    action.sa_handler = caught.handler;
+    action.sa_flags = SA_RESTART;
+    sigaction(caught.signal, &action, nullptr);
+  }
+}
+
+TInterruptHost::~TInterruptHost() {
+  for (const TCaught& caught : caught_) sigaction(caught.signal, &caught.former, nullptr);
+  Wake(wake_[1], kQuit);
+  watcher_.join();
+  waker = -1;
+  close(wake_[0]);
+  close(wake_[1]);
+}
+
+void TInterruptHost::ProcessMessages() {
+  if (ending.exchange(false)) RaiseError("Cancelled");
+}
+
+void TInterruptHost::Watch() const {
+  char word = 0;
+  ssize_t count = 0;
+  do count = read(wake_[0], &word, 1);
+  while (count < 0 && errno == EINTR);
+  if (count == 1 && word == kBreakOff && running_ != nullptr) BreakOff();
+}
+
+void TInterruptHost::BreakOff() const {
+  try {
+    running_->CancelRunning();
+    pollfd quit{wake_[0], POLLIN, 0};
+    if (poll(&quit, 1, grace_) != 0) return;  // the work is done
+  } catch (const std::exception&) {           // the server can't be asked
+  }
+  running_->Sever();
+}
+
+}  // namespace velmora

@@ -1,0 +1,50 @@
+#pragma once
+
+// Ctrl+C, and the signals that ask a process to end, while a script runs.
+
+#include <signal.h>
+
+#include <array>
+#include <thread>
+
+#include "core/Host.h"
+
+namespace velmora {
+
+class TMyConnection;
+
+// While it lives,
+// - a first Ctrl+C ends the work at its next pause, by an error from the message pump; SIGTERM and SIGHUP do the same,
+//   however often they come;
+// - a second Ctrl+C breaks off the statement that runs: the server is asked to, and where neither its answer nor the
+//   statement's end comes within seconds the connection is cut. Either way the work goes on with an error;
+// - a third one ends the process.
+// A signal that whoever started the process has it ignore stays ignored. One object at a time.
+class TInterruptHost final : public THost {
+ public:
+  // `running` is the connection that the work waits for, null where it waits for none. It outlives this object. A
+  // statement that was broken off has `grace` milliseconds to come back.
+  explicit TInterruptHost(TMyConnection* running, int grace = 3000);
+  ~TInterruptHost() override;
+  TInterruptHost(const TInterruptHost&) = delete;
+  TInterruptHost& operator=(const TInterruptHost&) = delete;
+  void ProcessMessages() override;  // raises "Cancelled"
+
+ private:
+  struct TCaught {
+    int signal;
+    void (*handler)(int signal);
+    struct sigaction former {};
+  };
+
+  void Watch() const;
+  void BreakOff() const;
+
+  TMyConnection* running_;
+  int grace_;
+  int wake_[2] = {-1, -1};  // a pipe from the handler to the watcher
+  std::array<TCaught, 3> caught_;
+  std::thread watcher_;
+};
+
+}  // namespace velmora

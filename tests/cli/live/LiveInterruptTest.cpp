@@ -1,0 +1,168 @@
+// Runs of a script that are ended from outside. It is the program itself, since a signal goes to a process.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+#include "support/LiveCompanion.h"
+#include "util/Format.h"
+
+namespace velmora {
+namespace {
+
+using testing::Answer;
+using testing::Execute;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using testing::TAnswer;
+using testing::TLiveDatabase;
+using testing::TPrivateServer;
+
+constexpr char kFirst[] = "ending behind this statement; Ctrl+C again breaks it off";
+
+class LiveInterruptTest : public testing::TLiveCompanion {
+ protected:
+  LiveInterruptTest() { database_.Run("create table t (a int primary key) engine=InnoDB"); }
+  ~LiveInterruptTest() override {
+    if (child_ == 0) return;
+    kill(child_, SIGKILL);  // a failed assertion left it
+    waitpid(child_, nullptr, 0);
+  }
+
+  void Start(const std::string& script, const std::string& source = Source("processes")) {
+    const std::string file = File("script.sql", script);
+    child_ = fork();
+    if (child_ != 0) return;
+    if (freopen((folder_ / "out").c_str(), "w", stdout) == nullptr ||
+        freopen((folder_ / "err").c_str(), "w", stderr) == nullptr)
+      _exit(99);
+    execl(VELMORA_CLI, VELMORA_CLI, "sync", "unused", source.c_str(), "--script", file.c_str(), "--yes", "--socket",
+          TPrivateServer::Shared().Socket().c_str(), nullptr);
+    _exit(98);
+  }
+  template <class Reached>
+  static void WaitUntil(const std::string& what, Reached reached) {
+    for (int i = 0; i < 3000; ++i) {
+      if (reached()) return;
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    FAIL() << "never: " << what;
+  }
+  bool Runs(const std::string& statement) {
+    return Answer(database_.Connection(),
+                  "select count(*) from information_schema.processlist where info like '" + statement + "%'") != "0";
+  }
+  void WaitUntilRunning(const std::string& statement) {
+    WaitUntil(statement + " runs", [&] { return Runs(statement); });
+  }
+  // Sends it and waits until the companion has said `word`.
+  void Signal(int signal, const std::string& word) {
+    kill(child_, signal);
+    WaitUntil(word, [&] { return ReadFileText(folder_ / "err").find(word) != std::string::npos; });
+  }
+  TAnswer End() {
+    int status = 0;
+    waitpid(child_, &status, 0);
+    child_ = 0;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFileText(folder_ / "out"), ReadFileText(folder_ / "err")};
+  }
+  std::string Rows() { return Answer(database_.Connection(), "select count(*) from t"); }
+
+  TLiveDatabase database_{"processes"};
+  pid_t child_ = 0;
+};
+
+TEST_F(LiveInterruptTest, ASignalEndsARunBehindItsStatement) {
+  const struct {
+    std::vector<int> signals;
+    const char* word;
+  } cases[] = {
+      {{SIGINT}, kFirst},
+      {{SIGTERM}, "told to end: ending behind this statement"},
+      {{SIGHUP}, "told to end: ending behind this statement"},
+      {{SIGTERM, SIGHUP, SIGHUP, SIGTERM}, "told to end: ending behind this statement"},
+  };
+  for (const auto& c : cases) {
+    ASSERT_EQ(Answer(database_.Connection(), "select get_lock('gate', 60)"), "1") << "the former run may be ending";
+    Start("insert into t values (1);\ndo get_lock('gate', 60);\ninsert into t values (2);\n");
+    WaitUntilRunning("do get_lock");
+    for (const int signal : c.signals) Signal(signal, c.word);
+    EXPECT_TRUE(Runs("do get_lock"));
+    database_.Run("do release_lock('gate')");
+    const TAnswer answer = End();
+    EXPECT_EQ(answer.status, 2);
+    EXPECT_THAT(answer.err, HasSubstr("velmora-cli: Cancelled\n"));
+    EXPECT_THAT(answer.err, HasSubstr("2 of 3 statements ran before it and were rolled back"));
+    EXPECT_EQ(Rows(), "0") << "the open rows are rolled back";
+  }
+}
+
+// The server is asked to break the statement off, and its answer is what the report tells.
+TEST_F(LiveInterruptTest, ASecondCtrlCBreaksTheStatementOff) {
+  const struct {
+    const char* statement;
+    const char* told;
+    const char* rows;
+  } cases[] = {
+      {"update t set a = 7 where a = 0", "1 of 3 statements ran before it and were rolled back", "1"},
+      {"alter table t add b int", "1 of 3 statements ran before it and are in force", "2"},
+  };
+  for (const auto& c : cases) {
+    database_.Run("replace into t values (0)");
+    database_.Connection().StartTransaction();
+    database_.Run("update t set a = 5 where a = 0");
+    Start(std::string("insert into t values (1);\n") + c.statement + ";\ninsert into t values (2);\n");
+    WaitUntilRunning(c.statement);
+    Signal(SIGINT, kFirst);
+    Signal(SIGINT, "breaking this statement off; Ctrl+C again ends at once");
+    const TAnswer answer = End();
+    database_.Connection().Rollback();
+    EXPECT_EQ(answer.status, 2);
+    EXPECT_THAT(answer.err, HasSubstr(std::string("statement 2 of 3 failed at line 2, column 1: ") + c.statement));
+    EXPECT_THAT(answer.err, HasSubstr("velmora-cli: Query execution was interrupted\n"));
+    EXPECT_THAT(answer.err, HasSubstr(c.told));
+    EXPECT_THAT(answer.err, Not(HasSubstr("not known")));
+    EXPECT_FALSE(Runs(c.statement));
+    EXPECT_EQ(Rows(), c.rows) << c.statement;
+  }
+}
+
+// The account has no second connection to ask by, so the only one is cut.
+TEST_F(LiveInterruptTest, ASecondCtrlCEndsTheRunWhereTheServerCannotBeAsked) {
+  database_.Run("create or replace user 'single'@'localhost' with max_user_connections 1");
+  database_.Run("grant all on processes.* to 'single'@'localhost'");
+  database_.Connection().StartTransaction();
+  database_.Run("insert into t values (5)");
+  Start("insert into t values (1);\nalter table t add b int;\n", "mysql://single:@localhost/processes");
+  WaitUntilRunning("alter table");
+  Signal(SIGINT, kFirst);
+  Signal(SIGINT, "breaking this statement off");
+  const TAnswer answer = End();
+  EXPECT_EQ(answer.status, 2);
+  EXPECT_THAT(answer.err, HasSubstr("statement 2 of 2 failed"));
+  EXPECT_THAT(answer.err, HasSubstr("the connection is lost: whether that statement took effect is not known\n"));
+  EXPECT_THAT(answer.err, HasSubstr("1 of 2 statements ran before it, and whether they are in force is not known\n"));
+  database_.Connection().Rollback();
+  WaitUntil("the server is done with it", [&] { return !Runs("alter table"); });
+  database_.Run("drop user 'single'@'localhost'");
+}
+
+TEST_F(LiveInterruptTest, AKilledServerEndsARunWithItsMessage) {
+  Start("create table u (a int);\ndo sleep(300);\ndrop table u;\n");
+  WaitUntilRunning("do sleep");
+  TPrivateServer::Shared().Kill();
+  const TAnswer answer = End();
+  EXPECT_EQ(answer.status, 2);
+  EXPECT_THAT(answer.err, HasSubstr("statement 2 of 3 failed at line 2, column 1: do sleep(300)"));
+  EXPECT_THAT(answer.err, HasSubstr("Lost connection"));
+  EXPECT_THAT(answer.err, HasSubstr("1 of 3 statements ran before it and are in force"));
+  TPrivateServer::Shared().Restart();
+}
+
+}  // namespace
+}  // namespace velmora

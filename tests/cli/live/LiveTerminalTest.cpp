@@ -1,0 +1,119 @@
+// The program on a terminal, against a real server.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/LiveRun.h"
+#include "support/TerminalRun.h"
+
+namespace velmora {
+namespace {
+
+using ::testing::HasSubstr;
+using testing::LiveSource;
+using testing::TLiveDatabase;
+using testing::TPrivateServer;
+using testing::TTerminalRun;
+
+class LiveTerminalTest : public ::testing::Test {
+ protected:
+  LiveTerminalTest() : reference_("wanted"), target_("on_terminal") {
+    reference_.Run("create table t (a int not null, b int not null)");
+    target_.Run("create table t (a int not null)");
+  }
+  std::vector<std::string> Program(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), VELMORA_CLI);
+    arguments.insert(arguments.end(), {"--socket", TPrivateServer::Shared().Socket()});
+    return arguments;
+  }
+  std::vector<std::string> Sync() const { return Program({"sync", LiveSource("wanted"), LiveSource("on_terminal")}); }
+  std::string Columns() {
+    return testing::Answer(target_.Connection(),
+                           "select count(*) from information_schema.columns where table_schema = 'on_terminal'");
+  }
+
+  TLiveDatabase reference_, target_;
+};
+
+constexpr char kQuestion[] = "Run 3 statements on localhost.on_terminal? [y/N] ";
+
+TEST_F(LiveTerminalTest, AsksAndTakesItsProgressAway) {
+  const struct {
+    const char* keys;
+    const char* screen;  // behind the question
+    int status;
+    const char* columns;
+  } cases[] = {
+      {"\n", "\nvelmora-cli: nothing was run\n", 2, "1"},
+      {"no\n", "no\nvelmora-cli: nothing was run\n", 2, "1"},
+      {"n\x7Fy\n", "y\n3 statements ran on localhost.on_terminal.\n", 0, "2"},
+  };
+  for (const auto& c : cases) {
+    TTerminalRun run(Sync());
+    const tcflag_t settings = run.Settings().c_lflag;
+    ASSERT_TRUE(run.Await(kQuestion)) << run.Shown();
+    EXPECT_THAT(run.Shown(), HasSubstr("[####")) << "the comparison has shown its progress";
+    EXPECT_EQ(TTerminalRun::Screen(run.Shown()), kQuestion) << "and taken it away before the question";
+    run.Type(c.keys);
+    EXPECT_EQ(run.End(), c.status);
+    EXPECT_EQ(TTerminalRun::Screen(run.Shown()), std::string(kQuestion) + c.screen);
+    EXPECT_EQ(run.Shown().find("Executing script... 2/") != std::string::npos, c.status == 0);
+    EXPECT_EQ(run.Settings().c_lflag, settings);
+    EXPECT_EQ(Columns(), c.columns);
+  }
+}
+
+TEST_F(LiveTerminalTest, TheEndOfInputIsNoConsent) {
+  TTerminalRun run(Sync());
+  ASSERT_TRUE(run.Await(kQuestion)) << run.Shown();
+  run.Type("\x04");
+  EXPECT_EQ(run.End(), 2);
+  EXPECT_EQ(Columns(), "1");
+}
+
+// The server closes connections that wait too long, and somebody has thought for longer.
+TEST_F(LiveTerminalTest, AnAnswerThatCameTooLateIsAnError) {
+  testing::TWitness witness(target_);
+  target_.Run("set global wait_timeout = 1");
+  TTerminalRun run(Sync());
+  const bool asked = run.Await(kQuestion);
+  target_.Run("set global wait_timeout = default");
+  ASSERT_TRUE(asked) << run.Shown();
+  EXPECT_TRUE(witness.NothingLeft()) << "the server has closed them";
+  run.Type("y\n");
+  EXPECT_EQ(run.End(), 2);
+  EXPECT_THAT(TTerminalRun::Screen(run.Shown()),
+              ::testing::AnyOf(HasSubstr("erver has gone away\n"), HasSubstr("Lost connection to ")));
+  EXPECT_THAT(run.Shown(), HasSubstr("no statement ran before it"));
+  EXPECT_EQ(Columns(), "1") << "the target is as it was";
+}
+
+TEST_F(LiveTerminalTest, APasswordIsTypedUnseenAndCanBeCorrected) {
+  target_.Run("create or replace user 'keeper'@'localhost' identified by 'pŽw'");
+  target_.Run("grant all on on_terminal.* to 'keeper'@'localhost'");
+  const std::string prompt = "Password for keeper@localhost: ";
+  const struct {
+    const char* keys;
+    const char* screen;  // behind the prompt's line
+    int status;
+  } cases[] = {
+      {"q\x15pŽŘ\x7Fw\n", "t (InnoDB)\n  a  int not null\n", 0},
+      {"pŽŘ\x7Fv\n", "Access denied for user 'keeper'@'localhost'", 2},
+      {"pŽw\x03", "", 2},
+  };
+  for (const auto& c : cases) {
+    TTerminalRun run(Program({"schema", "mysql://keeper@localhost/on_terminal"}));
+    const tcflag_t settings = run.Settings().c_lflag;
+    ASSERT_TRUE(run.Await(prompt));
+    run.Type(c.keys);
+    EXPECT_EQ(run.End(), c.status);
+    const std::string screen = TTerminalRun::Screen(run.Shown());
+    EXPECT_THAT(screen, ::testing::StartsWith(prompt + "\n"));
+    EXPECT_THAT(screen, HasSubstr(c.screen));
+    EXPECT_EQ(run.Settings().c_lflag, settings);
+  }
+  target_.Run("drop user 'keeper'@'localhost'");
+}
+
+}  // namespace
+}  // namespace velmora
