@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QDialog>
+#include <functional>
+
+class QLabel;
+
+namespace velmora {
+
+// The dialog "About Velmora": title and version, a link to the home page and one to the support. Escape closes it.
+class TfmAbout final : public QDialog {
+ public:
+  explicit TfmAbout(QWidget* parent = nullptr);
+
+  // What the links do, set by the owner; an error that they raise is shown and the dialog stays.
+  std::function<void()> OnVisitWeb;
+  std::function<void()> OnContactSupport;
+
+ private:
+  QLabel* Link(const QString& name, const QString& caption, std::function<void()> TfmAbout::*action);
+};
+
+}  // namespace velmora

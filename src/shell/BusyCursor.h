@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QCursor>
+#include <QGuiApplication>
+
+namespace velmora {
+
+// Shows the user, as long as it lives, that the window does not answer because it works.
+class TBusyCursor {
+ public:
+  TBusyCursor() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
+  ~TBusyCursor() { QGuiApplication::restoreOverrideCursor(); }
+  TBusyCursor(const TBusyCursor&) = delete;
+  TBusyCursor& operator=(const TBusyCursor&) = delete;
+};
+
+}  // namespace velmora

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QDialog>
+
+namespace velmora {
+
+// The dialog "Please confirm". Deliberate: it is made at the start and never shown; questions use message boxes.
+class TfmConfirm final : public QDialog {
+ public:
+  explicit TfmConfirm(QWidget* parent = nullptr);
+};
+
+}  // namespace velmora

@@ -1,0 +1,81 @@
+#include "shell/Desktop.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QTimer>
+
+#include "persist/OptionStore.h"
+#include "persist/Settings.h"
+#include "shell/About.h"
+#include "shell/Confirm.h"
+#include "shell/Dump.h"
+#include "shell/Icons.h"
+#include "shell/Options.h"
+#include "shell/Progress.h"
+#include "shell/Splash.h"
+#include "shell/TaskWiz.h"
+#include "shell/TopLevel.h"
+#include "util/Version.h"
+
+namespace velmora {
+
+namespace {
+
+// Handlers are connected by Handle and let nothing out; this is for what the windows themselves may raise, such as a
+// lack of memory while one is painted.
+class TQtApplication final : public QApplication {
+ public:
+  using QApplication::QApplication;
+
+  bool notify(QObject* receiver, QEvent* event) override {
+    bool taken = false;
+    AtTopLevel([&] { taken = QApplication::notify(receiver, event); });
+    return taken;
+  }
+};
+
+void Wait(int milliseconds) {
+  QEventLoop loop;
+  QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+  loop.exec();
+}
+
+}  // namespace
+
+TDesktop::TDesktop(TDesktopSetup setup, std::unique_ptr<TQtHost> host)
+    : setup_(std::move(setup)), host_(std::move(host)), host_guard_(std::make_unique<THostGuard>(*host_)) {}
+
+TDesktop::~TDesktop() = default;
+
+void TDesktop::Start(int splash_time) {
+  main_ = std::make_unique<TfmMain>(setup_);
+  TfmSplash splash;
+  splash.ShowPainted();
+  MakeForms();
+  Wait(splash_time);
+  splash.close();
+  main_->show();
+}
+
+void TDesktop::MakeForms() {
+  progress_ = std::make_unique<TfmProgress>();
+  about_ = std::make_unique<TfmAbout>(main_.get());
+  confirm_ = std::make_unique<TfmConfirm>(main_.get());
+  dump_ = std::make_unique<TfmDump>(main_.get());
+  options_ = std::make_unique<TfmOptions>(main_.get());
+  wizard_ = std::make_unique<TfmTaskWiz>(setup_.clients, main_.get());
+  main_->SetForms({*progress_, *about_, *dump_, *options_, *wizard_});
+}
+
+int RunDesktop(int& argc, char** argv) {
+  TQtApplication application(argc, argv);
+  QApplication::setApplicationName(QLatin1String(kProgramTitle));
+  QApplication::setDesktopFileName(QStringLiteral("velmora"));
+  QApplication::setWindowIcon(ProgramIcon());
+  TUserOptions options;
+  TDesktop desktop({SettingsFile(), &options, {}});
+  desktop.Start();
+  return QApplication::exec();
+}
+
+}  // namespace velmora

@@ -1,0 +1,244 @@
+#include "shell/Main.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QScreen>
+#include <filesystem>
+
+#include "core/Meta.h"
+#include "persist/Settings.h"
+#include "shell/Commands.h"
+#include "shell/Icons.h"
+#include "shell/Progress.h"
+#include "shell/QtText.h"
+#include "shell/TopLevel.h"
+#include "shell/WindowLog.h"
+#include "util/Clock.h"
+#include "util/Errors.h"
+#include "util/Version.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr int kWidth = 1000;
+constexpr int kHeight = 700;
+
+// A name on a label, where "&" would underline what follows.
+QString Escaped(const std::string& text) { return ToQt(text).replace(QLatin1Char('&'), QLatin1String("&&")); }
+
+QString DisplayName(TDBConn& conn) {
+  std::string name;
+  conn.GetDisplayName(name);
+  return Escaped(name);
+}
+
+QFont TextFont(const std::string& family, int size, QFont::StyleHint hint) {
+  QFont font(ToQt(family));
+  font.setStyleHint(hint);
+  if (size > 0) font.setPointSize(size);
+  return font;
+}
+
+bool OnSomeScreen(const QRect& place) {
+  const QList<QScreen*> screens = QApplication::screens();
+  return std::any_of(screens.begin(), screens.end(),
+                     [&](const QScreen* screen) { return screen->availableGeometry().intersects(place); });
+}
+
+}  // namespace
+
+TfmMain::TfmMain(TDesktopSetup setup) : setup_(std::move(setup)) {
+  setObjectName(QStringLiteral("fmMain"));
+  setWindowIcon(ProgramIcon());
+  setContextMenuPolicy(Qt::NoContextMenu);  // nothing brings back a bar that was hidden by mistake
+  resize(kWidth, kHeight);
+  MakeCommands();
+  MakeRecentCommands();
+  MakeMenus();
+  MakeBars();
+  MakeWorkArea();
+  ConnectWorkArea();
+  ReadSettings();
+}
+
+TfmMain::~TfmMain() { tlActions->disconnect(this); }
+
+// --- Start and end
+
+void TfmMain::ReadSettings() {
+  TWindowPlace place{kWindowNormal, x(), y(), width(), height()};
+  LoadSettings(setup_.settings_file, place, recent_);
+  ShowRecent();
+  const QRect wanted(place.left, place.top, place.width, place.height);
+  if (place.state == kWindowNormal && wanted.isValid()) {
+    resize(wanted.size());
+    if (wanted.topLeft() != pos() && OnSomeScreen(wanted)) move(wanted.topLeft());
+  }
+  if (place.state == kWindowMaximised) setWindowState(Qt::WindowMaximized);
+}
+
+// Writes the options too.
+void TfmMain::WriteSettings() {
+  TWindowPlace place{kWindowNormal, x(), y(), width(), height()};
+  if (isMaximized()) place.state = kWindowMaximised;
+  if (isMinimized()) place.state = kWindowMinimised;
+  velmora::SaveSettings(setup_.settings_file, place, recent_, options_, *setup_.options);
+}
+
+void TfmMain::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  if (std::exchange(shown_, true)) return;
+  AtTopLevel([this] { FirstShow(); });
+}
+
+void TfmMain::FirstShow() {
+  script_ = std::make_unique<TScriptPort>(*mScript, [this] { page->setCurrentWidget(tsScript); });
+  log_ = std::make_unique<TWindowLog>(SystemClock(), forms_->progress, *mLog);
+  mDDLref->SetBytes({});
+  mDDLtgt->SetBytes({});
+  app_ = std::make_unique<TApplication>(forms_->progress, *script_, *log_, SystemClock());
+  app_->tree.SetView(tlActions);
+  task_ = std::make_unique<TTaskFile>(app_->connections, static_cast<TTaskHost&>(*this), setup_.clients);
+  page->setCurrentWidget(tsActions);
+  LoadOptions();
+  ShowTask(false);
+}
+
+void TfmMain::closeEvent(QCloseEvent* event) {
+  if (!isEnabled()) {  // something long is under way and works on what closing frees
+    event->ignore();
+    return;
+  }
+  AtTopLevel([this] { Close(); });
+  event->accept();
+}
+
+void TfmMain::Close() {
+  if (!app_) return;
+  RunGuarded([this] { WriteSettings(); },
+             [this] {
+               mScript->DetachParser();
+               app_->tree.SetView(nullptr);
+               tlActions->Cleared();
+               task_.reset();
+               app_.reset();
+               former_.clear();
+             });
+}
+
+void TfmMain::LoadOptions() {
+  options_ = velmora::LoadOptions(*setup_.options);
+  ApplyFonts();
+}
+
+void TfmMain::ApplyFonts() {
+  mLog->setFont(TextFont(options_.LogFontName, options_.LogFontSize, QFont::SansSerif));
+  mScript->SetTextFont(TextFont(options_.ScriptFontName, options_.ScriptFontSize, QFont::Monospace));
+}
+
+void TfmMain::SaveOptions() { velmora::SaveOptions(options_, *setup_.options); }
+
+// --- The task
+
+void TfmMain::ShowTask(bool active) {
+  page->show();
+  lbEqual->hide();
+  Command("acSynchronize")->setEnabled(true);
+  Command("acDelAction")->setEnabled(true);
+  for (const TCommand& command : velmora::Commands())
+    if (command.list == ECommandList::acTask) Command(command.name)->setEnabled(active);
+  for (QWidget* widget : std::initializer_list<QWidget*>{barAnalyze, panMain, pnDetails, splitter})
+    widget->setVisible(active);
+  lbNoTask->setVisible(!active);
+  ShowTitle(active);
+  if (active) {
+    app_->connections.reference->Connect();
+    app_->connections.target->Connect();
+    pnRefH->setText(QStringLiteral(" &Reference: ") + DisplayName(*app_->connections.reference));
+    pnTgtH->setText(QStringLiteral(" Tar&get: ") + DisplayName(*app_->connections.target));
+  } else {
+    barFind->hide();
+    app_->data.mtActions.Clear();
+    app_->tree.Clear();
+  }
+}
+
+void TfmMain::ShowTitle(bool active) {
+  const std::string name = active ? std::filesystem::path(task_->TaskFileName).stem().string() + " - " : std::string();
+  setWindowTitle(ToQt(name + AppTitle()));
+}
+
+void TfmMain::RecentAdd(const std::string& path) {
+  recent_.RecentAdd(path);
+  ShowRecent();
+}
+
+void TfmMain::ShowRecent() {
+  for (std::size_t i = 0; i < acRecent_.size(); ++i) {
+    const bool used = i < recent_.Count();
+    acRecent_[i]->setVisible(used);
+    if (!used) continue;
+    // The number is the mnemonic; a "&" in the path is none.
+    const QString caption = ToQt(recent_.Caption(i));
+    acRecent_[i]->setText(caption.left(1) + caption.mid(1).replace(QLatin1Char('&'), QLatin1String("&&")));
+  }
+}
+
+// --- Analysis
+
+void TfmMain::Analyze() {
+  forms_->progress.ShowSimple("Analyzing...");
+  QAction* analyze = Command("acAnalyze");
+  app_->tree.BeginUpdate();
+  RunGuarded(
+      [&] {
+        app_->tree.Clear();
+        analyze->setEnabled(false);
+        panMain->setEnabled(false);
+        log_->LogLine("Comparing...");
+        app_->Compare();
+        acGenScript();
+        log_->SetLines(app_->sync.ActionLog);
+        page->setCurrentWidget(tsActions);
+        ShowResult();
+      },
+      [&] {
+        app_->tree.EndUpdate();
+        analyze->setEnabled(true);
+        panMain->setEnabled(true);
+        forms_->progress.Finish();
+      });
+}
+
+void TfmMain::ShowResult() {
+  const bool identical = app_->Identical();
+  lbEqual->setVisible(identical);
+  page->setVisible(!identical);
+  if (identical) barFind->hide();
+  Command("acSynchronize")->setEnabled(!identical);
+  Command("acDelAction")->setEnabled(!identical);
+}
+
+void TfmMain::ShowTableDDL(const std::string& table) {
+  const auto show = [&](TDBConn* conn, TSqlEdit& edit) {
+    std::string text;
+    if (conn != nullptr && conn->meta().FindTable(table)) conn->meta().BuildCreateTable(table, nullptr, text);
+    edit.SetBytes(text);
+  };
+  show(app_->connections.reference.get(), *mDDLref);
+  show(app_->connections.target.get(), *mDDLtgt);
+}
+
+void TfmMain::ShowFind() {
+  if (!panMain->isVisible() || !page->isVisible()) return;
+  TSqlEdit* edit = nullptr;
+  for (TSqlEdit* candidate : {mScript, mDDLref, mDDLtgt})
+    if (candidate->hasFocus()) edit = candidate;
+  if (edit == nullptr) edit = page->currentWidget() == tsScript ? mScript : mDDLref;
+  if (edit->isVisible()) barFind->Open(*edit);
+}
+
+}  // namespace velmora

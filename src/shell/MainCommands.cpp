@@ -1,0 +1,169 @@
+// What the commands of the main window do.
+
+#include <QApplication>
+#include <QFontInfo>
+#include <QPlainTextEdit>
+#include <QUrl>
+
+#include "core/Host.h"
+#include "shell/About.h"
+#include "shell/Dump.h"
+#include "shell/Main.h"
+#include "shell/Options.h"
+#include "shell/Progress.h"
+#include "shell/QtText.h"
+#include "shell/TaskWiz.h"
+#include "shell/WindowLog.h"
+#include "util/Addresses.h"
+#include "util/Errors.h"
+#include "util/Files.h"
+#include "util/Format.h"
+#include "util/Version.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kScriptFilter[] = "MySQL script|*.sql";
+constexpr char kHelpFile[] = "Help.chm";
+constexpr char kSupportSubject[] = "%s support question";
+
+// Keeps a command from being used while it runs.
+class TDisabled {
+ public:
+  explicit TDisabled(QAction* command) : command_(command) { command_->setEnabled(false); }
+  ~TDisabled() { command_->setEnabled(true); }
+  TDisabled(const TDisabled&) = delete;
+  TDisabled& operator=(const TDisabled&) = delete;
+
+ private:
+  QAction* command_;
+};
+
+}  // namespace
+
+// --- Scripts
+
+void TfmMain::acLoadScriptFromFile() {
+  std::string path;
+  if (!Host().OpenFile(kScriptFilter, path)) return;
+  page->setCurrentWidget(tsScript);
+  script_->SetText(ReadFileText(path));
+}
+
+void TfmMain::acSaveScriptToFile() {
+  std::string path;
+  if (Host().SaveFile(kScriptFilter, path)) WriteFileText(path, script_->Text());
+}
+
+void TfmMain::acGenScript() { app_->GenerateScript(); }
+
+void TfmMain::acRunScript() {
+  const TDisabled disabled(Command("acRunScript"));
+  script_->ClearMarks();
+  Host().ProcessMessages();
+  try {
+    app_->RunScript(script_->Text());
+  } catch (...) {
+    page->setCurrentWidget(tsScript);  // where the failed statement is marked
+    mScript->setFocus();
+    throw;
+  }
+}
+
+// No question comes before the run.
+void TfmMain::acSynchronize() {
+  const TDisabled disabled(Command("acSynchronize"));
+  acRunScript();
+}
+
+// --- The task
+
+void TfmMain::acNewTask() {
+  TfmTaskWiz& wizard = forms_->wizard;
+  if (wizard.exec() != QDialog::Accepted) return;
+  Host().ProcessMessages();
+  TTaskConnections& open = app_->connections;
+  // Deliberate: what was open stays connected until the window closes.
+  former_.push_back({std::move(open.reference), std::move(open.target)});
+  open.reference = std::move(wizard.RefConn);
+  open.target = std::move(wizard.TgtConn);
+  task_->TaskFileName = kUntitledTask;
+  task_->TaskIsUntitled = true;
+  ShowTask(true);
+  open.target->Connect();
+}
+
+void TfmMain::acOpenTask() {
+  std::string path;
+  if (Host().OpenFile(kTaskFilter, path)) task_->OpenTask(path);
+}
+
+void TfmMain::acRecent(std::size_t index) {
+  const std::string path = recent_.Path(index);
+  acCloseTask();
+  task_->OpenTask(path);
+}
+
+void TfmMain::acCloseTask() { task_->CloseTask(); }
+
+void TfmMain::acSaveTask() {
+  if (task_->TaskIsUntitled) {
+    acSaveTaskAs();
+  } else {
+    task_->SaveTask(task_->TaskFileName);
+  }
+}
+
+void TfmMain::acSaveTaskAs() {
+  std::string path = task_->TaskFileName;
+  if (Host().SaveFile(kTaskFilter, path)) task_->SaveTask(path);
+}
+
+void TfmMain::acAnalyze() { Analyze(); }
+
+void TfmMain::acDelAction() {
+  DeleteAction(tlActions->FocusedNode(), app_->tree, app_->data, [this] { acGenScript(); });
+}
+
+void TfmMain::acDumpDB() { forms_->dump.exec(); }
+
+// --- The program
+
+void TfmMain::acExit() { close(); }
+
+void TfmMain::acOptions() {
+  TOptions options = options_;
+  options.LogFontName = FromQt(mLog->font().family());
+  options.LogFontSize = mLog->font().pointSize();
+  options.ScriptFontName = FromQt(mScript->TextFont().family());
+  options.ScriptFontSize = mScript->TextFont().pointSize();
+  if (!forms_->options.Edit(options)) return;
+  options_ = options;
+  ApplyFonts();
+  SaveOptions();
+}
+
+void TfmMain::acHelp() { Host().ShellOpen(kHelpFile); }
+
+void TfmMain::acAbout() {
+  forms_->about.OnVisitWeb = [this] { acVisitWeb(); };
+  forms_->about.OnContactSupport = [this] { acContactSupport(); };
+  forms_->about.exec();
+}
+
+void TfmMain::acSelectAll() {
+  QWidget* focused = QApplication::focusWidget();
+  if (auto* memo = dynamic_cast<QPlainTextEdit*>(focused); memo != nullptr) memo->selectAll();
+  if (auto* edit = dynamic_cast<TSqlEdit*>(focused); edit != nullptr) edit->selectAll();
+}
+
+void TfmMain::acVisitWeb() { OpenURL(HomePage()); }
+
+void TfmMain::acContactSupport() {
+  const std::string subject = Format(kSupportSubject, kProgramTitle);
+  const QByteArray encoded = QUrl::toPercentEncoding(ToQt(subject));
+  Host().ShellOpen(std::string("mailto:") + SupportAddress() + "?subject=" + encoded.toStdString());
+}
+
+}  // namespace velmora

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QLabel>
+#include <QPointer>
+#include <QProgressBar>
+#include <QWidget>
+
+#include "sync/Progress.h"
+
+namespace velmora {
+
+// The small borderless window that stands over the program while something long happens. The form that was active is
+// out of use for as long as it stands. One instance serves the whole program.
+class TfmProgress final : public QWidget, public TProgress {
+ public:
+  TfmProgress();
+
+  void ShowSimple(const std::string& title) override;
+  void ShowOneBar(const std::string& title, std::int64_t max) override;
+  void ShowTwoBars(const std::string& title, std::int64_t max) override;
+  void SetTitle(const std::string& title) override;
+  void StartDetail(const std::string& text, std::int64_t max) override;
+  void StepDetail() override;
+  void StepTotal() override;
+  void SetDetailMax(std::int64_t max) override;
+  void SetDetailPosition(std::int64_t position) override;
+  void SetDetailText(const std::string& text) override;
+  void Finish() override;
+
+  QWidget* DisabledForm() const { return disabledForm; }  // null while the window is down
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  enum class EShape { Simple, OneBar, TwoBars };
+
+  void Start(EShape shape, const std::string& title, std::int64_t max);
+  void DisableActiveForm();
+  void SetShape(EShape shape);
+  void BringUp();
+
+  QLabel* lbNaslovStatic;  // title of the shape without bars
+  QLabel* lbNaslovStd;     // title of the others
+  QWidget* bevel;
+  QProgressBar* totbar;
+  QProgressBar* detbar;
+  QLabel* lbDetail;
+  QLabel* lbStatus;
+  QLabel* lbErrors;
+
+  QPointer<QWidget> disabledForm;
+  QPointer<QWidget> focused_;  // in that form, to get the focus back
+  bool was_active_ = false;    // it was in front, and shall be again
+};
+
+}  // namespace velmora

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QPalette>
+
+class QsciLexer;
+class QObject;
+
+namespace velmora {
+
+// What an SQL editor is painted with.
+struct TSqlColours {
+  QColor text = {}, paper = {}, keyword, string, number, comment, name;
+  QColor current_line = {}, margin = {}, margin_text = {}, brace, fault, fault_line;
+};
+
+TSqlColours SqlColours(const QPalette& palette);  // by whether its base is light or dark
+
+QsciLexer* MakeSqlLexer(QObject* parent);  // highlights MySQL; owned by `parent`
+void ColourLexer(QsciLexer& lexer, const TSqlColours& colours, const QFont& font);
+
+}  // namespace velmora

@@ -1,0 +1,3 @@
+#include "shell/Desktop.h"
+
+int main(int argc, char** argv) { return velmora::RunDesktop(argc, argv); }

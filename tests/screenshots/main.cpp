@@ -1,0 +1,181 @@
+// Drives the desktop program on the samples and writes pictures of its windows: velmora-screenshots FOLDER. They are
+// made without a screen, so they look the same everywhere.
+
+#include <QApplication>
+#include <QDir>
+#include <QMessageBox>
+#include <QPainter>
+#include <QTabWidget>
+#include <QTreeWidget>
+#include <cstdio>
+
+#include "app/ScriptSplitter.h"
+#include "shell/DesktopRig.h"
+#include "util/Files.h"
+
+namespace velmora::testing {
+
+namespace {
+
+constexpr char kSamples[] = VELMORA_SOURCE_DIR "/examples/live/";
+
+class TCamera {
+ public:
+  explicit TCamera(std::string folder) : folder_(std::move(folder)) { QDir().mkpath(ToQt(folder_)); }
+
+  void Take(QWidget& window, const char* name) const {
+    QCoreApplication::processEvents();
+    Save(window.grab(), name);
+  }
+  // A window with another one over its middle, as a desktop shows them.
+  void TakeBoth(QWidget& below, QWidget& above, const char* name) const {
+    QCoreApplication::processEvents();
+    QPixmap picture = below.grab();
+    const QPixmap top = above.grab();
+    QPainter painter(&picture);
+    const QSize room = (picture.size() - top.size()) / picture.devicePixelRatio();
+    painter.drawPixmap(room.width() / 2, room.height() / 2, top);
+    painter.end();
+    Save(picture, name);
+  }
+
+ private:
+  void Save(const QPixmap& picture, const char* name) const {
+    const QString path = QStringLiteral("%1/%2.png").arg(ToQt(folder_), QLatin1String(name));
+    if (!picture.save(path)) throw std::runtime_error("cannot write " + FromQt(path));
+    std::puts(path.toUtf8().constData());
+  }
+
+  std::string folder_;
+};
+
+void Load(TLiveDatabase& database, const std::string& file) {
+  std::string script = ReadFileText(kSamples + file);
+  std::string lines;
+  for (const std::string& line : LinesOf(script)) lines += line + "\r\n";
+  for (const TScriptStatement& statement : SplitScript(lines).statements) database.Run(statement.text);
+}
+
+void TakeWizard(TDesktopRig& rig, const TCamera& camera) {
+  WhenModal([&](QWidget* wizard) {
+    TDesktopRig::FillConnection(wizard, "frRefConn", "shop_reference");
+    TDesktopRig::FillConnection(wizard, "frTgtConn", "shop_target");
+    camera.Take(*wizard, "wizard-reference");
+    TDesktopRig::Click(wizard, "bnNext");
+    camera.Take(*wizard, "wizard-target");
+    TDesktopRig::Click(wizard, "bnNext");
+  });
+  rig.Trigger("acNewTask");
+}
+
+void TakeDifferences(TDesktopRig& rig, const TCamera& camera, const char* name) {
+  rig.Trigger("acAnalyze");
+  auto* tree = rig.Find<QTreeWidget>("tlActions");
+  for (int i = 0; i < tree->topLevelItemCount(); ++i)
+    if (tree->topLevelItem(i)->childCount() > 0) tree->setCurrentItem(tree->topLevelItem(i)->child(0));
+  tree->scrollToTop();
+  tree->setFocus();
+  camera.Take(rig.Main(), name);
+}
+
+void TakeProgress(TDesktopRig& rig, const TCamera& camera) {
+  TfmProgress& progress = rig.Progress();
+  progress.ShowTwoBars("Analyzing structure...", 120);
+  progress.StartDetail("Comparing columns...", 40);
+  for (int i = 0; i < 26; ++i) progress.StepDetail();
+  camera.TakeBoth(rig.Main(), progress, "progress");
+  progress.Finish();
+}
+
+void TakeFailedRun(TDesktopRig& rig, const TCamera& camera) {
+  rig.NewTask("stop_reference", "stop_target");
+  rig.Trigger("acAnalyze");
+  WhenModal([&](QWidget* box) {
+    camera.TakeBoth(rig.Main(), *box, "failed-run");
+    box->close();
+  });
+  rig.Trigger("acSynchronize");
+}
+
+void TakeDialog(TDesktopRig& rig, const TCamera& camera, const char* command, const char* name) {
+  WhenModal([&](QWidget* dialog) {
+    camera.Take(*dialog, name);
+    dialog->close();
+  });
+  rig.Trigger(command);
+}
+
+QPalette DarkPalette() {
+  const QColor window(0x2b, 0x2d, 0x30);
+  const QColor base(0x1e, 0x1f, 0x22);
+  const QColor text(0xdf, 0xe1, 0xe5);
+  QPalette palette(window);
+  palette.setColor(QPalette::Window, window);
+  palette.setColor(QPalette::Base, base);
+  palette.setColor(QPalette::AlternateBase, window);
+  palette.setColor(QPalette::Highlight, QColor(0x2e, 0x43, 0x6e));
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::HighlightedText})
+    palette.setColor(role, text);
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+    palette.setColor(QPalette::Disabled, role, QColor(0x6f, 0x73, 0x7a));
+  return palette;
+}
+
+void TakeAll(const TCamera& camera) {
+  TLiveDatabase reference("shop_reference");
+  TLiveDatabase target("shop_target");
+  TLiveDatabase stop_reference("stop_reference");
+  TLiveDatabase stop_target("stop_target");
+  Load(reference, "reference.sql");
+  Load(target, "target.sql");
+  Load(stop_reference, "stops/reference.sql");
+  Load(stop_target, "stops/target.sql");
+
+  TDesktopRig rig;
+  rig.Main().resize(1000, 700);
+  camera.Take(rig.Main(), "empty");
+  TakeWizard(rig, camera);
+  TakeDifferences(rig, camera, "differences");
+  auto* page = rig.Find<QTabWidget>("page");
+  page->setCurrentIndex(2);
+  camera.Take(rig.Main(), "script");
+  page->setCurrentIndex(1);
+  camera.Take(rig.Main(), "messages");
+  page->setCurrentIndex(0);
+  TakeProgress(rig, camera);
+  TakeDialog(rig, camera, "acOptions", "options");
+  TakeDialog(rig, camera, "acAbout", "about");
+  TakeDialog(rig, camera, "acDumpDB", "dump");
+  TakeFailedRun(rig, camera);
+
+  QApplication::setPalette(DarkPalette());
+  rig.NewTask("shop_reference", "shop_target");
+  TakeDifferences(rig, camera, "dark");
+  page->setCurrentIndex(2);
+  camera.Take(rig.Main(), "dark-script");
+  rig.Trigger("acSynchronize");
+  rig.Trigger("acAnalyze");
+  camera.Take(rig.Main(), "identical");
+  rig.Main().close();
+}
+
+}  // namespace
+
+}  // namespace velmora::testing
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fputs("usage: velmora-screenshots FOLDER\n", stderr);
+    return 2;
+  }
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication::setDesktopSettingsAware(false);
+  QApplication application(argc, argv);
+  try {
+    velmora::testing::TakeAll(velmora::testing::TCamera(argv[1]));
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "velmora-screenshots: %s\n", error.what());
+    return 1;
+  }
+  return 0;
+}

@@ -1,0 +1,318 @@
+#include <QElapsedTimer>
+#include <QTabWidget>
+#include <fstream>
+
+#include "shell/Commands.h"
+#include "shell/DesktopRig.h"
+#include "util/Files.h"
+
+namespace velmora {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+using velmora::testing::TDesktopRig;
+using velmora::testing::TLiveDatabase;
+
+// A pair whose default script the servers of today take: a changed, a new and an obsolete table.
+class MainTest : public ::testing::Test {
+ protected:
+  MainTest() : reference_("main_ref"), target_("main_tgt") {
+    reference_.Run("create table changed (a int not null, c bigint not null, b varchar(20) not null) engine=InnoDB");
+    reference_.Run("create table fresh (a int not null) engine=InnoDB");
+    reference_.Run("create table same (a int not null) engine=InnoDB");
+    target_.Run("create table changed (a int not null, c int not null) engine=InnoDB");
+    target_.Run("create table same (a int not null) engine=InnoDB");
+    target_.Run("create table gone (a int not null) engine=InnoDB");
+  }
+
+  void OpenPair() { rig_.NewTask("main_ref", "main_tgt"); }
+  QTreeWidget& Tree() { return *rig_.Find<QTreeWidget>("tlActions"); }
+  TStringList TreeTexts() {
+    TStringList texts;
+    for (QTreeWidgetItemIterator item(&Tree()); *item != nullptr; ++item)
+      texts.push_back(((*item)->parent() != nullptr ? "  " : "") + FromQt((*item)->text(0)));
+    return texts;
+  }
+  QTreeWidgetItem* Item(const char* text) {
+    const auto items = Tree().findItems(QLatin1String(text), Qt::MatchExactly | Qt::MatchRecursive);
+    return items.isEmpty() ? nullptr : items.first();
+  }
+  std::string CurrentPage() { return FromQt(rig_.Find<QTabWidget>("page")->currentWidget()->objectName()); }
+
+  TLiveDatabase reference_;
+  TLiveDatabase target_;
+  TDesktopRig rig_;
+};
+
+TEST_F(MainTest, StatesFollowTaskAndAnalysis) {
+  struct TState {
+    const char* name;
+    bool no_task, panel, page, equal, task_commands, act;
+  };
+  const auto expect = [this](const TState& state) {
+    SCOPED_TRACE(state.name);
+    EXPECT_EQ(rig_.Shown("lbNoTask"), state.no_task);
+    EXPECT_EQ(rig_.Shown("panMain"), state.panel);
+    EXPECT_EQ(rig_.Shown("barAnalyze"), state.panel);
+    EXPECT_EQ(rig_.Shown("page"), state.page);
+    EXPECT_EQ(rig_.Shown("lbEqual"), state.equal);
+    for (const TCommand& command : Commands()) {
+      const std::string name = command.name;
+      if (!rig_.Main().Command(name)->isVisible()) continue;
+      const bool acts = name == "acSynchronize" || name == "acDelAction";
+      const bool expected = command.list == ECommandList::acList || (acts ? state.act : state.task_commands);
+      EXPECT_EQ(rig_.Enabled(command.name), expected) << name;
+    }
+  };
+  expect({"start", true, false, false, false, false, false});
+  rig_.Press(Qt::Key_F9);  // disabled without a task
+  EXPECT_EQ(rig_.Main().windowTitle(), QStringLiteral("Velmora 2.0"));
+
+  OpenPair();
+  expect({"open", false, true, true, false, true, true});
+  EXPECT_EQ(rig_.Main().windowTitle(), QStringLiteral("Untitled - Velmora 2.0"));
+  EXPECT_THAT(FromQt(rig_.Find<QLabel>("pnRefH")->text()), StartsWith(" &Reference: "));
+  EXPECT_THAT(FromQt(rig_.Find<QLabel>("pnTgtH")->text()), StartsWith(" Tar&get: "));
+
+  rig_.Press(Qt::Key_F9);
+  expect({"differences", false, true, true, false, true, true});
+  EXPECT_EQ(CurrentPage(), "tsActions");
+
+  rig_.Trigger("acSynchronize");
+  rig_.Trigger("acAnalyze");
+  expect({"identical", false, true, false, true, true, false});
+  EXPECT_EQ(rig_.Find<QLabel>("lbEqual")->text(), QStringLiteral("Databases are identical. Nothing to synchronize."));
+
+  rig_.Trigger("acCloseTask");
+  expect({"closed", true, false, false, false, false, false});
+}
+
+TEST_F(MainTest, AnalysisShowsTreeTextsScriptAndLog) {
+  OpenPair();
+  rig_.Trigger("acAnalyze");
+  EXPECT_THAT(TreeTexts(), ElementsAre("gone", "changed", "  Changed column c", "  New column b", "fresh"));
+  EXPECT_THAT(rig_.Text("mScript"), HasSubstr("drop table gone;\r\n"));
+  EXPECT_EQ(rig_.Find<QPlainTextEdit>("mLog")->toPlainText().split(QLatin1Char('\n')).size(), 4);
+  EXPECT_FALSE(rig_.Progress().isVisible());
+
+  Tree().setCurrentItem(Item("New column b"));  // a child shows its table
+  EXPECT_THAT(rig_.Text("mDDLref"), HasSubstr("b varchar(20)"));
+  EXPECT_THAT(rig_.Text("mDDLtgt"), HasSubstr("c int"));
+  Tree().setCurrentItem(Item("fresh"));
+  EXPECT_THAT(rig_.Text("mDDLref"), HasSubstr("fresh"));
+  EXPECT_THAT(rig_.Text("mDDLtgt"), IsEmpty());
+
+  auto* details = rig_.Find<QWidget>("pnDetails");
+  rig_.Main().resize(1101, 640);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(rig_.Find<QWidget>("pnRef")->width(), details->width() / 2);
+}
+
+TEST_F(MainTest, DeletedActionsLeaveTheScript) {
+  OpenPair();
+  EXPECT_EQ(rig_.MessageOfCommand("acDelAction"), "Please select action before deletion");
+  rig_.Trigger("acAnalyze");
+  Tree().setCurrentItem(Item("New column b"));
+  rig_.Trigger("acDelAction");
+  EXPECT_EQ(Item("New column b"), nullptr);
+  EXPECT_THAT(rig_.Text("mScript"), ::testing::Not(HasSubstr("add b ")));
+  Tree().setCurrentItem(Item("changed"));
+  QTest::keyClick(&Tree(), Qt::Key_Delete);
+  EXPECT_THAT(TreeTexts(), ElementsAre("gone", "fresh"));
+  for (const char* table : {"gone", "fresh"}) {
+    Tree().setCurrentItem(Item(table));
+    rig_.Trigger("acDelAction");
+  }
+  EXPECT_THAT(TreeTexts(), IsEmpty());
+  EXPECT_FALSE(rig_.Shown("lbEqual"));  // only an analysis brings it up
+  EXPECT_EQ(rig_.MessageOfCommand("acDelAction"), "Please select action before deletion");
+}
+
+TEST_F(MainTest, TheWholeRoadEndsInIdenticalDatabases) {
+  OpenPair();
+  rig_.Press(Qt::Key_F9);
+  rig_.Trigger("acSynchronize");
+  EXPECT_TRUE(rig_.Enabled("acSynchronize"));
+  EXPECT_THAT(TreeTexts(), ::testing::Not(IsEmpty()));  // nothing is compared again by itself
+  rig_.Press(Qt::Key_F9);
+  EXPECT_TRUE(rig_.Shown("lbEqual"));
+}
+
+TEST_F(MainTest, AFailedStatementIsMarkedWithTheCaretOnIt) {
+  OpenPair();
+  const std::string script = rig_.folder / "script.sql";
+  WriteFileText(
+      script, "create table made (a int);\n\n-- a comment\ncreate tabel wrong (a int);\ncreate table never (a int);\n");
+  rig_.host->chosen = script;
+  rig_.Trigger("acLoadScriptFromFile");
+  EXPECT_EQ(CurrentPage(), "tsScript");
+  EXPECT_THAT(rig_.host->asked, ElementsAre("MySQL script|*.sql"));
+  EXPECT_THAT(rig_.MessageOfCommand("acSynchronize"), HasSubstr("You have an error in your SQL syntax"));
+  auto& edit = dynamic_cast<TSqlEdit&>(*rig_.Find<QWidget>("mScript"));
+  int line = 0;
+  int index = 0;
+  edit.getCursorPosition(&line, &index);
+  EXPECT_EQ(line, 3);
+  EXPECT_TRUE(edit.IsMarked(3));
+  EXPECT_FALSE(edit.hasSelectedText());
+  for (const char* command : {"acSynchronize", "acRunScript"}) EXPECT_TRUE(rig_.Enabled(command)) << command;
+  EXPECT_FALSE(rig_.Progress().isVisible());
+  EXPECT_TRUE(rig_.Main().isEnabled());
+
+  edit.SetBytes("drop table made;\r\n");
+  rig_.Trigger("acRunScript");
+  EXPECT_FALSE(edit.IsMarked(3));
+  rig_.host->chosen = rig_.folder / "saved.sql";
+  rig_.Trigger("acSaveScriptToFile");
+  EXPECT_EQ(ReadFileBytes(rig_.host->chosen), "drop table made;\r\n");
+}
+
+TEST_F(MainTest, AFailedAnalysisLeavesTheEarlierState) {
+  OpenPair();
+  rig_.Trigger("acAnalyze");
+  const std::string script = rig_.Text("mScript");
+  reference_.Run("drop database main_ref");
+  EXPECT_THAT(rig_.MessageOfCommand("acAnalyze"), HasSubstr("main_ref"));
+  EXPECT_TRUE(rig_.Shown("page"));
+  EXPECT_FALSE(rig_.Shown("lbEqual"));
+  EXPECT_TRUE(rig_.Enabled("acAnalyze"));
+  EXPECT_TRUE(rig_.Find<QWidget>("panMain")->isEnabled());
+  EXPECT_FALSE(rig_.Progress().isVisible());
+  EXPECT_EQ(rig_.Text("mScript"), script);
+  reference_.Run("create database main_ref");
+}
+
+TEST_F(MainTest, TasksAreSavedAndOpenedAgainByTheRecentList) {
+  OpenPair();
+  rig_.host->chosen = rig_.folder / "R&D.vlt";
+  rig_.Trigger("acSaveTask");  // untitled, so it asks
+  EXPECT_THAT(rig_.host->asked, ElementsAre("Velmora tasks|*.vlt"));
+  EXPECT_EQ(rig_.Main().windowTitle(), QStringLiteral("R&D - Velmora 2.0"));
+  rig_.Main().close();
+  rig_.Start();
+
+  auto* recent = rig_.Find<QAction>("acRecent1");
+  EXPECT_TRUE(recent->isVisible());
+  EXPECT_FALSE(rig_.Find<QAction>("acRecent2")->isVisible());
+  EXPECT_EQ(FromQt(recent->text()), "&1 " + (rig_.folder / "R&&D.vlt"));
+  recent->trigger();
+  EXPECT_TRUE(rig_.Shown("panMain"));
+  rig_.Trigger("acSaveTask");  // no question: it has a name
+  EXPECT_THAT(rig_.host->asked, IsEmpty());
+
+  rig_.host->chosen = rig_.folder / "none.vlt";
+  EXPECT_THAT(rig_.MessageOfCommand("acOpenTask"), HasSubstr("none.vlt"));
+  EXPECT_TRUE(rig_.Shown("lbNoTask"));
+}
+
+TEST_F(MainTest, ANewTaskKeepsTheOldPairAlive) {
+  OpenPair();
+  const auto connections = [this] {
+    return velmora::testing::Answer(target_.Connection(),
+                                    "select count(*) from information_schema.processlist where db in ('main_ref', "
+                                    "'main_tgt')");
+  };
+  const std::string before = connections();
+  OpenPair();
+  EXPECT_EQ(std::stoi(connections()), std::stoi(before) + 2);
+  rig_.Main().close();
+  for (int i = 0; i < 100 && connections() != "2"; ++i) QTest::qWait(10);  // those of the two databases themselves
+  EXPECT_EQ(connections(), "2");
+}
+
+TEST_F(MainTest, FailedConnectionsLeaveTheWizardOnItsPage) {
+  std::string message;
+  WhenModal([&](QWidget* wizard) {
+    TDesktopRig::FillConnection(wizard, "frRefConn", "no_such_database");
+    WhenModal([&](QWidget* box) {
+      message = FromQt(box->property("text").toString());
+      box->close();
+    });
+    TDesktopRig::Click(wizard, "bnNext");
+    EXPECT_TRUE(wizard->isVisible());
+    TDesktopRig::Click(wizard, "bnCancel");
+  });
+  rig_.Trigger("acNewTask");
+  EXPECT_THAT(message, HasSubstr("no_such_database"));
+  EXPECT_TRUE(rig_.Shown("lbNoTask"));
+}
+
+TEST_F(MainTest, PlaceAndOptionsAreKeptFromRunToRun) {
+  EXPECT_EQ(rig_.Find<QPlainTextEdit>("mLog")->font().family(), QStringLiteral("Tahoma"));
+  rig_.Main().setGeometry(40, 50, 812, 613);
+  WhenModal([](QWidget* dialog) {
+    dialog->findChild<QAbstractButton*>(QStringLiteral("chkVerboseLog"))->click();
+    QTest::keyClick(dialog, Qt::Key_Return);
+  });
+  QTest::keyClick(&rig_.Main(), Qt::Key_O, Qt::AltModifier);  // its menu is never shown
+  rig_.Main().close();
+  rig_.Start();
+  EXPECT_EQ(rig_.Main().geometry(), QRect(40, 50, 812, 613));
+  EXPECT_THAT(ReadFileText(rig_.folder / "options.values"), HasSubstr("VerboseLog"));
+
+  rig_.Main().showMaximized();
+  rig_.Main().close();
+  EXPECT_THAT(ReadFileText(rig_.folder / "Velmora.settings"), HasSubstr("<State>2</State>"));
+  WriteFileText(rig_.folder / "Velmora.settings", "<root><Window><State>0</State><Left>5</Left></Window></root>");
+  rig_.Start();  // a broken file is passed over
+  EXPECT_EQ(rig_.Main().size(), QSize(1000, 700));
+}
+
+TEST_F(MainTest, CommandsOfTheProgram) {
+  rig_.Trigger("acVisitWeb");
+  rig_.Trigger("acContactSupport");
+  ASSERT_EQ(rig_.host->opened.size(), 2U);
+  EXPECT_THAT(rig_.host->opened[0], StartsWith("https://"));
+  EXPECT_THAT(rig_.host->opened[1], ::testing::EndsWith("?subject=Velmora%20support%20question"));
+
+  QTest::keyClick(&rig_.Main(), Qt::Key_F1);
+  QWidget* help = nullptr;
+  for (QWidget* window : QApplication::topLevelWidgets())
+    if (window->objectName() == QStringLiteral("fmHelp")) help = window;
+  ASSERT_NE(help, nullptr);
+  help->close();
+
+  OpenPair();
+  auto* script = rig_.Find<QWidget>("mScript");
+  rig_.Find<QTabWidget>("page")->setCurrentWidget(rig_.Find<QWidget>("tsScript"));
+  auto& edit = dynamic_cast<TSqlEdit&>(*script);
+  edit.SetBytes("select 1;\r\nselect 2;\r\n");
+  edit.setFocus();
+  rig_.Trigger("acSelectAll");
+  EXPECT_EQ(FromQt(edit.selectedText()), "select 1;\r\nselect 2;\r\n");
+
+  WhenModal([](QWidget* dialog) { dialog->close(); });
+  rig_.Trigger("acDumpDB");
+}
+
+TEST_F(MainTest, FindGoesOnFromMatchToMatch) {
+  OpenPair();
+  rig_.Find<QTabWidget>("page")->setCurrentWidget(rig_.Find<QWidget>("tsScript"));
+  auto& edit = dynamic_cast<TSqlEdit&>(*rig_.Find<QWidget>("mScript"));
+  edit.SetBytes("drop table A;\r\ndrop table b;\r\n");
+  edit.setFocus();
+  QTest::keyClick(&edit, Qt::Key_F, Qt::ControlModifier);
+  auto* field = rig_.Find<QLineEdit>("edFind");
+  ASSERT_TRUE(field->isVisible());
+  const auto line = [&] {
+    int found = 0;
+    int index = 0;
+    edit.getCursorPosition(&found, &index);
+    return found;
+  };
+  QTest::keyClicks(field, QStringLiteral("TABLE"));
+  EXPECT_EQ(FromQt(edit.selectedText()), "table");
+  EXPECT_EQ(line(), 0);
+  QTest::keyClick(field, Qt::Key_Return);
+  EXPECT_EQ(line(), 1);
+  QTest::keyClick(field, Qt::Key_Return);  // goes round
+  EXPECT_EQ(line(), 0);
+  QTest::keyClick(field, Qt::Key_Escape);
+  EXPECT_FALSE(rig_.Shown("barFind"));
+}
+
+}  // namespace
+}  // namespace velmora

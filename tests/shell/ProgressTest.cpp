@@ -1,0 +1,123 @@
+#include "shell/Progress.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QVBoxLayout>
+
+#include "shell/QtEnvironment.h"
+#include "shell/QtHost.h"
+#include "shell/TopLevel.h"
+#include "util/Errors.h"
+
+namespace velmora {
+namespace {
+
+class ProgressTest : public ::testing::Test {
+ protected:
+  ProgressTest() {
+    (new QVBoxLayout(&form_))->addWidget(field_ = new QLineEdit);
+    form_.show();
+    QApplication::setActiveWindow(&form_);
+    field_->setFocus();
+    QCoreApplication::processEvents();
+  }
+  bool Shown(const char* name) { return progress_.findChild<QWidget*>(QLatin1String(name))->isVisible(); }
+  QProgressBar& Bar(const char* name) { return *progress_.findChild<QProgressBar*>(QLatin1String(name)); }
+  QString Text(const char* name) { return progress_.findChild<QLabel*>(QLatin1String(name))->text(); }
+
+  QWidget form_;
+  QLineEdit* field_;
+  TfmProgress progress_;
+};
+
+TEST_F(ProgressTest, ShapesFollowEachOtherOverOneDisabledForm) {
+  struct TShape {
+    const char* name;
+    bool std_title, static_title, total, detail;
+  };
+  const auto expect = [this](const TShape& shape) {
+    SCOPED_TRACE(shape.name);
+    EXPECT_EQ(Shown("lbNaslovStd"), shape.std_title);
+    EXPECT_EQ(Shown("lbNaslovStatic"), shape.static_title);
+    EXPECT_EQ(Shown("bevel"), shape.total);
+    EXPECT_EQ(Shown("totbar"), shape.total);
+    EXPECT_EQ(Shown("detbar"), shape.detail);
+    EXPECT_EQ(Shown("lbDetail"), shape.detail);
+    EXPECT_EQ(progress_.DisabledForm(), &form_);
+    EXPECT_FALSE(form_.isEnabled());
+  };
+  progress_.ShowTwoBars("Two", 10);
+  expect({"two", true, false, true, true});
+  progress_.ShowOneBar("One", 10);
+  expect({"one", true, false, true, false});
+  progress_.ShowSimple("Simple");
+  expect({"simple", false, true, false, false});
+  EXPECT_EQ(Text("lbNaslovStatic"), QStringLiteral("Simple"));
+
+  progress_.Finish();
+  progress_.Finish();
+  QCoreApplication::processEvents();
+  EXPECT_FALSE(progress_.isVisible());
+  EXPECT_TRUE(form_.isEnabled());
+  EXPECT_EQ(QApplication::focusWidget(), field_);
+}
+
+TEST_F(ProgressTest, BarsCountTheirSteps) {
+  progress_.ShowTwoBars("Two", 5);
+  progress_.StartDetail("first", 2);
+  progress_.StepDetail();
+  progress_.StepDetail();
+  progress_.StepTotal();
+  EXPECT_EQ(Bar("detbar").value(), 2);
+  EXPECT_EQ(Bar("totbar").value(), 3);
+  progress_.StartDetail("empty", 0);  // stays at 0, and does not run for ever
+  EXPECT_EQ(Bar("detbar").value(), 0);
+  EXPECT_GT(Bar("detbar").maximum(), 0);
+  progress_.ShowSimple("Simple");
+  progress_.StartDetail("shown", 1);
+  EXPECT_TRUE(Shown("lbDetail"));
+  progress_.close();  // ends it as Finish does
+  EXPECT_TRUE(form_.isEnabled());
+  progress_.ShowTwoBars("Two", 5);
+  EXPECT_TRUE(Text("lbDetail").isEmpty());
+  progress_.Finish();
+}
+
+TEST(TopLevelTest, ShowsTheTextOfErrorsAndGoesOn) {
+  struct TCase {
+    const char* text;
+    const char* shown;
+  };
+  constexpr TCase kCases[] = {
+      {"Invalid session file", "Invalid session file"},
+      {"date : today\r\nexception message : It broke\r\nmain thread:", "It broke"},
+      {"first\nException message : of another case", "first\nException message : of another case"},
+      {"exception message : ", ""},
+  };
+  for (const TCase& item : kCases) EXPECT_EQ(ShownMessage(item.text), item.shown);
+
+  QString shown;
+  WhenModal([&](QWidget* box) {
+    shown = dynamic_cast<QMessageBox&>(*box).text();
+    box->close();
+  });
+  EXPECT_FALSE(AtTopLevel([] { RaiseError("<b>It</b> broke"); }));
+  EXPECT_EQ(shown, QStringLiteral("<b>It</b> broke"));
+  EXPECT_FALSE(AtTopLevel([] { throw EAbort(); }));  // shows nothing, or the test would wait
+  EXPECT_TRUE(AtTopLevel([] {}));
+}
+
+TEST(QtHostTest, FiltersAreThoseOfTheDialogs) {
+  EXPECT_EQ(QtFilter("Lotus 1-2-3|*.wk4;*.wk3"), "Lotus 1-2-3 (*.[wW][kK]4 *.[wW][kK]3)");
+  EXPECT_EQ(QtFilter("All|*.*|Text file|*.txt"), "All (*)\nText file (*.[tT][xX][tT])");
+  EXPECT_EQ(FilterExtension("MySQL script|*.sql"), "sql");
+  EXPECT_EQ(FilterExtension("All|*.*"), "");
+}
+
+}  // namespace
+}  // namespace velmora
