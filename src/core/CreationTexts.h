@@ -1,10 +1,16 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "util/Lists.h"
 
 namespace velmora {
+
+struct TOtherObject {
+  std::string kind;  // "view", "sequence", "trigger", "procedure", "function", "event"
+  std::string name;
+};
 
 // What an engine also implements that can give the creation text of a table as its server prints it.
 class TCreationTexts {
@@ -14,6 +20,11 @@ class TCreationTexts {
   // A hint: the texts of these tables will be asked for next, in this order. A client may read ahead; an error of a
   // table that nobody asks for never shows.
   virtual void ExpectCreationTexts(const TStringList& /*tables*/) {}
+  // Makes the server print texts without loss from here on: names in UTF-8 and in backticks, every option. For files
+  // there is nothing to do.
+  virtual void PrepareExactTexts() {}
+  // What the database holds besides tables: views, sequences, triggers, routines, events. Empty for files.
+  virtual std::vector<TOtherObject> OtherObjects() { return {}; }
 
  protected:
   ~TCreationTexts() = default;

@@ -1,0 +1,68 @@
+#pragma once
+
+// What two creation texts may spell differently and mean the same, one row of data each.
+
+#include <array>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "exact/TableText.h"
+
+namespace velmora {
+
+enum class EEquivalence {
+  AutoIncrement,     // the counter's AUTO_INCREMENT=N among the options
+  DisplayWidth,      // int(11) and int; not tinyint(1), and nothing with zerofill
+  InheritedCharset,  // a charset or collation that is the one of the table, or the charset's own collation
+  QuotedNumber,      // default '0' and default 0 of a number column
+  CurrentTimestamp,  // current_timestamp, current_timestamp(), now(), localtime: with the same fraction
+  UsingBtree,        // using btree, which is the engine's own
+  NoAction,          // on delete/update restrict, no action, or nothing
+  OptionOrder,       // the order of table options
+  kCount
+};
+inline constexpr int kEquivalenceCount = static_cast<int>(EEquivalence::kCount);
+
+struct TEquivalence {
+  EEquivalence id;
+  std::string_view name;  // as the log shows it and a switch names it: "auto-increment", "display-width", ...
+  std::string_view help;
+};
+std::span<const TEquivalence, kEquivalenceCount> Equivalences();
+
+// Which of them count, all at first, and how often each made two texts equal that are written differently.
+class TEquivalenceUse {
+ public:
+  TEquivalenceUse() { on_.fill(true); }
+  void Switch(EEquivalence id, bool on) { on_[static_cast<std::size_t>(id)] = on; }
+  bool On(EEquivalence id) const { return on_[static_cast<std::size_t>(id)]; }
+  int Count(EEquivalence id) const { return counts_[static_cast<std::size_t>(id)]; }
+  void Add(EEquivalence id) { ++counts_[static_cast<std::size_t>(id)]; }
+  void ResetCounts() { counts_.fill(0); }
+
+ private:
+  std::array<bool, kEquivalenceCount> on_{};
+  std::array<int, kEquivalenceCount> counts_{};
+};
+
+// Whether two elements of the same kind mean the same in their tables. Letter case of keywords, white space, quoting of
+// names and the form of quotes never count. What made them equal is counted in `use`.
+bool SameElement(const TElement& a, const TTableText& table_a, const TElement& b, const TTableText& table_b,
+                 TEquivalenceUse& use);
+// The same for all options, for partitioning.
+bool SameOptions(const TTableText& a, const TTableText& b, TEquivalenceUse& use);
+bool SamePartitioning(const TTableText& a, const TTableText& b);
+// The options in which `b` has to be changed to be as `a`: set to the value of `a`, or back to the server's own where
+// `a` has none.
+std::vector<TTableOption> OptionsToSet(const TTableText& a, const TTableText& b, const TEquivalenceUse& use);
+
+// Effective character set and collation: the text's own, else the table's, else that which the charset has by itself.
+struct TCharset {
+  std::string charset;
+  std::string collation;
+  bool operator==(const TCharset&) const = default;
+};
+TCharset TableCharset(const TTableText& table);
+
+}  // namespace velmora

@@ -1,0 +1,82 @@
+#pragma once
+
+// The comparison of the exact dialect: reads creation texts without loss, compares element by element, plans one
+// "alter table" per table, and proves the plan in memory before anybody runs it.
+
+#include <string>
+#include <vector>
+
+#include "core/CreationTexts.h"
+#include "exact/Changes.h"
+#include "exact/Plan.h"
+#include "sync/ActionTree.h"
+#include "sync/Data.h"
+#include "sync/MessageLog.h"
+#include "sync/Progress.h"
+#include "sync/ScriptEditor.h"
+#include "sync/TaskConnections.h"
+#include "util/Clock.h"
+
+namespace velmora {
+
+struct TSkippedTable {
+  std::string side;  // "reference" or "target"
+  std::string table;
+  std::string reason;
+};
+
+class TExactSync {
+ public:
+  // All outlive this object.
+  TExactSync(TTaskConnections& connections, TdmData& data, TActionTree& tree, TProgress& progress, TMessageLog& log);
+
+  TStringList ActionLog;  // objects that are left alone, tables that could not be read, actions, equivalences, proof
+  TEquivalenceUse Equivalences;
+
+  // Reconnects both sides, reads every table that both list, compares, and fills the action rows and the tree. A table
+  // that cannot be read is skipped and named; the result is then not identical. Raises what the connections raise, and
+  // for a side that gives no creation texts.
+  void Compare();
+
+  bool Identical() const;  // no action, and nothing was skipped
+  const std::vector<TSkippedTable>& Skipped() const { return skipped_; }
+  std::vector<TChange> Changes() const;  // those whose rows are still there
+  std::vector<TPlanStatement> Plan() const;
+  int DifferencesLeft() const { return differences_left_; }  // by the proof, for the whole plan
+  const std::string& TableUnderWay() const { return table_under_way_; }
+  bool TargetLost() const { return target_lost_; }
+
+  // Writes the script of the rows that are left: header as "-- " comments, reasons of what is unsafe as comments,
+  // statements, foreign key checks put back to what they were.
+  void GenerateScript(TScriptEditor& editor, const TClock& clock) const;
+
+  // Creation texts of a table as both servers print them; empty for a side without the table.
+  std::string ReferenceText(const std::string& table) const;
+  std::string TargetText(const std::string& table) const;
+
+  // Does the proof for real: makes the target's structure in a scratch database of its server, runs the plan there,
+  // compares, and removes the database in every case. Gives the differences left.
+  int VerifyOnServer();
+
+ private:
+  void ReadSide(TDBConn& conn, const char* side, TSchema& schema);
+  void CompareSchemas();
+  void Prove();
+
+  TTaskConnections& connections_;
+  TdmData& data_;
+  TActionTree& tree_;
+  TProgress& progress_;
+  TMessageLog& log_;
+  TSchema reference_;
+  TSchema target_;
+  std::map<std::string, std::string> reference_texts_;
+  std::map<std::string, std::string> target_texts_;
+  std::vector<TChange> changes_;
+  std::vector<TSkippedTable> skipped_;
+  int differences_left_ = 0;
+  std::string table_under_way_;
+  bool target_lost_ = false;
+};
+
+}  // namespace velmora

@@ -1,0 +1,41 @@
+#pragma once
+
+// Reads MySQL text as tokens: creation texts, statements of scripts.
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora {
+
+enum class EToken {
+  Word,    // a keyword or a name without quotes
+  Name,    // in backticks
+  String,  // in ' or ", with its prefix (_utf8mb4'..', x'..', b'..', n'..') if there is one
+  Number,  // unsigned, with fraction and exponent; 0x and 0b forms too
+  Symbol,  // one character; but := <=> <> != >= <= << >> && || -> ->> are one token
+  End
+};
+
+// Parts of the text, which outlives its tokens.
+struct TToken {
+  EToken kind = EToken::End;
+  std::string_view text;    // as written
+  std::size_t start = 0;    // in the text
+  std::size_t End() const { return start + text.size(); }
+  bool Is(std::string_view word) const;  // a word, ignoring case, or a symbol
+};
+
+// Comments are passed over. What stands in a comment for servers of a version (/*!80023 INVISIBLE */, /*M!100401 .. */)
+// is read as if its marks were not there. The last token is End. Raises "line %d: unclosed %s quote" and "line %d:
+// unclosed comment".
+std::vector<TToken> Tokens(std::string_view text);
+
+std::string NameOf(const TToken& token);                // of a Name or Word, doubled backticks undone
+std::string ValueOf(const TToken& token);               // of a String, quotes and escapes undone, prefix left out
+std::string QuotedName(std::string_view name);          // `name`, backticks doubled
+std::string QuotedText(std::string_view value);         // 'value' as servers print it
+bool IsKeyword(const TToken& token, std::string_view word);  // an unquoted word, ignoring case
+
+}  // namespace velmora

@@ -1,0 +1,53 @@
+#pragma once
+
+// The statements that make the changes, in the order in which servers take them.
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "exact/Changes.h"
+
+namespace velmora {
+
+// Tables by name as one side has them.
+class TSchema {
+ public:
+  void Add(TTableText table);
+  const TTableText* Find(const std::string& name) const;  // exact name; null when there is none
+  TTableText* Find(const std::string& name);
+  void Remove(const std::string& name);
+  const std::vector<TTableText>& Tables() const { return tables_; }  // in order of addition
+
+ private:
+  std::vector<TTableText> tables_;
+  std::map<std::string, std::size_t> index_;
+};
+
+struct TPlanStatement {
+  std::string text;           // without ";"
+  std::vector<int> actions;   // ids of the changes it serves
+  std::vector<std::string> unsafe;  // reasons, "column c: ..." each
+};
+
+// 1. foreign keys that go, change, or stand on a column that changes (those come back at the end), 2. dropped tables,
+// 3. one "alter table" per table: options, columns dropped, modified and added with first/after, keys dropped and added,
+// checks; partitioning in one of its own behind it where a server wants that, 4. new tables without foreign keys,
+// 5. foreign keys added. Names in backticks. It holds what `changes` holds and nothing else: a change that was struck
+// out leaves its statement.
+std::vector<TPlanStatement> MakePlan(const std::vector<TChange>& changes, const TSchema& reference,
+                                     const TSchema& target);
+
+// Applies statements of the plan to a schema in memory, by reading their texts. Raises for one it does not understand.
+void ApplyStatement(const std::string& statement, TSchema& schema);
+
+// The places (start, length) of the statements of a script: ends are ";" outside quotes, backticks and comments.
+// Comments before a statement do not belong to it.
+struct TScriptRange {
+  std::size_t start = 0;
+  std::size_t length = 0;
+};
+std::vector<TScriptRange> ScanStatements(std::string_view script);
+
+}  // namespace velmora
