@@ -1,6 +1,6 @@
 #pragma once
 
-// The login in use since 4.1.1, for servers that announce it.
+// The login in use since 4.1.1, for servers that announce it. For this folder only.
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-// The errors that a client finds by itself, by their published numbers.
+// The errors that a client finds by itself, by their published numbers. For this folder only.
 
 #include <string>
 #include <string_view>

@@ -1,7 +1,7 @@
 #pragma once
 
 // One connection to a MySQL server: login, commands, and the first reply to a query. What rows a query gives is read
-// by TMySqlResultSet. Sets of rows other than that, and prepared statements, are not built.
+// by TMySqlResultSet. Another holder of rows, `TRows`, and prepared statements are not built.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-// What proves to a server that one knows a password, without sending it. All texts are bytes.
+// What proves to a server that one knows a password, without sending it. All texts are bytes. For this folder only.
 
 #include <string>
 #include <string_view>

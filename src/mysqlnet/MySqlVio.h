@@ -15,8 +15,8 @@ class TMySqlVio {
   TMySqlVio& operator=(const TMySqlVio&) = delete;
   virtual ~TMySqlVio() = default;
 
-  // How many seconds Connect takes at most, and how long Read and Write put up with a peer that does nothing; 0 is for
-  // ever. May be called at any time.
+  // How many seconds Connect takes at most, how long Read and Write put up with a peer that does nothing, and after
+  // what time Read gives up one that does too little (twice that at most); 0 is for ever. May be called at any time.
   virtual void SetTimeout(int seconds) = 0;
   virtual void Connect() = 0;  // raises SocketException with the number of a client error
   virtual void Close() = 0;    // raises nothing, may be called again

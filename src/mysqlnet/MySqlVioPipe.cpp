@@ -1,11 +1,11 @@
 #include "mysqlnet/MySqlVioPipe.h"
 
-#include <errno.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 #include "mysqlnet/MySqlErrors.h"

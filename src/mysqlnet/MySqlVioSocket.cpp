@@ -1,12 +1,12 @@
 #include "mysqlnet/MySqlVioSocket.h"
 
-#include <errno.h>
-#include <string.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <utility>
 
 #include "util/Format.h"
@@ -74,7 +74,7 @@ void TMySqlVioSocket::SetFault(int error) {
   if (TimeIsUp(error))
     fault_ = Format(kSilence, timeout_);
   else
-    fault_ = error == EPIPE || error == ECONNRESET ? "" : strerror(error);
+    fault_ = error == EPIPE || error == ECONNRESET ? "" : std::strerror(error);
 }
 
 std::size_t TMySqlVioSocket::Receive(char* to, std::size_t count) {
@@ -93,6 +93,7 @@ std::size_t TMySqlVioSocket::Receive(char* to, std::size_t count) {
 std::size_t TMySqlVioSocket::Read(char* buffer, std::size_t offset, std::size_t count) {
   char* to = buffer + offset;
   std::size_t done = 0;
+  TDeadline deadline;
   while (done < count && socket_ >= 0) {
     const std::size_t left = count - done;
     if (const std::size_t ready = std::min(ahead_length_ - ahead_position_, left); ready > 0) {
@@ -100,6 +101,12 @@ std::size_t TMySqlVioSocket::Read(char* buffer, std::size_t offset, std::size_t 
       ahead_position_ += ready;
       done += ready;
       continue;
+    }
+    if (!deadline) {
+      deadline = Deadline();
+    } else if (TClock::now() > *deadline) {  // a peer that sends a byte now and then
+      SetFault(EAGAIN);
+      break;
     }
     if (left >= kAhead) {
       const std::size_t received = Receive(to + done, left);

@@ -1,11 +1,11 @@
 #include "mysqlnet/MySqlVioTcp.h"
 
-#include <errno.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
+#include <cerrno>
 #include <memory>
 #include <utility>
 

@@ -222,6 +222,7 @@ TEST_F(CompanionTest, ArgumentsThatMakeNoSenseAreNamed) {
       {{"compare", good, good, "--format", "xml"}, "\"xml\" is none of text, json"},
       {{"compare", good, good, "--format", "1"}, "\"1\" is none of text, json"},
       {{"compare", good, good, "--tls", "maybe"}, "\"maybe\" is none of off, preferred, required"},
+      {{"compare", good, good, "--client", "both"}, "\"both\" is none of native, library"},
       {{"script", good, good, "-o", ""}, "an empty name is no file"},
       {{"compare", "first", "second"}, "\"first\" is no source"},
       {{"parse", ""}, "Cannot read \"\": "},
@@ -232,6 +233,14 @@ TEST_F(CompanionTest, ArgumentsThatMakeNoSenseAreNamed) {
     EXPECT_THAT(answer.err, HasSubstr(c.message));
     EXPECT_EQ(answer.out, "");
   }
+}
+
+// Each client has its own words for a server that is not there.
+TEST_F(CompanionTest, ClientIsAChoice) {
+  const std::string source = "mysql://root:x@127.0.0.1:1/d";
+  EXPECT_THAT(Run({"schema", source}).err, HasSubstr("Can't connect to MySQL server on '127.0.0.1'"));
+  EXPECT_THAT(Run({"schema", source, "--client", "native"}).err, HasSubstr("MySQL server on '127.0.0.1'"));
+  EXPECT_THAT(Run({"schema", source, "--client", "library"}).err, HasSubstr("connect to server on '127.0.0.1'"));
 }
 
 TEST_F(CompanionTest, NoMessageShowsAPassword) {

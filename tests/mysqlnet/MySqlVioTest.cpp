@@ -129,6 +129,23 @@ TEST(MySqlVio, SilenceEndsWithTheTime) {
   }
 }
 
+// A byte now and then does not keep a connection waiting for ever.
+TEST(MySqlVio, SlowPeersEndWithTheTimeToo) {
+  TLoopbackServer server([](int connection) {
+    for (int i = 0; i < 30; ++i) {
+      SendAll(connection, "\x50");
+      usleep(100000);
+    }
+  });
+  TMySqlVioTcp vio("127.0.0.1", server.Port());
+  vio.SetTimeout(1);
+  vio.Connect();
+  std::string got(1000, '.');
+  EXPECT_NEAR(Seconds([&] { EXPECT_LT(vio.Read(got.data(), 0, got.size()), 30U); }), 1.2, 0.5);
+  EXPECT_EQ(vio.Fault(), "no answer within 1 seconds");
+  vio.Close();
+}
+
 TEST(MySqlVio, TlsThatIsNone) {
   struct {
     const char* name;
