@@ -14,14 +14,22 @@ namespace {
 // Whether the table cannot be read on this side for that very reason, or because the connection is lost.
 bool FailsWith(TDBConn& conn, const std::string& table, const std::string& error) {
   try {
-    if (!conn.GetConnected()) conn.Connect();
+    if (!StandsConnected(conn)) conn.Connect();
   } catch (const EVelmora&) {
     return true;
   }
-  return FetchAndView(conn, table).error == error || !conn.GetConnected();  // a lost connection may show only now
+  return FetchAndView(conn, table).error == error || !StandsConnected(conn);  // a lost connection may show only now
 }
 
 }  // namespace
+
+bool StandsConnected(TDBConn& conn) {
+  try {
+    return conn.GetConnected();
+  } catch (const EAbstractError&) {
+    return true;
+  }
+}
 
 std::string SourcePlace(TDBConn& conn, const std::string& error) {
   std::string name;
@@ -36,15 +44,15 @@ std::string TablePlace(TDBConn& conn, const std::string& table) {
     const std::size_t line = offline->GetConnectionObject().LineOf(table);
     if (line > 0) return Format("%s: line %d: table %s", name, line, table);
   }
-  return Format("%s: table %s", name, table);
+  return name.empty() ? Format("table %s", table) : Format("%s: table %s", name, table);
 }
 
 std::string ComparisonPlace(TDBConn* reference, TDBConn* target, bool target_lost, const std::string& table,
                             const std::string& error) {
   const bool at_table = !table.empty();  // both sides were connected then
-  if (reference != nullptr && !reference->GetConnected())
+  if (reference != nullptr && !StandsConnected(*reference))
     return at_table ? TablePlace(*reference, table) : SourcePlace(*reference, error);
-  if (target != nullptr && (target_lost || (!at_table && !target->GetConnected())))
+  if (target != nullptr && (target_lost || (!at_table && !StandsConnected(*target))))
     return at_table ? TablePlace(*target, table) : SourcePlace(*target, error);
   if (!at_table) return {};
   for (TDBConn* conn : {reference, target})

@@ -8,6 +8,9 @@
 
 namespace velmora {
 
+// Whether the engine stands connected. One without a connection of its own, as those that read files, cannot lose it.
+bool StandsConnected(TDBConn& conn);
+
 // Where an error arose, for messages: texts that are put before it, or empty.
 
 // The name of a source that could not be connected, unless the message has it already.

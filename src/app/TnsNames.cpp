@@ -9,8 +9,6 @@ namespace velmora {
 
 namespace {
 
-constexpr char kOracleHome[] = "\\SOFTWARE\\ORACLE\\HOME0\\ORACLE_HOME";
-
 bool IsLetterOrDigit(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); }
 
 bool IsInName(char c) { return IsLetterOrDigit(c) || std::string_view("_-.#$").find(c) != std::string_view::npos; }

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <ostream>
 
+#include "app/FaultPlace.h"
 #include "app/Sources.h"
 #include "cli/Commands.h"
 #include "cli/RowOutput.h"
@@ -19,8 +20,9 @@ void TRowsCommand::Declare(CLI::App& app) {
 
 int TRowsCommand::Execute(TConsole& console) {
   const std::unique_ptr<TRowOutput> output = MakeRowOutput(format_, console.out);
+  std::unique_ptr<TDBConn> conn;
   try {
-    const std::unique_ptr<TDBConn> conn = MakeSource(source_, options_.ForOne(console));
+    conn = MakeSource(source_, options_.ForOne(console));
     conn->fetch_in_chunks = true;
     ConnectNamed(*conn);
     TTableGuard rows(*conn, table_);
@@ -29,7 +31,8 @@ int TRowsCommand::Execute(TConsole& console) {
   } catch (const EAbort&) {
     throw;
   } catch (const EVelmora& error) {
-    console.Error(error.what());
+    const bool placed = conn == nullptr || SourcePlace(*conn, error.what()).empty();
+    console.Error(placed ? error.what() : Placed(TablePlace(*conn, table_), error.what()));
     output->End(error.what());
     return kExitFailure;
   }

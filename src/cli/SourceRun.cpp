@@ -89,7 +89,7 @@ void FetchTables(TDBConn& conn, const TStringList& tables, bool verbose, TConsol
     }
     const bool failed = view.error.has_value();
     take(std::move(view));
-    if (failed && !conn.GetConnected())
+    if (failed && !StandsConnected(conn))
       RaiseError(Format("The connection is lost: what stands behind table %s was not read", name));
   }
   progress->Finish();

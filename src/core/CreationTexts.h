@@ -20,9 +20,10 @@ class TCreationTexts {
   // A hint: the texts of these tables will be asked for next, in this order. A client may read ahead; an error of a
   // table that nobody asks for never shows.
   virtual void ExpectCreationTexts(const TStringList& /*tables*/) {}
-  // Makes the server print texts without loss from here on: names in UTF-8 and in backticks, every option. For files
-  // there is nothing to do.
-  virtual void PrepareExactTexts() {}
+  // Makes the server print texts without loss from here on: names in backticks, every option; and take statements as
+  // they are written in such texts. Holds for later connections of this engine too, until it is switched off, which
+  // the next connecting makes good. For files there is nothing to do.
+  virtual void PrepareExactTexts(bool /*exact*/ = true) {}
   // What the database holds besides tables: views, sequences, triggers, routines, events. Empty for files.
   virtual std::vector<TOtherObject> OtherObjects() { return {}; }
 

@@ -206,15 +206,25 @@ void TMySqlSession::SimpleCommand(std::uint8_t command, std::string_view data, b
   if (!net.vio) return;
   net.vio->SetTimeout(command_timeout);
   if (has_result) throw ClientError(kOutOfSync);
-  info.clear();
-  affected_rows = 0;
-  insert_id = 0;
-  server_status &= static_cast<std::uint16_t>(~kMoreResults);
+  ResetReply();
   net.StartCommand();
   net.WriteFill(static_cast<char>(command), 1);
   net.WriteBytes(data.substr(0, length));
   net.Flush();
   if (!skip_check) net.ReadPacket();
+}
+
+void TMySqlSession::ResetReply() {
+  info.clear();
+  affected_rows = 0;
+  insert_id = 0;
+  server_status &= static_cast<std::uint16_t>(~kMoreResults);
+}
+
+void TMySqlSession::AwaitReply() {
+  if (has_result) throw ClientError(kOutOfSync);
+  ResetReply();
+  net.pkt_nr = 1;
 }
 
 void TMySqlSession::ReadQueryResult() {

@@ -87,6 +87,9 @@ class TMySqlSession {
   // Sends a command with the first `length` bytes of `data`. Unless `skip_check`, its reply is read: an error is
   // raised. Does nothing at all without a transport; raises 2014 while rows are still to be read.
   void SimpleCommand(std::uint8_t command, std::string_view data, bool skip_check, std::size_t length);
+  // Behind several commands that were sent without reading: the reply that is read next is that of the oldest one.
+  // Not with compression, whose frames are numbered through one command.
+  void AwaitReply();
   // Reads the reply to a query up to where its columns begin, if it has any; otherwise up to its end.
   void ReadQueryResult();
 
@@ -107,6 +110,7 @@ class TMySqlSession {
     std::string database;
   };
 
+  void ResetReply();
   void OpenTransport(const std::string& pipe);
   void ResetTold();
   void ReadGreeting();

@@ -4,12 +4,21 @@
 #include <iterator>
 #include <utility>
 
+#include "engines/file/DBConnParadox.h"
+#include "engines/file/DBConnTextDelim.h"
+#include "engines/file/DBConnTextFixed.h"
 #include "engines/mysql/DBConnMySQL.h"
 #include "engines/mysql/DBConnMySQLscript.h"
 #include "engines/mysql/MyClients.h"
+#include "engines/server/ClientFirebird.h"
+#include "engines/server/ClientOracle.h"
+#include "engines/server/DBConnInterbase.h"
+#include "engines/server/DBConnOracle.h"
+#include "persist/MachineValues.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
+#include "xml/XMLAccess.h"
 
 namespace velmora {
 
@@ -49,6 +58,46 @@ std::unique_ptr<TDBConn> MakeMySQLScript(const TEngineValues& values, const TEng
   return std::make_unique<TDBConnMySQLscript>(values.Text("filename"));
 }
 
+std::unique_ptr<TDBConn> MakeInterbase(const TEngineValues& values, const TEngineClients& /*clients*/) {
+  return std::make_unique<TDBConnInterbase>(NewFirebirdDatabase(), values.Text("server"), values.Text("database"),
+                                            values.Text("username"), values.Text("password"));
+}
+
+std::unique_ptr<TDBConn> MakeParadox(const TEngineValues& values, const TEngineClients& /*clients*/) {
+  return std::make_unique<TDBConnParadox>(values.Text("folder"));
+}
+
+std::unique_ptr<TDBConn> MakeText(const TEngineValues& values, const TEngineClients& /*clients*/) {
+  const std::string folder = values.Text("folder");
+  const bool hdr = values.Boolean("HDR");
+  if (HasFixedColumns(values)) return std::make_unique<TDBConnTextFixed>(folder, hdr);
+  return std::make_unique<TDBConnTextDelim>(folder, values.Text("separator"), hdr);
+}
+
+// Columns of fixed width have no writer of their own, and are known by their empty separator.
+void WriteText(TDBConn& conn, const std::string& path, TXMLAccess& store) {
+  const auto* fixed = dynamic_cast<TDBConnTextFixed*>(&conn);
+  if (fixed == nullptr) return conn.SaveParams(path, store);
+  store.xmlSetVal(path + "/folder", fixed->folder());
+  store.xmlSetBool(path + "/HDR", fixed->hdr());
+  store.xmlSetVal(path + "/separator", "");
+}
+
+// The home of this machine's Oracle client; empty where none is known.
+std::string OracleHome() {
+  try {
+    return ReadRegStringHKLM(kOracleHome);
+  } catch (const EVelmora&) {
+    return {};
+  }
+}
+
+std::unique_ptr<TDBConn> MakeOracle(const TEngineValues& values, const TEngineClients& /*clients*/) {
+  return std::make_unique<TDBConnOracle>(std::make_unique<TOraLibrarySession>(OracleHome()), values.Text("server"),
+                                         values.Text("username"), values.Text("password"), values.Text("authmode"),
+                                         values.Boolean("direct"));
+}
+
 void SaveByEngine(TDBConn& conn, const std::string& path, TXMLAccess& store) { conn.SaveParams(path, store); }
 
 // Deliberate: task files take no Lotus 1-2-3 in either direction, and the script engine only as far as its missing
@@ -56,7 +105,12 @@ void SaveByEngine(TDBConn& conn, const std::string& path, TXMLAccess& store) { c
 constexpr TEngineRow kEngines[] = {
     {.engine = kEngineDBF, .keys = kFolder, .reference = true, .target = false, .write = SaveByEngine},
     {.engine = kEngineLotus, .keys = kFilename, .reference = false, .target = false, .write = SaveByEngine},
-    {.engine = kEngineInterbase, .keys = kInterbase, .reference = true, .target = false, .write = SaveByEngine},
+    {.engine = kEngineInterbase,
+     .keys = kInterbase,
+     .reference = true,
+     .target = false,
+     .make = MakeInterbase,
+     .write = SaveByEngine},
     {.engine = kEngineAccess, .keys = kAccess, .reference = true, .target = true, .write = SaveByEngine},
     {.engine = kEngineSQLServer, .keys = kSQLServer, .reference = true, .target = true, .write = SaveByEngine},
     {.engine = kEngineMySQL,
@@ -71,14 +125,25 @@ constexpr TEngineRow kEngines[] = {
      .target = false,
      .make = MakeMySQLScript,
      .write = SaveByEngine},
-    {.engine = kEngineOracle, .keys = kOracle, .reference = true, .target = true, .write = SaveByEngine},
-    {.engine = kEngineParadox, .keys = kFolder, .reference = true, .target = false, .write = SaveByEngine},
+    {.engine = kEngineOracle,
+     .keys = kOracle,
+     .reference = true,
+     .target = true,
+     .make = MakeOracle,
+     .write = SaveByEngine},
+    {.engine = kEngineParadox,
+     .keys = kFolder,
+     .reference = true,
+     .target = false,
+     .make = MakeParadox,
+     .write = SaveByEngine},
     {.engine = kEngineText,
      .keys = kText,
      .reference = true,
      .target = false,
      .read_first = "separator",
-     .write = SaveByEngine},
+     .make = MakeText,
+     .write = WriteText},
     {.engine = kEngineExcel, .keys = kExcel, .reference = true, .target = false, .write = SaveByEngine},
     {.engine = kEngineFoxPro, .keys = kFolder, .reference = true, .target = false, .write = SaveByEngine},
     {.engine = kEngineODBC, .keys = kDsn, .reference = true, .target = false, .write = SaveByEngine},

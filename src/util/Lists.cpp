@@ -114,16 +114,15 @@ void SplitPlain(char separator, std::string_view text, TStringList& list) {
 void SplitQuoted(std::string_view separator, std::string_view text, TStringList& list) {
   TStringList pieces;
   TQuotedState quotes(text);
-  std::size_t start = 0;  // where the separator before stands
-  std::size_t from = 1;   // where the piece begins
-  // Deliberate: the first search, too, starts a separator's length behind `start`; a separator of two or more
-  // characters that opens the text belongs to the first piece.
-  while (const std::size_t at = Pos(separator, text, start + separator.size())) {
+  std::size_t from = 1;  // where the piece begins
+  // Deliberate: the first search begins at the position that is the separator's length in characters; a separator of
+  // two or more that opens the text belongs to the first piece.
+  std::size_t search = CutChars(text, std::max<std::size_t>(CharCount(separator), 1) - 1).size() + 1;
+  while (const std::size_t at = Pos(separator, text, search)) {
     quotes.Count(at);
     // Deliberate: a piece that ends inside quotes is lost, it is not joined with the next one.
     if (quotes.BothEven()) pieces.emplace_back(text.substr(from - 1, at - from));
-    start = at;
-    from = at + separator.size();
+    from = search = at + separator.size();
   }
   pieces.emplace_back(text.substr(from - 1));
   list = std::move(pieces);

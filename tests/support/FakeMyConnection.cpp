@@ -75,8 +75,8 @@ std::unique_ptr<TMyConnection> TFakeMyConnection::NewConnection() const {
   return connection;
 }
 
-void TFakeMyConnection::ExpectCreationTexts(const TStringList& tables) {
-  for (const std::string& table : tables) server_->log.push_back("hint " + table);
+void TFakeMyConnection::ExpectStatements(const TStringList& statements) {
+  for (const std::string& statement : statements) server_->log.push_back("expect " + statement);
 }
 
 void TFakeMyConnection::DoConnect() {

@@ -3,9 +3,7 @@
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <pwd.h>
-#include <signal.h>
 #include <sys/file.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -14,8 +12,6 @@
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 #include <thread>
 
@@ -29,7 +25,6 @@ using namespace std::chrono_literals;
 constexpr char kFolderPrefix[] = "velmora-server-";
 constexpr auto kPoll = 10ms;
 constexpr auto kStartTime = 60s;
-constexpr auto kGrace = 10s;
 
 [[noreturn]] void Fail(const std::string& message) { throw std::runtime_error("private server: " + message); }
 
@@ -39,42 +34,7 @@ std::string UserName() {
   return user->pw_name;
 }
 
-// The path of a program that may stand outside the search path of a normal user.
-std::string Program(const std::string& name, const std::string& package) {
-  std::istringstream folders(std::string(getenv("PATH") != nullptr ? getenv("PATH") : "") + ":/usr/sbin:/usr/bin");
-  for (std::string folder; std::getline(folders, folder, ':');) {
-    const std::string path = folder + "/" + name;
-    if (!folder.empty() && access(path.c_str(), X_OK) == 0) return path;
-  }
-  Fail(name + " is not installed; it is in the package " + package);
-}
-
-std::string MariaDbd() { return Program("mariadbd", "mariadb-server-core"); }
-
-// Never returns in the new process. Its output goes to the end of `log`.
-pid_t Spawn(const std::vector<std::string>& command, const std::string& log) {
-  std::vector<char*> arguments;
-  arguments.reserve(command.size() + 1);
-  for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
-  arguments.push_back(nullptr);
-  const pid_t parent = getpid();
-  const pid_t child = fork();
-  if (child < 0) Fail("fork failed");
-  if (child > 0) return child;
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  const int out = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
-  dup2(out, STDOUT_FILENO);
-  dup2(out, STDERR_FILENO);
-  if (getppid() == parent) execv(arguments[0], arguments.data());
-  _exit(127);
-}
-
-std::string FileEnd(const std::string& path) {
-  std::ifstream file(path);
-  std::string text((std::istreambuf_iterator<char>(file)), {});
-  constexpr std::size_t kShown = 3000;
-  return text.size() > kShown ? text.substr(text.size() - kShown) : text;
-}
+std::string MariaDbd() { return FindProgram("mariadbd", "mariadb-server-core"); }
 
 // The lock of a file for as long as this lives; other processes wait.
 class TFileLock {
@@ -91,7 +51,7 @@ class TFileLock {
 };
 
 void MakeData(const std::string& folder, const std::string& log) {
-  const std::vector<std::string> command = {Program("mariadb-install-db", "mariadb-server-core"),
+  const std::vector<std::string> command = {FindProgram("mariadb-install-db", "mariadb-server-core"),
                                             "--no-defaults",
                                             "--user=" + UserName(),
                                             "--datadir=" + folder,
@@ -100,7 +60,8 @@ void MakeData(const std::string& folder, const std::string& log) {
                                             "--innodb-log-file-size=32M"};
   fs::remove(log);
   int status = 0;
-  if (waitpid(Spawn(command, log), &status, 0) < 0 || status != 0) Fail("mariadb-install-db failed:\n" + FileEnd(log));
+  if (waitpid(SpawnServer(command, log), &status, 0) < 0 || status != 0)
+    Fail("mariadb-install-db failed:\n" + FileEnd(log));
 }
 
 // A fresh data folder to copy, made once per build folder and version of the server.
@@ -164,8 +125,6 @@ bool Greets(const std::string& path) {
   return greets;
 }
 
-bool Ended(pid_t process) { return waitpid(process, nullptr, WNOHANG) != 0; }
-
 }  // namespace
 
 int FreePort() {
@@ -212,25 +171,9 @@ TPrivateServer& TPrivateServer::Shared() {
   return server;
 }
 
-void TPrivateServer::Kill() {
-  if (pid_ == 0) return;
-  kill(pid_, SIGKILL);
-  waitpid(pid_, nullptr, 0);
-  pid_ = 0;
-}
+void TPrivateServer::Kill() { process_.Kill(); }
 
-void TPrivateServer::Stop() {
-  if (pid_ == 0) return;
-  kill(pid_, SIGTERM);
-  for (auto waited = 0ms; waited < kGrace; waited += kPoll) {
-    if (Ended(pid_)) {
-      pid_ = 0;
-      return;
-    }
-    std::this_thread::sleep_for(kPoll);
-  }
-  Kill();
-}
+void TPrivateServer::Stop() { process_.Stop(); }
 
 void TPrivateServer::Restart() {
   Stop();
@@ -263,19 +206,16 @@ void TPrivateServer::Launch() {
                                       "--innodb-buffer-pool-size=32M"};
   command.insert(command.end(), options_.begin(), options_.end());
   fs::remove(socket_);  // a killed server leaves it
-  pid_ = Spawn(command, folder_ + "/log");
+  process_.Start(command, folder_ + "/log");
 }
 
 bool TPrivateServer::Ready() {
   for (auto waited = 0ms; waited < kStartTime; waited += kPoll) {
     if (Greets(socket_)) return true;
-    if (Ended(pid_)) {
-      pid_ = 0;
-      return false;
-    }
+    if (!process_.Running()) return false;
     std::this_thread::sleep_for(kPoll);
   }
-  Kill();
+  process_.Kill();
   return false;
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <string>
 #include <vector>
+
+#include "support/ServerProcess.h"
 
 namespace velmora::testing {
 
@@ -40,7 +40,7 @@ class TPrivateServer {
   std::string socket_;
   int lock_ = -1;
   int port_ = 0;
-  pid_t pid_ = 0;
+  TServerProcess process_;
 };
 
 // A port of 127.0.0.1 on which nothing listens at the moment.

@@ -60,6 +60,7 @@ TEST(ListsTest, SplitQuotedReadsQuotesOnlyWhileBothKindsLieAhead) {
       // The search for a separator starts that separator's length behind the start, so this first one is not seen.
       {"||", "||a||b", {"||a", "b"}},
       {"||", "a||b||", {"a", "b", ""}},
+      {"\u00A6", "\u00A6a\u00A6b", {"", "a", "b"}},  // one character, whatever its bytes
   };
   for (const TCase& c : cases) {
     TStringList list = {"old"};

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "engines/mysql/ReadAhead.h"
 #include "mysqlnet/MySqlResultSet.h"
 #include "mysqlnet/MySqlSession.h"
 #include "mysqlnet/MySqlVioPipe.h"
@@ -36,7 +37,7 @@ TMySqlTls TlsOf(const TMyConnection& connection, bool local) {
   }
 }
 
-class TNativeWire final : public TMyWire {
+class TNativeWire final : public TMyWire, private TReadAhead::TLine {
  public:
   void Open(const TMyConnection& connection, int answer_time) override {
     session_ = std::make_unique<TMySqlSession>();
@@ -45,6 +46,8 @@ class TNativeWire final : public TMyWire {
     session_->connect_timeout = std::max(connection.ConnectionTimeout, 0);
     session_->command_timeout = answer_time;
     session_->current_protocol = true;
+    // The frames of compression are numbered by command, so that replies have to be waited for.
+    reads_ahead_ = connection.Options.ReadAhead && !connection.Options.Compress;
     session_->tls = TlsOf(connection, !socket.empty());
     const std::uint32_t flags = kMultiResults | (connection.Options.Compress ? kCompression : 0U);
     try {
@@ -59,12 +62,16 @@ class TNativeWire final : public TMyWire {
   }
   bool IsOpen() const override { return session_ != nullptr && session_->net.vio != nullptr; }
   void Close() override {
+    ahead_.Forget();
     if (session_) session_->Close();
   }
 
+  void Expect(const TStringList& statements) override {
+    if (reads_ahead_) ahead_.Expect(statements);
+  }
   void Send(std::string_view sql) override {
     Guarded([&] {
-      session_->SimpleCommand(kQuery, sql, true, sql.size());
+      if (ahead_.Ask(sql, *this)) session_->AwaitReply();
       session_->ReadQueryResult();
     });
   }
@@ -89,19 +96,33 @@ class TNativeWire final : public TMyWire {
     try {
       return act();
     } catch (const EMySqlException& error) {
-      if (session_->net.Lost() || IsFarewell(error.Number())) session_->Close();
+      if (session_->net.Lost() || IsFarewell(error.Number())) Close();
       throw;
     } catch (const SocketException& error) {
-      session_->Close();
+      Close();
       throw EMySqlException(error.Number(), error.what());
     } catch (const EVelmora& error) {
-      session_->Close();
+      Close();
       throw EMySqlException(error.what());
     }
   }
 
  private:
+  void SendOnly(std::string_view sql) override { session_->SimpleCommand(kQuery, sql, true, sql.size()); }
+  void SkipReply() override {
+    session_->AwaitReply();
+    try {
+      session_->ReadQueryResult();
+      if (session_->has_result) TMySqlResultSet(*session_).Skip();
+      SkipFurther();
+    } catch (const EMySqlException& error) {
+      if (session_->net.Lost() || IsFarewell(error.Number())) throw;
+    }
+  }
+
   std::unique_ptr<TMySqlSession> session_;
+  TReadAhead ahead_;
+  bool reads_ahead_ = false;
 };
 
 // While rows are on the wire it must live as long.

@@ -10,6 +10,8 @@
 #include "engines/mysql/mysqlUtil.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/Lists.h"
+#include "util/Text.h"
 #include "xml/XMLAccess.h"
 
 namespace velmora {
@@ -22,6 +24,61 @@ constexpr char kInnoDB[] = "InnoDB";
 constexpr char kChecksOff[] = "set foreign_key_checks=0";
 constexpr char kChecksOn[] = "set foreign_key_checks=1";
 constexpr char kNoColumns[] = "Table must have at least one column!";
+
+constexpr char kNamesBesidesTables[] =
+    "select trigger_name, 'trigger' from information_schema.triggers where trigger_schema = database() union all "
+    "select routine_name, routine_type from information_schema.routines where routine_schema = database() union all "
+    "select event_name, 'event' from information_schema.events where event_schema = database()";
+
+// The word for what a server lists with this type; none for tables.
+std::string KindBesidesTables(const std::string& type) {
+  if (type.ends_with("TABLE") || type == "SYSTEM VERSIONED") return {};
+  return type.ends_with("VIEW") ? "view" : LowerText(type);
+}
+
+// Modes in which a server hides options of a table, quotes names and texts otherwise, reads defaults of today or of
+// another age otherwise; and those that bring such modes along.
+bool IsInexactMode(const std::string& mode) {
+  return InList(mode, {"ANSI_QUOTES",
+                       "NO_FIELD_OPTIONS",
+                       "NO_KEY_OPTIONS",
+                       "NO_TABLE_OPTIONS",
+                       "NO_DIR_IN_CREATE",
+                       "MYSQL40",
+                       "MYSQL323",
+                       "ANSI",
+                       "DB2",
+                       "MAXDB",
+                       "MSSQL",
+                       "ORACLE",
+                       "POSTGRESQL",
+                       "TRADITIONAL",
+                       "NO_BACKSLASH_ESCAPES",
+                       "PIPES_AS_CONCAT",
+                       "HIGH_NOT_PRECEDENCE",
+                       "REAL_AS_FLOAT",
+                       "IGNORE_SPACE",
+                       "EMPTY_STRING_IS_NULL",
+                       "NO_ZERO_DATE",
+                       "NO_ZERO_IN_DATE"});
+}
+
+// What would cut, replace or renumber data becomes an error, or is left as it is.
+const TStringList& ExactModes() {
+  static const TStringList kModes = {"STRICT_TRANS_TABLES", "STRICT_ALL_TABLES", "NO_ENGINE_SUBSTITUTION",
+                                     "NO_AUTO_VALUE_ON_ZERO"};
+  return kModes;
+}
+
+// The session's own mode without what is inexact.
+std::string ExactSqlMode(const std::string& own) {
+  TStringList modes = ExactModes();
+  TStringList given;
+  SplitPlain(',', own, given);
+  for (const std::string& mode : given)
+    if (!mode.empty() && !IsInexactMode(mode) && IndexOf(modes, mode) == kNotInList) modes.push_back(mode);
+  return JoinList(modes, ",");
+}
 
 // The lines between the brackets of a created table, each with its line end.
 std::string DefinitionLines(const TStringList& definitions) {
@@ -46,6 +103,14 @@ TDBConnMySQL::TDBConnMySQL(std::unique_ptr<TMyConnection> connection, std::strin
 }
 
 // --- Connection
+
+void TDBConnMySQL::Connect() {
+  if (exact_texts_ && !connection_->GetConnected()) {
+    connection_->SetConnected(true);
+    SetUpExactSession();
+  }
+  TDBConn::Connect();
+}
 
 void TDBConnMySQL::Disconnect() {
   ForgetTexts();
@@ -280,7 +345,7 @@ void TDBConnMySQL::ShowCreateTable(const std::string& table, std::string& ddl) {
     text = kept->second;
   } else {
     std::vector<TVariant> row;
-    MySqlQueryRow("show create table " + QuoteName(table), *connection_, row);
+    MySqlQueryRow(ShowCreateStatement(table), *connection_, row);
     if (row.size() < 2) throw EListError(1);
     text = VarToText(std::move(row[1]));
   }
@@ -289,10 +354,49 @@ void TDBConnMySQL::ShowCreateTable(const std::string& table, std::string& ddl) {
   ddl = std::move(text);
 }
 
+std::string TDBConnMySQL::ShowCreateStatement(const std::string& table) {
+  return "show create table " + QuoteName(exact_texts_ ? StrReplace(table, "`", "``") : table);
+}
+
 void TDBConnMySQL::ExpectCreationTexts(const TStringList& tables) {
   ForgetTexts();
   keeps_texts_ = !tables.empty();
-  connection_->ExpectCreationTexts(tables);
+  TStringList statements;
+  statements.reserve(tables.size());
+  for (const std::string& table : tables) statements.push_back(ShowCreateStatement(table));
+  connection_->ExpectStatements(statements);
+}
+
+void TDBConnMySQL::PrepareExactTexts(bool exact) {
+  if (std::exchange(exact_texts_, exact) || !exact || !connection_->GetConnected()) return;
+  SetUpExactSession();
+}
+
+void TDBConnMySQL::SetUpExactSession() {
+  std::vector<TVariant> row;
+  MySqlQueryRow("select @@session.sql_mode", *connection_, row);
+  query_->SQL =
+      Format("set session sql_quote_show_create=1, session sql_mode='%s'", ExactSqlMode(VarToText(row.at(0))));
+  query_->Execute();
+  // Texts say of every timestamp what it is; servers that do not let a session decide this go by their own rule.
+  try {
+    query_->SQL = "set session explicit_defaults_for_timestamp=1";
+    query_->Execute();
+  } catch (const EMySqlException&) {
+    if (!connection_->GetConnected()) throw;
+  }
+}
+
+std::vector<TOtherObject> TDBConnMySQL::OtherObjects() {
+  std::vector<TOtherObject> objects;
+  for (const char* sql : {"show full tables", kNamesBesidesTables}) {
+    const std::unique_ptr<TDataset> rows = OpenQuery(sql);
+    for (; !rows->Eof(); rows->Next())
+      if (std::string kind = KindBesidesTables(VarToText(rows->Value(1))); !kind.empty())
+        objects.push_back({std::move(kind), VarToText(rows->Value(0))});
+    rows->Close();
+  }
+  return objects;
 }
 
 void TDBConnMySQL::ForgetTexts() {

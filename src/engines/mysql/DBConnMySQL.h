@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "core/CreationTexts.h"
 #include "core/DBConn.h"
@@ -28,6 +29,7 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   const std::string& password() const { return password_; }
 
   // --- Connection
+  void Connect() override;
   void Disconnect() override;
   void SaveParams(const std::string& path, TXMLAccess& store) override;
   TMyConnection& GetConnectionObject() override;
@@ -98,6 +100,8 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   // From here on, until an empty list or a statement that changes something, a text that was read once is not asked
   // for again: a comparison reads most texts of changed tables several times.
   void ExpectCreationTexts(const TStringList& tables) override;
+  void PrepareExactTexts(bool exact = true) override;
+  std::vector<TOtherObject> OtherObjects() override;
 
  protected:
   // An unconnected engine with the same parameters and an empty store, for Clone.
@@ -105,8 +109,11 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
 
  private:
   void ForgetTexts();
+  void SetUpExactSession();
+  std::string ShowCreateStatement(const std::string& table);
 
   std::unique_ptr<TMyConnection> connection_;
+  bool exact_texts_ = false;
   bool keeps_texts_ = false;
   std::unordered_map<std::string, std::string> kept_texts_;  // of fetched tables, whose row in the store lost them
   std::unique_ptr<TMyQuery> query_;                          // runs ExecSQL

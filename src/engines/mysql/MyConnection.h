@@ -29,8 +29,9 @@ struct TMyOptions {
   bool Compress = false;  // compressed frames
   bool Embedded = false;  // a server within the process
   ETls Tls = ETls::Preferred;
-  std::string CaFile;  // certificates to trust; empty means those of the system
-  std::string Socket;  // path of the local server's socket; empty means the backend's usual one
+  bool ReadAhead = true;  // sends statements that are expected before they are run, where the backend can
+  std::string CaFile;     // certificates to trust; empty means those of the system
+  std::string Socket;     // path of the local server's socket; empty means the backend's usual one
 };
 
 // The password of an account that came without one, for as long as the program runs: asked for when a server has
@@ -91,9 +92,9 @@ class TMyConnection : public TConnectionObject {
   // lost connection, and what the statement does to its end is not known.
   virtual void Sever() {}
 
-  // A hint: "show create table" will be asked next for these tables, in this order. The answers of a backend that
-  // reads ahead must not differ from those of one that does not.
-  virtual void ExpectCreationTexts(const TStringList& /*tables*/) {}
+  // A hint: these statements will be run next, in this order, and they change nothing. The answers of a backend that
+  // reads ahead do not differ from those of one that does not, and the error of one that nobody runs never shows.
+  virtual void ExpectStatements(const TStringList& /*statements*/) {}
 
  protected:
   void CheckConnected() const;  // raises "Not connected"

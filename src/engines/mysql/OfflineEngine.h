@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "engines/mysql/DBConnMySQL.h"
 #include "engines/mysql/OfflineConnection.h"
@@ -20,6 +21,10 @@ class TDBConnMySQLOffline : public TDBConnMySQL {
   void SaveParams(const std::string& path, TXMLAccess& store) override;
   TOfflineConnection& GetConnectionObject() override;
   void GetDisplayName(std::string& text) override;
+
+  // A file is read as it stands, and holds tables alone.
+  void PrepareExactTexts(bool /*exact*/ = true) override {}
+  std::vector<TOtherObject> OtherObjects() override { return {}; }
 
  protected:
   std::unique_ptr<TDBConnMySQL> NewEngine() const override;

@@ -102,6 +102,9 @@ class TServerConnection::TLink {
   void CancelRunning();            // by any thread
   void Sever() { grip_.Sever(); }  // the same
 
+  void Expect(const TStringList& statements) {
+    if (IsOpen()) wire_->Expect(statements);
+  }
   // Sends a statement; whatever it gives has to be taken by one of the next three. A procedure's further results are
   // thrown away behind the first one.
   void Send(std::string_view sql);
@@ -456,6 +459,8 @@ std::unique_ptr<TMyConnection> TServerConnection::NewConnection() const {
 void TServerConnection::CancelRunning() { link_->CancelRunning(); }
 
 void TServerConnection::Sever() { link_->Sever(); }
+
+void TServerConnection::ExpectStatements(const TStringList& statements) { link_->Expect(statements); }
 
 void TServerConnection::DoConnect() { link_->Open(*this, NewWire()); }
 

@@ -29,6 +29,7 @@ class TServerConnection : public TMyConnection {
   std::unique_ptr<TMyConnection> NewConnection() const override;
   void CancelRunning() override;
   void Sever() override;
+  void ExpectStatements(const TStringList& statements) override;
 
  protected:
   TServerConnection();

@@ -236,7 +236,7 @@ TEST_F(DBConnMySQL, SendsStatements) {
        [](TDBConnMySQL& e) {
          e.ExpectCreationTexts({"p", "c"});
        },
-       {"hint p", "hint c"}},
+       {"expect show create table `p`", "expect show create table `c`"}},
   };
   server->AddColumn("select * from `t``", {});
   server->AddColumn("select * from `t` limit 0,50", {});

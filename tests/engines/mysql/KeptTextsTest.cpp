@@ -38,7 +38,7 @@ TEST_F(KeptTextsTest, EachIsAskedForAnewByDefault) { EXPECT_EQ(ReadThreeTimes(),
 
 TEST_F(KeptTextsTest, OnceWhileAComparisonExpectsThem) {
   conn_.ExpectCreationTexts({"t"});
-  EXPECT_EQ(ReadThreeTimes(), (TStringList{"hint t", kAsk}));
+  EXPECT_EQ(ReadThreeTimes(), (TStringList{"expect show create table `t`", kAsk}));
 }
 
 TEST_F(KeptTextsTest, AStatementANewConnectionOrTheEndOfTheComparisonForgetsThem) {

@@ -1,0 +1,48 @@
+#pragma once
+
+// Files that are read by position, and files that are looked for by name alone.
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+enum class ESharing {
+  Full,       // others may do what they like meanwhile
+  DenyWrites  // others that mean to write are held off
+};
+
+// A regular file open for reading, closed at the end. All failures name the file and the system's reason.
+class TInputFile {
+ public:
+  // Raises "Cannot open %s: %s". With DenyWrites the file gets a shared lock, which whoever locks it for writing
+  // respects, among them file servers on behalf of their clients; a file that is so locked cannot be opened.
+  explicit TInputFile(std::string path, ESharing sharing = ESharing::DenyWrites);
+  ~TInputFile() { Close(); }
+  TInputFile(const TInputFile&) = delete;
+  TInputFile& operator=(const TInputFile&) = delete;
+
+  const std::string& Path() const { return path_; }
+  std::uint64_t Size() const { return size_; }  // in bytes, when it was opened
+  bool IsOpen() const { return fd_ >= 0; }
+  void Close();
+
+  // Fills `buffer` with what stands at `offset` and gives the number of bytes; fewer than asked for where the file
+  // ends. Raises "Cannot read %s at offset %d: %s".
+  std::size_t ReadAt(std::uint64_t offset, std::span<char> buffer) const;
+
+ private:
+  std::string path_;
+  std::uint64_t size_ = 0;
+  int fd_ = -1;
+};
+
+// The path of the file `stem` + `extension` in `folder`. The case of letters plays no part where none has exactly that
+// name; among several the one with the very stem is taken, else the first by name. Without such a file: the path that
+// it would have.
+std::string FindFileNoCase(std::string_view folder, std::string_view stem, std::string_view extension);
+
+}  // namespace velmora
