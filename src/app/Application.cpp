@@ -1,9 +1,34 @@
 #include "app/Application.h"
 
+#include "core/CreationTexts.h"
+#include "core/Meta.h"
+#include "util/Errors.h"
+
 namespace velmora {
+
+namespace {
+
+std::string BuiltText(TDBConn* conn, const std::string& table) {
+  std::string text;
+  if (conn != nullptr && conn->meta().FindTable(table)) conn->meta().BuildCreateTable(table, nullptr, text);
+  return text;
+}
+
+// What made the run fail matters more than an error of this.
+void RestoreChecks(TDBConn& target, const std::string& checks) {
+  try {
+    target.ExecSQL("set foreign_key_checks = " + checks);
+  } catch (const EVelmora&) {
+  }
+}
+
+}  // namespace
 
 TApplication::TApplication(TProgress& progress, TScriptEditor& editor, TMessageLog& log, const TClock& clock)
     : sync(connections, data, tree, progress, log),
+      exact(connections, data, tree, progress, log),
+      editor_(editor),
+      clock_(clock),
       generator_(connections, data, editor, progress, clock),
       runner_(connections, editor, progress) {}
 
@@ -21,8 +46,67 @@ void TApplication::TakeTask(TTaskConnections pair) {
 
 void TApplication::Compare() {
   tree.Clear();
+  if (Exact()) {
+    exact.Compare();
+    return;
+  }
+  for (TDBConn* conn : {connections.reference.get(), connections.target.get()})
+    if (auto* texts = dynamic_cast<TCreationTexts*>(conn)) texts->PrepareExactTexts(false);
   sync.SetDatabases(connections.reference.get(), connections.target.get());
   sync.Compare();
+}
+
+bool TApplication::Identical() const { return Exact() ? exact.Identical() : data.mtActions.Empty(); }
+
+const TStringList& TApplication::ActionLog() const { return Exact() ? exact.ActionLog : sync.ActionLog; }
+
+const std::string& TApplication::TableUnderWay() const {
+  return Exact() ? exact.TableUnderWay() : sync.TableUnderWay();
+}
+
+bool TApplication::TargetLost() const { return Exact() ? exact.TargetLost() : sync.TargetLost(); }
+
+TStringList TApplication::UnsafeActions() const {
+  TStringList actions;
+  if (!Exact()) return actions;
+  for (const TChange& change : exact.Changes())
+    if (!change.unsafe.empty()) actions.push_back(change.table + ": " + change.LogText() + ": " + change.unsafe);
+  return actions;
+}
+
+void TApplication::TableTexts(const std::string& table, std::string& reference, std::string& target) {
+  reference = Exact() ? exact.ReferenceText(table) : BuiltText(connections.reference.get(), table);
+  target = Exact() ? exact.TargetText(table) : BuiltText(connections.target.get(), table);
+}
+
+void TApplication::GenerateScript() {
+  if (Exact())
+    exact.GenerateScript(editor_, clock_);
+  else
+    generator_.GenerateScript();
+}
+
+TScriptPieces TApplication::Statements(const std::string& text) const { return Splitter()(text); }
+
+void TApplication::RunScript(const std::string& text) {
+  if (Exact())
+    RunExactScript(text);
+  else
+    runner_.RunScript(text, true);
+}
+
+// A script that ends early has not come to the line that puts the checks back.
+void TApplication::RunExactScript(const std::string& text) {
+  TDBConn& target = *connections.target;
+  if (auto* texts = dynamic_cast<TCreationTexts*>(&target)) texts->PrepareExactTexts();
+  TVariant checks;
+  target.GetResultSQL("select @@foreign_key_checks", checks);
+  try {
+    runner_.RunScript(text, true, SplitExactScript);
+  } catch (...) {
+    if (target.GetConnected()) RestoreChecks(target, VarToText(checks));
+    throw;
+  }
 }
 
 }  // namespace velmora

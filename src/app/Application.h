@@ -5,7 +5,9 @@
 #include <memory>
 #include <string>
 
+#include "app/Dialect.h"
 #include "app/ScriptRunner.h"
+#include "exact/ExactSync.h"
 #include "sync/ActionTree.h"
 #include "sync/Data.h"
 #include "sync/MessageLog.h"
@@ -26,23 +28,45 @@ class TApplication {
   TTaskConnections connections;
   TdmData data;
   TActionTree tree;
-  TDBSync sync;
+  TDBSync sync;      // of the standard dialect
+  TExactSync exact;  // of the exact one
+  EDialect dialect = EDialect::Standard;
 
   // Takes the pair and connects both, the reference first.
   void OpenTask(std::unique_ptr<TDBConn> reference, std::unique_ptr<TDBConn> target);
   // Takes the pair as it is. That is enough for a comparison, which connects both sides anew by itself; a script needs
   // a target that was connected before.
   void TakeTask(TTaskConnections pair);
-  // Compares the pair; the actions are in `data` and `tree` afterwards, the log in `sync.ActionLog`. On an error those
-  // found so far stay.
+  // Compares the pair in the dialect of the task; the actions are in `data` and `tree` afterwards, the log in
+  // ActionLog. On an error those found so far stay.
   void Compare();
-  bool Identical() const { return data.mtActions.Empty(); }
-  void GenerateScript() { generator_.GenerateScript(); }
-  // Runs a text on the target in one transaction; see TScriptRunner. `RunReport` tells how far it came.
-  void RunScript(const std::string& text) { runner_.RunScript(text, true); }
+  bool Identical() const;
+  const TStringList& ActionLog() const;
+  // Of the last comparison, for messages: the table that it came to, empty when it ended well or came to none; whether
+  // the target's connection was gone when it ended.
+  const std::string& TableUnderWay() const;
+  bool TargetLost() const;
+  // Why the actions that are left may lose data, "TABLE: ACTION: REASON" each; the standard dialect knows of none.
+  TStringList UnsafeActions() const;
+  // The creation texts of a table: in the exact dialect as the servers print them, otherwise built of what was read.
+  // Empty for a side without the table.
+  void TableTexts(const std::string& table, std::string& reference, std::string& target);
+
+  void GenerateScript();
+  // The statements that a run of `text` executes.
+  TScriptPieces Statements(const std::string& text) const;
+  // Runs a text on the target in one transaction; see TScriptRunner. `RunReport` tells how far it came. In the exact
+  // dialect foreign key checks are after a failure as they were before.
+  void RunScript(const std::string& text);
   const TRunReport& RunReport() const { return runner_.Report(); }
 
  private:
+  bool Exact() const { return dialect == EDialect::Exact; }
+  TScriptSplitter Splitter() const { return Exact() ? SplitExactScript : SplitScript; }
+  void RunExactScript(const std::string& text);
+
+  TScriptEditor& editor_;
+  const TClock& clock_;
   TScriptGenerator generator_;
   TScriptRunner runner_;
 };

@@ -34,7 +34,7 @@ bool TRunReport::CommitUnknown() const {
   return lost && !committed && (committing || (failed && CommitsByItself(statements[*failed].text)));
 }
 
-void TScriptRunner::RunScript(const std::string& text, bool useTransaction) {
+void TScriptRunner::RunScript(const std::string& text, bool useTransaction, TScriptSplitter split) {
   TDBConn& target = *connections_.target;
   report_ = {};
   bool done = false;
@@ -42,9 +42,9 @@ void TScriptRunner::RunScript(const std::string& text, bool useTransaction) {
       [&] {
         if (useTransaction) target.StartTransaction();
         progress_.ShowSimple("Analyzing script...");
-        TScriptPieces split = SplitScript(text);
-        report_.statements = std::move(split.statements);
-        Execute(target, split.pieces);
+        TScriptPieces cut = split(text);
+        report_.statements = std::move(cut.statements);
+        Execute(target, cut.pieces);
         report_.committing = true;
         if (useTransaction) target.Commit();
         report_.committed = done = true;

@@ -39,11 +39,11 @@ class TScriptRunner {
   TScriptRunner(TTaskConnections& connections, TScriptEditor& editor, TProgress& progress)
       : connections_(connections), editor_(editor), progress_(progress) {}
 
-  // Cuts `text` into statements and executes them on the target, in one transaction if `useTransaction` says so. The
-  // first error ends the run: the caret goes to the position of the failed statement, its line is marked, what the
-  // transaction still holds is rolled back, and the error passes on. The host may end it between two statements by
+  // Cuts `text` into statements by `split` and executes them on the target, in one transaction if `useTransaction` says
+  // so. The first error ends the run: the caret goes to the position of the failed statement, its line is marked, what
+  // the transaction still holds is rolled back, and the error passes on. The host may end it between two statements by
   // raising from its message pump.
-  void RunScript(const std::string& text, bool useTransaction);
+  void RunScript(const std::string& text, bool useTransaction, TScriptSplitter split = SplitScript);
   const TRunReport& Report() const { return report_; }  // of the last run
 
  private:

@@ -1,5 +1,6 @@
 #include "app/ScriptSplitter.h"
 
+#include "exact/Plan.h"
 #include "util/Lists.h"
 #include "util/Text.h"
 #include "util/Words.h"
@@ -46,6 +47,14 @@ TScriptPieces SplitScript(std::string_view script) {
     position += piece.size() + 1;
     begin += piece.size() + kSeparator.size() + 1;
   }
+  return result;
+}
+
+TScriptPieces SplitExactScript(std::string_view script) {
+  TScriptPieces result;
+  for (const TScriptRange& range : ScanStatements(script))
+    result.statements.push_back({std::string(script.substr(range.start, range.length)), range.start, range.start});
+  result.pieces = result.statements.size();
   return result;
 }
 

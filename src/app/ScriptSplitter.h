@@ -29,4 +29,10 @@ struct TScriptPieces {
 // one more than the length per piece though two characters are cut, so it falls behind by one for each statement.
 TScriptPieces SplitScript(std::string_view script);
 
+// The same for scripts of the exact dialect: cut at ";" outside quotes, backticks and comments, nothing taken out but
+// what stands around a statement. A statement's position is its start.
+TScriptPieces SplitExactScript(std::string_view script);
+
+using TScriptSplitter = TScriptPieces (*)(std::string_view script);
+
 }  // namespace velmora

@@ -35,13 +35,14 @@ bool IsTaskFile(const std::string& source) {
   return source.size() >= extension.size() && SameText(source.substr(source.size() - extension.size()), extension);
 }
 
-TTaskConnections MakeTask(const std::string& path, const TSourceSettings& reference, const TSourceSettings& target) {
+TMadeTask MakeTask(const std::string& path, const TSourceSettings& reference, const TSourceSettings& target) {
   return Named(path, [&] {
     const TTaskReader reader(path);
-    TTaskConnections task;
-    task.reference = MakeSide(reader.Reference(), reference);
-    task.target = MakeSide(reader.Target(), target);
-    CheckTarget(*task.target);
+    TMadeTask task;
+    if (reader.Exact()) task.dialect = EDialect::Exact;
+    task.connections.reference = MakeSide(reader.Reference(), reference);
+    task.connections.target = MakeSide(reader.Target(), target);
+    CheckTarget(*task.connections.target);
     return task;
   });
 }
@@ -50,9 +51,9 @@ void CheckTaskName(const std::string& path) {
   if (!IsTaskFile(path)) RaiseError(Format("%s: the name of a task file must end in %s", path, kTaskExtension));
 }
 
-void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target) {
+void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target, EDialect dialect) {
   CheckTaskName(path);
-  Named(path, [&] { WriteTask(path, reference, target); });
+  Named(path, [&] { WriteTask(path, reference, target, dialect == EDialect::Exact); });
 }
 
 TTaskValues ShowTaskFile(const std::string& path) {

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "app/Dialect.h"
 #include "app/Sources.h"
 #include "persist/TaskDocument.h"
 #include "sync/TaskConnections.h"
@@ -12,16 +13,20 @@ namespace velmora {
 
 bool IsTaskFile(const std::string& source);  // ends in .vlt
 
-// Both sides of a task file, not connected; passwords are those of the file, unless the settings have one. Raises for a
-// side that cannot be made, and for a target that a script cannot change.
-TTaskConnections MakeTask(const std::string& path, const TSourceSettings& reference = {},
-                          const TSourceSettings& target = {});
+struct TMadeTask {
+  TTaskConnections connections;  // neither is connected
+  EDialect dialect = EDialect::Standard;
+};
+
+// Both sides of a task file; passwords are those of the file, unless the settings have one. Raises for a side that
+// cannot be made, and for a target that a script cannot change.
+TMadeTask MakeTask(const std::string& path, const TSourceSettings& reference = {}, const TSourceSettings& target = {});
 
 void CheckTaskName(const std::string& path);  // raises for a name that does not end in .vlt
 
 // Writes a task file, an old one being replaced in one step. Raises for a name that does not end in .vlt and for a file
 // of creation texts, which cannot be part of a task.
-void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target);
+void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target, EDialect dialect = EDialect::Standard);
 
 TTaskValues ShowTaskFile(const std::string& path);
 

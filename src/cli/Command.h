@@ -5,9 +5,11 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "app/Dialect.h"
 #include "cli/Console.h"
 #include "util/Lists.h"
 
@@ -46,9 +48,13 @@ void DeclareChoice(CLI::App& app, const std::string& name, const TStringList& wo
 void DeclareFormat(CLI::App& app, EFormat& format);
 // The two databases of a comparison, or one task file that holds both.
 struct TPair {
-  std::string reference;  // or the task file
-  std::string target;     // empty with a task file
+  std::string reference;            // or the task file
+  std::string target;               // empty with a task file
+  std::optional<EDialect> dialect;  // as given; otherwise that of the task file
+  bool verify_on_server = false;    // of the commands that can; the exact dialect alone has it
 };
 void DeclarePair(CLI::App& app, TPair& pair);
+void DeclareDialect(CLI::App& app, const std::string& help, const std::function<void(EDialect)>& choose);
+void DeclareVerify(CLI::App& app, TPair& pair);  // --verify-on-server
 
 }  // namespace velmora

@@ -10,6 +10,8 @@
 
 namespace velmora {
 
+class TPairRun;
+
 class TCompareCommand final : public TCommand {
  public:
   const char* Name() const override { return "compare"; }
@@ -45,9 +47,11 @@ class TSyncCommand final : public TCommand {
   int Execute(TConsole& console) override;
 
  private:
+  bool Prepare(TPairRun& run, TConsole& console, int& status);
   TPair pair_;
   std::string script_;
   TSourceOptions options_;
+  bool allow_unsafe_ = false;
   bool yes_ = false;
 };
 
@@ -130,6 +134,7 @@ class TTaskCommand final : public TCommand {
 
   bool show_ = false;
   std::string file_, reference_, target_;
+  EDialect dialect_ = EDialect::Standard;
   TSourceOptions options_;
   bool show_passwords_ = false;
 };

@@ -92,11 +92,27 @@ void DeclarePair(CLI::App& app, TPair& pair) {
   app.add_option("REFERENCE", pair.reference, "The database as it should be, or a task file (.vlt) for both sides")
       ->required();
   app.add_option("TARGET", pair.target, "The database that the script changes");
+  DeclareDialect(
+      app,
+      "exact: compare creation texts without loss, for the servers of today; standard; otherwise as the task "
+      "file says",
+      [&pair](EDialect dialect) { pair.dialect = dialect; });
   app.callback([&pair] {
     const bool is_task = IsTaskFile(pair.reference);
     if (is_task && !pair.target.empty()) throw CLI::ValidationError("TARGET", "a task file holds both sides already");
     if (!is_task && pair.target.empty()) throw CLI::RequiredError("TARGET");
   });
+}
+
+void DeclareDialect(CLI::App& app, const std::string& help, const std::function<void(EDialect)>& choose) {
+  DeclareChoice(app, "--dialect", {"standard", "exact"}, help,
+                [choose](std::size_t choice) { choose(choice == 0 ? EDialect::Standard : EDialect::Exact); });
+}
+
+void DeclareVerify(CLI::App& app, TPair& pair) {
+  app.add_flag("--verify-on-server", pair.verify_on_server,
+               "Exact dialect: try the script first on a copy of the target's structure, in a scratch database of its "
+               "server that is removed afterwards");
 }
 
 int RunCompanion(const std::vector<std::string>& arguments, TConsole& console) {

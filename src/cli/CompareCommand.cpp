@@ -1,53 +1,39 @@
 #include <CLI/CLI.hpp>
+#include <map>
+#include <optional>
 #include <ostream>
 
 #include "cli/Commands.h"
+#include "cli/ComparisonText.h"
 #include "cli/Json.h"
 #include "cli/PairRun.h"
-#include "util/Format.h"
 
 namespace velmora {
 
 namespace {
 
-// One sign per kind of difference, as in a patch.
-char SignOf(TActionIcon icon) {
-  switch (icon) {
-    case kIconNew:
-    case kIconNewTable:
-      return '+';
-    case kIconObsolete:
-    case kIconObsoleteTable:
-      return '-';
-    default:
-      return '~';
-  }
+// Why an action may lose data; null for one that does not.
+std::map<int, TJson> UnsafeReasons(const TApplication& app) {
+  std::map<int, TJson> reasons;
+  for (const TChange& change : app.exact.Changes())
+    reasons.emplace(change.id, change.unsafe.empty() ? TJson() : TJson(change.unsafe));
+  return reasons;
 }
 
-// The log text of a whole table's action, whose node shows the table's name alone.
-std::string TopText(const TApplication& app, const TActionNode& node) {
-  const TActionRow* row = node.id.empty() ? nullptr : app.data.mtActions.Find(StrToInt(node.id));
-  return row == nullptr ? node.text : SyncAction(row->action_id).LogText(node.text, row->item);
+void AddExactResults(const TApplication& app, const std::optional<std::string>& error,
+                     const std::optional<int>& on_server, TJson& document) {
+  const std::map<int, TJson> reasons = UnsafeReasons(app);
+  for (TJson& action : document["actions"]) action["unsafe"] = reasons.at(action["id"].get<int>());
+  TJson skipped = TJson::array();
+  for (const TSkippedTable& table : app.exact.Skipped())
+    skipped.push_back({{"side", table.side}, {"table", table.table}, {"reason", table.reason}});
+  document["skipped"] = std::move(skipped);
+  document["verified"] = error ? TJson() : TJson(app.exact.DifferencesLeft());
+  document["verified_on_server"] = on_server ? TJson(*on_server) : TJson();
 }
 
-void PrintTree(const TApplication& app, std::ostream& out) {
-  for (const TActionNode& table : app.tree.Top()) {
-    out << SignOf(table.icon) << ' ' << TopText(app, table) << '\n';
-    for (const TActionNode& action : table.children) out << "    " << SignOf(action.icon) << ' ' << action.text << '\n';
-  }
-}
-
-void PrintText(const TApplication& app, bool failed, std::ostream& out) {
-  PrintTree(app, out);
-  if (failed) return;
-  const std::size_t count = app.data.mtActions.Count();
-  if (app.Identical())
-    out << "Databases are identical. Nothing to synchronize.\n";
-  else
-    out << '\n' << Counted(count, "difference") << " in " << Counted(app.tree.Top().size(), "table") << '\n';
-}
-
-void PrintJson(const TApplication& app, const std::optional<std::string>& error, std::ostream& out) {
+void PrintJson(const TApplication& app, const std::optional<std::string>& error, const std::optional<int>& on_server,
+               std::ostream& out) {
   TJson actions = TJson::array();
   for (const TActionRow* row = app.data.mtActions.First(); row != nullptr; row = app.data.mtActions.After(row->id)) {
     actions.push_back({{"id", row->id},
@@ -57,10 +43,11 @@ void PrintJson(const TApplication& app, const std::optional<std::string>& error,
                        {"action", row->Action()},
                        {"description", row->description}});
   }
-  out << TextOf({{"identical", !error && app.Identical()},
-                 {"actions", std::move(actions)},
-                 {"log", app.sync.ActionLog},
-                 {"error", JsonOf(error)}});
+  TJson document = {
+      {"identical", !error && app.Identical()}, {"actions", std::move(actions)}, {"log", app.ActionLog()}};
+  if (app.dialect == EDialect::Exact) AddExactResults(app, error, on_server, document);
+  document["error"] = JsonOf(error);
+  out << TextOf(document);
 }
 
 }  // namespace
@@ -68,17 +55,20 @@ void PrintJson(const TApplication& app, const std::optional<std::string>& error,
 void TCompareCommand::Declare(CLI::App& app) {
   DeclarePair(app, pair_);
   DeclareFormat(app, format_);
+  DeclareVerify(app, pair_);
   options_.DeclarePair(app);
 }
 
 int TCompareCommand::Execute(TConsole& console) {
   TPairRun run(console, SystemClock());
-  const std::optional<std::string> error = run.Compare(pair_, options_, false);
+  std::optional<std::string> error = run.Compare(pair_, options_, false);
+  std::optional<int> on_server;
+  if (!error && pair_.verify_on_server) error = run.VerifyOnServer(on_server);
   if (format_ == EFormat::Json)
-    PrintJson(run.app(), error, console.out);
+    PrintJson(run.app(), error, on_server, console.out);
   else
-    PrintText(run.app(), error.has_value(), console.out);
-  if (error) return kExitFailure;
+    PrintComparison(run.app(), error.has_value(), console.out);
+  if (error || on_server.value_or(0) > 0) return kExitFailure;
   return run.app().Identical() ? kExitSuccess : kExitDifferent;
 }
 

@@ -3,6 +3,8 @@
 #include "app/FaultPlace.h"
 #include "app/Sources.h"
 #include "app/Tasks.h"
+#include "cli/ComparisonText.h"
+#include "cli/Interrupt.h"
 #include "cli/Secrets.h"
 #include "cli/SourceRun.h"
 #include "cli/TerminalProgress.h"
@@ -12,6 +14,8 @@
 namespace velmora {
 
 namespace {
+
+constexpr char kExactAlone[] = "Only a script of the exact dialect can be verified on the server";
 
 bool IsFile(TDBConn& conn) { return dynamic_cast<TDBConnMySQLOffline*>(&conn) != nullptr; }
 
@@ -32,6 +36,24 @@ std::optional<std::string> TPairRun::Compare(const TPair& pair, const TSourceOpt
   return Reported([&] {
     Open(pair, options, for_script);
     app_.Compare();
+    TellExactNotes(app_, console_);
+  });
+}
+
+std::optional<std::string> TPairRun::CompareAgain() {
+  return Reported([this] { app_.Compare(); });
+}
+
+std::optional<std::string> TPairRun::VerifyOnServer(std::optional<int>& left) {
+  return Reported([&] {
+    TInterruptHost host(nullptr);
+    const THostGuard guard(host);
+    left = app_.exact.VerifyOnServer();
+    const std::string told = Counted(static_cast<std::size_t>(*left), "difference") + " left";
+    if (*left == 0)
+      console_.Note("verified on the server: " + told);
+    else
+      console_.Error("not verified on the server: " + told);
   });
 }
 
@@ -40,9 +62,13 @@ std::optional<std::string> TPairRun::GenerateScript() {
 }
 
 TTaskConnections TPairRun::Make(const TPair& pair, const TSourceOptions& options) {
-  if (IsTaskFile(pair.reference))
-    return MakeTask(pair.reference, AskingWithoutBar(options.ForTaskReference(console_)),
-                    AskingWithoutBar(options.ForTaskTarget(console_)));
+  if (pair.dialect) app_.dialect = *pair.dialect;
+  if (IsTaskFile(pair.reference)) {
+    TMadeTask task = MakeTask(pair.reference, AskingWithoutBar(options.ForTaskReference(console_)),
+                              AskingWithoutBar(options.ForTaskTarget(console_)));
+    if (!pair.dialect) app_.dialect = task.dialect;
+    return std::move(task.connections);
+  }
   TTaskConnections connections;
   connections.reference = MakeSource(pair.reference, options.ForReference(console_));
   connections.target = MakeTarget(pair.target, options.ForTarget(console_));
@@ -61,8 +87,10 @@ TSourceSettings TPairRun::AskingWithoutBar(TSourceSettings settings) {
 
 void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_script) {
   TTaskConnections connections = Make(pair, options);
+  if (pair.verify_on_server && app_.dialect != EDialect::Exact) RaiseError(kExactAlone);
   // A server that is only compared need not be asked for its tables more often than the comparison does.
-  if (!for_script && !IsFile(*connections.reference) && !IsFile(*connections.target)) {
+  const bool enough = !for_script || app_.dialect == EDialect::Exact;
+  if (enough && !IsFile(*connections.reference) && !IsFile(*connections.target)) {
     app_.TakeTask(std::move(connections));
     return;
   }
@@ -72,6 +100,7 @@ void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_s
 }
 
 void TPairRun::OpenTarget(const TPair& pair, const TSourceOptions& options) {
+  if (pair.dialect) app_.dialect = *pair.dialect;
   app_.connections.target = IsTaskFile(pair.reference) ? std::move(Make(pair, options).target)
                                                        : MakeTarget(pair.target, options.ForTarget(console_));
   app_.connections.target->Connect();
@@ -88,7 +117,7 @@ std::optional<std::string> TPairRun::Reported(Body body) {
     progress_->Finish();
     const std::string message = WithoutSecrets(error.what());
     console_.Error(Placed(ComparisonPlace(app_.connections.reference.get(), app_.connections.target.get(),
-                                          app_.sync.TargetLost(), app_.sync.TableUnderWay(), message),
+                                          app_.TargetLost(), app_.TableUnderWay(), message),
                           message));
     return message;
   }

@@ -25,6 +25,11 @@ class TPairRun {
   // the message of an error, with what was found so far in the application; the place of the error goes to the console
   // too.
   std::optional<std::string> Compare(const TPair& pair, const TSourceOptions& options, bool for_script);
+  // Compares the opened pair once more; reports as Compare does.
+  std::optional<std::string> CompareAgain();
+  // Tries the script in a scratch database of the target's server; Ctrl+C ends that, with the database removed. Gives
+  // how many differences are left, which the console is told too. An error is reported in the same way.
+  std::optional<std::string> VerifyOnServer(std::optional<int>& left);
   // The script for what was compared; an error is reported in the same way.
   std::optional<std::string> GenerateScript();
   // Opens the target alone.
@@ -33,6 +38,7 @@ class TPairRun {
 
  private:
   TSourceSettings AskingWithoutBar(TSourceSettings settings);
+  // Also settles the dialect.
   TTaskConnections Make(const TPair& pair, const TSourceOptions& options);
   void Open(const TPair& pair, const TSourceOptions& options, bool for_script);
   template <class Body>

@@ -30,12 +30,15 @@ void TScriptCommand::Declare(CLI::App& app) {
         return name.empty() ? std::string("an empty name is no file") : std::string();
       });
   DeclareFormat(app, format_);
+  DeclareVerify(app, pair_);
   options_.DeclarePair(app);
 }
 
 int TScriptCommand::Execute(TConsole& console) {
   TPairRun run(console, SystemClock());
   std::optional<std::string> error = run.Compare(pair_, options_, true);
+  std::optional<int> left;
+  if (!error && pair_.verify_on_server) error = run.VerifyOnServer(left);
   if (!error) error = run.GenerateScript();
   const bool to_file = !output_.empty();
   const std::string text = format_ == EFormat::Json ? JsonText(run.editor().Lines(), error) : run.editor().Text();
@@ -44,7 +47,7 @@ int TScriptCommand::Execute(TConsole& console) {
   } else if (format_ == EFormat::Json || !error) {
     console.out << text;
   }
-  return error ? kExitFailure : kExitSuccess;
+  return error || left.value_or(0) > 0 ? kExitFailure : kExitSuccess;
 }
 
 }  // namespace velmora

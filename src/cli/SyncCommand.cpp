@@ -3,8 +3,8 @@
 #include <ostream>
 
 #include "app/FaultHints.h"
-#include "app/ScriptSplitter.h"
 #include "cli/Commands.h"
+#include "cli/ComparisonText.h"
 #include "cli/Interrupt.h"
 #include "cli/PairRun.h"
 #include "cli/SourceRun.h"
@@ -103,40 +103,65 @@ int RunOn(TPairRun& run, const std::string& script, TConsole& console) {
   return kExitSuccess;
 }
 
+// What a run has reached, where a new comparison can tell.
+int TellResult(TPairRun& run, TConsole& console) {
+  if (run.CompareAgain()) return kExitFailure;
+  PrintComparison(run.app(), false, console.out);
+  return run.app().Identical() ? kExitSuccess : kExitFailure;
+}
+
 }  // namespace
 
 void TSyncCommand::Declare(CLI::App& app) {
   DeclarePair(app, pair_);
   app.add_flag("--yes", yes_, "Do not ask before the run; needed where there is no terminal to ask on");
-  app.add_option("--script", script_, "Run the text of FILE instead of comparing")->type_name("FILE");
+  app.add_flag("--allow-unsafe", allow_unsafe_,
+               "Exact dialect: also run what may lose data; otherwise that is listed and nothing runs");
+  DeclareVerify(app, pair_);
+  app.add_option("--script", script_, "Run the text of FILE instead of comparing")
+      ->type_name("FILE")
+      ->excludes(app.get_option("--verify-on-server"));
   options_.DeclarePair(app);
   app.footer(kEnding + app.get_footer());
+}
+
+// Compares and makes the script; false where there is nothing to run, with the exit status.
+bool TSyncCommand::Prepare(TPairRun& run, TConsole& console, int& status) {
+  status = kExitFailure;
+  if (run.Compare(pair_, options_, true)) return false;
+  if (run.app().data.mtActions.Empty()) {
+    PrintComparison(run.app(), false, console.out);
+    status = run.app().Identical() ? kExitSuccess : kExitFailure;
+    return false;
+  }
+  if (!UnsafeActionsAllowed(run.app(), allow_unsafe_, console)) return false;
+  std::optional<int> left;
+  if (pair_.verify_on_server && (run.VerifyOnServer(left) || *left > 0)) return false;
+  return !run.GenerateScript();
 }
 
 int TSyncCommand::Execute(TConsole& console) {
   if (!yes_ && !console.CanAsk())
     RaiseError("There is no terminal to ask on: give --yes to run the script without a question");
   TPairRun run(console, SystemClock());
+  int status = kExitSuccess;
   if (!script_.empty()) {
     run.editor().SetText(ReadTextFile(script_));
     run.OpenTarget(pair_, options_);
-  } else {
-    if (run.Compare(pair_, options_, true)) return kExitFailure;
-    if (run.app().Identical()) {
-      console.out << "Databases are identical. Nothing to synchronize.\n";
-      return kExitSuccess;
-    }
-    if (run.GenerateScript()) return kExitFailure;
+  } else if (!Prepare(run, console, status)) {
+    return status;
   }
   const std::string script = run.editor().Text();
-  const std::size_t count = SplitScript(script).statements.size();
+  const std::size_t count = run.app().Statements(script).statements.size();
   std::string name;
   run.app().connections.target->GetDisplayName(name);
   if (!yes_ && !console.Confirm(Format("Run %s on %s?", Counted(count, "statement"), name))) {
     console.Error("nothing was run");
     return kExitFailure;
   }
-  return RunOn(run, script, console);
+  status = RunOn(run, script, console);
+  const bool can_tell = run.app().dialect == EDialect::Exact && script_.empty() && status == kExitSuccess;
+  return can_tell ? TellResult(run, console) : status;
 }
 
 }  // namespace velmora

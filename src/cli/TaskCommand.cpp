@@ -42,6 +42,8 @@ void TTaskCommand::Declare(CLI::App& app) {
   create->add_option("FILE", file_, "The file, ending in .vlt")->required();
   create->add_option("REFERENCE", reference_, "The database as it should be")->required();
   create->add_option("TARGET", target_, "The database that a script changes")->required();
+  DeclareDialect(*create, "exact: the task is one of the exact dialect",
+                 [this](EDialect dialect) { dialect_ = dialect; });
   options_.DeclarePair(*create);
   CLI::App* show = app.add_subcommand("show", "Show what a task file holds; nothing is connected");
   show->add_option("FILE", file_, "The file")->required();
@@ -55,7 +57,7 @@ int TTaskCommand::WriteNew(TConsole& console) {
   CheckTaskName(file_);  // before anything is asked for
   const std::unique_ptr<TDBConn> reference = MakeSource(reference_, options_.ForStoredReference(console));
   const std::unique_ptr<TDBConn> target = MakeTarget(target_, options_.ForStoredTarget(console));
-  NewTaskFile(file_, *reference, *target);
+  NewTaskFile(file_, *reference, *target, dialect_);
   return kExitSuccess;
 }
 
@@ -63,6 +65,7 @@ int TTaskCommand::Show(TConsole& console) {
   const TTaskValues task = ShowTaskFile(file_);
   PrintSide("reference", task.reference, show_passwords_, console.out);
   PrintSide("target", task.target, show_passwords_, console.out);
+  if (task.exact) console.out << "dialect: exact\n";
   return kExitSuccess;
 }
 

@@ -16,14 +16,14 @@ struct TChange {
   int id = 0;  // of its action row; 0 until it has one
   TSyncAction action = saCreateTable;
   std::string table;
-  EElement kind = EElement::Column;  // of what changes; for options and whole tables it says nothing
-  std::string item;                  // element's name; empty for whole tables; for options "options", "partitioning"
-  std::string old_text;              // as the target has it; empty for what is new
-  std::string new_text;              // as the reference has it; empty for what goes
-  std::optional<std::string> after;  // of columns that are placed: the column before it, empty for the first
-  bool moved_only = false;           // a column that only changes its place
-  std::vector<TTableOption> options; // to set, for a change of options
-  std::string unsafe;                // why it may lose data; empty for what is safe
+  EElement kind = EElement::Column;   // of what changes; for options and whole tables it says nothing
+  std::string item;                   // element's name; empty for whole tables; for options "options", "partitioning"
+  std::string old_text;               // as the target has it; empty for what is new
+  std::string new_text;               // as the reference has it; empty for what goes
+  std::optional<std::string> after;   // of columns that are placed: the column before it, empty for the first
+  bool moved_only = false;            // a column that only changes its place
+  std::vector<TTableOption> options;  // to set, for a change of options
+  std::string unsafe;                 // why it may lose data; empty for what is safe
 
   std::string LogText() const;      // as in "Changed column total", "Moved column total", "Changed options of table t"
   std::string Description() const;  // old and new text, and why it is unsafe

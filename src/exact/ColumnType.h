@@ -25,7 +25,7 @@ struct TColumnText {
   bool stored = false;
   TCharset charset;  // effective, for types that have letters; empty otherwise
 
-  bool HasLetters() const;   // char, varchar, the text types, enum, set
+  bool HasLetters() const;  // char, varchar, the text types, enum, set
   bool IsNumber() const;
   std::optional<long long> Length() const;    // the first argument, as a number
   std::optional<long long> Fraction() const;  // the second one; of a time type the first

@@ -64,5 +64,10 @@ struct TCharset {
   bool operator==(const TCharset&) const = default;
 };
 TCharset TableCharset(const TTableText& table);
+// A Unicode set without a collation is left to the server, and servers differ: general, 0900 and uca1400 are its own
+// collations somewhere, so a text that names the set alone is the same as one that names any of these. Written to a
+// server it gives one of them, too. Of all other sets the collation is known. Where a text says nothing at all both are
+// empty, which equals itself only.
+bool SameCharset(const TCharset& a, const TCharset& b);
 
 }  // namespace velmora

@@ -3,11 +3,12 @@
 // The comparison of the exact dialect: reads creation texts without loss, compares element by element, plans one
 // "alter table" per table, and proves the plan in memory before anybody runs it.
 
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "core/CreationTexts.h"
 #include "exact/Changes.h"
+#include "exact/PairReader.h"
 #include "exact/Plan.h"
 #include "sync/ActionTree.h"
 #include "sync/Data.h"
@@ -18,12 +19,6 @@
 #include "util/Clock.h"
 
 namespace velmora {
-
-struct TSkippedTable {
-  std::string side;  // "reference" or "target"
-  std::string table;
-  std::string reason;
-};
 
 class TExactSync {
  public:
@@ -39,8 +34,9 @@ class TExactSync {
   void Compare();
 
   bool Identical() const;  // no action, and nothing was skipped
-  const std::vector<TSkippedTable>& Skipped() const { return skipped_; }
-  std::vector<TChange> Changes() const;  // those whose rows are still there
+  const std::vector<TSkippedTable>& Skipped() const { return read_.skipped; }
+  const TStringList& LeftAlone() const { return read_.left_alone; }  // a line for each object that is not handled
+  std::vector<TChange> Changes() const;                              // those whose rows are still there
   std::vector<TPlanStatement> Plan() const;
   int DifferencesLeft() const { return differences_left_; }  // by the proof, for the whole plan
   const std::string& TableUnderWay() const { return table_under_way_; }
@@ -59,21 +55,19 @@ class TExactSync {
   int VerifyOnServer();
 
  private:
-  void ReadSide(TDBConn& conn, const char* side, TSchema& schema);
+  void Clear();
   void CompareSchemas();
   void Prove();
+  void FillLog();
 
   TTaskConnections& connections_;
   TdmData& data_;
   TActionTree& tree_;
   TProgress& progress_;
   TMessageLog& log_;
-  TSchema reference_;
-  TSchema target_;
-  std::map<std::string, std::string> reference_texts_;
-  std::map<std::string, std::string> target_texts_;
+  TReadPair read_;
   std::vector<TChange> changes_;
-  std::vector<TSkippedTable> skipped_;
+  TStringList proof_;  // its lines in the log
   int differences_left_ = 0;
   std::string table_under_way_;
   bool target_lost_ = false;

@@ -26,16 +26,16 @@ class TSchema {
 };
 
 struct TPlanStatement {
-  std::string text;           // without ";"
-  std::vector<int> actions;   // ids of the changes it serves
+  std::string text;                 // without ";"
+  std::vector<int> actions;         // ids of the changes it serves
   std::vector<std::string> unsafe;  // reasons, "column c: ..." each
 };
 
 // 1. foreign keys that go, change, or stand on a column that changes (those come back at the end), 2. dropped tables,
-// 3. one "alter table" per table: options, columns dropped, modified and added with first/after, keys dropped and added,
-// checks; partitioning in one of its own behind it where a server wants that, 4. new tables without foreign keys,
-// 5. foreign keys added. Names in backticks. It holds what `changes` holds and nothing else: a change that was struck
-// out leaves its statement.
+// 3. partitioning that is taken away, 4. one "alter table" per table: options, columns dropped, then modified and added
+// with first/after, keys dropped and added, checks, partitioning (an option that outlives its engine has one of its own
+// behind it), 5. new tables without foreign keys, 6. foreign keys added. Names in backticks. It holds what `changes`
+// holds and nothing else: a change that was struck out leaves its statement.
 std::vector<TPlanStatement> MakePlan(const std::vector<TChange>& changes, const TSchema& reference,
                                      const TSchema& target);
 

@@ -23,7 +23,7 @@ struct TTableOption {
 };
 
 struct TTableText {
-  std::string name;  // without quotes and without a database
+  std::string name;                // without quotes and without a database
   std::vector<TElement> elements;  // in order
   std::vector<TTableOption> options;
   std::string partitioning;  // from "PARTITION BY", without the marks of a version comment; empty for none

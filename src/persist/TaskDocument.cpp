@@ -18,8 +18,12 @@ constexpr char kBadVersion[] = "Incompatible task version";
 constexpr char kUnhandledOnOpen[] = "OpenTask: Unhandled engine %s";
 constexpr char kUnhandledOnSave[] = "SaveTask: Unhandled engine %s";
 
+constexpr char kUnhandledDialect[] = "OpenTask: Unhandled dialect %s";
+
 constexpr char kVersionKey[] = "version";
 constexpr char kVersion[] = "1.0";
+constexpr char kDialectKey[] = "dialect";  // only where it is this one, so that other files stay as they always were
+constexpr char kExactDialect[] = "exact";
 constexpr std::size_t kMaxFileSize = std::size_t{64} * 1024 * 1024;
 constexpr unsigned kOwnerOnly = 0600;
 
@@ -75,6 +79,15 @@ TTaskSide TTaskReader::Reference() const { return ReadSide(kReference); }
 
 TTaskSide TTaskReader::Target() const { return ReadSide(kTarget); }
 
+bool TTaskReader::Exact() const {
+  TStringList elements;
+  cfgGetList(kDialectKey, "item", elements);
+  if (elements.empty()) return false;
+  const std::string dialect = cfgGetStr(kDialectKey);
+  if (dialect != kExactDialect) RaiseError(Format(kUnhandledDialect, dialect));
+  return true;
+}
+
 std::unique_ptr<TDBConn> MakeTaskEngine(const TTaskSide& side, const TEngineClients& clients) {
   if (!side.engine->CanBeMade()) RaiseError(Format(kUnhandledOnOpen, EngineName(*side.engine)));
   return MakeEngine(*side.engine, side.values, clients);
@@ -83,7 +96,8 @@ std::unique_ptr<TDBConn> MakeTaskEngine(const TTaskSide& side, const TEngineClie
 TTaskValues ReadTaskValues(const std::string& path) {
   const TTaskReader reader(path);
   TTaskSide reference = reader.Reference();
-  return {std::move(reference), reader.Target()};
+  TTaskSide target = reader.Target();
+  return {std::move(reference), std::move(target), reader.Exact()};
 }
 
 TOpenedTask ReadTask(const std::string& path, const TEngineClients& clients) {
@@ -92,15 +106,17 @@ TOpenedTask ReadTask(const std::string& path, const TEngineClients& clients) {
   task.values.reference = reader.Reference();
   task.reference = MakeTaskEngine(task.values.reference, clients);
   task.values.target = reader.Target();
+  task.values.exact = reader.Exact();
   task.target = MakeTaskEngine(task.values.target, clients);
   return task;
 }
 
-void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target) {
+void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target, bool exact) {
   cfgReset();
   cfgSetStr(kVersionKey, kVersion);
   WriteSide(kReference, reference);
   WriteSide(kTarget, target);
+  if (exact) cfgSetStr(kDialectKey, kExactDialect);
   const std::string bytes = std::string(kTaskMagic) + PackTask(cfgText());
   WriteFileText(path, bytes, false, kOwnerOnly);
 }

@@ -28,6 +28,8 @@ class TTaskReader {
   // document.
   TTaskSide Reference() const;  // also "StrToEngine error"
   TTaskSide Target() const;
+  // Whether the task is one of the exact dialect. Raises "OpenTask: Unhandled dialect " and the word for any other.
+  bool Exact() const;
 };
 
 // The engine of a side, not connected. Raises as MakeEngine does, but "OpenTask: Unhandled engine " and the name where
@@ -37,6 +39,7 @@ std::unique_ptr<TDBConn> MakeTaskEngine(const TTaskSide& side, const TEngineClie
 struct TTaskValues {
   TTaskSide reference;
   TTaskSide target;
+  bool exact = false;
 };
 
 // A whole file as values, for showing it: nothing is made of them.
@@ -50,9 +53,10 @@ struct TOpenedTask {
 
 TOpenedTask ReadTask(const std::string& path, const TEngineClients& clients = {});
 
-// Writes both connections to the file, in one step and readable for its owner alone. Raises "StrEngine error" for the
-// script engine, "SaveTask: Unhandled engine " and the name for an engine that a task cannot hold on its side, the path
-// store's error for a value that XML cannot hold, and "Cannot write %s: %s". The old file is then as it was.
-void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target);
+// Writes both connections, and the dialect where it is the exact one, to the file, in one step and readable for its
+// owner alone. Raises "StrEngine error" for the script engine, "SaveTask: Unhandled engine " and the name for an engine
+// that a task cannot hold on its side, the path store's error for a value that XML cannot hold, and "Cannot write %s:
+// %s". The old file is then as it was.
+void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target, bool exact = false);
 
 }  // namespace velmora

@@ -19,6 +19,7 @@ void TTaskFile::CloseTask() {
   if (TaskIsUnsaved && !ConfirmYes(kCloseQuestion)) RaiseError(kCloseCancelled);
   connections_.reference.reset();
   connections_.target.reset();
+  ExactDialect = false;
   host_.ShowTask(false);
 }
 
@@ -28,6 +29,7 @@ void TTaskFile::OpenTask(std::string path) {
   TaskFileName = path;
   TaskIsUntitled = false;
   const TTaskReader reader(path);
+  ExactDialect = reader.Exact();
   connections_.reference = MakeTaskEngine(reader.Reference(), clients_);
   connections_.target = MakeTaskEngine(reader.Target(), clients_);
   connections_.reference->Connect();
@@ -38,7 +40,7 @@ void TTaskFile::OpenTask(std::string path) {
 
 void TTaskFile::SaveTask(const std::string& path) {
   if (!connections_.reference || !connections_.target) RaiseError(kNothingToSave);
-  WriteTask(path, *connections_.reference, *connections_.target);
+  WriteTask(path, *connections_.reference, *connections_.target, ExactDialect);
   TaskIsUnsaved = false;
   TaskFileName = path;
   host_.RecentAdd(path);

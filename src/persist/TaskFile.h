@@ -32,6 +32,7 @@ class TTaskFile {
 
   std::string TaskFileName;
   bool TaskIsUntitled = false;  // the next save asks for a name. Deliberate: only OpenTask clears it
+  bool ExactDialect = false;    // of the open task: read with it, saved with it
   bool TaskIsUnsaved = false;   // Deliberate: nothing sets it, so closing asks nothing
 
   // Frees both connections and hides the task. With TaskIsUnsaved the user is asked first, and an answer of no raises

@@ -7,7 +7,7 @@
 #include <QScreen>
 #include <filesystem>
 
-#include "core/Meta.h"
+#include "app/LineDifference.h"
 #include "persist/Settings.h"
 #include "shell/Commands.h"
 #include "shell/Icons.h"
@@ -23,6 +23,7 @@ namespace velmora {
 
 namespace {
 
+constexpr char kExactTitle[] = " (exact dialect)";
 constexpr int kWidth = 1000;
 constexpr int kHeight = 700;
 
@@ -57,6 +58,7 @@ TfmMain::TfmMain(TDesktopSetup setup) : setup_(std::move(setup)) {
   resize(kWidth, kHeight);
   MakeCommands();
   MakeRecentCommands();
+  MakeExtras();
   MakeMenus();
   MakeBars();
   MakeWorkArea();
@@ -153,6 +155,8 @@ void TfmMain::ShowTask(bool active) {
   for (QWidget* widget : std::initializer_list<QWidget*>{barAnalyze, panMain, pnDetails, splitter})
     widget->setVisible(active);
   lbNoTask->setVisible(!active);
+  acExactDialect_->setEnabled(active);
+  SetDialect(active && task_->ExactDialect);
   ShowTitle(active);
   if (active) {
     app_->connections.reference->Connect();
@@ -167,8 +171,9 @@ void TfmMain::ShowTask(bool active) {
 }
 
 void TfmMain::ShowTitle(bool active) {
-  const std::string name = active ? std::filesystem::path(task_->TaskFileName).stem().string() + " - " : std::string();
-  setWindowTitle(ToQt(name + AppTitle()));
+  std::string name;
+  if (active) name = std::filesystem::path(task_->TaskFileName).stem().string() + " - ";
+  setWindowTitle(ToQt(name + AppTitle() + (acExactDialect_->isChecked() ? kExactTitle : "")));
 }
 
 void TfmMain::RecentAdd(const std::string& path) {
@@ -201,7 +206,7 @@ void TfmMain::Analyze() {
         log_->LogLine("Comparing...");
         app_->Compare();
         acGenScript();
-        log_->SetLines(app_->sync.ActionLog);
+        log_->SetLines(app_->ActionLog());
         page->setCurrentWidget(tsActions);
         ShowResult();
       },
@@ -223,13 +228,21 @@ void TfmMain::ShowResult() {
 }
 
 void TfmMain::ShowTableDDL(const std::string& table) {
-  const auto show = [&](TDBConn* conn, TSqlEdit& edit) {
-    std::string text;
-    if (conn != nullptr && conn->meta().FindTable(table)) conn->meta().BuildCreateTable(table, nullptr, text);
-    edit.SetBytes(text);
-  };
-  show(app_->connections.reference.get(), *mDDLref);
-  show(app_->connections.target.get(), *mDDLtgt);
+  if (!app_->connections.reference || !app_->connections.target) return;
+  std::string reference;
+  std::string target;
+  app_->TableTexts(table, reference, target);
+  mDDLref->SetBytes(reference);
+  mDDLtgt->SetBytes(target);
+  std::pair<std::vector<std::size_t>, std::vector<std::size_t>> lines;
+  if (acExactDialect_->isChecked()) lines = DifferingLines(LinesOf(reference), LinesOf(target));
+  mDDLref->MarkDifferences(lines.first);
+  mDDLtgt->MarkDifferences(lines.second);
+}
+
+void TfmMain::SetDialect(bool exact) {
+  acExactDialect_->setChecked(exact);
+  app_->dialect = exact ? EDialect::Exact : EDialect::Standard;
 }
 
 void TfmMain::ShowFind() {

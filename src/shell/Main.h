@@ -75,6 +75,9 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void acContactSupport();
   void acRecent(std::size_t index);
 
+  // --- Extras
+  void acExactDialect();  // follows the check mark of its command
+
   // --- acTask
   void acCloseTask();
   void acSaveTask();
@@ -99,6 +102,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void MakeWorkArea();
   QWidget* MakeTreePanel();
   QWidget* MakeDetails();
+  void MakeExtras();
   void ConnectWorkArea();
   void AddCommands(QWidget& menu_or_bar, std::initializer_list<const char*> names);  // null stands for a separator
 
@@ -119,6 +123,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
 
   // Analysis
   void Analyze();
+  void SetDialect(bool exact);
+  bool MayRun();
   void ShowResult();
   void ShowTableDDL(const std::string& table);
   void ShowFind();
@@ -129,6 +135,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   std::unique_ptr<TForms> forms_;
   std::map<std::string, QAction*> commands_;
   std::vector<QAction*> acRecent_;
+  QAction* acExactDialect_ = nullptr;
   bool shown_ = false;
 
   // Components, owned by the window

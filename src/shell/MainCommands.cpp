@@ -4,6 +4,7 @@
 #include <QFontInfo>
 #include <QPlainTextEdit>
 #include <QUrl>
+#include <algorithm>
 
 #include "core/Host.h"
 #include "shell/About.h"
@@ -25,6 +26,8 @@ namespace velmora {
 namespace {
 
 constexpr char kScriptFilter[] = "MySQL script|*.sql";
+constexpr char kUnsafeQuestion[] = "%d actions of this script can lose data:";
+constexpr std::size_t kListedUnsafe = 12;
 constexpr char kHelpFile[] = "Help.chm";
 constexpr char kSupportSubject[] = "%s support question";
 
@@ -71,10 +74,32 @@ void TfmMain::acRunScript() {
   }
 }
 
-// No question comes before the run.
+// In the standard dialect no question comes before the run, and nothing is compared behind it.
 void TfmMain::acSynchronize() {
-  const TDisabled disabled(Command("acSynchronize"));
-  acRunScript();
+  if (!MayRun()) return;
+  {
+    const TDisabled disabled(Command("acSynchronize"));
+    acRunScript();
+  }
+  if (acExactDialect_->isChecked()) Analyze();
+}
+
+bool TfmMain::MayRun() {
+  const TStringList unsafe = app_->UnsafeActions();
+  if (unsafe.empty()) return true;
+  std::string question = Format(kUnsafeQuestion, unsafe.size());
+  for (std::size_t i = 0; i < std::min(unsafe.size(), kListedUnsafe); ++i) question += "\n- " + unsafe[i];
+  if (unsafe.size() > kListedUnsafe) question += Format("\n(and %d more)", unsafe.size() - kListedUnsafe);
+  return ConfirmYes(question + "\n\nRun the script?");
+}
+
+// What was found in one dialect cannot be run in the other.
+void TfmMain::acExactDialect() {
+  task_->ExactDialect = acExactDialect_->isChecked();
+  app_->data.mtActions.Clear();
+  app_->tree.Clear();
+  script_->Clear();
+  ShowTask(true);
 }
 
 // --- The task
@@ -90,6 +115,7 @@ void TfmMain::acNewTask() {
   open.target = std::move(wizard.TgtConn);
   task_->TaskFileName = kUntitledTask;
   task_->TaskIsUntitled = true;
+  task_->ExactDialect = false;
   ShowTask(true);
   open.target->Connect();
 }

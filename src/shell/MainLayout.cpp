@@ -5,6 +5,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QStatusBar>
 #include <QVBoxLayout>
@@ -107,6 +108,15 @@ void TfmMain::AddCommands(QWidget& menu_or_bar, std::initializer_list<const char
   }
 }
 
+// The exact dialect belongs to the open task.
+void TfmMain::MakeExtras() {
+  acExactDialect_ = Named(new QAction(QStringLiteral("Exact dialect"), this), "acExactDialect");
+  acExactDialect_->setCheckable(true);
+  acExactDialect_->setToolTip(
+      QStringLiteral("Compare creation texts without loss, and write a script for the servers of today"));
+  Handle(acExactDialect_, &QAction::triggered, this, [this] { acExactDialect(); });
+}
+
 void TfmMain::MakeMenus() {
   QMenuBar* menus = Named(menuBar(), "mainMenu");
   menus->setAccessibleName(QStringLiteral("Main Menu"));
@@ -121,6 +131,7 @@ void TfmMain::MakeMenus() {
   QMenu* tools = menu("&Tools");
   AddCommands(*tools, {"acCreateDB", "acDumpDB", nullptr, "acOptions"});
   tools->menuAction()->setVisible(false);  // Deliberate: its commands are reached by their shortcuts alone
+  menu("E&xtras")->addAction(acExactDialect_);
   AddCommands(*menu("&Help"),
               {"acHelp", "acInnoDBStatus", nullptr, "acVisitWeb", "acContactSupport", nullptr, "acAbout"});
 }
@@ -209,6 +220,14 @@ void TfmMain::ConnectWorkArea() {
     if (node != nullptr) ShowTableDDL(node->parent != nullptr ? node->parent->text : node->text);
   });
   tlActions->OnDeleteKey = [this] { Command("acDelAction")->trigger(); };
+  // Side by side, the texts of servers are read line by line.
+  const auto follow = [this](TSqlEdit* moved, TSqlEdit* other) {
+    connect(moved->verticalScrollBar(), &QScrollBar::valueChanged, this, [this, other](int value) {
+      if (acExactDialect_->isChecked()) other->verticalScrollBar()->setValue(value);
+    });
+  };
+  follow(mDDLref, mDDLtgt);
+  follow(mDDLtgt, mDDLref);
   auto* find = new QShortcut(QKeySequence(QKeySequence::Find), this);
   Handle(find, &QShortcut::activated, this, [this] { ShowFind(); });
 }

@@ -47,7 +47,8 @@ TSqlColours LightColours() {
           .name = QColor(0x5B, 0x43, 0x00),
           .brace = QColor(0xCF, 0xE3, 0xFF),
           .fault = QColor(0xC6, 0x28, 0x28),
-          .fault_line = QColor(0xFF, 0xDC, 0xDC)};
+          .fault_line = QColor(0xFF, 0xDC, 0xDC),
+          .difference_line = QColor(0xFF, 0xF1, 0xC9)};
 }
 
 TSqlColours DarkColours() {
@@ -58,7 +59,8 @@ TSqlColours DarkColours() {
           .name = QColor(0xE5, 0xC9, 0x7B),
           .brace = QColor(0x2F, 0x4B, 0x72),
           .fault = QColor(0xFF, 0x6B, 0x6B),
-          .fault_line = QColor(0x5A, 0x22, 0x22)};
+          .fault_line = QColor(0x5A, 0x22, 0x22),
+          .difference_line = QColor(0x4A, 0x3F, 0x1E)};
 }
 
 QColor Mixed(const QColor& a, const QColor& b, double part) {

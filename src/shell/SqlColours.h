@@ -12,7 +12,7 @@ namespace velmora {
 // What an SQL editor is painted with.
 struct TSqlColours {
   QColor text = {}, paper = {}, keyword, string, number, comment, name;
-  QColor current_line = {}, margin = {}, margin_text = {}, brace, fault, fault_line;
+  QColor current_line = {}, margin = {}, margin_text = {}, brace, fault, fault_line, difference_line;
 };
 
 TSqlColours SqlColours(const QPalette& palette);  // by whether its base is light or dark

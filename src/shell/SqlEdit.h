@@ -2,7 +2,9 @@
 
 #include <Qsci/qsciscintilla.h>
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 namespace velmora {
 
@@ -24,6 +26,7 @@ class TSqlEdit : public QsciScintilla {
   void MarkLine(int line);
   void ClearMarks();
   bool IsMarked(int line) const;
+  void MarkDifferences(const std::vector<std::size_t>& lines);  // in place of earlier ones
 
  protected:
   void changeEvent(QEvent* event) override;

@@ -14,8 +14,9 @@ namespace velmora {
 
 namespace {
 
-constexpr char kCreatedLine[] = "--Script created by Orvanex Velmora %s on %s.";
-constexpr char kPurposeLine[] = "--Modifying %s database %s to be equal to %s reference database %s.";
+constexpr char kOrigin[] = "Script created by Orvanex Velmora %s on %s.";
+constexpr char kPurpose[] = "Modifying %s database %s to be equal to %s reference database %s.";
+constexpr char kComment[] = "--";
 constexpr char kChecksOff[] = "set foreign_key_checks=0;";
 constexpr char kChecksOn[] = "set foreign_key_checks=1;";
 
@@ -35,13 +36,22 @@ std::string DisplayName(TDBConn& conn) {
 
 }  // namespace
 
+std::string ScriptOrigin(const TClock& clock) { return Format(kOrigin, VersionText(), ShortDateTimeText(clock.Now())); }
+
+std::string ScriptPurpose(TTaskConnections& connections) {
+  const std::string target = EngineName(*connections.target);
+  const std::string targetName = DisplayName(*connections.target);
+  const std::string reference = EngineName(*connections.reference);
+  return Format(kPurpose, target, targetName, reference, DisplayName(*connections.reference));
+}
+
 TScriptGenerator::TScriptGenerator(TTaskConnections& connections, TdmData& data, TScriptEditor& editor,
                                    TProgress& progress, const TClock& clock)
     : connections_(connections), data_(data), editor_(editor), progress_(progress), clock_(clock) {}
 
 void TScriptGenerator::AddScriptLine(const std::string& text) {
   std::string line = Trim(text);
-  if (line.size() > kLongestWithoutEnd && !line.starts_with("--") && !line.ends_with(';')) line += ';';
+  if (line.size() > kLongestWithoutEnd && !line.starts_with(kComment) && !line.ends_with(';')) line += ';';
   data_.AppendScript(line);
   editor_.AddLine(line);
 }
@@ -58,11 +68,8 @@ void TScriptGenerator::GenerateScript() {
 }
 
 void TScriptGenerator::AddHeader() {
-  AddScriptLine(Format(kCreatedLine, VersionText(), ShortDateTimeText(clock_.Now())));
-  const std::string target = EngineName(*connections_.target);
-  const std::string targetName = DisplayName(*connections_.target);
-  const std::string reference = EngineName(*connections_.reference);
-  AddScriptLine(Format(kPurposeLine, target, targetName, reference, DisplayName(*connections_.reference)));
+  AddScriptLine(kComment + ScriptOrigin(clock_));
+  AddScriptLine(kComment + ScriptPurpose(connections_));
   AddScriptLine({});
   AddScriptLine(kChecksOff);
   AddScriptLine({});

@@ -12,6 +12,11 @@
 
 namespace velmora {
 
+// What the first lines of a script say, without the marks of a comment. The second one raises "StrEngine error" for an
+// engine without a name.
+std::string ScriptOrigin(const TClock& clock);
+std::string ScriptPurpose(TTaskConnections& connections);
+
 // Reads table, item and id of each action and composes every statement anew from the stores. Composing the drop of a
 // column takes that column out of the target's store, so a second generation fails there until the next comparison.
 class TScriptGenerator {

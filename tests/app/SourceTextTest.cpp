@@ -109,7 +109,7 @@ TEST(SourcesTest, WhatIsNoSourceIsSaid) {
       {"MySQl;server=h;password=secret",
        "\"MySQl...\" is no source: give a file that ends in .sql, "
        "mysql://USER@HOST/DATABASE, or ENGINE:key=value"},
-      {"Oracle:server=x", "Unhandled engine: Oracle cannot be read by this version"},
+      {"ODBC:dsn=x", "Unhandled engine: ODBC cannot be read by this version"},
       {"MySQL:host=x;password=secret",
        "MySQL has no key \"host\"; its keys are: server, database, username, password, port (a \";\" in a value is "
        "written "

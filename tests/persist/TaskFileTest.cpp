@@ -9,6 +9,8 @@
 #include <chrono>
 #include <thread>
 
+#include "engines/file/DBConnTextDelim.h"
+#include "engines/file/DBConnTextFixed.h"
 #include "engines/mysql/DBConnMySQL.h"
 #include "engines/mysql/DBConnMySQLscript.h"
 #include "engines/mysql/OfflineEngine.h"
@@ -21,6 +23,7 @@
 #include "support/SizeLimit.h"
 #include "util/Files.h"
 #include "util/Format.h"
+#include "xml/XMLAccess.h"
 
 namespace velmora {
 namespace {
@@ -105,6 +108,38 @@ TEST_F(TaskFileTest, WritesTheKeysInOrderAndReadsThemBack) {
   const TOpenedTask task = ReadTask(path_, Clients());
   EXPECT_EQ(dynamic_cast<TDBConnMySQL&>(*task.reference).password(), "&<>\"'\t x \r\n\xF0\x9F\x94\x91 ");
   EXPECT_EQ(dynamic_cast<TDBConnMySQL&>(*task.target).password(), "");
+}
+
+// Deliberate: what tells the two kinds of text apart is the separator alone, so a delimited source without one comes
+// back as one of fixed width.
+TEST_F(TaskFileTest, BothKindsOfTextComeBack) {
+  const auto target = NewMySQL("t");
+  for (const char* separator : {"\t", ",", " ", ""}) {
+    for (const bool hdr : {true, false}) {
+      TDBConnTextDelim delimited("/a b", separator, hdr);
+      WriteTask(path_, delimited, *target);
+      const TOpenedTask task = ReadTask(path_, Clients());
+      if (*separator == '\0') {
+        EXPECT_NE(dynamic_cast<TDBConnTextFixed*>(task.reference.get()), nullptr);
+        continue;
+      }
+      const auto& text = dynamic_cast<TDBConnTextDelim&>(*task.reference);
+      EXPECT_EQ(text.folder() + text.separator(), std::string("/a b") + separator);
+      EXPECT_EQ(text.hdr(), hdr);
+    }
+  }
+  for (const bool hdr : {true, false}) {
+    TDBConnTextFixed fixed("/data", hdr);
+    WriteTask(path_, fixed, *target);
+    const TOpenedTask task = ReadTask(path_, Clients());
+    EXPECT_EQ(dynamic_cast<TDBConnTextFixed&>(*task.reference).folder(), "/data");
+    EXPECT_EQ(dynamic_cast<TDBConnTextFixed&>(*task.reference).hdr(), hdr);
+    const TEngineValues& values = task.values.reference.values;
+    EXPECT_EQ(values.Text("HDR"), hdr ? "Y" : "N");
+    EXPECT_TRUE(values.Has("separator") && values.Text("separator").empty());
+    TXMLAccess store;
+    EXPECT_EQ(MessageOf([&] { fixed.SaveParams("/root/x", store); }), "Abstract Error");
+  }
 }
 
 TEST_F(TaskFileTest, RefusesWithOneMessage) {

@@ -1,0 +1,95 @@
+#include "cli/ComparisonText.h"
+
+#include <map>
+#include <ostream>
+
+#include "cli/Command.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+namespace {
+
+using TReasons = std::map<std::string, std::string>;  // why an action is unsafe, by its row's id
+
+// One sign per kind of difference, as in a patch.
+char SignOf(TActionIcon icon) {
+  switch (icon) {
+    case kIconNew:
+    case kIconNewTable:
+      return '+';
+    case kIconObsolete:
+    case kIconObsoleteTable:
+      return '-';
+    default:
+      return '~';
+  }
+}
+
+// The log text of a whole table's action, whose node shows the table's name alone.
+std::string TopText(const TApplication& app, const TActionNode& node) {
+  const TActionRow* row = node.id.empty() ? nullptr : app.data.mtActions.Find(StrToInt(node.id));
+  return row == nullptr ? node.text : SyncAction(row->action_id).LogText(node.text, row->item);
+}
+
+TReasons Reasons(const TApplication& app) {
+  TReasons reasons;
+  if (app.dialect == EDialect::Exact)
+    for (const TChange& change : app.exact.Changes())
+      if (!change.unsafe.empty()) reasons.emplace(std::to_string(change.id), change.unsafe);
+  return reasons;
+}
+
+void PrintReason(const TReasons& reasons, const TActionNode& node, const char* indent, std::ostream& out) {
+  if (const auto found = reasons.find(node.id); found != reasons.end())
+    out << indent << "! unsafe: " << found->second << '\n';
+}
+
+void PrintTree(const TApplication& app, std::ostream& out) {
+  const TReasons reasons = Reasons(app);
+  for (const TActionNode& table : app.tree.Top()) {
+    out << SignOf(table.icon) << ' ' << TopText(app, table) << '\n';
+    PrintReason(reasons, table, "    ", out);
+    for (const TActionNode& action : table.children) {
+      out << "    " << SignOf(action.icon) << ' ' << action.text << '\n';
+      PrintReason(reasons, action, "        ", out);
+    }
+  }
+}
+
+}  // namespace
+
+void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
+  PrintTree(app, out);
+  if (failed) return;
+  const std::size_t count = app.data.mtActions.Count();
+  const std::size_t skipped = app.dialect == EDialect::Exact ? app.exact.Skipped().size() : 0;
+  if (app.Identical())
+    out << kIdentical;
+  else if (count > 0)
+    out << '\n' << Counted(count, "difference") << " in " << Counted(app.tree.Top().size(), "table") << '\n';
+  if (app.dialect == EDialect::Exact && count > 0)
+    out << Format("%s: %s left\n", app.exact.DifferencesLeft() == 0 ? "Verified" : "Not verified",
+                  Counted(static_cast<std::size_t>(app.exact.DifferencesLeft()), "difference"));
+  if (skipped > 0) out << Counted(skipped, "table") << " could not be compared\n";
+}
+
+void TellExactNotes(const TApplication& app, TConsole& console) {
+  if (app.dialect != EDialect::Exact) return;
+  for (const std::string& line : app.exact.LeftAlone()) console.Note(line);
+  for (const TSkippedTable& skipped : app.exact.Skipped())
+    console.Warn(Format("%s: table %s is skipped: %s", skipped.side, skipped.table, skipped.reason));
+  if (const int left = app.exact.DifferencesLeft(); left > 0)
+    console.Warn(Format("by the proof in memory the script would leave %s",
+                        Counted(static_cast<std::size_t>(left), "difference")));
+}
+
+bool UnsafeActionsAllowed(const TApplication& app, bool allowed, TConsole& console) {
+  const TStringList unsafe = app.UnsafeActions();
+  if (allowed || unsafe.empty()) return true;
+  for (const std::string& action : unsafe) console.Error("unsafe: " + action);
+  console.Error(Format("%s: nothing was run; --allow-unsafe runs them too", Counted(unsafe.size(), "unsafe action")));
+  return false;
+}
+
+}  // namespace velmora

@@ -1,0 +1,30 @@
+#pragma once
+
+// Looks into an element's own text, and the few ways in which it is ever rewritten.
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "exact/TableText.h"
+
+namespace velmora {
+
+bool IsKey(EElement kind);  // keys of any kind, the primary one included; not foreign keys
+
+// A part of a key: a column, or the leading `length` letters of one, or an expression, whose `column` is empty.
+struct TKeyPart {
+  std::string column;
+  long long length = 0;  // 0 for the whole column
+  std::string text;      // as written
+};
+std::vector<TKeyPart> KeyParts(const TElement& key);
+
+// The key's text without the parts that are the column `name`; empty when none is left.
+std::string KeyTextWithout(const TElement& key, std::string_view name);
+
+// The column's text, which stands in `from`, so that it means the same in `to`: with a character set of its own where
+// the two tables hand down different ones.
+std::string PinnedColumnText(const TElement& column, const TTableText& from, const TTableText& to);
+
+}  // namespace velmora

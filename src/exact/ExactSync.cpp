@@ -1,0 +1,140 @@
+#include "exact/ExactSync.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+#include "core/CreationTexts.h"
+#include "core/Host.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNoReference[] = "There is no reference database";
+constexpr char kNoTarget[] = "There is no target database";
+constexpr char kSkipped[] = "Skipped: table %s, %s: %s";
+constexpr char kTakenAsEqual[] = "Taken as equal: %s (%d)";
+constexpr char kVerified[] = "Verified: 0 differences left";
+constexpr char kNotVerified[] = "Not verified: %d differences left";
+constexpr char kNotFollowed[] = "Not verified: %s";
+
+TDBConn& Side(const std::unique_ptr<TDBConn>& conn, const char* missing) {
+  if (conn == nullptr) RaiseError(missing);
+  return *conn;
+}
+
+void ConnectAnew(TDBConn& conn) {
+  auto* texts = dynamic_cast<TCreationTexts*>(&conn);
+  if (texts != nullptr && !conn.GetConnected()) texts->PrepareExactTexts();
+  conn.Reconnect();
+  if (texts != nullptr) texts->PrepareExactTexts();
+}
+
+std::string TextOf(const std::map<std::string, std::string>& texts, const std::string& table) {
+  const auto found = texts.find(table);
+  return found == texts.end() ? std::string() : found->second;
+}
+
+}  // namespace
+
+TExactSync::TExactSync(TTaskConnections& connections, TdmData& data, TActionTree& tree, TProgress& progress,
+                       TMessageLog& log)
+    : connections_(connections), data_(data), tree_(tree), progress_(progress), log_(log) {}
+
+void TExactSync::Compare() {
+  TDBConn& reference = Side(connections_.reference, kNoReference);
+  TDBConn& target = Side(connections_.target, kNoTarget);
+  Clear();
+  RunGuarded(
+      [&] {
+        tree_.BeginUpdate();
+        progress_.ShowSimple("Connecting...");
+        ConnectAnew(reference);
+        ConnectAnew(target);
+        ReadPair(reference, target, progress_, table_under_way_, read_);
+        table_under_way_.clear();
+        CompareSchemas();
+        Prove();
+        FillLog();
+        log_.LogLine("Done.");
+      },
+      [&] {
+        target_lost_ = !target.GetConnected();
+        tree_.EndUpdate();
+        progress_.Finish();
+      });
+}
+
+void TExactSync::Clear() {
+  data_.mtActions.Clear();
+  ActionLog.clear();
+  Equivalences.ResetCounts();
+  read_ = {};
+  changes_.clear();
+  proof_.clear();
+  differences_left_ = 0;
+  table_under_way_.clear();
+  target_lost_ = false;
+}
+
+void TExactSync::CompareSchemas() {
+  progress_.SetTitle("Comparing tables...");
+  Host().ProcessMessages();
+  changes_ = SchemaChanges(read_.reference.schema, read_.target.schema, Equivalences);
+  for (TChange& change : changes_) {
+    const TActionRow& row = data_.mtActions.Append(change.action, change.table, change.item, change.Description());
+    change.id = row.id;
+    tree_.AddToTree(change.action, change.table, row.id, change.LogText());
+  }
+}
+
+// Every statement is read again from its text, so that what is proved is what will run.
+void TExactSync::Prove() {
+  if (changes_.empty()) return;
+  TSchema after = read_.target.schema;
+  for (const TPlanStatement& statement : MakePlan(changes_, read_.reference.schema, read_.target.schema)) {
+    try {
+      ApplyStatement(statement.text, after);
+    } catch (const EVelmora& error) {
+      proof_.push_back(Format(kNotFollowed, error.what()));
+    }
+  }
+  TEquivalenceUse use = Equivalences;
+  const std::vector<TChange> left = SchemaChanges(read_.reference.schema, after, use);
+  differences_left_ = static_cast<int>(left.size());
+  proof_.push_back(left.empty() ? std::string(kVerified) : Format(kNotVerified, left.size()));
+  for (const TChange& change : left) proof_.push_back("  " + change.table + ": " + change.LogText());
+}
+
+void TExactSync::FillLog() {
+  ActionLog = read_.left_alone;
+  for (const TSkippedTable& skipped : read_.skipped)
+    ActionLog.push_back(Format(kSkipped, skipped.table, skipped.side, skipped.reason));
+  for (const TChange& change : changes_) ActionLog.push_back(change.LogText());
+  for (const TEquivalence& row : velmora::Equivalences())
+    if (const int count = Equivalences.Count(row.id); count > 0)
+      ActionLog.push_back(Format(kTakenAsEqual, std::string(row.name), count));
+  ActionLog.insert(ActionLog.end(), proof_.begin(), proof_.end());
+}
+
+bool TExactSync::Identical() const { return data_.mtActions.Empty() && read_.skipped.empty(); }
+
+std::vector<TChange> TExactSync::Changes() const {
+  std::vector<TChange> left;
+  std::copy_if(changes_.begin(), changes_.end(), std::back_inserter(left),
+               [this](const TChange& change) { return data_.mtActions.Find(change.id) != nullptr; });
+  return left;
+}
+
+std::vector<TPlanStatement> TExactSync::Plan() const {
+  return MakePlan(Changes(), read_.reference.schema, read_.target.schema);
+}
+
+std::string TExactSync::ReferenceText(const std::string& table) const { return TextOf(read_.reference.texts, table); }
+
+std::string TExactSync::TargetText(const std::string& table) const { return TextOf(read_.target.texts, table); }
+
+}  // namespace velmora

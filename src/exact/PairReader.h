@@ -1,0 +1,44 @@
+#pragma once
+
+// Reads the creation texts of both sides, in turn, so that servers which are read ahead work at the same time.
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "core/DBConn.h"
+#include "exact/Plan.h"
+#include "sync/Progress.h"
+#include "util/Lists.h"
+
+namespace velmora {
+
+struct TSkippedTable {
+  std::string side;  // "reference" or "target"
+  std::string table;
+  std::string reason;
+};
+
+struct TReadSide {
+  // Tables to compare. One whose text is the same on both sides, and which refers to no other, is in neither schema:
+  // nothing about it can change.
+  TSchema schema;
+  std::map<std::string, std::string> texts;  // of all tables, as the server prints them
+};
+
+struct TReadPair {
+  TReadSide reference;
+  TReadSide target;
+  std::vector<TSkippedTable> skipped;  // in neither schema
+  TStringList left_alone;              // a line for each object that is not handled
+};
+
+// Both sides are connected and prepared. `table_under_way` follows the reading. A table that cannot be read or taken
+// apart is skipped; an error that leaves a side without a connection passes on, and so does one of a side that gives no
+// creation texts.
+void ReadPair(TDBConn& reference, TDBConn& target, TProgress& progress, std::string& table_under_way, TReadPair& pair);
+
+// What has to be changed in `target`: obsolete tables, changes within tables, new tables.
+std::vector<TChange> SchemaChanges(const TSchema& reference, const TSchema& target, TEquivalenceUse& use);
+
+}  // namespace velmora

@@ -1,0 +1,318 @@
+// The plan's statements, carried out on tables in memory. It goes by the rules of servers where these matter for the
+// result: columns that are placed go by the order of the clauses, keys follow a dropped column, and a new character set
+// of the table leaves what columns had.
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "exact/Charsets.h"
+#include "exact/ElementText.h"
+#include "exact/KeyText.h"
+#include "exact/Lexer.h"
+#include "exact/Plan.h"
+#include "exact/TableOptions.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNotUnderstood[] = "This statement cannot be followed: %s";
+constexpr char kNoTable[] = "There is no table %s";
+constexpr char kTableThere[] = "There is a table %s already";
+constexpr char kNotThere[] = "Table %s has no %s %s";
+constexpr char kThere[] = "Table %s has %s already";
+constexpr char kColumnNeeded[] = "Table %s: foreign key %s needs column %s";
+constexpr char kColumn[] = "column";
+
+using TElements = std::vector<TElement>;
+
+TElements::iterator FindColumn(TElements& columns, std::string_view name) {
+  return std::find_if(columns.begin(), columns.end(), [name](const TElement& e) { return SameText(e.name, name); });
+}
+
+bool Starts(TTokens clause, std::initializer_list<std::string_view> words) {
+  std::size_t at = 0;
+  return std::all_of(words.begin(), words.end(),
+                     [&](std::string_view word) { return IsKeyword(TokenAt(clause, at++), word); });
+}
+
+// A clause "modify column" or "add column".
+struct TColumnClause {
+  TElement column;
+  bool is_new = false;
+  bool placed = false;
+  std::string after;  // empty for the first place
+};
+
+class TAlteration {
+ public:
+  TAlteration(const std::string& statement, const std::vector<TToken>& tokens, TTableText& table)
+      : statement_(statement), tokens_(tokens), table_(table) {}
+
+  void Apply();
+
+ private:
+  struct TClause {
+    std::size_t first = 0;
+    std::size_t last = 0;
+  };
+  void Split();
+  TTokens Of(const TClause& clause) const { return TTokens(tokens_).subspan(clause.first, clause.last - clause.first); }
+  void Read(const TClause& clause);
+  void ReadOptions(const TClause& clause);
+  TElement ReadElement(std::size_t first, std::size_t last) const;
+  TColumnClause ReadColumn(const TClause& clause) const;
+  void DropElement(TTokens clause);
+  void SetOptions();
+  void DropColumns();
+  void DropColumnFromKeys(const std::string& name);
+  void ModifyColumns();
+  void PlaceColumns();
+  [[noreturn]] void Fail() const { RaiseError(Format(kNotUnderstood, statement_)); }
+  [[noreturn]] void FailMissing(const char* what, const std::string& name) const {
+    RaiseError(Format(kNotThere, table_.name, what, name));
+  }
+
+  const std::string& statement_;
+  const std::vector<TToken>& tokens_;
+  TTableText& table_;
+  TElements columns_;
+  TElements others_;
+  std::vector<TClause> clauses_;
+  std::vector<TTableOption> options_;
+  std::vector<std::string> dropped_;
+  std::vector<TColumnClause> column_clauses_;
+  TElements added_;
+};
+
+void TAlteration::Apply() {
+  for (auto& element : table_.elements) (element.kind == EElement::Column ? columns_ : others_).push_back(element);
+  Split();
+  for (const TClause& clause : clauses_) Read(clause);
+  SetOptions();
+  DropColumns();
+  ModifyColumns();
+  PlaceColumns();
+  for (auto& element : added_) {
+    const bool there = std::any_of(others_.begin(), others_.end(), [&element](const TElement& other) {
+      const bool rivals = other.kind == element.kind || (IsKey(other.kind) && IsKey(element.kind));
+      return rivals && !element.name.empty() && SameText(other.name, element.name);
+    });
+    if (there) RaiseError(Format(kThere, table_.name, element.name));
+    others_.push_back(std::move(element));
+  }
+  table_.elements = std::move(columns_);
+  std::move(others_.begin(), others_.end(), std::back_inserter(table_.elements));
+}
+
+void TAlteration::Split() {
+  constexpr std::size_t kHead = 3;  // alter table name
+  std::size_t first = kHead;
+  for (std::size_t at = kHead; first < tokens_.size();) {
+    const bool partitioning = IsKeyword(tokens_[at], "partition") && IsKeyword(TokenAt(tokens_, at + 1), "by");
+    const bool ends = partitioning || tokens_[at].kind == EToken::End;
+    if (ends || tokens_[at].Is(",")) {
+      if (at > first) clauses_.push_back({first, at});
+      first = at + 1;
+    }
+    if (partitioning) table_.partitioning = TextOf(statement_, tokens_, at, tokens_.size() - 1);
+    if (ends) break;
+    at = BehindValue(tokens_, at);
+  }
+}
+
+void TAlteration::Read(const TClause& clause) {
+  const TTokens tokens = Of(clause);
+  if (Starts(tokens, {"drop", "column"}) && tokens.size() == 3) {
+    dropped_.push_back(NameOf(tokens[2]));
+  } else if (Starts(tokens, {"drop"})) {
+    DropElement(tokens);
+  } else if (Starts(tokens, {"add", "column"}) || Starts(tokens, {"modify", "column"})) {
+    column_clauses_.push_back(ReadColumn(clause));
+  } else if (Starts(tokens, {"add"})) {
+    added_.push_back(ReadElement(clause.first + 1, clause.last));
+  } else if (Starts(tokens, {"remove", "partitioning"})) {
+    table_.partitioning.clear();
+  } else {
+    ReadOptions(clause);
+  }
+}
+
+void TAlteration::ReadOptions(const TClause& clause) {
+  for (std::size_t at = clause.first; at < clause.last;) {
+    auto option = ReadTableOption(statement_, tokens_, at);
+    if (!option) Fail();
+    options_.push_back(std::move(*option));
+  }
+}
+
+TElement TAlteration::ReadElement(std::size_t first, std::size_t last) const {
+  TTableText table = ReadTableText("create table t (" + TextOf(statement_, tokens_, first, last) + ")");
+  if (table.elements.size() != 1) Fail();
+  return std::move(table.elements.front());
+}
+
+TColumnClause TAlteration::ReadColumn(const TClause& clause) const {
+  TColumnClause result;
+  result.is_new = tokens_[clause.first].Is("add");
+  std::size_t last = clause.last;
+  if (last - clause.first > 4 && IsKeyword(tokens_[last - 1], "first")) {
+    result.placed = true;
+    last -= 1;
+  } else if (last - clause.first > 5 && IsKeyword(tokens_[last - 2], "after")) {
+    result.placed = true;
+    result.after = NameOf(tokens_[last - 1]);
+    last -= 2;
+  }
+  result.column = ReadElement(clause.first + 2, last);
+  if (result.column.kind != EElement::Column) Fail();
+  return result;
+}
+
+void TAlteration::DropElement(TTokens clause) {
+  struct TForm {
+    std::initializer_list<std::string_view> words;
+    const char* what;
+    bool (*holds)(EElement kind);
+  };
+  static const TForm kForms[] = {
+      {{"drop", "primary", "key"}, "primary key", [](EElement kind) { return kind == EElement::PrimaryKey; }},
+      {{"drop", "foreign", "key"}, "foreign key", [](EElement kind) { return kind == EElement::ForeignKey; }},
+      {{"drop", "constraint"}, "constraint", [](EElement kind) { return kind == EElement::Check; }},
+      {{"drop", "period", "for"}, "period", [](EElement kind) { return kind == EElement::Period; }},
+      {{"drop", "key"}, "key", IsKey}};
+  for (const TForm& form : kForms) {
+    if (!Starts(clause, form.words)) continue;
+    const std::string name = form.words.size() < clause.size() ? NameOf(clause[form.words.size()]) : "PRIMARY";
+    const auto found = std::find_if(others_.begin(), others_.end(), [&](const TElement& element) {
+      return form.holds(element.kind) && SameText(element.name, name);
+    });
+    if (found == others_.end()) FailMissing(form.what, name);
+    others_.erase(found);
+    return;
+  }
+  Fail();
+}
+
+void TAlteration::SetOptions() {
+  if (options_.empty()) return;
+  const TTableText before = table_;
+  auto& options = table_.options;
+  const auto remove = [&options](std::string_view name) {
+    std::erase_if(options, [name](const TTableOption& option) { return option.name == name; });
+  };
+  // A character set brings its own collation along, and a collation its set.
+  for (const TTableOption& option : options_) {
+    if (option.name == "DEFAULT CHARSET") remove("COLLATE");
+  }
+  for (const TTableOption& option : options_) {
+    if (option.name == "COLLATE") {
+      const std::string charset = NamedCharset("", CollationName(option.value)).charset;
+      if (TableCharset(table_).charset != charset) {
+        remove("DEFAULT CHARSET");
+        options.push_back({"DEFAULT CHARSET", charset});
+      }
+    }
+    const auto there = std::find_if(options.begin(), options.end(),
+                                    [&option](const TTableOption& other) { return other.name == option.name; });
+    if (OptionResetValue(option) == option.value) {
+      remove(option.name);
+    } else if (there != options.end()) {
+      there->value = option.value;
+    } else {
+      options.push_back(option);
+    }
+  }
+  for (TElement& column : columns_) column.text = PinnedColumnText(column, before, table_);
+}
+
+void TAlteration::DropColumns() {
+  for (const std::string& name : dropped_) {
+    const auto column = FindColumn(columns_, name);
+    if (column == columns_.end()) FailMissing(kColumn, name);
+    columns_.erase(column);
+    const bool comes_again =
+        std::any_of(column_clauses_.begin(), column_clauses_.end(),
+                    [&name](const TColumnClause& c) { return c.is_new && SameText(c.column.name, name); });
+    if (!comes_again) DropColumnFromKeys(name);
+  }
+}
+
+void TAlteration::DropColumnFromKeys(const std::string& name) {
+  const auto is_name = [&name](const std::string& column) { return SameText(column, name); };
+  for (auto key = others_.begin(); key != others_.end();) {
+    if (key->kind == EElement::ForeignKey) {
+      const auto columns = ForeignKeyParts(*key).columns;
+      if (std::any_of(columns.begin(), columns.end(), is_name)) {
+        RaiseError(Format(kColumnNeeded, table_.name, key->name, name));
+      }
+    }
+    if (IsKey(key->kind)) {
+      key->text = KeyTextWithout(*key, name);
+      if (key->text.empty()) {
+        key = others_.erase(key);
+        continue;
+      }
+    }
+    ++key;
+  }
+}
+
+// In place, or out of the table for the next step to place it.
+void TAlteration::ModifyColumns() {
+  for (const TColumnClause& clause : column_clauses_) {
+    if (clause.is_new) continue;
+    const auto column = FindColumn(columns_, clause.column.name);
+    if (column == columns_.end()) FailMissing(kColumn, clause.column.name);
+    if (clause.placed) {
+      columns_.erase(column);
+    } else {
+      *column = clause.column;
+    }
+  }
+}
+
+void TAlteration::PlaceColumns() {
+  for (TColumnClause& clause : column_clauses_) {
+    if (!clause.is_new && !clause.placed) continue;
+    if (FindColumn(columns_, clause.column.name) != columns_.end()) {
+      RaiseError(Format(kThere, table_.name, clause.column.name));
+    }
+    auto place = clause.placed ? columns_.begin() : columns_.end();
+    if (!clause.after.empty()) {
+      place = FindColumn(columns_, clause.after);
+      if (place == columns_.end()) FailMissing(kColumn, clause.after);
+      ++place;
+    }
+    columns_.insert(place, std::move(clause.column));
+  }
+}
+
+}  // namespace
+
+void ApplyStatement(const std::string& statement, TSchema& schema) {
+  const auto tokens = Tokens(statement);
+  if (Starts(tokens, {"create"})) {
+    TTableText table = ReadTableText(statement);
+    if (schema.Find(table.name) != nullptr) RaiseError(Format(kTableThere, table.name));
+    schema.Add(std::move(table));
+    return;
+  }
+  const bool drops = Starts(tokens, {"drop", "table"});
+  if (!drops && !Starts(tokens, {"alter", "table"})) RaiseError(Format(kNotUnderstood, statement));
+  if (!IsName(TokenAt(tokens, 2))) RaiseError(Format(kNotUnderstood, statement));
+  const std::string name = NameOf(tokens[2]);
+  TTableText* table = schema.Find(name);
+  if (table == nullptr) RaiseError(Format(kNoTable, name));
+  if (drops) {
+    schema.Remove(name);
+  } else {
+    TAlteration(statement, tokens, *table).Apply();
+  }
+}
+
+}  // namespace velmora

@@ -1,0 +1,124 @@
+// The options of the exact dialect over files of creation texts.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "support/CompanionRun.h"
+#include "support/ScratchFolder.h"
+#include "util/Files.h"
+
+namespace velmora {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+using testing::TAnswer;
+using TJson = nlohmann::ordered_json;
+
+constexpr char kReference[] =
+    "CREATE TABLE `items` (\n  `id` int NOT NULL AUTO_INCREMENT,\n  `kind` enum('a','b') DEFAULT NULL,\n"
+    "  PRIMARY KEY (`id`),\n  KEY `ix` (`kind`)\n) ENGINE=InnoDB AUTO_INCREMENT=7 DEFAULT CHARSET=utf8mb4;\n"
+    "CREATE TABLE `new` (\n  `a` int(11) DEFAULT NULL\n) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4;\n";
+constexpr char kTarget[] =
+    "CREATE TABLE `items` (\n  `id` int(11) NOT NULL AUTO_INCREMENT,\n  `kind` enum('a','b','c') DEFAULT NULL,\n"
+    "  PRIMARY KEY (`id`)\n) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4;\n";
+
+class ExactCommandTest : public ::testing::Test {
+ protected:
+  ExactCommandTest() {
+    WriteFileText(a_, kReference);
+    WriteFileText(b_, kTarget);
+  }
+  static TAnswer Run(std::vector<std::string> arguments) { return testing::RunInProcess(arguments); }
+
+  testing::TScratchFolder folder_;
+  const std::string a_ = folder_ / "a.sql";
+  const std::string b_ = folder_ / "b.sql";
+};
+
+TEST_F(ExactCommandTest, CompareAsTextAndAsJson) {
+  const TAnswer text = Run({"compare", a_, b_, "--dialect", "exact"});
+  EXPECT_EQ(text.status, 1);
+  EXPECT_THAT(text.out, StartsWith("~ items\n    ~ Changed column kind\n        ! unsafe: "));
+  EXPECT_THAT(text.out, HasSubstr("\n    + New index ix\n+ New table new\n\n3 differences in 2 tables\n"
+                                  "Verified: 0 differences left\n"));
+  EXPECT_EQ(text.err, "");
+
+  const TJson json = TJson::parse(Run({"compare", a_, b_, "--dialect", "exact", "--format", "json"}).out);
+  std::vector<std::string> keys;
+  for (const auto& entry : json.items()) keys.push_back(entry.key());
+  EXPECT_THAT(keys, ::testing::ElementsAre("identical", "actions", "log", "skipped", "verified", "verified_on_server",
+                                           "error"));
+  EXPECT_TRUE(json["actions"][0]["unsafe"].is_string());
+  EXPECT_TRUE(json["actions"][1]["unsafe"].is_null());
+  EXPECT_EQ(json["verified"], 0);
+  EXPECT_TRUE(json["verified_on_server"].is_null());
+  EXPECT_THAT(json["log"].dump(), HasSubstr("Taken as equal: auto-increment (1)"));
+
+  const TAnswer same = Run({"compare", a_, a_, "--dialect", "exact"});
+  EXPECT_EQ(same.out, "Databases are identical. Nothing to synchronize.\n");
+  EXPECT_EQ(same.status, 0);
+}
+
+TEST_F(ExactCommandTest, ATableThatCannotBeReadIsAWarningAndADifference) {
+  WriteFileText(b_, std::string(kReference) + "CREATE TABLE `bad` (\n  `a` int(11);\n");
+  const TAnswer text = Run({"compare", a_, b_, "--dialect", "exact"});
+  EXPECT_EQ(text.status, 1);
+  EXPECT_EQ(text.out, "1 table could not be compared\n");
+  EXPECT_THAT(text.err, StartsWith("velmora-cli: warning: target: table bad is skipped: line "));
+  const TJson json = TJson::parse(Run({"compare", a_, b_, "--dialect", "exact", "--format", "json"}).out);
+  EXPECT_EQ(json["identical"], false);
+  EXPECT_EQ(json["skipped"][0]["table"], "bad");
+}
+
+TEST_F(ExactCommandTest, TheScriptIsTakenByAnyClient) {
+  const TAnswer script = Run({"script", a_, b_, "--dialect", "exact"});
+  EXPECT_EQ(script.status, 0) << script.err;
+  EXPECT_THAT(script.out, StartsWith("-- Script created by Orvanex Velmora "));
+  EXPECT_THAT(script.out,
+              HasSubstr(".\r\n-- Modifying MySQL database " + b_ + " to be equal to MySQL reference database " + a_ +
+                        ".\r\n\r\nset @velmora_foreign_key_checks = @@foreign_key_checks;\r\n"
+                        "set foreign_key_checks = 0;\r\n\r\n-- unsafe: column kind: "));
+  EXPECT_THAT(script.out, ::testing::EndsWith(";\r\n\r\nset foreign_key_checks = @velmora_foreign_key_checks;\r\n"));
+}
+
+TEST_F(ExactCommandTest, WhatAFileCannotDo) {
+  const struct {
+    std::vector<std::string> arguments;
+    std::string told;
+  } cases[] = {
+      {{"script", a_, b_, "--dialect", "exact", "--verify-on-server"}, "is a script file: it cannot run statements"},
+      {{"compare", a_, b_, "--verify-on-server"}, "Only a script of the exact dialect can be verified on the server"},
+      {{"compare", a_, b_, "--dialect", "other"}, "is none of standard, exact"},
+      {{"sync", a_, b_, "--dialect", "exact", "--yes"}, "1 unsafe action: nothing was run; --allow-unsafe runs them"},
+      {{"sync", a_, b_, "--dialect", "exact", "--yes", "--allow-unsafe"}, "is a script file"},
+      {{"sync", a_, b_, "--script", a_, "--verify-on-server", "--yes"}, "--verify-on-server excludes --script"},
+  };
+  for (const auto& c : cases) {
+    const TAnswer answer = Run(c.arguments);
+    EXPECT_EQ(answer.status, 2);
+    EXPECT_THAT(answer.err, HasSubstr(c.told));
+    EXPECT_EQ(answer.err.find("\n\n"), std::string::npos);
+  }
+}
+
+TEST_F(ExactCommandTest, ATaskFileKeepsTheDialect) {
+  const std::string file = folder_ / "t.vlt";
+  const std::vector<std::string> create = {"task", "new", file, "mysql://u:p@h/r", "mysql://u:p@h/t"};
+  Run(create);
+  const std::string plain = ReadFileText(file);
+  std::vector<std::string> exact = create;
+  exact.insert(exact.end(), {"--dialect", "exact"});
+  Run(exact);
+  EXPECT_NE(ReadFileText(file), plain);
+  EXPECT_THAT(Run({"task", "show", file}).out, HasSubstr("\ndialect: exact\n"));
+  std::vector<std::string> standard = create;
+  standard.insert(standard.end(), {"--dialect", "standard"});
+  Run(standard);
+  EXPECT_EQ(ReadFileText(file), plain) << "nothing is written of the standard dialect";
+}
+
+}  // namespace
+}  // namespace velmora

@@ -1,0 +1,80 @@
+// The companion in the exact dialect against a real server.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/LiveCompanion.h"
+
+namespace velmora {
+namespace {
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+using testing::TAnswer;
+using testing::TLiveDatabase;
+
+class LiveExactTest : public testing::TLiveCompanion {
+ protected:
+  LiveExactTest() {
+    reference_.Run("create table t (a varchar(20), `order` enum('x','y'), key k (`order`))");
+    target_.Run("create table t (a varchar(40), key k (a))");
+    target_.Run("insert into t values ('kept')");
+  }
+  TAnswer Exact(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin() + 1, pair_.begin(), pair_.end());
+    arguments.insert(arguments.end(), {"--dialect", "exact"});
+    return Run(arguments);
+  }
+  std::string Ask(const std::string& query) { return testing::Answer(target_.Connection(), query); }
+
+  TLiveDatabase reference_{"cli_reference"};
+  TLiveDatabase target_{"cli_target"};
+  const std::vector<std::string> pair_{Source("cli_reference"), Source("cli_target")};
+};
+
+TEST_F(LiveExactTest, SyncRefusesWhatIsUnsafeAndTellsTheResultOfWhatRan) {
+  target_.Run("create view v as select 1");
+  const TAnswer refused = Exact({"sync", "--yes"});
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_EQ(refused.out, "");
+  EXPECT_THAT(refused.err, StartsWith("velmora-cli: note: Left alone: view v of the target\n"
+                                      "velmora-cli: unsafe: t: Changed column a: "));
+  EXPECT_THAT(refused.err, EndsWith("1 unsafe action: nothing was run; --allow-unsafe runs them too\n"));
+  EXPECT_EQ(Ask("select count(*) from information_schema.columns where table_schema = 'cli_target'"), "2");
+
+  const TAnswer ran = Exact({"sync", "--yes", "--allow-unsafe", "--verify-on-server"});
+  EXPECT_EQ(ran.status, 0) << ran.err;
+  EXPECT_THAT(ran.out, EndsWith(" statements ran on localhost.cli_target.\n"
+                                "Databases are identical. Nothing to synchronize.\n"));
+  EXPECT_THAT(ran.err, HasSubstr("note: verified on the server: 0 differences left\n"));
+  EXPECT_EQ(Ask("select a from t"), "kept");
+  const TAnswer again = Exact({"sync", "--yes"});
+  EXPECT_EQ(again.out, "Databases are identical. Nothing to synchronize.\n");
+}
+
+TEST_F(LiveExactTest, RowsThatDoNotFitEndTheRunAndStayWhole) {
+  target_.Run("insert into t values (repeat('x', 30))");
+  const TAnswer answer = Exact({"sync", "--yes", "--allow-unsafe"});
+  EXPECT_EQ(answer.status, 2);
+  EXPECT_THAT(answer.err, HasSubstr("statement 3 of 4 failed at line 8, column 1: alter table `t`\n"));
+  EXPECT_EQ(Ask("select max(length(a)) from t"), "30");
+  EXPECT_EQ(Ask("select group_concat(column_name) from information_schema.columns where table_schema = 'cli_target'"),
+            "a");
+}
+
+TEST_F(LiveExactTest, ATaskFilesDialectCountsUnlessOneIsGiven) {
+  const std::string file = folder_ / "t.vlt";
+  ASSERT_EQ(Run({"task", "new", file, pair_[0], pair_[1], "--dialect", "exact"}).status, 0);
+  EXPECT_THAT(Run({"script", file}).out, HasSubstr("\r\nalter table `t`\r\n"));
+  const TAnswer standard = Run({"script", file, "--dialect", "standard"});
+  EXPECT_EQ(standard.status, 2) << "it cannot read an enum";
+  const TAnswer saved = Run({"script", file, "-o", folder_ / "s.sql"});
+  EXPECT_EQ(saved.status, 0);
+  const TAnswer ran = Run({"sync", file, "--script", folder_ / "s.sql", "--yes"});
+  EXPECT_EQ(ran.status, 0) << ran.err;
+  EXPECT_EQ(Run({"compare", file}).status, 0);
+}
+
+}  // namespace
+}  // namespace velmora

@@ -1,0 +1,318 @@
+// The exact dialect against a real server.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "app/Application.h"
+#include "app/Tasks.h"
+#include "engines/mysql/OfflineEngine.h"
+#include "engines/mysql/StatementReader.h"
+#include "engines/mysql/mysqlUtil.h"
+#include "support/LiveDatabase.h"
+#include "support/MessageOf.h"
+#include "support/RecordingHost.h"
+#include "support/ScratchFolder.h"
+#include "util/Errors.h"
+#include "util/Files.h"
+#include "util/Format.h"
+
+namespace velmora {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using testing::MessageOf;
+using ::testing::Not;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
+using testing::TLiveDatabase;
+
+class ExactLiveTest : public ::testing::Test {
+ protected:
+  ExactLiveTest() { app_.dialect = EDialect::Exact; }
+
+  void Open() { app_.TakeTask({reference_.NewEngine(), target_.NewEngine()}); }
+  void OpenWithReferenceFile(const std::string& text) {
+    WriteFileText(folder_ / "reference.sql", text);
+    app_.TakeTask({std::make_unique<TDBConnMySQLOffline>(folder_ / "reference.sql"), target_.NewEngine()});
+  }
+  std::string Script() {
+    app_.GenerateScript();
+    return editor_.Text();
+  }
+  // Compares, proves on the server, runs, compares again; gives the log of the first comparison.
+  TStringList Sync() {
+    app_.Compare();
+    TStringList log = app_.ActionLog();
+    EXPECT_EQ(app_.exact.DifferencesLeft(), 0);
+    EXPECT_EQ(app_.exact.VerifyOnServer(), 0);
+    app_.RunScript(Script());
+    app_.Compare();
+    EXPECT_TRUE(app_.Identical()) << JoinList(app_.ActionLog(), "\n");
+    EXPECT_THAT(app_.exact.Plan(), IsEmpty());
+    return log;
+  }
+  std::string Ask(const std::string& query) { return testing::Answer(target_.Connection(), query); }
+  std::string ScratchDatabases() {
+    return Ask("select count(*) from information_schema.schemata where schema_name like 'velmora%'");
+  }
+  static void Load(TLiveDatabase& database, const std::string& file) {
+    const std::string script = ReadFileText(std::string(VELMORA_SOURCE_DIR "/examples/live/") + file);
+    TStatementReader reader(script);
+    for (TStatement statement; reader.Next(statement);) database.Run(std::string(statement.text));
+  }
+
+  testing::TScratchFolder folder_;
+  TLiveDatabase reference_{"exact_reference"};
+  TLiveDatabase target_{"exact_target"};
+  TNoProgress progress_;
+  TLineEditor editor_;
+  TLineLog log_{SystemClock(), progress_};
+  TApplication app_{progress_, editor_, log_, SystemClock()};
+};
+
+TEST_F(ExactLiveTest, ThePairsOfTheExamplesConvergeAndKeepTheirRows) {
+  for (const std::string folder : {"", "stops/"}) {
+    TLiveDatabase reference("exact_reference"), target("exact_target");
+    Load(reference, folder + "reference.sql");
+    Load(target, folder + "target.sql");
+    const bool rows = folder.empty();
+    const std::string before = rows ? Ask("select count(*) from `exact_target`.customers") : "";
+    app_.TakeTask({reference.NewEngine(), target.NewEngine()});
+    const TStringList log = Sync();
+    EXPECT_THAT(log, AllOf(Contains("New column phone"), Contains("Verified: 0 differences left")));
+    if (rows) {
+      EXPECT_EQ(Ask("select count(*) from `exact_target`.customers"), before);
+    }
+  }
+}
+
+// What the standard dialect refuses, loses or misreads; names that need their quotes; one sync makes them equal.
+TEST_F(ExactLiveTest, TheWholeLanguageOfTables) {
+  const struct {
+    const char* reference;
+    const char* target;
+  } cases[] = {
+      {"a enum('x','it''s','a,b') not null, b set('p','q'), c mediumint unsigned zerofill, d bit(5)",
+       "a enum('x') not null, b set('p'), c mediumint"},
+      {"a decimal(8,2) default 4.99, b int default -1, c double default 1.5, d year default 1999",
+       "a decimal(8,2) default 4.5, b int default 1, c double default 1, d year default 1998"},
+      {"a datetime(6) default current_timestamp(6) on update current_timestamp(6), b timestamp null, c time(3)",
+       "a datetime, b timestamp not null, c time"},
+      {"a json, b int as (json_value(a, '$.x')) stored, c varchar(9) as (concat('(', b, ')')) virtual", "a longtext"},
+      {"a int, b int invisible default 5, check (a > 0 and a <> 7), constraint `c;k` check (b < ')')", "a int"},
+      {"a varchar(40) character set latin1 collate latin1_bin comment 'not null; first, after `x` -- \"q\" it''s\\n'",
+       "a varchar(40) comment 'x'"},
+      {"a text, b varchar(99), fulltext key f (a), key p (a(10), b(5) desc), unique key u (b) using btree comment 'k'",
+       "a text, b varchar(99), key f (b), key p (b)"},
+      {"g point not null, spatial key s (g)", "g point not null"},
+      {"`a``b` int, `order` int, `x y` int, key `k``1` (`a``b`, `order`)", "`order` int"},
+      {"id int not null auto_increment primary key, v varchar(600)", "id int not null, v varchar(20)"},
+      {"e int, a int, b int, c int, d int", "a int, b int, c int, d int, e int"},
+      {"a int not null, d date) partition by range (a) (partition p0 values less than (10), partition p1 values less "
+       "than maxvalue",
+       "a int not null, d date"},
+      {"a datetime default '0000-00-00 00:00:00', b date not null default '0000-00-00'", "a datetime, b date"},
+      {"z uuid default uuid(), i inet6, c char(3) default (concat('a', 'b'))", "z uuid"},
+  };
+  int number = 0;
+  reference_.Run("set sql_mode = 'NO_ENGINE_SUBSTITUTION'");
+  for (const auto& c : cases) {
+    const std::string head = Format("create table `t %d;'\"` (", number++);
+    SCOPED_TRACE(c.reference);
+    reference_.Run(head + c.reference + ")");
+    target_.Run(head + c.target + ")");
+  }
+  reference_.Run("create table `p``1` (id int primary key, o int, unique key (o))");
+  reference_.Run(
+      "create table c (p int, o int, constraint `f``1` foreign key (p) references `p``1` (id) on delete "
+      "cascade on update set null, foreign key (o) references `p``1` (o))");
+  target_.Run("create table `p``1` (id bigint primary key)");
+  target_.Run("create table c (p bigint, constraint `f``1` foreign key (p) references `p``1` (id))");
+  Open();
+  Sync();
+}
+
+TEST_F(ExactLiveTest, TableOptionsGoAndComeAndInheritedOnesDoNotCount) {
+  reference_.Run(
+      "create table a (x varchar(9), y varchar(9) collate utf8mb4_bin) comment 'it''s; -- here' "
+      "row_format=dynamic collate utf8mb4_unicode_ci");
+  target_.Run("create table a (x varchar(9), y varchar(9)) stats_persistent=0 default charset=latin1");
+  reference_.Run("create table b (x int)");
+  target_.Run("create table b (x int) auto_increment=7 comment 'old'");
+  reference_.Run("create table e (x int) engine=Aria transactional=1 max_rows=9 checksum=1");
+  target_.Run("create table e (x int) engine=MyISAM pack_keys=1 avg_row_length=7");
+  Open();
+  Sync();
+}
+
+// Whatever the server's usual mode is: it is the session's that counts, also of later connections.
+TEST_F(ExactLiveTest, ASessionOfItsOwn) {
+  reference_.Run(
+      "create table t (id int not null auto_increment primary key, a timestamp not null, `b\"c` int) "
+      "comment 'back\\\\slash'");
+  target_.Run("create table t (id int not null)");
+  target_.Run("insert into t values (0), (5)");
+  const std::string mode = Ask("select @@global.sql_mode");
+  target_.Run("set global sql_mode = 'ANSI_QUOTES,ORACLE,NO_BACKSLASH_ESCAPES,TRADITIONAL,NO_KEY_OPTIONS'");
+  target_.Run("set global sql_quote_show_create = 0");
+  Open();
+  app_.Compare();
+  EXPECT_THAT(app_.exact.ReferenceText("t"), HasSubstr("  `b\"c` int(11) DEFAULT NULL,\n"));
+  EXPECT_THAT(app_.exact.ReferenceText("t"), HasSubstr("COMMENT='back\\\\slash'"));
+  TVariant session;
+  app_.connections.target->Reconnect();
+  app_.connections.target->GetResultSQL("select @@sql_mode", session);
+  EXPECT_THAT(VarToText(session),
+              AllOf(HasSubstr("STRICT_ALL_TABLES"), Not(HasSubstr("ANSI")), Not(HasSubstr("ZERO_D"))));
+  Sync();
+  app_.dialect = EDialect::Standard;
+  app_.Compare();
+  app_.connections.reference->GetResultSQL("select @@sql_mode", session);
+  EXPECT_THAT(VarToText(session), HasSubstr("ANSI_QUOTES")) << "the standard dialect leaves a session as it is";
+  target_.Run("set global sql_mode = '" + mode + "'");
+  target_.Run("set global sql_quote_show_create = 1");
+  EXPECT_EQ(Ask("select group_concat(id order by id) from t"), "0,5") << "a new auto_increment renumbers no row";
+}
+
+TEST_F(ExactLiveTest, WhatIsNotHandledIsNamedFirstAndLeftAlone) {
+  for (const char* statement :
+       {"create table t (a int)", "create view v as select 1 as one", "create sequence s",
+        "create view clash as select 1", "create trigger g before insert on t for each row set new.a = 1",
+        "create procedure p() select 1", "create function f() returns int return 1",
+        "create event e on schedule every 1 day do select 1", "create table h (a int) with system versioning",
+        "create table hd (a int) with system versioning"})
+    target_.Run(statement);
+  for (const char* statement : {"create table t (a int, b int)", "create table clash (a int)",
+                                "create table h (a int) with system versioning", "create table hd (a bigint)"})
+    reference_.Run(statement);
+  Open();
+  app_.Compare();
+  const TStringList log = app_.ActionLog();
+  EXPECT_THAT(log, ElementsAre("Left alone: view clash of the target", "Left alone: sequence s of the target",
+                               "Left alone: view v of the target", "Left alone: trigger g of the target",
+                               "Left alone: function f of the target", "Left alone: procedure p of the target",
+                               "Left alone: event e of the target", "Left alone: system-versioned table h",
+                               "Left alone: system-versioned table hd",
+                               "Skipped: table clash, target: there is a view of this name",
+                               "Skipped: table hd, target: it is system-versioned, and differs", "New column b",
+                               "Verified: 0 differences left"));
+  app_.RunScript(Script());
+  app_.Compare();
+  EXPECT_TRUE(app_.data.mtActions.Empty());
+  EXPECT_FALSE(app_.Identical()) << "two tables could not be made equal";
+  EXPECT_EQ(Ask("select count(*) from information_schema.tables where table_schema = 'exact_target'"), "6");
+}
+
+TEST_F(ExactLiveTest, ATableThatCannotBeReadIsSkippedAndTheOthersGoOn) {
+  target_.Run("create table bad (a int)");
+  target_.Run("create table good (a int)");
+  OpenWithReferenceFile(
+      "create table bad (a int, key k (a);\n"
+      "create table good (\n  `a` int(11) DEFAULT NULL,\n  `b` int(11) DEFAULT NULL\n) ENGINE=InnoDB DEFAULT "
+      "CHARSET=utf8mb4 "
+      "COLLATE=utf8mb4_general_ci;\n");
+  app_.Compare();
+  EXPECT_THAT(app_.exact.Skipped(), SizeIs(1));
+  EXPECT_EQ(app_.exact.Skipped()[0].table, "bad");
+  EXPECT_EQ(app_.exact.Skipped()[0].side, "reference");
+  EXPECT_THAT(app_.exact.Skipped()[0].reason, StartsWith("line "));
+  EXPECT_EQ(app_.data.mtActions.Count(), 1u);
+  app_.RunScript(Script());
+  app_.Compare();
+  EXPECT_FALSE(app_.Identical());
+  EXPECT_TRUE(app_.data.mtActions.Empty());
+}
+
+TEST_F(ExactLiveTest, StrikingAnActionOutRewritesItsStatement) {
+  reference_.Run("create table t (a int, b int, c int)");
+  target_.Run("create table t (a int)");
+  Open();
+  app_.Compare();
+  const TActionNode& table = app_.tree.Top().front();
+  EXPECT_EQ(table.children.size(), 2u);
+  DeleteAction(&table.children.front(), app_.tree, app_.data, [this] { app_.GenerateScript(); });
+  EXPECT_THAT(editor_.Text(), AllOf(HasSubstr("add column `c`"), Not(HasSubstr("`b`"))));
+  EXPECT_EQ(app_.exact.VerifyOnServer(), 1) << "what was struck out is left";
+}
+
+// --- The proof on the server
+
+// Does something to the scratch database's connection, or ends the work, at the pump of that number.
+class TMeddlingHost final : public THost {
+ public:
+  TMeddlingHost(int when, std::function<void()> meddle) : when_(when), meddle_(std::move(meddle)) {}
+  void ProcessMessages() override {
+    if (++pumped_ == when_) meddle_();
+  }
+
+ private:
+  int when_;
+  int pumped_ = 0;
+  std::function<void()> meddle_;
+};
+
+TEST_F(ExactLiveTest, TheScratchDatabaseIsRemovedWhateverHappens) {
+  target_.Run("create table t (a int)");
+  target_.Run("create table u (a int)");
+  OpenWithReferenceFile("create table t (a nosuchtype(3));\ncreate table u (a int);\n");
+  app_.Compare();
+  EXPECT_THAT(MessageOf([&] { app_.exact.VerifyOnServer(); }),
+              StartsWith("Verifying on the server: statement 1 of 1 fails: "));
+  EXPECT_EQ(ScratchDatabases(), "0");
+
+  const auto kill = [this] {
+    target_.Run("kill " + Ask("select id from information_schema.processlist where db like 'velmora%'"));
+  };
+  const auto cancel = [] { RaiseError("Cancelled"); };
+  for (const std::function<void()>& meddle : {std::function<void()>(kill), std::function<void()>(cancel)}) {
+    TMeddlingHost host(2, meddle);
+    const THostGuard guard(host);
+    EXPECT_NE(MessageOf([&] { app_.exact.VerifyOnServer(); }), "nothing raised");
+    EXPECT_EQ(ScratchDatabases(), "0");
+  }
+  EXPECT_EQ(Ask("select count(*) from information_schema.columns where table_schema = 'exact_target'"), "2");
+}
+
+TEST_F(ExactLiveTest, ARunThatFailsPutsForeignKeyChecksBack) {
+  Open();
+  app_.Compare();
+  EXPECT_NE(
+      MessageOf([&] { app_.RunScript("set foreign_key_checks = 0; -- a;b\ncreate table t (a int);\nbad 'x;y';"); }),
+      "nothing raised");
+  EXPECT_EQ(app_.RunReport().statements.size(), 3u);
+  EXPECT_EQ(editor_.caret(), app_.RunReport().statements[2].start);
+  TVariant checks;
+  app_.connections.target->GetResultSQL("select @@foreign_key_checks", checks);
+  EXPECT_EQ(VarToText(checks), "1");
+}
+
+TEST_F(ExactLiveTest, ASideThatGivesNoTextsAndALostServerEndTheComparison) {
+  target_.Run("create table t (a int)");
+  reference_.Run("create table t (a int)");
+  Open();
+  app_.Compare();
+  TMeddlingHost host(1, [this] {
+    target_.Run("kill " + Ask("select max(id) from information_schema.processlist where db = 'exact_target'"));
+  });
+  const THostGuard guard(host);
+  EXPECT_NE(MessageOf([&] { app_.Compare(); }), "nothing raised");
+  EXPECT_TRUE(app_.TargetLost());
+  EXPECT_EQ(app_.TableUnderWay(), "t");
+}
+
+TEST_F(ExactLiveTest, TheDialectOfATaskFile) {
+  for (const EDialect dialect : {EDialect::Exact, EDialect::Standard}) {
+    NewTaskFile(folder_ / "t.vlt", *reference_.NewEngine(), *target_.NewEngine(), dialect);
+    EXPECT_EQ(MakeTask(folder_ / "t.vlt").dialect, dialect);
+    EXPECT_EQ(ShowTaskFile(folder_ / "t.vlt").exact, dialect == EDialect::Exact);
+  }
+}
+
+}  // namespace
+}  // namespace velmora
