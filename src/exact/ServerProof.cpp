@@ -15,6 +15,7 @@ namespace velmora {
 namespace {
 
 constexpr char kNoTarget[] = "There is no connected target to verify on";
+constexpr char kChecksOff[] = "set foreign_key_checks = 0";
 constexpr char kRefused[] = "Verifying on the server: statement %d of %d fails: %s";
 constexpr char kLeftBehind[] = "The scratch database %s could not be removed: %s";
 
@@ -41,7 +42,7 @@ class TScratch {
       throw;
     }
     conn_->ExecSQL("use " + QuotedName(name_));
-    conn_->ExecSQL("set foreign_key_checks = 0");
+    conn_->ExecSQL(kChecksOff);
   }
 
   void Run(const std::string& statement) {
@@ -64,12 +65,16 @@ class TScratch {
     return schema;
   }
 
-  // By the target's own connection where this one is lost.
+  // By the target's own connection where this one is lost. Foreign keys within would stand in the way.
   void Remove() {
     if (!made_) return;
-    const std::string statement = "drop database if exists " + QuotedName(name_);
+    TDBConn& conn = conn_->GetConnected() ? *conn_ : target_;
     try {
-      (conn_->GetConnected() ? *conn_ : target_).ExecSQL(statement);
+      TVariant checks;
+      conn.GetResultSQL("select @@foreign_key_checks", checks);
+      conn.ExecSQL(kChecksOff);
+      RunGuarded([&] { conn.ExecSQL("drop database if exists " + QuotedName(name_)); },
+                 [&] { conn.ExecSQL("set foreign_key_checks = " + VarToText(checks)); });
     } catch (const EVelmora& error) {
       RaiseError(Format(kLeftBehind, name_, error.what()));
     }

@@ -1,10 +1,10 @@
 #include "engines/server/ClientFirebird.h"
 
 #include <firebird/Interface.h>
-#include <locale.h>
-#include <stdlib.h>
 
 #include <algorithm>
+#include <clocale>
+#include <cstdlib>
 #include <filesystem>
 #include <iterator>
 #include <mutex>
@@ -32,6 +32,12 @@ struct TRelease {
 };
 template <class T>
 using THeld = std::unique_ptr<T, TRelease>;
+
+// For an object that has come to its end in order, with which the library lets it go itself.
+template <class T>
+void Forget(THeld<T>& object) {
+  static_cast<void>(object.release());
+}
 
 struct TDispose {
   void operator()(fb::IDisposable* object) const { object->dispose(); }
@@ -168,7 +174,7 @@ class TStatement {
     }
     affected_ = static_cast<std::int64_t>(statement_->getAffectedRecords(&status_));
     statement_->free(&status_);
-    statement_.release();  // by its own end
+    Forget(statement_);
     return rows;
   }
 
@@ -179,7 +185,7 @@ class TStatement {
     THeld<fb::IResultSet> cursor(statement_->openCursor(&status_, &transaction_, nullptr, nullptr, format_.get(), 0));
     while (cursor->fetchNext(&status_, message_.data()) == fb::IStatus::RESULT_OK) rows.AddRow(Row());
     cursor->close(&status_);
-    cursor.release();
+    Forget(cursor);
   }
 
   TMemDataset::TRow Row() {
@@ -208,7 +214,7 @@ class TStatement {
       text.append(segment, 0, length);
     }
     blob->close(&status_);
-    blob.release();
+    Forget(blob);
     return text;
   }
 
@@ -307,10 +313,9 @@ class TFirebirdDatabase final : public TIBODatabase {
                                                       parameters->getBuffer(&status_)));
   }
 
-  // Ended in order the library lets the object go itself.
   void End(TTransaction& transaction, void (fb::ITransaction::*end)(TStatus*)) {
     (transaction.get()->*end)(&status_);
-    transaction.release();
+    Forget(transaction);
   }
 
   template <class Body>
@@ -354,7 +359,7 @@ class TFirebirdDatabase final : public TIBODatabase {
   void GiveUp(TTransaction& transaction) {
     fb::CheckStatusWrapper ignored(raw_status_.get());
     transaction->rollback(&ignored);
-    if (ignored.isEmpty()) transaction.release();
+    if (ignored.isEmpty()) Forget(transaction);
     transaction.reset();
   }
   void Detach() {
@@ -362,7 +367,7 @@ class TFirebirdDatabase final : public TIBODatabase {
     if (!attachment_) return;
     fb::CheckStatusWrapper ignored(raw_status_.get());
     attachment_->detach(&ignored);
-    if (ignored.isEmpty()) attachment_.release();
+    if (ignored.isEmpty()) Forget(attachment_);
     attachment_.reset();
   }
 

@@ -259,8 +259,11 @@ class TMeddlingHost final : public THost {
 
 TEST_F(ExactLiveTest, TheScratchDatabaseIsRemovedWhateverHappens) {
   target_.Run("create table t (a int)");
-  target_.Run("create table u (a int)");
-  OpenWithReferenceFile("create table t (a nosuchtype(3));\ncreate table u (a int);\n");
+  target_.Run("create table p (a int primary key)");
+  target_.Run("create table u (a int references p (a))");
+  OpenWithReferenceFile("create table t (a nosuchtype(3));\n" +
+                        testing::Answer(target_.Connection(), "show create table p") + ";\n" +
+                        testing::Answer(target_.Connection(), "show create table u") + ";\n");
   app_.Compare();
   EXPECT_THAT(MessageOf([&] { app_.exact.VerifyOnServer(); }),
               StartsWith("Verifying on the server: statement 1 of 1 fails: "));
@@ -271,12 +274,12 @@ TEST_F(ExactLiveTest, TheScratchDatabaseIsRemovedWhateverHappens) {
   };
   const auto cancel = [] { RaiseError("Cancelled"); };
   for (const std::function<void()>& meddle : {std::function<void()>(kill), std::function<void()>(cancel)}) {
-    TMeddlingHost host(2, meddle);
+    TMeddlingHost host(4, meddle);
     const THostGuard guard(host);
     EXPECT_NE(MessageOf([&] { app_.exact.VerifyOnServer(); }), "nothing raised");
     EXPECT_EQ(ScratchDatabases(), "0");
   }
-  EXPECT_EQ(Ask("select count(*) from information_schema.columns where table_schema = 'exact_target'"), "2");
+  EXPECT_EQ(Ask("select count(*) from information_schema.columns where table_schema = 'exact_target'"), "3");
 }
 
 TEST_F(ExactLiveTest, ARunThatFailsPutsForeignKeyChecksBack) {
