@@ -28,9 +28,9 @@ class TExactSync {
   TStringList ActionLog;  // objects that are left alone, tables that could not be read, actions, equivalences, proof
   TEquivalenceUse Equivalences;
 
-  // Reconnects both sides, reads every table that both list, compares, and fills the action rows and the tree. A table
-  // that cannot be read is skipped and named; the result is then not identical. Raises what the connections raise, and
-  // for a side that gives no creation texts.
+  // Reconnects both sides, reads every table that either lists, compares, and fills the action rows and the tree. A
+  // table that cannot be read is skipped and named; the result is then not identical. Raises what the connections
+  // raise, and for a side that gives no creation texts.
   void Compare();
 
   bool Identical() const;  // no action, and nothing was skipped

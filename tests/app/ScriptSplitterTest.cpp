@@ -6,8 +6,8 @@ namespace velmora {
 namespace {
 
 // "text @position" of each statement, and the number of pieces.
-std::string Told(std::string_view script) {
-  const TScriptPieces split = SplitScript(script);
+std::string Told(std::string_view script, TScriptSplitter splitter = SplitScript) {
+  const TScriptPieces split = splitter(script);
   std::string told;
   for (const TScriptStatement& statement : split.statements)
     told += "[" + statement.text + " @" + std::to_string(statement.position) + "] ";
@@ -33,6 +33,19 @@ TEST(ScriptSplitterTest, Cuts) {
       {"a mark within a literal begins a comment", "insert '--1';\r\nb", "[b @14] 2"},
   };
   for (const auto& c : cases) EXPECT_EQ(Told(c.script), c.told) << c.what;
+}
+
+// What the standard dialect loses stays whole, and positions are where statements begin.
+TEST(ScriptSplitterTest, CutsOfTheExactDialect) {
+  const struct {
+    const char* script;
+    const char* told;
+  } cases[] = {
+      {"-- head; it's\r\n\r\na;b ;\nc", "[a @17] [b @19] [c @23] 3"},
+      {"a '--;';b `x;``y` /* ; */ \"z;\"", "[a '--;' @0] [b `x;``y` /* ; */ \"z;\" @8] 2"},
+      {"a 'it''s \\' ;';\n-- end;\n", "[a 'it''s \\' ;' @0] 1"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Told(c.script, SplitExactScript), c.told) << c.script;
 }
 
 TEST(ScriptSplitterTest, TheHeaderOfAScriptLeavesItsFirstStatement) {

@@ -90,6 +90,8 @@ TEST_F(ExactCommandTest, WhatAFileCannotDo) {
     std::string told;
   } cases[] = {
       {{"script", a_, b_, "--dialect", "exact", "--verify-on-server"}, "is a script file: it cannot run statements"},
+      {{"compare", "Paradox:folder=" + folder_.Path(), b_, "--dialect", "exact"},
+       "gives no creation texts, which the exact dialect compares"},
       {{"compare", a_, b_, "--verify-on-server"}, "Only a script of the exact dialect can be verified on the server"},
       {{"compare", a_, b_, "--dialect", "other"}, "is none of standard, exact"},
       {{"sync", a_, b_, "--dialect", "exact", "--yes"}, "1 unsafe action: nothing was run; --allow-unsafe runs them"},

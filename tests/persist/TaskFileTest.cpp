@@ -236,6 +236,26 @@ TEST_F(TaskFileTest, SavingNamesTheTask) {
   EXPECT_THAT(server_->TakeLog(), ElementsAre("recent " + path_, "show"));
 }
 
+TEST_F(TaskFileTest, TheDialectIsWrittenOnlyWhereItIsTheExactOne) {
+  server_->AddTable("x", "");
+  WriteTask(path_, *NewMySQL("r"), *NewMySQL("t"));
+  EXPECT_EQ(cfgText().find("dialect"), std::string::npos);
+  task_.OpenTask(path_);
+  EXPECT_FALSE(task_.ExactDialect);
+  task_.ExactDialect = true;
+  task_.SaveTask(path_);
+  EXPECT_TRUE(cfgText().ends_with("</target><dialect>exact</dialect></root>")) << cfgText();
+  task_.CloseTask();
+  EXPECT_FALSE(task_.ExactDialect);
+  task_.OpenTask(path_);
+  EXPECT_TRUE(task_.ExactDialect);
+
+  std::string xml = TaskXml("MySQL", kMySQLKeys, "MySQL", kMySQLKeys);
+  xml.insert(xml.find("</root>"), "<dialect>other</dialect>");
+  WriteXml(xml);
+  EXPECT_EQ(MessageOf([&] { ReadTaskValues(path_); }), "OpenTask: Unhandled dialect other");
+}
+
 TEST_F(TaskFileTest, AFailedSaveTouchesNothing) {
   WriteFileText(path_, "old");
   const auto fake = [](int engine) {

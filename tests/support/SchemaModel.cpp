@@ -1,0 +1,143 @@
+#include "support/SchemaModel.h"
+
+#include <algorithm>
+
+namespace velmora::testing {
+
+namespace {
+
+std::string Doubled(std::string_view text, std::string_view what) {
+  std::string result;
+  for (const char c : text) {
+    if (what.find(c) != std::string_view::npos) result += c;
+    result += c;
+  }
+  return result;
+}
+
+std::string WithName(std::string text, const std::string& column) {
+  const std::string name = SqlName(column);
+  for (std::size_t at = 0; (at = text.find("%s", at)) != std::string::npos; at += name.size()) {
+    text.replace(at, 2, name);
+  }
+  return text;
+}
+
+std::string NameList(const std::vector<std::string>& names) {
+  std::string result;
+  for (const auto& name : names) result += (result.empty() ? "" : ", ") + SqlName(name);
+  return "(" + result + ")";
+}
+
+std::string ColumnText(const TColumnModel& column) {
+  std::string text = SqlName(column.name) + " " + column.type.text;
+  if (!column.type.charset.empty()) text += " " + column.type.charset;
+  if (column.Generated()) {
+    text += " as (" + WithName(column.expression, column.base) + ")" + (column.stored ? " stored" : " virtual");
+  } else {
+    text += column.not_null ? " not null" : " null";
+    if (!column.default_value.empty()) text += " default " + column.default_value;
+    if (column.auto_increment) text += " auto_increment";
+  }
+  if (column.invisible) text += " invisible";
+  if (!column.comment.empty()) text += " comment " + SqlText(column.comment);
+  if (!column.check.empty()) text += " check (" + WithName(column.check, column.name) + ")";
+  return text;
+}
+
+std::string KeyText(const TKeyModel& key) {
+  static constexpr const char* kWords[] = {"primary key", "unique key", "key", "fulltext key", "spatial key"};
+  std::string parts;
+  for (const auto& part : key.parts) {
+    parts += (parts.empty() ? "" : ", ") + SqlName(part.column);
+    if (part.prefix > 0) parts += "(" + std::to_string(part.prefix) + ")";
+    if (part.descending) parts += " desc";
+  }
+  const std::string name = key.kind == EKeyModel::Primary ? "" : " " + SqlName(key.name);
+  return kWords[static_cast<std::size_t>(key.kind)] + name + " (" + parts + ")" + key.options;
+}
+
+std::string ForeignKeyText(const TForeignKeyModel& key) {
+  std::string text = "constraint " + SqlName(key.name) + " foreign key " + NameList(key.columns) + " references " +
+                     SqlName(key.parent) + " " + NameList(key.references);
+  if (!key.on_delete.empty()) text += " on delete " + key.on_delete;
+  if (!key.on_update.empty()) text += " on update " + key.on_update;
+  return text;
+}
+
+}  // namespace
+
+bool TTypeModel::HasLetters() const {
+  return family == EFamily::Letters || family == EFamily::LongLetters || family == EFamily::Members;
+}
+
+bool TTypeModel::InKeys() const {
+  constexpr std::size_t kLongest = 40;
+  if (compressed) return false;
+  switch (family) {
+    case EFamily::Letters:
+    case EFamily::Bytes:
+      return length <= kLongest;
+    case EFamily::LongLetters:
+    case EFamily::LongBytes:
+    case EFamily::Json:
+    case EFamily::Shape:
+      return false;
+    default:
+      return true;
+  }
+}
+
+bool TTypeModel::TakesPrefix() const {
+  constexpr std::size_t kShortest = 10;
+  if (compressed) return false;
+  if (family == EFamily::Letters || family == EFamily::Bytes) return length > kShortest;
+  return family == EFamily::LongLetters || family == EFamily::LongBytes || family == EFamily::Json;
+}
+
+const TColumnModel* TTableModel::Find(const std::string& column) const {
+  const auto found = std::find_if(columns.begin(), columns.end(), [&](const auto& c) { return c.name == column; });
+  return found == columns.end() ? nullptr : &*found;
+}
+
+TColumnModel* TTableModel::Find(const std::string& column) {
+  const auto found = std::find_if(columns.begin(), columns.end(), [&](const auto& c) { return c.name == column; });
+  return found == columns.end() ? nullptr : &*found;
+}
+
+bool TTableModel::IsReferring(const std::string& column) const {
+  return std::any_of(foreign_keys.begin(), foreign_keys.end(), [&](const TForeignKeyModel& key) {
+    return std::find(key.columns.begin(), key.columns.end(), column) != key.columns.end();
+  });
+}
+
+const std::string& TTableModel::CharsetOf(const TColumnModel& column) const {
+  return column.type.charset.empty() ? charset : column.type.charset;
+}
+
+TTableModel* TSchemaModel::Find(const std::string& table) {
+  const auto found = std::find_if(tables.begin(), tables.end(), [&](const auto& t) { return t.name == table; });
+  return found == tables.end() ? nullptr : &*found;
+}
+
+std::string SqlName(std::string_view name) { return "`" + Doubled(name, "`") + "`"; }
+
+std::string SqlText(std::string_view text) { return "'" + Doubled(text, "'\\") + "'"; }
+
+std::string CreateStatement(const TTableModel& table) {
+  std::string body;
+  const auto line = [&body](const std::string& text) { body += (body.empty() ? "\n  " : ",\n  ") + text; };
+  for (const auto& column : table.columns) line(ColumnText(column));
+  for (const auto& key : table.keys) line(KeyText(key));
+  for (const auto& check : table.checks) {
+    line("constraint " + SqlName(check.name) + " check (" + WithName(check.expression, check.column) + ")");
+  }
+  for (const auto& key : table.foreign_keys) line(ForeignKeyText(key));
+  std::string text = "create table " + SqlName(table.name) + " (" + body + "\n) engine=" + table.engine + " default " +
+                     table.charset;
+  for (const auto& option : table.options) text += " " + option.name + "=" + option.value;
+  if (!table.partitioning.empty()) text += "\n" + WithName(table.partitioning, table.partition_column);
+  return text;
+}
+
+}  // namespace velmora::testing

@@ -1,0 +1,126 @@
+#pragma once
+
+// A schema as the generator of schemas sees it: what it takes to write its "create table" statements, and to know which
+// parts of it go together on a server.
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora::testing {
+
+// The same numbers on every machine and with every library.
+class TRandom {
+ public:
+  explicit TRandom(std::uint64_t seed) : engine_(seed) {}
+  std::size_t Below(std::size_t limit) { return static_cast<std::size_t>(engine_() % limit); }
+  bool Chance(std::size_t percent) { return Below(100) < percent; }
+  template <class Container>
+  auto& Pick(Container& container) {
+    return container[Below(std::size(container))];
+  }
+
+ private:
+  std::mt19937_64 engine_;
+};
+
+enum class EFamily { Whole, Number, Bit, Letters, LongLetters, Bytes, LongBytes, Members, Time, Json, Address, Shape };
+
+struct TTypeModel {
+  EFamily family = EFamily::Whole;
+  std::string text;     // "int(7) unsigned", "enum('a','b')"
+  std::string charset;  // a clause, as "character set latin1 collate latin1_bin"; empty where it is the table's
+  std::size_t length = 0;             // in letters or bytes, of what has one
+  bool compressed = false;            // a COMPRESSED column
+  std::vector<std::string> samples;   // two different values in SQL, the least and the greatest where there are such
+  std::vector<std::string> defaults;  // in SQL, with "on update" where it has one
+
+  bool HasLetters() const;
+  bool InKeys() const;       // whole, without a prefix
+  bool TakesPrefix() const;  // in keys
+};
+
+// In texts of expressions "%s" is the column's name in backticks.
+struct TColumnModel {
+  std::string name;
+  TTypeModel type;
+  std::string default_value;
+  std::string base;        // of a generated column: the column it is computed of
+  std::string expression;  // what is computed; empty for other columns
+  std::string check;
+  std::string comment;
+  bool stored = false;  // of a generated column
+  bool not_null = false;
+  bool invisible = false;
+  bool auto_increment = false;
+
+  bool Generated() const { return !expression.empty(); }
+};
+
+enum class EKeyModel { Primary, Unique, Plain, Fulltext, Spatial };
+
+struct TKeyPartModel {
+  std::string column;
+  std::size_t prefix = 0;
+  bool descending = false;
+};
+
+struct TKeyModel {
+  EKeyModel kind = EKeyModel::Plain;
+  std::string name;  // empty for the primary key
+  std::vector<TKeyPartModel> parts;
+  std::string options;  // with a blank in front
+
+  bool Unique() const { return kind == EKeyModel::Primary || kind == EKeyModel::Unique; }
+};
+
+struct TCheckModel {
+  std::string name;
+  std::string column;
+  std::string expression;
+};
+
+struct TForeignKeyModel {
+  std::string name;
+  std::vector<std::string> columns;
+  std::string parent;
+  std::vector<std::string> references;
+  std::string on_delete;  // "cascade"; empty for none
+  std::string on_update;
+};
+
+struct TOptionModel {
+  std::string name;
+  std::string value;
+};
+
+struct TTableModel {
+  std::string name;
+  std::vector<TColumnModel> columns;
+  std::vector<TKeyModel> keys;
+  std::vector<TCheckModel> checks;
+  std::vector<TForeignKeyModel> foreign_keys;
+  std::string engine = "InnoDB";
+  std::string charset;  // as of a column, never empty
+  std::vector<TOptionModel> options;
+  std::string partition_column;
+  std::string partitioning;  // "%s" is the column; empty for none
+
+  TColumnModel* Find(const std::string& column);
+  const TColumnModel* Find(const std::string& column) const;
+  bool IsReferring(const std::string& column) const;  // a foreign key stands on the column
+  const std::string& CharsetOf(const TColumnModel& column) const;
+};
+
+struct TSchemaModel {
+  std::vector<TTableModel> tables;
+  TTableModel* Find(const std::string& table);
+};
+
+std::string SqlName(std::string_view name);  // in backticks
+std::string SqlText(std::string_view text);  // in quotes
+std::string CreateStatement(const TTableModel& table);
+
+}  // namespace velmora::testing
