@@ -76,8 +76,7 @@ TTypeModel WithLetters(TTypeModel type, TRandom& r) {
   type.charset = AnyCharset(r);
   type.samples = {"''", Format("repeat('w', %d)", type.length)};
   type.defaults = LetterDefaults();
-  if (type.length < 40) type.defaults = {"''", "'x'", "','", "(char(65))", "'''", "'\\\\'"};
-  if (type.length < 40) type.defaults[4] = "''''";
+  if (type.length < 40) type.defaults = {"''", "'x'", "','", "(char(65))", "''''", "'\\\\'"};
   if (type.charset.find("utf8mb4") != std::string::npos) type.defaults.insert(type.defaults.end(), {"'é'", "'Ж'"});
   return type;
 }
@@ -89,7 +88,7 @@ TTypeModel Letters(TRandom& r) {
   TTypeModel type{EFamily::Letters, Format(fixed ? "char(%d)" : "varchar(%d)", length), "", length, false, {}, {}};
   type.compressed = !fixed && length > 40 && r.Chance(5);
   type = WithLetters(std::move(type), r);
-  if (type.compressed) type.charset = " compressed " + type.charset;
+  if (type.compressed) type.text += " compressed";
   return type;
 }
 
@@ -97,6 +96,8 @@ TTypeModel LongLetters(TRandom& r) {
   static const TTexts kTexts = {"tinytext", "text", "mediumtext", "longtext"};
   constexpr std::size_t kSample = 60;  // fits a tinytext in every character set
   TTypeModel type = WithLetters({EFamily::LongLetters, r.Pick(kTexts), "", kSample, false, {}, {}}, r);
+  type.compressed = r.Chance(8);
+  if (type.compressed) type.text += " compressed";
   return type;
 }
 

@@ -74,6 +74,7 @@ TEST(LostSideTest, AKilledServerEndsACommandAndTheSideIsNamed) {
       return EFate::Pass;
     });
     std::vector<std::string> arguments = c.arguments;
+    arguments.emplace_back("--no-read-ahead");  // so that the statement is the one whose answer is waited for
     std::string killed;
     for (std::string& argument : arguments) {
       if (argument.size() > 1) continue;
@@ -133,7 +134,7 @@ TEST(LostSideTest, ACutConnectionOfEitherSideIsNamedToo) {
     const std::string database = c.target ? "less" : "whole";
     const std::string cut = LiveSource(database, relay.Port());
     std::vector<std::string> arguments{c.command, c.target ? LiveSource("whole") : cut,
-                                       c.target ? cut : LiveSource("less")};
+                                       c.target ? cut : LiveSource("less"), "--no-read-ahead"};
     if (arguments[0] == "sync") arguments.emplace_back("--yes");
     const TAnswer answer = RunLive(arguments);
     EXPECT_EQ(answer.status, 2);

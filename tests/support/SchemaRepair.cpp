@@ -1,0 +1,232 @@
+// What goes together on a server.
+
+#include <algorithm>
+#include <set>
+
+#include "support/SchemaGenerator.h"
+#include "support/SchemaTypes.h"
+#include "util/Text.h"
+
+namespace velmora::testing {
+
+namespace {
+
+bool IsInnoDB(const TTableModel& table) { return table.engine == "InnoDB"; }
+bool IsPartitioned(const TTableModel& table) { return !table.partitioning.empty(); }
+
+// --- Columns
+
+void RepairNames(TTableModel& table) {
+  std::set<std::string> names;
+  std::erase_if(table.columns, [&](const TColumnModel& column) { return !names.insert(LowerText(column.name)).second; });
+  std::set<std::string> keys;
+  std::erase_if(table.keys, [&](const TKeyModel& key) { return !keys.insert(LowerText(key.name)).second; });
+  std::set<std::string> checks;
+  std::erase_if(table.checks, [&](const TCheckModel& check) { return !checks.insert(LowerText(check.name)).second; });
+}
+
+bool HasBase(const TTableModel& table, const TColumnModel& column) {
+  const TColumnModel* base = table.Find(column.base);
+  if (base == nullptr || base->Generated() || base->auto_increment) return false;
+  TRandom random(0);
+  for (int tries = 0; tries < 20; ++tries) {
+    if (AnyComputation(base->type, random).expression == column.expression) return true;
+  }
+  return false;
+}
+
+void RepairColumns(TTableModel& table) {
+  std::erase_if(table.columns, [&](const TColumnModel& column) {
+    return column.Generated() && (table.engine == "MEMORY" || !HasBase(table, column));
+  });
+  bool counts = false;
+  for (TColumnModel& column : table.columns) {
+    if (column.Generated()) {
+      column.not_null = column.auto_increment = false;
+      column.default_value.clear();
+      column.check.clear();
+    }
+    if (column.type.family == EFamily::Whole) column.auto_increment = column.auto_increment && !counts;
+    if (column.auto_increment) {
+      counts = column.not_null = true;
+      column.default_value.clear();
+      column.check.clear();  // servers refuse it to be read by checks
+    }
+    // A timestamp without a default has one that depends on its place in the table and on the server's mode.
+    if (column.type.text.starts_with("timestamp") && column.not_null && column.default_value.empty()) {
+      column.default_value = column.type.defaults.front();
+    }
+    if (column.invisible && column.not_null && column.default_value.empty()) column.invisible = false;
+  }
+  const bool visible = std::any_of(table.columns.begin(), table.columns.end(), [](const auto& c) { return !c.invisible; });
+  if (!visible) table.columns.front().invisible = false;
+}
+
+// A table of memory has no long columns.
+void RepairEngine(TTableModel& table) {
+  if (table.engine != "MEMORY") return;
+  const auto is_long = [](const TColumnModel& column) {
+    return column.type.compressed || column.type.family == EFamily::LongLetters || column.type.family == EFamily::Json ||
+           column.type.family == EFamily::LongBytes || column.type.family == EFamily::Shape;
+  };
+  if (std::any_of(table.columns.begin(), table.columns.end(), is_long)) table.engine = "Aria";
+}
+
+// --- Keys
+
+bool Fits(const TTableModel& table, const TKeyModel& key, TKeyPartModel& part) {
+  const TColumnModel* column = table.Find(part.column);
+  if (column == nullptr) return false;
+  const TTypeModel& type = column->type;
+  switch (key.kind) {
+    case EKeyModel::Fulltext:
+      return (type.family == EFamily::Letters || type.family == EFamily::LongLetters) && !type.compressed &&
+             !column->Generated() && FulltextCharset(table.CharsetOf(*column));
+    case EKeyModel::Spatial:
+      return type.family == EFamily::Shape && column->not_null;
+    default:
+      if (key.Unique() && column->Generated()) return false;
+      if (key.kind == EKeyModel::Primary && !column->not_null) return false;
+      if (part.prefix > 0 ? !type.TakesPrefix() : !type.InKeys()) part.prefix = type.InKeys() ? 0 : 5;
+      return type.InKeys() || type.TakesPrefix();
+  }
+}
+
+
+void RepairKey(const TTableModel& table, TKeyModel& key) {
+  std::set<std::string> seen;
+  std::erase_if(key.parts, [&](TKeyPartModel& part) {
+    return !Fits(table, key, part) || !seen.insert(LowerText(part.column)).second;
+  });
+  if (key.kind == EKeyModel::Fulltext && !key.parts.empty()) {
+    const std::string charset = table.CharsetOf(*table.Find(key.parts.front().column));
+    std::erase_if(key.parts, [&](const TKeyPartModel& part) {
+      return table.CharsetOf(*table.Find(part.column)) != charset;
+    });
+  }
+}
+
+void RepairKeys(TTableModel& table) {
+  for (TKeyModel& key : table.keys) RepairKey(table, key);
+  std::erase_if(table.keys, [&](const TKeyModel& key) {
+    const bool plain = key.kind == EKeyModel::Fulltext || key.kind == EKeyModel::Spatial;
+    return key.parts.empty() || (plain && (IsPartitioned(table) || table.engine == "MEMORY"));
+  });
+  for (TColumnModel& column : table.columns) {
+    column.auto_increment = column.auto_increment && std::any_of(table.keys.begin(), table.keys.end(), [&](const auto& k) {
+                              return k.kind != EKeyModel::Fulltext && k.parts.front().column == column.name;
+                            });
+  }
+}
+
+void RepairPartitions(TTableModel& table) {
+  if (!IsPartitioned(table)) return;
+  TColumnModel* column = table.Find(table.partition_column);
+  if (column == nullptr || column->type.family != EFamily::Whole || column->Generated() || table.engine == "MEMORY") {
+    table.partitioning.clear();
+    return;
+  }
+  for (TKeyModel& key : table.keys) {
+    if (!key.Unique()) continue;
+    if (key.kind == EKeyModel::Primary) column->not_null = true;
+    const bool has = std::any_of(key.parts.begin(), key.parts.end(),
+                                 [&](const TKeyPartModel& part) { return part.column == column->name; });
+    if (!has) key.parts.push_back({column->name});
+  }
+}
+
+// --- Options
+
+std::size_t RowBytes(const TTableModel& table) {
+  constexpr std::size_t kMostInRow = 788;
+  std::size_t bytes = 100;
+  for (const TColumnModel& column : table.columns) {
+    const bool is_long = column.type.family == EFamily::LongLetters || column.type.family == EFamily::LongBytes ||
+                         column.type.family == EFamily::Json || column.type.family == EFamily::Shape;
+    bytes += is_long ? kMostInRow : std::min(kMostInRow, 10 + 4 * column.type.length);
+  }
+  return bytes;
+}
+
+void RepairOptions(TTableModel& table) {
+  const auto has = [&](std::string_view name) {
+    return std::any_of(table.options.begin(), table.options.end(), [&](const auto& o) { return o.name == name; });
+  };
+  const auto drop = [&](std::string_view name) {
+    std::erase_if(table.options, [&](const TOptionModel& option) { return option.name == name; });
+  };
+  constexpr std::size_t kHalfOfPage = 3500;
+  if (IsPartitioned(table) || RowBytes(table) > kHalfOfPage) {
+    drop("row_format");
+    drop("key_block_size");
+  }
+  // Compressed pages and compressed rows exclude each other, and block sizes are those of compressed rows.
+  if (has("page_compressed")) {
+    drop("row_format");
+    drop("key_block_size");
+  }
+  if (has("key_block_size")) drop("row_format");
+}
+
+// --- Foreign keys
+
+bool IsKeyOf(const TTableModel& parent, const std::vector<std::string>& columns) {
+  return std::any_of(parent.keys.begin(), parent.keys.end(), [&](const TKeyModel& key) {
+    if (key.kind == EKeyModel::Fulltext || key.kind == EKeyModel::Spatial || key.parts.size() < columns.size()) return false;
+    return std::equal(columns.begin(), columns.end(), key.parts.begin(), [](const auto& column, const auto& part) {
+      return column == part.column && part.prefix == 0 && !part.descending;
+    }) && key.options.find("ignored") == std::string::npos && key.options.find("hash") == std::string::npos;
+  });
+}
+
+bool IsBase(const TTableModel& table, const std::string& column) {
+  return std::any_of(table.columns.begin(), table.columns.end(),
+                     [&](const TColumnModel& other) { return other.Generated() && other.base == column; });
+}
+
+bool SameKeyColumn(const TTableModel& child, const TColumnModel& own, const TTableModel& parent,
+                   const TColumnModel& referenced) {
+  if (own.type.text != referenced.type.text || own.Generated() || referenced.Generated()) return false;
+  if (!own.type.InKeys()) return false;
+  return !own.type.HasLetters() || child.CharsetOf(own) == parent.CharsetOf(referenced);
+}
+
+bool Stands(TSchemaModel& schema, const TTableModel& child, const TForeignKeyModel& key) {
+  const TTableModel* parent = schema.Find(key.parent);
+  if (parent == nullptr || !IsInnoDB(*parent) || !IsInnoDB(child)) return false;
+  if (IsPartitioned(*parent) || IsPartitioned(child) || !IsKeyOf(*parent, key.references)) return false;
+  for (std::size_t i = 0; i < key.columns.size(); ++i) {
+    const TColumnModel* own = child.Find(key.columns[i]);
+    const TColumnModel* referenced = parent->Find(key.references[i]);
+    if (own == nullptr || referenced == nullptr || !SameKeyColumn(child, *own, *parent, *referenced)) return false;
+    const bool sets_null = key.on_delete == "set null" || key.on_update == "set null";
+    if (sets_null && own->not_null) return false;
+    // Servers take rules that write to the base of a stored column in "create table", but in no "alter table".
+    if (IsBase(child, own->name)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+void Repair(TSchemaModel& schema) {
+  std::set<std::string> names;
+  std::erase_if(schema.tables, [&](const TTableModel& table) { return !names.insert(LowerText(table.name)).second; });
+  for (TTableModel& table : schema.tables) {
+    RepairNames(table);
+    RepairEngine(table);
+    RepairColumns(table);
+    RepairPartitions(table);
+    RepairKeys(table);
+    RepairOptions(table);
+    std::erase_if(table.checks, [&](const TCheckModel& check) {
+      const TColumnModel* column = table.Find(check.column);
+      return column == nullptr || column->auto_increment;
+    });
+  }
+  for (TTableModel& table : schema.tables) {
+    std::erase_if(table.foreign_keys, [&](const TForeignKeyModel& key) { return !Stands(schema, table, key); });
+  }
+}
+
+}  // namespace velmora::testing
