@@ -60,7 +60,9 @@ void TCompareCommand::Declare(CLI::App& app) {
 }
 
 int TCompareCommand::Execute(TConsole& console) {
-  TPairRun run(console, SystemClock());
+  const auto kept = std::make_shared<TPairRun>(console, SystemClock());
+  console.kept.push_back(kept);
+  TPairRun& run = *kept;
   std::optional<std::string> error = run.Compare(pair_, options_, false);
   std::optional<int> on_server;
   if (!error && pair_.verify_on_server) error = run.VerifyOnServer(on_server);
@@ -68,6 +70,7 @@ int TCompareCommand::Execute(TConsole& console) {
     PrintJson(run.app(), error, on_server, console.out);
   else
     PrintComparison(run.app(), error.has_value(), console.out);
+  run.HangUp();
   if (error || on_server.value_or(0) > 0) return kExitFailure;
   return run.app().Identical() ? kExitSuccess : kExitDifferent;
 }

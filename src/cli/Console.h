@@ -4,7 +4,9 @@
 
 #include <functional>
 #include <iosfwd>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace velmora {
 
@@ -17,6 +19,9 @@ struct TConsole {
   // Asks on the terminal and gives the line that is answered; with `secret` it is not shown while it is typed. Empty
   // where there is no terminal.
   std::function<std::string(const std::string& question, bool secret)> ask;
+
+  // What a command leaves behind. A process that ends need not free it piece by piece.
+  std::vector<std::shared_ptr<void>> kept;
 
   bool CanAsk() const { return ask != nullptr; }
   std::string AskSecret(const std::string& question) const { return CanAsk() ? ask(question, true) : std::string(); }

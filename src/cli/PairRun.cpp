@@ -1,5 +1,7 @@
 #include "cli/PairRun.h"
 
+#include <algorithm>
+
 #include "app/FaultPlace.h"
 #include "app/Sources.h"
 #include "app/Tasks.h"
@@ -30,7 +32,9 @@ TPairRun::TPairRun(TConsole& console, const TClock& clock)
     : console_(console),
       progress_(MakeProgress(console)),
       log_(clock, *progress_),
-      app_(*progress_, editor_, log_, clock) {}
+      app_(*progress_, editor_, log_, clock) {
+  app_.connections.retired = &retired_;
+}
 
 std::optional<std::string> TPairRun::Compare(const TPair& pair, const TSourceOptions& options, bool for_script) {
   return Reported([&] {
@@ -55,6 +59,18 @@ std::optional<std::string> TPairRun::VerifyOnServer(std::optional<int>& left) {
     else
       console_.Error("not verified on the server: " + told);
   });
+}
+
+void TPairRun::HangUp() {
+  const auto close = [](const std::unique_ptr<TDBConn>& conn) {
+    try {
+      if (conn && conn->GetConnected()) conn->GetConnectionObject().SetConnected(false);
+    } catch (const EVelmora&) {  // what has no connection object has nobody to take leave of
+    }
+  };
+  close(app_.connections.reference);
+  close(app_.connections.target);
+  std::ranges::for_each(retired_, close);
 }
 
 std::optional<std::string> TPairRun::GenerateScript() {

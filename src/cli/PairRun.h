@@ -35,6 +35,8 @@ class TPairRun {
   // Opens the target alone.
   void OpenTarget(const TPair& pair, const TSourceOptions& options);
   void EndProgress() { progress_->Finish(); }
+  // Takes leave of the servers.
+  void HangUp();
 
  private:
   TSourceSettings AskingWithoutBar(TSourceSettings settings);
@@ -48,6 +50,7 @@ class TPairRun {
   std::unique_ptr<TProgress> progress_;
   TLineEditor editor_;
   TLineLog log_;
+  std::vector<std::unique_ptr<TDBConn>> retired_;  // freed with the run
   TApplication app_;
 };
 

@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -26,11 +27,11 @@ int main(int argc, char** argv) {
   if (velmora::HasTerminal()) console.ask = velmora::AskOnTerminal;
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   HideSecrets(argc, argv);
-  const int status = velmora::RunCompanion(arguments, console);
+  int status = velmora::RunCompanion(arguments, console);
   std::cout.flush();
   if (!std::cout) {
     console.Error("cannot write to standard output");
-    return 2;
+    status = 2;
   }
-  return status;
+  std::quick_exit(status);  // what the command has kept is not taken apart
 }

@@ -215,4 +215,9 @@ bool IsNumberType(std::string_view type) { return IsWholeType(type) || InList(ty
 
 bool IsTimeType(std::string_view type) { return InList(type, {"time", "datetime", "timestamp"}); }
 
+bool IsShapeType(std::string_view type) {
+  return InList(type, {"geometry", "point", "linestring", "polygon", "multipoint", "multilinestring", "multipolygon",
+                       "geometrycollection"});
+}
+
 }  // namespace velmora

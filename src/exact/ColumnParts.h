@@ -40,5 +40,6 @@ bool IsLetterType(std::string_view type);  // char, varchar, the text types, enu
 bool IsWholeType(std::string_view type);   // tinyint to bigint
 bool IsNumberType(std::string_view type);  // these, decimal, float, double
 bool IsTimeType(std::string_view type);    // with a fraction: time, datetime, timestamp
+bool IsShapeType(std::string_view type);   // geometry and its kinds
 
 }  // namespace velmora

@@ -4,6 +4,7 @@
 #include "exact/ColumnParts.h"
 #include "exact/Lexer.h"
 #include "util/Format.h"
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -52,6 +53,19 @@ TColumnText ReadColumnText(const TElement& column, const TTableText& table) {
     result.charset = own ? NamedCharset(parts.charset, parts.collation) : TableCharset(table);
   }
   return result;
+}
+
+// Numbers and times, addresses of each type, and shapes are strangers to each other; letters and bytes are to nobody.
+bool Converts(const TColumnText& from, const TColumnText& to) {
+  const auto family = [](const std::string& type) -> std::string {
+    if (InList(type, {"uuid", "inet6", "inet4"})) return type;
+    if (IsShapeType(type)) return "shape";
+    const bool counts = IsNumberType(type) || IsTimeType(type) || InList(type, {"bit", "date", "year"});
+    return counts ? "number" : "";
+  };
+  const std::string had = family(from.type);
+  const std::string has = family(to.type);
+  return had.empty() || has.empty() || had == has;
 }
 
 bool TColumnText::HasLetters() const { return IsLetterType(type); }

@@ -33,4 +33,8 @@ struct TColumnText {
 
 TColumnText ReadColumnText(const TElement& column, const TTableText& table);
 
+// Whether servers turn a column of the one type into one of the other; of some pairs they refuse that even for a table
+// without rows.
+bool Converts(const TColumnText& from, const TColumnText& to);
+
 }  // namespace velmora

@@ -123,14 +123,14 @@ class TAlter {
 
 // --- Columns
 
-// Servers do not turn a computed column into a stored one or back: it goes and comes again, and its keys stay with it.
+// Servers do not turn a computed column into a stored one or back, nor some types into others: the column goes and
+// comes again, and its keys stay with it.
 bool IsReplaced(const TChange& change, const TTableWork& work) {
   if (change.action != saModifyColumn || change.moved_only || work.reference == nullptr) return false;
-  const auto is_virtual = [&change](const std::string& text, const TTableText& table) {
-    const TColumnText column = ReadColumnText({EElement::Column, change.item, text}, table);
-    return column.generated && !column.stored;
-  };
-  return is_virtual(change.old_text, *work.target) != is_virtual(change.new_text, *work.reference);
+  const TColumnText from = ReadColumnText({EElement::Column, change.item, change.old_text}, *work.target);
+  const TColumnText to = ReadColumnText({EElement::Column, change.item, change.new_text}, *work.reference);
+  const auto is_virtual = [](const TColumnText& column) { return column.generated && !column.stored; };
+  return is_virtual(from) != is_virtual(to) || !Converts(from, to);
 }
 
 // Whether a foreign key on the column has to be away for the change. Servers take new defaults and comments as it is.
@@ -240,6 +240,7 @@ class TPlanner {
   void AlterTable(const TTableWork& work);
   void CreateTable(const TTableWork& work);
   void AddForeignKeys(const TTableWork& work);
+  void RenewHashKeys(const TTableWork& work);
 
   const TSchema& reference_;
   const TSchema& target_;
@@ -316,9 +317,9 @@ void TPlanner::AddCauses(const std::string& table, const std::vector<std::string
 
 std::vector<TPlanStatement> TPlanner::Make() {
   using TStep = void (TPlanner::*)(const TTableWork&);
-  constexpr std::array<TStep, 6> kSteps{&TPlanner::DropForeignKeys,    &TPlanner::DropTable,
-                                        &TPlanner::RemovePartitioning, &TPlanner::AlterTable,
-                                        &TPlanner::CreateTable,        &TPlanner::AddForeignKeys};
+  constexpr std::array<TStep, 7> kSteps{
+      &TPlanner::DropForeignKeys, &TPlanner::DropTable,      &TPlanner::RemovePartitioning, &TPlanner::AlterTable,
+      &TPlanner::CreateTable,     &TPlanner::AddForeignKeys, &TPlanner::RenewHashKeys};
   for (const TStep step : kSteps) {
     for (const TTableWork& work : work_) (this->*step)(work);
   }
@@ -451,6 +452,60 @@ void TPlanner::AddForeignKeys(const TTableWork& work) {
   for (const TObstacle& obstacle : work.obstacles) {
     alter.Clause("add " + obstacle.key->text);
     for (const TChange* cause : obstacle.causes) alter.Serves(*cause);
+  }
+  alter.MoveTo(plan_);
+}
+
+bool UsesHash(const TElement& key) {
+  if (key.kind != EElement::UniqueKey) return false;
+  const auto tokens = Tokens(key.text);
+  for (std::size_t at = 0; at + 1 < tokens.size(); ++at) {
+    if (IsKeyword(tokens[at], "using") && IsKeyword(tokens[at + 1], "hash")) return true;
+  }
+  return false;
+}
+
+// The unique hash keys that the table has once its changes are made.
+std::vector<TElement> HashKeys(const TTableWork& work) {
+  std::vector<TElement> keys;
+  const TTableOption* engine = work.reference->FindOption("ENGINE");
+  if (engine != nullptr && SameText(engine->value, "MEMORY")) return keys;  // there they are what they are
+  const auto add = [&keys](const TElement& key) {
+    if (UsesHash(key)) keys.push_back(key);
+  };
+  const TTableText& table = work.target != nullptr ? *work.target : *work.reference;
+  for (const TElement& key : table.elements) {
+    const bool changes = std::any_of(work.changes.begin(), work.changes.end(), [&key](const TChange* change) {
+      return IsKey(change->kind) && SameText(change->item, key.name);
+    });
+    if (!changes) add(key);
+  }
+  for (const TChange* change : work.changes) add({change->kind, change->item, change->new_text});
+  return keys;
+}
+
+// With every "alter table" a server forgets that a unique key was one by hash, where it can make another one of it: the
+// keys that the table's last statement does not add come again behind it.
+void TPlanner::RenewHashKeys(const TTableWork& work) {
+  if (work.reference == nullptr) return;
+  const std::vector<TElement> keys = HashKeys(work);
+  if (keys.empty()) return;
+  const std::string head = "alter table " + QuotedName(work.name);
+  const TPlanStatement* last = nullptr;
+  for (const TPlanStatement& statement : plan_) {
+    const bool alters = statement.text.starts_with(head + " ") || statement.text.starts_with(head + "\n");
+    if (alters) last = &statement;
+  }
+  if (last == nullptr) return;
+  TAlter alter(work.name);
+  for (const TElement& key : keys) {
+    if (last->text.find("add " + key.text) != std::string::npos) continue;
+    alter.Clause(DropText(key.kind, key.name));
+    alter.Clause("add " + key.text);
+    for (const TChange* change : work.changes) alter.Serves(*change);
+    for (const TObstacle& obstacle : work.obstacles) {
+      for (const TChange* cause : obstacle.causes) alter.Serves(*cause);
+    }
   }
   alter.MoveTo(plan_);
 }

@@ -40,6 +40,20 @@ bool Starts(TTokens clause, std::initializer_list<std::string_view> words) {
                      [&](std::string_view word) { return IsKeyword(TokenAt(clause, at++), word); });
 }
 
+// Partitions are of their table's engine, and say so.
+std::string WithEngine(const std::string& partitioning, const std::string& former, const std::string& engine) {
+  std::string result;
+  std::size_t done = 0;
+  const auto tokens = Tokens(partitioning);
+  for (std::size_t at = 0; at + 2 < tokens.size(); ++at) {
+    const TToken& value = tokens[at + 2];
+    if (!IsKeyword(tokens[at], "engine") || !tokens[at + 1].Is("=") || !SameText(value.text, former)) continue;
+    result += partitioning.substr(done, value.start - done) + engine;
+    done = value.End();
+  }
+  return result + partitioning.substr(done);
+}
+
 // A clause "modify column" or "add column".
 struct TColumnClause {
   TElement column;
@@ -205,6 +219,13 @@ void TAlteration::SetOptions() {
   const auto remove = [&options](std::string_view name) {
     std::erase_if(options, [name](const TTableOption& option) { return option.name == name; });
   };
+  // Another engine does not know the options of the former one.
+  for (const TTableOption& option : options_) {
+    const TTableOption* former = table_.FindOption("ENGINE");
+    if (option.name != "ENGINE" || (former != nullptr && SameText(former->value, option.value))) continue;
+    if (former != nullptr) table_.partitioning = WithEngine(table_.partitioning, former->value, option.value);
+    std::erase_if(options, IsEngineOption);
+  }
   // A character set brings its own collation along, and a collation its set.
   for (const TTableOption& option : options_) {
     if (option.name == "DEFAULT CHARSET") remove("COLLATE");

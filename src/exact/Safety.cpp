@@ -33,6 +33,7 @@ constexpr char kBlanks[] = "%s to %s: trailing blanks are lost";
 constexpr char kZeros[] = "%s to %s: values are filled up with zero bytes";
 constexpr char kMembers[] = "%s to %s: members are taken away or change their order";
 constexpr char kFamily[] = "%s to %s: values may change";
+constexpr char kReplaced[] = "%s to %s: values are not kept";
 constexpr char kLetters[] = "%s to %s: letters may be lost";
 
 // --- What is known of types, a row each
@@ -248,6 +249,7 @@ const char* MembersToMembers(const TColumnText& from, const TColumnText& to) {
 }
 
 const char* UnsafeType(const TColumnText& from, const TColumnText& to) {
+  if (!Converts(from, to)) return kReplaced;
   if (IsInteger(from) && IsInteger(to)) return IntegerToInteger(from, to);
   if ((IsInteger(from) || IsFloating(from)) && IsFloating(to)) return ToFloating(from, to);
   if ((IsInteger(from) || from.type == "decimal") && to.type == "decimal") return ToDecimal(from, to);
@@ -261,9 +263,7 @@ const char* UnsafeType(const TColumnText& from, const TColumnText& to) {
   if (IsBytes(from) && IsBytes(to)) return BytesToBytes(from, to);
   if (from.type == to.type && from.arguments == to.arguments) return nullptr;
   if (from.type == "json" || from.type == "vector" || to.type != "geometry") return kFamily;
-  const bool shape = IsOneOf(from, {"point", "linestring", "polygon", "multipoint", "multilinestring", "multipolygon",
-                                    "geometrycollection", "geomcollection"});
-  return shape ? nullptr : kFamily;
+  return IsShapeType(from.type) ? nullptr : kFamily;
 }
 
 bool LettersMayBeLost(std::string_view from, std::string_view to) {

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QEventLoop>
 #include <QTimer>
+#include <clocale>
 
 #include "persist/OptionStore.h"
 #include "persist/Settings.h"
@@ -69,6 +70,7 @@ void TDesktop::MakeForms() {
 
 int RunDesktop(int& argc, char** argv) {
   TQtApplication application(argc, argv);
+  std::setlocale(LC_NUMERIC, "C");  // Qt took over the user's; drivers of databases write numbers by it
   QApplication::setApplicationName(QLatin1String(kProgramTitle));
   QApplication::setDesktopFileName(QStringLiteral("velmora"));
   QApplication::setWindowIcon(ProgramIcon());

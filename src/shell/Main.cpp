@@ -4,8 +4,10 @@
 #include <QCloseEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QScreen>
 #include <filesystem>
+#include <limits>
 
 #include "app/LineDifference.h"
 #include "persist/Settings.h"
@@ -26,14 +28,16 @@ namespace {
 constexpr char kExactTitle[] = " (exact dialect)";
 constexpr int kWidth = 1000;
 constexpr int kHeight = 700;
+constexpr int kUnplaced = std::numeric_limits<int>::min();
+constexpr int kEdgeHeight = 24;
+constexpr int kReachedWidth = 48;
 
-// A name on a label, where "&" would underline what follows.
-QString Escaped(const std::string& text) { return ToQt(text).replace(QLatin1Char('&'), QLatin1String("&&")); }
-
-QString DisplayName(TDBConn& conn) {
+// A "&" in the name is none that underlines what follows. A name that is too long for its half is read in the hint.
+void ShowHeading(QLabel& heading, const char* caption, TDBConn& conn) {
   std::string name;
   conn.GetDisplayName(name);
-  return Escaped(name);
+  heading.setText(QLatin1String(caption) + ToQt(name).replace(QLatin1Char('&'), QLatin1String("&&")));
+  heading.setToolTip(ToQt(name).toHtmlEscaped());
 }
 
 QFont TextFont(const std::string& family, int size, QFont::StyleHint hint) {
@@ -43,10 +47,14 @@ QFont TextFont(const std::string& family, int size, QFont::StyleHint hint) {
   return font;
 }
 
-bool OnSomeScreen(const QRect& place) {
+// Whether a window's upper edge lies on a screen, so that the window can be taken hold of.
+bool CanBeReached(const QRect& place) {
+  const QRect edge(place.left(), place.top(), place.width(), kEdgeHeight);
   const QList<QScreen*> screens = QApplication::screens();
-  return std::any_of(screens.begin(), screens.end(),
-                     [&](const QScreen* screen) { return screen->availableGeometry().intersects(place); });
+  return std::any_of(screens.begin(), screens.end(), [&](const QScreen* screen) {
+    const QRect shown = screen->availableGeometry() & edge;
+    return shown.width() >= kReachedWidth && shown.height() >= kEdgeHeight / 2;
+  });
 }
 
 }  // namespace
@@ -71,13 +79,14 @@ TfmMain::~TfmMain() { tlActions->disconnect(this); }
 // --- Start and end
 
 void TfmMain::ReadSettings() {
-  TWindowPlace place{kWindowNormal, x(), y(), width(), height()};
+  TWindowPlace place{kWindowNormal, kUnplaced, kUnplaced, width(), height()};
   LoadSettings(setup_.settings_file, place, recent_);
   ShowRecent();
   const QRect wanted(place.left, place.top, place.width, place.height);
   if (place.state == kWindowNormal && wanted.isValid()) {
-    resize(wanted.size());
-    if (wanted.topLeft() != pos() && OnSomeScreen(wanted)) move(wanted.topLeft());
+    const bool reached = CanBeReached(wanted);
+    resize(reached ? wanted.size() : wanted.size().boundedTo(screen()->availableSize()));
+    if (reached) move(wanted.topLeft());
   }
   if (place.state == kWindowMaximised) setWindowState(Qt::WindowMaximized);
 }
@@ -110,7 +119,8 @@ void TfmMain::FirstShow() {
 }
 
 void TfmMain::closeEvent(QCloseEvent* event) {
-  if (!isEnabled()) {  // something long is under way and works on what closing frees
+  // Something that is under way works on what closing frees.
+  if (!isEnabled() || (running_ != nullptr && running_ != Command("acExit"))) {
     event->ignore();
     return;
   }
@@ -161,8 +171,8 @@ void TfmMain::ShowTask(bool active) {
   if (active) {
     app_->connections.reference->Connect();
     app_->connections.target->Connect();
-    pnRefH->setText(QStringLiteral(" &Reference: ") + DisplayName(*app_->connections.reference));
-    pnTgtH->setText(QStringLiteral(" Tar&get: ") + DisplayName(*app_->connections.target));
+    ShowHeading(*pnRefH, " &Reference: ", *app_->connections.reference);
+    ShowHeading(*pnTgtH, " Tar&get: ", *app_->connections.target);
   } else {
     barFind->hide();
     app_->data.mtActions.Clear();
@@ -195,6 +205,7 @@ void TfmMain::ShowRecent() {
 // --- Analysis
 
 void TfmMain::Analyze() {
+  const QPointer<QWidget> focused = focusWidget();
   forms_->progress.ShowSimple("Analyzing...");
   QAction* analyze = Command("acAnalyze");
   app_->tree.BeginUpdate();
@@ -215,16 +226,27 @@ void TfmMain::Analyze() {
         analyze->setEnabled(true);
         panMain->setEnabled(true);
         forms_->progress.Finish();
+        RestoreFocus(focused);
       });
+}
+
+// What was disabled in between has lost the focus.
+void TfmMain::RestoreFocus(QWidget* focused) {
+  if (focused != nullptr && focused->isVisible())
+    focused->setFocus();
+  else if (page->isVisible())
+    page->setFocus();
 }
 
 void TfmMain::ShowResult() {
   const bool identical = app_->Identical();
+  const bool rows = !app_->data.mtActions.Empty();
   lbEqual->setVisible(identical);
   page->setVisible(!identical);
   if (identical) barFind->hide();
-  Command("acSynchronize")->setEnabled(!identical);
-  Command("acDelAction")->setEnabled(!identical);
+  if (!identical && !rows) page->setCurrentWidget(tsMessages);  // which names the tables that could not be read
+  Command("acSynchronize")->setEnabled(rows);
+  Command("acDelAction")->setEnabled(rows);
 }
 
 void TfmMain::ShowTableDDL(const std::string& table) {
@@ -240,9 +262,15 @@ void TfmMain::ShowTableDDL(const std::string& table) {
   mDDLtgt->MarkDifferences(lines.second);
 }
 
+// What was found in one dialect cannot be shown or run in the other.
 void TfmMain::SetDialect(bool exact) {
   acExactDialect_->setChecked(exact);
-  app_->dialect = exact ? EDialect::Exact : EDialect::Standard;
+  const EDialect dialect = exact ? EDialect::Exact : EDialect::Standard;
+  if (std::exchange(app_->dialect, dialect) == dialect) return;
+  app_->data.mtActions.Clear();
+  app_->tree.Clear();
+  for (TSqlEdit* edit : {mScript, mDDLref, mDDLtgt}) edit->SetBytes({});
+  for (TSqlEdit* edit : {mDDLref, mDDLtgt}) edit->MarkDifferences({});
 }
 
 void TfmMain::ShowFind() {

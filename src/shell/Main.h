@@ -5,6 +5,7 @@
 #include <QSplitter>
 #include <QTabWidget>
 #include <QToolBar>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -105,6 +106,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void MakeExtras();
   void ConnectWorkArea();
   void AddCommands(QWidget& menu_or_bar, std::initializer_list<const char*> names);  // null stands for a separator
+  void OnCommand(QAction* command, std::function<void()> handler);  // which is not run while another one is
 
   // Start and end
   void FirstShow();
@@ -125,6 +127,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void Analyze();
   void SetDialect(bool exact);
   bool MayRun();
+  void RestoreFocus(QWidget* focused);
   void ShowResult();
   void ShowTableDDL(const std::string& table);
   void ShowFind();
@@ -137,6 +140,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   std::vector<QAction*> acRecent_;
   QAction* acExactDialect_ = nullptr;
   bool shown_ = false;
+  bool following_ = false;            // one panel scrolls because the other did
+  const QAction* running_ = nullptr;  // the command that is under way
 
   // Components, owned by the window
   QToolBar* barAnalyze = nullptr;

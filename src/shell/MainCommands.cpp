@@ -14,6 +14,7 @@
 #include "shell/Progress.h"
 #include "shell/QtText.h"
 #include "shell/TaskWiz.h"
+#include "shell/TopLevel.h"
 #include "shell/WindowLog.h"
 #include "util/Addresses.h"
 #include "util/Errors.h"
@@ -28,6 +29,7 @@ namespace {
 constexpr char kScriptFilter[] = "MySQL script|*.sql";
 constexpr char kUnsafeQuestion[] = "%d actions of this script can lose data:";
 constexpr std::size_t kListedUnsafe = 12;
+constexpr qsizetype kUnsafeLetters = 200;
 constexpr char kHelpFile[] = "Help.chm";
 constexpr char kSupportSubject[] = "%s support question";
 
@@ -88,17 +90,14 @@ bool TfmMain::MayRun() {
   const TStringList unsafe = app_->UnsafeActions();
   if (unsafe.empty()) return true;
   std::string question = Format(kUnsafeQuestion, unsafe.size());
-  for (std::size_t i = 0; i < std::min(unsafe.size(), kListedUnsafe); ++i) question += "\n- " + unsafe[i];
+  for (std::size_t i = 0; i < std::min(unsafe.size(), kListedUnsafe); ++i)
+    question += "\n- " + FromQt(Shortened(ToQt(unsafe[i]), kUnsafeLetters));
   if (unsafe.size() > kListedUnsafe) question += Format("\n(and %d more)", unsafe.size() - kListedUnsafe);
   return ConfirmYes(question + "\n\nRun the script?");
 }
 
-// What was found in one dialect cannot be run in the other.
 void TfmMain::acExactDialect() {
   task_->ExactDialect = acExactDialect_->isChecked();
-  app_->data.mtActions.Clear();
-  app_->tree.Clear();
-  script_->Clear();
   ShowTask(true);
 }
 

@@ -1,6 +1,5 @@
 // The main window's components: commands, menus, bars, the work area.
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -15,6 +14,7 @@
 #include "shell/Main.h"
 #include "shell/Named.h"
 #include "shell/TopLevel.h"
+#include "util/Errors.h"
 
 namespace velmora {
 
@@ -44,30 +44,54 @@ QLabel* BoldLabel(const char* name, const char* text) {
 QLabel* Heading(const char* name, const char* text, QWidget* buddy) {
   QLabel* heading = Named(new QLabel(QLatin1String(text)), name);
   heading->setBuddy(buddy);
+  heading->setTextFormat(Qt::PlainText);
   heading->setContentsMargins(2, 4, 2, 2);
   heading->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);  // a long name must not widen the window
   return heading;
 }
 
-// Two halves side by side: the first gets half of the width, rounded down.
+// Two halves side by side: the first gets half of the width, rounded down. Placed without a layout, which would not let
+// the window become narrower than a width once given to the first half.
 class THalves final : public QWidget {
  public:
-  THalves(QWidget* first, QWidget* second) : first_(first) {
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(0);
-    row->addWidget(first);
-    row->addWidget(second, 1);
+  THalves(QWidget* first, QWidget* second) : first_(first), second_(second) {
+    first->setParent(this);
+    second->setParent(this);
+  }
+
+  QSize sizeHint() const override { return Doubled(first_->sizeHint().expandedTo(second_->sizeHint())); }
+  QSize minimumSizeHint() const override {
+    return Doubled(first_->minimumSizeHint().expandedTo(second_->minimumSizeHint()));
   }
 
  protected:
-  void resizeEvent(QResizeEvent* /*event*/) override { first_->setFixedWidth(contentsRect().width() / 2); }
+  void resizeEvent(QResizeEvent* /*event*/) override {
+    const int half = width() / 2;
+    first_->setGeometry(0, 0, half, height());
+    second_->setGeometry(half, 0, width() - half, height());
+  }
 
  private:
+  static QSize Doubled(QSize half) { return {2 * half.width(), half.height()}; }
+
   QWidget* first_;
+  QWidget* second_;
 };
 
 }  // namespace
+
+// Long work lets window messages run while the window may be in use: a second command would change or free what the
+// first works on.
+void TfmMain::OnCommand(QAction* command, std::function<void()> handler) {
+  Handle(command, &QAction::triggered, this, [this, command, handler = std::move(handler)] {
+    if (running_ != nullptr) {
+      if (command->isCheckable()) command->toggle();  // its mark went first
+      return;
+    }
+    running_ = command;
+    RunGuarded(handler, [this] { running_ = nullptr; });
+  });
+}
 
 void TfmMain::MakeCommands() {
   for (const TCommand& command : velmora::Commands()) {
@@ -79,7 +103,7 @@ void TfmMain::MakeCommands() {
     const QString keys = action->shortcut().toString(QKeySequence::NativeText);
     action->setToolTip(keys.isEmpty() ? hint : QStringLiteral("%1 (%2)").arg(hint, keys));
     if (const auto handler = command.handler; handler != nullptr)
-      Handle(action, &QAction::triggered, this, [this, handler] { (this->*handler)(); });
+      OnCommand(action, [this, handler] { (this->*handler)(); });
     addAction(action);  // shortcuts hold for commands on no menu too
     commands_[command.name] = action;
   }
@@ -91,7 +115,7 @@ void TfmMain::MakeRecentCommands() {
     auto* action = new QAction(this);
     action->setObjectName(QStringLiteral("acRecent%1").arg(i + 1));
     action->setVisible(false);
-    Handle(action, &QAction::triggered, this, [this, i] { acRecent(i); });
+    OnCommand(action, [this, i] { acRecent(i); });
     acRecent_.push_back(action);
   }
 }
@@ -114,7 +138,7 @@ void TfmMain::MakeExtras() {
   acExactDialect_->setCheckable(true);
   acExactDialect_->setToolTip(
       QStringLiteral("Compare creation texts without loss, and write a script for the servers of today"));
-  Handle(acExactDialect_, &QAction::triggered, this, [this] { acExactDialect(); });
+  OnCommand(acExactDialect_, [this] { acExactDialect(); });
 }
 
 void TfmMain::MakeMenus() {
@@ -223,11 +247,16 @@ void TfmMain::ConnectWorkArea() {
   // Side by side, the texts of servers are read line by line.
   const auto follow = [this](TSqlEdit* moved, TSqlEdit* other) {
     connect(moved->verticalScrollBar(), &QScrollBar::valueChanged, this, [this, other](int value) {
-      if (acExactDialect_->isChecked()) other->verticalScrollBar()->setValue(value);
+      // The shorter text stops at its end, and must not hold back the longer one.
+      if (following_ || !acExactDialect_->isChecked()) return;
+      following_ = true;
+      other->verticalScrollBar()->setValue(value);
+      following_ = false;
     });
   };
   follow(mDDLref, mDDLtgt);
   follow(mDDLtgt, mDDLref);
+  connect(page, &QTabWidget::currentChanged, barFind, &QWidget::hide);  // it searches what is in view
   auto* find = new QShortcut(QKeySequence(QKeySequence::Find), this);
   Handle(find, &QShortcut::activated, this, [this] { ShowFind(); });
 }

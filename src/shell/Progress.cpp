@@ -11,13 +11,16 @@
 #include "shell/Icons.h"
 #include "shell/Named.h"
 #include "shell/QtText.h"
+#include "shell/TopLevel.h"
 
 namespace velmora {
 
 namespace {
 
+// At least; more where letters are large.
 constexpr int kWidth = 460;
 constexpr int kHeight = 130;
+constexpr int kWidthInLetters = 64;
 constexpr int kImageSize = 64;
 
 int BarNumber(std::int64_t value) { return static_cast<int>(std::clamp<std::int64_t>(value, 0, 1 << 30)); }
@@ -76,7 +79,6 @@ TfmProgress::TfmProgress()
       lbErrors(StatusLabel("lbErrors")) {
   setObjectName(QStringLiteral("fmProgress"));
   setAttribute(Qt::WA_ShowWithoutActivating);
-  setFixedSize(kWidth, kHeight);
   // Deliberate: this window keeps its own light colours, which its navy titles and white picture are made for.
   setStyleSheet(
       QStringLiteral("#fmProgress { background: #f4f6f9; border: 1px solid #8a97a8 } QLabel { color: black }"));
@@ -110,6 +112,9 @@ TfmProgress::TfmProgress()
   row->setSpacing(0);
   row->addWidget(ImagePanel());
   row->addLayout(column, 1);
+  SetShape(EShape::TwoBars);  // the highest
+  setFixedSize(std::max(kWidth, kWidthInLetters * fontMetrics().averageCharWidth()),
+               std::max(kHeight, sizeHint().height()));
 }
 
 void TfmProgress::ShowSimple(const std::string& title) { Start(EShape::Simple, title, 0); }
@@ -126,15 +131,11 @@ void TfmProgress::Start(EShape shape, const std::string& title, std::int64_t max
 }
 
 void TfmProgress::DisableActiveForm() {
-  QWidget* form = QApplication::activeModalWidget();
-  if (form == nullptr) form = QApplication::activeWindow();
-  was_active_ = form != nullptr;
   // Another program may be in front: then it is the window that the user will come back to.
-  const QWidgetList windows = QApplication::topLevelWidgets();
-  for (auto window = windows.begin(); form == nullptr && window != windows.end(); ++window)
-    if (*window != this && (*window)->isVisible() && (*window)->windowType() == Qt::Window) form = *window;
+  QWidget* form = WorkingForm();
   disabledForm = form;
   if (form == nullptr) return;
+  was_active_ = form->isActiveWindow();
   focused_ = form->focusWidget();
   form->setEnabled(false);
 }
@@ -153,7 +154,7 @@ void TfmProgress::SetShape(EShape shape) {
 void TfmProgress::BringUp() {
   if (!isVisible()) {
     for (QLabel* label : {lbDetail, lbStatus, lbErrors}) label->clear();
-    if (const QScreen* screen = QApplication::primaryScreen()) {
+    if (const QScreen* screen = disabledForm ? disabledForm->screen() : QApplication::primaryScreen()) {
       const QRect desktop = screen->availableGeometry();
       move(desktop.center() - rect().center());
     }
@@ -188,7 +189,7 @@ void TfmProgress::SetDetailPosition(std::int64_t position) { detbar->setValue(Ba
 
 void TfmProgress::SetDetailText(const std::string& text) {
   const QFontMetrics metrics(lbDetail->font());
-  lbDetail->setText(metrics.elidedText(ToQt(text), Qt::ElideMiddle, kWidth - kImageSize - 60));
+  lbDetail->setText(metrics.elidedText(ToQt(text), Qt::ElideMiddle, width() - kImageSize - 60));
 }
 
 void TfmProgress::Finish() {

@@ -11,6 +11,7 @@
 
 #include "shell/Help.h"
 #include "shell/QtText.h"
+#include "shell/TopLevel.h"
 #include "util/Errors.h"
 #include "util/Lists.h"
 #include "util/Text.h"
@@ -24,7 +25,7 @@ constexpr char kHelpFile[] = "Help.chm";
 constexpr char kAllMasks[] = "*.*";
 
 bool Confirm(const std::string& message, QMessageBox::StandardButton yes, QMessageBox::StandardButton no) {
-  QMessageBox box(QMessageBox::Question, ToQt(kProgramTitle), ToQt(message), yes | no, QApplication::activeWindow());
+  QMessageBox box(QMessageBox::Question, ToQt(kProgramTitle), ToQt(message), yes | no, WorkingForm());
   box.setObjectName(QStringLiteral("mbConfirm"));
   box.setTextFormat(Qt::PlainText);
   box.setDefaultButton(no);
@@ -103,26 +104,29 @@ std::string FilterExtension(const std::string& filter) {
   return extension.find_first_of("*?") == std::string::npos ? extension : std::string();
 }
 
+TQtHost::TQtHost() = default;
+TQtHost::~TQtHost() = default;
+
 void TQtHost::ProcessMessages() { QCoreApplication::processEvents(); }
 
 bool TQtHost::ConfirmOk(const std::string& message) { return Confirm(message, QMessageBox::Ok, QMessageBox::Cancel); }
 bool TQtHost::ConfirmYes(const std::string& message) { return Confirm(message, QMessageBox::Yes, QMessageBox::No); }
 
 bool TQtHost::OpenFile(const std::string& filter, std::string& path) {
-  QFileDialog dialog(QApplication::activeWindow());
+  QFileDialog dialog(WorkingForm());
   dialog.setFileMode(QFileDialog::ExistingFile);
   return Choose(dialog, filter, path);
 }
 
 bool TQtHost::SaveFile(const std::string& filter, std::string& path) {
-  QFileDialog dialog(QApplication::activeWindow());
+  QFileDialog dialog(WorkingForm());
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setDefaultSuffix(ToQt(FilterExtension(filter)));
   return Choose(dialog, filter, path);
 }
 
 bool TQtHost::BrowseFolder(const std::string& title, std::string& folder) {
-  QFileDialog dialog(QApplication::activeWindow(), ToQt(title), ToQt(folder));
+  QFileDialog dialog(WorkingForm(), ToQt(title), ToQt(folder));
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return false;
@@ -154,10 +158,7 @@ bool TQtHost::OpenWithSystem(const std::string& target, const std::string& param
 }
 
 void TQtHost::ShowHelp() {
-  if (!help_) {
-    help_ = new TfmHelp;
-    help_->setAttribute(Qt::WA_DeleteOnClose);
-  }
+  if (!help_) help_ = std::make_unique<TfmHelp>();
   help_->showNormal();
   help_->raise();
   help_->activateWindow();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QPointer>
+#include <memory>
 
 #include "core/Host.h"
 
@@ -11,6 +11,9 @@ class TfmHelp;
 // The desktop as the library's host: message boxes, file dialogs, the system's handlers for documents and addresses.
 class TQtHost : public THost {
  public:
+  TQtHost();
+  ~TQtHost() override;
+
   void ProcessMessages() override;
   bool ConfirmOk(const std::string& message) override;
   bool ConfirmYes(const std::string& message) override;
@@ -31,7 +34,7 @@ class TQtHost : public THost {
  private:
   void ShowHelp();
 
-  QPointer<TfmHelp> help_;
+  std::unique_ptr<TfmHelp> help_;  // from its first showing on
 };
 
 // The masks of a filter such as "MySQL script|*.sql", as Qt's dialogs take them: "MySQL script (*.sql)". Masks ignore

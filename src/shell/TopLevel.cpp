@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QMessageBox>
+#include <algorithm>
 #include <exception>
 
 #include "shell/QtText.h"
@@ -14,6 +15,8 @@ namespace velmora {
 namespace {
 
 constexpr char kReportLine[] = "exception message : ";
+constexpr int kShownLines = 20;
+constexpr qsizetype kShownLetters = 1500;
 
 }  // namespace
 
@@ -24,9 +27,27 @@ std::string ShownMessage(const std::string& text) {
   return text;
 }
 
+QString Shortened(const QString& text, qsizetype letters) {
+  QString cut = text.section(QLatin1Char('\n'), 0, kShownLines - 1).left(letters);
+  return cut.size() < text.size() ? cut + QChar(0x2026) : cut;
+}
+
+QWidget* WorkingForm() {
+  if (QWidget* modal = QApplication::activeModalWidget(); modal != nullptr) return modal;
+  QWidgetList windows = QApplication::topLevelWidgets();
+  windows.prepend(QApplication::activeWindow());
+  const auto form = std::find_if(windows.begin(), windows.end(), [](const QWidget* window) {
+    return window != nullptr && window->isVisible() && window->windowType() == Qt::Window &&
+           window->testAttribute(Qt::WA_QuitOnClose);
+  });
+  return form == windows.end() ? nullptr : *form;
+}
+
 void ShowError(const std::string& text) {
-  QMessageBox box(QMessageBox::Critical, ToQt(kProgramTitle), ToQt(ShownMessage(text)), QMessageBox::Ok,
-                  QApplication::activeWindow());
+  const QString message = ToQt(ShownMessage(text));
+  const QString shown = Shortened(message, kShownLetters);
+  QMessageBox box(QMessageBox::Critical, ToQt(kProgramTitle), shown, QMessageBox::Ok, WorkingForm());
+  if (shown != message) box.setDetailedText(message);
   box.setObjectName(QStringLiteral("mbError"));
   box.setTextFormat(Qt::PlainText);
   box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);

@@ -4,9 +4,12 @@
 // handler of a window is connected by Handle, so that none lets an error out into the event loop.
 
 #include <QObject>
+#include <QString>
 #include <functional>
 #include <string>
 #include <utility>
+
+class QWidget;
 
 namespace velmora {
 
@@ -14,7 +17,14 @@ namespace velmora {
 // "exception message : "; what follows that there is shown, anything else whole.
 std::string ShownMessage(const std::string& text);
 
-// Shows the text of an error in a plain message box.
+// A text of many letters or lines, cut to what a box can show on any screen.
+QString Shortened(const QString& text, qsizetype letters);
+
+// The window that messages and dialogs belong to: the modal one, else the one in front, else one that will be. Null
+// when there is none. Windows beside the program, such as the help, are none.
+QWidget* WorkingForm();
+
+// Shows the text of an error in a plain message box. What is too long for one stands whole in its details.
 void ShowError(const std::string& text);
 
 // Runs a handler and shows the error that it raises; a silent abort shows nothing. False when it raised.

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "core/DBConn.h"
 
@@ -13,8 +14,14 @@ struct TTaskConnections {
   std::unique_ptr<TDBConn> reference;
   std::unique_ptr<TDBConn> target;
 
-  // Frees the target and puts `fresh` in its place.
-  void SwapTarget(std::unique_ptr<TDBConn> fresh) { target = std::move(fresh); }
+  // Who ends with the pair anyway takes the old targets here instead of having them freed on the way.
+  std::vector<std::unique_ptr<TDBConn>>* retired = nullptr;
+
+  // Puts `fresh` in the place of the target, which is freed unless somebody takes it.
+  void SwapTarget(std::unique_ptr<TDBConn> fresh) {
+    target.swap(fresh);
+    if (retired != nullptr) retired->push_back(std::move(fresh));
+  }
 };
 
 }  // namespace velmora

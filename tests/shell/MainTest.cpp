@@ -1,10 +1,12 @@
 #include <QElapsedTimer>
 #include <QTabWidget>
-#include <fstream>
+#include <QTimer>
+#include <filesystem>
 
 #include "shell/Commands.h"
 #include "shell/DesktopRig.h"
 #include "util/Files.h"
+#include "util/Format.h"
 
 namespace velmora {
 namespace {
@@ -105,9 +107,16 @@ TEST_F(MainTest, AnalysisShowsTreeTextsScriptAndLog) {
   EXPECT_THAT(rig_.Text("mDDLref"), HasSubstr("fresh"));
   EXPECT_THAT(rig_.Text("mDDLtgt"), IsEmpty());
 
+  Tree().setFocus();
+  rig_.Press(Qt::Key_F9);
+  EXPECT_EQ(QApplication::focusWidget(), &Tree());  // an analysis does not take the keyboard away
+
   auto* details = rig_.Find<QWidget>("pnDetails");
+  rig_.Main().resize(4000, 640);
+  QCoreApplication::processEvents();
   rig_.Main().resize(1101, 640);
   QCoreApplication::processEvents();
+  EXPECT_EQ(rig_.Main().width(), 1101);
   EXPECT_EQ(rig_.Find<QWidget>("pnRef")->width(), details->width() / 2);
 }
 
@@ -129,6 +138,38 @@ TEST_F(MainTest, DeletedActionsLeaveTheScript) {
   EXPECT_THAT(TreeTexts(), IsEmpty());
   EXPECT_FALSE(rig_.Shown("lbEqual"));  // only an analysis brings it up
   EXPECT_EQ(rig_.MessageOfCommand("acDelAction"), "Please select action before deletion");
+}
+
+// Long work lets window messages run: what they bring must not free or change what it works on.
+TEST_F(MainTest, WhileACommandRunsNoOtherDoesAndTheWindowStays) {
+  OpenPair();
+  for (const char* command : {"acAnalyze", "acDelAction", "acSynchronize"}) {
+    SCOPED_TRACE(command);
+    if (Item("New column b") != nullptr) Tree().setCurrentItem(Item("New column b"));
+    bool running = true;
+    int times = 0;
+    QTimer user;
+    user.callOnTimeout([&] {
+      if (!running) return;
+      ++times;
+      rig_.Progress().close();  // which gives the window back to the user
+      for (const char* other : {"acCloseTask", "acAnalyze", "acDelAction", "acExit"})
+        rig_.Main().Command(other)->trigger();
+      rig_.Find<QAction>("acExactDialect")->trigger();
+      rig_.Main().close();
+    });
+    user.start(0);
+    rig_.Main().Command(command)->trigger();
+    running = false;
+    EXPECT_GT(times, 0);
+    EXPECT_TRUE(rig_.Main().isVisible());
+    EXPECT_TRUE(rig_.Shown("panMain"));
+    EXPECT_FALSE(rig_.Find<QAction>("acExactDialect")->isChecked());
+  }
+  EXPECT_THAT(TreeTexts(), ElementsAre("gone", "changed", "  Changed column c", "fresh"));
+  EXPECT_THAT(rig_.Text("mScript"), HasSubstr("foreign_key_checks=1;"));
+  rig_.Trigger("acExit");
+  EXPECT_FALSE(rig_.Main().isVisible());
 }
 
 TEST_F(MainTest, TheWholeRoadEndsInIdenticalDatabases) {
@@ -259,6 +300,29 @@ TEST_F(MainTest, PlaceAndOptionsAreKeptFromRunToRun) {
   WriteFileText(rig_.folder / "Velmora.settings", "<root><Window><State>0</State><Left>5</Left></Window></root>");
   rig_.Start();  // a broken file is passed over
   EXPECT_EQ(rig_.Main().size(), QSize(1000, 700));
+
+  for (const auto& [left, top] : {std::pair(0, 0), std::pair(50000, 40), std::pair(40, -600)}) {  // a lost screen
+    WriteFileText(rig_.folder / "Velmora.settings",
+                  Format("<root><Window><State>0</State><Left>%d</Left><Top>%d</Top><Width>640</Width>"
+                         "<Height>480</Height></Window></root>",
+                         left, top));
+    rig_.Start();
+    EXPECT_TRUE(rig_.Main().screen()->geometry().contains(rig_.Main().geometry())) << left;
+    EXPECT_EQ(rig_.Main().size(), QSize(640, 480));
+    EXPECT_EQ(rig_.Main().testAttribute(Qt::WA_Moved), left == 0);
+  }
+}
+
+TEST_F(MainTest, OptionsThatCannotBeWrittenAreToldAndTheWindowCloses) {
+  std::filesystem::create_directory(rig_.folder / "options.values");
+  std::string message;
+  WhenModal([&](QWidget* box) {
+    message = FromQt(box->property("text").toString());
+    box->close();
+  });
+  rig_.Main().close();
+  EXPECT_THAT(message, HasSubstr("options.values"));
+  EXPECT_FALSE(rig_.Main().isVisible());
 }
 
 TEST_F(MainTest, CommandsOfTheProgram) {

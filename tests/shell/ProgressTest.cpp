@@ -88,6 +88,28 @@ TEST_F(ProgressTest, BarsCountTheirSteps) {
   progress_.Finish();
 }
 
+TEST_F(ProgressTest, AWindowBesideTheProgramIsNotTheOneThatWorks) {
+  QWidget help;
+  help.setAttribute(Qt::WA_QuitOnClose, false);
+  help.show();
+  QApplication::setActiveWindow(&help);
+  progress_.ShowSimple("Simple");
+  EXPECT_EQ(progress_.DisabledForm(), &form_);
+  progress_.Finish();
+}
+
+TEST(TopLevelTest, TextsThatFillTheScreenAreCut) {
+  EXPECT_EQ(Shortened(QStringLiteral("short\ntext"), 80), QStringLiteral("short\ntext"));
+  EXPECT_EQ(Shortened(QStringLiteral("0123456789"), 4), QStringLiteral("0123\u2026"));
+  const QString lines = QStringLiteral("a long line of a report\n").repeated(500);
+  WhenModal([&](QWidget* box) {
+    EXPECT_LT(box->height(), 700);
+    EXPECT_EQ(dynamic_cast<QMessageBox&>(*box).detailedText(), lines);
+    box->close();
+  });
+  ShowError(lines.toStdString());
+}
+
 TEST(TopLevelTest, ShowsTheTextOfErrorsAndGoesOn) {
   struct TCase {
     const char* text;

@@ -15,11 +15,11 @@ using TTexts = std::vector<std::string>;
 }  // namespace
 
 std::string TSchemaGenerator::Name(const char* prefix) {
-  static const TTexts kTails = {"",    "",    "",     "",      " blank", "`tick", "'quote", "\"double", ";semi",
-                                "-- ", "/*c", "(p)",  ", ",    "%d",     "\\b",   "ÄöЖ",    "#hash",    ".dot",
-                                "-",   "=",   "@var", "?what", "[x]"};
-  static const TTexts kReserved = {"order", "select", "key",  "table", "index", "from", "default",
-                                   "check", "first",  "after", "null",  "comment"};
+  static const TTexts kTails = {"",      "",     "",    "",    " blank", "`tick", "'quote", "\"double",
+                                ";semi", "-- ",  "/*c", "(p)", ", ",     "%d",    "\\b",    "ÄöЖ",
+                                "#hash", ".dot", "-",   "=",   "@var",   "?what", "[x]"};
+  static const TTexts kReserved = {"order",   "select", "key",   "table", "index", "from",
+                                   "default", "check",  "first", "after", "null",  "comment"};
   const int number = ++named_;
   if (random_.Chance(5)) return random_.Pick(kReserved) + (random_.Chance(30) ? "" : std::to_string(number));
   std::string tail = random_.Pick(kTails);
@@ -103,7 +103,7 @@ TKeyModel TSchemaGenerator::Key(const TTableModel& table, EKeyModel kind) {
   if (kind == EKeyModel::Plain || kind == EKeyModel::Unique) {
     static const TTexts kMethods = {" using btree", " using hash", ""};
     if (random_.Chance(20)) key.options += random_.Pick(kMethods);
-    if (random_.Chance(6)) key.options += " ignored";
+    if (kind == EKeyModel::Plain && random_.Chance(6)) key.options += " ignored";
   }
   if (random_.Chance(12)) key.options += " comment " + SqlText("k'; -- (" + std::to_string(random_.Below(9)));
   return key;
@@ -220,8 +220,8 @@ void TSchemaGenerator::SetPartitions(TTableModel& table) {
 }
 
 TTableModel TSchemaGenerator::Table() {
-  static const TTexts kEngines = {"InnoDB", "InnoDB", "InnoDB", "InnoDB", "InnoDB", "InnoDB",
-                                  "InnoDB", "Aria",   "MyISAM", "MEMORY"};
+  static const TTexts kEngines = {"InnoDB", "InnoDB", "InnoDB", "InnoDB", "InnoDB",
+                                  "InnoDB", "InnoDB", "Aria",   "MyISAM", "MEMORY"};
   TTableModel table;
   table.name = Name("t");
   table.engine = random_.Pick(kEngines);

@@ -133,8 +133,8 @@ std::string CreateStatement(const TTableModel& table) {
     line("constraint " + SqlName(check.name) + " check (" + WithName(check.expression, check.column) + ")");
   }
   for (const auto& key : table.foreign_keys) line(ForeignKeyText(key));
-  std::string text = "create table " + SqlName(table.name) + " (" + body + "\n) engine=" + table.engine + " default " +
-                     table.charset;
+  std::string text =
+      "create table " + SqlName(table.name) + " (" + body + "\n) engine=" + table.engine + " default " + table.charset;
   for (const auto& option : table.options) text += " " + option.name + "=" + option.value;
   if (!table.partitioning.empty()) text += "\n" + WithName(table.partitioning, table.partition_column);
   return text;

@@ -30,10 +30,10 @@ enum class EFamily { Whole, Number, Bit, Letters, LongLetters, Bytes, LongBytes,
 
 struct TTypeModel {
   EFamily family = EFamily::Whole;
-  std::string text;     // "int(7) unsigned", "enum('a','b')"
-  std::string charset;  // a clause, as "character set latin1 collate latin1_bin"; empty where it is the table's
-  std::size_t length = 0;             // in letters or bytes, of what has one
-  bool compressed = false;            // a COMPRESSED column
+  std::string text;         // "int(7) unsigned", "enum('a','b')"
+  std::string charset;      // a clause, as "character set latin1 collate latin1_bin"; empty where it is the table's
+  std::size_t length = 0;   // in letters or bytes, of what has one
+  bool compressed = false;  // a COMPRESSED column
   std::vector<std::string> samples;   // two different values in SQL, the least and the greatest where there are such
   std::vector<std::string> defaults;  // in SQL, with "on update" where it has one
 

@@ -69,7 +69,9 @@ void TSchemaGenerator::RenameColumn(TSchemaModel& schema, TTableModel& table, TC
 }
 
 void TSchemaGenerator::MoveColumn(TTableModel& table) {
-  const auto any = [&] { return table.columns.begin() + static_cast<std::ptrdiff_t>(random_.Below(table.columns.size())); };
+  const auto any = [&] {
+    return table.columns.begin() + static_cast<std::ptrdiff_t>(random_.Below(table.columns.size()));
+  };
   const auto from = any();
   const auto to = any();
   if (from < to) std::rotate(from, from + 1, to + 1);
@@ -90,7 +92,8 @@ void TSchemaGenerator::MutateColumn(TSchemaModel& schema, TTableModel& table) {
       column.not_null = !column.not_null;
       break;
     case 4:
-      column.default_value = column.type.defaults.empty() || random_.Chance(30) ? "" : random_.Pick(column.type.defaults);
+      column.default_value =
+          column.type.defaults.empty() || random_.Chance(30) ? "" : random_.Pick(column.type.defaults);
       break;
     case 5:
       column.invisible = !column.invisible;

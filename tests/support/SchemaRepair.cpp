@@ -18,7 +18,8 @@ bool IsPartitioned(const TTableModel& table) { return !table.partitioning.empty(
 
 void RepairNames(TTableModel& table) {
   std::set<std::string> names;
-  std::erase_if(table.columns, [&](const TColumnModel& column) { return !names.insert(LowerText(column.name)).second; });
+  std::erase_if(table.columns,
+                [&](const TColumnModel& column) { return !names.insert(LowerText(column.name)).second; });
   std::set<std::string> keys;
   std::erase_if(table.keys, [&](const TKeyModel& key) { return !keys.insert(LowerText(key.name)).second; });
   std::set<std::string> checks;
@@ -52,13 +53,16 @@ void RepairColumns(TTableModel& table) {
       column.default_value.clear();
       column.check.clear();  // servers refuse it to be read by checks
     }
+    // The text of the check would hold the literal in that character set, which cannot be read back.
+    if (column.type.HasLetters() && !FulltextCharset(table.CharsetOf(column))) column.check.clear();
     // A timestamp without a default has one that depends on its place in the table and on the server's mode.
     if (column.type.text.starts_with("timestamp") && column.not_null && column.default_value.empty()) {
       column.default_value = column.type.defaults.front();
     }
     if (column.invisible && column.not_null && column.default_value.empty()) column.invisible = false;
   }
-  const bool visible = std::any_of(table.columns.begin(), table.columns.end(), [](const auto& c) { return !c.invisible; });
+  const bool visible =
+      std::any_of(table.columns.begin(), table.columns.end(), [](const auto& c) { return !c.invisible; });
   if (!visible) table.columns.front().invisible = false;
 }
 
@@ -66,15 +70,16 @@ void RepairColumns(TTableModel& table) {
 void RepairEngine(TTableModel& table) {
   if (table.engine != "MEMORY") return;
   const auto is_long = [](const TColumnModel& column) {
-    return column.type.compressed || column.type.family == EFamily::LongLetters || column.type.family == EFamily::Json ||
-           column.type.family == EFamily::LongBytes || column.type.family == EFamily::Shape;
+    return column.type.compressed || column.type.family == EFamily::LongLetters ||
+           column.type.family == EFamily::Json || column.type.family == EFamily::LongBytes ||
+           column.type.family == EFamily::Shape;
   };
   if (std::any_of(table.columns.begin(), table.columns.end(), is_long)) table.engine = "Aria";
 }
 
 // --- Keys
 
-bool Fits(const TTableModel& table, const TKeyModel& key, TKeyPartModel& part) {
+bool Fits(const TTableModel& table, const TKeyModel& key, const TKeyPartModel& part) {
   const TColumnModel* column = table.Find(part.column);
   if (column == nullptr) return false;
   const TTypeModel& type = column->type;
@@ -85,24 +90,34 @@ bool Fits(const TTableModel& table, const TKeyModel& key, TKeyPartModel& part) {
     case EKeyModel::Spatial:
       return type.family == EFamily::Shape && column->not_null;
     default:
-      if (key.Unique() && column->Generated()) return false;
+      if (column->Generated() && (key.Unique() || table.engine == "Aria")) return false;
       if (key.kind == EKeyModel::Primary && !column->not_null) return false;
-      if (part.prefix > 0 ? !type.TakesPrefix() : !type.InKeys()) part.prefix = type.InKeys() ? 0 : 5;
       return type.InKeys() || type.TakesPrefix();
   }
 }
 
-
 void RepairKey(const TTableModel& table, TKeyModel& key) {
+  constexpr std::size_t kPrefix = 5;
   std::set<std::string> seen;
-  std::erase_if(key.parts, [&](TKeyPartModel& part) {
+  std::erase_if(key.parts, [&](const TKeyPartModel& part) {
     return !Fits(table, key, part) || !seen.insert(LowerText(part.column)).second;
   });
+  for (TKeyPartModel& part : key.parts) {
+    const TTypeModel& type = table.Find(part.column)->type;
+    if (key.kind == EKeyModel::Fulltext || key.kind == EKeyModel::Spatial)
+      part = {part.column};
+    else if (part.prefix > 0 ? !type.TakesPrefix() : !type.InKeys())
+      part.prefix = type.InKeys() ? 0 : kPrefix;
+  }
+  // A key may not be ignored once it is the table's only unique one, and there is no hash of counters.
+  if (key.Unique() && key.options.find("ignored") != std::string::npos) key.options.clear();
+  const bool counts = std::any_of(table.columns.begin(), table.columns.end(),
+                                  [](const TColumnModel& column) { return column.auto_increment; });
+  if (key.options.find("hash") != std::string::npos && (counts || table.engine == "Aria")) key.options.clear();
   if (key.kind == EKeyModel::Fulltext && !key.parts.empty()) {
     const std::string charset = table.CharsetOf(*table.Find(key.parts.front().column));
-    std::erase_if(key.parts, [&](const TKeyPartModel& part) {
-      return table.CharsetOf(*table.Find(part.column)) != charset;
-    });
+    std::erase_if(key.parts,
+                  [&](const TKeyPartModel& part) { return table.CharsetOf(*table.Find(part.column)) != charset; });
   }
 }
 
@@ -113,16 +128,20 @@ void RepairKeys(TTableModel& table) {
     return key.parts.empty() || (plain && (IsPartitioned(table) || table.engine == "MEMORY"));
   });
   for (TColumnModel& column : table.columns) {
-    column.auto_increment = column.auto_increment && std::any_of(table.keys.begin(), table.keys.end(), [&](const auto& k) {
-                              return k.kind != EKeyModel::Fulltext && k.parts.front().column == column.name;
-                            });
+    column.auto_increment =
+        column.auto_increment && std::any_of(table.keys.begin(), table.keys.end(), [&](const auto& k) {
+          return k.kind != EKeyModel::Fulltext && k.parts.front().column == column.name;
+        });
   }
 }
 
 void RepairPartitions(TTableModel& table) {
   if (!IsPartitioned(table)) return;
   TColumnModel* column = table.Find(table.partition_column);
-  if (column == nullptr || column->type.family != EFamily::Whole || column->Generated() || table.engine == "MEMORY") {
+  const bool shapes = std::any_of(table.columns.begin(), table.columns.end(),
+                                  [](const TColumnModel& other) { return other.type.family == EFamily::Shape; });
+  if (shapes || column == nullptr || column->type.family != EFamily::Whole || column->Generated() ||
+      table.engine == "MEMORY") {
     table.partitioning.clear();
     return;
   }
@@ -172,10 +191,13 @@ void RepairOptions(TTableModel& table) {
 
 bool IsKeyOf(const TTableModel& parent, const std::vector<std::string>& columns) {
   return std::any_of(parent.keys.begin(), parent.keys.end(), [&](const TKeyModel& key) {
-    if (key.kind == EKeyModel::Fulltext || key.kind == EKeyModel::Spatial || key.parts.size() < columns.size()) return false;
-    return std::equal(columns.begin(), columns.end(), key.parts.begin(), [](const auto& column, const auto& part) {
-      return column == part.column && part.prefix == 0 && !part.descending;
-    }) && key.options.find("ignored") == std::string::npos && key.options.find("hash") == std::string::npos;
+    if (key.kind == EKeyModel::Fulltext || key.kind == EKeyModel::Spatial || key.parts.size() < columns.size())
+      return false;
+    return std::equal(columns.begin(), columns.end(), key.parts.begin(),
+                      [](const auto& column, const auto& part) {
+                        return column == part.column && part.prefix == 0 && !part.descending;
+                      }) &&
+           key.options.find("ignored") == std::string::npos && key.options.find("hash") == std::string::npos;
   });
 }
 
@@ -221,7 +243,7 @@ void Repair(TSchemaModel& schema) {
     RepairOptions(table);
     std::erase_if(table.checks, [&](const TCheckModel& check) {
       const TColumnModel* column = table.Find(check.column);
-      return column == nullptr || column->auto_increment;
+      return column == nullptr || column->auto_increment || !FulltextCharset(table.CharsetOf(*column));
     });
   }
   for (TTableModel& table : schema.tables) {

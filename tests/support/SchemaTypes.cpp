@@ -16,12 +16,12 @@ struct TWhole {
   const char* most;
   const char* most_unsigned;
 };
-constexpr std::array<TWhole, 5> kWholes{{{"tinyint", "-128", "127", "255"},
-                                         {"smallint", "-32768", "32767", "65535"},
-                                         {"mediumint", "-8388608", "8388607", "16777215"},
-                                         {"int", "-2147483648", "2147483647", "4294967295"},
-                                         {"bigint", "-9223372036854775808", "9223372036854775807",
-                                          "18446744073709551615"}}};
+constexpr std::array<TWhole, 5> kWholes{
+    {{"tinyint", "-128", "127", "255"},
+     {"smallint", "-32768", "32767", "65535"},
+     {"mediumint", "-8388608", "8388607", "16777215"},
+     {"int", "-2147483648", "2147483647", "4294967295"},
+     {"bigint", "-9223372036854775808", "9223372036854775807", "18446744073709551615"}}};
 
 TTypeModel Whole(TRandom& r) {
   const TWhole& row = r.Pick(kWholes);
@@ -46,17 +46,18 @@ TTypeModel Decimal(TRandom& r) {
   std::string most = std::string(digits - fraction, '9') + (fraction > 0 ? "." + std::string(fraction, '9') : "");
   const bool is_unsigned = r.Chance(25);
   const std::string least = is_unsigned ? "0" : "-" + most;
-  TTypeModel type{EFamily::Number, Format("decimal(%d,%d)", digits, fraction), "", 0, false, {least, std::move(most)},
-                  {"0", "4.99", "'1.50'", "(3 / 2)"}};
+  TTypeModel type{EFamily::Number,          Format("decimal(%d,%d)", digits, fraction), "", 0, false,
+                  {least, std::move(most)}, {"0", "4.99", "'1.50'", "(3 / 2)"}};
   if (is_unsigned) type.text += r.Chance(20) ? " unsigned zerofill" : " unsigned";
   if (!is_unsigned) type.defaults.push_back("-1.5");
   return type;
 }
 
 TTypeModel Floating(TRandom& r) {
-  static const TTexts kTexts = {"float", "double", "float(7,4)", "double(16,4)", "float unsigned", "double(9,2) unsigned",
-                                "double precision", "float(30)"};
-  return {EFamily::Number, r.Pick(kTexts), "", 0, false, {"0.5", "512.25"}, {"0", "1.5", "'2.25'", "1e3", "(pi())"}};
+  static const TTexts kTexts = {
+      "float",    "double", "float(7,4)", "double(16,4)", "float unsigned", "double(9,2) unsigned", "double precision",
+      "float(30)"};
+  return {EFamily::Number, r.Pick(kTexts), "", 0, false, {"0.5", "512.25"}, {"0", "1.5", "'2.25'", "1e2", "(pi())"}};
 }
 
 TTypeModel Bit(TRandom& r) {
@@ -66,8 +67,9 @@ TTypeModel Bit(TRandom& r) {
 }
 
 const TTexts& LetterDefaults() {
-  static const TTexts kDefaults = {"''", "'x'", "'it''s'", "'a,b'", "'\\\\'", "')('", "'\"`;--'", "' y'",
-                                   "(concat('a', ''';'))", "'null'", "(uuid())"};
+  static const TTexts kDefaults = {
+      "''",     "'x'",     "'it''s'", "'a,b'", "'\\\\'", "')('", "'\"`;--'", "' y'", "(concat('a', ''';'))",
+      "'null'", "(uuid())"};
   return kDefaults;
 }
 
@@ -105,8 +107,13 @@ TTypeModel Bytes(TRandom& r) {
   static constexpr std::size_t kLengths[] = {1, 16, 40, 255, 600};
   const bool fixed = r.Chance(35);
   const std::size_t length = fixed ? kLengths[r.Below(3)] : r.Pick(kLengths);
-  return {EFamily::Bytes, Format(fixed ? "binary(%d)" : "varbinary(%d)", length), "", length, false,
-          {"''", Format("repeat(x'ff', %d)", length)}, {"''", "'x'", "x'41'", "(unhex('42'))"}};
+  return {EFamily::Bytes,
+          Format(fixed ? "binary(%d)" : "varbinary(%d)", length),
+          "",
+          length,
+          false,
+          {"''", Format("repeat(x'ff', %d)", length)},
+          {"''", "'x'", "x'41'", "(unhex('42'))"}};
 }
 
 TTypeModel LongBytes(TRandom& r) {
@@ -123,8 +130,13 @@ TTypeModel Members(TRandom& r) {
   const std::size_t last = first + 2 + r.Below(kMembers.size() - first - 2);
   std::string list = kMembers[first];
   for (std::size_t i = first + 1; i < last; ++i) list += "," + kMembers[i];
-  return {EFamily::Members, (r.Chance(70) ? "enum(" : "set(") + list + ")", AnyCharset(r), 0, false,
-          {kMembers[first], kMembers[last - 1]}, {kMembers[first], kMembers[first + 1]}};
+  return {EFamily::Members,
+          (r.Chance(70) ? "enum(" : "set(") + list + ")",
+          AnyCharset(r),
+          0,
+          false,
+          {kMembers[first], kMembers[last - 1]},
+          {kMembers[first], kMembers[first + 1]}};
 }
 
 TTypeModel Time(TRandom& r) {
@@ -134,33 +146,56 @@ TTypeModel Time(TRandom& r) {
   const std::string now = "current_timestamp" + width;
   switch (r.Below(5)) {
     case 0:
-      return {EFamily::Time, "date", "", 0, false, {"'1000-01-01'", "'9999-12-31'"},
+      return {EFamily::Time,
+              "date",
+              "",
+              0,
+              false,
+              {"'1000-01-01'", "'9999-12-31'"},
               {"'2005-01-01'", "'0000-00-00'", "(curdate())"}};
     case 1:
-      return {EFamily::Time, "time" + width, "", 0, false, {"'-838:59:59'", "'838:59:58" + fraction + "'"},
+      return {EFamily::Time,
+              "time" + width,
+              "",
+              0,
+              false,
+              {"'-838:59:59'", "'838:59:58" + fraction + "'"},
               {"'00:00:00'", "'-12:30:00'", "(curtime())"}};
     case 2:
       return {EFamily::Time, "year", "", 0, false, {"'1901'", "'2155'"}, {"1999", "'2010'", "(year(curdate()))"}};
     case 3:
-      return {EFamily::Time, "datetime" + width, "", 0, false,
+      return {EFamily::Time,
+              "datetime" + width,
+              "",
+              0,
+              false,
               {"'1000-01-01 00:00:00'", "'9999-12-31 23:59:58" + fraction + "'"},
               {"'2005-01-01 12:00:00'", "'0000-00-00 00:00:00'", now, now + " on update " + now,
                "(now() + interval 1 day)"}};
     default:
-      return {EFamily::Time, "timestamp" + width, "", 0, false,
+      return {EFamily::Time,
+              "timestamp" + width,
+              "",
+              0,
+              false,
               {"'1970-02-01 00:00:01'", "'2037-12-31 23:59:58" + fraction + "'"},
               {"'2005-01-01 12:00:00'", "'0000-00-00 00:00:00'", now, now + " on update " + now}};
   }
 }
 
 TTypeModel Json(TRandom&) {
-  return {EFamily::Json, "json", "", 60, false, {"'{}'", "'[1, \"two\"]'"}, {"'{\"a\": 1}'", "(json_array(1, 'it''s'))"}};
+  return {
+      EFamily::Json, "json", "", 60, false, {"'{}'", "'[1, \"two\"]'"}, {"'{\"a\": 1}'", "(json_array(1, 'it''s'))"}};
 }
 
 TTypeModel Address(TRandom& r) {
   switch (r.Below(3)) {
     case 0:
-      return {EFamily::Address, "uuid", "", 0, false,
+      return {EFamily::Address,
+              "uuid",
+              "",
+              0,
+              false,
               {"'00000000-0000-0000-0000-000000000000'", "'ffffffff-ffff-ffff-ffff-ffffffffffff'"},
               {"uuid()", "'123e4567-e89b-12d3-a456-426655440000'"}};
     case 1:
@@ -189,8 +224,10 @@ TTypeModel Shape(TRandom& r) {
   return {EFamily::Shape, row.type, "", 0, false, {sample, sample}, {}};
 }
 
-TTypeModel Narrow(EFamily family, std::string text, std::size_t length = 0) {
-  return {family, std::move(text), "", length, false, {}, {}};
+TTypeModel Number(const char* text) { return {EFamily::Whole, text, "", 0, false, {"0", "1"}, {"0"}}; }
+
+TTypeModel Text(std::size_t length) {
+  return {EFamily::Letters, Format("varchar(%d)", length), "", length, false, {"''", "'w'"}, {"'x'"}};
 }
 
 }  // namespace
@@ -204,33 +241,33 @@ TTypeModel TypeOf(EFamily family, TRandom& r) {
 }
 
 TTypeModel AnyType(TRandom& r) {
-  static constexpr EFamily kFamilies[] = {
-      EFamily::Whole,     EFamily::Whole,   EFamily::Whole, EFamily::Number, EFamily::Number,
-      EFamily::Bit,       EFamily::Letters, EFamily::Letters, EFamily::Letters, EFamily::LongLetters,
-      EFamily::Bytes,     EFamily::LongBytes, EFamily::Members, EFamily::Members, EFamily::Time,
-      EFamily::Time,      EFamily::Json,    EFamily::Address, EFamily::Shape};
+  static constexpr EFamily kFamilies[] = {EFamily::Whole,   EFamily::Whole,       EFamily::Whole,   EFamily::Number,
+                                          EFamily::Number,  EFamily::Bit,         EFamily::Letters, EFamily::Letters,
+                                          EFamily::Letters, EFamily::LongLetters, EFamily::Bytes,   EFamily::LongBytes,
+                                          EFamily::Members, EFamily::Members,     EFamily::Time,    EFamily::Time,
+                                          EFamily::Json,    EFamily::Address,     EFamily::Shape};
   return TypeOf(r.Pick(kFamilies), r);
 }
 
 TComputation AnyComputation(const TTypeModel& base, TRandom& r) {
   switch (base.family) {
     case EFamily::Whole:
-      if (r.Chance(30)) return {"%s is null or %s between 1 and 7", Narrow(EFamily::Whole, "tinyint(1)")};
-      return {r.Chance(50) ? "%s % 10" : "case when %s > 3 then 1 else 0 end", Narrow(EFamily::Whole, "bigint")};
+      if (r.Chance(30)) return {"%s is null or %s between 1 and 7", Number("tinyint(1)")};
+      return {r.Chance(50) ? "%s % 10" : "case when %s > 3 then 1 else 0 end", Number("bigint")};
     case EFamily::Number:
-      return {"%s > 1.5", Narrow(EFamily::Whole, "int")};
+      return {"%s > 1.5", Number("int")};
     case EFamily::Letters:
     case EFamily::LongLetters:
-      if (r.Chance(40)) return {"char_length(%s)", Narrow(EFamily::Whole, "int unsigned")};
-      return {r.Chance(50) ? "left(%s, 5)" : "concat(left(%s, 3), ''';', left(%s, 3))",
-              Narrow(EFamily::Letters, "varchar(20)", 20)};
+      if (base.text.starts_with("char")) return {};  // what they are depends on the session's mode
+      if (r.Chance(40)) return {"char_length(%s)", Number("int unsigned")};
+      return {r.Chance(50) ? "left(%s, 5)" : "concat(left(%s, 3), ''';', left(%s, 3))", Text(20)};
     case EFamily::Bytes:
     case EFamily::LongBytes:
-      return {"length(%s)", Narrow(EFamily::Whole, "int")};
+      return {"length(%s)", Number("int")};
     case EFamily::Members:
-      return {"%s + 0", Narrow(EFamily::Whole, "bigint")};
+      return {"%s + 0", Number("bigint")};
     case EFamily::Json:
-      return {"json_value(%s, '$.a')", Narrow(EFamily::Letters, "varchar(60)", 60)};
+      return {"json_value(%s, '$.a')", Text(60)};
     default:
       return {};
   }
@@ -269,13 +306,11 @@ std::string AnyCharset(TRandom& r) {
 }
 
 std::string AnyTableCharset(TRandom& r) {
-  static const TTexts kCharsets = {"character set utf8mb4 collate utf8mb4_general_ci",
-                                   "character set utf8mb4 collate utf8mb4_general_ci",
-                                   "character set utf8mb4 collate utf8mb4_unicode_ci",
-                                   "character set utf8mb4 collate utf8mb4_bin",
-                                   "character set utf8mb3 collate utf8mb3_general_ci",
-                                   "character set latin1 collate latin1_swedish_ci",
-                                   "character set latin1 collate latin1_bin"};
+  static const TTexts kCharsets = {
+      "character set utf8mb4 collate utf8mb4_general_ci", "character set utf8mb4 collate utf8mb4_general_ci",
+      "character set utf8mb4 collate utf8mb4_unicode_ci", "character set utf8mb4 collate utf8mb4_bin",
+      "character set utf8mb3 collate utf8mb3_general_ci", "character set latin1 collate latin1_swedish_ci",
+      "character set latin1 collate latin1_bin"};
   return r.Pick(kCharsets);
 }
 

@@ -1,0 +1,54 @@
+// Runs seeds of the convergence test, as many as are asked for: see scripts/converge.
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "support/Convergence.h"
+
+namespace {
+
+constexpr char kUsage[] =
+    "usage: velmora-converge COUNT [FIRST_SEED]\n"
+    "       velmora-converge --tables TABLES SEED\n";
+
+struct TCounts {
+  std::size_t seeds = 0;
+  std::size_t misses = 0;
+  std::size_t statements = 0;
+  std::size_t rows = 0;
+};
+
+void Run(unsigned long long seed, std::size_t tables, TCounts& counts) {
+  const auto result = velmora::testing::Converge(seed, tables);
+  ++counts.seeds;
+  counts.statements += result.statements;
+  counts.rows += result.rows;
+  if (result.fault.empty()) return;
+  ++counts.misses;
+  const std::string again = tables > 0 ? "--tables " + std::to_string(tables) + " " : "1 ";
+  std::printf("seed %llu missed: %s\nrepeat it with: scripts/converge %s%llu\n\n", seed, result.fault.c_str(),
+              again.c_str(), seed);
+  std::fflush(stdout);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const bool large = argc == 4 && std::string(argv[1]) == "--tables";
+  if (!large && argc != 2 && argc != 3) {
+    std::fputs(kUsage, stderr);
+    return 2;
+  }
+  const auto number = [&](int at) { return std::strtoull(argv[at], nullptr, 10); };
+  TCounts counts;
+  if (large) {
+    Run(number(3), number(2), counts);
+  } else {
+    const unsigned long long first = argc == 3 ? number(2) : 1;
+    for (unsigned long long i = 0; i < number(1); ++i) Run(first + i, 0, counts);
+  }
+  std::printf("%zu seeds, %zu missed, %zu statements, %zu rows\n", counts.seeds, counts.misses, counts.statements,
+              counts.rows);
+  return counts.misses == 0 ? 0 : 1;
+}

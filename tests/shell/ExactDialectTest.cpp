@@ -1,0 +1,216 @@
+// The menu Extras: its one check item, and what the window does differently while that is on.
+
+#include <QMenu>
+#include <QMenuBar>
+#include <QScrollBar>
+#include <QTabWidget>
+#include <algorithm>
+
+#include "shell/DesktopRig.h"
+
+namespace velmora {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+using velmora::testing::TDesktopRig;
+using velmora::testing::TLiveDatabase;
+
+constexpr int kDifferenceMark = 2;  // of the editor
+
+// A pair with an unsafe change (a narrower column), one that the standard dialect does not know (a comment), and tables
+// of which one text is much longer than the other.
+class ExactDialectTest : public ::testing::Test {
+ protected:
+  ExactDialectTest() : reference_("exact_ref"), target_("exact_tgt") {
+    reference_.Run("create table narrow (a int, c varchar(5)) comment 'R&D'");
+    target_.Run("create table narrow (a int, c varchar(50))");
+    reference_.Run("create table tall (" + Columns(300) + ")");
+    target_.Run("create table tall (" + Columns(60) + ")");
+    rig_.NewTask("exact_ref", "exact_tgt");
+  }
+
+  static std::string Columns(int count) {
+    std::string text;
+    for (int i = 0; i < count; ++i) text += (i > 0 ? ", c" : "c") + std::to_string(i) + " int";
+    return text;
+  }
+  QAction& Exact() { return *rig_.Find<QAction>("acExactDialect"); }
+  void Toggle() {
+    Exact().trigger();
+    QCoreApplication::processEvents();
+  }
+  QTreeWidget& Tree() { return *rig_.Find<QTreeWidget>("tlActions"); }
+  void Focus(const char* table) {
+    Tree().setCurrentItem(Tree().findItems(QLatin1String(table), Qt::MatchExactly).constFirst());
+  }
+  TSqlEdit& Panel(const char* name) { return dynamic_cast<TSqlEdit&>(*rig_.Find<QWidget>(name)); }
+  TStringList MarkedLines(const char* panel) {
+    TStringList lines;
+    TSqlEdit& edit = Panel(panel);
+    for (int line = 0; line < edit.lines(); ++line)
+      if ((edit.markersAtLine(line) & (1U << kDifferenceMark)) != 0) lines.push_back(edit.LineBytes(line));
+    return lines;
+  }
+  // Runs the script, with that answer to the question; gives the question.
+  std::string Synchronize(const char* answer) {
+    std::string question;
+    WhenModal([&](QWidget* box) {
+      question = FromQt(box->property("text").toString());
+      for (QAbstractButton* button : box->findChildren<QAbstractButton*>())
+        if (button->text().remove(QLatin1Char('&')) == QLatin1String(answer)) return button->click();
+      box->close();
+    });
+    rig_.Trigger("acSynchronize");
+    return question;
+  }
+  std::string Title() { return FromQt(rig_.Main().windowTitle()); }
+
+  TLiveDatabase reference_;
+  TLiveDatabase target_;
+  TDesktopRig rig_;
+};
+
+TEST_F(ExactDialectTest, IsOneCheckItemOfTheOpenTask) {
+  const QList<QAction*> menus = rig_.Main().menuBar()->actions();
+  const auto extras =
+      std::ranges::find_if(menus, [](const QAction* menu) { return menu->text() == QStringLiteral("E&xtras"); });
+  ASSERT_NE(extras, menus.end());
+  EXPECT_EQ((*extras)->menu()->actions(), QList<QAction*>{&Exact()});
+  EXPECT_EQ(Exact().text(), QStringLiteral("Exact dialect"));
+  EXPECT_TRUE(Exact().isEnabled());
+  EXPECT_FALSE(Exact().isChecked());
+
+  Toggle();
+  EXPECT_THAT(Title(), EndsWith(" (exact dialect)"));
+  rig_.host->chosen = rig_.folder / "exact.vlt";
+  rig_.Trigger("acSaveTaskAs");
+  EXPECT_TRUE(Exact().isChecked());
+  rig_.Trigger("acCloseTask");
+  EXPECT_FALSE(Exact().isEnabled());
+  EXPECT_FALSE(Exact().isChecked());
+  EXPECT_THAT(Title(), StartsWith("Velmora"));
+  EXPECT_THAT(Title(), Not(HasSubstr("exact")));
+  rig_.Trigger("acOpenTask");
+  EXPECT_TRUE(Exact().isChecked());  // kept in the file
+  rig_.NewTask("exact_ref", "exact_tgt");
+  EXPECT_FALSE(Exact().isChecked());
+}
+
+TEST_F(ExactDialectTest, WhatOneDialectFoundIsGoneInTheOther) {
+  const auto expect_nothing = [this](const char* when) {
+    SCOPED_TRACE(when);
+    EXPECT_EQ(Tree().topLevelItemCount(), 0);
+    for (const char* editor : {"mScript", "mDDLref", "mDDLtgt"}) EXPECT_THAT(rig_.Text(editor), IsEmpty()) << editor;
+    EXPECT_THAT(MarkedLines("mDDLref"), IsEmpty());
+    EXPECT_TRUE(rig_.Shown("page"));
+  };
+  const auto analyze = [this] {
+    rig_.Trigger("acAnalyze");
+    Focus("narrow");
+    EXPECT_THAT(rig_.Text("mScript"), Not(IsEmpty()));
+  };
+  analyze();
+  Toggle();
+  expect_nothing("standard to exact");
+  analyze();
+  Toggle();
+  expect_nothing("exact to standard");
+  Toggle();
+  analyze();
+  rig_.NewTask("exact_ref", "exact_tgt");
+  expect_nothing("a new task");
+}
+
+TEST_F(ExactDialectTest, PanelsShowTheServersTextsWithMarkedLines) {
+  rig_.Trigger("acAnalyze");
+  Focus("narrow");
+  EXPECT_THAT(rig_.Text("mDDLref"), Not(HasSubstr("COMMENT=")));
+  EXPECT_THAT(MarkedLines("mDDLref"), IsEmpty());
+
+  Toggle();
+  rig_.Trigger("acAnalyze");
+  Focus("narrow");
+  EXPECT_THAT(rig_.Text("mDDLref"), HasSubstr("COMMENT='R&D'"));
+  EXPECT_THAT(MarkedLines("mDDLref"), ::testing::ElementsAre(HasSubstr("`c` varchar(5)"), HasSubstr("COMMENT='R&D'")));
+  EXPECT_THAT(MarkedLines("mDDLtgt"), ::testing::ElementsAre(HasSubstr("`c` varchar(50)"), StartsWith(")")));
+}
+
+TEST_F(ExactDialectTest, PanelsScrollTogetherUpToTheEndOfEach) {
+  const auto bar = [this](const char* panel) { return Panel(panel).verticalScrollBar(); };
+  const auto show = [this] {
+    rig_.Trigger("acAnalyze");
+    Focus("tall");
+    QCoreApplication::processEvents();
+  };
+  show();
+  bar("mDDLref")->setValue(10);
+  EXPECT_EQ(bar("mDDLtgt")->value(), 0);  // not in the standard dialect
+
+  Toggle();
+  show();
+  bar("mDDLref")->setValue(10);
+  EXPECT_EQ(bar("mDDLtgt")->value(), 10);
+  bar("mDDLtgt")->setValue(5);
+  EXPECT_EQ(bar("mDDLref")->value(), 5);
+  ASSERT_GT(bar("mDDLtgt")->maximum(), 10);
+  ASSERT_LT(bar("mDDLtgt")->maximum(), 200);
+  bar("mDDLref")->setValue(200);  // beyond the other's end, which must not pull it back
+  EXPECT_EQ(bar("mDDLref")->value(), 200);
+  EXPECT_EQ(bar("mDDLtgt")->value(), bar("mDDLtgt")->maximum());
+}
+
+TEST_F(ExactDialectTest, UnsafeActionsAreAskedForAndTheRunIsAnalyzed) {
+  Toggle();
+  rig_.Trigger("acAnalyze");
+  target_.Run("insert into narrow values (1, 'short')");
+  EXPECT_THAT(Synchronize("No"), AllOf(StartsWith("1 actions of this script can lose data:\n- narrow: "),
+                                       EndsWith("\n\nRun the script?")));
+  EXPECT_TRUE(rig_.Enabled("acSynchronize"));
+  EXPECT_GT(Tree().topLevelItemCount(), 0);
+  Synchronize("Yes");
+  EXPECT_TRUE(rig_.Shown("lbEqual"));  // without another command
+  EXPECT_FALSE(rig_.Enabled("acSynchronize"));
+}
+
+// With the unsafe action taken out nothing is asked; a run that fails is not analyzed.
+TEST_F(ExactDialectTest, WhatIsDeletedIsNotAskedFor) {
+  Toggle();
+  rig_.Trigger("acAnalyze");
+  Focus("narrow");
+  rig_.Trigger("acDelAction");
+  rig_.Trigger("acSynchronize");
+  EXPECT_EQ(Tree().topLevelItemCount(), 1);  // the analysis behind the run finds it again
+  EXPECT_EQ(Tree().topLevelItem(0)->text(0), QStringLiteral("narrow"));
+
+  Focus("narrow");
+  rig_.Trigger("acDelAction");
+  EXPECT_EQ(Tree().topLevelItemCount(), 0);
+  Panel("mScript").SetBytes("alter tabel wrong;\r\n");
+  EXPECT_THAT(rig_.MessageOfCommand("acSynchronize"), HasSubstr("error in your SQL syntax"));
+  EXPECT_EQ(Tree().topLevelItemCount(), 0);
+  EXPECT_TRUE(Panel("mScript").IsMarked(0));
+}
+
+// Nothing to do, but not identical either: the messages say why.
+TEST_F(ExactDialectTest, ATableThatCannotBeComparedIsNamed) {
+  for (TLiveDatabase* database : {&reference_, &target_}) {
+    database->Run("drop table narrow, tall");
+    database->Run("create table same (a int)");
+  }
+  reference_.Run("create table clash (a int)");
+  target_.Run("create view clash as select a from same");
+  Toggle();
+  rig_.Trigger("acAnalyze");
+  EXPECT_FALSE(rig_.Shown("lbEqual"));
+  EXPECT_TRUE(rig_.Shown("tsMessages"));
+  EXPECT_THAT(FromQt(rig_.Find<QPlainTextEdit>("mLog")->toPlainText()), HasSubstr("Skipped: table clash"));
+  for (const char* command : {"acSynchronize", "acDelAction"}) EXPECT_FALSE(rig_.Enabled(command)) << command;
+}
+
+}  // namespace
+}  // namespace velmora

@@ -1,0 +1,297 @@
+#include "support/Convergence.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <optional>
+#include <set>
+
+#include "app/Application.h"
+#include "exact/Lexer.h"
+#include "support/LiveDatabase.h"
+#include "support/SchemaGenerator.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora::testing {
+
+namespace {
+
+constexpr char kLoadingMode[] =
+    "set names utf8mb4, sql_mode = 'STRICT_ALL_TABLES,NO_ENGINE_SUBSTITUTION', time_zone = '+00:00', "
+    "foreign_key_checks = 0, check_constraint_checks = 1";
+
+// --- Rows
+
+// What a column holds, in an order of its own: values as hexadecimal digits of their texts.
+using TValues = std::vector<std::string>;
+using TRows = std::map<std::string, std::map<std::string, TValues>>;  // by table and column
+
+// The same value may be written otherwise in a wider type: 1.5 and 1.50, 2005-01-01 and 2005-01-01 00:00:00.
+std::string Plain(const std::string& hex) {
+  std::string text;
+  for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
+    text += static_cast<char>(std::strtol(hex.substr(i, 2).c_str(), nullptr, 16));
+  }
+  constexpr std::string_view kMidnight = " 00:00:00";
+  const bool fraction = text.find('.') != std::string::npos;
+  if (fraction) text.erase(text.find_last_not_of('0') + 1);
+  if (text.ends_with('.')) text.pop_back();
+  if (text.ends_with(kMidnight)) text.erase(text.size() - kMidnight.size());
+  const std::size_t zeros = text.find_first_not_of('0');
+  if (text.size() > 1 && zeros != 0 && text.find_first_not_of("0123456789.") == std::string::npos) {
+    text.erase(0, std::min(zeros, text.size() - 1));
+  }
+  return text;
+}
+
+std::string ValueText(const TColumnModel& column) {
+  const std::string name = SqlName(column.name);
+  switch (column.type.family) {
+    case EFamily::Bit:
+      return "hex(cast(" + name + " + 0 as char))";
+    case EFamily::Bytes:
+    case EFamily::LongBytes:
+    case EFamily::Shape:
+      return "hex(hex(" + name + "))";
+    default:
+      return "hex(convert(" + name + " using utf8mb4))";
+  }
+}
+
+TValues ReadValues(TLiveDatabase& database, const TTableModel& table, const TColumnModel& column) {
+  TValues values;
+  const std::string list = Answer(database.Connection(), "select group_concat(coalesce(" + ValueText(column) +
+                                                             ", 'N') separator ',') from " + SqlName(table.name));
+  for (std::size_t at = 0; at <= list.size();) {
+    const std::size_t end = std::min(list.find(',', at), list.size());
+    const std::string value = list.substr(at, end - at);
+    values.push_back(value == "N" ? "null" : "=" + Plain(value));
+    at = end + 1;
+  }
+  std::sort(values.begin(), values.end());
+  return values;
+}
+
+// --- The whole
+
+class TRun {
+ public:
+  TRun(std::uint64_t seed, std::size_t tables) : generator_(seed) { MakeSchemas(tables); }
+
+  TConvergence Go();
+
+ private:
+  void MakeSchemas(std::size_t tables);
+  void Create(TLiveDatabase& database, const TSchemaModel& schema);
+  void LoadRows();
+  void LoadRows(const TTableModel& table, std::size_t count);
+  std::size_t RowsFor(const std::string& table) const;
+  void ReadRows();
+  void CheckRows();
+  void CheckTouched();
+  void CheckAfter(TSchema after);
+  TSchema Proved() const;
+  std::string TargetText(const std::string& table);
+  void Miss(const std::string& fault) { result_.fault += fault + "\n"; }
+
+  TSchemaGenerator generator_;
+  TSchemaModel wanted_;
+  TSchemaModel there_;
+  TLiveDatabase reference_{"converge_reference"};
+  TLiveDatabase target_{"converge_target"};
+  TNoProgress progress_;
+  TLineEditor editor_;
+  TLineLog log_{SystemClock(), progress_};
+  TApplication app_{progress_, editor_, log_, SystemClock()};
+  TRows rows_;
+  TConvergence result_;
+};
+
+void TRun::MakeSchemas(std::size_t tables) {
+  TRandom& random = generator_.random();
+  wanted_ = generator_.Schema(tables > 0 ? tables : 3 + random.Below(4));
+  there_ = wanted_;
+  generator_.Mutate(there_);
+  if (random.Chance(50)) std::swap(wanted_, there_);
+  if (random.Chance(20)) target_.Run("alter database character set latin1");
+}
+
+void TRun::Create(TLiveDatabase& database, const TSchemaModel& schema) {
+  database.Run(kLoadingMode);
+  for (const TTableModel& table : schema.tables) {
+    const std::string statement = CreateStatement(table);
+    try {
+      database.Run(statement);
+    } catch (const EVelmora& error) {
+      RaiseError(Format("The generator made what a server refuses: %s\n%s", error.what(), statement));
+    }
+  }
+}
+
+// How many rows the table may have so that nothing but a loss can come of them: servers refuse some changes over rows.
+std::size_t TRun::RowsFor(const std::string& table) const {
+  std::size_t rows = 2;
+  for (const TChange& change : app_.exact.Changes()) {
+    if (change.table != table) continue;
+    if (change.action == saModifyColumn && !change.unsafe.empty()) return 0;
+    if (change.action == saChangeTableType && !change.unsafe.empty()) return 0;
+    const bool unique = change.kind == EElement::PrimaryKey || change.kind == EElement::UniqueKey;
+    if (unique && !change.new_text.empty()) rows = std::min<std::size_t>(rows, 1);
+    // Rows may break a new check.
+    if (change.new_text.find("json_valid") != change.old_text.find("json_valid")) rows = 0;
+    if (change.action != saAddColumn) continue;
+    // There is no shape to fill the rows with, and a new counter numbers the rows before the others see them.
+    const std::string text = LowerText(change.new_text);
+    static const std::set<std::string> kShapes = {
+        "geometry",   "point",           "linestring",   "polygon",
+        "multipoint", "multilinestring", "multipolygon", "geometrycollection"};
+    const std::size_t type = text.rfind("` ") == std::string::npos ? 0 : text.find("` ") + 2;
+    if (kShapes.contains(text.substr(type, text.find(' ', type) - type))) rows = 0;
+  }
+  return rows;
+}
+
+void TRun::LoadRows(const TTableModel& table, std::size_t count) {
+  std::string names;
+  for (const TColumnModel& column : table.columns) {
+    if (!column.Generated()) names += (names.empty() ? "" : ", ") + SqlName(column.name);
+  }
+  for (std::size_t row = 0; row < count; ++row) {
+    std::string values;
+    for (const TColumnModel& column : table.columns) {
+      if (column.Generated()) continue;
+      std::string value = column.type.samples[row];
+      if (column.auto_increment) value = std::to_string(1 + 4 * row);
+      if (!column.not_null && generator_.random().Chance(15)) value = "null";
+      values += (values.empty() ? "" : ", ") + value;
+    }
+    const std::string statement = "insert into " + SqlName(table.name) + " (" + names + ") values (" + values + ")";
+    try {
+      target_.Run(statement);
+    } catch (const EVelmora& error) {
+      RaiseError(Format("Rows are refused: %s\n%s\n%s", error.what(), statement, CreateStatement(table)));
+    }
+    ++result_.rows;
+  }
+}
+
+void TRun::LoadRows() {
+  for (const TTableModel& table : there_.tables) LoadRows(table, RowsFor(table.name));
+}
+
+void TRun::ReadRows() {
+  std::set<std::string> lossy;
+  for (const TChange& change : app_.exact.Changes()) {
+    if (change.action == saDropTable || change.action == saDropColumn) lossy.insert(change.table + "/" + change.item);
+  }
+  for (const TTableModel& table : there_.tables) {
+    if (lossy.contains(table.name + "/")) continue;
+    for (const TColumnModel& column : table.columns) {
+      if (column.Generated() || lossy.contains(table.name + "/" + column.name)) continue;
+      rows_[table.name][column.name] = ReadValues(target_, table, column);
+    }
+  }
+}
+
+void TRun::CheckRows() {
+  for (const TTableModel& table : there_.tables) {
+    for (const TColumnModel& column : table.columns) {
+      const auto of_table = rows_.find(table.name);
+      if (of_table == rows_.end() || !of_table->second.contains(column.name)) continue;
+      const TValues& before = of_table->second[column.name];
+      const TValues after = ReadValues(target_, table, column);
+      if (after == before) continue;
+      Miss(Format("rows of %s.%s changed from %s to %s", table.name, column.name, JoinList(before, ","),
+                  JoinList(after, ",")));
+    }
+  }
+}
+
+std::string Uncounted(std::string text) {
+  const std::size_t at = text.find(" AUTO_INCREMENT=");
+  if (at != std::string::npos) text.erase(at, text.find(' ', at + 1) - at);
+  return text;
+}
+
+// A table that refers to another one may have to let go of its foreign key while that one changes.
+void TRun::CheckTouched() {
+  for (const TPlanStatement& statement : app_.exact.Plan()) {
+    const auto tokens = Tokens(statement.text);
+    const std::string table = NameOf(tokens[2]);
+    const std::string text = app_.exact.TargetText(table);
+    if (Uncounted(text) == Uncounted(app_.exact.ReferenceText(table)) && text.find("REFERENCES") == std::string::npos) {
+      Miss("a table that is equal is touched: " + statement.text);
+    }
+  }
+}
+
+std::string TRun::TargetText(const std::string& table) {
+  return Answer(target_.Connection(), "show create table " + SqlName(table));
+}
+
+// What the plan makes of the target, by its texts.
+TSchema TRun::Proved() const {
+  TSchema schema;
+  for (const TTableModel& table : there_.tables) schema.Add(ReadTableText(app_.exact.TargetText(table.name)));
+  for (const TPlanStatement& statement : app_.exact.Plan()) ApplyStatement(statement.text, schema);
+  return schema;
+}
+
+void TRun::CheckAfter(TSchema after) {
+  TEquivalenceUse use;
+  if (after.Tables().size() != wanted_.tables.size()) Miss("the proof has another number of tables");
+  for (const TTableText& table : after.Tables()) {
+    const std::string text = TargetText(table.name);
+    const auto changes = CompareTableTexts(ReadTableText(text), table, use);
+    if (changes.empty()) continue;
+    Miss("the proof has it otherwise than the server: " + changes.front().LogText() + "\n" +
+         changes.front().Description() + "\nproof: " + CreationTextOf(table) + "\nserver: " + text);
+  }
+}
+
+TConvergence TRun::Go() {
+  Create(reference_, wanted_);
+  Create(target_, there_);
+  app_.dialect = EDialect::Exact;
+  app_.TakeTask({reference_.NewEngine(), target_.NewEngine()});
+  app_.Compare();
+  if (!app_.exact.Skipped().empty()) Miss("skipped: " + app_.exact.Skipped().front().reason);
+  if (app_.exact.DifferencesLeft() != 0) Miss("the proof finds differences left");
+  const TStringList log = app_.ActionLog();
+  result_.statements = app_.exact.Plan().size();
+  CheckTouched();
+  TSchema proved = Proved();
+  LoadRows();
+  ReadRows();
+  app_.GenerateScript();
+  const std::string script = editor_.Text();
+  try {
+    app_.RunScript(script);
+    app_.Compare();
+    if (!app_.Identical()) Miss("not identical afterwards:\n" + JoinList(app_.ActionLog(), "\n"));
+    for (const TPlanStatement& statement : app_.exact.Plan()) Miss("again: " + statement.text);
+    CheckAfter(std::move(proved));
+    CheckRows();
+  } catch (const EVelmora& error) {
+    Miss(error.what());
+  }
+  if (!result_.fault.empty()) {
+    result_.fault += "\n" + JoinList(log, "\n") + "\n" + script;
+    for (const TTableModel& table : there_.tables) result_.fault += "\n\n" + CreateStatement(table);
+  }
+  return result_;
+}
+
+}  // namespace
+
+TConvergence Converge(std::uint64_t seed, std::size_t tables) {
+  try {
+    return TRun(seed, tables).Go();
+  } catch (const std::exception& error) {
+    return {error.what(), 0, 0};
+  }
+}
+
+}  // namespace velmora::testing

@@ -1,0 +1,22 @@
+#pragma once
+
+// One seed's schema against a changed one, made equal on a private server by the exact dialect.
+
+#include <cstdint>
+#include <string>
+
+namespace velmora::testing {
+
+struct TConvergence {
+  std::string fault;  // what did not hold, with what helps to see why; empty when all did
+  std::size_t statements = 0;
+  std::size_t rows = 0;  // that were there before, and were looked at afterwards
+};
+
+// Makes both databases, compares, synchronises with all that is unsafe, and looks whether: the proof in memory finds no
+// difference and has every table as the server then has it; the databases are identical; nothing is left to do; only
+// tables that differ were touched; rows that were loaded before are as they were wherever no unsafe action stands.
+// `tables` is the size of the schema, 0 for that of the seed.
+TConvergence Converge(std::uint64_t seed, std::size_t tables = 0);
+
+}  // namespace velmora::testing
