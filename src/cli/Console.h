@@ -21,7 +21,7 @@ struct TConsole {
   std::function<std::string(const std::string& question, bool secret)> ask;
 
   // What a command leaves behind. A process that ends need not free it piece by piece.
-  std::vector<std::shared_ptr<void>> kept;
+  std::vector<std::shared_ptr<void>> kept = {};
 
   bool CanAsk() const { return ask != nullptr; }
   std::string AskSecret(const std::string& question) const { return CanAsk() ? ask(question, true) : std::string(); }

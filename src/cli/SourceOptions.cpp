@@ -37,8 +37,9 @@ void TSourceOptions::DeclareOne(CLI::App& app) {
   DeclareChoice(app, "--client", {"native", "library"},
                 "native: speak to MySQL servers directly; library: through the MySQL client library",
                 [this](std::size_t choice) { client_.Direct = choice == 0; });
-  app.add_flag("--no-read-ahead{false}", client_.ReadAhead,
-               "Ask a server for one creation text at a time; the results are the same");
+  app.add_flag_callback(
+      "--no-read-ahead", [this] { client_.ReadAhead = false; },
+      "Ask a server for one creation text at a time; the results are the same");
   app.add_option("--tls-ca", client_.CaFile, "Trust the certificates in FILE instead of the system's")
       ->type_name("FILE");
   app.add_option("--socket", client_.Socket, "The local server's socket")->type_name("FILE");

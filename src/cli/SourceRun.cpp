@@ -15,6 +15,18 @@
 
 namespace velmora {
 
+namespace {
+
+// A folder that is not there lists nothing, too. Of script files the reader tells it.
+void WarnOfNoTables(TDBConn& conn, TConsole& console) {
+  if (!conn.meta().tTables.Empty() || dynamic_cast<TDBConnMySQLOffline*>(&conn) != nullptr) return;
+  std::string name;
+  conn.GetDisplayName(name);
+  console.Warn(Placed(name, "no table was found"));
+}
+
+}  // namespace
+
 void WarnOfSource(TDBConn& conn, bool verbose, TConsole& console) {
   auto* offline = dynamic_cast<TDBConnMySQLOffline*>(&conn);
   if (offline == nullptr) return;
@@ -78,6 +90,7 @@ void FetchTables(TDBConn& conn, const TStringList& tables, bool verbose, TConsol
   WarnOfSource(conn, verbose, console);
   TStringList names = tables;
   if (names.empty()) conn.meta().TableNames(names);
+  WarnOfNoTables(conn, console);
   const std::unique_ptr<TProgress> progress = MakeProgress(console);
   progress->ShowOneBar("Reading tables", static_cast<std::int64_t>(names.size()));
   for (const std::string& name : names) {

@@ -8,6 +8,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "exact/CanonicalForm.h"
 #include "exact/ColumnType.h"
 #include "exact/ElementText.h"
 #include "exact/KeyText.h"
@@ -361,18 +362,36 @@ void TPlanner::RemovePartitioning(const TTableWork& work) {
   alter.MoveTo(plan_);
 }
 
-// Servers let go of no column that a check reads, even if it comes again in the same statement.
-void RenewChecks(const TTableWork& work, TAlter& alter) {
-  for (const TElement& check : work.target->elements) {
-    if (check.kind != EElement::Check || check.name.empty()) continue;
-    const auto changes = [&check](const TChange* change) {
-      return change->kind == EElement::Check && SameText(change->item, check.name);
+// Whether servers refuse the change while a check reads the column: they let go of none, even if it comes again in the
+// same statement, and go on computing it from columns that it may no longer be computed of.
+bool DisturbsChecks(const TChange& change, const TTableWork& work) {
+  if (IsReplaced(change, work)) return true;
+  if (change.action != saModifyColumn || change.moved_only) return false;
+  return ReadColumnText({EElement::Column, change.item, change.old_text}, *work.target).generated.has_value();
+}
+
+// Keys keep the lengths that they had, which need not be ones of the new type.
+bool DisturbsKeys(const TChange& change, const TTableWork& work) {
+  if (!IsReplaced(change, work)) return false;
+  const TColumnText from = ReadColumnText({EElement::Column, change.item, change.old_text}, *work.target);
+  const TColumnText to = ReadColumnText({EElement::Column, change.item, change.new_text}, *work.reference);
+  return from.type != to.type || from.arguments != to.arguments;
+}
+
+// Keys and checks that stay, but have to go and come again in the statement because of what columns become.
+void RenewElements(const TTableWork& work, TAlter& alter) {
+  for (const TElement& element : work.target->elements) {
+    const bool is_check = element.kind == EElement::Check;
+    if ((!is_check && !IsKey(element.kind)) || element.name.empty()) continue;
+    const auto changes = [&element, is_check](const TChange* change) {
+      const bool same_kind = is_check ? change->kind == EElement::Check : IsKey(change->kind);
+      return same_kind && SameText(change->item, element.name);
     };
     if (std::any_of(work.changes.begin(), work.changes.end(), changes)) continue;
-    const auto tokens = Tokens(check.text);
+    const auto tokens = Tokens(element.text);
     bool renewed = false;
     for (const TChange* change : work.changes) {
-      if (!IsReplaced(*change, work)) continue;
+      if (is_check ? !DisturbsChecks(*change, work) : !DisturbsKeys(*change, work)) continue;
       const auto reads = [change](const TToken& token) {
         return IsName(token) && SameText(NameOf(token), change->item);
       };
@@ -381,26 +400,40 @@ void RenewChecks(const TTableWork& work, TAlter& alter) {
       renewed = true;
     }
     if (!renewed) continue;
-    alter.Clause(DropText(EElement::Check, check.name));
-    alter.Clause("add " + check.text);
+    alter.Clause(DropText(element.kind, element.name));
+    alter.Clause("add " + element.text);
   }
 }
 
-// An engine's own default, once it had to be named, is not forgotten in the statement that leaves the engine.
+// Aria's own default is named once a table was partitioned or changed, and is not forgotten in the statement that leaves
+// the engine.
+constexpr std::string_view kOutlivesEngine = "PAGE_CHECKSUM";
+
+bool NamesOnLeaving(const TTableWork& work) {
+  return EngineOf(*work.target) == "aria" && work.target->FindOption(kOutlivesEngine) == nullptr &&
+         std::any_of(work.changes.begin(), work.changes.end(), [](const TChange* change) {
+           return IsPartitionChange(*change) && change->new_text.empty();
+         });
+}
+
 void SetOptions(const TTableWork& work, TAlter& alter, TAlter& later) {
-  constexpr std::string_view kOutlivesEngine = "PAGE_CHECKSUM";
+  const auto set_later = [&later](const TChange& change, const TTableOption& option) {
+    later.Clause(OptionText(option));
+    later.Serves(change);
+  };
   for (const TChange* change : work.changes) {
     if (!IsOptionsChange(*change)) continue;
+    const bool leaves = SetsOption(*change, "ENGINE");
+    if (leaves && NamesOnLeaving(work)) set_later(*change, {std::string(kOutlivesEngine), "DEFAULT"});
     std::string options;
     for (const auto& option : change->options) {
-      if (option.name == kOutlivesEngine && SetsOption(*change, "ENGINE")) {
-        later.Clause(OptionText(option));
-        later.Serves(*change);
+      if (option.name == kOutlivesEngine && leaves) {
+        set_later(*change, option);
       } else {
         options += (options.empty() ? "" : " ") + OptionText(option);
       }
     }
-    alter.Clause(options);
+    if (!options.empty()) alter.Clause(options);
     alter.Makes(*change);
   }
 }
@@ -411,7 +444,7 @@ void TPlanner::AlterTable(const TTableWork& work) {
   TAlter later(work.name);
   SetOptions(work, alter, later);
   TColumnClauses(work).AddTo(alter);
-  RenewChecks(work, alter);
+  RenewElements(work, alter);
   for (const TChange* change : work.changes) {
     if (IsColumnChange(*change) || IsForeignKeyChange(*change)) continue;
     if (change->action == saChangeTableType || change->action == saDropTable) continue;

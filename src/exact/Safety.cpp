@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "exact/Changes.h"
+#include "exact/ColumnParts.h"
 #include "exact/ColumnType.h"
 #include "exact/ElementText.h"
 #include "exact/Lexer.h"

@@ -118,5 +118,15 @@ TEST(TextCompanionTest, Rows) {
   EXPECT_THAT(missing.err, HasSubstr("Cannot read " + folder + "fixed/none.txt: No such file or directory"));
 }
 
+TEST(FileCompanionTest, AFolderWithoutTablesIsWorthAWarning) {
+  const testing::TScratchFolder folder;
+  for (const std::string engine : {"Paradox", "Text"}) {
+    const TAnswer answer = RunInProcess({"schema", engine + ":folder=" + folder.Path() + "/none"});
+    EXPECT_EQ(answer.status, 0) << engine;
+    EXPECT_THAT(answer.err, HasSubstr("warning: ")) << engine;
+    EXPECT_THAT(answer.err, HasSubstr("no table was found")) << engine;
+  }
+}
+
 }  // namespace
 }  // namespace velmora

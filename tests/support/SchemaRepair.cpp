@@ -224,9 +224,21 @@ bool Stands(TSchemaModel& schema, const TTableModel& child, const TForeignKeyMod
     const bool sets_null = key.on_delete == "set null" || key.on_update == "set null";
     if (sets_null && own->not_null) return false;
     // Servers take rules that write to the base of a stored column in "create table", but in no "alter table".
-    if (IsBase(child, own->name)) return false;
+    if (IsBase(child, own->name) || (parent == &child && IsBase(child, referenced->name))) return false;
   }
   return true;
+}
+
+// No check reads a column that a foreign key writes to.
+void DropChecksOfWritten(TTableModel& table) {
+  for (const TForeignKeyModel& key : table.foreign_keys) {
+    const auto writes = [](const std::string& rule) { return rule == "cascade" || rule == "set null"; };
+    if (!writes(key.on_delete) && !writes(key.on_update)) continue;
+    for (const std::string& name : key.columns) {
+      table.Find(name)->check.clear();
+      std::erase_if(table.checks, [&](const TCheckModel& check) { return check.column == name; });
+    }
+  }
 }
 
 }  // namespace
@@ -248,6 +260,7 @@ void Repair(TSchemaModel& schema) {
   }
   for (TTableModel& table : schema.tables) {
     std::erase_if(table.foreign_keys, [&](const TForeignKeyModel& key) { return !Stands(schema, table, key); });
+    DropChecksOfWritten(table);
   }
 }
 
