@@ -148,6 +148,9 @@ void TakeAll(const TCamera& camera) {
   TakeDialog(rig, camera, "acDumpDB", "dump");
   TakeFailedRun(rig, camera);
 
+  rig.Find<QAction>("acExactDialect")->trigger();
+  TakeDifferences(rig, camera, "exact");
+
   QApplication::setPalette(DarkPalette());
   rig.NewTask("shop_reference", "shop_target");
   TakeDifferences(rig, camera, "dark");
