@@ -119,7 +119,7 @@ std::vector<TTableOption> OptionsToSet(const TTableText& a, const TTableText& b,
     if (IsCharsetOption(option) ? charset : Counts(option, use) && !HasSame(a, b, option)) result.push_back(option);
   const bool other_engine = EngineOf(a) != EngineOf(b) && !EngineOf(a).empty();
   for (const TTableOption& option : b.options) {
-    if (other_engine && IsEngineOption(option)) continue;
+    if (other_engine && !OutlivesEngine(option, EngineOf(a))) continue;
     if (!Counts(option, use) || a.FindOption(option.name) != nullptr || IsReset(b, a, option)) continue;
     if (const std::optional<std::string_view> reset = OptionResetValue(option))
       result.push_back({option.name, std::string(*reset)});

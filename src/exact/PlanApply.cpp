@@ -224,7 +224,8 @@ void TAlteration::SetOptions() {
     const TTableOption* former = table_.FindOption("ENGINE");
     if (option.name != "ENGINE" || (former != nullptr && SameText(former->value, option.value))) continue;
     if (former != nullptr) table_.partitioning = WithEngine(table_.partitioning, former->value, option.value);
-    std::erase_if(options, IsEngineOption);
+    const std::string engine = LowerText(option.value);
+    std::erase_if(options, [&engine](const TTableOption& other) { return !OutlivesEngine(other, engine); });
   }
   // A character set brings its own collation along, and a collation its set.
   for (const TTableOption& option : options_) {

@@ -127,6 +127,11 @@ std::optional<TTableOption> ReadTableOption(std::string_view text, TTokens token
 
 bool IsEngineOption(const TTableOption& option) { return FindReset(option) == nullptr; }
 
+// Engines that know nothing of transactions print the option as a mere comment.
+bool OutlivesEngine(const TTableOption& option, std::string_view engine) {
+  return !IsEngineOption(option) && (option.name != "TRANSACTIONAL" || InList(engine, {"aria", "innodb"}));
+}
+
 std::optional<std::string_view> OptionResetValue(const TTableOption& option) {
   const TReset* row = FindReset(option);
   if (row == nullptr) return "DEFAULT";

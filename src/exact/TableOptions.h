@@ -22,6 +22,9 @@ bool IsFlagOption(const TTableOption& option);
 // and refuses to set them back.
 bool IsEngineOption(const TTableOption& option);
 
+// Whether a table that changes to `engine`, in lower case, goes on with the option, so that it can be set back.
+bool OutlivesEngine(const TTableOption& option, std::string_view engine);
+
 // What sets the option back to what it is without being named: "DEFAULT" for those of engines; nothing for those that
 // have no such value, as ENGINE, DATA DIRECTORY, the character set.
 std::optional<std::string_view> OptionResetValue(const TTableOption& option);

@@ -82,6 +82,7 @@ TEST(SafetyTest, WhatMayLoseIsUnsafeWithItsReason) {
       {"bigint", "double", "bigint to double: digits may be lost"},
       {"double", "float", "double to float: digits may be lost"},
       {"float", "float(7,4)", "float to float(7,4): digits may be lost"},
+      {"int", "uuid", "int to uuid: values are not kept"},
       {"double", "decimal(20,5)", "double to decimal(20,5): values may change"},
       {"bit(9)", "bit(8)", "bit(9) to bit(8): longer values do not fit"},
       {"varchar(10)", "varchar(9)", "varchar(10) to varchar(9): longer values do not fit"},

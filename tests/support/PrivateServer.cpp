@@ -201,6 +201,8 @@ void TPrivateServer::Launch() {
                                       "--port=" + std::to_string(port_),
                                       "--bind-address=127.0.0.1",
                                       "--pid-file=" + folder_ + "/pid",
+                                      "--skip-sync-frm",
+                                      "--innodb-flush-method=nosync",
                                       "--innodb-flush-log-at-trx-commit=0",
                                       "--innodb-log-file-size=32M",
                                       "--innodb-buffer-pool-size=32M"};

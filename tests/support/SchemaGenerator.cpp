@@ -160,6 +160,7 @@ void TSchemaGenerator::AddForeignKey(TSchemaModel& schema, TTableModel& table) {
 
 // --- Tables
 
+// Without folders of data: servers leave a table's files where they are.
 void TSchemaGenerator::SetOptions(TTableModel& table) {
   struct TRow {
     const char* engine;  // empty for all

@@ -36,10 +36,21 @@ bool HasBase(const TTableModel& table, const TColumnModel& column) {
   return false;
 }
 
+// A server of this version cannot open some tables of MyISAM again that have both bits and virtual columns.
+bool HasBits(const TTableModel& table) {
+  return std::any_of(table.columns.begin(), table.columns.end(),
+                     [](const TColumnModel& column) { return column.type.family == EFamily::Bit; });
+}
+
+void RepairGenerated(TTableModel& table) {
+  const TTableModel before = table;
+  const bool none = table.engine == "MEMORY" || (table.engine == "MyISAM" && HasBits(table));
+  std::erase_if(table.columns,
+                [&](const TColumnModel& column) { return column.Generated() && (none || !HasBase(before, column)); });
+}
+
 void RepairColumns(TTableModel& table) {
-  std::erase_if(table.columns, [&](const TColumnModel& column) {
-    return column.Generated() && (table.engine == "MEMORY" || !HasBase(table, column));
-  });
+  RepairGenerated(table);
   bool counts = false;
   for (TColumnModel& column : table.columns) {
     if (column.Generated()) {
@@ -174,6 +185,8 @@ void RepairOptions(TTableModel& table) {
   const auto drop = [&](std::string_view name) {
     std::erase_if(table.options, [&](const TOptionModel& option) { return option.name == name; });
   };
+  // A partitioned table loses it with its next change.
+  if (IsPartitioned(table)) drop("page_checksum");
   constexpr std::size_t kHalfOfPage = 3500;
   if (IsPartitioned(table) || RowBytes(table) > kHalfOfPage) {
     drop("row_format");
@@ -206,6 +219,19 @@ bool IsBase(const TTableModel& table, const std::string& column) {
                      [&](const TColumnModel& other) { return other.Generated() && other.base == column; });
 }
 
+bool IsFulltext(const TTableModel& table, const std::string& column) {
+  return std::any_of(table.keys.begin(), table.keys.end(), [&](const TKeyModel& key) {
+    return key.kind == EKeyModel::Fulltext &&
+           std::any_of(key.parts.begin(), key.parts.end(), [&](const auto& part) { return part.column == column; });
+  });
+}
+
+bool BeginsHashKey(const TTableModel& table, const std::string& column) {
+  return std::any_of(table.keys.begin(), table.keys.end(), [&](const TKeyModel& key) {
+    return key.options.find("hash") != std::string::npos && key.parts.front().column == column;
+  });
+}
+
 bool SameKeyColumn(const TTableModel& child, const TColumnModel& own, const TTableModel& parent,
                    const TColumnModel& referenced) {
   if (own.type.text != referenced.type.text || own.Generated() || referenced.Generated()) return false;
@@ -223,6 +249,12 @@ bool Stands(TSchemaModel& schema, const TTableModel& child, const TForeignKeyMod
     if (own == nullptr || referenced == nullptr || !SameKeyColumn(child, *own, *parent, *referenced)) return false;
     const bool sets_null = key.on_delete == "set null" || key.on_update == "set null";
     if (sets_null && own->not_null) return false;
+    if (key.on_update == "cascade" && own->not_null && !referenced->not_null) return false;
+    // For the index that a foreign key needs a server may take a fulltext one, and refuse it then.
+    if (IsFulltext(child, own->name) || IsFulltext(*parent, referenced->name)) return false;
+    // A key by hash that a server forgets to be one takes the place of the index that it made for the foreign key,
+    // which is then gone, in whatever "alter table" comes first.
+    if (BeginsHashKey(child, own->name)) return false;
     // Servers take rules that write to the base of a stored column in "create table", but in no "alter table".
     if (IsBase(child, own->name) || (parent == &child && IsBase(child, referenced->name))) return false;
   }
@@ -251,6 +283,7 @@ void Repair(TSchemaModel& schema) {
     RepairEngine(table);
     RepairColumns(table);
     RepairPartitions(table);
+    RepairColumns(table);  // the partitions' column may no longer be null
     RepairKeys(table);
     RepairOptions(table);
     std::erase_if(table.checks, [&](const TCheckModel& check) {

@@ -278,7 +278,7 @@ TComputation AnyComputation(const TTypeModel& base, TRandom& r) {
 std::string AnyCondition(const TTypeModel& type, TRandom& r) {
   static const TTexts kNumbers = {"%s < 1e30", "%s >= -1e30 and %s <> 0.125", "not (%s = 0.25)",
                                   "%s is null or %s between -1e30 and 1e30", "%s not in (0.1, 0.2)"};
-  static const TTexts kLetters = {"char_length(%s) < 100000", "%s <> 'it''s'", "%s not like '%(;%'",
+  static const TTexts kLetters = {"char_length(%s) < 100000", "%s <> 'it''s; no'", "%s not like '%(;%'",
                                   "length(%s) >= 0 or %s = '\"`,'", "coalesce(%s, ')') <> '--'"};
   switch (type.family) {
     case EFamily::Whole:

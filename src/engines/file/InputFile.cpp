@@ -22,7 +22,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kNoRegularFile[] = "it is no regular file";
 constexpr char kLocked[] = "another program has it open for writing";
 
 std::string SystemReason(int error) { return std::generic_category().message(error); }

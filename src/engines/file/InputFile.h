@@ -15,6 +15,8 @@ enum class ESharing {
   DenyWrites  // others that mean to write are held off
 };
 
+inline constexpr char kNoRegularFile[] = "it is no regular file";
+
 // A regular file open for reading, closed at the end. All failures name the file and the system's reason.
 class TInputFile {
  public:

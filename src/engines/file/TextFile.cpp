@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
+#include <system_error>
 
+#include "engines/file/InputFile.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -11,6 +14,7 @@
 namespace velmora {
 namespace {
 
+constexpr char kCannotRead[] = "Cannot read %s: %s";
 constexpr std::size_t kDateSize = 10;  // yyyy-mm-dd
 
 // Windows-1252 from 80 to 9F; the five bytes that it leaves open stand for the control characters of their numbers.
@@ -18,6 +22,15 @@ constexpr std::array<std::uint16_t, 32> kWindows1252 = {0x20AC, 0x0081, 0x201A, 
                                                         0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
                                                         0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
                                                         0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+// A folder is gone through unseen, and a FIFO among its tables would hold us until somebody writes to it.
+std::string TextOf(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+    RaiseError(Format(kCannotRead, path, kNoRegularFile));
+  return ReadFileText(path);
+}
 
 bool IsAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
@@ -69,7 +82,7 @@ std::optional<int> Digits(std::string_view text, std::size_t at, std::size_t cou
 
 }  // namespace
 
-TTextLines::TTextLines(const std::string& path) : text_(ReadFileText(path)) {
+TTextLines::TTextLines(const std::string& path) : text_(TextOf(path)) {
   std::size_t count = 0;
   WalkLines(text_, [&count](std::string_view) { ++count; });
   lines_.reserve(count);  // growing would hold them twice

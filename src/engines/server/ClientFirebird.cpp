@@ -3,7 +3,9 @@
 #include <firebird/Interface.h>
 
 #include <algorithm>
+#include <chrono>
 #include <clocale>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
@@ -11,7 +13,9 @@
 #include <utility>
 
 #include "engines/server/FirebirdValues.h"
+#include "engines/server/HostReach.h"
 #include "util/Errors.h"
+#include "util/Format.h"
 
 namespace velmora {
 
@@ -23,6 +27,7 @@ constexpr char kCharacterSet[] = "UTF8";
 constexpr unsigned kDialect = 3;
 constexpr char kNotConnected[] = "Not connected";
 constexpr char kInTransaction[] = "A transaction is already started";
+constexpr char kNoReaction[] = "The server %s did not react within %d seconds";
 constexpr char kNoTransactionStatement[] = "Transactions cannot be started or ended by a statement on this connection";
 
 // --- Objects of the library
@@ -92,6 +97,28 @@ fb::IMaster& Master() {
     if (!folder.empty()) setenv("FIREBIRD_LOCK", folder.c_str(), 0);
   });
   return *fb::fb_get_master_interface();
+}
+
+// --- Servers
+
+// What a server is asked for where its name says nothing of it.
+std::string UsualService() {
+  constexpr char kName[] = "gds_db", kPort[] = "3050";  // of that name, which systems need not know
+  const THeld<fb::IFirebirdConf> settings(Master().getConfigManager()->getFirebirdConf());
+  const std::int64_t port = settings->asInteger(settings->getKey("RemoteServicePort"));
+  if (port > 0) return std::to_string(port);
+  const std::string name = settings->asString(settings->getKey("RemoteServiceName"));
+  return name == kName ? kPort : name;
+}
+
+// The library itself waits as long as the system does for a host that takes no notice, which can be minutes. `server`
+// is a name or an address, in brackets maybe, and perhaps "/" and a port or service.
+void CheckReacts(const std::string& server, int seconds) {
+  const std::size_t slash = server.find('/');
+  std::string host = server.substr(0, slash);
+  if (host.starts_with('[') && host.ends_with(']')) host = host.substr(1, host.size() - 2);
+  const std::string service = slash == std::string::npos ? UsualService() : server.substr(slash + 1);
+  if (!HostReacts(host, service, std::chrono::seconds(seconds))) RaiseError(Format(kNoReaction, server, seconds));
 }
 
 // --- Errors
@@ -280,6 +307,7 @@ class TFirebirdDatabase final : public TIBODatabase {
     const TUtf8Locale utf8;
     Guarded([this] {
       const std::string server = Param(kServerParam);
+      if (!server.empty()) CheckReacts(server, ConnectTimeout);
       const std::string place = server.empty() ? DatabaseName : server + ":" + DatabaseName;
       const TOwned<fb::IXpbBuilder> parameters = LoginParameters();
       const THeld<fb::IProvider> provider(Master().getDispatcher());

@@ -34,7 +34,7 @@ class TIBODatabase : public TConnectionObject {
 
   std::string DatabaseName;  // a path or an alias, on SERVER where that is given
   std::string Password;
-  int ConnectTimeout = 15;              // seconds that a server may take to answer a login
+  int ConnectTimeout = 15;              // seconds that a server may take to be reached, and to answer a login
   int LockTimeout = 10;                 // seconds that a statement waits for what another transaction holds
   std::function<void()> BeforeConnect;  // called before each attempt to connect; may set the parameters
 

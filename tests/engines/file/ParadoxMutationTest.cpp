@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <random>
 
 #include "core/Meta.h"
@@ -21,7 +20,7 @@ using testing::PxInteger;
 using testing::PxMemoField;
 using testing::PxText;
 
-constexpr auto kTime = std::chrono::milliseconds(1500);
+constexpr int kFiles = 3000;
 
 std::string SoundTable() {
   testing::TPxFile file{.fields = {{"id", pxLong, 4},
@@ -93,13 +92,13 @@ TEST(ParadoxMutationTest, EndsInRowsOrInAMessage) {
   const std::string table = SoundTable(), memos = SoundMemos();
   std::mt19937 random(20240601);  // NOLINT: the same run each time
   int read = 0, refused = 0;
-  for (const auto end = std::chrono::steady_clock::now() + kTime; std::chrono::steady_clock::now() < end;) {
-    PutFile(folder / "t.db", read + refused == 0 ? table : Spoilt(random, table));
+  for (int i = 0; i < kFiles; ++i) {
+    PutFile(folder / "t.db", i == 0 ? table : Spoilt(random, table));
     PutFile(folder / "t.mb", random() % 2 == 0 ? memos : Spoilt(random, memos));
     TDBConnParadox conn(folder.Path());
     conn.Connect();
     const std::int64_t rows = Outcome(conn);
-    if (read + refused == 0) {
+    if (i == 0) {
       ASSERT_EQ(rows, 51) << "the sound table";
     }
     (rows < 0 ? refused : read) += 1;

@@ -1,6 +1,7 @@
 #include "engines/file/DBConnTextDelim.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "engines/file/TextRig.h"
 #include "support/MessageOf.h"
@@ -195,6 +196,14 @@ TEST_F(TextDelimTest, ListsTheFilesMaskByMask) {
   EXPECT_FALSE(none.GetConnected());
   EXPECT_EQ(MessageOf([&] { none.OpenTable("a.txt"); }),
             "Cannot read " + folder_ / "none/a.txt" + ": No such file or directory");
+}
+
+TEST_F(TextDelimTest, AFifoIsNotWaitedFor) {
+  ASSERT_EQ(mkfifo((folder_ / kTable).c_str(), 0600), 0);
+  TDBConnTextDelim conn(folder_.Path(), ",", false);
+  conn.Connect();
+  EXPECT_TRUE(conn.TableExists(kTable)) << "nothing is looked at for the list";
+  EXPECT_EQ(MessageOf([&] { conn.OpenTable(kTable); }), "Cannot read " + folder_ / kTable + ": it is no regular file");
 }
 
 TEST_F(TextDelimTest, CountsLines) {

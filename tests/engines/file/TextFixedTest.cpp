@@ -127,18 +127,20 @@ TEST_F(TextFixedTest, TheImportGoesByItsRowAndKind) {
     import.Fixed = c.fixed;
     import.RowFirst = c.row_first;
     std::string names;
-    import.OnCreateStructure = [&](TSMImportBaseComponent&, const TSMColumns& columns) { std::vector<TFieldDef> fields;
-    for (const TSMColumn& column : columns) {
-      names += column.name + " ";
-      fields.push_back({column.name});
-    }
-    rows = TMemDataset(fields);
-    import.RebuildMappings();
-  };
-  import.Execute();
-  EXPECT_EQ(names + ": " + RowsOf(rows), c.names + ": " + c.rows) << c.fixed << c.row_first;
+    const auto create = [&](TSMImportBaseComponent&, const TSMColumns& columns) {
+      std::vector<TFieldDef> fields;
+      for (const TSMColumn& column : columns) {
+        names += column.name + " ";
+        fields.push_back({column.name});
+      }
+      rows = TMemDataset(fields);
+      import.RebuildMappings();
+    };
+    import.OnCreateStructure = create;
+    import.Execute();
+    EXPECT_EQ(names + ": " + RowsOf(rows), c.names + ": " + c.rows) << c.fixed << c.row_first;
+  }
 }
-}  // namespace
 
 TEST_F(TextFixedTest, ClonesCopyTheStoreAndNothingIsWrittenOrShown) {
   WriteFileText(folder_ / kTable, "a\n1\n");
@@ -306,5 +308,5 @@ TEST_F(DBConnSMITest, AFailedImportStaysOpenUntilDisconnect) {
   EXPECT_EQ(dynamic_cast<TDBConnSMI&>(*conn_.Clone()).extensions(), "y;x");
 }
 
-}  // namespace velmora
+}  // namespace
 }  // namespace velmora

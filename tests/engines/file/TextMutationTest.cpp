@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <iterator>
 #include <random>
 #include <string_view>
@@ -8,6 +7,7 @@
 #include "engines/file/DBConnTextDelim.h"
 #include "engines/file/DBConnTextFixed.h"
 #include "engines/file/TextRig.h"
+#include "support/ParadoxFile.h"
 #include "support/ScratchFolder.h"
 #include "util/Errors.h"
 
@@ -69,7 +69,7 @@ TEST(TextMutationTest, DamagedFilesGiveATableOrAMessage) {
   std::mt19937 random(20240817);
   for (int i = 0; i < 5000; ++i) {
     const std::string text = Mutated(random);
-    std::ofstream(folder / kTable, std::ios::binary) << text;
+    testing::PutFile(folder / kTable, text);
     const bool hdr = random() % 2 == 0;
     TDBConnTextFixed fixed(folder.Path(), hdr);
     Check(fixed, text, false);

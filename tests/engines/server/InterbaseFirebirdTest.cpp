@@ -2,8 +2,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <thread>
 
@@ -141,6 +144,9 @@ TEST_F(InterbaseFileTest, EveryTypeOfValue) {
   EXPECT_EQ(rows->FieldByName("C_NCHAR").def.size, 5);
   const auto truth = engine->OpenQuery("select true as YES, cast(null as boolean) as NOBODY from rdb$database");
   EXPECT_EQ(RowText(*truth), "True|-");
+  const auto note =
+      engine->OpenQuery("select cast('zwölf €' as blob sub_type text character set WIN1252) as NOTE from rdb$database");
+  EXPECT_EQ(RowText(*note), "zwölf €") << "long texts are UTF-8 too, whatever they are in the database";
 }
 
 TEST_F(InterbaseFileTest, StatementsAndTheDefaultTransaction) {
@@ -168,6 +174,9 @@ TEST_F(InterbaseFileTest, StatementsAndTheDefaultTransaction) {
   EXPECT_EQ(RowText(*returned), "9");
   EXPECT_THAT(MessageOf([&] { engine->ExecSQL("insert into T values ('x')"); }), HasSubstr("conversion error"));
   EXPECT_THAT(MessageOf([&] { engine->OpenQuery("select B from T"); }), HasSubstr("Column unknown\n-B"));
+  engine->ExecSQL("create view V as select A from T");
+  EXPECT_THAT(MessageOf([&] { engine->ExecSQL("drop table T"); }), HasSubstr("there are 1 dependencies"))
+      << "found out when it is committed";
   for (const char* statement : {"commit", "rollback", "set transaction"})
     EXPECT_THAT(MessageOf([&] { engine->ExecSQL(statement); }), HasSubstr("cannot be started or ended by a statement"));
   EXPECT_EQ(engine->GetRecordCount("T"), 3) << "and the connection is as good as before";
@@ -301,6 +310,51 @@ TEST(InterbaseServerTest, AServerThatNeverAnswersTheLogin) {
   const auto begin = std::chrono::steady_clock::now();
   EXPECT_THAT(MessageOf([&] { client->SetConnected(true); }), HasSubstr("rejected by remote interface"));
   EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s);
+}
+
+// A listener whose queue is full behaves as a machine that is switched off does: nothing comes back.
+class TFullListener {
+ public:
+  TFullListener() {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    auto* place = reinterpret_cast<sockaddr*>(&address);
+    socklen_t size = sizeof(address);
+    EXPECT_EQ(bind(sockets_[0], place, size), 0);
+    EXPECT_EQ(listen(sockets_[0], 0), 0);
+    EXPECT_EQ(getsockname(sockets_[0], place, &size), 0);
+    port_ = ntohs(address.sin_port);
+    for (std::size_t i = 1; i < sockets_.size(); ++i) static_cast<void>(connect(sockets_[i], place, size));
+  }
+  ~TFullListener() {
+    for (const int each : sockets_) close(each);
+  }
+  TFullListener(const TFullListener&) = delete;
+  TFullListener& operator=(const TFullListener&) = delete;
+
+  int Port() const { return port_; }
+
+ private:
+  static int NewSocket() { return socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0); }
+
+  const std::array<int, 4> sockets_{NewSocket(), NewSocket(), NewSocket(), NewSocket()};
+  int port_ = 0;
+};
+
+TEST(InterbaseServerTest, AHostThatTakesNoNotice) {
+  TFirebirdFolder folder;
+  const TFullListener silent;
+  for (const std::string host : {"127.0.0.1", "[127.0.0.1]"}) {
+    const std::string server = host + "/" + std::to_string(silent.Port());
+    const auto client = Client("/x.fdb", server);
+    client->ConnectTimeout = 1;
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(MessageOf([&] { client->SetConnected(true); }),
+              "The server " + server + " did not react within 1 seconds");
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 5s);
+    EXPECT_FALSE(client->GetConnected());
+  }
 }
 
 }  // namespace
