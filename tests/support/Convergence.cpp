@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
-#include <optional>
 #include <set>
 
 #include "app/Application.h"
@@ -24,7 +23,7 @@ constexpr char kLoadingMode[] =
 
 // --- Rows
 
-// What a column holds, in an order of its own: values as hexadecimal digits of their texts.
+// What a column holds: its values as texts, sorted.
 using TValues = std::vector<std::string>;
 using TRows = std::map<std::string, std::map<std::string, TValues>>;  // by table and column
 
