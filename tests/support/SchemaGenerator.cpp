@@ -21,7 +21,10 @@ std::string TSchemaGenerator::Name(const char* prefix) {
   static const TTexts kReserved = {"order",   "select", "key",   "table", "index", "from",
                                    "default", "check",  "first", "after", "null",  "comment"};
   const int number = ++named_;
-  if (random_.Chance(5)) return random_.Pick(kReserved) + (random_.Chance(30) ? "" : std::to_string(number));
+  if (random_.Chance(5)) {
+    const std::string word = random_.Pick(kReserved);
+    return random_.Chance(30) && plain_.insert(word).second ? word : word + std::to_string(number);
+  }
   std::string tail = random_.Pick(kTails);
   if (tail.ends_with(' ')) tail += "x";
   if (random_.Chance(2)) tail += "_" + std::string(40, 'l');

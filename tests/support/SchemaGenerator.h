@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "support/SchemaModel.h"
@@ -44,7 +45,8 @@ class TSchemaGenerator {
   void MutateForeignKey(TSchemaModel& schema, TTableModel& table);
 
   TRandom random_;
-  int named_ = 0;  // makes names different
+  int named_ = 0;                // makes names different
+  std::set<std::string> plain_;  // reserved words that are names as they are
 };
 
 // Takes away what does not go together any more: keys without their columns, foreign keys whose columns differ, ...

@@ -36,7 +36,7 @@ bool HasBase(const TTableModel& table, const TColumnModel& column) {
   return false;
 }
 
-// A server of this version cannot open some tables of MyISAM again that have both bits and virtual columns.
+// A server of this version cannot open some tables of these engines again that have both bits and virtual columns.
 bool HasBits(const TTableModel& table) {
   return std::any_of(table.columns.begin(), table.columns.end(),
                      [](const TColumnModel& column) { return column.type.family == EFamily::Bit; });
@@ -44,7 +44,7 @@ bool HasBits(const TTableModel& table) {
 
 void RepairGenerated(TTableModel& table) {
   const TTableModel before = table;
-  const bool none = table.engine == "MEMORY" || (table.engine == "MyISAM" && HasBits(table));
+  const bool none = table.engine == "MEMORY" || (table.engine != "InnoDB" && HasBits(table));
   std::erase_if(table.columns,
                 [&](const TColumnModel& column) { return column.Generated() && (none || !HasBase(before, column)); });
 }
