@@ -56,6 +56,7 @@ double Show(const std::string& reference, const std::string& target) {
   QElapsedTimer clock;
   clock.start();
   app.GenerateScript();
+  port.Flush();
   log.SetLines(app.sync.ActionLog);
   app.tree.EndUpdate();
   QCoreApplication::processEvents();

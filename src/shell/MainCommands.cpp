@@ -61,7 +61,9 @@ void TfmMain::acSaveScriptToFile() {
   if (Host().SaveFile(kScriptFilter, path)) WriteFileText(path, script_->Text());
 }
 
-void TfmMain::acGenScript() { app_->GenerateScript(); }
+void TfmMain::acGenScript() {
+  RunGuarded([this] { app_->GenerateScript(); }, [this] { script_->Flush(); });
+}
 
 void TfmMain::acRunScript() {
   const TDisabled disabled(Command("acRunScript"));

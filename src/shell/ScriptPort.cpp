@@ -1,6 +1,7 @@
 #include "shell/ScriptPort.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace velmora {
 
@@ -19,23 +20,39 @@ std::string WithLineEnds(const TStringList& lines) {
 }  // namespace
 
 void TScriptPort::AddLine(const std::string& text) {
+  pending_ += text.empty() ? std::string(kLineEnd) : WithLineEnds(LinesOf(text));
+}
+
+void TScriptPort::Flush() const {
+  if (pending_.empty()) return;
   const bool open = edit_.lines() > 0 && !edit_.LineBytes(edit_.lines() - 1).empty();  // the last line has no end
-  std::string added = text.empty() ? std::string(kLineEnd) : WithLineEnds(LinesOf(text));
-  if (open) added.insert(0, kLineEnd);
-  edit_.AppendBytes(added);
+  if (open) pending_.insert(0, kLineEnd);
+  edit_.AppendBytes(std::exchange(pending_, {}));
+}
+
+void TScriptPort::Clear() {
+  pending_.clear();
+  edit_.SetBytes({});
 }
 
 std::string TScriptPort::LastLine() const {
+  Flush();
   int last = edit_.lines() - 1;
   if (last > 0 && edit_.LineBytes(last).empty()) --last;  // what stands behind the last line end is no line
   return last < 0 ? std::string() : edit_.LineBytes(last);
 }
 
-TStringList TScriptPort::Lines() const { return LinesOf(edit_.Bytes()); }
+TStringList TScriptPort::Lines() const {
+  Flush();
+  return LinesOf(edit_.Bytes());
+}
 
 std::string TScriptPort::Text() const { return WithLineEnds(Lines()); }
 
-void TScriptPort::SetText(const std::string& text) { edit_.SetBytes(WithLineEnds(LinesOf(text))); }
+void TScriptPort::SetText(const std::string& text) {
+  pending_.clear();
+  edit_.SetBytes(WithLineEnds(LinesOf(text)));
+}
 
 // By line and place in it, since the editor may hold line ends of another length than those of Text().
 void TScriptPort::SetCaret(std::size_t position) {

@@ -13,7 +13,11 @@ class TScriptPort final : public TScriptEditor {
   // `show` brings the editor's page to the front.
   TScriptPort(TSqlEdit& edit, std::function<void()> show) : edit_(edit), show_(std::move(show)) {}
 
-  void Clear() override { edit_.SetBytes({}); }
+  // Lines that were added come to the editor at the latest with this: each change of its text costs the editor about a
+  // millisecond. Every other operation sees to it by itself.
+  void Flush() const;
+
+  void Clear() override;
   void AddLine(const std::string& text) override;
   std::string LastLine() const override;
   TStringList Lines() const override;
@@ -23,13 +27,20 @@ class TScriptPort final : public TScriptEditor {
   void SetCaret(std::size_t position) override;
   std::size_t CaretLine() const override;
   void ScrollToLine(std::size_t line) override;
-  void MarkLine(std::size_t line) override { edit_.MarkLine(static_cast<int>(line)); }
+  void MarkLine(std::size_t line) override {
+    Flush();
+    edit_.MarkLine(static_cast<int>(line));
+  }
   void ClearMarks() override { edit_.ClearMarks(); }
-  void Show() override { show_(); }
+  void Show() override {
+    Flush();
+    show_();
+  }
 
  private:
   TSqlEdit& edit_;
   std::function<void()> show_;
+  mutable std::string pending_;  // added, and not yet in the editor
 };
 
 }  // namespace velmora

@@ -4,6 +4,7 @@
 
 #include <QEvent>
 #include <QFontDatabase>
+#include <utility>
 
 #include "shell/SqlColours.h"
 
@@ -127,12 +128,15 @@ void TSqlEdit::ApplyColours() {
   setMarkerBackgroundColor(colours.fault_line, kLineMark);
   setMarkerBackgroundColor(colours.difference_line, kDifferenceMark);
   applying_ = false;
+  digits_ = 0;
   FitLineNumbers();
 }
 
+// Measuring text is slow, so it is done when there is one digit more or less.
 void TSqlEdit::FitLineNumbers() {
-  const QString widest(QString::number(lines()).size() + 1, QLatin1Char('9'));
-  setMarginWidth(kNumberMargin, widest);
+  const qsizetype digits = QString::number(lines()).size();
+  if (std::exchange(digits_, digits) == digits) return;
+  setMarginWidth(kNumberMargin, QString(digits + 1, QLatin1Char('9')));
 }
 
 }  // namespace velmora

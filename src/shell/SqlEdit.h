@@ -37,6 +37,7 @@ class TSqlEdit : public QsciScintilla {
 
   QFont font_;
   bool applying_ = false;
+  qsizetype digits_ = 0;  // that the margin of line numbers has room for
 };
 
 }  // namespace velmora
