@@ -207,6 +207,7 @@ void TPrivateServer::Launch() {
                                       "--no-defaults",
                                       "--user=" + UserName(),
                                       "--datadir=" + folder_ + "/data",
+                                      "--tmpdir=" + folder_,  // a starting server clears its own of what others left
                                       "--socket=" + socket_,
                                       "--port=" + std::to_string(port_),
                                       "--bind-address=127.0.0.1",
