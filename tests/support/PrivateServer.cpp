@@ -55,6 +55,7 @@ void MakeData(const std::string& folder, const std::string& log) {
                                             "--no-defaults",
                                             "--user=" + UserName(),
                                             "--datadir=" + folder,
+                                            "--tmpdir=" + fs::path(folder).parent_path().string(),
                                             "--auth-root-authentication-method=normal",
                                             "--skip-test-db",
                                             "--innodb-log-file-size=32M"};
