@@ -16,7 +16,7 @@ struct TConvergence {
 // Makes both databases, compares, synchronises with all that is unsafe, and looks whether: the proof in memory finds no
 // difference and has every table as the server then has it; the databases are identical; nothing is left to do; only
 // tables that differ were touched; rows that were loaded before are as they were wherever no unsafe action stands.
-// `tables` says how many tables the schema has; 0 lets the seed decide.
+// `tables` says how many tables the schema has; with 0 that number is random too.
 TConvergence Converge(std::uint64_t seed, std::size_t tables = 0);
 
 }  // namespace velmora::testing
