@@ -12,7 +12,7 @@
 #include <QTest>
 #include <memory>
 
-#include "engines/mysql/ClientLibrary.h"
+#include "engines/mysql/MyClients.h"
 #include "shell/Desktop.h"
 #include "shell/Progress.h"
 #include "shell/QtEnvironment.h"
@@ -60,9 +60,9 @@ class TDesktopRig {
     host = scripted.get();
     TEngineClients clients;
     clients.NewMyConnection = [socket = server_.Socket()] {
-      auto connection = std::make_unique<TLibraryConnection>();
-      connection->Options.Socket = socket;
-      return connection;
+      TMyOptions options;
+      options.Socket = socket;
+      return MakeMyConnection(options);
     };
     desktop_ = std::make_unique<TDesktop>(TDesktopSetup{folder / "Velmora.settings", options_.get(), clients},
                                           std::move(scripted));
