@@ -18,16 +18,20 @@ if(VELMORA_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
-# velmora_module(FOLDER LINKS targets... [HIDDEN targets...]): the library velmora_<folder> out of every source in
-# src/FOLDER but main.cpp. Headers of HIDDEN targets reach the folder's own sources alone.
+# velmora_module(FOLDER LINKS targets... [HIDDEN targets...] [WITHOUT patterns...]): the library velmora_<folder> out of
+# every source in src/FOLDER but main.cpp and those whose names fit a pattern. Headers of HIDDEN targets reach the
+# folder's own sources alone.
 # In developer mode each header of the folder is also compiled alone.
 function(velmora_module folder)
-  cmake_parse_arguments(ARG "" "" "LINKS;HIDDEN" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "LINKS;HIDDEN;WITHOUT" ${ARGN})
   string(REPLACE "/" "_" suffix "${folder}")
   set(target velmora_${suffix})
   file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp")
   file(GLOB headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.h")
   list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+  foreach(pattern IN LISTS ARG_WITHOUT)
+    list(FILTER sources EXCLUDE REGEX "/${pattern}\\.cpp$")
+  endforeach()
   if(NOT sources)
     add_library(${target} INTERFACE)
     target_include_directories(${target} INTERFACE "${PROJECT_SOURCE_DIR}/src")

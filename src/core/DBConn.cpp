@@ -61,7 +61,7 @@ std::unique_ptr<TDataset> TDBConn::OpenTable(const std::string& table) {
   return OpenQuery("select * from " + QuoteName(table));
 }
 
-bool TDBConn::SupportsChunks() { return false; }
+bool TDBConn::SupportsChunks(const std::string& /*table*/) { return false; }
 
 std::unique_ptr<TDataset> TDBConn::OpenTableDataChunk(const std::string& /*table*/, std::int64_t /*first*/,
                                                       std::int64_t /*count*/) {
@@ -267,6 +267,13 @@ void TDBConn::ColumnText(const std::string& table, const std::string& column, st
   TMetaColumn record;
   ReadColumnOf(table, column, record);
   ColumnDescription(record, true, text);
+}
+
+std::string DefinitionLines(const TStringList& definitions) {
+  std::string lines;
+  for (std::size_t i = 0; i < definitions.size(); ++i)
+    lines += "\t" + definitions[i] + (i + 1 < definitions.size() ? ",\r\n" : "\r\n");
+  return lines;
 }
 
 // An error of the end has nowhere to go from here; the rows are freed with their dataset all the same.

@@ -69,7 +69,7 @@ class TDBConn {
   virtual void DateTimeLiteral(TDateTime value, std::string& text);       // default: the text without quotes
   virtual void AutoIncKeyword(std::string& text);                         // abstract
   virtual std::unique_ptr<TDataset> OpenTable(const std::string& table);  // default: every row; ends by CloseTable
-  virtual bool SupportsChunks();                                          // default: false
+  virtual bool SupportsChunks(const std::string& table);                  // default: false
   virtual std::unique_ptr<TDataset> OpenTableDataChunk(const std::string& table, std::int64_t first,
                                                        std::int64_t count);  // abstract; `first` counts from 1
   virtual void CloseTable(std::unique_ptr<TDataset> dataset);
@@ -169,5 +169,8 @@ class TTableGuard {
   TDBConn& conn_;
   std::unique_ptr<TDataset> dataset_;
 };
+
+// The lines between the brackets of a created table: indented, a comma behind all but the last, each with its line end.
+std::string DefinitionLines(const TStringList& definitions);
 
 }  // namespace velmora

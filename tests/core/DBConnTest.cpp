@@ -85,7 +85,7 @@ constexpr TOperation kOperations[] = {
     {"DateTimeLiteral", EBase::Own, [](TDBConn& c, T& text) { c.DateTimeLiteral(36526, text); }, "2000-01-01"},
     {"AutoIncKeyword", EBase::Abstract, [](TDBConn& c, T& text) { c.AutoIncKeyword(text); }},
     {"OpenTable", EBase::Rests, [](TDBConn& c, T&) { c.OpenTable("t"); }},
-    {"SupportsChunks", EBase::Own, [](TDBConn& c, T& text) { text = Word(c.SupportsChunks()); }, "no"},
+    {"SupportsChunks", EBase::Own, [](TDBConn& c, T& text) { text = Word(c.SupportsChunks("t")); }, "no"},
     {"OpenTableDataChunk", EBase::Abstract, [](TDBConn& c, T&) { c.OpenTableDataChunk("t", 1, 10); }},
     {"CloseTable", EBase::Own, [](TDBConn& c, T&) { c.CloseTable(nullptr); }},
     {"OpenQuery", EBase::Abstract, [](TDBConn& c, T&) { c.OpenQuery("select 1"); }},

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "engines/file/LittleEndian.h"
+#include "util/LittleEndian.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engines/file/InputFile.h"
+#include "util/InputFile.h"
 
 namespace velmora {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "engines/file/InputFile.h"
+#include "util/InputFile.h"
 
 namespace velmora {
 

@@ -1,6 +1,6 @@
 #include "engines/file/ParadoxReader.h"
 
-#include "engines/file/LittleEndian.h"
+#include "util/LittleEndian.h"
 #include "engines/file/ParadoxValues.h"
 #include "util/Errors.h"
 #include "util/Format.h"

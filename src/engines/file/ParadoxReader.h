@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "engines/file/InputFile.h"
+#include "util/InputFile.h"
 #include "engines/file/ParadoxHeader.h"
 #include "engines/file/ParadoxMemo.h"
 #include "util/Variant.h"

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include "engines/file/LittleEndian.h"
+#include "util/LittleEndian.h"
 #include "util/Text.h"
 
 namespace velmora {

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "engines/file/InputFile.h"
+#include "util/InputFile.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"

@@ -80,14 +80,6 @@ std::string ExactSqlMode(const std::string& own) {
   return JoinList(modes, ",");
 }
 
-// The lines between the brackets of a created table, each with its line end.
-std::string DefinitionLines(const TStringList& definitions) {
-  std::string lines;
-  for (std::size_t i = 0; i < definitions.size(); ++i)
-    lines += "\t" + definitions[i] + (i + 1 < definitions.size() ? ",\r\n" : "\r\n");
-  return lines;
-}
-
 }  // namespace
 
 TDBConnMySQL::TDBConnMySQL(std::unique_ptr<TMyConnection> connection, std::string server, int port,
@@ -146,7 +138,7 @@ void TDBConnMySQL::DateTimeLiteral(TDateTime value, std::string& text) { text = 
 
 void TDBConnMySQL::AutoIncKeyword(std::string& text) { text = "auto_increment"; }
 
-bool TDBConnMySQL::SupportsChunks() { return true; }
+bool TDBConnMySQL::SupportsChunks(const std::string& /*table*/) { return true; }
 
 std::unique_ptr<TDataset> TDBConnMySQL::OpenTableDataChunk(const std::string& table, std::int64_t first,
                                                            std::int64_t count) {

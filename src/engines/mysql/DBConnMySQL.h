@@ -39,7 +39,7 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   // --- Words of the dialect, rows, statements
   void DateTimeLiteral(TDateTime value, std::string& text) override;
   void AutoIncKeyword(std::string& text) override;
-  bool SupportsChunks() override;
+  bool SupportsChunks(const std::string& table) override;
   std::unique_ptr<TDataset> OpenTableDataChunk(const std::string& table, std::int64_t first,
                                                std::int64_t count) override;
   std::unique_ptr<TDataset> OpenQuery(const std::string& sql) override;

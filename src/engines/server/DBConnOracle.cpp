@@ -1,7 +1,6 @@
 #include "engines/server/DBConnOracle.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <string_view>
 #include <utility>
 
@@ -50,14 +49,6 @@ constexpr std::pair<std::string_view, int> kModes[] = {
 std::string TextOf(const TOraQuery& rows, std::string_view field) { return VarToText(rows.FieldByName(field).value); }
 
 std::int64_t NumberOf(const TOraQuery& rows, std::string_view field) { return VarToInt(rows.FieldByName(field).value); }
-
-// The lines between the brackets of a created table, each with its line end.
-std::string DefinitionLines(const TStringList& definitions) {
-  std::string lines;
-  for (std::size_t i = 0; i < definitions.size(); ++i)
-    lines += "\t" + definitions[i] + (i + 1 < definitions.size() ? ",\r\n" : "\r\n");
-  return lines;
-}
 
 }  // namespace
 
@@ -117,7 +108,7 @@ void TDBConnOracle::DateTimeLiteral(TDateTime value, std::string& text) {
 
 void TDBConnOracle::AutoIncKeyword(std::string& text) { text = "identity"; }
 
-bool TDBConnOracle::SupportsChunks() { return true; }
+bool TDBConnOracle::SupportsChunks(const std::string& /*table*/) { return true; }
 
 std::unique_ptr<TDataset> TDBConnOracle::OpenTableDataChunk(const std::string& table, std::int64_t first,
                                                             std::int64_t count) {

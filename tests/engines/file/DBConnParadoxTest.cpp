@@ -241,7 +241,7 @@ TEST_F(DBConnParadoxTest, WhatItHasAndWhatItLacks) {
   TXMLAccess store;
   conn_.SaveParams("/root/reference", store);
   EXPECT_EQ(store.xmlGetVal("/root/reference/folder"), folder_.Path());
-  EXPECT_FALSE(conn_.SupportsChunks());
+  EXPECT_FALSE(conn_.SupportsChunks("t"));
   EXPECT_TRUE(conn_.CanCreateTables());
   EXPECT_EQ(conn_.ExecSQL("x"), -1);
   std::string text;

@@ -138,7 +138,7 @@ TEST_F(DBConnMySQL, ShowsItself) {
     EXPECT_EQ(text, row.name);
   }
   EXPECT_EQ(engine->GetEngine(), 8);
-  EXPECT_TRUE(engine->CanCreateTables() && engine->SupportsChunks() && engine->SupportsSurrogateKey());
+  EXPECT_TRUE(engine->CanCreateTables() && engine->SupportsChunks("t") && engine->SupportsSurrogateKey());
 }
 
 TEST_F(DBConnMySQL, ConvertsColumns) {

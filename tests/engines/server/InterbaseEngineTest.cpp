@@ -212,7 +212,7 @@ TEST_F(InterbaseEngineTest, WhatItIsAndWhatItLacks) {
   engine_.GetDisplayName(text);
   EXPECT_EQ(text, "/d/x.fdb");
   EXPECT_EQ(engine_.QuoteName("A b"), "A b");
-  EXPECT_FALSE(engine_.SupportsChunks());
+  EXPECT_FALSE(engine_.SupportsChunks("t"));
   TStringList list{"left over"};
   engine_.ListDatabases(list);
   EXPECT_THAT(list, IsEmpty());

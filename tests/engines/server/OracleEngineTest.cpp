@@ -294,7 +294,7 @@ TEST_F(DBConnOracle, GivesTexts) {
     c.call(*engine, text);
     EXPECT_EQ(text == abstract ? "Abstract error" : text, c.text) << c.what;
   }
-  EXPECT_TRUE(engine->SupportsChunks());
+  EXPECT_TRUE(engine->SupportsChunks("t"));
 }
 
 TEST_F(DBConnOracle, SendsStatements) {

@@ -1,4 +1,4 @@
-#include "engines/file/InputFile.h"
+#include "util/InputFile.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

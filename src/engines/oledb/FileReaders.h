@@ -1,0 +1,28 @@
+#pragma once
+
+// The readers of file formats, and the one writer. All raise errors that name the file and the fault. Paths come from
+// users; a missing file, a folder where a file is wanted and the like are named as such.
+
+#include <memory>
+#include <string>
+
+#include "engines/oledb/FileReader.h"
+
+namespace velmora {
+
+// Access (Jet 3 and 4) over libmdb. `password` is not asked for by the library, and not looked at.
+std::unique_ptr<TFileReader> OpenMdbFile(const std::string& path);
+// An empty database of Jet 4, about 45 KB; the file must not be there.
+void CreateMdbFile(const std::string& path);
+
+// A folder of dBASE III, IV files; and a folder, or a database (.dbc), of FoxPro.
+std::unique_ptr<TFileReader> OpenDBaseFolder(const std::string& folder);
+std::unique_ptr<TFileReader> OpenFoxProFolder(const std::string& folder);
+
+// A workbook of Excel (BIFF5, BIFF8) over freexl. `names`: the first row of a sheet holds the names of its columns;
+// `mixed_as_text`: a column of several kinds is text, else it is of the kind that most of its cells have.
+std::unique_ptr<TFileReader> OpenExcelFile(const std::string& path, bool names, bool mixed_as_text);
+// A sheet of Lotus 1-2-3 (wk3, wk4) over libwps; the first row holds names, mixed columns are text.
+std::unique_ptr<TFileReader> OpenLotusFile(const std::string& path);
+
+}  // namespace velmora
