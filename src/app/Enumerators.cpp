@@ -1,6 +1,7 @@
 #include "app/Enumerators.h"
 
 #include "app/TnsNames.h"
+#include "engines/oledb/Providers.h"
 #include "util/Errors.h"
 
 namespace velmora {
@@ -14,6 +15,10 @@ constexpr std::size_t kTypeColumn = 3;
 constexpr std::int64_t kDataSource = 1;  // as against another enumerator
 
 }  // namespace
+
+TEnumerators MachineEnumerators() {
+  return {.SQLServers = {}, .ODBCSources = ODBCSourcesLister(), .OracleServices = {}};
+}
 
 TStringList DataSourceNames(const TEnumerator& enumerator) {
   TStringList names;

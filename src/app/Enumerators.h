@@ -19,6 +19,9 @@ struct TEnumerators {
   std::function<TStringList()> OracleServices;  // empty: the machine's own client is asked
 };
 
+// What this machine has of them.
+TEnumerators MachineEnumerators();
+
 // The names of the data sources among what an enumerator finds. Raises "Invalid column count returned in data source
 // query" for a rowset of fewer than four columns.
 TStringList DataSourceNames(const TEnumerator& enumerator);

@@ -42,14 +42,20 @@ std::string AccountOf(const TEngineValues& values) {
   return values.Text("username") + "@" + (server.empty() ? "localhost" : server);
 }
 
+// Whether a password belongs to these values: that of an account on a server, which the machine's own login has not.
+bool HasAccount(const TEngineRow& engine, const TEngineValues& values) {
+  return engine.FindKey("username") != nullptr && !values.Boolean("windows_authentication");
+}
+
 // The engine of values that were given as an argument. Asks for a password that is not among them, and warns of one
 // that is.
 std::unique_ptr<TDBConn> MakeGiven(const TEngineRow& engine, TEngineValues values, const TSourceSettings& settings) {
   const TEngineKey* secret = engine.SecretKey();
-  if (secret != nullptr && engine.CanBeMade()) {
+  if (secret != nullptr) {
     const bool given = values.Has(secret->name);
     if (given && !values.Text(secret->name).empty() && settings.Warn) settings.Warn(kPasswordGiven);
-    if (!given && settings.AskPassword) values.Set(secret->name, settings.AskPassword(AccountOf(values)));
+    if (!given && HasAccount(engine, values) && settings.AskPassword)
+      values.Set(secret->name, settings.AskPassword(AccountOf(values)));
   }
   FillStandardValues(engine, values);
   return MakeEngine(engine, values, ClientsOf(settings));

@@ -20,6 +20,13 @@ void Identify(TDBConn& conn, TStructure& structure) {
   conn.GetDisplayName(structure.display_name);
 }
 
+// Runs `fetch`. Some engines know their name only when they have tried to connect.
+template <class Fetch>
+void FetchIdentified(TDBConn& conn, TStructure& structure, Fetch&& fetch) {
+  Identify(conn, structure);
+  RunGuarded(fetch, [&] { Identify(conn, structure); });
+}
+
 // The text of `file` through the engine's parser, and the rows as they then stand, whether it raised or not.
 void ParseAndView(TDBConn& conn, const std::string& file, TConsole& console, TStructure& structure) {
   const std::string text = ReadTextFile(file);
@@ -47,9 +54,10 @@ void TSchemaCommand::Declare(CLI::App& app) {
 int TSchemaCommand::Execute(TConsole& console) {
   return ShowStructure(console, format_, [&](TStructure& structure) {
     const std::unique_ptr<TDBConn> conn = MakeSource(source_, options_.ForOne(console));
-    Identify(*conn, structure);
-    FetchTables(*conn, tables_, options_.verbose(), console,
-                [&](TTableView view) { structure.tables.push_back(std::move(view)); });
+    FetchIdentified(*conn, structure, [&] {
+      FetchTables(*conn, tables_, options_.verbose(), console,
+                  [&](TTableView view) { structure.tables.push_back(std::move(view)); });
+    });
   });
 }
 
@@ -76,9 +84,10 @@ void TReplayCommand::Declare(CLI::App& app) {
 int TReplayCommand::Execute(TConsole& console) {
   return ShowStructure(console, format_, [&](TStructure& structure) {
     const std::unique_ptr<TDBConn> conn = MakeTarget(source_, options_.ForOne(console));
-    Identify(*conn, structure);
-    FetchTables(*conn, {}, options_.verbose(), console, [&](const TTableView& view) {
-      if (view.error) RaiseError(*view.error);
+    FetchIdentified(*conn, structure, [&] {
+      FetchTables(*conn, {}, options_.verbose(), console, [&](const TTableView& view) {
+        if (view.error) RaiseError(*view.error);
+      });
     });
     ParseAndView(*conn, file_, console, structure);
   });

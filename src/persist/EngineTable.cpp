@@ -10,6 +10,14 @@
 #include "engines/mysql/DBConnMySQL.h"
 #include "engines/mysql/DBConnMySQLscript.h"
 #include "engines/mysql/MyClients.h"
+#include "engines/oledb/DBConnAccess.h"
+#include "engines/oledb/DBConnDBF.h"
+#include "engines/oledb/DBConnExcel.h"
+#include "engines/oledb/DBConnFoxPro.h"
+#include "engines/oledb/DBConnLotus.h"
+#include "engines/oledb/DBConnODBC.h"
+#include "engines/oledb/DBConnSQLServer.h"
+#include "engines/oledb/Providers.h"
 #include "engines/server/ClientFirebird.h"
 #include "engines/server/ClientOracle.h"
 #include "engines/server/DBConnInterbase.h"
@@ -24,11 +32,12 @@ namespace velmora {
 
 namespace {
 
-constexpr char kNotInThisVersion[] = "Unhandled engine: %s cannot be read by this version";
-
-constexpr TEngineKey kFolder[] = {{"folder"}};
-constexpr TEngineKey kFilename[] = {{"filename"}};
-constexpr TEngineKey kDsn[] = {{"dsn"}};
+constexpr char kFolderKey[] = "folder";
+constexpr char kFilenameKey[] = "filename";
+constexpr char kDsnKey[] = "dsn";
+constexpr TEngineKey kFolder[] = {{kFolderKey}};
+constexpr TEngineKey kFilename[] = {{kFilenameKey}};
+constexpr TEngineKey kDsn[] = {{kDsnKey}};
 constexpr TEngineKey kInterbase[] = {{"server"}, {"database"}, {"username"}, {"password", EKeyKind::Secret}};
 constexpr TEngineKey kAccess[] = {{"filename"}, {"password", EKeyKind::Secret}, {"sysdb_filename"}};
 constexpr TEngineKey kSQLServer[] = {{"server"},
@@ -98,21 +107,67 @@ std::unique_ptr<TDBConn> MakeOracle(const TEngineValues& values, const TEngineCl
                                          values.Boolean("direct"));
 }
 
+TOLEDBProviderMaker ProvidersOf(const TEngineClients& clients) {
+  return clients.NewOLEDBProvider ? clients.NewOLEDBProvider : MakeOLEDBProvider;
+}
+
+// An engine whose one parameter is the text of the key.
+template <class Conn, const char* key>
+std::unique_ptr<TDBConn> MakeOLEDB(const TEngineValues& values, const TEngineClients& clients) {
+  return std::make_unique<Conn>(values.Text(key), ProvidersOf(clients));
+}
+
+std::unique_ptr<TDBConn> MakeAccess(const TEngineValues& values, const TEngineClients& clients) {
+  return std::make_unique<TDBConnAccess>(values.Text("filename"), values.Text("password"),
+                                         values.Text("sysdb_filename"), ProvidersOf(clients));
+}
+
+std::unique_ptr<TDBConn> MakeSQLServer(const TEngineValues& values, const TEngineClients& clients) {
+  return std::make_unique<TDBConnSQLServer>(values.Text("server"), values.Text("database"), values.Text("username"),
+                                            values.Text("password"), values.Boolean("windows_authentication"),
+                                            ProvidersOf(clients));
+}
+
+std::unique_ptr<TDBConn> MakeExcel(const TEngineValues& values, const TEngineClients& clients) {
+  return std::make_unique<TDBConnExcel>(values.Text("filename"), values.Boolean("HDR"), values.Boolean("IMEX"),
+                                        ProvidersOf(clients));
+}
+
 void SaveByEngine(TDBConn& conn, const std::string& path, TXMLAccess& store) { conn.SaveParams(path, store); }
 
 // Deliberate: task files take no Lotus 1-2-3 in either direction, and the script engine only as far as its missing
 // name lets it come.
 constexpr TEngineRow kEngines[] = {
-    {.engine = kEngineDBF, .keys = kFolder, .reference = true, .target = false, .write = SaveByEngine},
-    {.engine = kEngineLotus, .keys = kFilename, .reference = false, .target = false, .write = SaveByEngine},
+    {.engine = kEngineDBF,
+     .keys = kFolder,
+     .reference = true,
+     .target = false,
+     .make = MakeOLEDB<TDBConnDBF, kFolderKey>,
+     .write = SaveByEngine},
+    {.engine = kEngineLotus,
+     .keys = kFilename,
+     .reference = false,
+     .target = false,
+     .make = MakeOLEDB<TDBConnLotus, kFilenameKey>,
+     .write = SaveByEngine},
     {.engine = kEngineInterbase,
      .keys = kInterbase,
      .reference = true,
      .target = false,
      .make = MakeInterbase,
      .write = SaveByEngine},
-    {.engine = kEngineAccess, .keys = kAccess, .reference = true, .target = true, .write = SaveByEngine},
-    {.engine = kEngineSQLServer, .keys = kSQLServer, .reference = true, .target = true, .write = SaveByEngine},
+    {.engine = kEngineAccess,
+     .keys = kAccess,
+     .reference = true,
+     .target = true,
+     .make = MakeAccess,
+     .write = SaveByEngine},
+    {.engine = kEngineSQLServer,
+     .keys = kSQLServer,
+     .reference = true,
+     .target = true,
+     .make = MakeSQLServer,
+     .write = SaveByEngine},
     {.engine = kEngineMySQL,
      .keys = kMySQL,
      .reference = true,
@@ -144,9 +199,24 @@ constexpr TEngineRow kEngines[] = {
      .read_first = "separator",
      .make = MakeText,
      .write = WriteText},
-    {.engine = kEngineExcel, .keys = kExcel, .reference = true, .target = false, .write = SaveByEngine},
-    {.engine = kEngineFoxPro, .keys = kFolder, .reference = true, .target = false, .write = SaveByEngine},
-    {.engine = kEngineODBC, .keys = kDsn, .reference = true, .target = false, .write = SaveByEngine},
+    {.engine = kEngineExcel,
+     .keys = kExcel,
+     .reference = true,
+     .target = false,
+     .make = MakeExcel,
+     .write = SaveByEngine},
+    {.engine = kEngineFoxPro,
+     .keys = kFolder,
+     .reference = true,
+     .target = false,
+     .make = MakeOLEDB<TDBConnFoxPro, kFolderKey>,
+     .write = SaveByEngine},
+    {.engine = kEngineODBC,
+     .keys = kDsn,
+     .reference = true,
+     .target = false,
+     .make = MakeOLEDB<TDBConnODBC, kDsnKey>,
+     .write = SaveByEngine},
 };
 
 }  // namespace
@@ -198,7 +268,6 @@ void FillStandardValues(const TEngineRow& row, TEngineValues& values) {
 }
 
 std::unique_ptr<TDBConn> MakeEngine(const TEngineRow& row, const TEngineValues& values, const TEngineClients& clients) {
-  if (!row.CanBeMade()) RaiseError(Format(kNotInThisVersion, EngineName(row)));
   return row.make(values, clients);
 }
 

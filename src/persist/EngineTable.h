@@ -12,6 +12,7 @@
 
 #include "core/DBConn.h"
 #include "engines/mysql/MyConnection.h"
+#include "engines/oledb/Provider.h"
 
 namespace velmora {
 
@@ -46,6 +47,7 @@ class TEngineValues {
 // What engines are made with. Where a call is empty, the usual client is taken.
 struct TEngineClients {
   std::function<std::unique_ptr<TMyConnection>()> NewMyConnection;
+  TOLEDBProviderMaker NewOLEDBProvider = {};
 };
 
 enum class ETaskRole { Reference, Target };
@@ -56,11 +58,10 @@ struct TEngineRow {
   bool reference;                    // a task may hold it as this
   bool target;
   std::string_view read_first = {};  // the key that is read before the others
-  std::unique_ptr<TDBConn> (*make)(const TEngineValues& values, const TEngineClients& clients) = nullptr;
+  std::unique_ptr<TDBConn> (*make)(const TEngineValues& values, const TEngineClients& clients);
   void (*write)(TDBConn& conn, const std::string& path, TXMLAccess& store);
 
   bool InTask(ETaskRole role) const { return role == ETaskRole::Reference ? reference : target; }
-  bool CanBeMade() const { return make != nullptr; }       // this version has the engine
   const TEngineKey* FindKey(std::string_view name) const;  // ignoring case; null when there is none
   const TEngineKey* SecretKey() const;                     // the password's; null for an engine without one
 };
@@ -80,8 +81,7 @@ std::string EngineName(const TEngineRow& row);        // empty for the script en
 // Gives every key that has no value its standard one.
 void FillStandardValues(const TEngineRow& row, TEngineValues& values);
 
-// An engine, not connected, of values for all keys of its row. Raises EConvertError for a port that is no integer, and
-// "Unhandled engine: %s cannot be read by this version" where it cannot be made.
+// An engine, not connected, of values for all keys of its row. Raises EConvertError for a port that is no integer.
 std::unique_ptr<TDBConn> MakeEngine(const TEngineRow& row, const TEngineValues& values,
                                     const TEngineClients& clients = {});
 

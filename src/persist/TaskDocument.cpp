@@ -89,7 +89,6 @@ bool TTaskReader::Exact() const {
 }
 
 std::unique_ptr<TDBConn> MakeTaskEngine(const TTaskSide& side, const TEngineClients& clients) {
-  if (!side.engine->CanBeMade()) RaiseError(Format(kUnhandledOnOpen, EngineName(*side.engine)));
   return MakeEngine(*side.engine, side.values, clients);
 }
 

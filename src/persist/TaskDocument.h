@@ -32,8 +32,7 @@ class TTaskReader {
   bool Exact() const;
 };
 
-// The engine of a side, not connected. Raises as MakeEngine does, but "OpenTask: Unhandled engine " and the name where
-// this version cannot make it.
+// The engine of a side, not connected. Raises as MakeEngine does.
 std::unique_ptr<TDBConn> MakeTaskEngine(const TTaskSide& side, const TEngineClients& clients = {});
 
 struct TTaskValues {

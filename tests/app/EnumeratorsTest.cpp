@@ -7,6 +7,8 @@
 namespace velmora {
 namespace {
 
+using testing::MessageOf;
+
 TEnumerator SourcesOf(std::vector<TFieldDef> fields, std::vector<TMemDataset::TRow> rows) {
   return [=] {
     auto sources = std::make_unique<TMemDataset>(fields);
@@ -26,10 +28,11 @@ TEST(EnumeratorsTest, DataSourcesAreListedByName) {
             TStringList({"B", "A"}));
   EXPECT_EQ(DataSourceNames(SourcesOf(fields, {})), TStringList());
   EXPECT_EQ(DataSourceNames({}), TStringList()) << "a machine without an enumerator";
+  EXPECT_EQ(MessageOf([] { DataSourceNames(MachineEnumerators().ODBCSources); }), "nothing raised");
 }
 
 TEST(EnumeratorsTest, ARowsetNeedsFourColumns) {
-  EXPECT_EQ(testing::MessageOf([] {
+  EXPECT_EQ(MessageOf([] {
               DataSourceNames(SourcesOf({{"a"}, {"b"}, {"c"}}, {}));
             }),
             "Invalid column count returned in data source query");

@@ -56,8 +56,8 @@ struct TOLEDBTableRow {
 struct TOLEDBColumnRow {
   std::string TABLE_NAME;
   std::string COLUMN_NAME;
-  std::uint32_t ORDINAL_POSITION = 0;         // from 1
-  std::optional<std::string> COLUMN_DEFAULT;  // as the source keeps it, quotes included
+  std::uint32_t ORDINAL_POSITION = 0;              // from 1
+  std::optional<std::string> COLUMN_DEFAULT = {};  // as the source keeps it, quotes included
   std::uint32_t COLUMN_FLAGS = 0;
   bool IS_NULLABLE = true;
   std::uint16_t DATA_TYPE = 0;                 // a TDBType, or a number of the source's own that is none

@@ -1,0 +1,33 @@
+#include "engines/oledb/DBConnDBF.h"
+
+#include <utility>
+
+#include "engines/oledb/InitString.h"
+#include "util/Format.h"
+#include "xml/XMLAccess.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kConnection[] =
+    "Provider=Microsoft.Jet.OLEDB.4.0;Extended Properties=dBASE IV;Persist Security Info=False;Data Source=%s;";
+
+}  // namespace
+
+TDBConnDBF::TDBConnDBF(std::string folder, TOLEDBProviderMaker maker)
+    : TDBConnOLEDB(std::move(maker)), folder_(std::move(folder)) {
+  NationalTypes = false;
+}
+
+void TDBConnDBF::SaveParams(const std::string& path, TXMLAccess& store) { store.xmlSetVal(path + "/folder", folder_); }
+
+void TDBConnDBF::ApplyParams() {
+  GetConnectionObject().SetInitializationString(Format(kConnection, InitValue(folder_)));
+}
+
+int TDBConnDBF::GetEngine() { return kEngineDBF; }
+
+std::unique_ptr<TDBConn> TDBConnDBF::Clone() { return Finished(std::make_unique<TDBConnDBF>(folder_, maker())); }
+
+}  // namespace velmora

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <iconv.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace velmora {
+
+// The code page of a DBF file, by the number in its head (the numbers are published with the documentation of Visual
+// FoxPro, "Code Pages Supported by Visual FoxPro"). The system's iconv does the work and is asked when first needed.
+class TDbfCodePage {
+ public:
+  // 0, and a number that stands for no page known here, is `unstated`, a name of iconv's.
+  TDbfCodePage(std::uint8_t number, const char* unstated);
+
+  const char* Name() const { return name_; }
+  // As UTF-8; what is no letter of the page becomes U+FFFD. Raises "Cannot convert from %s: %s" for a page that this
+  // system's iconv lacks. Letters of ASCII alone cost no conversion.
+  std::string Decode(std::string_view bytes) const;
+
+ private:
+  struct TClose {
+    void operator()(iconv_t converter) const { iconv_close(converter); }
+  };
+
+  const char* name_;
+  mutable std::unique_ptr<std::remove_pointer_t<iconv_t>, TClose> converter_;
+};
+
+}  // namespace velmora

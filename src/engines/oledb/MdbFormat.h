@@ -1,0 +1,69 @@
+#pragma once
+
+// What a Jet database file tells of the columns and indexes of a table.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+enum class EMdbType : std::uint8_t {
+  Bool = 1,
+  Byte = 2,
+  Int = 3,
+  LongInt = 4,
+  Money = 5,
+  Float = 6,
+  Double = 7,
+  DateTime = 8,
+  Binary = 9,
+  Text = 10,
+  Ole = 11,
+  Memo = 12,
+  RepId = 15,
+  Numeric = 16
+};
+
+// Flags of columns.
+inline constexpr std::uint8_t kMdbFixed = 0x01;
+inline constexpr std::uint8_t kMdbNullable = 0x02;
+inline constexpr std::uint8_t kMdbAutoNumber = 0x04;
+inline constexpr std::uint8_t kMdbAutoGuid = 0x40;
+
+struct TMdbColumn {
+  std::string name;
+  EMdbType type = EMdbType::LongInt;  // or another number
+  std::uint16_t size = 0;             // in bytes; 0 for yes/no and long values
+  std::uint8_t flags = kMdbNullable;
+  std::uint8_t precision = 0;
+  std::uint8_t scale = 0;
+  std::uint16_t number = 0;  // from 0; a deleted column keeps its own
+  std::uint16_t fixed_offset = 0;
+  std::uint16_t var_index = 0;
+
+  bool Has(std::uint8_t flag) const { return (flags & flag) != 0; }
+};
+
+// Flag, and kinds, of indexes.
+inline constexpr std::uint8_t kMdbUnique = 0x01;
+inline constexpr std::uint8_t kMdbPrimaryKey = 1;
+inline constexpr std::uint8_t kMdbRelation = 2;  // one end of a relation between tables
+
+struct TMdbIndexPart {
+  std::uint16_t column = 0;  // its number
+  bool descending = false;
+};
+
+struct TMdbIndex {
+  std::string name;
+  std::vector<TMdbIndexPart> parts;  // up to 10
+  std::uint8_t flags = 0;
+  std::uint8_t kind = 0;
+};
+
+// Flags of the entry that a page has for a row.
+inline constexpr std::uint16_t kMdbRowMoved = 0x4000;    // its bytes stand in another entry; or it is deleted
+inline constexpr std::uint16_t kMdbRowOutside = 0x8000;  // the bytes of a moved row; with the flag above: deleted
+
+}  // namespace velmora

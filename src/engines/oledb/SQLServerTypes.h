@@ -1,0 +1,10 @@
+#pragma once
+
+#include "core/ColumnTypes.h"
+
+namespace velmora {
+
+// The type table of SQL Server: without "date" and "time", which are written as "datetime".
+TColumnTypeInfoArray SQLServerColumnTypes();
+
+}  // namespace velmora

@@ -1,0 +1,184 @@
+// What goes wrong between the engine of SQL Server, its real ODBC driver and the server.
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+#include <random>
+
+#include "core/Meta.h"
+#include "engines/oledb/sqlserver/SqlServerRig.h"
+#include "util/Errors.h"
+#include "util/Text.h"
+
+namespace velmora::testing {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::Ge;
+using ::testing::HasSubstr;
+using ::testing::Le;
+using ::testing::Not;
+
+class SqlServerFaultTest : public TSqlServerTest {
+ protected:
+  // What connecting raises.
+  static std::string Refusal(TDBConnSQLServer conn) {
+    return MessageOf([&] { conn.Connect(); });
+  }
+
+  static void ExpectInTime(const std::function<void()>& body) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_NE(MessageOf(body), "nothing raised");
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    EXPECT_THAT(taken.count(), Le(9)) << "the login may take 5 seconds";
+  }
+};
+
+TEST_F(SqlServerFaultTest, RefusedLogins) {
+  const struct {
+    const char* database;
+    const char* user;
+    const char* password;
+    const char* message;
+  } kCases[] = {
+      {"shop", "sa", "geheim", "Login failed for user 'sa'."},
+      {"shop", "jörg", "geheim", "Login failed for user 'jörg'."},
+      {"nowhere", "sa", "Zwölf;{=}", "Cannot open database \"nowhere\" requested by the login. The login failed."},
+      {"shop", "sa", "geheim};", "takes no \"};\" in a password"},
+      {"shop", "sa", "geheim Ł", "takes only letters of ISO 8859-1 in a password"},
+  };
+  for (const auto& c : kCases) {
+    const std::string message = Refusal({Place(), c.database, c.user, c.password, false});
+    EXPECT_THAT(message, HasSubstr(c.message));
+    EXPECT_THAT(message, Not(HasSubstr("geheim")));
+  }
+}
+
+TEST_F(SqlServerFaultTest, WindowsLoginNeedsATicket) {
+  setenv("KRB5CCNAME", "/nowhere", 1);
+  EXPECT_THAT(Refusal({Place(), "shop", "sa", "geheim", true}),
+              AllOf(HasSubstr("It needs a ticket (kinit)"), Not(HasSubstr("geheim"))));
+}
+
+// In a process of its own, since the driver manager remembers for a while what it has found.
+TEST_F(SqlServerFaultTest, WithoutTheDriver) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto connect = [this] {
+    const TDriverFolder none(false);
+    std::cerr << Refusal(Conn());
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(connect(), ::testing::ExitedWithCode(0), "Install the package tdsodbc");
+}
+
+TEST_F(SqlServerFaultTest, NobodyListens) {
+  int port = 0;
+  {
+    const TFakeTdsServer gone;
+    port = gone.Port();
+  }
+  EXPECT_THAT(Refusal({"127.0.0.1," + std::to_string(port), "shop", "sa", "geheim", false}),
+              AllOf(HasSubstr("Unable to connect"), Not(HasSubstr("geheim"))));
+}
+
+TEST_F(SqlServerFaultTest, SilentBeforeTheLogin) {
+  server_.then_silent = true;
+  server_.answers = 0;
+  ExpectInTime([&] { Conn().Connect(); });
+}
+
+TEST_F(SqlServerFaultTest, SilentAtTheLogin) {
+  server_.then_silent = true;
+  server_.answers = 1;
+  ExpectInTime([&] { Conn().Connect(); });
+}
+
+// A full queue of connections: the machine is there, and does not say so.
+TEST_F(SqlServerFaultTest, NoAnswerAtAll) {
+  const int listener = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  auto* plain = reinterpret_cast<sockaddr*>(&address);
+  ASSERT_EQ(bind(listener, plain, size), 0);
+  ASSERT_EQ(listen(listener, 0), 0);
+  ASSERT_EQ(getsockname(listener, plain, &size), 0);
+  std::vector<int> callers;
+  for (int i = 0; i < 4; ++i) {
+    callers.push_back(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0));
+    connect(callers.back(), plain, size);
+  }
+  ExpectInTime(
+      [&] { TDBConnSQLServer("127.0.0.1," + std::to_string(ntohs(address.sin_port)), "", "sa", "", false).Connect(); });
+  for (const int caller : callers) close(caller);
+  close(listener);
+}
+
+// Everything that the engine asks of a connection, and in what order.
+void UseAll(TDBConnSQLServer& conn) {
+  conn.Connect();
+  conn.meta().GotoTable("t");
+  conn.FetchIfNeeded();
+  conn.StartTransaction();
+  conn.ExecSQL("insert into t values (2)");
+  conn.Commit();
+  conn.OpenTable("t");
+}
+
+TEST_F(SqlServerFaultTest, TheServerGoesAwayAtEveryStep) {
+  server_.Table("t").Column("id", "int").Primary("PK", {"id"}).Row({"1"});
+  int steps = 0;
+  for (bool all = false; !all; ++steps) {
+    ASSERT_LT(steps, 30);
+    server_.answers = steps;
+    TDBConnSQLServer conn = Conn();
+    const std::string message = MessageOf([&] { UseAll(conn); });
+    all = message == "nothing raised";
+    EXPECT_THAT(message, Not(HasSubstr(server_.password)));
+    if (all) continue;
+    server_.answers = 1 << 30;
+    conn.Connect();
+    EXPECT_EQ(conn.TableExists("t"), true) << "connecting again helps, after step " << steps;
+  }
+  EXPECT_THAT(steps, Ge(9));
+}
+
+// Rows cut short and with bytes written over. The driver reads them, so all that is asked of us is an end: an error or
+// a result. The columns in front of them stay whole, and no byte begins others: at a nonsensical type the driver ends
+// the process.
+TEST_F(SqlServerFaultTest, GarbledReplies) {
+  constexpr int kReplies = 300;
+  constexpr char kRow = '\xD1';
+  constexpr std::string_view kBytes("\xFF\x7F\x80\xD1\xFD\xAA\xE3\x01\x00\x00", 10);
+  server_.Table("t")
+      .Column("id", "int")
+      .Column("n", "nvarchar(max)")
+      .Column("d", "decimal(9,2)")
+      .Row({"1", "xyz", "1.5"});
+  std::mt19937 random(20);
+  const auto below = [&](std::size_t bound) { return random() % bound; };
+  server_.tamper = [&](std::string& tokens) {
+    const std::size_t rows = tokens.find(kRow);
+    if (below(4) == 0) tokens.resize(rows + below(tokens.size() - rows));
+    for (std::size_t i = below(4); i > 0 && rows < tokens.size(); --i)
+      tokens[rows + below(tokens.size() - rows)] = kBytes[below(kBytes.size())];
+  };
+  std::size_t errors = 0;
+  for (int i = 0; i < kReplies; ++i) {
+    TDBConnSQLServer conn = Conn();
+    errors += MessageOf([&] {
+                conn.GetConnectionObject().SetConnected(true);
+                RowsText(*conn.OpenQuery("select * from t"));
+              }) != "nothing raised";
+  }
+  EXPECT_GT(errors, 50u);
+}
+
+}  // namespace
+}  // namespace velmora::testing

@@ -1,0 +1,119 @@
+#pragma once
+
+// A provider behind the OLE DB engines that is fed from tables: it gives the schema rowsets and answers that a test has
+// laid out, raises the errors that it is told to, and writes down what it is asked.
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "engines/oledb/Provider.h"
+#include "util/Errors.h"
+
+namespace velmora::testing {
+
+// What stands behind every provider of one test; it outlives them.
+struct TFakeOLEDB {
+  TStringList catalogs;
+  std::vector<TOLEDBTableRow> tables;
+  std::map<std::string, std::vector<TOLEDBColumnRow>> columns;  // by table
+  std::map<std::string, std::vector<TOLEDBIndexRow>> indexes;   // by table
+  std::map<std::string, TOLEDBRowset> answers;                  // by statement; other queries have no fields, no rows
+  std::map<std::string, std::string> errors;                    // by line of the log
+  std::int64_t affected = 0;
+
+  // "open SOURCE", "close", "create SOURCE ENGINE-TYPE", "catalogs", "tables", "columns T", "indexes T", "begin 4096",
+  // "commit", and statements as they are.
+  TStringList log;
+
+  TStringList TakeLog() { return std::exchange(log, {}); }
+  void Note(const std::string& line) {
+    log.push_back(line);
+    if (const auto error = errors.find(line); error != errors.end()) RaiseError(error->second);
+  }
+  // A table of the columns, numbered in this order, and of the indexes; both get its name.
+  void AddTable(const std::string& name, std::vector<TOLEDBColumnRow> its_columns,
+                std::vector<TOLEDBIndexRow> its_indexes = {}) {
+    std::uint32_t ordinal = 0;
+    for (TOLEDBColumnRow& row : its_columns) {
+      row.TABLE_NAME = name;
+      row.ORDINAL_POSITION = ++ordinal;
+    }
+    for (TOLEDBIndexRow& row : its_indexes) row.TABLE_NAME = name;
+    tables.push_back({name, "TABLE"});
+    columns[name] = std::move(its_columns);
+    indexes[name] = std::move(its_indexes);
+  }
+  // Rows of texts, numbers and nulls under fields of these names.
+  void Answer(const std::string& sql, const TStringList& fields, TRowsOfValues rows) {
+    TOLEDBRowset& rowset = answers[sql];
+    for (const std::string& name : fields) rowset.fields.push_back({name});
+    rowset.rows = std::move(rows);
+  }
+  TOLEDBProviderMaker Maker();
+};
+
+class TFakeOLEDBProvider final : public TOLEDBProvider {
+ public:
+  TFakeOLEDBProvider(TFakeOLEDB& backend, TInitString properties)
+      : backend_(backend), properties_(std::move(properties)) {}
+
+  void Initialize() override {
+    backend_.Note("open " + properties_.Value("Data Source"));
+    open_ = true;
+  }
+  void Uninitialize() override {
+    if (std::exchange(open_, false)) backend_.Note("close");
+  }
+  bool Initialized() const override { return open_; }
+  void CreateDataSource() override {
+    backend_.Note("create " + properties_.Value("Data Source") + " " + properties_.Value("Jet OLEDB:Engine Type"));
+  }
+  TStringList Catalogs() override { return backend_.Note("catalogs"), backend_.catalogs; }
+  std::vector<TOLEDBTableRow> Tables() override { return backend_.Note("tables"), backend_.tables; }
+  std::vector<TOLEDBColumnRow> Columns(const std::string& table) override {
+    return backend_.Note("columns " + table), backend_.columns[table];
+  }
+  std::vector<TOLEDBIndexRow> Indexes(const std::string& table) override {
+    return backend_.Note("indexes " + table), backend_.indexes[table];
+  }
+  TOLEDBRowset Open(const std::string& sql) override { return backend_.Note(sql), backend_.answers[sql]; }
+  std::int64_t Execute(const std::string& sql) override { return backend_.Note(sql), backend_.affected; }
+  void StartTransaction(std::uint32_t isolation) override { backend_.Note("begin " + std::to_string(isolation)); }
+  void Commit() override { backend_.Note("commit"); }
+
+ private:
+  TFakeOLEDB& backend_;
+  TInitString properties_;
+  bool open_ = false;
+};
+
+// A column that takes null, without a default; what is not named is 0.
+inline TOLEDBColumnRow Column(const std::string& name, std::uint16_t data_type, std::uint32_t length = 0,
+                              std::uint32_t flags = 0) {
+  TOLEDBColumnRow row;
+  row.COLUMN_NAME = name;
+  row.DATA_TYPE = data_type;
+  row.CHARACTER_MAXIMUM_LENGTH = length;
+  row.COLUMN_FLAGS = flags;
+  return row;
+}
+
+inline TOLEDBIndexRow IndexColumn(const std::string& index, const std::string& column, std::uint32_t ordinal = 1,
+                                  bool unique = false, bool primary = false) {
+  TOLEDBIndexRow row;
+  row.INDEX_NAME = index;
+  row.COLUMN_NAME = column;
+  row.ORDINAL_POSITION = ordinal;
+  row.UNIQUE = unique;
+  row.PRIMARY_KEY = primary;
+  return row;
+}
+
+inline TOLEDBProviderMaker TFakeOLEDB::Maker() {
+  return [this](const TInitString& properties) { return std::make_unique<TFakeOLEDBProvider>(*this, properties); };
+}
+
+}  // namespace velmora::testing
