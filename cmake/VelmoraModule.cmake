@@ -72,13 +72,16 @@ function(velmora_program name)
   install(TARGETS ${name} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endfunction()
 
-# velmora_tests(FOLDER [SINGLE] LINKS targets...): the test program of tests/FOLDER, one CTest entry per test. SINGLE is
-# for tests that share something slow to start: the program is one entry, and writes a report of its own on what ran
-# into the folder single-reports.
+# velmora_tests(FOLDER [SINGLE] LINKS targets... [WITHOUT patterns...]): the test program of tests/FOLDER but for the
+# sources whose names fit a pattern, one CTest entry per test. SINGLE is for tests that share something slow to start:
+# the program is one entry, and writes a report of its own on what ran into the folder single-reports.
 function(velmora_tests folder)
-  cmake_parse_arguments(ARG "SINGLE" "" "LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "SINGLE" "" "LINKS;WITHOUT" ${ARGN})
   string(REPLACE "/" "_" suffix "${folder}")
   file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/${folder}/*.cpp")
+  foreach(pattern IN LISTS ARG_WITHOUT)
+    list(FILTER sources EXCLUDE REGEX "/${pattern}\\.cpp$")
+  endforeach()
   if(NOT sources)
     return()
   endif()

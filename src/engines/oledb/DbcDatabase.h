@@ -1,7 +1,8 @@
 #pragma once
 
 // A database (.dbc, with its memos in .dct) of Visual FoxPro: what it adds to its tables. It is a table itself, of
-// objects that name their parents and keep their properties in a memo.
+// objects that name their parents and keep their properties in a memo. The table is published ("Table Structures of
+// Table Files" in the documentation), the form of the properties is not: docs/dbf.md has what the files show.
 
 #include <optional>
 #include <string>

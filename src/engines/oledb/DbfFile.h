@@ -1,8 +1,9 @@
 #pragma once
 
-// The table files (.dbf) of dBASE III, IV and 5, FoxPro 2 and Visual FoxPro: head, fields, records. The layout, and
-// where it is published, is in docs/dbf.md. Failures of the system name the file; what is wrong in a file is told with
-// its name, the offset or the record, and the fault.
+// The table files (.dbf) of dBASE III, IV and 5, FoxPro 2 and Visual FoxPro: head, fields, records. The layout is
+// published as "dBASE Table File Format" with the format descriptions of the Library of Congress, and as "Table File
+// Structure" with the documentation of Visual FoxPro; docs/dbf.md has what counts here. Failures of the system name the
+// file; what is wrong in a file is told with its name, the offset or the field, and the fault.
 
 #include <cstddef>
 #include <cstdint>

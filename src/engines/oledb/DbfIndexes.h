@@ -1,7 +1,8 @@
 #pragma once
 
-// The indexes beside a table, as far as their heads tell: the files (.ndx) that TABLE.INF lists for dBASE, the tags of
-// the file .cdx for FoxPro. Layouts are in docs/dbf.md.
+// The indexes beside a table, as far as their heads tell: the files (.ndx) that TABLE.INF lists for dBASE, as the
+// provider for Jet has it; the tags of the file .cdx for FoxPro ("Compact Index File Structure" and "Compound Index
+// File Structure" in its documentation). docs/dbf.md has the layouts.
 
 #include <string>
 #include <string_view>
@@ -23,8 +24,8 @@ std::vector<TDbfIndex> ReadDBaseIndexes(const std::string& table_path);
 // Tags of the file, in the order of their names. Raises for what its links and counts cannot mean.
 std::vector<TDbfIndex> ReadFoxProTags(const std::string& path);
 
-// A row for `index` where its expression is a column alone, by its name or `short_names` of the same position; no row
-// for any other expression, for which there is no column to name. `columns` may not be empty.
+// A row for `index` in `table` where its expression is a column alone, by its name or by that of the same place in
+// `short_names`; none for any other expression, which no column stands for.
 void AddDbfIndex(const TDbfIndex& index, bool primary, const std::vector<std::string>& short_names, TFileTable& table);
 
 }  // namespace velmora

@@ -11,8 +11,8 @@
 
 namespace velmora {
 
-// The memo file of a table: .dbt of dBASE III or IV, .fpt of FoxPro; what does not fit the records. Opened on first
-// need and kept open.
+// The memo file of a table: .dbt of dBASE III or IV, .fpt of FoxPro ("Memo File Structure" in its documentation); what
+// does not fit the records. Opened on first need and kept open.
 class TDbfMemoFile {
  public:
   // The file has the table's name and `extension`, the case of letters playing no part.

@@ -79,15 +79,21 @@ struct TArgument {
   SQLSMALLINT length;
 };
 
-// The argument for the catalog is a pattern to some calls and drivers.
-bool IsIn(const TOdbcTexts& row, const std::string& catalog) {
-  const std::string own = TextAt(row, kCatalog);
-  return catalog.empty() || own.empty() || own == catalog;
+// Drops rows of other catalogs: the argument for it is a pattern to some calls and drivers. Some drivers name the
+// current one in other letters than their rows.
+void KeepIn(std::vector<TOdbcTexts>& rows, const std::string& catalog) {
+  if (catalog.empty()) return;
+  const bool exact = std::ranges::any_of(rows, [&](const TOdbcTexts& row) { return TextAt(row, kCatalog) == catalog; });
+  std::erase_if(rows, [&](const TOdbcTexts& row) {
+    const std::string own = TextAt(row, kCatalog);
+    return !own.empty() && !(exact ? own == catalog : SameText(own, catalog));
+  });
 }
 
-// So is that for the table: a_b gives those of aXb as well.
+// The argument for the table is a pattern too: a_b gives those of aXb as well.
 void KeepOf(std::vector<TOdbcTexts>& rows, const std::string& catalog, const std::string& table) {
-  std::erase_if(rows, [&](const TOdbcTexts& row) { return !IsIn(row, catalog) || TextAt(row, kTable) != table; });
+  std::erase_if(rows, [&](const TOdbcTexts& row) { return TextAt(row, kTable) != table; });
+  KeepIn(rows, catalog);
 }
 
 // --- Columns
@@ -109,19 +115,24 @@ std::optional<std::string> DefaultAt(const TOdbcTexts& row, std::size_t column) 
   return text;
 }
 
+// The number of the type, as far as it is one.
+int TypeOf(const TOdbcTexts& row) {
+  constexpr std::size_t kType = 5;
+  return static_cast<int>(std::clamp<std::int64_t>(NumberAt(row, kType).value_or(SQL_UNKNOWN_TYPE),
+                                                   std::numeric_limits<SQLSMALLINT>::min(),
+                                                   std::numeric_limits<SQLSMALLINT>::max()));
+}
+
 TOLEDBColumnRow ColumnOf(const TOdbcTexts& row, bool is_unsigned) {
-  constexpr std::size_t kName = 4, kType = 5, kSize = 7, kDigits = 9, kNullable = 11, kDefault = 13;
+  constexpr std::size_t kName = 4, kSize = 7, kDigits = 9, kNullable = 11, kDefault = 13;
   TOLEDBColumnRow column;
   column.TABLE_NAME = TextAt(row, kTable);
   column.COLUMN_NAME = TextAt(row, kName);
   column.COLUMN_DEFAULT = DefaultAt(row, kDefault);
   column.IS_NULLABLE = NumberAt(row, kNullable).value_or(SQL_NULLABLE_UNKNOWN) != SQL_NO_NULLS;
-  const int number = static_cast<int>(std::clamp<std::int64_t>(NumberAt(row, kType).value_or(SQL_UNKNOWN_TYPE),
-                                                               std::numeric_limits<SQLSMALLINT>::min(),
-                                                               std::numeric_limits<SQLSMALLINT>::max()));
-  const TOdbcType* type = FindOdbcType(number);
+  const TOdbcType* type = FindOdbcType(TypeOf(row));
   if (type == nullptr || type->db_type == 0) {
-    column.DATA_TYPE = UnknownDbType(number);
+    column.DATA_TYPE = UnknownDbType(TypeOf(row));
     return column;
   }
   column.DATA_TYPE = is_unsigned ? type->db_type_unsigned : type->db_type;
@@ -137,7 +148,7 @@ TOLEDBColumnRow ColumnOf(const TOdbcTexts& row, bool is_unsigned) {
 }
 
 bool IsInteger(const TOdbcTexts& row) {
-  const TOdbcType* type = FindOdbcType(static_cast<int>(NumberAt(row, 5).value_or(SQL_UNKNOWN_TYPE)));
+  const TOdbcType* type = FindOdbcType(TypeOf(row));
   return type != nullptr && IsOdbcInteger(*type);
 }
 
@@ -262,11 +273,12 @@ std::vector<TOLEDBTableRow> OdbcTables(const TOdbcConnection& connection) {
   constexpr std::size_t kType = 4;
   const std::string catalog = CurrentCatalog(connection);
   const TArgument in(catalog);
+  std::vector<TOdbcTexts> rows = RowsOf(connection, [&](SQLHSTMT statement) {
+    return SQLTables(statement, in.text, in.length, nullptr, 0, nullptr, 0, nullptr, 0);
+  });
+  KeepIn(rows, catalog);
   std::vector<TOLEDBTableRow> tables;
-  for (const TOdbcTexts& row : RowsOf(connection, [&](SQLHSTMT statement) {
-         return SQLTables(statement, in.text, in.length, nullptr, 0, nullptr, 0, nullptr, 0);
-       }))
-    if (IsIn(row, catalog)) tables.push_back({TextAt(row, kTable), TextAt(row, kType)});
+  for (const TOdbcTexts& row : rows) tables.push_back({TextAt(row, kTable), TextAt(row, kType)});
   return tables;
 }
 

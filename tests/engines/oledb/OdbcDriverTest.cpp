@@ -110,14 +110,18 @@ TEST_F(OdbcDriverTest, CatalogsAndTables) {
               {{"shop", kNull, "t", "TABLE"}, {"sXop", kNull, "other", "TABLE"}, {kNull, kNull, "v", "VIEW"}});
   source_.catalog = "s_op";
   EXPECT_EQ(provider_->Tables().size(), 1U) << "of another catalog that fits the pattern";
+  source_.catalog = "SHOP";
+  EXPECT_EQ(provider_->Tables().size(), 2U) << "in other letters";
   source_.catalog = "shop";
   const auto tables = provider_->Tables();
   ASSERT_EQ(tables.size(), 2U);
   EXPECT_EQ(tables[1].TABLE_NAME + " " + tables[1].TABLE_TYPE, "v VIEW");
+  source_.answers["tables"].rows.push_back({"Shop", kNull, "third", "TABLE"});
+  EXPECT_EQ(provider_->Tables().size(), 2U) << "letters count where they tell catalogs apart";
   source_.TakeLog();
   for (const char* none : {"", "null"}) {
     source_.catalog = none;
-    EXPECT_EQ(provider_->Tables().size(), 3U);
+    EXPECT_EQ(provider_->Tables().size(), 4U);
     EXPECT_THAT(source_.TakeLog(), ElementsAre("in -", "tables"));
   }
 }
