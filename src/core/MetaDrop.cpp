@@ -109,11 +109,12 @@ void TMeta::DropColumnSQL(const std::string& table, const std::string& column, s
 }
 
 void TMeta::DropTableSQL(const std::string& table, std::string& sql) {
-  std::string text = EraseReferences(table, [](const TConstraintRow&) { return true; });
+  const std::string drop = "drop table if exists " + table + ";";  // the argument may be a text of the deleted row
+  const std::string text = EraseReferences(table, [](const TConstraintRow&) { return true; });
   GotoTable(table);
   EraseDetails();
   tTables.Delete();
-  sql = text + "drop table if exists " + table + ";";
+  sql = text + drop;
 }
 
 }  // namespace velmora

@@ -39,7 +39,9 @@ constexpr TEngineKey kFolder[] = {{kFolderKey}};
 constexpr TEngineKey kFilename[] = {{kFilenameKey}};
 constexpr TEngineKey kDsn[] = {{kDsnKey}};
 constexpr TEngineKey kInterbase[] = {{"server"}, {"database"}, {"username"}, {"password", EKeyKind::Secret}};
-constexpr TEngineKey kAccess[] = {{"filename"}, {"password", EKeyKind::Secret}, {"sysdb_filename"}};
+// The name says a file, but it travels as the password of the database.
+constexpr TEngineKey kSysDb = {"sysdb_filename", EKeyKind::Secret};
+constexpr TEngineKey kAccess[] = {{"filename"}, {"password", EKeyKind::Secret}, kSysDb};
 constexpr TEngineKey kSQLServer[] = {{"server"},
                                      {"database"},
                                      {"username"},

@@ -39,7 +39,7 @@ TEST(EngineTableTest, EachEngineHasItsKeysAndPlaces) {
       {2, "DBF", "folder", true, false},
       {3, "Lotus 1-2-3", "filename", false, false},
       {5, "Interbase/Firebird", "server database username password*", true, false},
-      {6, "Access", "filename password* sysdb_filename", true, true},
+      {6, "Access", "filename password* sysdb_filename*", true, true},
       {7, "SQL Server", "server database username password* windows_authentication?:N", true, true},
       {8, "MySQL", "server database username password* port:3306", true, true},
       {9, "", "filename", true, false},

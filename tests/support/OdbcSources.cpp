@@ -1,5 +1,6 @@
 #include "support/OdbcSources.h"
 
+#include <dlfcn.h>
 #include <stdlib.h>
 
 #include <filesystem>
@@ -17,6 +18,8 @@ const std::string& Folder() {
   static const TScratchFolder folder;
   static const bool prepared = [] {
     WriteFileText(folder / "odbcinst.ini", "");
+    // Drivers load this library, and let it go with all that it has read in its memory; so it is held on to.
+    dlopen("libodbcinst.so.2", RTLD_LAZY);
     setenv("ODBCSYSINI", folder.Path().c_str(), 1);
     setenv("ODBCINI", (folder / "odbc-of-user.ini").c_str(), 1);
     return true;

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 
-#include "util/LittleEndian.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/LittleEndian.h"
 #include "util/Text.h"
 
 namespace velmora {

@@ -1,9 +1,9 @@
 #include "engines/file/ParadoxReader.h"
 
-#include "util/LittleEndian.h"
 #include "engines/file/ParadoxValues.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/LittleEndian.h"
 
 namespace velmora {
 namespace {

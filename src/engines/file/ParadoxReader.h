@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "util/InputFile.h"
 #include "engines/file/ParadoxHeader.h"
 #include "engines/file/ParadoxMemo.h"
+#include "util/InputFile.h"
 #include "util/Variant.h"
 
 namespace velmora {

@@ -5,10 +5,10 @@
 #include <filesystem>
 #include <system_error>
 
-#include "util/InputFile.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
+#include "util/InputFile.h"
 #include "util/Text.h"
 
 namespace velmora {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <iterator>
 #include <system_error>
 
@@ -67,7 +68,7 @@ std::string TDbfCodePage::Decode(std::string_view bytes) const {
   if (IsAscii(bytes)) return std::string(bytes);
   if (!converter_) {
     const iconv_t converter = iconv_open("UTF-8", name_);
-    if (converter == reinterpret_cast<iconv_t>(-1))
+    if (reinterpret_cast<std::intptr_t>(converter) == -1)
       RaiseError(Format(kCannotConvert, name_, std::generic_category().message(errno)));
     converter_.reset(converter);
   }

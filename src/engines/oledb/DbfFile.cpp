@@ -34,7 +34,7 @@ constexpr std::size_t kFieldFlagsAt = 18;
 constexpr char kEndOfFields = 0x0D;
 
 constexpr std::size_t kLinkSize = 263;
-constexpr std::size_t kBlockSize = 256 * 1024;
+constexpr std::size_t kBlockSize = 0x40000;
 
 constexpr std::uint8_t kDBase2 = 0x02;
 constexpr std::string_view kVersions = "\x03\x04\x05\x30\x31\x32\x43\x63\x7B\x83\x8B\x8C\x8E\xCB\xF5\xFB";

@@ -9,7 +9,6 @@
 
 #include "engines/oledb/DbfFile.h"
 #include "util/Errors.h"
-#include "util/Files.h"
 #include "util/Format.h"
 #include "util/InputFile.h"
 #include "util/Lists.h"
@@ -30,7 +29,7 @@ constexpr char kBadEntry[] = "entry %d of this page of the list of tags is damag
 
 // --- dBASE
 
-constexpr std::size_t kMaxInf = 64 * 1024;
+constexpr std::size_t kMaxInf = 0x10000;
 constexpr std::size_t kNdxHead = 512;
 constexpr std::size_t kNdxUniqueAt = 23;
 constexpr std::size_t kNdxExpressionAt = 24;
@@ -40,11 +39,16 @@ std::string TextAt(std::string_view bytes, std::size_t at) {
   return Trim(text.substr(0, text.find('\0')));
 }
 
+// The first `max` bytes of the file, or all of a shorter one.
+std::string Beginning(const std::string& path, std::size_t max) {
+  std::string bytes(max, '\0');
+  bytes.resize(TInputFile(path, ESharing::Full).ReadAt(0, bytes));
+  return bytes;
+}
+
 TDbfIndex ReadNdx(const std::string& path, bool unique) {
-  const TInputFile file(path, ESharing::Full);
-  std::string head(kNdxHead, '\0');
-  const std::size_t count = file.ReadAt(0, head);
-  if (count < head.size()) RaiseDbfFault(path, count, Format(kHeadTooShort, head.size()));
+  const std::string head = Beginning(path, kNdxHead);
+  if (head.size() < kNdxHead) RaiseDbfFault(path, head.size(), Format(kHeadTooShort, kNdxHead));
   return {.name = fs::path(path).stem().string(),
           .expression = TextAt(head, kNdxExpressionAt),
           .unique = unique || head[kNdxUniqueAt] != 0};
@@ -64,10 +68,9 @@ std::vector<TDbfIndex> ReadDBaseIndexes(const std::string& table_path) {
   const std::string path = FindFileNoCase(folder, table.stem().string(), ".inf");
   std::error_code error;
   if (!fs::exists(path, error)) return {};
-  TInputFile(path, ESharing::Full);  // what is no regular file has no end
   std::vector<TDbfIndex> indexes;
   bool counts = false;
-  for (const std::string& line : LinesOf(ReadFileBytes(path, kMaxInf))) {
+  for (const std::string& line : LinesOf(Beginning(path, kMaxInf))) {
     std::string value = line;
     const std::string key = Trim(StrChop("=", value, true));
     if (key.starts_with('[')) counts = PosNoCase("[dBASE", key) == 1;

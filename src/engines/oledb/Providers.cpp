@@ -1,6 +1,7 @@
 #include "engines/oledb/Providers.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -9,6 +10,7 @@
 #include "engines/oledb/FileProvider.h"
 #include "engines/oledb/FileReaders.h"
 #include "engines/oledb/OdbcProvider.h"
+#include "engines/oledb/ProviderProcess.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -64,8 +66,19 @@ constexpr TMaker NewLotus = nullptr;
 #endif
 
 #ifdef VELMORA_ODBC
-constexpr TMaker NewOdbc = NewOdbcProvider;
-constexpr TMaker NewSQLServer = NewSQLServerProvider;
+// Drivers come from everywhere. What one may need and how long it may take are bounds against going astray.
+constexpr TChildLimits kDriverLimits = {.silence = std::chrono::minutes(10), .memory = 8ULL << 30};
+
+std::unique_ptr<TOLEDBProvider> NewOdbc(const TInitString& properties) {
+  return ProvideInOwnProcess([properties] { return NewOdbcProvider(properties); },
+                             "data source " + properties.Value(kDataSource), kDriverLimits);
+}
+
+std::unique_ptr<TOLEDBProvider> NewSQLServer(const TInitString& properties) {
+  return ProvideInOwnProcess([properties] { return NewSQLServerProvider(properties); },
+                             "SQL Server " + properties.Value(kDataSource), kDriverLimits);
+}
+
 constexpr auto ListOdbcSources = OdbcDataSources;
 #else
 constexpr std::unique_ptr<TDataset> (*ListOdbcSources)() = nullptr;

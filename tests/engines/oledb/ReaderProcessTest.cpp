@@ -87,7 +87,7 @@ class TBadReader : public TFileReader {
   }
 };
 
-constexpr TReaderLimits kLimits{.silence = std::chrono::milliseconds(500), .memory = 1ULL << 31};
+constexpr TChildLimits kLimits{.silence = std::chrono::milliseconds(500), .memory = 1ULL << 31};
 
 std::unique_ptr<TFileReader> NewProcess() {
   return ReadInOwnProcess([] { return std::make_unique<TBadReader>(); }, "/data/shop.mdb", "thelib", kLimits);
@@ -123,9 +123,9 @@ TEST(ReaderProcessTest, EveryValueComesThroughWhole) {
 TEST(ReaderProcessTest, WhatGoesWrongBecomesAnErrorAndTheNextCallWorks) {
   constexpr std::pair<const char*, const char*> kFaults[] = {
       {"crash", "Cannot read /data/shop.mdb: the file is damaged or of a kind that thelib cannot read"},
-      {"exit", "(its reader ended by status 3)"},
-      {"hang", "(thelib gave no answer for 1 seconds)"},
-      {"spin", "(thelib gave no answer for 1 seconds)"},
+      {"exit", "(its process ended with status 3)"},
+      {"hang", "too large for thelib (no answer for 1 seconds)"},
+      {"spin", "too large for thelib (no answer for 1 seconds)"},
       {"memory", "too large for the memory that thelib may use"},
       {"error", "shop.mdb: page 7 is no page"}};
   const auto reader = NewProcess();

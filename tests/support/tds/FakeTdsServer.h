@@ -28,7 +28,7 @@ class TFakeTdsServer {
   TTdsTable Table(const std::string& name) { return {catalog_, name}; }
   TTdsCatalog& Catalog() { return catalog_; }
 
-  // What came, in order: the texts of batches; procedures as "exec name value, ..."; requests of the transaction
+  // What came, in order: the texts of batches; procedures as "exec name @a=value, ..."; requests of the transaction
   // manager as "(begin)", "(commit)", "(rollback)"; logins as "(login version user database)".
   std::vector<std::string> Received() const;
 
@@ -37,7 +37,7 @@ class TFakeTdsServer {
   std::vector<std::string> databases = {"master", "shop", "archive"};
   std::atomic<int> newest{0x704};  // version of the protocol that it speaks, for 7.4
   // The error that a statement with this text in it gets.
-  std::string refused = "\x01";
+  std::string refused;  // empty: none
   TTdsError refusal;
 
   // How many requests of a connection are answered, and whether it is closed behind them or falls silent. The first two

@@ -29,7 +29,7 @@ void TTdsSession::Serve() {
     const std::optional<TTdsRequest> request = ReceiveRequest(connection_);
     if (!request) return;
     std::string tokens = Answer(*request);
-    if (server_.tamper && version_ != 0 && request->type != kPrelogin && request->type != kLogin) {
+    if (server_.tamper && request->type != kPrelogin && request->type != kLogin) {
       server_.tamper(tokens);
       ended_ = true;
     }
@@ -96,13 +96,11 @@ std::string TTdsSession::Refused(const TTdsError& error) const {
 std::string TTdsSession::Batch(const std::string& sql) {
   const bool transaction = TransactionWords(sql);
   if (!transaction) server_.Note(sql);
-  if (sql.find(server_.refused) != std::string::npos) return Refused(server_.refusal);
-  const bool use = BeginsWith(sql, "use ");
+  if (!server_.refused.empty() && sql.find(server_.refused) != std::string::npos) return Refused(server_.refusal);
   const bool accepted = std::any_of(std::begin(kAccepted), std::end(kAccepted),
                                     [&](std::string_view word) { return BeginsWith(sql, word); });
-  if (!use && !accepted && !transaction) return Statements(sql);
+  if (!accepted && !transaction) return Statements(sql);
   TTdsReply reply(version_);
-  if (use) reply.DatabaseChanged(RemoveChar(RemoveChar(sql.substr(4), '['), ']'));
   reply.Done(0);
   return reply.Tokens();
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// Tables and rows as bytes, for the way between a reader process and its user. Both ends are this program, so the form
+// Tables and rows as bytes, for the way between a child process and its user. Both ends are this program, so the form
 // is that of the machine; what comes back is checked all the same, since the sender may have died in the middle.
 
 #include <cstdint>
@@ -17,8 +17,13 @@ class TWireWriter {
  public:
   void Number(std::int64_t number);
   void Text(std::string_view text);
+  void Raw(std::string_view bytes) { bytes_.append(bytes); }  // without their length; the reader takes them as Rest
   void Value(const TVariant& value);
   void Tables(const std::vector<TOLEDBTableRow>& tables);
+  void Columns(const std::vector<TOLEDBColumnRow>& columns);
+  void Indexes(const std::vector<TOLEDBIndexRow>& indexes);
+  void Fields(const std::vector<TFieldDef>& fields, const std::vector<bool>& is_autoincrement);
+  void Values(const TRowsOfValues& rows);
   void Structure(const TFileTable& table);
   void Rows(const TFileRows& rows);
 
@@ -35,8 +40,13 @@ class TWireReader {
 
   std::int64_t Number();
   std::string Text();
+  std::string_view Rest() const { return rest_; }
   TVariant Value();
   std::vector<TOLEDBTableRow> Tables();
+  std::vector<TOLEDBColumnRow> Columns();
+  std::vector<TOLEDBIndexRow> Indexes();
+  void Fields(std::vector<TFieldDef>& fields, std::vector<bool>& is_autoincrement);
+  TRowsOfValues Values();
   TFileTable Structure();
   TFileRows Rows();
 

@@ -1,4 +1,4 @@
-#include "engines/oledb/ReaderWire.h"
+#include "engines/oledb/WireFormat.h"
 
 #include <bit>
 #include <cstring>
@@ -11,7 +11,7 @@ namespace velmora {
 
 namespace {
 
-constexpr char kBroken[] = "A message of a reader process is broken";
+constexpr char kBroken[] = "A message of a child process is broken";
 
 }  // namespace
 
@@ -43,9 +43,9 @@ void TWireWriter::Tables(const std::vector<TOLEDBTableRow>& tables) {
   }
 }
 
-void TWireWriter::Structure(const TFileTable& table) {
-  Number(static_cast<std::int64_t>(table.columns.size()));
-  for (const TOLEDBColumnRow& column : table.columns) {
+void TWireWriter::Columns(const std::vector<TOLEDBColumnRow>& columns) {
+  Number(static_cast<std::int64_t>(columns.size()));
+  for (const TOLEDBColumnRow& column : columns) {
     Text(column.TABLE_NAME);
     Text(column.COLUMN_NAME);
     Number(column.ORDINAL_POSITION);
@@ -57,8 +57,11 @@ void TWireWriter::Structure(const TFileTable& table) {
     Number(column.NUMERIC_PRECISION);
     Number(column.NUMERIC_SCALE);
   }
-  Number(static_cast<std::int64_t>(table.indexes.size()));
-  for (const TOLEDBIndexRow& index : table.indexes) {
+}
+
+void TWireWriter::Indexes(const std::vector<TOLEDBIndexRow>& indexes) {
+  Number(static_cast<std::int64_t>(indexes.size()));
+  for (const TOLEDBIndexRow& index : indexes) {
     Text(index.TABLE_NAME);
     Text(index.INDEX_NAME);
     Number(index.PRIMARY_KEY ? 1 : 0);
@@ -66,22 +69,35 @@ void TWireWriter::Structure(const TFileTable& table) {
     Number(index.ORDINAL_POSITION);
     Text(index.COLUMN_NAME);
   }
-  Number(static_cast<std::int64_t>(table.fields.size()));
-  for (const TFieldDef& field : table.fields) {
+}
+
+void TWireWriter::Fields(const std::vector<TFieldDef>& fields, const std::vector<bool>& is_autoincrement) {
+  Number(static_cast<std::int64_t>(fields.size()));
+  for (const TFieldDef& field : fields) {
     Text(field.name);
     Number(static_cast<int>(field.kind));
     Number(field.size);
   }
-  Number(static_cast<std::int64_t>(table.is_autoincrement.size()));
-  for (const bool is_autoincrement : table.is_autoincrement) Number(is_autoincrement ? 1 : 0);
+  Number(static_cast<std::int64_t>(is_autoincrement.size()));
+  for (const bool counts : is_autoincrement) Number(counts ? 1 : 0);
 }
 
-void TWireWriter::Rows(const TFileRows& rows) {
-  Number(static_cast<std::int64_t>(rows.rows.size()));
-  for (const TMemDataset::TRow& row : rows.rows) {
+void TWireWriter::Values(const TRowsOfValues& rows) {
+  Number(static_cast<std::int64_t>(rows.size()));
+  for (const TMemDataset::TRow& row : rows) {
     Number(static_cast<std::int64_t>(row.size()));
     for (const TVariant& value : row) Value(value);
   }
+}
+
+void TWireWriter::Structure(const TFileTable& table) {
+  Columns(table.columns);
+  Indexes(table.indexes);
+  Fields(table.fields, table.is_autoincrement);
+}
+
+void TWireWriter::Rows(const TFileRows& rows) {
+  Values(rows.rows);
   Number(static_cast<std::int64_t>(rows.numbers.size()));
   for (const std::int64_t number : rows.numbers) Number(number);
 }
@@ -142,10 +158,9 @@ std::vector<TOLEDBTableRow> TWireReader::Tables() {
   return tables;
 }
 
-TFileTable TWireReader::Structure() {
-  TFileTable table;
-  table.columns.resize(Count());
-  for (TOLEDBColumnRow& column : table.columns) {
+std::vector<TOLEDBColumnRow> TWireReader::Columns() {
+  std::vector<TOLEDBColumnRow> columns(Count());
+  for (TOLEDBColumnRow& column : columns) {
     column.TABLE_NAME = Text();
     column.COLUMN_NAME = Text();
     column.ORDINAL_POSITION = Whole<std::uint32_t>();
@@ -158,8 +173,12 @@ TFileTable TWireReader::Structure() {
     column.NUMERIC_PRECISION = Whole<std::uint16_t>();
     column.NUMERIC_SCALE = Whole<std::int16_t>();
   }
-  table.indexes.resize(Count());
-  for (TOLEDBIndexRow& index : table.indexes) {
+  return columns;
+}
+
+std::vector<TOLEDBIndexRow> TWireReader::Indexes() {
+  std::vector<TOLEDBIndexRow> indexes(Count());
+  for (TOLEDBIndexRow& index : indexes) {
     index.TABLE_NAME = Text();
     index.INDEX_NAME = Text();
     index.PRIMARY_KEY = Number() != 0;
@@ -167,26 +186,42 @@ TFileTable TWireReader::Structure() {
     index.ORDINAL_POSITION = Whole<std::uint32_t>();
     index.COLUMN_NAME = Text();
   }
-  table.fields.resize(Count());
-  for (TFieldDef& field : table.fields) {
+  return indexes;
+}
+
+void TWireReader::Fields(std::vector<TFieldDef>& fields, std::vector<bool>& is_autoincrement) {
+  fields.resize(Count());
+  for (TFieldDef& field : fields) {
     field.name = Text();
     const auto kind = Whole<unsigned>();
     if (kind > static_cast<unsigned>(EFieldKind::Other)) RaiseError(kBroken);
     field.kind = static_cast<EFieldKind>(kind);
     field.size = Number();
   }
-  table.is_autoincrement.resize(Count());
-  for (std::size_t i = 0; i < table.is_autoincrement.size(); ++i) table.is_autoincrement[i] = Number() != 0;
+  is_autoincrement.resize(Count());
+  for (std::size_t i = 0; i < is_autoincrement.size(); ++i) is_autoincrement[i] = Number() != 0;
+}
+
+TRowsOfValues TWireReader::Values() {
+  TRowsOfValues rows(Count());
+  for (TMemDataset::TRow& row : rows) {
+    row.resize(Count());
+    for (TVariant& value : row) value = Value();
+  }
+  return rows;
+}
+
+TFileTable TWireReader::Structure() {
+  TFileTable table;
+  table.columns = Columns();
+  table.indexes = Indexes();
+  Fields(table.fields, table.is_autoincrement);
   return table;
 }
 
 TFileRows TWireReader::Rows() {
   TFileRows rows;
-  rows.rows.resize(Count());
-  for (TMemDataset::TRow& row : rows.rows) {
-    row.resize(Count());
-    for (TVariant& value : row) value = Value();
-  }
+  rows.rows = Values();
   rows.numbers.resize(Count());
   for (std::int64_t& number : rows.numbers) number = Number();
   return rows;
