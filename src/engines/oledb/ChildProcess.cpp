@@ -108,6 +108,7 @@ constexpr bool kCanLimitMemory = false;
 constexpr bool kCanLimitMemory = true;
 #endif
 
+// 0 where the system does not tell.
 std::uint64_t MemoryNow() {
   std::uint64_t pages = 0;
   std::ifstream("/proc/self/statm") >> pages;
@@ -118,10 +119,11 @@ std::uint64_t MemoryNow() {
 // terminal. It ends with its parent, and leaves Ctrl+C to it.
 int KeepOnly(int channel) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
+  constexpr int kChannel = 3;
+  // First, since where a standard file was closed the channel may have its number.
+  if (channel != kChannel) dup2(channel, kChannel);
   const int null = open("/dev/null", O_RDWR);
   for (const int standard : {0, 1, 2}) dup2(null, standard);
-  constexpr int kChannel = 3;
-  if (channel != kChannel) dup2(channel, kChannel);
   close_range(kChannel + 1, ~0U, 0);
   for (const int number : {SIGINT, SIGHUP}) signal(number, SIG_IGN);
   signal(SIGTERM, SIG_DFL);
@@ -131,9 +133,9 @@ int KeepOnly(int channel) {
 void LimitMemory(std::uint64_t memory) {
   const rlimit no_core{0, 0};
   setrlimit(RLIMIT_CORE, &no_core);
-  if (!kCanLimitMemory) return;
-  const rlim_t bound = MemoryNow() + memory;
-  const rlimit limit{bound, bound};
+  const std::uint64_t now = MemoryNow();
+  if (!kCanLimitMemory || now == 0) return;
+  const rlimit limit{now + memory, now + memory};
   setrlimit(RLIMIT_AS, &limit);
 }
 
@@ -203,7 +205,7 @@ void TChildProcess::Start() {
   }
 }
 
-// Whether the child has ended by itself, as it does when the channel is closed.
+// Waits for the child to end by itself, as it does when the channel is closed; false when it takes too long.
 bool TChildProcess::WaitForGoodbye() const {
   constexpr int kRounds = 200;
   for (int i = 0; i < kRounds; ++i) {
@@ -256,10 +258,11 @@ std::string TChildProcess::Receive() {
   RaiseError(std::string(words.Rest()));
 }
 
-// Its status tells how the child ended by itself.
+// Its status tells how the child ended by itself. One that only closed the channel would be waited for in vain.
 void TChildProcess::RaiseEnded() {
   int status = 0;
   close(std::exchange(channel_, -1));
+  if (!WaitForGoodbye()) kill(child_, SIGKILL);
   while (waitpid(child_, &status, 0) < 0 && errno == EINTR) {
   }
   child_ = -1;

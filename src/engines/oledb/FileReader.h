@@ -28,7 +28,8 @@ struct TFileRows {
 
 inline constexpr std::int64_t kAllRows = -1;
 
-// Errors name the file and the fault. A table that cannot be read does not keep the others from being read.
+// A table is also found by its name in other letter case. Errors name the file and the fault. A table that cannot be
+// read does not keep the others from being read.
 class TFileReader {
  public:
   virtual ~TFileReader() = default;

@@ -10,7 +10,7 @@
 
 namespace velmora {
 
-// Access (Jet 3 and 4) over libmdb. `password` is not asked for by the library, and not looked at.
+// Access (Jet 3 and 4) over libmdb, which asks for no password. Others may have the file open meanwhile.
 std::unique_ptr<TFileReader> OpenMdbFile(const std::string& path);
 // An empty database of Jet 4, about 45 KB; the file must not be there.
 void CreateMdbFile(const std::string& path);

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <compare>
 #include <cstddef>
-#include <unordered_set>
+#include <set>
 #include <utility>
 
 #include "util/Errors.h"
@@ -120,9 +120,9 @@ void DropRowsOfFirstKeys(const TFileStatement& statement, const std::vector<TFie
   if (field == fields.end()) RaiseError(Format(kNoKeyField, statement.key));
   const auto column = static_cast<std::size_t>(field - fields.begin());
   const std::size_t count = std::min(rows.size(), static_cast<std::size_t>(statement.skip));
-  std::unordered_set<std::string> keys;
-  for (std::size_t i = 0; i < count; ++i) keys.insert(VarToText(rows[i][column]));
-  std::erase_if(rows, [&](const TMemDataset::TRow& row) { return keys.contains(VarToText(row[column])); });
+  std::set<TVariant, decltype(&ComesBefore)> keys(&ComesBefore);
+  for (std::size_t i = 0; i < count; ++i) keys.insert(rows[i][column]);
+  std::erase_if(rows, [&](const TMemDataset::TRow& row) { return keys.contains(row[column]); });
 }
 
 void KeepNumbers(const TFileStatement& statement, TFileRows& rows) {

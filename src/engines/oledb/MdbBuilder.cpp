@@ -11,9 +11,6 @@ namespace {
 constexpr std::size_t kMaxRowsOnPage = 255;  // a pointer has a byte for the row
 constexpr std::size_t kPageHead = 8;         // of a page of a definition
 constexpr std::size_t kMapHead = 4;          // of a page of a map
-constexpr std::uint32_t kNoPage = 0;
-
-constexpr std::uint32_t kCatalogPage = 2;
 constexpr std::uint32_t kSystemFlag = 0x80000000;
 constexpr std::uint32_t kRootId = 0x0F000000;
 constexpr std::uint32_t kTablesId = 0x0F000001;
@@ -82,8 +79,9 @@ TMdbBuilder::TMdbBuilder(const TMdbLayout& layout, TDateTime created) : layout_(
               {kDatabaseId, kDatabasesId, "MSysDb", kDatabaseObject, kSystemFlag}};
   for (const TSystemTable& table : kSystemTables)
     objects_.push_back({AddPage({}), kTablesId, table.name, kTableObject, kSystemFlag});
-  for (std::uint32_t page = kCatalogPage; const TSystemTable& table : kSystemTables) {
-    if (page != kCatalogPage) PutTable(page, {.columns = table.columns(), .indexes = {}, .rows = {}, .system = true});
+  for (std::uint32_t page = kMdbCatalogPage; const TSystemTable& table : kSystemTables) {
+    if (page != kMdbCatalogPage)
+      PutTable(page, {.columns = table.columns(), .indexes = {}, .rows = {}, .system = true});
     ++page;
   }
 }
@@ -120,7 +118,7 @@ std::uint32_t TMdbBuilder::AddTable(const std::string& name, const TMdbTable& ta
 std::string TMdbBuilder::Bytes() && {
   TMdbTable catalog{.columns = CatalogColumns(), .indexes = {}, .rows = {}, .system = true};
   for (const TObject& object : objects_) catalog.rows.push_back({layout_.row(catalog.columns, CatalogValues(object))});
-  PutTable(kCatalogPage, catalog);
+  PutTable(kMdbCatalogPage, catalog);
   std::string bytes;
   for (const std::string& page : pages_) bytes += page;
   return bytes;
@@ -136,7 +134,7 @@ void TMdbBuilder::PutDefinition(std::uint32_t page, const std::string& definitio
   const std::size_t room = layout_.page_size - kPageHead;
   for (std::size_t at = 0; at < definition.size(); at += room) {
     const std::string part = definition.substr(at, room);
-    const std::uint32_t next = at + room < definition.size() ? AddPage({}) : kNoPage;
+    const std::uint32_t next = at + room < definition.size() ? AddPage({}) : kMdbNoPage;
     std::string bytes = NewMdbPage(layout_, kMdbPageOfDefinition);
     PutAt(bytes, 2, layout_.wide ? room - part.size() : 0x4356, 2);
     PutAt(bytes, 4, next, 4);

@@ -33,10 +33,12 @@ constexpr char kNoDefinition[] = "page %d is no table definition";
 constexpr char kShortDefinition[] = "its definition counts more than it holds";
 constexpr char kBrokenRow[] = "one of its rows is broken";
 
-constexpr std::uint32_t kCatalogPage = 2;
 constexpr std::uint16_t kRowPlace = 0x1FFF;  // of an entry in a page's table of rows; the rest are flags
 constexpr unsigned kMaxColumns = 255;
-constexpr std::uint16_t kNoColumn = 0xFFFF;
+
+// The one code page of Windows that the library does not know; it would take 1252 for it.
+constexpr std::uint16_t kKorean = 949;
+constexpr char kKoreanLetters[] = "CP949";
 
 // Where the parts of an index stand in a definition. A tree is one that has pages; an index is what users know.
 struct TIndexLayout {
@@ -45,7 +47,6 @@ struct TIndexLayout {
 };
 constexpr TIndexLayout kJet3Indexes = {39, 0, 38, 20, 4, 19};
 constexpr TIndexLayout kJet4Indexes = {52, 4, 46, 28, 8, 23};
-constexpr std::size_t kMaxParts = 10;
 constexpr std::size_t kPartSize = 3;
 
 std::uint16_t Number16(std::string_view bytes, std::size_t at) { return LittleAt<std::uint16_t>(bytes.data() + at); }
@@ -82,17 +83,29 @@ struct TMdbDatabase::TLibrary {
   std::unique_ptr<MdbHandle, TClose> mdb;
 };
 
-TMdbDatabase::TMdbDatabase(const std::string& path) : file_(path), library_(std::make_unique<TLibrary>()) {
+// Several users have such a database open at a time, so that none is held off.
+TMdbDatabase::TMdbDatabase(const std::string& path)
+    : file_(path, ESharing::Full), library_(std::make_unique<TLibrary>()) {
+  constexpr char kCharset[] = "MDB_JET3_CHARSET";
   CheckKind();
-  unsetenv("MDBICONV");  // it would have names come in another code than UTF-8
-  library_->mdb.reset(mdb_open(path.c_str(), MDB_NOFLAGS));
-  if (!library_->mdb) Fail(kNoDatabase);
-  if (Page(kCatalogPage)[0] == MDB_PAGE_TABLE) return;
+  // They would have texts read, and given, in other codes than the file's and UTF-8.
+  for (const char* name : {"MDBICONV", kCharset}) unsetenv(name);
+  OpenLibrary();
+  if (IsJet3() && library_->mdb->f->code_page == kKorean) {
+    setenv(kCharset, kKoreanLetters, 1);
+    OpenLibrary();
+  }
+  if (Page(kMdbCatalogPage)[0] == MDB_PAGE_TABLE) return;
   if (library_->mdb->f->db_key != 0) Fail(kEncrypted);
-  Damaged(Format(kNoDefinition, kCatalogPage));
+  Damaged(Format(kNoDefinition, kMdbCatalogPage));
 }
 
 TMdbDatabase::~TMdbDatabase() = default;
+
+void TMdbDatabase::OpenLibrary() {
+  library_->mdb.reset(mdb_open(Path().c_str(), MDB_NOFLAGS));
+  if (!library_->mdb) Fail(kNoDatabase);
+}
 
 void TMdbDatabase::CheckKind() const {
   constexpr std::size_t kNameAt = 4;
@@ -148,7 +161,7 @@ std::optional<std::string> TMdbDatabase::Text(std::string_view stored) const {
   if (!IsJet3()) return TextOfUtf16(stored);
   constexpr std::size_t kMaxSize = 3;  // of a byte in the file's code page, as UTF-8
   std::string text(stored.size() * kMaxSize + 1, '\0');
-  errno = 0;
+  errno = 0;  // the library stops at an E2BIG that it finds there
   const int size = mdb_unicode2ascii(library_->mdb.get(), stored.data(), stored.size(), text.data(), text.size());
   text.resize(static_cast<std::size_t>(std::max(size, 0)));
   return text;
@@ -197,7 +210,7 @@ std::string TMdbTableDef::ReadDefinition() const {
   constexpr std::size_t kNextAt = 4;
   constexpr std::size_t kHead = 8;
   std::string definition;
-  for (std::uint32_t page = page_; page != 0 || definition.empty();) {
+  for (std::uint32_t page = page_; page != kMdbNoPage || definition.empty();) {
     const std::string_view bytes = database_.Page(page);
     if (bytes[0] != MDB_PAGE_TABLE) Damaged(Format(kNoDefinition, page));
     if (definition.size() > database_.FileSize()) Damaged("its definition runs in a circle");
@@ -262,9 +275,9 @@ std::vector<TMdbIndex> TMdbTableDef::Trees(std::size_t& at) const {
   for (TMdbIndex& tree : trees) {
     const std::string_view block = Part(at, places.tree_size);
     tree.flags = static_cast<std::uint8_t>(block[places.flags_at]);
-    for (std::size_t i = 0; i < kMaxParts; ++i) {
+    for (std::size_t i = 0; i < kMdbMaxParts; ++i) {
       const std::string_view part = block.substr(places.parts_at + i * kPartSize, kPartSize);
-      if (Number16(part, 0) != kNoColumn) tree.parts.push_back({Number16(part, 0), part[2] == 0});
+      if (Number16(part, 0) != kMdbNoColumn) tree.parts.push_back({Number16(part, 0), part[2] == 0});
     }
   }
   return trees;

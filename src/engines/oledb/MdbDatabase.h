@@ -40,6 +40,7 @@ class TMdbDatabase {
   struct TLibrary;
 
   void CheckKind() const;
+  void OpenLibrary();
   [[noreturn]] void Fail(const std::string& fault) const;
 
   TInputFile file_;

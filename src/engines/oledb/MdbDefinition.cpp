@@ -8,10 +8,6 @@ namespace velmora {
 
 namespace {
 
-constexpr std::size_t kMaxParts = 10;
-constexpr std::uint32_t kNoPage = 0;
-constexpr std::uint16_t kNoColumn = 0xFFFF;
-
 // Fields one behind the other; those of Jet 4 alone are left out for other versions.
 class TFields {
  public:
@@ -72,13 +68,13 @@ void PutColumn(TFields& fields, const TMdbLayout& layout, const TMdbColumn& colu
 // In a block of Jet 4 there are four bytes between the page of the root and the flags.
 void PutIndexColumns(TFields& fields, const TMdbIndex& index) {
   fields.PutWide(0, 4);
-  for (std::size_t i = 0; i < kMaxParts; ++i) {
+  for (std::size_t i = 0; i < kMdbMaxParts; ++i) {
     const bool used = i < index.parts.size();
-    fields.Put(used ? index.parts[i].column : kNoColumn, 2);
+    fields.Put(used ? index.parts[i].column : kMdbNoColumn, 2);
     fields.Put(used && !index.parts[i].descending ? 1 : 0, 1);
   }
-  fields.Put(kNoPage, 4);
-  fields.Put(kNoPage, 4);
+  fields.Put(kMdbNoPage, 4);
+  fields.Put(kMdbNoPage, 4);
   fields.PutWide(0, 4);
   fields.Put(index.flags, 1);
   fields.PutWide(0, 5);
@@ -90,7 +86,7 @@ void PutIndexHead(TFields& fields, const TMdbIndex& index, std::size_t number) {
   fields.Put(number, 4);
   fields.Put(0, 1);
   fields.Put(0xFFFFFFFF, 4);  // no index of another table
-  fields.Put(kNoPage, 4);
+  fields.Put(kMdbNoPage, 4);
   fields.Put(0, 2);
   fields.Put(index.kind, 1);
   fields.PutWide(0, 4);
@@ -151,7 +147,7 @@ std::string MdbDefinition(const TMdbLayout& layout, const TMdbTable& table, cons
     fields.Put(*map++, 4);
     fields.Put(*map++, 4);
   }
-  fields.Put(kNoColumn, 2);
+  fields.Put(kMdbNoColumn, 2);
   const std::string definition = fields.Take();
   return LittleBytes(definition.size() + 4, 4) + definition;
 }

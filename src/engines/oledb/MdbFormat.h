@@ -2,11 +2,17 @@
 
 // What a Jet database file tells of the columns and indexes of a table.
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace velmora {
+
+inline constexpr std::uint32_t kMdbNoPage = 0;
+inline constexpr std::uint32_t kMdbCatalogPage = 2;  // the first of the definition of MSysObjects
+inline constexpr std::uint16_t kMdbNoColumn = 0xFFFF;
+inline constexpr std::size_t kMdbMaxParts = 10;  // of an index; a definition has room for so many
 
 enum class EMdbType : std::uint8_t {
   Bool = 1,
@@ -57,7 +63,7 @@ struct TMdbIndexPart {
 
 struct TMdbIndex {
   std::string name;
-  std::vector<TMdbIndexPart> parts;  // up to 10
+  std::vector<TMdbIndexPart> parts;
   std::uint8_t flags = 0;
   std::uint8_t kind = 0;
 };

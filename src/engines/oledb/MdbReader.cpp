@@ -17,6 +17,7 @@
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/LittleEndian.h"
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -25,7 +26,6 @@ namespace {
 constexpr char kLibrary[] = "mdbtools";
 constexpr char kUnknownTable[] = "There is no table %s in %s";
 
-constexpr std::uint32_t kCatalogPage = 2;
 constexpr std::uint32_t kPageOfId = 0x00FFFFFF;  // the part of an object's number that is its page
 constexpr std::uint32_t kSystemFlags = 0x80000002;
 constexpr std::int64_t kTableObject = 1;
@@ -274,8 +274,8 @@ class TMdbReader final : public TFileReader {
     return rows;
   }
 
-  TFileTable Structure(const std::string& name) override {
-    const TEntry& entry = Entry(name);
+  TFileTable Structure(const std::string& asked) override {
+    const auto& [name, entry] = Entry(asked);
     const TMdbTableDef table(database_, name, entry.page);
     std::optional<TMdbProperties> properties = TMdbProperties();
     if (!entry.properties.empty())
@@ -284,8 +284,9 @@ class TMdbReader final : public TFileReader {
     return TMdbStructure(database_, table, *properties).Take();
   }
 
-  TFileRows Rows(const std::string& name, std::int64_t limit) override {
-    const TMdbTableDef table(database_, name, Entry(name).page);
+  TFileRows Rows(const std::string& asked, std::int64_t limit) override {
+    const auto& [name, entry] = Entry(asked);
+    const TMdbTableDef table(database_, name, entry.page);
     const TMdbValueReader values(database_, table);
     TFileRows found;
     const std::size_t wanted = limit == kAllRows ? found.rows.max_size() : static_cast<std::size_t>(limit);
@@ -306,10 +307,13 @@ class TMdbReader final : public TFileReader {
     std::string properties;
   };
 
-  const TEntry& Entry(const std::string& name) const {
-    const auto entry = tables_.find(name);
+  // With the name as it stands in the file; names ignore case.
+  const std::pair<const std::string, TEntry>& Entry(const std::string& name) const {
+    auto entry = tables_.find(name);
+    if (entry == tables_.end())
+      entry = std::ranges::find_if(tables_, [&](const auto& each) { return SameText(each.first, name); });
     if (entry == tables_.end()) RaiseError(Format(kUnknownTable, name, database_.Path()));
-    return entry->second;
+    return *entry;
   }
 
   void ReadCatalog();
@@ -320,7 +324,7 @@ class TMdbReader final : public TFileReader {
 
 // The catalog is a table itself.
 void TMdbReader::ReadCatalog() {
-  const TMdbTableDef catalog(database_, "MSysObjects", kCatalogPage);
+  const TMdbTableDef catalog(database_, "MSysObjects", kMdbCatalogPage);
   const TMdbValueReader values(database_, catalog);
   const auto column = [&](std::string_view name) {
     const auto found = std::ranges::find(catalog.Columns(), name, &TMdbColumn::name);
@@ -348,7 +352,7 @@ void TMdbReader::ReadCatalog() {
 std::unique_ptr<TFileReader> OpenMdbFileHere(const std::string& path) { return std::make_unique<TMdbReader>(path); }
 
 std::unique_ptr<TFileReader> OpenMdbFile(const std::string& path) {
-  const std::uint64_t size = TInputFile(path).Size();
+  const std::uint64_t size = TInputFile(path, ESharing::Full).Size();
   return ReadInOwnProcess([path] { return OpenMdbFileHere(path); }, path, kLibrary, ReaderLimits(size));
 }
 

@@ -13,7 +13,7 @@ namespace {
 constexpr char kNotConnected[] = "Not connected";
 constexpr char kCannotCreate[] = "A new database cannot be made here";
 constexpr char kOtherCommit[] = "Commit(retaining %d, flags %d) is not supported";
-constexpr char kNoStatement[] = "A dataset needs a data source before it is opened";
+constexpr char kNoSource[] = "A dataset needs a data source before it is opened";
 
 const TVariant kNullValue;
 
@@ -100,7 +100,7 @@ TOLEDBProvider& TOLEDBDataSource::Provider() {
 
 void TOLEDBDataSet::Open() {
   Close();
-  if (source_ == nullptr) RaiseError(kNoStatement);
+  if (source_ == nullptr) RaiseError(kNoSource);
   rowset_ = source_->Provider().Open(sql_);
   connection_ = source_->Connection();
 }
@@ -113,9 +113,10 @@ TOLEDBColumnInfo TOLEDBDataSet::ColumnInfo(std::string_view field) const {
 
 // Rows that are still to come need the connection that was asked for them.
 const TRowsOfValues& TOLEDBDataSet::Rows() const {
-  if (const auto read = std::exchange(rowset_.read_rows, nullptr)) {
+  if (rowset_.read_rows) {
     if (source_->Connection() != connection_) RaiseError(kNotConnected);
-    rowset_.rows = read();
+    rowset_.rows = rowset_.read_rows();
+    rowset_.read_rows = nullptr;
   }
   return rowset_.rows;
 }

@@ -76,7 +76,7 @@ TServerPlace PlaceOf(std::string_view source) {
 
 std::string FreeTdsString(const TInitString& properties) {
   const TServerPlace place = PlaceOf(properties.Value("Data Source"));
-  std::string text = "Driver={FreeTDS};";
+  std::string text = "DRIVER={FreeTDS};";  // in capitals, since the driver manager folds letters by the user's language
   Add(text, "Server", place.server, kServer);
   if (!place.port.empty()) text += "Port=" + place.port + ";";
   if (!properties.Value("Initial Catalog").empty())

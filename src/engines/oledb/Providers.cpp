@@ -21,22 +21,29 @@ namespace {
 
 constexpr char kNoProvider[] = "No provider named \"%s\" is part of this program";
 constexpr char kLeftOut[] = "This program was built without %s. Install the package %s and build it again.";
+constexpr char kNoPath[] = "The connection names no file or folder";
 constexpr char kDataSource[] = "Data Source";
 constexpr std::string_view kExcelOptions = "Excel 8.0";
 
 using TMaker = std::unique_ptr<TOLEDBProvider> (*)(const TInitString&);
 
+std::string PathOf(const TInitString& properties) {
+  std::string path = properties.Value(kDataSource);
+  if (path.empty()) RaiseError(kNoPath);
+  return path;
+}
+
 std::unique_ptr<TOLEDBProvider> NewDBase(const TInitString& properties) {
-  return NewFileProvider([folder = properties.Value(kDataSource)] { return OpenDBaseFolder(folder); });
+  return NewFileProvider([folder = PathOf(properties)] { return OpenDBaseFolder(folder); });
 }
 
 std::unique_ptr<TOLEDBProvider> NewFoxPro(const TInitString& properties) {
-  return NewFileProvider([folder = properties.Value(kDataSource)] { return OpenFoxProFolder(folder); });
+  return NewFileProvider([folder = PathOf(properties)] { return OpenFoxProFolder(folder); });
 }
 
 #ifdef VELMORA_MDB
 std::unique_ptr<TOLEDBProvider> NewAccess(const TInitString& properties) {
-  const std::string path = properties.Value(kDataSource);
+  const std::string path = PathOf(properties);
   return NewFileProvider([path] { return OpenMdbFile(path); }, [path] { CreateMdbFile(path); });
 }
 #else
@@ -49,7 +56,7 @@ std::unique_ptr<TOLEDBProvider> NewExcel(const TInitString& properties) {
   const std::string options = properties.Value("Extended Properties").substr(kExcelOptions.size());
   const TInitString parts(options.starts_with(';') ? options.substr(1) : options);
   const bool names = !SameText(parts.Value("HDR"), "No");
-  return NewFileProvider([path = properties.Value(kDataSource), names, mixed_as_text = parts.Value("IMEX") == "1"] {
+  return NewFileProvider([path = PathOf(properties), names, mixed_as_text = parts.Value("IMEX") == "1"] {
     return OpenExcelFile(path, names, mixed_as_text);
   });
 }
@@ -59,7 +66,7 @@ constexpr TMaker NewExcel = nullptr;
 
 #ifdef VELMORA_LOTUS
 std::unique_ptr<TOLEDBProvider> NewLotus(const TInitString& properties) {
-  return NewFileProvider([path = properties.Value(kDataSource)] { return OpenLotusFile(path); });
+  return NewFileProvider([path = PathOf(properties)] { return OpenLotusFile(path); });
 }
 #else
 constexpr TMaker NewLotus = nullptr;

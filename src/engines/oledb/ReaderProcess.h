@@ -11,7 +11,7 @@
 
 namespace velmora {
 
-// Generous ones for a file of `size` bytes.
+// Generous limits for a file of `size` bytes.
 TChildLimits ReaderLimits(std::uint64_t size);
 
 // A reader like that of `open`, in a child process that lives as long as it. Opens at once and raises what `open`

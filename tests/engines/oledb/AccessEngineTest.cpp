@@ -72,6 +72,22 @@ TEST_F(AccessEngineTest, ReadsChunksByItsKey) {
   }
 }
 
+// The messages behind that one, for an engine that takes any table for one with chunks.
+TEST_F(AccessEngineTest, SaysWhatIsWrongWithAKey) {
+  struct TBold final : TDBConnAccess {
+    using TDBConnAccess::TDBConnAccess;
+    bool SupportsChunks(const std::string&) override { return true; }
+  };
+  AddKeyed("two", {"a", "b"});
+  AddKeyed("none", {});
+  TBold bold(path, "", "", backend.Maker());
+  bold.Connect();
+  EXPECT_EQ(MessageOf([&] { bold.OpenTableDataChunk("none", 1, 5); }),
+            "TDBConnAccess.OpenTableDataChunk: Table none does not have a primary key!");
+  EXPECT_EQ(MessageOf([&] { bold.OpenTableDataChunk("two", 1, 5); }),
+            "TDBConnAccess.OpenTableDataChunk: Table two has a multiple columns primary key!");
+}
+
 TEST_F(AccessEngineTest, WritesDefaultsInItsOwnWay) {
   const struct {
     const char *value, *text;

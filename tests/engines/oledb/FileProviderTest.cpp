@@ -146,5 +146,13 @@ TEST(FileStatementTest, OrderHoldsForValuesOfEveryKind) {
                                  VarToText(TMoment{1}), VarToText(TMoment{2}), "a", "b"));
 }
 
+TEST(FileStatementTest, KeysThatAreNearlyEqualAreTwo) {
+  const TFileStatement statement =
+      ParseFileStatement("select top 9 * from [t] where k not in (select top 1 k from [t])");
+  const TFileRows rows{.rows = {{1.0}, {1.0000000000000002}, {std::int64_t{1}}, {std::string("1")}}, .numbers = {}};
+  EXPECT_EQ(SelectRows(statement, {{"k", EFieldKind::Float, 0}}, rows),
+            (TRowsOfValues{{1.0000000000000002}, {std::string("1")}}));
+}
+
 }  // namespace
 }  // namespace velmora::testing

@@ -1,7 +1,10 @@
 // Access files, put together by hand, as the reader over libmdb shows them.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <limits>
@@ -101,7 +104,47 @@ TEST_F(MdbReaderTest, InAProcessOfItsOwn) {
   EXPECT_EQ(Rows(*reader, "Kinds"), Rows("Kinds"));
   EXPECT_EQ(Rows(*reader, "Words", 1), "1|early|7|-\n");
   EXPECT_EQ(Rows(*reader, "Words", 0), "");
+  EXPECT_EQ(Rows(*reader, "wORDS", 1), "1|early|7|-\n") << "names ignore case";
+  EXPECT_EQ(reader->Structure("words").columns[0].TABLE_NAME, "Words");
   EXPECT_EQ(Failure([&] { reader->Rows("Sold", kAllRows); }), "There is no table Sold in FILE");
+}
+
+TEST_F(MdbReaderTest, OthersMayHaveItOpen) {
+  Put(MdbSample(kMdbJet4));
+  const int writer = open(path_.c_str(), O_RDWR);
+  ASSERT_EQ(flock(writer, LOCK_EX), 0);
+  EXPECT_EQ(OpenMdbFile(path_)->Tables().size(), 2U);
+  close(writer);
+  const auto reader = OpenMdbFile(path_);
+  const int later = open(path_.c_str(), O_RDWR);
+  EXPECT_EQ(flock(later, LOCK_EX | LOCK_NB), 0) << "a reader holds nobody off";
+  close(later);
+}
+
+// The letters of Jet 3 are those of the code page that the file names.
+TEST_F(MdbReaderTest, CodePages) {
+  const struct {
+    unsigned number;
+    const char *bytes, *text;
+  } kPages[] = {{1252,
+                 "Gr\xF6\xDF"
+                 "e",
+                 "Größe"},
+                {1251, "\xD6\xE5\xED\xE0", "Цена"},
+                {932, "\x96\xBC\x91O", "名前"},
+                {936, "\xC3\xFB", "名"},
+                {949, "\xC0\xCC\xB8\xA7", "이름"},
+                {0, "caf\xE9", "café"}};
+  constexpr std::size_t kCodePageAt = 0x3C;
+  for (const auto& [number, bytes, text] : kPages) {
+    std::string file = MdbSample(kMdbJet3);
+    // Enciphered, but by a stream of bytes that depends on nothing.
+    PutAt(file, kCodePageAt, LittleAt<std::uint16_t>(file.data() + kCodePageAt) ^ kMdbCodePage ^ number, 2);
+    std::string name = bytes;
+    name.resize(5, ' ');
+    Put(StrReplace(file, "na\xEFve", name));
+    EXPECT_THAT(Columns("Kinds"), HasSubstr("\n" + std::string(text))) << number;
+  }
 }
 
 TEST_F(MdbReaderTest, LongValues) {

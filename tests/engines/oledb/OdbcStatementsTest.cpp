@@ -67,7 +67,7 @@ TEST(OdbcStringsTest, SQLServer) {
     TInitString properties;
     for (const auto& [key, value] : c.properties) properties.Set(key, value);
     EXPECT_EQ(FreeTdsString(properties),
-              std::string("Driver={FreeTDS};") + c.text + ";ClientCharset=UTF-8;TDS_Version=7.4");
+              std::string("DRIVER={FreeTDS};") + c.text + ";ClientCharset=UTF-8;TDS_Version=7.4");
   }
   const std::pair<const char*, const char*> kNotTaken[] = {
       {"secret};", "The ODBC driver for SQL Server takes no \"};\" in a password"},

@@ -172,6 +172,14 @@ TEST_F(ProviderEnginesTest, TheEnginesAtAGlance) {
   }
 }
 
+TEST(ProvidersTest, APathIsAskedFor) {
+  const std::string none = "The connection names no file or folder";
+  EXPECT_EQ(MessageOf([] { TDBConnDBF("").Connect(); }), none);
+  EXPECT_EQ(MessageOf([] { TDBConnFoxPro("").Connect(); }), none);
+  EXPECT_EQ(MessageOf([] { MakeOLEDBProvider(TInitString("Provider=Jet 5;Password=secret")); }),
+            "No provider named \"Jet 5\" is part of this program");
+}
+
 // --- FoxPro
 
 TEST_F(ProviderEnginesTest, FoxProReadsChunksByRecordNumber) {

@@ -38,6 +38,7 @@ class TBadReader : public TFileReader {
     if (table == "crash") raise(SIGSEGV);
     if (table == "exit") _exit(3);
     if (table == "hang") pause();
+    if (table == "leave") CloseAllAndStay();
     if (table == "spin") SpinForEver();
     if (table == "memory") throw std::bad_alloc();
     if (table == "error") RaiseError("shop.mdb: page 7 is no page");
@@ -59,6 +60,11 @@ class TBadReader : public TFileReader {
  private:
   [[noreturn]] static void SpinForEver() {
     for (volatile int i = 0;;) i = i + 1;
+  }
+
+  [[noreturn]] static void CloseAllAndStay() {
+    close_range(3, ~0U, 0);
+    for (;;) pause();
   }
 
   static TFileTable OfFiles() {
@@ -124,6 +130,7 @@ TEST(ReaderProcessTest, WhatGoesWrongBecomesAnErrorAndTheNextCallWorks) {
   constexpr std::pair<const char*, const char*> kFaults[] = {
       {"crash", "Cannot read /data/shop.mdb: the file is damaged or of a kind that thelib cannot read"},
       {"exit", "(its process ended with status 3)"},
+      {"leave", "(its process ended by signal 9)"},
       {"hang", "too large for thelib (no answer for 1 seconds)"},
       {"spin", "too large for thelib (no answer for 1 seconds)"},
       {"memory", "too large for the memory that thelib may use"},
@@ -155,6 +162,21 @@ TEST(ReaderProcessTest, TheChildInheritsNothing) {
   ::testing::internal::CaptureStdout();
   NewProcess()->Structure("output");
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+}
+
+// A program that was started without standard files has others in their places.
+TEST(ReaderProcessTest, TheChannelMayBeAStandardFile) {
+  const int input = dup(STDIN_FILENO), output = dup(STDOUT_FILENO);
+  close(STDIN_FILENO);
+  close(STDOUT_FILENO);
+  std::size_t tables = 0;
+  const std::string message = MessageOf([&] { tables = NewProcess()->Tables().size(); });
+  dup2(input, STDIN_FILENO);
+  dup2(output, STDOUT_FILENO);
+  close(input);
+  close(output);
+  EXPECT_EQ(message, "nothing raised");
+  EXPECT_EQ(tables, 2U);
 }
 
 TEST(ReaderProcessTest, AnEndedReaderLeavesNoProcess) {
