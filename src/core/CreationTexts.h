@@ -15,7 +15,7 @@ struct TOtherObject {
 // What an engine also implements that can give the creation text of a table as its server prints it.
 class TCreationTexts {
  public:
-  // Asks for the text, and stores it into the table's `cached_ddl` as well.
+  // Asks for the text, and stores it into the table's `cached_ddl` as well, but for exact texts.
   virtual void ShowCreateTable(const std::string& table, std::string& ddl) = 0;
   // A hint: the texts of these tables will be asked for next, in this order. A client may read ahead; an error of a
   // table that nobody asks for never shows.
@@ -24,6 +24,8 @@ class TCreationTexts {
   // they are written in such texts. Holds for later connections of this engine too, until it is switched off, which
   // the next connecting makes good. For files there is nothing to do.
   virtual void PrepareExactTexts(bool /*exact*/ = true) {}
+  // The database's name, with which texts name its sequences. Empty for files.
+  virtual std::string TextsDatabase() const { return {}; }
   // What the database holds besides tables: views, sequences, triggers, routines, events. Empty for files.
   virtual std::vector<TOtherObject> OtherObjects() { return {}; }
 

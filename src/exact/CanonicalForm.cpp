@@ -76,6 +76,12 @@ void CompleteArguments(const TColumnParts& parts, TCanonicalTokens& arguments) {
   if (IsTimeType(parts.type) && arguments.size() == 1 && arguments[0].text == "0") arguments.clear();
 }
 
+// Of columns with letters. Expressions are printed whole.
+void PrintLetters(TCanonicalTokens& values) {
+  for (TCanonicalToken& value : values)
+    if (value.kind == EToken::String) value.text = PrintedText(std::move(value.text));
+}
+
 // A column without "not null" may be null and has the default null, whether its text says so or not. Only of a
 // timestamp a text that is silent may mean something else.
 void AddNullAndDefault(TTokens tokens, const TColumnParts& parts, TCanonicalForm& form) {
@@ -96,7 +102,7 @@ void AddFlags(const TColumnParts& parts, TCanonicalForm& form) {
 }
 
 void AddComment(const TToken& token, TCanonicalForm& form) {
-  TCanonicalToken comment = {EToken::String, ValueOf(token)};
+  TCanonicalToken comment = {EToken::String, PrintedText(ValueOf(token))};
   if (!comment.text.empty()) form[ESlot::Comment] = {std::move(comment)};
 }
 
@@ -120,6 +126,8 @@ void AddColumn(TTokens tokens, TCanonicalForm& form) {
 
   form.own = {parts.charset, parts.collation};
   if (!IsLetterType(parts.type)) return;
+  PrintLetters(form[ESlot::Arguments]);
+  if (form[ESlot::Default].size() == 1) PrintLetters(form[ESlot::Default]);
   const bool named = form.own != TCharset();
   form.effective = named ? NamedCharset(parts.charset, parts.collation) : form.table;
 }
@@ -186,10 +194,9 @@ void AddKey(TTokens tokens, std::size_t body, TCanonicalForm& form) {
 
 // A key has the block size of its table unless it names one. Servers print it only where it differs from the table's,
 // and keep it when the table's changes.
-void CompleteBlockSize(const TTableText& table, TCanonicalForm& form) {
+void CompleteBlockSize(const TInheritance& table, TCanonicalForm& form) {
   TCanonicalTokens& size = form[ESlot::KeyBlockSize];
-  const TTableOption* option = table.FindOption("KEY_BLOCK_SIZE");
-  if (size.empty() && option != nullptr) size = {{EToken::Number, OptionValue(*option)}};
+  if (size.empty() && !table.key_block_size.empty()) size = {{EToken::Number, table.key_block_size}};
   if (!size.empty() && size[0].text == "0") size.clear();
 }
 
@@ -233,7 +240,7 @@ std::string EngineOf(const TTableText& table) {
   return engine == "heap" ? "memory" : engine;
 }
 
-TCanonicalForm CanonicalForm(const TElement& element, const TTableText& table) {
+TCanonicalForm CanonicalForm(const TElement& element, const TInheritance& table) {
   TCanonicalForm form;
   form.name = element.name;
   const std::vector<TToken> all = Tokens(element.text);
@@ -242,7 +249,7 @@ TCanonicalForm CanonicalForm(const TElement& element, const TTableText& table) {
   const std::size_t body = head ? head->body : 0;
   switch (element.kind) {
     case EElement::Column:
-      form.table = TableCharset(table);
+      form.table = table.charset;
       AddColumn(tokens, form);
       break;
     case EElement::ForeignKey:
@@ -256,7 +263,7 @@ TCanonicalForm CanonicalForm(const TElement& element, const TTableText& table) {
       form[ESlot::Rest] = Canonical(tokens, {body, tokens.size()});
       break;
     default:
-      form.btree_is_own = !InList(EngineOf(table), {"memory", "ndbcluster", "ndb"});
+      form.btree_is_own = table.btree_is_own;
       if (!tokens.empty() && IsKeyword(tokens[0], "vector")) form[ESlot::Type] = {WordToken("vector")};
       AddKey(tokens, body, form);
       CompleteBlockSize(table, form);
@@ -280,7 +287,9 @@ TCanonicalTokens CanonicalPartitioning(const TTableText& table) {
     const bool maximum =
         tokens[at].Is("(") && TokenAt(tokens, at + 1).Is("maxvalue") && TokenAt(tokens, at + 2).Is(")");
     if (maximum) ++at;
+    const bool comment = !result.empty() && result.back().text == "comment";
     result.push_back(Canonical(tokens[at]));
+    if (comment) result.back().text = PrintedText(std::move(result.back().text));
     if (maximum) ++at;
   }
   return result;

@@ -50,13 +50,13 @@ struct TCanonicalForm {
   TCharset own;        // as named by a column
   TCharset effective;  // of a column that has letters
   TCharset table;
-  bool btree_is_own = true;  // the engine makes btree keys where a text says nothing
+  bool btree_is_own = true;  // as TInheritance has it
 
   TCanonicalTokens& operator[](ESlot slot) { return slots[static_cast<std::size_t>(slot)]; }
   const TCanonicalTokens& operator[](ESlot slot) const { return slots[static_cast<std::size_t>(slot)]; }
 };
 
-TCanonicalForm CanonicalForm(const TElement& element, const TTableText& table);
+TCanonicalForm CanonicalForm(const TElement& element, const TInheritance& table);
 // The name of an engine as it counts: lower case, "heap" is "memory"; empty for none.
 std::string EngineOf(const TTableText& table);
 // A table's partitioning.

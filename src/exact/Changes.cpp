@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 #include <unordered_map>
 #include <utility>
 
@@ -58,7 +59,7 @@ std::string OptionsText(const TTableText& table) {
 class TTableComparison {
  public:
   TTableComparison(const TTableText& reference, const TTableText& target, TEquivalenceUse& use)
-      : reference_(reference), target_(target), use_(use) {}
+      : reference_(reference), target_(target), use_(use), elements_(reference, target, use) {}
 
   std::vector<TChange> Run();
 
@@ -75,13 +76,12 @@ class TTableComparison {
   void Drop(const TGroup& group, const TElements& there, const std::vector<std::size_t>& matches);
   TChange Change(TSyncAction action, const TElement* from, const TElement* to) const;
   void Add(TChange change);
-  bool Same(const TElement& wanted, const TElement& there) {
-    return SameElement(wanted, reference_, there, target_, use_);
-  }
+  bool Same(const TElement& wanted, const TElement& there) { return elements_.Same(wanted, there); }
 
   const TTableText& reference_;
   const TTableText& target_;
   TEquivalenceUse& use_;
+  TElementComparison elements_;
   std::vector<TChange> changes_;
 };
 
@@ -131,12 +131,23 @@ void TTableComparison::ComparePartitioning() {
   Add(std::move(change));
 }
 
+// Whether all have names, and the same ones in the same order.
+bool NamedAlike(const TElements& wanted, const TElements& there) {
+  return std::equal(wanted.begin(), wanted.end(), there.begin(), there.end(),
+                    [](const auto* a, const auto* b) { return !a->name.empty() && SameText(a->name, b->name); });
+}
+
 std::vector<std::size_t> TTableComparison::Match(const TElements& wanted, const TElements& there) {
+  std::vector<std::size_t> matches(wanted.size(), kNone);
+  // So are the most, and need no index.
+  if (NamedAlike(wanted, there)) {
+    std::iota(matches.begin(), matches.end(), std::size_t{0});
+    return matches;
+  }
   std::unordered_map<std::string, std::size_t> places;
   for (std::size_t i = 0; i < there.size(); ++i) {
     if (!there[i]->name.empty()) places.emplace(LowerText(there[i]->name), i);
   }
-  std::vector<std::size_t> matches(wanted.size(), kNone);
   std::vector<bool> taken(there.size(), false);
   for (std::size_t i = 0; i < wanted.size(); ++i) {
     if (wanted[i]->name.empty()) {
@@ -212,6 +223,7 @@ void TTableComparison::CompareColumns() {
 void TTableComparison::CompareGroup(const TGroup& group) {
   const TElements wanted = ElementsOf(reference_, group);
   const TElements there = ElementsOf(target_, group);
+  if (wanted.empty() && there.empty()) return;
   const auto matches = Match(wanted, there);
   Drop(group, there, matches);
   for (std::size_t i = 0; i < wanted.size(); ++i) {

@@ -57,6 +57,18 @@ std::string CollationName(std::string_view written) {
   return name.starts_with(kOld) ? "utf8mb3_" + name.substr(kOld.size()) : name;
 }
 
+std::string PrintedText(std::string value) {
+  constexpr std::size_t kBytes = 4;
+  const auto byte = [&value](std::size_t at) { return static_cast<unsigned char>(value[at]); };
+  for (std::size_t at = 0; at + kBytes <= value.size(); ++at) {
+    if (byte(at) < 0xF0 || byte(at) > 0xF4) continue;
+    const auto first = value.begin() + static_cast<std::ptrdiff_t>(at);
+    const bool letter = std::all_of(first + 1, first + kBytes, [](char c) { return (c & 0xC0) == 0x80; });
+    if (letter) value.replace(at, kBytes, "?");
+  }
+  return value;
+}
+
 TCharset NamedCharset(std::string_view charset, std::string_view collation) {
   TCharset result{std::string(charset), std::string(collation)};
   if (result.charset.empty()) result.charset = result.collation.substr(0, result.collation.find('_'));

@@ -12,6 +12,9 @@ namespace velmora {
 std::string CharsetName(std::string_view written);    // lower case; utf8 is utf8mb3
 std::string CollationName(std::string_view written);  // the same: utf8_bin is utf8mb3_bin
 
+// A value of a default, a member or a comment as servers print it: "?" for each letter of four bytes.
+std::string PrintedText(std::string value);
+
 // What a text that names these means; both may be empty. A collation brings its set along, a set its own collation.
 TCharset NamedCharset(std::string_view charset, std::string_view collation);
 

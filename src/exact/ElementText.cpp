@@ -1,7 +1,9 @@
 #include "exact/ElementText.h"
 
+#include <algorithm>
 #include <cstddef>
 
+#include "exact/ColumnParts.h"
 #include "exact/ColumnType.h"
 #include "exact/Equivalences.h"
 #include "exact/KeyText.h"
@@ -60,6 +62,59 @@ std::string KeyTextWithout(const TElement& key, std::string_view name) {
   if (kept.empty()) return {};
   const std::size_t close = BehindGroup(tokens, open) - 1;
   return key.text.substr(0, tokens[open].End()) + kept + key.text.substr(tokens[close].start);
+}
+
+TKeyUse SplitKeyUse(const std::string& key_text) {
+  const auto tokens = Tokens(key_text);
+  const std::size_t end = tokens.size() - 1;
+  for (std::size_t at = BehindGroup(tokens, FirstBracket(tokens)); at < end; ++at) {
+    const bool used = IsKeyword(tokens[at], "visible") || IsKeyword(tokens[at], "not");
+    if (!used && !IsKeyword(tokens[at], "ignored") && !IsKeyword(tokens[at], "invisible")) continue;
+    const std::size_t behind = IsKeyword(tokens[at], "not") ? std::min(at + 2, end) : at + 1;
+    TKeyUse result{TextOf(key_text, tokens, 0, at), used ? "" : LowerText(tokens[at].text)};
+    if (behind < end) result.text += " " + TextOf(key_text, tokens, behind, end);
+    return result;
+  }
+  return {key_text, ""};
+}
+
+namespace {
+
+bool IsSequenceCall(const TToken& token) {
+  return IsKeyword(token, "nextval") || IsKeyword(token, "lastval") || IsKeyword(token, "setval");
+}
+
+}  // namespace
+
+void MoveSequences(TTableText& table, const std::string& from, const std::string& to) {
+  if (from.empty() || to.empty()) return;
+  for (TElement& element : table.elements) {
+    if (element.kind != EElement::Column || element.text.find("val(") == std::string::npos) continue;
+    std::string text;
+    std::size_t done = 0;
+    const auto tokens = Tokens(element.text);
+    for (std::size_t at = 0; at + 3 < tokens.size(); ++at) {
+      const TToken& database = tokens[at + 2];
+      if (!IsSequenceCall(tokens[at]) || !tokens[at + 1].Is("(") || !tokens[at + 3].Is(".")) continue;
+      if (!IsName(database) || NameOf(database) != from) continue;
+      text += element.text.substr(done, database.start - done) + QuotedName(to);
+      done = database.End();
+    }
+    if (done > 0) element.text = text + element.text.substr(done);
+  }
+}
+
+std::string WithHexDefault(std::string column_text) {
+  const auto wide = [](char c) { return static_cast<unsigned char>(c) > 0x7F; };
+  if (std::none_of(column_text.begin(), column_text.end(), wide)) return column_text;
+  const std::vector<TToken> all = Tokens(column_text);
+  const TColumnParts parts = ReadColumnParts(TTokens(all.data(), all.size() - 1));
+  if (!InList(parts.type, {"binary", "varbinary"}) || !parts.default_value) return column_text;
+  const TToken& value = all[parts.default_value->first];
+  if (value.kind != EToken::String || !PrefixOf(value).empty()) return column_text;
+  std::string hex;
+  for (const char c : ValueOf(value)) hex += Format("%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));
+  return column_text.replace(value.start, value.text.size(), "x'" + hex + "'");
 }
 
 std::string PinnedColumnText(const TElement& column, const TTableText& from, const TTableText& to) {

@@ -23,6 +23,20 @@ std::vector<TKeyPart> KeyParts(const TElement& key);
 // The key's text without the parts that are the column `name`; empty when none is left.
 std::string KeyTextWithout(const TElement& key, std::string_view name);
 
+// A key's text without what says whether queries use it, and that: "ignored", "invisible"; empty for one that is used.
+struct TKeyUse {
+  std::string text;
+  std::string word;
+};
+TKeyUse SplitKeyUse(const std::string& key_text);
+
+// Defaults name sequences with their database. Those of the one database become those of the other one.
+void MoveSequences(TTableText& table, const std::string& from, const std::string& to);
+
+// The column's text with a default of bytes in hexadecimal: servers print it as it is, which no text file, window or
+// client with a character set of its own hands on. Other texts stay as they are.
+std::string WithHexDefault(std::string column_text);
+
 // The column's text, which stands in `from`, so that it means the same in `to`: with a character set of its own where
 // the two tables hand down different ones.
 std::string PinnedColumnText(const TElement& column, const TTableText& from, const TTableText& to);

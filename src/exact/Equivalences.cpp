@@ -6,6 +6,7 @@
 #include "exact/CanonicalForm.h"
 #include "exact/Charsets.h"
 #include "exact/ColumnParts.h"
+#include "exact/ElementText.h"
 #include "exact/TableOptions.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -14,7 +15,8 @@ namespace velmora {
 
 namespace {
 
-// Takes out of a form what its equivalence says does not count. False when there was nothing of it.
+// Takes out of a form, from certain slots, what its equivalence says does not count. False when there was nothing of
+// it.
 using TApply = bool (*)(TCanonicalForm& form);
 
 // Deliberate: tinyint(1) keeps its width, for clients take it for a boolean.
@@ -90,9 +92,18 @@ bool DropRestricts(TCanonicalForm& form) {
   return of_delete || of_update;
 }
 
+struct TRule {
+  EEquivalence id;
+  TApply apply;
+  std::array<ESlot, 2> slots;  // it looks for something here
+};
 // AutoIncrement and OptionOrder are of options, not of elements; charsets are compared in pairs, by CharsetsAgree.
-constexpr std::array<TApply, kEquivalenceCount> kApply = {
-    nullptr, DropDisplayWidth, nullptr, UnquoteNumber, ShortenTimestamps, DropBtree, DropRestricts, nullptr};
+constexpr std::array<TRule, 5> kRules = {
+    {{EEquivalence::DisplayWidth, DropDisplayWidth, {ESlot::Arguments, ESlot::Arguments}},
+     {EEquivalence::QuotedNumber, UnquoteNumber, {ESlot::Default, ESlot::Default}},
+     {EEquivalence::CurrentTimestamp, ShortenTimestamps, {ESlot::Default, ESlot::OnUpdate}},
+     {EEquivalence::UsingBtree, DropBtree, {ESlot::Using, ESlot::Using}},
+     {EEquivalence::NoAction, DropRestricts, {ESlot::DeleteRule, ESlot::UpdateRule}}}};
 
 constexpr std::array<TEquivalence, kEquivalenceCount> kEquivalences = {
     {{EEquivalence::AutoIncrement, "auto-increment", "the counter of a table, AUTO_INCREMENT=N"},
@@ -128,70 +139,62 @@ bool SameForm(const TCanonicalForm& a, const TCanonicalForm& b, bool inherited) 
   return (!named || a.name == b.name) && a.slots == b.slots && CharsetsAgree(a, b, inherited);
 }
 
-using TUsed = std::array<bool, kEquivalenceCount>;
+using TNeeded = std::array<bool, kEquivalenceCount>;
 constexpr std::size_t kInherited = static_cast<std::size_t>(EEquivalence::InheritedCharset);
 
-bool SameUnder(TCanonicalForm a, TCanonicalForm b, const TUsed& used) {
-  for (std::size_t i = 0; i < used.size(); ++i)
-    if (used[i] && kApply[i] != nullptr) {
-      kApply[i](a);
-      kApply[i](b);
-    }
-  return SameForm(a, b, used[kInherited]);
+bool Differ(const TCanonicalForm& a, const TCanonicalForm& b, const std::array<ESlot, 2>& slots) {
+  return std::any_of(slots.begin(), slots.end(), [&](ESlot slot) { return a[slot] != b[slot]; });
 }
 
-// Those that are on and find something in one of the forms.
-TUsed UsedBy(TCanonicalForm a, TCanonicalForm b, const TEquivalenceUse& use) {
-  TUsed used{};
-  for (std::size_t i = 0; i < used.size(); ++i) {
-    if (!use.On(static_cast<EEquivalence>(i))) continue;
-    if (i == kInherited) used[i] = a.own != b.own;
-    if (kApply[i] == nullptr) continue;
-    const bool in_a = kApply[i](a);
-    const bool in_b = kApply[i](b);
-    used[i] = in_a || in_b;
+// Takes out of both forms what does not count by the equivalences that are on. If the forms are equal then, those were
+// needed that found something where the ones before them had left a difference.
+TNeeded TakeOut(TCanonicalForm& a, TCanonicalForm& b, const TEquivalenceUse& use) {
+  TNeeded needed{};
+  needed[kInherited] = use.On(EEquivalence::InheritedCharset) && a.own != b.own;
+  for (const TRule& rule : kRules) {
+    if (!use.On(rule.id) || !Differ(a, b, rule.slots)) continue;
+    const bool in_a = rule.apply(a);
+    const bool in_b = rule.apply(b);
+    needed[static_cast<std::size_t>(rule.id)] = in_a || in_b;
   }
-  return used;
-}
-
-// An equivalence made two forms equal if they differ without it.
-void CountNeeded(const TCanonicalForm& a, const TCanonicalForm& b, const TUsed& used, TEquivalenceUse& use) {
-  const bool single = std::count(used.begin(), used.end(), true) == 1;
-  for (std::size_t i = 0; i < used.size(); ++i) {
-    if (!used[i]) continue;
-    TUsed others = used;
-    others[i] = false;
-    if (single || !SameUnder(a, b, others)) use.Add(static_cast<EEquivalence>(i));
-  }
-}
-
-bool SameOption(const TTableText& a, const TTableText& b, std::string_view name) {
-  const TTableOption* in_a = a.FindOption(name);
-  const TTableOption* in_b = b.FindOption(name);
-  if (in_a == nullptr || in_b == nullptr) return in_a == in_b;
-  return in_a->value == in_b->value;
-}
-
-// Whether equal texts mean the same in both tables: what elements inherit is equal.
-bool SameSurroundings(const TTableText& a, const TTableText& b) {
-  return SameOption(a, b, "DEFAULT CHARSET") && SameOption(a, b, "COLLATE") && SameOption(a, b, "KEY_BLOCK_SIZE");
+  return needed;
 }
 
 }  // namespace
 
 std::span<const TEquivalence, kEquivalenceCount> Equivalences() { return kEquivalences; }
 
+TInheritance InheritanceOf(const TTableText& table) {
+  TInheritance result;
+  result.charset = TableCharset(table);
+  if (const TTableOption* size = table.FindOption("KEY_BLOCK_SIZE")) result.key_block_size = OptionValue(*size);
+  if (result.key_block_size == "0") result.key_block_size.clear();
+  result.btree_is_own = !InList(EngineOf(table), {"memory", "ndbcluster", "ndb"});
+  return result;
+}
+
+// Whether equal texts mean the same in both tables.
+bool TElementComparison::InheritTheSame(EElement kind) const {
+  if (kind == EElement::Column) return a_.charset == b_.charset;
+  return !IsKey(kind) || a_.key_block_size == b_.key_block_size;
+}
+
+bool TElementComparison::Same(const TElement& in_a, const TElement& in_b) {
+  if (in_a.kind != in_b.kind) return false;
+  if (in_a.text == in_b.text && InheritTheSame(in_a.kind)) return true;
+  TCanonicalForm form_a = CanonicalForm(in_a, a_);
+  TCanonicalForm form_b = CanonicalForm(in_b, b_);
+  if (SameForm(form_a, form_b, false)) return true;
+  const TNeeded needed = TakeOut(form_a, form_b, use_);
+  if (!SameForm(form_a, form_b, needed[kInherited])) return false;
+  for (std::size_t i = 0; i < needed.size(); ++i)
+    if (needed[i]) use_.Add(static_cast<EEquivalence>(i));
+  return true;
+}
+
 bool SameElement(const TElement& a, const TTableText& table_a, const TElement& b, const TTableText& table_b,
                  TEquivalenceUse& use) {
-  if (a.kind != b.kind) return false;
-  if (a.text == b.text && SameSurroundings(table_a, table_b)) return true;
-  const TCanonicalForm form_a = CanonicalForm(a, table_a);
-  const TCanonicalForm form_b = CanonicalForm(b, table_b);
-  if (SameForm(form_a, form_b, false)) return true;
-  const TUsed used = UsedBy(form_a, form_b, use);
-  if (!SameUnder(form_a, form_b, used)) return false;
-  CountNeeded(form_a, form_b, used, use);
-  return true;
+  return TElementComparison(table_a, table_b, use).Same(a, b);
 }
 
 bool SamePartitioning(const TTableText& a, const TTableText& b) {

@@ -46,11 +46,7 @@ class TEquivalenceUse {
   std::array<int, kEquivalenceCount> counts_{};
 };
 
-// Whether two elements of the same kind mean the same in their tables. Letter case of keywords, white space, quoting of
-// names and the form of quotes never count. What made them equal is counted in `use`.
-bool SameElement(const TElement& a, const TTableText& table_a, const TElement& b, const TTableText& table_b,
-                 TEquivalenceUse& use);
-// The same for all options, for partitioning.
+// Whether all options mean the same, which is counted in `use`, and whether partitioning does.
 bool SameOptions(const TTableText& a, const TTableText& b, TEquivalenceUse& use);
 bool SamePartitioning(const TTableText& a, const TTableText& b);
 // The options in which `b` has to be changed to be as `a`: set to the value of `a`, or back to the server's own where
@@ -64,6 +60,38 @@ struct TCharset {
   bool operator==(const TCharset&) const = default;
 };
 TCharset TableCharset(const TTableText& table);
+
+// What a table hands down to elements whose own text is silent.
+struct TInheritance {
+  TCharset charset;
+  std::string key_block_size;  // empty for the engine's own
+  bool btree_is_own = true;    // the engine makes btree keys where a text says nothing
+};
+TInheritance InheritanceOf(const TTableText& table);
+
+// Elements of two tables. What made them equal is counted in `use`, which outlives this object.
+class TElementComparison {
+ public:
+  TElementComparison(const TTableText& a, const TTableText& b, TEquivalenceUse& use)
+      : a_(InheritanceOf(a)), b_(InheritanceOf(b)), use_(use) {
+    // What a key of the one engine says means something else to the other.
+    a_.btree_is_own = b_.btree_is_own = a_.btree_is_own && b_.btree_is_own;
+  }
+  // Whether two elements of the same kind mean the same in their tables, the first in the one, the second in the other.
+  // Letter case of keywords, white space, quoting of names and the form of quotes never count.
+  bool Same(const TElement& in_a, const TElement& in_b);
+
+ private:
+  bool InheritTheSame(EElement kind) const;
+
+  TInheritance a_;
+  TInheritance b_;
+  TEquivalenceUse& use_;
+};
+// The same, for a single pair.
+bool SameElement(const TElement& a, const TTableText& table_a, const TElement& b, const TTableText& table_b,
+                 TEquivalenceUse& use);
+
 // A Unicode set without a collation is left to the server, and servers differ: general, 0900 and uca1400 are its own
 // collations somewhere, so a text that names the set alone is the same as one that names any of these. Written to a
 // server it gives one of them, too. Of all other sets the collation is known. Where a text says nothing at all both are

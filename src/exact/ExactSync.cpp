@@ -74,6 +74,7 @@ void TExactSync::Clear() {
   Equivalences.ResetCounts();
   read_ = {};
   changes_.clear();
+  plan_.clear();
   proof_.clear();
   differences_left_ = 0;
   table_under_way_.clear();
@@ -91,11 +92,23 @@ void TExactSync::CompareSchemas() {
   }
 }
 
+// The others were just found to be equal, and stay as they are.
+TTableNames TExactSync::TouchedTables() const {
+  TTableNames tables;
+  for (const TChange& change : changes_) tables.insert(change.table);
+  for (const TPlanStatement& statement : plan_) tables.insert(statement.table);
+  return tables;
+}
+
 // Every statement is read again from its text, so that what is proved is what will run.
 void TExactSync::Prove() {
   if (changes_.empty()) return;
-  TSchema after = read_.target.schema;
-  for (const TPlanStatement& statement : MakePlan(changes_, read_.reference.schema, read_.target.schema)) {
+  plan_ = MakePlan(changes_, read_.reference.schema, read_.target.schema);
+  const TTableNames touched = TouchedTables();
+  TSchema after;
+  for (const TTableText& table : read_.target.schema.Tables())
+    if (touched.contains(table.name)) after.Add(table);
+  for (const TPlanStatement& statement : plan_) {
     try {
       ApplyStatement(statement.text, after);
     } catch (const EVelmora& error) {
@@ -103,7 +116,7 @@ void TExactSync::Prove() {
     }
   }
   TEquivalenceUse use = Equivalences;
-  const std::vector<TChange> left = SchemaChanges(read_.reference.schema, after, use);
+  const std::vector<TChange> left = SchemaChanges(read_.reference.schema, after, use, &touched);
   differences_left_ = static_cast<int>(left.size());
   proof_.push_back(left.empty() ? std::string(kVerified) : Format(kNotVerified, left.size()));
   for (const TChange& change : left) proof_.push_back("  " + change.table + ": " + change.LogText());
@@ -130,7 +143,9 @@ std::vector<TChange> TExactSync::Changes() const {
 }
 
 std::vector<TPlanStatement> TExactSync::Plan() const {
-  return MakePlan(Changes(), read_.reference.schema, read_.target.schema);
+  const std::vector<TChange> left = Changes();
+  if (left.size() == changes_.size()) return plan_;
+  return MakePlan(left, read_.reference.schema, read_.target.schema);
 }
 
 std::string TExactSync::ReferenceText(const std::string& table) const { return TextOf(read_.reference.texts, table); }

@@ -58,6 +58,7 @@ class TExactSync {
   void Clear();
   void CompareSchemas();
   void Prove();
+  TTableNames TouchedTables() const;
   void FillLog();
 
   TTaskConnections& connections_;
@@ -67,7 +68,8 @@ class TExactSync {
   TMessageLog& log_;
   TReadPair read_;
   std::vector<TChange> changes_;
-  TStringList proof_;  // its lines in the log
+  std::vector<TPlanStatement> plan_;  // of all of them
+  TStringList proof_;                 // its lines in the log
   int differences_left_ = 0;
   std::string table_under_way_;
   bool target_lost_ = false;

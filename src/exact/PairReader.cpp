@@ -1,12 +1,14 @@
 #include "exact/PairReader.h"
 
 #include <cstdint>
+#include <memory>
 #include <unordered_map>
 #include <utility>
 
 #include "core/CreationTexts.h"
 #include "core/Host.h"
 #include "core/Meta.h"
+#include "exact/ElementText.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -23,6 +25,11 @@ constexpr char kIsOther[] = "there is a %s of this name";
 
 enum class EState { Listed, Read, Failed };
 
+struct TListedTable {
+  EState state = EState::Listed;
+  const std::string* text = nullptr;  // once it is read
+};
+
 struct TSideReader {
   TSideReader(const char* side, TDBConn& connection, TReadSide& result) : name(side), conn(connection), read(result) {
     texts = dynamic_cast<TCreationTexts*>(&conn);
@@ -31,7 +38,6 @@ struct TSideReader {
     conn.GetDisplayName(shown);
     RaiseError(Format(kNoTexts, shown));
   }
-  bool Lists(const std::string& table) const { return states.contains(table); }
   bool AtEnd() const { return next == tables.size(); }
 
   const char* name;
@@ -41,24 +47,37 @@ struct TSideReader {
   std::unordered_map<std::string, std::string> others;  // kinds of views and sequences, by name
   TStringList tables;                                   // to be read, in order
   std::size_t next = 0;
-  std::unordered_map<std::string, EState> states;  // of these
+  std::unordered_map<std::string, TListedTable> listed;  // these by name
 };
 
-// Whether the text has `word` around the place of its letter number `letter`.
-bool HasWordAt(std::string_view text, std::size_t place, std::size_t letter, std::string_view word) {
-  return place >= letter && SameText(text.substr(place - letter, word.size()), word);
-}
+constexpr char UpperChar(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
-// Whether a text that is the same on both sides matters all the same: its foreign keys may stand in the way of changes
-// of other tables. Most texts of a comparison come here and do not, so the rarest letters of the words lead.
-bool MattersToOthers(std::string_view text) {
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char letter = LowerChar(text[i]);
-    if (letter == 'f' && HasWordAt(text, i, 2, "references")) return true;
-    if (letter == 'g' && HasWordAt(text, i, 9, "versioning")) return true;
-    if (letter == 'w' && HasWordAt(text, i, 2, "row start")) return true;
+// Whether `holds` is true of the place behind an occurrence of the word, which is in lower case. Texts that are the
+// same on both sides are most of a comparison, so that this looks for one letter of the word that is rare in them.
+template <class THolds>
+bool AnyOccurrence(std::string_view text, std::string_view word, std::size_t rare, THolds holds) {
+  for (const char letter : {word[rare], UpperChar(word[rare])}) {
+    for (std::size_t at = text.find(letter, rare); at != std::string_view::npos; at = text.find(letter, at + 1))
+      if (SameText(text.substr(at - rare, word.size()), word) && holds(at - rare + word.size())) return true;
   }
   return false;
+}
+
+// Versioned tables are named in the log, even if they are the same.
+bool SpeaksOfVersioning(std::string_view text) {
+  return AnyOccurrence(text, "versioning", 0, [](std::size_t) { return true; });
+}
+
+// Whether a foreign key of the text may refer to one of the tables, which are in lower case. Takes for a foreign key
+// whatever looks like one, and for a reference to any table what does not stand as servers print it.
+bool MayReferTo(std::string_view text, const TTableNames& tables) {
+  return AnyOccurrence(text, "references", 2, [&](std::size_t behind) {
+    constexpr std::string_view kOpen = " `";
+    const std::size_t name = behind + kOpen.size();
+    const std::size_t end = text.find('`', name);
+    if (text.substr(behind, kOpen.size()) != kOpen || end == std::string_view::npos) return true;
+    return text.substr(end + 1, 2) != " (" || tables.contains(LowerText(text.substr(name, end - name)));
+  });
 }
 
 class TPairReader {
@@ -99,7 +118,7 @@ class TPairReader {
         Skip(other, table, Format(kIsOther, object->second));
         continue;
       }
-      side.states.emplace(table, EState::Listed);
+      side.listed.emplace(table, TListedTable());
       side.tables.push_back(std::move(table));
     }
   }
@@ -114,6 +133,7 @@ class TPairReader {
       ReadNext(reference_);
       ReadNext(target_);
     }
+    FillSchemas();
   }
 
   void ReadNext(TSideReader& side) {
@@ -122,21 +142,23 @@ class TPairReader {
     progress_.StepDetail();
     Host().ProcessMessages();
     table_under_way_ = table;
-    side.states[table] = ReadText(side, table) ? EState::Read : EState::Failed;
+    ReadText(side, table, side.listed[table]);
     Take(table);
   }
 
-  bool ReadText(TSideReader& side, const std::string& table) {
+  void ReadText(TSideReader& side, const std::string& table, TListedTable& listed) {
+    // Lists are in order, so that the end is the place of almost every table.
+    const auto text = side.read.texts.try_emplace(side.read.texts.end(), table);
     try {
-      side.texts->ShowCreateTable(table, side.read.texts[table]);
-      return true;
+      side.texts->ShowCreateTable(table, text->second);
+      listed = {EState::Read, &text->second};
     } catch (const EAbort&) {
       throw;
     } catch (const EVelmora& error) {
-      side.read.texts.erase(table);
+      side.read.texts.erase(text);
       if (!side.conn.GetConnected()) throw;
       Skip(side, table, error.what());
-      return false;
+      listed.state = EState::Failed;
     }
   }
 
@@ -144,18 +166,22 @@ class TPairReader {
   void Take(const std::string& table) {
     TReading reading[] = {{reference_}, {target_}};
     for (TReading& of : reading) {
-      const auto state = of.side.states.find(table);
-      if (state == of.side.states.end()) continue;
-      if (state->second != EState::Read) return;
-      of.text = &of.side.read.texts.find(table)->second;
+      const auto listed = of.side.listed.find(table);
+      if (listed == of.side.listed.end()) continue;
+      if (listed->second.state != EState::Read) return;
+      of.text = listed->second.text;
     }
     const bool same = reading[0].text != nullptr && reading[1].text != nullptr && *reading[0].text == *reading[1].text;
-    if (same && !MattersToOthers(*reading[0].text)) return;
+    if (same && !SpeaksOfVersioning(*reading[0].text)) {
+      taken_.push_back({reading[0].text, nullptr, nullptr});
+      return;
+    }
     for (TReading& of : reading)
       if (of.text != nullptr && !TakeApart(of, table, same)) return;
     if (LeftAlone(reading[0].table, reading[1].table, table)) return;
-    for (TReading& of : reading)
-      if (of.text != nullptr) of.side.read.schema.Add(std::move(of.table));
+    TTaken& taken = taken_.emplace_back();
+    if (reading[0].text != nullptr) taken.reference = std::make_unique<TTableText>(std::move(reading[0].table));
+    if (reading[1].text != nullptr) taken.target = std::make_unique<TTableText>(std::move(reading[1].table));
   }
 
   struct TReading {
@@ -168,6 +194,9 @@ class TPairReader {
   bool TakeApart(TReading& of, const std::string& table, bool same) {
     try {
       of.table = ReadTableText(*of.text);
+      // The reference's own sequences are to be the target's.
+      if (&of.side == &reference_)
+        MoveSequences(of.table, reference_.texts->TextsDatabase(), target_.texts->TextsDatabase());
       return true;
     } catch (const EVelmora& error) {
       if (!same) Skip(of.side, table, error.what());
@@ -185,6 +214,36 @@ class TPairReader {
     return true;
   }
 
+  // A table of which all is read.
+  struct TTaken {
+    const std::string* shared_text = nullptr;  // of both sides, as long as it is not taken apart
+    std::unique_ptr<TTableText> reference;
+    std::unique_ptr<TTableText> target;
+  };
+
+  void FillSchemas() {
+    TTableNames changing;
+    for (const TTaken& taken : taken_) {
+      if (taken.reference != nullptr) changing.insert(LowerText(taken.reference->name));
+      if (taken.target != nullptr) changing.insert(LowerText(taken.target->name));
+    }
+    if (changing.empty()) return;
+    for (TTaken& taken : taken_) {
+      if (taken.shared_text != nullptr && MayReferTo(*taken.shared_text, changing)) TakeApartShared(taken);
+      if (taken.reference != nullptr) pair_.reference.schema.Add(std::move(*taken.reference));
+      if (taken.target != nullptr) pair_.target.schema.Add(std::move(*taken.target));
+    }
+  }
+
+  void TakeApartShared(TTaken& taken) {
+    try {
+      taken.reference = std::make_unique<TTableText>(ReadTableText(*taken.shared_text));
+      taken.target = std::make_unique<TTableText>(*taken.reference);
+    } catch (const EVelmora&) {
+      // As above: nothing is lost with it.
+    }
+  }
+
   void Skip(const TSideReader& side, const std::string& table, const std::string& reason) {
     pair_.skipped.push_back({side.name, table, reason});
   }
@@ -194,6 +253,7 @@ class TPairReader {
   TSideReader target_;
   TProgress& progress_;
   std::string& table_under_way_;
+  std::vector<TTaken> taken_;  // in the order in which they were read
 };
 
 TChange WholeTable(TSyncAction action, const TTableText& table) {
@@ -210,20 +270,29 @@ void ReadPair(TDBConn& reference, TDBConn& target, TProgress& progress, std::str
   TPairReader(reference, target, progress, table_under_way, pair).Read();
 }
 
-std::vector<TChange> SchemaChanges(const TSchema& reference, const TSchema& target, TEquivalenceUse& use) {
+std::vector<TChange> SchemaChanges(const TSchema& reference, const TSchema& target, TEquivalenceUse& use,
+                                   const TTableNames* only) {
   std::vector<TChange> changes;
+  const auto looked_at = [only](const TTableText& table) { return only == nullptr || only->contains(table.name); };
   for (const TTableText& table : target.Tables()) {
-    if (reference.Find(table.name) != nullptr) continue;
+    if (!looked_at(table) || reference.Find(table.name) != nullptr) continue;
     changes.push_back(WholeTable(saDropTable, table));
     changes.back().unsafe = UnsafeChange(changes.back(), table, {});
   }
+  std::vector<const TTableText*> added;
   for (const TTableText& table : reference.Tables()) {
+    if (!looked_at(table)) continue;
     const TTableText* former = target.Find(table.name);
-    if (former == nullptr) continue;
+    if (former == nullptr) {
+      added.push_back(&table);
+      continue;
+    }
     for (TChange& change : CompareTableTexts(table, *former, use)) changes.push_back(std::move(change));
   }
-  for (const TTableText& table : reference.Tables())
-    if (target.Find(table.name) == nullptr) changes.push_back(WholeTable(saCreateTable, table));
+  for (const TTableText* table : added) {
+    changes.push_back(WholeTable(saCreateTable, *table));
+    changes.back().unsafe = UnsafeChange(changes.back(), {}, *table);
+  }
   return changes;
 }
 

@@ -4,6 +4,7 @@
 
 #include <map>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "core/DBConn.h"
@@ -20,8 +21,8 @@ struct TSkippedTable {
 };
 
 struct TReadSide {
-  // Tables to compare. One whose text is the same on both sides, and which refers to no other, is in neither schema:
-  // nothing about it can change.
+  // Tables to compare. One whose text is the same on both sides is in neither schema, unless it refers to one that may
+  // change: then its foreign keys may stand in the way.
   TSchema schema;
   std::map<std::string, std::string> texts;  // of all tables, as the server prints them
 };
@@ -38,7 +39,10 @@ struct TReadPair {
 // creation texts.
 void ReadPair(TDBConn& reference, TDBConn& target, TProgress& progress, std::string& table_under_way, TReadPair& pair);
 
-// What has to be changed in `target`: obsolete tables, changes within tables, new tables.
-std::vector<TChange> SchemaChanges(const TSchema& reference, const TSchema& target, TEquivalenceUse& use);
+// What has to be changed in `target`: obsolete tables, changes within tables, new tables. Looks at the tables `only`,
+// or at all for null.
+using TTableNames = std::unordered_set<std::string>;
+std::vector<TChange> SchemaChanges(const TSchema& reference, const TSchema& target, TEquivalenceUse& use,
+                                   const TTableNames* only = nullptr);
 
 }  // namespace velmora

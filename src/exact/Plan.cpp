@@ -25,10 +25,12 @@ class TPlanner {
   TTableWork& Work(const std::string& table);
   void FindObstacles();
   void FindObstacles(const TTableText& table);
+  bool MovesAway(const TChange& change) const;
   void AddCauses(const std::string& table, const std::vector<std::string>& columns, TObstacle& obstacle) const;
 
   void DropForeignKeys(const TTableWork& work);
   void DropTable(const TTableWork& work);
+  void DropMovedChecks(const TTableWork& work);
   void RemovePartitioning(const TTableWork& work);
   void AlterTable(const TTableWork& work);
   void CreateTable(const TTableWork& work);
@@ -39,6 +41,7 @@ class TPlanner {
   const TSchema& target_;
   std::deque<TTableWork> work_;  // in the order of the changes
   std::unordered_map<std::string, TTableWork*> by_name_;
+  std::unordered_multimap<std::string, std::string> new_checks_;  // tables by lower-case name of the check
   // By lower-case table: the changed columns, in lower case, or the empty name for all of them.
   std::unordered_map<std::string, std::unordered_multimap<std::string, const TChange*>> disturbed_;
   std::vector<TPlanStatement> plan_;
@@ -49,6 +52,9 @@ TPlanner::TPlanner(const std::vector<TChange>& changes, const TSchema& reference
   for (const TChange& change : changes) {
     TTableWork& work = Work(change.table);
     work.changes.push_back(&change);
+    if (change.action == saAddConstraint && change.kind == EElement::Check) {
+      new_checks_.emplace(LowerText(change.item), change.table);
+    }
     // No foreign key outlives its table's engine.
     const bool all = SetsOption(change, "ENGINE");
     if (all || DisturbsForeignKeys(change, work)) {
@@ -110,9 +116,9 @@ void TPlanner::AddCauses(const std::string& table, const std::vector<std::string
 
 std::vector<TPlanStatement> TPlanner::Make() {
   using TStep = void (TPlanner::*)(const TTableWork&);
-  constexpr std::array<TStep, 7> kSteps{
-      &TPlanner::DropForeignKeys, &TPlanner::DropTable,      &TPlanner::RemovePartitioning, &TPlanner::AlterTable,
-      &TPlanner::CreateTable,     &TPlanner::AddForeignKeys, &TPlanner::RenewHashKeys};
+  constexpr std::array<TStep, 8> kSteps{
+      &TPlanner::DropForeignKeys, &TPlanner::DropTable,   &TPlanner::DropMovedChecks, &TPlanner::RemovePartitioning,
+      &TPlanner::AlterTable,      &TPlanner::CreateTable, &TPlanner::AddForeignKeys,  &TPlanner::RenewHashKeys};
   for (const TStep step : kSteps) {
     for (const TTableWork& work : work_) (this->*step)(work);
   }
@@ -134,22 +140,47 @@ void TPlanner::DropForeignKeys(const TTableWork& work) {
   alter.MoveTo(plan_);
 }
 
+TPlanStatement WholeTable(const TChange& change, std::string text) {
+  TPlanStatement statement{std::move(text), {change.id}, {}, change.table};
+  if (!change.unsafe.empty()) statement.unsafe.push_back(Subject(change) + ": " + change.unsafe);
+  return statement;
+}
+
 void TPlanner::DropTable(const TTableWork& work) {
   for (const TChange* change : work.changes) {
     if (change->action != saDropTable) continue;
-    TPlanStatement statement{"drop table " + QuotedName(work.name), {change->id}, {}};
-    if (!change->unsafe.empty()) statement.unsafe.push_back(Subject(*change) + ": " + change->unsafe);
-    plan_.push_back(std::move(statement));
+    plan_.push_back(WholeTable(*change, "drop table " + QuotedName(work.name)));
   }
+}
+
+// Whether a check goes whose name another table gets: to some servers the names of checks are those of a database.
+bool TPlanner::MovesAway(const TChange& change) const {
+  if (change.action != saDropConstraint || change.kind != EElement::Check) return false;
+  const auto [begin, end] = new_checks_.equal_range(LowerText(change.item));
+  return std::any_of(begin, end, [&change](const auto& entry) { return entry.second != change.table; });
+}
+
+void TPlanner::DropMovedChecks(const TTableWork& work) {
+  TAlter alter(work.name);
+  for (const TChange* change : work.changes) {
+    if (!MovesAway(*change)) continue;
+    alter.Clause(DropText(change->kind, change->item));
+    alter.Makes(*change);
+  }
+  alter.MoveTo(plan_);
 }
 
 // Before the other changes: these may drop the columns by which the table is partitioned, or take them out of its keys.
 void TPlanner::RemovePartitioning(const TTableWork& work) {
+  if (!RemovesPartitioning(work)) return;
   TAlter alter(work.name);
-  for (const TChange* change : work.changes) {
-    if (!IsPartitionChange(*change) || !change->new_text.empty()) continue;
-    alter.Clause("remove partitioning");
-    alter.Makes(*change);
+  alter.Clause("remove partitioning");
+  const TChange* own = PartitionChange(work);
+  if (own != nullptr && own->new_text.empty()) {
+    alter.Makes(*own);
+  } else {
+    for (const TChange* change : PartitionsDisturbed(work)) alter.Serves(*change);
+    if (own != nullptr) alter.Serves(*own);
   }
   alter.MoveTo(plan_);
 }
@@ -164,15 +195,9 @@ void TPlanner::AlterTable(const TTableWork& work) {
   for (const TChange* change : work.changes) {
     if (IsColumnChange(*change) || IsForeignKeyChange(*change)) continue;
     if (change->action == saChangeTableType || change->action == saDropTable) continue;
-    if (!change->old_text.empty()) alter.Clause(DropText(change->kind, change->item));
-    if (!change->new_text.empty()) alter.Clause("add " + change->new_text);
-    alter.Makes(*change);
+    if (!MovesAway(*change)) ChangeElement(*change, work, alter);
   }
-  for (const TChange* change : work.changes) {
-    if (!IsPartitionChange(*change) || change->new_text.empty()) continue;
-    alter.AtEnd(change->new_text);
-    alter.Makes(*change);
-  }
+  SetPartitioning(work, alter);
   alter.MoveTo(plan_);
   later.MoveTo(plan_);
 }
@@ -180,7 +205,7 @@ void TPlanner::AlterTable(const TTableWork& work) {
 void TPlanner::CreateTable(const TTableWork& work) {
   for (const TChange* change : work.changes) {
     if (change->action != saCreateTable || work.reference == nullptr) continue;
-    plan_.push_back({CreationTextOf(*work.reference, true), {change->id}, {}});
+    plan_.push_back(WholeTable(*change, CreationTextOf(*work.reference, true)));
   }
 }
 
@@ -258,10 +283,11 @@ void TSchema::Remove(const std::string& name) {
   if (place == index_.end()) return;
   const std::size_t at = place->second;
   index_.erase(place);
-  tables_.erase(tables_.begin() + static_cast<std::ptrdiff_t>(at));
-  for (auto& [other, index] : index_) {
-    if (index > at) --index;
+  if (at + 1 < tables_.size()) {
+    tables_[at] = std::move(tables_.back());
+    index_[tables_[at].name] = at;
   }
+  tables_.pop_back();
 }
 
 std::vector<TPlanStatement> MakePlan(const std::vector<TChange>& changes, const TSchema& reference,

@@ -3,8 +3,8 @@
 // The statements that make the changes, in the order in which servers take them.
 
 #include <functional>
-#include <map>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "exact/Changes.h"
@@ -18,24 +18,27 @@ class TSchema {
   const TTableText* Find(const std::string& name) const;  // exact name; null when there is none
   TTableText* Find(const std::string& name);
   void Remove(const std::string& name);
-  const std::vector<TTableText>& Tables() const { return tables_; }  // in order of addition
+  // In order of addition, but that the last one takes the place of one that is removed.
+  const std::vector<TTableText>& Tables() const { return tables_; }
 
  private:
   std::vector<TTableText> tables_;
-  std::map<std::string, std::size_t> index_;
+  std::unordered_map<std::string, std::size_t> index_;
 };
 
 struct TPlanStatement {
   std::string text;                 // without ";"
   std::vector<int> actions;         // ids of the changes it serves
   std::vector<std::string> unsafe;  // reasons, "column c: ..." each
+  std::string table;                // that it is about
 };
 
 // 1. foreign keys that go, change, or stand on a column that changes (those come back at the end), 2. dropped tables,
-// 3. partitioning that is taken away, 4. one "alter table" per table: options, columns dropped, then modified and added
-// with first/after, keys dropped and added, checks, partitioning (an option that outlives its engine has one of its own
-// behind it), 5. new tables without foreign keys, 6. foreign keys added. Names in backticks. It holds what `changes`
-// holds and nothing else: a change that was struck out leaves its statement.
+// checks whose names other tables get, 3. partitioning that is taken away or loses its columns, 4. one "alter table"
+// per table: options, columns dropped, then modified and added with first/after, keys dropped and added, checks,
+// partitioning (an option that outlives its engine has one of its own behind it), 5. new tables without foreign
+// keys, 6. foreign keys added. Names in backticks. It holds what `changes` holds and nothing else: a change that was
+// struck out leaves its statement.
 std::vector<TPlanStatement> MakePlan(const std::vector<TChange>& changes, const TSchema& reference,
                                      const TSchema& target);
 

@@ -81,6 +81,7 @@ class TAlteration {
   TElement ReadElement(std::size_t first, std::size_t last) const;
   TColumnClause ReadColumn(const TClause& clause) const;
   void DropElement(TTokens clause);
+  void SetKeyUse(TTokens clause);
   void SetOptions();
   void DropColumns();
   void DropColumnFromKeys(const std::string& name);
@@ -149,6 +150,10 @@ void TAlteration::Read(const TClause& clause) {
     column_clauses_.push_back(ReadColumn(clause));
   } else if (Starts(tokens, {"add"})) {
     added_.push_back(ReadElement(clause.first + 1, clause.last));
+  } else if (Starts(tokens, {"alter", "index"})) {
+    SetKeyUse(tokens);
+  } else if (Starts(tokens, {"force"}) && tokens.size() == 1) {
+    return;
   } else if (Starts(tokens, {"remove", "partitioning"})) {
     table_.partitioning.clear();
   } else {
@@ -210,6 +215,18 @@ void TAlteration::DropElement(TTokens clause) {
     return;
   }
   Fail();
+}
+
+// alter index name visible, invisible, ignored, not ignored
+void TAlteration::SetKeyUse(TTokens clause) {
+  const std::string name = NameOf(TokenAt(clause, 2));
+  const auto key = std::find_if(others_.begin(), others_.end(), [&name](const TElement& element) {
+    return IsKey(element.kind) && SameText(element.name, name);
+  });
+  if (key == others_.end()) FailMissing("key", name);
+  key->text = SplitKeyUse(key->text).text;
+  const TToken& word = TokenAt(clause, 3);
+  if (!IsKeyword(word, "visible") && !IsKeyword(word, "not")) key->text += " " + std::string(word.text);
 }
 
 void TAlteration::SetOptions() {

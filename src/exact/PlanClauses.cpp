@@ -67,6 +67,11 @@ std::string Subject(const TChange& change) {
   }
 }
 
+void TAlter::Force() {
+  constexpr const char* kForce = "force";
+  if (std::find(clauses_.begin(), clauses_.end(), kForce) == clauses_.end()) Clause(kForce);
+}
+
 void TAlter::Serves(const TChange& change) {
   auto& ids = statement_.actions;
   if (std::find(ids.begin(), ids.end(), change.id) == ids.end()) ids.push_back(change.id);
@@ -84,15 +89,14 @@ void TAlter::MoveTo(std::vector<TPlanStatement>& plan) {
   statement_.text = "alter table " + QuotedName(table_);
   for (std::size_t i = 0; i < clauses_.size(); ++i) statement_.text += (i == 0 ? "" : ",") + (gap + clauses_[i]);
   if (!end_.empty()) statement_.text += gap + end_;
+  statement_.table = table_;
   plan.push_back(std::move(statement_));
 }
 
 // --- Columns
 
-namespace {
-
-// Servers do not turn a computed column into a stored one or back, nor some types into others: the column goes and
-// comes again, and its keys stay with it.
+// Servers do not turn a computed column into a stored one or back, nor some types into others. The column's keys stay
+// with it.
 bool IsReplaced(const TChange& change, const TTableWork& work) {
   if (change.action != saModifyColumn || change.moved_only || work.reference == nullptr) return false;
   const TColumnText from = ReadColumnText({EElement::Column, change.item, change.old_text}, *work.target);
@@ -100,6 +104,8 @@ bool IsReplaced(const TChange& change, const TTableWork& work) {
   const auto is_virtual = [](const TColumnText& column) { return column.generated && !column.stored; };
   return is_virtual(from) != is_virtual(to) || !Converts(from, to);
 }
+
+namespace {
 
 // The column clauses of one table. What is placed stands in the order of the reference, so that the column before it
 // is already there.
@@ -212,6 +218,20 @@ bool DisturbsKeys(const TChange& change, const TTableWork& work) {
   return from.type != to.type || from.arguments != to.arguments;
 }
 
+// A table in memory keeps the directions of its keys, but does not print them: another engine then would.
+bool BringsDirections(const TChange& change, const TTableWork& work) {
+  return SetsOption(change, "ENGINE") && EngineOf(*work.target) == "memory";
+}
+
+bool Disturbs(const TChange& change, const TElement& element, const TTableWork& work) {
+  const bool is_check = element.kind == EElement::Check;
+  if (!is_check && BringsDirections(change, work)) return true;
+  if (is_check ? !DisturbsChecks(change, work) : !DisturbsKeys(change, work)) return false;
+  const auto tokens = Tokens(element.text);
+  return std::any_of(tokens.begin(), tokens.end(),
+                     [&change](const TToken& token) { return IsName(token) && SameText(NameOf(token), change.item); });
+}
+
 // A key as columns that are dropped leave it; empty for one that goes with them.
 std::string RemainingText(TElement key, const TTableWork& work) {
   for (const TChange* change : work.changes) {
@@ -231,14 +251,9 @@ void RenewElements(const TTableWork& work, TAlter& alter) {
       return same_kind && SameText(change->item, element.name);
     };
     if (std::any_of(work.changes.begin(), work.changes.end(), changes)) continue;
-    const auto tokens = Tokens(element.text);
     bool renewed = false;
     for (const TChange* change : work.changes) {
-      if (is_check ? !DisturbsChecks(*change, work) : !DisturbsKeys(*change, work)) continue;
-      const auto reads = [change](const TToken& token) {
-        return IsName(token) && SameText(NameOf(token), change->item);
-      };
-      if (std::none_of(tokens.begin(), tokens.end(), reads)) continue;
+      if (!Disturbs(*change, element, work)) continue;
       alter.Serves(*change);
       renewed = true;
     }
@@ -246,6 +261,48 @@ void RenewElements(const TTableWork& work, TAlter& alter) {
     alter.Clause(DropText(element.kind, element.name));
     alter.Clause("add " + (is_check ? element.text : RemainingText(element, work)));
   }
+}
+
+// --- Keys and checks
+
+namespace {
+
+std::string BlockSize(const std::string& key_text) {
+  const auto tokens = Tokens(key_text);
+  for (std::size_t at = 0; at < tokens.size(); ++at) {
+    if (!IsKeyword(tokens[at], "key_block_size")) continue;
+    return std::string(TokenAt(tokens, TokenAt(tokens, at + 1).Is("=") ? at + 2 : at + 1).text);
+  }
+  return "";
+}
+
+TElement ElementOf(const TChange& change) { return {change.kind, change.item, change.old_text}; }
+
+bool IsDisturbed(const TElement& element, const TTableWork& work) {
+  return std::any_of(work.changes.begin(), work.changes.end(),
+                     [&](const TChange* change) { return Disturbs(*change, element, work); });
+}
+
+}  // namespace
+
+// Servers take a key that goes and comes again in one statement for the same one where only its use or block size
+// differs, and leave it as it was, unless the table is made anew. For the use alone there is a clause that costs
+// nothing.
+void ChangeElement(const TChange& change, const TTableWork& work, TAlter& alter) {
+  alter.Makes(change);
+  const bool is_new = change.old_text.empty();
+  if (IsKey(change.kind) && !is_new && !change.new_text.empty()) {
+    const TKeyUse had = SplitKeyUse(change.old_text);
+    const TKeyUse has = SplitKeyUse(change.new_text);
+    if (had.text == has.text && had.word != has.word && !IsDisturbed(ElementOf(change), work)) {
+      const std::string used = had.word == "ignored" ? "not ignored" : "visible";
+      alter.Clause("alter index " + QuotedName(change.item) + " " + (has.word.empty() ? used : has.word));
+      return;
+    }
+    if (had.word != has.word || BlockSize(had.text) != BlockSize(has.text)) alter.Force();
+  }
+  if (!is_new) alter.Clause(DropText(change.kind, change.item));
+  if (!change.new_text.empty()) alter.Clause("add " + change.new_text);
 }
 
 // --- Options
@@ -257,12 +314,9 @@ bool IsOptionsChange(const TChange& change) { return change.action == saChangeTa
 // leaves the engine or partitions the table.
 constexpr std::string_view kOutlivesEngine = "PAGE_CHECKSUM";
 
-bool IsPartitioning(const TChange* change) { return IsPartitionChange(*change) && !change->new_text.empty(); }
-
 bool NamesOnLeaving(const TTableWork& work) {
   return EngineOf(*work.target) == "aria" && work.target->FindOption(kOutlivesEngine) == nullptr &&
-         std::any_of(work.changes.begin(), work.changes.end(),
-                     [](const TChange* change) { return IsPartitionChange(*change) && change->new_text.empty(); });
+         RemovesPartitioning(work);
 }
 
 }  // namespace
@@ -275,7 +329,8 @@ void SetOptions(const TTableWork& work, TAlter& alter, TAlter& later) {
   for (const TChange* change : work.changes) {
     if (!IsOptionsChange(*change)) continue;
     const bool leaves = SetsOption(*change, "ENGINE");
-    const bool partitions = std::any_of(work.changes.begin(), work.changes.end(), IsPartitioning);
+    const TChange* partitioning = PartitionChange(work);
+    const bool partitions = partitioning != nullptr && !partitioning->new_text.empty();
     if (leaves && NamesOnLeaving(work)) set_later(*change, {std::string(kOutlivesEngine), "DEFAULT"});
     std::string options;
     for (const auto& option : change->options) {

@@ -40,6 +40,8 @@ class TAlter {
   explicit TAlter(std::string table) : table_(std::move(table)) {}
 
   void Clause(std::string text) { clauses_.push_back(std::move(text)); }
+  // For all clauses together, once.
+  void Force();
   void AtEnd(std::string text) { end_ = std::move(text); }
   void Serves(const TChange& change);
   // For the statement that does what the change is about, as against those that clear its way.
@@ -53,6 +55,23 @@ class TAlter {
   std::string end_;
   TPlanStatement statement_;
 };
+
+// Whether the column goes and comes again, as what the change makes of it cannot be made of it in place.
+bool IsReplaced(const TChange& change, const TTableWork& work);
+
+// The clauses for a key, check or period.
+void ChangeElement(const TChange& change, const TTableWork& work, TAlter& alter);
+
+// The change of the table's partitioning; null for none.
+const TChange* PartitionChange(const TTableWork& work);
+// The changes that let go of columns by which the table is partitioned. Not every server looks at what its partitioning
+// becomes in the same statement. A column that is dropped under partitioning that stays is refused, and nothing is
+// done.
+std::vector<const TChange*> PartitionsDisturbed(const TTableWork& work);
+// Whether it is taken away in a statement before the others, for good or not.
+bool RemovesPartitioning(const TTableWork& work);
+// The end of the statement for everything else.
+void SetPartitioning(const TTableWork& work, TAlter& alter);
 
 // Whether a foreign key on the column has to be away for the change. Servers take new defaults and comments as it is.
 bool DisturbsForeignKeys(const TChange& change, const TTableWork& work);

@@ -35,6 +35,7 @@ constexpr char kZeros[] = "%s to %s: values are filled up with zero bytes";
 constexpr char kMembers[] = "%s to %s: members are taken away or change their order";
 constexpr char kFamily[] = "%s to %s: values may change";
 constexpr char kReplaced[] = "%s to %s: values are not kept";
+constexpr char kUnprinted[] = "a ? in its %s may stand for a letter that the server does not print";
 constexpr char kLetters[] = "%s to %s: letters may be lost";
 
 // --- What is known of types, a row each
@@ -193,10 +194,11 @@ const char* IntegerToInteger(const TColumnText& from, const TColumnText& to) {
   return IsUnsigned(from) && had < has ? nullptr : kRange;
 }
 
+// Of a float servers show six digits.
 const char* ToFloating(const TColumnText& from, const TColumnText& to) {
   if (IsUnsigned(to) && !IsUnsigned(from)) return kRange;
   if (IsInteger(from)) {
-    const long long exact_bytes = IsDouble(to) ? 4 : 3;
+    const long long exact_bytes = IsDouble(to) ? 4 : 2;
     if (Find(kIntegers, from.type)->bytes > exact_bytes) return kDigits;
     return !HasFixedDigits(to) || IntegerDigits(from) <= DecimalWhole(to) ? nullptr : kRange;
   }
@@ -353,18 +355,59 @@ std::string UnsafeColumnChange(const TElement& from, const TTableText& target, c
   return reasons;
 }
 
+namespace {
+
+// Of letters of four bytes servers print "?" in defaults and members, which would be written.
+std::string UnprintedLetters(const TElement& column, const TTableText& table) {
+  if (column.text.find('?') == std::string::npos) return {};
+  const TColumnText text = ReadColumnText(column, table);
+  const std::string& charset = text.charset.charset;
+  if (!text.HasLetters() || !(charset.empty() || HoldsAllLetters(charset))) return {};
+  const auto has = [](const std::string& value) { return value.find('?') != std::string::npos; };
+  std::string reasons;
+  if (IsMembers(text) && std::any_of(text.arguments.begin(), text.arguments.end(), has))
+    AddReason(reasons, Format(kUnprinted, "members"));
+  // Defaults of long texts are expressions, which are printed whole.
+  const bool literal = text.default_text && text.default_text->starts_with('\'') && Find(kTexts, text.type) == nullptr;
+  if (literal && has(*text.default_text)) AddReason(reasons, Format(kUnprinted, "default"));
+  return reasons;
+}
+
+std::string UnsafeNewTable(const TTableText& table) {
+  std::string reasons;
+  for (const TElement& element : table.elements) {
+    if (element.kind != EElement::Column) continue;
+    const std::string reason = UnprintedLetters(element, table);
+    if (!reason.empty()) AddReason(reasons, "column " + element.name + ": " + reason);
+  }
+  return reasons;
+}
+
+std::string UnsafeModify(const TChange& change, const TTableText& target, const TTableText& reference) {
+  const TElement* from = target.Find(EElement::Column, change.item);
+  const TElement* to = reference.Find(EElement::Column, change.item);
+  if (from == nullptr || to == nullptr) return {};
+  std::string reasons = change.moved_only ? "" : UnsafeColumnChange(*from, target, *to, reference);
+  AddReason(reasons, UnprintedLetters(*to, reference));
+  return reasons;
+}
+
+}  // namespace
+
 std::string UnsafeChange(const TChange& change, const TTableText& target, const TTableText& reference) {
   switch (change.action) {
     case saDropTable:
       return kDropsTable;
     case saDropColumn:
       return kDropsColumn;
-    case saModifyColumn: {
-      const TElement* from = target.Find(EElement::Column, change.item);
-      const TElement* to = reference.Find(EElement::Column, change.item);
-      if (change.moved_only || from == nullptr || to == nullptr) return {};
-      return UnsafeColumnChange(*from, target, *to, reference);
+    case saCreateTable:
+      return UnsafeNewTable(reference);
+    case saAddColumn: {
+      const TElement* column = reference.Find(EElement::Column, change.item);
+      return column == nullptr ? std::string() : UnprintedLetters(*column, reference);
     }
+    case saModifyColumn:
+      return UnsafeModify(change, target, reference);
     case saDropKey:
     case saModifyKey:
       return UnsafeKeyChange(change, target, reference);

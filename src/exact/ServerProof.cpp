@@ -16,6 +16,7 @@ namespace {
 
 constexpr char kNoTarget[] = "There is no connected target to verify on";
 constexpr char kChecksOff[] = "set foreign_key_checks = 0";
+constexpr char kNotMade[] = "Verifying on the server: table %s cannot be made a second time: %s";
 constexpr char kRefused[] = "Verifying on the server: statement %d of %d fails: %s";
 constexpr char kLeftBehind[] = "The scratch database %s could not be removed: %s";
 
@@ -88,6 +89,16 @@ class TScratch {
   bool made_ = false;
 };
 
+// An error of the server says what it is about.
+template <class Message>
+void RunNamed(TScratch& scratch, const std::string& statement, Message message) {
+  try {
+    scratch.Run(statement);
+  } catch (const EMySqlException& error) {
+    RaiseError(message(error.what()));
+  }
+}
+
 }  // namespace
 
 int TExactSync::VerifyOnServer() {
@@ -102,15 +113,12 @@ int TExactSync::VerifyOnServer() {
         scratch.Create();
         for (const auto& [table, text] : read_.target.texts) {
           progress_.StepTotal();
-          scratch.Run(text);
+          RunNamed(scratch, text, [&](const char* error) { return Format(kNotMade, table, error); });
         }
         for (std::size_t i = 0; i < plan.size(); ++i) {
           progress_.StepTotal();
-          try {
-            scratch.Run(plan[i].text);
-          } catch (const EMySqlException& error) {
-            RaiseError(Format(kRefused, i + 1, plan.size(), error.what()));
-          }
+          RunNamed(scratch, plan[i].text,
+                   [&](const char* error) { return Format(kRefused, i + 1, plan.size(), error); });
         }
         after = scratch.Read();
       },

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "exact/ElementText.h"
 #include "exact/KeyText.h"
 #include "exact/Lexer.h"
 #include "exact/TableOptions.h"
@@ -149,7 +150,9 @@ void TTableReader::ReadElement() {
   std::optional<TElementHead> head = ReadElementHead(element);
   if (!head) Fail("a column, key or constraint");
   CheckElement(*head, element);
-  table_.elements.push_back({head->kind, std::move(head->name), TextOf(text_, tokens_, at_, end)});
+  std::string text = TextOf(text_, tokens_, at_, end);
+  if (head->kind == EElement::Column) text = WithHexDefault(std::move(text));
+  table_.elements.push_back({head->kind, std::move(head->name), std::move(text)});
   at_ = end;
 }
 

@@ -148,6 +148,48 @@ TEST(PlanTest, StatementsInTheOrderThatServersTake) {
        {"t (`a` int)"},
        {"t (`a` int, `b` int) PARTITION BY HASH (`b`)"},
        "alter table `t` remove partitioning -- 2\nalter table `t` drop column `b` -- 1\n"},
+      {"where columns go that the table was partitioned by, before it is partitioned by others",
+       {"t (`a` int) PARTITION BY HASH (`a`)", "u (`b` uuid) PARTITION BY KEY (`b`)"},
+       {"t (`a` int, `b` int) PARTITION BY HASH (`b`)", "u (`b` int) PARTITION BY KEY (`b`)"},
+       "alter table `t` remove partitioning -- 1 2\nalter table `u` remove partitioning -- 3\n"
+       "alter table `t`\n  drop column `b`\n  PARTITION BY HASH (`a`) -- 1 2\n"
+       "alter table `u`\n  drop column `b`,\n  add column `b` uuid first\n  PARTITION BY KEY (`b`) -- 3\n"},
+      {"the use of a key changes in place; with more of it the table is made anew, or nothing would change",
+       {"t (`a` int, KEY `i` (`a`) IGNORED, KEY `j` (`a`) /*!80000 INVISIBLE */, KEY `k` (`a`) COMMENT 'k', KEY `l` "
+        "(`a`), "
+        "KEY `m` (`a`), KEY `n` (`a`))"},
+       {"t (`a` int, KEY `i` (`a`), KEY `j` (`a`), KEY `k` (`a`) COMMENT 'k' IGNORED, KEY `l` (`a`) /*!80000 INVISIBLE "
+        "*/, "
+        "KEY `m` (`a`) COMMENT 'k' IGNORED, KEY `n` (`a`) KEY_BLOCK_SIZE=4)"},
+       "alter table `t`\n  alter index `i` ignored,\n  alter index `j` invisible,\n  alter index `k` not ignored,\n"
+       "  alter index `l` visible,\n  force,\n  drop key `m`,\n  add KEY `m` (`a`),\n  drop key `n`,\n"
+       "  add KEY `n` (`a`) -- 1 2 3 4 5 6\n"},
+      {"defaults of bytes are written as such",
+       {"t (`a` varbinary(9) DEFAULT '\xff\\0''', `b` varbinary(9) DEFAULT '\\0x', `c` varchar(9) DEFAULT 'é')"},
+       {"t (`b` varbinary(9) DEFAULT '\\0x')"},
+       "alter table `t`\n  add column `a` varbinary(9) DEFAULT x'ff0027' first,\n"
+       "  add column `c` varchar(9) DEFAULT 'é' after `b` -- 1 2\n"},
+      {"but not of a key that has to come anew",
+       {"t (`a` uuid, KEY `i` (`a`) IGNORED)"},
+       {"t (`a` int, KEY `i` (`a`))"},
+       "alter table `t`\n  drop column `a`,\n  add column `a` uuid first,\n  force,\n  drop key `i`,\n"
+       "  add KEY `i` (`a`) IGNORED -- 1 2\n"},
+      {"a method that is usual for one engine only",
+       {"t (`a` int, KEY `k` (`a`)) ENGINE=MEMORY"},
+       {"t (`a` int, KEY `k` (`a`) USING BTREE) ENGINE=InnoDB"},
+       "alter table `t`\n  ENGINE=MEMORY,\n  drop key `k`,\n  add KEY `k` (`a`) -- 1 2\n"},
+      {"keys come along from memory without directions that nobody saw",
+       {"t (`a` int, `b` int, PRIMARY KEY (`a`), KEY `k` (`b`)) ENGINE=Aria"},
+       {"t (`a` int, `b` int, PRIMARY KEY (`a`), KEY `k` (`b`)) ENGINE=MEMORY"},
+       "alter table `t`\n  ENGINE=Aria,\n  drop primary key,\n  add PRIMARY KEY (`a`),\n  drop key `k`,\n"
+       "  add KEY `k` (`b`) -- 1\n"},
+      {"a check's name is free before another table gets it, as where names are those of a database",
+       {"a (`x` int, CONSTRAINT `c` CHECK (`x` > 1))", "b (`x` int, CONSTRAINT `D` CHECK (`x` > 2))"},
+       {"a (`x` int, CONSTRAINT `d` CHECK (`x` > 1), CONSTRAINT `e` CHECK (`x` > 1))",
+        "b (`x` int, CONSTRAINT `C` CHECK (`x` > 2))"},
+       "alter table `a` drop constraint `d` -- 1\nalter table `b` drop constraint `C` -- 4\n"
+       "alter table `a`\n  drop constraint `e`,\n  add CONSTRAINT `c` CHECK (`x` > 1) -- 2 3\n"
+       "alter table `b` add CONSTRAINT `D` CHECK (`x` > 2) -- 5\n"},
       {"a virtual column is replaced, its key stays",
        {"t (`a` int, `g` int, `h` int, KEY `k` (`g`))"},
        {"t (`a` int, `g` int GENERATED ALWAYS AS (`a`) VIRTUAL, `h` int, KEY `k` (`g`))"},

@@ -31,11 +31,7 @@ void ForEachReferring(TSchemaModel& schema, const std::string& table, const std:
 
 // Half of the time the columns that refer to it go along.
 void TSchemaGenerator::Retype(TSchemaModel& schema, TTableModel& table, TColumnModel& column) {
-  // A server does not take a column away while it drops another one that was computed of it, if it comes again in the
-  // same statement; only types that do not convert make it come again.
-  const bool is_base = std::any_of(table.columns.begin(), table.columns.end(),
-                                   [&](const TColumnModel& other) { return other.base == column.name; });
-  column.type = is_base || random_.Chance(70) ? TypeOf(column.type.family, random_) : AnyType(random_);
+  column.type = random_.Chance(70) ? TypeOf(column.type.family, random_) : AnyType(random_);
   column.default_value.clear();
   column.check.clear();
   column.auto_increment = false;
@@ -127,6 +123,8 @@ void TSchemaGenerator::MutateColumn(TSchemaModel& schema, TTableModel& table) {
 }
 
 void TSchemaGenerator::MutateKey(TTableModel& table) {
+  static const std::vector<std::string> kOptions = {" comment 'new; ''key'''", " ignored", " key_block_size=4",
+                                                    " ignored comment 'k'"};
   if (table.keys.empty()) return;
   TKeyModel& key = random_.Pick(table.keys);
   switch (random_.Below(4)) {
@@ -145,7 +143,7 @@ void TSchemaGenerator::MutateKey(TTableModel& table) {
       std::reverse(key.parts.begin(), key.parts.end());
       break;
     default:
-      key.options = key.options.empty() ? " comment 'new; ''key'''" : "";
+      key.options = key.options.empty() ? random_.Pick(kOptions) : "";
   }
 }
 

@@ -49,6 +49,17 @@ void RepairGenerated(TTableModel& table) {
                 [&](const TColumnModel& column) { return column.Generated() && (none || !HasBase(before, column)); });
 }
 
+bool HoldsAllLetters(const std::string& charset) { return charset.find("utf8mb4") != std::string::npos; }
+
+void ReplaceSmile(TColumnModel& column) {
+  const std::string smile = "😀";
+  for (std::string* text : {&column.type.text, &column.type.samples[0], &column.type.samples[1],
+                            &column.type.defaults[0], &column.type.defaults[1], &column.default_value}) {
+    const std::size_t at = text->find(smile);
+    if (at != std::string::npos) text->replace(at, smile.size(), "smile");
+  }
+}
+
 void RepairColumns(TTableModel& table) {
   RepairGenerated(table);
   bool counts = false;
@@ -58,6 +69,8 @@ void RepairColumns(TTableModel& table) {
       column.default_value.clear();
       column.check.clear();
     }
+    // Not every character set has it. Servers print it as "?", and "show create table" is all that is compared.
+    if (column.type.family == EFamily::Members && !HoldsAllLetters(table.CharsetOf(column))) ReplaceSmile(column);
     if (column.type.family == EFamily::Whole) column.auto_increment = column.auto_increment && !counts;
     if (column.auto_increment) {
       counts = column.not_null = true;

@@ -73,7 +73,6 @@ const TTexts& LetterDefaults() {
   return kDefaults;
 }
 
-// Letters beyond those that a server keeps three bytes for are left out: "show create table" prints them as "?".
 TTypeModel WithLetters(TTypeModel type, TRandom& r) {
   type.charset = AnyCharset(r);
   type.samples = {"''", Format("repeat('w', %d)", type.length)};
@@ -81,7 +80,7 @@ TTypeModel WithLetters(TTypeModel type, TRandom& r) {
   if (type.length < 40) type.defaults = {"''", "'x'", "','", "(char(65))", "''''", "'\\\\'"};
   // Defaults of long columns are expressions, kept in the character set of the table.
   const bool unicode = type.charset.find("utf8mb4") != std::string::npos && type.family == EFamily::Letters;
-  if (unicode) type.defaults.insert(type.defaults.end(), {"'é'", "'Ж'"});
+  if (unicode) type.defaults.insert(type.defaults.end(), {"'é'", "'Ж'", "'😀'"});
   return type;
 }
 
@@ -115,7 +114,7 @@ TTypeModel Bytes(TRandom& r) {
           length,
           false,
           {"''", Format("repeat(x'ff', %d)", length)},
-          {"''", "'x'", "x'41'", "(unhex('42'))"}};
+          {"''", "'x'", "x'41'", "(unhex('42'))", "x'ff'"}};
 }
 
 TTypeModel LongBytes(TRandom& r) {
@@ -127,7 +126,8 @@ TTypeModel LongBytes(TRandom& r) {
 }
 
 TTypeModel Members(TRandom& r) {
-  static const TTexts kMembers = {"'x'", "'it''s'", "'a b'", "'semi;'", "'(p)'", "'`t`'", "'\"q\"'", "'\\\\s'", "'z'"};
+  static const TTexts kMembers = {"'x'",   "'it''s'", "'a b'",   "'semi;'", "'(p)'",
+                                  "'`t`'", "'\"q\"'", "'\\\\s'", "'😀'",     "'z'"};
   const std::size_t first = r.Below(4);
   const std::size_t last = first + 2 + r.Below(kMembers.size() - first - 2);
   std::string list = kMembers[first];

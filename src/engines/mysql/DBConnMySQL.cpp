@@ -341,8 +341,11 @@ void TDBConnMySQL::ShowCreateTable(const std::string& table, std::string& ddl) {
     if (row.size() < 2) throw EListError(1);
     text = VarToText(std::move(row[1]));
   }
-  meta().GotoTable(table);
-  meta().tTables.Amend().cached_ddl = text;
+  // Who compares without loss keeps the texts: another copy of each would only take memory.
+  if (!exact_texts_) {
+    meta().GotoTable(table);
+    meta().tTables.Amend().cached_ddl = text;
+  }
   ddl = std::move(text);
 }
 

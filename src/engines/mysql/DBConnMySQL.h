@@ -25,6 +25,7 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   const std::string& server() const { return server_; }  // empty means the local server
   int port() const { return port_; }
   const std::string& database() const { return database_; }
+  std::string TextsDatabase() const override { return database_; }
   const std::string& username() const { return username_; }
   const std::string& password() const { return password_; }
 
