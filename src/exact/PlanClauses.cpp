@@ -185,6 +185,12 @@ void TColumnClauses::AddTo(TAlter& alter) const {
   }
 }
 
+// Servers print "?" for letters of four bytes, so that members which look the same may be others.
+bool MayHaveOtherMembers(const TColumnText& column) {
+  return std::any_of(column.arguments.begin(), column.arguments.end(),
+                     [](const std::string& member) { return member.find('?') != std::string::npos; });
+}
+
 }  // namespace
 
 bool DisturbsForeignKeys(const TChange& change, const TTableWork& work) {
@@ -193,7 +199,8 @@ bool DisturbsForeignKeys(const TChange& change, const TTableWork& work) {
   const TColumnText to = ReadColumnText({EElement::Column, change.item, change.new_text}, *work.reference);
   return from.type != to.type || from.arguments != to.arguments || from.is_unsigned != to.is_unsigned ||
          from.zerofill != to.zerofill || from.not_null != to.not_null || from.auto_increment != to.auto_increment ||
-         from.charset != to.charset || from.generated != to.generated || from.stored != to.stored;
+         from.charset != to.charset || from.generated != to.generated || from.stored != to.stored ||
+         MayHaveOtherMembers(to);
 }
 
 void AddColumnClauses(const TTableWork& work, TAlter& alter) { TColumnClauses(work).AddTo(alter); }

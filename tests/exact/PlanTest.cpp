@@ -97,6 +97,11 @@ TEST(PlanTest, StatementsInTheOrderThatServersTake) {
        {"c (`q` int, `p` int DEFAULT 1 COMMENT 'x', CONSTRAINT `f` FOREIGN KEY (`p`) REFERENCES `p` (`id`))"},
        {"c (`p` int, `q` int, CONSTRAINT `f` FOREIGN KEY (`p`) REFERENCES `p` (`id`))"},
        nullptr},
+      {"but for one whose members may be others than those that are printed",
+       {"c (`p` enum('a','?') COMMENT 'x', CONSTRAINT `f` FOREIGN KEY (`p`) REFERENCES `p` (`id`))"},
+       {"c (`p` enum('a','?'), CONSTRAINT `f` FOREIGN KEY (`p`) REFERENCES `p` (`id`))"},
+       "alter table `c` drop foreign key `f` -- 1\nalter table `c` modify column `p` enum('a','?') COMMENT 'x' -- 1\n"
+       "alter table `c` add CONSTRAINT `f` FOREIGN KEY (`p`) REFERENCES `p` (`id`) -- 1\n"},
       {"another engine takes no foreign key along, not even to itself",
        {"c (`p` int, CONSTRAINT `f` FOREIGN KEY (`p`) REFERENCES `c` (`p`)) ENGINE=X"},
        {"c (`p` int, CONSTRAINT `f` FOREIGN KEY (`p`) REFERENCES `c` (`p`)) ENGINE=Y"},

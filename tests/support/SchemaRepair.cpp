@@ -71,6 +71,11 @@ void RepairColumns(TTableModel& table) {
     }
     // Not every character set has it. Servers print it as "?", and "show create table" is all that is compared.
     if (column.type.family == EFamily::Members && !HoldsAllLetters(table.CharsetOf(column))) ReplaceSmile(column);
+    const auto is_special = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
+    const std::string& standard = column.default_value;
+    if (column.type.family == EFamily::Letters && !HoldsAllLetters(table.CharsetOf(column)) &&
+        std::any_of(standard.begin(), standard.end(), is_special))
+      column.default_value = "'x'";
     if (column.type.family == EFamily::Whole) column.auto_increment = column.auto_increment && !counts;
     if (column.auto_increment) {
       counts = column.not_null = true;
@@ -115,6 +120,8 @@ bool Fits(const TTableModel& table, const TKeyModel& key, const TKeyPartModel& p
       return type.family == EFamily::Shape && column->not_null;
     default:
       if (column->Generated() && (key.Unique() || table.engine == "Aria")) return false;
+      // MariaDB 10.11 takes different bits for the same in such a key when bits of another column stand before them.
+      if (type.family == EFamily::Bit && key.Unique() && table.engine == "Aria") return false;
       if (key.kind == EKeyModel::Primary && !column->not_null) return false;
       return type.InKeys() || type.TakesPrefix();
   }
