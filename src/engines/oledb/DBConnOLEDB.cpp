@@ -103,44 +103,15 @@ void TDBConnOLEDB::QuoteClose(std::string& text) { text = "]"; }
 
 void TDBConnOLEDB::GetColumnTypes(TColumnTypeInfoArray& table) { table = OLEDBColumnTypes(); }
 
+// As everywhere but for bytes, which are hexadecimal, for dates, none of which is taken for an empty one, and for
+// GUIDs, which have no literal.
 void TDBConnOLEDB::FieldValParam(const TField& field, std::string& text) {
-  if (VarIsNull(field.value)) {
-    text = "NULL";
-    return;
-  }
+  if (VarIsNull(field.value)) return TDBConn::FieldValParam(field, text);
   switch (field.def.kind) {
-    case EFieldKind::String:
-    case EFieldKind::Memo:
-    case EFieldKind::Graphic:
-    case EFieldKind::FmtMemo:
-    case EFieldKind::FixedChar:
-    case EFieldKind::WideString: {
-      std::string escaped;
-      EscapeString(VarToText(field.value), escaped);
-      text = "'" + escaped + "'";
-      return;
-    }
-    case EFieldKind::SmallInt:
-    case EFieldKind::Integer:
-    case EFieldKind::Word:
-    case EFieldKind::AutoInc:
-    case EFieldKind::LargeInt:
-      text = VarToText(field.value);
-      return;
-    case EFieldKind::Boolean:
-      text = VarToInt(field.value) != 0 ? "1" : "0";
-      return;
-    case EFieldKind::Float:
-    case EFieldKind::Currency:
-    case EFieldKind::Bcd:
-      text = FloatText(VarToFloat(field.value));
-      return;
     case EFieldKind::Date:
-    case EFieldKind::Time:
     case EFieldKind::DateTime:
     case EFieldKind::TimeStamp:
-      DateTimeLiteral(VarToFloat(field.value), text);
-      return;
+      return DateTimeLiteral(VarToFloat(field.value), text);
     case EFieldKind::Bytes:
     case EFieldKind::VarBytes:
     case EFieldKind::Blob:
@@ -150,9 +121,10 @@ void TDBConnOLEDB::FieldValParam(const TField& field, std::string& text) {
       return;
     case EFieldKind::Guid:
     case EFieldKind::Other:
-      break;
+      RaiseError(kUnsupportedField + field.def.name);
+    default:
+      TDBConn::FieldValParam(field, text);
   }
-  RaiseError(kUnsupportedField + field.def.name);
 }
 
 bool TDBConnOLEDB::HasKeyOfOneColumn(const std::string& table) {
