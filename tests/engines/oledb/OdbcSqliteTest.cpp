@@ -7,6 +7,7 @@
 
 #include "engines/oledb/DBConnODBC.h"
 #include "engines/oledb/OdbcProvider.h"
+#include "engines/oledb/SchemaTexts.h"
 #include "support/MessageOf.h"
 #include "support/MetaDump.h"
 #include "support/OdbcSources.h"
@@ -31,16 +32,8 @@ std::string TextOf(const TOLEDBColumnRow& c) {
          (c.COLUMN_DEFAULT ? " default " + *c.COLUMN_DEFAULT : "");
 }
 
-std::string TextOf(const TOLEDBIndexRow& i) {
-  return i.INDEX_NAME + "." + std::to_string(i.ORDINAL_POSITION) + " " + i.COLUMN_NAME +
-         (i.PRIMARY_KEY ? " primary" : "") + (i.UNIQUE ? " unique" : "");
-}
-
-template <class Row>
-std::vector<std::string> TextsOf(const std::vector<Row>& rows) {
-  std::vector<std::string> texts;
-  for (const Row& row : rows) texts.push_back(TextOf(row));
-  return texts;
+std::vector<std::string> ColumnTexts(const std::vector<TOLEDBColumnRow>& rows) {
+  return testing::TextsOf(rows, TextOf);
 }
 
 class OdbcSqliteTest : public ::testing::Test {
@@ -82,18 +75,18 @@ TEST_F(OdbcSqliteTest, Catalog) {
   for (const TOLEDBTableRow& row : provider_->Tables()) tables.push_back(row.TABLE_NAME + " " + row.TABLE_TYPE);
   EXPECT_THAT(tables, UnorderedElementsAre("a_b TABLE", "aXb TABLE", "items TABLE", "sqlite_sequence TABLE",
                                            std::string(kOddTable) + " TABLE", "v VIEW"));
-  EXPECT_THAT(TextsOf(provider_->Columns("a_b")), ElementsAre("x 3/16 0", "y 3/16 0")) << "and none of aXb";
-  EXPECT_THAT(TextsOf(provider_->Columns("items")),
+  EXPECT_THAT(ColumnTexts(provider_->Columns("a_b")), ElementsAre("x 3/16 0", "y 3/16 0")) << "and none of aXb";
+  EXPECT_THAT(ColumnTexts(provider_->Columns("items")),
               ElementsAre("id 3/16 0", "name 129/0 40 not null default x", "c 129/0 5", "price 129/0 2", "big 21/16 0",
                           "small 18/16 0", "t 129/128 0", "b 128/16 0", "d 133/16 0", "tm 134/16 0", "ts 135/16 0",
                           "f 5/16 0", "bo 11/16 0", "ti 16/16 0"));
-  EXPECT_THAT(TextsOf(provider_->Columns(kOddTable)), ElementsAre("spalte ü 3/16 0", "b 129/128 0"));
+  EXPECT_THAT(ColumnTexts(provider_->Columns(kOddTable)), ElementsAre("spalte ü 3/16 0", "b 129/128 0"));
   EXPECT_THAT(provider_->Columns("nope"), IsEmpty());
-  EXPECT_THAT(TextsOf(provider_->Indexes("a_b")),
+  EXPECT_THAT(testing::IndexTexts(provider_->Indexes("a_b")),
               ElementsAre("sqlite_autoindex_a_b_1.1 y primary unique", "sqlite_autoindex_a_b_1.2 x primary unique"));
-  EXPECT_THAT(TextsOf(provider_->Indexes("items")),
+  EXPECT_THAT(testing::IndexTexts(provider_->Indexes("items")),
               ElementsAre("sqlite_autoindex_0.1 id primary unique", "n1.1 name", "n1.2 c"));
-  EXPECT_THAT(TextsOf(provider_->Indexes(kOddTable)),
+  EXPECT_THAT(testing::IndexTexts(provider_->Indexes(kOddTable)),
               ElementsAre("sqlite_autoindex_" + std::string(kOddTable) + "_1.1 b primary unique"))
       << "the driver takes a unique column for the key where there is none";
 }

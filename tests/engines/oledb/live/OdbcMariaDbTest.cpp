@@ -5,6 +5,7 @@
 
 #include "engines/oledb/DBConnODBC.h"
 #include "engines/oledb/OdbcProvider.h"
+#include "engines/oledb/SchemaTexts.h"
 #include "support/LiveDatabase.h"
 #include "support/MessageOf.h"
 #include "support/MetaDump.h"
@@ -33,16 +34,8 @@ std::string TextOf(const TOLEDBColumnRow& c) {
          (c.IS_NULLABLE ? "" : " not null") + (c.COLUMN_DEFAULT ? " default " + *c.COLUMN_DEFAULT : "");
 }
 
-std::string TextOf(const TOLEDBIndexRow& i) {
-  return i.INDEX_NAME + "." + std::to_string(i.ORDINAL_POSITION) + " " + i.COLUMN_NAME +
-         (i.PRIMARY_KEY ? " primary" : "") + (i.UNIQUE ? " unique" : "");
-}
-
-template <class Row>
-std::vector<std::string> TextsOf(const std::vector<Row>& rows) {
-  std::vector<std::string> texts;
-  for (const Row& row : rows) texts.push_back(TextOf(row));
-  return texts;
+std::vector<std::string> ColumnTexts(const std::vector<TOLEDBColumnRow>& rows) {
+  return testing::TextsOf(rows, TextOf);
 }
 
 class OdbcMariaDbTest : public ::testing::Test {
@@ -97,8 +90,8 @@ TEST_F(OdbcMariaDbTest, Columns) {
       "da date, tm time, dt datetime, ts timestamp null, y year, bt bit(1), bits bit(9), e enum('a','b'), nn int "
       "null)");
   const auto provider = Opened();
-  EXPECT_THAT(TextsOf(provider->Columns("a_b")), ElementsAre("only_here 3/16 (10,0)"));
-  EXPECT_THAT(TextsOf(provider->Columns("t")),
+  EXPECT_THAT(ColumnTexts(provider->Columns("a_b")), ElementsAre("only_here 3/16 (10,0)"));
+  EXPECT_THAT(ColumnTexts(provider->Columns("t")),
               ElementsAre("id 19/16 (10,0)", "ti 16/16 (3,0)", "tu 17/16 (3,0)", "s 18/16 (5,0)", "b 21/16 (20,0)",
                           "bs 20/16 (19,0)", "m 3/16 (7,0)", "d 131/16 (12,3) not null default 1.500", "r 4/16 (7,0)",
                           "f 5/16 (15,0)", "c 130/16 5", "v 130/0 40 default 'x'", "t 130/128 65535",
@@ -113,8 +106,9 @@ TEST_F(OdbcMariaDbTest, Keys) {
   database_.Run("create table t(y int, x int, u varchar(10) unique, primary key(x, y), key n(u, x))");
   database_.Run("create table none(a int)");
   const auto provider = Opened();
-  EXPECT_THAT(TextsOf(provider->Indexes("t")), ElementsAre("PRIMARY.1 x primary unique", "PRIMARY.2 y primary unique",
-                                                           "u.1 u unique", "n.1 u", "n.2 x"));
+  EXPECT_THAT(
+      testing::IndexTexts(provider->Indexes("t")),
+      ElementsAre("PRIMARY.1 x primary unique", "PRIMARY.2 y primary unique", "u.1 u unique", "n.1 u", "n.2 x"));
   EXPECT_THAT(provider->Indexes("none"), IsEmpty());
 }
 
@@ -124,14 +118,15 @@ TEST_F(OdbcMariaDbTest, OddNames) {
     database_.Run("create table " + quoted + "(`spalte ``ü` int primary key)");
     database_.Run("insert into " + quoted + " values (7)");
     const auto provider = Opened();
-    EXPECT_EQ(MessageOf([&] {
-                EXPECT_EQ(TextsOf(provider->Columns(name)), TStringList({"spalte `ü 3/16 (10,0) not null"})) << name;
-                EXPECT_EQ(TextsOf(provider->Indexes(name)), TStringList({"PRIMARY.1 spalte `ü primary unique"}))
-                    << name;
-                const std::string sql = "select top 1 * from [" + std::string(name) + "] order by 1";
-                EXPECT_EQ(provider->Open(sql).rows, TRowsOfValues({{std::int64_t{7}}})) << name;
-              }),
-              "nothing raised")
+    EXPECT_EQ(
+        MessageOf([&] {
+          EXPECT_EQ(ColumnTexts(provider->Columns(name)), TStringList({"spalte `ü 3/16 (10,0) not null"})) << name;
+          EXPECT_EQ(testing::IndexTexts(provider->Indexes(name)), TStringList({"PRIMARY.1 spalte `ü primary unique"}))
+              << name;
+          const std::string sql = "select top 1 * from [" + std::string(name) + "] order by 1";
+          EXPECT_EQ(provider->Open(sql).rows, TRowsOfValues({{std::int64_t{7}}})) << name;
+        }),
+        "nothing raised")
         << name;
   }
 }
