@@ -3,7 +3,7 @@
 #include <set>
 #include <string>
 
-#include "support/SchemaModel.h"
+#include "converge/SchemaModel.h"
 
 namespace velmora::testing {
 

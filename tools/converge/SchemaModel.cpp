@@ -1,4 +1,4 @@
-#include "support/SchemaModel.h"
+#include "converge/SchemaModel.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "support/SchemaTypes.h"
+#include "converge/SchemaTypes.h"
 
 #include <array>
 

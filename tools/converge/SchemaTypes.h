@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/SchemaModel.h"
+#include "converge/SchemaModel.h"
 
 namespace velmora::testing {
 

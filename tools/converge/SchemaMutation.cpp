@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "support/SchemaGenerator.h"
-#include "support/SchemaTypes.h"
+#include "converge/SchemaGenerator.h"
+#include "converge/SchemaTypes.h"
 
 namespace velmora::testing {
 

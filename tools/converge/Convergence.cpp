@@ -1,4 +1,4 @@
-#include "support/Convergence.h"
+#include "converge/Convergence.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -6,9 +6,9 @@
 #include <set>
 
 #include "app/Application.h"
+#include "converge/SchemaGenerator.h"
 #include "exact/Lexer.h"
 #include "support/LiveDatabase.h"
-#include "support/SchemaGenerator.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"

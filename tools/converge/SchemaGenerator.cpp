@@ -1,9 +1,9 @@
-#include "support/SchemaGenerator.h"
+#include "converge/SchemaGenerator.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "support/SchemaTypes.h"
+#include "converge/SchemaTypes.h"
 #include "util/Format.h"
 
 namespace velmora::testing {

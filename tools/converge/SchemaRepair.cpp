@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <set>
 
-#include "support/SchemaGenerator.h"
-#include "support/SchemaTypes.h"
+#include "converge/SchemaGenerator.h"
+#include "converge/SchemaTypes.h"
 #include "util/Text.h"
 
 namespace velmora::testing {
