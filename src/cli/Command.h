@@ -11,6 +11,7 @@
 
 #include "app/Dialect.h"
 #include "cli/Console.h"
+#include "util/Counted.h"
 #include "util/Lists.h"
 
 namespace CLI {
@@ -36,9 +37,6 @@ class TCommand {
 };
 
 std::vector<std::unique_ptr<TCommand>> MakeCommands();
-
-// "1 table", "2 tables".
-std::string Counted(std::size_t count, const std::string& what);
 
 // An option that is one of a few words, case ignored; `choose` gets the number of the word.
 void DeclareChoice(CLI::App& app, const std::string& name, const TStringList& words, const std::string& help,

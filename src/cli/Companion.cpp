@@ -11,7 +11,6 @@
 #include "cli/Command.h"
 #include "cli/Commands.h"
 #include "util/Errors.h"
-#include "util/Format.h"
 #include "util/Version.h"
 
 namespace velmora {
@@ -67,10 +66,6 @@ std::vector<std::unique_ptr<TCommand>> MakeCommands() {
   commands.push_back(std::make_unique<TRowsCommand>());
   commands.push_back(std::make_unique<TTaskCommand>());
   return commands;
-}
-
-std::string Counted(std::size_t count, const std::string& what) {
-  return Format("%d %s%s", count, what, count == 1 ? "" : "s");
 }
 
 void DeclareChoice(CLI::App& app, const std::string& name, const TStringList& words, const std::string& help,

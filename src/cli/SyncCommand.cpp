@@ -1,8 +1,7 @@
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <ostream>
 
-#include "app/FaultHints.h"
+#include "app/RunTelling.h"
 #include "cli/Commands.h"
 #include "cli/ComparisonText.h"
 #include "cli/Interrupt.h"
@@ -11,8 +10,6 @@
 #include "engines/mysql/MyConnection.h"
 #include "util/Errors.h"
 #include "util/Format.h"
-#include "util/Lists.h"
-#include "util/Text.h"
 
 namespace velmora {
 
@@ -21,69 +18,6 @@ namespace {
 constexpr char kEnding[] =
     "\nCtrl+C ends the run behind the running statement, as SIGTERM and SIGHUP do; a second one breaks that statement "
     "off.\nEither way what the transaction still holds is rolled back, and the report says what is in force.\n";
-constexpr std::size_t kListedStatements = 20;
-constexpr std::size_t kShownChars = 120;
-
-std::string FirstLine(const std::string& statement) {
-  const TStringList lines = LinesOf(statement);
-  const std::string line = lines.empty() ? statement : Trim(lines.front());
-  std::string shown = CutChars(line, kShownChars);
-  std::replace_if(
-      shown.begin(), shown.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; }, '?');
-  return shown.size() < line.size() ? shown + "..." : shown;
-}
-
-// "line 3, column 1" of a place in the script, counting characters from 1.
-std::string PlaceIn(const std::string& script, std::size_t start) {
-  const std::string_view before = std::string_view(script).substr(0, start);
-  const std::size_t line_start = before.rfind('\n') == std::string_view::npos ? 0 : before.rfind('\n') + 1;
-  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
-  return Format("line %d, column %d", line, CharCount(before.substr(line_start)) + 1);
-}
-
-// What is in force of a run that did not reach its end.
-void TellWhatIsInForce(const TRunReport& report, TConsole& console) {
-  const std::size_t count = report.InForce();
-  const std::string ran = Format("%d of %d statements ran before it", report.executed, report.statements.size());
-  const bool unknown = report.CommitUnknown();
-  if (report.executed == 0) {
-    console.Error(report.lost ? "no statement ran before it" : "no statement ran before it: the target is as it was");
-    return;
-  }
-  if (count == 0) {
-    console.Error(ran + (unknown ? ", and whether they are in force is not known"
-                                 : " and were rolled back; tables without transactions keep what was done to them"));
-    return;
-  }
-  if (count < report.executed)
-    console.Error(ran + Format("; the first %d are in force, ", count) +
-                  (unknown ? "and whether the others are is not known" : "the others were rolled back"));
-  else
-    console.Error(ran + " and are in force: the server commits each change of structure at once, with all around it");
-  const std::size_t from = count > kListedStatements ? count - kListedStatements : 0;
-  if (from > 0) console.Error(Format("  (the first %d are not listed)", from));
-  for (std::size_t i = from; i < count; ++i)
-    console.Error(Format("  %d: %s", i + 1, FirstLine(report.statements[i].text)));
-}
-
-// Nothing is open where the connection was lost with nothing under way.
-std::string WhatLossLeavesOpen(const TRunReport& report, const std::string& hint) {
-  if (!hint.empty()) return ": " + hint;
-  if (report.failed) return ": whether that statement took effect is not known";
-  return report.committing ? ": whether the commit took effect is not known" : "";
-}
-
-void TellFailure(const TRunReport& report, const std::string& script, const std::string& error, const std::string& hint,
-                 TConsole& console) {
-  if (report.failed) {
-    const TScriptStatement& statement = report.statements[*report.failed];
-    console.Error(Format("statement %d of %d failed at %s: %s", *report.failed + 1, report.statements.size(),
-                         PlaceIn(script, statement.start), FirstLine(statement.text)));
-  }
-  console.Error(error);
-  if (report.lost) console.Error("the connection is lost" + WhatLossLeavesOpen(report, hint));
-  TellWhatIsInForce(report, console);
-}
 
 int RunOn(TPairRun& run, const std::string& script, TConsole& console) {
   TDBConn& target = *run.app().connections.target;
@@ -93,13 +27,11 @@ int RunOn(TPairRun& run, const std::string& script, TConsole& console) {
     run.app().RunScript(script);
   } catch (const EVelmora& error) {
     run.EndProgress();
-    const TRunReport& report = run.app().RunReport();
-    TellFailure(report, script, error.what(), PacketHint(target, report), console);
+    for (const std::string& line : FailureLines(target, run.app().RunReport(), script, error.what()))
+      console.Error(line);
     return kExitFailure;
   }
-  std::string name;
-  target.GetDisplayName(name);
-  console.out << Format("%s ran on %s.\n", Counted(run.app().RunReport().executed, "statement"), name);
+  console.out << SuccessLine(target, run.app().RunReport()) << '\n';
   return kExitSuccess;
 }
 

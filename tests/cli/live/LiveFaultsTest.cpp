@@ -210,7 +210,7 @@ TEST_F(CutRunTest, TellsWhereAndLeavesNothingBehind) {
     EXPECT_EQ(answer.status, 2);
     EXPECT_EQ(answer.out, "");
     EXPECT_THAT(answer.err, HasSubstr(std::string("velmora-cli: ") + kLost));
-    EXPECT_THAT(answer.err, HasSubstr("the connection is lost"));
+    EXPECT_THAT(answer.err, HasSubstr("the connection to the target "));
     EXPECT_THAT(answer.err, HasSubstr(c.told));
     EXPECT_TRUE(witness.NothingLeft());
     EXPECT_EQ(witness.Ask("select count(*) from t"), c.rows);
@@ -228,7 +228,7 @@ TEST_F(CutRunTest, AKilledServerHasNothingOfTheTransaction) {
     const TAnswer answer = RunScript(LiveSource("killed", relay.Port()), kTwoRows);
     EXPECT_EQ(answer.status, 2);
     EXPECT_THAT(answer.err, HasSubstr(kLost));
-    EXPECT_THAT(answer.err, HasSubstr("the connection is lost"));
+    EXPECT_THAT(answer.err, HasSubstr("the connection to the target "));
     Victim().Restart();
     TLiveDatabase witness("witness", Victim());
     EXPECT_EQ(testing::Answer(witness.Connection(), "select count(*) from killed.t"), "0") << at;

@@ -145,7 +145,7 @@ TEST_F(LiveInterruptTest, ASecondCtrlCEndsTheRunWhereTheServerCannotBeAsked) {
   const TAnswer answer = End();
   EXPECT_EQ(answer.status, 2);
   EXPECT_THAT(answer.err, HasSubstr("statement 2 of 2 failed"));
-  EXPECT_THAT(answer.err, HasSubstr("the connection is lost: whether that statement took effect is not known\n"));
+  EXPECT_THAT(answer.err, HasSubstr("is lost: whether that statement took effect is not known\n"));
   EXPECT_THAT(answer.err, HasSubstr("1 of 2 statements ran before it, and whether they are in force is not known\n"));
   database_.Connection().Rollback();
   WaitUntil("the server is done with it", [&] { return !Runs("alter table"); });
