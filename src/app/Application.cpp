@@ -1,8 +1,14 @@
 #include "app/Application.h"
 
+#include <set>
+
+#include "app/RunTelling.h"
 #include "core/CreationTexts.h"
 #include "core/Meta.h"
+#include "exact/Lexer.h"
+#include "exact/ScriptSafety.h"
 #include "util/Errors.h"
+#include "util/Format.h"
 
 namespace velmora {
 
@@ -13,6 +19,8 @@ std::string BuiltText(TDBConn* conn, const std::string& table) {
   if (conn != nullptr && conn->meta().FindTable(table)) conn->meta().BuildCreateTable(table, nullptr, text);
   return text;
 }
+
+std::string UnsafeLine(const TChange& change) { return change.table + ": " + change.LogText() + ": " + change.unsafe; }
 
 // What made the run fail matters more than an error of this.
 void RestoreChecks(TDBConn& target, const std::string& checks) {
@@ -70,8 +78,56 @@ TStringList TApplication::UnsafeActions() const {
   TStringList actions;
   if (!Exact()) return actions;
   for (const TChange& change : exact.Changes())
-    if (!change.unsafe.empty()) actions.push_back(change.table + ": " + change.LogText() + ": " + change.unsafe);
+    if (!change.unsafe.empty()) actions.push_back(UnsafeLine(change));
   return actions;
+}
+
+// A statement of the plan is told by the actions that it makes.
+TStringList TApplication::UnsafeStatements(const std::string& script) {
+  TStringList planned, others;
+  if (!Exact()) return planned;
+  const std::vector<TPlanStatement> plan = exact.Plan();
+  std::set<int> actions;
+  for (const TStatementRisk& risk :
+       ScriptRisks(script, plan, [this](const std::string& table) { return TargetStructure(table); })) {
+    std::size_t known = 0;  // the plan's own reasons come first
+    if (risk.planned != nullptr && !risk.planned->unsafe.empty()) {
+      actions.insert(risk.planned->actions.begin(), risk.planned->actions.end());
+      known = risk.planned->unsafe.size();
+    }
+    if (risk.reasons.size() == known) continue;
+    const TStringList reasons(risk.reasons.begin() + static_cast<std::ptrdiff_t>(known), risk.reasons.end());
+    others.push_back(
+        Format("line %d: %s: %s", LineOf(script, risk.start), ShownStatement(risk.text), JoinList(reasons, "; ")));
+  }
+  for (const TChange& change : exact.Changes())
+    if (!change.unsafe.empty() && actions.contains(change.id)) planned.push_back(UnsafeLine(change));
+  planned.insert(planned.end(), others.begin(), others.end());
+  return planned;
+}
+
+// As the target has the table now, if it can be asked.
+std::optional<std::string> TApplication::TargetStructure(const std::string& table) {
+  TDBConn* target = connections.target.get();
+  auto* texts = dynamic_cast<TCreationTexts*>(target);
+  std::string text = exact.TargetText(table);
+  if (texts != nullptr && target->GetConnected()) {
+    try {
+      texts->PrepareExactTexts();
+      texts->ShowCreateTable(table, text);
+    } catch (const EAbort&) {
+      throw;
+    } catch (const EVelmora&) {
+      return std::nullopt;
+    }
+  }
+  return text.empty() ? std::nullopt : std::optional(text);
+}
+
+bool TApplication::ReferenceIsEmpty() const {
+  TStringList tables;
+  if (connections.reference != nullptr) connections.reference->meta().TableNames(tables);
+  return tables.empty();
 }
 
 void TApplication::TableTexts(const std::string& table, std::string& reference, std::string& target) {

@@ -3,6 +3,7 @@
 // The open task and what a user can do with it, without windows: the windows and the companion both drive this.
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "app/Dialect.h"
@@ -48,6 +49,12 @@ class TApplication {
   bool TargetLost() const;
   // Why the actions that are left may lose data, "TABLE: ACTION: REASON" each; the standard dialect knows of none.
   TStringList UnsafeActions() const;
+  // The same of a script, whoever wrote it, by the text that would run: of statements of the plan the lines of
+  // UnsafeActions, of any other "line N: STATEMENT: REASONS". Nothing need have been compared; where a statement's cost
+  // hangs on a table's structure, a connected target is asked for it.
+  TStringList UnsafeStatements(const std::string& script);
+  // Whether the reference was read and has no table: a dump that failed, more often than a wish.
+  bool ReferenceIsEmpty() const;
   // The creation texts of a table: in the exact dialect as the servers print them, otherwise built of what was read.
   // Empty for a side without the table.
   void TableTexts(const std::string& table, std::string& reference, std::string& target);
@@ -64,6 +71,7 @@ class TApplication {
   bool Exact() const { return dialect == EDialect::Exact; }
   TScriptSplitter Splitter() const { return Exact() ? SplitExactScript : SplitScript; }
   void RunExactScript(const std::string& text);
+  std::optional<std::string> TargetStructure(const std::string& table);
 
   TScriptEditor& editor_;
   const TClock& clock_;

@@ -20,15 +20,6 @@ std::string NameOf(TDBConn& target) {
   return name;
 }
 
-std::string FirstLine(const std::string& statement) {
-  const TStringList lines = LinesOf(statement);
-  const std::string line = lines.empty() ? statement : Trim(lines.front());
-  std::string shown = CutChars(line, kShownChars);
-  std::replace_if(
-      shown.begin(), shown.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; }, '?');
-  return shown.size() < line.size() ? shown + "..." : shown;
-}
-
 // "line 3, column 1" of a place in the script, counting characters from 1.
 std::string PlaceIn(const std::string& script, std::size_t start) {
   const std::string_view before = std::string_view(script).substr(0, start);
@@ -68,7 +59,7 @@ void AddWhatIsInForce(const TRunReport& report, TStringList& lines) {
   const std::size_t from = count > kListedStatements ? count - kListedStatements : 0;
   if (from > 0) lines.push_back(Format("  (the first %d are not listed)", from));
   for (std::size_t i = from; i < count; ++i)
-    lines.push_back(Format("  %d: %s", i + 1, FirstLine(report.statements[i].text)));
+    lines.push_back(Format("  %d: %s", i + 1, ShownStatement(report.statements[i].text)));
 }
 
 }  // namespace
@@ -79,7 +70,7 @@ TStringList FailureLines(TDBConn& target, const TRunReport& report, const std::s
   if (report.failed) {
     const TScriptStatement& statement = report.statements[*report.failed];
     lines.push_back(Format("statement %d of %d failed at %s: %s", *report.failed + 1, report.statements.size(),
-                           PlaceIn(script, statement.start), FirstLine(statement.text)));
+                           PlaceIn(script, statement.start), ShownStatement(statement.text)));
   }
   lines.push_back(error);
   if (report.lost)
@@ -91,6 +82,15 @@ TStringList FailureLines(TDBConn& target, const TRunReport& report, const std::s
 
 std::string SuccessLine(TDBConn& target, const TRunReport& report) {
   return Format("%s ran on %s.", Counted(report.executed, "statement"), NameOf(target));
+}
+
+std::string ShownStatement(const std::string& statement) {
+  const TStringList lines = LinesOf(statement);
+  const std::string line = lines.empty() ? statement : Trim(lines.front());
+  std::string shown = CutChars(line, kShownChars);
+  std::replace_if(
+      shown.begin(), shown.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; }, '?');
+  return shown.size() < line.size() ? shown + "..." : shown;
 }
 
 }  // namespace velmora

@@ -19,4 +19,7 @@ TStringList FailureLines(TDBConn& target, const TRunReport& report, const std::s
 // A run that came to its end: "3 statements ran on NAME."
 std::string SuccessLine(TDBConn& target, const TRunReport& report);
 
+// A statement as messages show it: its first line, cut, control characters as "?".
+std::string ShownStatement(const std::string& statement);
+
 }  // namespace velmora
