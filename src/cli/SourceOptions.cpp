@@ -1,6 +1,8 @@
 #include "cli/SourceOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <cstddef>
+#include <iterator>
 
 #include "cli/Command.h"
 #include "util/Files.h"
@@ -9,6 +11,23 @@
 namespace velmora {
 
 namespace {
+
+// In the order of the options that have a text or a flag.
+constexpr const char* kTextHelp[] = {"Trust the certificates in FILE instead of the system's; means --tls required",
+                                     "Show the server our certificate in FILE (PEM)",
+                                     "The private key of our certificate, where FILE of --tls-cert does not hold it",
+                                     "The local server's socket",
+                                     "Without TLS: seal passwords for the server with its public key in FILE (PEM)"};
+constexpr const char* kFlagHelp[] = {
+    "Without TLS: seal passwords with the key that the server sends, whoever it is",
+    "Allow logins that show the server the password itself, or of servers before 4.1 without TLS"};
+static_assert(std::size(kTextHelp) == std::size(kMyTextOptions) && std::size(kFlagHelp) == std::size(kMyFlagOptions));
+constexpr int kLongestTimeout = 1000000;
+
+template <class TField>
+std::string Spelt(const TMyOptionName<TField>& option) {
+  return std::string("--") + option.name;
+}
 
 std::string AskFor(const std::string& account, TConsole& console) {
   return console.AskSecret("Password for " + account + ": ");
@@ -30,9 +49,9 @@ void TSourceOptions::DeclareOne(CLI::App& app) {
   app.add_option("--password-file", password_file_,
                  "Take the password from the first line of FILE, before one that a task file holds")
       ->type_name("FILE");
-  DeclareChoice(app, "--tls", {"off", "preferred", "required"},
-                "required: encrypted, and the server's certificate is checked; preferred: encrypted where the server "
-                "offers it; off",
+  DeclareChoice(app, "--tls", TStringList(std::begin(kTlsModes), std::end(kTlsModes)),
+                "required: encrypted, and the server's certificate is checked; verify-ca: the same, whatever name it "
+                "is for; preferred: encrypted where the server offers it; off",
                 [this](std::size_t choice) { client_.Tls = static_cast<ETls>(choice); });
   DeclareChoice(app, "--client", {"native", "library"},
                 "native: speak to MySQL servers directly; library: through the MySQL client library",
@@ -40,9 +59,15 @@ void TSourceOptions::DeclareOne(CLI::App& app) {
   app.add_flag_callback(
       "--no-read-ahead", [this] { client_.ReadAhead = false; },
       "Ask a server for one creation text at a time; the results are the same");
-  app.add_option("--tls-ca", client_.CaFile, "Trust the certificates in FILE instead of the system's")
-      ->type_name("FILE");
-  app.add_option("--socket", client_.Socket, "The local server's socket")->type_name("FILE");
+  for (std::size_t i = 0; i < std::size(kMyTextOptions); ++i)
+    app.add_option(Spelt(kMyTextOptions[i]), client_.*kMyTextOptions[i].field, kTextHelp[i])->type_name("FILE");
+  for (std::size_t i = 0; i < std::size(kMyFlagOptions); ++i)
+    app.add_flag(Spelt(kMyFlagOptions[i]), client_.*kMyFlagOptions[i].field, kFlagHelp[i]);
+  app.add_option("--read-timeout", client_.ReadTimeout,
+                 "Give a server up that is silent for N seconds in a login or while structure is read; 0 for never "
+                 "(600). The statements of a script may take any time")
+      ->type_name("N")
+      ->check(CLI::Range(0, kLongestTimeout));
   app.add_flag("--verbose", verbose_, "Name every statement of a file that is passed over");
 }
 

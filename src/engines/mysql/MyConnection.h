@@ -18,10 +18,12 @@ namespace velmora {
 
 class TMyQuery;
 
+// By how much is asked of the server.
 enum class ETls {
   Off,
   Preferred,  // where the server offers it, whoever it is; not on the local socket, which nobody else reads
-  Required    // or there is no connection; the server's certificate must be valid and name the server
+  VerifyCa,   // or there is no connection; the server's certificate must be valid, for whatever name it is
+  Required    // the same, and it must name the server
 };
 
 struct TMyOptions {
@@ -31,8 +33,30 @@ struct TMyOptions {
   ETls Tls = ETls::Preferred;
   bool ReadAhead = true;  // sends statements that are expected before they are run, where the backend can
   std::string CaFile;     // certificates to trust; empty means those of the system
-  std::string Socket;     // path of the local server's socket; empty means the backend's usual one
+  std::string CertFile;   // our own certificate for servers that ask for one; empty means none
+  std::string KeyFile;    // its private key; empty means that it stands in CertFile
+  std::string Socket;     // path of the local server's socket; empty means a usual one where there is one, else TCP
+  // Over a line that others may read, a password leaves only in a form that nobody can turn back into it, unless
+  bool GetServerPublicKey = false;  // the key that the server itself sends may seal it,
+  std::string ServerPublicKey;      // this file's key does (PEM; empty means none),
+  bool AllowOldLogin = false;       // or it may go as it is, and by the scheme of servers before 4.1
+  int ReadTimeout = 600;  // seconds of silence in a login or an answer with rows before it is given up; 0 is for ever
 };
+
+// What of the options has a name for users: that of the companion's option "--NAME".
+template <class TField>
+struct TMyOptionName {
+  const char* name;
+  TField TMyOptions::*field;
+};
+inline constexpr const char* kTlsModes[] = {"off", "preferred", "verify-ca", "required"};  // by ETls
+inline constexpr TMyOptionName<std::string> kMyTextOptions[] = {{"tls-ca", &TMyOptions::CaFile},
+                                                                {"tls-cert", &TMyOptions::CertFile},
+                                                                {"tls-key", &TMyOptions::KeyFile},
+                                                                {"socket", &TMyOptions::Socket},
+                                                                {"server-public-key", &TMyOptions::ServerPublicKey}};
+inline constexpr TMyOptionName<bool> kMyFlagOptions[] = {{"get-server-public-key", &TMyOptions::GetServerPublicKey},
+                                                         {"allow-old-login", &TMyOptions::AllowOldLogin}};
 
 // The password of an account that came without one, for as long as the program runs: asked for when a server has
 // refused the account, and kept once a server has taken it. Connections that are made of one another share it.
@@ -58,8 +82,8 @@ class TMyConnection : public TConnectionObject {
   TMyConnection(const TMyConnection&) = delete;
   TMyConnection& operator=(const TMyConnection&) = delete;
 
-  std::string Server;  // empty or "localhost" means the local server, by its socket
-  int Port = 3306;
+  std::string Server;    // empty or "localhost" means the local server
+  int Port = 3306;       // a local server is reached there by TCP, unless Options.Socket is set; 0: none is given
   std::string Database;  // empty means none
   std::string Username;
   std::string Password;
