@@ -89,7 +89,9 @@ function(velmora_tests folder)
   add_executable(${target} ${sources})
   target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
   target_compile_definitions(${target} PRIVATE VELMORA_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
-  target_link_libraries(${target} PRIVATE velmora_test_support ${ARG_LINKS} GTest::gmock_main velmora_warnings)
+  # The C++ library comes first: some linkers would otherwise take a text's operations out of the support library, and
+  # with them objects that need rooms which this program does not link.
+  target_link_libraries(${target} PRIVATE stdc++ velmora_test_support ${ARG_LINKS} GTest::gmock_main velmora_warnings)
   if(ARG_SINGLE)
     add_test(NAME ${target} COMMAND ${target} "--gtest_output=xml:${PROJECT_BINARY_DIR}/single-reports/${target}.xml")
     set_tests_properties(${target} PROPERTIES TIMEOUT 300)

@@ -8,9 +8,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <random>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -28,6 +30,9 @@ constexpr std::size_t kBlock = 65536;
 constexpr int kMaxLinks = 40;
 constexpr int kMaxNames = 100;
 constexpr unsigned kUsualMode = 0666;
+constexpr char kPlantedLink[] =
+    "Cannot write %s: it is a link in a folder that others may write; name the file itself, or another folder";
+constexpr char kStrangersPipe[] = "Cannot write %s: it is a pipe of another user";
 
 [[noreturn]] void Fail(const char* pattern, const std::string& path, int error) {
   RaiseError(Format(pattern, path.empty() ? "\"\"" : path, std::generic_category().message(error)));
@@ -75,25 +80,57 @@ void AppendTo(const std::string& path, std::string_view text, int flags, unsigne
   if (!file.Close()) CannotWrite(path, errno);
 }
 
-// The file behind symbolic links, whether it exists or not. Stops in front of the links by which the system shows open
-// files (/dev/stdout is one): what stands behind these belongs to others, who keep it open.
-fs::path FollowLinks(fs::path path) {
-  for (int links = 0; links < kMaxLinks; ++links) {
-    std::error_code error;
-    const fs::path target = fs::read_symlink(path, error);
-    if (error) return path;
-    const fs::path folder = fs::canonical(path.has_parent_path() ? path.parent_path() : fs::path("."), error);
-    if (folder.string().starts_with("/proc/")) return path;
-    path = path.parent_path() / target;
-  }
-  return path;
+// Root and we ourselves: nobody else's links, pipes and folders decide where our texts go.
+bool IsTrusted(uid_t owner) { return owner == 0 || owner == geteuid(); }
+
+std::string FolderOf(const fs::path& path) { return path.has_parent_path() ? path.parent_path().string() : "."; }
+
+// Whether everybody, or a stranger who owns it, may put names into the folder.
+bool IsOpenToOthers(const struct stat& folder) { return !IsTrusted(folder.st_uid) || (folder.st_mode & S_IWOTH) != 0; }
+
+// Whether the link `path` may lead somewhere that another user has chosen. Where only a group may write, our own links
+// and root's are taken for what they are.
+bool MayBePlanted(const fs::path& path, const struct stat& link) {
+  struct stat folder {};
+  if (stat(FolderOf(path).c_str(), &folder) != 0) return false;
+  return IsOpenToOthers(folder) || ((folder.st_mode & S_IWGRP) != 0 && !IsTrusted(link.st_uid));
 }
 
-// Whether it is a file that can be replaced by another one: a regular file, or none yet.
+// One step of the way: where the link `path` leads, nothing where it is none. Stops in front of the links by which the
+// system shows open files (/dev/stdout is one): what stands after these belongs to others, who keep it open.
+std::optional<fs::path> LinkTarget(const fs::path& path) {
+  struct stat info {};
+  if (lstat(path.c_str(), &info) != 0 || !S_ISLNK(info.st_mode) || path.string().starts_with("/proc/"))
+    return std::nullopt;
+  if (MayBePlanted(path, info)) RaiseError(Format(kPlantedLink, path.string()));
+  std::error_code error;
+  fs::path target = fs::read_symlink(path, error);
+  return error ? std::nullopt : std::optional(path.parent_path() / target);
+}
+
+// The file behind symbolic links, those of its folders too, whether it exists or not. Raises for a link in a folder
+// that others may write.
+fs::path FollowLinks(const fs::path& path) {
+  fs::path way;
+  std::vector<fs::path> rest(path.begin(), path.end());
+  for (int links = 0; !rest.empty();) {
+    const fs::path next = way / rest.front();
+    rest.erase(rest.begin());
+    const std::optional<fs::path> target = LinkTarget(next);
+    if (target && ++links > kMaxLinks) CannotWrite(path.string(), ELOOP);
+    if (target) rest.insert(rest.begin(), target->begin(), target->end());
+    way = target ? fs::path() : next;
+  }
+  return way;
+}
+
+// Whether it is a file that can be replaced by another one: a regular file, or none yet. Raises for a pipe of
+// another user, who would read what we write.
 bool IsReplaceable(const fs::path& path) {
   struct stat info {};
-  if (lstat(path.c_str(), &info) != 0) return true;
-  return S_ISREG(info.st_mode);
+  if (lstat(path.c_str(), &info) != 0 || S_ISREG(info.st_mode)) return true;
+  if (S_ISFIFO(info.st_mode) && !IsTrusted(info.st_uid)) RaiseError(Format(kStrangersPipe, path.string()));
+  return false;
 }
 
 // A new file beside `target` that takes its place when it is complete, and otherwise goes away.
@@ -112,13 +149,22 @@ class TReplacement {
     const bool exists = stat(target_.c_str(), &old) == 0;
     // A write-protected file stays, though its folder would let us replace it.
     if (exists && faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) return errno;
-    TDescriptor file(Create(exists ? 0600 : mode_));
-    const bool written = file.IsOpen() && (!exists || TakeOver(file.Get(), old)) && WriteAll(file.Get(), text) &&
+    const bool keeps = exists && KeepsOwner(old);
+    TDescriptor file(Create(keeps ? 0600 : mode_));
+    const bool written = file.IsOpen() && (!keeps || TakeOver(file.Get(), old)) && WriteAll(file.Get(), text) &&
                          fsync(file.Get()) == 0 && file.Close() && Rename();
     return written ? 0 : errno;
   }
 
  private:
+  // Whether the new file may go to the owner of the old one. What is meant for its writer alone never does, nor what
+  // stands where anybody may have put an old file beforehand.
+  bool KeepsOwner(const struct stat& old) const {
+    if (old.st_uid == geteuid()) return true;
+    struct stat folder {};
+    return mode_ == kUsualMode && stat(FolderOf(target_).c_str(), &folder) == 0 && !IsOpenToOthers(folder);
+  }
+
   // A name of fixed length, since that of the target may be as long as names can be; with a "~", so that file lists
   // leave it out.
   int Create(unsigned mode) {
@@ -143,8 +189,7 @@ class TReplacement {
     if (std::rename(name_.c_str(), target_.c_str()) != 0) return false;
     name_.clear();
     // Makes the new name last. The file is written by now, and not every file system lets folders be flushed.
-    const std::string folder = target_.has_parent_path() ? target_.parent_path().string() : ".";
-    const TDescriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const TDescriptor descriptor(open(FolderOf(target_).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (descriptor.IsOpen()) fsync(descriptor.Get());
     return true;
   }

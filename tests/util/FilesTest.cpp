@@ -109,6 +109,58 @@ TEST_F(FilesTest, LinksStayAndTheFilesBehindThemAreReplaced) {
   EXPECT_THAT(MessageOf([&] { WriteFileText(folder_ / "circle", "x"); }), StartsWith("Cannot write "));
 }
 
+TEST_F(FilesTest, LinksAreNotFollowedWhereOthersMayHaveMadeThem) {
+  WriteFileText(file_, "old");
+  fs::create_directory(folder_ / "open");
+  fs::create_symlink(file_, folder_ / "open/link");
+  fs::create_symlink(folder_.Path(), folder_ / "open/way");
+  const auto refusal = [](const std::string& path) {
+    return "Cannot write " + path +
+           ": it is a link in a folder that others may write; name the file itself, or another folder";
+  };
+  chmod((folder_ / "open").c_str(), 01777);
+  EXPECT_EQ(MessageOf([&] { WriteFileText(folder_ / "open/link", "new"); }), refusal(folder_ / "open/link"));
+  EXPECT_EQ(MessageOf([&] { WriteFileText(folder_ / "open/way/file.txt", "new"); }), refusal(folder_ / "open/way"));
+  EXPECT_EQ(ReadFileText(file_), "old");
+  chmod((folder_ / "open").c_str(), 0770);
+  WriteFileText(folder_ / "open/link", "ours among a group");
+  EXPECT_EQ(ReadFileText(file_), "ours among a group");
+}
+
+// Beside files, links and pipes of another user, which only the superuser can make.
+TEST_F(FilesTest, NothingIsHandedToAnotherUser) {
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser can give files away";
+  constexpr uid_t kNobody = 65534;
+  const auto owner = [this] {
+    struct stat info {};
+    return stat(file_.c_str(), &info) == 0 ? info.st_uid : uid_t(-1);
+  };
+  struct TCase {
+    mode_t folder;
+    unsigned mode;
+    bool stays;  // with its owner
+  };
+  for (const TCase& c : {TCase{0755, 0666, true}, {0775, 0666, true}, {01777, 0666, false}, {0755, 0600, false}}) {
+    chmod(folder_.Path().c_str(), 0755);
+    WriteFileText(file_, "old");
+    ASSERT_EQ(chown(file_.c_str(), kNobody, kNobody), 0);
+    chmod(file_.c_str(), 0666);
+    chmod(folder_.Path().c_str(), c.folder);
+    WriteFileText(file_, "new", false, c.mode);
+    EXPECT_EQ(owner(), c.stays ? kNobody : 0) << c.folder << ' ' << c.mode;
+    EXPECT_EQ(ModeOf(file_) & 022, c.stays ? 022 : 0) << c.folder << ' ' << c.mode;
+    fs::remove(file_);
+  }
+  fs::create_symlink("elsewhere", file_);
+  ASSERT_EQ(lchown(file_.c_str(), kNobody, kNobody), 0);
+  chmod(folder_.Path().c_str(), 0770);
+  EXPECT_THAT(MessageOf([&] { WriteFileText(file_, "x"); }), StartsWith("Cannot write " + file_ + ": it is a link"));
+  fs::remove(file_);
+  ASSERT_EQ(mkfifo(file_.c_str(), 0666), 0);
+  ASSERT_EQ(chown(file_.c_str(), kNobody, kNobody), 0);
+  EXPECT_EQ(MessageOf([&] { WriteFileText(file_, "x"); }), "Cannot write " + file_ + ": it is a pipe of another user");
+}
+
 TEST_F(FilesTest, WritesStraightToWhatIsNoFile) {
   const std::string fifo = folder_ / "fifo";
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
