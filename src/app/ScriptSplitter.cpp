@@ -19,7 +19,8 @@ std::size_t FirstCharacter(std::string_view piece) {
   std::size_t from = 1;
   while (true) {
     const std::size_t open = Pos(kCommentOpen, piece, from);
-    const std::size_t kept = open == 0 ? piece.size() + 1 : open - 1;  // the character before the comment goes too
+    // The character before the comment goes too.
+    const std::size_t kept = open == 0 ? piece.size() + 1 : open - LastCharSize(piece.substr(from - 1, open - from));
     const std::size_t first = piece.find_first_not_of(kBlanks, from - 1);
     if (first != std::string_view::npos && first + 1 < kept) return first;
     if (open == 0) return 0;
@@ -44,8 +45,10 @@ TScriptPieces SplitScript(std::string_view script) {
     text = Trim(text);
     if (!text.empty())
       result.statements.push_back({std::move(text), position + piece.size() - 1, begin + FirstCharacter(piece)});
-    position += piece.size() + 1;
-    begin += piece.size() + kSeparator.size() + 1;
+    const std::size_t behind = begin + piece.size() + kSeparator.size();
+    const std::size_t dropped = behind < script.size() ? CharSize(script, behind) : 1;
+    position += piece.size() + dropped;
+    begin = behind + dropped;
   }
   return result;
 }

@@ -25,8 +25,8 @@ struct TScriptPieces {
 // a carriage return takes the rest of its piece. Deliberate: comments are not looked at by the cut, and a "--" within a
 // literal begins one.
 //
-// A statement's position is the running offset plus the length of its piece less 1. Deliberate: the offset grows by
-// one more than the length per piece though two characters are cut, so it falls behind by one for each statement.
+// A statement's position is the running offset plus the length of its piece less 1, in bytes. Deliberate: the offset
+// grows by the piece and the character that is lost, and not by the ";", so it falls behind by one for each statement.
 TScriptPieces SplitScript(std::string_view script);
 
 // The same for scripts of the exact dialect: cut at ";" outside quotes, backticks and comments, nothing taken out but

@@ -1,6 +1,7 @@
 // The commands that show a structure: of a database, of a text alone, and of a database with a text applied to it.
 
 #include <CLI/CLI.hpp>
+#include <map>
 
 #include "app/FaultPlace.h"
 #include "app/ParsedStore.h"
@@ -25,6 +26,22 @@ template <class Fetch>
 void FetchIdentified(TDBConn& conn, TStructure& structure, Fetch&& fetch) {
   Identify(conn, structure);
   RunGuarded(fetch, [&] { Identify(conn, structure); });
+}
+
+// The errors of tables that could not be fetched, by the ids of their rows.
+using TUnread = std::map<int, std::string>;
+
+// A table that could not be read shows why, unless the text has put a new one in its place.
+void MarkUnread(const TMeta& meta, const TUnread& unread, std::vector<TTableView>& views) {
+  auto view = views.begin();
+  for (const TTableRow& row : meta.tTables.Rows()) {
+    if (const auto found = unread.find(row.id); found != unread.end()) {
+      *view = TTableView();
+      view->name = row.name;
+      view->error = found->second;
+    }
+    ++view;
+  }
 }
 
 // The text of `file` through the engine's parser, and the rows as they then stand, whether it raised or not.
@@ -84,12 +101,14 @@ void TReplayCommand::Declare(CLI::App& app) {
 int TReplayCommand::Execute(TConsole& console) {
   return ShowStructure(console, format_, [&](TStructure& structure) {
     const std::unique_ptr<TDBConn> conn = MakeTarget(source_, options_.ForOne(console));
+    TUnread unread;
     FetchIdentified(*conn, structure, [&] {
       FetchTables(*conn, {}, options_.verbose(), console, [&](const TTableView& view) {
-        if (view.error) RaiseError(*view.error);
+        if (view.error && conn->meta().FindTable(view.name)) unread[conn->meta().tTables.CurrentId()] = *view.error;
       });
     });
     ParseAndView(*conn, file_, console, structure);
+    MarkUnread(conn->meta(), unread, structure.tables);
   });
 }
 

@@ -20,6 +20,26 @@ const Row& CurrentOrEmpty(const TMetaTable<Row>& table) {
   return table.HasCurrent() ? table.Current() : kEmpty;
 }
 
+constexpr std::size_t kDeepestFetch = 16;
+
+// A creation text may hold what reads as a statement on its own table, and fetching that table for it would never end;
+// nor may such texts lead from table to table without bound.
+class TFetchGuard {
+ public:
+  TFetchGuard(const std::string& table, TStringList& under_way) : under_way_(under_way) {
+    if (IndexOf(under_way, table) != kNotInList) RaiseError(Format("Table %s is read within its own reading", table));
+    if (under_way.size() >= kDeepestFetch)
+      RaiseError(Format("Table %s is read within the reading of %d others", table, under_way.size()));
+    under_way.push_back(table);
+  }
+  ~TFetchGuard() { under_way_.pop_back(); }
+  TFetchGuard(const TFetchGuard&) = delete;
+  TFetchGuard& operator=(const TFetchGuard&) = delete;
+
+ private:
+  TStringList& under_way_;
+};
+
 }  // namespace
 
 TDBConn::TDBConn() : meta_(std::make_unique<TMeta>(this)) {}
@@ -222,6 +242,7 @@ void TDBConn::FetchIfNeeded() {
   auto& tables = meta_->tTables;
   if (!tables.HasCurrent() || tables.Current().fetched) return;
   const std::string name = tables.Current().name;
+  const TFetchGuard guard(name, being_fetched_);
   FetchTableStructure(name);
   if (!tables.HasCurrent()) return;
   tables.Amend().fetched = true;

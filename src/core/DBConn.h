@@ -133,7 +133,8 @@ class TDBConn {
   // --- Not virtual
   std::string QuoteName(const std::string& name);  // the engine's opening quote, the name, its closing quote
   void RefreshTableList();                         // the store holds the listed names and nothing else
-  void FetchIfNeeded();                            // on the store's current table
+  // On the store's current table. Raises "Table %s is read within its own reading" where its fetch comes back to it.
+  void FetchIfNeeded();
 
   std::string CurrentTableName();
   std::string CurrentColumnName();
@@ -153,6 +154,7 @@ class TDBConn {
 
  private:
   std::unique_ptr<TMeta> meta_;
+  TStringList being_fetched_;  // tables, each within the fetch of the one before
 };
 
 // Ends a dataset of OpenTable through CloseTable of its engine.

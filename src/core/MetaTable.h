@@ -232,9 +232,10 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
     Clear();
     for (std::size_t master = 0; master < source.lists_.size(); ++master) {
       if (!source.lists_[master]) continue;
-      TRows& copy = NeededList(static_cast<int>(master)).rows;
-      copy = source.lists_[master]->rows;
-      for (TMark row = copy.begin(); row != copy.end(); ++row) Index(row);
+      TList& list = NeededList(static_cast<int>(master));
+      list.rows = source.lists_[master]->rows;
+      list.IndexNames();
+      for (TMark row = list.rows.begin(); row != list.rows.end(); ++row) IndexApart(row);
     }
     total_ = source.total_;
     next_id_ = std::max(next_id_, source.next_id_);
@@ -252,6 +253,12 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
     std::unique_ptr<TIndex> by_name;  // there once the rows are many
     std::size_t alike = 0;            // rows in the index whose hash another row had before them
 
+    // Makes the index of all rows, where they are many enough for one.
+    void IndexNames() {
+      if (rows.size() <= kIndexedFrom) return;
+      by_name = std::make_unique<TIndex>();
+      for (TMark row = rows.begin(); row != rows.end(); ++row) IndexName(row);
+    }
     void IndexName(TMark row) {
       const std::size_t hash = NameHash(row->Name());
       if (by_name->contains(hash)) ++alike;
@@ -259,8 +266,7 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
     }
     void ForgetName(TMark row) {
       const std::size_t hash = NameHash(row->Name());
-      Forget(*by_name, hash, row);
-      if (by_name->contains(hash)) --alike;
+      if (Forget(*by_name, hash, row) && by_name->contains(hash)) --alike;  // a row that was never posted is not there
     }
   };
   static constexpr std::size_t kIndexedFrom = 32;
@@ -349,12 +355,13 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
 
   void Index(TMark row) {
     TList& list = *ListOf(row->MasterId());
-    if (list.by_name) {
+    if (list.by_name)
       list.IndexName(row);
-    } else if (list.rows.size() > kIndexedFrom) {
-      list.by_name = std::make_unique<TIndex>();
-      for (TMark each = list.rows.begin(); each != list.rows.end(); ++each) list.IndexName(each);
-    }
+    else
+      list.IndexNames();
+    IndexApart(row);
+  }
+  void IndexApart(TMark row) {  // what goes over all masters
     if constexpr (requires { row->Link(); }) by_link_.emplace(row->Link(), row);
     if constexpr (requires { Row::kFoundById; }) by_id_.emplace(row->id, row);
   }
@@ -365,13 +372,14 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
     if constexpr (requires { Row::kFoundById; }) by_id_.erase(row->id);
   }
   template <class Map, class Key>
-  static void Forget(Map& map, const Key& key, TMark row) {
+  static bool Forget(Map& map, const Key& key, TMark row) {  // false for one that is not in there
     auto [from, to] = map.equal_range(key);
     for (; from != to; ++from) {
       if (from->second != row) continue;
       map.erase(from);
-      return;
+      return true;
     }
+    return false;
   }
 
   // Closes a row that somebody left open; a name that is taken cancels it without a word.

@@ -30,6 +30,8 @@ std::string ChopAt(std::string& text, std::size_t at, std::size_t skip, bool all
   return part;
 }
 
+constexpr std::size_t kLongestSequence = 4;
+
 bool IsContinuation(unsigned char c) { return (c & 0xC0) == 0x80; }
 
 // The smallest and greatest second byte that a lead byte allows: no overlong forms, no surrogates, no more than
@@ -157,7 +159,8 @@ void StripBetween(std::string& text, std::string_view open, std::string_view clo
       return;
     }
     // Deliberate: the character before the mark goes with it; for a comment line that is the end of the line above.
-    if (at > from) kept.append(text, from - 1, at - from - 1);
+    const std::string_view before = std::string_view(text).substr(from - 1, at - from);
+    kept.append(before.substr(0, before.size() - LastCharSize(before)));
     from = end + close.size();
   }
   kept.append(text, from - 1);
@@ -183,6 +186,12 @@ std::size_t CharSize(std::string_view text, std::size_t index) {
     if (!IsContinuation(byteAt(i))) return 1;
   }
   return size;
+}
+
+std::size_t LastCharSize(std::string_view text) {
+  for (std::size_t size = std::min(kLongestSequence, text.size()); size > 1; --size)
+    if (CharSize(text, text.size() - size) == size) return size;
+  return std::min<std::size_t>(1, text.size());
 }
 
 std::size_t CharCount(std::string_view text) {

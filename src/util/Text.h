@@ -49,7 +49,7 @@ std::string TrimChar(std::string_view text, char c);
 std::string RepeatChar(char c, std::int64_t count);
 std::string RemoveChar(std::string_view text, char c);
 
-// Takes out each stretch from `open` to the next `close`, both included, together with the one byte before `open`.
+// Takes out each stretch from `open` to the next `close`, both included, together with the one character before `open`.
 // An `open` without a `close` cuts the text at the end of the last stretch taken out.
 void StripBetween(std::string& text, std::string_view open, std::string_view close);
 
@@ -65,6 +65,7 @@ inline bool IsEscaped(std::string_view text, std::size_t index) {
 
 // --- Characters (as against bytes); a byte that is no UTF-8 counts as one character
 std::size_t CharSize(std::string_view text, std::size_t index);  // bytes of the character at `index`, from 0
+std::size_t LastCharSize(std::string_view text);                 // bytes of its last character; 0 for an empty text
 std::size_t CharCount(std::string_view text);
 std::string CutChars(std::string_view text, std::size_t max);  // the first `max` characters
 

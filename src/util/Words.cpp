@@ -114,7 +114,8 @@ void SplitWords(std::string_view separator, std::string_view text, TStringList& 
   while (const std::size_t at = FindWord(separator, text, from, quoted ? nullptr : &quotes)) {
     pieces.emplace_back(text.substr(from - 1, at - from));
     // Deliberate: the carriage return behind a ";" goes with it, and so does any other character in its place.
-    from = at + separator.size() + 1;
+    const std::size_t behind = at - 1 + separator.size();
+    from = behind + 1 + (behind < text.size() ? CharSize(text, behind) : 1);
   }
   pieces.emplace_back(text.substr(std::min(from - 1, text.size())));
   list = std::move(pieces);

@@ -70,9 +70,10 @@ class TQuoteCounter {
 // over and the search goes on behind it.
 std::size_t FindWord(std::string_view word, std::string_view text, std::size_t from, bool ignoreQuotes);
 
-// Splits where FindWord finds `separator`; behind each separator one more byte is dropped, so that a piece begins
-// where the one before it ends plus the separator's length plus 1. `quoted` true takes separators inside quotes too.
-// The last piece counts; an empty text gives one empty piece. Linear in the text.
+// Splits where FindWord finds `separator`; behind each separator one more character is dropped, so that a piece begins
+// where the one before it ends plus the separator's length plus that of the character (1 at the end of the text).
+// `quoted` true takes separators inside quotes too. The last piece counts; an empty text gives one empty piece. Linear
+// in the text.
 void SplitWords(std::string_view separator, std::string_view text, TStringList& list, bool quoted);
 
 }  // namespace velmora

@@ -270,6 +270,27 @@ TEST_F(CompanionTest, ReplayShowsWhatStatementsWouldMakeOfADatabase) {
             "  n      int not null\n  primary key (id)\n");
 }
 
+// A text may hold what reads as a statement on its own table; the other tables are none the worse for it.
+TEST_F(CompanionTest, ReplayGoesOnBehindATableThatCannotBeRead) {
+  const std::string file = File(
+      "a.sql", "create table t (a int not null comment 'old, alter table t drop a', b int);\n" + std::string(kItems));
+  const std::string error = "Table t is read within its own reading";
+  const TAnswer answer = Run({"replay", file, File("b.txt", "alter table items add n int not null;")});
+  EXPECT_EQ(answer.status, 2);
+  EXPECT_EQ(answer.err, "velmora-cli: " + file + ": line 1: table t: " + error + "\n");
+  EXPECT_THAT(answer.out, ::testing::StartsWith("t\n  cannot be read: " + error + "\n\nitems (InnoDB)\n"));
+  EXPECT_THAT(answer.out, HasSubstr("\n  n      int not null\n"));
+  EXPECT_THAT(Run({"replay", file, File("c.txt", "create table t (z int not null) type=x;")}).out,
+              HasSubstr("\nt (x)\n  z  int not null\n"));
+  EXPECT_THAT(Run({"compare", "--dialect", "standard", file, File("d.sql", "create table t (a int);")}).err,
+              HasSubstr(error));
+  std::string chain;
+  for (int i = 0; i < 3000; ++i)
+    chain += "create table t" + std::to_string(i) + " (a int comment ', alter table t" + std::to_string(i + 1) +
+             " drop a', b int) type=x;\n";
+  EXPECT_THAT(Run({"schema", File("chain.sql", chain)}).err, HasSubstr("is read within the reading of"));
+}
+
 TEST_F(CompanionTest, SplitTakesATextAsTheEditorOrAsItIs) {
   const std::string file = File("a.txt", "a 1;\nb 2;\n");
   EXPECT_EQ(Run({"split", file, "--format", "json"}).out,

@@ -127,6 +127,23 @@ TEST(MetaTableTest, ManyRowsAreFoundAsFewAre) {
   meta.tTables.First();
   EXPECT_TRUE(meta.FindTable("t60"));
   EXPECT_EQ(meta.tTables.Current().name, "t60");
+
+  TMeta copy;
+  copy.CopyFrom(meta);
+  for (const char* table : {"t61", "T60", "t3"}) {
+    ASSERT_TRUE(copy.tTables.LocateExact(table));
+    copy.tTables.Delete();
+    EXPECT_FALSE(copy.tTables.LocateExact(table)) << "a row stands in the index of a copy once";
+  }
+  for (int i = 0; i < 40; ++i) {
+    copy.tColumns.Append().name = i == 20 ? "C19" : "c" + std::to_string(i);
+    copy.tColumns.Post();
+  }
+  copy.tColumns.Append().name = "c19";
+  EXPECT_ANY_THROW(copy.tColumns.Post());
+  copy.tColumns.LocateExact("c19");
+  EXPECT_TRUE(copy.tColumns.Locate("C19"));
+  EXPECT_EQ(copy.tColumns.Current().name, "c19") << "the first in order: the refused row was never in the index";
 }
 
 TEST_F(MetaTest, AMasterThatMovesPutsItsDetailsOnTheirFirstRow) {

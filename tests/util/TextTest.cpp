@@ -121,6 +121,8 @@ TEST(TextTest, StripBetweenTakesTheCharacterBeforeTheMarkToo) {
       {"a;--x\rb--y", "a"},  // never closed: "b" goes as well
       {"ab--y", ""},
       {"--", ""},
+      {"a\u00e4--x\rb\U0001F600--y\rc", "abc"},  // one letter, whatever its bytes
+      {"a\u00e4\xA4--x\rb", "a\u00e4b"},         // a byte that is no part of one
   };
   for (const TCase& c : cases) {
     std::string text(c.text);

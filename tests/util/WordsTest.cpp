@@ -165,7 +165,7 @@ TEST(WordsTest, FindWordTakesWholeWordsOutsideQuotes) {
   }
 }
 
-TEST(WordsTest, SplitWordsDropsOneMoreByteBehindEachSeparator) {
+TEST(WordsTest, SplitWordsDropsOneMoreCharacterBehindEachSeparator) {
   struct TCase {
     std::string_view separator, text;
     bool quoted;
@@ -178,6 +178,7 @@ TEST(WordsTest, SplitWordsDropsOneMoreByteBehindEachSeparator) {
       {";", "a;\r\nb;\r\n", false, {"a", "\nb", "\n"}},
       {";", "a;\nb", false, {"a", "b"}},
       {";", "select 1;select 2", false, {"select 1", "elect 2"}},
+      {";", "a;\u00e4b;\U0001F600c;\xE4", false, {"a", "b", "c", ""}},
       {";", "a;;b", false, {"a", "b"}},  // the second separator is the byte dropped
       {";", "insert 'a;b';\rc", false, {"insert 'a;b'", "c"}},
       {";", "insert 'a;b';\rc", true, {"insert 'a", "'", "c"}},
