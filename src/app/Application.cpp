@@ -3,8 +3,10 @@
 #include <set>
 
 #include "app/RunTelling.h"
+#include "app/SideNames.h"
 #include "core/CreationTexts.h"
 #include "core/Meta.h"
+#include "engines/mysql/DBConnMySQL.h"
 #include "exact/Lexer.h"
 #include "exact/ScriptSafety.h"
 #include "util/Errors.h"
@@ -28,6 +30,29 @@ void RestoreChecks(TDBConn& target, const std::string& checks) {
     target.ExecSQL("set foreign_key_checks = " + checks);
   } catch (const EVelmora&) {
   }
+}
+
+// Only asking tells whether a server has hung up.
+void RenewIfLost(TDBConn& target) {
+  if (dynamic_cast<TDBConnMySQL*>(&target) == nullptr) return;
+  try {
+    TVariant alive;
+    if (target.GetConnected()) target.GetResultSQL("select 1", alive);
+  } catch (const EVelmora&) {
+    if (target.GetConnected()) throw;
+  }
+  if (!target.GetConnected()) target.Connect();
+}
+
+bool ReadsExactly(TDBConn* conn, const std::string& table) {
+  auto* texts = dynamic_cast<TCreationTexts*>(conn);
+  if (texts == nullptr) return false;
+  if (!conn->GetConnected()) conn->Connect();
+  std::string text;
+  texts->PrepareExactTexts();
+  texts->ShowCreateTable(table, text);
+  ReadTableText(text);
+  return true;
 }
 
 }  // namespace
@@ -54,6 +79,8 @@ void TApplication::TakeTask(TTaskConnections pair) {
 
 void TApplication::Compare() {
   tree.Clear();
+  data.mtActions.Clear();
+  if (connections.reference != nullptr) CheckComparable(*connections.reference);
   if (Exact()) {
     exact.Compare();
     return;
@@ -73,6 +100,18 @@ const std::string& TApplication::TableUnderWay() const {
 }
 
 bool TApplication::TargetLost() const { return Exact() ? exact.TargetLost() : sync.TargetLost(); }
+
+bool TApplication::ExactDialectReads() {
+  const std::string table = TableUnderWay();
+  if (Exact() || table.empty()) return false;
+  try {
+    return ReadsExactly(connections.reference.get(), table) && ReadsExactly(connections.target.get(), table);
+  } catch (const EAbort&) {
+    throw;
+  } catch (const EVelmora&) {
+    return false;
+  }
+}
 
 TStringList TApplication::UnsafeActions() const {
   TStringList actions;
@@ -145,6 +184,8 @@ void TApplication::GenerateScript() {
 TScriptPieces TApplication::Statements(const std::string& text) const { return Splitter()(text); }
 
 void TApplication::RunScript(const std::string& text) {
+  runner_.ForgetRun();
+  RenewIfLost(*connections.target);
   if (Exact())
     RunExactScript(text);
   else

@@ -38,7 +38,8 @@ class TApplication {
   // Takes the pair as it is. That is enough for a comparison, which connects both sides anew by itself; a script needs
   // a target that was connected before.
   void TakeTask(TTaskConnections pair);
-  // Compares the pair in the dialect of the task; the actions are in `data` and `tree` afterwards, the log in
+  // Compares the pair in the dialect of the task. A reference that cannot be compared truthfully is an error before any
+  // action; see CheckComparable. The actions are in `data` and `tree` afterwards, the log in
   // ActionLog. On an error those found so far stay.
   void Compare();
   bool Identical() const;
@@ -47,13 +48,16 @@ class TApplication {
   // the target's connection was gone when it ended.
   const std::string& TableUnderWay() const;
   bool TargetLost() const;
+  // Whether the exact dialect reads the table at which a comparison of the standard one ended.
+  bool ExactDialectReads();
   // Why the actions that are left may lose data, "TABLE: ACTION: REASON" each; the standard dialect knows of none.
   TStringList UnsafeActions() const;
   // The same of a script, whoever wrote it, by the text that would run: of statements of the plan the lines of
   // UnsafeActions, of any other "line N: STATEMENT: REASONS". Nothing need have been compared; where a statement's cost
   // hangs on a table's structure, a connected target is asked for it.
   TStringList UnsafeStatements(const std::string& script);
-  // Whether the reference was read and has no table: a dump that failed, more often than a wish.
+  // Whether the reference, once compared, turned out to have no table: a dump that failed, more often than a wish. What
+  // to say of it: EmptyReferenceText.
   bool ReferenceIsEmpty() const;
   // The creation texts of a table: in the exact dialect as the servers print them, otherwise built of what was read.
   // Empty for a side without the table.
@@ -63,7 +67,8 @@ class TApplication {
   // The statements that a run of `text` executes.
   TScriptPieces Statements(const std::string& text) const;
   // Runs a text on the target in one transaction; see TScriptRunner. `RunReport` tells how far it came. In the exact
-  // dialect foreign key checks are after a failure as they were before.
+  // dialect foreign key checks are after a failure as they were before. A connection that was lost since it was last
+  // used, as while somebody read a question, is made anew first.
   void RunScript(const std::string& text);
   const TRunReport& RunReport() const { return runner_.Report(); }
 

@@ -45,6 +45,7 @@ class TScriptRunner {
   // raising from its message pump.
   void RunScript(const std::string& text, bool useTransaction, TScriptSplitter split = SplitScript);
   const TRunReport& Report() const { return report_; }  // of the last run
+  void ForgetRun() { report_ = {}; }
 
  private:
   void Execute(TDBConn& target, std::size_t pieces);

@@ -49,10 +49,12 @@ struct TPair {
   std::string reference;            // or the task file
   std::string target;               // empty with a task file
   std::optional<EDialect> dialect;  // as given; otherwise that of the task file
-  bool verify_on_server = false;    // of the commands that can; the exact dialect alone has it
+  bool allow_empty_reference = false;
+  bool verify_on_server = false;  // of the commands that can; the exact dialect alone has it
 };
 void DeclarePair(CLI::App& app, TPair& pair);
 void DeclareDialect(CLI::App& app, const std::string& help, const std::function<void(EDialect)>& choose);
-void DeclareVerify(CLI::App& app, TPair& pair);  // --verify-on-server
+void DeclareAllowEmpty(CLI::App& app, TPair& pair);  // --allow-empty-reference
+void DeclareVerify(CLI::App& app, TPair& pair);      // --verify-on-server
 
 }  // namespace velmora

@@ -48,6 +48,7 @@ class TSyncCommand final : public TCommand {
 
  private:
   bool Prepare(TPairRun& run, TConsole& console, int& status);
+  bool MayRun(TPairRun& run, const std::string& script, TConsole& console);
   TPair pair_;
   std::string script_;
   TSourceOptions options_;

@@ -104,6 +104,11 @@ void DeclareDialect(CLI::App& app, const std::string& help, const std::function<
                 [choose](std::size_t choice) { choose(choice == 0 ? EDialect::Standard : EDialect::Exact); });
 }
 
+void DeclareAllowEmpty(CLI::App& app, TPair& pair) {
+  app.add_flag("--allow-empty-reference", pair.allow_empty_reference,
+               "Go on with a reference without any table, which makes the target lose all of its own");
+}
+
 void DeclareVerify(CLI::App& app, TPair& pair) {
   app.add_flag("--verify-on-server", pair.verify_on_server,
                "Exact dialect: try the script first on a copy of the target's structure, in a scratch database of its "

@@ -1,7 +1,9 @@
 #include "cli/ComparisonText.h"
 
+#include <algorithm>
 #include <map>
 #include <ostream>
+#include <sstream>
 
 #include "cli/Command.h"
 #include "util/Format.h"
@@ -57,6 +59,15 @@ void PrintTree(const TApplication& app, std::ostream& out) {
   }
 }
 
+// Lines as a terminal may get them.
+std::string WithoutControls(std::string text) {
+  std::erase(text, '\r');
+  std::replace_if(
+      text.begin(), text.end(),
+      [](char c) { return (static_cast<unsigned char>(c) < ' ' && c != '\n' && c != '\t') || c == '\x7F'; }, '?');
+  return text;
+}
+
 }  // namespace
 
 void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
@@ -84,11 +95,26 @@ void TellExactNotes(const TApplication& app, TConsole& console) {
                         Counted(static_cast<std::size_t>(left), "difference")));
 }
 
-bool UnsafeActionsAllowed(const TApplication& app, bool allowed, TConsole& console) {
-  const TStringList unsafe = app.UnsafeActions();
-  if (allowed || unsafe.empty()) return true;
-  for (const std::string& action : unsafe) console.Error("unsafe: " + action);
-  console.Error(Format("%s: nothing was run; --allow-unsafe runs them too", Counted(unsafe.size(), "unsafe action")));
+std::string TScriptPlan::Summary() const {
+  const std::string run = Counted(statements, "statement") + " on " + target;
+  return unsafe.empty() ? run : run + ", with " + Counted(unsafe.size(), "unsafe change");
+}
+
+void ShowPlan(const TApplication& app, const TScriptPlan& plan, std::ostream& out) {
+  std::ostringstream text;
+  if (plan.compared) {
+    PrintComparison(app, false, text);
+    text << '\n';
+  }
+  text << plan.script << '\n';
+  for (const std::string& line : plan.unsafe) text << "unsafe: " << line << '\n';
+  out << WithoutControls(text.str());
+}
+
+bool UnsafeAllowed(const TScriptPlan& plan, bool allowed, TConsole& console) {
+  if (allowed || plan.unsafe.empty()) return true;
+  for (const std::string& line : plan.unsafe) console.Error("unsafe: " + line);
+  console.Error(plan.Summary() + ": nothing was run; --allow-unsafe runs them too");
   return false;
 }
 

@@ -17,7 +17,21 @@ void PrintComparison(const TApplication& app, bool failed, std::ostream& out);
 // What the exact dialect leaves alone, could not read, and could not prove.
 void TellExactNotes(const TApplication& app, TConsole& console);
 
-// Whether the actions may run: none is unsafe, or `allowed` says so. Otherwise they are listed.
-bool UnsafeActionsAllowed(const TApplication& app, bool allowed, TConsole& console);
+// A script that is about to run on `target`.
+struct TScriptPlan {
+  std::string script;
+  std::string target;      // its name for messages
+  std::size_t statements;  // of the script
+  TStringList unsafe;      // what may lose data, a line each
+  bool compared;           // the script is that of a comparison
+
+  std::string Summary() const;  // "3 statements on database shop of server db, with 1 unsafe change"
+};
+
+// What a user should have seen before the answer: differences, statements, what is unsafe.
+void ShowPlan(const TApplication& app, const TScriptPlan& plan, std::ostream& out);
+
+// Whether the script may run: nothing in it is unsafe, or `allowed` says so. Otherwise that is listed.
+bool UnsafeAllowed(const TScriptPlan& plan, bool allowed, TConsole& console);
 
 }  // namespace velmora

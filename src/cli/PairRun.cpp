@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/FaultPlace.h"
+#include "app/SideNames.h"
 #include "app/Sources.h"
 #include "app/Tasks.h"
 #include "cli/ComparisonText.h"
@@ -17,6 +18,8 @@ namespace velmora {
 
 namespace {
 
+constexpr char kAllowEmpty[] = "; nothing is made of it without --allow-empty-reference";
+constexpr char kExactReads[] = "--dialect exact reads this table";
 constexpr char kExactAlone[] = "Only a script of the exact dialect can be verified on the server";
 
 bool IsFile(TDBConn& conn) { return dynamic_cast<TDBConnMySQLOffline*>(&conn) != nullptr; }
@@ -40,8 +43,16 @@ std::optional<std::string> TPairRun::Compare(const TPair& pair, const TSourceOpt
   return Reported([&] {
     Open(pair, options, for_script);
     app_.Compare();
+    LookAtReference(pair, for_script);
     TellExactNotes(app_, console_);
   });
+}
+
+void TPairRun::LookAtReference(const TPair& pair, bool for_script) {
+  if (!app_.ReferenceIsEmpty()) return;
+  const std::string text = EmptyReferenceText(*app_.connections.reference);
+  if (for_script && !pair.allow_empty_reference) RaiseError(text + kAllowEmpty);
+  console_.Warn(text);
 }
 
 std::optional<std::string> TPairRun::CompareAgain() {
@@ -135,6 +146,7 @@ std::optional<std::string> TPairRun::Reported(Body body) {
     console_.Error(Placed(ComparisonPlace(app_.connections.reference.get(), app_.connections.target.get(),
                                           app_.TargetLost(), app_.TableUnderWay(), message),
                           message));
+    if (app_.ExactDialectReads()) console_.Note(kExactReads);
     return message;
   }
 }

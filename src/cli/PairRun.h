@@ -43,6 +43,8 @@ class TPairRun {
   // Also settles the dialect.
   TTaskConnections Make(const TPair& pair, const TSourceOptions& options);
   void Open(const TPair& pair, const TSourceOptions& options, bool for_script);
+  // A reference without tables is refused, or told of.
+  void LookAtReference(const TPair& pair, bool for_script);
   template <class Body>
   std::optional<std::string> Reported(Body body);
 

@@ -12,6 +12,12 @@ namespace velmora {
 namespace {
 
 constexpr std::size_t kHeaderLines = 2;
+constexpr char kStandardOutput[] = "-";
+
+// Whether the script leaves nothing that a comparison would find. What it leaves is told by the comparison.
+bool ReachesReference(const TApplication& app) {
+  return app.dialect != EDialect::Exact || (app.exact.Skipped().empty() && app.exact.DifferencesLeft() == 0);
+}
 
 std::string JsonText(const TStringList& lines, const std::optional<std::string>& error) {
   const auto body = lines.begin() + static_cast<std::ptrdiff_t>(std::min(kHeaderLines, lines.size()));
@@ -24,12 +30,14 @@ std::string JsonText(const TStringList& lines, const std::optional<std::string>&
 
 void TScriptCommand::Declare(CLI::App& app) {
   DeclarePair(app, pair_);
-  app.add_option("-o,--output", output_, "Write the script to FILE; an old file is replaced only by a whole script")
+  app.add_option("-o,--output", output_,
+                 "Write the script to FILE; an old file is replaced only by a whole script; - is standard output")
       ->type_name("FILE")
       ->check([](const std::string& name) {
         return name.empty() ? std::string("an empty name is no file") : std::string();
       });
   DeclareFormat(app, format_);
+  DeclareAllowEmpty(app, pair_);
   DeclareVerify(app, pair_);
   options_.DeclarePair(app);
 }
@@ -40,14 +48,15 @@ int TScriptCommand::Execute(TConsole& console) {
   std::optional<int> left;
   if (!error && pair_.verify_on_server) error = run.VerifyOnServer(left);
   if (!error) error = run.GenerateScript();
-  const bool to_file = !output_.empty();
+  const bool to_file = !output_.empty() && output_ != kStandardOutput;
   const std::string text = format_ == EFormat::Json ? JsonText(run.editor().Lines(), error) : run.editor().Text();
   if (to_file && !error) {
     WriteFileText(output_, text);
   } else if (format_ == EFormat::Json || !error) {
     console.out << text;
   }
-  return error || left.value_or(0) > 0 ? kExitFailure : kExitSuccess;
+  const bool reaches = !error && left.value_or(0) == 0 && ReachesReference(run.app());
+  return reaches ? kExitSuccess : kExitFailure;
 }
 
 }  // namespace velmora

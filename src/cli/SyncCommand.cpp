@@ -2,6 +2,7 @@
 #include <ostream>
 
 #include "app/RunTelling.h"
+#include "app/SideNames.h"
 #include "cli/Commands.h"
 #include "cli/ComparisonText.h"
 #include "cli/Interrupt.h"
@@ -47,8 +48,10 @@ int TellResult(TPairRun& run, TConsole& console) {
 void TSyncCommand::Declare(CLI::App& app) {
   DeclarePair(app, pair_);
   app.add_flag("--yes", yes_, "Do not ask before the run; needed where there is no terminal to ask on");
-  app.add_flag("--allow-unsafe", allow_unsafe_,
-               "Exact dialect: also run what may lose data; otherwise that is listed and nothing runs");
+  app.add_flag(
+      "--allow-unsafe", allow_unsafe_,
+      "Exact dialect: also run what may lose data, by comparison or of FILE; otherwise it is listed and nothing runs");
+  DeclareAllowEmpty(app, pair_);
   DeclareVerify(app, pair_);
   app.add_option("--script", script_, "Run the text of FILE instead of comparing")
       ->type_name("FILE")
@@ -66,10 +69,22 @@ bool TSyncCommand::Prepare(TPairRun& run, TConsole& console, int& status) {
     status = run.app().Identical() ? kExitSuccess : kExitFailure;
     return false;
   }
-  if (!UnsafeActionsAllowed(run.app(), allow_unsafe_, console)) return false;
+  return !run.GenerateScript();
+}
+
+// What is unsafe is asked of the text that will run, wherever it comes from.
+bool TSyncCommand::MayRun(TPairRun& run, const std::string& script, TConsole& console) {
+  TApplication& app = run.app();
+  const TScriptPlan plan{script, SideName(*app.connections.target), app.Statements(script).statements.size(),
+                         app.UnsafeStatements(script), script_.empty()};
+  if (!UnsafeAllowed(plan, allow_unsafe_, console)) return false;
   std::optional<int> left;
   if (pair_.verify_on_server && (run.VerifyOnServer(left) || *left > 0)) return false;
-  return !run.GenerateScript();
+  if (yes_) return true;
+  ShowPlan(app, plan, console.err);
+  if (console.Confirm("Run " + plan.Summary() + "?")) return true;
+  console.Error("nothing was run");
+  return false;
 }
 
 int TSyncCommand::Execute(TConsole& console) {
@@ -84,13 +99,7 @@ int TSyncCommand::Execute(TConsole& console) {
     return status;
   }
   const std::string script = run.editor().Text();
-  const std::size_t count = run.app().Statements(script).statements.size();
-  std::string name;
-  run.app().connections.target->GetDisplayName(name);
-  if (!yes_ && !console.Confirm(Format("Run %s on %s?", Counted(count, "statement"), name))) {
-    console.Error("nothing was run");
-    return kExitFailure;
-  }
+  if (!MayRun(run, script, console)) return kExitFailure;
   status = RunOn(run, script, console);
   const bool can_tell = run.app().dialect == EDialect::Exact && script_.empty() && status == kExitSuccess;
   return can_tell ? TellResult(run, console) : status;

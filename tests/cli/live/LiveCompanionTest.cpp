@@ -150,8 +150,8 @@ TEST_F(LiveCompanionTest, AsksBeforeTheRun) {
   };
   const TAnswer no = Run({"sync", "unused", Source("asked"), "--script", script}, answering(""));
   EXPECT_EQ(no.status, 2);
-  EXPECT_EQ(question, "Run 1 statement on localhost.asked? [y/N] ");
-  EXPECT_THAT(no.err, HasSubstr("nothing was run"));
+  EXPECT_EQ(question, "Run 1 statement on database asked of server localhost? [y/N] ");
+  EXPECT_EQ(no.err, "create table t (a int);\n\nvelmora-cli: nothing was run\n");
   EXPECT_EQ(Run({"sync", "unused", Source("asked"), "--script", script}, answering("Y ")).status, 0);
   EXPECT_EQ(testing::Answer(database.Connection(), "show tables"), "t");
 }

@@ -40,7 +40,8 @@ TEST_F(LiveExactTest, SyncRefusesWhatIsUnsafeAndTellsTheResultOfWhatRan) {
   EXPECT_EQ(refused.out, "");
   EXPECT_THAT(refused.err, StartsWith("velmora-cli: note: Left alone: view v of the target\n"
                                       "velmora-cli: unsafe: t: Changed column a: "));
-  EXPECT_THAT(refused.err, EndsWith("1 unsafe action: nothing was run; --allow-unsafe runs them too\n"));
+  EXPECT_THAT(refused.err, EndsWith("4 statements on database cli_target of server localhost, with 1 unsafe change: nothing was run; "
+                       "--allow-unsafe runs them too\n"));
   EXPECT_EQ(Ask("select count(*) from information_schema.columns where table_schema = 'cli_target'"), "2");
 
   const TAnswer ran = Exact({"sync", "--yes", "--allow-unsafe", "--verify-on-server"});
@@ -71,7 +72,10 @@ TEST_F(LiveExactTest, ATaskFilesDialectCountsUnlessOneIsGiven) {
   EXPECT_EQ(standard.status, 2) << "it cannot read an enum";
   const TAnswer saved = Run({"script", file, "-o", folder_ / "s.sql"});
   EXPECT_EQ(saved.status, 0);
-  const TAnswer ran = Run({"sync", file, "--script", folder_ / "s.sql", "--yes"});
+  const TAnswer refused = Run({"sync", file, "--script", folder_ / "s.sql", "--yes"});
+  EXPECT_EQ(refused.status, 2) << "the script of a file is asked for what it may lose, with nothing compared";
+  EXPECT_THAT(refused.err, HasSubstr("unsafe: line 8: alter table `t`: column a: varchar(40) to varchar(20): longer "));
+  const TAnswer ran = Run({"sync", file, "--script", folder_ / "s.sql", "--yes", "--allow-unsafe"});
   EXPECT_EQ(ran.status, 0) << ran.err;
   EXPECT_EQ(Run({"compare", file}).status, 0);
 }

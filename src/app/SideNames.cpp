@@ -1,0 +1,40 @@
+#include "app/SideNames.h"
+
+#include "core/CreationTexts.h"
+#include "core/Engines.h"
+#include "engines/mysql/OfflineEngine.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNotComparable[] =
+    "%s cannot be compared: a reference has to be a MySQL server or a file of creation texts that ends in .sql";
+constexpr char kEmptyReference[] = "%s has no tables: made equal to it, the target would lose all of its own";
+constexpr int kUsualPort = 3306;
+
+}  // namespace
+
+std::string SideName(TDBConn& conn) {
+  std::string shown;
+  conn.GetDisplayName(shown);
+  if (dynamic_cast<TDBConnMySQLOffline*>(&conn) != nullptr) return shown;
+  if (const auto* server = dynamic_cast<TDBConnMySQL*>(&conn)) {
+    const std::string host = server->server().empty() ? "localhost" : server->server();
+    const std::string port = server->port() == kUsualPort ? std::string() : Format(":%d", server->port());
+    return Format("database %s of server %s", server->database(), host + port);
+  }
+  std::string engine;
+  StrEngine(conn.GetEngine(), engine);
+  return engine + " database" + (shown.empty() ? shown : " " + shown);
+}
+
+void CheckComparable(TDBConn& reference) {
+  if (dynamic_cast<TCreationTexts*>(&reference) == nullptr) RaiseError(Format(kNotComparable, SideName(reference)));
+}
+
+std::string EmptyReferenceText(TDBConn& reference) { return Format(kEmptyReference, SideName(reference)); }
+
+}  // namespace velmora

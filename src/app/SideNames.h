@@ -1,0 +1,21 @@
+#pragma once
+
+// The two databases of a task in messages and questions.
+
+#include <string>
+
+#include "core/DBConn.h"
+
+namespace velmora {
+
+// "database shop of server db.example.org:3307"; of a file of creation texts its path; of other engines "Paradox
+// database /data". Works without a connection.
+std::string SideName(TDBConn& conn);
+
+// Raises for a reference that no comparison can read truthfully: one that gives no creation texts.
+void CheckComparable(TDBConn& reference);
+
+// What to say of a reference without tables, before anything is made of it.
+std::string EmptyReferenceText(TDBConn& reference);
+
+}  // namespace velmora
