@@ -174,6 +174,10 @@ void TApplication::TableTexts(const std::string& table, std::string& reference, 
   target = Exact() ? exact.TargetText(table) : BuiltText(connections.target.get(), table);
 }
 
+TLinePair TApplication::MarkedLines(const std::string& reference, const std::string& target) const {
+  return Exact() ? DifferingLines(reference, target, exact.Equivalences) : TLinePair();
+}
+
 void TApplication::GenerateScript() {
   if (Exact())
     exact.GenerateScript(editor_, clock_);

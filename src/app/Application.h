@@ -7,6 +7,7 @@
 #include <string>
 
 #include "app/Dialect.h"
+#include "app/LineDifference.h"
 #include "app/ScriptRunner.h"
 #include "exact/ExactSync.h"
 #include "sync/ActionTree.h"
@@ -62,6 +63,8 @@ class TApplication {
   // The creation texts of a table: in the exact dialect as the servers print them, otherwise built of what was read.
   // Empty for a side without the table.
   void TableTexts(const std::string& table, std::string& reference, std::string& target);
+  // The lines of these two texts that differ by what the comparison counts; the standard dialect tells of none.
+  TLinePair MarkedLines(const std::string& reference, const std::string& target) const;
 
   void GenerateScript();
   // The statements that a run of `text` executes.

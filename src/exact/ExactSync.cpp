@@ -38,6 +38,12 @@ std::string TextOf(const std::map<std::string, std::string>& texts, const std::s
   return found == texts.end() ? std::string() : found->second;
 }
 
+// With the table's name in front, unless the text has it.
+std::string LogLine(const TChange& change) {
+  const bool named = change.action == saChangeTableType || SyncAction(change.action).WholeTable();
+  return named ? change.LogText() : change.table + ": " + change.LogText();
+}
+
 }  // namespace
 
 TExactSync::TExactSync(TTaskConnections& connections, TdmData& data, TActionTree& tree, TProgress& progress,
@@ -126,7 +132,7 @@ void TExactSync::FillLog() {
   ActionLog = read_.left_alone;
   for (const TSkippedTable& skipped : read_.skipped)
     ActionLog.push_back(Format(kSkipped, skipped.table, skipped.side, skipped.reason));
-  for (const TChange& change : changes_) ActionLog.push_back(change.LogText());
+  for (const TChange& change : changes_) ActionLog.push_back(LogLine(change));
   for (const TEquivalence& row : velmora::Equivalences())
     if (const int count = Equivalences.Count(row.id); count > 0)
       ActionLog.push_back(Format(kTakenAsEqual, std::string(row.name), count));

@@ -2,6 +2,7 @@
 
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QPainter>
 
 #include "shell/Icons.h"
 #include "shell/QtText.h"
@@ -11,6 +12,7 @@ namespace velmora {
 namespace {
 
 constexpr int kNodeRole = Qt::UserRole;
+constexpr int kHintMargin = 12;
 
 }  // namespace
 
@@ -22,6 +24,7 @@ TActionTreeView::TActionTreeView(QWidget* parent)
                                     Icon(QStringLiteral("diff-table-new")),
                                     Icon(QStringLiteral("diff-table-obsolete"))} {
   setObjectName(QStringLiteral("tlActions"));
+  setAccessibleName(QStringLiteral("Sync actions"));
   setColumnCount(kColumnCount);
   setHeaderHidden(true);
   for (int column = tlActionNaslov + 1; column < kColumnCount; ++column) setColumnHidden(column, true);
@@ -89,6 +92,21 @@ void TActionTreeView::keyPressEvent(QKeyEvent* event) {
     return;
   }
   QTreeWidget::keyPressEvent(event);
+}
+
+void TActionTreeView::SetHint(const QString& hint) {
+  hint_ = hint;
+  setAccessibleDescription(hint);
+  viewport()->update();
+}
+
+void TActionTreeView::paintEvent(QPaintEvent* event) {
+  QTreeWidget::paintEvent(event);
+  if (topLevelItemCount() > 0 || hint_.isEmpty()) return;
+  QPainter painter(viewport());
+  painter.setPen(palette().color(QPalette::Text));
+  painter.drawText(viewport()->rect().adjusted(kHintMargin, kHintMargin, -kHintMargin, -kHintMargin),
+                   Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, hint_);
 }
 
 }  // namespace velmora

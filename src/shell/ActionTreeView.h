@@ -18,6 +18,8 @@ class TActionTreeView final : public QTreeWidget, public TTreeView {
 
   std::function<void()> OnDeleteKey;
 
+  void SetHint(const QString& hint);  // what an empty tree says
+
   const TActionNode* FocusedNode() const;  // null when there is none
   static const TActionNode* NodeOf(const QTreeWidgetItem* item);
 
@@ -30,12 +32,14 @@ class TActionTreeView final : public QTreeWidget, public TTreeView {
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
 
  private:
   std::array<QIcon, 6> imgDiff_;  // by TActionIcon
   std::unordered_map<const TActionNode*, QTreeWidgetItem*> items_;
   QList<QTreeWidgetItem*> pending_;  // top items of the update under way; ours until it ends
   bool updating_ = false;
+  QString hint_;
 };
 
 }  // namespace velmora

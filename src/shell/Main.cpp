@@ -6,10 +6,12 @@
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QScreen>
+#include <QStatusBar>
 #include <filesystem>
 #include <limits>
 
-#include "app/LineDifference.h"
+#include "app/FaultPlace.h"
+#include "core/Host.h"
 #include "persist/Settings.h"
 #include "shell/Commands.h"
 #include "shell/Icons.h"
@@ -26,11 +28,15 @@ namespace velmora {
 namespace {
 
 constexpr char kExactTitle[] = " (exact dialect)";
+constexpr char kTypedQuestion[] = "The script was edited and is not saved. Discard it?";
+constexpr char kExactHint[] = "Exact dialect: press F9 to analyze.";
 constexpr int kWidth = 1000;
 constexpr int kHeight = 700;
 constexpr int kUnplaced = std::numeric_limits<int>::min();
 constexpr int kEdgeHeight = 24;
+constexpr QSize kFrame(8, kEdgeHeight + 8);  // what a window system draws around a window, about
 constexpr int kReachedWidth = 48;
+constexpr int kFarthest = 1 << 20;  // of a place that any screen can show
 
 // A "&" in the name is none that underlines what follows. A name that is too long for its half is read in the hint.
 void ShowHeading(QLabel& heading, const char* caption, TDBConn& conn) {
@@ -57,6 +63,18 @@ bool CanBeReached(const QRect& place) {
   });
 }
 
+// As much of a window as the screen has room for, with its frame.
+QSize OnScreen(const QSize& size, const QRect& available) { return size.boundedTo(available.size() - kFrame); }
+
+// The place, moved as far as it takes for the window to lie on the screens.
+QPoint OnScreen(const QPoint& place, const QSize& size, const QRect& available) {
+  const QPoint last = available.bottomRight() - QPoint((size + kFrame).width(), (size + kFrame).height());
+  return {std::max(available.left(), std::min(place.x(), last.x())),
+          std::max(available.top(), std::min(place.y(), last.y()))};
+}
+
+int Bounded(int value) { return std::clamp(value, -kFarthest, kFarthest); }
+
 }  // namespace
 
 TfmMain::TfmMain(TDesktopSetup setup) : setup_(std::move(setup)) {
@@ -82,13 +100,17 @@ void TfmMain::ReadSettings() {
   TWindowPlace place{kWindowNormal, kUnplaced, kUnplaced, width(), height()};
   LoadSettings(setup_.settings_file, place, recent_);
   ShowRecent();
-  const QRect wanted(place.left, place.top, place.width, place.height);
-  if (place.state == kWindowNormal && wanted.isValid()) {
-    const bool reached = CanBeReached(wanted);
-    resize(reached ? wanted.size() : wanted.size().boundedTo(screen()->availableSize()));
-    if (reached) move(wanted.topLeft());
-  }
+  if (place.state == kWindowNormal && place.width > 0 && place.height > 0) PlaceAs(place);
   if (place.state == kWindowMaximised) setWindowState(Qt::WindowMaximized);
+}
+
+// A place that no screen has, or none at all, is left to the window system.
+void TfmMain::PlaceAs(const TWindowPlace& place) {
+  const QRect wanted(Bounded(place.left), Bounded(place.top), Bounded(place.width), Bounded(place.height));
+  if (!CanBeReached(wanted)) return resize(OnScreen(wanted.size(), screen()->availableGeometry()));
+  const QRect screens = screen()->availableVirtualGeometry();
+  resize(OnScreen(wanted.size(), screens));
+  move(OnScreen(wanted.topLeft(), size(), screens));
 }
 
 // Writes the options too.
@@ -106,7 +128,7 @@ void TfmMain::showEvent(QShowEvent* event) {
 }
 
 void TfmMain::FirstShow() {
-  script_ = std::make_unique<TScriptPort>(*mScript, [this] { page->setCurrentWidget(tsScript); });
+  script_ = std::make_unique<TScriptPort>(*mScript, [this] { page->setTabVisible(page->indexOf(tsScript), true); });
   log_ = std::make_unique<TWindowLog>(SystemClock(), forms_->progress, *mLog);
   mDDLref->SetBytes({});
   mDDLtgt->SetBytes({});
@@ -156,16 +178,17 @@ void TfmMain::SaveOptions() { velmora::SaveOptions(options_, *setup_.options); }
 // --- The task
 
 void TfmMain::ShowTask(bool active) {
+  active_ = active;
   page->show();
   lbEqual->hide();
-  Command("acSynchronize")->setEnabled(true);
-  Command("acDelAction")->setEnabled(true);
   for (const TCommand& command : velmora::Commands())
     if (command.list == ECommandList::acTask) Command(command.name)->setEnabled(active);
   for (QWidget* widget : std::initializer_list<QWidget*>{barAnalyze, panMain, pnDetails, splitter})
     widget->setVisible(active);
   lbNoTask->setVisible(!active);
   acExactDialect_->setEnabled(active);
+  if (!active) ClearWork();
+  UpdateExecute();
   SetDialect(active && task_->ExactDialect);
   ShowTitle(active);
   if (active) {
@@ -175,9 +198,26 @@ void TfmMain::ShowTask(bool active) {
     ShowHeading(*pnTgtH, " Tar&get: ", *app_->connections.target);
   } else {
     barFind->hide();
-    app_->data.mtActions.Clear();
-    app_->tree.Clear();
   }
+}
+
+void TfmMain::ClearWork() {
+  app_->data.mtActions.Clear();
+  app_->tree.Clear();
+  script_->Clear();
+  ScriptIs(EScriptOf::Nobody);
+  for (TSqlEdit* edit : {mDDLref, mDDLtgt}) {
+    edit->SetBytes({});
+    edit->MarkDifferences({});
+  }
+  log_->SetLines({});
+  tlActions->SetHint({});
+  statusBar()->clearMessage();
+}
+
+bool TfmMain::MayLoseScript() {
+  const bool typed = active_ && mScript->isModified() && mScript->length() > 0;
+  return !typed || ConfirmYes(kTypedQuestion);
 }
 
 void TfmMain::ShowTitle(bool active) {
@@ -212,10 +252,11 @@ void TfmMain::Analyze() {
   RunGuarded(
       [&] {
         app_->tree.Clear();
+        tlActions->SetHint({});
         analyze->setEnabled(false);
         panMain->setEnabled(false);
         log_->LogLine("Comparing...");
-        app_->Compare();
+        Compare();
         acGenScript();
         log_->SetLines(app_->ActionLog());
         page->setCurrentWidget(tsActions);
@@ -228,6 +269,22 @@ void TfmMain::Analyze() {
         forms_->progress.Finish();
         RestoreFocus(focused);
       });
+}
+
+// A connection that is lost is named with its side: the client's message tells of none.
+void TfmMain::Compare() {
+  try {
+    app_->Compare();
+  } catch (const EAbort&) {
+    throw;
+  } catch (const EVelmora& error) {
+    const TTaskConnections& pair = app_->connections;
+    if (!app_->TargetLost() && (pair.reference == nullptr || StandsConnected(*pair.reference))) throw;
+    const std::string place = ComparisonPlace(pair.reference.get(), pair.target.get(), app_->TargetLost(),
+                                              app_->TableUnderWay(), error.what());
+    if (place.empty()) throw;
+    RaiseError(place + ": " + error.what());
+  }
 }
 
 // What was disabled in between has lost the focus.
@@ -245,7 +302,7 @@ void TfmMain::ShowResult() {
   page->setVisible(!identical);
   if (identical) barFind->hide();
   if (!identical && !rows) page->setCurrentWidget(tsMessages);  // which names the tables that could not be read
-  Command("acSynchronize")->setEnabled(rows);
+  ScriptIs(rows ? EScriptOf::Analysis : EScriptOf::Nobody);
   Command("acDelAction")->setEnabled(rows);
 }
 
@@ -256,8 +313,7 @@ void TfmMain::ShowTableDDL(const std::string& table) {
   app_->TableTexts(table, reference, target);
   mDDLref->SetBytes(reference);
   mDDLtgt->SetBytes(target);
-  std::pair<std::vector<std::size_t>, std::vector<std::size_t>> lines;
-  if (acExactDialect_->isChecked()) lines = DifferingLines(LinesOf(reference), LinesOf(target));
+  const TLinePair lines = app_->MarkedLines(reference, target);
   mDDLref->MarkDifferences(lines.first);
   mDDLtgt->MarkDifferences(lines.second);
 }
@@ -267,10 +323,25 @@ void TfmMain::SetDialect(bool exact) {
   acExactDialect_->setChecked(exact);
   const EDialect dialect = exact ? EDialect::Exact : EDialect::Standard;
   if (std::exchange(app_->dialect, dialect) == dialect) return;
-  app_->data.mtActions.Clear();
-  app_->tree.Clear();
-  for (TSqlEdit* edit : {mScript, mDDLref, mDDLtgt}) edit->SetBytes({});
-  for (TSqlEdit* edit : {mDDLref, mDDLtgt}) edit->MarkDifferences({});
+  ClearWork();
+  if (exact) tlActions->SetHint(QLatin1String(kExactHint));
+}
+
+// --- The script
+
+EScriptOf TfmMain::ScriptOf() const { return mScript->isModified() ? EScriptOf::User : script_of_; }
+
+void TfmMain::ScriptIs(EScriptOf origin) {
+  script_->Flush();
+  script_of_ = origin;
+  mScript->setModified(false);
+  UpdateExecute();
+}
+
+void TfmMain::UpdateExecute() {
+  const EScriptOf origin = ScriptOf();
+  const bool typed = origin == EScriptOf::User && mScript->length() > 0;
+  Command("acSynchronize")->setEnabled(active_ && (typed || origin == EScriptOf::Analysis));
 }
 
 void TfmMain::ShowFind() {

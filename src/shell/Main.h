@@ -32,6 +32,7 @@ class TfmOptions;
 class TfmProgress;
 class TfmTaskWiz;
 class TWindowLog;
+struct TWindowPlace;
 
 // The forms that the main window shows, all of which outlive it.
 struct TForms {
@@ -47,6 +48,13 @@ struct TDesktopSetup {
   std::string settings_file;        // where the window's place and the recent list are kept
   TOptionStore* options = nullptr;  // outlives the window
   TEngineClients clients;
+};
+
+// Whose work the script in the editor is, as far as the open pair goes.
+enum class EScriptOf {
+  Nobody,    // there is none, or it has nothing to do
+  Analysis,  // generated for the open pair
+  User       // loaded or typed while the pair was open
 };
 
 // The one main window. It owns the open task and has all commands. Each command is an operation of its own name; its
@@ -111,6 +119,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   // Start and end
   void FirstShow();
   void ReadSettings();
+  void PlaceAs(const TWindowPlace& place);
   void WriteSettings();
   void Close();
   void LoadOptions();
@@ -122,11 +131,19 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void RecentAdd(const std::string& path) override;
   void ShowRecent();
   void ShowTitle(bool active);
+  void ClearWork();      // what a former pair left: tree, panels, log, script
+  bool MayLoseScript();  // asks where a text would go that was typed and not saved
 
   // Analysis
   void Analyze();
+  void Compare();
   void SetDialect(bool exact);
-  bool MayRun();
+  EScriptOf ScriptOf() const;
+  void ScriptIs(EScriptOf origin);  // of the text as it stands; typing makes it the user's
+  void UpdateExecute();
+  bool MayRun(const std::string& script);
+  void TellRun();
+  void TellFailedRun(const std::string& script, const std::string& error);
   void RestoreFocus(QWidget* focused);
   void ShowResult();
   void ShowTableDDL(const std::string& table);
@@ -140,6 +157,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   std::vector<QAction*> acRecent_;
   QAction* acExactDialect_ = nullptr;
   bool shown_ = false;
+  bool active_ = false;  // a task is shown
+  EScriptOf script_of_ = EScriptOf::Nobody;
   bool following_ = false;            // one panel scrolls because the other did
   const QAction* running_ = nullptr;  // the command that is under way
 

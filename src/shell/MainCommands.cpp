@@ -3,9 +3,11 @@
 #include <QApplication>
 #include <QFontInfo>
 #include <QPlainTextEdit>
+#include <QStatusBar>
 #include <QUrl>
 #include <algorithm>
 
+#include "app/RunTelling.h"
 #include "core/Host.h"
 #include "shell/About.h"
 #include "shell/Dump.h"
@@ -17,6 +19,7 @@
 #include "shell/TopLevel.h"
 #include "shell/WindowLog.h"
 #include "util/Addresses.h"
+#include "util/Counted.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -27,6 +30,7 @@ namespace velmora {
 namespace {
 
 constexpr char kScriptFilter[] = "MySQL script|*.sql";
+constexpr char kRunQuestion[] = "Run %s on %s?";
 constexpr char kUnsafeQuestion[] = "%d actions of this script can lose data:";
 constexpr std::size_t kListedUnsafe = 12;
 constexpr qsizetype kUnsafeLetters = 200;
@@ -45,6 +49,18 @@ class TDisabled {
   QAction* command_;
 };
 
+// Keeps an editor's text as it is.
+class TFrozen {
+ public:
+  explicit TFrozen(TSqlEdit& edit) : edit_(edit) { edit_.setReadOnly(true); }
+  ~TFrozen() { edit_.setReadOnly(false); }
+  TFrozen(const TFrozen&) = delete;
+  TFrozen& operator=(const TFrozen&) = delete;
+
+ private:
+  TSqlEdit& edit_;
+};
+
 }  // namespace
 
 // --- Scripts
@@ -52,53 +68,89 @@ class TDisabled {
 void TfmMain::acLoadScriptFromFile() {
   std::string path;
   if (!Host().OpenFile(kScriptFilter, path)) return;
+  const std::string text = ReadFileText(path);
+  lbEqual->hide();
+  page->show();
   page->setCurrentWidget(tsScript);
-  script_->SetText(ReadFileText(path));
+  script_->SetText(text);
+  ScriptIs(EScriptOf::User);
 }
 
 void TfmMain::acSaveScriptToFile() {
   std::string path;
-  if (Host().SaveFile(kScriptFilter, path)) WriteFileText(path, script_->Text());
+  if (!Host().SaveFile(kScriptFilter, path)) return;
+  const EScriptOf origin = ScriptOf();
+  WriteFileText(path, script_->Text());
+  ScriptIs(origin);
 }
 
 void TfmMain::acGenScript() {
-  RunGuarded([this] { app_->GenerateScript(); }, [this] { script_->Flush(); });
+  EScriptOf origin = script_of_;
+  RunGuarded(
+      [&] {
+        app_->GenerateScript();
+        origin = EScriptOf::Analysis;
+      },
+      [&] { ScriptIs(origin); });
 }
 
 void TfmMain::acRunScript() {
   const TDisabled disabled(Command("acRunScript"));
   script_->ClearMarks();
   Host().ProcessMessages();
+  const std::string script = script_->Text();
   try {
-    app_->RunScript(script_->Text());
-  } catch (...) {
-    page->setCurrentWidget(tsScript);  // where the failed statement is marked
-    mScript->setFocus();
-    throw;
+    app_->RunScript(script);
+  } catch (const EVelmora& error) {
+    TellFailedRun(script, error.what());
   }
+  TellRun();
 }
 
-// In the standard dialect no question comes before the run, and nothing is compared behind it.
+void TfmMain::TellRun() {
+  const std::string line = SuccessLine(*app_->connections.target, app_->RunReport());
+  log_->LogLine(line);
+  statusBar()->showMessage(ToQt(line));
+}
+
+void TfmMain::TellFailedRun(const std::string& script, const std::string& error) {
+  page->setCurrentWidget(tsScript);  // where the failed statement is marked
+  mScript->setFocus();
+  const TStringList lines = FailureLines(*app_->connections.target, app_->RunReport(), script, error);
+  for (const std::string& line : lines) log_->LogLine(line);
+  RaiseError(JoinList(lines, "\n"));
+}
+
+// In the standard dialect no question comes before the run of a generated script, and nothing is compared after it.
 void TfmMain::acSynchronize() {
-  if (!MayRun()) return;
+  const bool generated = script_of_ == EScriptOf::Analysis;
   {
+    const TFrozen frozen(*mScript);  // what is asked about is what runs
+    if (!MayRun(script_->Text())) return;
     const TDisabled disabled(Command("acSynchronize"));
     acRunScript();
   }
-  if (acExactDialect_->isChecked()) Analyze();
+  if (!acExactDialect_->isChecked() || !generated) return;
+  Analyze();
+  TellRun();
 }
 
-bool TfmMain::MayRun() {
+bool TfmMain::MayRun(const std::string& script) {
   const TStringList unsafe = app_->UnsafeActions();
-  if (unsafe.empty()) return true;
-  std::string question = Format(kUnsafeQuestion, unsafe.size());
+  if (unsafe.empty() && ScriptOf() != EScriptOf::User) return true;
+  std::string target;
+  app_->connections.target->GetDisplayName(target);
+  std::string question = Format(kRunQuestion, Counted(app_->Statements(script).statements.size(), "statement"), target);
+  if (unsafe.empty()) return ConfirmYes(question);
+  question += "\n\n" + Format(kUnsafeQuestion, unsafe.size());
   for (std::size_t i = 0; i < std::min(unsafe.size(), kListedUnsafe); ++i)
     question += "\n- " + FromQt(Shortened(ToQt(unsafe[i]), kUnsafeLetters));
   if (unsafe.size() > kListedUnsafe) question += Format("\n(and %d more)", unsafe.size() - kListedUnsafe);
-  return ConfirmYes(question + "\n\nRun the script?");
+  return ConfirmYes(question);
 }
 
 void TfmMain::acExactDialect() {
+  if (!MayLoseScript()) return acExactDialect_->toggle();
   task_->ExactDialect = acExactDialect_->isChecked();
   ShowTask(true);
 }
@@ -108,7 +160,9 @@ void TfmMain::acExactDialect() {
 void TfmMain::acNewTask() {
   TfmTaskWiz& wizard = forms_->wizard;
   if (wizard.exec() != QDialog::Accepted) return;
+  if (!MayLoseScript()) return;
   Host().ProcessMessages();
+  ClearWork();
   TTaskConnections& open = app_->connections;
   // Deliberate: what was open stays connected until the window closes.
   former_.push_back({std::move(open.reference), std::move(open.target)});
@@ -123,16 +177,20 @@ void TfmMain::acNewTask() {
 
 void TfmMain::acOpenTask() {
   std::string path;
-  if (Host().OpenFile(kTaskFilter, path)) task_->OpenTask(path);
+  if (!Host().OpenFile(kTaskFilter, path)) return;
+  if (!MayLoseScript()) return;
+  task_->OpenTask(path);
 }
 
 void TfmMain::acRecent(std::size_t index) {
   const std::string path = recent_.Path(index);
   acCloseTask();
-  task_->OpenTask(path);
+  if (!active_) task_->OpenTask(path);
 }
 
-void TfmMain::acCloseTask() { task_->CloseTask(); }
+void TfmMain::acCloseTask() {
+  if (MayLoseScript()) task_->CloseTask();
+}
 
 void TfmMain::acSaveTask() {
   if (task_->TaskIsUntitled) {
@@ -147,7 +205,10 @@ void TfmMain::acSaveTaskAs() {
   if (Host().SaveFile(kTaskFilter, path)) task_->SaveTask(path);
 }
 
-void TfmMain::acAnalyze() { Analyze(); }
+void TfmMain::acAnalyze() {
+  statusBar()->clearMessage();
+  Analyze();
+}
 
 void TfmMain::acDelAction() {
   DeleteAction(tlActions->FocusedNode(), app_->tree, app_->data, [this] { acGenScript(); });

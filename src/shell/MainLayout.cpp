@@ -239,6 +239,8 @@ QWidget* TfmMain::MakeDetails() {
 }
 
 void TfmMain::ConnectWorkArea() {
+  connect(mScript, &QsciScintilla::textChanged, this, [this] { UpdateExecute(); });
+  connect(mScript, &QsciScintilla::modificationChanged, this, [this] { UpdateExecute(); });
   Handle(tlActions, &QTreeWidget::currentItemChanged, this, [this] {
     const TActionNode* node = tlActions->FocusedNode();
     if (node != nullptr) ShowTableDDL(node->parent != nullptr ? node->parent->text : node->text);

@@ -50,17 +50,6 @@ std::vector<TFilterPart> FilterParts(const std::string& filter) {
   return parts;
 }
 
-// "*.sql" as "*.[sS][qQ][lL]": Qt's own dialogs tell letters of either case apart.
-std::string AnyCase(const std::string& mask) {
-  std::string text;
-  for (const char c : mask) {
-    const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-    text +=
-        letter ? std::string{'[', static_cast<char>(c | 0x20), static_cast<char>(c & ~0x20), ']'} : std::string(1, c);
-  }
-  return text;
-}
-
 bool Choose(QFileDialog& dialog, const std::string& filter, std::string& path) {
   QStringList filters;
   for (const std::string& part : LinesOf(QtFilter(filter))) filters << ToQt(part);
@@ -89,7 +78,7 @@ std::string QtFilter(const std::string& filter) {
   std::string text;
   for (const TFilterPart& part : FilterParts(filter)) {
     TStringList masks;
-    for (const std::string& mask : part.masks) masks.push_back(mask == kAllMasks ? "*" : AnyCase(mask));
+    for (const std::string& mask : part.masks) masks.push_back(mask == kAllMasks ? "*" : mask);
     text += (text.empty() ? "" : "\n") + part.caption + " (" + JoinList(masks, " ") + ")";
   }
   return text;

@@ -37,8 +37,8 @@ class TQtHost : public THost {
   std::unique_ptr<TfmHelp> help_;  // from its first showing on
 };
 
-// The masks of a filter such as "MySQL script|*.sql", as Qt's dialogs take them: "MySQL script (*.sql)". Masks ignore
-// letter case.
+// The masks of a filter such as "MySQL script|*.sql", as Qt's dialogs take them: "MySQL script (*.sql)". Qt's own
+// dialogs ignore letter case.
 std::string QtFilter(const std::string& filter);
 std::string FilterExtension(const std::string& filter);  // "sql"; empty for a mask without one
 

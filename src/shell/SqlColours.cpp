@@ -43,7 +43,7 @@ TSqlColours LightColours() {
   return {.keyword = QColor(0x00, 0x33, 0xB3),
           .string = QColor(0x8A, 0x1F, 0x5C),
           .number = QColor(0x0F, 0x6E, 0x6E),
-          .comment = QColor(0x6A, 0x73, 0x7D),
+          .comment = QColor(0x4B, 0x55, 0x60),
           .name = QColor(0x5B, 0x43, 0x00),
           .brace = QColor(0xCF, 0xE3, 0xFF),
           .fault = QColor(0xC6, 0x28, 0x28),
@@ -55,7 +55,7 @@ TSqlColours DarkColours() {
   return {.keyword = QColor(0x7A, 0xB4, 0xFF),
           .string = QColor(0xE3, 0x9A, 0xC4),
           .number = QColor(0x7F, 0xD1, 0xC7),
-          .comment = QColor(0x9A, 0xA5, 0xB1),
+          .comment = QColor(0xA9, 0xB4, 0xC0),
           .name = QColor(0xE5, 0xC9, 0x7B),
           .brace = QColor(0x2F, 0x4B, 0x72),
           .fault = QColor(0xFF, 0x6B, 0x6B),
@@ -76,7 +76,8 @@ TSqlColours SqlColours(const QPalette& palette) {
   TSqlColours colours = paper.lightness() < kDarkBelow ? DarkColours() : LightColours();
   colours.text = text;
   colours.paper = paper;
-  colours.current_line = Mixed(paper, text, 0.05);
+  colours.current_line = text;
+  colours.current_line.setAlphaF(0.06F);
   colours.margin = Mixed(paper, text, 0.04);
   colours.margin_text = Mixed(paper, text, 0.55);
   return colours;

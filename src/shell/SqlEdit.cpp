@@ -117,7 +117,7 @@ void TSqlEdit::ApplyColours() {
   setColor(colours.text);
   setPaper(colours.paper);
   setCaretForegroundColor(colours.text);
-  setCaretLineBackgroundColor(colours.current_line);
+  setCaretLineBackgroundColor(colours.current_line);  // lets the colour of a mark through
   setMarginsFont(font_);
   setMarginsForegroundColor(colours.margin_text);
   setMarginsBackgroundColor(colours.margin);

@@ -113,7 +113,24 @@ class TDesktopRig {
       box->close();
     });
     Trigger(command);
+    QApplication::setActiveWindow(&Main());
     return text;
+  }
+
+  // Triggers a command that asks something, with that answer ("Yes", "No"), and runs what then comes up; gives the
+  // question, empty if none came.
+  std::string Ask(const char* command, const char* answer, std::function<void(QWidget*)> next = nullptr) {
+    std::string question;
+    WhenModal([&](QWidget* box) {
+      question = FromQt(box->property("text").toString());
+      if (next) WhenModal(next);
+      for (QAbstractButton* button : box->findChildren<QAbstractButton*>())
+        if (button->text().remove(QLatin1Char('&')) == QLatin1String(answer)) return button->click();
+      box->close();
+    });
+    Trigger(command);
+    QApplication::setActiveWindow(&Main());
+    return question;
   }
 
   static void Click(QWidget* window, const char* name) {

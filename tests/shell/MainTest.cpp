@@ -1,6 +1,8 @@
 #include <QElapsedTimer>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QTimer>
+#include <climits>
 #include <filesystem>
 
 #include "shell/Commands.h"
@@ -52,7 +54,7 @@ class MainTest : public ::testing::Test {
 TEST_F(MainTest, StatesFollowTaskAndAnalysis) {
   struct TState {
     const char* name;
-    bool no_task, panel, page, equal, task_commands, act;
+    bool no_task, panel, page, equal, task_commands, act, run;
   };
   const auto expect = [this](const TState& state) {
     SCOPED_TRACE(state.name);
@@ -64,32 +66,31 @@ TEST_F(MainTest, StatesFollowTaskAndAnalysis) {
     for (const TCommand& command : Commands()) {
       const std::string name = command.name;
       if (!rig_.Main().Command(name)->isVisible()) continue;
-      const bool acts = name == "acSynchronize" || name == "acDelAction";
-      const bool expected = command.list == ECommandList::acList || (acts ? state.act : state.task_commands);
-      EXPECT_EQ(rig_.Enabled(command.name), expected) << name;
+      const bool ofTask = name == "acSynchronize" ? state.run : name == "acDelAction" ? state.act : state.task_commands;
+      EXPECT_EQ(rig_.Enabled(command.name), command.list == ECommandList::acList || ofTask) << name;
     }
   };
-  expect({"start", true, false, false, false, false, false});
+  expect({"start", true, false, false, false, false, false, false});
   rig_.Press(Qt::Key_F9);  // disabled without a task
   EXPECT_EQ(rig_.Main().windowTitle(), QStringLiteral("Velmora 2.0"));
 
   OpenPair();
-  expect({"open", false, true, true, false, true, true});
+  expect({"open", false, true, true, false, true, true, false});
   EXPECT_EQ(rig_.Main().windowTitle(), QStringLiteral("Untitled - Velmora 2.0"));
   EXPECT_THAT(FromQt(rig_.Find<QLabel>("pnRefH")->text()), StartsWith(" &Reference: "));
   EXPECT_THAT(FromQt(rig_.Find<QLabel>("pnTgtH")->text()), StartsWith(" Tar&get: "));
 
   rig_.Press(Qt::Key_F9);
-  expect({"differences", false, true, true, false, true, true});
+  expect({"differences", false, true, true, false, true, true, true});
   EXPECT_EQ(CurrentPage(), "tsActions");
 
   rig_.Trigger("acSynchronize");
   rig_.Trigger("acAnalyze");
-  expect({"identical", false, true, false, true, true, false});
+  expect({"identical", false, true, false, true, true, false, false});
   EXPECT_EQ(rig_.Find<QLabel>("lbEqual")->text(), QStringLiteral("Databases are identical. Nothing to synchronize."));
 
   rig_.Trigger("acCloseTask");
-  expect({"closed", true, false, false, false, false, false});
+  expect({"closed", true, false, false, false, false, false, false});
 }
 
 TEST_F(MainTest, AnalysisShowsTreeTextsScriptAndLog) {
@@ -120,6 +121,62 @@ TEST_F(MainTest, AnalysisShowsTreeTextsScriptAndLog) {
   EXPECT_EQ(rig_.Find<QWidget>("pnRef")->width(), details->width() / 2);
 }
 
+TEST_F(MainTest, NothingOfAFormerPairIsLeftToRun) {
+  OpenPair();
+  rig_.host->chosen = rig_.folder / "other.vlt";
+  rig_.Trigger("acSaveTask");
+  const auto expect_nothing = [this](const char* after) {
+    SCOPED_TRACE(after);
+    EXPECT_THAT(TreeTexts(), IsEmpty());
+    for (const char* editor : {"mScript", "mDDLref", "mDDLtgt"}) EXPECT_THAT(rig_.Text(editor), IsEmpty()) << editor;
+    EXPECT_TRUE(rig_.Find<QPlainTextEdit>("mLog")->toPlainText().isEmpty());
+    EXPECT_FALSE(rig_.Enabled("acSynchronize"));
+  };
+  const std::pair<const char*, std::function<void()>> ways[] = {
+      {"New", [this] { OpenPair(); }},
+      {"Open", [this] { rig_.Trigger("acOpenTask"); }},
+      {"Recent", [this] { rig_.Find<QAction>("acRecent1")->trigger(); }},
+      {"Close", [this] { rig_.Trigger("acCloseTask"); }}};
+  for (const auto& [name, leave] : ways) {
+    rig_.Trigger("acAnalyze");
+    Tree().setCurrentItem(Item("gone"));
+    rig_.Trigger("acSaveTask");  // the pair stays, and its work with it
+    EXPECT_TRUE(rig_.Enabled("acSynchronize"));
+    leave();
+    expect_nothing(name);
+  }
+  rig_.Trigger("acOpenTask");
+  expect_nothing("Open after Close");
+}
+
+TEST_F(MainTest, AScriptOfTheUsersOwnRunsWhereTheQuestionSays) {
+  OpenPair();
+  auto& edit = dynamic_cast<TSqlEdit&>(*rig_.Find<QWidget>("mScript"));
+  QTest::keyClicks(&edit, QStringLiteral("drop table gone;"));
+  EXPECT_EQ(rig_.Ask("acSynchronize", "No"), "Run 1 statement on localhost.main_tgt?");
+  EXPECT_TRUE(edit.isModified());
+  EXPECT_THAT(rig_.Ask("acCloseTask", "No"), HasSubstr("not saved"));
+  EXPECT_EQ(rig_.Text("mScript"), "drop table gone;");
+
+  rig_.host->chosen = rig_.folder / "own.sql";
+  rig_.Trigger("acSaveScriptToFile");
+  rig_.Trigger("acCloseTask");  // asks nothing any more
+  rig_.Trigger("acLoadScriptFromFile");
+  EXPECT_FALSE(rig_.Enabled("acSynchronize"));  // there is no target
+  OpenPair();
+  rig_.Press(Qt::Key_F9);
+  rig_.Trigger("acSynchronize");
+  rig_.Press(Qt::Key_F9);
+  EXPECT_FALSE(rig_.Enabled("acSynchronize"));  // identical
+  WriteFileText(rig_.host->chosen, "create table extra (a int);\n");
+  rig_.Trigger("acLoadScriptFromFile");
+  EXPECT_TRUE(rig_.Shown("mScript"));
+  EXPECT_THAT(rig_.Ask("acSynchronize", "Yes"), HasSubstr("main_tgt"));
+  EXPECT_EQ(FromQt(rig_.Main().statusBar()->currentMessage()), "1 statement ran on localhost.main_tgt.");
+  rig_.Press(Qt::Key_F9);
+  EXPECT_THAT(TreeTexts(), ElementsAre("extra"));
+}
+
 TEST_F(MainTest, DeletedActionsLeaveTheScript) {
   OpenPair();
   EXPECT_EQ(rig_.MessageOfCommand("acDelAction"), "Please select action before deletion");
@@ -128,14 +185,13 @@ TEST_F(MainTest, DeletedActionsLeaveTheScript) {
   rig_.Trigger("acDelAction");
   EXPECT_EQ(Item("New column b"), nullptr);
   EXPECT_THAT(rig_.Text("mScript"), ::testing::Not(HasSubstr("add b ")));
+  Tree().setFocus();
   Tree().setCurrentItem(Item("changed"));
-  QTest::keyClick(&Tree(), Qt::Key_Delete);
-  EXPECT_THAT(TreeTexts(), ElementsAre("gone", "fresh"));
-  for (const char* table : {"gone", "fresh"}) {
-    Tree().setCurrentItem(Item(table));
-    rig_.Trigger("acDelAction");
-  }
+  for (int presses = 0; presses < 3; ++presses) QTest::keyClick(QApplication::focusWidget(), Qt::Key_Delete);
   EXPECT_THAT(TreeTexts(), IsEmpty());
+  EXPECT_EQ(CurrentPage(), "tsActions");
+  EXPECT_EQ(QApplication::focusWidget(), &Tree());
+  EXPECT_THAT(rig_.Text("mScript"), StartsWith("--Script created"));
   EXPECT_FALSE(rig_.Shown("lbEqual"));  // only an analysis brings it up
   EXPECT_EQ(rig_.MessageOfCommand("acDelAction"), "Please select action before deletion");
 }
@@ -191,7 +247,17 @@ TEST_F(MainTest, AFailedStatementIsMarkedWithTheCaretOnIt) {
   rig_.Trigger("acLoadScriptFromFile");
   EXPECT_EQ(CurrentPage(), "tsScript");
   EXPECT_THAT(rig_.host->asked, ElementsAre("MySQL script|*.sql"));
-  EXPECT_THAT(rig_.MessageOfCommand("acSynchronize"), HasSubstr("You have an error in your SQL syntax"));
+  std::string told;
+  rig_.Ask("acSynchronize", "Yes", [&](QWidget* box) {
+    told = FromQt(box->property("text").toString());
+    box->close();
+  });
+  for (const char* line :
+       {"statement 2 of 3 failed at line 4, column 1: create tabel wrong", "You have an error in your SQL syntax",
+        "1 of 3 statements ran before it and are in force", "  1: create table made (a int)"}) {
+    EXPECT_THAT(told, HasSubstr(line));
+    EXPECT_THAT(FromQt(rig_.Find<QPlainTextEdit>("mLog")->toPlainText()), HasSubstr(line));
+  }
   auto& edit = dynamic_cast<TSqlEdit&>(*rig_.Find<QWidget>("mScript"));
   int line = 0;
   int index = 0;
@@ -199,6 +265,10 @@ TEST_F(MainTest, AFailedStatementIsMarkedWithTheCaretOnIt) {
   EXPECT_EQ(line, 3);
   EXPECT_TRUE(edit.IsMarked(3));
   EXPECT_FALSE(edit.hasSelectedText());
+  const int top = static_cast<int>(edit.SendScintilla(QsciScintilla::SCI_POINTYFROMPOSITION, 0UL,
+                                                      edit.SendScintilla(QsciScintilla::SCI_GETCURRENTPOS)));
+  const QColor behind = edit.viewport()->grab().toImage().pixelColor(edit.viewport()->width() - 20, top + 3);
+  EXPECT_GT(behind.red(), behind.blue() + 20) << "the current line hides the mark";
   for (const char* command : {"acSynchronize", "acRunScript"}) EXPECT_TRUE(rig_.Enabled(command)) << command;
   EXPECT_FALSE(rig_.Progress().isVisible());
   EXPECT_TRUE(rig_.Main().isEnabled());
@@ -216,7 +286,7 @@ TEST_F(MainTest, AFailedAnalysisLeavesTheEarlierState) {
   rig_.Trigger("acAnalyze");
   const std::string script = rig_.Text("mScript");
   reference_.Run("drop database main_ref");
-  EXPECT_THAT(rig_.MessageOfCommand("acAnalyze"), HasSubstr("main_ref"));
+  EXPECT_THAT(rig_.MessageOfCommand("acAnalyze"), StartsWith("localhost.main_ref: "));
   EXPECT_TRUE(rig_.Shown("page"));
   EXPECT_FALSE(rig_.Shown("lbEqual"));
   EXPECT_TRUE(rig_.Enabled("acAnalyze"));
@@ -283,7 +353,7 @@ TEST_F(MainTest, FailedConnectionsLeaveTheWizardOnItsPage) {
 
 TEST_F(MainTest, PlaceAndOptionsAreKeptFromRunToRun) {
   EXPECT_EQ(rig_.Find<QPlainTextEdit>("mLog")->font().family(), QStringLiteral("Tahoma"));
-  rig_.Main().setGeometry(40, 50, 812, 613);
+  rig_.Main().setGeometry(40, 50, 712, 613);
   WhenModal([](QWidget* dialog) {
     dialog->findChild<QAbstractButton*>(QStringLiteral("chkVerboseLog"))->click();
     QTest::keyClick(dialog, Qt::Key_Return);
@@ -291,7 +361,7 @@ TEST_F(MainTest, PlaceAndOptionsAreKeptFromRunToRun) {
   QTest::keyClick(&rig_.Main(), Qt::Key_O, Qt::AltModifier);  // its menu is never shown
   rig_.Main().close();
   rig_.Start();
-  EXPECT_EQ(rig_.Main().geometry(), QRect(40, 50, 812, 613));
+  EXPECT_EQ(rig_.Main().geometry(), QRect(40, 50, 712, 613));
   EXPECT_THAT(ReadFileText(rig_.folder / "options.values"), HasSubstr("VerboseLog"));
 
   rig_.Main().showMaximized();
@@ -299,17 +369,21 @@ TEST_F(MainTest, PlaceAndOptionsAreKeptFromRunToRun) {
   EXPECT_THAT(ReadFileText(rig_.folder / "Velmora.settings"), HasSubstr("<State>2</State>"));
   WriteFileText(rig_.folder / "Velmora.settings", "<root><Window><State>0</State><Left>5</Left></Window></root>");
   rig_.Start();  // a broken file is passed over
-  EXPECT_EQ(rig_.Main().size(), QSize(1000, 700));
+  EXPECT_EQ(rig_.Main().height(), 700);
+  EXPECT_TRUE(rig_.Main().screen()->geometry().contains(rig_.Main().geometry()));
 
-  for (const auto& [left, top] : {std::pair(0, 0), std::pair(50000, 40), std::pair(40, -600)}) {  // a lost screen
+  const QRect wide(0, 0, 9000, 8000);
+  for (const QRect& place : {QRect(0, 0, 640, 480), QRect(50000, 40, 640, 480), QRect(40, -600, 640, 480), wide,
+                             QRect(600, 500, 640, 480), QRect(INT_MIN, INT_MIN, 640, 480)}) {
     WriteFileText(rig_.folder / "Velmora.settings",
-                  Format("<root><Window><State>0</State><Left>%d</Left><Top>%d</Top><Width>640</Width>"
-                         "<Height>480</Height></Window></root>",
-                         left, top));
+                  Format("<root><Window><State>0</State><Left>%d</Left><Top>%d</Top><Width>%d</Width>"
+                         "<Height>%d</Height></Window></root>",
+                         place.left(), place.top(), place.width(), place.height()));
     rig_.Start();
-    EXPECT_TRUE(rig_.Main().screen()->geometry().contains(rig_.Main().geometry())) << left;
-    EXPECT_EQ(rig_.Main().size(), QSize(640, 480));
-    EXPECT_EQ(rig_.Main().testAttribute(Qt::WA_Moved), left == 0);
+    EXPECT_TRUE(rig_.Main().screen()->geometry().contains(rig_.Main().geometry())) << place.left();
+    EXPECT_EQ(rig_.Main().size() == QSize(640, 480), place != wide);
+    const bool reached = place.topLeft() == QPoint(0, 0) || place.left() == 600;
+    EXPECT_EQ(rig_.Main().testAttribute(Qt::WA_Moved), reached) << place.left();
   }
 }
 
