@@ -30,6 +30,10 @@ constexpr std::size_t kBlock = 65536;
 constexpr int kMaxLinks = 40;
 constexpr int kMaxNames = 100;
 constexpr unsigned kUsualMode = 0666;
+constexpr char kTemporary[] = ".~%08x";
+constexpr std::string_view kTemporaryStart = ".~";
+constexpr std::size_t kTemporaryDigits = 8;
+constexpr time_t kLeftoverAge = 24 * 60 * 60;  // seconds; nobody takes that long to write a file
 constexpr char kPlantedLink[] =
     "Cannot write %s: it is a link in a folder that others may write; name the file itself, or another folder";
 constexpr char kStrangersPipe[] = "Cannot write %s: it is a pipe of another user";
@@ -133,6 +137,23 @@ bool IsReplaceable(const fs::path& path) {
   return false;
 }
 
+bool IsTemporaryName(std::string_view name) {
+  return name.starts_with(kTemporaryStart) && name.size() == kTemporaryStart.size() + kTemporaryDigits &&
+         name.find_first_not_of("0123456789abcdef", kTemporaryStart.size()) == std::string_view::npos;
+}
+
+// New files that killed programs of this user left, last written to before `time`.
+void RemoveLeftovers(const fs::path& folder, time_t time) {
+  std::error_code error;
+  fs::directory_iterator entry(folder, error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    if (!IsTemporaryName(entry->path().filename().string())) continue;
+    struct stat info {};
+    const bool ours = lstat(entry->path().c_str(), &info) == 0 && S_ISREG(info.st_mode) && info.st_uid == geteuid();
+    if (ours && info.st_mtime < time) unlink(entry->path().c_str());
+  }
+}
+
 // A new file beside `target` that takes its place when it is complete, and otherwise goes away.
 class TReplacement {
  public:
@@ -152,8 +173,10 @@ class TReplacement {
     const bool keeps = exists && KeepsOwner(old);
     TDescriptor file(Create(keeps ? 0600 : mode_));
     const bool written = file.IsOpen() && (!keeps || TakeOver(file.Get(), old)) && WriteAll(file.Get(), text) &&
-                         fsync(file.Get()) == 0 && file.Close() && Rename();
-    return written ? 0 : errno;
+                         fsync(file.Get()) == 0 && TakeTime(file.Get()) && file.Close() && Rename();
+    if (!written) return errno;
+    RemoveLeftovers(FolderOf(target_), made_at_ - kLeftoverAge);
+    return 0;
   }
 
  private:
@@ -170,7 +193,7 @@ class TReplacement {
   int Create(unsigned mode) {
     std::random_device random;
     for (int i = 0; i < kMaxNames; ++i) {
-      const std::string name = target_.parent_path() / Format(".~%08x", random());
+      const std::string name = target_.parent_path() / Format(kTemporary, random());
       const int fd = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
       if (fd >= 0) name_ = name;
       if (fd >= 0 || errno != EEXIST) return fd;
@@ -185,6 +208,14 @@ class TReplacement {
     return fchmod(fd, old.st_mode & allowed) == 0;
   }
 
+  // The clock that counts is that of the file system.
+  bool TakeTime(int fd) {
+    struct stat info {};
+    if (fstat(fd, &info) != 0) return false;
+    made_at_ = info.st_mtime;
+    return true;
+  }
+
   bool Rename() {
     if (std::rename(name_.c_str(), target_.c_str()) != 0) return false;
     name_.clear();
@@ -197,6 +228,7 @@ class TReplacement {
   fs::path target_;
   unsigned mode_;
   std::string name_;  // of the new file while it stands beside the target
+  time_t made_at_ = 0;
 };
 
 // Whether `name` fits `mask`, in which * stands for any characters and ? for one; case ignored.

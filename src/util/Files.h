@@ -20,7 +20,8 @@ std::string ReadFileBytes(const std::string& path, std::size_t max = std::string
 // everybody or a stranger may write the folder. Behind a symbolic link it is the real file that is replaced; a link in
 // a folder that others may write is an error (where only a group may, our own links and root's are followed). What is
 // no regular file (a FIFO of ours, /dev/stdout) is written straight. Raises "Cannot write %s: %s"; the old file is then
-// whole, and nothing is left beside it.
+// whole, and nothing is left beside it. What a killed writer of ours left there more than a day ago goes with the next
+// write.
 void WriteFileText(const std::string& path, std::string_view text, bool append = false, unsigned mode = 0666);
 
 // Adds folder and name of every file that `mask` (a folder and a file mask with * and ?) matches, case ignored, by

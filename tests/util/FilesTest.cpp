@@ -197,6 +197,17 @@ TEST_F(FilesTest, AFailedWriteLeavesTheOldFileWholeAndNothingBesideIt) {
   }
 }
 
+TEST_F(FilesTest, OldLeftoversOfKilledWritersGoWithTheNextWrite) {
+  for (const char* name : {".~0123abcd", ".~89efaaaa", ".~0123ABCD", ".~0123abcd5", ".~notes"})
+    WriteFileText(folder_ / name, "x", true);
+  for (const char* old : {".~0123abcd", ".~0123ABCD", ".~0123abcd5", ".~notes"})
+    fs::last_write_time(folder_ / old, fs::file_time_type::clock::now() - std::chrono::hours(25));
+  fs::create_directory(folder_ / ".~00000000");
+  WriteFileText(file_, "new");
+  EXPECT_THAT(EntriesOf(folder_.Path()),
+              ElementsAre(".~00000000", ".~0123ABCD", ".~0123abcd5", ".~89efaaaa", ".~notes", "file.txt"));
+}
+
 TEST_F(FilesTest, WriteProtectedFilesStay) {
   if (geteuid() == 0) GTEST_SKIP() << "nothing is protected from the superuser";
   WriteFileText(file_, "old");
