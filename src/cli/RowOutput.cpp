@@ -28,11 +28,6 @@ std::string MomentText(const TField& field, const TMoment& moment) {
   return DateTimeText(moment.value);
 }
 
-std::string ValueText(const TField& field) {
-  const TMoment* moment = std::get_if<TMoment>(&field.value);
-  return moment != nullptr ? MomentText(field, *moment) : VarToText(field.value);
-}
-
 std::string Base64(std::string_view bytes) {
   static constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string text;
@@ -46,6 +41,22 @@ std::string Base64(std::string_view bytes) {
     text += i + 2 < bytes.size() ? kDigits[word & 63] : '=';
   }
   return text;
+}
+
+std::string ValueText(const TField& field) {
+  const TMoment* moment = std::get_if<TMoment>(&field.value);
+  if (moment != nullptr) return MomentText(field, *moment);
+  const std::string* text = std::get_if<std::string>(&field.value);
+  return text != nullptr && IsBytes(field.def.kind) ? Base64(*text) : VarToText(field.value);
+}
+
+// A number that a server fills with zeros begins with them, which JSON does not take.
+std::string WithoutFilling(const std::string& text) {
+  const std::size_t first = text.starts_with('-') ? 1 : 0;
+  const std::size_t digit = text.find_first_not_of('0', first);
+  const bool keeps_one = digit == std::string::npos || text[digit] < '0' || text[digit] > '9';
+  const std::size_t zeros = (digit == std::string::npos ? text.size() : digit) - first;
+  return std::string(text).erase(first, keeps_one && zeros > 0 ? zeros - 1 : zeros);
 }
 
 class TTextRows final : public TRowOutput {
@@ -100,7 +111,10 @@ std::string JsonText(const TJson& value) { return value.dump(-1, ' ', false, TJs
 std::string JsonValue(const TField& field) {
   const std::string* text = std::get_if<std::string>(&field.value);
   if (text != nullptr && IsBytes(field.def.kind)) return JsonText({{"base64", Base64(*text)}});
-  if (text != nullptr && IsNumber(field.def.kind) && TJson::accept(*text)) return *text;
+  if (text != nullptr && IsNumber(field.def.kind)) {
+    const std::string number = WithoutFilling(*text);
+    if (TJson::accept(number)) return number;
+  }
   if (const bool* truth = std::get_if<bool>(&field.value)) return JsonText(*truth);
   if (const auto* number = std::get_if<std::int64_t>(&field.value)) return JsonText(*number);
   if (const auto* number = std::get_if<double>(&field.value)) return JsonText(*number);

@@ -21,8 +21,8 @@ class TRowOutput {
   virtual void End(const std::optional<std::string>& error) = 0;  // also without a Begin
 };
 
-// Text has a line of names and a line per row, tabs between values, with \t, \n, \r and \\ in them, and NULL for null.
-// JSON is one document; a number is one even where it has more digits than a float.
+// Text has a line of names and a line per row, tabs between values, with \t, \n, \r and \\ in them, and NULL for null;
+// bytes are in base64, as in JSON. JSON is one document; a number is one even where it has more digits than a float.
 std::unique_ptr<TRowOutput> MakeRowOutput(EFormat format, std::ostream& out);
 
 }  // namespace velmora

@@ -22,7 +22,9 @@ int TRowsCommand::Execute(TConsole& console) {
   const std::unique_ptr<TRowOutput> output = MakeRowOutput(format_, console.out);
   std::unique_ptr<TDBConn> conn;
   try {
-    conn = MakeSource(source_, options_.ForOne(console));
+    TSourceSettings settings = options_.ForOne(console);
+    settings.Client.TimesAsSent = true;
+    conn = MakeSource(source_, settings);
     conn->fetch_in_chunks = true;
     ConnectNamed(*conn);
     TTableGuard rows(*conn, table_);

@@ -31,11 +31,12 @@ struct TMyOptions {
   bool Compress = false;  // compressed frames
   bool Embedded = false;  // a server within the process
   ETls Tls = ETls::Preferred;
-  bool ReadAhead = true;  // sends statements that are expected before they are run, where the backend can
-  std::string CaFile;     // certificates to trust; empty means those of the system
-  std::string CertFile;   // our own certificate for servers that ask for one; empty means none
-  std::string KeyFile;    // its private key; empty means that it stands in CertFile
-  std::string Socket;     // path of the local server's socket; empty means a usual one where there is one, else TCP
+  bool TimesAsSent = false;  // see TMyValueReader; otherwise a moment stands for every time that it can come near to
+  bool ReadAhead = true;     // sends statements that are expected before they are run, where the backend can
+  std::string CaFile;        // certificates to trust; empty means those of the system
+  std::string CertFile;      // our own certificate for servers that ask for one; empty means none
+  std::string KeyFile;       // its private key; empty means that it stands in CertFile
+  std::string Socket;        // path of the local server's socket; empty means a usual one where there is one, else TCP
   // Over a line that others may read, a password leaves only in a form that nobody can turn back into it, unless
   bool GetServerPublicKey = false;  // the key that the server itself sends may seal it,
   std::string ServerPublicKey;      // this file's key does (PEM; empty means none),

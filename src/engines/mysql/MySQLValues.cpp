@@ -5,6 +5,7 @@
 #include <charconv>
 #include <chrono>
 #include <optional>
+#include <variant>
 
 #include "util/Dates.h"
 #include "util/Format.h"
@@ -126,6 +127,7 @@ constexpr TTypeRow kTypes[] = {
     {14, Date, Date, AsDate},
     {15, String, VarBytes, AsText, ESize::Characters},
     {16, LargeInt, LargeInt, AsBits},
+    {242, Blob, Blob, AsText},  // vector
     {245, Memo, Memo, AsText},  // json
     {246, Bcd, Bcd, AsText},
     {247, String, String, AsText, ESize::Characters},  // enum
@@ -161,8 +163,14 @@ TFieldDef MyFieldDef(const TMyColumn& column) {
   return field;
 }
 
-TMyValueReader::TMyValueReader(const TMyColumn& column) : read_(RowOf(column.type).read) {}
+TMyValueReader::TMyValueReader(const TMyColumn& column, bool times_as_sent)
+    : read_(RowOf(column.type).read), times_as_sent_(times_as_sent && (read_ == AsDate || read_ == AsTime)) {}
 
-TVariant TMyValueReader::Read(std::optional<std::string_view> text) const { return text ? read_(*text) : TVariant(); }
+TVariant TMyValueReader::Read(std::optional<std::string_view> text) const {
+  if (!text) return {};
+  TVariant value = read_(*text);
+  const bool whole = std::holds_alternative<TMoment>(value) && text->find('.') == std::string_view::npos;
+  return times_as_sent_ && !whole ? AsText(*text) : value;
+}
 
 }  // namespace velmora

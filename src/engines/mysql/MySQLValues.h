@@ -28,7 +28,9 @@ TFieldDef MyFieldDef(const TMyColumn& column);
 // How the texts of a column become values; made once per column of a result.
 class TMyValueReader {
  public:
-  explicit TMyValueReader(const TMyColumn& column);
+  // `times_as_sent`: a date or time stays text where a moment says less than the server: with a fraction of a second,
+  // which a moment rounds, and for "0000-00-00".
+  explicit TMyValueReader(const TMyColumn& column, bool times_as_sent = false);
 
   // Whole numbers come as such, beyond 64 bits with sign as text; decimals as text, which keeps them exact; floats as
   // numbers; bits as the whole number they spell. A date without year, month and day ("0000-00-00") is null, as no
@@ -40,6 +42,7 @@ class TMyValueReader {
   using TRead = TVariant (*)(std::string_view text);
 
   TRead read_;
+  bool times_as_sent_;
 };
 
 }  // namespace velmora

@@ -32,12 +32,12 @@ constexpr int kCancelTime = 3;  // seconds for a word to the server that somebod
 // The columns of a result as fields, and its rows as values.
 class TRowReader {
  public:
-  explicit TRowReader(const std::vector<TMyColumn>& columns) {
+  TRowReader(const std::vector<TMyColumn>& columns, bool times_as_sent) {
     fields_.reserve(columns.size());
     readers_.reserve(columns.size());
     for (const TMyColumn& column : columns) {
       fields_.push_back(MyFieldDef(column));
-      readers_.emplace_back(column);
+      readers_.emplace_back(column, times_as_sent);
     }
   }
 
@@ -130,8 +130,8 @@ class TServerConnection::TLink {
 // All rows, kept by the backend; the current one as values.
 class TServerConnection::TStoredRows final : public TDataset {
  public:
-  explicit TStoredRows(std::unique_ptr<TMyRows> rows)
-      : rows_(std::move(rows)), reader_(rows_->Columns()), values_(reader_.Fields().size()) {
+  TStoredRows(std::unique_ptr<TMyRows> rows, bool times_as_sent)
+      : rows_(std::move(rows)), reader_(rows_->Columns(), times_as_sent), values_(reader_.Fields().size()) {
     ReadRow();
   }
 
@@ -177,14 +177,15 @@ class TServerConnection::TStoredRows final : public TDataset {
 // Rows read forward in blocks, straight from the wire.
 class TServerConnection::TBlockRows final : public TDataset {
  public:
-  TBlockRows(TLink& link, int block) : link_(link), block_size_(static_cast<std::size_t>(std::max(block, 1))) {}
+  TBlockRows(TLink& link, int block, bool times_as_sent)
+      : link_(link), block_size_(static_cast<std::size_t>(std::max(block, 1))), times_as_sent_(times_as_sent) {}
   ~TBlockRows() override { Abandon(); }
 
   // Takes the rows of the statement that was sent; false when it gives none.
   bool Start() {
     source_ = link_.Use(this);
     if (!source_) return false;
-    reader_.emplace(source_->Columns());
+    reader_.emplace(source_->Columns(), times_as_sent_);
     ReadBlock(block_size_);
     return true;
   }
@@ -233,6 +234,7 @@ class TServerConnection::TBlockRows final : public TDataset {
 
   TLink& link_;
   const std::size_t block_size_;
+  const bool times_as_sent_;
   std::unique_ptr<TMyRows> source_;  // while rows are on the wire
   std::optional<TRowReader> reader_;
   std::vector<std::vector<TVariant>> rows_;
@@ -405,12 +407,12 @@ class TServerConnection::TQuery final : public TMyQuery {
   }
 
   std::unique_ptr<TDataset> Blocks() {
-    auto rows = std::make_unique<TBlockRows>(*server_.link_, FetchRows);
+    auto rows = std::make_unique<TBlockRows>(*server_.link_, FetchRows, Connection().Options.TimesAsSent);
     return rows->Start() ? std::move(rows) : nullptr;
   }
   std::unique_ptr<TDataset> Stored() {
     std::unique_ptr<TMyRows> rows = server_.link_->Store();
-    return rows ? std::make_unique<TStoredRows>(std::move(rows)) : nullptr;
+    return rows ? std::make_unique<TStoredRows>(std::move(rows), Connection().Options.TimesAsSent) : nullptr;
   }
 
   TServerConnection& server_;

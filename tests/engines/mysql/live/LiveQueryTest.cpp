@@ -79,6 +79,7 @@ const TValueCase kValues[] = {
     {"time", "'-01:00:00'", EFieldKind::Time, "-01:00:00"s},
     {"datetime", "'2005-01-31 09:05:30'", EFieldKind::DateTime, kMoment},
     {"datetime(3)", "'2005-01-31 09:05:30.250'", EFieldKind::DateTime, TMoment{kMoment.value + 0.25 / 86400}},
+    {"datetime(6)", "'9999-12-31 23:59:59.999999'", EFieldKind::DateTime, TMoment{EncodeDate(9999, 12, 31) + 1}},
     {"datetime", "'0000-00-00 00:00:00'", EFieldKind::DateTime, {}},
     {"timestamp", "'2005-01-31 09:05:30'", EFieldKind::TimeStamp, kMoment},
     {"char(5)", "'a雪'", EFieldKind::FixedChar, "a雪"s},
@@ -114,6 +115,20 @@ TEST_P(LiveQuery, ValuesOfEveryType) {
       EXPECT_TRUE(query->Eof());
       EXPECT_TRUE(VarIsNull(query->Value(0)));
     }
+  }
+}
+
+TEST_P(LiveQuery, TimesAreTextsAsSentWhereAMomentSaysLess) {
+  database.Connection().Options.TimesAsSent = true;
+  database.Run("set sql_mode = 'ALLOW_INVALID_DATES'");
+  for (const TValueCase& row : kValues) {
+    if (row.kind < EFieldKind::Date || row.kind > EFieldKind::TimeStamp) continue;
+    database.Run(Format("create or replace table v (a %s) engine=MyISAM", row.type));
+    database.Run(Format("insert into v values (%s)", row.literal));
+    const std::string literal = row.literal;
+    const bool says_less = literal.find('.') != std::string::npos || literal.find("'0000") == 0;
+    for (const auto& query : {Opened("select a from v"), InBlocks("select a from v", 5)})
+      EXPECT_EQ(says_less ? "'" + VarToText(query->Value(0)) + "'" : literal, literal);
   }
 }
 
