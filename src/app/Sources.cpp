@@ -16,8 +16,8 @@ TEngineClients ClientsOf(const TSourceSettings& settings) {
   TEngineClients clients;
   std::shared_ptr<TLatePassword> late;
   if (settings.PasswordRefused) late = std::make_shared<TLatePassword>(settings.PasswordRefused);
-  clients.NewMyConnection = [options = settings.Client, late] {
-    auto connection = MakeMyConnection(options);
+  clients.NewMyConnection = [options = settings.Client, given = settings.Given, late](const TEngineValues& own) {
+    auto connection = MakeMyConnection(MyOptionsOf(own, options, given));
     connection->LatePassword = late;
     return connection;
   };
@@ -74,6 +74,7 @@ std::unique_ptr<TDBConn> MakeServer(const TServerAddress& address, const TSource
 std::string KeysOf(const TEngineRow& engine) {
   TStringList names;
   for (const TEngineKey& key : engine.keys) names.emplace_back(key.name);
+  for (const TEngineKey& key : engine.further) names.emplace_back(key.name);
   return JoinList(names, ", ");
 }
 

@@ -7,6 +7,7 @@
 #include "cli/Command.h"
 #include "util/Files.h"
 #include "util/Format.h"
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -46,6 +47,7 @@ std::string ReadPasswordFile(const std::string& path) {
 }
 
 void TSourceOptions::DeclareOne(CLI::App& app) {
+  app_ = &app;
   app.add_option("--password-file", password_file_,
                  "Take the password from the first line of FILE, before one that a task file holds")
       ->type_name("FILE");
@@ -87,9 +89,22 @@ const std::string& TSourceOptions::TargetFile() const {
   return target_password_file_.empty() ? password_file_ : target_password_file_;
 }
 
+TGivenKeys TSourceOptions::GivenKeys() const {
+  TGivenKeys given;
+  for (const TMyOptionKey& key : kMyOptionKeys) {
+    const std::string name = StrReplace(std::string(key.name), "_", "-");
+    for (const char* form : {"--%s", "--no-%s"}) {
+      const CLI::Option* option = app_->get_option_no_throw(Format(form, name));
+      if (option != nullptr && option->count() > 0) given.emplace(key.name);
+    }
+  }
+  return given;
+}
+
 TSourceSettings TSourceOptions::Settings(const std::string& password_file, TConsole& console) const {
   TSourceSettings settings;
   settings.Client = client_;
+  settings.Given = GivenKeys();
   settings.Warn = [&console](const std::string& text) { console.Warn(text); };
   settings.AskPassword = [password_file, &console](const std::string& account) {
     return password_file.empty() ? AskFor(account, console) : ReadPasswordFile(password_file);

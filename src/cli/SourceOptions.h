@@ -38,7 +38,10 @@ class TSourceOptions {
   TSourceSettings StoredSettings(const std::string& password_file, TConsole& console) const;
 
   std::string password_file_, reference_password_file_, target_password_file_;
+  TGivenKeys GivenKeys() const;
+
   TMyOptions client_;
+  const CLI::App* app_ = nullptr;  // of the command that the options were declared for
   bool has_sides_ = false;
   bool verbose_ = false;
 };

@@ -27,11 +27,14 @@ std::string Shown(const std::string& value) {
 
 void PrintSide(const char* name, const TTaskSide& side, bool show_passwords, std::ostream& out) {
   out << name << ": " << EngineName(*side.engine) << '\n';
-  for (const TEngineKey& key : side.engine->keys) {
+  const auto print = [&](const TEngineKey& key) {
     const std::string value = side.values.Text(key.name);
     const bool hidden = key.kind == EKeyKind::Secret && !show_passwords && !value.empty();
     out << "  " << key.name << ": " << (hidden ? kHidden : Shown(value)) << '\n';
-  }
+  };
+  for (const TEngineKey& key : side.engine->keys) print(key);
+  for (const TEngineKey& key : side.engine->further)
+    if (side.values.Has(key.name)) print(key);
 }
 
 }  // namespace

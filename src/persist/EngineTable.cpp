@@ -23,6 +23,7 @@
 #include "engines/server/DBConnInterbase.h"
 #include "engines/server/DBConnOracle.h"
 #include "persist/MachineValues.h"
+#include "persist/MyOptionKeys.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -60,9 +61,19 @@ constexpr TEngineKey kExcel[] = {{"filename"}, {"HDR", EKeyKind::Boolean, "N"}, 
 
 std::unique_ptr<TDBConn> MakeMySQL(const TEngineValues& values, const TEngineClients& clients) {
   const int port = values.Integer("port");
-  auto connection = clients.NewMyConnection ? clients.NewMyConnection() : MakeMyConnection({});
+  auto connection = clients.NewMyConnection ? clients.NewMyConnection(values) : MakeMyConnection(MyOptionsOf(values));
   return std::make_unique<TDBConnMySQL>(std::move(connection), values.Text("server"), port, values.Text("database"),
                                         values.Text("username"), values.Text("password"));
+}
+
+// What the client has been told beyond the engine's own keys; nothing where that is the standard.
+void WriteMySQL(TDBConn& conn, const std::string& path, TXMLAccess& store) {
+  conn.SaveParams(path, store);
+  const auto* client = dynamic_cast<TMyConnection*>(&conn.GetConnectionObject());
+  if (client == nullptr) return;
+  const TEngineValues values = ValuesOfMyOptions(client->Options);
+  for (const TEngineKey& key : kMyEngineKeys)
+    if (values.Has(key.name)) store.xmlSetVal(Format("%s/%s", path, key.name), values.Text(key.name));
 }
 
 std::unique_ptr<TDBConn> MakeMySQLScript(const TEngineValues& values, const TEngineClients& /*clients*/) {
@@ -172,10 +183,11 @@ constexpr TEngineRow kEngines[] = {
      .write = SaveByEngine},
     {.engine = kEngineMySQL,
      .keys = kMySQL,
+     .further = kMyEngineKeys,
      .reference = true,
      .target = true,
      .make = MakeMySQL,
-     .write = SaveByEngine},
+     .write = WriteMySQL},
     {.engine = kEngineMySQLScript,
      .keys = kFilename,
      .reference = true,
@@ -231,8 +243,11 @@ std::string TEngineValues::Text(std::string_view key) const {
 int TEngineValues::Integer(std::string_view key) const { return StrToInt(Text(key)); }
 
 const TEngineKey* TEngineRow::FindKey(std::string_view name) const {
-  const auto found = std::ranges::find_if(keys, [&](const TEngineKey& key) { return SameText(key.name, name); });
-  return found == keys.end() ? nullptr : &*found;
+  for (const std::span<const TEngineKey> list : {keys, further}) {
+    const auto found = std::ranges::find_if(list, [&](const TEngineKey& key) { return SameText(key.name, name); });
+    if (found != list.end()) return &*found;
+  }
+  return nullptr;
 }
 
 const TEngineKey* TEngineRow::SecretKey() const {

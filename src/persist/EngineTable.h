@@ -4,7 +4,6 @@
 // values of its keys. Task files and sources on a command line both go by it.
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <span>
 #include <string>
@@ -13,56 +12,33 @@
 #include "core/DBConn.h"
 #include "engines/mysql/MyConnection.h"
 #include "engines/oledb/Provider.h"
+#include "persist/EngineValues.h"
 
 namespace velmora {
 
 class TXMLAccess;
 
-enum class EKeyKind {
-  Text,
-  Secret,   // a text that is not shown unasked
-  Boolean,  // "Y", anything else is false
-  Port      // a decimal integer
-};
-
-struct TEngineKey {
-  std::string_view name;
-  EKeyKind kind = EKeyKind::Text;
-  std::string_view standard = {};  // the value where none is given; in task files every key stands
-};
-
-// Values by key, as texts, the way that task files hold them. A key that is not there has the empty value.
-class TEngineValues {
- public:
-  void Set(std::string_view key, std::string value) { values_.insert_or_assign(std::string(key), std::move(value)); }
-  bool Has(std::string_view key) const { return values_.contains(key); }
-  std::string Text(std::string_view key) const;
-  bool Boolean(std::string_view key) const { return Text(key) == "Y"; }
-  int Integer(std::string_view key) const;  // raises EConvertError
-
- private:
-  std::map<std::string, std::string, std::less<>> values_;
-};
-
 // What engines are made with. Where a call is empty, the usual client is taken.
 struct TEngineClients {
-  std::function<std::unique_ptr<TMyConnection>()> NewMyConnection;
+  // A client with the options that `own` has of kMyOptionKeys.
+  std::function<std::unique_ptr<TMyConnection>(const TEngineValues& own)> NewMyConnection;
   TOLEDBProviderMaker NewOLEDBProvider = {};
 };
 
 enum class ETaskRole { Reference, Target };
 
 struct TEngineRow {
-  int engine;                        // its name: StrEngine
-  std::span<const TEngineKey> keys;  // in the order in which they are written
-  bool reference;                    // a task may hold it as this
+  int engine;                                // its name: StrEngine
+  std::span<const TEngineKey> keys;          // in the order in which they are written
+  std::span<const TEngineKey> further = {};  // after these, and only where they are given
+  bool reference;                            // a task may hold it as this
   bool target;
   std::string_view read_first = {};  // the key that is read before the others
   std::unique_ptr<TDBConn> (*make)(const TEngineValues& values, const TEngineClients& clients);
   void (*write)(TDBConn& conn, const std::string& path, TXMLAccess& store);
 
   bool InTask(ETaskRole role) const { return role == ETaskRole::Reference ? reference : target; }
-  const TEngineKey* FindKey(std::string_view name) const;  // ignoring case; null when there is none
+  const TEngineKey* FindKey(std::string_view name) const;  // further ones too, ignoring case; null when there is none
   const TEngineKey* SecretKey() const;                     // the password's; null for an engine without one
 };
 
@@ -81,7 +57,8 @@ std::string EngineName(const TEngineRow& row);        // empty for the script en
 // Gives every key that has no value its standard one.
 void FillStandardValues(const TEngineRow& row, TEngineValues& values);
 
-// An engine, not connected, of values for all keys of its row. Raises EConvertError for a port that is no integer.
+// An engine, not connected, of values for all keys of its row; further ones may be among them. Raises EConvertError for
+// a port that is no integer, and for a further value that its key cannot have.
 std::unique_ptr<TDBConn> MakeEngine(const TEngineRow& row, const TEngineValues& values,
                                     const TEngineClients& clients = {});
 

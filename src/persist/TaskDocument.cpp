@@ -42,6 +42,12 @@ std::string PackedPart(const std::string& path) {
   return bytes.erase(0, kTaskMagic.size());
 }
 
+bool HasElement(const std::string& key) {
+  TStringList elements;
+  cfgGetList(key, "item", elements);
+  return !elements.empty();
+}
+
 void ReadKey(const TSideKeys& side, std::string_view key, TEngineValues& values) {
   values.Set(key, cfgGetStr(Format("%s/%s", side.parent, key)));
 }
@@ -55,6 +61,8 @@ TTaskSide ReadSide(const TSideKeys& side) {
   if (!first.empty()) ReadKey(side, first, result.values);
   for (const TEngineKey& key : result.engine->keys)
     if (key.name != first) ReadKey(side, key.name, result.values);
+  for (const TEngineKey& key : result.engine->further)
+    if (HasElement(Format("%s/%s", side.parent, key.name))) ReadKey(side, key.name, result.values);
   return result;
 }
 
@@ -80,9 +88,7 @@ TTaskSide TTaskReader::Reference() const { return ReadSide(kReference); }
 TTaskSide TTaskReader::Target() const { return ReadSide(kTarget); }
 
 bool TTaskReader::Exact() const {
-  TStringList elements;
-  cfgGetList(kDialectKey, "item", elements);
-  if (elements.empty()) return false;
+  if (!HasElement(kDialectKey)) return false;
   const std::string dialect = cfgGetStr(kDialectKey);
   if (dialect != kExactDialect) RaiseError(Format(kUnhandledDialect, dialect));
   return true;

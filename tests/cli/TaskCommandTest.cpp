@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <filesystem>
+
 #include "app/Tasks.h"
 #include "engines/mysql/ClientLibrary.h"
 #include "engines/mysql/DBConnMySQL.h"
@@ -43,6 +45,35 @@ TEST_F(TaskCommandTest, WritesAPairWithoutConnectingAndShowsIt) {
   const TAnswer open = Run({"task", "show", file_, "--show-passwords"});
   EXPECT_THAT(open.out, HasSubstr("  password: s3cret\n"));
   EXPECT_THAT(open.out, HasSubstr("  password: p;w\n"));
+}
+
+TEST_F(TaskCommandTest, KeepsHowServersAreReached) {
+  Run({"task", "new", file_, reference_, target_});
+  const std::string plain = ReadFileText(file_);
+  Run({"task", "new", file_, reference_, target_, "--tls", "preferred", "--client", "native"});
+  EXPECT_EQ(ReadFileText(file_), plain) << "what is the standard is not written";
+
+  const TAnswer written = Run({"task", "new", file_, reference_, target_ + ";tls=OFF;client=library;read_timeout=5",
+                               "--tls-ca", "/ca.pem", "--socket", "own.sock", "--read-timeout", "7"});
+  EXPECT_EQ(written.status, 0) << written.err;
+  const std::string shown = Run({"task", "show", file_}).out;
+  EXPECT_THAT(shown, HasSubstr("  port: 1\n  tls: required\n  tls_ca: /ca.pem\n  socket: " +
+                               std::filesystem::absolute("own.sock").string() + "\n  read_timeout: 7\n"));
+  EXPECT_THAT(shown, HasSubstr("  client: library\n  read_timeout: 7\n")) << "the option counts before the source";
+
+  TSourceSettings settings;  // as of "--tls verify-ca --read-timeout 600"
+  settings.Client.Tls = ETls::VerifyCa;
+  settings.Given = {"tls", "read_timeout"};
+  const TMadeTask task = MakeTask(file_, settings);
+  const auto& client = dynamic_cast<TMyConnection&>(task.connections.reference->GetConnectionObject()).Options;
+  EXPECT_EQ(client.Tls, ETls::VerifyCa);
+  EXPECT_EQ(client.CaFile, "/ca.pem");
+  EXPECT_EQ(client.ReadTimeout, 600);
+
+  for (const char* value : {"tls=on", "client=", "read_timeout=-1", "read_timeout=1x", "allow_old_login=yes"})
+    EXPECT_THAT(Run({"task", "new", file_, reference_, std::string("MySQL:password=;") + value}).err,
+                HasSubstr(": it must be "))
+        << value;
 }
 
 TEST_F(TaskCommandTest, AFileOfCreationTextsCannotBePartOfOne) {

@@ -16,7 +16,9 @@ namespace {
 using testing::MessageOf;
 
 TEngineClients FakeClients() {
-  return {[] { return std::make_unique<testing::TFakeMyConnection>(std::make_shared<testing::TFakeMyServer>()); }};
+  return {[](const TEngineValues&) {
+    return std::make_unique<testing::TFakeMyConnection>(std::make_shared<testing::TFakeMyServer>());
+  }};
 }
 
 // As in "server database port:3306"; secrets are starred.

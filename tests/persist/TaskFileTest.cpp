@@ -55,7 +55,7 @@ class TaskFileTest : public ::testing::Test {
  protected:
   std::unique_ptr<TMyConnection> NewClient() { return std::make_unique<testing::TFakeMyConnection>(server_); }
   TEngineClients Clients() {
-    return {[this] { return NewClient(); }};
+    return {[this](const TEngineValues&) { return NewClient(); }};
   }
   std::unique_ptr<TDBConn> NewMySQL(const std::string& server, const std::string& password = "p") {
     return std::make_unique<TDBConnMySQL>(NewClient(), server, 3307, "data", "user", password);

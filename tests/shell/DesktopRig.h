@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "engines/mysql/MyClients.h"
+#include "persist/MyOptionKeys.h"
 #include "shell/Desktop.h"
 #include "shell/Progress.h"
 #include "shell/QtEnvironment.h"
@@ -59,8 +60,8 @@ class TDesktopRig {
     auto scripted = std::make_unique<TScriptedHost>();
     host = scripted.get();
     TEngineClients clients;
-    clients.NewMyConnection = [socket = server_.Socket()] {
-      TMyOptions options;
+    clients.NewMyConnection = [socket = server_.Socket()](const TEngineValues& own) {
+      TMyOptions options = MyOptionsOf(own);
       options.Socket = socket;
       return MakeMyConnection(options);
     };
