@@ -50,11 +50,12 @@ struct TPair {
   std::string target;               // empty with a task file
   std::optional<EDialect> dialect;  // as given; otherwise that of the task file
   bool allow_empty_reference = false;
-  bool verify_on_server = false;  // of the commands that can; the exact dialect alone has it
+  bool verify_on_server = false;  // of the commands that can; the exact dialect alone has it, and the next one
+  bool via_server = false;        // the reference's statements are read by the target's server
 };
 void DeclarePair(CLI::App& app, TPair& pair);
 void DeclareDialect(CLI::App& app, const std::string& help, const std::function<void(EDialect)>& choose);
 void DeclareAllowEmpty(CLI::App& app, TPair& pair);  // --allow-empty-reference
-void DeclareVerify(CLI::App& app, TPair& pair);      // --verify-on-server
+void DeclareScratch(CLI::App& app, TPair& pair);     // --via-server, --verify-on-server
 
 }  // namespace velmora

@@ -109,7 +109,10 @@ void DeclareAllowEmpty(CLI::App& app, TPair& pair) {
                "Go on with a reference without any table, which makes the target lose all of its own");
 }
 
-void DeclareVerify(CLI::App& app, TPair& pair) {
+void DeclareScratch(CLI::App& app, TPair& pair) {
+  app.add_flag("--via-server", pair.via_server,
+               "Exact dialect: have the target's server read a FILE.sql reference: its statements on tables and "
+               "indexes are run in a scratch database that is removed afterwards");
   app.add_flag("--verify-on-server", pair.verify_on_server,
                "Exact dialect: try the script first on a copy of the target's structure, in a scratch database of its "
                "server that is removed afterwards");

@@ -28,7 +28,8 @@ void AddExactResults(const TApplication& app, const std::optional<std::string>& 
   for (const TSkippedTable& table : app.exact.Skipped())
     skipped.push_back({{"side", table.side}, {"table", table.table}, {"reason", table.reason}});
   document["skipped"] = std::move(skipped);
-  document["verified"] = error ? TJson() : TJson(app.exact.DifferencesLeft());
+  const bool proved = !error && (app.exact.Skipped().empty() || app.exact.DifferencesLeft() > 0);
+  document["verified"] = proved ? TJson(app.exact.DifferencesLeft()) : TJson();
   document["verified_on_server"] = on_server ? TJson(*on_server) : TJson();
 }
 
@@ -55,7 +56,7 @@ void PrintJson(const TApplication& app, const std::optional<std::string>& error,
 void TCompareCommand::Declare(CLI::App& app) {
   DeclarePair(app, pair_);
   DeclareFormat(app, format_);
-  DeclareVerify(app, pair_);
+  DeclareScratch(app, pair_);
   options_.DeclarePair(app);
 }
 

@@ -70,6 +70,11 @@ std::string WithoutControls(std::string text) {
 
 }  // namespace
 
+std::string TellLeft(const std::string& verified, const std::string& not_verified, const TApplication& app, int left) {
+  if (left == 0) return verified + ": " + app.exact.NothingLeft();
+  return Format("%s: %s left", not_verified, Counted(static_cast<std::size_t>(left), "difference"));
+}
+
 void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
   PrintTree(app, out);
   if (failed) return;
@@ -80,8 +85,7 @@ void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
   else if (count > 0)
     out << '\n' << Counted(count, "difference") << " in " << Counted(app.tree.Top().size(), "table") << '\n';
   if (app.dialect == EDialect::Exact && count > 0)
-    out << Format("%s: %s left\n", app.exact.DifferencesLeft() == 0 ? "Verified" : "Not verified",
-                  Counted(static_cast<std::size_t>(app.exact.DifferencesLeft()), "difference"));
+    out << TellLeft("Verified", "Not verified", app, app.exact.DifferencesLeft()) << '\n';
   if (skipped > 0) out << Counted(skipped, "table") << " could not be compared\n";
 }
 

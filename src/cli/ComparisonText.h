@@ -14,6 +14,9 @@ inline constexpr char kIdentical[] = "Databases are identical. Nothing to synchr
 // The actions by table, and their number. With `failed` what was found before the failure, without a result.
 void PrintComparison(const TApplication& app, bool failed, std::ostream& out);
 
+// "VERIFIED: 0 differences left", or "NOT VERIFIED: 2 differences left".
+std::string TellLeft(const std::string& verified, const std::string& not_verified, const TApplication& app, int left);
+
 // What the exact dialect leaves alone, could not read, and could not prove.
 void TellExactNotes(const TApplication& app, TConsole& console);
 

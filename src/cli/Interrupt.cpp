@@ -18,11 +18,14 @@ namespace {
 constexpr std::string_view kEnding = "\nvelmora-cli: ending behind this statement; Ctrl+C again breaks it off\n";
 constexpr std::string_view kBreakingOff = "\nvelmora-cli: breaking this statement off; Ctrl+C again ends at once\n";
 constexpr std::string_view kToldToEnd = "\nvelmora-cli: told to end: ending behind this statement\n";
+constexpr std::string_view kToldToBreakOff = "\nvelmora-cli: told to end: breaking this statement off\n";
 constexpr char kBreakOff = 'b';
+constexpr char kOver = 'o';
 constexpr char kQuit = 'q';
 
 // What handlers may touch: numbers, and calls that are safe in one.
 std::atomic<bool> ending = false;
+std::atomic<bool> end_breaks_off = false;
 std::atomic<int> presses = 0;
 std::atomic<int> waker = -1;
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
@@ -50,7 +53,9 @@ void OnInterrupt(int signal) {
 
 void OnEnd(int /*signal*/) {
   const int error = errno;
-  if (!ending.exchange(true)) Tell(kToldToEnd);
+  const bool break_off = end_breaks_off;
+  if (!ending.exchange(true)) Tell(break_off ? kToldToBreakOff : kToldToEnd);
+  if (break_off) Wake(waker, kBreakOff);
   errno = error;
 }
 
@@ -67,10 +72,11 @@ std::thread WithoutSignals(Body body) {
 
 }  // namespace
 
-TInterruptHost::TInterruptHost(TMyConnection* running, int grace)
+TInterruptHost::TInterruptHost(TMyConnection* running, int grace, EToldToEnd told_to_end)
     : running_(running), grace_(grace), caught_{{{SIGINT, OnInterrupt}, {SIGTERM, OnEnd}, {SIGHUP, OnEnd}}} {
   if (pipe2(wake_, O_CLOEXEC) != 0) RaiseError("No pipe can be made");
   ending = false;
+  end_breaks_off = told_to_end == EToldToEnd::BreakOff;
   presses = 0;
   waker = wake_[1];
   watcher_ = WithoutSignals([this] { Watch(); });
@@ -97,15 +103,25 @@ void TInterruptHost::ProcessMessages() {
   if (ending.exchange(false)) RaiseError("Cancelled");
 }
 
-void TInterruptHost::Watch() const {
-  char word = 0;
-  ssize_t count = 0;
-  do count = read(wake_[0], &word, 1);
-  while (count < 0 && errno == EINTR);
-  if (count == 1 && word == kBreakOff && running_ != nullptr) BreakOff();
+// Ends a wait of BreakOff, should there be one.
+void TInterruptHost::RunsOn(TMyConnection* running) {
+  Wake(wake_[1], kOver);
+  const std::lock_guard lock(mutex_);
+  running_ = running;
 }
 
-void TInterruptHost::BreakOff() const {
+void TInterruptHost::Watch() {
+  for (;;) {
+    char word = 0;
+    const ssize_t count = read(wake_[0], &word, 1);
+    if (count < 0 && errno == EINTR) continue;
+    if (count != 1 || word == kQuit) return;
+    const std::lock_guard lock(mutex_);
+    if (word == kBreakOff && running_ != nullptr) BreakOff();
+  }
+}
+
+void TInterruptHost::BreakOff() {
   try {
     running_->CancelRunning();
     pollfd quit{wake_[0], POLLIN, 0};

@@ -5,6 +5,7 @@
 #include <signal.h>
 
 #include <array>
+#include <mutex>
 #include <thread>
 
 #include "core/Host.h"
@@ -19,16 +20,22 @@ class TMyConnection;
 // - a second Ctrl+C breaks off the statement that runs: the server is asked to, and where neither its answer nor the
 //   statement's end comes within seconds the connection is cut. Either way the work goes on with an error;
 // - a third one ends the process.
+// Where what runs can be thrown away, SIGTERM and SIGHUP break the statement off at once.
 // A signal that whoever started the process has it ignore stays ignored. One object at a time.
 class TInterruptHost final : public THost {
  public:
+  enum class EToldToEnd { FinishStatement, BreakOff };  // what SIGTERM and SIGHUP mean for the statement that runs
+
   // `running` is the connection that the work waits for, null where it waits for none. It outlives this object. A
   // statement that was broken off has `grace` milliseconds to come back.
-  explicit TInterruptHost(TMyConnection* running, int grace = 3000);
+  explicit TInterruptHost(TMyConnection* running, int grace = 3000,
+                          EToldToEnd told_to_end = EToldToEnd::FinishStatement);
   ~TInterruptHost() override;
   TInterruptHost(const TInterruptHost&) = delete;
   TInterruptHost& operator=(const TInterruptHost&) = delete;
   void ProcessMessages() override;  // raises "Cancelled"
+  // The work waits for this one from here on. The former one is left alone once the call has returned.
+  void RunsOn(TMyConnection* running);
 
  private:
   struct TCaught {
@@ -37,10 +44,11 @@ class TInterruptHost final : public THost {
     struct sigaction former {};
   };
 
-  void Watch() const;
-  void BreakOff() const;
+  void Watch();
+  void BreakOff();
 
-  TMyConnection* running_;
+  std::mutex mutex_;
+  TMyConnection* running_;  // guarded by it
   int grace_;
   int wake_[2] = {-1, -1};  // a pipe from the handler to the watcher
   std::array<TCaught, 3> caught_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/FaultPlace.h"
+#include "app/ServerReference.h"
 #include "app/SideNames.h"
 #include "app/Sources.h"
 #include "app/Tasks.h"
@@ -21,6 +22,10 @@ namespace {
 constexpr char kAllowEmpty[] = "; nothing is made of it without --allow-empty-reference";
 constexpr char kExactReads[] = "--dialect exact reads this table";
 constexpr char kExactAlone[] = "Only a script of the exact dialect can be verified on the server";
+constexpr char kExactVia[] = "Only the exact dialect can read a reference by the server (--via-server)";
+constexpr char kFileAndServer[] = "--via-server takes a reference that ends in .sql and a target on a server";
+
+constexpr int kGrace = 3000;  // milliseconds
 
 bool IsFile(TDBConn& conn) { return dynamic_cast<TDBConnMySQLOffline*>(&conn) != nullptr; }
 
@@ -61,15 +66,33 @@ std::optional<std::string> TPairRun::CompareAgain() {
 
 std::optional<std::string> TPairRun::VerifyOnServer(std::optional<int>& left) {
   return Reported([&] {
-    TInterruptHost host(nullptr);
-    const THostGuard guard(host);
-    left = app_.exact.VerifyOnServer();
-    const std::string told = Counted(static_cast<std::size_t>(*left), "difference") + " left";
+    WithScratch([&](const TScratchPorts& ports) { left = app_.exact.VerifyOnServer(ports); });
+    const std::string told = TellLeft("verified on the server", "not verified on the server", app_, *left);
     if (*left == 0)
-      console_.Note("verified on the server: " + told);
+      console_.Note(told);
     else
-      console_.Error("not verified on the server: " + told);
+      console_.Error(told);
   });
+}
+
+void TPairRun::WithScratch(const std::function<void(const TScratchPorts& ports)>& work) {
+  TInterruptHost host(nullptr, kGrace, TInterruptHost::EToldToEnd::BreakOff);
+  const THostGuard guard(host);
+  TScratchPorts ports;
+  ports.warn = [this](const std::string& text) { console_.Warn(text); };
+  ports.runs_on = [&host](TDBConn* conn) {
+    host.RunsOn(conn == nullptr ? nullptr : dynamic_cast<TMyConnection*>(&conn->GetConnectionObject()));
+  };
+  work(ports);
+}
+
+void TPairRun::ReadReferenceOnServer() {
+  auto& file = dynamic_cast<TDBConnMySQLOffline&>(*app_.connections.reference);
+  std::unique_ptr<TDBConn> reference;
+  WithScratch([&](const TScratchPorts& ports) {
+    reference = ReferenceByServer(file, *app_.connections.target, *progress_, ports);
+  });
+  app_.connections.reference = std::move(reference);
 }
 
 void TPairRun::HangUp() {
@@ -115,6 +138,8 @@ TSourceSettings TPairRun::AskingWithoutBar(TSourceSettings settings) {
 void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_script) {
   TTaskConnections connections = Make(pair, options);
   if (pair.verify_on_server && app_.dialect != EDialect::Exact) RaiseError(kExactAlone);
+  if (pair.via_server && app_.dialect != EDialect::Exact) RaiseError(kExactVia);
+  if (pair.via_server && (!IsFile(*connections.reference) || IsFile(*connections.target))) RaiseError(kFileAndServer);
   // A server that is only compared need not be asked for its tables more often than the comparison does.
   const bool enough = !for_script || app_.dialect == EDialect::Exact;
   if (enough && !IsFile(*connections.reference) && !IsFile(*connections.target)) {
@@ -122,7 +147,10 @@ void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_s
     return;
   }
   app_.OpenTask(std::move(connections.reference), std::move(connections.target));
-  WarnOfSource(*app_.connections.reference, options.verbose(), console_);
+  if (pair.via_server)
+    ReadReferenceOnServer();
+  else
+    WarnOfSource(*app_.connections.reference, options.verbose(), console_);
   WarnOfSource(*app_.connections.target, options.verbose(), console_);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -45,6 +46,9 @@ class TPairRun {
   void Open(const TPair& pair, const TSourceOptions& options, bool for_script);
   // A reference without tables is refused, or told of.
   void LookAtReference(const TPair& pair, bool for_script);
+  void ReadReferenceOnServer();
+  // Runs `work`, which uses a scratch database: it ends by signals too, with the database removed.
+  void WithScratch(const std::function<void(const TScratchPorts& ports)>& work);
   template <class Body>
   std::optional<std::string> Reported(Body body);
 

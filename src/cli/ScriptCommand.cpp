@@ -38,7 +38,7 @@ void TScriptCommand::Declare(CLI::App& app) {
       });
   DeclareFormat(app, format_);
   DeclareAllowEmpty(app, pair_);
-  DeclareVerify(app, pair_);
+  DeclareScratch(app, pair_);
   options_.DeclarePair(app);
 }
 

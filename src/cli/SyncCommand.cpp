@@ -52,10 +52,11 @@ void TSyncCommand::Declare(CLI::App& app) {
       "--allow-unsafe", allow_unsafe_,
       "Exact dialect: also run what may lose data, by comparison or of FILE; otherwise it is listed and nothing runs");
   DeclareAllowEmpty(app, pair_);
-  DeclareVerify(app, pair_);
+  DeclareScratch(app, pair_);
   app.add_option("--script", script_, "Run the text of FILE instead of comparing")
       ->type_name("FILE")
-      ->excludes(app.get_option("--verify-on-server"));
+      ->excludes(app.get_option("--verify-on-server"))
+      ->excludes(app.get_option("--via-server"));
   options_.DeclarePair(app);
   app.footer(kEnding + app.get_footer());
 }

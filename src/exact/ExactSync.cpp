@@ -17,9 +17,10 @@ constexpr char kNoReference[] = "There is no reference database";
 constexpr char kNoTarget[] = "There is no target database";
 constexpr char kSkipped[] = "Skipped: table %s, %s: %s";
 constexpr char kTakenAsEqual[] = "Taken as equal: %s (%d)";
-constexpr char kVerified[] = "Verified: 0 differences left";
+constexpr char kVerified[] = "Verified: %s";
 constexpr char kNotVerified[] = "Not verified: %d differences left";
 constexpr char kNotFollowed[] = "Not verified: %s";
+constexpr char kNotProved[] = "Not verified: how the server takes the script beside table %s, which is skipped";
 
 TDBConn& Side(const std::unique_ptr<TDBConn>& conn, const char* missing) {
   if (conn == nullptr) RaiseError(missing);
@@ -124,8 +125,9 @@ void TExactSync::Prove() {
   TEquivalenceUse use = Equivalences;
   const std::vector<TChange> left = SchemaChanges(read_.reference.schema, after, use, &touched);
   differences_left_ = static_cast<int>(left.size());
-  proof_.push_back(left.empty() ? std::string(kVerified) : Format(kNotVerified, left.size()));
+  proof_.push_back(left.empty() ? Format(kVerified, NothingLeft()) : Format(kNotVerified, left.size()));
   for (const TChange& change : left) proof_.push_back("  " + change.table + ": " + change.LogText());
+  for (const TSkippedTable& skipped : read_.skipped) proof_.push_back(Format(kNotProved, skipped.table));
 }
 
 void TExactSync::FillLog() {
@@ -137,6 +139,10 @@ void TExactSync::FillLog() {
     if (const int count = Equivalences.Count(row.id); count > 0)
       ActionLog.push_back(Format(kTakenAsEqual, std::string(row.name), count));
   ActionLog.insert(ActionLog.end(), proof_.begin(), proof_.end());
+}
+
+std::string TExactSync::NothingLeft() const {
+  return std::string("0 differences left") + (read_.skipped.empty() ? "" : " in the tables that were compared");
 }
 
 bool TExactSync::Identical() const { return data_.mtActions.Empty() && read_.skipped.empty(); }

@@ -10,6 +10,7 @@
 #include "exact/Changes.h"
 #include "exact/PairReader.h"
 #include "exact/Plan.h"
+#include "exact/ScratchDatabase.h"
 #include "sync/ActionTree.h"
 #include "sync/Data.h"
 #include "sync/MessageLog.h"
@@ -39,6 +40,7 @@ class TExactSync {
   std::vector<TChange> Changes() const;                              // those whose rows are still there
   std::vector<TPlanStatement> Plan() const;
   int DifferencesLeft() const { return differences_left_; }  // by the proof, for the whole plan
+  std::string NothingLeft() const;  // what a proof says that leaves none: a skipped table is in no proof
   const std::string& TableUnderWay() const { return table_under_way_; }
   bool TargetLost() const { return target_lost_; }
 
@@ -51,8 +53,9 @@ class TExactSync {
   std::string TargetText(const std::string& table) const;
 
   // Does the proof for real: makes the target's structure in a scratch database of its server, runs the plan there,
-  // compares, and removes the database in every case. Gives the differences left.
-  int VerifyOnServer();
+  // compares, and removes the database in every case. Gives the differences left. Raises beforehand where a table of
+  // the target could not be read.
+  int VerifyOnServer(const TScratchPorts& ports = {});
 
  private:
   void Clear();

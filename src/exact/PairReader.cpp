@@ -84,8 +84,8 @@ class TPairReader {
  public:
   TPairReader(TDBConn& reference, TDBConn& target, TProgress& progress, std::string& table_under_way, TReadPair& pair)
       : pair_(pair),
-        reference_("reference", reference, pair.reference),
-        target_("target", target, pair.target),
+        reference_(kReferenceSide, reference, pair.reference),
+        target_(kTargetSide, target, pair.target),
         progress_(progress),
         table_under_way_(table_under_way) {}
 
@@ -157,7 +157,7 @@ class TPairReader {
     } catch (const EVelmora& error) {
       side.read.texts.erase(text);
       if (!side.conn.GetConnected()) throw;
-      Skip(side, table, error.what());
+      Skip(side, table, error.what(), true);
       listed.state = EState::Failed;
     }
   }
@@ -244,8 +244,8 @@ class TPairReader {
     }
   }
 
-  void Skip(const TSideReader& side, const std::string& table, const std::string& reason) {
-    pair_.skipped.push_back({side.name, table, reason});
+  void Skip(const TSideReader& side, const std::string& table, const std::string& reason, bool unread = false) {
+    pair_.skipped.push_back({side.name, table, reason, unread});
   }
 
   TReadPair& pair_;

@@ -14,10 +14,14 @@
 
 namespace velmora {
 
+inline constexpr char kReferenceSide[] = "reference";
+inline constexpr char kTargetSide[] = "target";
+
 struct TSkippedTable {
-  std::string side;  // "reference" or "target"
+  std::string side;  // one of these
   std::string table;
   std::string reason;
+  bool unread = false;  // nothing of it is known
 };
 
 struct TReadSide {

@@ -78,8 +78,9 @@ TEST_F(CompanionTest, AFailedComparisonStillPrintsJsonAndNamesThePlace) {
                                           "create table bad (\n  a int not null\n) type=InnoDB;\n");
   const TAnswer answer = Run({"compare", a, b, "--format", "json"});
   EXPECT_EQ(answer.status, 2);
-  EXPECT_EQ(answer.err, "velmora-cli: " + a + ": line 8: table bad: ''x'' is not a valid integer value\n"
-                        "velmora-cli: note: --dialect exact reads this table\n");
+  EXPECT_EQ(answer.err, "velmora-cli: " + a +
+                            ": line 8: table bad: ''x'' is not a valid integer value\n"
+                            "velmora-cli: note: --dialect exact reads this table\n");
   const TJson json = TJson::parse(answer.out);
   EXPECT_FALSE(json["identical"].get<bool>());
   EXPECT_EQ(json["actions"].size(), 1u) << "what was found before the error stays";
@@ -92,8 +93,9 @@ TEST_F(CompanionTest, AnErrorOfTheComparisonItselfNamesTheTable) {
   const TAnswer answer = Run({"compare", File("a.sql", "create table t (\n a int not null\n) type=InnoDB;"),
                               File("b.sql", "create table t (\n a int not null,\n b int not null\n) type=InnoDB;")});
   EXPECT_EQ(answer.status, 2);
-  EXPECT_EQ(answer.err, "velmora-cli: table t: List index out of bounds (-1)\n"
-                        "velmora-cli: note: --dialect exact reads this table\n");
+  EXPECT_EQ(answer.err,
+            "velmora-cli: table t: List index out of bounds (-1)\n"
+            "velmora-cli: note: --dialect exact reads this table\n");
 }
 
 TEST_F(CompanionTest, ScriptGoesToStandardOutputWithCrLf) {

@@ -125,7 +125,8 @@ TEST_F(ExactCommandTest, WhatAFileCannotDo) {
        " cannot be compared: a reference has to be a MySQL server or a file"},
       {{"compare", a_, b_, "--verify-on-server"}, "Only a script of the exact dialect can be verified on the server"},
       {{"compare", a_, b_, "--dialect", "other"}, "is none of standard, exact"},
-      {{"sync", a_, b_, "--dialect", "exact", "--yes"}, ", with 1 unsafe change: nothing was run; --allow-unsafe runs them"},
+      {{"sync", a_, b_, "--dialect", "exact", "--yes"},
+       ", with 1 unsafe change: nothing was run; --allow-unsafe runs them"},
       {{"sync", a_, b_, "--dialect", "exact", "--yes", "--allow-unsafe"}, "is a script file"},
       {{"sync", a_, b_, "--script", a_, "--verify-on-server", "--yes"}, "--verify-on-server excludes --script"},
   };

@@ -40,8 +40,10 @@ TEST_F(LiveExactTest, SyncRefusesWhatIsUnsafeAndTellsTheResultOfWhatRan) {
   EXPECT_EQ(refused.out, "");
   EXPECT_THAT(refused.err, StartsWith("velmora-cli: note: Left alone: view v of the target\n"
                                       "velmora-cli: unsafe: t: Changed column a: "));
-  EXPECT_THAT(refused.err, EndsWith("4 statements on database cli_target of server localhost, with 1 unsafe change: nothing was run; "
-                       "--allow-unsafe runs them too\n"));
+  EXPECT_THAT(
+      refused.err,
+      EndsWith("4 statements on database cli_target of server localhost, with 1 unsafe change: nothing was run; "
+               "--allow-unsafe runs them too\n"));
   EXPECT_EQ(Ask("select count(*) from information_schema.columns where table_schema = 'cli_target'"), "2");
 
   const TAnswer ran = Exact({"sync", "--yes", "--allow-unsafe", "--verify-on-server"});

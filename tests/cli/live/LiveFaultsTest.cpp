@@ -151,8 +151,10 @@ TEST(LostSideTest, NoSideIsNamedForAnErrorOfTheComparison) {
   for (const char* command : {"compare", "script"}) {
     const TAnswer answer = RunLive({command, LiveSource("less"), LiveSource("whole")});
     EXPECT_EQ(answer.status, 2);
-    EXPECT_EQ(answer.err, "velmora-cli: table t2: List index out of bounds (-1)\n"
-                          "velmora-cli: note: --dialect exact reads this table\n") << command;
+    EXPECT_EQ(answer.err,
+              "velmora-cli: table t2: List index out of bounds (-1)\n"
+              "velmora-cli: note: --dialect exact reads this table\n")
+        << command;
   }
 }
 

@@ -23,7 +23,9 @@ class LiveNamesTest : public ::testing::Test {
     database.Run("create table `" + table + "` (a int not null, b int not null" + more + ", key k (a))");
   }
   static std::string Column(const std::string& name) { return ", `" + name + "` int not null"; }
-  TAnswer Sync() { return RunLive({"sync", LiveSource("named"), LiveSource("naming"), "--yes", "--allow-empty-reference"}); }
+  TAnswer Sync() {
+    return RunLive({"sync", LiveSource("named"), LiveSource("naming"), "--yes", "--allow-empty-reference"});
+  }
   int Compared() { return RunLive({"compare", LiveSource("named"), LiveSource("naming")}).status; }
 
   TLiveDatabase reference_, target_;

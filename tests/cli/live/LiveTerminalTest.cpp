@@ -11,8 +11,8 @@ namespace {
 
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
-using ::testing::StartsWith;
 using testing::LiveSource;
+using ::testing::StartsWith;
 using testing::TLiveDatabase;
 using testing::TPrivateServer;
 using testing::TTerminalRun;

@@ -220,7 +220,9 @@ TEST_F(ExactLiveTest, WhatIsNotHandledIsNamedFirstAndLeftAlone) {
                                "Left alone: system-versioned table hd",
                                "Skipped: table clash, target: there is a view of this name",
                                "Skipped: table hd, target: it is system-versioned, and differs", "t: New column b",
-                               "Verified: 0 differences left"));
+                               "Verified: 0 differences left in the tables that were compared",
+                               "Not verified: how the server takes the script beside table clash, which is skipped",
+                               "Not verified: how the server takes the script beside table hd, which is skipped"));
   app_.RunScript(Script());
   app_.Compare();
   EXPECT_TRUE(app_.data.mtActions.Empty());
@@ -299,6 +301,24 @@ TEST_F(ExactLiveTest, TheScratchDatabaseIsRemovedWhateverHappens) {
     EXPECT_EQ(ScratchDatabases(), "0");
   }
   EXPECT_EQ(Ask("select count(*) from information_schema.columns where table_schema = 'exact_target'"), "3");
+}
+
+// The copy would lack what the script meets on the target.
+TEST_F(ExactLiveTest, ATableThatCannotBeReadMakesNoProof) {
+  for (TLiveDatabase* database : {&reference_, &target_}) {
+    database->Run("create table bad (a int primary key) engine=MyISAM");
+    database->Run("create table t (a int)");
+  }
+  reference_.Run("alter table t add b int");
+  target_.Run("flush tables");
+  WriteFileText(Ask("select @@datadir") + "exact_target/bad.frm", "no table");
+  Open();
+  app_.Compare();
+  EXPECT_THAT(app_.ActionLog(), Contains("Verified: 0 differences left in the tables that were compared"));
+  EXPECT_THAT(MessageOf([&] { app_.exact.VerifyOnServer(); }),
+              StartsWith("Verifying on the server: table bad of the target could not be read, and a copy without it "
+                         "proves nothing: "));
+  EXPECT_EQ(ScratchDatabases(), "0");
 }
 
 TEST_F(ExactLiveTest, ARunThatFailsPutsForeignKeyChecksBack) {

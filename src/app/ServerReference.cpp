@@ -1,0 +1,195 @@
+#include "app/ServerReference.h"
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <map>
+#include <utility>
+
+#include "app/FileStatements.h"
+#include "core/Meta.h"
+#include "util/Errors.h"
+#include "util/Files.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNoFile[] = "%s is no file that can be read twice, which reading by the server takes";
+constexpr char kRefused[] = "%s: line %d: %s";
+constexpr char kFollows[] = "%s: line %d: table %s, which this statement takes, could not be read";
+constexpr int kUnknownTable = 1051;
+
+// A creation text, or why there is none.
+struct TServerText {
+  std::string text;
+  std::string fault;
+};
+using TServerTexts = std::map<std::string, TServerText>;
+
+// The file's engine, with texts of a server in place of its own.
+class TServerTextsEngine final : public TDBConnMySQLOffline {
+ public:
+  TServerTextsEngine(std::unique_ptr<TOfflineConnection> connection, std::shared_ptr<const TServerTexts> texts)
+      : TDBConnMySQLOffline(std::move(connection)), file_(GetConnectionObject()), texts_(std::move(texts)) {}
+
+  void ListTables(TStringList& list) override {
+    list.clear();
+    for (const auto& [table, text] : *texts_) list.push_back(table);
+  }
+
+  void ShowCreateTable(const std::string& table, std::string& ddl) override {
+    const TServerText& found = texts_->at(table);
+    if (!found.fault.empty()) RaiseError(found.fault);
+    ddl = found.text;
+  }
+
+  void ExpectCreationTexts(const TStringList& /*tables*/) override {}
+
+ private:
+  std::unique_ptr<TDBConnMySQL> NewEngine() const override {
+    return std::make_unique<TServerTextsEngine>(file_.NewOfflineConnection(), texts_);
+  }
+
+  TOfflineConnection& file_;
+  std::shared_ptr<const TServerTexts> texts_;
+};
+
+std::string ReadTwice(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) RaiseError(Format(kNoFile, path));
+  return ReadFileText(path);
+}
+
+class TServerReader {
+ public:
+  TServerReader(const std::string& path, TDBConn& target, TProgress& progress, const TScratchPorts& ports)
+      : path_(path), target_(target), progress_(progress), ports_(ports) {}
+
+  TServerTexts Read() {
+    const TFileStatements file = ReadStatements();
+    for (const std::string& warning : file.warnings)
+      if (ports_.warn) ports_.warn(path_ + ": " + warning);
+    TVariant folds;
+    target_.GetResultSQL("select @@lower_case_table_names", folds);
+    folds_case_ = VarToText(folds) != "0";
+    TScratchDatabase scratch(target_, ports_);
+    progress_.ShowOneBar("Reading the reference on the server...", static_cast<std::int64_t>(file.statements.size()));
+    RunGuarded(
+        [&] {
+          scratch.RunWithin([&] {
+            scratch.TakeServersDefaults();
+            for (const TFileStatement& statement : file.statements) {
+              progress_.StepTotal();
+              Run(statement, scratch);
+            }
+            ReadTexts(scratch);
+          });
+        },
+        [this] { progress_.Finish(); });
+    return std::move(texts_);
+  }
+
+ private:
+  TFileStatements ReadStatements() {
+    try {
+      return ReadFileStatements(ReadTwice(path_));
+    } catch (const EVelmora& error) {
+      const std::string text = error.what();
+      RaiseError(text.find(path_) == std::string::npos ? path_ + ": " + StrReplace(text, "\n", "\n" + path_ + ": ")
+                                                       : text);
+    }
+  }
+
+  std::string Key(const std::string& table) const { return folds_case_ ? LowerText(table) : table; }
+
+  // A table one of whose statements failed stays as unknown as it is then, until it is dropped or made anew.
+  void Run(const TFileStatement& statement, TScratchDatabase& scratch) {
+    const TTableStatement& about = statement.about;
+    const bool starts_anew = about.kind == ETableStatement::DropTable || about.kind == ETableStatement::ReplaceTable;
+    if (!starts_anew && FollowsFault(statement)) return;
+    try {
+      RunInAnyOrder(statement, scratch);
+      if (starts_anew)
+        for (const TTableName& name : about.changes) faults_.erase(Key(name.table));
+    } catch (const EMySqlException& error) {
+      const std::string fault = Format(kRefused, path_, statement.line, error.what());
+      if (!scratch.Connected()) RaiseError(fault);
+      const bool was_none = about.kind == ETableStatement::DropTable && error.Number() == kUnknownTable;
+      if (!was_none || about.changes.size() > 1) Fail(about, fault);
+    }
+  }
+
+  // Files that make a table before the one that it refers to run without checks. Others may depend on them: an index
+  // that a foreign key needs cannot be dropped.
+  static void RunInAnyOrder(const TFileStatement& statement, TScratchDatabase& scratch) {
+    try {
+      scratch.SwitchChecks(true);
+      scratch.Run(statement.text);
+    } catch (const EMySqlException&) {
+      if (!scratch.Connected() || statement.about.kind == ETableStatement::DropIndex) throw;
+      scratch.SwitchChecks(false);
+      scratch.Run(statement.text);
+    }
+  }
+
+  bool FollowsFault(const TFileStatement& statement) {
+    for (const std::vector<TTableName>* names : {&statement.about.changes, &statement.about.reads})
+      for (const TTableName& name : *names)
+        if (faults_.contains(Key(name.table))) {
+          Fail(statement.about, Format(kFollows, path_, statement.line, name.table));
+          return true;
+        }
+    return false;
+  }
+
+  // The first fault is the one to tell.
+  void Fail(const TTableStatement& about, const std::string& fault) {
+    for (const TTableName& name : about.changes) faults_.try_emplace(Key(name.table), name.table, fault);
+  }
+
+  void ReadTexts(TScratchDatabase& scratch) {
+    for (const std::string& table : scratch.Tables()) {
+      if (faults_.contains(Key(table))) continue;
+      try {
+        texts_[table].text = scratch.CreationText(table);
+      } catch (const EMySqlException& error) {
+        if (!scratch.Connected()) throw;
+        texts_[table].fault = error.what();
+      }
+    }
+    for (const auto& [key, fault] : faults_) texts_[Spelling(fault.first)].fault = fault.second;
+  }
+
+  // As the target spells it, where case does not count: nobody may take the two for different tables.
+  std::string Spelling(const std::string& table) {
+    TStringList names;
+    target_.meta().TableNames(names);
+    for (const std::string& name : names)
+      if (folds_case_ && SameText(name, table)) return name;
+    return table;
+  }
+
+  const std::string& path_;
+  TDBConn& target_;
+  TProgress& progress_;
+  const TScratchPorts& ports_;
+  bool folds_case_ = false;
+  std::map<std::string, std::pair<std::string, std::string>> faults_;  // table and fault, by what names are told by
+  TServerTexts texts_;
+};
+
+}  // namespace
+
+std::unique_ptr<TDBConn> ReferenceByServer(TDBConnMySQLOffline& file, TDBConn& target, TProgress& progress,
+                                           const TScratchPorts& ports) {
+  TOfflineConnection& connection = file.GetConnectionObject();
+  auto texts = std::make_shared<const TServerTexts>(TServerReader(connection.Path(), target, progress, ports).Read());
+  auto reference = std::make_unique<TServerTextsEngine>(connection.NewOfflineConnection(), std::move(texts));
+  reference->Connect();
+  return reference;
+}
+
+}  // namespace velmora
