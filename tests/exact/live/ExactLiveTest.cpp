@@ -311,7 +311,9 @@ TEST_F(ExactLiveTest, ATableThatCannotBeReadMakesNoProof) {
   }
   reference_.Run("alter table t add b int");
   target_.Run("flush tables");
-  WriteFileText(Ask("select @@datadir") + "exact_target/bad.frm", "no table");
+  const std::string definition = Ask("select @@datadir") + "exact_target/bad.frm";
+  const std::string whole = ReadFileText(definition);
+  WriteFileText(definition, "no table");
   Open();
   app_.Compare();
   EXPECT_THAT(app_.ActionLog(), Contains("Verified: 0 differences left in the tables that were compared"));
@@ -319,6 +321,7 @@ TEST_F(ExactLiveTest, ATableThatCannotBeReadMakesNoProof) {
               StartsWith("Verifying on the server: table bad of the target could not be read, and a copy without it "
                          "proves nothing: "));
   EXPECT_EQ(ScratchDatabases(), "0");
+  WriteFileText(definition, whole);
 }
 
 TEST_F(ExactLiveTest, ARunThatFailsPutsForeignKeyChecksBack) {
