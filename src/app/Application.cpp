@@ -93,6 +93,8 @@ void TApplication::Compare() {
 
 bool TApplication::Identical() const { return Exact() ? exact.Identical() : data.mtActions.Empty(); }
 
+bool TApplication::TablesIdentical() const { return Exact() ? exact.TablesIdentical() : data.mtActions.Empty(); }
+
 const TStringList& TApplication::ActionLog() const { return Exact() ? exact.ActionLog : sync.ActionLog; }
 
 const std::string& TApplication::TableUnderWay() const {
@@ -167,6 +169,10 @@ bool TApplication::ReferenceIsEmpty() const {
   TStringList tables;
   if (connections.reference != nullptr) connections.reference->meta().TableNames(tables);
   return tables.empty();
+}
+
+std::vector<TRowFinding> TApplication::CheckRows(int seconds) {
+  return Exact() ? exact.CheckRows(seconds) : std::vector<TRowFinding>();
 }
 
 void TApplication::TableTexts(const std::string& table, std::string& reference, std::string& target) {

@@ -44,6 +44,7 @@ class TApplication {
   // ActionLog. On an error those found so far stay.
   void Compare();
   bool Identical() const;
+  bool TablesIdentical() const;  // whatever else the databases hold
   const TStringList& ActionLog() const;
   // Of the last comparison, for messages: the table that it came to, empty when it ended well or came to none; whether
   // the target's connection was gone when it ended.
@@ -60,6 +61,9 @@ class TApplication {
   // Whether the reference, once compared, turned out to have no table: a dump that failed, more often than a wish. What
   // to say of it: EmptyReferenceText.
   bool ReferenceIsEmpty() const;
+  // What the target's rows say to the actions that are left, each asked for at most `seconds`, 0 for as long as it
+  // takes; the standard dialect asks nothing.
+  std::vector<TRowFinding> CheckRows(int seconds);
   // The creation texts of a table: in the exact dialect as the servers print them, otherwise built of what was read.
   // Empty for a side without the table.
   void TableTexts(const std::string& table, std::string& reference, std::string& target);

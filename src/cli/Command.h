@@ -11,6 +11,7 @@
 
 #include "app/Dialect.h"
 #include "cli/Console.h"
+#include "exact/Collations.h"
 #include "util/Counted.h"
 #include "util/Lists.h"
 
@@ -49,6 +50,7 @@ struct TPair {
   std::string reference;            // or the task file
   std::string target;               // empty with a task file
   std::optional<EDialect> dialect;  // as given; otherwise that of the task file
+  TCollationMap collations;         // the exact dialect alone has it
   bool allow_empty_reference = false;
   bool verify_on_server = false;  // of the commands that can; the exact dialect alone has it, and the next one
   bool via_server = false;        // the reference's statements are read by the target's server

@@ -53,6 +53,8 @@ class TSyncCommand final : public TCommand {
   std::string script_;
   TSourceOptions options_;
   bool allow_unsafe_ = false;
+  bool no_row_checks_ = false;
+  int row_check_time_ = 30;  // seconds
   bool yes_ = false;
 };
 

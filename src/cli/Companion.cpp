@@ -92,6 +92,18 @@ void DeclarePair(CLI::App& app, TPair& pair) {
       "exact: compare creation texts without loss, for the servers of today; standard; otherwise as the task "
       "file says",
       [&pair](EDialect dialect) { pair.dialect = dialect; });
+  app.add_option(
+         "--map-collation",
+         "Exact dialect: where the reference names the collation or character set A, write B, which the target's "
+         "server knows; may be given several times")
+      ->type_name("A=B")
+      ->each([&pair](const std::string& mapping) {
+        try {
+          AddToCollationMap(mapping, pair.collations);
+        } catch (const EVelmora& error) {
+          throw CLI::ValidationError(error.what());
+        }
+      });
   app.callback([&pair] {
     const bool is_task = IsTaskFile(pair.reference);
     if (is_task && !pair.target.empty()) throw CLI::ValidationError("TARGET", "a task file holds both sides already");

@@ -28,6 +28,10 @@ void AddExactResults(const TApplication& app, const std::optional<std::string>& 
   for (const TSkippedTable& table : app.exact.Skipped())
     skipped.push_back({{"side", table.side}, {"table", table.table}, {"reason", table.reason}});
   document["skipped"] = std::move(skipped);
+  TJson objects = TJson::array();
+  for (const TObjectDifference& object : app.exact.Objects())
+    objects.push_back({{"kind", object.kind}, {"name", object.name}, {"difference", object.difference}});
+  document["objects"] = std::move(objects);
   const bool proved = !error && (app.exact.Skipped().empty() || app.exact.DifferencesLeft() > 0);
   document["verified"] = proved ? TJson(app.exact.DifferencesLeft()) : TJson();
   document["verified_on_server"] = on_server ? TJson(*on_server) : TJson();

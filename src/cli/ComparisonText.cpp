@@ -12,6 +12,8 @@ namespace velmora {
 
 namespace {
 
+constexpr char kOthersAlone[] = " (views, triggers, routines, events), left alone\n";
+
 using TReasons = std::map<std::string, std::string>;  // why an action is unsafe, by its row's id
 
 // One sign per kind of difference, as in a patch.
@@ -87,11 +89,16 @@ void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
   if (app.dialect == EDialect::Exact && count > 0)
     out << TellLeft("Verified", "Not verified", app, app.exact.DifferencesLeft()) << '\n';
   if (skipped > 0) out << Counted(skipped, "table") << " could not be compared\n";
+  const std::size_t objects = app.dialect == EDialect::Exact ? app.exact.Objects().size() : 0;
+  if (objects > 0 && app.TablesIdentical()) out << "All tables are identical.\n";
+  if (objects > 0) out << Counted(objects, "other object") << (objects == 1 ? " differs" : " differ") << kOthersAlone;
 }
 
 void TellExactNotes(const TApplication& app, TConsole& console) {
   if (app.dialect != EDialect::Exact) return;
   for (const std::string& line : app.exact.LeftAlone()) console.Note(line);
+  for (const TObjectDifference& object : app.exact.Objects())
+    console.Note(Format("Not the same: %s %s: %s", object.kind, object.name, object.difference));
   for (const TSkippedTable& skipped : app.exact.Skipped())
     console.Warn(Format("%s: table %s is skipped: %s", skipped.side, skipped.table, skipped.reason));
   if (const int left = app.exact.DifferencesLeft(); left > 0)

@@ -22,6 +22,7 @@ namespace {
 constexpr char kAllowEmpty[] = "; nothing is made of it without --allow-empty-reference";
 constexpr char kExactReads[] = "--dialect exact reads this table";
 constexpr char kExactAlone[] = "Only a script of the exact dialect can be verified on the server";
+constexpr char kNoCollations[] = "--map-collation belongs to the exact dialect (--dialect exact)";
 constexpr char kExactVia[] = "Only the exact dialect can read a reference by the server (--via-server)";
 constexpr char kFileAndServer[] = "--via-server takes a reference that ends in .sql and a target on a server";
 
@@ -73,6 +74,10 @@ std::optional<std::string> TPairRun::VerifyOnServer(std::optional<int>& left) {
     else
       console_.Error(told);
   });
+}
+
+std::optional<std::string> TPairRun::CheckRows(int seconds, std::vector<TRowFinding>& findings) {
+  return Reported([&] { findings = app_.CheckRows(seconds); });
 }
 
 void TPairRun::WithScratch(const std::function<void(const TScratchPorts& ports)>& work) {
@@ -140,6 +145,8 @@ void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_s
   if (pair.verify_on_server && app_.dialect != EDialect::Exact) RaiseError(kExactAlone);
   if (pair.via_server && app_.dialect != EDialect::Exact) RaiseError(kExactVia);
   if (pair.via_server && (!IsFile(*connections.reference) || IsFile(*connections.target))) RaiseError(kFileAndServer);
+  if (!pair.collations.empty() && app_.dialect != EDialect::Exact) RaiseError(kNoCollations);
+  app_.exact.Collations = pair.collations;
   // A server that is only compared need not be asked for its tables more often than the comparison does.
   const bool enough = !for_script || app_.dialect == EDialect::Exact;
   if (enough && !IsFile(*connections.reference) && !IsFile(*connections.target)) {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "app/Application.h"
 #include "cli/Command.h"
@@ -31,6 +32,8 @@ class TPairRun {
   // Tries the script in a scratch database of the target's server; Ctrl+C ends that, with the database removed. Gives
   // how many differences are left, which the console is told too. An error is reported in the same way.
   std::optional<std::string> VerifyOnServer(std::optional<int>& left);
+  // What the target's rows say to the script; an error is reported in the same way.
+  std::optional<std::string> CheckRows(int seconds, std::vector<TRowFinding>& findings);
   // The script for what was compared; an error is reported in the same way.
   std::optional<std::string> GenerateScript();
   // Opens the target alone.

@@ -19,6 +19,9 @@ namespace {
 constexpr char kEnding[] =
     "\nCtrl+C ends the run behind the running statement, as SIGTERM and SIGHUP do; a second one breaks that statement "
     "off.\nEither way what the transaction still holds is rolled back, and the report says what is in force.\n";
+constexpr int kLongestRowCheck = 86400;  // seconds
+constexpr char kRowsInTheWay[] =
+    "nothing was run: change these rows or the reference; --no-row-checks runs the script without looking at rows";
 
 int RunOn(TPairRun& run, const std::string& script, TConsole& console) {
   TDBConn& target = *run.app().connections.target;
@@ -40,7 +43,23 @@ int RunOn(TPairRun& run, const std::string& script, TConsole& console) {
 int TellResult(TPairRun& run, TConsole& console) {
   if (run.CompareAgain()) return kExitFailure;
   PrintComparison(run.app(), false, console.out);
-  return run.app().Identical() ? kExitSuccess : kExitFailure;
+  return run.app().TablesIdentical() ? kExitSuccess : kExitFailure;
+}
+
+// Whether no row that is there stands in the way of the script.
+bool RowsAllow(TPairRun& run, int seconds, TConsole& console) {
+  std::vector<TRowFinding> findings;
+  if (run.CheckRows(seconds, findings)) return false;
+  std::size_t in_the_way = 0;
+  for (const TRowFinding& finding : findings) {
+    if (finding.checked)
+      console.Error("rows in the way: " + finding.text);
+    else
+      console.Warn(finding.text);
+    if (finding.checked) ++in_the_way;
+  }
+  if (in_the_way > 0) console.Error(kRowsInTheWay);
+  return in_the_way == 0;
 }
 
 }  // namespace
@@ -53,6 +72,15 @@ void TSyncCommand::Declare(CLI::App& app) {
       "Exact dialect: also run what may lose data, by comparison or of FILE; otherwise it is listed and nothing runs");
   DeclareAllowEmpty(app, pair_);
   DeclareScratch(app, pair_);
+  app.add_flag(
+      "--no-row-checks", no_row_checks_,
+      "Exact dialect: do not ask the server before the run whether rows that are there stand in the way of new "
+      "unique keys, foreign keys and columns that are to be not null");
+  app.add_option("--row-check-time", row_check_time_,
+                 "Let the server look at most this many seconds for each of them; 0 waits for it")
+      ->type_name("SECONDS")
+      ->capture_default_str()
+      ->check(CLI::Range(0, kLongestRowCheck).description(""));
   app.add_option("--script", script_, "Run the text of FILE instead of comparing")
       ->type_name("FILE")
       ->excludes(app.get_option("--verify-on-server"))
@@ -67,7 +95,7 @@ bool TSyncCommand::Prepare(TPairRun& run, TConsole& console, int& status) {
   if (run.Compare(pair_, options_, true)) return false;
   if (run.app().data.mtActions.Empty()) {
     PrintComparison(run.app(), false, console.out);
-    status = run.app().Identical() ? kExitSuccess : kExitFailure;
+    status = run.app().TablesIdentical() ? kExitSuccess : kExitFailure;
     return false;
   }
   return !run.GenerateScript();
@@ -79,6 +107,7 @@ bool TSyncCommand::MayRun(TPairRun& run, const std::string& script, TConsole& co
   const TScriptPlan plan{script, SideName(*app.connections.target), app.Statements(script).statements.size(),
                          app.UnsafeStatements(script), script_.empty()};
   if (!UnsafeAllowed(plan, allow_unsafe_, console)) return false;
+  if (script_.empty() && !no_row_checks_ && !RowsAllow(run, row_check_time_, console)) return false;
   std::optional<int> left;
   if (pair_.verify_on_server && (run.VerifyOnServer(left) || *left > 0)) return false;
   if (yes_) return true;

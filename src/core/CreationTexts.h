@@ -8,9 +8,9 @@
 namespace velmora {
 
 struct TOtherObject {
-  std::string kind;  // "view", "sequence", "trigger", "procedure", "function", "event"
+  std::string kind;  // "view", "sequence", "trigger", "procedure", "function", "event", ...
   std::string name;
-  std::string text{};  // its creation text where it is at hand, else empty
+  std::string text{};  // its creation text where it can be had, else empty
 };
 
 // What an engine also implements that can give the creation text of a table as its server prints it.

@@ -66,7 +66,7 @@ class TTableComparison {
  private:
   void CompareOptions();
   void CompareColumns();
-  void CompareGroup(const TGroup& group);
+  bool CompareGroup(const TGroup& group);
   void ComparePartitioning();
   void CompareOthers() const;
 
@@ -89,7 +89,9 @@ std::vector<TChange> TTableComparison::Run() {
   CompareOthers();
   CompareOptions();
   CompareColumns();
-  for (const auto& group : kOtherGroups) CompareGroup(group);
+  bool ordered = true;
+  for (const auto& group : kOtherGroups) ordered = CompareGroup(group) && ordered;
+  if (!ordered) use_.Add(EEquivalence::KeyOrder);
   ComparePartitioning();
   return std::move(changes_);
 }
@@ -220,10 +222,11 @@ void TTableComparison::CompareColumns() {
   }
 }
 
-void TTableComparison::CompareGroup(const TGroup& group) {
+// Whether what both tables have comes in the same order.
+bool TTableComparison::CompareGroup(const TGroup& group) {
   const TElements wanted = ElementsOf(reference_, group);
   const TElements there = ElementsOf(target_, group);
-  if (wanted.empty() && there.empty()) return;
+  if (wanted.empty() && there.empty()) return true;
   const auto matches = Match(wanted, there);
   Drop(group, there, matches);
   for (std::size_t i = 0; i < wanted.size(); ++i) {
@@ -233,6 +236,9 @@ void TTableComparison::CompareGroup(const TGroup& group) {
       Add(Change(group.modify, there[matches[i]], wanted[i]));
     }
   }
+  std::vector<std::size_t> common = matches;
+  std::erase(common, kNone);
+  return std::is_sorted(common.begin(), common.end());
 }
 
 TChange TTableComparison::Change(TSyncAction action, const TElement* from, const TElement* to) const {

@@ -36,7 +36,9 @@ std::vector<TChange> CompareTableTexts(const TTableText& reference, const TTable
 // Why making `to` of `from` may lose data or fail on rows that are there; empty when it cannot.
 std::string UnsafeColumnChange(const TElement& from, const TTableText& target, const TElement& to,
                                const TTableText& reference);
-// The same for any change; used for each of CompareTableTexts already.
+// Whether the column's values stay what they are, but for their character set and what sorts them.
+bool KeepsValues(const TElement& from, const TTableText& target, const TElement& to, const TTableText& reference);
+// The same as UnsafeColumnChange for any change; used for each of CompareTableTexts already.
 std::string UnsafeChange(const TChange& change, const TTableText& target, const TTableText& reference);
 
 // Places of a longest strictly increasing subsequence of `order`.

@@ -20,6 +20,7 @@ enum class EEquivalence {
   UsingBtree,        // using btree, which is the engine's own
   NoAction,          // on delete/update restrict, no action, or nothing
   OptionOrder,       // the order of table options
+  KeyOrder,          // the order of keys, checks and foreign keys; counted once a table, whether it is on or not
   kCount
 };
 inline constexpr int kEquivalenceCount = static_cast<int>(EEquivalence::kCount);

@@ -16,6 +16,7 @@ namespace {
 constexpr char kNoReference[] = "There is no reference database";
 constexpr char kNoTarget[] = "There is no target database";
 constexpr char kSkipped[] = "Skipped: table %s, %s: %s";
+constexpr char kOtherObject[] = "Not the same: %s %s: %s";
 constexpr char kTakenAsEqual[] = "Taken as equal: %s (%d)";
 constexpr char kVerified[] = "Verified: %s";
 constexpr char kNotVerified[] = "Not verified: %d differences left";
@@ -61,9 +62,9 @@ void TExactSync::Compare() {
         progress_.ShowSimple("Connecting...");
         ConnectAnew(reference);
         ConnectAnew(target);
-        ReadPair(reference, target, progress_, table_under_way_, read_);
+        ReadPair(reference, target, Collations, progress_, table_under_way_, read_);
         table_under_way_.clear();
-        CompareSchemas();
+        CompareSchemas(target);
         Prove();
         FillLog();
         log_.LogLine("Done.");
@@ -88,10 +89,11 @@ void TExactSync::Clear() {
   target_lost_ = false;
 }
 
-void TExactSync::CompareSchemas() {
+void TExactSync::CompareSchemas(TDBConn& target) {
   progress_.SetTitle("Comparing tables...");
   Host().ProcessMessages();
   changes_ = SchemaChanges(read_.reference.schema, read_.target.schema, Equivalences);
+  MarkUnknownCollations(target, read_.target.texts, changes_);
   for (TChange& change : changes_) {
     const TActionRow& row = data_.mtActions.Append(change.action, change.table, change.item, change.Description());
     change.id = row.id;
@@ -132,6 +134,8 @@ void TExactSync::Prove() {
 
 void TExactSync::FillLog() {
   ActionLog = read_.left_alone;
+  for (const TObjectDifference& object : read_.objects)
+    ActionLog.push_back(Format(kOtherObject, object.kind, object.name, object.difference));
   for (const TSkippedTable& skipped : read_.skipped)
     ActionLog.push_back(Format(kSkipped, skipped.table, skipped.side, skipped.reason));
   for (const TChange& change : changes_) ActionLog.push_back(LogLine(change));
@@ -145,7 +149,14 @@ std::string TExactSync::NothingLeft() const {
   return std::string("0 differences left") + (read_.skipped.empty() ? "" : " in the tables that were compared");
 }
 
-bool TExactSync::Identical() const { return data_.mtActions.Empty() && read_.skipped.empty(); }
+bool TExactSync::TablesIdentical() const { return data_.mtActions.Empty() && read_.skipped.empty(); }
+
+bool TExactSync::Identical() const { return TablesIdentical() && read_.objects.empty(); }
+
+std::vector<TRowFinding> TExactSync::CheckRows(int seconds) {
+  TDBConn& target = Side(connections_.target, kNoTarget);
+  return AskRows(RowQuestions(Changes(), read_.reference.schema, read_.target.schema), target, seconds);
+}
 
 std::vector<TChange> TExactSync::Changes() const {
   std::vector<TChange> left;

@@ -8,8 +8,10 @@
 #include <vector>
 
 #include "exact/Changes.h"
+#include "exact/Collations.h"
 #include "exact/PairReader.h"
 #include "exact/Plan.h"
+#include "exact/RowChecks.h"
 #include "exact/ScratchDatabase.h"
 #include "sync/ActionTree.h"
 #include "sync/Data.h"
@@ -26,18 +28,22 @@ class TExactSync {
   // All outlive this object.
   TExactSync(TTaskConnections& connections, TdmData& data, TActionTree& tree, TProgress& progress, TMessageLog& log);
 
-  TStringList ActionLog;  // objects that are left alone, tables that could not be read, actions, equivalences, proof
+  TStringList ActionLog;  // objects that are left alone, those that differ, tables that could not be read, actions,
+                          // equivalences, proof
   TEquivalenceUse Equivalences;
+  TCollationMap Collations;  // names of the reference that the target has others for
 
   // Reconnects both sides, reads every table that either lists, compares, and fills the action rows and the tree. A
   // table that cannot be read is skipped and named; the result is then not identical. Raises what the connections
   // raise, and for a side that gives no creation texts.
   void Compare();
 
-  bool Identical() const;  // no action, and nothing was skipped
+  bool TablesIdentical() const;  // no action, and nothing was skipped
+  bool Identical() const;        // and no other object differs
   const std::vector<TSkippedTable>& Skipped() const { return read_.skipped; }
   const TStringList& LeftAlone() const { return read_.left_alone; }  // a line for each object that is not handled
-  std::vector<TChange> Changes() const;                              // those whose rows are still there
+  const std::vector<TObjectDifference>& Objects() const { return read_.objects; }
+  std::vector<TChange> Changes() const;  // those whose rows are still there
   std::vector<TPlanStatement> Plan() const;
   int DifferencesLeft() const { return differences_left_; }  // by the proof, for the whole plan
   std::string NothingLeft() const;  // what a proof says that leaves none: a skipped table is in no proof
@@ -52,6 +58,9 @@ class TExactSync {
   std::string ReferenceText(const std::string& table) const;
   std::string TargetText(const std::string& table) const;
 
+  // Asks the target's server what its rows say to the changes that are left; see AskRows.
+  std::vector<TRowFinding> CheckRows(int seconds);
+
   // Does the proof for real: makes the target's structure in a scratch database of its server, runs the plan there,
   // compares, and removes the database in every case. Gives the differences left. Raises beforehand where a table of
   // the target could not be read.
@@ -59,7 +68,7 @@ class TExactSync {
 
  private:
   void Clear();
-  void CompareSchemas();
+  void CompareSchemas(TDBConn& target);
   void Prove();
   TTableNames TouchedTables() const;
   void FillLog();

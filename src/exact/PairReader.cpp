@@ -82,16 +82,19 @@ bool MayReferTo(std::string_view text, const TTableNames& tables) {
 
 class TPairReader {
  public:
-  TPairReader(TDBConn& reference, TDBConn& target, TProgress& progress, std::string& table_under_way, TReadPair& pair)
+  TPairReader(TDBConn& reference, TDBConn& target, const TCollationMap& collations, TProgress& progress,
+              std::string& table_under_way, TReadPair& pair)
       : pair_(pair),
         reference_(kReferenceSide, reference, pair.reference),
         target_(kTargetSide, target, pair.target),
+        collations_(collations),
         progress_(progress),
         table_under_way_(table_under_way) {}
 
   void Read() {
-    ListOthers(reference_);
-    ListOthers(target_);
+    const TDatabaseObjects wanted = ListOthers(reference_);
+    const TDatabaseObjects there = ListOthers(target_);
+    pair_.objects = CompareObjects(wanted, there);
     ListTables(reference_, target_);
     ListTables(target_, reference_);
     RunGuarded([this] { ReadTables(); },
@@ -102,11 +105,13 @@ class TPairReader {
   }
 
  private:
-  void ListOthers(TSideReader& side) {
-    for (const TOtherObject& object : side.texts->OtherObjects()) {
+  TDatabaseObjects ListOthers(TSideReader& side) {
+    TDatabaseObjects others{side.texts->TextsDatabase(), side.texts->OtherObjects()};
+    for (const TOtherObject& object : others.objects) {
       pair_.left_alone.push_back(Format(kLeftAlone, object.kind, object.name, side.name));
       if (object.kind == "view" || object.kind == "sequence") side.others.emplace(object.name, object.kind);
     }
+    return others;
   }
 
   void ListTables(TSideReader& side, const TSideReader& other) {
@@ -151,6 +156,7 @@ class TPairReader {
     const auto text = side.read.texts.try_emplace(side.read.texts.end(), table);
     try {
       side.texts->ShowCreateTable(table, text->second);
+      if (&side == &reference_) MapCollations(collations_, text->second);
       listed = {EState::Read, &text->second};
     } catch (const EAbort&) {
       throw;
@@ -251,6 +257,7 @@ class TPairReader {
   TReadPair& pair_;
   TSideReader reference_;
   TSideReader target_;
+  const TCollationMap& collations_;
   TProgress& progress_;
   std::string& table_under_way_;
   std::vector<TTaken> taken_;  // in the order in which they were read
@@ -266,8 +273,9 @@ TChange WholeTable(TSyncAction action, const TTableText& table) {
 
 }  // namespace
 
-void ReadPair(TDBConn& reference, TDBConn& target, TProgress& progress, std::string& table_under_way, TReadPair& pair) {
-  TPairReader(reference, target, progress, table_under_way, pair).Read();
+void ReadPair(TDBConn& reference, TDBConn& target, const TCollationMap& collations, TProgress& progress,
+              std::string& table_under_way, TReadPair& pair) {
+  TPairReader(reference, target, collations, progress, table_under_way, pair).Read();
 }
 
 std::vector<TChange> SchemaChanges(const TSchema& reference, const TSchema& target, TEquivalenceUse& use,

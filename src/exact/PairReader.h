@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "core/DBConn.h"
+#include "exact/Collations.h"
+#include "exact/ObjectTexts.h"
 #include "exact/Plan.h"
 #include "sync/Progress.h"
 #include "util/Lists.h"
@@ -36,12 +38,14 @@ struct TReadPair {
   TReadSide target;
   std::vector<TSkippedTable> skipped;  // in neither schema
   TStringList left_alone;              // a line for each object that is not handled
+  std::vector<TObjectDifference> objects;
 };
 
 // Both sides are connected and prepared. `table_under_way` follows the reading. A table that cannot be read or taken
 // apart is skipped; an error that leaves a side without a connection passes on, and so does one of a side that gives no
-// creation texts.
-void ReadPair(TDBConn& reference, TDBConn& target, TProgress& progress, std::string& table_under_way, TReadPair& pair);
+// creation texts. The reference's texts name collations of the target in place of those that `collations` maps.
+void ReadPair(TDBConn& reference, TDBConn& target, const TCollationMap& collations, TProgress& progress,
+              std::string& table_under_way, TReadPair& pair);
 
 // What has to be changed in `target`: obsolete tables, changes within tables, new tables. Looks at the tables `only`,
 // or at all for null.

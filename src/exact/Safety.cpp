@@ -355,6 +355,13 @@ std::string UnsafeColumnChange(const TElement& from, const TTableText& target, c
   return reasons;
 }
 
+bool KeepsValues(const TElement& from, const TTableText& target, const TElement& to, const TTableText& reference) {
+  const TColumnText had = ReadColumnText(from, target);
+  const TColumnText has = ReadColumnText(to, reference);
+  const bool computed = has.generated || (had.generated && !had.stored);
+  return !computed && (!has.auto_increment || had.auto_increment) && UnsafeValues(had, has).empty();
+}
+
 namespace {
 
 // Of letters of four bytes servers print "?" in defaults and members, which would be written.

@@ -144,6 +144,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   bool MayRun(const std::string& script);
   void TellRun();
   void TellFailedRun(const std::string& script, const std::string& error);
+  bool RowsAllow();
   void RestoreFocus(QWidget* focused);
   void ShowResult();
   void ShowTableDDL(const std::string& table);

@@ -32,6 +32,8 @@ namespace {
 constexpr char kScriptFilter[] = "MySQL script|*.sql";
 constexpr char kRunQuestion[] = "Run %s on %s?";
 constexpr char kUnsafeQuestion[] = "%d actions of this script can lose data:";
+constexpr char kRowsQuestion[] = "Rows of the target stand in the way of the script, or could not be checked:";
+constexpr int kRowCheckSeconds = 30;  // for each question
 constexpr std::size_t kListedUnsafe = 12;
 constexpr qsizetype kUnsafeLetters = 200;
 constexpr char kHelpFile[] = "Help.chm";
@@ -60,6 +62,15 @@ class TFrozen {
  private:
   TSqlEdit& edit_;
 };
+
+// As many lines as a question has room for.
+std::string Listing(const TStringList& lines) {
+  std::string text;
+  for (std::size_t i = 0; i < std::min(lines.size(), kListedUnsafe); ++i)
+    text += "\n- " + FromQt(Shortened(ToQt(lines[i]), kUnsafeLetters));
+  if (lines.size() > kListedUnsafe) text += Format("\n(and %d more)", lines.size() - kListedUnsafe);
+  return text;
+}
 
 }  // namespace
 
@@ -126,7 +137,7 @@ void TfmMain::acSynchronize() {
   const bool generated = script_of_ == EScriptOf::Analysis;
   {
     const TFrozen frozen(*mScript);  // what is asked about is what runs
-    if (!MayRun(script_->Text())) return;
+    if (!MayRun(script_->Text()) || (generated && !RowsAllow())) return;
     const TDisabled disabled(Command("acSynchronize"));
     acRunScript();
   }
@@ -143,10 +154,13 @@ bool TfmMain::MayRun(const std::string& script) {
   std::string question = Format(kRunQuestion, Counted(app_->Statements(script).statements.size(), "statement"), target);
   if (unsafe.empty()) return ConfirmYes(question);
   question += "\n\n" + Format(kUnsafeQuestion, unsafe.size());
-  for (std::size_t i = 0; i < std::min(unsafe.size(), kListedUnsafe); ++i)
-    question += "\n- " + FromQt(Shortened(ToQt(unsafe[i]), kUnsafeLetters));
-  if (unsafe.size() > kListedUnsafe) question += Format("\n(and %d more)", unsafe.size() - kListedUnsafe);
-  return ConfirmYes(question);
+  return ConfirmYes(question + Listing(unsafe));
+}
+
+bool TfmMain::RowsAllow() {
+  TStringList lines;
+  for (const TRowFinding& finding : app_->CheckRows(kRowCheckSeconds)) lines.push_back(finding.text);
+  return lines.empty() || ConfirmYes(kRowsQuestion + Listing(lines) + "\n\nRun the script nevertheless?");
 }
 
 void TfmMain::acExactDialect() {

@@ -49,8 +49,8 @@ TEST_F(ExactCommandTest, CompareAsTextAndAsJson) {
   const TJson json = TJson::parse(Run({"compare", a_, b_, "--dialect", "exact", "--format", "json"}).out);
   std::vector<std::string> keys;
   for (const auto& entry : json.items()) keys.push_back(entry.key());
-  EXPECT_THAT(keys, ::testing::ElementsAre("identical", "actions", "log", "skipped", "verified", "verified_on_server",
-                                           "error"));
+  EXPECT_THAT(keys, ::testing::ElementsAre("identical", "actions", "log", "skipped", "objects", "verified",
+                                           "verified_on_server", "error"));
   EXPECT_TRUE(json["actions"][0]["unsafe"].is_string());
   EXPECT_TRUE(json["actions"][1]["unsafe"].is_null());
   EXPECT_EQ(json["verified"], 0);

@@ -98,6 +98,16 @@ TEST(ChangesTest, WhatCannotBeNamedOrIsNotKnownIsRefused) {
   EXPECT_EQ(compare(odd, odd), "nothing raised");
 }
 
+TEST(ChangesTest, KeysInAnotherOrderAreCountedAndNoDifference) {
+  TEquivalenceUse use;
+  const auto one = Table("`a` int, key `x` (`a`), key `y` (`a`), key `n` (`a`), check (`a` > 0)");
+  const auto other = Table("`a` int, key `o` (`a`), key `y` (`a`), key `x` (`a`), check (`a` > 0)");
+  EXPECT_EQ(CompareTableTexts(one, other, use).size(), 2U) << "one goes, one comes";
+  EXPECT_EQ(use.Count(EEquivalence::KeyOrder), 1);
+  CompareTableTexts(one, one, use);
+  EXPECT_EQ(use.Count(EEquivalence::KeyOrder), 1);
+}
+
 TEST(ChangesTest, DescriptionsShowBothTextsPlaceAndReason) {
   TEquivalenceUse use;
   const auto changes = CompareTableTexts(Table("`b` int, `a` int"), Table("`a` bigint, `b` int"), use);

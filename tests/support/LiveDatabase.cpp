@@ -47,8 +47,8 @@ TLiveDatabase::~TLiveDatabase() {
 
 void TLiveDatabase::Run(const std::string& sql) { Execute(*connection_, sql); }
 
-std::unique_ptr<TDBConnMySQL> TLiveDatabase::NewEngine() const {
-  return std::make_unique<TDBConnMySQL>(ServerConnection(server_), "", server_.Port(), name_, "root", "");
+std::unique_ptr<TDBConnMySQL> TLiveDatabase::NewEngine(const std::string& user) const {
+  return std::make_unique<TDBConnMySQL>(ServerConnection(server_), "", server_.Port(), name_, user, "");
 }
 
 }  // namespace velmora::testing

@@ -46,7 +46,7 @@ class TLiveDatabase {
   TMyConnection& Connection() { return *connection_; }  // connected to the database, of root
   void Run(const std::string& sql);                     // a statement on it
 
-  std::unique_ptr<TDBConnMySQL> NewEngine() const;  // of the database by the socket, unconnected
+  std::unique_ptr<TDBConnMySQL> NewEngine(const std::string& user = "root") const;  // by the socket, unconnected
 
  private:
   TPrivateServer& server_;

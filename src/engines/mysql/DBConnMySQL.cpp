@@ -1,5 +1,8 @@
 #include "engines/mysql/DBConnMySQL.h"
 
+#include <algorithm>
+#include <array>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -34,6 +37,24 @@ constexpr char kNamesBesidesTables[] =
 std::string KindBesidesTables(const std::string& type) {
   if (type.ends_with("TABLE") || type == "SYSTEM VERSIONED") return {};
   return type.ends_with("VIEW") ? "view" : LowerText(type);
+}
+
+// Where a server shows the creation text of what is no table.
+struct TObjectText {
+  std::string_view kind;
+  std::size_t column;
+};
+constexpr std::array<TObjectText, 8> kObjectTexts = {{{"view", 1},
+                                                      {"sequence", 1},
+                                                      {"trigger", 2},
+                                                      {"procedure", 2},
+                                                      {"function", 2},
+                                                      {"package", 2},
+                                                      {"package body", 2},
+                                                      {"event", 3}}};
+
+std::string ShowObjectStatement(const TOtherObject& object) {
+  return Format("show create %s `%s`", object.kind, StrReplace(object.name, "`", "``"));
 }
 
 // Modes in which a server hides options of a table, quotes names and texts otherwise, reads defaults of today or of
@@ -391,7 +412,29 @@ std::vector<TOtherObject> TDBConnMySQL::OtherObjects() {
         objects.push_back({std::move(kind), VarToText(rows->Value(0))});
     rows->Close();
   }
+  TStringList statements;
+  for (const TOtherObject& object : objects) statements.push_back(ShowObjectStatement(object));
+  connection_->ExpectStatements(statements);
+  RunGuarded(
+      [&] {
+        for (TOtherObject& object : objects) object.text = ObjectText(object);
+      },
+      [this] { connection_->ExpectStatements({}); });
   return objects;
+}
+
+// Empty where the login may not see it.
+std::string TDBConnMySQL::ObjectText(const TOtherObject& object) {
+  const auto shown = std::ranges::find(kObjectTexts, object.kind, &TObjectText::kind);
+  if (shown == kObjectTexts.end()) return {};
+  try {
+    std::vector<TVariant> row;
+    MySqlQueryRow(ShowObjectStatement(object), *connection_, row);
+    return row.size() > shown->column ? VarToText(row[shown->column]) : std::string();
+  } catch (const EMySqlException&) {
+    if (!connection_->GetConnected()) throw;
+    return {};
+  }
 }
 
 void TDBConnMySQL::ForgetTexts() {

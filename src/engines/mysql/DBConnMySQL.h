@@ -112,6 +112,7 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   void ForgetTexts();
   void SetUpExactSession();
   std::string ShowCreateStatement(const std::string& table);
+  std::string ObjectText(const TOtherObject& object);
 
   std::unique_ptr<TMyConnection> connection_;
   bool exact_texts_ = false;

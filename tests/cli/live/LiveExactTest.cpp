@@ -39,6 +39,7 @@ TEST_F(LiveExactTest, SyncRefusesWhatIsUnsafeAndTellsTheResultOfWhatRan) {
   EXPECT_EQ(refused.status, 2);
   EXPECT_EQ(refused.out, "");
   EXPECT_THAT(refused.err, StartsWith("velmora-cli: note: Left alone: view v of the target\n"
+                                      "velmora-cli: note: Not the same: view v: only in the target\n"
                                       "velmora-cli: unsafe: t: Changed column a: "));
   EXPECT_THAT(
       refused.err,
@@ -48,12 +49,49 @@ TEST_F(LiveExactTest, SyncRefusesWhatIsUnsafeAndTellsTheResultOfWhatRan) {
 
   const TAnswer ran = Exact({"sync", "--yes", "--allow-unsafe", "--verify-on-server"});
   EXPECT_EQ(ran.status, 0) << ran.err;
-  EXPECT_THAT(ran.out, EndsWith(" statements ran on localhost.cli_target.\n"
-                                "Databases are identical. Nothing to synchronize.\n"));
+  const std::string tables_alone =
+      "All tables are identical.\n1 other object differs (views, triggers, routines, events), left alone\n";
+  EXPECT_THAT(ran.out, EndsWith(" statements ran on localhost.cli_target.\n" + tables_alone));
   EXPECT_THAT(ran.err, HasSubstr("note: verified on the server: 0 differences left\n"));
   EXPECT_EQ(Ask("select a from t"), "kept");
-  const TAnswer again = Exact({"sync", "--yes"});
-  EXPECT_EQ(again.out, "Databases are identical. Nothing to synchronize.\n");
+  EXPECT_EQ(Exact({"sync", "--yes"}).out, tables_alone);
+  const TAnswer compared = Exact({"compare"});
+  EXPECT_EQ(compared.out, tables_alone);
+  EXPECT_EQ(compared.status, 1) << "the databases are not the same";
+  EXPECT_THAT(Exact({"compare", "--format", "json"}).out, HasSubstr("\"difference\":\"only in the target\""));
+}
+
+TEST_F(LiveExactTest, RowsInTheWayEndTheRunBeforeItBegins) {
+  reference_.Run("create table u (a int, c int, unique key k (a))");
+  target_.Run("create table u (a int)");
+  target_.Run("insert into u values (1), (1)");
+  const TAnswer refused = Exact({"sync", "--yes", "--allow-unsafe"});
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_THAT(refused.err, HasSubstr("velmora-cli: rows in the way: u: unique key k: 2 rows with values"));
+  EXPECT_EQ(Ask("select count(*) from information_schema.columns where table_schema = 'cli_target'"), "2");
+  const TAnswer ran = Exact({"sync", "--yes", "--allow-unsafe", "--no-row-checks"});
+  EXPECT_THAT(ran.err, HasSubstr("Duplicate entry"));
+}
+
+TEST_F(LiveExactTest, ACollationThatTheTargetDoesNotKnowIsToldAndMapped) {
+  target_.Run("create or replace table t (a varchar(20)) character set latin1");
+  const std::string file =
+      File("r.sql",
+           "CREATE TABLE `t` (\n  `a` varchar(20) CHARACTER SET utf8mb4 COLLATE utf8mb4_0900_ai_ci DEFAULT NULL\n) "
+           "ENGINE=InnoDB DEFAULT CHARSET=latin1 COLLATE=latin1_swedish_ci;\n");
+  const std::vector<std::string> sync{"sync", file, pair_[1], "--dialect", "exact", "--yes"};
+  const TAnswer refused = Run(sync);
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_THAT(refused.err, HasSubstr("unsafe: t: Changed column a: the target's server does not know the collation "
+                                     "utf8mb4_0900_ai_ci (--map-collation utf8mb4_0900_ai_ci=NAME takes"));
+  std::vector<std::string> mapped = sync;
+  mapped.insert(mapped.end(), {"--map-collation", "utf8mb4_0900_ai_ci=utf8mb4_unicode_ci"});
+  EXPECT_EQ(Run(mapped).status, 0);
+  EXPECT_EQ(Run(mapped).out, "Databases are identical. Nothing to synchronize.\n");
+  for (const char* wrong : {"utf8mb4_bin", "=x", "latin1_bin=utf8mb4_bin"}) {
+    mapped.back() = wrong;
+    EXPECT_THAT(Run(mapped).err, HasSubstr("--map-collation")) << wrong;
+  }
 }
 
 TEST_F(LiveExactTest, RowsThatDoNotFitEndTheRunAndStayWhole) {
