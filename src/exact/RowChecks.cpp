@@ -251,7 +251,7 @@ class TRowInquiry {
 
 constexpr char kFinding[] = "%s: %s: %s";
 constexpr char kNotChecked[] = "%s: %s: not checked: %s";
-constexpr char kTooLong[] = "the server was not done within %d seconds (--row-check-time)";
+constexpr char kTooLong[] = "the server was not done within %s (--row-check-time)";
 constexpr char kCannotStop[] = "the server cannot end a query after a time (--row-check-time 0 waits for it)";
 
 // How a kind of server is told to end a query by itself.
@@ -298,7 +298,8 @@ class TRowAsker {
     } catch (const EMySqlException& error) {
       if (!server_.GetConnected()) throw;
       const bool ended = limit_ != nullptr && error.Number() == limit_->error;
-      return NotChecked(question, ended ? Format(kTooLong, seconds_) : error.what());
+      return NotChecked(question,
+                        ended ? Format(kTooLong, Counted(static_cast<std::size_t>(seconds_), "second")) : error.what());
     }
   }
 

@@ -336,7 +336,7 @@ TEST_F(ExactLiveTest, TheServerEndsALookAtRowsThatTakesTooLong) {
   target_.Run("unlock tables");
   ASSERT_THAT(findings, SizeIs(1));
   EXPECT_FALSE(findings[0].checked);
-  EXPECT_THAT(findings[0].text, HasSubstr("not checked: the server was not done within 1 seconds"));
+  EXPECT_THAT(findings[0].text, HasSubstr("not checked: the server was not done within 1 second "));
   EXPECT_THAT(app_.CheckRows(0), IsEmpty());
 }
 
