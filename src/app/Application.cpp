@@ -131,15 +131,11 @@ TStringList TApplication::UnsafeStatements(const std::string& script) {
   std::set<int> actions;
   for (const TStatementRisk& risk :
        ScriptRisks(script, plan, [this](const std::string& table) { return TargetStructure(table); })) {
-    std::size_t known = 0;  // the plan's own reasons come first
-    if (risk.planned != nullptr && !risk.planned->unsafe.empty()) {
+    if (risk.planned != nullptr && !risk.planned->unsafe.empty())
       actions.insert(risk.planned->actions.begin(), risk.planned->actions.end());
-      known = risk.planned->unsafe.size();
-    }
-    if (risk.reasons.size() == known) continue;
-    const TStringList reasons(risk.reasons.begin() + static_cast<std::ptrdiff_t>(known), risk.reasons.end());
-    others.push_back(
-        Format("line %d: %s: %s", LineOf(script, risk.start), ShownStatement(risk.text), JoinList(reasons, "; ")));
+    else
+      others.push_back(Format("line %d: %s: %s", LineOf(script, risk.start), ShownStatement(risk.text),
+                              JoinList(risk.reasons, "; ")));
   }
   for (const TChange& change : exact.Changes())
     if (!change.unsafe.empty() && actions.contains(change.id)) planned.push_back(UnsafeLine(change));

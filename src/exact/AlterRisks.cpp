@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "exact/Changes.h"
+#include "exact/ColumnType.h"
 #include "exact/Lexer.h"
 #include "exact/TableOptions.h"
 #include "util/Errors.h"
@@ -63,7 +64,8 @@ class TAlterJudge {
   };
   static const std::vector<TForm>& Forms();
 
-  void JudgeClause(std::size_t first, std::size_t last);
+  bool SetsCharset(TTokenRange clause) const;
+  void JudgeClause(TTokenRange clause);
   std::string RiskOfClause();
   bool Next(std::initializer_list<std::string_view> words);  // takes them if they are next
   std::string TakeName();                                    // raises where none is
@@ -138,22 +140,33 @@ const std::vector<TAlterJudge::TForm>& TAlterJudge::Forms() {
 }
 
 std::vector<std::string> TAlterJudge::Judge(std::size_t first) {
-  for (std::size_t at = first; at < tokens_.size(); ++at)
-    sets_charset_ = sets_charset_ || IsKeyword(tokens_[at], "charset") || IsKeyword(tokens_[at], "collate") ||
-                    WordsAt(tokens_, at, {"character", "set"});
   const std::size_t end = tokens_.size() - 1;
+  std::vector<TTokenRange> clauses;
   for (std::size_t at = first; at <= end; at = BehindValue(tokens_, at)) {
     const bool partitioning = at > first && WordsAt(tokens_, at, {"partition", "by"});
     if (!partitioning && at < end && !tokens_[at].Is(",")) continue;
-    if (at > first) JudgeClause(first, at);
+    if (at > first) clauses.push_back({first, at});
     first = partitioning ? at : at + 1;
   }
+  sets_charset_ =
+      std::any_of(clauses.begin(), clauses.end(), [this](TTokenRange clause) { return SetsCharset(clause); });
+  for (const TTokenRange clause : clauses) JudgeClause(clause);
   return std::move(reasons_);
 }
 
-void TAlterJudge::JudgeClause(std::size_t first, std::size_t last) {
-  at_ = first;
-  last_ = last;
+// Whether columns without a character set of their own may get another one by it.
+bool TAlterJudge::SetsCharset(TTokenRange clause) const {
+  for (const std::string_view word : {"add", "modify", "change", "partition"})
+    if (IsKeyword(tokens_[clause.first], word)) return false;
+  for (std::size_t at = clause.first; at < clause.last; ++at)
+    for (const std::string_view word : {"charset", "character", "collate"})
+      if (IsKeyword(tokens_[at], word)) return true;
+  return false;
+}
+
+void TAlterJudge::JudgeClause(TTokenRange clause) {
+  at_ = clause.first;
+  last_ = clause.last;
   std::string reason;
   try {
     reason = RiskOfClause();
@@ -251,7 +264,7 @@ std::string TAlterJudge::ColumnBecomes(const std::string& name) {
   for (TElement& element : after.elements)
     if (element.kind == EElement::Column && SameText(element.name, name)) element = {EElement::Column, name, to.text};
   std::string reason = RiskOf(saModifyColumn, name, *table_, after);
-  if (sets_charset_ && reason.empty()) reason = kCharsetAside;
+  if (sets_charset_ && reason.empty() && ReadColumnText(to, after).HasLetters()) reason = kCharsetAside;
   if (!SameText(to.name, name)) reason = kColumnRenamed + (reason.empty() ? reason : "; " + reason);
   return Told("column", name, reason);
 }

@@ -161,7 +161,8 @@ const std::vector<TScriptJudge::TForm>& TScriptJudge::Forms() {
   return kForms;
 }
 
-// Of a statement of the plan the plan knows the reasons as long as its table is as the plan has it.
+// Of a statement of the plan the plan knows the reasons; but that it is safe counts only as long as its table is as the
+// plan has it.
 TStatementRisk TScriptJudge::Judge(std::string text) {
   TStatementRisk risk;
   const auto planned = planned_.find(WithPlainLineEnds(text));
@@ -170,13 +171,11 @@ TStatementRisk TScriptJudge::Judge(std::string text) {
     risk.planned = planned->second;
     risk.reasons = risk.planned->unsafe;
   }
-  if (risk.planned != nullptr && !touched_.contains(LowerText(risk.planned->table))) {
+  const bool known = !risk.reasons.empty() || (risk.planned && !touched_.contains(LowerText(risk.planned->table)));
+  if (known)
     Follow(*risk.planned);
-    return risk;
-  }
-  for (std::string& reason : RisksOfWords())
-    if (std::find(risk.reasons.begin(), risk.reasons.end(), reason) == risk.reasons.end())
-      risk.reasons.push_back(std::move(reason));
+  else
+    risk.reasons = RisksOfWords();
   return risk;
 }
 

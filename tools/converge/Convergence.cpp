@@ -8,6 +8,7 @@
 #include "app/Application.h"
 #include "converge/SchemaGenerator.h"
 #include "exact/Lexer.h"
+#include "exact/ScriptSafety.h"
 #include "support/LiveDatabase.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -90,6 +91,7 @@ class TRun {
   void ReadRows();
   void CheckRows();
   void CheckTouched();
+  void CheckGuard();
   void CheckAfter(TSchema after);
   TSchema Proved() const;
   std::string TargetText(const std::string& table);
@@ -211,10 +213,32 @@ void TRun::CheckRows() {
   }
 }
 
+std::string WithoutReturns(std::string text) {
+  std::erase(text, '\r');
+  return text;
+}
+
 std::string Uncounted(std::string text) {
   const std::size_t at = text.find(" AUTO_INCREMENT=");
   if (at != std::string::npos) text.erase(at, text.find(' ', at + 1) - at);
   return text;
+}
+
+// What the text of the script may lose is what its actions may lose; and its words alone, without the plan, tell of no
+// statement fewer, and hardly of one more.
+void TRun::CheckGuard() {
+  const TStringList by_text = app_.UnsafeStatements(editor_.Text());
+  if (by_text != app_.UnsafeActions()) Miss("the script's text is judged otherwise: " + JoinList(by_text, "; "));
+  const auto text_of = [this](const std::string& table) {
+    const std::string text = app_.exact.TargetText(table);
+    return text.empty() ? std::nullopt : std::optional(text);
+  };
+  std::set<std::string> by_words;
+  for (const TStatementRisk& risk : ScriptRisks(editor_.Text(), {}, text_of))
+    by_words.insert(WithoutReturns(risk.text));
+  for (const TPlanStatement& statement : app_.exact.Plan())
+    if (!statement.unsafe.empty() && !by_words.contains(statement.text))
+      Miss("by its words alone this is safe: " + statement.text);
 }
 
 // A table that refers to another one may have to let go of its foreign key while that one changes.
@@ -271,6 +295,7 @@ TConvergence TRun::Go() {
   ReadRows();
   app_.GenerateScript();
   const std::string script = editor_.Text();
+  CheckGuard();
   try {
     app_.RunScript(script);
     app_.Compare();
