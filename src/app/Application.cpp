@@ -91,6 +91,12 @@ void TApplication::Compare() {
   sync.Compare();
 }
 
+void TApplication::Forget() {
+  data.mtActions.Clear();
+  tree.Clear();
+  exact.Forget();
+}
+
 bool TApplication::Identical() const { return Exact() ? exact.Identical() : data.mtActions.Empty(); }
 
 bool TApplication::TablesIdentical() const { return Exact() ? exact.TablesIdentical() : data.mtActions.Empty(); }

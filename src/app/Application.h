@@ -43,6 +43,8 @@ class TApplication {
   // action; see CheckComparable. The actions are in `data` and `tree` afterwards, the log in
   // ActionLog. On an error those found so far stay.
   void Compare();
+  // Drops what comparisons have found so far, of whatever pair.
+  void Forget();
   bool Identical() const;
   bool TablesIdentical() const;  // whatever else the databases hold
   const TStringList& ActionLog() const;

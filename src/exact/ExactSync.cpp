@@ -55,7 +55,7 @@ TExactSync::TExactSync(TTaskConnections& connections, TdmData& data, TActionTree
 void TExactSync::Compare() {
   TDBConn& reference = Side(connections_.reference, kNoReference);
   TDBConn& target = Side(connections_.target, kNoTarget);
-  Clear();
+  Forget();
   RunGuarded(
       [&] {
         tree_.BeginUpdate();
@@ -76,7 +76,7 @@ void TExactSync::Compare() {
       });
 }
 
-void TExactSync::Clear() {
+void TExactSync::Forget() {
   data_.mtActions.Clear();
   ActionLog.clear();
   Equivalences.ResetCounts();

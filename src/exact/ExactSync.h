@@ -37,6 +37,7 @@ class TExactSync {
   // table that cannot be read is skipped and named; the result is then not identical. Raises what the connections
   // raise, and for a side that gives no creation texts.
   void Compare();
+  void Forget();  // what was compared last
 
   bool TablesIdentical() const;  // no action, and nothing was skipped
   bool Identical() const;        // and no other object differs
@@ -67,7 +68,6 @@ class TExactSync {
   int VerifyOnServer(const TScratchPorts& ports = {});
 
  private:
-  void Clear();
   void CompareSchemas(TDBConn& target);
   void Prove();
   TTableNames TouchedTables() const;

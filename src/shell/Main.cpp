@@ -11,6 +11,7 @@
 #include <limits>
 
 #include "app/FaultPlace.h"
+#include "app/SideNames.h"
 #include "core/Host.h"
 #include "persist/Settings.h"
 #include "shell/Commands.h"
@@ -28,6 +29,7 @@ namespace velmora {
 namespace {
 
 constexpr char kExactTitle[] = " (exact dialect)";
+constexpr char kEmptyQuestion[] = ".\n\nGo on all the same?";
 constexpr char kTypedQuestion[] = "The script was edited and is not saved. Discard it?";
 constexpr char kExactHint[] = "Exact dialect: press F9 to analyze.";
 constexpr int kWidth = 1000;
@@ -179,8 +181,7 @@ void TfmMain::SaveOptions() { velmora::SaveOptions(options_, *setup_.options); }
 
 void TfmMain::ShowTask(bool active) {
   active_ = active;
-  page->show();
-  lbEqual->hide();
+  ShowPage();
   for (const TCommand& command : velmora::Commands())
     if (command.list == ECommandList::acTask) Command(command.name)->setEnabled(active);
   for (QWidget* widget : std::initializer_list<QWidget*>{barAnalyze, panMain, pnDetails, splitter})
@@ -201,9 +202,14 @@ void TfmMain::ShowTask(bool active) {
   }
 }
 
+void TfmMain::ShowPage() {
+  page->show();
+  lbEqual->hide();
+}
+
 void TfmMain::ClearWork() {
-  app_->data.mtActions.Clear();
-  app_->tree.Clear();
+  app_->Forget();
+  empty_allowed_ = false;
   script_->Clear();
   ScriptIs(EScriptOf::Nobody);
   for (TSqlEdit* edit : {mDDLref, mDDLtgt}) {
@@ -255,8 +261,10 @@ void TfmMain::Analyze() {
         tlActions->SetHint({});
         analyze->setEnabled(false);
         panMain->setEnabled(false);
+        if (app_->connections.reference) CheckComparable(*app_->connections.reference);
         log_->LogLine("Comparing...");
         Compare();
+        AskAboutEmptyReference();
         acGenScript();
         log_->SetLines(app_->ActionLog());
         page->setCurrentWidget(tsActions);
@@ -285,6 +293,16 @@ void TfmMain::Compare() {
     if (place.empty()) throw;
     RaiseError(place + ": " + error.what());
   }
+}
+
+void TfmMain::AskAboutEmptyReference() {
+  if (empty_allowed_ || app_->data.mtActions.Empty() || !app_->ReferenceIsEmpty()) return;
+  if (!ConfirmYes(EmptyReferenceText(*app_->connections.reference) + kEmptyQuestion)) {
+    ClearWork();
+    ShowPage();
+    throw EAbort();
+  }
+  empty_allowed_ = true;
 }
 
 // What was disabled in between has lost the focus.

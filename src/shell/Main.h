@@ -132,11 +132,13 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void ShowRecent();
   void ShowTitle(bool active);
   void ClearWork();      // what a former pair left: tree, panels, log, script
+  void ShowPage();       // in place of the label that says that all is equal
   bool MayLoseScript();  // asks where a text would go that was typed and not saved
 
   // Analysis
   void Analyze();
   void Compare();
+  void AskAboutEmptyReference();
   void SetDialect(bool exact);
   EScriptOf ScriptOf() const;
   void ScriptIs(EScriptOf origin);  // of the text as it stands; typing makes it the user's
@@ -158,7 +160,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   std::vector<QAction*> acRecent_;
   QAction* acExactDialect_ = nullptr;
   bool shown_ = false;
-  bool active_ = false;  // a task is shown
+  bool active_ = false;         // a task is shown
+  bool empty_allowed_ = false;  // a reference without tables was agreed to, of the open pair
   EScriptOf script_of_ = EScriptOf::Nobody;
   bool following_ = false;            // one panel scrolls because the other did
   const QAction* running_ = nullptr;  // the command that is under way

@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "app/RunTelling.h"
+#include "app/SideNames.h"
 #include "core/Host.h"
 #include "shell/About.h"
 #include "shell/Dump.h"
@@ -31,7 +32,7 @@ namespace {
 
 constexpr char kScriptFilter[] = "MySQL script|*.sql";
 constexpr char kRunQuestion[] = "Run %s on %s?";
-constexpr char kUnsafeQuestion[] = "%d actions of this script can lose data:";
+constexpr char kUnsafeQuestion[] = "\n\n%s of this script can lose data:";
 constexpr char kRowsQuestion[] = "Rows of the target stand in the way of the script, or could not be checked:";
 constexpr int kRowCheckSeconds = 30;  // for each question
 constexpr std::size_t kListedUnsafe = 12;
@@ -147,13 +148,12 @@ void TfmMain::acSynchronize() {
 }
 
 bool TfmMain::MayRun(const std::string& script) {
-  const TStringList unsafe = app_->UnsafeActions();
+  const TStringList unsafe = app_->UnsafeStatements(script);
   if (unsafe.empty() && ScriptOf() != EScriptOf::User) return true;
-  std::string target;
-  app_->connections.target->GetDisplayName(target);
-  std::string question = Format(kRunQuestion, Counted(app_->Statements(script).statements.size(), "statement"), target);
+  std::string question = Format(kRunQuestion, Counted(app_->Statements(script).statements.size(), "statement"),
+                                SideName(*app_->connections.target));
   if (unsafe.empty()) return ConfirmYes(question);
-  question += "\n\n" + Format(kUnsafeQuestion, unsafe.size());
+  question += Format(kUnsafeQuestion, Counted(unsafe.size(), "change"));
   return ConfirmYes(question + Listing(unsafe));
 }
 

@@ -158,7 +158,9 @@ TEST_F(ExactDialectTest, UnsafeActionsAreAskedForAndTheRunIsAnalyzed) {
   Toggle();
   rig_.Trigger("acAnalyze");
   target_.Run("insert into narrow values (1, 'short')");
-  EXPECT_THAT(Synchronize("No"), StartsWith("Run 5 statements on localhost.exact_tgt?\n\n1 "));
+  EXPECT_THAT(Synchronize("No"),
+              StartsWith("Run 5 statements on database exact_tgt of server localhost?\n\n1 change of this "
+                         "script can lose data:\n- narrow: Changed column c: "));
   EXPECT_TRUE(rig_.Enabled("acSynchronize"));
   EXPECT_GT(Tree().topLevelItemCount(), 0);
   Synchronize("Yes");
@@ -180,6 +182,8 @@ TEST_F(ExactDialectTest, WhatIsDeletedIsNotAskedFor) {
   Focus("narrow");
   rig_.Trigger("acDelAction");
   EXPECT_EQ(Tree().topLevelItemCount(), 0);
+  Panel("mScript").SetBytes("drop table tall;\r\n");  // the list is empty, the text is what counts
+  EXPECT_THAT(Synchronize("No"), HasSubstr("line 1: drop table tall: "));
   Panel("mScript").SetBytes("alter tabel wrong;\r\n");
   rig_.Ask("acSynchronize", "Yes", [](QWidget* box) {
     EXPECT_THAT(FromQt(box->property("text").toString()), HasSubstr("error in your SQL syntax"));

@@ -153,7 +153,7 @@ TEST_F(MainTest, AScriptOfTheUsersOwnRunsWhereTheQuestionSays) {
   OpenPair();
   auto& edit = dynamic_cast<TSqlEdit&>(*rig_.Find<QWidget>("mScript"));
   QTest::keyClicks(&edit, QStringLiteral("drop table gone;"));
-  EXPECT_EQ(rig_.Ask("acSynchronize", "No"), "Run 1 statement on localhost.main_tgt?");
+  EXPECT_EQ(rig_.Ask("acSynchronize", "No"), "Run 1 statement on database main_tgt of server localhost?");
   EXPECT_TRUE(edit.isModified());
   EXPECT_THAT(rig_.Ask("acCloseTask", "No"), HasSubstr("not saved"));
   EXPECT_EQ(rig_.Text("mScript"), "drop table gone;");
@@ -175,6 +175,19 @@ TEST_F(MainTest, AScriptOfTheUsersOwnRunsWhereTheQuestionSays) {
   EXPECT_EQ(FromQt(rig_.Main().statusBar()->currentMessage()), "1 statement ran on localhost.main_tgt.");
   rig_.Press(Qt::Key_F9);
   EXPECT_THAT(TreeTexts(), ElementsAre("extra"));
+}
+
+TEST_F(MainTest, AReferenceWithoutTablesIsAskedAboutOnce) {
+  reference_.Run("drop table changed, fresh, same");
+  OpenPair();
+  EXPECT_THAT(rig_.Ask("acAnalyze", "No"), StartsWith("database main_ref of server localhost has no tables"));
+  EXPECT_THAT(TreeTexts(), IsEmpty());
+  EXPECT_EQ(rig_.Text("mScript") + FromQt(rig_.Find<QPlainTextEdit>("mLog")->toPlainText()), "");
+  EXPECT_FALSE(rig_.Enabled("acSynchronize"));
+  rig_.Ask("acAnalyze", "Yes");
+  EXPECT_THAT(rig_.Text("mScript"), HasSubstr("drop table same;"));
+  rig_.Trigger("acAnalyze");
+  EXPECT_TRUE(rig_.Enabled("acSynchronize"));
 }
 
 TEST_F(MainTest, DeletedActionsLeaveTheScript) {
