@@ -109,11 +109,25 @@ std::string Shown(const std::string& source) {
 
 }  // namespace
 
+namespace {
+
+// FILE.sql, or FILE.sql#DATABASE. Null for what is neither.
+std::unique_ptr<TDBConn> MakeScript(const std::string& source, const TSourceSettings& settings) {
+  TScriptChoice choice{{}, settings.AllowIncomplete};
+  if (EndsIn(source, kScriptExtension)) return std::make_unique<TDBConnMySQLOffline>(source, choice);
+  const std::size_t mark = source.rfind('#');
+  if (mark == std::string::npos || !EndsIn(source.substr(0, mark), kScriptExtension)) return nullptr;
+  choice.database = source.substr(mark + 1);
+  return std::make_unique<TDBConnMySQLOffline>(source.substr(0, mark), choice);
+}
+
+}  // namespace
+
 std::unique_ptr<TDBConn> MakeSource(const std::string& source, const TSourceSettings& settings) {
   if (SameText(std::string_view(source).substr(0, kServerScheme.size()), kServerScheme))
     return MakeServer(ParseServerAddress(source), settings);
   if (const std::optional<TEngineSource> by_keys = ParseEngineSource(source)) return MakeByKeys(*by_keys, settings);
-  if (EndsIn(source, kScriptExtension)) return std::make_unique<TDBConnMySQLOffline>(source);
+  if (std::unique_ptr<TDBConn> script = MakeScript(source, settings)) return script;
   RaiseError(
       Format("\"%s\" is no source: give a file that ends in .sql, mysql://USER@HOST/DATABASE, or ENGINE:key=value",
              Shown(source)));

@@ -70,6 +70,7 @@ void TSourceOptions::DeclareOne(CLI::App& app) {
                  "(600). The statements of a script may take any time")
       ->type_name("N")
       ->check(CLI::Range(0, kLongestTimeout));
+  app.add_flag("--allow-incomplete", allow_incomplete_, "Read a dump that ends before its closing line");
   app.add_flag("--verbose", verbose_, "Name every statement of a file that is passed over");
 }
 
@@ -105,6 +106,7 @@ TSourceSettings TSourceOptions::Settings(const std::string& password_file, TCons
   TSourceSettings settings;
   settings.Client = client_;
   settings.Given = GivenKeys();
+  settings.AllowIncomplete = allow_incomplete_;
   settings.Warn = [&console](const std::string& text) { console.Warn(text); };
   settings.AskPassword = [password_file, &console](const std::string& account) {
     return password_file.empty() ? AskFor(account, console) : ReadPasswordFile(password_file);

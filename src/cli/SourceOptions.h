@@ -43,6 +43,7 @@ class TSourceOptions {
   TMyOptions client_;
   const CLI::App* app_ = nullptr;  // of the command that the options were declared for
   bool has_sides_ = false;
+  bool allow_incomplete_ = false;
   bool verbose_ = false;
 };
 

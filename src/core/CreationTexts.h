@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "util/Lists.h"
@@ -11,6 +13,21 @@ struct TOtherObject {
   std::string kind;  // "view", "sequence", "trigger", "procedure", "function", "event", ...
   std::string name;
   std::string text{};  // its creation text where it can be had, else empty
+};
+
+// A statement of a script on tables, indexes or databases: create, alter, rename, drop. Its text, which the script
+// owns, begins at its first word or at the mark of a version before it.
+struct TStructureStatement {
+  std::string_view text;
+  std::size_t line = 0;       // of the file, from 1
+  std::string_view database;  // that `use` has chosen; empty before any
+};
+
+// What stands in a script that makes a database.
+struct TStructureScript {
+  std::string file;
+  std::string database;  // the one that is meant; empty where the script names none
+  std::vector<TStructureStatement> statements;
 };
 
 // What an engine also implements that can give the creation text of a table as its server prints it.
@@ -27,8 +44,10 @@ class TCreationTexts {
   virtual void PrepareExactTexts(bool /*exact*/ = true) {}
   // The database's name, with which texts name its sequences. Empty for files.
   virtual std::string TextsDatabase() const { return {}; }
-  // What the database holds besides tables: views, sequences, triggers, routines, events. Empty for files.
+  // What the database holds besides tables: views, sequences, triggers, routines, events.
   virtual std::vector<TOtherObject> OtherObjects() { return {}; }
+  // Of a side that is a script: its statements, in order, which live until it connects anew; null for servers.
+  virtual const TStructureScript* StructureScript() const { return nullptr; }
 
  protected:
   ~TCreationTexts() = default;

@@ -33,6 +33,26 @@ constexpr std::array<TOwnCollation, 36> kOwnCollations = {
      {"swe7", "swe7_swedish_ci"},         {"tis620", "tis620_thai_ci"},
      {"ujis", "ujis_japanese_ci"},        {"utf16le", "utf16le_general_ci"}}};
 
+// Sets whose letters may take more than one byte, and two that are asked for by name.
+constexpr std::array<TLetterBytes, 18> kLetterBytes{{{"utf8mb4", 1, 4},
+                                                     {"utf8mb3", 1, 3},
+                                                     {"utf8", 1, 3},
+                                                     {"ucs2", 2, 2},
+                                                     {"utf16", 2, 4},
+                                                     {"utf16le", 2, 4},
+                                                     {"utf32", 4, 4},
+                                                     {"gb18030", 1, 4},
+                                                     {"gbk", 1, 2},
+                                                     {"gb2312", 1, 2},
+                                                     {"big5", 1, 2},
+                                                     {"sjis", 1, 2},
+                                                     {"cp932", 1, 2},
+                                                     {"euckr", 1, 2},
+                                                     {"ujis", 1, 3},
+                                                     {"eucjpms", 1, 3},
+                                                     {"binary", 1, 1},
+                                                     {"ascii", 1, 1}}};
+
 // Collations that one server or another gives to a Unicode set by itself.
 constexpr std::array<std::string_view, 3> kUnicodeOwn = {"_general_ci", "_0900_ai_ci", "_uca1400_ai_ci"};
 
@@ -55,6 +75,13 @@ std::string CollationName(std::string_view written) {
   std::string name = LowerText(written);
   constexpr std::string_view kOld = "utf8_";
   return name.starts_with(kOld) ? "utf8mb3_" + name.substr(kOld.size()) : name;
+}
+
+TLetterBytes LetterBytes(std::string_view charset) {
+  for (const auto& row : kLetterBytes) {
+    if (row.charset == charset) return row;
+  }
+  return {charset, 1, 1};
 }
 
 std::string PrintedText(std::string value) {

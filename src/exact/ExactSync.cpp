@@ -8,6 +8,7 @@
 #include "core/Host.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -33,6 +34,11 @@ void ConnectAnew(TDBConn& conn) {
   if (texts != nullptr && !conn.GetConnected()) texts->PrepareExactTexts();
   conn.Reconnect();
   if (texts != nullptr) texts->PrepareExactTexts();
+}
+
+// Scripts have CR LF at their ends of lines, within statements too.
+std::string AsSent(const std::string& statement) {
+  return StrReplace(StrReplace(statement, "\r\n", "\n"), "\n", "\r\n");
 }
 
 std::string TextOf(const std::map<std::string, std::string>& texts, const std::string& table) {
@@ -119,7 +125,7 @@ void TExactSync::Prove() {
     if (touched.contains(table.name)) after.Add(table);
   for (const TPlanStatement& statement : plan_) {
     try {
-      ApplyStatement(statement.text, after);
+      ApplyStatement(AsSent(statement.text), after);
     } catch (const EVelmora& error) {
       proof_.push_back(Format(kNotFollowed, error.what()));
     }

@@ -48,8 +48,12 @@ std::optional<TElementHead> ReadConstraint(TTokens tokens, std::size_t at, std::
   const TToken& next = TokenAt(tokens, at + 1);
   TElementHead head{EElement::Check, std::move(name), at + 1};
   if (IsKeyword(word, "check")) return next.Is("(") ? std::optional(head) : std::nullopt;
-  if (IsKeyword(word, "primary") && IsKeyword(next, "key"))
-    return TElementHead{EElement::PrimaryKey, "PRIMARY", at + 2};
+  if (IsKeyword(word, "primary") && IsKeyword(next, "key")) {
+    TElementHead key{EElement::PrimaryKey, "", at + 2};
+    TakeIndexName(tokens, key);  // servers take any, and call it PRIMARY
+    key.name = "PRIMARY";
+    return key;
+  }
   if (!IsKeyword(word, "foreign") || !IsKeyword(next, "key")) return std::nullopt;
   head.kind = EElement::ForeignKey;
   head.body = at + 2;

@@ -45,8 +45,10 @@ bool Counts(const TTableOption& option, const TEquivalenceUse& use) {
   return option.name != kAutoIncrement || !use.On(EEquivalence::AutoIncrement);
 }
 
+// A text that names no engine takes what is there: servers always name it.
 bool HasSame(const TTableText& table, const TTableText& other, const TTableOption& option) {
   const TTableOption* found = other.FindOption(option.name);
+  if (option.name == "ENGINE" && found == nullptr) return true;
   if (found == nullptr || IsReset(other, table, *found)) return IsReset(table, other, option);
   return CountedValue(table, option) == CountedValue(other, *found);
 }

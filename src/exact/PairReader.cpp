@@ -1,5 +1,6 @@
 #include "exact/PairReader.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
@@ -9,6 +10,8 @@
 #include "core/Host.h"
 #include "core/Meta.h"
 #include "exact/ElementText.h"
+#include "exact/FileSchema.h"
+#include "exact/ServerCompletion.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -39,11 +42,16 @@ struct TSideReader {
     RaiseError(Format(kNoTexts, shown));
   }
   bool AtEnd() const { return next == tables.size(); }
+  void ReadFile(const TServerTraits& server) {
+    if (const TStructureScript* script = texts->StructureScript())
+      file = std::make_unique<TFileSchema>(*script, server);
+  }
 
   const char* name;
   TDBConn& conn;
   TCreationTexts* texts;
   TReadSide& read;
+  std::unique_ptr<TFileSchema> file;                    // of a side that is a script
   std::unordered_map<std::string, std::string> others;  // kinds of views and sequences, by name
   TStringList tables;                                   // to be read, in order
   std::size_t next = 0;
@@ -51,6 +59,18 @@ struct TSideReader {
 };
 
 constexpr char UpperChar(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+// In what the server differs; the newest MariaDB where neither side is one.
+TServerTraits TraitsOf(TDBConn& conn, TCreationTexts& texts) {
+  TServerTraits traits;
+  if (texts.StructureScript() != nullptr) return traits;
+  TVariant value;
+  conn.GetResultSQL("select version()", value);
+  traits.mysql = PosNoCase("mariadb", VarToText(value)) == 0;
+  conn.GetResultSQL("select @@explicit_defaults_for_timestamp", value);
+  traits.explicit_timestamps = VarToText(value) != "0";
+  return traits;
+}
 
 // Whether `holds` is true of the place behind an occurrence of the word, which is in lower case. Texts that are the
 // same on both sides are most of a comparison, so that this looks for one letter of the word that is rare in them.
@@ -92,6 +112,7 @@ class TPairReader {
         table_under_way_(table_under_way) {}
 
   void Read() {
+    ReadFiles();
     const TDatabaseObjects wanted = ListOthers(reference_);
     const TDatabaseObjects there = ListOthers(target_);
     pair_.objects = CompareObjects(wanted, there);
@@ -105,6 +126,16 @@ class TPairReader {
   }
 
  private:
+  // A script is read as the other side's server would.
+  void ReadFiles() {
+    const auto is_file = [](TSideReader& side) { return side.texts->StructureScript() != nullptr; };
+    if (!is_file(reference_) && !is_file(target_)) return;
+    TSideReader& server = is_file(reference_) ? target_ : reference_;
+    server_ = TraitsOf(server.conn, *server.texts);
+    reference_.ReadFile(server_);
+    target_.ReadFile(server_);
+  }
+
   TDatabaseObjects ListOthers(TSideReader& side) {
     TDatabaseObjects others{side.texts->TextsDatabase(), side.texts->OtherObjects()};
     for (const TOtherObject& object : others.objects) {
@@ -114,13 +145,25 @@ class TPairReader {
     return others;
   }
 
+  static bool InFile(const TFileSchema& file, const std::string& table) {
+    const TStringList names = file.TableNames();
+    return std::find(names.begin(), names.end(), table) != names.end();
+  }
+
   void ListTables(TSideReader& side, const TSideReader& other) {
     TStringList listed;
-    side.conn.meta().TableNames(listed);
+    if (side.file != nullptr)
+      listed = side.file->TableNames();
+    else
+      side.conn.meta().TableNames(listed);
     for (std::string& table : listed) {
       if (side.others.contains(table)) continue;
       if (const auto object = other.others.find(table); object != other.others.end()) {
         Skip(other, table, Format(kIsOther, object->second));
+        continue;
+      }
+      if (other.file != nullptr && !other.file->Unknown().empty() && !InFile(*other.file, table)) {
+        Skip(other, table, other.file->Unknown());
         continue;
       }
       side.listed.emplace(table, TListedTable());
@@ -155,7 +198,10 @@ class TPairReader {
     // Lists are in order, so that the end is the place of almost every table.
     const auto text = side.read.texts.try_emplace(side.read.texts.end(), table);
     try {
-      side.texts->ShowCreateTable(table, text->second);
+      if (side.file != nullptr)
+        text->second = CreationTextOf(side.file->Table(table));
+      else
+        side.texts->ShowCreateTable(table, text->second);
       if (&side == &reference_) MapCollations(collations_, text->second);
       listed = {EState::Read, &text->second};
     } catch (const EAbort&) {
@@ -184,6 +230,8 @@ class TPairReader {
     }
     for (TReading& of : reading)
       if (of.text != nullptr && !TakeApart(of, table, same)) return;
+    Complete(reading[0], reading[1]);
+    Complete(reading[1], reading[0]);
     if (LeftAlone(reading[0].table, reading[1].table, table)) return;
     TTaken& taken = taken_.emplace_back();
     if (reading[0].text != nullptr) taken.reference = std::make_unique<TTableText>(std::move(reading[0].table));
@@ -196,10 +244,16 @@ class TPairReader {
     TTableText table{};
   };
 
+  // A script leaves to its server what the other side tells.
+  void Complete(TReading& of, const TReading& other) const {
+    if (of.side.file == nullptr || of.text == nullptr) return;
+    CompleteTable(of.table, other.text == nullptr ? nullptr : &other.table, server_);
+  }
+
   // Of texts that are the same it does not matter what they say.
   bool TakeApart(TReading& of, const std::string& table, bool same) {
     try {
-      of.table = ReadTableText(*of.text);
+      of.table = ReadTableText(WithoutRawLineEnds(*of.text));
       // The reference's own sequences are to be the target's.
       if (&of.side == &reference_)
         MoveSequences(of.table, reference_.texts->TextsDatabase(), target_.texts->TextsDatabase());
@@ -260,6 +314,7 @@ class TPairReader {
   const TCollationMap& collations_;
   TProgress& progress_;
   std::string& table_under_way_;
+  TServerTraits server_;
   std::vector<TTaken> taken_;  // in the order in which they were read
 };
 

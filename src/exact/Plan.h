@@ -5,9 +5,12 @@
 #include <functional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "exact/Changes.h"
+#include "exact/Lexer.h"
+#include "exact/ServerForm.h"
 
 namespace velmora {
 
@@ -44,6 +47,15 @@ std::vector<TPlanStatement> MakePlan(const std::vector<TChange>& changes, const 
 
 // Applies statements of the plan to a schema in memory, by reading their texts. Raises for one it does not understand.
 void ApplyStatement(const std::string& statement, TSchema& schema);
+
+// An "alter table" as people write it, in whatever form servers take it: `tokens` are the statement's, its clauses
+// begin at `first`. Raises for what it does not understand, and the table is what nobody knows then.
+struct TAlterationEffects {
+  std::string new_name;                                              // of the table; empty for none
+  std::vector<std::pair<std::string, std::string>> renamed_columns;  // from, to
+};
+TAlterationEffects ApplyWrittenAlteration(const std::string& statement, const std::vector<TToken>& tokens,
+                                          std::size_t first, const TServerTraits& server, TTableText& table);
 
 // The places (start, length) of the statements of a script: ends are ";" outside quotes, backticks and comments.
 // Comments before a statement do not belong to it.

@@ -1,16 +1,18 @@
-// The plan's statements, carried out on tables in memory. It goes by the rules of servers where these matter for the
-// result: columns that are placed go by the order of the clauses, keys follow a dropped column, and a new character set
-// of the table leaves what columns had.
+// The plan's statements, and "alter table" as people write it, carried out on tables in memory. It goes by the rules of
+// servers where these matter for the result: columns that are placed go by the order of the clauses, keys follow a
+// dropped column, and a new character set of the table leaves what columns had.
 
 #include <algorithm>
 #include <iterator>
 #include <utility>
 
 #include "exact/Charsets.h"
+#include "exact/ColumnType.h"
 #include "exact/ElementText.h"
 #include "exact/KeyText.h"
 #include "exact/Lexer.h"
 #include "exact/Plan.h"
+#include "exact/ServerCompletion.h"
 #include "exact/TableOptions.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -26,6 +28,8 @@ constexpr char kTableThere[] = "There is a table %s already";
 constexpr char kNotThere[] = "Table %s has no %s %s";
 constexpr char kThere[] = "Table %s has %s already";
 constexpr char kColumnNeeded[] = "Table %s: foreign key %s needs column %s";
+constexpr char kNoCharset[] =
+    "Table %s gets a character set, and only the target knows which one its column %s has had before";
 constexpr char kColumn[] = "column";
 
 using TElements = std::vector<TElement>;
@@ -59,7 +63,8 @@ struct TColumnClause {
   TElement column;
   bool is_new = false;
   bool placed = false;
-  std::string after;  // empty for the first place
+  std::string after;   // empty for the first place
+  std::string former;  // name of a column that is renamed
 };
 
 class TAlteration {
@@ -68,18 +73,32 @@ class TAlteration {
       : statement_(statement), tokens_(tokens), table_(table) {}
 
   void Apply();
+  // Of a statement that people write, whose clauses begin at `first`.
+  TAlterationEffects ApplyWritten(std::size_t first, const TServerTraits& server);
 
  private:
   struct TClause {
     std::size_t first = 0;
     std::size_t last = 0;
   };
-  void Split();
+  void Split(std::size_t first);
+  void ChangeColumns();
+  void ReadWritten(const TClause& clause);
+  void ReadWrittenAdd(TClause clause);
+  void AddWritten(TElement element, const TColumnClause* place);
+  void ReadWrittenChange(TClause clause, bool renames);
+  void ReadWrittenDrop(TTokens clause);
+  void ReadWrittenRename(TTokens clause);
+  void SetDefault(const TClause& clause);
+  void Convert(const TClause& clause);
+  void RenameColumn(const std::string& from, const std::string& to);
+  void KeepNamedCharset() const;
   TTokens Of(const TClause& clause) const { return TTokens(tokens_).subspan(clause.first, clause.last - clause.first); }
   void Read(const TClause& clause);
   void ReadOptions(const TClause& clause);
   TElement ReadElement(std::size_t first, std::size_t last) const;
-  TColumnClause ReadColumn(const TClause& clause) const;
+  TColumnClause ReadColumn(const TClause& clause) const { return ReadColumn(clause, clause.first + 2); }
+  TColumnClause ReadColumn(const TClause& clause, std::size_t definition) const;
   void DropElement(TTokens clause);
   void SetKeyUse(TTokens clause);
   void SetOptions();
@@ -102,16 +121,23 @@ class TAlteration {
   std::vector<std::string> dropped_;
   std::vector<TColumnClause> column_clauses_;
   TElements added_;
+  const TServerTraits* server_ = nullptr;  // of a statement that people write
+  TAlterationEffects effects_;
 };
 
-void TAlteration::Apply() {
-  for (auto& element : table_.elements) (element.kind == EElement::Column ? columns_ : others_).push_back(element);
-  Split();
-  for (const TClause& clause : clauses_) Read(clause);
+void TAlteration::ChangeColumns() {
   SetOptions();
   DropColumns();
   ModifyColumns();
   PlaceColumns();
+}
+
+void TAlteration::Apply() {
+  for (auto& element : table_.elements) (element.kind == EElement::Column ? columns_ : others_).push_back(element);
+  constexpr std::size_t kHead = 3;  // alter table name
+  Split(kHead);
+  for (const TClause& clause : clauses_) Read(clause);
+  ChangeColumns();
   for (auto& element : added_) {
     const bool there = std::any_of(others_.begin(), others_.end(), [&element](const TElement& other) {
       const bool rivals = other.kind == element.kind || (IsKey(other.kind) && IsKey(element.kind));
@@ -124,10 +150,8 @@ void TAlteration::Apply() {
   std::move(others_.begin(), others_.end(), std::back_inserter(table_.elements));
 }
 
-void TAlteration::Split() {
-  constexpr std::size_t kHead = 3;  // alter table name
-  std::size_t first = kHead;
-  for (std::size_t at = kHead; first < tokens_.size();) {
+void TAlteration::Split(std::size_t first) {
+  for (std::size_t at = first; first < tokens_.size();) {
     const bool partitioning = IsKeyword(tokens_[at], "partition") && IsKeyword(TokenAt(tokens_, at + 1), "by");
     const bool ends = partitioning || tokens_[at].kind == EToken::End;
     if (ends || tokens_[at].Is(",")) {
@@ -175,19 +199,19 @@ TElement TAlteration::ReadElement(std::size_t first, std::size_t last) const {
   return std::move(table.elements.front());
 }
 
-TColumnClause TAlteration::ReadColumn(const TClause& clause) const {
+TColumnClause TAlteration::ReadColumn(const TClause& clause, std::size_t definition) const {
   TColumnClause result;
   result.is_new = tokens_[clause.first].Is("add");
   std::size_t last = clause.last;
-  if (last - clause.first > 4 && IsKeyword(tokens_[last - 1], "first")) {
+  if (last - definition > 2 && IsKeyword(tokens_[last - 1], "first")) {
     result.placed = true;
     last -= 1;
-  } else if (last - clause.first > 5 && IsKeyword(tokens_[last - 2], "after")) {
+  } else if (last - definition > 3 && IsKeyword(tokens_[last - 2], "after")) {
     result.placed = true;
     result.after = NameOf(tokens_[last - 1]);
     last -= 2;
   }
-  result.column = ReadElement(clause.first + 2, last);
+  result.column = ReadElement(definition, last);
   if (result.column.kind != EElement::Column) Fail();
   return result;
 }
@@ -305,8 +329,9 @@ void TAlteration::DropColumnFromKeys(const std::string& name) {
 void TAlteration::ModifyColumns() {
   for (const TColumnClause& clause : column_clauses_) {
     if (clause.is_new) continue;
-    const auto column = FindColumn(columns_, clause.column.name);
-    if (column == columns_.end()) FailMissing(kColumn, clause.column.name);
+    const std::string& name = clause.former.empty() ? clause.column.name : clause.former;
+    const auto column = FindColumn(columns_, name);
+    if (column == columns_.end()) FailMissing(kColumn, name);
     if (clause.placed) {
       columns_.erase(column);
     } else {
@@ -331,6 +356,234 @@ void TAlteration::PlaceColumns() {
   }
 }
 
+// --- Statements that people write
+
+TAlterationEffects TAlteration::ApplyWritten(std::size_t first, const TServerTraits& server) {
+  server_ = &server;
+  for (auto& element : table_.elements) (element.kind == EElement::Column ? columns_ : others_).push_back(element);
+  Split(first);
+  for (const TClause& clause : clauses_) ReadWritten(clause);
+  KeepNamedCharset();
+  ChangeColumns();
+  table_.elements = std::move(columns_);
+  std::move(others_.begin(), others_.end(), std::back_inserter(table_.elements));
+  AddElements(std::move(added_), false, server, table_);
+  SettleTable(table_);
+  return std::move(effects_);
+}
+
+// What a table hands down that names no character set is only known by the target.
+void TAlteration::KeepNamedCharset() const {
+  const bool sets = std::any_of(options_.begin(), options_.end(), [](const TTableOption& option) {
+    return option.name == "DEFAULT CHARSET" || option.name == "COLLATE";
+  });
+  if (!sets || TableCharset(table_) != TCharset()) return;
+  for (const TElement& column : columns_) {
+    const TColumnText text = ReadColumnText(column, table_);
+    if (text.HasLetters() && text.charset == TCharset()) RaiseError(Format(kNoCharset, table_.name, column.name));
+  }
+}
+
+void TAlteration::ReadWritten(const TClause& clause) {
+  const TTokens tokens = Of(clause);
+  const auto starts = [&](std::initializer_list<std::string_view> words) { return Starts(tokens, words); };
+  const auto is_one_of = [&](std::initializer_list<std::string_view> words) {
+    return tokens[0].kind == EToken::Word && InList(LowerText(tokens[0].text), words);
+  };
+  // What says how the server goes about it, and what changes rows alone.
+  if (is_one_of({"algorithm", "lock", "force", "enable", "disable", "order", "wait", "nowait"})) return;
+  if (starts({"add"})) return ReadWrittenAdd(clause);
+  if (starts({"modify"}) || starts({"change"})) return ReadWrittenChange(clause, starts({"change"}));
+  if (starts({"drop"})) return ReadWrittenDrop(tokens);
+  if (starts({"rename"})) return ReadWrittenRename(tokens);
+  if (starts({"alter", "index"}) || starts({"alter", "key"})) return SetKeyUse(tokens);
+  if (starts({"alter"})) return SetDefault(clause);
+  if (starts({"convert", "to"})) return Convert(clause);
+  if (starts({"remove", "partitioning"})) {
+    table_.partitioning.clear();
+    return;
+  }
+  if (is_one_of({"discard", "import", "analyze", "check", "coalesce", "exchange", "optimize", "rebuild", "reorganize",
+                 "repair", "truncate", "with", "without", "set", "upgrade"}))
+    Fail();
+  ReadOptions(clause);
+}
+
+// Behind "if exists" or "if not exists".
+std::size_t BehindIf(TTokens tokens, std::size_t at, bool& conditional) {
+  if (!IsKeyword(TokenAt(tokens, at), "if")) return at;
+  conditional = true;
+  return at + (IsKeyword(TokenAt(tokens, at + 1), "not") ? 3 : 2);
+}
+
+void TAlteration::AddWritten(TElement element, const TColumnClause* place) {
+  if (element.kind != EElement::Column) {
+    added_.push_back(std::move(element));
+    return;
+  }
+  TColumnClause column;
+  if (place != nullptr) column = *place;
+  column.is_new = true;
+  TElements keys = TakeInlineElements(element, *server_);
+  column.column = std::move(element);
+  column_clauses_.push_back(std::move(column));
+  std::move(keys.begin(), keys.end(), std::back_inserter(added_));
+}
+
+void TAlteration::ReadWrittenAdd(TClause clause) {
+  std::size_t at = clause.first + 1;
+  const bool column = IsKeyword(TokenAt(tokens_, at), "column");
+  if (column) ++at;
+  bool conditional = false;
+  at = BehindIf(tokens_, at, conditional);
+  if (tokens_[at].Is("(")) {
+    for (const TTokenRange part : ListParts(tokens_, at)) AddWritten(ReadElement(part.first, part.last), nullptr);
+    return;
+  }
+  for (const std::string_view word : {"partition", "system", "period"})
+    if (IsKeyword(tokens_[at], word) && !column) Fail();
+  const TTokens rest = TTokens(tokens_).subspan(at, clause.last - at);
+  const auto head = ReadElementHead(rest);
+  if (!head) Fail();
+  if (head->kind != EElement::Column && !column) {
+    // "if not exists" may stand behind the word of the kind, too.
+    conditional = conditional || std::any_of(rest.begin(), rest.begin() + static_cast<std::ptrdiff_t>(head->body),
+                                             [](const TToken& token) { return IsKeyword(token, "if"); });
+    TElement element = ReadElement(at, clause.last);
+    const bool there = std::any_of(others_.begin(), others_.end(), [&](const TElement& other) {
+      return other.kind == element.kind && SameText(other.name, element.name);
+    });
+    if (conditional && there) return;
+    return AddWritten(std::move(element), nullptr);
+  }
+  const TColumnClause read = ReadColumn(clause, at);
+  if (conditional && FindColumn(columns_, read.column.name) != columns_.end()) return;
+  AddWritten(read.column, &read);
+}
+
+void TAlteration::ReadWrittenChange(TClause clause, bool renames) {
+  std::size_t at = clause.first + 1;
+  if (IsKeyword(TokenAt(tokens_, at), "column")) ++at;
+  bool conditional = false;
+  at = BehindIf(tokens_, at, conditional);
+  const std::string former = renames ? NameOf(tokens_[at++]) : std::string();
+  TColumnClause read = ReadColumn(clause, at);
+  if (renames && !SameText(former, read.column.name)) RenameColumn(former, read.column.name);
+  read.former = former;
+  if (conditional && FindColumn(columns_, renames ? former : read.column.name) == columns_.end()) return;
+  TElements keys = TakeInlineElements(read.column, *server_);
+  std::move(keys.begin(), keys.end(), std::back_inserter(added_));
+  column_clauses_.push_back(std::move(read));
+}
+
+void TAlteration::ReadWrittenDrop(TTokens clause) {
+  const auto word = [&](std::size_t at, std::string_view text) { return IsKeyword(TokenAt(clause, at), text); };
+  std::size_t at = 1;
+  bool (*holds)(EElement) = nullptr;
+  if (word(1, "primary")) {
+    std::erase_if(others_, [](const TElement& element) { return element.kind == EElement::PrimaryKey; });
+    return;
+  }
+  if (word(1, "partition") || word(1, "system") || word(1, "period")) Fail();
+  if (word(1, "index") || word(1, "key")) {
+    holds = IsKey;
+    at = 2;
+  } else if (word(1, "foreign")) {
+    holds = [](EElement kind) { return kind == EElement::ForeignKey; };
+    at = 3;
+  } else if (word(1, "constraint") || word(1, "check")) {
+    holds = [](EElement kind) { return kind != EElement::Column && kind != EElement::Key; };
+    at = 2;
+  } else if (word(1, "column")) {
+    at = 2;
+  }
+  bool conditional = false;
+  at = BehindIf(clause, at, conditional);
+  if (!IsName(TokenAt(clause, at))) Fail();
+  const std::string name = NameOf(clause[at]);
+  if (holds == nullptr) {
+    if (!conditional || FindColumn(columns_, name) != columns_.end()) dropped_.push_back(name);
+    return;
+  }
+  const auto found = std::find_if(others_.begin(), others_.end(), [&](const TElement& element) {
+    return holds(element.kind) && SameText(element.name, name);
+  });
+  if (found != others_.end())
+    others_.erase(found);
+  else if (!conditional)
+    FailMissing("key or constraint", name);
+}
+
+void TAlteration::ReadWrittenRename(TTokens clause) {
+  const bool column = Starts(clause, {"rename", "column"});
+  const bool key = Starts(clause, {"rename", "index"}) || Starts(clause, {"rename", "key"});
+  if (!column && !key) {
+    const TToken& second = TokenAt(clause, 1);
+    std::size_t at = second.Is("to") || second.Is("as") || second.Is("=") ? 2 : 1;
+    if (TokenAt(clause, at + 1).Is(".")) at += 2;
+    if (!IsName(TokenAt(clause, at)) || at + 1 != clause.size()) Fail();
+    effects_.new_name = NameOf(clause[at]);
+    return;
+  }
+  constexpr std::size_t kBare = 5;  // rename column a to b
+  bool conditional = false;
+  const std::size_t at = BehindIf(clause, 2, conditional);
+  if (clause.size() != at + kBare - 2) Fail();
+  const std::string from = NameOf(clause[at]);
+  const std::string to = NameOf(clause[at + 2]);
+  if (column) {
+    const auto found = FindColumn(columns_, from);
+    if (found == columns_.end()) FailMissing(kColumn, from);
+    const std::vector<TToken> all = Tokens(found->text);
+    found->text = QuotedName(to) + found->text.substr(all[0].End());
+    found->name = to;
+    return RenameColumn(from, to);
+  }
+  const auto found = std::find_if(others_.begin(), others_.end(), [&from](const TElement& element) {
+    return IsKey(element.kind) && SameText(element.name, from);
+  });
+  if (found == others_.end()) FailMissing("key", from);
+  RenameKey(*found, to);
+}
+
+// In keys and foreign keys. Expressions keep the old name, which servers refuse to leave without its column.
+void TAlteration::RenameColumn(const std::string& from, const std::string& to) {
+  for (TElement& element : others_) RenameColumnIn(element, from, to);
+  effects_.renamed_columns.emplace_back(from, to);
+}
+
+// alter [column] c set default v, drop default
+void TAlteration::SetDefault(const TClause& clause) {
+  std::size_t at = clause.first + 1;
+  if (IsKeyword(TokenAt(tokens_, at), "column")) ++at;
+  bool conditional = false;
+  at = BehindIf(tokens_, at, conditional);
+  const auto column = FindColumn(columns_, NameOf(tokens_[at]));
+  if (column == columns_.end() && conditional) return;
+  if (column == columns_.end()) FailMissing(kColumn, NameOf(tokens_[at]));
+  const bool sets = IsKeyword(TokenAt(tokens_, at + 1), "set") && IsKeyword(TokenAt(tokens_, at + 2), "default");
+  const bool drops = IsKeyword(TokenAt(tokens_, at + 1), "drop") && IsKeyword(TokenAt(tokens_, at + 2), "default");
+  if (!sets && !drops) Fail();
+  SetColumnDefault(*column, sets ? TextOf(statement_, tokens_, at + 3, clause.last) : std::string());
+}
+
+void TAlteration::Convert(const TClause& clause) {
+  std::size_t at = clause.first + 2;
+  while (at < clause.last) {
+    auto option = ReadTableOption(statement_, tokens_, at);
+    if (!option) Fail();
+    options_.push_back(std::move(*option));
+  }
+  const TTableText before = table_;
+  for (TElement& column : columns_) ConvertColumn(column, before, options_);
+  // Columns are converted already, so that there is nothing for the options to keep.
+  std::erase_if(table_.options, [](const TTableOption& option) {
+    return option.name == "DEFAULT CHARSET" || option.name == "COLLATE";
+  });
+  table_.options.insert(table_.options.end(), options_.begin(), options_.end());
+  options_.clear();
+}
+
 }  // namespace
 
 void ApplyStatement(const std::string& statement, TSchema& schema) {
@@ -352,6 +605,11 @@ void ApplyStatement(const std::string& statement, TSchema& schema) {
   } else {
     TAlteration(statement, tokens, *table).Apply();
   }
+}
+
+TAlterationEffects ApplyWrittenAlteration(const std::string& statement, const std::vector<TToken>& tokens,
+                                          std::size_t first, const TServerTraits& server, TTableText& table) {
+  return TAlteration(statement, tokens, table).ApplyWritten(first, server);
 }
 
 }  // namespace velmora

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "exact/Changes.h"
+#include "exact/Charsets.h"
 #include "exact/ColumnParts.h"
 #include "exact/ColumnType.h"
 #include "exact/ElementText.h"
@@ -22,6 +23,7 @@ namespace {
 constexpr char kDropsTable[] = "the table is dropped with its rows";
 constexpr char kDropsColumn[] = "the column is dropped with its values";
 constexpr char kDropsUnique[] = "equal rows may enter from then on";
+constexpr char kNeeded[] = "foreign key %s needs it";
 constexpr char kNoNull[] = "NULL is no longer allowed";
 constexpr char kRenumbers[] = "rows with 0 are numbered anew";
 constexpr char kComputes[] = "its values are replaced by computed ones";
@@ -58,42 +60,10 @@ constexpr std::array<TBytesType, 4> kTexts{
 constexpr std::array<TBytesType, 4> kBlobs{
     {{"tinyblob", 255}, {"blob", 65535}, {"mediumblob", 16777215}, {"longblob", 4294967295}}};
 
-// Letters that take more than one byte at most, or at least.
-struct TLetterBytes {
-  std::string_view charset;
-  long long least;
-  long long most;
-};
-constexpr std::array<TLetterBytes, 18> kLetterBytes{{{"utf8mb4", 1, 4},
-                                                     {"utf8mb3", 1, 3},
-                                                     {"utf8", 1, 3},
-                                                     {"ucs2", 2, 2},
-                                                     {"utf16", 2, 4},
-                                                     {"utf16le", 2, 4},
-                                                     {"utf32", 4, 4},
-                                                     {"gb18030", 1, 4},
-                                                     {"gbk", 1, 2},
-                                                     {"gb2312", 1, 2},
-                                                     {"big5", 1, 2},
-                                                     {"sjis", 1, 2},
-                                                     {"cp932", 1, 2},
-                                                     {"euckr", 1, 2},
-                                                     {"ujis", 1, 3},
-                                                     {"eucjpms", 1, 3},
-                                                     {"binary", 1, 1},
-                                                     {"ascii", 1, 1}}};
-
 template <class Rows>
 auto Find(const Rows& rows, std::string_view type) {
   const auto row = std::find_if(rows.begin(), rows.end(), [type](const auto& r) { return r.type == type; });
   return row == rows.end() ? nullptr : &*row;
-}
-
-TLetterBytes LetterBytes(std::string_view charset) {
-  for (const auto& row : kLetterBytes) {
-    if (row.charset == charset) return row;
-  }
-  return {charset, 1, 1};
 }
 
 bool HoldsAllLetters(std::string_view charset) {
@@ -315,10 +285,35 @@ const TElement* FindKey(const TTableText& table, std::string_view name) {
   return key == table.elements.end() ? nullptr : &*key;
 }
 
+bool BeginsWith(const TElement& key, const std::vector<std::string>& columns) {
+  const std::vector<TKeyPart> parts = KeyParts(key);
+  return IsKey(key.kind) && parts.size() >= columns.size() &&
+         std::equal(columns.begin(), columns.end(), parts.begin(),
+                    [](const std::string& name, const TKeyPart& part) { return SameText(name, part.column); });
+}
+
+// A foreign key that stays and by no other key of either table is served as by this one; null for none.
+const TElement* NeedyForeignKey(const TElement& key, const TTableText& target, const TTableText& reference) {
+  const auto has_other = [&key](const TTableText& table, const std::vector<std::string>& columns) {
+    return std::any_of(table.elements.begin(), table.elements.end(), [&](const TElement& other) {
+      return !SameText(other.name, key.name) && BeginsWith(other, columns);
+    });
+  };
+  for (const TElement& foreign : target.elements) {
+    if (foreign.kind != EElement::ForeignKey || reference.Find(EElement::ForeignKey, foreign.name) == nullptr) continue;
+    const std::vector<std::string> columns = ForeignKeyParts(foreign).columns;
+    if (BeginsWith(key, columns) && !has_other(target, columns) && !has_other(reference, columns)) return &foreign;
+  }
+  return nullptr;
+}
+
 std::string UnsafeKeyChange(const TChange& change, const TTableText& target, const TTableText& reference) {
   const TElement* from = FindKey(target, change.item);
-  if (from == nullptr || !IsUnique(from->kind)) return {};
+  if (from == nullptr) return {};
   const TElement* to = change.action == saModifyKey ? FindKey(reference, change.item) : nullptr;
+  if (to == nullptr)
+    if (const TElement* foreign = NeedyForeignKey(*from, target, reference)) return Format(kNeeded, foreign->name);
+  if (!IsUnique(from->kind)) return {};
   return to != nullptr && IsUnique(to->kind) && Implies(*to, *from) ? std::string() : kDropsUnique;
 }
 

@@ -14,6 +14,7 @@ struct TElement {
   EElement kind = EElement::Column;
   std::string name;  // without quotes; "PRIMARY" for the primary key; empty where the text has none
   std::string text;  // as written, from the name or the kind's word, without the comma; line ends inside are blanks
+  bool generated{};  // a key that a foreign key has brought along
 };
 
 struct TTableOption {

@@ -67,7 +67,7 @@ TEST_F(ExactCommandTest, ATableThatCannotBeReadIsAWarningAndADifference) {
   const TAnswer text = Run({"compare", a_, b_, "--dialect", "exact"});
   EXPECT_EQ(text.status, 1);
   EXPECT_EQ(text.out, "1 table could not be compared\n");
-  EXPECT_THAT(text.err, StartsWith("velmora-cli: warning: target: table bad is skipped: line "));
+  EXPECT_THAT(text.err, StartsWith("velmora-cli: warning: target: table bad is skipped: "));
   const TJson json = TJson::parse(Run({"compare", a_, b_, "--dialect", "exact", "--format", "json"}).out);
   EXPECT_EQ(json["identical"], false);
   EXPECT_EQ(json["skipped"][0]["table"], "bad");

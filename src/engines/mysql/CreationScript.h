@@ -1,12 +1,15 @@
 #pragma once
 
 #include <cstddef>
+#include <deque>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
+#include "core/CreationTexts.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -25,24 +28,34 @@ struct TCreationText {
   std::size_t line = 0;   // of its first character
 };
 
+// How a script is taken.
+struct TScriptChoice {
+  std::string database;           // of several in the script this one; empty for the only one
+  bool allow_incomplete = false;  // a dump may end before its closing line
+};
+
 // The creation texts of a script: every "create table" statement in the order of the script, a database in front of
 // the table's name cut out. A later text for a name that is equal but for case takes the earlier one's place. Other
-// statements are passed over. What is worth telling is kept as warnings, those of the whole script first, then by line.
+// statements are passed over, but kept for who asks for the structure. What is worth telling is kept as warnings, those
+// of the whole script first, then by line.
 //
 // Immutable; the texts live as long as this object, which is meant to be shared.
 class TCreationScript {
  public:
-  // Raises the faults of TStatementReader.
-  explicit TCreationScript(std::string script);
+  // Lines may end in CR alone. Raises the faults of TStatementReader; for a dump without its closing line "cut off:
+  // ..."; for tables of several databases of which none is chosen, and for a choice that is not among them.
+  explicit TCreationScript(std::string script, const TScriptChoice& choice = {});
   TCreationScript(const TCreationScript&) = delete;
   TCreationScript& operator=(const TCreationScript&) = delete;
 
   // Of a whole file. Raises "Cannot read %s: %s", and "%s: %s" with the file's name and the fault.
-  static std::shared_ptr<const TCreationScript> Load(const std::string& path);
+  static std::shared_ptr<const TCreationScript> Load(const std::string& path, const TScriptChoice& choice = {});
 
   const std::vector<TCreationText>& Tables() const { return tables_; }
   const TCreationText* Find(std::string_view name) const;  // ignoring case; null when there is none
   const std::vector<TScriptWarning>& Warnings() const { return warnings_; }
+  const TStructureScript& Structure() const { return structure_; }           // `file` is left empty by the constructor
+  const std::vector<TOtherObject>& OtherObjects() const { return others_; }  // with their texts, marks of versions out
 
  private:
   struct TSpan;
@@ -56,11 +69,17 @@ class TCreationScript {
 
   void Pack(std::vector<TSpan>& spans);
   void AddTables(const std::vector<TSpan>& spans);
+  void AddTable(const TSpan& span, std::string_view text);
+  void ChooseDatabase(const std::vector<TSpan>& spans, const std::string& wanted);
 
-  std::string buffer_;  // the recorded texts, one behind the other
+  std::string buffer_;  // the recorded texts, one after the other
   std::vector<TCreationText> tables_;
   std::unordered_map<std::string_view, std::size_t, THash, TSame> index_;
   std::vector<TScriptWarning> warnings_;
+  std::set<std::string> names_;          // of databases
+  std::deque<std::string> unqualified_;  // creation texts that a database was cut out of
+  TStructureScript structure_;
+  std::vector<TOtherObject> others_;
 };
 
 }  // namespace velmora

@@ -84,13 +84,24 @@ struct TOfflineConnection::TLoaded {
   std::shared_ptr<const TCreationScript> script;
 };
 
-TOfflineConnection::TOfflineConnection(std::string path) : path_(std::move(path)) {}
+TOfflineConnection::TOfflineConnection(std::string path, TScriptChoice choice)
+    : path_(std::move(path)), choice_(std::move(choice)) {}
 
 TOfflineConnection::~TOfflineConnection() = default;
 
 const std::vector<TScriptWarning>& TOfflineConnection::Warnings() const {
   static const std::vector<TScriptWarning> kNoWarnings;
   return loaded_ ? loaded_->script->Warnings() : kNoWarnings;
+}
+
+const TStructureScript& TOfflineConnection::Structure() const {
+  CheckConnected();
+  return loaded_->script->Structure();
+}
+
+const std::vector<TOtherObject>& TOfflineConnection::OtherObjects() const {
+  CheckConnected();
+  return loaded_->script->OtherObjects();
 }
 
 std::size_t TOfflineConnection::LineOf(const std::string& table) const {
@@ -109,7 +120,7 @@ std::unique_ptr<TMyQuery> TOfflineConnection::NewQuery() { return std::make_uniq
 std::unique_ptr<TMyConnection> TOfflineConnection::NewConnection() const { return NewOfflineConnection(); }
 
 std::unique_ptr<TOfflineConnection> TOfflineConnection::NewOfflineConnection() const {
-  auto connection = std::make_unique<TOfflineConnection>(path_);
+  auto connection = std::make_unique<TOfflineConnection>(path_, choice_);
   connection->CopyOptions(*this);
   connection->loaded_ = loaded_;
   return connection;
@@ -132,7 +143,7 @@ void TOfflineConnection::DoConnect() {
   // Taken before reading: should the file change meanwhile, the next to connect reads it again.
   const std::optional<TFileStamp> stamp = StampOf(path_);
   if (!loaded_ || !stamp || stamp != loaded_->stamp)
-    loaded_ = std::make_shared<const TLoaded>(TLoaded{stamp, TCreationScript::Load(path_)});
+    loaded_ = std::make_shared<const TLoaded>(TLoaded{stamp, TCreationScript::Load(path_, choice_)});
   connected_ = true;
 }
 

@@ -17,12 +17,14 @@ namespace velmora {
 // it is the same file with the same size and time of change.
 class TOfflineConnection final : public TMyConnection {
  public:
-  explicit TOfflineConnection(std::string path);
+  explicit TOfflineConnection(std::string path, TScriptChoice choice = {});
   ~TOfflineConnection() override;
 
   const std::string& Path() const { return path_; }
   // Of the file as it was last read; none before that.
   const std::vector<TScriptWarning>& Warnings() const;
+  const TStructureScript& Structure() const;
+  const std::vector<TOtherObject>& OtherObjects() const;
   // The line of the file where a table's creation text begins; 0 when there is no such table.
   std::size_t LineOf(const std::string& table) const;
 
@@ -46,6 +48,7 @@ class TOfflineConnection final : public TMyConnection {
   void DoDisconnect() override;
 
   std::string path_;
+  TScriptChoice choice_;
   std::shared_ptr<const TLoaded> loaded_;
   bool connected_ = false;
 };

@@ -7,8 +7,8 @@
 
 namespace velmora {
 
-TDBConnMySQLOffline::TDBConnMySQLOffline(std::string path)
-    : TDBConnMySQLOffline(std::make_unique<TOfflineConnection>(std::move(path))) {}
+TDBConnMySQLOffline::TDBConnMySQLOffline(std::string path, TScriptChoice choice)
+    : TDBConnMySQLOffline(std::make_unique<TOfflineConnection>(std::move(path), std::move(choice))) {}
 
 TDBConnMySQLOffline::TDBConnMySQLOffline(std::unique_ptr<TOfflineConnection> connection)
     : TDBConnMySQL(std::move(connection), {}, 3306, {}, {}, {}),

@@ -14,7 +14,7 @@ namespace velmora {
 // then, and whatever would ask a server raises "Not connected".
 class TDBConnMySQLOffline : public TDBConnMySQL {
  public:
-  explicit TDBConnMySQLOffline(std::string path);
+  explicit TDBConnMySQLOffline(std::string path, TScriptChoice choice = {});
   explicit TDBConnMySQLOffline(std::unique_ptr<TOfflineConnection> connection);
 
   // Raises: what names a server stands for nothing here.
@@ -22,9 +22,10 @@ class TDBConnMySQLOffline : public TDBConnMySQL {
   TOfflineConnection& GetConnectionObject() override;
   void GetDisplayName(std::string& text) override;
 
-  // A file is read as it stands, and holds tables alone.
+  // A file is read as it stands.
   void PrepareExactTexts(bool /*exact*/ = true) override {}
-  std::vector<TOtherObject> OtherObjects() override { return {}; }
+  std::vector<TOtherObject> OtherObjects() override { return offline_.OtherObjects(); }
+  const TStructureScript* StructureScript() const override { return &offline_.Structure(); }
 
  protected:
   std::unique_ptr<TDBConnMySQL> NewEngine() const override;

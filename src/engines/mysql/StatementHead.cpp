@@ -10,7 +10,7 @@ namespace velmora {
 
 namespace {
 
-constexpr std::string_view kEndsOfBareName = " \t\r\n,.<>;'()+-*/=#`\"";
+constexpr std::string_view kEndsOfBareName = " \t\r\n,.<>;'()+-*/=#`\"@";
 
 bool IsWordChar(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
@@ -19,7 +19,7 @@ bool IsWordChar(char c) {
 // The words and names that a statement begins with.
 class THeadScanner {
  public:
-  explicit THeadScanner(std::string_view text) : text_(text) {}
+  THeadScanner(std::string_view text, bool with_versions) : text_(text), with_versions_(with_versions) {}
 
   std::size_t pos() const { return pos_; }
 
@@ -45,6 +45,13 @@ class THeadScanner {
     return true;
   }
 
+  bool TakeSymbol(std::string_view symbol) {
+    SkipBlanks();
+    if (text_.substr(pos_, 1) != symbol) return false;
+    ++pos_;
+    return true;
+  }
+
   // A name in backticks or double quotes, or a bare one. False when there is none.
   bool TakeName() {
     SkipBlanks();
@@ -58,13 +65,23 @@ class THeadScanner {
 
   void SkipBlanks() {
     while (pos_ < text_.size()) {
-      const std::size_t end = static_cast<unsigned char>(text_[pos_]) <= ' ' ? pos_ + 1 : CommentEnd(text_, pos_);
+      const std::size_t end = BehindBlank();
       if (end == pos_) return;
       pos_ = std::min(end, text_.size());
     }
   }
 
  private:
+  // `pos_` where there is none.
+  std::size_t BehindBlank() const {
+    if (static_cast<unsigned char>(text_[pos_]) <= ' ') return pos_ + 1;
+    if (with_versions_) {
+      if (const std::size_t mark = VersionMark(text_, pos_)) return pos_ + mark;
+      if (text_.compare(pos_, 2, "*/") == 0) return pos_ + 2;
+    }
+    return CommentEnd(text_, pos_);
+  }
+
   // A doubled quote stands for one within the name.
   void TakeQuotedName() {
     const char quote = text_[pos_];
@@ -75,43 +92,105 @@ class THeadScanner {
   }
 
   std::string_view text_;
+  bool with_versions_;
   std::size_t pos_ = 0;
 };
 
-TStatementHead ReadTableName(THeadScanner& scanner) {
-  if (scanner.Take("if")) scanner.TakeAny({"not", "exists"});
+constexpr std::string_view kObjects[] = {"view", "trigger", "procedure", "function", "event", "sequence", "package"};
+constexpr std::string_view kDropped[] = {"table",   "tables",    "index",    "database", "schema",   "view",
+                                         "trigger", "procedure", "function", "event",    "sequence", "package"};
+
+// The name that comes next, in `head`. False when there is none.
+bool ReadName(THeadScanner& scanner, TStatementHead& head) {
+  if (scanner.Take("if")) {
+    head.if_exists = true;
+    scanner.TakeAny({"not", "exists"});
+  }
   scanner.SkipBlanks();
-  TStatementHead head;
   head.qualifier = scanner.pos();
   do {
     head.name = scanner.pos();
-    if (!scanner.TakeName()) return {};
+    if (!scanner.TakeName()) return false;
     head.name_end = scanner.pos();
   } while (scanner.TakePoint());
-  head.kind = EStatementKind::CreateTable;
-  return head;
+  return true;
+}
+
+TStatementHead Named(THeadScanner& scanner, EStatementKind kind, std::string_view object = {}) {
+  TStatementHead head{kind};
+  head.object = object;
+  return ReadName(scanner, head) ? head : TStatementHead();
+}
+
+// definer = `u`@`h`, sql security definer, algorithm = merge, aggregate
+void PassAttributes(THeadScanner& scanner) {
+  for (;;) {
+    if (scanner.Take("definer") || scanner.Take("algorithm")) {
+      scanner.TakeSymbol("=");
+      scanner.TakeName();
+      if (scanner.TakeSymbol("(")) scanner.TakeSymbol(")");
+      if (scanner.TakeSymbol("@")) scanner.TakeName();
+    } else if (scanner.Take("sql")) {
+      scanner.Take("security");
+      scanner.TakeName();
+    } else if (!scanner.Take("aggregate")) {
+      return;
+    }
+  }
 }
 
 TStatementHead ReadCreate(THeadScanner& scanner) {
-  if (scanner.Take("table")) return ReadTableName(scanner);
-  if (scanner.Take("or"))
-    return {scanner.Take("replace") && scanner.Take("table") ? EStatementKind::ReplaceTable : EStatementKind::Other};
-  scanner.TakeAny({"online", "offline", "unique", "fulltext", "spatial"});
+  if (scanner.Take("table")) return Named(scanner, EStatementKind::CreateTable);
+  const bool replaces = scanner.Take("or") && scanner.Take("replace");
+  if (replaces && scanner.Take("table")) return {EStatementKind::ReplaceTable};
+  if (scanner.Take("database") || scanner.Take("schema")) return {EStatementKind::Other};
+  PassAttributes(scanner);
+  for (const std::string_view object : kObjects)
+    if (scanner.Take(object)) {
+      if (object == "package") scanner.Take("body");
+      return Named(scanner, EStatementKind::Object, object);
+    }
+  scanner.TakeAny({"online", "offline", "unique", "fulltext", "spatial", "vector"});
   return {scanner.Take("index") ? EStatementKind::CreateIndex : EStatementKind::Other};
+}
+
+TStatementHead ReadDrop(THeadScanner& scanner) {
+  for (const std::string_view object : kDropped) {
+    if (!scanner.Take(object)) continue;
+    const TStatementHead head = Named(scanner, EStatementKind::Drop, object);
+    if (head.kind == EStatementKind::Drop) return head;
+    break;
+  }
+  return {EStatementKind::Drop};
+}
+
+TStatementHead ReadAlter(THeadScanner& scanner) {
+  scanner.TakeAny({"online", "offline", "ignore"});
+  if (!scanner.Take("table")) return {};
+  TStatementHead head = Named(scanner, EStatementKind::AlterTable);
+  head.kind = EStatementKind::AlterTable;
+  head.leaves_as_is = (scanner.Take("disable") || scanner.Take("enable")) && scanner.Take("keys");
+  return head;
 }
 
 }  // namespace
 
-TStatementHead ReadStatementHead(std::string_view statement) {
-  THeadScanner scanner(statement);
+TStatementHead ReadStatementHead(std::string_view statement, bool with_versions) {
+  THeadScanner scanner(statement, with_versions);
   if (scanner.Take("create")) return ReadCreate(scanner);
-  if (scanner.Take("alter")) {
-    scanner.TakeAny({"online", "offline", "ignore"});
-    return {scanner.Take("table") ? EStatementKind::AlterTable : EStatementKind::Other};
-  }
+  if (scanner.Take("alter")) return ReadAlter(scanner);
   if (scanner.Take("rename")) return {EStatementKind::Rename};
-  if (scanner.Take("drop")) return {EStatementKind::Drop};
+  if (scanner.Take("drop")) return ReadDrop(scanner);
+  for (const std::string_view word : {"call", "prepare", "execute"})
+    if (!with_versions && scanner.Take(word)) return {EStatementKind::Dynamic};
+  if (scanner.Take("use")) return Named(scanner, EStatementKind::Use);
   return {};
+}
+
+std::string BareName(std::string_view written) {
+  if (written.size() < 2 || (written.front() != '`' && written.front() != '"')) return std::string(written);
+  const std::string quote(1, written.front());
+  return StrReplace(written.substr(1, written.size() - 2), quote + quote, quote);
 }
 
 }  // namespace velmora

@@ -23,7 +23,7 @@ constexpr std::array<bool, 256> StopsAt(std::string_view characters) {
   return stops;
 }
 
-constexpr std::array<bool, 256> kStatementStops = StopsAt("'\"`#-/");
+constexpr std::array<bool, 256> kStatementStops = StopsAt("'\"`#-/*");
 constexpr std::array<bool, 256> kSingleStops = StopsAt("'\\");
 constexpr std::array<bool, 256> kDoubleStops = StopsAt("\"\\");
 
@@ -49,7 +49,19 @@ std::size_t CommentEnd(std::string_view text, std::size_t pos) {
   return std::min(text.find('\n', pos), text.size());
 }
 
-TStatementReader::TStatementReader(std::string_view script) : script_(script) {
+std::size_t VersionMark(std::string_view text, std::size_t pos) {
+  constexpr std::string_view kNoServers = "999999";
+  constexpr std::size_t kLeastDigits = 5;
+  const std::size_t head = text.substr(pos, 3) == "/*!" ? 3 : text.substr(pos, 4) == "/*M!" ? 4 : 0;
+  if (head == 0) return 0;
+  const std::string_view digits = text.substr(pos + head, kLeastDigits + 1);
+  const auto end = std::find_if(digits.begin(), digits.end(), [](char c) { return c < '0' || c > '9'; });
+  const auto count = static_cast<std::size_t>(end - digits.begin());
+  return count < kLeastDigits || digits == kNoServers ? 0 : head + count;
+}
+
+TStatementReader::TStatementReader(std::string_view script, bool with_versions)
+    : script_(script), with_versions_(with_versions) {
   const std::size_t nul = script_.find('\0');
   if (nul != kNone) Raise(nul, kNulByte);
   SetDelimiter(";");
@@ -82,7 +94,7 @@ bool TStatementReader::SkipToStatement() {
       ++pos_;
     else if (AtDelimiter())
       pos_ += delimiter_.size();
-    else if (!PassComment())
+    else if ((with_versions_ && VersionMark(script_, pos_) > 0) || !PassComment())
       return true;
   }
   return false;
@@ -106,14 +118,17 @@ bool TStatementReader::TakeDelimiterLine() {
 std::size_t TStatementReader::PassStatement() {
   std::size_t tail = kNone;  // where line comments begin that nothing but blanks has followed so far
   std::size_t tail_end = 0;
+  open_marks_ = 0;
   while ((pos_ = FindStop(stops_, script_, pos_)) < script_.size()) {
     const std::size_t start = pos_;
-    if (AtDelimiter()) {
+    if (open_marks_ == 0 && AtDelimiter()) {
       pos_ += delimiter_.size();
       return start;
     }
     if (script_[pos_] == '\'' || script_[pos_] == '"' || script_[pos_] == '`') {
       PassQuoted();
+    } else if (PassVersionMark()) {
+      continue;
     } else if (!PassComment()) {
       ++pos_;
     } else if (script_[start] != '/') {
@@ -136,6 +151,21 @@ void TStatementReader::PassQuoted() {
   }
   if (end >= script_.size()) Raise(pos_, Format(kUnclosedQuote, std::string(1, quote)));
   pos_ = end + 1;
+}
+
+// The mark, or what closes it; between the two no delimiter counts.
+bool TStatementReader::PassVersionMark() {
+  if (!with_versions_) return false;
+  if (open_marks_ > 0 && script_.compare(pos_, 2, "*/") == 0) {
+    --open_marks_;
+    pos_ += 2;
+    return true;
+  }
+  const std::size_t mark = VersionMark(script_, pos_);
+  if (mark == 0) return false;
+  ++open_marks_;
+  pos_ += mark;
+  return true;
 }
 
 bool TStatementReader::PassComment() {

@@ -11,6 +11,10 @@ namespace velmora {
 // begins there, npos when it is not closed. Two dashes open a comment at the end of the text or before white space.
 std::size_t CommentEnd(std::string_view text, std::size_t pos);
 
+// The length of the mark of a comment whose content servers of a version run (/*!50001, /*M!100401) at `pos`; 0 for
+// none, and for the version 999999, which no server has.
+std::size_t VersionMark(std::string_view text, std::size_t pos);
+
 struct TStatement {
   std::string_view text;  // trimmed, without its delimiter; comments inside stay
   std::size_t line = 0;   // of its first character, counted from 1
@@ -24,8 +28,9 @@ struct TStatement {
 // Comments in front of a statement, and line comments behind the last one, do not belong to it.
 class TStatementReader {
  public:
-  // Raises "line %d: NUL byte: this is no text file".
-  explicit TStatementReader(std::string_view script);
+  // `with_versions`: what stands in comments for servers of a version is a statement, or part of one; its text begins
+  // at the mark then. Raises "line %d: NUL byte: this is no text file".
+  explicit TStatementReader(std::string_view script, bool with_versions = false);
 
   // False at the end. Raises "line %d: unclosed %s quote" and "line %d: unclosed comment" with the line where it began.
   bool Next(TStatement& statement);
@@ -40,12 +45,15 @@ class TStatementReader {
   std::size_t PassStatement();
   void PassQuoted();
   bool PassComment();
+  bool PassVersionMark();
   bool IsBlank(std::size_t from, std::size_t to) const;
   std::size_t LineAt(std::size_t pos);
   [[noreturn]] void Raise(std::size_t pos, const std::string& fault);
 
   std::string_view script_;
+  bool with_versions_;
   std::size_t pos_ = 0;
+  std::size_t open_marks_ = 0;
   std::string_view delimiter_;
   TStops stops_{};  // what may end a statement, or hide its end
   std::size_t counted_pos_ = 0;

@@ -1,0 +1,284 @@
+#include "exact/FileSchema.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "exact/KeyText.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kUnfollowed[] = "%s: line %d: %s (--via-server may read it)";
+constexpr char kNoName[] = "%s: line %d: this statement names no table: %s";
+constexpr char kDynamic[] = " may make or change tables that its text does not name";
+constexpr char kOfRows[] = "Table %s is made of the rows of a query";
+constexpr char kNoTable[] = "There is no table %s";
+constexpr char kThere[] = "There is a table %s already";
+constexpr std::size_t kShownChars = 60;
+
+// What "create table" may be followed by that makes rows, or columns out of rows.
+bool MakesRows(TTokens tokens) {
+  std::size_t depth = 0;
+  for (std::size_t at = 0; at < tokens.size(); ++at) {
+    if (tokens[at].Is("(")) ++depth;
+    if (tokens[at].Is(")") && depth > 0) --depth;
+    const bool query = IsKeyword(tokens[at], "select") || IsKeyword(tokens[at], "values");
+    const bool opens = at > 0 && tokens[at - 1].Is("(");
+    if (query && (depth == 0 || (depth == 1 && opens)) && !IsKeyword(TokenAt(tokens, at + 1), "less")) return true;
+    if (IsKeyword(tokens[at], "partition") && IsKeyword(TokenAt(tokens, at + 1), "by")) return false;
+  }
+  return false;
+}
+
+// A message's own line, "line 2: ...", as one of the file, in which the statement begins at `line`.
+std::pair<std::size_t, std::string> InFile(std::size_t line, std::string_view message) {
+  constexpr std::string_view kLine = "line ";
+  const std::size_t colon = message.find(": ");
+  if (!message.starts_with(kLine) || colon == std::string_view::npos) return {line, std::string(message)};
+  const auto within = TryStrToInt(std::string(message.substr(kLine.size(), colon - kLine.size())));
+  if (!within || *within < 1) return {line, std::string(message)};
+  return {line + static_cast<std::size_t>(*within) - 1, std::string(message.substr(colon + 2))};
+}
+
+}  // namespace
+
+TFileSchema::TFileSchema(const TStructureScript& script, const TServerTraits& server)
+    : script_(script), server_(server) {
+  for (const TStructureStatement& statement : script.statements) Apply(statement);
+}
+
+TStringList TFileSchema::TableNames() const {
+  TStringList names;
+  for (const TTableText& table : schema_.Tables()) names.push_back(table.name);
+  for (const auto& [name, reason] : unfollowed_) names.push_back(name);
+  return names;
+}
+
+const TTableText& TFileSchema::Table(const std::string& name) const {
+  if (const auto reason = unfollowed_.find(name); reason != unfollowed_.end()) RaiseError(reason->second);
+  const TTableText* table = schema_.Find(name);
+  if (table == nullptr) RaiseError(Format(kNoTable, name));
+  return *table;
+}
+
+void TFileSchema::Apply(const TStructureStatement& statement) {
+  statement_ = &statement;
+  text_ = statement.text;
+  tokens_ = Tokens(text_);
+  std::size_t at = 1;
+  if (Is(0, "call") || Is(0, "prepare") || Is(0, "execute"))
+    unknown_ = Format(kUnfollowed, script_.file, statement.line, CutChars(text_, kShownChars) + kDynamic);
+  if (Is(0, "alter")) {
+    while (Is(at, "online") || Is(at, "offline") || Is(at, "ignore")) ++at;
+    return Is(at, "table") ? Alter(at + 1) : void();
+  }
+  if (Is(0, "rename")) return Is(1, "table") || Is(1, "tables") ? Rename(2) : void();
+  if (Is(0, "drop")) return Drop(1);
+  const bool replaces = Is(at, "or");
+  if (replaces) at += 2;
+  if (Is(at, "table")) return Create(at + 1, replaces);
+  while (Is(at, "online") || Is(at, "offline")) ++at;
+  const std::string kind = Is(at, "index") ? "" : LowerText(tokens_[std::min(at++, tokens_.size() - 1)].text);
+  if (Is(at, "index")) CreateIndex(at + 1, kind);
+}
+
+bool TFileSchema::TakeIf(std::size_t& at) const {
+  if (!Is(at, "if")) return false;
+  at += std::size_t{Is(at + 1, "not") ? 3U : 2U};
+  return true;
+}
+
+TFileSchema::TName TFileSchema::ReadName(std::size_t& at) const {
+  TName name;
+  for (bool more = true; more;) {
+    const TToken& token = tokens_[std::min(at, tokens_.size() - 1)];
+    const bool quoted = token.kind == EToken::String && token.text.front() == '"';
+    if (!IsName(token) && !quoted)
+      RaiseError(Format(kNoName, script_.file, statement_->line, CutChars(text_, kShownChars)));
+    name.database = std::exchange(name.table, NameOf(token));
+    ++at;
+    more = at < tokens_.size() && tokens_[at].Is(".");
+    if (more) ++at;
+  }
+  if (name.database.empty()) name.database = statement_->database;
+  return name;
+}
+
+bool TFileSchema::IsMeant(const TName& name) const {
+  return name.database.empty() || script_.database.empty() || name.database == script_.database;
+}
+
+TTableText& TFileSchema::Find(const std::string& table) {
+  TTableText* found = schema_.Find(table);
+  if (found == nullptr) RaiseError(Format(kNoTable, table));
+  return *found;
+}
+
+void TFileSchema::Forget(const std::string& table) {
+  unfollowed_.erase(table);
+  if (schema_.Find(table) != nullptr) schema_.Remove(table);
+}
+
+// A table that cannot be followed in one statement is not known from there on.
+template <class Action>
+void TFileSchema::Guard(const std::string& table, Action action) {
+  if (unfollowed_.contains(table)) return;
+  try {
+    action();
+  } catch (const EVelmora& fault) {
+    Forget(table);
+    const auto [line, message] = InFile(statement_->line, fault.what());
+    unfollowed_[table] = Format(kUnfollowed, script_.file, line, message);
+  }
+}
+
+void TFileSchema::Create(std::size_t at, bool /*replaces*/) {
+  const bool conditional = TakeIf(at);
+  const TName name = ReadName(at);
+  if (!IsMeant(name)) return;
+  if (conditional && (schema_.Find(name.table) != nullptr || unfollowed_.contains(name.table))) return;
+  Forget(name.table);  // a later text takes the place of an earlier one
+  Guard(name.table, [&] {
+    const std::size_t like = at < tokens_.size() && tokens_[at].Is("(") ? at + 1 : at;
+    if (Is(like, "like")) {
+      std::size_t from = like + 1;
+      return CreateLike(name.table, ReadName(from).table);
+    }
+    if (MakesRows(TTokens(tokens_).subspan(at))) RaiseError(Format(kOfRows, name.table));
+    TTableText table = ReadTableText(WithoutRawLineEnds(text_));
+    std::vector<TElement> columns;
+    std::vector<TElement> added;
+    for (TElement& element : table.elements) {
+      const bool column = element.kind == EElement::Column;
+      std::vector<TElement> inside;
+      if (column) inside = TakeInlineElements(element, server_);
+      (column ? columns : added).push_back(std::move(element));
+      std::move(inside.begin(), inside.end(), std::back_inserter(added));
+    }
+    table.elements = std::move(columns);
+    AddElements(std::move(added), true, server_, table);
+    for (TElement& element : table.elements)
+      if (element.kind == EElement::ForeignKey) LeaveDatabase(element, name.database);
+    SettleTable(table);
+    schema_.Add(std::move(table));
+  });
+}
+
+void TFileSchema::CreateLike(const std::string& name, const std::string& from) {
+  if (const auto reason = unfollowed_.find(from); reason != unfollowed_.end()) RaiseError(reason->second);
+  TTableText table = Find(from);
+  table.name = name;
+  std::erase_if(table.elements, [](const TElement& element) { return element.kind == EElement::ForeignKey; });
+  for (TElement& element : table.elements) element.generated = false;
+  std::erase_if(table.options, [](const TTableOption& option) {
+    return option.name == "AUTO_INCREMENT" || option.name.ends_with("DIRECTORY");
+  });
+  schema_.Add(std::move(table));
+}
+
+// create index n using btree on t (a) comment 'c'  is  alter table t add index n using btree (a) comment 'c'
+void TFileSchema::CreateIndex(std::size_t at, const std::string& kind) {
+  const bool conditional = TakeIf(at);
+  const std::size_t name = at;
+  while (at < tokens_.size() && !Is(at, "on")) ++at;
+  const std::size_t on = at++;
+  const TName table = ReadName(at);
+  if (!IsMeant(table)) return;
+  std::string text = "alter table t add " + kind + " index " + (conditional ? "if not exists " : "");
+  text += TextOf(text_, tokens_, name, on) + " " + TextOf(text_, tokens_, at, tokens_.size() - 1);
+  Alter(table.table, text);
+}
+
+void TFileSchema::Alter(std::size_t at) {
+  const bool conditional = TakeIf(at);
+  const TName name = ReadName(at);
+  if (!IsMeant(name)) return;
+  if (conditional && schema_.Find(name.table) == nullptr) return;
+  Alter(name.table, "alter table t " + TextOf(text_, tokens_, at, tokens_.size() - 1));
+}
+
+void TFileSchema::Alter(const std::string& name, const std::string& written) {
+  constexpr std::size_t kHead = 3;  // alter table t
+  std::string renamed;
+  Guard(name, [&] {
+    const std::string text = WithoutRawLineEnds(written);
+    TTableText& table = Find(name);
+    TAlterationEffects effects = ApplyWrittenAlteration(text, Tokens(text), kHead, server_, table);
+    for (TElement& element : table.elements)
+      if (element.kind == EElement::ForeignKey) LeaveDatabase(element, script_.database);
+    for (const auto& [from, to] : effects.renamed_columns)
+      for (const TTableText& other : schema_.Tables())
+        for (TElement& element : schema_.Find(other.name)->elements)
+          if (element.kind == EElement::ForeignKey && ForeignKeyParts(element).table == name)
+            RenameReferenced(element, from, to);
+    renamed = std::move(effects.new_name);
+  });
+  if (!renamed.empty()) RenameTable(name, renamed);
+}
+
+void TFileSchema::Rename(std::size_t at) {
+  TakeIf(at);
+  for (;;) {
+    const TName from = ReadName(at);
+    if (!Is(at, "to")) ReadName(at);  // raises
+    ++at;
+    const TName to = ReadName(at);
+    if (IsMeant(from)) RenameTable(from.table, to.table);
+    if (at >= tokens_.size() || !tokens_[at].Is(",")) return;
+    ++at;
+  }
+}
+
+void TFileSchema::RenameTable(const std::string& from, const std::string& to) {
+  if (from == to) return;
+  if (auto reason = unfollowed_.extract(from)) {
+    reason.key() = to;
+    unfollowed_.insert(std::move(reason));
+    return;
+  }
+  Guard(schema_.Find(from) == nullptr ? from : to, [&] {
+    TTableText table = Find(from);
+    if (schema_.Find(to) != nullptr) RaiseError(Format(kThere, to));
+    schema_.Remove(from);
+    table.name = to;
+    MoveMadeNames(table, from);
+    schema_.Add(std::move(table));
+    for (const TTableText& other : schema_.Tables())
+      for (TElement& element : schema_.Find(other.name)->elements)
+        if (element.kind == EElement::ForeignKey) MoveReferences(element, from, to);
+  });
+}
+
+void TFileSchema::Drop(std::size_t at) {
+  const bool database = Is(at, "database") || Is(at, "schema");
+  const bool index = Is(at, "index");
+  if (!database && !index && !Is(at, "table") && !Is(at, "tables")) return;
+  ++at;
+  const bool conditional = TakeIf(at);
+  if (index) {
+    const std::size_t name = at++;
+    if (!Is(at, "on")) return;
+    const TName table = ReadName(++at);
+    const std::string text = std::string("alter table t drop index ") + (conditional ? "if exists " : "");
+    if (IsMeant(table)) Alter(table.table, text + TextOf(text_, tokens_, name, name + 1));
+    return;
+  }
+  for (bool more = true; more;) {
+    const TName name = ReadName(at);
+    if (database) {
+      if (!script_.database.empty() && name.table != script_.database) return;
+      schema_ = {};
+      unfollowed_.clear();
+    } else if (IsMeant(name)) {
+      Forget(name.table);
+    }
+    more = at < tokens_.size() && tokens_[at].Is(",");
+    if (more) ++at;
+  }
+}
+
+}  // namespace velmora

@@ -1,0 +1,67 @@
+#pragma once
+
+// The tables that a script makes, its statements applied in order as a server would.
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "core/CreationTexts.h"
+#include "exact/Lexer.h"
+#include "exact/Plan.h"
+#include "exact/ServerForm.h"
+#include "util/Lists.h"
+
+namespace velmora {
+
+class TFileSchema {
+ public:
+  // Raises with file and line for a statement that names no table by which it could be passed over.
+  TFileSchema(const TStructureScript& script, const TServerTraits& server);
+
+  TStringList TableNames() const;  // those included that could not be followed
+  // As the server prints it but for what depends on its settings. Raises for one that could not be followed, with file
+  // and line, and for none.
+  const TTableText& Table(const std::string& name) const;
+  // Why there may be more tables than these; empty where there are not.
+  const std::string& Unknown() const { return unknown_; }
+
+ private:
+  struct TName {
+    std::string database;
+    std::string table;
+  };
+
+  void Apply(const TStructureStatement& statement);
+  void Create(std::size_t at, bool replaces);
+  void CreateLike(const std::string& name, const std::string& from);
+  void CreateIndex(std::size_t at, const std::string& kind);
+  void Alter(std::size_t at);
+  void Alter(const std::string& table, const std::string& text);
+  void Rename(std::size_t at);
+  void RenameTable(const std::string& from, const std::string& to);
+  void Drop(std::size_t at);
+
+  bool Is(std::size_t at, std::string_view word) const {
+    return IsKeyword(tokens_[std::min(at, tokens_.size() - 1)], word);
+  }
+  bool TakeIf(std::size_t& at) const;  // "if exists", "if not exists"
+  TName ReadName(std::size_t& at) const;
+  bool IsMeant(const TName& name) const;
+  TTableText& Find(const std::string& table);
+  template <class Action>
+  void Guard(const std::string& table, Action action);
+  void Forget(const std::string& table);
+
+  const TStructureScript& script_;
+  const TServerTraits& server_;
+  TSchema schema_;
+  std::map<std::string, std::string> unfollowed_;  // tables, and why
+  std::string unknown_;
+  // The statement under way.
+  const TStructureStatement* statement_ = nullptr;
+  std::string text_;
+  std::vector<TToken> tokens_;
+};
+
+}  // namespace velmora
