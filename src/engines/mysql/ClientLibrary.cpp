@@ -106,7 +106,7 @@ class TLibraryWire final : public TMyWire {
 
  private:
   EMySqlException LastError() const {
-    return {static_cast<int>(mysql_errno(handle_.get())), mysql_error(handle_.get())};
+    return ToldError(static_cast<int>(mysql_errno(handle_.get())), mysql_error(handle_.get()));
   }
 
   THandle handle_;

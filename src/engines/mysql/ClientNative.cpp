@@ -97,7 +97,7 @@ class TNativeWire final : public TMyWire, private TReadAhead::TLine {
       return act();
     } catch (const EMySqlException& error) {
       if (session_->net.Lost() || IsFarewell(error.Number())) Close();
-      throw;
+      throw ToldError(error.Number(), error.what());
     } catch (const SocketException& error) {
       Close();
       throw EMySqlException(error.Number(), error.what());

@@ -26,6 +26,7 @@ constexpr int kChunkRows = 10000;
 constexpr char kInnoDB[] = "InnoDB";
 constexpr char kChecksOff[] = "set foreign_key_checks=0";
 constexpr char kChecksOn[] = "set foreign_key_checks=1";
+constexpr char kNoCreationText[] = "There is no whole creation text of table %s";
 constexpr char kNoColumns[] = "Table must have at least one column!";
 
 constexpr char kNamesBesidesTables[] =
@@ -89,6 +90,16 @@ const TStringList& ExactModes() {
   static const TStringList kModes = {"STRICT_TRANS_TABLES", "STRICT_ALL_TABLES", "NO_ENGINE_SUBSTITUTION",
                                      "NO_AUTO_VALUE_ON_ZERO"};
   return kModes;
+}
+
+// What is none, or is cut off before its columns end, would be read as a table without them. Views come by the same
+// way.
+bool IsCreationText(const std::string& text) {
+  constexpr std::string_view kCreate = "create";
+  if (!SameText(text.substr(0, kCreate.size()), kCreate)) return false;
+  const std::size_t open = text.find('(');
+  if (open != std::string::npos) return text.find(')', open) != std::string::npos;
+  return PosNoCase(" like ", text) != 0 || PosNoCase(" select ", text) != 0;
 }
 
 // The session's own mode without what is inexact.
@@ -359,8 +370,8 @@ void TDBConnMySQL::ShowCreateTable(const std::string& table, std::string& ddl) {
   } else {
     std::vector<TVariant> row;
     MySqlQueryRow(ShowCreateStatement(table), *connection_, row);
-    if (row.size() < 2) throw EListError(1);
-    text = VarToText(std::move(row[1]));
+    if (row.size() > 1) text = VarToText(std::move(row[1]));
+    if (!IsCreationText(text)) RaiseError(Format(kNoCreationText, table));
   }
   // Who compares without loss keeps the texts: another copy of each would only take memory.
   if (!exact_texts_) {

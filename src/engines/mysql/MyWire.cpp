@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "util/Format.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -16,6 +17,10 @@ bool IsFarewell(int error) {
   constexpr int kFirstOfPackets = 1153, kLastOfPackets = 1161;
   return std::find(std::begin(kFarewells), std::end(kFarewells), error) != std::end(kFarewells) ||
          (error >= kFirstOfPackets && error <= kLastOfPackets);
+}
+
+EMySqlException ToldError(int number, const std::string& text) {
+  return {number, text.empty() ? Format("Error %d, of which the server says no more", number) : text};
 }
 
 }  // namespace velmora

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "engines/mysql/MySQLValues.h"
+#include "util/Errors.h"
 #include "util/Lists.h"
 
 namespace velmora {
@@ -36,6 +37,9 @@ class TMyRows {
   // Of rows on the wire: those that are still to come are thrown away.
   virtual void Skip() = 0;
 };
+
+// An error as a server or its client tells it; one that came without a text gets one that shows the number.
+EMySqlException ToldError(int number, const std::string& text);
 
 // Errors are EMySqlException. After one that leaves nobody to talk to, or no way to understand each other, the wire is
 // not open.

@@ -20,4 +20,5 @@ create index n2 on orders (note(20)); drop index n2 on orders;
 DELIMITER //
 create procedure p() begin create table zz (a int); end //
 DELIMITER ;
+drop procedure p;
 create table parts (a int not null, b date) partition by range (a) (partition p0 values less than (10), partition p1 values less than maxvalue);

@@ -426,8 +426,12 @@ TEST_F(DBConnMySQL, FailedCreationTextLeavesTheResultAlone) {
   server->Fail("show create table `p`", "gone");
   std::string ddl = "before";
   EXPECT_EQ(MessageOf([&] { engine->ShowCreateTable("p", ddl); }), "gone");
-  server->AddColumn("show create table `c`", {"c"});
-  EXPECT_EQ(MessageOf([&] { engine->ShowCreateTable("c", ddl); }), "List index out of bounds (1)");
+  const TMemDataset::TRow rows[] = {
+      {"c"s}, {"c"s, TVariant()}, {"c"s, ""s}, {"c"s, "CREATE TABL"s}, {"c"s, "CREATE TABLE `c` (\n  `id` int"s}};
+  for (const TMemDataset::TRow& row : rows) {
+    server->answers["show create table `c`"] = {std::vector<TFieldDef>(row.size(), TFieldDef{"x"}), {row}, ""};
+    EXPECT_EQ(MessageOf([&] { engine->ShowCreateTable("c", ddl); }), "There is no whole creation text of table c");
+  }
   EXPECT_EQ(ddl, "before");
 }
 

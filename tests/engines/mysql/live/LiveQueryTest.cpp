@@ -132,6 +132,11 @@ TEST_P(LiveQuery, TimesAreTextsAsSentWhereAMomentSaysLess) {
   }
 }
 
+TEST_P(LiveQuery, AnErrorWithoutATextShowsItsNumber) {
+  EXPECT_EQ(MessageOf([&] { database.Run("signal sqlstate '45000' set mysql_errno = 4321, message_text = ''"); }),
+            "Error 4321, of which the server says no more");
+}
+
 TEST_P(LiveQuery, SizesAreInCharactersOrBytes) {
   database.Run("create table t (a varchar(64), b varbinary(64), c char(3), d text, e int)");
   const auto query = Opened("select * from t");
