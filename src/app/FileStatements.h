@@ -4,9 +4,9 @@
 
 #include <cstddef>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "core/CreationTexts.h"
 #include "exact/TableStatement.h"
 #include "util/Lists.h"
 
@@ -23,9 +23,8 @@ struct TFileStatements {
   TStringList warnings;  // "line 3: ...": what may make tables, and is not run
 };
 
-// Takes the script of one database: the one that it uses, creates, or names in front of its first table. Statements in
-// a comment for servers of a version count. Raises where tables of several databases are in it, and for statements that
-// reach outside of it, each named with its line.
-TFileStatements ReadFileStatements(std::string_view script);
+// Of a script of several databases the statements of the one that is meant are taken. Raises for statements that reach
+// outside of it, each named with its line.
+TFileStatements ReadFileStatements(const TStructureScript& script);
 
 }  // namespace velmora

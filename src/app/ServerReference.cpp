@@ -1,7 +1,5 @@
 #include "app/ServerReference.h"
 
-#include <sys/stat.h>
-
 #include <cstdint>
 #include <map>
 #include <utility>
@@ -9,7 +7,6 @@
 #include "app/FileStatements.h"
 #include "core/Meta.h"
 #include "util/Errors.h"
-#include "util/Files.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -17,7 +14,6 @@ namespace velmora {
 
 namespace {
 
-constexpr char kNoFile[] = "%s is no file that can be read twice, which reading by the server takes";
 constexpr char kRefused[] = "%s: line %d: %s";
 constexpr char kFollows[] = "%s: line %d: table %s, which this statement takes, could not be read";
 constexpr int kUnknownTable = 1051;
@@ -46,6 +42,7 @@ class TServerTextsEngine final : public TDBConnMySQLOffline {
     ddl = found.text;
   }
 
+  const TStructureScript* StructureScript() const override { return nullptr; }  // it was read
   void ExpectCreationTexts(const TStringList& /*tables*/) override {}
 
  private:
@@ -57,16 +54,10 @@ class TServerTextsEngine final : public TDBConnMySQLOffline {
   std::shared_ptr<const TServerTexts> texts_;
 };
 
-std::string ReadTwice(const std::string& path) {
-  struct stat status {};
-  if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) RaiseError(Format(kNoFile, path));
-  return ReadFileText(path);
-}
-
 class TServerReader {
  public:
-  TServerReader(const std::string& path, TDBConn& target, TProgress& progress, const TScratchPorts& ports)
-      : path_(path), target_(target), progress_(progress), ports_(ports) {}
+  TServerReader(const TStructureScript& script, TDBConn& target, TProgress& progress, const TScratchPorts& ports)
+      : script_(script), path_(script.file), target_(target), progress_(progress), ports_(ports) {}
 
   TServerTexts Read() {
     const TFileStatements file = ReadStatements();
@@ -95,11 +86,9 @@ class TServerReader {
  private:
   TFileStatements ReadStatements() {
     try {
-      return ReadFileStatements(ReadTwice(path_));
+      return ReadFileStatements(script_);
     } catch (const EVelmora& error) {
-      const std::string text = error.what();
-      RaiseError(text.find(path_) == std::string::npos ? path_ + ": " + StrReplace(text, "\n", "\n" + path_ + ": ")
-                                                       : text);
+      RaiseError(path_ + ": " + StrReplace(error.what(), "\n", "\n" + path_ + ": "));
     }
   }
 
@@ -172,6 +161,7 @@ class TServerReader {
     return table;
   }
 
+  const TStructureScript& script_;
   const std::string& path_;
   TDBConn& target_;
   TProgress& progress_;
@@ -186,7 +176,8 @@ class TServerReader {
 std::unique_ptr<TDBConn> ReferenceByServer(TDBConnMySQLOffline& file, TDBConn& target, TProgress& progress,
                                            const TScratchPorts& ports) {
   TOfflineConnection& connection = file.GetConnectionObject();
-  auto texts = std::make_shared<const TServerTexts>(TServerReader(connection.Path(), target, progress, ports).Read());
+  auto texts =
+      std::make_shared<const TServerTexts>(TServerReader(connection.Structure(), target, progress, ports).Read());
   auto reference = std::make_unique<TServerTextsEngine>(connection.NewOfflineConnection(), std::move(texts));
   reference->Connect();
   return reference;

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "engines/mysql/CreationScript.h"
 #include "support/MessageOf.h"
 #include "util/Format.h"
 
@@ -13,25 +14,25 @@ using ::testing::IsEmpty;
 using testing::MessageOf;
 
 // "3: statement" each.
-TStringList Lines(const std::string& script) {
+TStringList Lines(const std::string& script, const std::string& database = {}) {
   TStringList lines;
-  for (const TFileStatement& statement : ReadFileStatements(script).statements)
+  const TCreationScript file(script, {database});
+  for (const TFileStatement& statement : ReadFileStatements(file.Structure()).statements)
     lines.push_back(Format("%d: %s", statement.line, statement.text));
   return lines;
 }
 
 TEST(FileStatementsTest, TakesStatementsOnTablesAloneInCommentsForVersionsToo) {
+  EXPECT_THAT(Lines("-- head\n/*!40101 SET NAMES utf8 */;\n/* note */ create table t (a int);\n"
+                    "insert into t values ('create table u (a int);');\n\n"
+                    "/*!50100 alter table t add b int */ ;\ncreate index i on t (a);\n"
+                    "delimiter //\ncreate procedure p() begin drop table t; end//\n/*!50003 drop index i on t */ //\n"
+                    "delimiter ;\ndrop table t"),
+              ElementsAre("3: create table t (a int)", "6: /*!50100 alter table t add b int */",
+                          "7: create index i on t (a)", "10: /*!50003 drop index i on t */", "12: drop table t"));
   EXPECT_THAT(
-      Lines("-- head\n/*!40101 SET NAMES utf8 */;\n/* note */ create table t (a int);\n"
-            "insert into t values ('create table u (a int);');\n\n"
-            "/*!50100 alter table t add b int */ ;\n/*!40000 create */ index i on t (a);\n"
-            "delimiter //\ncreate procedure p() begin drop table t; end//\n/*!50003 drop index i on t */ //\n"
-            "delimiter ;\ndrop table t"),
-      ElementsAre("3: create table t (a int)", "6: /*!50100 alter table t add b int */",
-                  "7: /*!40000 create */ index i on t (a)", "10: /*!50003 drop index i on t */", "12: drop table t"));
-  EXPECT_THAT(ReadFileStatements("set a = 1;\n\ncall fill();\nsource other.sql\ncreate table t (a int);").warnings,
-              ElementsAre("line 3: \"call fill()\" is not run: tables that it makes or changes are not known",
-                          "line 4: \"source other.sql\" is not run: tables that it makes or changes are not known"));
+      ReadFileStatements(TCreationScript("set a = 1;\n\ncall fill();\ncreate table t (a int);").Structure()).warnings,
+      ElementsAre("line 3: \"call fill()\" is not run: tables that it makes or changes are not known"));
 }
 
 TEST(FileStatementsTest, TheFilesOwnDatabaseIsWhatItUsesMakesOrNamesFirst) {
@@ -39,11 +40,13 @@ TEST(FileStatementsTest, TheFilesOwnDatabaseIsWhatItUsesMakesOrNamesFirst) {
                                  "create table d.first (a int)", "create database e; create database d; use d"})
     EXPECT_EQ(Lines(head + ";\ncreate table d.t (a int)").back(), "2: create table t (a int)") << head;
   EXPECT_THAT(Lines("create database d; use d; select 1"), IsEmpty());
-  EXPECT_EQ(MessageOf([] { Lines("use d; create table a (x int); use e; create table b (x int)"); }),
-            "it holds tables of several databases (d, e), and only those of one can be the reference");
-  EXPECT_EQ(MessageOf([] { Lines("use d;\ncreate table e.t (a int);\ndrop table u;\nalter table f.v drop c"); }),
-            "line 2: table t: it names the database e, which is not the file's own\n"
-            "line 4: table v: it names the database f, which is not the file's own");
+  EXPECT_THAT(Lines("use d; create table a (x int); use e;\ncreate table b (x int);\nalter table d.a drop x", "d"),
+              ElementsAre("1: create table a (x int)", "3: alter table a drop x"));
+  EXPECT_EQ(MessageOf([] { Lines("create table t (a int);\ncreate table e.u (a int);\nalter table f.v drop c"); }),
+            "line 2: table u: it names the database e, which is not the file's own\n"
+            "line 3: table v: it names the database f, which is not the file's own");
+  EXPECT_EQ(MessageOf([] { Lines("use d; create table t (a int);\ndrop table f.v"); }),
+            "line 2: table v: it names the database f, which is not the file's own");
 }
 
 }  // namespace
