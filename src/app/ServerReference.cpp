@@ -16,6 +16,7 @@ namespace {
 
 constexpr char kRefused[] = "%s: line %d: %s";
 constexpr char kFollows[] = "%s: line %d: table %s, which this statement takes, could not be read";
+constexpr char kNoTable[] = "Table '%s' doesn't exist";
 constexpr int kUnknownTable = 1051;
 
 // A creation text, or why there is none.
@@ -37,9 +38,10 @@ class TServerTextsEngine final : public TDBConnMySQLOffline {
   }
 
   void ShowCreateTable(const std::string& table, std::string& ddl) override {
-    const TServerText& found = texts_->at(table);
-    if (!found.fault.empty()) RaiseError(found.fault);
-    ddl = found.text;
+    const auto found = texts_->find(table);
+    if (found == texts_->end()) RaiseError(Format(kNoTable, table));
+    if (!found->second.fault.empty()) RaiseError(found->second.fault);
+    ddl = found->second.text;
   }
 
   const TStructureScript* StructureScript() const override { return nullptr; }  // it was read
