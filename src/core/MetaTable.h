@@ -130,7 +130,8 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
   }
 
   // The row with this id, or null.
-  const Row* FindId(int id) requires(Row::kFoundById) {
+  const Row* FindId(int id) requires requires { Row::kFoundById; }
+  {
     Settle();
     const auto found = by_id_.find(id);
     return found == by_id_.end() ? nullptr : &*found->second;

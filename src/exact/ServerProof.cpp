@@ -43,7 +43,7 @@ int TExactSync::VerifyOnServer(const TScratchPorts& ports) {
         scratch.RunWithin([&] {
           for (const auto& [table, text] : read_.target.texts) {
             progress_.StepTotal();
-            RunNamed(scratch, text, [&](const char* error) { return Format(kNotMade, table, error); });
+            RunNamed(scratch, text, [&, &name = table](const char* error) { return Format(kNotMade, name, error); });
           }
           for (std::size_t i = 0; i < plan.size(); ++i) {
             progress_.StepTotal();

@@ -12,6 +12,8 @@ template <class... F>
 struct TOverloaded : F... {
   using F::operator()...;
 };
+template <class... F>
+TOverloaded(F...) -> TOverloaded<F...>;  // which not every compiler finds by itself
 
 std::int64_t RoundToInt(double value) {
   constexpr double kLimit = 9223372036854775808.0;  // 2 to the 63rd
