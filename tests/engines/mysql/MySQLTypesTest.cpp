@@ -111,7 +111,7 @@ TEST(MySQLTypes, SizesAtTheEdges) {
   EXPECT_EQ("double(1)", Described(host, ntDouble, 1, 0, true));
   for (const auto& [datatype, size] : {std::pair{ntFloat, 25}, {ntDouble, 54}, {ntChar, 0}, {ntVarChar, 256}}) {
     EXPECT_EQ(Format("TDBConn.ColumnDescription: Unhandled column type %d for column t/c", static_cast<int>(datatype)),
-              MessageOf([&] { Described(host, datatype, size, 0, true); }));
+              MessageOf([&, &datatype = datatype, &size = size] { Described(host, datatype, size, 0, true); }));
   }
 }
 

@@ -96,7 +96,7 @@ TEST(ProviderProcessTest, WhatEndsTheConnectionIsSaidAndConnectingAgainHelps) {
       {"lose", "server: lose"}};
   const auto provider = NewProcess();
   for (const auto& [statement, message] : kEnds) {
-    EXPECT_THAT(MessageOf([&] { provider->Execute(statement); }), HasSubstr(message));
+    EXPECT_THAT(MessageOf([&, &statement = statement] { provider->Execute(statement); }), HasSubstr(message));
     EXPECT_FALSE(provider->Initialized()) << statement;
     EXPECT_EQ(MessageOf([&] { provider->Tables(); }), "Not connected") << statement;
     provider->Initialize();

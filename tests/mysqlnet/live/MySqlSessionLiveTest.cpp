@@ -71,7 +71,8 @@ TEST_F(SessionLive, WaysToLogIn) {
     session.password.clear();
     Connect(user, password);
     EXPECT_THAT(Answer("select current_user()"), HasSubstr(user));
-    EXPECT_THAT(MessageOf([&] { Connect(user, "wrong"); }), HasSubstr(Format("Access denied for user '%s'@", user)));
+    EXPECT_THAT(MessageOf([&, &user = user] { Connect(user, "wrong"); }),
+                HasSubstr(Format("Access denied for user '%s'@", user)));
   }
   Connect();
   Run("drop user new, none, old");

@@ -284,8 +284,8 @@ TEST_P(LiveQuery, StatementsTheServerRefuses) {
                 {"drop table nowhere", "nowhere'"},
                 {"show create table `no``where`", "no`where' doesn't exist"}};
   for (const auto& [sql, message] : kCases) {
-    EXPECT_THAT(MessageOf([&] { database.Run(sql); }), HasSubstr(message));
-    EXPECT_THAT(MessageOf([&] { Opened(sql); }), HasSubstr(message));
+    EXPECT_THAT(MessageOf([&, &sql = sql] { database.Run(sql); }), HasSubstr(message));
+    EXPECT_THAT(MessageOf([&, &sql = sql] { Opened(sql); }), HasSubstr(message));
   }
   EXPECT_EQ(Answer("select 7"), "7");
 }
