@@ -194,7 +194,7 @@ class TRowInquiry {
   struct TReference {
     TStringList columns;  // of the child, "expression as c0"
     TStringList given;    // "c0 is not null"
-    TStringList same;     // "parent.id = c0"
+    TStringList same;     // "parent.id = child.c0"
   };
 
   void AskOrphans(const TTableRows& table, const TElement& key) {
@@ -212,7 +212,7 @@ class TRowInquiry {
       const std::string column = Format("c%d", i);
       reference.columns.push_back(value.sql + " as " + column);
       reference.given.push_back(column + " is not null");
-      reference.same.push_back(wanted.sql + " = " + column);
+      reference.same.push_back(wanted.sql + " = child." + column);
     }
     std::string rows =
         Format("count(*), 1 from (select %s from %s) as child where %s", JoinList(reference.columns, ", "),
