@@ -169,6 +169,17 @@ TEST_F(ExactDialectTest, UnsafeActionsAreAskedForAndTheRunIsAnalyzed) {
   EXPECT_FALSE(rig_.Enabled("acSynchronize"));
 }
 
+TEST_F(ExactDialectTest, RowsInTheWayAreAskedAboutBeforeAGeneratedScriptRuns) {
+  for (TLiveDatabase* database : {&reference_, &target_}) database->Run("drop table narrow");
+  reference_.Run("alter table tall add unique key u (c1)");
+  target_.Run("insert into tall (c1) values (1), (1)");
+  Toggle();
+  rig_.Trigger("acAnalyze");
+  EXPECT_THAT(Synchronize("No"), AllOf(StartsWith("Rows of the target stand in the way"),
+                                       HasSubstr("\n- tall: unique key u: 2 rows with values")));
+  EXPECT_GT(Tree().topLevelItemCount(), 0);
+}
+
 // With the unsafe action taken out nothing is asked; a run that fails is not analyzed.
 TEST_F(ExactDialectTest, WhatIsDeletedIsNotAskedFor) {
   Toggle();
