@@ -32,7 +32,12 @@ std::string SideName(TDBConn& conn) {
 }
 
 void CheckComparable(TDBConn& reference) {
-  if (dynamic_cast<TCreationTexts*>(&reference) == nullptr) RaiseError(Format(kNotComparable, SideName(reference)));
+  if (dynamic_cast<TCreationTexts*>(&reference) != nullptr) return;
+  try {
+    reference.ApplyParams();  // some know their name only then
+  } catch (const EAbstractError&) {
+  }
+  RaiseError(Format(kNotComparable, SideName(reference)));
 }
 
 std::string EmptyReferenceText(TDBConn& reference) { return Format(kEmptyReference, SideName(reference)); }

@@ -142,6 +142,7 @@ TSourceSettings TPairRun::AskingWithoutBar(TSourceSettings settings) {
 
 void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_script) {
   TTaskConnections connections = Make(pair, options);
+  CheckComparable(*connections.reference);
   if (pair.verify_on_server && app_.dialect != EDialect::Exact) RaiseError(kExactAlone);
   if (pair.via_server && app_.dialect != EDialect::Exact) RaiseError(kExactVia);
   if (pair.via_server && (!IsFile(*connections.reference) || IsFile(*connections.target))) RaiseError(kFileAndServer);

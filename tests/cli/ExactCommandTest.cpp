@@ -30,12 +30,14 @@ class ExactCommandTest : public ::testing::Test {
   ExactCommandTest() {
     WriteFileText(a_, kReference);
     WriteFileText(b_, kTarget);
+    WriteFileText(none_, "");
   }
   static TAnswer Run(std::vector<std::string> arguments) { return testing::RunInProcess(arguments); }
 
   testing::TScratchFolder folder_;
   const std::string a_ = folder_ / "a.sql";
   const std::string b_ = folder_ / "b.sql";
+  const std::string none_ = folder_ / "none.sql";
 };
 
 TEST_F(ExactCommandTest, CompareAsTextAndAsJson) {
@@ -68,13 +70,14 @@ TEST_F(ExactCommandTest, ATableThatCannotBeReadIsAWarningAndADifference) {
   EXPECT_EQ(text.status, 1);
   EXPECT_EQ(text.out, "1 table could not be compared\n");
   EXPECT_THAT(text.err, StartsWith("velmora-cli: warning: target: table bad is skipped: "));
+  EXPECT_EQ(Run({"script", a_, b_, "--dialect", "exact"}).status, 2) << "the table stays as it is";
   const TJson json = TJson::parse(Run({"compare", a_, b_, "--dialect", "exact", "--format", "json"}).out);
   EXPECT_EQ(json["identical"], false);
   EXPECT_EQ(json["skipped"][0]["table"], "bad");
 }
 
 TEST_F(ExactCommandTest, TheScriptIsTakenByAnyClient) {
-  const TAnswer script = Run({"script", a_, b_, "--dialect", "exact"});
+  const TAnswer script = Run({"script", a_, b_, "--dialect", "exact", "-o", "-"});
   EXPECT_EQ(script.status, 0) << script.err;
   EXPECT_THAT(script.out, StartsWith("-- Script created by Orvanex Velmora "));
   EXPECT_THAT(script.out,
@@ -123,6 +126,10 @@ TEST_F(ExactCommandTest, WhatAFileCannotDo) {
       {{"script", a_, b_, "--dialect", "exact", "--verify-on-server"}, "is a script file: it cannot run statements"},
       {{"compare", "Paradox:folder=" + folder_.Path(), b_, "--dialect", "exact"},
        " cannot be compared: a reference has to be a MySQL server or a file"},
+      {{"compare", "DBF:folder=" + folder_.Path(), b_, "--dialect", "standard"}, "DBF database " + folder_.Path()},
+      {{"script", none_, b_, "--dialect", "exact"}, none_ + " has no tables"},
+      {{"script", none_, b_, "--dialect", "standard"}, "nothing is made of it without --allow-empty-reference"},
+      {{"sync", none_, b_, "--yes", "--dialect", "standard"}, none_ + " has no tables"},
       {{"compare", a_, b_, "--verify-on-server"}, "Only a script of the exact dialect can be verified on the server"},
       {{"compare", a_, b_, "--dialect", "other"}, "is none of standard, exact"},
       {{"sync", a_, b_, "--dialect", "exact", "--yes"},
@@ -133,9 +140,19 @@ TEST_F(ExactCommandTest, WhatAFileCannotDo) {
   for (const auto& c : cases) {
     const TAnswer answer = Run(c.arguments);
     EXPECT_EQ(answer.status, 2);
+    EXPECT_EQ(answer.out, "") << "no action comes before the error";
     EXPECT_THAT(answer.err, HasSubstr(c.told));
     EXPECT_EQ(answer.err.find("\n\n"), std::string::npos);
   }
+}
+
+TEST_F(ExactCommandTest, AReferenceWithoutTablesTakesAWord) {
+  const TAnswer compared = Run({"compare", none_, b_, "--dialect", "exact"});
+  EXPECT_EQ(compared.status, 1);
+  EXPECT_THAT(compared.err, HasSubstr("warning: " + none_ + " has no tables: made equal to it, the target would lose"));
+  const TAnswer script = Run({"script", none_, b_, "--dialect", "exact", "--allow-empty-reference"});
+  EXPECT_EQ(script.status, 0);
+  EXPECT_THAT(script.out, HasSubstr("\r\ndrop table `items`;\r\n"));
 }
 
 TEST_F(ExactCommandTest, ATaskFileKeepsTheDialect) {
