@@ -168,6 +168,7 @@ std::optional<std::string> TApplication::TargetStructure(const std::string& tabl
 }
 
 bool TApplication::ReferenceIsEmpty() const {
+  if (Exact()) return exact.ReferenceIsEmpty();
   TStringList tables;
   if (connections.reference != nullptr) connections.reference->meta().TableNames(tables);
   return tables.empty();

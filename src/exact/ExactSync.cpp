@@ -177,6 +177,14 @@ std::vector<TPlanStatement> TExactSync::Plan() const {
   return MakePlan(left, read_.reference.schema, read_.target.schema);
 }
 
+// A script may drop what it has made.
+bool TExactSync::ReferenceIsEmpty() const {
+  const auto& skipped = read_.skipped;
+  return read_.reference.texts.empty() && std::none_of(skipped.begin(), skipped.end(), [](const TSkippedTable& table) {
+           return table.side == "reference";
+         });
+}
+
 std::string TExactSync::ReferenceText(const std::string& table) const { return TextOf(read_.reference.texts, table); }
 
 std::string TExactSync::TargetText(const std::string& table) const { return TextOf(read_.target.texts, table); }

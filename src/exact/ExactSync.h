@@ -49,6 +49,8 @@ class TExactSync {
   int DifferencesLeft() const { return differences_left_; }  // by the proof, for the whole plan
   std::string NothingLeft() const;  // what a proof says that leaves none: a skipped table is in no proof
   const std::string& TableUnderWay() const { return table_under_way_; }
+  // Of the last comparison: nothing of the reference was read, nor skipped.
+  bool ReferenceIsEmpty() const;
   bool TargetLost() const { return target_lost_; }
 
   // Writes the script of the rows that are left: header as "-- " comments, reasons of what is unsafe as comments,

@@ -150,6 +150,8 @@ TEST_F(ExactCommandTest, AReferenceWithoutTablesTakesAWord) {
   const TAnswer compared = Run({"compare", none_, b_, "--dialect", "exact"});
   EXPECT_EQ(compared.status, 1);
   EXPECT_THAT(compared.err, HasSubstr("warning: " + none_ + " has no tables: made equal to it, the target would lose"));
+  WriteFileText(none_, "create table t (a int); drop table t;");
+  EXPECT_THAT(Run({"script", none_, b_, "--dialect", "exact"}).err, HasSubstr(none_ + " has no tables"));
   const TAnswer script = Run({"script", none_, b_, "--dialect", "exact", "--allow-empty-reference"});
   EXPECT_EQ(script.status, 0);
   EXPECT_THAT(script.out, HasSubstr("\r\ndrop table `items`;\r\n"));
