@@ -25,6 +25,7 @@ constexpr char kCannotCreate[] = "TfrConn.CreateConnection: Unhandled engine ";
 constexpr char kBadSeparator[] = "Character \" is not an allowed separator.";
 constexpr char kCannotEnter[] = "Cannot enter %s: %s";
 constexpr char kSelectFolder[] = "Please select database folder.";
+constexpr char kPemFiles[] = "Certificates and keys|*.pem;*.crt;*.cer;*.key|All files|*.*";
 constexpr char kSystemDatabases[] = "Access system database|*.mdw";
 
 constexpr char kLocalServer[] = "localhost";
@@ -53,6 +54,15 @@ constexpr TConnField kMySQL[] = {{"server", "edServerMySQL"},
                                  {"username", "edUsernameMySQL"},
                                  {"password", "edPasswordMySQL"},
                                  {"port", "edPortMySQL"}};
+// Further keys: given where they are not the standard.
+constexpr TConnField kMySQLMore[] = {{"tls_ca", "edTlsCaMySQL"},
+                                     {"tls_cert", "edTlsCertMySQL"},
+                                     {"tls_key", "edTlsKeyMySQL"},
+                                     {"socket", "edSocketMySQL"},
+                                     {"server_public_key", "edServerKeyMySQL"},
+                                     {"get_server_public_key", "cbGetServerKeyMySQL"},
+                                     {"allow_old_login", "cbOldLoginMySQL"}};
+constexpr char kTlsField[] = "cTlsMySQL";
 constexpr TConnField kOracle[] = {{"server", "cServerORA"},
                                   {"username", "edUsernameORA"},
                                   {"password", "edPasswordORA"},
@@ -146,6 +156,9 @@ void TfrConn::ResetFields() {
   for (const char* list : {"cServerMSSQL", "cServerIB", "cServerORA"}) findChild<QComboBox*>(ToQt(list))->clear();
   findChild<QLineEdit*>(ToQt("edServerMySQL"))->setText(ToQt(kLocalServer));
   findChild<QSpinBox*>(ToQt("edPortMySQL"))->setValue(kUsualPort);
+  findChild<QComboBox*>(ToQt(kTlsField))->setCurrentIndex(static_cast<int>(ETls::Preferred));
+  for (const char* box : {"cbGetServerKeyMySQL", "cbOldLoginMySQL"})
+    findChild<QCheckBox*>(ToQt(box))->setChecked(false);
   findChild<QComboBox*>(ToQt("cAuthModeORA"))->setCurrentIndex(0);
   findChild<QRadioButton*>(ToQt("rbTextDelimited"))->setChecked(true);
 }
@@ -163,12 +176,21 @@ TEngineValues TfrConn::Values() const {
   if (page == nullptr || page->fields.empty()) RaiseCannotCreate(engine_);
   TEngineValues values;
   for (const TConnField& field : page->fields) values.Set(field.key, FieldText(field.field));
+  if (engine_ == kEngineMySQL) AddMore(values);
   if (engine_ == kEngineExcel) values.Set("IMEX", "Y");
   if (engine_ == kEngineText) {
     values.Set("separator", Separator());
     values.Set(kDelimited, Checked("rbTextDelimited") ? "Y" : "N");
   }
   return values;
+}
+
+void TfrConn::AddMore(TEngineValues& values) const {
+  for (const TConnField& field : kMySQLMore)
+    if (const std::string text = FieldText(field.field); !text.empty() && text != "N") values.Set(field.key, text);
+  const std::string mode = FieldText(kTlsField);
+  // Beside certificates to trust, silence would mean another mode.
+  if (mode != kTlsModes[static_cast<int>(ETls::Preferred)] || values.Has("tls_ca")) values.Set("tls", mode);
 }
 
 std::unique_ptr<TDBConn> TfrConn::CreateConnection() const {
@@ -232,6 +254,11 @@ void TfrConn::BrowseFolder(QLineEdit& field) {
 void TfrConn::BrowseDatabaseFile(QLineEdit& field) {
   std::string path = FromQt(field.text());
   if (OpenDatabaseFile(engine_, path)) field.setText(ToQt(path));
+}
+
+void TfrConn::BrowsePemFile(QLineEdit& field) {
+  std::string path = FromQt(field.text());
+  if (Host().OpenFile(kPemFiles, path)) field.setText(ToQt(path));
 }
 
 void TfrConn::BrowseSystemDatabase(QLineEdit& field) {

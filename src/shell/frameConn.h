@@ -33,6 +33,7 @@ class TfrConn : public QWidget {
 
  private:
   void MakeMySQLPage();
+  void MakeMoreOfMySQL(QWidget& fold);
   void MakeFolderPage();
   void MakeFilePage();
   void MakeMSSQLPage();
@@ -47,6 +48,7 @@ class TfrConn : public QWidget {
   std::string FieldText(const char* name) const;
   bool Checked(const char* name) const;
   std::string Separator() const;
+  void AddMore(TEngineValues& values) const;  // what the fold of the MySQL page says
 
   // Lists that are asked for as they open.
   void ListDatabases(QComboBox& list);
@@ -55,6 +57,7 @@ class TfrConn : public QWidget {
   void BrowseFolder(QLineEdit& field);
   void BrowseDatabaseFile(QLineEdit& field);
   void BrowseSystemDatabase(QLineEdit& field);
+  static void BrowsePemFile(QLineEdit& field);
 
   TEngineClients clients_;
   TEnumerators enumerators_;

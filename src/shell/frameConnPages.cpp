@@ -112,6 +112,7 @@ class TPageMaker {
     return {first, second};
   }
   QFormLayout* Form() const { return form_; }
+  QWidget* Page() const { return page_; }
 
  private:
   void BeginWith(QWidget* field) {
@@ -140,6 +141,45 @@ void TfrConn::MakeMySQLPage() {
   page.Secret("edPasswordMySQL", "&Password", "cbStorePasswordMySQL");
   TDropCombo* databases = page.List("cDBMySQL", "&Database", false);
   databases->OnDropDown = [this, databases] { ListDatabases(*databases); };
+  MakeMoreOfMySQL(*page.WideRow(new QWidget));
+}
+
+// How the server is reached: a fold, since most servers need none of it.
+void TfrConn::MakeMoreOfMySQL(QWidget& fold) {
+  auto* column = new QVBoxLayout(&fold);
+  column->setContentsMargins(0, 0, 0, 0);
+  auto* open = Named(new QToolButton, "bnMoreMySQL");
+  open->setText(ToQt("&More"));
+  open->setToolTip(ToQt("TLS, certificates, local socket, login"));
+  open->setCheckable(true);
+  open->setAutoRaise(true);
+  open->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+  open->setFocusPolicy(Qt::StrongFocus);
+  column->addWidget(open);
+
+  TPageMaker more(&fold, "panMoreMySQL");
+  const auto browse = [this](QLineEdit& field) { BrowsePemFile(field); };
+  auto* tls = more.Row("&TLS", Named(new QComboBox, "cTlsMySQL"));
+  for (const char* mode : kTlsModes) tls->addItem(ToQt(mode));
+  QLineEdit* authorities = more.Browsed("edTlsCaMySQL", "bnTlsCaMySQL", "&CA certificates", browse);
+  more.Browsed("edTlsCertMySQL", "bnTlsCertMySQL", "Client c&ertificate", browse);
+  more.Browsed("edTlsKeyMySQL", "bnTlsKeyMySQL", "Client ke&y", browse);
+  more.Entry("edSocketMySQL", "Local soc&ket");
+  more.Browsed("edServerKeyMySQL", "bnServerKeyMySQL", "Ser&ver's public key", browse);
+  more.WideRow(Named(new QCheckBox(ToQt("Tr&ust the public key that the server sends")), "cbGetServerKeyMySQL"));
+  more.WideRow(Named(new QCheckBox(ToQt("&Allow old logins, which show the password")), "cbOldLoginMySQL"));
+
+  const auto show = [open, panel = more.Page()](bool shown) {
+    panel->setVisible(shown);
+    open->setArrowType(shown ? Qt::DownArrow : Qt::RightArrow);
+  };
+  show(false);
+  Handle(open, &QToolButton::toggled, open, [open, show] { show(open->isChecked()); });
+  // Whoever names the certificates to trust means them to count.
+  Handle(authorities, &QLineEdit::textChanged, tls, [authorities, tls] {
+    if (!authorities->text().isEmpty() && tls->currentIndex() == static_cast<int>(ETls::Preferred))
+      tls->setCurrentIndex(static_cast<int>(ETls::Required));
+  });
 }
 
 void TfrConn::MakeFolderPage() {

@@ -23,6 +23,7 @@
 #include "support/MessageOf.h"
 #include "support/RecordingHost.h"
 #include "support/ScratchFolder.h"
+#include "util/Format.h"
 
 namespace velmora {
 namespace {
@@ -122,7 +123,8 @@ class FrameConnTest : public ::testing::Test {
   TEnumerators enumerators;
   std::shared_ptr<testing::TFakeMyServer> server = std::make_shared<testing::TFakeMyServer>();
   testing::TFakeOLEDB provider;
-  TfrConn frame{{[this] { return std::make_unique<testing::TFakeMyConnection>(server); }, provider.Maker()},
+  TfrConn frame{{[this](const TEngineValues& /*own*/) { return std::make_unique<testing::TFakeMyConnection>(server); },
+                 provider.Maker()},
                 nullptr,
                 {.SQLServers = [this] { return enumerators.SQLServers(); },
                  .ODBCSources = [this] { return enumerators.ODBCSources(); },
@@ -168,6 +170,34 @@ TEST_F(FrameConnTest, EachEngineHasItsPageAndValues) {
     else
       EXPECT_EQ(frame.CreateConnection()->GetEngine(), c.engine);
   }
+}
+
+TEST_F(FrameConnTest, HowAServerIsReachedStandsInAFold) {
+  frame.SetEngine(8);
+  EXPECT_FALSE(Shown(frame, "panMoreMySQL"));
+  const auto further = [this] {
+    std::string text;
+    const TEngineValues values = frame.Values();
+    for (const TEngineKey& key : FindEngine(8)->further)
+      if (values.Has(key.name)) text += Format("%s=%s ", key.name, values.Text(key.name));
+    return text;
+  };
+  EXPECT_EQ(further(), "");
+  Child<QAbstractButton>(frame, "bnMoreMySQL")->click();
+  EXPECT_TRUE(Shown(frame, "panMoreMySQL"));
+  Type(frame, "edTlsCaMySQL", "/ca.pem");
+  EXPECT_EQ(further(), "tls=required tls_ca=/ca.pem ") << "whom to trust is named to be counted";
+  Child<QComboBox>(frame, "cTlsMySQL")->setCurrentText(ToQt("preferred"));
+  Type(frame, "edTlsCertMySQL", "/cert.pem");
+  Type(frame, "edTlsKeyMySQL", "/key.pem");
+  Type(frame, "edSocketMySQL", "/my.sock");
+  Type(frame, "edServerKeyMySQL", "/server.pem");
+  for (const char* box : {"cbGetServerKeyMySQL", "cbOldLoginMySQL"}) Child<QCheckBox>(frame, box)->setChecked(true);
+  EXPECT_EQ(further(),
+            "tls=preferred tls_ca=/ca.pem tls_cert=/cert.pem tls_key=/key.pem socket=/my.sock "
+            "server_public_key=/server.pem get_server_public_key=Y allow_old_login=Y ");
+  frame.SetEngine(8);
+  EXPECT_EQ(further(), "");
 }
 
 TEST_F(FrameConnTest, NumbersWithoutAPage) {
@@ -360,7 +390,7 @@ class TaskWizTest : public ::testing::Test {
 
   int freed = 0;
   std::shared_ptr<testing::TFakeMyServer> server = std::make_shared<testing::TFakeMyServer>();
-  TfmTaskWiz wizard{{[this] { return NewCounted(); }}};
+  TfmTaskWiz wizard{{[this](const TEngineValues& /*own*/) { return NewCounted(); }}};
 };
 
 TEST_F(TaskWizTest, BackAndForth) {
@@ -442,7 +472,7 @@ TEST_F(TaskWizTest, KeysReachEverything) {
     QTest::keyClick(wizard.focusWidget(), Qt::Key_Tab);
   }
   EXPECT_THAT(order, ElementsAre("edServerMySQL", "edPortMySQL", "edUsernameMySQL", "edPasswordMySQL", "cDBMySQL",
-                                 "bnNext", "bnCancel", "cbLiveConn", "edServerMySQL", "edPortMySQL"));
+                                 "bnMoreMySQL", "bnNext", "bnCancel", "cbLiveConn", "edServerMySQL"));
   QTest::keyClick(&wizard, Qt::Key_P, Qt::AltModifier);
   EXPECT_EQ(wizard.focusWidget()->objectName(), ToQt("edPasswordMySQL"));
   QTest::keyClick(wizard.focusWidget(), Qt::Key_Return);
@@ -459,7 +489,8 @@ TEST_F(TaskWizTest, KeysReachEverything) {
 TEST(TaskWizLiveTest, TheDialogHandsOverTwoConnections) {
   testing::TLiveDatabase reference("wiz_ref"), target("wiz_tgt");
   target.Run("create table t (a int)");
-  TfmTaskWiz wizard({[] { return testing::ServerConnection(testing::TPrivateServer::Shared()); }});
+  TfmTaskWiz wizard(
+      {[](const TEngineValues& /*own*/) { return testing::ServerConnection(testing::TPrivateServer::Shared()); }});
   const auto fill = [&wizard](const char* frame, const char* database) {
     const QWidget& fields = *Child(wizard, frame);
     Type(fields, "edUsernameMySQL", "root");
