@@ -342,7 +342,9 @@ void TfmMain::SetDialect(bool exact) {
   const EDialect dialect = exact ? EDialect::Exact : EDialect::Standard;
   if (std::exchange(app_->dialect, dialect) == dialect) return;
   ClearWork();
-  if (exact) tlActions->SetHint(QLatin1String(kExactHint));
+  if (!exact) return;
+  tlActions->SetHint(QLatin1String(kExactHint));
+  page->setCurrentWidget(tsActions);
 }
 
 // --- The script

@@ -39,6 +39,7 @@
 #include "shell/QtEnvironment.h"
 #include "shell/QtText.h"
 #include "shell/Splash.h"
+#include "shell/SqlColours.h"
 #include "util/Errors.h"
 #include "util/Version.h"
 
@@ -294,6 +295,17 @@ TEST(IconTest, EachOfTheSetCanBeReadOnLightAndOnDark) {
           << FromQt(file) << " on " << FromQt(window.name());
   }
   QApplication::setPalette(before);
+}
+
+TEST(SqlColoursTest, CommentsCanBeReadOnEveryGround) {
+  for (const QColor& paper : {QColor(Qt::white), QColor(0x1e, 0x1f, 0x22)}) {
+    QPalette palette;
+    palette.setColor(QPalette::Base, paper);
+    const TSqlColours colours = SqlColours(palette);
+    EXPECT_GE(Contrast(colours.comment, paper), 7) << FromQt(paper.name());
+    for (const QColor& line : {colours.fault_line, colours.difference_line})
+      EXPECT_GE(Contrast(colours.comment, line), 4.5) << FromQt(line.name());
+  }
 }
 
 // --- Help

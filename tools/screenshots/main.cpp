@@ -61,6 +61,11 @@ void TakeWizard(TDesktopRig& rig, const TCamera& camera) {
     TDesktopRig::FillConnection(wizard, "frRefConn", "shop_reference");
     TDesktopRig::FillConnection(wizard, "frTgtConn", "shop_target");
     camera.Take(*wizard, "wizard-reference");
+    auto* fields = wizard->findChild<QWidget*>(QStringLiteral("frRefConn"));
+    auto* more = fields->findChild<QAbstractButton*>(QStringLiteral("bnMoreMySQL"));
+    more->click();
+    camera.Take(*wizard, "wizard-more");
+    more->click();
     TDesktopRig::Click(wizard, "bnNext");
     camera.Take(*wizard, "wizard-target");
     TDesktopRig::Click(wizard, "bnNext");
@@ -148,8 +153,17 @@ void TakeAll(const TCamera& camera) {
   TakeDialog(rig, camera, "acDumpDB", "dump");
   TakeFailedRun(rig, camera);
 
+  rig.NewTask("shop_reference", "shop_target");
   rig.Find<QAction>("acExactDialect")->trigger();
+  camera.Take(rig.Main(), "exact-hint");
   TakeDifferences(rig, camera, "exact");
+  WhenModal([&](QWidget* box) {
+    camera.TakeBoth(rig.Main(), *box, "exact-question");
+    box->close();
+  });
+  rig.Trigger("acSynchronize");
+  page->setCurrentIndex(2);
+  camera.Take(rig.Main(), "exact-script");
 
   QApplication::setPalette(DarkPalette());
   rig.NewTask("shop_reference", "shop_target");
