@@ -81,8 +81,7 @@ void TfmMain::acLoadScriptFromFile() {
   std::string path;
   if (!Host().OpenFile(kScriptFilter, path)) return;
   const std::string text = ReadFileText(path);
-  lbEqual->hide();
-  page->show();
+  ShowPage();
   page->setCurrentWidget(tsScript);
   script_->SetText(text);
   ScriptIs(EScriptOf::User);
