@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <optional>
 #include <string_view>
 
 #include "engines/mysql/MyConnection.h"
@@ -19,15 +20,19 @@ constexpr std::string_view kEnding = "\nvelmora-cli: ending behind this statemen
 constexpr std::string_view kBreakingOff = "\nvelmora-cli: breaking this statement off; Ctrl+C again ends at once\n";
 constexpr std::string_view kToldToEnd = "\nvelmora-cli: told to end: ending behind this statement\n";
 constexpr std::string_view kToldToBreakOff = "\nvelmora-cli: told to end: breaking this statement off\n";
+constexpr std::string_view kNoEnd = "velmora-cli: it does not end: breaking it off\n";
 constexpr char kBreakOff = 'b';
+constexpr char kEnd = 'e';
 constexpr char kOver = 'o';
 constexpr char kQuit = 'q';
+constexpr int kLastGrace = 5;  // times the usual one: for a rollback and a report
 
 // What handlers may touch: numbers, and calls that are safe in one.
 std::atomic<bool> ending = false;
 std::atomic<bool> end_breaks_off = false;
 std::atomic<int> presses = 0;
 std::atomic<int> waker = -1;
+std::atomic<int> told_by = 0;  // the signal that has told the process to end after a statement
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
 
 void Tell(std::string_view text) {
@@ -51,11 +56,14 @@ void OnInterrupt(int signal) {
   errno = error;
 }
 
-void OnEnd(int /*signal*/) {
+void OnEnd(int signal) {
   const int error = errno;
   const bool break_off = end_breaks_off;
   if (!ending.exchange(true)) Tell(break_off ? kToldToBreakOff : kToldToEnd);
-  if (break_off) Wake(waker, kBreakOff);
+  if (break_off)
+    Wake(waker, kBreakOff);
+  else if (told_by.exchange(signal) == 0)
+    Wake(waker, kEnd);
   errno = error;
 }
 
@@ -78,6 +86,7 @@ TInterruptHost::TInterruptHost(TMyConnection* running, int grace, EToldToEnd tol
   ending = false;
   end_breaks_off = told_to_end == EToldToEnd::BreakOff;
   presses = 0;
+  told_by = 0;
   waker = wake_[1];
   watcher_ = WithoutSignals([this] { Watch(); });
   for (TCaught& caught : caught_) {
@@ -105,30 +114,53 @@ void TInterruptHost::ProcessMessages() {
 
 // Ends a wait of BreakOff, should there be one.
 void TInterruptHost::RunsOn(TMyConnection* running) {
+  if (running != nullptr) running->PrepareToCancel();
   Wake(wake_[1], kOver);
   const std::lock_guard lock(mutex_);
   running_ = running;
 }
 
+// The next word of a handler or of the work; nothing where none comes in so many milliseconds (-1: for ever).
+std::optional<char> TInterruptHost::NextWord(int patience) const {
+  pollfd words{wake_[0], POLLIN, 0};
+  int ready = 0;
+  do ready = poll(&words, 1, patience);
+  while (ready < 0 && errno == EINTR);
+  if (ready == 0) return std::nullopt;
+  char word = kQuit;
+  return read(wake_[0], &word, 1) == 1 ? word : kQuit;
+}
+
 void TInterruptHost::Watch() {
-  for (;;) {
-    char word = 0;
-    const ssize_t count = read(wake_[0], &word, 1);
-    if (count < 0 && errno == EINTR) continue;
-    if (count != 1 || word == kQuit) return;
-    const std::lock_guard lock(mutex_);
-    if (word == kBreakOff && running_ != nullptr) BreakOff();
+  for (std::optional<char> word = NextWord(-1); word != kQuit;) {
+    std::optional<char> next;
+    if (word == kBreakOff) next = BreakOff();
+    if (word == kEnd) {
+      next = NextWord(grace_);
+      if (!next) Tell(kNoEnd);
+      next = next.value_or(kBreakOff);
+    }
+    word = next ? next : NextWord(-1);
   }
 }
 
-void TInterruptHost::BreakOff() {
-  try {
-    running_->CancelRunning();
-    pollfd quit{wake_[0], POLLIN, 0};
-    if (poll(&quit, 1, grace_) != 0) return;  // the work is done
-  } catch (const std::exception&) {           // the server can't be asked
+// Gives the word that has come meanwhile.
+std::optional<char> TInterruptHost::BreakOff() {
+  const std::lock_guard lock(mutex_);
+  if (running_ != nullptr) {
+    try {
+      running_->CancelRunning();
+      if (const std::optional<char> word = NextWord(grace_)) return word;  // the work goes on, or is done
+    } catch (const std::exception&) {                                     // the server can't be asked
+    }
+    running_->Sever();
   }
-  running_->Sever();
+  if (told_by == 0) return std::nullopt;
+  // What still waits elsewhere, in a login or for a file, has nothing under way that the end of the process would harm.
+  if (const std::optional<char> word = NextWord(kLastGrace * grace_)) return word;
+  signal(told_by, SIG_DFL);
+  kill(getpid(), told_by);
+  return std::nullopt;
 }
 
 }  // namespace velmora

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include "core/Host.h"
@@ -16,7 +17,8 @@ class TMyConnection;
 
 // While it lives,
 // - a first Ctrl+C ends the work at its next pause, by an error from the message pump; SIGTERM and SIGHUP do the same,
-//   however often they come;
+//   however often they come. Where the work does not get there in time they do as a second Ctrl+C does, and where it
+//   does not end after that, the process ends;
 // - a second Ctrl+C breaks off the statement that runs: the server is asked to, and where neither its answer nor the
 //   statement's end comes within seconds the connection is cut. Either way the work goes on with an error;
 // - a third one ends the process.
@@ -44,8 +46,9 @@ class TInterruptHost final : public THost {
     struct sigaction former {};
   };
 
+  std::optional<char> NextWord(int patience) const;
   void Watch();
-  void BreakOff();
+  std::optional<char> BreakOff();
 
   std::mutex mutex_;
   TMyConnection* running_;  // guarded by it

@@ -60,13 +60,28 @@ TEST(InterruptTest, ASecondCtrlCCutsAConnectionWhoseStatementDoesNotComeBack) {
     TCancelled connection(listens);
     TInterruptHost host(&connection, 1);
     raise(SIGINT);
-    raise(SIGTERM);
     EXPECT_EQ(connection.cancelled, 0);
     raise(SIGINT);
     WaitFor(connection.severed);
     EXPECT_EQ(connection.cancelled, 1);
     EXPECT_EQ(HandlerOf(SIGINT), SIG_DFL) << "a third one ends the process";
   }
+}
+
+TEST(InterruptTest, ASignalToEndBreaksOffWhatDoesNotEnd) {
+  TCancelled connection(true);
+  std::optional<TInterruptHost> host(std::in_place, &connection, 300);
+  raise(SIGTERM);
+  WaitFor(connection.cancelled);
+  WaitFor(connection.severed);
+  host.reset();  // the work has come back; otherwise the process would end
+  EXPECT_EXIT(
+      {
+        TInterruptHost waiting(nullptr, 1);
+        raise(SIGTERM);
+        std::this_thread::sleep_for(std::chrono::seconds(30));
+      },
+      ::testing::KilledBySignal(SIGTERM), "");
 }
 
 TEST(InterruptTest, AStatementThatComesBackKeepsItsConnection) {

@@ -108,6 +108,10 @@ class TMyConnection : public TConnectionObject {
   // The same with the parameters of this one, but for the database: another way to the same server.
   std::unique_ptr<TMyConnection> NewSibling() const;
 
+  // Makes sure that CancelRunning can tell which server it has to reach; a transaction does so, too. For a connection at
+  // rest; nothing happens while not connected.
+  virtual void PrepareToCancel() {}
+
   // Two calls for other threads while one waits for a statement; both do nothing on a connection that is not open.
   // Asks the server, by a connection of its own, to break off the statement that runs, which then ends with the
   // server's error for that; one that has just ended is none the worse. Returns when the server has taken the word, and

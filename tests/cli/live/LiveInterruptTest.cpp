@@ -102,15 +102,23 @@ TEST_F(LiveInterruptTest, ASignalEndsARunBehindItsStatement) {
   }
 }
 
+const std::vector<std::pair<int, const char*>> kTwice = {
+    {SIGINT, kFirst}, {SIGINT, "breaking this statement off; Ctrl+C again ends at once"}};
+
 // The server is asked to break the statement off, and its answer is what the report tells.
-TEST_F(LiveInterruptTest, ASecondCtrlCBreaksTheStatementOff) {
+TEST_F(LiveInterruptTest, AStatementIsBrokenOff) {
   const struct {
+    std::vector<std::pair<int, const char*>> signals;
     const char* statement;
     const char* told;
     const char* rows;
   } cases[] = {
-      {"update t set a = 7 where a = 0", "1 of 3 statements ran before it and were rolled back", "1"},
-      {"alter table t add b int", "1 of 3 statements ran before it and are in force", "2"},
+      {kTwice, "update t set a = 7 where a = 0", "1 of 3 statements ran before it and were rolled back", "1"},
+      {kTwice, "alter table t add b int", "1 of 3 statements ran before it and are in force", "2"},
+      {{{SIGTERM, "it does not end: breaking it off"}},
+       "update t set a = 8 where a = 0",
+       "1 of 3 statements ran before it and were rolled back",
+       "2"},
   };
   for (const auto& c : cases) {
     database_.Run("replace into t values (0)");
@@ -118,8 +126,7 @@ TEST_F(LiveInterruptTest, ASecondCtrlCBreaksTheStatementOff) {
     database_.Run("update t set a = 5 where a = 0");
     Start(std::string("insert into t values (1);\n") + c.statement + ";\ninsert into t values (2);\n");
     WaitUntilRunning(c.statement);
-    Signal(SIGINT, kFirst);
-    Signal(SIGINT, "breaking this statement off; Ctrl+C again ends at once");
+    for (const auto& [signal, word] : c.signals) Signal(signal, word);
     const TAnswer answer = End();
     database_.Connection().Rollback();
     EXPECT_EQ(answer.status, 2);
