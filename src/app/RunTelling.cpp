@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/FaultHints.h"
+#include "app/SideNames.h"
 #include "util/Counted.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -17,7 +18,7 @@ constexpr std::size_t kShownChars = 120;
 std::string NameOf(TDBConn& target) {
   std::string name;
   target.GetDisplayName(name);
-  return name;
+  return name + SocketOf(target);
 }
 
 // "line 3, column 1" of a place in the script, counting characters from 1.

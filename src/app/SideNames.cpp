@@ -17,14 +17,21 @@ constexpr int kUsualPort = 3306;
 
 }  // namespace
 
+std::string SocketOf(TDBConn& conn) {
+  auto* server = dynamic_cast<TDBConnMySQL*>(&conn);
+  const std::string at = server == nullptr ? std::string() : server->GetConnectionObject().ReachedAt();
+  return at.starts_with('/') ? " (" + at + ")" : "";
+}
+
 std::string SideName(TDBConn& conn) {
   std::string shown;
   conn.GetDisplayName(shown);
   if (dynamic_cast<TDBConnMySQLOffline*>(&conn) != nullptr) return shown;
   if (const auto* server = dynamic_cast<TDBConnMySQL*>(&conn)) {
     const std::string host = server->server().empty() ? "localhost" : server->server();
-    const std::string port = server->port() == kUsualPort ? std::string() : Format(":%d", server->port());
-    return Format("database %s of server %s", server->database(), host + port);
+    const bool usual = server->port() == kUsualPort || server->port() == 0;
+    const std::string port = usual ? std::string() : Format(":%d", server->port());
+    return Format("database %s of server %s", server->database(), host + port) + SocketOf(conn);
   }
   std::string engine;
   StrEngine(conn.GetEngine(), engine);

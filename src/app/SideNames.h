@@ -9,8 +9,13 @@
 namespace velmora {
 
 // "database shop of server db.example.org:3307"; of a file of creation texts its path; of other engines "Paradox
-// database /data". Works without a connection.
+// database /data". Works without a connection;
+// a socket is named with one.
 std::string SideName(TDBConn& conn);
+
+// " (/run/mysqld/mysqld.sock)" of a server that was reached by this socket, so that it can't be taken for another one;
+// otherwise empty.
+std::string SocketOf(TDBConn& conn);
 
 // Raises for a reference that no comparison can read truthfully: one that gives no creation texts.
 void CheckComparable(TDBConn& reference);

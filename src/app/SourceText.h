@@ -16,7 +16,7 @@ std::string PercentDecoded(std::string_view text);
 
 struct TServerAddress {
   std::string server;
-  int port = 3306;
+  int port = 0;  // none is given
   std::string database;
   std::string username;
   std::optional<std::string> password;

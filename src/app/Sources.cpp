@@ -1,9 +1,12 @@
 #include "app/Sources.h"
 
 #include <algorithm>
+#include <set>
 
 #include "app/SourceText.h"
+#include "engines/mysql/DBConnMySQL.h"
 #include "engines/mysql/MyClients.h"
+#include "engines/mysql/MyWire.h"
 #include "engines/mysql/OfflineEngine.h"
 #include "persist/EngineTable.h"
 #include "util/Errors.h"
@@ -16,9 +19,15 @@ TEngineClients ClientsOf(const TSourceSettings& settings) {
   TEngineClients clients;
   std::shared_ptr<TLatePassword> late;
   if (settings.PasswordRefused) late = std::make_shared<TLatePassword>(settings.PasswordRefused);
-  clients.NewMyConnection = [options = settings.Client, given = settings.Given, late](const TEngineValues& own) {
+  const auto notice = [warn = settings.Warn,
+                       told = std::make_shared<std::set<std::string>>()](const std::string& text) {
+    if (warn && told->insert(text).second) warn(text);
+  };
+  clients.NewMyConnection = [options = settings.Client, given = settings.Given, late,
+                             notice](const TEngineValues& own) {
     auto connection = MakeMyConnection(MyOptionsOf(own, options, given));
     connection->LatePassword = late;
+    connection->Notice = notice;
     return connection;
   };
   return clients;
@@ -27,6 +36,12 @@ TEngineClients ClientsOf(const TSourceSettings& settings) {
 namespace {
 
 constexpr std::string_view kScriptExtension = ".sql";
+constexpr char kNoParameters[] =
+    "The address of a server has no parameters behind a \"?\": they are options of their own (a \"?\" in a name is "
+    "written %3F)";
+constexpr int kStandardPort = 3306;  // which stands in task files whether it was given or not
+constexpr char kSocketUnused[] =
+    "--socket is for a server of this machine: %s is reached by TCP, where a port or another host is given";
 constexpr char kPasswordGiven[] =
     "a password in an argument is seen by every user of this machine: leave it out to be asked for it, or use a "
     "password "
@@ -61,7 +76,11 @@ std::unique_ptr<TDBConn> MakeGiven(const TEngineRow& engine, TEngineValues value
   return MakeEngine(engine, values, ClientsOf(settings));
 }
 
-std::unique_ptr<TDBConn> MakeServer(const TServerAddress& address, const TSourceSettings& settings) {
+std::unique_ptr<TDBConn> MakeServer(const std::string& source, const TSourceSettings& settings) {
+  const std::size_t account_end = source.rfind('@');
+  if (source.find('?', account_end == std::string::npos ? 0 : account_end) != std::string::npos)
+    RaiseError(kNoParameters);
+  const TServerAddress address = ParseServerAddress(source);
   TEngineValues values;
   values.Set("server", address.server);
   values.Set("port", Format("%d", address.port));
@@ -125,12 +144,29 @@ std::unique_ptr<TDBConn> MakeScript(const std::string& source, const TSourceSett
 
 std::unique_ptr<TDBConn> MakeSource(const std::string& source, const TSourceSettings& settings) {
   if (SameText(std::string_view(source).substr(0, kServerScheme.size()), kServerScheme))
-    return MakeServer(ParseServerAddress(source), settings);
+    return MakeServer(source, settings);
   if (const std::optional<TEngineSource> by_keys = ParseEngineSource(source)) return MakeByKeys(*by_keys, settings);
   if (std::unique_ptr<TDBConn> script = MakeScript(source, settings)) return script;
   RaiseError(
       Format("\"%s\" is no source: give a file that ends in .sql, mysql://USER@HOST/DATABASE, or ENGINE:key=value",
              Shown(source)));
+}
+
+void SettleSocket(std::initializer_list<TDBConn*> sources, bool of_task) {
+  std::string by_tcp;
+  bool taken = false;
+  for (TDBConn* source : sources) {
+    auto* server = dynamic_cast<TDBConnMySQL*>(source);
+    if (server == nullptr || server->GetConnectionObject().Options.Socket.empty()) continue;
+    const bool has_port = server->port() != 0 && !(of_task && server->port() == kStandardPort);
+    if (IsLocalServer(server->server()) && !has_port) {
+      taken = true;
+      continue;
+    }
+    server->GetConnectionObject().Options.Socket.clear();
+    if (by_tcp.empty()) source->GetDisplayName(by_tcp);
+  }
+  if (!taken && !by_tcp.empty()) RaiseError(Format(kSocketUnused, by_tcp));
 }
 
 void CheckTarget(TDBConn& target) {

@@ -3,6 +3,7 @@
 // What may stand for a database on a command line, and the engines made of it.
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -46,6 +47,9 @@ std::unique_ptr<TDBConn> MakeTarget(const std::string& source, const TSourceSett
 
 // What engines of a task or a source are made with.
 TEngineClients ClientsOf(const TSourceSettings& settings);
+// Sources that are reached by TCP forget a socket that is set for them. Raises where one was set and none is left that
+// it is for. In task files the standard port says nothing.
+void SettleSocket(std::initializer_list<TDBConn*> sources, bool of_task = false);
 // Raises for an engine that cannot be a target.
 void CheckTarget(TDBConn& target);
 

@@ -151,7 +151,7 @@ std::optional<char> TInterruptHost::BreakOff() {
     try {
       running_->CancelRunning();
       if (const std::optional<char> word = NextWord(grace_)) return word;  // the work goes on, or is done
-    } catch (const std::exception&) {                                     // the server can't be asked
+    } catch (const std::exception&) {                                      // the server can't be asked
     }
     running_->Sever();
   }

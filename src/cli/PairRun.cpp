@@ -12,6 +12,7 @@
 #include "cli/Secrets.h"
 #include "cli/SourceRun.h"
 #include "cli/TerminalProgress.h"
+#include "engines/mysql/MyConnection.h"
 #include "engines/mysql/OfflineEngine.h"
 #include "util/Errors.h"
 
@@ -122,11 +123,13 @@ TTaskConnections TPairRun::Make(const TPair& pair, const TSourceOptions& options
     TMadeTask task = MakeTask(pair.reference, AskingWithoutBar(options.ForTaskReference(console_)),
                               AskingWithoutBar(options.ForTaskTarget(console_)));
     if (!pair.dialect) app_.dialect = task.dialect;
+    SettleSocket({task.connections.reference.get(), task.connections.target.get()}, true);
     return std::move(task.connections);
   }
   TTaskConnections connections;
   connections.reference = MakeSource(pair.reference, options.ForReference(console_));
   connections.target = MakeTarget(pair.target, options.ForTarget(console_));
+  SettleSocket({connections.reference.get(), connections.target.get()});
   return connections;
 }
 
@@ -164,8 +167,10 @@ void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_s
 
 void TPairRun::OpenTarget(const TPair& pair, const TSourceOptions& options) {
   if (pair.dialect) app_.dialect = *pair.dialect;
-  app_.connections.target = IsTaskFile(pair.reference) ? std::move(Make(pair, options).target)
-                                                       : MakeTarget(pair.target, options.ForTarget(console_));
+  const bool is_task = IsTaskFile(pair.reference);
+  app_.connections.target =
+      is_task ? std::move(Make(pair, options).target) : MakeTarget(pair.target, options.ForTarget(console_));
+  if (!is_task) SettleSocket({app_.connections.target.get()});
   app_.connections.target->Connect();
 }
 

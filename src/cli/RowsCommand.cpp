@@ -25,6 +25,7 @@ int TRowsCommand::Execute(TConsole& console) {
     TSourceSettings settings = options_.ForOne(console);
     settings.Client.TimesAsSent = true;
     conn = MakeSource(source_, settings);
+    SettleSocket({conn.get()});
     conn->fetch_in_chunks = true;
     ConnectNamed(*conn);
     TTableGuard rows(*conn, table_);

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "cli/Command.h"
+#include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -107,6 +108,10 @@ TSourceSettings TSourceOptions::Settings(const std::string& password_file, TCons
   settings.Client = client_;
   settings.Given = GivenKeys();
   settings.AllowIncomplete = allow_incomplete_;
+  const bool unchecked = settings.Given.contains("tls") && client_.Tls < ETls::VerifyCa;
+  if (unchecked && !client_.CaFile.empty())
+    RaiseError(Format("--tls-ca has nothing to check with --tls %s: give verify-ca or required",
+                      kTlsModes[static_cast<std::size_t>(client_.Tls)]));
   settings.Warn = [&console](const std::string& text) { console.Warn(text); };
   settings.AskPassword = [password_file, &console](const std::string& account) {
     return password_file.empty() ? AskFor(account, console) : ReadPasswordFile(password_file);

@@ -71,6 +71,7 @@ void TSchemaCommand::Declare(CLI::App& app) {
 int TSchemaCommand::Execute(TConsole& console) {
   return ShowStructure(console, format_, [&](TStructure& structure) {
     const std::unique_ptr<TDBConn> conn = MakeSource(source_, options_.ForOne(console));
+    SettleSocket({conn.get()});
     FetchIdentified(*conn, structure, [&] {
       FetchTables(*conn, tables_, options_.verbose(), console,
                   [&](TTableView view) { structure.tables.push_back(std::move(view)); });
@@ -101,6 +102,7 @@ void TReplayCommand::Declare(CLI::App& app) {
 int TReplayCommand::Execute(TConsole& console) {
   return ShowStructure(console, format_, [&](TStructure& structure) {
     const std::unique_ptr<TDBConn> conn = MakeTarget(source_, options_.ForOne(console));
+    SettleSocket({conn.get()});
     TUnread unread;
     FetchIdentified(*conn, structure, [&] {
       FetchTables(*conn, {}, options_.verbose(), console, [&](const TTableView& view) {

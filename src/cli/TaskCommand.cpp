@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <ostream>
 
+#include "app/Sources.h"
 #include "app/Tasks.h"
 #include "cli/Commands.h"
 #include "util/Format.h"
@@ -60,6 +61,7 @@ int TTaskCommand::WriteNew(TConsole& console) {
   CheckTaskName(file_);  // before anything is asked for
   const std::unique_ptr<TDBConn> reference = MakeSource(reference_, options_.ForStoredReference(console));
   const std::unique_ptr<TDBConn> target = MakeTarget(target_, options_.ForStoredTarget(console));
+  SettleSocket({reference.get(), target.get()});
   NewTaskFile(file_, *reference, *target, dialect_);
   return kExitSuccess;
 }

@@ -15,6 +15,9 @@ constexpr char kNative[] = "mysql_native_password";
 constexpr char kOld[] = "mysql_old_password";
 constexpr char kSha2[] = "caching_sha2_password";
 constexpr char kEd25519[] = "client_ed25519";
+constexpr char kSha256[] = "sha256_password";
+constexpr char kClear[] = "mysql_clear_password";
+constexpr const char* kKnown[] = {kNative, kOld, kSha2, kEd25519, kSha256};
 
 constexpr std::size_t kHeadFiller = 23;
 constexpr std::size_t kGreetingFiller = 10;
@@ -23,9 +26,17 @@ constexpr std::size_t kEd25519Nonce = 32;
 constexpr int kMostReplies = 16;  // no server has so much to say; a broken one could go on for ever
 
 constexpr std::uint8_t kOk = 0, kMoreData = 1, kSwitch = 254;
-constexpr char kSha2Quick = 3, kSha2Full = 4, kSha2WantKey = 2;
+constexpr char kSha2Quick = 3, kSha2Full = 4, kSha2WantKey = 2, kSha256WantKey = 1;
 
-std::size_t NonceLength(const std::string& plugin) { return plugin == kEd25519 ? kEd25519Nonce : kScramble; }
+constexpr char kUncheckedKey[] =
+    "it would be sealed with a key that anybody may have sent; --get-server-public-key allows that, "
+    "--server-public-key FILE names the server's own key, and TLS makes both needless";
+constexpr char kAsItIs[] = "the server wants it as it is; --allow-old-login allows that";
+
+std::size_t NonceLength(const std::string& plugin) {
+  if (plugin == kClear) return 0;
+  return plugin == kEd25519 ? kEd25519Nonce : kScramble;
+}
 
 }  // namespace
 
@@ -67,7 +78,7 @@ void TMySqlCurrentHandshake::ChooseCapabilities(std::uint32_t flags) {
   if (!session_.local_file.empty()) flags |= kLocalFiles;
   if (session_.tls.mode != EMySqlTls::Off) flags |= kTls;
   session_.client_flag = (flags & capabilities_) | kAlways;
-  if (session_.tls.mode == EMySqlTls::Required && (session_.client_flag & kTls) == 0) RefusePlainServer();
+  if (session_.tls.IsChecked() && (session_.client_flag & kTls) == 0) RefusePlainServer();
 }
 
 // 4 bytes capabilities, 4 bytes packet size, 1 byte character set, 23 bytes 0.
@@ -127,27 +138,52 @@ void TMySqlCurrentHandshake::Switch() {
     plugin_ = net_.ReadString();
     nonce_ = net_.ReadRest();
   }
-  if (plugin_ != kOld && plugin_ != kNative && plugin_ != kSha2 && plugin_ != kEd25519)
-    throw ClientError(kUnknownPlugin, plugin_);
+  if (plugin_ == kClear && session_.login_rules.guarded && !session_.login_rules.old_logins)
+    throw ClientError(kLoginRefused, kAsItIs);
+  const bool known = std::ranges::find(kKnown, plugin_) != std::end(kKnown);
+  if (!known && (plugin_ != kClear || !session_.login_rules.old_logins)) throw ClientError(kUnknownPlugin, plugin_);
   const std::size_t length = NonceLength(plugin_);
   if (nonce_.size() < length) Refuse();
   nonce_.resize(length);
-  Send(Token());
+  Answer();
 }
 
-// The server knows the digest already, or it wants the password itself: over a line that nobody can read as it is,
-// otherwise sealed with the server's key.
+void TMySqlCurrentHandshake::Answer() {
+  const std::string& password = session_.login_.password;
+  if (plugin_ == kClear || (plugin_ == kSha256 && password.empty())) {
+    Send(password + '\0');
+  } else if (plugin_ == kSha256) {
+    SendPassword(kSha256WantKey);
+  } else {
+    if (plugin_ == kOld) session_.AllowOldLogin();
+    Send(Token());
+  }
+}
+
+// The server knows the digest already, or it wants the password itself.
 void TMySqlCurrentHandshake::ContinueSha2(std::string_view data) {
   if (data.size() != 1 || (data[0] != kSha2Quick && data[0] != kSha2Full)) Refuse();
   if (data[0] == kSha2Quick) return;
+  SendPassword(kSha2WantKey);
+}
+
+// Over a line that nobody can read as it is, otherwise sealed with the server's key.
+void TMySqlCurrentHandshake::SendPassword(char key_request) {
+  const std::string& password = session_.login_.password;
   if (net_.vio->IsPrivate()) {
-    Send(session_.login_.password + '\0');
+    Send(password + '\0');
     return;
   }
-  Send(std::string(1, kSha2WantKey));
-  net_.ReadPacket();
-  if (net_.ReadByte() != kMoreData) Refuse();
-  Send(RsaPassword(session_.login_.password, nonce_, net_.ReadRest()));
+  const TMySqlLoginRules& rules = session_.login_rules;
+  std::string key = rules.public_key;
+  if (key.empty()) {
+    if (rules.guarded && !rules.ask_for_key) throw ClientError(kLoginRefused, kUncheckedKey);
+    Send(std::string(1, key_request));
+    net_.ReadPacket();
+    if (net_.ReadByte() != kMoreData) Refuse();
+    key = net_.ReadRest();
+  }
+  Send(RsaPassword(password, nonce_, key));
 }
 
 std::string TMySqlCurrentHandshake::Token() const {

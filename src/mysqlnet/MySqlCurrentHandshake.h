@@ -14,12 +14,10 @@ class TMySqlCurrentHandshake {
  public:
   explicit TMySqlCurrentHandshake(TMySqlSession& session) : session_(session), net_(session.net) {}
 
-  static bool IsAnnounced(std::uint16_t server_capabilities) {
-    constexpr unsigned kBoth = kProtocol41 | kCurrentProtocol;
-    return (server_capabilities & kBoth) == kBoth;
-  }
+  static bool IsAnnounced(std::uint16_t server_capabilities) { return (server_capabilities & kCurrentProtocol) != 0; }
 
-  // With the greeting just read. Sets what capabilities are in force. Raises the server's refusal, 2012, 2026, 2059.
+  // With the greeting just read. Sets what capabilities are in force. Raises the server's refusal, 2012, 2026, 2059,
+  // 2061.
   void Run(std::uint32_t flags);
 
  private:
@@ -31,7 +29,9 @@ class TMySqlCurrentHandshake {
   void ReadReplies();
   void Switch();
   void ContinueSha2(std::string_view data);
+  void SendPassword(char key_request);
   std::string Token() const;
+  void Answer();
   void Send(std::string_view bytes);
   [[noreturn]] void Refuse();
 

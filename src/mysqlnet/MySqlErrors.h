@@ -27,6 +27,7 @@ enum EMySqlError {
   kMalformedPacket = 2027,
   kUnknownProtocol = 2046,
   kUnknownPlugin = 2059,
+  kLoginRefused = 2061,
   kFileRefused = 2068,
   kPacketsOutOfOrder = 1156,  // these two have a server's numbers
   kNotInflated = 1157

@@ -20,6 +20,9 @@ constexpr int kNamedPipe = 3;
 constexpr std::size_t kFirstScramble = 8;
 constexpr std::size_t kScramble = 20;
 constexpr std::size_t kFilePiece = 8192;
+constexpr char kOldLogin[] =
+    "the server wants it by the scheme before 4.1, which is no secret to who hears it; --allow-old-login allows that, "
+    "and TLS makes it needless";
 constexpr char kUnreadableFile[] = "The local file %s cannot be read";
 
 const std::string& Given(const std::string& argument, const std::string& stored) {
@@ -105,7 +108,7 @@ void TMySqlSession::LogIn(std::uint32_t flags) {
     TMySqlCurrentHandshake(*this).Run(flags | client_flag);
     if ((client_flag & kConnectWithDatabase) != 0) database = login_.database;
   } else {
-    if (tls.mode == EMySqlTls::Required) RefusePlainServer();
+    if (tls.IsChecked()) RefusePlainServer();
     constexpr std::uint32_t kAskedFor = 0xE08D;
     constexpr std::uint32_t kOnlyWhereOffered = kProtocol41 | kTls | kCompression;
     client_flag = (server_capabilities | ~kOnlyWhereOffered) & (flags | client_flag | kAskedFor);
@@ -142,6 +145,7 @@ void TMySqlSession::WritePassword() {
   if (secret.empty()) {
     net.WriteFill('\0', 1);
   } else if ((server_capabilities & kSecureConnection) == 0) {
+    AllowOldLogin();
     net.WriteBytes(OldToken(secret, scramble));
   } else if (has_full_scramble_) {
     net.WriteFill(static_cast<char>(kScramble), 1);
@@ -152,6 +156,12 @@ void TMySqlSession::WritePassword() {
   }
 }
 
+// Whoever hears the scheme before 4.1 a few times knows the password.
+void TMySqlSession::AllowOldLogin() const {
+  const bool shows = login_rules.guarded && !login_rules.old_logins && !login_.password.empty();
+  if (shows && !net.vio->IsPrivate()) throw ClientError(kLoginRefused, kOldLogin);
+}
+
 // The reply is read from every server: otherwise a refusal would be taken for the answer to the first command.
 void TMySqlSession::CheckAuth() {
   constexpr std::uint8_t kWantsOldToken = 254;
@@ -160,6 +170,7 @@ void TMySqlSession::CheckAuth() {
   if ((server_capabilities & kSecureConnection) == 0) return;
   const std::string_view reply = net.Packet();
   if (reply.size() == 1 && static_cast<std::uint8_t>(reply[0]) == kWantsOldToken) {
+    AllowOldLogin();
     net.Clear();
     net.WriteBytes(OldToken(login_.password, scramble));
   } else if (reply.size() == kLongRequest && reply[0] != '\0') {
@@ -174,6 +185,7 @@ void TMySqlSession::CheckAuth() {
 // 4 bytes salt and 20 bytes scramble; a salt that begins with "*" asks for the old token.
 void TMySqlSession::AnswerLongRequest() {
   constexpr std::size_t kSalt = 4;
+  AllowOldLogin();
   const std::string salt(net.Packet().substr(0, kSalt));
   scramble = net.Packet().substr(kSalt);
   net.Clear();

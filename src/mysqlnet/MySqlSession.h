@@ -34,6 +34,15 @@ enum EMySqlStatus : std::uint16_t { kInTransaction = 1, kAutocommit = 2, kMoreRe
 
 enum EMySqlCommand : std::uint8_t { kQuit = 1, kQuery = 3 };
 
+// What a login may show to whoever answers. Without `guarded` it shows what the server asks for. With it, and where
+// others may read the line, no password leaves that could be turned back into what it was, but for the exceptions.
+struct TMySqlLoginRules {
+  bool guarded = false;
+  bool ask_for_key = false;     // the key that the server sends may seal the password
+  std::string public_key = {};  // one that may do so anyhow, and is not asked for then (PEM)
+  bool old_logins = false;      // the schemes before 4.1; and the password as it is, whatever the line
+};
+
 // Servers before 4.1 and those of its first days are greeted in their own way. With `current_protocol` on, servers that
 // announce the handshake in use since then get that one, and with it TLS, ways to log in by name, and a character set.
 //
@@ -58,6 +67,7 @@ class TMySqlSession {
   int command_timeout = 0;
   bool current_protocol = false;
   std::uint8_t charset = 45;               // of the current handshake; this one is utf8mb4
+  TMySqlLoginRules login_rules;            // who breaks them gets 2061 from Connect
   TMySqlTls tls;                           // of the current handshake; other servers have none, if it is required
   std::string local_file;                  // the one file that the server may ask for, once; empty: none
   std::size_t max_result_size = 1U << 30;  // bytes of rows that a result may keep in memory
@@ -95,6 +105,7 @@ class TMySqlSession {
 
   // The columns and ends of results have the form in use since 4.1.
   bool UsesProtocol41() const { return current_ || (client_flag & kProtocol41) != 0; }
+  bool IsEncrypted() const { return current_ && (client_flag & kTls) != 0; }
   bool HasDeprecatedEof() const { return current_ && (client_flag & kDeprecateEof) != 0; }
   // Behind the result that was read stands another one.
   bool HasMoreResults() const { return UsesProtocol41() && (server_status & kMoreResults) != 0; }
@@ -118,6 +129,7 @@ class TMySqlSession {
   void SendLogin();
   void WritePassword();
   void CheckAuth();
+  void AllowOldLogin() const;
   void AnswerLongRequest();
   void ReadOk();
   void SendLocalFile(const std::string& name);

@@ -97,6 +97,10 @@ struct TFree {
   void operator()(EVP_PKEY_CTX* context) const { EVP_PKEY_CTX_free(context); }
 };
 
+constexpr std::size_t kPadding = 42;  // bytes that sealing adds at least
+constexpr char kLongPassword[] =
+    "it has %d bytes, and the server's key seals no more than %d; over TLS, which needs no key, it may be longer";
+
 std::unique_ptr<EVP_PKEY, TFree> PublicKey(std::string_view pem) {
   const std::unique_ptr<BIO, TFree> text(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())));
   std::unique_ptr<EVP_PKEY, TFree> key(PEM_read_bio_PUBKEY(text.get(), nullptr, nullptr, nullptr));
@@ -169,6 +173,8 @@ std::string RsaPassword(std::string_view password, std::string_view nonce, std::
   const auto key = PublicKey(public_key);
   const std::unique_ptr<EVP_PKEY_CTX, TFree> context(EVP_PKEY_CTX_new(key.get(), nullptr));
   std::size_t size = static_cast<std::size_t>(EVP_PKEY_get_size(key.get()));
+  if (masked.size() + kPadding > size)
+    throw ClientError(kLoginRefused, Format(kLongPassword, password.size(), size - std::min(size, kPadding + 1)));
   std::string sealed(size, '\0');
   if (!context || EVP_PKEY_encrypt_init(context.get()) != 1 ||
       EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_OAEP_PADDING) != 1 ||

@@ -21,7 +21,7 @@ std::string Sha2Token(std::string_view password, std::string_view nonce);
 // client_ed25519: the signature of a nonce, 64 bytes.
 std::string Ed25519Token(std::string_view password, std::string_view nonce);
 // The password and a NUL, masked by the nonce and readable only to who has sent `public_key` (PEM). Raises
-// EMySqlException 2012.
+// EMySqlException 2012 for what is no key, 2061 for a password that is too long for it.
 std::string RsaPassword(std::string_view password, std::string_view nonce, std::string_view public_key);
 
 }  // namespace velmora

@@ -15,6 +15,8 @@ namespace velmora {
 namespace {
 
 constexpr char kNoCertificates[] = "no certificates could be read from ";
+constexpr char kNoOwnCertificate[] = "our own certificate could not be read from ";
+constexpr char kNoOwnKey[] = "no private key of our own certificate could be read from ";
 constexpr char kNotVerified[] = "certificate not accepted: ";
 constexpr char kServerEnded[] = "the server ended the connection";
 constexpr char kNoTls[] = "the server offers none";
@@ -84,10 +86,11 @@ class TMySqlVioTls::TState {
     ERR_clear_error();
     context_.reset(SSL_CTX_new(TLS_client_method()));
     if (!context_) FailTls(LibraryReason());
-    if (settings.mode == EMySqlTls::Required)
+    if (settings.IsChecked())
       TrustOnly(settings.ca_file);
     else
       TakeAnything();
+    if (!settings.cert_file.empty()) ShowOwn(settings);
     ssl_.reset(SSL_new(context_.get()));
     if (!ssl_) FailTls(LibraryReason());
     NameHost(settings, host);
@@ -123,9 +126,18 @@ class TMySqlVioTls::TState {
                                         : SSL_CTX_load_verify_locations(context_.get(), ca_file.c_str(), nullptr);
     if (trusted != 1) FailTls(kNoCertificates + (ca_file.empty() ? "the system's store" : ca_file));
   }
+  // A key that asks for a pass phrase is refused: the library would ask for it on the terminal by itself.
+  void ShowOwn(const TMySqlTls& settings) {
+    const std::string& key = settings.key_file.empty() ? settings.cert_file : settings.key_file;
+    SSL_CTX_set_default_passwd_cb(context_.get(), [](char*, int, int, void*) { return 0; });
+    if (SSL_CTX_use_certificate_chain_file(context_.get(), settings.cert_file.c_str()) != 1)
+      FailTls(kNoOwnCertificate + settings.cert_file);
+    if (SSL_CTX_use_PrivateKey_file(context_.get(), key.c_str(), SSL_FILETYPE_PEM) != 1) FailTls(kNoOwnKey + key);
+  }
   void TakeAnything() {
     SSL_CTX_set_verify(context_.get(), SSL_VERIFY_NONE, nullptr);
     SSL_CTX_set_min_proto_version(context_.get(), TLS1_VERSION);
+    SSL_CTX_set_options(context_.get(), SSL_OP_LEGACY_SERVER_CONNECT);
     SSL_CTX_set_cipher_list(context_.get(), kAnyCipher);
   }
   void NameHost(const TMySqlTls& settings, const std::string& host) {

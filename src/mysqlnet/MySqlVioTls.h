@@ -10,12 +10,17 @@ namespace velmora {
 enum class EMySqlTls {
   Off,
   Preferred,  // encrypted where the server offers it, whoever it is
-  Required    // or there is no connection; the server's certificate must be valid and name the host
+  VerifyCa,   // or there is no connection; the server's certificate must be valid, whatever it names
+  Required    // the same, and it must name the host
 };
 
 struct TMySqlTls {
   EMySqlTls mode = EMySqlTls::Off;
-  std::string ca_file;  // certificates to trust; empty means those of the system
+  std::string ca_file;    // certificates to trust; empty means those of the system
+  std::string cert_file;  // our own, for a server that asks for one; empty means none
+  std::string key_file;   // its private key; empty means that it stands in `cert_file`
+
+  bool IsChecked() const { return mode == EMySqlTls::VerifyCa || mode == EMySqlTls::Required; }
 };
 
 // Raises SocketException 2026: TLS is required, and the server has none.

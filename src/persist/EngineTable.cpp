@@ -48,8 +48,9 @@ constexpr TEngineKey kSQLServer[] = {{"server"},
                                      {"username"},
                                      {"password", EKeyKind::Secret},
                                      {"windows_authentication", EKeyKind::Boolean, "N"}};
+// Port 0 stands for none: a local server is then reached by its socket where it has one.
 constexpr TEngineKey kMySQL[] = {
-    {"server"}, {"database"}, {"username"}, {"password", EKeyKind::Secret}, {"port", EKeyKind::Port, "3306"}};
+    {"server"}, {"database"}, {"username"}, {"password", EKeyKind::Secret}, {"port", EKeyKind::Port, "0"}};
 constexpr TEngineKey kOracle[] = {{"server"},
                                   {"username"},
                                   {"password", EKeyKind::Secret},

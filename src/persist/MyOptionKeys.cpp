@@ -16,6 +16,7 @@ namespace velmora {
 namespace {
 
 constexpr int kLongestTime = 1000000;  // seconds
+constexpr char kKeyAlone[] = "A private key (tls_key, --tls-key) needs its certificate (tls_cert, --tls-cert)";
 constexpr std::string_view kTls = "tls";
 constexpr std::string_view kTlsCa = "tls_ca";
 
@@ -61,6 +62,7 @@ TMyOptions MyOptionsOf(const TEngineValues& own, TMyOptions options, const TGive
       std::visit([&](auto field) { Read(key, own.Text(key.name), options.*field); }, key.field);
   const bool about_tls = given.contains(kTls) || (own.Has(kTls) && !given.contains(kTlsCa));
   if (!options.CaFile.empty() && !about_tls) options.Tls = ETls::Required;
+  if (!options.KeyFile.empty() && options.CertFile.empty()) RaiseError(kKeyAlone);
   return options;
 }
 

@@ -21,15 +21,15 @@ TEST(SourceTextTest, ServerAddresses) {
     const char* source;
     const char* told;
   } cases[] = {
-      {"mysql://u@h/d", "u|-|h|3306|d"},
+      {"mysql://u@h/d", "u|-|h|0|d"},
       {"mysql://u:p@h:3307/d", "u|p|h|3307|d"},
-      {"mysql://u:@h/d", "u||h|3306|d"},
-      {"mysql://u@/d", "u|-||3306|d"},
+      {"mysql://u:@h/d", "u||h|0|d"},
+      {"mysql://u@/d", "u|-||0|d"},
       {"mysql://u@[::1]:3307/d", "u|-|::1|3307|d"},
-      {"mysql://u@[fe80::1]/d", "u|-|fe80::1|3306|d"},
-      {"mysql://a%40b:p%2Fq%3a@h/my%20db", "a@b|p/q:|h|3306|my db"},
-      {"mysql://u:p@q@h/d", "u|p@q|h|3306|d"},
-      {"mysql://u:a:b@h/d", "u|a:b|h|3306|d"},
+      {"mysql://u@[fe80::1]/d", "u|-|fe80::1|0|d"},
+      {"mysql://a%40b:p%2Fq%3a@h/my%20db", "a@b|p/q:|h|0|my db"},
+      {"mysql://u:p@q@h/d", "u|p@q|h|0|d"},
+      {"mysql://u:a:b@h/d", "u|a:b|h|0|d"},
   };
   for (const auto& c : cases) EXPECT_EQ(Told(ParseServerAddress(c.source)), c.told) << c.source;
 }
@@ -135,11 +135,15 @@ TEST(SourcesTest, WhatIsNoSourceIsSaid) {
        "\"MySQl...\" is no source: give a file that ends in .sql, "
        "mysql://USER@HOST/DATABASE, or ENGINE:key=value"},
       {"MySQL:host=x;password=secret",
-       "MySQL has no key \"host\"; its keys are: server, database, username, password, port (a \";\" in a value is "
+       "MySQL has no key \"host\"; its keys are: server, database, username, password, port, tls, tls_ca, tls_cert, "
+       "tls_key, socket, client, "
+       "server_public_key, get_server_public_key, allow_old_login, read_timeout, read_ahead (a \";\" in a value is "
        "written "
        "%3B)"},
       {"MySQL:server=h;password=sec;ret9=3",
-       "MySQL has no key of the name given; its keys are: server, database, username, password, port (a \";\" in a "
+       "MySQL has no key of the name given; its keys are: server, database, username, password, port, tls, tls_ca, "
+       "tls_cert, tls_key, socket, client, "
+       "server_public_key, get_server_public_key, allow_old_login, read_timeout, read_ahead (a \";\" in a "
        "value is "
        "written %3B)"},
       {"MySQL:port=no", "\"no\" is no port: it must be a number from 1 to 65535"},

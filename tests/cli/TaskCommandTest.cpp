@@ -53,11 +53,12 @@ TEST_F(TaskCommandTest, KeepsHowServersAreReached) {
   Run({"task", "new", file_, reference_, target_, "--tls", "preferred", "--client", "native"});
   EXPECT_EQ(ReadFileText(file_), plain) << "what is the standard is not written";
 
-  const TAnswer written = Run({"task", "new", file_, reference_, target_ + ";tls=OFF;client=library;read_timeout=5",
+  const std::string local = "mysql://reader:@localhost/shop";
+  const TAnswer written = Run({"task", "new", file_, local, target_ + ";tls=OFF;client=library;read_timeout=5",
                                "--tls-ca", "/ca.pem", "--socket", "own.sock", "--read-timeout", "7"});
   EXPECT_EQ(written.status, 0) << written.err;
   const std::string shown = Run({"task", "show", file_}).out;
-  EXPECT_THAT(shown, HasSubstr("  port: 1\n  tls: required\n  tls_ca: /ca.pem\n  socket: " +
+  EXPECT_THAT(shown, HasSubstr("  port: 0\n  tls: required\n  tls_ca: /ca.pem\n  socket: " +
                                std::filesystem::absolute("own.sock").string() + "\n  read_timeout: 7\n"));
   EXPECT_THAT(shown, HasSubstr("  client: library\n  read_timeout: 7\n")) << "the option counts before the source";
 

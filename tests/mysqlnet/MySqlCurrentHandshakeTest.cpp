@@ -1,5 +1,6 @@
 #include "mysqlnet/MySqlCurrentHandshake.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
@@ -18,6 +19,7 @@ using namespace velmora::testing;
 
 constexpr char kNative[] = "mysql_native_password";
 constexpr char kSha2[] = "caching_sha2_password";
+constexpr char kSha256[] = "sha256_password";
 constexpr std::uint32_t kFlags = 0x8A205;
 constexpr std::uint32_t kFlagsWithDatabase = kFlags | 8;
 const std::string kNul(1, '\0');
@@ -35,10 +37,40 @@ std::string SwitchTo(const std::string& plugin, const std::string& nonce) {
   return Packet(2, "\xFE" + plugin + kNul + nonce);
 }
 
+// A line that nobody else can read.
+class TPrivateVio final : public TMySqlVio {
+ public:
+  explicit TPrivateVio(std::unique_ptr<TMySqlVio> inner) : inner_(std::move(inner)) {}
+  void SetTimeout(int seconds) override { inner_->SetTimeout(seconds); }
+  void Connect() override {}
+  void Close() override {}
+  std::size_t Read(char* buffer, std::size_t offset, std::size_t count) override {
+    return inner_->Read(buffer, offset, count);
+  }
+  std::size_t Write(const char* buffer, std::size_t offset, std::size_t count) override {
+    return inner_->Write(buffer, offset, count);
+  }
+  bool IsPrivate() const override { return true; }
+
+ private:
+  std::unique_ptr<TMySqlVio> inner_;
+};
+
+std::string NewPublicKey() {
+  EVP_PKEY* key = EVP_RSA_gen(1024);
+  BIO* text = BIO_new(BIO_s_mem());
+  PEM_write_bio_PUBKEY(text, key);
+  std::string pem(2000, '\0');
+  pem.resize(static_cast<std::size_t>(BIO_read(text, pem.data(), static_cast<int>(pem.size()))));
+  BIO_free(text);
+  EVP_PKEY_free(key);
+  return pem;
+}
+
 TEST(MySqlCurrentHandshake, IsTakenWhereAnnouncedAndWanted) {
   EXPECT_TRUE(TMySqlCurrentHandshake::IsAnnounced(0xF7FF));
   EXPECT_FALSE(TMySqlCurrentHandshake::IsAnnounced(0x4000));
-  EXPECT_FALSE(TMySqlCurrentHandshake::IsAnnounced(0x0200));
+  EXPECT_TRUE(TMySqlCurrentHandshake::IsAnnounced(0xF7FF & ~0x4000));  // servers that only speak the protocol
   TSessionRig older(TDialogue()
                         .Server(OldGreeting(kFirst41))
                         .Client(Packet(1, Int(0xE08D, 4) + Int(1 << 30, 4) + "joe" + kNul +
@@ -125,24 +157,6 @@ TEST(MySqlCurrentHandshake, Sha2) {
   quick.Connect();
   quick.ExpectDone();
 
-  // The whole password, over a line that is private.
-  class TPrivateVio final : public TMySqlVio {
-   public:
-    explicit TPrivateVio(std::unique_ptr<TMySqlVio> inner) : inner_(std::move(inner)) {}
-    void SetTimeout(int seconds) override { inner_->SetTimeout(seconds); }
-    void Connect() override {}
-    void Close() override {}
-    std::size_t Read(char* buffer, std::size_t offset, std::size_t count) override {
-      return inner_->Read(buffer, offset, count);
-    }
-    std::size_t Write(const char* buffer, std::size_t offset, std::size_t count) override {
-      return inner_->Write(buffer, offset, count);
-    }
-    bool IsPrivate() const override { return true; }
-
-   private:
-    std::unique_ptr<TMySqlVio> inner_;
-  };
   TSessionRig full(Begun(kSha2).Server(Packet(2, "\1\4")).Client(Packet(3, "secret" + kNul)).Server(CurrentOk(4)),
                    true);
   full.session.net.vio = std::make_unique<TPrivateVio>(std::move(full.session.net.vio));
@@ -151,29 +165,74 @@ TEST(MySqlCurrentHandshake, Sha2) {
 }
 
 // On a line that others can read the key is asked for, and the password sealed with it: a text of its own each time.
-TEST(MySqlCurrentHandshake, Sha2WithTheServersKey) {
-  EVP_PKEY* key = EVP_RSA_gen(1024);
-  BIO* text = BIO_new(BIO_s_mem());
-  PEM_write_bio_PUBKEY(text, key);
-  std::string pem(2000, '\0');
-  pem.resize(static_cast<std::size_t>(BIO_read(text, pem.data(), static_cast<int>(pem.size()))));
-  BIO_free(text);
-  EVP_PKEY_free(key);
+TEST(MySqlCurrentHandshake, SealedWithTheServersKey) {
+  const std::string pem = NewPublicKey();
+  const struct {
+    const char* way;
+    std::string begun;    // by the server, behind the login
+    std::string request;  // for the key; none where it is known
+  } cases[] = {{kSha2, Packet(2, "\1\4"), "\2"},
+               {kSha2, Packet(2, "\1\4"), ""},
+               {kNative, SwitchTo(kSha256, kOther + kNul), "\1"},
+               {kNative, SwitchTo(kSha256, kOther + kNul), ""}};
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.begun + one.request);
+    const bool asks = !one.request.empty();
+    const std::string key = asks ? Packet(4, "\1" + pem) : "";
+    std::string sent;
+    TMySqlSession session;
+    session.protocol = 2;
+    session.current_protocol = true;
+    session.login_rules = {.guarded = true, .ask_for_key = asks, .public_key = asks ? "" : pem};
+    session.net.vio = std::make_unique<TMemoryVio>(
+        CurrentGreeting(kCurrent, one.way) + one.begun + key + CurrentOk(asks ? 6 : 4), sent);
+    session.Connect("host", "joe", "secret", "db", 0, 0, "");
+    const std::string token = one.way == kSha2 ? Sha2Token("secret", kScramble) : NewToken("secret", kScramble);
+    const std::string before = Packet(1, CurrentLogin(kFlagsWithDatabase, "joe", token, "db", one.way)) +
+                               (asks ? Packet(3, one.request) : "") + Int(128, 3) + (asks ? "\5" : "\3");
+    EXPECT_EQ(sent.substr(0, before.size()), before);
+    EXPECT_EQ(sent.size(), before.size() + 128);
+    EXPECT_EQ(sent.find("secret"), std::string::npos);
+  }
+}
 
-  std::string sent;
-  TMySqlSession session;
-  session.protocol = 2;
-  session.current_protocol = true;
-  session.net.vio = std::make_unique<TMemoryVio>(
-      CurrentGreeting(kCurrent, kSha2) + Packet(2, "\1\4") + Packet(4, "\1" + pem) + CurrentOk(6), sent);
-  session.Connect("host", "joe", "secret", "db", 0, 0, "");
-  const std::string login =
-      Packet(1, CurrentLogin(kFlagsWithDatabase, "joe", Sha2Token("secret", kScramble), "db", kSha2));
-  EXPECT_EQ(sent.substr(0, login.size()), login);
-  EXPECT_EQ(sent.substr(login.size(), 5), Packet(3, "\2"));
-  EXPECT_EQ(sent.substr(login.size() + 5, 4), Int(128, 3) + "\5");
-  EXPECT_EQ(sent.size(), login.size() + 5 + 4 + 128);
-  EXPECT_EQ(sent.find("secret"), std::string::npos);
+// What can be turned back into the password leaves only where nobody else hears it, or where the user says so.
+TEST(MySqlCurrentHandshake, GuardedLogins) {
+  const struct {
+    const char* name;
+    std::string plugin, request;
+    std::string answer;   // on a private line, or with the next one; empty: never
+    std::string allowed;  // what the user has to allow; empty: nothing
+    bool private_does;
+  } cases[] = {
+      {"sha2, full", kSha2, Packet(2, "\1\4"), "secret" + kNul, "--get-server-public-key", true},
+      {"sha256", kNative, SwitchTo(kSha256, kOther + kNul), "secret" + kNul, "--server-public-key", true},
+      {"old", kNative, SwitchTo("mysql_old_password", kOther + kNul), OldToken("secret", kOther), "--allow-old-login",
+       true},
+      {"old, without a name", kNative, Packet(2, "\xFE"), OldToken("secret", kScramble), "--allow-old-login", true},
+      {"as it is", kNative, SwitchTo("mysql_clear_password", ""), "secret" + kNul, "--allow-old-login", false},
+      {"native", kNative, SwitchTo(kNative, kOther + kNul), NewToken("secret", kOther), "", true},
+  };
+  for (const auto& one : cases) {
+    for (const bool is_private : {false, true}) {
+      for (const bool old : {false, true}) {
+        SCOPED_TRACE(std::string(one.name) + (is_private ? ", private" : "") + (old ? ", old logins" : ""));
+        const bool passes =
+            one.allowed.empty() || (is_private && one.private_does) || (old && one.allowed == "--allow-old-login");
+        TDialogue dialogue = Begun(one.plugin).Server(one.request);
+        if (passes) dialogue.Client(Packet(3, one.answer)).Server(CurrentOk(4));
+        TSessionRig rig(dialogue, true);
+        rig.session.login_rules = {.guarded = true, .old_logins = old};
+        if (is_private) rig.session.net.vio = std::make_unique<TPrivateVio>(std::move(rig.session.net.vio));
+        const std::string message = MessageOf([&] { rig.Connect(); });
+        if (passes)
+          EXPECT_EQ(message, "nothing raised");
+        else
+          EXPECT_THAT(message, ::testing::HasSubstr(one.allowed));
+        rig.ExpectDone();
+      }
+    }
+  }
 }
 
 TEST(MySqlCurrentHandshake, RefusedOrBroken) {
@@ -192,7 +251,8 @@ TEST(MySqlCurrentHandshake, RefusedOrBroken) {
            .Server(ErrorPacket(4, 1045, "#28000No")),
        1045, "No"},
       {"a way unknown here", Begun().Server(SwitchTo("mysql_clear_password", "")), 2059,
-       "The server asks for a way to log in that is not known here: mysql_clear_password"},
+       "The server asks for a way to log in that is not known here: mysql_clear_password; --client library may know "
+       "it"},
       {"short nonce", Begun().Server(SwitchTo(kNative, "abc")), 2012, "Error in server handshake"},
       {"short nonce of a signature", Begun().Server(SwitchTo("client_ed25519", kOther)), 2012,
        "Error in server handshake"},

@@ -117,14 +117,21 @@ TEST(MySqlSession, PasswordIsAskedForAgain) {
   for (const auto& one : cases) {
     SCOPED_TRACE(one.name);
     const std::string password = *one.password == '\0' ? kNul : "xxxxxxxx" + kNul;
-    TDialogue dialogue;
-    dialogue.Server(ShortGreeting(kNewPasswords))
-        .Client(Packet(1, OldHead(0xA08D) + password + "db"))
-        .Server(Packet(2, one.request))
-        .Client(Packet(3, one.answer));
-    TSessionRig accepted(TDialogue(dialogue).Server(OldOk(4)));
+    const auto dialogue = [&] {
+      return TDialogue()
+          .Server(ShortGreeting(kNewPasswords))
+          .Client(Packet(1, OldHead(0xA08D) + password + "db"))
+          .Server(Packet(2, one.request))
+          .Client(Packet(3, one.answer))
+          .Server(OldOk(4));
+    };
+    TSessionRig accepted(dialogue());
     accepted.Connect(one.password);
     accepted.ExpectDone();
+    TSessionRig guarded(dialogue());
+    guarded.session.login_rules.guarded = true;
+    const std::string refusal = MessageOf([&] { guarded.Connect(one.password); });
+    EXPECT_EQ(refusal.find("--allow-old-login") != std::string::npos, *one.password != '\0') << refusal;
   }
   // An answer of 24 bytes that begins with 0 is an accepted login.
   TSessionRig rig(TDialogue()
@@ -196,6 +203,13 @@ TEST(MySqlSession, EmptyArgumentsTakeWhatIsStored) {
   rig.ExpectDone();
   EXPECT_EQ(rig.session.port, 3307);
   EXPECT_THAT(rig.dialogue.Timeouts(), ::testing::ElementsAre(7));
+}
+
+TEST(MySqlSession, GuardedPasswordIsNoneOfServersBefore41) {
+  TSessionRig rig(TDialogue().Server(ShortGreeting(kOldServer)));
+  rig.session.login_rules.guarded = true;
+  EXPECT_NE(MessageOf([&] { rig.Connect(); }).find("--allow-old-login"), std::string::npos);
+  rig.ExpectDone();
 }
 
 TEST(MySqlSession, RequiredTlsIsNoneOfOlderServers) {

@@ -43,7 +43,7 @@ TEST(EngineTableTest, EachEngineHasItsKeysAndPlaces) {
       {5, "Interbase/Firebird", "server database username password*", true, false},
       {6, "Access", "filename password* sysdb_filename*", true, true},
       {7, "SQL Server", "server database username password* windows_authentication?:N", true, true},
-      {8, "MySQL", "server database username password* port:3306", true, true},
+      {8, "MySQL", "server database username password* port:0", true, true},
       {9, "", "filename", true, false},
       {10, "Oracle", "server username password* authmode:Normal direct?:N", true, true},
       {11, "Paradox", "folder", true, false},

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <string>
 #include <thread>
@@ -25,6 +26,7 @@ class TRelay {
   TRelay& operator=(const TRelay&) = delete;
 
   int Port() const { return port_; }
+  void LeadTo(int server_port) { server_port_ = server_port; }  // who connects from now on
 
  private:
   struct TLink {
@@ -39,7 +41,7 @@ class TRelay {
   static bool FromClient(TLink& link, const std::function<EFate(const std::string&)>& watch);
   static bool FromServer(TLink& link);
 
-  int server_port_;
+  std::atomic<int> server_port_;
   std::function<EFate(const std::string&)> watch_;
   int listener_;
   int port_ = 0;

@@ -2,6 +2,8 @@
 
 #include <errmsg.h>
 #include <mysql.h>
+// After it.
+#include <ma_pvio.h>
 
 #include <algorithm>
 #include <iterator>
@@ -20,6 +22,9 @@ namespace {
 
 constexpr char kCharacterSet[] = "utf8mb4";
 constexpr char kNoMemory[] = "The MySQL client library could not be started";
+// Without a look at the name the library takes a server that offers no TLS, too, and tells it the password.
+constexpr char kChainAlone[] =
+    "The client library cannot check a certificate but for the name in it: give --tls required, or --client native";
 constexpr my_socket kNoSocket = static_cast<my_socket>(-1);  // of a connection that the library has given up
 
 // Errors of the library after which there is nobody left to talk to, or no way to understand each other.
@@ -48,22 +53,23 @@ void StartLibrary() {
 
 const char* TextOrNull(const std::string& text) { return text.empty() ? nullptr : text.c_str(); }
 
-void SetTls(MYSQL* handle, const TMyConnection& connection) {
-  const TMyOptions& options = connection.Options;
-  const bool required = options.Tls == ETls::Required;
-  const bool wanted = required || (options.Tls == ETls::Preferred && !IsLocalServer(connection.Server));
+void SetTls(MYSQL* handle, const TMyOptions& options, ETls tls) {
   // The library encrypts where the server offers it as soon as TLS is "enforced"; what makes it refuse a server that
   // offers none is the check of the certificate.
-  const my_bool enforce = wanted ? 1 : 0;
-  const my_bool verify = required ? 1 : 0;
+  const my_bool enforce = tls != ETls::Off ? 1 : 0;
+  const my_bool verify = tls == ETls::Required ? 1 : 0;
   mysql_options(handle, MYSQL_OPT_SSL_ENFORCE, &enforce);
   mysql_options(handle, MYSQL_OPT_SSL_VERIFY_SERVER_CERT, &verify);
-  if (required && !options.CaFile.empty()) mysql_options(handle, MYSQL_OPT_SSL_CA, options.CaFile.c_str());
+  if (verify != 0 && !options.CaFile.empty()) mysql_options(handle, MYSQL_OPT_SSL_CA, options.CaFile.c_str());
+  if (tls == ETls::Off || options.CertFile.empty()) return;
+  const std::string& key = options.KeyFile.empty() ? options.CertFile : options.KeyFile;
+  mysql_options(handle, MYSQL_OPT_SSL_CERT, options.CertFile.c_str());
+  mysql_options(handle, MYSQL_OPT_SSL_KEY, key.c_str());
 }
 
-// `answer_time` is how long a statement may take, in seconds; 0 is for ever.
-void SetOptions(MYSQL* handle, const TMyConnection& connection, unsigned answer_time) {
-  const unsigned protocol = IsLocalServer(connection.Server) ? MYSQL_PROTOCOL_SOCKET : MYSQL_PROTOCOL_TCP;
+// `answer_time` is how long the server may be silent, in seconds; 0 is for ever.
+void SetOptions(MYSQL* handle, const TMyConnection& connection, bool local, unsigned answer_time) {
+  const unsigned protocol = local ? MYSQL_PROTOCOL_SOCKET : MYSQL_PROTOCOL_TCP;
   const unsigned timeout = static_cast<unsigned>(std::max(connection.ConnectionTimeout, 0));
   const unsigned no_local_files = 0;
   const my_bool no_reconnect = 0;
@@ -74,14 +80,20 @@ void SetOptions(MYSQL* handle, const TMyConnection& connection, unsigned answer_
   mysql_options(handle, MYSQL_OPT_RECONNECT, &no_reconnect);
   mysql_options(handle, MYSQL_SET_CHARSET_NAME, kCharacterSet);
   if (connection.Options.Compress) mysql_options(handle, MYSQL_OPT_COMPRESS, nullptr);
-  SetTls(handle, connection);
+  const std::string& key = connection.Options.ServerPublicKey;
+  if (!key.empty()) mysql_options(handle, MYSQL_SERVER_PUBLIC_KEY, key.c_str());
 }
 
 class TLibraryWire final : public TMyWire {
  public:
-  void Open(const TMyConnection& connection, int answer_time) override;
+  void Open(const TMyConnection& connection, const TMyRoute& route, int answer_time) override;
   bool IsOpen() const override { return handle_ != nullptr; }
   void Close() override { handle_.reset(); }
+  void SetAnswerTime(int seconds) override {
+    MARIADB_PVIO* line = handle_->net.pvio;
+    line->methods->set_timeout(line, PVIO_READ_TIMEOUT, seconds);
+  }
+  bool IsUnchecked() const override { return !checked_ && mysql_get_ssl_cipher(handle_.get()) != nullptr; }
 
   void Send(std::string_view sql) override {
     if (mysql_real_query(handle_.get(), sql.data(), sql.size()) != 0) CheckError();
@@ -105,11 +117,13 @@ class TLibraryWire final : public TMyWire {
   void CheckError();  // raises what went wrong last, if it did
 
  private:
+  void TryToOpen(const TMyConnection& connection, const TMyRoute& route, int answer_time, ETls tls);
   EMySqlException LastError() const {
     return ToldError(static_cast<int>(mysql_errno(handle_.get())), mysql_error(handle_.get()));
   }
 
   THandle handle_;
+  bool checked_ = false;  // the server's certificate, where there is one
 };
 
 // While rows are on the wire it must live as long.
@@ -159,16 +173,31 @@ class TLibraryRows final : public TMyRows {
   const unsigned long* lengths_ = nullptr;
 };
 
-void TLibraryWire::Open(const TMyConnection& connection, int answer_time) {
+// Servers of old have a TLS that the library no longer takes, and a line that was only to be encrypted where possible
+// is not, then; but for one on which a certificate of ours was to be shown.
+void TLibraryWire::Open(const TMyConnection& connection, const TMyRoute& route, int answer_time) {
   StartLibrary();
+  ETls tls = connection.Options.Tls;
+  if (tls == ETls::VerifyCa) throw EMySqlException(kChainAlone);
+  if (tls == ETls::Preferred && route.IsLocal()) tls = ETls::Off;
+  const bool may_be_plain = tls == ETls::Preferred && connection.Options.CertFile.empty();
+  try {
+    TryToOpen(connection, route, answer_time, tls);
+  } catch (const EMySqlException& error) {
+    if (!may_be_plain || error.Number() != CR_SSL_CONNECTION_ERROR) throw;
+    TryToOpen(connection, route, answer_time, ETls::Off);
+  }
+}
+
+void TLibraryWire::TryToOpen(const TMyConnection& connection, const TMyRoute& route, int answer_time, ETls tls) {
   handle_.reset(mysql_init(nullptr));
   if (!handle_) throw EMySqlException(kNoMemory);
-  SetOptions(handle_.get(), connection, static_cast<unsigned>(answer_time));
-  const bool local = IsLocalServer(connection.Server);
-  const MYSQL* connected = mysql_real_connect(handle_.get(), local ? nullptr : connection.Server.c_str(),
-                                              connection.Username.c_str(), connection.Password.c_str(),
-                                              TextOrNull(connection.Database), static_cast<unsigned>(connection.Port),
-                                              local ? TextOrNull(connection.Options.Socket) : nullptr, 0);
+  checked_ = tls == ETls::Required;
+  SetOptions(handle_.get(), connection, route.IsLocal(), static_cast<unsigned>(answer_time));
+  SetTls(handle_.get(), connection.Options, tls);
+  const MYSQL* connected = mysql_real_connect(handle_.get(), TextOrNull(route.host), connection.Username.c_str(),
+                                              connection.Password.c_str(), TextOrNull(connection.Database),
+                                              static_cast<unsigned>(route.port), TextOrNull(route.socket), 0);
   if (connected == nullptr) {
     const EMySqlException error = LastError();
     Close();

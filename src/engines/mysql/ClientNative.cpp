@@ -9,8 +9,8 @@
 #include "engines/mysql/ReadAhead.h"
 #include "mysqlnet/MySqlResultSet.h"
 #include "mysqlnet/MySqlSession.h"
-#include "mysqlnet/MySqlVioPipe.h"
 #include "util/Errors.h"
+#include "util/Files.h"
 
 namespace velmora {
 
@@ -19,47 +19,50 @@ namespace {
 constexpr int kTcp = 0;
 constexpr int kSocket = 3;
 
-// Where a local server listens; empty when nowhere, and then it is reached by TCP.
-std::string LocalSocket(const TMyConnection& connection) {
-  if (!IsLocalServer(connection.Server)) return {};
-  return connection.Options.Socket.empty() ? TMySqlVioPipe::UsualPath() : connection.Options.Socket;
-}
-
 TMySqlTls TlsOf(const TMyConnection& connection, bool local) {
   const TMyOptions& options = connection.Options;
   switch (options.Tls) {
     case ETls::Required:
-      return {EMySqlTls::Required, options.CaFile};
+      return {EMySqlTls::Required, options.CaFile, options.CertFile, options.KeyFile};
+    case ETls::VerifyCa:
+      return {EMySqlTls::VerifyCa, options.CaFile, options.CertFile, options.KeyFile};
     case ETls::Preferred:
-      return {local ? EMySqlTls::Off : EMySqlTls::Preferred, {}};
+      return {local ? EMySqlTls::Off : EMySqlTls::Preferred, {}, options.CertFile, options.KeyFile};
     default:
       return {};
   }
 }
 
+TMySqlLoginRules LoginRulesOf(const TMyOptions& options) {
+  const std::string& key = options.ServerPublicKey;
+  return {true, options.GetServerPublicKey, key.empty() ? key : ReadFileText(key), options.AllowOldLogin};
+}
+
 class TNativeWire final : public TMyWire, private TReadAhead::TLine {
  public:
-  void Open(const TMyConnection& connection, int answer_time) override {
+  void Open(const TMyConnection& connection, const TMyRoute& route, int answer_time) override {
     session_ = std::make_unique<TMySqlSession>();
-    const std::string socket = LocalSocket(connection);
-    session_->protocol = socket.empty() ? kTcp : kSocket;
+    session_->protocol = route.IsLocal() ? kSocket : kTcp;
     session_->connect_timeout = std::max(connection.ConnectionTimeout, 0);
-    session_->command_timeout = answer_time;
+    SetAnswerTime(answer_time);
     session_->current_protocol = true;
     // The frames of compression are numbered by command, so that replies have to be waited for.
     reads_ahead_ = connection.Options.ReadAhead && !connection.Options.Compress;
-    session_->tls = TlsOf(connection, !socket.empty());
+    session_->tls = TlsOf(connection, route.IsLocal());
+    session_->login_rules = LoginRulesOf(connection.Options);
     const std::uint32_t flags = kMultiResults | (connection.Options.Compress ? kCompression : 0U);
     try {
       Guarded([&] {
-        session_->Connect(connection.Server, connection.Username, connection.Password, connection.Database,
-                          connection.Port, flags, socket);
+        session_->Connect(route.host, connection.Username, connection.Password, connection.Database, route.port, flags,
+                          route.socket);
       });
     } catch (...) {
       session_.reset();
       throw;
     }
   }
+  void SetAnswerTime(int seconds) override { session_->command_timeout = seconds; }
+  bool IsUnchecked() const override { return session_->IsEncrypted() && !session_->tls.IsChecked(); }
   bool IsOpen() const override { return session_ != nullptr && session_->net.vio != nullptr; }
   void Close() override {
     ahead_.Forget();

@@ -10,6 +10,7 @@
 #include "engines/mysql/DDLParser.h"
 #include "engines/mysql/MySQLText.h"
 #include "engines/mysql/MySQLTypes.h"
+#include "engines/mysql/MyWire.h"
 #include "engines/mysql/mysqlUtil.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -146,7 +147,7 @@ void TDBConnMySQL::SaveParams(const std::string& path, TXMLAccess& store) {
   store.xmlSetVal(path + "/database", database_);
   store.xmlSetVal(path + "/username", username_);
   store.xmlSetVal(path + "/password", password_);
-  store.xmlSetInt(path + "/port", port_);
+  store.xmlSetInt(path + "/port", port_ == 0 && !IsLocalServer(server_) ? kUsualPort : port_);
 }
 
 TMyConnection& TDBConnMySQL::GetConnectionObject() { return *connection_; }
@@ -161,7 +162,8 @@ void TDBConnMySQL::ApplyParams() {
 
 void TDBConnMySQL::GetDisplayName(std::string& text) {
   const std::string host = server_.empty() ? "localhost" : server_;
-  text = port_ == kUsualPort ? Format("%s.%s", host, database_) : Format("%s:%d.%s", host, port_, database_);
+  text =
+      port_ == kUsualPort || port_ == 0 ? Format("%s.%s", host, database_) : Format("%s:%d.%s", host, port_, database_);
 }
 
 // --- Words of the dialect, rows, statements

@@ -23,7 +23,7 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   std::string table_type = "InnoDB";  // of created tables; foreign key checks are switched for "InnoDB" alone
 
   const std::string& server() const { return server_; }  // empty means the local server
-  int port() const { return port_; }
+  int port() const { return port_; }                     // 0: none is given
   const std::string& database() const { return database_; }
   std::string TextsDatabase() const override { return database_; }
   const std::string& username() const { return username_; }

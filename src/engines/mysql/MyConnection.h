@@ -91,6 +91,8 @@ class TMyConnection : public TConnectionObject {
   int ConnectionTimeout = 15;  // seconds
   int IsolationLevel = 0;  // 0 is the server's own; from 1 read uncommitted, read committed, repeatable, serializable
   TMyOptions Options;
+  std::function<void(const std::string& text)>
+      Notice;                                   // called with what a user should know of the connection; optional
   std::function<void()> BeforeConnect;          // called before each attempt to connect; may set the parameters
   std::shared_ptr<TLatePassword> LatePassword;  // where Password is empty; null means that nobody can be asked
 
@@ -108,14 +110,17 @@ class TMyConnection : public TConnectionObject {
   // The same with the parameters of this one, but for the database: another way to the same server.
   std::unique_ptr<TMyConnection> NewSibling() const;
 
-  // Makes sure that CancelRunning can tell which server it has to reach; a transaction does so, too. For a connection at
-  // rest; nothing happens while not connected.
+  // Makes sure that CancelRunning can tell which server it has to reach; a transaction does so, too. For a connection
+  // at rest; nothing happens while not connected.
   virtual void PrepareToCancel() {}
+
+  // Where the server was reached: a socket's path, or HOST:PORT; empty while not connected.
+  virtual std::string ReachedAt() const { return {}; }
 
   // Two calls for other threads while one waits for a statement; both do nothing on a connection that is not open.
   // Asks the server, by a connection of its own, to break off the statement that runs, which then ends with the
   // server's error for that; one that has just ended is none the worse. Returns when the server has taken the word, and
-  // raises when that can't be had within seconds.
+  // raises when that can't be had within seconds, or when the second connection may have reached another server.
   virtual void CancelRunning() {}
   // Ends the connection below the client, at once and without a word to the server: whoever waits gets the error of a
   // lost connection, and what the statement does to its end is not known.

@@ -3,10 +3,29 @@
 #include <algorithm>
 #include <iterator>
 
+#include "engines/mysql/MyConnection.h"
+#include "mysqlnet/MySqlVioPipe.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
 namespace velmora {
+
+namespace {
+
+constexpr int kUsualPort = 3306;
+
+}  // namespace
+
+std::vector<TMyRoute> RoutesTo(const TMyConnection& connection) {
+  const bool local = IsLocalServer(connection.Server);
+  if (local && !connection.Options.Socket.empty()) return {{.socket = connection.Options.Socket}};
+  std::vector<TMyRoute> routes;
+  if (const std::string usual = TMySqlVioPipe::UsualPath(); local && connection.Port == 0 && !usual.empty())
+    routes.push_back({.socket = usual});
+  routes.push_back(
+      {.host = local ? "localhost" : connection.Server, .port = connection.Port == 0 ? kUsualPort : connection.Port});
+  return routes;
+}
 
 bool IsLocalServer(const std::string& server) { return server.empty() || SameText(server, "localhost"); }
 

@@ -18,6 +18,19 @@ namespace velmora {
 
 class TMyConnection;
 
+// A way to a server.
+struct TMyRoute {
+  std::string socket = {};  // path of the local server's; empty: by TCP, to the two below
+  std::string host = {};
+  int port = 0;
+
+  bool IsLocal() const { return !socket.empty(); }
+  std::string Name() const { return IsLocal() ? socket : host + ":" + std::to_string(port); }
+};
+// The ways to the server of `connection`, to be tried in this order, each where the former reaches nobody. A port that
+// is given is the only way, and so is a socket: there may be several servers, and another one must not be taken.
+std::vector<TMyRoute> RoutesTo(const TMyConnection& connection);
+
 // The rows of a result, kept by the backend or still on the wire.
 class TMyRows {
  public:
@@ -50,9 +63,12 @@ class TMyWire {
   TMyWire& operator=(const TMyWire&) = delete;
   virtual ~TMyWire() = default;  // closes, raises nothing
 
-  // With the parameters and options of `connection`. `answer_time` is how long a statement may take, in seconds; 0 is
-  // for ever. After a failure the wire is not open.
-  virtual void Open(const TMyConnection& connection, int answer_time) = 0;
+  // By `route`, with the other parameters and the options of `connection`. `answer_time` is how long the server
+  // may be silent, in seconds; 0 is for ever. After a failure the wire is not open, and may be opened by another route.
+  virtual void Open(const TMyConnection& connection, const TMyRoute& route, int answer_time) = 0;
+  // How long the server may be silent in the answers to what is sent from now on.
+  virtual void SetAnswerTime(int seconds) = 0;
+  virtual bool IsUnchecked() const = 0;  // encrypted, and nobody has looked who the server is
   virtual bool IsOpen() const = 0;
   virtual void Close() = 0;  // raises nothing
 
@@ -72,8 +88,9 @@ class TMyWire {
   virtual int Handle() const = 0;              // the system's number of the socket; -1: there is none
 };
 
-// The server is that of this machine, which is reached by its socket.
+// The server is that of this machine, which may be reached by its socket.
 bool IsLocalServer(const std::string& server);
+inline constexpr int kNobodyAtSocket = 2002;  // the error of a local server that is not there
 // What a server says before it hangs up, by the number of the error.
 bool IsFarewell(int error);
 

@@ -1,6 +1,8 @@
 #include "engines/mysql/ServerConnection.h"
 
 #include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -11,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "engines/mysql/ServerIdentity.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 
@@ -28,6 +31,18 @@ constexpr const char* kSetLevel[] = {
     "set transaction isolation level read uncommitted", "set transaction isolation level read committed",
     "set transaction isolation level repeatable read", "set transaction isolation level serializable"};
 constexpr int kCancelTime = 3;  // seconds for a word to the server that somebody waits for
+constexpr char kOtherServer[] = "The server of the statement could not be reached again to break it off";
+constexpr char kNobodyLooked[] =
+    "%s: the line is encrypted, but nobody has checked who answers: --tls verify-ca or --tls required does";
+
+// A peer that has gone without a word is found out within minutes, however long a statement may take.
+void KeepAlive(int socket) {
+  constexpr int kOn = 1, kIdle = 60, kBetween = 30, kTries = 6;
+  setsockopt(socket, SOL_SOCKET, SO_KEEPALIVE, &kOn, sizeof(kOn));
+  setsockopt(socket, IPPROTO_TCP, TCP_KEEPIDLE, &kIdle, sizeof(kIdle));
+  setsockopt(socket, IPPROTO_TCP, TCP_KEEPINTVL, &kBetween, sizeof(kBetween));
+  setsockopt(socket, IPPROTO_TCP, TCP_KEEPCNT, &kTries, sizeof(kTries));
+}
 
 // The columns of a result as fields, and its rows as values.
 class TRowReader {
@@ -71,22 +86,37 @@ class TServerConnection::TGrip {
     const std::lock_guard lock(guard_);
     if (socket_ >= 0) close(socket_);
     socket_ = -1;
+    server_.reset();
     sibling_.reset();
   }
   void Sever() {
     const std::lock_guard lock(guard_);
     if (socket_ >= 0) shutdown(socket_, SHUT_RDWR);
   }
-  // The server's number of the connection, and a way to the server; null when there is no connection.
-  std::pair<std::uint64_t, std::unique_ptr<TMyConnection>> Identity() {
+  // The server's number of the connection, who the server is, and a way to it.
+  struct TWay {
+    std::uint64_t thread = 0;
+    std::optional<TServerIdentity> server;
+    std::unique_ptr<TMyConnection> sibling;  // null when there is no connection
+  };
+  TWay Way() {
     const std::lock_guard lock(guard_);
-    return {thread_, sibling_ ? sibling_->NewSibling() : nullptr};
+    return {thread_, server_, sibling_ ? sibling_->NewSibling() : nullptr};
+  }
+  bool KnowsServer() {
+    const std::lock_guard lock(guard_);
+    return server_.has_value();
+  }
+  void Know(std::optional<TServerIdentity> server) {
+    const std::lock_guard lock(guard_);
+    server_ = std::move(server);
   }
 
  private:
   std::mutex guard_;
   std::uint64_t thread_ = 0;
   int socket_ = -1;
+  std::optional<TServerIdentity> server_;
   std::unique_ptr<TMyConnection> sibling_;  // one of the same kind
 };
 
@@ -97,10 +127,17 @@ class TServerConnection::TLink {
 
   bool IsOpen() const { return wire_ && wire_->IsOpen(); }
   std::optional<bool> TransactionOpen(bool refresh);
-  void Open(const TMyConnection& connection, std::unique_ptr<TMyWire> wire, int answer_time = 0);
+  void Open(const TMyConnection& connection, std::unique_ptr<TMyWire> wire, int answer_time);
   void Close();
-  void CancelRunning();            // by any thread
+  void CancelRunning();            // by any thread; raises where it can't be the same server that is told
   void Sever() { grip_.Sever(); }  // the same
+
+  void SetAnswerTime(int seconds) {
+    if (IsOpen()) wire_->SetAnswerTime(seconds);
+  }
+  bool IsUnchecked() const { return wire_->IsUnchecked(); }
+  // Asks the server who it is, so that a statement can be broken off from here on.
+  void GetToKnow();
 
   void Expect(const TStringList& statements) {
     if (IsOpen()) wire_->Expect(statements);
@@ -112,15 +149,14 @@ class TServerConnection::TLink {
   std::unique_ptr<TMyRows> Use(TBlockRows* reader);  // the same; until the last row `reader` owns the wire
   std::int64_t Drain();                              // rows affected, or the number of rows thrown away
 
-  bool Fetch(std::unique_ptr<TMyRows>& rows);    // of Use; false behind the last row, and then `rows` are freed
-  void Abandon(std::unique_ptr<TMyRows>& rows);  // of Use: the rest is not wanted; raises nothing
+  bool Fetch(std::unique_ptr<TMyRows>& rows);  // of Use; false behind the last row, and then `rows` are freed
 
   bool in_transaction = false;
+  std::string reached_at;
 
  private:
   template <class Act>
   std::invoke_result_t<Act> Guarded(Act act);
-  bool StopSending();
 
   std::unique_ptr<TMyWire> wire_;
   TGrip grip_;
@@ -229,7 +265,7 @@ class TServerConnection::TBlockRows final : public TDataset {
  private:
   void ReadBlock(std::size_t rows);
   void Abandon() {
-    if (source_) link_.Abandon(source_);
+    if (source_) link_.Close();  // a server that is told to stop might be another one
   }
 
   TLink& link_;
@@ -261,8 +297,18 @@ void TServerConnection::TBlockRows::ReadBlock(std::size_t rows) {
 
 void TServerConnection::TLink::Open(const TMyConnection& connection, std::unique_ptr<TMyWire> wire, int answer_time) {
   if (connection.Port < 0 || connection.Port > kHighestPort) throw EMySqlException(Format(kNoPort, connection.Port));
-  wire->Open(connection, answer_time);
+  const std::vector<TMyRoute> routes = RoutesTo(connection);
+  for (const TMyRoute& route : routes) {
+    try {
+      wire->Open(connection, route, answer_time);
+      reached_at = route.Name();
+      break;
+    } catch (const EMySqlException& error) {
+      if (error.Number() != kNobodyAtSocket || &route == &routes.back()) throw;
+    }
+  }
   wire_ = std::move(wire);
+  KeepAlive(wire_->Handle());
   grip_.Take(*wire_, connection);
 }
 
@@ -288,13 +334,21 @@ std::invoke_result_t<Act> TServerConnection::TLink::Guarded(Act act) {
 }
 
 void TServerConnection::TLink::CancelRunning() {
-  const auto [thread, sibling] = grip_.Identity();
-  if (!sibling) return;
-  sibling->ConnectionTimeout = kCancelTime;
+  const TGrip::TWay way = grip_.Way();
+  if (!way.sibling) return;
+  if (!way.server) throw EMySqlException(kOtherServer);
+  way.sibling->ConnectionTimeout = kCancelTime;
   TLink other;
-  other.Open(*sibling, static_cast<const TServerConnection&>(*sibling).NewWire(), kCancelTime);
-  other.Send(Format("kill query %d", thread));
+  other.Open(*way.sibling, static_cast<const TServerConnection&>(*way.sibling).NewWire(), kCancelTime);
+  other.GetToKnow();
+  const std::optional<TServerIdentity> reached = other.grip_.Way().server;
+  if (!reached || !IsSameServer(*reached, *way.server)) throw EMySqlException(kOtherServer);
+  other.Send(Format("kill query %d", way.thread));
   other.Drain();
+}
+
+void TServerConnection::TLink::GetToKnow() {
+  if (!grip_.KnowsServer()) grip_.Know(Guarded([&] { return IdentityOf(*wire_); }));
 }
 
 // Each accepted statement brings the server's state with it; an error does not, so that it is asked for.
@@ -362,31 +416,6 @@ bool TServerConnection::TLink::Fetch(std::unique_ptr<TMyRows>& rows) {
   });
 }
 
-void TServerConnection::TLink::Abandon(std::unique_ptr<TMyRows>& rows) {
-  reader_ = nullptr;
-  const bool told = StopSending();
-  try {
-    Guarded([&] {
-      rows->Skip();
-      wire_->SkipFurther();
-      // A server that had sent everything by then may keep the word for the next statement: it gets one to spend it on.
-      if (told) wire_->Send(kNothing);
-    });
-  } catch (const EMySqlException&) {  // the word itself, usually; whoever comes next sees a lost connection
-  }
-  rows.reset();
-}
-
-// False where the server can't be told: then the rest is read after all.
-bool TServerConnection::TLink::StopSending() {
-  try {
-    CancelRunning();
-    return true;
-  } catch (const EVelmora&) {
-    return false;
-  }
-}
-
 // --- Queries
 
 class TServerConnection::TQuery final : public TMyQuery {
@@ -396,12 +425,14 @@ class TServerConnection::TQuery final : public TMyQuery {
  private:
   std::unique_ptr<TDataset> DoOpen() override {
     server_.CheckConnected();
+    server_.link_->SetAnswerTime(server_.Options.ReadTimeout);
     server_.link_->Send(SQL);
     std::unique_ptr<TDataset> rows = UniDirectional && !FetchAll ? Blocks() : Stored();
     return rows ? std::move(rows) : std::make_unique<TMemDataset>(std::vector<TFieldDef>());
   }
   std::int64_t DoExecute() override {
     server_.CheckConnected();
+    server_.link_->SetAnswerTime(0);
     server_.link_->Send(SQL);
     return server_.link_->Drain();
   }
@@ -426,11 +457,15 @@ TServerConnection::~TServerConnection() = default;
 
 bool TServerConnection::GetConnected() const { return link_->IsOpen(); }
 
+std::string TServerConnection::ReachedAt() const { return link_->IsOpen() ? link_->reached_at : std::string(); }
+
 bool TServerConnection::InTransaction() const { return link_->in_transaction; }
 
 std::optional<bool> TServerConnection::TransactionOpen(bool refresh) { return link_->TransactionOpen(refresh); }
 
 void TServerConnection::StartTransaction() {
+  CheckConnected();
+  link_->GetToKnow();
   if (IsolationLevel != 0) {
     if (IsolationLevel < 0 || static_cast<std::size_t>(IsolationLevel) > std::size(kSetLevel))
       RaiseError(Format(kNoLevel, IsolationLevel));
@@ -458,18 +493,26 @@ std::unique_ptr<TMyConnection> TServerConnection::NewConnection() const {
   return connection;
 }
 
+void TServerConnection::PrepareToCancel() {
+  if (GetConnected()) link_->GetToKnow();
+}
+
 void TServerConnection::CancelRunning() { link_->CancelRunning(); }
 
 void TServerConnection::Sever() { link_->Sever(); }
 
 void TServerConnection::ExpectStatements(const TStringList& statements) { link_->Expect(statements); }
 
-void TServerConnection::DoConnect() { link_->Open(*this, NewWire()); }
+void TServerConnection::DoConnect() {
+  link_->Open(*this, NewWire(), Options.ReadTimeout);
+  if (Notice && link_->IsUnchecked()) Notice(Format(kNobodyLooked, ReachedAt()));
+}
 
 void TServerConnection::DoDisconnect() { link_->Close(); }
 
 void TServerConnection::Run(const char* statement) {
   CheckConnected();
+  link_->SetAnswerTime(0);
   link_->Send(statement);
   link_->Drain();
 }

@@ -5,14 +5,17 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <thread>
 
 #include "support/LiveDatabase.h"
 #include "support/MessageOf.h"
+#include "support/Relay.h"
 #include "support/ScratchFolder.h"
 #include "util/Errors.h"
+#include "util/Format.h"
 
 namespace velmora {
 namespace {
@@ -98,7 +101,19 @@ TEST_P(LiveConnection, LocalServerBySocketOthersByTcp) {
                                     "connection_id()");
     EXPECT_EQ(host.find(':') == std::string::npos, local) << server << " is " << host;
     EXPECT_EQ(Answer(*connection, "select database()"), "live");
+    const TPrivateServer& shared = TPrivateServer::Shared();
+    EXPECT_EQ(connection->ReachedAt(), local ? shared.Socket() : Format("127.0.0.1:%d", shared.Port()));
   }
+}
+
+// Whatever sockets there are: another server may listen there.
+TEST_P(LiveConnection, AGivenPortIsTheOnlyWay) {
+  const TConnections connection = New();
+  connection->Server = "localhost";
+  connection->Options.Socket.clear();
+  connection->SetConnected(true);
+  EXPECT_EQ(connection->ReachedAt(), Format("localhost:%d", TPrivateServer::Shared().Port()));
+  EXPECT_EQ(Answer(*connection, "select database()"), "live");
 }
 
 TEST_P(LiveConnection, FailuresToConnect) {
@@ -169,6 +184,16 @@ TEST_P(LiveConnection, TimeoutHoldsForConnectingOnly) {
   connection->ConnectionTimeout = 1;
   connection->SetConnected(true);
   EXPECT_EQ(Answer(*connection, "select sleep(1.5)"), "0");
+}
+
+// What is only read has its time, and what a script does takes as long as it takes.
+TEST_P(LiveConnection, SilenceEndsWhatIsRead) {
+  const TConnections connection = NewTcp();
+  connection->Options.ReadTimeout = 1;
+  connection->SetConnected(true);
+  Execute(*connection, "do sleep(1.5)");
+  EXPECT_THAT(MessageOf([&] { Answer(*connection, "select sleep(3)"); }), HasSubstr("Lost connection"));
+  EXPECT_FALSE(connection->GetConnected());
 }
 
 TEST_P(LiveConnection, NewConnectionHasTheOptionsAndNothingElse) {
@@ -262,8 +287,17 @@ TEST_P(LiveConnection, TlsAsWanted) {
   required->Options.CaFile = server.CaFile();
   EXPECT_NE(cipher(*required), "");
   required->SetConnected(false);
-  required->Server = "127.0.0.2";  // the same machine, but not the name in the certificate
-  EXPECT_THROW(required->SetConnected(true), EMySqlException);
+  required->Server = "localhost";  // the same machine, but not the name in the certificate
+  required->Options.Socket.clear();
+  EXPECT_THAT(MessageOf([&] { required->SetConnected(true); }), HasSubstr("certificate"));
+  required->Options.Tls = ETls::VerifyCa;
+  const std::string refusal = MessageOf([&] { required->SetConnected(true); });
+  EXPECT_THAT(refusal, HasSubstr(GetParam() ? "nothing raised" : "--client native"));
+  const TConnections unchecked = server.NewTcp(ETls::Preferred);
+  std::string told;
+  unchecked->Notice = [&](const std::string& text) { told = text; };
+  unchecked->SetConnected(true);
+  EXPECT_THAT(told, HasSubstr("nobody has checked who answers"));
 }
 
 TEST_P(LiveConnection, TlsOfAServerWithoutAny) {
@@ -369,11 +403,33 @@ TEST_P(LiveConnection, NothingRunsThatCouldBeEnded) {
   connection->CancelRunning();
   connection->Sever();
   connection->SetConnected(true);
+  EXPECT_THROW(connection->CancelRunning(), EMySqlException);  // it has not said yet who it is
+  connection->StartTransaction();
   connection->CancelRunning();
   EXPECT_EQ(Answer(*connection, "select 5"), "5");
   connection->Sever();
   EXPECT_THROW(Execute(*connection, "select 5"), EMySqlException);
   EXPECT_FALSE(connection->GetConnected());
+}
+
+// A number that means our statement on one server means a stranger's on the next.
+TEST_P(LiveConnection, AnotherServerAtTheSameAddressIsToldNothing) {
+  const TPrivateServer other;
+  std::atomic<int> kills = 0;
+  testing::TRelay relay(TPrivateServer::Shared().Port(), [&](const std::string& statement) {
+    if (statement.starts_with("kill")) ++kills;
+    return testing::EFate::Pass;
+  });
+  const TConnections connection = NewTcp();
+  connection->Port = relay.Port();
+  connection->SetConnected(true);
+  connection->StartTransaction();
+  relay.LeadTo(other.Port());
+  EXPECT_THAT(MessageOf([&] { connection->CancelRunning(); }), HasSubstr("could not be reached again"));
+  EXPECT_EQ(kills, 0);
+  relay.LeadTo(TPrivateServer::Shared().Port());
+  connection->CancelRunning();
+  EXPECT_EQ(kills, 1);
 }
 
 // Which errors leave nobody to talk to: a server of our own answers each statement with one of them.

@@ -183,28 +183,15 @@ TEST_P(LiveQuery, BlocksLeaveTheConnectionToOthers) {
   EXPECT_EQ(first->RecordCount(), 1000);
 }
 
-TEST_P(LiveQuery, BlocksClosedHalfWay) {
-  const auto query = InBlocks("select seq, repeat('x', 1000) from seq_1_to_10000", 10);
+// Nobody waits for rows that are not wanted, and no server is told to stop that may be another one.
+TEST_P(LiveQuery, BlocksClosedHalfWayEndTheConnection) {
+  const auto query = InBlocks("select seq, repeat('x', 1000) from seq_1_to_100000000", 10);
   query->Next();
   query->Close();
-  EXPECT_EQ(Answer("select 7"), "7");
-  query->Open();
+  EXPECT_FALSE(database.Connection().GetConnected());
+  database.Connection().SetConnected(true);
   query->Open();
   EXPECT_EQ(VarToInt(query->Value(0)), 1);
-}
-
-// The word that ends the sending may come behind the last row, and must not hit the next statement.
-TEST_P(LiveQuery, BlocksClosedHalfWayLeaveNothingBehind) {
-  TMyConnection& connection = database.Connection();
-  testing::Execute(connection, "create table t (a int) engine=InnoDB");
-  connection.StartTransaction();
-  for (int rows = 11; rows < 41; ++rows) {
-    InBlocks(Format("select seq from seq_1_to_%d", rows), 10)->Close();
-    testing::Execute(connection, "insert into t values (1)");
-  }
-  InBlocks("select seq, repeat('x', 1000) from seq_1_to_100000", 10)->Close();
-  connection.Commit();
-  EXPECT_EQ(Answer("select count(*) from t"), "30");
 }
 
 TEST_P(LiveQuery, BlocksAreCutOffByADisconnect) {
