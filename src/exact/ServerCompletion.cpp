@@ -310,9 +310,9 @@ std::string CutPart(const TKeyPart& part, const TColumnText& column, bool unique
   if (bytes == 0) return part.text;
   const bool blob = IsBlob(column.type);
   if (unique && part.length == 0) return part.text;
-  long long length = part.length > 0 ? part.length : bytes / letter;
-  const long long most = std::min(longest, blob ? std::min(bytes, longest) : bytes) / letter;
-  length = std::min(length, most);
+  // Deliberate: a long text may have as many letters in a key as it has bytes.
+  const long long letters = blob ? bytes : bytes / letter;
+  const long long length = std::min({part.length > 0 ? part.length : letters, letters, longest / letter});
   const std::vector<TToken> all = Tokens(part.text);
   const std::size_t behind = TokenAt(all, 1).Is("(") ? BehindGroup(all, 1) : 1;
   const std::string rest = behind + 1 < all.size() ? " " + TextOf(part.text, all, behind, all.size() - 1) : "";

@@ -69,11 +69,37 @@ TEST_F(ExactCommandTest, ATableThatCannotBeReadIsAWarningAndADifference) {
   const TAnswer text = Run({"compare", a_, b_, "--dialect", "exact"});
   EXPECT_EQ(text.status, 1);
   EXPECT_EQ(text.out, "1 table could not be compared\n");
-  EXPECT_THAT(text.err, StartsWith("velmora-cli: warning: target: table bad is skipped: "));
+  EXPECT_THAT(text.err, HasSubstr("target: table bad is skipped: " + b_ + ": line 11: "));
   EXPECT_EQ(Run({"script", a_, b_, "--dialect", "exact"}).status, 2) << "the table stays as it is";
   const TJson json = TJson::parse(Run({"compare", a_, b_, "--dialect", "exact", "--format", "json"}).out);
   EXPECT_EQ(json["identical"], false);
   EXPECT_EQ(json["skipped"][0]["table"], "bad");
+}
+
+// Nothing of a table is dropped or changed that a file says more of than can be followed.
+TEST_F(ExactCommandTest, WhatAFileSaysAndCannotBeFollowedIsLeftAlone) {
+  const struct {
+    const char* file;
+    const char* fault;
+  } kCases[] = {
+      {"\ncreate table u as select 1;", "line 2: Table u is made of the rows of a query"},
+      {"create table u (a int);\n\nalter table u add partition (partition p values less than (1));", "line 3: "},
+      {"create table u (a int); alter table u drop column b;", "line 1: Table u has no column b"},
+      {"alter table u add b int;", "line 1: There is no table u"},
+      {"create table u (a int);\nrename table u to v; create table u like v; alter table u check partition p;",
+       "line 2: "},
+      {"call make_tables();", "line 1: call make_tables()"},
+      {"create table u (`a\nb` int);", "line 1: the name `a\\nb` holds a line end"},
+  };
+  for (const auto& row : kCases) {
+    WriteFileText(a_, std::string(row.file) + " create table if not exists v (a int);");
+    WriteFileText(b_, "create table u (a int, c int, key (c)); create table v (a int);");
+    const TAnswer text = Run({"compare", a_, b_, "--dialect", "exact"});
+    EXPECT_EQ(text.status, 1) << row.file;
+    EXPECT_EQ(text.out, "1 table could not be compared\n") << row.file;
+    EXPECT_THAT(text.err, HasSubstr("table u is skipped: " + a_ + ": " + row.fault));
+    EXPECT_THAT(text.err, HasSubstr("--via-server"));
+  }
 }
 
 TEST_F(ExactCommandTest, TheScriptIsTakenByAnyClient) {

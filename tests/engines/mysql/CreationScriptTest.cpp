@@ -138,6 +138,55 @@ TEST(CreationScript, WarnsOfWhatMattersAndTellsTheRest) {
                          "line 9: table T is created again, in place of the one of line 3"}));
 }
 
+TEST(CreationScript, ADumpThatIsCutAnywhereIsAnError) {
+  const std::string_view openings[] = {"-- MySQL dump 10.13  Distrib 8\n--\n",
+                                       "/*M!999999\\- enable the sandbox mode */ \n-- MariaDB dump 10.19\n"};
+  for (const std::string_view opening : openings) {
+    const std::string whole = std::string(opening) + "create table `a` (`b` int comment 'it''s');\n-- Dump completed";
+    for (std::size_t size = 1; size < whole.size(); ++size)
+      EXPECT_NE(MessageOf([&] { TCreationScript script(whole.substr(0, size)); }), "") << whole.substr(0, size);
+    EXPECT_EQ(TCreationScript(whole).Tables().size(), 1u);
+    EXPECT_EQ(TCreationScript(whole + " on 2026-01-01\n").Tables().size(), 1u);
+    const std::string cut = whole.substr(0, whole.rfind('\n'));
+    EXPECT_EQ(TCreationScript(cut, {"", true}).Tables().size(), 1u);
+    EXPECT_NE(MessageOf([&] { TCreationScript script(whole + "\n" + cut); }), "");
+  }
+}
+
+TEST(CreationScript, ReadsLinesThatEndInCarriageReturnsAlone) {
+  EXPECT_EQ(Recorded(TCreationScript("-- a dump\r# of old\rcreate table t (a int);\r")),
+            (TStringList{"t=create table t (a int)"}));
+}
+
+TEST(CreationScript, TakesOneOfSeveralDatabases) {
+  const std::string text =
+      "create database x; use x; create table t (a int); create table y.u (b int); use `y`; create table t (c int);";
+  EXPECT_EQ(Recorded(TCreationScript(text, {"x", false})), (TStringList{"t=create table t (a int)"}));
+  EXPECT_EQ(Recorded(TCreationScript(text, {"y", false})),
+            (TStringList{"u=create table u (b int)", "t=create table t (c int)"}));
+  EXPECT_EQ(MessageOf([&] { TCreationScript script(text); }),
+            "holds several databases: x, y; name one as in FILE.sql#x");
+  EXPECT_EQ(MessageOf([&] { TCreationScript script(text, {"z", false}); }), "holds no database z; there is: x, y");
+}
+
+TEST(CreationScript, NamesWhatIsNoTable) {
+  const TCreationScript script(
+      "/*!50001 CREATE TABLE `v` (`a` int) */;\n/*!50001 DROP TABLE IF EXISTS `v`*/;\n"
+      "/*!50001 CREATE ALGORITHM=UNDEFINED */\n/*!50013 DEFINER=`root`@`localhost` SQL SECURITY DEFINER */\n"
+      "/*!50001 VIEW `v` AS select 1 AS `a` */;\n"
+      "delimiter ;;\n/*!50003 CREATE*/ /*!50017 DEFINER=`r`@`%`*/ /*!50003 TRIGGER tr before insert on t for each row "
+      "begin set new.a = ';'; end */;;\ncreate definer=`r`@`%` procedure p() begin select 1; end;;\ndelimiter ;\n"
+      "create event e on schedule every 1 day do select 1; create function gone() returns int return 1;\n"
+      "drop function if exists gone; create table t (a int);");
+  TStringList names;
+  for (const TOtherObject& object : script.OtherObjects()) names.push_back(object.kind + " " + object.name);
+  EXPECT_EQ(names, (TStringList{"view v", "trigger tr", "procedure p", "event e"}));
+  EXPECT_EQ(
+      script.OtherObjects()[0].text,
+      "CREATE ALGORITHM=UNDEFINED \n DEFINER=`root`@`localhost` SQL SECURITY DEFINER \n VIEW `v` AS select 1 AS `a`");
+  EXPECT_EQ(Recorded(script), (TStringList{"t=create table t (a int)"}));
+}
+
 TEST(CreationScript, WarnsOfNoTables) {
   const TStringList warning{"no create table statement: taken as an empty database"};
   EXPECT_EQ(Messages(TCreationScript(""), true), warning);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "app/Application.h"
 #include "app/Tasks.h"
@@ -76,6 +77,32 @@ class ExactLiveTest : public ::testing::Test {
   TLineLog log_{SystemClock(), progress_};
   TApplication app_{progress_, editor_, log_, SystemClock()};
 };
+
+// Whatever its style, a file is the database that its statements make.
+TEST_F(ExactLiveTest, FilesOfApplicationsAreTheirOwnDatabases) {
+  for (const auto& entry : std::filesystem::directory_iterator(VELMORA_SOURCE_DIR "/tests/data/applications")) {
+    const std::string file = entry.path();
+    TLiveDatabase database("application");
+    const std::string script = ReadFileText(file);
+    TStatementReader reader(script);
+    for (TStatement statement; reader.Next(statement);) database.Run(std::string(statement.text));
+    app_.TakeTask({std::make_unique<TDBConnMySQLOffline>(file), database.NewEngine()});
+    app_.Compare();
+    EXPECT_TRUE(app_.Identical()) << file << "\n" << JoinList(app_.ActionLog(), "\n");
+    EXPECT_THAT(app_.exact.Plan(), IsEmpty()) << file;
+  }
+}
+
+// The raw line end of a literal outlives the script's own.
+TEST_F(ExactLiveTest, LineEndsWithinLiteralsConverge) {
+  target_.Run("create table t (a int comment 'x', b varchar(9) default 'y')");
+  OpenWithReferenceFile("create table t (a int comment 'one\ntwo\r\nthree', b varchar(9) default '\\\n');");
+  Sync();
+  EXPECT_EQ(
+      Ask("select hex(column_comment) from information_schema.columns where table_name = 't' and column_name = 'a' "
+          "and table_schema = database()"),
+      "6F6E650A74776F0D0A7468726565");
+}
 
 TEST_F(ExactLiveTest, ThePairsOfTheExamplesConvergeAndKeepTheirRows) {
   for (const std::string folder : {"", "stops/"}) {

@@ -1,0 +1,13 @@
+create table p (id int primary key, b int, c varchar(100), tt tinytext, tx text, unique (b), key (b,c), index (b), key b_9 (b), key(tx(50)), key (c(100)), key (c(20)), fulltext(tx), fulltext key (c), key(id,b));
+create table a (id serial, x int references p(id), y int, z int not null unique, w int unique key comment 'h', n int, foreign key (x,y) references p(id,b), constraint foo foreign key bar (y) references p(b), foreign key baz (z) references p(id) on delete cascade, foreign key (n) references p (id), check (x>0), constraint chk check (y>0), v int check (v>1));
+create table g3 (a int, b int, key zz (a,b), foreign key(a) references p(id), foreign key(a,b) references p(id,b), foreign key (b) references p(b));
+create table l like a;
+rename table g3 to g4;
+create table g5 (a int, b int, foreign key(a) references p(id));
+alter table g5 add key ab (a,b);
+create table g6 (a int, b int, foreign key(a) references p(id), foreign key(a,b) references p(id,b), foreign key (a) references p(id));
+alter table g6 add foreign key (b) references p(b), add constraint foreign key (b) references p(b);
+alter table p rename to pp;
+create table unnamed (a int, index i (a), unique index u (a), unique key (a), unique u2 (a), constraint u3 unique (a), constraint u4 unique key u5 (a), primary key pp (a));
+create table prefixes (a text, b blob, c char(10), d varchar(2000), key (b(4000)), key k2 (a(4000)), key (c(10)), key (c(4)), unique key (a(20)), key (d));
+create table old_prefixes (d varchar(2000), t tinytext, key (d), key (t(300))) engine=myisam;

@@ -1,0 +1,12 @@
+create table ch2 (a varchar(10) character set utf8, b text, c tinytext, d char(4) character set binary, e varchar(20) collate latin1_bin) default charset latin1 comment = 'x'; alter table ch2 default charset utf8mb4, auto_increment=5; alter table ch2 comment='', modify a int default 3 after e, drop b;
+CREATE INDEX i1 ON ch2 (a); create unique index u1 using btree on ch2 (a,e) comment 'x'; create fulltext index ft on ch2 (e); drop index i1 on ch2;
+alter table ch2 change e ee varchar(30) not null first, add column (n1 int, n2 int unique), add n3 int after a, alter a set default 7,  add index (n3), drop column if exists zz, rename index u1 to u2, add column if not exists a int, drop key if exists nope, add index if not exists n3 (n3), engine=innodb;
+alter table ch2 alter column n1 drop default, order by a; 
+alter table ch2 add n4 int primary key auto_increment;
+alter ignore table ch2 modify column n3 bigint unsigned comment 'it''s', add constraint c1 check (n3 > 5), add constraint uq unique (n1);
+drop table if exists nothere; create table if not exists p (zz int); create table dd (a int); drop table dd; create table dd (b int);
+alter table if exists nothere add z int;
+create table p2 (id int primary key); create table an (a int, b int); alter table an add primary key (a), add unique (b), add foreign key (b) references p2(id);
+alter table an rename column b to b2; alter table an rename to an2; rename table an2 to an3, p2 to p3;
+create table copy like ch2; create or replace table copy2 (like dd);
+create table ch (a varchar(10) character set utf8, b text) default charset latin1; alter table ch convert to character set utf8mb4;
