@@ -84,6 +84,20 @@ TEST(InterruptTest, ASignalToEndBreaksOffWhatDoesNotEnd) {
       ::testing::KilledBySignal(SIGTERM), "");
 }
 
+TEST(InterruptTest, WhatCanBeThrownAwayIsBrokenOffByASignalToEndAndLeftAloneAfterwards) {
+  TCancelled connection(true);
+  TInterruptHost host(nullptr, 60000, TInterruptHost::EToldToEnd::BreakOff);
+  raise(SIGTERM);
+  host.RunsOn(&connection);
+  EXPECT_EQ(MessageOf([&] { host.ProcessMessages(); }), "Cancelled");
+  raise(SIGHUP);
+  WaitFor(connection.cancelled);
+  host.RunsOn(nullptr);
+  raise(SIGTERM);
+  EXPECT_EQ(connection.severed, 0);
+  EXPECT_EQ(connection.cancelled, 1);
+}
+
 TEST(InterruptTest, AStatementThatComesBackKeepsItsConnection) {
   TCancelled connection(true);
   std::optional<TInterruptHost> host(std::in_place, &connection, 60000);
