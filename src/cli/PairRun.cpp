@@ -161,8 +161,8 @@ void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_s
   if (pair.via_server)
     ReadReferenceOnServer();
   else
-    WarnOfSource(*app_.connections.reference, options.verbose(), console_);
-  WarnOfSource(*app_.connections.target, options.verbose(), console_);
+    WarnOfSource(*app_.connections.reference, options.verbose(), console_, app_.dialect == EDialect::Exact);
+  WarnOfSource(*app_.connections.target, options.verbose(), console_, app_.dialect == EDialect::Exact);
 }
 
 void TPairRun::OpenTarget(const TPair& pair, const TSourceOptions& options) {

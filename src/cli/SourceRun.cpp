@@ -27,11 +27,12 @@ void WarnOfNoTables(TDBConn& conn, TConsole& console) {
 
 }  // namespace
 
-void WarnOfSource(TDBConn& conn, bool verbose, TConsole& console) {
+void WarnOfSource(TDBConn& conn, bool verbose, TConsole& console, bool applies_statements) {
   auto* offline = dynamic_cast<TDBConnMySQLOffline*>(&conn);
   if (offline == nullptr) return;
   const TOfflineConnection& file = offline->GetConnectionObject();
   for (const TScriptWarning& warning : file.Warnings()) {
+    if (warning.passed_over && applies_statements) continue;
     const std::string text = Placed(file.Path(), warning.Message());
     if (!warning.verbose_only)
       console.Warn(text);

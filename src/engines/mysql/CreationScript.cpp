@@ -172,6 +172,7 @@ class TCreationScript::TCollector {
         return;
       case EStatementKind::Object:
         Forget(head.object, NameIn(statement.text, head));
+        dropped_.erase(LowerText(NameIn(statement.text, head)));  // dumps drop a view's stand-in as a table
         if (chosen_.empty() || database_.empty() || database_ == chosen_)
           others_.push_back({std::string(head.object), NameIn(statement.text, head), WithoutMarks(statement.text)});
         return;
@@ -247,7 +248,7 @@ class TCreationScript::TCollector {
       const std::size_t count = counts_[static_cast<std::size_t>(row.kind)];
       if (count > 0) counted += Format("%s%s (%d)", counted.empty() ? "" : ", ", std::string(row.words), count);
     }
-    if (!counted.empty()) warnings_.push_back({Format(kStructurePassedOver, counted)});
+    if (!counted.empty()) warnings_.push_back({Format(kStructurePassedOver, counted), 0, false, true});
   }
 
   std::vector<TSpan>& spans_;

@@ -18,6 +18,7 @@ struct TScriptWarning {
   std::string text;           // without file and line
   std::size_t line = 0;       // counted from 1; 0 for the file as a whole
   bool verbose_only = false;  // of interest only to who asks what was passed over
+  bool passed_over = false;   // holds for those alone who take the creation texts, and apply no other statement
 
   std::string Message() const;  // "line %d: %s"
 };
