@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "persist/EngineTable.h"
 
@@ -30,11 +31,25 @@ TServerAddress ParseServerAddress(std::string_view source);
 struct TEngineSource {
   const TEngineRow* engine = nullptr;
   std::map<std::string, std::string> values;  // by key in lower case
+  std::vector<std::string> doubtful;          // keys of them that may be the rest of a secret before them
 };
 
 // ENGINE:key=value;key=value with an engine's name, case ignored. Nothing when `source` does not begin with such a
 // name.
 std::optional<TEngineSource> ParseEngineSource(std::string_view source);
+
+struct TTextRange {
+  std::size_t start;
+  std::size_t length;
+};
+
+// Where passwords stand in a source, whether it is one or was only meant to be: behind the user of an address, in the
+// values of keys that hold secrets and in what seems to follow such a value. Rather too much than too little. In the
+// order of their beginnings; one may stand within another.
+std::vector<TTextRange> SecretsOfSource(std::string_view source);
+
+// As much of a text that is no source as can be shown: where a password may stand in it, the word it begins with.
+std::string ShownSource(std::string_view source);
 
 int ParsePort(std::string_view text);  // 1 to 65535; raises
 

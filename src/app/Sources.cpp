@@ -1,6 +1,8 @@
 #include "app/Sources.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <iterator>
 #include <set>
 
 #include "app/SourceText.h"
@@ -98,8 +100,9 @@ std::string KeysOf(const TEngineRow& engine) {
 }
 
 // A name that is none may be the rest of a password.
-std::string ShownKey(const std::string& name) {
-  const bool plain = std::ranges::all_of(name, [](char c) { return (c >= 'a' && c <= 'z') || c == '_'; });
+std::string ShownKey(const std::string& name, const TEngineSource& source) {
+  const bool plain = std::ranges::all_of(name, [](char c) { return (c >= 'a' && c <= 'z') || c == '_'; }) &&
+                     std::ranges::find(source.doubtful, name) == source.doubtful.end();
   return plain ? " \"" + name + "\"" : " of the name given";
 }
 
@@ -109,21 +112,64 @@ std::unique_ptr<TDBConn> MakeByKeys(const TEngineSource& source, const TSourceSe
     const TEngineKey* key = source.engine->FindKey(name);
     if (key == nullptr)
       RaiseError(Format("%s has no key%s; its keys are: %s (a \";\" in a value is written %%3B)",
-                        EngineName(*source.engine), ShownKey(name), KeysOf(*source.engine)));
+                        EngineName(*source.engine), ShownKey(name, source), KeysOf(*source.engine)));
     if (key->kind == EKeyKind::Port) ParsePort(value);
     values.Set(key->name, value);
   }
   return MakeGiven(*source.engine, std::move(values), settings);
 }
 
-}  // namespace
+// How a file whose name ends so is given; %s stands for the file, or for the folder that holds it.
+struct TFileForm {
+  std::string_view ending, form;
+  bool by_folder;
+};
+constexpr TFileForm kFileForms[] = {
+    {".mdb", "Access:filename=%s", false},
+    {".accdb", "Access:filename=%s", false},
+    {".xls", "Excel:filename=%s;HDR=Y", false},
+    {".wk1", "Lotus 1-2-3:filename=%s", false},
+    {".wk3", "Lotus 1-2-3:filename=%s", false},
+    {".wk4", "Lotus 1-2-3:filename=%s", false},
+    {".123", "Lotus 1-2-3:filename=%s", false},
+    {".fdb", "Interbase/Firebird:server=;database=%s;username=USER", false},
+    {".gdb", "Interbase/Firebird:server=;database=%s;username=USER", false},
+    {".dbf", "DBF:folder=%s", true},
+    {".dbc", "FoxPro:folder=%s", true},
+    {".db", "Paradox:folder=%s", true},
+    {".csv", "Text:folder=%s;HDR=Y;separator=,", true},
+    {".txt",
+     "a file of MySQL creation texts whose name ends in .sql, or text with a table per file as "
+     "Text:folder=%s;HDR=Y;separator=,",
+     true},
+    {".vlt", "the only source: a task file stands for reference and target", false},
+};
+constexpr char kFolderForm[] = "Paradox:folder=%s, DBF:folder=%s, FoxPro:folder=%s or Text:folder=%s;HDR=Y;separator=,";
 
-namespace {
+std::string KeyValue(const std::filesystem::path& path) {
+  return StrReplace(StrReplace(path.empty() ? "." : path.string(), "%", "%25"), ";", "%3B");
+}
 
-// As much of a text that is no source as can be shown: what looks as if a password stood in it is cut off before that.
-std::string Shown(const std::string& source) {
-  const bool may_be_secret = source.find_first_of("@=") != std::string::npos || PosNoCase("password", source) != 0;
-  return may_be_secret ? source.substr(0, source.find_first_of(":;@=")) + "..." : source;
+// What to give instead of a file or a folder that is no source by itself; empty where that cannot be told.
+std::string FileHint(const std::string& source) {
+  const std::filesystem::path path = source;
+  std::error_code none;
+  if (std::filesystem::is_directory(path, none)) {
+    const std::string folder = KeyValue(path);
+    return Format(kFolderForm, folder, folder, folder, folder);
+  }
+  const auto* row =
+      std::ranges::find_if(kFileForms, [&](const TFileForm& form) { return EndsIn(source, form.ending); });
+  if (row != std::end(kFileForms)) return Format(row->form, KeyValue(row->by_folder ? path.parent_path() : path));
+  return std::filesystem::exists(path, none) ? "a file of MySQL creation texts, whose name has to end in .sql" : "";
+}
+
+[[noreturn]] void RaiseNoSource(const std::string& source) {
+  const std::string shown = ShownSource(source);
+  if (const std::string hint = shown == source ? FileHint(source) : std::string(); !hint.empty())
+    RaiseError(Format("\"%s\" is no source by itself: give %s", shown, hint));
+  RaiseError(Format(
+      "\"%s\" is no source: give a file that ends in .sql, mysql://USER@HOST/DATABASE, or ENGINE:key=value", shown));
 }
 
 }  // namespace
@@ -147,9 +193,7 @@ std::unique_ptr<TDBConn> MakeSource(const std::string& source, const TSourceSett
     return MakeServer(source, settings);
   if (const std::optional<TEngineSource> by_keys = ParseEngineSource(source)) return MakeByKeys(*by_keys, settings);
   if (std::unique_ptr<TDBConn> script = MakeScript(source, settings)) return script;
-  RaiseError(
-      Format("\"%s\" is no source: give a file that ends in .sql, mysql://USER@HOST/DATABASE, or ENGINE:key=value",
-             Shown(source)));
+  RaiseNoSource(source);
 }
 
 void SettleSocket(std::initializer_list<TDBConn*> sources, bool of_task) {

@@ -119,7 +119,7 @@ class TRowsCommand final : public TCommand {
 
  private:
   std::string source_, table_;
-  long long limit_ = -1;
+  std::int64_t limit_ = -1;  // all
   TSourceOptions options_;
   EFormat format_ = EFormat::Text;
 };

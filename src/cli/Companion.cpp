@@ -11,6 +11,7 @@
 #include "cli/Command.h"
 #include "cli/Commands.h"
 #include "util/Errors.h"
+#include "util/Format.h"
 #include "util/Version.h"
 
 namespace velmora {
@@ -45,7 +46,7 @@ int Execute(TCommand& command, TConsole& console) {
   } catch (const EAbort&) {
     return kExitFailure;
   } catch (const std::bad_alloc&) {
-    console.Error("out of memory");
+    console.Error(kOutOfMemory);
   } catch (const std::exception& error) {
     console.Error(error.what());
   }
@@ -76,6 +77,17 @@ void DeclareChoice(CLI::App& app, const std::string& name, const TStringList& wo
     choose(static_cast<std::size_t>(place));
   };
   app.add_option_function<std::string>(name, take, help)->type_name(JoinList(words, "|"));
+}
+
+void DeclareNumber(CLI::App& app, const std::string& name, std::int64_t least, std::int64_t most,
+                   const std::string& help, std::function<void(std::int64_t)> take) {
+  const auto check = [name, least, most, take](const std::string& given) {
+    const std::optional<std::int64_t> value = TryStrToInt(given);
+    if (!value || *value < least || *value > most)
+      throw CLI::ValidationError(name, Format("\"%s\" is no whole number from %d to %d", given, least, most));
+    take(*value);
+  };
+  app.add_option_function<std::string>(name, check, help)->type_name("N");
 }
 
 void DeclareFormat(CLI::App& app, EFormat& format) {
@@ -131,6 +143,7 @@ void DeclareScratch(CLI::App& app, TPair& pair) {
 }
 
 int RunCompanion(const std::vector<std::string>& arguments, TConsole& console) {
+  console.secrets = TSecrets(arguments);
   CLI::App app(kAbout, kCompanionName);
   app.footer(Footer());
   app.set_version_flag("--version", VersionLine());

@@ -37,8 +37,7 @@ void AddExactResults(const TApplication& app, const std::optional<std::string>& 
   document["verified_on_server"] = on_server ? TJson(*on_server) : TJson();
 }
 
-void PrintJson(const TApplication& app, const std::optional<std::string>& error, const std::optional<int>& on_server,
-               std::ostream& out) {
+TJson Document(const TApplication& app, const std::optional<std::string>& error, const std::optional<int>& on_server) {
   TJson actions = TJson::array();
   for (const TActionRow* row = app.data.mtActions.First(); row != nullptr; row = app.data.mtActions.After(row->id)) {
     actions.push_back({{"id", row->id},
@@ -52,7 +51,30 @@ void PrintJson(const TApplication& app, const std::optional<std::string>& error,
       {"identical", !error && app.Identical()}, {"actions", std::move(actions)}, {"log", app.ActionLog()}};
   if (app.dialect == EDialect::Exact) AddExactResults(app, error, on_server, document);
   document["error"] = JsonOf(error);
-  out << TextOf(document);
+  return document;
+}
+
+TJson LeastDocument(const TApplication& app) {
+  TJson document = {{"identical", false}, {"actions", TJson::array()}, {"log", TJson::array()}};
+  if (app.dialect == EDialect::Exact) {
+    document["skipped"] = TJson::array();
+    document["verified"] = document["verified_on_server"] = TJson();
+  }
+  document["error"] = kOutOfMemory;
+  return document;
+}
+
+// Gives whether memory sufficed for it.
+bool PrintJson(const TApplication& app, const std::optional<std::string>& error, const std::optional<int>& on_server,
+               TConsole& console) {
+  const auto least = [&] {
+    console.Error(kOutOfMemory);
+    return LeastDocument(app);
+  };
+  // What was found takes the memory that is wanting.
+  const bool told = error == kOutOfMemory;
+  return PrintDocument(
+      console.out, [&] { return told ? LeastDocument(app) : Document(app, error, on_server); }, least);
 }
 
 }  // namespace
@@ -71,12 +93,13 @@ int TCompareCommand::Execute(TConsole& console) {
   std::optional<std::string> error = run.Compare(pair_, options_, false);
   std::optional<int> on_server;
   if (!error && pair_.verify_on_server) error = run.VerifyOnServer(on_server);
+  bool told = true;
   if (format_ == EFormat::Json)
-    PrintJson(run.app(), error, on_server, console.out);
+    told = PrintJson(run.app(), error, on_server, console);
   else
     PrintComparison(run.app(), error.has_value(), console.out);
   run.HangUp();
-  if (error || on_server.value_or(0) > 0) return kExitFailure;
+  if (error || !told || on_server.value_or(0) > 0) return kExitFailure;
   return run.app().Identical() ? kExitSuccess : kExitDifferent;
 }
 

@@ -7,6 +7,7 @@
 
 #include "cli/Command.h"
 #include "util/Format.h"
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -46,16 +47,16 @@ TReasons Reasons(const TApplication& app) {
 
 void PrintReason(const TReasons& reasons, const TActionNode& node, const char* indent, std::ostream& out) {
   if (const auto found = reasons.find(node.id); found != reasons.end())
-    out << indent << "! unsafe: " << found->second << '\n';
+    out << indent << "! unsafe: " << ShownText(found->second) << '\n';
 }
 
 void PrintTree(const TApplication& app, std::ostream& out) {
   const TReasons reasons = Reasons(app);
   for (const TActionNode& table : app.tree.Top()) {
-    out << SignOf(table.icon) << ' ' << TopText(app, table) << '\n';
+    out << SignOf(table.icon) << ' ' << ShownText(TopText(app, table)) << '\n';
     PrintReason(reasons, table, "    ", out);
     for (const TActionNode& action : table.children) {
-      out << "    " << SignOf(action.icon) << ' ' << action.text << '\n';
+      out << "    " << SignOf(action.icon) << ' ' << ShownText(action.text) << '\n';
       PrintReason(reasons, action, "        ", out);
     }
   }
@@ -96,6 +97,7 @@ void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
 
 void TellExactNotes(const TApplication& app, TConsole& console) {
   if (app.dialect != EDialect::Exact) return;
+  for (const std::string& line : app.exact.CaseTwins()) console.Note(line);
   for (const std::string& line : app.exact.LeftAlone()) console.Note(line);
   for (const TObjectDifference& object : app.exact.Objects())
     console.Note(Format("Not the same: %s %s: %s", object.kind, object.name, object.difference));

@@ -2,21 +2,34 @@
 
 #include <ostream>
 
-#include "cli/Secrets.h"
 #include "util/Text.h"
 
 namespace velmora {
 
+namespace {
+
+void Tell(std::ostream& err, const char* kind, const std::string& text) {
+  err << kCompanionName << ": " << kind << ShownText(text) << '\n';
+}
+
+}  // namespace
+
+std::string TConsole::AskSecret(const std::string& question) const {
+  return CanAsk() ? ask(ShownText(question), true) : std::string();
+}
+
 bool TConsole::Confirm(const std::string& question) const {
   if (!CanAsk()) return false;
-  const std::string answer = Trim(ask(question + " [y/N] ", false));
+  const std::string answer = Trim(ask(ShownText(question) + " [y/N] ", false));
   return SameText(answer, "y") || SameText(answer, "yes");
 }
 
-void TConsole::Warn(const std::string& text) { err << kCompanionName << ": warning: " << WithoutSecrets(text) << '\n'; }
+void TConsole::WriteExact(const std::string& text) { out << (out_is_terminal ? ShownLines(text) : text); }
 
-void TConsole::Note(const std::string& text) { err << kCompanionName << ": note: " << WithoutSecrets(text) << '\n'; }
+void TConsole::Warn(const std::string& text) { Tell(err, "warning: ", Without(text)); }
 
-void TConsole::Error(const std::string& text) { err << kCompanionName << ": " << WithoutSecrets(text) << '\n'; }
+void TConsole::Note(const std::string& text) { Tell(err, "note: ", Without(text)); }
+
+void TConsole::Error(const std::string& text) { Tell(err, "", Without(text)); }
 
 }  // namespace velmora

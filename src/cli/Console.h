@@ -8,9 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "cli/Secrets.h"
+
 namespace velmora {
 
 inline constexpr char kCompanionName[] = "velmora-cli";
+inline constexpr char kOutOfMemory[] = "out of memory";
 
 struct TConsole {
   std::ostream& out;
@@ -23,11 +26,18 @@ struct TConsole {
   // What a command leaves behind. A process that ends need not free it piece by piece.
   std::vector<std::shared_ptr<void>> kept = {};
 
+  bool out_is_terminal = false;  // which must not be handed control sequences, in whatever text they stand
+  TSecrets secrets = {};         // of the arguments
+
   bool CanAsk() const { return ask != nullptr; }
-  std::string AskSecret(const std::string& question) const { return CanAsk() ? ask(question, true) : std::string(); }
+  std::string AskSecret(const std::string& question) const;
   bool Confirm(const std::string& question) const;  // yes only if it is said
 
-  // Passwords in these texts are left out.
+  std::string Without(std::string_view text) const { return secrets.Without(text); }  // passwords
+  // A text of many lines that a file or a pipe gets byte by byte.
+  void WriteExact(const std::string& text);
+
+  // Passwords in these texts are left out, and control characters shown by their numbers.
   void Warn(const std::string& text);   // "velmora-cli: warning: TEXT"
   void Note(const std::string& text);   // "velmora-cli: note: TEXT"
   void Error(const std::string& text);  // "velmora-cli: TEXT"

@@ -1,5 +1,8 @@
 #include "cli/Json.h"
 
+#include <new>
+#include <ostream>
+
 namespace velmora {
 
 namespace {
@@ -71,6 +74,16 @@ TJson StructureDocument(int engine, const std::string& display_name, const std::
     if (!first) first = table.error;
   }
   return {{"engine", engine}, {"display_name", display_name}, {"tables", std::move(array)}, {"error", JsonOf(first)}};
+}
+
+bool PrintDocument(std::ostream& out, const std::function<TJson()>& whole, const std::function<TJson()>& least) {
+  try {
+    out << TextOf(whole());
+    return true;
+  } catch (const std::bad_alloc&) {
+    out << TextOf(least());
+    return false;
+  }
 }
 
 std::string TextOf(const TJson& document) {

@@ -1,6 +1,7 @@
 #include "cli/PairRun.h"
 
 #include <algorithm>
+#include <new>
 
 #include "app/FaultPlace.h"
 #include "app/ServerReference.h"
@@ -9,11 +10,11 @@
 #include "app/Tasks.h"
 #include "cli/ComparisonText.h"
 #include "cli/Interrupt.h"
-#include "cli/Secrets.h"
 #include "cli/SourceRun.h"
 #include "cli/TerminalProgress.h"
 #include "engines/mysql/MyConnection.h"
 #include "engines/mysql/OfflineEngine.h"
+#include "sync/CaseTwins.h"
 #include "util/Errors.h"
 
 namespace velmora {
@@ -52,7 +53,15 @@ std::optional<std::string> TPairRun::Compare(const TPair& pair, const TSourceOpt
     app_.Compare();
     LookAtReference(pair, for_script);
     TellExactNotes(app_, console_);
+    TellCaseTwins();
   });
+}
+
+// The notes of the exact dialect have them. What was compared in the standard one has made way for a fresh target.
+void TPairRun::TellCaseTwins() {
+  if (app_.dialect == EDialect::Exact) return;
+  TDBConn& target = retired_.empty() ? *app_.connections.target : *retired_.back();
+  for (const std::string& line : CaseTwins(*app_.connections.reference, target)) console_.Warn(line);
 }
 
 void TPairRun::LookAtReference(const TPair& pair, bool for_script) {
@@ -183,12 +192,16 @@ std::optional<std::string> TPairRun::Reported(Body body) {
     throw;
   } catch (const EVelmora& error) {
     progress_->Finish();
-    const std::string message = WithoutSecrets(error.what());
+    const std::string message = console_.Without(error.what());
     console_.Error(Placed(ComparisonPlace(app_.connections.reference.get(), app_.connections.target.get(),
                                           app_.TargetLost(), app_.TableUnderWay(), message),
                           message));
     if (app_.ExactDialectReads()) console_.Note(kExactReads);
     return message;
+  } catch (const std::bad_alloc&) {
+    progress_->Finish();
+    console_.Error(kOutOfMemory);
+    return kOutOfMemory;
   }
 }
 

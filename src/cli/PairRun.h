@@ -43,6 +43,7 @@ class TPairRun {
   void HangUp();
 
  private:
+  void TellCaseTwins();
   TSourceSettings AskingWithoutBar(TSourceSettings settings);
   // Also settles the dialect.
   TTaskConnections Make(const TPair& pair, const TSourceOptions& options);

@@ -6,6 +6,7 @@
 
 #include "cli/Json.h"
 #include "util/Dates.h"
+#include "util/Text.h"
 #include "util/Variant.h"
 
 namespace velmora {
@@ -82,24 +83,7 @@ class TTextRows final : public TRowOutput {
  private:
   void Put(std::size_t column, const std::string& text) {
     if (column > 0) out_ << '\t';
-    for (char c : text) {
-      switch (c) {
-        case '\t':
-          out_ << "\\t";
-          break;
-        case '\n':
-          out_ << "\\n";
-          break;
-        case '\r':
-          out_ << "\\r";
-          break;
-        case '\\':
-          out_ << "\\\\";
-          break;
-        default:
-          out_ << c;
-      }
-    }
+    out_ << ShownText(StrReplace(text, "\\", "\\\\"));
   }
 
   std::ostream& out_;

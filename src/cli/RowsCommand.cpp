@@ -1,4 +1,6 @@
 #include <CLI/CLI.hpp>
+#include <limits>
+#include <new>
 #include <ostream>
 
 #include "app/FaultPlace.h"
@@ -13,7 +15,8 @@ namespace velmora {
 void TRowsCommand::Declare(CLI::App& app) {
   app.add_option("SOURCE", source_, "The database")->required();
   app.add_option("TABLE", table_, "The table")->required();
-  app.add_option("--limit", limit_, "Show at most N rows")->type_name("N")->check(CLI::NonNegativeNumber);
+  DeclareNumber(app, "--limit", 0, std::numeric_limits<std::int64_t>::max(), "Show at most N rows",
+                [this](std::int64_t limit) { limit_ = limit; });
   DeclareFormat(app, format_);
   options_.DeclareOne(app);
 }
@@ -30,13 +33,18 @@ int TRowsCommand::Execute(TConsole& console) {
     ConnectNamed(*conn);
     TTableGuard rows(*conn, table_);
     output->Begin(rows->Fields());
-    for (long long count = 0; !rows->Eof() && (limit_ < 0 || count < limit_); ++count, rows->Next()) output->Row(*rows);
+    for (std::int64_t count = 0; !rows->Eof() && (limit_ < 0 || count < limit_); ++count, rows->Next())
+      output->Row(*rows);
   } catch (const EAbort&) {
     throw;
   } catch (const EVelmora& error) {
     const bool placed = conn == nullptr || SourcePlace(*conn, error.what()).empty();
     console.Error(placed ? error.what() : Placed(TablePlace(*conn, table_), error.what()));
-    output->End(error.what());
+    output->End(console.Without(error.what()));
+    return kExitFailure;
+  } catch (const std::bad_alloc&) {
+    console.Error(kOutOfMemory);
+    output->End(kOutOfMemory);
     return kExitFailure;
   }
   output->End(std::nullopt);

@@ -52,8 +52,10 @@ int TScriptCommand::Execute(TConsole& console) {
   const std::string text = format_ == EFormat::Json ? JsonText(run.editor().Lines(), error) : run.editor().Text();
   if (to_file && !error) {
     WriteFileText(output_, text);
-  } else if (format_ == EFormat::Json || !error) {
+  } else if (format_ == EFormat::Json) {
     console.out << text;
+  } else if (!error) {
+    console.WriteExact(text);
   }
   const bool reaches = !error && left.value_or(0) == 0 && ReachesReference(run.app());
   return reaches ? kExitSuccess : kExitFailure;

@@ -35,6 +35,13 @@ std::string AskFor(const std::string& account, TConsole& console) {
   return console.AskSecret("Password for " + account + ": ");
 }
 
+using TPasswords = std::map<std::string, std::string>;
+
+const std::string& PasswordOf(const std::string& file, TPasswords& passwords) {
+  const auto known = passwords.find(file);
+  return known != passwords.end() ? known->second : passwords.emplace(file, ReadPasswordFile(file)).first->second;
+}
+
 const char* HowToGive(bool has_sides) {
   return has_sides ? "give it by --password-file, or --reference-password-file and --target-password-file"
                    : "give it by --password-file";
@@ -66,11 +73,10 @@ void TSourceOptions::DeclareOne(CLI::App& app) {
     app.add_option(Spelt(kMyTextOptions[i]), client_.*kMyTextOptions[i].field, kTextHelp[i])->type_name("FILE");
   for (std::size_t i = 0; i < std::size(kMyFlagOptions); ++i)
     app.add_flag(Spelt(kMyFlagOptions[i]), client_.*kMyFlagOptions[i].field, kFlagHelp[i]);
-  app.add_option("--read-timeout", client_.ReadTimeout,
-                 "Give a server up that is silent for N seconds in a login or while structure is read; 0 for never "
-                 "(600). The statements of a script may take any time")
-      ->type_name("N")
-      ->check(CLI::Range(0, kLongestTimeout));
+  DeclareNumber(app, "--read-timeout", 0, kLongestTimeout,
+                "Give a server up that is silent for N seconds in a login or while structure is read; 0 for never "
+                "(600). The statements of a script may take any time",
+                [this](std::int64_t seconds) { client_.ReadTimeout = static_cast<int>(seconds); });
   app.add_flag("--allow-incomplete", allow_incomplete_, "Read a dump that ends before its closing line");
   app.add_flag("--verbose", verbose_, "Name every statement of a file that is passed over");
 }
@@ -113,8 +119,8 @@ TSourceSettings TSourceOptions::Settings(const std::string& password_file, TCons
     RaiseError(Format("--tls-ca has nothing to check with --tls %s: give verify-ca or required",
                       kTlsModes[static_cast<std::size_t>(client_.Tls)]));
   settings.Warn = [&console](const std::string& text) { console.Warn(text); };
-  settings.AskPassword = [password_file, &console](const std::string& account) {
-    return password_file.empty() ? AskFor(account, console) : ReadPasswordFile(password_file);
+  settings.AskPassword = [password_file, passwords = passwords_, &console](const std::string& account) {
+    return password_file.empty() ? AskFor(account, console) : PasswordOf(password_file, *passwords);
   };
   if (!console.CanAsk() && password_file.empty())
     settings.PasswordRefused = [has_sides = has_sides_, &console](const std::string& account) {
@@ -128,7 +134,7 @@ TSourceSettings TSourceOptions::Settings(const std::string& password_file, TCons
 TSourceSettings TSourceOptions::TaskSettings(const std::string& password_file, TConsole& console) const {
   TSourceSettings settings = Settings(password_file, console);
   if (!password_file.empty())
-    settings.TaskPassword = ReadPasswordFile(password_file);
+    settings.TaskPassword = PasswordOf(password_file, *passwords_);
   else if (console.CanAsk())
     settings.PasswordRefused = [&console](const std::string& account) { return AskFor(account, console); };
   return settings;

@@ -2,6 +2,8 @@
 
 // The options of a command that say how its databases are reached.
 
+#include <map>
+#include <memory>
 #include <string>
 
 #include "app/Sources.h"
@@ -38,6 +40,9 @@ class TSourceOptions {
   TSourceSettings StoredSettings(const std::string& password_file, TConsole& console) const;
 
   std::string password_file_, reference_password_file_, target_password_file_;
+  // By file. Each is read once however many sides it is for, since it may be a pipe; shared with the settings' calls.
+  std::shared_ptr<std::map<std::string, std::string>> passwords_ =
+      std::make_shared<std::map<std::string, std::string>>();
   TGivenKeys GivenKeys() const;
 
   TMyOptions client_;

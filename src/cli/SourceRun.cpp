@@ -1,12 +1,12 @@
 #include "cli/SourceRun.h"
 
 #include <algorithm>
+#include <new>
 #include <ostream>
 
 #include "app/FaultPlace.h"
 #include "cli/Json.h"
 #include "cli/PairRun.h"
-#include "cli/Secrets.h"
 #include "cli/StructureText.h"
 #include "engines/mysql/OfflineEngine.h"
 #include "util/Errors.h"
@@ -65,6 +65,33 @@ std::string ReadTextFile(const std::string& path) {
   return text;
 }
 
+namespace {
+
+// What there is takes the memory that is wanting.
+void LeaveOutTables(TStructure& structure, TConsole& console) {
+  structure.tables = {};
+  structure.error = kOutOfMemory;
+  console.Error(*structure.error);
+}
+
+TJson DocumentOf(const TStructure& structure) {
+  return StructureDocument(structure.engine, structure.display_name, structure.tables, structure.error);
+}
+
+void PrintStructure(TStructure& structure, EFormat format, TConsole& console) {
+  const auto least = [&] {
+    LeaveOutTables(structure, console);
+    return DocumentOf(structure);
+  };
+  if (format == EFormat::Json)
+    PrintDocument(
+        console.out, [&] { return DocumentOf(structure); }, least);
+  else
+    PrintTables(structure.tables, console.out);
+}
+
+}  // namespace
+
 int ShowStructure(TConsole& console, EFormat format, const std::function<void(TStructure&)>& fill) {
   TStructure structure;
   try {
@@ -72,14 +99,12 @@ int ShowStructure(TConsole& console, EFormat format, const std::function<void(TS
   } catch (const EAbort&) {
     throw;
   } catch (const EVelmora& error) {
-    structure.error = WithoutSecrets(error.what());
+    structure.error = console.Without(error.what());
     console.Error(*structure.error);
+  } catch (const std::bad_alloc&) {
+    LeaveOutTables(structure, console);
   }
-  if (format == EFormat::Json)
-    console.out << TextOf(
-        StructureDocument(structure.engine, structure.display_name, structure.tables, structure.error));
-  else
-    PrintTables(structure.tables, console.out);
+  PrintStructure(structure, format, console);
   const bool table_failed = std::any_of(structure.tables.begin(), structure.tables.end(),
                                         [](const TTableView& table) { return table.error.has_value(); });
   return structure.error || table_failed ? kExitFailure : kExitSuccess;
@@ -99,6 +124,8 @@ void FetchTables(TDBConn& conn, const TStringList& tables, bool verbose, TConsol
     TTableView view = FetchAndView(conn, name);
     if (view.error) {
       progress->Finish();
+      view.name = console.Without(view.name);  // one that is not there may be a source in a wrong place
+      view.error = console.Without(*view.error);
       console.Error(Placed(TablePlace(conn, name), *view.error));
     }
     const bool failed = view.error.has_value();

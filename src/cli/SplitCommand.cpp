@@ -26,10 +26,12 @@ TJson Document(const TScriptPieces& pieces) {
   return {{"statements", std::move(statements)}, {"pieces", pieces.pieces}};
 }
 
-void PrintText(const TScriptPieces& pieces, std::ostream& out) {
+std::string PlainText(const TScriptPieces& pieces) {
+  std::string text;
   for (const TScriptStatement& statement : pieces.statements)
-    out << Format("-- at %d\n%s\n", statement.position, statement.text);
-  out << "-- " << Counted(pieces.statements.size(), "statement") << " in " << Counted(pieces.pieces, "piece") << '\n';
+    text += Format("-- at %d\n%s\n", statement.position, statement.text);
+  return text + "-- " + Counted(pieces.statements.size(), "statement") + " in " + Counted(pieces.pieces, "piece") +
+         '\n';
 }
 
 }  // namespace
@@ -46,7 +48,7 @@ int TSplitCommand::Execute(TConsole& console) {
   if (format_ == EFormat::Json)
     console.out << TextOf(Document(pieces));
   else
-    PrintText(pieces, console.out);
+    console.WriteExact(PlainText(pieces));
   return kExitSuccess;
 }
 

@@ -10,28 +10,31 @@ namespace velmora {
 namespace {
 
 std::string TextOf(const TRenderedText& rendered) {
-  return rendered.text ? *rendered.text : "(cannot be shown: " + rendered.error + ")";
+  return ShownText(rendered.text ? *rendered.text : "(cannot be shown: " + rendered.error + ")");
 }
 
 void PrintColumns(const std::vector<TColumnView>& columns, std::ostream& out) {
+  TStringList names;
   std::size_t width = 0;
-  for (const TColumnView& column : columns) width = std::max(width, CharCount(column.row.name));
-  for (const TColumnView& column : columns)
-    out << "  " << column.row.name << std::string(width - CharCount(column.row.name) + 2, ' ')
-        << TextOf(column.rendered) << '\n';
+  for (const TColumnView& column : columns) {
+    names.push_back(ShownText(column.row.name));
+    width = std::max(width, CharCount(names.back()));
+  }
+  for (std::size_t i = 0; i < columns.size(); ++i)
+    out << "  " << names[i] << std::string(width - CharCount(names[i]) + 2, ' ') << TextOf(columns[i].rendered) << '\n';
 }
 
 void PrintRules(const TConstraintRow& row, std::ostream& out) {
-  if (!row.delete_rule.empty()) out << " on delete " << row.delete_rule;
-  if (!row.update_rule.empty()) out << " on update " << row.update_rule;
+  if (!row.delete_rule.empty()) out << " on delete " << ShownText(row.delete_rule);
+  if (!row.update_rule.empty()) out << " on update " << ShownText(row.update_rule);
 }
 
 void PrintTable(const TTableView& table, std::ostream& out) {
-  out << table.name;
-  if (!table.type.empty()) out << " (" << table.type << ')';
+  out << ShownText(table.name);
+  if (!table.type.empty()) out << " (" << ShownText(table.type) << ')';
   out << '\n';
   if (table.error) {
-    out << "  cannot be read: " << *table.error << '\n';
+    out << "  cannot be read: " << ShownText(*table.error) << '\n';
     return;
   }
   PrintColumns(table.columns, out);

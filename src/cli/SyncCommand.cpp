@@ -76,11 +76,9 @@ void TSyncCommand::Declare(CLI::App& app) {
       "--no-row-checks", no_row_checks_,
       "Exact dialect: do not ask the server before the run whether rows that are there stand in the way of new "
       "unique keys, foreign keys and columns that are to be not null");
-  app.add_option("--row-check-time", row_check_time_,
-                 "Let the server look at most this many seconds for each of them; 0 waits for it")
-      ->type_name("SECONDS")
-      ->capture_default_str()
-      ->check(CLI::Range(0, kLongestRowCheck).description(""));
+  DeclareNumber(app, "--row-check-time", 0, kLongestRowCheck,
+                "Let the server look at most N seconds for each of them; 0 waits for it (30)",
+                [this](std::int64_t seconds) { row_check_time_ = static_cast<int>(seconds); });
   app.add_option("--script", script_, "Run the text of FILE instead of comparing")
       ->type_name("FILE")
       ->excludes(app.get_option("--verify-on-server"))

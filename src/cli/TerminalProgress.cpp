@@ -72,7 +72,7 @@ void TTerminalProgress::Paint() {
            (detail_text_.empty() ? title_ + Format(" %d/%d", done, total_max_)
                                  : detail_text_ + Format(" %d/%d", detail_, detail_max_));
   }
-  line = CutChars(line, kLineWidth);
+  line = CutChars(ShownText(line), kLineWidth);
   if (line == painted_) return;
   painted_ = line;
   terminal_ << kClearLine << line << std::flush;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -13,20 +15,33 @@
 namespace {
 
 // Lists of processes show what stands in the argument vector.
-void HideSecrets(int argc, char** argv) {
-  for (int i = 1; i < argc; ++i)
-    for (const velmora::TTextRange& secret : velmora::SecretsIn(argv[i]))
-      std::fill_n(argv[i] + secret.start, secret.length, 'x');
+void HideSecrets(const std::vector<std::string>& arguments, char** argv) {
+  const auto secrets = velmora::SecretsOfArguments(arguments);
+  for (std::size_t i = 0; i < secrets.size(); ++i)
+    for (const velmora::TTextRange& secret : secrets[i]) std::fill_n(argv[i + 1] + secret.start, secret.length, 'x');
+}
+
+// Memory to tell of the want of it, let go when it is first wanting.
+constexpr std::size_t kReserve = 16 << 20;
+std::unique_ptr<char[]> reserve;
+
+void TellOfMemory() {
+  reserve.reset();
+  std::set_new_handler(nullptr);
+  throw std::bad_alloc();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
+  reserve = std::make_unique<char[]>(kReserve);
+  std::set_new_handler(TellOfMemory);
   velmora::TConsole console{std::cout, std::cerr, isatty(STDERR_FILENO) != 0, {}};
+  console.out_is_terminal = isatty(STDOUT_FILENO) != 0;
   if (velmora::HasTerminal()) console.ask = velmora::AskOnTerminal;
   const std::vector<std::string> arguments(argv + 1, argv + argc);
-  HideSecrets(argc, argv);
+  HideSecrets(arguments, argv);
   int status = velmora::RunCompanion(arguments, console);
   std::cout.flush();
   if (!std::cout) {

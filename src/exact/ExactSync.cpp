@@ -6,6 +6,7 @@
 
 #include "core/CreationTexts.h"
 #include "core/Host.h"
+#include "sync/CaseTwins.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -70,6 +71,7 @@ void TExactSync::Compare() {
         ConnectAnew(target);
         ReadPair(reference, target, Collations, progress_, table_under_way_, read_);
         table_under_way_.clear();
+        case_twins_ = velmora::CaseTwins(reference, target);
         CompareSchemas(target);
         Prove();
         FillLog();
@@ -87,6 +89,7 @@ void TExactSync::Forget() {
   ActionLog.clear();
   Equivalences.ResetCounts();
   read_ = {};
+  case_twins_.clear();
   changes_.clear();
   plan_.clear();
   proof_.clear();
@@ -139,7 +142,8 @@ void TExactSync::Prove() {
 }
 
 void TExactSync::FillLog() {
-  ActionLog = read_.left_alone;
+  ActionLog = case_twins_;
+  ActionLog.insert(ActionLog.end(), read_.left_alone.begin(), read_.left_alone.end());
   for (const TObjectDifference& object : read_.objects)
     ActionLog.push_back(Format(kOtherObject, object.kind, object.name, object.difference));
   for (const TSkippedTable& skipped : read_.skipped)

@@ -28,8 +28,8 @@ class TExactSync {
   // All outlive this object.
   TExactSync(TTaskConnections& connections, TdmData& data, TActionTree& tree, TProgress& progress, TMessageLog& log);
 
-  TStringList ActionLog;  // objects that are left alone, those that differ, tables that could not be read, actions,
-                          // equivalences, proof
+  TStringList ActionLog;  // names alike but for case, objects that are left alone, those that differ, tables that could
+                          // not be read, actions, equivalences, proof
   TEquivalenceUse Equivalences;
   TCollationMap Collations;  // names of the reference that the target has others for
 
@@ -42,6 +42,7 @@ class TExactSync {
   bool TablesIdentical() const;  // no action, and nothing was skipped
   bool Identical() const;        // and no other object differs
   const std::vector<TSkippedTable>& Skipped() const { return read_.skipped; }
+  const TStringList& CaseTwins() const { return case_twins_; }       // see sync/CaseTwins.h
   const TStringList& LeftAlone() const { return read_.left_alone; }  // a line for each object that is not handled
   const std::vector<TObjectDifference>& Objects() const { return read_.objects; }
   std::vector<TChange> Changes() const;  // those whose rows are still there
@@ -81,6 +82,7 @@ class TExactSync {
   TProgress& progress_;
   TMessageLog& log_;
   TReadPair read_;
+  TStringList case_twins_;
   std::vector<TChange> changes_;
   std::vector<TPlanStatement> plan_;  // of all of them
   TStringList proof_;                 // its lines in the log

@@ -4,6 +4,7 @@
 
 #include "shell/QtText.h"
 #include "sync/MessageLog.h"
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -13,7 +14,11 @@ class TWindowLog final : public TLineLog {
   TWindowLog(const TClock& clock, TProgress& progress, QPlainTextEdit& memo) : TLineLog(clock, progress), memo_(memo) {}
 
  protected:
-  void Changed() override { memo_.setPlainText(ToQt(JoinList(Lines(), "\n"))); }
+  void Changed() override {
+    std::string text;
+    for (const std::string& line : Lines()) text.append(text.empty() ? "" : "\n").append(ShownText(line));
+    memo_.setPlainText(ToQt(text));
+  }
 
  private:
   QPlainTextEdit& memo_;

@@ -200,6 +200,68 @@ std::size_t CharCount(std::string_view text) {
   return count;
 }
 
+namespace {
+
+std::string Hexadecimal(std::string_view mark, unsigned code, int digits) {
+  static constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string text(mark);
+  for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4) text += kDigits[code >> shift & 15];
+  return text;
+}
+
+// The code of a character of three bytes.
+unsigned WideCode(std::string_view character) {
+  const auto bits = [&](std::size_t i, unsigned mask) { return static_cast<unsigned char>(character[i]) & mask; };
+  return bits(0, 15) << 12 | bits(1, 63) << 6 | bits(2, 63);
+}
+
+bool TurnsText(unsigned code) {
+  return code == 0x200E || code == 0x200F || (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+}
+
+// One character as it can be shown.
+std::string ShownCharacter(std::string_view character) {
+  const auto first = static_cast<unsigned char>(character[0]);
+  constexpr std::pair<char, const char*> kNamed[] = {{'\n', "\\n"}, {'\r', "\\r"}, {'\t', "\\t"}};
+  for (const auto& [c, name] : kNamed)
+    if (character[0] == c) return name;
+  if (character.size() == 1) {
+    const bool plain = first >= ' ' && first < 0x7F;
+    return plain ? std::string(character) : Hexadecimal("\\x", first, 2);
+  }
+  if (first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0)  // a control character of eight bits
+    return Hexadecimal("\\x", static_cast<unsigned char>(character[1]), 2);
+  if (character.size() == 3 && TurnsText(WideCode(character))) return Hexadecimal("\\u", WideCode(character), 4);
+  return std::string(character);
+}
+
+// `keeps` tells how many bytes at a place are to stay as they are.
+template <class Keeps>
+std::string Shown(std::string_view text, Keeps keeps) {
+  if (std::ranges::all_of(text, [](char c) { return c >= ' ' && c < 0x7F; })) return std::string(text);
+  std::string shown;
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t kept = keeps(text.substr(i));
+    const std::string_view next = text.substr(i, kept > 0 ? kept : CharSize(text, i));
+    shown += kept > 0 ? std::string(next) : ShownCharacter(next);
+    i += next.size();
+  }
+  return shown;
+}
+
+}  // namespace
+
+std::string ShownText(std::string_view text) {
+  return Shown(text, [](std::string_view) { return std::size_t{0}; });
+}
+
+std::string ShownLines(std::string_view text) {
+  return Shown(text, [](std::string_view rest) -> std::size_t {
+    if (rest.starts_with("\r\n")) return 2;
+    return rest.front() == '\n' || rest.front() == '\t' ? 1 : 0;
+  });
+}
+
 std::string CutChars(std::string_view text, std::size_t max) {
   std::size_t index = 0;
   for (std::size_t count = 0; count < max && index < text.size(); ++count) index += CharSize(text, index);

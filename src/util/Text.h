@@ -69,6 +69,12 @@ std::size_t LastCharSize(std::string_view text);                 // bytes of its
 std::size_t CharCount(std::string_view text);
 std::string CutChars(std::string_view text, std::size_t max);  // the first `max` characters
 
+// --- Texts of strangers on their way to a terminal or a log
+// On one line and without a control sequence: "\n", "\t", "\x1B" in place of control characters and of bytes that are
+// no UTF-8, "\u202E" in place of characters that turn the direction of text or end its line.
+std::string ShownText(std::string_view text);
+std::string ShownLines(std::string_view text);  // the same, with tabs and line ends (LF, CR LF) as they are
+
 template <class T>
 T Iif(bool condition, T a, T b) {
   return condition ? a : b;

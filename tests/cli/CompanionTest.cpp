@@ -1,9 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 #include "support/CompanionRun.h"
 #include "support/ScratchFolder.h"
@@ -233,6 +235,7 @@ TEST_F(CompanionTest, ArgumentsThatMakeNoSenseAreNamed) {
       {{"compare", good, "mysql://u:p@localhost:3306/d", "--socket", "s"}, "localhost.d is reached by TCP"},
       {{"compare", good, good, "--client", "both"}, "\"both\" is none of native, library"},
       {{"script", good, good, "-o", ""}, "an empty name is no file"},
+      {{"rows", good, "items", "--limit", "x"}, "--limit: \"x\" is no whole number from 0 to 9223372036854775807 ("},
       {{"compare", "first", "second"}, "\"first\" is no source"},
       {{"parse", ""}, "Cannot read \"\": "},
   };
@@ -253,18 +256,27 @@ TEST_F(CompanionTest, ClientIsAChoice) {
 }
 
 TEST_F(CompanionTest, NoMessageShowsAPassword) {
-  const std::string secret = "mysql://root:sEcret9@h/d";
-  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
-           {secret},
-           {"compare", "a.sql", "b.sql", secret},
-           {"parse", secret},
-           {"split", secret},
-           {"task", "show", secret},
-           {"schema", "mariadb://root:sEcret9@h/d", "--format", "json"},
-           {"schema", "MySQL:server=h;password=sEcret9;wrong=1", "--format", "json"}}) {
+  const std::string secret = "mysql://root:sE\"c \x1b[mret9@h/d";
+  const std::string good = File("a.sql", kItems);
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{secret},
+                                             {"compare", "a.sql", "b.sql", secret},
+                                             {"parse", secret},
+                                             {"split", secret},
+                                             {"task", "show", secret},
+                                             {"schema", "mariadb://root:sEcret9@h/d", "--format", "json"},
+                                             {"schema", good, secret},
+                                             {"schema", good, "--format=" + secret},
+                                             {"schema", "scott/sEcret9@orcl"},
+                                             {"rows", good, "items", "--limit", secret},
+                                             {"rows", secret + ":", "t", "--format", "json"},
+                                             {"script", good, good, "-o" + secret},
+                                             {"schema", "MySQL:server=h;password=sE;cret=1", "--format", "json"}}) {
     const TAnswer answer = Run(arguments);
     EXPECT_EQ(answer.status, 2);
-    EXPECT_EQ((answer.out + answer.err).find("sEcret9"), std::string::npos) << answer.out << answer.err;
+    const std::string all = answer.out + answer.err;
+    for (const char* part : {"sE", "ret9", "cret", "\x1b"})
+      EXPECT_EQ(all.find(part), std::string::npos) << arguments[0] << ": " << all;
   }
 }
 
@@ -298,6 +310,59 @@ TEST_F(CompanionTest, ReplayGoesOnBehindATableThatCannotBeRead) {
     chain += "create table t" + std::to_string(i) + " (a int comment ', alter table t" + std::to_string(i + 1) +
              " drop a', b int) type=x;\n";
   EXPECT_THAT(Run({"schema", File("chain.sql", chain)}).err, HasSubstr("is read within the reading of"));
+}
+
+// Texts of strangers must not move the cursor, ring, or forge lines.
+TEST_F(CompanionTest, ControlSequencesAreShownEscaped) {
+  const std::string name = "e\x1b[2J\nv\u202el\u009b\xff\u00e9";
+  const std::string shown = R"(e\x1B[2J\nv\u202El\x9B\xFF)"
+                            "\u00e9";
+  const std::string a = File("a.sql", "create table `" + name + "` (`c\x07` int default '\r') type=InnoDB;");
+  const std::string b = File("b.sql", "create table t (c int default '\x1b') type=InnoDB;");
+  const std::string changes = File("c.txt", "drop table \x1bx;");
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"schema", a},
+                                             {"schema", b, name},
+                                             {"compare", a, b, "--dialect", "standard"},
+                                             {"compare", a, b, "--dialect", "exact"},
+                                             {"parse", changes},
+                                             {"\x1b"},
+                                             {"schema", a, "--format", "\x1b"}}) {
+    const TAnswer answer = Run(arguments);
+    for (const std::string& text : {answer.out, answer.err})
+      EXPECT_EQ(text.find_first_of("\x1b\x07\r\x9b\xff"), std::string::npos) << text;
+  }
+  EXPECT_EQ(Run({"schema", a}).out, shown + " (InnoDB)\n  c\\x07  int default '\\r'\n");
+  const std::string plain = File("d.sql", "create table `e\x1b[2J` (a int) engine=InnoDB;");
+  EXPECT_THAT(Run({"compare", plain, b, "--dialect", "exact"}).out, HasSubstr("+ New table e\\x1B[2J\n"));
+  EXPECT_THAT(Run({"schema", b, name}).err, HasSubstr("Can't find table " + shown + " in metadata\n"));
+  EXPECT_THAT(Run({"script", plain, b, "--dialect", "exact"}).out, HasSubstr("e\x1b[2J"))
+      << "a pipe gets what is to run";
+}
+
+TEST_F(CompanionTest, NamesThatDifferInCaseAloneAreTold) {
+  const std::string a = File("a.sql", "create table Items (a int, Id int) engine=InnoDB;");
+  const std::string b = File("b.sql", "create table items (a int not null, id int) engine=InnoDB;");
+  const std::string table = "Table Items of the reference is items in the target: the names differ";
+  const TAnswer standard = Run({"compare", "--dialect", "standard", a, b});
+  EXPECT_THAT(standard.err, HasSubstr("velmora-cli: warning: " + table));
+  EXPECT_THAT(standard.err, HasSubstr("Column Id of the reference's table Items is id in the target: "));
+  const TAnswer exact = Run({"compare", "--dialect", "exact", a, b, "--format", "json"});
+  EXPECT_THAT(exact.err, HasSubstr("velmora-cli: note: " + table));
+  EXPECT_THAT(exact.out, HasSubstr("\"log\":[\"" + table));
+  EXPECT_EQ(Run({"compare", a, a}).err, "");
+}
+
+// As <(command) is one: what is read once is gone.
+TEST_F(CompanionTest, APasswordFromAPipeIsReadOnceForBothSides) {
+  const std::string pipe = folder_ / "pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  std::thread writer([&] { WriteFileText(pipe, "sEcret9\n"); });
+  const std::string task = folder_ / "x.vlt";
+  EXPECT_EQ(Run({"task", "new", task, "mysql://a@h/d", "mysql://b@h/e", "--password-file", pipe}).err, "");
+  writer.join();
+  const std::string shown = Run({"task", "show", task, "--show-passwords"}).out;
+  EXPECT_NE(shown.find("sEcret9"), shown.rfind("sEcret9"));
 }
 
 TEST_F(CompanionTest, SplitTakesATextAsTheEditorOrAsItIs) {

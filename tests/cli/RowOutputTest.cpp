@@ -54,7 +54,7 @@ TEST(RowOutputTest, AnErrorBeforeTheFirstRowIsADocumentToo) {
 TEST(RowOutputTest, TextHasALinePerRow) {
   EXPECT_EQ(Written(EFormat::Text),
             "n\td\tf\ts\tb\tday\tat\tt\n"
-            "-7\t-0012345678901234567890.10\t1.5\ta\\tb\\\\\\n\xFF\tAP8=\t2005-01-31\t2005-01-31\t09:05:00\n"
+            "-7\t-0012345678901234567890.10\t1.5\ta\\tb\\\\\\n\\xFF\tAP8=\t2005-01-31\t2005-01-31\t09:05:00\n"
             "18446744073709551615\tNaN\t1E300\tx\t\tNULL\t2005-01-31 01:02:03\tNULL\n");
 }
 

@@ -21,7 +21,7 @@ namespace {
 constexpr char kNotConnected[] = "Not connected";
 constexpr char kNoSource[] =
     "%s\nThere is no data source \"%s\" in odbc.ini; \"odbcinst -j\" tells which files are read";
-constexpr char kNoDriver[] = "%s\nThe ODBC driver for SQL Server is missing. Install the package tdsodbc.";
+constexpr char kNoDriver[] = "%s (the ODBC driver for SQL Server is missing: install the package tdsodbc)";
 constexpr char kNoTicket[] =
     "%s\nWindows authentication goes by Kerberos here. It needs a ticket (kinit), and the full name of the server.";
 constexpr char kNoRows[] = "The statement gives no rows";
