@@ -153,7 +153,7 @@ TEST_F(MainTest, AScriptOfTheUsersOwnRunsWhereTheQuestionSays) {
   OpenPair();
   auto& edit = dynamic_cast<TSqlEdit&>(*rig_.Find<QWidget>("mScript"));
   QTest::keyClicks(&edit, QStringLiteral("drop table gone;"));
-  EXPECT_EQ(rig_.Ask("acSynchronize", "No"), "Run 1 statement on database main_tgt of server localhost?");
+  EXPECT_THAT(rig_.Ask("acSynchronize", "No"), StartsWith("Run 1 statement on database main_tgt of server localhost"));
   EXPECT_TRUE(edit.isModified());
   EXPECT_THAT(rig_.Ask("acCloseTask", "No"), HasSubstr("not saved"));
   EXPECT_EQ(rig_.Text("mScript"), "drop table gone;");
@@ -172,7 +172,7 @@ TEST_F(MainTest, AScriptOfTheUsersOwnRunsWhereTheQuestionSays) {
   rig_.Trigger("acLoadScriptFromFile");
   EXPECT_TRUE(rig_.Shown("mScript"));
   EXPECT_THAT(rig_.Ask("acSynchronize", "Yes"), HasSubstr("main_tgt"));
-  EXPECT_EQ(FromQt(rig_.Main().statusBar()->currentMessage()), "1 statement ran on localhost.main_tgt.");
+  EXPECT_THAT(FromQt(rig_.Main().statusBar()->currentMessage()), StartsWith("1 statement ran on localhost.main_tgt"));
   rig_.Press(Qt::Key_F9);
   EXPECT_THAT(TreeTexts(), ElementsAre("extra"));
 }
@@ -180,7 +180,8 @@ TEST_F(MainTest, AScriptOfTheUsersOwnRunsWhereTheQuestionSays) {
 TEST_F(MainTest, AReferenceWithoutTablesIsAskedAboutOnce) {
   reference_.Run("drop table changed, fresh, same");
   OpenPair();
-  EXPECT_THAT(rig_.Ask("acAnalyze", "No"), StartsWith("database main_ref of server localhost has no tables"));
+  EXPECT_THAT(rig_.Ask("acAnalyze", "No"),
+              ::testing::ContainsRegex("^database main_ref of server localhost.* has no tables"));
   EXPECT_THAT(TreeTexts(), IsEmpty());
   EXPECT_EQ(rig_.Text("mScript") + FromQt(rig_.Find<QPlainTextEdit>("mLog")->toPlainText()), "");
   EXPECT_FALSE(rig_.Enabled("acSynchronize"));
