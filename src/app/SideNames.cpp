@@ -19,7 +19,8 @@ constexpr int kUsualPort = 3306;
 
 std::string SocketOf(TDBConn& conn) {
   auto* server = dynamic_cast<TDBConnMySQL*>(&conn);
-  const std::string at = server == nullptr ? std::string() : server->GetConnectionObject().ReachedAt();
+  if (server == nullptr || !server->GetConnectionObject().Options.Socket.empty()) return {};
+  const std::string at = server->GetConnectionObject().ReachedAt();
   return at.starts_with('/') ? " (" + at + ")" : "";
 }
 

@@ -13,8 +13,8 @@ namespace velmora {
 // a socket is named with one.
 std::string SideName(TDBConn& conn);
 
-// " (/run/mysqld/mysqld.sock)" of a server that was reached by this socket, so that it can't be taken for another one;
-// otherwise empty.
+// " (/run/mysqld/mysqld.sock)" of a server that was reached by this socket without being told so, as there may be
+// several servers; otherwise empty.
 std::string SocketOf(TDBConn& conn);
 
 // Raises for a reference that no comparison can read truthfully: one that gives no creation texts.

@@ -2,14 +2,19 @@
 
 #include <ostream>
 
+#include "util/Lists.h"
 #include "util/Text.h"
 
 namespace velmora {
 
 namespace {
 
+// Further lines are indented: no text of a server can pass for a message of its own.
 void Tell(std::ostream& err, const char* kind, const std::string& text) {
-  err << kCompanionName << ": " << kind << ShownText(text) << '\n';
+  err << kCompanionName << ": " << kind;
+  const TStringList lines = LinesOf(text);
+  for (std::size_t i = 0; i < lines.size(); ++i) err << (i == 0 ? "" : "\n  ") << ShownText(lines[i]);
+  err << '\n';
 }
 
 }  // namespace

@@ -63,7 +63,7 @@ TEST_F(InterbaseCompanionTest, RowsAndAMissingFile) {
   const TAnswer missing = testing::RunInProcess({"schema", source});
   EXPECT_EQ(missing.status, 2);
   EXPECT_THAT(missing.err,
-              StartsWith("velmora-cli: I/O error during \"open\" operation for file \"" + path_ + "\"\\n-"));
+              StartsWith("velmora-cli: I/O error during \"open\" operation for file \"" + path_ + "\"\n  -"));
 }
 
 // A process of its own, since the library looks at its environment once.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <string>
@@ -22,7 +23,9 @@ inline std::string LiveSource(const std::string& database, int port) {
 // The companion within this process; "localhost" is the shared server.
 inline TAnswer RunLive(std::vector<std::string> arguments,
                        std::function<std::string(const std::string&, bool)> ask = {}) {
-  arguments.insert(arguments.end(), {"--socket", TPrivateServer::Shared().Socket()});
+  const bool local = std::ranges::any_of(
+      arguments, [](const std::string& each) { return each.find("@localhost/") != std::string::npos; });
+  if (local) arguments.insert(arguments.end(), {"--socket", TPrivateServer::Shared().Socket()});
   return RunInProcess(arguments, std::move(ask));
 }
 

@@ -141,8 +141,8 @@ TEST_F(LiveViaServerTest, WhatReachesOutsideIsRefusedBeforeAnythingIsMade) {
     std::string told;
   } cases[] = {
       {{"sync", bad, Source("via"), "--yes", "--allow-unsafe"},
-       bad + ": line 2: table b: it names the database mysql, which is not the file's own\n" + bad +
-           ": line 3: table c: it says data directory, which reaches outside of its database\n" + bad +
+       bad + ": line 2: table b: it names the database mysql, which is not the file's own\n  " + bad +
+           ": line 3: table c: it says data directory, which reaches outside of its database\n  " + bad +
            ": line 4: table d: it takes rows or columns from a query (select)\n"},
       {{"compare", Source("via"), Source("via")}, "--via-server takes a reference that ends in .sql and a target on a"},
       {{"compare", bad, bad}, "--via-server takes a reference that ends in .sql and a target on a server\n"},

@@ -203,8 +203,8 @@ TEST_F(OdbcSqliteTest, DataSources) {
 TEST_F(OdbcSqliteTest, AMissingDriverForSQLServer) {
   EXPECT_EQ(
       MessageOf([] { NewSQLServerProvider(TInitString("Data Source=.;User ID=sa;Password=secret"))->Initialize(); }),
-      "[unixODBC][Driver Manager]Can't open lib 'FreeTDS' : file not found\n"
-      "The ODBC driver for SQL Server is missing. Install the package tdsodbc.");
+      "[unixODBC][Driver Manager]Can't open lib 'FreeTDS' : file not found "
+      "(the ODBC driver for SQL Server is missing: install the package tdsodbc)");
 }
 
 }  // namespace

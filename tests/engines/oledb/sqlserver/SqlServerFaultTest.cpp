@@ -73,7 +73,7 @@ TEST_F(SqlServerFaultTest, WithoutTheDriver) {
     std::cerr << Refusal(Conn());
     std::_Exit(0);
   };
-  EXPECT_EXIT(connect(), ::testing::ExitedWithCode(0), "Install the package tdsodbc");
+  EXPECT_EXIT(connect(), ::testing::ExitedWithCode(0), "install the package tdsodbc");
 }
 
 TEST_F(SqlServerFaultTest, NobodyListens) {
