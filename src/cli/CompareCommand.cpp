@@ -28,6 +28,7 @@ void AddExactResults(const TApplication& app, const std::optional<std::string>& 
   for (const TSkippedTable& table : app.exact.Skipped())
     skipped.push_back({{"side", table.side}, {"table", table.table}, {"reason", table.reason}});
   document["skipped"] = std::move(skipped);
+  document["not_followed"] = TJson(app.exact.NotFollowed());
   TJson objects = TJson::array();
   for (const TObjectDifference& object : app.exact.Objects())
     objects.push_back({{"kind", object.kind}, {"name", object.name}, {"difference", object.difference}});

@@ -90,6 +90,9 @@ void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
   if (app.dialect == EDialect::Exact && count > 0)
     out << TellLeft("Verified", "Not verified", app, app.exact.DifferencesLeft()) << '\n';
   if (skipped > 0) out << Counted(skipped, "table") << " could not be compared\n";
+  const std::size_t unfollowed = app.dialect == EDialect::Exact ? app.exact.NotFollowed().size() : 0;
+  if (unfollowed > 0)
+    out << Counted(unfollowed, "statement") << " could not be followed, so nobody knows whether tables are identical\n";
   const std::size_t objects = app.dialect == EDialect::Exact ? app.exact.Objects().size() : 0;
   if (objects > 0 && app.TablesIdentical()) out << "All tables are identical.\n";
   if (objects > 0) out << Counted(objects, "other object") << (objects == 1 ? " differs" : " differ") << kOthersAlone;
@@ -101,6 +104,7 @@ void TellExactNotes(const TApplication& app, TConsole& console) {
   for (const std::string& line : app.exact.LeftAlone()) console.Note(line);
   for (const TObjectDifference& object : app.exact.Objects())
     console.Note(Format("Not the same: %s %s: %s", object.kind, object.name, object.difference));
+  for (const std::string& statement : app.exact.NotFollowed()) console.Warn("not followed: " + statement);
   for (const TSkippedTable& skipped : app.exact.Skipped())
     console.Warn(Format("%s: table %s is skipped: %s", skipped.side, skipped.table, skipped.reason));
   if (const int left = app.exact.DifferencesLeft(); left > 0)

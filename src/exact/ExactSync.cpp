@@ -18,6 +18,7 @@ namespace {
 constexpr char kNoReference[] = "There is no reference database";
 constexpr char kNoTarget[] = "There is no target database";
 constexpr char kSkipped[] = "Skipped: table %s, %s: %s";
+constexpr char kStatement[] = "Not followed: %s";
 constexpr char kOtherObject[] = "Not the same: %s %s: %s";
 constexpr char kTakenAsEqual[] = "Taken as equal: %s (%d)";
 constexpr char kVerified[] = "Verified: %s";
@@ -146,6 +147,7 @@ void TExactSync::FillLog() {
   ActionLog.insert(ActionLog.end(), read_.left_alone.begin(), read_.left_alone.end());
   for (const TObjectDifference& object : read_.objects)
     ActionLog.push_back(Format(kOtherObject, object.kind, object.name, object.difference));
+  for (const std::string& statement : read_.not_followed) ActionLog.push_back(Format(kStatement, statement));
   for (const TSkippedTable& skipped : read_.skipped)
     ActionLog.push_back(Format(kSkipped, skipped.table, skipped.side, skipped.reason));
   for (const TChange& change : changes_) ActionLog.push_back(LogLine(change));
@@ -159,7 +161,9 @@ std::string TExactSync::NothingLeft() const {
   return std::string("0 differences left") + (read_.skipped.empty() ? "" : " in the tables that were compared");
 }
 
-bool TExactSync::TablesIdentical() const { return data_.mtActions.Empty() && read_.skipped.empty(); }
+bool TExactSync::TablesIdentical() const {
+  return data_.mtActions.Empty() && read_.skipped.empty() && read_.not_followed.empty();
+}
 
 bool TExactSync::Identical() const { return TablesIdentical() && read_.objects.empty(); }
 

@@ -39,11 +39,12 @@ class TExactSync {
   void Compare();
   void Forget();  // what was compared last
 
-  bool TablesIdentical() const;  // no action, and nothing was skipped
+  bool TablesIdentical() const;  // no action, and nothing was skipped or not followed
   bool Identical() const;        // and no other object differs
   const std::vector<TSkippedTable>& Skipped() const { return read_.skipped; }
-  const TStringList& CaseTwins() const { return case_twins_; }       // see sync/CaseTwins.h
-  const TStringList& LeftAlone() const { return read_.left_alone; }  // a line for each object that is not handled
+  const TStringList& CaseTwins() const { return case_twins_; }           // see sync/CaseTwins.h
+  const TStringList& NotFollowed() const { return read_.not_followed; }  // statements of a script, with the reason
+  const TStringList& LeftAlone() const { return read_.left_alone; }      // a line for each object that is not handled
   const std::vector<TObjectDifference>& Objects() const { return read_.objects; }
   std::vector<TChange> Changes() const;  // those whose rows are still there
   std::vector<TPlanStatement> Plan() const;

@@ -1,8 +1,11 @@
 #include "exact/FileSchema.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
+#include "exact/Charsets.h"
+#include "exact/Equivalences.h"
 #include "exact/KeyText.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -18,7 +21,49 @@ constexpr char kDynamic[] = " may make or change tables that its text does not n
 constexpr char kOfRows[] = "Table %s is made of the rows of a query";
 constexpr char kNoTable[] = "There is no table %s";
 constexpr char kThere[] = "There is a table %s already";
+constexpr char kInMode[] = "\"%s\" means something else in the SQL mode %s";
 constexpr std::size_t kShownChars = 60;
+
+// What a mode reads in a way of its own, besides double quotes; the empty text for whole statements.
+struct TModeMark {
+  std::string_view mode;
+  std::string_view mark;
+};
+constexpr std::array<std::string_view, 7> kNameQuoting = {
+    {"ansi_quotes", "ansi", "oracle", "mssql", "db2", "maxdb", "postgresql"}};
+constexpr std::array<TModeMark, 9> kModeMarks = {{{"pipes_as_concat", "||"},
+                                                  {"ansi", "||"},
+                                                  {"no_backslash_escapes", "\\"},
+                                                  {"real_as_float", "real"},
+                                                  {"ansi", "real"},
+                                                  {"oracle", ""},
+                                                  {"mssql", "||"},
+                                                  {"db2", "||"},
+                                                  {"maxdb", "||"}}};
+
+bool HasMode(std::string_view modes, std::string_view mode) {
+  TStringList all;
+  SplitPlain(',', modes, all);
+  return std::any_of(all.begin(), all.end(), [mode](const std::string& one) { return TrimView(one) == mode; });
+}
+
+// In some modes double quotes are those of names.
+bool QuotesNames(std::string_view modes) {
+  return std::any_of(kNameQuoting.begin(), kNameQuoting.end(), [&](auto mode) { return HasMode(modes, mode); });
+}
+
+std::string WithBackticks(std::string_view statement) {
+  std::string result;
+  std::size_t done = 0;
+  for (const TToken& token : Tokens(statement)) {
+    if (token.kind != EToken::String || token.text.front() != '"') continue;
+    const std::string_view inner = token.text.substr(1, token.text.size() - 2);
+    result += statement.substr(done, token.start - done);
+    result += QuotedName(StrReplace(inner, "\"\"", "\""));
+    done = token.End();
+  }
+  return result += statement.substr(done);
+}
 
 // What "create table" may be followed by that makes rows, or columns out of rows.
 bool MakesRows(TTokens tokens) {
@@ -67,11 +112,15 @@ const TTableText& TFileSchema::Table(const std::string& name) const {
 
 void TFileSchema::Apply(const TStructureStatement& statement) {
   statement_ = &statement;
-  text_ = statement.text;
+  text_ = QuotesNames(modes_) ? WithBackticks(statement.text) : std::string(statement.text);
   tokens_ = Tokens(text_);
   std::size_t at = 1;
-  if (Is(0, "call") || Is(0, "prepare") || Is(0, "execute"))
-    unknown_ = Format(kUnfollowed, script_.file, statement.line, CutChars(text_, kShownChars) + kDynamic);
+  if (Is(0, "call") || Is(0, "prepare") || Is(0, "execute") || Is(0, "source") || tokens_[0].Is("\\"))
+    return unknown_.push_back(
+        Format(kUnfollowed, script_.file, statement.line, CutChars(text_, kShownChars) + kDynamic));
+  if (Is(0, "set")) return Set();
+  if (Is(1, "database") || Is(1, "schema"))
+    if (!Is(0, "drop")) return SetDatabase(2, Is(0, "create"));
   if (Is(0, "alter")) {
     while (Is(at, "online") || Is(at, "offline") || Is(at, "ignore")) ++at;
     return Is(at, "table") ? Alter(at + 1) : void();
@@ -84,6 +133,72 @@ void TFileSchema::Apply(const TStructureStatement& statement) {
   while (Is(at, "online") || Is(at, "offline")) ++at;
   const std::string kind = Is(at, "index") ? "" : LowerText(tokens_[std::min(at++, tokens_.size() - 1)].text);
   if (Is(at, "index")) CreateIndex(at + 1, kind);
+}
+
+std::string TFileSchema::NotFollowed(const std::string& table, const std::string& reason) const {
+  const auto line = lines_.find(table);
+  return Format(kUnfollowed, script_.file, line == lines_.end() ? 1 : line->second, reason);
+}
+
+// Whatever is set for the session: the mode, and the engine of new tables.
+void TFileSchema::Set() {
+  for (std::size_t at = 1; at + 1 < tokens_.size(); ++at) {
+    const bool mode = Is(at, "sql_mode");
+    if (!mode && !Is(at, "default_storage_engine") && !Is(at, "storage_engine")) continue;
+    const bool assigned = tokens_[at + 1].Is("=") || tokens_[at + 1].Is(":=");
+    const bool own = tokens_[at - 1].Is("@") && !(at > 1 && tokens_[at - 2].Is("@"));
+    const bool global = Is(at - 1, "global") || (at > 2 && tokens_[at - 1].Is(".") && Is(at - 2, "global"));
+    if (!assigned || own || global) continue;
+    const std::size_t value = at + 2;
+    if (!mode) {
+      const TToken& engine = tokens_[std::min(value, tokens_.size() - 1)];
+      engine_ = engine.kind == EToken::String ? ValueOf(engine) : IsName(engine) ? NameOf(engine) : "";
+      if (SameText(engine_, "default")) engine_.clear();
+      continue;
+    }
+    std::string modes;
+    for (std::size_t part = value; part < tokens_.size() && (part == value || !tokens_[part - 1].Is(";")); ++part) {
+      if (tokens_[part].kind == EToken::String) modes += "," + LowerText(ValueOf(tokens_[part]));
+      if (Is(part, "sql_mode")) modes += "," + modes_;
+      if (tokens_[part].Is("=")) break;
+    }
+    if (modes.empty() && IsName(tokens_[std::min(value, tokens_.size() - 1)]))
+      modes = LowerText(NameOf(tokens_[value]));
+    modes_ = modes;
+  }
+}
+
+// create database [if not exists] name [options], alter database [name] options
+void TFileSchema::SetDatabase(std::size_t at, bool creates) {
+  TakeIf(at);
+  std::string database(statement_->database);
+  const auto option = [&] {
+    return Is(at, "default") || Is(at, "character") || Is(at, "charset") || Is(at, "collate") || Is(at, "char");
+  };
+  if (creates || !option()) database = ReadName(at).table;
+  std::vector<TTableOption> options;
+  for (; at + 1 < tokens_.size(); ++at) {
+    const bool collation = Is(at, "collate");
+    if (!collation && !Is(at, "set") && !Is(at, "charset")) continue;
+    const std::size_t value = tokens_[at + 1].Is("=") ? at + 2 : at + 1;
+    options.push_back({collation ? "COLLATE" : "DEFAULT CHARSET", std::string(TokenAt(tokens_, value).text)});
+  }
+  if (creates || !options.empty()) table_options_[database] = std::move(options);
+}
+
+// What a new table has of which its text says nothing.
+void TFileSchema::TakeDefaults(const std::string& database, TTableText& table) const {
+  if (!engine_.empty() && table.FindOption("ENGINE") == nullptr) table.options.push_back({"ENGINE", engine_});
+  const auto options = table_options_.find(database);
+  if (options == table_options_.end() || TableCharset(table) != TCharset()) return;
+  table.options.insert(table.options.end(), options->second.begin(), options->second.end());
+}
+
+void TFileSchema::CheckModes() const {
+  for (const TModeMark& row : kModeMarks)
+    if (HasMode(modes_, row.mode) && (row.mark.empty() || PosNoCase(row.mark, text_) > 0))
+      RaiseError(Format(kInMode, row.mark.empty() ? CutChars(text_, kShownChars) : std::string(row.mark),
+                        std::string(row.mode)));
 }
 
 bool TFileSchema::TakeIf(std::size_t& at) const {
@@ -127,7 +242,9 @@ void TFileSchema::Forget(const std::string& table) {
 template <class Action>
 void TFileSchema::Guard(const std::string& table, Action action) {
   if (unfollowed_.contains(table)) return;
+  lines_[table] = statement_->line;
   try {
+    CheckModes();
     action();
   } catch (const EVelmora& fault) {
     Forget(table);
@@ -159,6 +276,7 @@ void TFileSchema::Create(std::size_t at, bool /*replaces*/) {
       (column ? columns : added).push_back(std::move(element));
       std::move(inside.begin(), inside.end(), std::back_inserter(added));
     }
+    TakeDefaults(name.database, table);
     table.elements = std::move(columns);
     AddElements(std::move(added), true, server_, table);
     for (TElement& element : table.elements)
@@ -174,6 +292,7 @@ void TFileSchema::CreateLike(const std::string& name, const std::string& from) {
   table.name = name;
   std::erase_if(table.elements, [](const TElement& element) { return element.kind == EElement::ForeignKey; });
   for (TElement& element : table.elements) element.generated = false;
+  MakeNamesAnew(table, server_);
   std::erase_if(table.options, [](const TTableOption& option) {
     return option.name == "AUTO_INCREMENT" || option.name.ends_with("DIRECTORY");
   });
@@ -245,7 +364,8 @@ void TFileSchema::RenameTable(const std::string& from, const std::string& to) {
     if (schema_.Find(to) != nullptr) RaiseError(Format(kThere, to));
     schema_.Remove(from);
     table.name = to;
-    MoveMadeNames(table, from);
+    lines_[to] = statement_->line;
+    MoveMadeNames(table, from, server_);
     schema_.Add(std::move(table));
     for (const TTableText& other : schema_.Tables())
       for (TElement& element : schema_.Find(other.name)->elements)

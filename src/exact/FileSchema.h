@@ -23,8 +23,10 @@ class TFileSchema {
   // As the server prints it but for what depends on its settings. Raises for one that could not be followed, with file
   // and line, and for none.
   const TTableText& Table(const std::string& name) const;
-  // Why there may be more tables than these; empty where there are not.
-  const std::string& Unknown() const { return unknown_; }
+  // Of statements that may make or change tables which their texts do not name: each with file and line.
+  const TStringList& Unknown() const { return unknown_; }
+  // What is told of a table that cannot be followed after all.
+  std::string NotFollowed(const std::string& table, const std::string& reason) const;
 
  private:
   struct TName {
@@ -33,6 +35,11 @@ class TFileSchema {
   };
 
   void Apply(const TStructureStatement& statement);
+  void Set();
+  void SetModes(const std::string& modes);
+  void SetDatabase(std::size_t at, bool creates);
+  void TakeDefaults(const std::string& database, TTableText& table) const;
+  void CheckModes() const;
   void Create(std::size_t at, bool replaces);
   void CreateLike(const std::string& name, const std::string& from);
   void CreateIndex(std::size_t at, const std::string& kind);
@@ -57,7 +64,11 @@ class TFileSchema {
   const TServerTraits& server_;
   TSchema schema_;
   std::map<std::string, std::string> unfollowed_;  // tables, and why
-  std::string unknown_;
+  TStringList unknown_;
+  std::map<std::string, std::size_t> lines_;                        // of each table's last statement
+  std::map<std::string, std::vector<TTableOption>> table_options_;  // by database: what its new tables have
+  std::string engine_;                                              // of new tables; empty for the server's own
+  std::string modes_;                                               // in lower case
   // The statement under way.
   const TStructureStatement* statement_ = nullptr;
   std::string text_;

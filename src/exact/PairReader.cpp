@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <unordered_map>
 #include <utility>
@@ -46,6 +47,8 @@ struct TSideReader {
     if (const TStructureScript* script = texts->StructureScript())
       file = std::make_unique<TFileSchema>(*script, server);
   }
+  // Whether the side may have more than it shows.
+  bool MayHideMore() const { return file != nullptr && !file->Unknown().empty(); }
 
   const char* name;
   TDBConn& conn;
@@ -67,6 +70,9 @@ TServerTraits TraitsOf(TDBConn& conn, TCreationTexts& texts) {
   TVariant value;
   conn.GetResultSQL("select version()", value);
   traits.mysql = PosNoCase("mariadb", VarToText(value)) == 0;
+  constexpr double kFirstWithInlineReferences = 9;
+  traits.inline_references =
+      !traits.mysql || std::strtod(VarToText(value).c_str(), nullptr) >= kFirstWithInlineReferences;
   conn.GetResultSQL("select @@explicit_defaults_for_timestamp", value);
   traits.explicit_timestamps = VarToText(value) != "0";
   return traits;
@@ -134,6 +140,9 @@ class TPairReader {
     server_ = TraitsOf(server.conn, *server.texts);
     reference_.ReadFile(server_);
     target_.ReadFile(server_);
+    for (const TSideReader* side : {&reference_, &target_})
+      if (side->MayHideMore())
+        pair_.not_followed.insert(pair_.not_followed.end(), side->file->Unknown().begin(), side->file->Unknown().end());
   }
 
   TDatabaseObjects ListOthers(TSideReader& side) {
@@ -162,8 +171,8 @@ class TPairReader {
         Skip(other, table, Format(kIsOther, object->second));
         continue;
       }
-      if (other.file != nullptr && !other.file->Unknown().empty() && !InFile(*other.file, table)) {
-        Skip(other, table, other.file->Unknown());
+      if (other.MayHideMore() && !InFile(*other.file, table)) {
+        Skip(other, table, other.file->Unknown().front());
         continue;
       }
       side.listed.emplace(table, TListedTable());
@@ -230,8 +239,8 @@ class TPairReader {
     }
     for (TReading& of : reading)
       if (of.text != nullptr && !TakeApart(of, table, same)) return;
-    Complete(reading[0], reading[1]);
-    Complete(reading[1], reading[0]);
+    if (!Complete(reading[0], reading[1]) || !Complete(reading[1], reading[0])) return;
+    if (MayDifferUnseen(reading[0], reading[1], table)) return;
     if (LeftAlone(reading[0].table, reading[1].table, table)) return;
     TTaken& taken = taken_.emplace_back();
     if (reading[0].text != nullptr) taken.reference = std::make_unique<TTableText>(std::move(reading[0].table));
@@ -244,10 +253,28 @@ class TPairReader {
     TTableText table{};
   };
 
-  // A script leaves to its server what the other side tells.
-  void Complete(TReading& of, const TReading& other) const {
-    if (of.side.file == nullptr || of.text == nullptr) return;
-    CompleteTable(of.table, other.text == nullptr ? nullptr : &other.table, server_);
+  // A script leaves to its server what the other side tells. False where the table cannot be followed.
+  bool Complete(TReading& of, const TReading& other) {
+    if (of.side.file == nullptr || of.text == nullptr) return true;
+    try {
+      CompleteTable(of.table, other.text == nullptr ? nullptr : &other.table, server_);
+      return true;
+    } catch (const EVelmora& error) {
+      Skip(of.side, of.table.name, of.side.file->NotFollowed(of.table.name, error.what()));
+      return false;
+    }
+  }
+
+  // What a statement of a script may have changed unseen is not changed back.
+  bool MayDifferUnseen(const TReading& reference, const TReading& target, const std::string& table) {
+    if (reference.text == nullptr || target.text == nullptr) return false;
+    TEquivalenceUse use;
+    for (const TReading* of : {&reference, &target}) {
+      if (!of->side.MayHideMore() || CompareTableTexts(reference.table, target.table, use).empty()) continue;
+      Skip(of->side, table, of->side.file->Unknown().front());
+      return true;
+    }
+    return false;
   }
 
   // Of texts that are the same it does not matter what they say.

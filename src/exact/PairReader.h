@@ -37,6 +37,7 @@ struct TReadPair {
   TReadSide reference;
   TReadSide target;
   std::vector<TSkippedTable> skipped;  // in neither schema
+  TStringList not_followed;            // statements of a script that may have made or changed tables unseen
   TStringList left_alone;              // a line for each object that is not handled
   std::vector<TObjectDifference> objects;
 };

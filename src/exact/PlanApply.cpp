@@ -546,9 +546,9 @@ void TAlteration::ReadWrittenRename(TTokens clause) {
   RenameKey(*found, to);
 }
 
-// In keys and foreign keys. Expressions keep the old name, which servers refuse to leave without its column.
 void TAlteration::RenameColumn(const std::string& from, const std::string& to) {
   for (TElement& element : others_) RenameColumnIn(element, from, to);
+  for (TElement& element : columns_) RenameColumnIn(element, from, to);
   effects_.renamed_columns.emplace_back(from, to);
 }
 

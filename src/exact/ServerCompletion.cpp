@@ -12,6 +12,7 @@
 #include "exact/ElementText.h"
 #include "exact/KeyText.h"
 #include "exact/Lexer.h"
+#include "exact/SameExpressions.h"
 #include "exact/ServerDefaults.h"
 #include "exact/TableOptions.h"
 #include "util/Errors.h"
@@ -339,65 +340,6 @@ void CutKey(TElement& key, const TTableText& table) {
   key.text = key.text.substr(0, all[open].End()) + list + key.text.substr(all[close - 1].start);
 }
 
-// --- Expressions, as MariaDB prints them
-
-struct TPrintedWord {
-  std::string_view written;
-  std::string_view printed;
-};
-constexpr std::array<TPrintedWord, 9> kFunctions = {{{"upper", "ucase"},
-                                                     {"lower", "lcase"},
-                                                     {"length", "octet_length"},
-                                                     {"character_length", "char_length"},
-                                                     {"substring", "substr"},
-                                                     {"mid", "substr"},
-                                                     {"power", "pow"},
-                                                     {"ceil", "ceiling"},
-                                                     {"day", "dayofmonth"}}};
-constexpr std::array<TPrintedWord, 3> kOperators = {{{"!=", "<>"}, {"%", "MOD"}, {"rlike", "regexp"}}};
-
-std::string_view PrintedWord(TTokens tokens, std::size_t at) {
-  const bool call = tokens[at].kind == EToken::Word && TokenAt(tokens, at + 1).Is("(");
-  for (const TPrintedWord& row : kFunctions)
-    if (call && tokens[at].Is(row.written)) return row.printed;
-  for (const TPrintedWord& row : kOperators)
-    if (tokens[at].Is(row.written)) return row.printed;
-  return tokens[at].text;
-}
-
-// Whether the brackets at `open` stand around what binds more closely than the "and" or "or" beside them.
-bool IsNeedless(TTokens tokens, std::size_t open) {
-  const std::size_t behind = BehindGroup(tokens, open);
-  const auto joins = [](const TToken& token) { return token.Is("and") || token.Is("or"); };
-  const TToken& before = TokenAt(tokens, open - 1);
-  const TToken& after = TokenAt(tokens, behind);
-  if (behind >= tokens.size() || !(joins(before) || joins(after))) return false;
-  if (!(joins(before) || before.Is("(")) || !(joins(after) || after.Is(")"))) return false;
-  const bool beside_and = before.Is("and") || after.Is("and");
-  for (std::size_t at = open + 1; at + 1 < behind; at = BehindValue(tokens, at)) {
-    if (tokens[at].Is("and") && beside_and) return false;
-    if (InList(LowerText(tokens[at].text), {"or", "xor", "not", ",", "select", "case", "&&", "||"})) return false;
-  }
-  return true;
-}
-
-void PrintExpressions(TElement& element) {
-  if (element.kind != EElement::Check && element.kind != EElement::Column) return;
-  const std::vector<TToken> all = Tokens(element.text);
-  const TTokens tokens(all.data(), all.size() - 1);
-  std::vector<bool> gone(tokens.size(), false);
-  std::string text;
-  std::size_t done = 0;
-  for (std::size_t at = 2; at < tokens.size(); ++at) {
-    if (tokens[at].Is("(") && IsNeedless(tokens, at)) gone[at] = gone[BehindGroup(tokens, at) - 1] = true;
-    const std::string_view printed = gone[at] ? std::string_view() : PrintedWord(tokens, at);
-    if (printed == tokens[at].text) continue;
-    text += element.text.substr(done, tokens[at].start - done) + std::string(printed);
-    done = tokens[at].End();
-  }
-  element.text = text + element.text.substr(done);
-}
-
 // The column's text without the tokens that `gone` marks, and `added` before its attributes' end: a check stays last.
 std::string Rewritten(const std::string& text, TTokens tokens, const std::vector<bool>& gone,
                       const std::string& added) {
@@ -468,11 +410,10 @@ void CompleteTable(TTableText& table, const TTableText* counterpart, const TServ
     TColumnRewriter(element, table).Complete(table, there, server);
   }
   if (!server.explicit_timestamps) CompleteTimestamps(table);
-  if (!server.mysql)
-    for (TElement& element : table.elements) PrintExpressions(element);
   SettleTable(table);
   for (TElement& element : table.elements)
     if (IsKey(element.kind)) CutKey(element, table);
+  if (counterpart != nullptr) AdoptExpressions(table, *counterpart);
 }
 
 }  // namespace velmora

@@ -12,6 +12,7 @@ namespace velmora {
 
 // The engine and character set of `counterpart`, the other side's table, null for none, where the text names none, and
 // all that hangs on these: types and defaults of columns, lengths of keys, foreign keys that the engine does not hold.
+// Expressions that say the same get the other side's text. Raises for those of which nobody knows.
 void CompleteTable(TTableText& table, const TTableText* counterpart, const TServerTraits& server);
 
 // A column with another default, as it is written; without one where it is empty.

@@ -134,7 +134,6 @@ class TInlineReader {
     if (at_ < column_.tokens.size()) at_ = BehindValue(column_.tokens, at_);
   }
 
-  // MySQL before its version 9 reads them and does nothing.
   void TakeReferences() {
     const auto range = std::find_if(column_.parts.rest.begin(), column_.parts.rest.end(),
                                     [this](TTokenRange rest) { return rest.first == at_; });
@@ -142,7 +141,7 @@ class TInlineReader {
       ++at_;
       return;
     }
-    if (!server_.mysql)
+    if (server_.inline_references)
       found_.push_back(
           {EElement::ForeignKey, "", KeyOf("FOREIGN KEY", column_.parts.name) + " " + column_.Text(*range)});
     Leave(kept, *range);
@@ -354,8 +353,17 @@ void NameForeignKeys(TElements& elements, bool first, const TTableText& table) {
   }
 }
 
-void NameChecks(TElements& elements, const TServerTraits& server, const TTableText& table) {
-  int number = 0;
+void NameCheck(TElement& check, std::string name) {
+  check.text = "CONSTRAINT " + QuotedName(name) + " CHECK " + BodyOf(check);
+  check.name = std::move(name);
+}
+
+// MySQL goes on from the highest number, MariaDB takes the lowest that is free.
+void NameChecks(TElements& elements, bool first, const TServerTraits& server, const TTableText& table) {
+  long long number = 0;
+  if (server.mysql && !first)
+    for (const TElement& element : elements)
+      if (element.kind == EElement::Check) number = std::max(number, MadeNumber(element.name, table.name, kCheckMark));
   for (TElement& element : elements) {
     if (element.kind != EElement::Check || !element.name.empty()) continue;
     std::string name;
@@ -363,9 +371,32 @@ void NameChecks(TElements& elements, const TServerTraits& server, const TTableTe
     while (std::any_of(elements.begin(), elements.end(), [&name](const TElement& other) {
       return other.kind == EElement::Check && SameText(other.name, name);
     }));
-    element.name = name;
-    element.text = "CONSTRAINT " + QuotedName(name) + " CHECK " + BodyOf(element);
+    NameCheck(element, std::move(name));
   }
+}
+
+// Where an element's text may name columns, in order: the parts of a key, and what stands in expressions and is no
+// call.
+std::vector<std::size_t> ColumnPlaces(const TElement& element, TTokens tokens) {
+  std::vector<TTokenRange> ranges;
+  if (element.kind == EElement::Check) ranges = {{2, tokens.size()}};
+  if (element.kind == EElement::Column) {
+    const TColumnParts parts = ReadColumnParts(tokens);
+    for (const auto& range : {parts.default_value, parts.generated, parts.check})
+      if (range) ranges.push_back(*range);
+  }
+  std::size_t open = 0;
+  while (IsKey(element.kind) && open < tokens.size() && !tokens[open].Is("(")) ++open;
+  if (IsKey(element.kind))
+    for (const TTokenRange part : ListParts(tokens, open))
+      ranges.push_back({part.first, IsName(TokenAt(tokens, part.first)) ? part.first + 1 : part.last});
+  std::vector<std::size_t> places;
+  for (const TTokenRange& range : ranges)
+    for (std::size_t at = range.first; at < std::min(range.last, tokens.size()); ++at)
+      if (IsName(tokens[at]) && !TokenAt(tokens, at + 1).Is("(") && !TokenAt(tokens, at + 1).Is("."))
+        places.push_back(at);
+  std::sort(places.begin(), places.end());
+  return places;
 }
 
 TElement* FindColumn(TTableText& table, std::string_view name) {
@@ -421,7 +452,7 @@ void AddElements(std::vector<TElement> added, bool first, const TServerTraits& s
   }
   NameKeys(others, DropServedKeys(others, first_new));
   NameForeignKeys(others, first, table);
-  NameChecks(others, server, table);
+  NameChecks(others, first, server, table);
   table.elements = std::move(columns);
   std::move(others.begin(), others.end(), std::back_inserter(table.elements));
 }
@@ -452,8 +483,10 @@ void LeaveDatabase(TElement& foreign_key, std::string_view database) {
   WriteForeignKey(foreign_key, read);
 }
 
-void MoveMadeNames(TTableText& table, std::string_view from) {
+void MoveMadeNames(TTableText& table, std::string_view from, const TServerTraits& server) {
   for (TElement& element : table.elements) {
+    if (server.mysql && element.kind == EElement::Check && MadeNumber(element.name, from, kCheckMark) > 0)
+      NameCheck(element, table.name + element.name.substr(from.size()));
     if (element.kind != EElement::ForeignKey || MadeNumber(element.name, from, kForeignMark) == 0) continue;
     element.name = table.name + element.name.substr(from.size());
     WriteForeignKey(element, ReadForeignKey(element));
@@ -467,18 +500,14 @@ void RenameColumnIn(TElement& element, std::string_view from, std::string_view t
       if (SameText(column, from)) column = to;
     return WriteForeignKey(element, read);
   }
-  if (!IsKey(element.kind)) return;
   const std::vector<TToken> all = Tokens(element.text);
   const TTokens tokens(all.data(), all.size() - 1);
-  std::size_t open = 0;
-  while (open < tokens.size() && !tokens[open].Is("(")) ++open;
   std::string text;
   std::size_t done = 0;
-  for (const TTokenRange part : ListParts(tokens, open)) {
-    const TToken& name = TokenAt(tokens, part.first);
-    if (!IsName(name) || !SameText(NameOf(name), from)) continue;
-    text += element.text.substr(done, name.start - done) + QuotedName(to);
-    done = name.End();
+  for (const std::size_t at : ColumnPlaces(element, tokens)) {
+    if (!SameText(NameOf(tokens[at]), from)) continue;
+    text += element.text.substr(done, tokens[at].start - done) + QuotedName(to);
+    done = tokens[at].End();
   }
   element.text = text + element.text.substr(done);
 }
@@ -488,6 +517,15 @@ void RenameReferenced(TElement& foreign_key, std::string_view from, std::string_
   for (std::string& column : read.parts.references)
     if (SameText(column, from)) column = to;
   WriteForeignKey(foreign_key, read);
+}
+
+void MakeNamesAnew(TTableText& table, const TServerTraits& server) {
+  if (!server.mysql) return;
+  const auto checks = std::stable_partition(table.elements.begin(), table.elements.end(),
+                                            [](const TElement& element) { return element.kind != EElement::Check; });
+  std::sort(checks, table.elements.end(), [](const TElement& a, const TElement& b) { return a.name < b.name; });
+  std::for_each(checks, table.elements.end(), [](TElement& check) { check.name.clear(); });
+  AddElements({}, true, server, table);
 }
 
 void RenameKey(TElement& key, const std::string& name) { NameKey(key, name); }

@@ -15,6 +15,7 @@ namespace velmora {
 // In what servers differ.
 struct TServerTraits {
   bool mysql = false;               // as against MariaDB
+  bool inline_references = true;    // within a column they make foreign keys
   bool explicit_timestamps = true;  // a timestamp of which nothing else is said may be null
 };
 
@@ -39,9 +40,11 @@ void MoveReferences(TElement& foreign_key, std::string_view from, std::string_vi
 void LeaveDatabase(TElement& foreign_key, std::string_view database);
 
 // Names that servers have made of a table's name follow it.
-void MoveMadeNames(TTableText& table, std::string_view from);
+void MoveMadeNames(TTableText& table, std::string_view from, const TServerTraits& server);
+// Those of a table made like another one: MySQL names its checks anew, in the order of their names.
+void MakeNamesAnew(TTableText& table, const TServerTraits& server);
 
-// A column's new name in the elements that name it, of the table itself.
+// A column's new name in the elements that name it, of the table itself: keys, foreign keys, expressions.
 void RenameColumnIn(TElement& element, std::string_view from, std::string_view to);
 // The same in the columns to which a foreign key refers.
 void RenameReferenced(TElement& foreign_key, std::string_view from, std::string_view to);

@@ -118,22 +118,44 @@ class TCreationScript::TCollector {
   void Read(std::string_view script) {
     TStatementReader reader(script, true);
     TStatement statement;
-    while (reader.Next(statement)) {
-      const TStatement plain = WithoutComments(statement);
-      const bool versioned = plain.text.empty();
-      const TStatementHead head = ReadStatementHead(versioned ? statement.text : plain.text, versioned);
-      const TStatement line = WithoutDashes(plain);
-      if (line.text.size() < plain.text.size())
-        Take(line, ReadStatementHead(line.text), true, script);
-      else
-        Take(versioned ? statement : plain, head, versioned, script);
-      if (!versioned) Tell(plain, head);
-    }
+    while (reader.Next(statement))
+      for (TStatement rest = statement; !rest.text.empty(); rest = AfterClientLine(rest))
+        ReadOne(ClientLine(rest), script);
     EndRun();
     WarnOfStructure();
   }
 
  private:
+  // "use d" and "source f" end with their line, whatever follows.
+  static bool IsClientLine(std::string_view text) {
+    constexpr std::string_view kCommands[] = {"use", "source", "\\.", "\\u"};
+    return std::any_of(std::begin(kCommands), std::end(kCommands),
+                       [&](std::string_view word) { return SameText(FirstWord(text), word); });
+  }
+  static TStatement ClientLine(const TStatement& statement) {
+    if (!IsClientLine(statement.text)) return statement;
+    return {TrimView(statement.text.substr(0, statement.text.find('\n'))), statement.line};
+  }
+  static TStatement AfterClientLine(const TStatement& statement) {
+    const std::size_t end = IsClientLine(statement.text) ? statement.text.find('\n') : std::string_view::npos;
+    if (end == std::string_view::npos) return {};
+    const std::string_view rest = TrimView(statement.text.substr(end));
+    const auto passed = statement.text.substr(0, static_cast<std::size_t>(rest.data() - statement.text.data()));
+    return {rest, statement.line + static_cast<std::size_t>(std::count(passed.begin(), passed.end(), '\n'))};
+  }
+
+  void ReadOne(const TStatement& statement, std::string_view script) {
+    const TStatement plain = WithoutComments(statement);
+    const bool versioned = plain.text.empty();
+    const TStatementHead head = ReadStatementHead(versioned ? statement.text : plain.text, versioned);
+    const TStatement line = WithoutDashes(plain);
+    if (line.text.size() < plain.text.size())
+      Take(line, ReadStatementHead(line.text), true, script);
+    else
+      Take(versioned ? statement : plain, head, versioned, script);
+    if (!versioned) Tell(plain, head);
+  }
+
   // What is left of a statement to who knows no versions.
   static TStatement WithoutComments(TStatement statement) {
     while (VersionMark(statement.text, 0) > 0) {

@@ -143,7 +143,7 @@ TStatementHead ReadCreate(THeadScanner& scanner) {
   if (scanner.Take("table")) return Named(scanner, EStatementKind::CreateTable);
   const bool replaces = scanner.Take("or") && scanner.Take("replace");
   if (replaces && scanner.Take("table")) return {EStatementKind::ReplaceTable};
-  if (scanner.Take("database") || scanner.Take("schema")) return {EStatementKind::Other};
+  if (scanner.Take("database") || scanner.Take("schema")) return {EStatementKind::Setting};
   PassAttributes(scanner);
   for (const std::string_view object : kObjects)
     if (scanner.Take(object)) {
@@ -166,11 +166,17 @@ TStatementHead ReadDrop(THeadScanner& scanner) {
 
 TStatementHead ReadAlter(THeadScanner& scanner) {
   scanner.TakeAny({"online", "offline", "ignore"});
+  if (scanner.Take("database") || scanner.Take("schema")) return {EStatementKind::Setting};
   if (!scanner.Take("table")) return {};
   TStatementHead head = Named(scanner, EStatementKind::AlterTable);
   head.kind = EStatementKind::AlterTable;
   head.leaves_as_is = (scanner.Take("disable") || scanner.Take("enable")) && scanner.Take("keys");
   return head;
+}
+
+// Whether a "set" concerns what new tables are, or how texts are read. Dumps set much else around each of their tables.
+bool SetsTables(std::string_view statement) {
+  return PosNoCase("sql_mode", statement) > 0 || PosNoCase("storage_engine", statement) > 0;
 }
 
 }  // namespace
@@ -181,8 +187,10 @@ TStatementHead ReadStatementHead(std::string_view statement, bool with_versions)
   if (scanner.Take("alter")) return ReadAlter(scanner);
   if (scanner.Take("rename")) return {EStatementKind::Rename};
   if (scanner.Take("drop")) return ReadDrop(scanner);
-  for (const std::string_view word : {"call", "prepare", "execute"})
-    if (!with_versions && scanner.Take(word)) return {EStatementKind::Dynamic};
+  for (const std::string_view word : {"call", "prepare", "execute", "source"})
+    if (scanner.Take(word)) return {EStatementKind::Dynamic};
+  if (scanner.TakeSymbol("\\")) return {scanner.Take("u") ? EStatementKind::Use : EStatementKind::Dynamic};
+  if (scanner.Take("set")) return {SetsTables(statement) ? EStatementKind::Setting : EStatementKind::Other};
   if (scanner.Take("use")) return Named(scanner, EStatementKind::Use);
   return {};
 }

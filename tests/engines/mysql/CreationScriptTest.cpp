@@ -97,7 +97,10 @@ TEST(CreationScript, KnowsWhatAStatementIs) {
   } kStatements[] = {
       {"Alter Table t add a int", AlterTable},
       {"alter ignore table t add a int", AlterTable},
-      {"alter database d", Other},
+      {"alter database d", Setting},
+      {"set session sql_mode = 'ansi_quotes'", Setting},
+      {"set names utf8", Other},
+      {"\\. other.sql", Dynamic},
       {"create index i on t (a)", CreateIndex},
       {"create UNIQUE index i on t", CreateIndex},
       {"create fulltext index i on t", CreateIndex},
