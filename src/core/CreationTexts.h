@@ -15,8 +15,9 @@ struct TOtherObject {
   std::string text{};  // its creation text where it can be had, else empty
 };
 
-// A statement of a script on tables, indexes or databases: create, alter, rename, drop. Its text, which the script
-// owns, begins at its first word or at the mark of a version before it.
+// A statement of a script on tables, indexes or databases: create, alter, rename, drop; a setting that new tables
+// follow; or what may do any of these without saying so: call, prepare, source. Its text, which the script owns, begins
+// at its first word or at the mark of a version before it.
 struct TStructureStatement {
   std::string_view text;
   std::size_t line = 0;       // of the file, from 1

@@ -33,8 +33,8 @@ std::string_view Mapped(const std::array<TPair, N>& rows, std::string_view word)
   return row == rows.end() ? std::string_view() : row->other;
 }
 
-constexpr std::array<TPair, 6> kOpposites = {
-    {{"=", "<>"}, {"<>", "="}, {"<", ">="}, {">=", "<"}, {">", "<="}, {"<=", ">"}}};
+constexpr std::array<TPair, 8> kOpposites = {
+    {{"=", "<>"}, {"<>", "="}, {"<", ">="}, {">=", "<"}, {">", "<="}, {"<=", ">"}, {"xor", "xnor"}, {"xnor", "xor"}}};
 constexpr std::array<TPair, 24> kSynonyms = {{{"ucase", "upper"},
                                               {"lcase", "lower"},
                                               {"octet_length", "length"},
@@ -64,93 +64,18 @@ constexpr std::string_view kBareCalls[] = {"current_timestamp", "localtime",    
                                            "current_date",      "current_time", "current_user",
                                            "utc_date",          "utc_time",     "utc_timestamp"};
 // Functions that every server prints by one name, or by one of its synonyms above.
-constexpr std::string_view kFunctions[] = {"upper",
-                                           "lower",
-                                           "length",
-                                           "char_length",
-                                           "substr",
-                                           "pow",
-                                           "ceiling",
-                                           "day",
-                                           "sha",
-                                           "ifnull",
-                                           "now",
-                                           "curdate",
-                                           "curtime",
-                                           "current_user",
-                                           "user",
-                                           "database",
-                                           "nullif",
-                                           "coalesce",
-                                           "if",
-                                           "concat",
-                                           "concat_ws",
-                                           "ltrim",
-                                           "rtrim",
-                                           "trim",
-                                           "left",
-                                           "right",
-                                           "year",
-                                           "month",
-                                           "unix_timestamp",
-                                           "bit_length",
-                                           "replace",
-                                           "reverse",
-                                           "md5",
-                                           "sha2",
-                                           "hex",
-                                           "unhex",
-                                           "abs",
-                                           "round",
-                                           "floor",
-                                           "truncate",
-                                           "sign",
-                                           "sqrt",
-                                           "greatest",
-                                           "least",
-                                           "to_days",
-                                           "lpad",
-                                           "rpad",
-                                           "repeat",
-                                           "space",
-                                           "ascii",
-                                           "ord",
-                                           "conv",
-                                           "crc32",
-                                           "inet_aton",
-                                           "inet6_aton",
-                                           "substring_index",
-                                           "field",
-                                           "elt",
-                                           "find_in_set",
-                                           "strcmp",
-                                           "locate",
-                                           "quote",
-                                           "last_day",
-                                           "weekday",
-                                           "quarter",
-                                           "hour",
-                                           "minute",
-                                           "second",
-                                           "microsecond",
-                                           "uuid",
-                                           "log",
-                                           "ln",
-                                           "exp",
-                                           "json_extract",
-                                           "json_valid",
-                                           "json_unquote",
-                                           "json_object",
-                                           "json_array",
-                                           "soundex",
-                                           "to_base64",
-                                           "datediff",
-                                           "cast",
-                                           "regexp_like"};
+constexpr std::string_view kFunctions =
+    " upper lower length char_length substr pow ceiling day sha ifnull now curdate curtime current_user "
+    "user database nullif coalesce if concat concat_ws ltrim rtrim trim left right year month "
+    "unix_timestamp bit_length replace reverse md5 sha2 hex unhex abs round floor truncate sign sqrt "
+    "greatest least to_days lpad rpad repeat space ascii ord conv crc32 inet_aton inet6_aton "
+    "substring_index field elt find_in_set strcmp locate quote last_day weekday quarter hour minute "
+    "second microsecond uuid log ln exp json_extract json_valid json_unquote json_object json_array "
+    "soundex to_base64 datediff cast regexp_like ";
 // What says true or false, and not a number.
-constexpr std::string_view kTruths[] = {
-    "=",   "<>",  "<",      "<=",      ">",  ">=",       "<=>",     "and",  "or",
-    "xor", "not", "isnull", "is true", "in", "is false", "between", "like", "regexp"};
+constexpr std::string_view kTruths[] = {"=",   "<>",       "<",       "<=",   ">",     ">=",     "<=>",
+                                        "and", "or",       "xor",     "xnor", "not",   "isnull", "is true",
+                                        "in",  "is false", "between", "like", "regexp"};
 
 bool IsOneOf(std::string_view word, std::span<const std::string_view> words) {
   return std::find(words.begin(), words.end(), word) != words.end();
@@ -179,11 +104,52 @@ TNode Not(TNode node) {
     for (TNode& arg : node.args) arg = Not(std::move(arg));
     return node;
   }
-  if (node.op == "xor") {
-    node.args[0] = Not(std::move(node.args[0]));
-    return node;
-  }
   return {"not", {std::move(node)}};
+}
+
+// Servers move a "not" to either side, so that both are without one.
+TNode Exclusive(TNode left, TNode right) {
+  TNode node{"xor"};
+  for (TNode* side : {&left, &right}) {
+    *side = Truth(std::move(*side));
+    if (InList(side->op, {"<>", ">=", ">", "or", "not", "xnor"})) {
+      *side = Not(std::move(*side));
+      node.op = Mapped(kOpposites, node.op);
+    }
+    node.args.push_back(std::move(*side));
+  }
+  return node;
+}
+
+// Asked of what is never null, it is that or its opposite.
+TNode Asked(const std::string& what, TNode node) {
+  const TNode& inner = node.op == "not" ? node.args[0] : node;
+  if (!InList(inner.op, {"is true", "is false", "isnull"})) return {"is " + what, {std::move(node)}};
+  return what == "true" ? std::move(node) : Not(std::move(node));
+}
+
+bool IsNumber(std::string_view leaf) {
+  if (leaf.starts_with('-')) leaf.remove_prefix(1);
+  return !leaf.empty() && leaf[0] >= '0' && leaf[0] <= '9' && !leaf.starts_with("0x");
+}
+
+TNode Negative(TNode node) {
+  if (!node.args.empty() || !IsNumber(node.op)) return {"-", {std::move(node)}};
+  if (node.op.starts_with('-'))
+    node.op.erase(0, 1);
+  else if (node.op != "0")
+    node.op.insert(0, 1, '-');
+  return node;
+}
+
+bool HoldsColumn(const TNode& node) {
+  if (node.args.empty()) return node.op.starts_with('`') || node.op.ends_with("()");
+  return std::any_of(node.args.begin(), node.args.end(), HoldsColumn);
+}
+
+// Of constants alone: MySQL prints what comes of them.
+bool MayBeFolded(const TNode& node) {
+  return !node.args.empty() && (!HoldsColumn(node) || std::any_of(node.args.begin(), node.args.end(), MayBeFolded));
 }
 
 // "and" within "and" is one list.
@@ -235,7 +201,7 @@ class TExpressionReader {
     const TNode node = ReadOr();
     if (at_ < tokens_.size()) RaiseError(kUnreadable);
     Print(node, form.text);
-    form.known = known_;
+    form.known = known_ && !MayBeFolded(node);
     return form;
   }
 
@@ -275,7 +241,7 @@ class TExpressionReader {
     TNode left = ReadAnd();
     while (TakeIf("xor")) {
       TNode right = ReadAnd();
-      left = {"xor", {Truth(std::move(left)), Truth(std::move(right))}};
+      left = Exclusive(std::move(left), std::move(right));
     }
     return left;
   }
@@ -311,7 +277,7 @@ class TExpressionReader {
     if (what == "null" || what == "unknown")
       left = {"isnull", {std::move(left)}};
     else if (what == "true" || what == "false")
-      left = {"is " + what, {Truth(std::move(left))}};
+      left = Asked(what, Truth(std::move(left)));
     else
       RaiseError(kUnreadable);
     return negated ? Not(std::move(left)) : left;
@@ -392,7 +358,7 @@ class TExpressionReader {
     return node;
   }
   TNode ReadSigned() {
-    if (TakeIf("-")) return {"-", {ReadUnary()}};
+    if (TakeIf("-")) return Negative(ReadUnary());
     if (TakeIf("+")) return ReadUnary();
     if (TakeIf("~")) return {"~", {ReadUnary()}};
     if (TakeIf("!")) return Not(ReadUnary());
@@ -446,8 +412,9 @@ class TExpressionReader {
     while (Token().kind == EToken::String && PrefixOf(Token()).empty()) value += ValueOf(tokens_[at_++]);
     const bool ascii = std::all_of(value.begin(), value.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
     const bool any_set = prefix.empty() || prefix == "n" || prefix.starts_with("_utf8");
-    known_ = known_ && (any_set || ascii);
-    return {(any_set || ascii ? "" : prefix) + QuotedText(value)};
+    const bool plain = any_set || (ascii && prefix != "_binary");
+    known_ = known_ && plain;
+    return {(plain ? "" : prefix) + QuotedText(value)};
   }
 
   TNode ReadColumn() {
@@ -517,7 +484,7 @@ class TExpressionReader {
     if (name == "if" && !args.empty()) args[0] = Truth(std::move(args[0]));
     const std::string_view synonym = Mapped(kSynonyms, name);
     const std::string printed = synonym.empty() ? name : std::string(synonym);
-    known_ = known_ && IsOneOf(printed, kFunctions);
+    known_ = known_ && kFunctions.find(" " + printed + " ") != std::string_view::npos;
     if (args.empty() || (args.size() == 1 && printed == "now" && args[0].op == "0")) return {printed + "()"};
     return {printed, std::move(args)};
   }

@@ -115,7 +115,7 @@ void TFileSchema::Apply(const TStructureStatement& statement) {
   text_ = QuotesNames(modes_) ? WithBackticks(statement.text) : std::string(statement.text);
   tokens_ = Tokens(text_);
   std::size_t at = 1;
-  if (Is(0, "call") || Is(0, "prepare") || Is(0, "execute") || Is(0, "source") || tokens_[0].Is("\\"))
+  if (!InList(LowerText(tokens_[0].text), {"create", "alter", "rename", "drop", "set"}))
     return unknown_.push_back(
         Format(kUnfollowed, script_.file, statement.line, CutChars(text_, kShownChars) + kDynamic));
   if (Is(0, "set")) return Set();

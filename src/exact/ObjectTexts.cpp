@@ -40,7 +40,10 @@ bool IsFixedWord(std::string_view lower) {
 class TMeaning {
  public:
   TMeaning(std::string_view text, const std::string& database)
-      : tokens_(Tokens(text)), end_(tokens_.size() - 1), database_(database) {}
+      : tokens_(Tokens(text)), end_(tokens_.size() - 1), database_(database) {
+    // A script may end a body by one that servers do not keep.
+    while (end_ > 0 && tokens_[end_ - 1].Is(";")) --end_;
+  }
 
   std::string Read() {
     while (at_ < end_ && !IsKindWord(tokens_[at_])) ReadHead();

@@ -328,6 +328,12 @@ void NameKeys(TElements& elements, std::size_t first_new) {
   }
 }
 
+// constraint n foreign key i (a): MariaDB takes the name i for the constraint where n is missing, MySQL does not.
+bool IsNamedConstraint(const TElement& element) {
+  const std::vector<TToken> tokens = Tokens(element.text);
+  return IsKeyword(tokens[0], "constraint") && !IsKeyword(TokenAt(tokens, 1), "foreign");
+}
+
 constexpr std::string_view kForeignMark = "_ibfk_";
 constexpr std::string_view kCheckMark = "_chk_";
 
@@ -447,6 +453,7 @@ void AddElements(std::vector<TElement> added, bool first, const TServerTraits& s
       std::string list;
       for (const std::string& column : parts.columns) list += (list.empty() ? "" : ",") + QuotedName(column);
       others.push_back({EElement::Key, element.name, "KEY (" + list + ")", true});
+      if (server.mysql && !IsNamedConstraint(element)) element.name.clear();
     }
     others.push_back(std::move(element));
   }

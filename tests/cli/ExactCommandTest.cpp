@@ -51,8 +51,8 @@ TEST_F(ExactCommandTest, CompareAsTextAndAsJson) {
   const TJson json = TJson::parse(Run({"compare", a_, b_, "--dialect", "exact", "--format", "json"}).out);
   std::vector<std::string> keys;
   for (const auto& entry : json.items()) keys.push_back(entry.key());
-  EXPECT_THAT(keys, ::testing::ElementsAre("identical", "actions", "log", "skipped", "objects", "verified",
-                                           "verified_on_server", "error"));
+  EXPECT_THAT(keys, ::testing::ElementsAre("identical", "actions", "log", "skipped", "not_followed", "objects",
+                                           "verified", "verified_on_server", "error"));
   EXPECT_TRUE(json["actions"][0]["unsafe"].is_string());
   EXPECT_TRUE(json["actions"][1]["unsafe"].is_null());
   EXPECT_EQ(json["verified"], 0);
@@ -88,17 +88,34 @@ TEST_F(ExactCommandTest, WhatAFileSaysAndCannotBeFollowedIsLeftAlone) {
       {"alter table u add b int;", "line 1: There is no table u"},
       {"create table u (a int);\nrename table u to v; create table u like v; alter table u check partition p;",
        "line 2: "},
-      {"call make_tables();", "line 1: call make_tables()"},
+      {"create table u (a int, key (c), c int, check (any_of(a)));", "line 1: Table u, CONSTRAINT_1: whether"},
+      {"set sql_mode = 'ansi';\ncreate table u (a int, b char(3) as (a || 'x'));", "line 2: \"||\" means something"},
       {"create table u (`a\nb` int);", "line 1: the name `a\\nb` holds a line end"},
   };
   for (const auto& row : kCases) {
     WriteFileText(a_, std::string(row.file) + " create table if not exists v (a int);");
-    WriteFileText(b_, "create table u (a int, c int, key (c)); create table v (a int);");
+    WriteFileText(b_, "create table u (a int, c int, key (c), check (a = 1)); create table v (a int);");
     const TAnswer text = Run({"compare", a_, b_, "--dialect", "exact"});
     EXPECT_EQ(text.status, 1) << row.file;
     EXPECT_EQ(text.out, "1 table could not be compared\n") << row.file;
     EXPECT_THAT(text.err, HasSubstr("table u is skipped: " + a_ + ": " + row.fault));
     EXPECT_THAT(text.err, HasSubstr("--via-server"));
+  }
+}
+
+// Nothing that differs, or that the file lacks, is changed where a statement may have made it so.
+TEST_F(ExactCommandTest, ScriptsThatMayDoMoreThanTheySayAreNeverIdentical) {
+  for (const std::string statement :
+       {"call p()", "prepare s from @s", "/*!50001 execute s */", "source x.sql", "\\. x.sql",
+        "if 1 then alter table t add b int", "begin not atomic drop table t"}) {
+    WriteFileText(a_, "use d\ncreate table t (a int);\ncreate table same (a int);\n" + statement + "\n;");
+    WriteFileText(b_, "create table t (a int, key (a)); create table same (a int); create table other (a int);");
+    const TAnswer text = Run({"compare", a_, b_, "--dialect", "exact"});
+    EXPECT_EQ(text.status, 1) << statement;
+    EXPECT_THAT(text.out, StartsWith("2 tables could not be compared\n1 statement could not be followed")) << statement;
+    EXPECT_THAT(text.err, HasSubstr("not followed: " + a_ + ": line 4: ")) << statement;
+    WriteFileText(b_, "create table t (a int); create table same (a int);");
+    EXPECT_EQ(Run({"compare", a_, b_, "--dialect", "exact"}).status, 1) << statement;
   }
 }
 

@@ -162,5 +162,22 @@ TEST(SafetyTest, KeysColumnsAndOptions) {
   }
 }
 
+TEST(SafetyTest, AKeyThatAForeignKeyNeedsIsUnsafeToDrop) {
+  constexpr char kForeign[] = ", CONSTRAINT `f` FOREIGN KEY (`c`) REFERENCES `p` (`id`))";
+  const auto reason = [&](const std::string& there, const std::string& wanted) {
+    const auto target = ReadTableText("CREATE TABLE `t` (`c` int, `d` int" + there);
+    const auto reference = ReadTableText("CREATE TABLE `t` (`c` int, `d` int" + wanted);
+    TEquivalenceUse use;
+    for (const TChange& change : CompareTableTexts(reference, target, use))
+      if (change.action == saDropKey) return change.unsafe;
+    return std::string("no key is dropped");
+  };
+  EXPECT_EQ(reason(std::string(", KEY `c` (`c`)") + kForeign, kForeign), "foreign key f needs it");
+  EXPECT_EQ(reason(std::string(", KEY `c` (`c`), KEY `e` (`c`,`d`)") + kForeign,
+                   std::string(", KEY `e` (`c`,`d`)") + kForeign),
+            "");
+  EXPECT_EQ(reason(std::string(", KEY `c` (`c`)") + kForeign, ")"), "");
+}
+
 }  // namespace
 }  // namespace velmora

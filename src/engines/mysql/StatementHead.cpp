@@ -97,6 +97,9 @@ class THeadScanner {
 };
 
 constexpr std::string_view kObjects[] = {"view", "trigger", "procedure", "function", "event", "sequence", "package"};
+// Statements that run others; those of MariaDB that stand outside routines among them.
+constexpr std::string_view kDynamic[] = {"call", "prepare", "execute", "source", "system", "import",
+                                         "if",   "case",    "while",   "loop",   "repeat", "for"};
 constexpr std::string_view kDropped[] = {"table",   "tables",    "index",    "database", "schema",   "view",
                                          "trigger", "procedure", "function", "event",    "sequence", "package"};
 
@@ -187,8 +190,9 @@ TStatementHead ReadStatementHead(std::string_view statement, bool with_versions)
   if (scanner.Take("alter")) return ReadAlter(scanner);
   if (scanner.Take("rename")) return {EStatementKind::Rename};
   if (scanner.Take("drop")) return ReadDrop(scanner);
-  for (const std::string_view word : {"call", "prepare", "execute", "source"})
+  for (const std::string_view word : kDynamic)
     if (scanner.Take(word)) return {EStatementKind::Dynamic};
+  if (scanner.Take("begin") && scanner.Take("not")) return {EStatementKind::Dynamic};
   if (scanner.TakeSymbol("\\")) return {scanner.Take("u") ? EStatementKind::Use : EStatementKind::Dynamic};
   if (scanner.Take("set")) return {SetsTables(statement) ? EStatementKind::Setting : EStatementKind::Other};
   if (scanner.Take("use")) return Named(scanner, EStatementKind::Use);

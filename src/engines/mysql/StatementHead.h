@@ -7,7 +7,7 @@
 namespace velmora {
 
 // What a statement of a creation script is, as far as anybody cares. An Object is a view, trigger, routine, event or
-// sequence that is made; a Dynamic one does what its text does not say: call, prepare, execute, source. A Setting may
+// sequence that is made; a Dynamic one does what its text does not say: call, prepare, source, ... A Setting may
 // say what new tables are where they do not say it themselves, or how texts are read.
 enum class EStatementKind {
   CreateTable,

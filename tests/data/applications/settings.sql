@@ -1,0 +1,12 @@
+set sql_mode='ANSI_QUOTES,NO_ENGINE_SUBSTITUTION', @@session.default_storage_engine=MyISAM;
+create table "names" ("a b" int, "c" int check ("c" > 1), constraint "k""x" unique ("a b"), foreign key ("c") references "names" ("a b"));
+set @old = @@sql_mode, sql_mode = default;
+create table texts (a varchar(3) default "x");
+/*!40101 SET default_storage_engine=Aria */;
+create table engines (a varchar(3) default "x");
+set session default_storage_engine = InnoDB;
+alter database character set latin1 collate latin1_bin;
+create table sets (a varchar(10), b text(300));
+create table renamed (a int, b int as (a+1), check (a>1), c varchar(30) as (concat(a,a)), constraint q check (b > a and `a` < 3));
+alter table renamed rename column a to aa, rename column b to bb;
+alter table renamed add d int check (d > aa);
