@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "exact/Lexer.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -23,8 +24,12 @@ std::string Beginning(std::string_view statement) {
 
 // What does something that its text does not say.
 bool MayMakeTables(std::string_view statement) {
-  const std::string_view word = statement.substr(0, statement.find_first_of(" \t\r\n(`"));
-  return SameText(word, "call") || SameText(word, "execute");
+  try {
+    const std::vector<TToken> tokens = Tokens(statement);
+    return !InList(LowerText(tokens[0].text), {"create", "alter", "rename", "drop", "set"});
+  } catch (const EVelmora&) {
+    return true;
+  }
 }
 
 class TCollector {

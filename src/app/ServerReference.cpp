@@ -29,8 +29,12 @@ using TServerTexts = std::map<std::string, TServerText>;
 // The file's engine, with texts of a server in place of its own.
 class TServerTextsEngine final : public TDBConnMySQLOffline {
  public:
-  TServerTextsEngine(std::unique_ptr<TOfflineConnection> connection, std::shared_ptr<const TServerTexts> texts)
-      : TDBConnMySQLOffline(std::move(connection)), file_(GetConnectionObject()), texts_(std::move(texts)) {}
+  TServerTextsEngine(std::unique_ptr<TOfflineConnection> connection, std::shared_ptr<const TServerTexts> texts,
+                     TStringList not_run)
+      : TDBConnMySQLOffline(std::move(connection)),
+        file_(GetConnectionObject()),
+        texts_(std::move(texts)),
+        not_run_(std::move(not_run)) {}
 
   void ListTables(TStringList& list) override {
     list.clear();
@@ -46,14 +50,16 @@ class TServerTextsEngine final : public TDBConnMySQLOffline {
 
   const TStructureScript* StructureScript() const override { return nullptr; }  // it was read
   void ExpectCreationTexts(const TStringList& /*tables*/) override {}
+  TStringList NotFollowed() const override { return not_run_; }
 
  private:
   std::unique_ptr<TDBConnMySQL> NewEngine() const override {
-    return std::make_unique<TServerTextsEngine>(file_.NewOfflineConnection(), texts_);
+    return std::make_unique<TServerTextsEngine>(file_.NewOfflineConnection(), texts_, not_run_);
   }
 
   TOfflineConnection& file_;
   std::shared_ptr<const TServerTexts> texts_;
+  TStringList not_run_;
 };
 
 class TServerReader {
@@ -63,8 +69,7 @@ class TServerReader {
 
   TServerTexts Read() {
     const TFileStatements file = ReadStatements();
-    for (const std::string& warning : file.warnings)
-      if (ports_.warn) ports_.warn(path_ + ": " + warning);
+    for (const std::string& warning : file.warnings) not_run_.push_back(path_ + ": " + warning);
     TVariant folds;
     target_.GetResultSQL("select @@lower_case_table_names", folds);
     folds_case_ = VarToText(folds) != "0";
@@ -84,6 +89,7 @@ class TServerReader {
         [this] { progress_.Finish(); });
     return std::move(texts_);
   }
+  const TStringList& NotRun() const { return not_run_; }
 
  private:
   TFileStatements ReadStatements() {
@@ -171,6 +177,7 @@ class TServerReader {
   bool folds_case_ = false;
   std::map<std::string, std::pair<std::string, std::string>> faults_;  // table and fault, by what names are told by
   TServerTexts texts_;
+  TStringList not_run_;
 };
 
 }  // namespace
@@ -178,9 +185,10 @@ class TServerReader {
 std::unique_ptr<TDBConn> ReferenceByServer(TDBConnMySQLOffline& file, TDBConn& target, TProgress& progress,
                                            const TScratchPorts& ports) {
   TOfflineConnection& connection = file.GetConnectionObject();
-  auto texts =
-      std::make_shared<const TServerTexts>(TServerReader(connection.Structure(), target, progress, ports).Read());
-  auto reference = std::make_unique<TServerTextsEngine>(connection.NewOfflineConnection(), std::move(texts));
+  TServerReader reader(connection.Structure(), target, progress, ports);
+  auto texts = std::make_shared<const TServerTexts>(reader.Read());
+  auto reference =
+      std::make_unique<TServerTextsEngine>(connection.NewOfflineConnection(), std::move(texts), reader.NotRun());
   reference->Connect();
   return reference;
 }

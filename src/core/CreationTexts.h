@@ -49,6 +49,8 @@ class TCreationTexts {
   virtual std::vector<TOtherObject> OtherObjects() { return {}; }
   // Of a side that is a script: its statements, in order, which live until it connects anew; null for servers.
   virtual const TStructureScript* StructureScript() const { return nullptr; }
+  // Statements that may have made or changed tables of this side, and whose work it does not show; each with its place.
+  virtual TStringList NotFollowed() const { return {}; }
 
  protected:
   ~TCreationTexts() = default;

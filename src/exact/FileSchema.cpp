@@ -17,7 +17,7 @@ namespace {
 
 constexpr char kUnfollowed[] = "%s: line %d: %s (--via-server may read it)";
 constexpr char kNoName[] = "%s: line %d: this statement names no table: %s";
-constexpr char kDynamic[] = " may make or change tables that its text does not name";
+constexpr char kUnseen[] = "%s: line %d: %s may make or change tables that its text does not name";
 constexpr char kOfRows[] = "Table %s is made of the rows of a query";
 constexpr char kNoTable[] = "There is no table %s";
 constexpr char kThere[] = "There is a table %s already";
@@ -116,8 +116,7 @@ void TFileSchema::Apply(const TStructureStatement& statement) {
   tokens_ = Tokens(text_);
   std::size_t at = 1;
   if (!InList(LowerText(tokens_[0].text), {"create", "alter", "rename", "drop", "set"}))
-    return unknown_.push_back(
-        Format(kUnfollowed, script_.file, statement.line, CutChars(text_, kShownChars) + kDynamic));
+    return unknown_.push_back(Format(kUnseen, script_.file, statement.line, CutChars(text_, kShownChars)));
   if (Is(0, "set")) return Set();
   if (Is(1, "database") || Is(1, "schema"))
     if (!Is(0, "drop")) return SetDatabase(2, Is(0, "create"));

@@ -37,6 +37,7 @@ struct TListedTable {
 struct TSideReader {
   TSideReader(const char* side, TDBConn& connection, TReadSide& result) : name(side), conn(connection), read(result) {
     texts = dynamic_cast<TCreationTexts*>(&conn);
+    if (texts != nullptr) not_followed = texts->NotFollowed();
     if (texts != nullptr) return;
     std::string shown;
     conn.GetDisplayName(shown);
@@ -44,17 +45,20 @@ struct TSideReader {
   }
   bool AtEnd() const { return next == tables.size(); }
   void ReadFile(const TServerTraits& server) {
-    if (const TStructureScript* script = texts->StructureScript())
-      file = std::make_unique<TFileSchema>(*script, server);
+    const TStructureScript* script = texts->StructureScript();
+    if (script == nullptr) return;
+    file = std::make_unique<TFileSchema>(*script, server);
+    not_followed = file->Unknown();
   }
   // Whether the side may have more than it shows.
-  bool MayHideMore() const { return file != nullptr && !file->Unknown().empty(); }
+  bool MayHideMore() const { return !not_followed.empty(); }
 
   const char* name;
   TDBConn& conn;
   TCreationTexts* texts;
   TReadSide& read;
   std::unique_ptr<TFileSchema> file;                    // of a side that is a script
+  TStringList not_followed;                             // statements that may have made or changed tables unseen
   std::unordered_map<std::string, std::string> others;  // kinds of views and sequences, by name
   TStringList tables;                                   // to be read, in order
   std::size_t next = 0;
@@ -134,15 +138,17 @@ class TPairReader {
  private:
   // A script is read as the other side's server would.
   void ReadFiles() {
+    ReadScripts();
+    for (const TSideReader* side : {&reference_, &target_})
+      pair_.not_followed.insert(pair_.not_followed.end(), side->not_followed.begin(), side->not_followed.end());
+  }
+  void ReadScripts() {
     const auto is_file = [](TSideReader& side) { return side.texts->StructureScript() != nullptr; };
     if (!is_file(reference_) && !is_file(target_)) return;
     TSideReader& server = is_file(reference_) ? target_ : reference_;
     server_ = TraitsOf(server.conn, *server.texts);
     reference_.ReadFile(server_);
     target_.ReadFile(server_);
-    for (const TSideReader* side : {&reference_, &target_})
-      if (side->MayHideMore())
-        pair_.not_followed.insert(pair_.not_followed.end(), side->file->Unknown().begin(), side->file->Unknown().end());
   }
 
   TDatabaseObjects ListOthers(TSideReader& side) {
@@ -154,8 +160,12 @@ class TPairReader {
     return others;
   }
 
-  static bool InFile(const TFileSchema& file, const std::string& table) {
-    const TStringList names = file.TableNames();
+  static bool Lists(const TSideReader& side, const std::string& table) {
+    TStringList names;
+    if (side.file != nullptr)
+      names = side.file->TableNames();
+    else
+      side.conn.meta().TableNames(names);
     return std::find(names.begin(), names.end(), table) != names.end();
   }
 
@@ -171,8 +181,8 @@ class TPairReader {
         Skip(other, table, Format(kIsOther, object->second));
         continue;
       }
-      if (other.MayHideMore() && !InFile(*other.file, table)) {
-        Skip(other, table, other.file->Unknown().front());
+      if (other.MayHideMore() && !Lists(other, table)) {
+        Skip(other, table, other.not_followed.front());
         continue;
       }
       side.listed.emplace(table, TListedTable());
@@ -271,7 +281,7 @@ class TPairReader {
     TEquivalenceUse use;
     for (const TReading* of : {&reference, &target}) {
       if (!of->side.MayHideMore() || CompareTableTexts(reference.table, target.table, use).empty()) continue;
-      Skip(of->side, table, of->side.file->Unknown().front());
+      Skip(of->side, table, of->side.not_followed.front());
       return true;
     }
     return false;
