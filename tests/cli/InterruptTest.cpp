@@ -85,11 +85,14 @@ TEST(InterruptTest, ASignalToEndBreaksOffWhatDoesNotEnd) {
 }
 
 TEST(InterruptTest, WhatCanBeThrownAwayIsBrokenOffByASignalToEndAndLeftAloneAfterwards) {
+  {
+    TInterruptHost host(nullptr, 60000, TInterruptHost::EToldToEnd::BreakOff);
+    raise(SIGTERM);
+    EXPECT_EQ(MessageOf([&] { host.ProcessMessages(); }), "Cancelled");
+  }
   TCancelled connection(true);
   TInterruptHost host(nullptr, 60000, TInterruptHost::EToldToEnd::BreakOff);
-  raise(SIGTERM);
   host.RunsOn(&connection);
-  EXPECT_EQ(MessageOf([&] { host.ProcessMessages(); }), "Cancelled");
   raise(SIGHUP);
   WaitFor(connection.cancelled);
   host.RunsOn(nullptr);
