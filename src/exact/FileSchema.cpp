@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <tuple>
 #include <utility>
 
 #include "exact/Charsets.h"
@@ -23,6 +24,7 @@ constexpr char kNoTable[] = "There is no table %s";
 constexpr char kThere[] = "There is a table %s already";
 constexpr char kInMode[] = "\"%s\" means something else in the SQL mode %s";
 constexpr std::size_t kShownChars = 60;
+constexpr std::string_view kBlanks = " \t\r\n";
 
 // What a mode reads in a way of its own, besides double quotes; the empty text for whole statements.
 struct TModeMark {
@@ -99,11 +101,19 @@ TFileSchema::TFileSchema(const TStructureScript& script, const TServerTraits& se
 TStringList TFileSchema::TableNames() const {
   TStringList names;
   for (const TTableText& table : schema_.Tables()) names.push_back(table.name);
+  for (const auto& [name, statement] : put_off_) names.push_back(name);
+  std::ranges::sort(names, {}, [this](const std::string& name) { return numbers_.at(name); });
   for (const auto& [name, reason] : unfollowed_) names.push_back(name);
   return names;
 }
 
-const TTableText& TFileSchema::Table(const std::string& name) const {
+const std::string_view* TFileSchema::PlainText(const std::string& name) const {
+  const auto found = put_off_.find(name);
+  return found == put_off_.end() ? nullptr : &found->second.text;
+}
+
+const TTableText& TFileSchema::Table(const std::string& name) {
+  CatchUp(name);
   if (const auto reason = unfollowed_.find(name); reason != unfollowed_.end()) RaiseError(reason->second);
   const TTableText* table = schema_.Find(name);
   if (table == nullptr) RaiseError(Format(kNoTable, name));
@@ -111,6 +121,52 @@ const TTableText& TFileSchema::Table(const std::string& name) const {
 }
 
 void TFileSchema::Apply(const TStructureStatement& statement) {
+  if (!PutOff(statement)) ApplyNow(statement);
+}
+
+// Only what has the looks of a dump, made under no setting that counts.
+bool TFileSchema::PutOff(const TStructureStatement& statement) {
+  constexpr std::string_view kHead = "create table `";
+  const std::string_view text = statement.text;
+  if (!SameText(text.substr(0, kHead.size()), kHead) || !PlainSettings()) return false;
+  const std::size_t end = text.find('`', kHead.size());
+  if (end == std::string_view::npos) return false;
+  std::size_t behind = text.find_first_not_of(kBlanks, end + 1);
+  if (behind == std::string_view::npos || text[behind] != '(') return false;
+  behind = text.find_first_not_of(kBlanks, behind + 1);
+  const bool of_query = PosNoCase("select", text) > 0 || PosNoCase("values", text) > 0;
+  if (behind == std::string_view::npos || text[behind] != '`' || of_query) return false;
+  std::string name(text.substr(kHead.size(), end - kHead.size()));
+  if (!IsMeant({std::string(statement.database), name})) return true;
+  Forget(name);
+  numbers_.emplace(name, numbers_.size());  // a later text takes the place of an earlier one
+  put_off_.emplace(std::move(name), statement);
+  return true;
+}
+
+bool TFileSchema::PlainSettings() const {
+  return engine_.empty() && table_options_.empty() && !QuotesNames(modes_) &&
+         std::ranges::none_of(kModeMarks, [this](const TModeMark& row) { return HasMode(modes_, row.mode); });
+}
+
+// Takes the statement that makes the table apart, as it was then.
+void TFileSchema::CatchUp(const std::string& table) {
+  const auto found = put_off_.extract(table);
+  if (!found) return;
+  auto under_way = std::tuple(statement_, std::move(text_), std::move(tokens_));
+  auto settings = std::tuple(std::exchange(engine_, {}), std::exchange(table_options_, {}), std::exchange(modes_, {}));
+  RunGuarded([&] { ApplyNow(found.mapped()); },
+             [&] {
+               std::tie(statement_, text_, tokens_) = std::move(under_way);
+               std::tie(engine_, table_options_, modes_) = std::move(settings);
+             });
+}
+
+void TFileSchema::CatchUpAll() {
+  while (!put_off_.empty()) CatchUp(std::string(put_off_.begin()->first));
+}
+
+void TFileSchema::ApplyNow(const TStructureStatement& statement) {
   statement_ = &statement;
   text_ = QuotesNames(modes_) ? WithBackticks(statement.text) : std::string(statement.text);
   tokens_ = Tokens(text_);
@@ -226,20 +282,32 @@ bool TFileSchema::IsMeant(const TName& name) const {
   return name.database.empty() || script_.database.empty() || name.database == script_.database;
 }
 
+void TFileSchema::Add(TTableText table) {
+  numbers_.emplace(table.name, numbers_.size());
+  schema_.Add(std::move(table));
+}
+
+TTableText* TFileSchema::Known(const std::string& table) {
+  CatchUp(table);
+  return schema_.Find(table);
+}
+
 TTableText& TFileSchema::Find(const std::string& table) {
-  TTableText* found = schema_.Find(table);
+  TTableText* found = Known(table);
   if (found == nullptr) RaiseError(Format(kNoTable, table));
   return *found;
 }
 
 void TFileSchema::Forget(const std::string& table) {
   unfollowed_.erase(table);
+  put_off_.erase(table);
   if (schema_.Find(table) != nullptr) schema_.Remove(table);
 }
 
 // A table that cannot be followed in one statement is not known from there on.
 template <class Action>
 void TFileSchema::Guard(const std::string& table, Action action) {
+  CatchUp(table);
   if (unfollowed_.contains(table)) return;
   lines_[table] = statement_->line;
   try {
@@ -256,7 +324,7 @@ void TFileSchema::Create(std::size_t at, bool /*replaces*/) {
   const bool conditional = TakeIf(at);
   const TName name = ReadName(at);
   if (!IsMeant(name)) return;
-  if (conditional && (schema_.Find(name.table) != nullptr || unfollowed_.contains(name.table))) return;
+  if (conditional && (Known(name.table) != nullptr || unfollowed_.contains(name.table))) return;
   Forget(name.table);  // a later text takes the place of an earlier one
   Guard(name.table, [&] {
     const std::size_t like = at < tokens_.size() && tokens_[at].Is("(") ? at + 1 : at;
@@ -281,11 +349,12 @@ void TFileSchema::Create(std::size_t at, bool /*replaces*/) {
     for (TElement& element : table.elements)
       if (element.kind == EElement::ForeignKey) LeaveDatabase(element, name.database);
     SettleTable(table);
-    schema_.Add(std::move(table));
+    Add(std::move(table));
   });
 }
 
 void TFileSchema::CreateLike(const std::string& name, const std::string& from) {
+  CatchUp(from);
   if (const auto reason = unfollowed_.find(from); reason != unfollowed_.end()) RaiseError(reason->second);
   TTableText table = Find(from);
   table.name = name;
@@ -295,7 +364,7 @@ void TFileSchema::CreateLike(const std::string& name, const std::string& from) {
   std::erase_if(table.options, [](const TTableOption& option) {
     return option.name == "AUTO_INCREMENT" || option.name.ends_with("DIRECTORY");
   });
-  schema_.Add(std::move(table));
+  Add(std::move(table));
 }
 
 // create index n using btree on t (a) comment 'c'  is  alter table t add index n using btree (a) comment 'c'
@@ -315,7 +384,7 @@ void TFileSchema::Alter(std::size_t at) {
   const bool conditional = TakeIf(at);
   const TName name = ReadName(at);
   if (!IsMeant(name)) return;
-  if (conditional && schema_.Find(name.table) == nullptr) return;
+  if (conditional && Known(name.table) == nullptr) return;
   Alter(name.table, "alter table t " + TextOf(text_, tokens_, at, tokens_.size() - 1));
 }
 
@@ -328,6 +397,7 @@ void TFileSchema::Alter(const std::string& name, const std::string& written) {
     TAlterationEffects effects = ApplyWrittenAlteration(text, Tokens(text), kHead, server_, table);
     for (TElement& element : table.elements)
       if (element.kind == EElement::ForeignKey) LeaveDatabase(element, script_.database);
+    if (!effects.renamed_columns.empty()) CatchUpAll();
     for (const auto& [from, to] : effects.renamed_columns)
       for (const TTableText& other : schema_.Tables())
         for (TElement& element : schema_.Find(other.name)->elements)
@@ -353,19 +423,20 @@ void TFileSchema::Rename(std::size_t at) {
 
 void TFileSchema::RenameTable(const std::string& from, const std::string& to) {
   if (from == to) return;
+  CatchUpAll();  // any of them may refer to it
   if (auto reason = unfollowed_.extract(from)) {
     reason.key() = to;
     unfollowed_.insert(std::move(reason));
     return;
   }
-  Guard(schema_.Find(from) == nullptr ? from : to, [&] {
+  Guard(Known(from) == nullptr ? from : to, [&] {
     TTableText table = Find(from);
-    if (schema_.Find(to) != nullptr) RaiseError(Format(kThere, to));
+    if (Known(to) != nullptr) RaiseError(Format(kThere, to));
     schema_.Remove(from);
     table.name = to;
     lines_[to] = statement_->line;
     MoveMadeNames(table, from, server_);
-    schema_.Add(std::move(table));
+    Add(std::move(table));
     for (const TTableText& other : schema_.Tables())
       for (TElement& element : schema_.Find(other.name)->elements)
         if (element.kind == EElement::ForeignKey) MoveReferences(element, from, to);
@@ -391,6 +462,7 @@ void TFileSchema::Drop(std::size_t at) {
     if (database) {
       if (!script_.database.empty() && name.table != script_.database) return;
       schema_ = {};
+      put_off_.clear();
       unfollowed_.clear();
     } else if (IsMeant(name)) {
       Forget(name.table);

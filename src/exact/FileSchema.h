@@ -4,6 +4,8 @@
 
 #include <map>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "core/CreationTexts.h"
@@ -19,10 +21,13 @@ class TFileSchema {
   // Raises with file and line for a statement that names no table by which it could be passed over.
   TFileSchema(const TStructureScript& script, const TServerTraits& server);
 
-  TStringList TableNames() const;  // those included that could not be followed
+  TStringList TableNames() const;  // in the order of their making, then those that could not be followed
+  // The statement that makes the table, where it is all that the script says of it and was not needed so far; null
+  // otherwise. Statements that are the same make the same, and one as a server prints it makes what it says.
+  const std::string_view* PlainText(const std::string& name) const;
   // As the server prints it but for what depends on its settings. Raises for one that could not be followed, with file
   // and line, and for none.
-  const TTableText& Table(const std::string& name) const;
+  const TTableText& Table(const std::string& name);
   // Of statements that may make or change tables which their texts do not name: each with file and line.
   const TStringList& Unknown() const { return unknown_; }
   // What is told of a table that cannot be followed after all.
@@ -35,6 +40,11 @@ class TFileSchema {
   };
 
   void Apply(const TStructureStatement& statement);
+  void ApplyNow(const TStructureStatement& statement);
+  bool PutOff(const TStructureStatement& statement);
+  bool PlainSettings() const;
+  void CatchUp(const std::string& table);
+  void CatchUpAll();
   void Set();
   void SetModes(const std::string& modes);
   void SetDatabase(std::size_t at, bool creates);
@@ -55,6 +65,8 @@ class TFileSchema {
   bool TakeIf(std::size_t& at) const;  // "if exists", "if not exists"
   TName ReadName(std::size_t& at) const;
   bool IsMeant(const TName& name) const;
+  void Add(TTableText table);
+  TTableText* Known(const std::string& table);  // null for none
   TTableText& Find(const std::string& table);
   template <class Action>
   void Guard(const std::string& table, Action action);
@@ -63,7 +75,10 @@ class TFileSchema {
   const TStructureScript& script_;
   const TServerTraits& server_;
   TSchema schema_;
-  std::map<std::string, std::string> unfollowed_;  // tables, and why
+  // Tables whose statements are not taken apart as long as nobody asks: most of a dump is as the other side has it.
+  std::unordered_map<std::string, TStructureStatement> put_off_;
+  std::unordered_map<std::string, std::size_t> numbers_;  // of tables, in the order of their making
+  std::map<std::string, std::string> unfollowed_;         // tables, and why
   TStringList unknown_;
   std::map<std::string, std::size_t> lines_;                        // of each table's last statement
   std::map<std::string, std::vector<TTableOption>> table_options_;  // by database: what its new tables have

@@ -218,7 +218,7 @@ class TPairReader {
     const auto text = side.read.texts.try_emplace(side.read.texts.end(), table);
     try {
       if (side.file != nullptr)
-        text->second = CreationTextOf(side.file->Table(table));
+        text->second = FileText(*side.file, table);
       else
         side.texts->ShowCreateTable(table, text->second);
       if (&side == &reference_) MapCollations(collations_, text->second);
@@ -231,6 +231,20 @@ class TPairReader {
       Skip(side, table, error.what(), true);
       listed.state = EState::Failed;
     }
+  }
+
+  // What the script says may be all that it takes to see that both sides are the same.
+  static std::string FileText(TFileSchema& file, const std::string& table) {
+    const std::string_view* plain = file.PlainText(table);
+    return plain != nullptr ? std::string(*plain) : CreationTextOf(file.Table(table));
+  }
+
+  // Otherwise what it makes is looked at.
+  void Settle(TSideReader& side, const std::string& table) {
+    if (side.file == nullptr || side.file->PlainText(table) == nullptr) return;
+    std::string& text = side.read.texts.at(table);
+    text = CreationTextOf(side.file->Table(table));
+    if (&side == &reference_) MapCollations(collations_, text);
   }
 
   // Once all is read that there is of a table.
@@ -290,6 +304,12 @@ class TPairReader {
   // Of texts that are the same it does not matter what they say.
   bool TakeApart(TReading& of, const std::string& table, bool same) {
     try {
+      Settle(of.side, table);
+    } catch (const EVelmora& error) {
+      Skip(of.side, table, error.what(), true);
+      return false;
+    }
+    try {
       of.table = ReadTableText(WithoutRawLineEnds(*of.text));
       // The reference's own sequences are to be the target's.
       if (&of.side == &reference_)
@@ -332,9 +352,19 @@ class TPairReader {
     }
   }
 
+  // Two scripts may both leave to the server what it makes of the table.
+  TTableText SharedTable(const std::string& text) {
+    TTableText table = ReadTableText(WithoutRawLineEnds(text));
+    if (reference_.file == nullptr || target_.file == nullptr) return table;
+    Settle(reference_, table.name);
+    table = ReadTableText(reference_.read.texts.at(table.name));
+    CompleteTable(table, nullptr, server_);
+    return table;
+  }
+
   void TakeApartShared(TTaken& taken) {
     try {
-      taken.reference = std::make_unique<TTableText>(ReadTableText(*taken.shared_text));
+      taken.reference = std::make_unique<TTableText>(SharedTable(*taken.shared_text));
       taken.target = std::make_unique<TTableText>(*taken.reference);
     } catch (const EVelmora&) {
       // As above: nothing is lost with it.
