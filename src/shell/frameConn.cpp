@@ -11,6 +11,7 @@
 #include <span>
 
 #include "core/Host.h"
+#include "engines/mysql/MyWire.h"
 #include "shell/BusyCursor.h"
 #include "shell/QtText.h"
 #include "util/Errors.h"
@@ -25,6 +26,8 @@ constexpr char kCannotCreate[] = "TfrConn.CreateConnection: Unhandled engine ";
 constexpr char kBadSeparator[] = "Character \" is not an allowed separator.";
 constexpr char kCannotEnter[] = "Cannot enter %s: %s";
 constexpr char kSelectFolder[] = "Please select database folder.";
+constexpr char kSocketElsewhere[] =
+    "A local socket leads to a server on this computer: write localhost as the server, or leave the socket empty.";
 constexpr char kPemFiles[] = "Certificates and keys|*.pem;*.crt;*.cer;*.key|All files|*.*";
 constexpr char kSystemDatabases[] = "Access system database|*.mdw";
 
@@ -116,6 +119,13 @@ void SetItems(QComboBox& list, const TStringList& items) {
   RaiseError(kCannotCreate + name);
 }
 
+// The port that stands there unasked is none that was given: it leaves a server of this computer its socket.
+void SettleRoute(TEngineValues& values) {
+  const bool local = IsLocalServer(values.Text("server"));
+  if (local && values.Integer("port") == kUsualPort) values.Set("port", "0");
+  if (!local && values.Has("socket")) RaiseError(kSocketElsewhere);
+}
+
 }  // namespace
 
 TfrConn::TfrConn(TEngineClients clients, QWidget* parent, TEnumerators enumerators)
@@ -194,7 +204,8 @@ void TfrConn::AddMore(TEngineValues& values) const {
 }
 
 std::unique_ptr<TDBConn> TfrConn::CreateConnection() const {
-  const TEngineValues values = Values();
+  TEngineValues values = Values();
+  if (engine_ == kEngineMySQL) SettleRoute(values);
   return MakeEngine(*FindEngine(engine_), values, clients_);
 }
 

@@ -15,12 +15,16 @@
 #include "shell/QtText.h"
 #include "shell/TopLevel.h"
 #include "shell/frameConn.h"
+#include "util/Text.h"
 
 namespace velmora {
 
 namespace {
 
 constexpr int kLastPort = 65535;
+constexpr char kPortHint[] =
+    "The usual port is 3306. With it, a server on localhost is reached by its socket, if there is one, and by TCP "
+    "otherwise. Write 127.0.0.1 for TCP alone.";
 
 void OnChecked(QAbstractButton* button, const std::function<void()>& handler) {
   Handle(button, &QAbstractButton::toggled, button, [button, handler] {
@@ -91,7 +95,9 @@ class TPageMaker {
     row->addWidget(open);
     open->setText(ToQt("..."));
     open->setToolTip(ToQt("Browse"));
-    open->setAccessibleName(ToQt("Browse"));
+    const std::string label = StrReplace(caption, "&", "");
+    open->setAccessibleName(ToQt("Browse: " + label));
+    entry->setAccessibleName(ToQt(label));  // the caption is the label of both
     open->setFocusPolicy(Qt::StrongFocus);
     both->setFocusProxy(entry);
     Handle(open, &QToolButton::clicked, page_, [browse, entry] { browse(*entry); });
@@ -136,6 +142,8 @@ void TfrConn::MakeMySQLPage() {
   page.Entry("edServerMySQL", "&Server");
   auto* port = page.Row("P&ort", Named(new QSpinBox, "edPortMySQL"));
   port->setRange(0, kLastPort);
+  port->setSpecialValueText(ToQt("usual"));
+  port->setToolTip(ToQt(kPortHint));
   port->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
   page.Entry("edUsernameMySQL", "&Username");
   page.Secret("edPasswordMySQL", "&Password", "cbStorePasswordMySQL");
@@ -161,12 +169,12 @@ void TfrConn::MakeMoreOfMySQL(QWidget& fold) {
   const auto browse = [this](QLineEdit& field) { BrowsePemFile(field); };
   auto* tls = more.Row("&TLS", Named(new QComboBox, "cTlsMySQL"));
   for (const char* mode : kTlsModes) tls->addItem(ToQt(mode));
-  QLineEdit* authorities = more.Browsed("edTlsCaMySQL", "bnTlsCaMySQL", "&CA certificates", browse);
+  QLineEdit* authorities = more.Browsed("edTlsCaMySQL", "bnTlsCaMySQL", "CA certi&ficates", browse);
   more.Browsed("edTlsCertMySQL", "bnTlsCertMySQL", "Client c&ertificate", browse);
   more.Browsed("edTlsKeyMySQL", "bnTlsKeyMySQL", "Client ke&y", browse);
   more.Entry("edSocketMySQL", "Local soc&ket");
   more.Browsed("edServerKeyMySQL", "bnServerKeyMySQL", "Ser&ver's public key", browse);
-  more.WideRow(Named(new QCheckBox(ToQt("Tr&ust the public key that the server sends")), "cbGetServerKeyMySQL"));
+  more.WideRow(Named(new QCheckBox(ToQt("Trust the pu&blic key that the server sends")), "cbGetServerKeyMySQL"));
   more.WideRow(Named(new QCheckBox(ToQt("&Allow old logins, which show the password")), "cbOldLoginMySQL"));
 
   const auto show = [open, panel = more.Page()](bool shown) {

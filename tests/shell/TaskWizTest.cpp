@@ -162,6 +162,7 @@ TEST_F(FrameConnTest, EachEngineHasItsPageAndValues) {
     EXPECT_EQ(Page(), c.page) << c.engine;
     EXPECT_EQ(Shown(frame, "cbFileHDR"), c.engine == 14);
     FillIn();
+    Type(frame, "edSocketMySQL", "");
     std::string values;
     const std::string error = MessageOf([&] { values = ValuesText(); });
     EXPECT_EQ(values.empty() ? error : values, c.values) << c.engine;
@@ -196,8 +197,23 @@ TEST_F(FrameConnTest, HowAServerIsReachedStandsInAFold) {
   EXPECT_EQ(further(),
             "tls=preferred tls_ca=/ca.pem tls_cert=/cert.pem tls_key=/key.pem socket=/my.sock "
             "server_public_key=/server.pem get_server_public_key=Y allow_old_login=Y ");
+  Type(frame, "edServerMySQL", "db.example.org");
+  EXPECT_THAT(MessageOf([&] { frame.CreateConnection(); }), HasSubstr("local socket"));
   frame.SetEngine(8);
   EXPECT_EQ(further(), "");
+}
+
+TEST_F(FrameConnTest, ThePortThatStandsThereLeavesALocalServerItsSocket) {
+  const auto port = [this](const char* host, int shown) {
+    Type(frame, "edServerMySQL", host);
+    Child<QSpinBox>(frame, "edPortMySQL")->setValue(shown);
+    return dynamic_cast<TDBConnMySQL&>(*frame.CreateConnection()).port();
+  };
+  frame.SetEngine(8);
+  EXPECT_THAT(std::vector<int>({port("localhost", 3306), port("", 3306), port("127.0.0.1", 3306),
+                                port("localhost", 3307), port("db.example.org", 0)}),
+              ElementsAre(0, 0, 3306, 3307, 0));
+  EXPECT_EQ(Child<QSpinBox>(frame, "edPortMySQL")->text(), ToQt("usual"));
 }
 
 TEST_F(FrameConnTest, NumbersWithoutAPage) {
@@ -473,6 +489,17 @@ TEST_F(TaskWizTest, KeysReachEverything) {
   }
   EXPECT_THAT(order, ElementsAre("edServerMySQL", "edPortMySQL", "edUsernameMySQL", "edPasswordMySQL", "cDBMySQL",
                                  "bnMoreMySQL", "bnNext", "bnCancel", "cbLiveConn", "edServerMySQL"));
+  auto& fields = *Child(wizard, "frRefConn");
+  Click(fields, "bnMoreMySQL");
+  QString letters;
+  for (QWidget* widget : wizard.findChildren<QWidget*>()) {
+    const QString text = widget->isVisible() ? widget->property("text").toString() : QString();
+    if (const qsizetype mark = text.indexOf(QLatin1Char('&')); mark >= 0) letters += text[mark + 1].toUpper();
+  }
+  EXPECT_EQ(letters.size(), 15);
+  for (const QChar letter : letters) EXPECT_EQ(letters.count(letter), 1) << FromQt(QString(letter));
+  for (const char* name : {"edTlsCaMySQL", "bnTlsCaMySQL"})
+    EXPECT_THAT(FromQt(Child(fields, name)->accessibleName()), HasSubstr("CA certificates"));
   QTest::keyClick(&wizard, Qt::Key_P, Qt::AltModifier);
   EXPECT_EQ(wizard.focusWidget()->objectName(), ToQt("edPasswordMySQL"));
   QTest::keyClick(wizard.focusWidget(), Qt::Key_Return);
