@@ -2,6 +2,7 @@
 
 #include "core/Host.h"
 #include "util/Errors.h"
+#include "util/Format.h"
 
 namespace velmora {
 
@@ -12,6 +13,20 @@ constexpr char kCloseQuestion[] =
     "sure you want to close the program without saving it?";
 constexpr char kCloseCancelled[] = "Cancelled task closing";
 constexpr char kNothingToSave[] = "There is no open task to save";
+constexpr char kSideFailed[] = "%s %s: %s";
+
+// The clients' messages do not say which of the two it was.
+void ConnectSide(const char* side, TDBConn& conn) {
+  try {
+    conn.Connect();
+  } catch (const EAbort&) {
+    throw;
+  } catch (const EVelmora& error) {
+    std::string name;
+    conn.GetDisplayName(name);
+    RaiseError(Format(kSideFailed, side, name, error.what()));
+  }
+}
 
 }  // namespace
 
@@ -32,8 +47,8 @@ void TTaskFile::OpenTask(std::string path) {
   ExactDialect = reader.Exact();
   connections_.reference = MakeTaskEngine(reader.Reference(), clients_);
   connections_.target = MakeTaskEngine(reader.Target(), clients_);
-  connections_.reference->Connect();
-  connections_.target->Connect();
+  ConnectSide("Reference", *connections_.reference);
+  ConnectSide("Target", *connections_.target);
   host_.ShowTask(true);
   host_.RecentAdd(path);
 }

@@ -227,7 +227,7 @@ TEST_F(TaskFileTest, AFailedOpenLeavesWhatWasMade) {
   WriteTask(path_, *NewMySQL("r"), *NewMySQL("t"));
   server_->connect_error = "no way in";
   server_->TakeLog();
-  EXPECT_EQ(MessageOf([&] { task_.OpenTask(path_); }), "no way in");
+  EXPECT_EQ(MessageOf([&] { task_.OpenTask(path_); }), "Reference r:3307.data: no way in");
   EXPECT_TRUE(connections_.reference != nullptr && connections_.target != nullptr);
   EXPECT_THAT(server_->TakeLog(), ElementsAre("hide", "connect r:3307 data user p")) << "neither shown nor remembered";
 }
