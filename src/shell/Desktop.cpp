@@ -65,7 +65,7 @@ void TDesktop::MakeForms() {
   confirm_ = std::make_unique<TfmConfirm>(main_.get());
   dump_ = std::make_unique<TfmDump>(main_.get());
   options_ = std::make_unique<TfmOptions>(main_.get());
-  wizard_ = std::make_unique<TfmTaskWiz>(setup_.clients, main_.get(), MachineEnumerators());
+  wizard_ = std::make_unique<TfmTaskWiz>(main_->Clients(), main_.get(), MachineEnumerators());
   main_->SetForms({*progress_, *about_, *dump_, *options_, *wizard_});
 }
 

@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <QScreen>
 #include <QStatusBar>
+#include <algorithm>
 #include <filesystem>
 #include <limits>
 
@@ -80,6 +81,7 @@ int Bounded(int value) { return std::clamp(value, -kFarthest, kFarthest); }
 }  // namespace
 
 TfmMain::TfmMain(TDesktopSetup setup) : setup_(std::move(setup)) {
+  setup_.clients = notes_.Watched(setup_.clients);
   setObjectName(QStringLiteral("fmMain"));
   setWindowIcon(ProgramIcon());
   setContextMenuPolicy(Qt::NoContextMenu);  // nothing brings back a bar that was hidden by mistake
@@ -197,8 +199,10 @@ void TfmMain::ShowTask(bool active) {
     app_->connections.target->Connect();
     ShowHeading(*pnRefH, " &Reference: ", *app_->connections.reference);
     ShowHeading(*pnTgtH, " Tar&get: ", *app_->connections.target);
+    if (log_->Lines().empty()) ShowLog({});
   } else {
     barFind->hide();
+    said_.clear();
   }
 }
 
@@ -224,6 +228,14 @@ void TfmMain::ClearWork() {
 bool TfmMain::MayLoseScript() {
   const bool typed = active_ && mScript->isModified() && mScript->length() > 0;
   return !typed || ConfirmYes(kTypedQuestion);
+}
+
+void TfmMain::ShowLog(const TStringList& lines) {
+  for (const std::string& line : notes_.Of(app_->connections))
+    if (std::ranges::find(said_, line) == said_.end()) said_.push_back(line);
+  TStringList all = said_;
+  all.insert(all.end(), lines.begin(), lines.end());
+  log_->SetLines(all);
 }
 
 void TfmMain::ShowTitle(bool active) {
@@ -266,7 +278,7 @@ void TfmMain::Analyze() {
         Compare();
         AskAboutEmptyReference();
         acGenScript();
-        log_->SetLines(app_->ActionLog());
+        ShowLog(app_->ActionLog());
         page->setCurrentWidget(tsActions);
         ShowResult();
       },
@@ -299,6 +311,7 @@ void TfmMain::AskAboutEmptyReference() {
   if (empty_allowed_ || app_->data.mtActions.Empty() || !app_->ReferenceIsEmpty()) return;
   if (!ConfirmYes(EmptyReferenceText(*app_->connections.reference) + kEmptyQuestion)) {
     ClearWork();
+    ShowLog({});
     ShowPage();
     throw EAbort();
   }

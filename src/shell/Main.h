@@ -17,6 +17,7 @@
 #include "persist/RecentList.h"
 #include "persist/TaskFile.h"
 #include "shell/ActionTreeView.h"
+#include "shell/ConnectionNotes.h"
 #include "shell/FindBar.h"
 #include "shell/ScriptPort.h"
 #include "shell/SqlEdit.h"
@@ -68,7 +69,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void SetForms(const TForms& forms) { forms_ = std::make_unique<TForms>(forms); }  // before the window is shown
 
   QAction* Command(const std::string& name) const { return commands_.at(name); }
-  TApplication& App() { return *app_; }  // from the first showing until the window closes
+  const TEngineClients& Clients() const { return setup_.clients; }  // which tell this window what they have to say
+  TApplication& App() { return *app_; }                             // from the first showing until the window closes
 
   // --- acList
   void acLoadScriptFromFile();
@@ -131,9 +133,11 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void RecentAdd(const std::string& path) override;
   void ShowRecent();
   void ShowTitle(bool active);
-  void ClearWork();      // what a former pair left: tree, panels, log, script
-  void ShowPage();       // in place of the label that says that all is equal
-  bool MayLoseScript();  // asks where a text would go that was typed and not saved
+  void ShowLog(const TStringList& lines);  // after what is to be known of the connections
+  void ShowNotes();                        // of the connections, where the log is still empty
+  void ClearWork();                        // what a former pair left: tree, panels, log, script
+  void ShowPage();                         // in place of the label that says that all is equal
+  bool MayLoseScript();                    // asks where a text would go that was typed and not saved
 
   // Analysis
   void Analyze();
@@ -153,6 +157,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void ShowFind();
 
   TDesktopSetup setup_;
+  TConnectionNotes notes_;
+  TStringList said_;  // by the connections of the open pair; a comparison may put others in their place
   TOptions options_;
   TRecentList recent_;
   std::unique_ptr<TForms> forms_;

@@ -95,8 +95,9 @@ void TfmMain::acSaveScriptToFile() {
   ScriptIs(origin);
 }
 
+// A script that breaks off does less than the list says: it does not run unasked.
 void TfmMain::acGenScript() {
-  EScriptOf origin = script_of_;
+  EScriptOf origin = script_of_ == EScriptOf::Analysis ? EScriptOf::User : script_of_;
   RunGuarded(
       [&] {
         app_->GenerateScript();
@@ -176,6 +177,7 @@ void TfmMain::acNewTask() {
   if (!MayLoseScript()) return;
   Host().ProcessMessages();
   ClearWork();
+  said_.clear();
   TTaskConnections& open = app_->connections;
   // Deliberate: what was open stays connected until the window closes.
   former_.push_back({std::move(open.reference), std::move(open.target)});

@@ -5,6 +5,8 @@
 #include <climits>
 #include <filesystem>
 
+#include "engines/oledb/DBConnDBF.h"
+#include "persist/TaskDocument.h"
 #include "shell/Commands.h"
 #include "shell/DesktopRig.h"
 #include "util/Files.h"
@@ -210,6 +212,16 @@ TEST_F(MainTest, DeletedActionsLeaveTheScript) {
   EXPECT_EQ(rig_.MessageOfCommand("acDelAction"), "Please select action before deletion");
 }
 
+// The column has left the target's structure with the first script: the next one breaks off there.
+TEST_F(MainTest, AScriptThatBrokeOffRunsOnlyWhenAsked) {
+  target_.Run("alter table changed add old int");
+  OpenPair();
+  rig_.Trigger("acAnalyze");
+  Tree().setCurrentItem(Item("gone"));
+  EXPECT_THAT(rig_.MessageOfCommand("acDelAction"), HasSubstr("Can't find field old"));
+  EXPECT_THAT(rig_.Ask("acSynchronize", "No"), StartsWith("Run "));
+}
+
 // Long work lets window messages run: what they bring must not free or change what it works on.
 TEST_F(MainTest, WhileACommandRunsNoOtherDoesAndTheWindowStays) {
   OpenPair();
@@ -297,6 +309,8 @@ TEST_F(MainTest, AFailedStatementIsMarkedWithTheCaretOnIt) {
 
 TEST_F(MainTest, AFailedAnalysisLeavesTheEarlierState) {
   OpenPair();
+  rig_.host->chosen = rig_.folder / "pair.vlt";
+  rig_.Trigger("acSaveTask");
   rig_.Trigger("acAnalyze");
   const std::string script = rig_.Text("mScript");
   reference_.Run("drop database main_ref");
@@ -307,7 +321,16 @@ TEST_F(MainTest, AFailedAnalysisLeavesTheEarlierState) {
   EXPECT_TRUE(rig_.Find<QWidget>("panMain")->isEnabled());
   EXPECT_FALSE(rig_.Progress().isVisible());
   EXPECT_EQ(rig_.Text("mScript"), script);
+
+  EXPECT_THAT(rig_.MessageOfCommand("acOpenTask"), StartsWith("Reference localhost.main_ref: "));
   reference_.Run("create database main_ref");
+
+  TDBConnDBF folder(rig_.folder / "");
+  WriteTask(rig_.host->chosen, folder, *rig_.Main().App().connections.target);
+  rig_.Trigger("acOpenTask");
+  EXPECT_THAT(rig_.MessageOfCommand("acAnalyze"), HasSubstr("cannot be compared"));
+  EXPECT_EQ(rig_.Text("mScript") + FromQt(rig_.Find<QPlainTextEdit>("mLog")->toPlainText()), "");
+  EXPECT_THAT(TreeTexts(), IsEmpty());
 }
 
 TEST_F(MainTest, TasksAreSavedAndOpenedAgainByTheRecentList) {
@@ -331,6 +354,23 @@ TEST_F(MainTest, TasksAreSavedAndOpenedAgainByTheRecentList) {
   rig_.host->chosen = rig_.folder / "none.vlt";
   EXPECT_THAT(rig_.MessageOfCommand("acOpenTask"), HasSubstr("none.vlt"));
   EXPECT_TRUE(rig_.Shown("lbNoTask"));
+}
+
+TEST_F(MainTest, WhatAConnectionSaysStandsInTheLogOnce) {
+  OpenPair();
+  dynamic_cast<TDBConnMySQL&>(*rig_.Main().App().connections.target).GetConnectionObject().Notice("nobody has checked");
+  const auto log = [this] { return FromQt(rig_.Find<QPlainTextEdit>("mLog")->toPlainText()); };
+  const std::string note = "Target: nobody has checked";
+  for (int i = 0; i < 2; ++i) {  // into the exact dialect and back
+    rig_.Find<QAction>("acExactDialect")->trigger();
+    EXPECT_EQ(log(), note);
+  }
+  for (int i = 0; i < 2; ++i) {
+    rig_.Trigger("acAnalyze");
+    EXPECT_THAT(log(), ::testing::MatchesRegex(note + "\n([^\n]+\n){3}[^\n]+"));
+  }
+  OpenPair();
+  EXPECT_EQ(log(), "");
 }
 
 TEST_F(MainTest, ANewTaskKeepsTheOldPairAlive) {

@@ -33,7 +33,7 @@ constexpr const char* kSetLevel[] = {
 constexpr int kCancelTime = 3;  // seconds for a word to the server that somebody waits for
 constexpr char kOtherServer[] = "The server of the statement could not be reached again to break it off";
 constexpr char kNobodyLooked[] =
-    "%s: the line is encrypted, but nobody has checked who answers: --tls verify-ca or --tls required does";
+    "%s: the line is encrypted, but nobody has checked who answers: TLS \"verify-ca\" or \"required\" (--tls) does";
 
 // A peer that has gone without a word is found out within minutes, however long a statement may take.
 void KeepAlive(int socket) {
