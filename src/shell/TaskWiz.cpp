@@ -7,10 +7,14 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QShowEvent>
 #include <QStackedWidget>
 #include <QStyle>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "shell/BusyCursor.h"
 #include "shell/Named.h"
@@ -48,6 +52,39 @@ void ConnectBusy(TDBConn& conn) {
   conn.Connect();
 }
 
+// As high as its pages, and scrolled where the screen ends: the buttons below it stay in reach.
+class TPagesArea final : public QScrollArea {
+ public:
+  explicit TPagesArea(QWidget* pages) {
+    setWidget(pages);
+    setWidgetResizable(true);
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setFocusPolicy(Qt::NoFocus);
+  }
+
+  QSize minimumSizeHint() const override { return WithinScreen(widget()->minimumSizeHint()); }
+  QSize sizeHint() const override { return WithinScreen(widget()->sizeHint()); }
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override {
+    if (event->type() == QEvent::LayoutRequest) updateGeometry();
+    return QScrollArea::eventFilter(object, event);
+  }
+
+ private:
+  QSize WithinScreen(QSize size) const {
+    const QRect available = screen()->availableGeometry();
+    const int top = window()->isVisible() ? window()->geometry().top() : available.top();
+    const int room = available.bottom() - top - kLinesOfButtons * fontMetrics().height();
+    if (size.height() <= room) return size;
+    return {size.width() + verticalScrollBar()->sizeHint().width(), std::max(room, kLeastHeight)};
+  }
+
+  static constexpr int kLinesOfButtons = 4;
+  static constexpr int kLeastHeight = 100;
+};
+
 }  // namespace
 
 TfmTaskWiz::TfmTaskWiz(const TEngineClients& clients, QWidget* parent, const TEnumerators& enumerators)
@@ -67,7 +104,7 @@ TfmTaskWiz::TfmTaskWiz(const TEngineClients& clients, QWidget* parent, const TEn
   auto* all = new QVBoxLayout(this);
   all->setContentsMargins(0, 0, 0, 0);
   all->setSpacing(0);
-  all->addWidget(pages_, 1);
+  all->addWidget(new TPagesArea(pages_), 1);
   MakeRefPage();
   MakeTargetPage();
   MakeOptionsPage();

@@ -10,6 +10,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QSpinBox>
 #include <QTest>
 #include <filesystem>
@@ -490,7 +491,10 @@ TEST_F(TaskWizTest, KeysReachEverything) {
   EXPECT_THAT(order, ElementsAre("edServerMySQL", "edPortMySQL", "edUsernameMySQL", "edPasswordMySQL", "cDBMySQL",
                                  "bnMoreMySQL", "bnNext", "bnCancel", "cbLiveConn", "edServerMySQL"));
   auto& fields = *Child(wizard, "frRefConn");
+  wizard.move(0, wizard.screen()->availableGeometry().bottom() - wizard.height());
   Click(fields, "bnMoreMySQL");
+  QCoreApplication::processEvents();
+  EXPECT_LE(wizard.geometry().bottom(), wizard.screen()->availableGeometry().bottom()) << "the buttons stay in reach";
   QString letters;
   for (QWidget* widget : wizard.findChildren<QWidget*>()) {
     const QString text = widget->isVisible() ? widget->property("text").toString() : QString();
