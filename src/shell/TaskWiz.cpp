@@ -81,7 +81,7 @@ class TPagesArea final : public QScrollArea {
     return {size.width() + verticalScrollBar()->sizeHint().width(), std::max(room, kLeastHeight)};
   }
 
-  static constexpr int kLinesOfButtons = 4;
+  static constexpr int kLinesOfButtons = 5;
   static constexpr int kLeastHeight = 100;
 };
 

@@ -491,7 +491,7 @@ TEST_F(TaskWizTest, KeysReachEverything) {
   EXPECT_THAT(order, ElementsAre("edServerMySQL", "edPortMySQL", "edUsernameMySQL", "edPasswordMySQL", "cDBMySQL",
                                  "bnMoreMySQL", "bnNext", "bnCancel", "cbLiveConn", "edServerMySQL"));
   auto& fields = *Child(wizard, "frRefConn");
-  wizard.move(0, wizard.screen()->availableGeometry().bottom() - wizard.height());
+  wizard.move(0, wizard.screen()->availableGeometry().bottom() - wizard.height() - 50);
   Click(fields, "bnMoreMySQL");
   QCoreApplication::processEvents();
   EXPECT_LE(wizard.geometry().bottom(), wizard.screen()->availableGeometry().bottom()) << "the buttons stay in reach";
