@@ -24,6 +24,19 @@ std::string BuiltText(TDBConn* conn, const std::string& table) {
 
 std::string UnsafeLine(const TChange& change) { return change.table + ": " + change.LogText() + ": " + change.unsafe; }
 
+// Every run of white space as one blank.
+std::string OnOneLine(const std::string& text) {
+  std::string line;
+  for (const char c : text) {
+    const bool blank = c == ' ' || (c >= '\t' && c <= '\r');
+    if (!blank)
+      line += c;
+    else if (!line.empty() && line.back() != ' ')
+      line += ' ';
+  }
+  return line;
+}
+
 // What made the run fail matters more than an error of this.
 void RestoreChecks(TDBConn& target, const std::string& checks) {
   try {
@@ -140,7 +153,7 @@ TStringList TApplication::UnsafeStatements(const std::string& script) {
     if (risk.planned != nullptr && !risk.planned->unsafe.empty())
       actions.insert(risk.planned->actions.begin(), risk.planned->actions.end());
     else
-      others.push_back(Format("line %d: %s: %s", LineOf(script, risk.start), ShownStatement(risk.text),
+      others.push_back(Format("line %d: %s: %s", LineOf(script, risk.start), ShownStatement(OnOneLine(risk.text)),
                               JoinList(risk.reasons, "; ")));
   }
   for (const TChange& change : exact.Changes())

@@ -162,7 +162,7 @@ void ParseHost(std::string_view text, TServerAddress& address) {
     if (close == std::string_view::npos) RaiseAddress("The bracket of the address is not closed");
     address.server = text.substr(1, close - 1);
     port = text.substr(close + 1);
-    if (!port.empty() && port.front() != ':') RaiseAddress("A port is missing behind the bracket");
+    if (!port.empty() && port.front() != ':') RaiseAddress("A port is missing after the bracket");
   } else {
     const std::size_t colon = text.find(':');
     address.server = PercentDecoded(text.substr(0, colon));

@@ -39,7 +39,7 @@ namespace {
 
 constexpr std::string_view kScriptExtension = ".sql";
 constexpr char kNoParameters[] =
-    "The address of a server has no parameters behind a \"?\": they are options of their own (a \"?\" in a name is "
+    "The address of a server has no parameters after a \"?\": they are options of their own (a \"?\" in a name is "
     "written %3F)";
 constexpr int kStandardPort = 3306;  // which stands in task files whether it was given or not
 constexpr char kSocketUnused[] =

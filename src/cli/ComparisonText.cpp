@@ -131,7 +131,7 @@ void ShowPlan(const TApplication& app, const TScriptPlan& plan, std::ostream& ou
 bool UnsafeAllowed(const TScriptPlan& plan, bool allowed, TConsole& console) {
   if (allowed || plan.unsafe.empty()) return true;
   for (const std::string& line : plan.unsafe) console.Error("unsafe: " + line);
-  console.Error(plan.Summary() + ": nothing was run; --allow-unsafe runs them too");
+  console.Error(plan.Summary() + ": nothing was run; to run all of it, give --allow-unsafe");
   return false;
 }
 

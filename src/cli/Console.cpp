@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "util/Errors.h"
 #include "util/Lists.h"
 #include "util/Text.h"
 
@@ -25,8 +26,13 @@ std::string TConsole::AskSecret(const std::string& question) const {
 
 bool TConsole::Confirm(const std::string& question) const {
   if (!CanAsk()) return false;
-  const std::string answer = Trim(ask(ShownText(question) + " [y/N] ", false));
-  return SameText(answer, "y") || SameText(answer, "yes");
+  try {
+    const std::string answer = Trim(ask(ShownText(question) + " [y/N] ", false));
+    return SameText(answer, "y") || SameText(answer, "yes");
+  } catch (const EAbort&) {  // the end of the input is no yes
+    err << '\n';
+    return false;
+  }
 }
 
 void TConsole::WriteExact(const std::string& text) { out << (out_is_terminal ? ShownLines(text) : text); }

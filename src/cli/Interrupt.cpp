@@ -16,9 +16,9 @@ namespace velmora {
 
 namespace {
 
-constexpr std::string_view kEnding = "\nvelmora-cli: ending behind this statement; Ctrl+C again breaks it off\n";
+constexpr std::string_view kEnding = "\nvelmora-cli: ending after this statement; Ctrl+C again breaks it off\n";
 constexpr std::string_view kBreakingOff = "\nvelmora-cli: breaking this statement off; Ctrl+C again ends at once\n";
-constexpr std::string_view kToldToEnd = "\nvelmora-cli: told to end: ending behind this statement\n";
+constexpr std::string_view kToldToEnd = "\nvelmora-cli: told to end: ending after this statement\n";
 constexpr std::string_view kToldToBreakOff = "\nvelmora-cli: told to end: breaking this statement off\n";
 constexpr std::string_view kNoEnd = "velmora-cli: it does not end: breaking it off\n";
 constexpr char kBreakOff = 'b';

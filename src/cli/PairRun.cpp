@@ -21,7 +21,7 @@ namespace velmora {
 
 namespace {
 
-constexpr char kAllowEmpty[] = "; nothing is made of it without --allow-empty-reference";
+constexpr char kAllowEmpty[] = "; if that is meant, give --allow-empty-reference";
 constexpr char kExactReads[] = "--dialect exact reads this table";
 constexpr char kExactAlone[] = "Only a script of the exact dialect can be verified on the server";
 constexpr char kNoCollations[] = "--map-collation belongs to the exact dialect (--dialect exact)";

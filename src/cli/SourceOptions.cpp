@@ -1,8 +1,10 @@
 #include "cli/SourceOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <string_view>
 
 #include "cli/Command.h"
 #include "util/Errors.h"
@@ -25,6 +27,9 @@ constexpr const char* kFlagHelp[] = {
     "Allow logins that show the server the password itself, or of servers before 4.1 without TLS"};
 static_assert(std::size(kTextHelp) == std::size(kMyTextOptions) && std::size(kFlagHelp) == std::size(kMyFlagOptions));
 constexpr int kLongestTimeout = 1000000;
+constexpr std::size_t kLongestPassword = 65535;  // bytes
+constexpr char kNoPassword[] = "%s: its first line is no password: it has more than %d bytes";
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 template <class TField>
 std::string Spelt(const TMyOptionName<TField>& option) {
@@ -50,8 +55,11 @@ const char* HowToGive(bool has_sides) {
 }  // namespace
 
 std::string ReadPasswordFile(const std::string& path) {
-  const std::string text = ReadFileText(path);
-  return text.substr(0, text.find_first_of("\r\n"));
+  const std::string text = ReadFileBytes(path, kLongestPassword + 2);
+  const std::size_t begin = text.starts_with(kUtf8Mark) ? kUtf8Mark.size() : 0;
+  const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
+  if (end > kLongestPassword) RaiseError(Format(kNoPassword, path, kLongestPassword));
+  return text.substr(begin, end - begin);
 }
 
 void TSourceOptions::DeclareOne(CLI::App& app) {

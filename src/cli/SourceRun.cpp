@@ -131,7 +131,7 @@ void FetchTables(TDBConn& conn, const TStringList& tables, bool verbose, TConsol
     const bool failed = view.error.has_value();
     take(std::move(view));
     if (failed && !StandsConnected(conn))
-      RaiseError(Format("The connection is lost: what stands behind table %s was not read", name));
+      RaiseError(Format("The connection is lost: what follows table %s was not read", name));
   }
   progress->Finish();
 }

@@ -17,7 +17,7 @@ namespace velmora {
 namespace {
 
 constexpr char kEnding[] =
-    "\nCtrl+C ends the run behind the running statement, as SIGTERM and SIGHUP do; a second one breaks that statement "
+    "\nCtrl+C ends the run after the running statement, as SIGTERM and SIGHUP do; a second one breaks that statement "
     "off.\nEither way what the transaction still holds is rolled back, and the report says what is in force.\n";
 constexpr int kLongestRowCheck = 86400;  // seconds
 constexpr char kRowsInTheWay[] =

@@ -20,8 +20,8 @@ namespace velmora {
 
 namespace {
 
-constexpr char kEqualRows[] = "%s with values that are there more than once (%d different ones)";
-constexpr char kNulls[] = "%s with NULL, which is no longer to be allowed";
+constexpr char kEqualRows[] = "%s with values that occur more than once (%d such values)";
+constexpr char kNulls[] = "%s with NULL, which will no longer be allowed";
 constexpr char kOrphans[] = "%s without the row referred to";
 constexpr char kConverted[] = "column %s changes its type";
 constexpr char kComputed[] = "the default of the new column %s is computed for each row";

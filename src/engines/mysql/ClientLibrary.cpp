@@ -70,7 +70,7 @@ void SetTls(MYSQL* handle, const TMyOptions& options, ETls tls) {
 // `answer_time` is how long the server may be silent, in seconds; 0 is for ever.
 void SetOptions(MYSQL* handle, const TMyConnection& connection, bool local, unsigned answer_time) {
   const unsigned protocol = local ? MYSQL_PROTOCOL_SOCKET : MYSQL_PROTOCOL_TCP;
-  const unsigned timeout = static_cast<unsigned>(std::max(connection.ConnectionTimeout, 0));
+  const unsigned timeout = static_cast<unsigned>(LoginTime(connection, static_cast<int>(answer_time)));
   const unsigned no_local_files = 0;
   const my_bool no_reconnect = 0;
   mysql_options(handle, MYSQL_OPT_PROTOCOL, &protocol);
@@ -80,8 +80,8 @@ void SetOptions(MYSQL* handle, const TMyConnection& connection, bool local, unsi
   mysql_options(handle, MYSQL_OPT_RECONNECT, &no_reconnect);
   mysql_options(handle, MYSQL_SET_CHARSET_NAME, kCharacterSet);
   if (connection.Options.Compress) mysql_options(handle, MYSQL_OPT_COMPRESS, nullptr);
-  const std::string& key = connection.Options.ServerPublicKey;
-  if (!key.empty()) mysql_options(handle, MYSQL_SERVER_PUBLIC_KEY, key.c_str());
+  if (!ServerPublicKey(connection).empty())
+    mysql_options(handle, MYSQL_SERVER_PUBLIC_KEY, connection.Options.ServerPublicKey.c_str());
 }
 
 class TLibraryWire final : public TMyWire {

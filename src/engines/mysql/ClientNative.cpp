@@ -10,7 +10,6 @@
 #include "mysqlnet/MySqlResultSet.h"
 #include "mysqlnet/MySqlSession.h"
 #include "util/Errors.h"
-#include "util/Files.h"
 
 namespace velmora {
 
@@ -33,9 +32,9 @@ TMySqlTls TlsOf(const TMyConnection& connection, bool local) {
   }
 }
 
-TMySqlLoginRules LoginRulesOf(const TMyOptions& options) {
-  const std::string& key = options.ServerPublicKey;
-  return {true, options.GetServerPublicKey, key.empty() ? key : ReadFileText(key), options.AllowOldLogin};
+TMySqlLoginRules LoginRulesOf(const TMyConnection& connection) {
+  const TMyOptions& options = connection.Options;
+  return {true, options.GetServerPublicKey, ServerPublicKey(connection), options.AllowOldLogin};
 }
 
 class TNativeWire final : public TMyWire, private TReadAhead::TLine {
@@ -43,13 +42,13 @@ class TNativeWire final : public TMyWire, private TReadAhead::TLine {
   void Open(const TMyConnection& connection, const TMyRoute& route, int answer_time) override {
     session_ = std::make_unique<TMySqlSession>();
     session_->protocol = route.IsLocal() ? kSocket : kTcp;
-    session_->connect_timeout = std::max(connection.ConnectionTimeout, 0);
+    session_->connect_timeout = LoginTime(connection, answer_time);
     SetAnswerTime(answer_time);
     session_->current_protocol = true;
     // The frames of compression are numbered by command, so that replies have to be waited for.
     reads_ahead_ = connection.Options.ReadAhead && !connection.Options.Compress;
     session_->tls = TlsOf(connection, route.IsLocal());
-    session_->login_rules = LoginRulesOf(connection.Options);
+    session_->login_rules = LoginRulesOf(connection);
     const std::uint32_t flags = kMultiResults | (connection.Options.Compress ? kCompression : 0U);
     try {
       Guarded([&] {

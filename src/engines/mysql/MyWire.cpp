@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 #include "engines/mysql/MyConnection.h"
 #include "mysqlnet/MySqlVioPipe.h"
+#include "util/Errors.h"
+#include "util/Files.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -13,6 +16,9 @@ namespace velmora {
 namespace {
 
 constexpr int kUsualPort = 3306;
+constexpr std::size_t kLargestKeyFile = 65536;
+constexpr std::string_view kPublicKeyMark = "-----BEGIN PUBLIC KEY-----";
+constexpr char kNoPublicKey[] = "%s holds no public key of a server (PEM, as \"-----BEGIN PUBLIC KEY-----\" begins it)";
 
 }  // namespace
 
@@ -25,6 +31,20 @@ std::vector<TMyRoute> RoutesTo(const TMyConnection& connection) {
   routes.push_back(
       {.host = local ? "localhost" : connection.Server, .port = connection.Port == 0 ? kUsualPort : connection.Port});
   return routes;
+}
+
+int LoginTime(const TMyConnection& connection, int answer_time) {
+  const int time = std::max(connection.ConnectionTimeout, 0);
+  if (answer_time <= 0) return time;
+  return time == 0 ? answer_time : std::min(time, answer_time);
+}
+
+std::string ServerPublicKey(const TMyConnection& connection) {
+  const std::string& file = connection.Options.ServerPublicKey;
+  if (file.empty()) return {};
+  std::string key = ReadFileBytes(file, kLargestKeyFile);
+  if (key.find(kPublicKeyMark) == std::string::npos) RaiseError(Format(kNoPublicKey, file));
+  return key;
 }
 
 bool IsLocalServer(const std::string& server) { return server.empty() || SameText(server, "localhost"); }

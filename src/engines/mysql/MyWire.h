@@ -31,6 +31,12 @@ struct TMyRoute {
 // is given is the only way, and so is a socket: there may be several servers, and another one must not be taken.
 std::vector<TMyRoute> RoutesTo(const TMyConnection& connection);
 
+// Seconds that reaching a server and its login may take; no more than the time that it may be silent afterwards, where
+// that has an end. 0 is for ever.
+int LoginTime(const TMyConnection& connection, int answer_time);
+// The key of Options.ServerPublicKey, empty without one. Raises for a file that holds none, and if it cannot be read.
+std::string ServerPublicKey(const TMyConnection& connection);
+
 // The rows of a result, kept by the backend or still on the wire.
 class TMyRows {
  public:

@@ -7,6 +7,7 @@
 
 #include "engines/mysql/StatementReader.h"
 #include "support/LiveCompanion.h"
+#include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
 
@@ -152,6 +153,9 @@ TEST_F(LiveCompanionTest, AsksBeforeTheRun) {
   EXPECT_EQ(no.status, 2);
   EXPECT_EQ(question, "Run 1 statement on database asked of server localhost? [y/N] ");
   EXPECT_EQ(no.err, "create table t (a int);\n\nvelmora-cli: nothing was run\n");
+  const auto gone = [](const std::string&, bool) -> std::string { throw EAbort(); };
+  EXPECT_EQ(Run({"sync", "unused", Source("asked"), "--script", script}, gone).err,
+            "create table t (a int);\n\n\nvelmora-cli: nothing was run\n");
   EXPECT_EQ(Run({"sync", "unused", Source("asked"), "--script", script}, answering("Y ")).status, 0);
   EXPECT_EQ(testing::Answer(database.Connection(), "show tables"), "t");
 }

@@ -23,7 +23,7 @@ using testing::TAnswer;
 using testing::TLiveDatabase;
 using testing::TPrivateServer;
 
-constexpr char kFirst[] = "ending behind this statement; Ctrl+C again breaks it off";
+constexpr char kFirst[] = "ending after this statement; Ctrl+C again breaks it off";
 
 class LiveInterruptTest : public testing::TLiveCompanion {
  protected:
@@ -83,9 +83,9 @@ TEST_F(LiveInterruptTest, ASignalEndsARunBehindItsStatement) {
     const char* word;
   } cases[] = {
       {{SIGINT}, kFirst},
-      {{SIGTERM}, "told to end: ending behind this statement"},
-      {{SIGHUP}, "told to end: ending behind this statement"},
-      {{SIGTERM, SIGHUP, SIGHUP, SIGTERM}, "told to end: ending behind this statement"},
+      {{SIGTERM}, "told to end: ending after this statement"},
+      {{SIGHUP}, "told to end: ending after this statement"},
+      {{SIGTERM, SIGHUP, SIGHUP, SIGTERM}, "told to end: ending after this statement"},
   };
   for (const auto& c : cases) {
     ASSERT_EQ(Answer(database_.Connection(), "select get_lock('gate', 60)"), "1") << "the former run may be ending";

@@ -351,9 +351,9 @@ TEST_F(ExactLiveTest, RowsInTheWayAreCountedBeforeTheRun) {
     const char* found;  // empty for nothing
   } cases[] = {
       {"a int, unique key k (a)", "a int", "(1), (1), (2), (2), (2), (3)",
-       "unique key k: 5 rows with values that are there more than once (2 different ones)"},
+       "unique key k: 5 rows with values that occur more than once (2 such values)"},
       {"a int, b int, unique key k (a, b)", "a int, b int", "(1, null), (1, null), (null, null), (2, 1)", ""},
-      {"a int primary key", "a int", "(1), (null)", "column a: 1 row with NULL, which is no longer to be allowed"},
+      {"a int primary key", "a int", "(1), (null)", "column a: 1 row with NULL, which will no longer be allowed"},
       {"a varchar(9), unique key k (a(2))", "a varchar(9)", "('xyz'), ('xya')", "unique key k: 2 rows"},
       {"a varchar(9) collate utf8mb4_general_ci, unique key k (a)",
        "a varchar(9) collate utf8mb4_bin, unique key k (a)", "('a'), ('A')", "unique key k: 2 rows"},
