@@ -21,7 +21,8 @@ endif()
 # velmora_module(FOLDER LINKS targets... [HIDDEN targets...] [WITHOUT patterns...]): the library velmora_<folder> out of
 # every source in src/FOLDER but main.cpp and those whose names fit a pattern. Headers of HIDDEN targets reach the
 # folder's own sources alone.
-# In developer mode each header of the folder is also compiled alone.
+# In developer mode each header of the folder is also compiled alone, but for those that a source of their name includes
+# first (scripts/check-deps sees to that).
 function(velmora_module folder)
   cmake_parse_arguments(ARG "" "" "LINKS;HIDDEN;WITHOUT" ${ARGN})
   string(REPLACE "/" "_" suffix "${folder}")
@@ -44,19 +45,26 @@ function(velmora_module folder)
   target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}/src")
   target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_HIDDEN} velmora_warnings)
   if(VELMORA_DEVELOPER AND headers)
-    velmora_lone_headers(${target} "${folder}" "${headers}")
+    velmora_lone_headers(${target} "${folder}" "${headers}" "${sources}")
   endif()
 endfunction()
 
 # One source per header that includes nothing else, so that a header which leans on its neighbours does not build.
-function(velmora_lone_headers target folder headers)
+function(velmora_lone_headers target folder headers sources)
   set(lone)
   foreach(header IN LISTS headers)
     get_filename_component(name "${header}" NAME_WE)
+    string(REGEX REPLACE "\\.h$" ".cpp" own_source "${header}")
+    if(own_source IN_LIST sources)
+      continue()
+    endif()
     set(source "${PROJECT_BINARY_DIR}/lone/${folder}/${name}.cpp")
     file(CONFIGURE OUTPUT "${source}" CONTENT "#include \"${folder}/${name}.h\" // IWYU pragma: keep\n")
     list(APPEND lone "${source}")
   endforeach()
+  if(NOT lone)
+    return()
+  endif()
   add_library(${target}_lone OBJECT ${lone})
   target_link_libraries(${target}_lone PRIVATE ${target} velmora_warnings)
 endfunction()
@@ -72,11 +80,12 @@ function(velmora_program name)
   install(TARGETS ${name} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endfunction()
 
-# velmora_tests(FOLDER [SINGLE] LINKS targets... [WITHOUT patterns...]): the test program of tests/FOLDER but for the
+# velmora_tests(FOLDER [SINGLE] [PLAIN] LINKS targets... [WITHOUT patterns...]): the test program of tests/FOLDER but for the
 # sources whose names fit a pattern, one CTest entry per test. SINGLE is for tests that share something slow to start:
-# the program is one entry, and writes a report of its own on what ran into the folder single-reports.
+# the program is one entry, and writes a report of its own on what ran into the folder single-reports. PLAIN does without
+# the precompiled header, which wants the same compiler flags everywhere.
 function(velmora_tests folder)
-  cmake_parse_arguments(ARG "SINGLE" "" "LINKS;WITHOUT" ${ARGN})
+  cmake_parse_arguments(ARG "SINGLE;PLAIN" "" "LINKS;WITHOUT" ${ARGN})
   string(REPLACE "/" "_" suffix "${folder}")
   file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/${folder}/*.cpp")
   foreach(pattern IN LISTS ARG_WITHOUT)
@@ -92,6 +101,9 @@ function(velmora_tests folder)
   # The C++ library comes first: some linkers would otherwise take a text's operations out of the support library, and
   # with them objects that need rooms which this program does not link.
   target_link_libraries(${target} PRIVATE stdc++ velmora_test_support ${ARG_LINKS} GTest::gmock_main velmora_warnings)
+  if(NOT ARG_PLAIN)
+    target_precompile_headers(${target} REUSE_FROM velmora_test_support)
+  endif()
   if(ARG_SINGLE)
     add_test(NAME ${target} COMMAND ${target} "--gtest_output=xml:${PROJECT_BINARY_DIR}/single-reports/${target}.xml")
     set_tests_properties(${target} PROPERTIES TIMEOUT 300)
