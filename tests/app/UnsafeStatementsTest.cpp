@@ -50,7 +50,7 @@ TEST_F(UnsafeStatementsTest, OfTheWrittenScriptTheActionsAreTold) {
             JoinList(app_.UnsafeActions(), "\n") +
                 "\nline 1: alter table gone drop x: column x: the column is dropped with its values");
   while (!app_.data.mtActions.Empty()) app_.data.mtActions.Delete(app_.data.mtActions.First()->id);
-  EXPECT_EQ(Unsafe("\r\ndrop\r\ntable `gone`"), "line 2: drop: the table is dropped with its rows");
+  EXPECT_EQ(Unsafe("\r\ndrop\r\ntable `gone`"), "line 2: drop table `gone`: the table is dropped with its rows");
 }
 
 TEST_F(UnsafeStatementsTest, WhatLosesNothingPasses) {
