@@ -182,9 +182,8 @@ void TFileSchema::ApplyNow(const TStructureStatement& statement) {
   }
   if (Is(0, "rename")) return Is(1, "table") || Is(1, "tables") ? Rename(2) : void();
   if (Is(0, "drop")) return Drop(1);
-  const bool replaces = Is(at, "or");
-  if (replaces) at += 2;
-  if (Is(at, "table")) return Create(at + 1, replaces);
+  if (Is(at, "or")) at += 2;  // or replace
+  if (Is(at, "table")) return Create(at + 1);
   while (Is(at, "online") || Is(at, "offline")) ++at;
   const std::string kind = Is(at, "index") ? "" : LowerText(tokens_[std::min(at++, tokens_.size() - 1)].text);
   if (Is(at, "index")) CreateIndex(at + 1, kind);
@@ -320,7 +319,7 @@ void TFileSchema::Guard(const std::string& table, Action action) {
   }
 }
 
-void TFileSchema::Create(std::size_t at, bool /*replaces*/) {
+void TFileSchema::Create(std::size_t at) {
   const bool conditional = TakeIf(at);
   const TName name = ReadName(at);
   if (!IsMeant(name)) return;

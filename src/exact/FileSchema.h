@@ -50,7 +50,7 @@ class TFileSchema {
   void SetDatabase(std::size_t at, bool creates);
   void TakeDefaults(const std::string& database, TTableText& table) const;
   void CheckModes() const;
-  void Create(std::size_t at, bool replaces);
+  void Create(std::size_t at);
   void CreateLike(const std::string& name, const std::string& from);
   void CreateIndex(std::size_t at, const std::string& kind);
   void Alter(std::size_t at);

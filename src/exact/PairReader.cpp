@@ -160,28 +160,24 @@ class TPairReader {
     return others;
   }
 
-  static bool Lists(const TSideReader& side, const std::string& table) {
+  static TStringList TablesOf(const TSideReader& side) {
+    if (side.file != nullptr) return side.file->TableNames();
     TStringList names;
-    if (side.file != nullptr)
-      names = side.file->TableNames();
-    else
-      side.conn.meta().TableNames(names);
-    return std::find(names.begin(), names.end(), table) != names.end();
+    side.conn.meta().TableNames(names);
+    return names;
   }
 
   void ListTables(TSideReader& side, const TSideReader& other) {
-    TStringList listed;
-    if (side.file != nullptr)
-      listed = side.file->TableNames();
-    else
-      side.conn.meta().TableNames(listed);
-    for (std::string& table : listed) {
+    TTableNames theirs;
+    if (other.MayHideMore())
+      for (std::string& table : TablesOf(other)) theirs.insert(std::move(table));
+    for (std::string& table : TablesOf(side)) {
       if (side.others.contains(table)) continue;
       if (const auto object = other.others.find(table); object != other.others.end()) {
         Skip(other, table, Format(kIsOther, object->second));
         continue;
       }
-      if (other.MayHideMore() && !Lists(other, table)) {
+      if (other.MayHideMore() && !theirs.contains(table)) {
         Skip(other, table, other.not_followed.front());
         continue;
       }
