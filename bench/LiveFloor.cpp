@@ -34,10 +34,9 @@ int main(int argc, char** argv) {
     return 2;
   }
   std::size_t bytes = 0;
-  for (int side = 2; side < 4; ++side) {
+  for (int side = 2; side < 4; ++side)
     for (const std::string& table : Ask(server, std::string("show tables from ") + argv[side]))
       bytes += Ask(server, std::string("show create table ") + argv[side] + ".`" + table + "`").front().size();
-  }
   mysql_close(server);
   std::printf("%zu\n", bytes);
   return 0;

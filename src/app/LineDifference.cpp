@@ -98,14 +98,13 @@ TLinePair DifferingLines(const TStringList& a, const TStringList& b) {
   std::size_t j = first;
   if ((end_a - first + 1) * (end_b - first + 1) <= kMostCells) {
     TCommonLengths common(a, b, first, end_a, end_b);
-    while (i < end_a && j < end_b) {
+    while (i < end_a && j < end_b)
       if (a[i] == b[j])
         ++i, ++j;
       else if (common.At(i + 1, j) >= common.At(i, j + 1))
         lines.first.push_back(i++);
       else
         lines.second.push_back(j++);
-    }
   }
   while (i < end_a) lines.first.push_back(i++);
   while (j < end_b) lines.second.push_back(j++);

@@ -50,13 +50,12 @@ int TScriptCommand::Execute(TConsole& console) {
   if (!error) error = run.GenerateScript();
   const bool to_file = !output_.empty() && output_ != kStandardOutput;
   const std::string text = format_ == EFormat::Json ? JsonText(run.editor().Lines(), error) : run.editor().Text();
-  if (to_file && !error) {
+  if (to_file && !error)
     WriteFileText(output_, text);
-  } else if (format_ == EFormat::Json) {
+  else if (format_ == EFormat::Json)
     console.out << text;
-  } else if (!error) {
+  else if (!error)
     console.WriteExact(text);
-  }
   const bool reaches = !error && left.value_or(0) == 0 && ReachesReference(run.app());
   return reaches ? kExitSuccess : kExitFailure;
 }

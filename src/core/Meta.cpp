@@ -290,13 +290,12 @@ const std::string& TMeta::CachedTableDDL(const std::string& table) {
   std::string text;
   const int engine = owner_ == nullptr ? kEngineNone : owner_->GetEngine();
   auto* texts = dynamic_cast<TCreationTexts*>(owner_);
-  if (engine == kEngineMySQL && texts != nullptr) {
+  if (engine == kEngineMySQL && texts != nullptr)
     texts->ShowCreateTable(table, text);
-  } else if (engine == kEngineMySQLScript) {
+  else if (engine == kEngineMySQLScript)
     BuildCreateTable(table, nullptr, text);
-  } else {
+  else
     RaiseError("CachedTableDDL unsupported");
-  }
   GotoTable(table);
   return tTables.Amend().cached_ddl = std::move(text);
 }

@@ -44,9 +44,8 @@ using TElements = std::vector<const TElement*>;
 
 TElements ElementsOf(const TTableText& table, const TGroup& group) {
   TElements elements;
-  for (const auto& element : table.elements) {
+  for (const auto& element : table.elements)
     if (group.holds(element.kind)) elements.push_back(&element);
-  }
   return elements;
 }
 
@@ -147,16 +146,14 @@ std::vector<std::size_t> TTableComparison::Match(const TElements& wanted, const 
     return matches;
   }
   std::unordered_map<std::string, std::size_t> places;
-  for (std::size_t i = 0; i < there.size(); ++i) {
+  for (std::size_t i = 0; i < there.size(); ++i)
     if (!there[i]->name.empty()) places.emplace(LowerText(there[i]->name), i);
-  }
   std::vector<bool> taken(there.size(), false);
   for (std::size_t i = 0; i < wanted.size(); ++i) {
-    if (wanted[i]->name.empty()) {
+    if (wanted[i]->name.empty())
       matches[i] = MatchNameless(*wanted[i], there, taken);
-    } else if (const auto place = places.find(LowerText(wanted[i]->name)); place != places.end()) {
+    else if (const auto place = places.find(LowerText(wanted[i]->name)); place != places.end())
       matches[i] = place->second;
-    }
     if (matches[i] != kNone) taken[matches[i]] = true;
   }
   return matches;
@@ -164,17 +161,15 @@ std::vector<std::size_t> TTableComparison::Match(const TElements& wanted, const 
 
 std::size_t TTableComparison::MatchNameless(const TElement& wanted, const TElements& there,
                                             const std::vector<bool>& taken) {
-  for (std::size_t i = 0; i < there.size(); ++i) {
+  for (std::size_t i = 0; i < there.size(); ++i)
     if (there[i]->name.empty() && !taken[i] && Same(wanted, *there[i])) return i;
-  }
   return kNone;
 }
 
 void TTableComparison::Drop(const TGroup& group, const TElements& there, const std::vector<std::size_t>& matches) {
   std::vector<bool> kept(there.size(), false);
-  for (const std::size_t match : matches) {
+  for (const std::size_t match : matches)
     if (match != kNone) kept[match] = true;
-  }
   for (std::size_t i = 0; i < there.size(); ++i) {
     if (kept[i]) continue;
     if (there[i]->name.empty()) RaiseError(Format(kNamelessElement, target_.name, there[i]->text));
@@ -189,9 +184,8 @@ void TTableComparison::CompareColumns() {
   Drop(kColumns, there, matches);
 
   std::vector<std::size_t> common;
-  for (std::size_t i = 0; i < wanted.size(); ++i) {
+  for (std::size_t i = 0; i < wanted.size(); ++i)
     if (matches[i] != kNone) common.push_back(i);
-  }
   std::vector<std::size_t> order;
   for (const std::size_t i : common) order.push_back(matches[i]);
   std::vector<bool> stays(wanted.size(), false);
@@ -229,13 +223,11 @@ bool TTableComparison::CompareGroup(const TGroup& group) {
   if (wanted.empty() && there.empty()) return true;
   const auto matches = Match(wanted, there);
   Drop(group, there, matches);
-  for (std::size_t i = 0; i < wanted.size(); ++i) {
-    if (matches[i] == kNone) {
+  for (std::size_t i = 0; i < wanted.size(); ++i)
+    if (matches[i] == kNone)
       Add(Change(group.add, nullptr, wanted[i]));
-    } else if (!wanted[i]->name.empty() && !Same(*wanted[i], *there[matches[i]])) {
+    else if (!wanted[i]->name.empty() && !Same(*wanted[i], *there[matches[i]]))
       Add(Change(group.modify, there[matches[i]], wanted[i]));
-    }
-  }
   std::vector<std::size_t> common = matches;
   std::erase(common, kNone);
   return std::is_sorted(common.begin(), common.end());
@@ -289,11 +281,10 @@ std::vector<std::size_t> LongestIncreasing(const std::vector<std::size_t>& order
     const auto end = std::lower_bound(ends.begin(), ends.end(), order[i],
                                       [&order](std::size_t place, std::size_t value) { return order[place] < value; });
     if (end != ends.begin()) before[i] = *std::prev(end);
-    if (end == ends.end()) {
+    if (end == ends.end())
       ends.push_back(i);
-    } else {
+    else
       *end = i;
-    }
   }
   std::vector<std::size_t> places;
   for (std::size_t i = ends.empty() ? kNone : ends.back(); i != kNone; i = before[i]) places.push_back(i);

@@ -78,9 +78,8 @@ std::string CollationName(std::string_view written) {
 }
 
 TLetterBytes LetterBytes(std::string_view charset) {
-  for (const auto& row : kLetterBytes) {
+  for (const auto& row : kLetterBytes)
     if (row.charset == charset) return row;
-  }
   return {charset, 1, 1};
 }
 

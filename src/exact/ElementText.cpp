@@ -28,9 +28,8 @@ TKeyPart ReadPart(std::string_view text, TTokens tokens, TTokenRange range) {
   part.text = text.substr(first.start, tokens[range.last - 1].End() - first.start);
   if (!IsName(first)) return part;
   part.column = NameOf(first);
-  if (range.last - range.first > 2 && tokens[range.first + 1].Is("(")) {
+  if (range.last - range.first > 2 && tokens[range.first + 1].Is("("))
     part.length = TryStrToInt(tokens[range.first + 2].text).value_or(0);
-  }
   return part;
 }
 
@@ -44,9 +43,8 @@ bool IsKey(EElement kind) {
 std::vector<TKeyPart> KeyParts(const TElement& key) {
   const auto tokens = Tokens(key.text);
   std::vector<TKeyPart> parts;
-  for (const TTokenRange range : ListParts(tokens, FirstBracket(tokens))) {
+  for (const TTokenRange range : ListParts(tokens, FirstBracket(tokens)))
     parts.push_back(ReadPart(key.text, tokens, range));
-  }
   return parts;
 }
 

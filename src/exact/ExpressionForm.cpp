@@ -155,12 +155,11 @@ bool MayBeFolded(const TNode& node) {
 // "and" within "and" is one list.
 TNode Joined(const std::string& op, TNode left, TNode right) {
   TNode result{op};
-  for (TNode* side : {&left, &right}) {
+  for (TNode* side : {&left, &right})
     if (side->op == op && !side->args.empty())
       std::move(side->args.begin(), side->args.end(), std::back_inserter(result.args));
     else
       result.args.push_back(Truth(std::move(*side)));
-  }
   return result;
 }
 
@@ -261,15 +260,13 @@ class TExpressionReader {
   TNode ReadComparison() {
     static constexpr std::string_view kComparisons[] = {"=", "<=>", "<>", "!=", "<=", ">=", "<", ">"};
     TNode left = ReadPredicate();
-    for (;;) {
-      if (TakeIf("is")) {
+    for (;;)
+      if (TakeIf("is"))
         left = ReadIs(std::move(left));
-      } else if (std::string op = TakeOneOf(kComparisons); !op.empty()) {
+      else if (std::string op = TakeOneOf(kComparisons); !op.empty())
         left = Compared(op == "!=" ? "<>" : op, std::move(left), ReadPredicate());
-      } else {
+      else
         return left;
-      }
-    }
   }
   TNode ReadIs(TNode left) {
     const bool negated = TakeIf("not");
@@ -364,17 +361,15 @@ class TExpressionReader {
     if (TakeIf("!")) return Not(ReadUnary());
     if (Is("binary") && !Token(1).Is("(") && ++at_) return {"cast", {ReadUnary(), {"char charset binary"}}};
     TNode node = ReadSimple();
-    for (;;) {
-      if (TakeIf("collate")) {
+    for (;;)
+      if (TakeIf("collate"))
         node = {"collate " + TakeWord(), {std::move(node)}};
-      } else if (TakeIf("->")) {
+      else if (TakeIf("->"))
         node = {"json_extract", {std::move(node), ReadSimple()}};
-      } else if (TakeIf("->>")) {
+      else if (TakeIf("->>"))
         node = {"json_unquote", {{"json_extract", {std::move(node), ReadSimple()}}}};
-      } else {
+      else
         return node;
-      }
-    }
   }
 
   // --- Values

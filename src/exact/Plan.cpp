@@ -52,14 +52,12 @@ TPlanner::TPlanner(const std::vector<TChange>& changes, const TSchema& reference
   for (const TChange& change : changes) {
     TTableWork& work = Work(change.table);
     work.changes.push_back(&change);
-    if (change.action == saAddConstraint && change.kind == EElement::Check) {
+    if (change.action == saAddConstraint && change.kind == EElement::Check)
       new_checks_.emplace(LowerText(change.item), change.table);
-    }
     // No foreign key outlives its table's engine.
     const bool all = SetsOption(change, "ENGINE");
-    if (all || DisturbsForeignKeys(change, work)) {
+    if (all || DisturbsForeignKeys(change, work))
       disturbed_[LowerText(change.table)].emplace(all ? std::string() : LowerText(change.item), &change);
-    }
   }
   FindObstacles();
 }
@@ -119,9 +117,8 @@ std::vector<TPlanStatement> TPlanner::Make() {
   constexpr std::array<TStep, 8> kSteps{
       &TPlanner::DropForeignKeys, &TPlanner::DropTable,   &TPlanner::DropMovedChecks, &TPlanner::RemovePartitioning,
       &TPlanner::AlterTable,      &TPlanner::CreateTable, &TPlanner::AddForeignKeys,  &TPlanner::RenewHashKeys};
-  for (const TStep step : kSteps) {
+  for (const TStep step : kSteps)
     for (const TTableWork& work : work_) (this->*step)(work);
-  }
   return std::move(plan_);
 }
 
@@ -250,9 +247,8 @@ void TPlanner::RenewHashKeys(const TTableWork& work) {
     alter.Clause(DropText(key.kind, key.name));
     alter.Clause("add " + key.text);
     for (const TChange* change : work.changes) alter.Serves(*change);
-    for (const TObstacle& obstacle : work.obstacles) {
+    for (const TObstacle& obstacle : work.obstacles)
       for (const TChange* cause : obstacle.causes) alter.Serves(*cause);
-    }
   }
   alter.MoveTo(plan_);
 }
@@ -261,11 +257,10 @@ void TPlanner::RenewHashKeys(const TTableWork& work) {
 
 void TSchema::Add(TTableText table) {
   const auto [place, is_new] = index_.emplace(table.name, tables_.size());
-  if (is_new) {
+  if (is_new)
     tables_.push_back(std::move(table));
-  } else {
+  else
     tables_[place->second] = std::move(table);
-  }
 }
 
 const TTableText* TSchema::Find(const std::string& name) const {

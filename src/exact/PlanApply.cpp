@@ -166,23 +166,22 @@ void TAlteration::Split(std::size_t first) {
 
 void TAlteration::Read(const TClause& clause) {
   const TTokens tokens = Of(clause);
-  if (Starts(tokens, {"drop", "column"}) && tokens.size() == 3) {
+  if (Starts(tokens, {"drop", "column"}) && tokens.size() == 3)
     dropped_.push_back(NameOf(tokens[2]));
-  } else if (Starts(tokens, {"drop"})) {
+  else if (Starts(tokens, {"drop"}))
     DropElement(tokens);
-  } else if (Starts(tokens, {"add", "column"}) || Starts(tokens, {"modify", "column"})) {
+  else if (Starts(tokens, {"add", "column"}) || Starts(tokens, {"modify", "column"}))
     column_clauses_.push_back(ReadColumn(clause));
-  } else if (Starts(tokens, {"add"})) {
+  else if (Starts(tokens, {"add"}))
     added_.push_back(ReadElement(clause.first + 1, clause.last));
-  } else if (Starts(tokens, {"alter", "index"})) {
+  else if (Starts(tokens, {"alter", "index"}))
     SetKeyUse(tokens);
-  } else if (Starts(tokens, {"force"}) && tokens.size() == 1) {
+  else if (Starts(tokens, {"force"}) && tokens.size() == 1)
     return;
-  } else if (Starts(tokens, {"remove", "partitioning"})) {
+  else if (Starts(tokens, {"remove", "partitioning"}))
     table_.partitioning.clear();
-  } else {
+  else
     ReadOptions(clause);
-  }
 }
 
 void TAlteration::ReadOptions(const TClause& clause) {
@@ -269,9 +268,8 @@ void TAlteration::SetOptions() {
     std::erase_if(options, [&engine](const TTableOption& other) { return !OutlivesEngine(other, engine); });
   }
   // A character set brings its own collation along, and a collation its set.
-  for (const TTableOption& option : options_) {
+  for (const TTableOption& option : options_)
     if (option.name == "DEFAULT CHARSET") remove("COLLATE");
-  }
   for (const TTableOption& option : options_) {
     if (option.name == "COLLATE") {
       const std::string charset = NamedCharset("", CollationName(option.value)).charset;
@@ -282,13 +280,12 @@ void TAlteration::SetOptions() {
     }
     const auto there = std::find_if(options.begin(), options.end(),
                                     [&option](const TTableOption& other) { return other.name == option.name; });
-    if (OptionResetValue(option) == option.value) {
+    if (OptionResetValue(option) == option.value)
       remove(option.name);
-    } else if (there != options.end()) {
+    else if (there != options.end())
       there->value = option.value;
-    } else {
+    else
       options.push_back(option);
-    }
   }
   for (TElement& column : columns_) column.text = PinnedColumnText(column, before, table_);
 }
@@ -310,9 +307,8 @@ void TAlteration::DropColumnFromKeys(const std::string& name) {
   for (auto key = others_.begin(); key != others_.end();) {
     if (key->kind == EElement::ForeignKey) {
       const auto columns = ForeignKeyParts(*key).columns;
-      if (std::any_of(columns.begin(), columns.end(), is_name)) {
+      if (std::any_of(columns.begin(), columns.end(), is_name))
         RaiseError(Format(kColumnNeeded, table_.name, key->name, name));
-      }
     }
     if (IsKey(key->kind)) {
       key->text = KeyTextWithout(*key, name);
@@ -332,20 +328,18 @@ void TAlteration::ModifyColumns() {
     const std::string& name = clause.former.empty() ? clause.column.name : clause.former;
     const auto column = FindColumn(columns_, name);
     if (column == columns_.end()) FailMissing(kColumn, name);
-    if (clause.placed) {
+    if (clause.placed)
       columns_.erase(column);
-    } else {
+    else
       *column = clause.column;
-    }
   }
 }
 
 void TAlteration::PlaceColumns() {
   for (TColumnClause& clause : column_clauses_) {
     if (!clause.is_new && !clause.placed) continue;
-    if (FindColumn(columns_, clause.column.name) != columns_.end()) {
+    if (FindColumn(columns_, clause.column.name) != columns_.end())
       RaiseError(Format(kThere, table_.name, clause.column.name));
-    }
     auto place = clause.placed ? columns_.begin() : columns_.end();
     if (!clause.after.empty()) {
       place = FindColumn(columns_, clause.after);
@@ -600,11 +594,10 @@ void ApplyStatement(const std::string& statement, TSchema& schema) {
   const std::string name = NameOf(tokens[2]);
   TTableText* table = schema.Find(name);
   if (table == nullptr) RaiseError(Format(kNoTable, name));
-  if (drops) {
+  if (drops)
     schema.Remove(name);
-  } else {
+  else
     TAlteration(statement, tokens, *table).Apply();
-  }
 }
 
 TAlterationEffects ApplyWrittenAlteration(const std::string& statement, const std::vector<TToken>& tokens,

@@ -140,12 +140,10 @@ TColumnClauses::TColumnClauses(const TTableWork& work) : work_(work) {
     positions_.emplace(LowerText(element.name), order_.size());
     order_.push_back(element.name);
   }
-  for (const auto& element : work.target->elements) {
+  for (const auto& element : work.target->elements)
     if (element.kind == EElement::Column) there_.insert(LowerText(element.name));
-  }
-  for (const TChange* change : changes_) {
+  for (const TChange* change : changes_)
     if (change->action == saAddColumn) there_.insert(LowerText(change->item));
-  }
   std::stable_sort(changes_.begin(), changes_.end(),
                    [this](const TChange* a, const TChange* b) { return Position(*a) < Position(*b); });
 }
@@ -162,9 +160,8 @@ std::string TColumnClauses::Text(const TChange& change) const {
 
 // Behind the nearest column before it that the table will have: one that was to come may have been struck out.
 std::string TColumnClauses::Place(const TChange& change) const {
-  for (std::size_t i = Position(change); i > 0; --i) {
+  for (std::size_t i = Position(change); i > 0; --i)
     if (there_.contains(LowerText(order_[i - 1]))) return " after " + QuotedName(order_[i - 1]);
-  }
   return " first";
 }
 
@@ -176,11 +173,10 @@ void TColumnClauses::AddTo(TAlter& alter) const {
   }
   for (const TChange* change : changes_) {
     if (change->action == saDropColumn) continue;
-    if (change->action == saAddColumn || IsReplaced(*change, work_)) {
+    if (change->action == saAddColumn || IsReplaced(*change, work_))
       alter.Clause("add column " + Text(*change) + Place(*change));
-    } else {
+    else
       alter.Clause("modify column " + Text(*change) + (change->after ? Place(*change) : ""));
-    }
     alter.Makes(*change);
   }
 }
@@ -241,9 +237,8 @@ bool Disturbs(const TChange& change, const TElement& element, const TTableWork& 
 
 // A key as columns that are dropped leave it; empty for one that goes with them.
 std::string RemainingText(TElement key, const TTableWork& work) {
-  for (const TChange* change : work.changes) {
+  for (const TChange* change : work.changes)
     if (change->action == saDropColumn && !key.text.empty()) key.text = KeyTextWithout(key, change->item);
-  }
   return key.text;
 }
 
@@ -340,13 +335,11 @@ void SetOptions(const TTableWork& work, TAlter& alter, TAlter& later) {
     const bool partitions = partitioning != nullptr && !partitioning->new_text.empty();
     if (leaves && NamesOnLeaving(work)) set_later(*change, {std::string(kOutlivesEngine), "DEFAULT"});
     std::string options;
-    for (const auto& option : change->options) {
-      if (option.name == kOutlivesEngine && (leaves || partitions)) {
+    for (const auto& option : change->options)
+      if (option.name == kOutlivesEngine && (leaves || partitions))
         set_later(*change, option);
-      } else {
+      else
         options += (options.empty() ? "" : " ") + OptionText(option);
-      }
-    }
     if (!options.empty()) alter.Clause(options);
     alter.Makes(*change);
   }
@@ -359,9 +352,8 @@ namespace {
 bool UsesHash(const TElement& key) {
   if (key.kind != EElement::UniqueKey) return false;
   const auto tokens = Tokens(key.text);
-  for (std::size_t at = 0; at + 1 < tokens.size(); ++at) {
+  for (std::size_t at = 0; at + 1 < tokens.size(); ++at)
     if (IsKeyword(tokens[at], "using") && IsKeyword(tokens[at + 1], "hash")) return true;
-  }
   return false;
 }
 

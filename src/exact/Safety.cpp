@@ -254,9 +254,8 @@ void AddReason(std::string& reasons, const std::string& reason) {
 std::string UnsafeValues(const TColumnText& from, const TColumnText& to) {
   std::string reasons;
   if (const char* reason = UnsafeType(from, to)) AddReason(reasons, Format(reason, TypeText(from), TypeText(to)));
-  if (from.HasLetters() && to.HasLetters() && LettersMayBeLost(from.charset.charset, to.charset.charset)) {
+  if (from.HasLetters() && to.HasLetters() && LettersMayBeLost(from.charset.charset, to.charset.charset))
     AddReason(reasons, Format(kLetters, from.charset.charset, to.charset.charset));
-  }
   return reasons;
 }
 
@@ -329,9 +328,8 @@ constexpr std::array<TForgetfulEngine, 3> kForgetfulEngines{
 std::string UnsafeOptions(const TChange& change) {
   for (const auto& option : change.options) {
     if (option.name != "ENGINE") continue;
-    for (const auto& row : kForgetfulEngines) {
+    for (const auto& row : kForgetfulEngines)
       if (SameText(option.value, row.engine)) return std::string(row.reason);
-    }
   }
   return {};
 }

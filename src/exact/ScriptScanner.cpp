@@ -45,13 +45,11 @@ std::size_t TScanner::Behind(std::string_view mark, std::size_t from) const {
 // A doubled quote is two texts side by side, which comes to the same.
 std::size_t TScanner::BehindQuotes() const {
   const char quote = script_[at_];
-  for (std::size_t i = at_ + 1; i < script_.size(); ++i) {
-    if (script_[i] == '\\' && quote != '`') {
+  for (std::size_t i = at_ + 1; i < script_.size(); ++i)
+    if (script_[i] == '\\' && quote != '`')
       ++i;
-    } else if (script_[i] == quote) {
+    else if (script_[i] == quote)
       return i + 1;
-    }
-  }
   return script_.size();
 }
 
@@ -80,19 +78,17 @@ void TScanner::EndStatement() {
 }
 
 std::vector<TScriptRange> TScanner::Scan() {
-  while (at_ < script_.size()) {
-    if (IsSpace(script_[at_])) {
+  while (at_ < script_.size())
+    if (IsSpace(script_[at_]))
       ++at_;
-    } else if (AtLineComment()) {
+    else if (AtLineComment())
       at_ = Behind("\n", at_);
-    } else if (AtBlockComment()) {
+    else if (AtBlockComment())
       at_ = Behind("*/", at_ + 2);
-    } else if (script_[at_] == ';' && !versioned_) {
+    else if (script_[at_] == ';' && !versioned_)
       EndStatement();
-    } else {
+    else
       TakeContent();
-    }
-  }
   EndStatement();
   return std::move(found_);
 }

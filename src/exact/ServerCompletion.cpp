@@ -245,9 +245,7 @@ class TColumnRewriter {
   // the table looks after.
   void CompleteTimestamp(const TServerTraits& server) {
     if (parts_.type != "timestamp" || parts_.not_null || parts_.null || parts_.generated) return;
-    if (server.explicit_timestamps) {
-      column_.text += parts_.default_value ? " NULL" : " NULL DEFAULT NULL";
-    }
+    if (server.explicit_timestamps) column_.text += parts_.default_value ? " NULL" : " NULL DEFAULT NULL";
   }
 
   TElement& column_;

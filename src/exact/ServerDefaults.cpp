@@ -162,14 +162,13 @@ using TParts = std::array<int, 6>;
 // The groups of digits of a text, or of one number by its length; nothing for more than there may be.
 std::optional<std::vector<std::string>> Groups(const std::string& text) {
   std::vector<std::string> groups(1);
-  for (const char c : text) {
+  for (const char c : text)
     if (IsDigit(c))
       groups.back() += c;
     else if (InList(std::string_view(&c, 1), {"-", "/", ":", ".", " ", "T"}))
       groups.emplace_back();
     else
       return std::nullopt;
-  }
   for (const std::string& group : groups)
     if (group.empty()) return std::nullopt;
   return groups;

@@ -30,11 +30,10 @@ std::string EscapedLineEnds(std::string_view text) {
   for (std::size_t at = 0; at < text.size(); ++at) {
     const bool escape = text[at] == '\\' && at + 1 < text.size();
     const char c = escape ? text[at + 1] : text[at];
-    if (c == '\n' || c == '\r') {
+    if (c == '\n' || c == '\r')
       result += c == '\n' ? "\\n" : "\\r";
-    } else {
+    else
       result.append(text.substr(at, escape ? 2 : 1));
-    }
     if (escape) ++at;
   }
   return result;

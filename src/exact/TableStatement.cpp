@@ -132,7 +132,7 @@ class TStatementScanner {
     PassIfExists();
     TakeName(statement.changes);
     int depth = 0;
-    while (!AtEnd()) {
+    while (!AtEnd())
       if (Take("("))
         ++depth;
       else if (Take(")"))
@@ -143,7 +143,6 @@ class TStatementScanner {
         TakeName(statement.changes);  // exchange or convert partition
       else
         ++at_;
-    }
     return statement;
   }
 

@@ -61,13 +61,12 @@ void TActionTreeView::NodeAdded(const TActionNode& node) {
   item->setIcon(tlActionNaslov, imgDiff_.at(static_cast<std::size_t>(node.icon)));
   item->setData(tlActionNaslov, kNodeRole, QVariant::fromValue(const_cast<void*>(static_cast<const void*>(&node))));
   items_[&node] = item;
-  if (node.parent != nullptr) {
+  if (node.parent != nullptr)
     items_.at(node.parent)->addChild(item);
-  } else if (updating_) {
+  else if (updating_)
     pending_.push_back(item);
-  } else {
+  else
     addTopLevelItem(item);
-  }
 }
 
 void TActionTreeView::NodeRemoved(const TActionNode& node) {

@@ -208,11 +208,10 @@ void TfmMain::acCloseTask() {
 }
 
 void TfmMain::acSaveTask() {
-  if (task_->TaskIsUntitled) {
+  if (task_->TaskIsUntitled)
     acSaveTaskAs();
-  } else {
+  else
     task_->SaveTask(task_->TaskFileName);
-  }
 }
 
 void TfmMain::acSaveTaskAs() {

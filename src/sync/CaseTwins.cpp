@@ -24,12 +24,11 @@ void Pair(const Rows& reference, const Rows& target, Take take) {
     exact.emplace(row.name, &row);
     folded.emplace(LowerText(row.name), &row);
   }
-  for (const auto& row : reference) {
+  for (const auto& row : reference)
     if (const auto same = exact.find(row.name); same != exact.end())
       take(row, *same->second);
     else if (const auto alike = folded.find(LowerText(row.name)); alike != folded.end())
       take(row, *alike->second);
-  }
 }
 
 }  // namespace

@@ -42,10 +42,8 @@ TDateTime EncodeDate(int year, int month, int day) {
 }
 
 TDateTime EncodeTime(int hour, int minute, int second, int millisecond) {
-  if (!IsWithin(hour, 0, 23) || !IsWithin(minute, 0, 59) || !IsWithin(second, 0, 59) ||
-      !IsWithin(millisecond, 0, 999)) {
+  if (!IsWithin(hour, 0, 23) || !IsWithin(minute, 0, 59) || !IsWithin(second, 0, 59) || !IsWithin(millisecond, 0, 999))
     throw EConvertError(Format("'%02d:%02d:%02d.%03d' is not a valid time", hour, minute, second, millisecond));
-  }
   return (((hour * 60 + minute) * 60 + second) * 1000 + millisecond) / kMillisecondsPerDay;
 }
 
@@ -54,9 +52,8 @@ TDateParts DecodeDateTime(TDateTime value) {
   static const TDateTime kEnd = EncodeDate(kLastYear, 12, 31) + 1;
   const double rounded = std::round(value * static_cast<double>(kSecondsPerDay));
   // Written so that a value that is no number at all fails too.
-  if (!(rounded >= kFirst * kSecondsPerDay && rounded < kEnd * kSecondsPerDay)) {
+  if (!(rounded >= kFirst * kSecondsPerDay && rounded < kEnd * kSecondsPerDay))
     throw EConvertError(Format("'%s' is not a valid date and time", FloatText(value)));
-  }
   const std::chrono::seconds seconds(static_cast<std::int64_t>(rounded));
   const auto days = std::chrono::floor<std::chrono::days>(seconds);
   const std::chrono::year_month_day date(kDayZero + days);

@@ -288,11 +288,10 @@ void AddFiles(TStringList& list, const std::string& folder, std::string_view mas
   for (const std::string& name : NamesOf(folder, mask)) {
     const std::string path = folder + name;
     std::error_code error;
-    if (!fs::is_directory(path, error)) {
+    if (!fs::is_directory(path, error))
       list.push_back(path);
-    } else if (recurse && !fs::is_symlink(path, error)) {  // links to folders may run in circles
+    else if (recurse && !fs::is_symlink(path, error))  // links to folders may run in circles
       AddFiles(list, path + kDelimiter, kEveryName, recurse);
-    }
   }
 }
 

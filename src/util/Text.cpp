@@ -170,9 +170,8 @@ void StripBetween(std::string& text, std::string_view open, std::string_view clo
 std::size_t CountChar(char c, std::string_view text, std::size_t length, bool quotes) {
   const std::string_view part = text.substr(0, length);
   std::size_t count = 0;
-  for (std::size_t at = part.find(c); at != std::string_view::npos; at = part.find(c, at + 1)) {
+  for (std::size_t at = part.find(c); at != std::string_view::npos; at = part.find(c, at + 1))
     if (!quotes || !IsEscaped(part, at)) ++count;
-  }
   return count;
 }
 
@@ -182,9 +181,8 @@ std::size_t CharSize(std::string_view text, std::size_t index) {
   if (size == 1 || text.size() - index < size) return 1;
   const auto [low, high] = SecondByteRange(byteAt(index));
   if (byteAt(index + 1) < low || byteAt(index + 1) > high) return 1;
-  for (std::size_t i = index + 2; i < index + size; ++i) {
+  for (std::size_t i = index + 2; i < index + size; ++i)
     if (!IsContinuation(byteAt(i))) return 1;
-  }
   return size;
 }
 

@@ -63,11 +63,10 @@ void StrNextWord(std::string_view text, std::size_t pos, std::size_t& start, std
   while (begin < text.size() && IsWordSpace(text[begin])) ++begin;
   std::size_t end = begin;
   while (end < text.size() && !IsWordDelimiter(text[end])) ++end;
-  if (end > begin) {
+  if (end > begin)
     while (begin > 0 && !IsWordDelimiter(text[begin - 1])) --begin;
-  } else if (end < text.size()) {
+  else if (end < text.size())
     ++end;
-  }
   start = begin + 1;
   word = text.substr(begin, end - begin);
 }

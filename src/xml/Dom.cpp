@@ -83,9 +83,8 @@ bool IsXmlCharacter(std::string_view character) {
 // --- What is refused before parsing
 // Where the opaque part that begins at `at` ends; `at` when none does.
 std::size_t OpaqueEnd(std::string_view text, std::size_t at) {
-  for (const auto& part : kOpaqueParts) {
+  for (const auto& part : kOpaqueParts)
     if (text.substr(at).starts_with(part.open)) return std::min(text.find(part.close, at), text.size());
-  }
   return at;
 }
 
@@ -189,15 +188,14 @@ void TDom::TFreeDoc::operator()(_xmlDoc* doc) const { xmlFreeDoc(doc); }
 bool TDom::Load(std::string_view text) {
   Refuse("");
   // The library takes a zero byte behind the root for the end of the text.
-  if (text.size() > kMaxXmlSize) {
+  if (text.size() > kMaxXmlSize)
     fault_ = kXmlTooLarge;
-  } else if (text.find('\0') != std::string_view::npos) {
+  else if (text.find('\0') != std::string_view::npos)
     fault_ = kNulByte;
-  } else if (HasLongTag(text)) {
+  else if (HasLongTag(text))
     fault_ = kManyAttributes;
-  } else {
+  else
     doc_.reset(Parse(text, fault_));
-  }
   return doc_ != nullptr;
 }
 
@@ -247,9 +245,8 @@ TDomNodes ChildrenOf(const TDomNode& node) {
 TDomNodes ChildElements(const TDomNodes& nodes, std::string_view name) {
   TDomNodes found;
   for (const TDomNode* node : nodes) {
-    for (xmlNode* child = node->children; child != nullptr; child = child->next) {
+    for (xmlNode* child = node->children; child != nullptr; child = child->next)
       if (IsElement(*child, name)) found.push_back(child);
-    }
   }
   return found;
 }

@@ -96,9 +96,8 @@ std::string ColumnText(const TDomNode& selected, const TColumn& column) {
     return text;
   }
   const TDomNodes children = ChildrenOf(*base);
-  for (std::size_t i = 0; i < std::min(count, children.size()); ++i) {
+  for (std::size_t i = 0; i < std::min(count, children.size()); ++i)
     if (IsElement(*children[i], column.name)) text += ValueOf(*children[i]);
-  }
   return text;
 }
 
@@ -134,18 +133,16 @@ void TXMLAccess::xmlLoadText(const std::string& text, bool mapEntities) {
 void TXMLAccess::xmlLoad(const std::string& fileName) {
   std::error_code ignored;
   const fs::file_status status = fs::status(fileName, ignored);
-  if (!fs::exists(status) || fs::is_directory(status)) {
+  if (!fs::exists(status) || fs::is_directory(status))
     RaiseError(Format("xmlLoad: file \"%s\" does not exist!", fileName));
-  }
   dom_->Refuse("");
   // Never more than the limit is read, and nothing that has no end.
-  if (!fs::is_regular_file(status)) {
+  if (!fs::is_regular_file(status))
     dom_->Refuse("it is no regular file");
-  } else if (fs::file_size(fileName, ignored) > kMaxXmlSize) {
+  else if (fs::file_size(fileName, ignored) > kMaxXmlSize)
     dom_->Refuse(kXmlTooLarge);
-  } else {
+  else
     dom_->Load(ReadFileText(fileName));
-  }
 }
 
 bool TXMLAccess::xmlSave(const std::string& fileName) const {
@@ -235,9 +232,8 @@ void TXMLAccess::xmlSetList(std::string_view path, std::string_view item, const 
   RequireName(itemName, path, kOperation);
 
   std::vector<TStringList> lines;
-  for (const std::string& line : list) {
+  for (const std::string& line : list)
     lines.push_back(LineValues(line, names, Format("%s/%s", path, item), kOperation));
-  }
   TDomNode& parent = *nodes.front();
   RemoveChildren(parent);
   for (const TStringList& values : lines) {

@@ -88,9 +88,7 @@ TEST(EnginesTest, NamesInBothDirections) {
     }
     StrEngine(each.engine, name);
     EXPECT_EQ(name, each.name);
-    if (each.engine != kEngineNone) {
-      EXPECT_EQ(StrToEngine(name), each.engine);
-    }
+    if (each.engine != kEngineNone) EXPECT_EQ(StrToEngine(name), each.engine);
   }
   for (const char* unknown : {"", "mysql", "MySQL ", "MySQL script"})
     EXPECT_EQ(MessageOf([&] { StrToEngine(unknown); }), "StrToEngine error") << unknown;

@@ -124,9 +124,8 @@ TEST(ChangesTest, LongestIncreasingIsLongest) {
   do {
     std::vector<std::size_t> length(order.size(), 1);
     for (std::size_t i = 0; i < order.size(); ++i) {
-      for (std::size_t j = 0; j < i; ++j) {
+      for (std::size_t j = 0; j < i; ++j)
         if (order[j] < order[i]) length[i] = std::max(length[i], length[j] + 1);
-      }
     }
     const auto places = LongestIncreasing(order);
     ASSERT_EQ(places.size(), *std::max_element(length.begin(), length.end()));

@@ -33,16 +33,14 @@ std::vector<TChange> Changes(const TSchema& reference, const TSchema& target) {
     changes.back().table = table.name;
     changes.back().unsafe = UnsafeChange(changes.back(), table, {});
   };
-  for (const auto& table : target.Tables()) {
+  for (const auto& table : target.Tables())
     if (reference.Find(table.name) == nullptr) whole(saDropTable, table);
-  }
   for (const auto& table : reference.Tables()) {
     const TTableText* there = target.Find(table.name);
-    if (there == nullptr) {
+    if (there == nullptr)
       whole(saCreateTable, table);
-    } else {
+    else
       for (auto& change : CompareTableTexts(table, *there, use)) changes.push_back(std::move(change));
-    }
   }
   for (std::size_t i = 0; i < changes.size(); ++i) changes[i].id = static_cast<int>(i) + 1;
   return changes;
@@ -220,11 +218,10 @@ TEST(PlanTest, StatementsInTheOrderThatServersTake) {
     const TSchema reference = Schema(c.reference);
     TSchema target = Schema(c.target);
     const auto plan = MakePlan(Changes(reference, target), reference, target);
-    if (c.plan != nullptr) {
+    if (c.plan != nullptr)
       EXPECT_EQ(PlanText(plan), c.plan);
-    } else {
+    else
       EXPECT_EQ(PlanText(plan).find("foreign key `f`"), std::string::npos) << PlanText(plan);
-    }
     RunPlan(plan, target);
     EXPECT_EQ(PlanText(MakePlan(Changes(reference, target), reference, target)), "");
   }
@@ -254,9 +251,8 @@ TEST(PlanTest, StatementsSayWhyTheyAreUnsafe) {
   const TSchema target = Schema(
       {"t (`a` bigint, UNIQUE KEY `k` (`a`), CONSTRAINT `f` FOREIGN KEY (`a`) REFERENCES `t` (`a`))", "o (`a` int)"});
   std::vector<std::string> reasons;
-  for (const auto& statement : MakePlan(Changes(reference, target), reference, target)) {
+  for (const auto& statement : MakePlan(Changes(reference, target), reference, target))
     reasons.insert(reasons.end(), statement.unsafe.begin(), statement.unsafe.end());
-  }
   EXPECT_EQ(reasons, (std::vector<std::string>{"table o: the table is dropped with its rows",
                                                "column a: bigint to int: values may be out of range",
                                                "key k: equal rows may enter from then on"}));
@@ -327,9 +323,8 @@ class TRandomSchema {
 
   TSchema Make() {
     TSchema schema;
-    for (const char* name : {"alpha", "be ta", "ga`mma"}) {
+    for (const char* name : {"alpha", "be ta", "ga`mma"})
       if (Below(4) != 0) schema.Add(ReadTableText(Table(name)));
-    }
     return schema;
   }
   bool Flip() { return Below(2) == 0; }
@@ -433,9 +428,8 @@ TEST(ScanStatementsTest, EndsOutsideQuotesNamesAndComments) {
   };
   for (const auto& c : cases) {
     std::vector<std::string> found;
-    for (const auto& range : ScanStatements(c.script)) {
+    for (const auto& range : ScanStatements(c.script))
       found.push_back(std::string(c.script).substr(range.start, range.length));
-    }
     EXPECT_EQ(found, c.statements) << c.script;
   }
 }

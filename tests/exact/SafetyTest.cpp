@@ -60,9 +60,7 @@ TEST(SafetyTest, WhatKeepsEveryValueIsSafe) {
       {"int GENERATED ALWAYS AS (1) STORED", "tinyint GENERATED ALWAYS AS (2) VIRTUAL"},
       {"int GENERATED ALWAYS AS (1) STORED", "int"},
   };
-  for (const auto& step : steps) {
-    EXPECT_EQ(Reason(step.from, step.to), "") << step.from << " to " << step.to;
-  }
+  for (const auto& step : steps) EXPECT_EQ(Reason(step.from, step.to), "") << step.from << " to " << step.to;
 }
 
 TEST(SafetyTest, WhatMayLoseIsUnsafeWithItsReason) {

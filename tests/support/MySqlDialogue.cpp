@@ -82,14 +82,13 @@ class TDialogue::TVio final : public TMySqlVio {
       return count;
     }
     if (state.left == 0) return 0;
-    if (state.turn == state.turns.size() || state.turns[state.turn].server) {
+    if (state.turn == state.turns.size() || state.turns[state.turn].server)
       Blame("the client spoke out of turn: " + Shown(bytes));
-    } else if (const std::string& wanted = state.turns[state.turn].bytes;
-               wanted.compare(state.position, count, bytes) != 0) {
+    else if (const std::string& wanted = state.turns[state.turn].bytes;
+             wanted.compare(state.position, count, bytes) != 0)
       Blame("the client said\n" + Shown(bytes) + " in place of\n" + Shown(wanted.substr(state.position, count)));
-    } else {
+    else
       Go(count);
-    }
     return count;
   }
 

@@ -222,9 +222,8 @@ class FindFilesTest : public FilesTest {
     fs::create_directories(folder_ / "sub.txt/deep");
     fs::create_directory_symlink(".", folder_ / "sub.txt/circle");
     for (const char* name : {"b.txt", "A.TXT", "a.txt", "c.csv", "plain", "b~.txt", "\xC3\xA9.txt", ".txt", "...",
-                             "sub.txt/x", "sub.txt/deep/y.db"}) {
+                             "sub.txt/x", "sub.txt/deep/y.db"})
       WriteFileText(folder_ / name, "");
-    }
   }
 
   // What the mask finds, without the folder in front.

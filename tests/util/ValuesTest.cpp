@@ -56,12 +56,10 @@ TEST(FormatTest, ReadsIntegers) {
 }
 
 TEST(FormatTest, ReadsFloats) {
-  for (const auto& [text, value] : {std::pair{"1", 1.0}, {"-1.5", -1.5}, {"+.5", 0.5}, {"1.", 1.0}, {"1E-5", 1e-5}}) {
+  for (const auto& [text, value] : {std::pair{"1", 1.0}, {"-1.5", -1.5}, {"+.5", 0.5}, {"1.", 1.0}, {"1E-5", 1e-5}})
     EXPECT_EQ(TryStrToFloat(text), value) << text;
-  }
-  for (const char* text : {"", " 1", "1 ", "1,5", "inf", "nan", "0x1", "1e", "+-1", "1e999", "."}) {
+  for (const char* text : {"", " 1", "1 ", "1,5", "inf", "nan", "0x1", "1e", "+-1", "1e999", "."})
     EXPECT_EQ(TryStrToFloat(text), std::nullopt) << text;
-  }
   EXPECT_EQ(MessageOf([] { StrToFloat("1,5"); }), "'1,5' is not a valid floating point value");
 }
 
@@ -130,9 +128,8 @@ TEST(DatesTest, RefusesWhatIsNoDate) {
   EXPECT_EQ(MessageOf([] { ParseDateTime("2023-02-29"); }), "'2023-02-29' is not a valid date");
   EXPECT_EQ(MessageOf([] { ParseDateTime("0000-00-00"); }), "'0000-00-00' is not a valid date");
   EXPECT_EQ(MessageOf([] { ParseDateTime("2024-01-01 24:00:00"); }), "'24:00:00.000' is not a valid time");
-  for (const double value : {-693594.0, 2958466.0, 1e300, std::nan("")}) {
+  for (const double value : {-693594.0, 2958466.0, 1e300, std::nan("")})
     EXPECT_THROW(DateTimeText(value), EConvertError) << value;
-  }
   EXPECT_EQ(DateText(2958465), "9999-12-31");
 }
 

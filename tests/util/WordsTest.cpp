@@ -233,9 +233,8 @@ TEST(WordsTest, GrowsLinearlyWithTheText) {
   std::size_t start = 0;
   std::string_view word;
   std::size_t words = 0;
-  for (StrNextWord(statements, 1, start, word); !word.empty(); ++words) {
+  for (StrNextWord(statements, 1, start, word); !word.empty(); ++words)
     StrNextWord(statements, start + word.size(), start, word);
-  }
   EXPECT_EQ(words, kCount * 12);
 }
 

@@ -31,18 +31,16 @@ using TRows = std::map<std::string, std::map<std::string, TValues>>;  // by tabl
 // The same value may be written otherwise in a wider type: 1.5 and 1.50, 2005-01-01 and 2005-01-01 00:00:00.
 std::string Plain(const std::string& hex) {
   std::string text;
-  for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
+  for (std::size_t i = 0; i + 1 < hex.size(); i += 2)
     text += static_cast<char>(std::strtol(hex.substr(i, 2).c_str(), nullptr, 16));
-  }
   constexpr std::string_view kMidnight = " 00:00:00";
   const bool fraction = text.find('.') != std::string::npos;
   if (fraction) text.erase(text.find_last_not_of('0') + 1);
   if (text.ends_with('.')) text.pop_back();
   if (text.ends_with(kMidnight)) text.erase(text.size() - kMidnight.size());
   const std::size_t zeros = text.find_first_not_of('0');
-  if (text.size() > 1 && zeros != 0 && text.find_first_not_of("0123456789.") == std::string::npos) {
+  if (text.size() > 1 && zeros != 0 && text.find_first_not_of("0123456789.") == std::string::npos)
     text.erase(0, std::min(zeros, text.size() - 1));
-  }
   return text;
 }
 
@@ -158,9 +156,8 @@ std::size_t TRun::RowsFor(const std::string& table) const {
 
 void TRun::LoadRows(const TTableModel& table, std::size_t count) {
   std::string names;
-  for (const TColumnModel& column : table.columns) {
+  for (const TColumnModel& column : table.columns)
     if (!column.Generated()) names += (names.empty() ? "" : ", ") + SqlName(column.name);
-  }
   for (std::size_t row = 0; row < count; ++row) {
     std::string values;
     for (const TColumnModel& column : table.columns) {
@@ -187,9 +184,8 @@ void TRun::LoadRows() {
 
 void TRun::ReadRows() {
   std::set<std::string> lossy;
-  for (const TChange& change : app_.exact.Changes()) {
+  for (const TChange& change : app_.exact.Changes())
     if (change.action == saDropTable || change.action == saDropColumn) lossy.insert(change.table + "/" + change.item);
-  }
   for (const TTableModel& table : there_.tables) {
     if (lossy.contains(table.name + "/") || !loaded_.contains(table.name)) continue;
     for (const TColumnModel& column : table.columns) {
@@ -247,9 +243,8 @@ void TRun::CheckTouched() {
     const auto tokens = Tokens(statement.text);
     const std::string table = NameOf(tokens[2]);
     const std::string text = app_.exact.TargetText(table);
-    if (Uncounted(text) == Uncounted(app_.exact.ReferenceText(table)) && text.find("REFERENCES") == std::string::npos) {
+    if (Uncounted(text) == Uncounted(app_.exact.ReferenceText(table)) && text.find("REFERENCES") == std::string::npos)
       Miss("a table that is equal is touched: " + statement.text);
-    }
   }
 }
 

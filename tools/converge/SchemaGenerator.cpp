@@ -214,9 +214,8 @@ void TSchemaGenerator::SetPartitions(TTableModel& table) {
       "partition by range (%s) subpartition by hash (%s) subpartitions 2 (partition p0 values less than (9), partition "
       "p1 values less than maxvalue)"};
   TTexts columns;
-  for (const TColumnModel& column : table.columns) {
+  for (const TColumnModel& column : table.columns)
     if (column.type.family == EFamily::Whole && !column.Generated()) columns.push_back(column.name);
-  }
   if (columns.empty()) return;
   table.partition_column = random_.Pick(columns);
   table.partitioning = random_.Pick(kKinds);

@@ -17,9 +17,8 @@ std::string Doubled(std::string_view text, std::string_view what) {
 
 std::string WithName(std::string text, const std::string& column) {
   const std::string name = SqlName(column);
-  for (std::size_t at = 0; (at = text.find("%s", at)) != std::string::npos; at += name.size()) {
+  for (std::size_t at = 0; (at = text.find("%s", at)) != std::string::npos; at += name.size())
     text.replace(at, 2, name);
-  }
   return text;
 }
 
@@ -129,9 +128,8 @@ std::string CreateStatement(const TTableModel& table) {
   const auto line = [&body](const std::string& text) { body += (body.empty() ? "\n  " : ",\n  ") + text; };
   for (const auto& column : table.columns) line(ColumnText(column));
   for (const auto& key : table.keys) line(KeyText(key));
-  for (const auto& check : table.checks) {
+  for (const auto& check : table.checks)
     line("constraint " + SqlName(check.name) + " check (" + WithName(check.expression, check.column) + ")");
-  }
   for (const auto& key : table.foreign_keys) line(ForeignKeyText(key));
   std::string text =
       "create table " + SqlName(table.name) + " (" + body + "\n) engine=" + table.engine + " default " + table.charset;

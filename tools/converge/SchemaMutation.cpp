@@ -20,9 +20,8 @@ template <class Action>
 void ForEachReferring(TSchemaModel& schema, const std::string& table, const std::string& column, Action action) {
   for (TTableModel& child : schema.tables) {
     for (TForeignKeyModel& key : child.foreign_keys) {
-      for (std::size_t i = 0; i < key.references.size(); ++i) {
+      for (std::size_t i = 0; i < key.references.size(); ++i)
         if (key.parent == table && key.references[i] == column) action(child, key, i);
-      }
     }
   }
 }
@@ -55,13 +54,11 @@ void TSchemaGenerator::RenameColumn(TSchemaModel& schema, TTableModel& table, TC
     if (name == from) name = to;
   };
   for (TColumnModel& other : table.columns) rename(other.base);
-  for (TKeyModel& key : table.keys) {
+  for (TKeyModel& key : table.keys)
     for (TKeyPartModel& part : key.parts) rename(part.column);
-  }
   for (TCheckModel& check : table.checks) rename(check.column);
-  for (TForeignKeyModel& key : table.foreign_keys) {
+  for (TForeignKeyModel& key : table.foreign_keys)
     for (std::string& name : key.columns) rename(name);
-  }
   ForEachReferring(schema, table.name, from,
                    [&](TTableModel&, TForeignKeyModel& key, std::size_t i) { key.references[i] = to; });
   rename(table.partition_column);
@@ -129,9 +126,8 @@ void TSchemaGenerator::MutateKey(TTableModel& table) {
   TKeyModel& key = random_.Pick(table.keys);
   switch (random_.Below(4)) {
     case 0:
-      if (key.kind == EKeyModel::Unique || key.kind == EKeyModel::Plain) {
+      if (key.kind == EKeyModel::Unique || key.kind == EKeyModel::Plain)
         key.kind = key.Unique() ? EKeyModel::Plain : EKeyModel::Unique;
-      }
       break;
     case 1: {
       const std::string name = key.name;
@@ -148,13 +144,12 @@ void TSchemaGenerator::MutateKey(TTableModel& table) {
 }
 
 void TSchemaGenerator::MutateForeignKey(TSchemaModel& schema, TTableModel& table) {
-  if (table.foreign_keys.empty() || random_.Chance(30)) {
+  if (table.foreign_keys.empty() || random_.Chance(30))
     AddForeignKey(schema, table);
-  } else if (random_.Chance(40)) {
+  else if (random_.Chance(40))
     DropOne(table.foreign_keys, random_);
-  } else {
+  else
     SetForeignKeyRules(random_.Pick(table.foreign_keys));
-  }
 }
 
 void TSchemaGenerator::MutateTable(TSchemaModel& schema, TTableModel& table) {

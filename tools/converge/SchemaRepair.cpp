@@ -30,9 +30,8 @@ bool HasBase(const TTableModel& table, const TColumnModel& column) {
   const TColumnModel* base = table.Find(column.base);
   if (base == nullptr || base->Generated() || base->auto_increment) return false;
   TRandom random(0);
-  for (int tries = 0; tries < 20; ++tries) {
+  for (int tries = 0; tries < 20; ++tries)
     if (AnyComputation(base->type, random).expression == column.expression) return true;
-  }
   return false;
 }
 
@@ -85,9 +84,8 @@ void RepairColumns(TTableModel& table) {
     // The text of the check would hold the literal in that character set, which cannot be read back.
     if (column.type.HasLetters() && !FulltextCharset(table.CharsetOf(column))) column.check.clear();
     // A timestamp without a default has one that depends on its place in the table and on the server's mode.
-    if (column.type.text.starts_with("timestamp") && column.not_null && column.default_value.empty()) {
+    if (column.type.text.starts_with("timestamp") && column.not_null && column.default_value.empty())
       column.default_value = column.type.defaults.front();
-    }
     if (column.invisible && column.not_null && column.default_value.empty()) column.invisible = false;
   }
   const bool visible =

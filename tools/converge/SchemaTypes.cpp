@@ -29,13 +29,12 @@ TTypeModel Whole(TRandom& r) {
   const bool is_unsigned = zerofill || r.Chance(35);
   TTypeModel type{EFamily::Whole, row.name, "", 0, false, {}, {"0", "7", "'42'", "(1 + 2)", "(length('a;`b') * 3)"}};
   if (r.Chance(40)) type.text += Format("(%d)", 1 + r.Below(20));
-  if (zerofill) {
+  if (zerofill)
     type.text += " zerofill";
-  } else if (is_unsigned) {
+  else if (is_unsigned)
     type.text += " unsigned";
-  } else {
+  else
     type.defaults.insert(type.defaults.end(), {"-1", "-100"});
-  }
   type.samples = {is_unsigned ? "0" : row.least, is_unsigned ? row.most_unsigned : row.most};
   return type;
 }

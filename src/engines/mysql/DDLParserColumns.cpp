@@ -48,10 +48,7 @@ void TDDLParser::ReadColumnClause() {
   ReadColumnType();
   // Deliberate: a ";" is no end here. Behind a bare type it is passed over like any word, and so is the next statement,
   // up to its own ";".
-  if (!AtClauseEnd()) {
-    do ReadAttribute();
-    while (!AtClauseEnd() && PeekWord() != ";");
-  }
+  for (bool first = true; !AtClauseEnd() && (first || PeekWord() != ";"); first = false) ReadAttribute();
   meta_.tColumns.Post();
 }
 

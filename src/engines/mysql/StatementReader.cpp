@@ -89,14 +89,13 @@ bool TStatementReader::AtDelimiter() const { return script_.compare(pos_, delimi
 
 // Passes white space, comments and empty statements. False at the end of the script.
 bool TStatementReader::SkipToStatement() {
-  while (pos_ < script_.size()) {
+  while (pos_ < script_.size())
     if (IsSpace(script_[pos_]))
       ++pos_;
     else if (AtDelimiter())
       pos_ += delimiter_.size();
     else if ((with_versions_ && VersionMark(script_, pos_) > 0) || !PassComment())
       return true;
-  }
   return false;
 }
 

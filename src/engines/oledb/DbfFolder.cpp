@@ -59,12 +59,11 @@ TMemDataset::TRow RowOf(const TDbfFile& file, const std::vector<TColumn>& column
                         TDbfMemoFile& memos) {
   TMemDataset::TRow row;
   row.reserve(columns.size());
-  for (const auto& [field, type] : columns) {
+  for (const auto& [field, type] : columns)
     if (DbfIsNull(file, *field, record))
       row.emplace_back();
     else
       row.push_back(type->read({file, *field, DbfBytesOf(file, *field, record), memos}));
-  }
   return row;
 }
 

@@ -100,11 +100,10 @@ void SetNullable(const TDbfFile& file, TFileTable& table) {
 
 std::vector<TOLEDBTableRow> TFoxProFolder::Tables() {
   std::vector<TOLEDBTableRow> tables;
-  if (opened_ == nullptr) {
+  if (opened_ == nullptr)
     for (const std::string& name : DbfTableNames(path_)) tables.push_back({name, "TABLE"});
-  } else {
+  else
     for (const TDbcTable& table : opened_->Tables()) tables.push_back({table.name, "TABLE"});
-  }
   return tables;
 }
 

@@ -26,13 +26,12 @@ std::string Latin1Of(std::string_view utf8, const char* what) {
   std::string text;
   for (std::size_t i = 0; i < utf8.size(); ++i) {
     const auto byte = static_cast<unsigned char>(utf8[i]);
-    if (byte < 0x80) {
+    if (byte < 0x80)
       text += utf8[i];
-    } else if ((byte == 0xC2 || byte == 0xC3) && i + 1 < utf8.size()) {
+    else if ((byte == 0xC2 || byte == 0xC3) && i + 1 < utf8.size())
       text += static_cast<char>(byte << 6 | (static_cast<unsigned char>(utf8[++i]) & 0x3F));
-    } else {
+    else
       RaiseError(Format(kNoLatin1, what));
-    }
   }
   return text;
 }

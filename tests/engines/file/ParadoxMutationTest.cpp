@@ -98,9 +98,7 @@ TEST(ParadoxMutationTest, EndsInRowsOrInAMessage) {
     TDBConnParadox conn(folder.Path());
     conn.Connect();
     const std::int64_t rows = Outcome(conn);
-    if (i == 0) {
-      ASSERT_EQ(rows, 51) << "the sound table";
-    }
+    if (i == 0) ASSERT_EQ(rows, 51) << "the sound table";
     (rows < 0 ? refused : read) += 1;
   }
   EXPECT_GT(read, 100);

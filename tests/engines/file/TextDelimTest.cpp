@@ -94,9 +94,8 @@ TEST_F(TextDelimTest, OtherValuesOfTheSampleFailTheTable) {
                                   "2001-02-03  04:05",
                                   "2001-02-03 ",
                                   "\"x",
-                                  "True"}) {
+                                  "True"})
     EXPECT_EQ(Read("7;" + value, false, ";"), Format("Invalid value for t.csv/%s: %s", value, value));
-  }
 }
 
 TEST_F(TextDelimTest, TheSampleEndsWithLineFifty) {

@@ -66,9 +66,7 @@ void ExpectRefusal(const TRefused& each, const std::string& text) {
   TParserHost host;
   host.ParseDDL(each.before);
   EXPECT_EQ(each.message, MessageOf([&] { host.ParseDDL(text); }));
-  if (each.rows != nullptr) {
-    EXPECT_EQ(each.rows, DumpMeta(host.meta()));
-  }
+  if (each.rows != nullptr) EXPECT_EQ(each.rows, DumpMeta(host.meta()));
 }
 
 TEST_P(Refused, WithItsMessage) {

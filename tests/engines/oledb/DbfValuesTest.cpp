@@ -119,12 +119,8 @@ TEST_F(DbfValuesTest, ValuesUpToTheLimits) {
   };
   for (const auto& test : kCases) {
     Put("t.dbf", Single(test.field, test.values, test.dbase.empty() ? 0x30 : 0x03));
-    if (!test.dbase.empty()) {
-      EXPECT_EQ(Rows(*DBase()), test.dbase) << test.what;
-    }
-    if (!test.foxpro.empty()) {
-      EXPECT_EQ(Rows(*FoxPro()), test.foxpro) << test.what;
-    }
+    if (!test.dbase.empty()) EXPECT_EQ(Rows(*DBase()), test.dbase) << test.what;
+    if (!test.foxpro.empty()) EXPECT_EQ(Rows(*FoxPro()), test.foxpro) << test.what;
   }
 }
 

@@ -166,9 +166,7 @@ TEST_F(ExactLiveTest, ThePairsOfTheExamplesConvergeAndKeepTheirRows) {
     app_.TakeTask({reference.NewEngine(), target.NewEngine()});
     const TStringList log = Sync();
     EXPECT_THAT(log, AllOf(Contains(EndsWith(": New column phone")), Contains("Verified: 0 differences left")));
-    if (rows) {
-      EXPECT_EQ(Ask("select count(*) from `exact_target`.customers"), before);
-    }
+    if (rows) EXPECT_EQ(Ask("select count(*) from `exact_target`.customers"), before);
   }
 }
 
@@ -317,7 +315,7 @@ TEST_F(ExactLiveTest, WhatIsNotHandledIsNamedFirstAndLeftAlone) {
 
 // The same objects in databases of other names, by other definers; then as a login sees them that may not read them.
 TEST_F(ExactLiveTest, OtherObjectsThatAreTheSameAndThoseThatNobodyMayRead) {
-  for (TLiveDatabase* database : {&reference_, &target_}) {
+  for (TLiveDatabase* database : {&reference_, &target_})
     for (const char* statement :
          {"create table t (a int)", "create sequence s", "create sql security invoker view v as select t.a from t",
           "create view w as select v.a, s.a as b from v join t s on v.a = s.a where v.a > 1",
@@ -326,7 +324,6 @@ TEST_F(ExactLiveTest, OtherObjectsThatAreTheSameAndThoseThatNobodyMayRead) {
           "create function f() returns varchar(9) deterministic return 'it''s'",
           "create event e on schedule every 1 day starts '2030-01-01' disable do insert into t values (1)"})
       database->Run(statement);
-  }
   Open();
   app_.Compare();
   EXPECT_TRUE(app_.Identical()) << JoinList(app_.ActionLog(), "\n");
