@@ -7,8 +7,8 @@
 
 #include "SampleSchema.h"
 #include "app/Application.h"
-#include "engines/mysql/CreationScript.h"
 #include "engines/mysql/OfflineEngine.h"
+#include "mysqltext/CreationScript.h"
 #include "util/Files.h"
 
 namespace velmora::bench {

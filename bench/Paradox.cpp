@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "engines/file/DBConnParadox.h"
-#include "engines/file/ParadoxReader.h"
+#include "formats/paradox/ParadoxReader.h"
 #include "support/ParadoxFile.h"
 #include "util/Format.h"
 

@@ -10,9 +10,9 @@
 
 #include "app/Application.h"
 #include "app/Sources.h"
-#include "shell/ActionTreeView.h"
-#include "shell/ScriptPort.h"
-#include "shell/WindowLog.h"
+#include "shell/widgets/ActionTreeView.h"
+#include "shell/widgets/ScriptPort.h"
+#include "shell/widgets/WindowLog.h"
 #include "util/Clock.h"
 #include "util/Files.h"
 

@@ -19,7 +19,7 @@ if(VELMORA_SANITIZE)
 endif()
 
 # velmora_module(FOLDER LINKS targets... [HIDDEN targets...] [WITHOUT patterns...]): the library velmora_<folder> out of
-# every source in src/FOLDER but main.cpp and those whose names fit a pattern. Headers of HIDDEN targets reach the
+# every source in src/FOLDER and the folders below it but main.cpp and those whose names fit a pattern. Headers of HIDDEN targets reach the
 # folder's own sources alone.
 # In developer mode each header of the folder is also compiled alone, but for those that a source of their name includes
 # first (scripts/check-deps sees to that).
@@ -27,8 +27,8 @@ function(velmora_module folder)
   cmake_parse_arguments(ARG "" "" "LINKS;HIDDEN;WITHOUT" ${ARGN})
   string(REPLACE "/" "_" suffix "${folder}")
   set(target velmora_${suffix})
-  file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp")
-  file(GLOB headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.h")
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp")
+  file(GLOB_RECURSE headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.h")
   list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
   foreach(pattern IN LISTS ARG_WITHOUT)
     list(FILTER sources EXCLUDE REGEX "/${pattern}\\.cpp$")
@@ -45,21 +45,22 @@ function(velmora_module folder)
   target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}/src")
   target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_HIDDEN} velmora_warnings)
   if(VELMORA_DEVELOPER AND headers)
-    velmora_lone_headers(${target} "${folder}" "${headers}" "${sources}")
+    velmora_lone_headers(${target} "${headers}" "${sources}")
   endif()
 endfunction()
 
 # One source per header that includes nothing else, so that a header which leans on its neighbours does not build.
-function(velmora_lone_headers target folder headers sources)
+function(velmora_lone_headers target headers sources)
   set(lone)
   foreach(header IN LISTS headers)
-    get_filename_component(name "${header}" NAME_WE)
+    file(RELATIVE_PATH path "${PROJECT_SOURCE_DIR}/src" "${header}")
+    string(REGEX REPLACE "\\.h$" "" name "${path}")
     string(REGEX REPLACE "\\.h$" ".cpp" own_source "${header}")
     if(own_source IN_LIST sources)
       continue()
     endif()
-    set(source "${PROJECT_BINARY_DIR}/lone/${folder}/${name}.cpp")
-    file(CONFIGURE OUTPUT "${source}" CONTENT "#include \"${folder}/${name}.h\" // IWYU pragma: keep\n")
+    set(source "${PROJECT_BINARY_DIR}/lone/${name}.cpp")
+    file(CONFIGURE OUTPUT "${source}" CONTENT "#include \"${path}\" // IWYU pragma: keep\n")
     list(APPEND lone "${source}")
   endforeach()
   if(NOT lone)
@@ -80,14 +81,19 @@ function(velmora_program name)
   install(TARGETS ${name} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endfunction()
 
-# velmora_tests(FOLDER [SINGLE] [PLAIN] LINKS targets... [WITHOUT patterns...]): the test program of tests/FOLDER but for the
-# sources whose names fit a pattern, one CTest entry per test. SINGLE is for tests that share something slow to start:
+# velmora_tests(FOLDER [DEEP] [SINGLE] [PLAIN] LINKS targets... [WITHOUT patterns...]): the test program of tests/FOLDER but for the
+# sources whose names fit a pattern, one CTest entry per test. DEEP
+# takes the folders below it too. SINGLE is for tests that share something slow to start:
 # the program is one entry, and writes a report of its own on what ran into the folder single-reports. PLAIN does without
 # the precompiled header, which wants the same compiler flags everywhere.
 function(velmora_tests folder)
-  cmake_parse_arguments(ARG "SINGLE;PLAIN" "" "LINKS;WITHOUT" ${ARGN})
+  cmake_parse_arguments(ARG "DEEP;SINGLE;PLAIN" "" "LINKS;WITHOUT" ${ARGN})
   string(REPLACE "/" "_" suffix "${folder}")
-  file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/${folder}/*.cpp")
+  set(glob GLOB)
+  if(ARG_DEEP)
+    set(glob GLOB_RECURSE)
+  endif()
+  file(${glob} sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/${folder}/*.cpp")
   foreach(pattern IN LISTS ARG_WITHOUT)
     list(FILTER sources EXCLUDE REGEX "/${pattern}\\.cpp$")
   endforeach()

@@ -1,12 +1,12 @@
-# The OLE DB engines, with those of their providers that are switched on. What a provider needs stays hidden; one that is
-# switched off is left out with its tests (tests_without), and connecting says so.
+# Files of other programs, ODBC, and the OLE DB engines over both, with what is switched on. What a library needs stays
+# hidden; what is switched off is left out with its tests (tests_without), and connecting says so.
 set(hidden)
 set(without)
 set(have)
 set(tests_without)
 
-# velmora_provider(OPTION PREFIX PACKAGES tests...): the provider whose sources and tests begin with PREFIX; further tests
-# that need it are named behind.
+# velmora_provider(OPTION PREFIX PACKAGES tests...): a kind of source whose own sources and tests begin with PREFIX;
+# further tests that need it are named after it.
 macro(velmora_provider option prefix packages)
   if(${option})
     pkg_check_modules(${option} REQUIRED IMPORTED_TARGET ${packages})
@@ -18,12 +18,21 @@ macro(velmora_provider option prefix packages)
   endif()
 endmacro()
 
-velmora_provider(VELMORA_ODBC Odbc odbc)
 velmora_provider(VELMORA_MDB Mdb "libmdb;glib-2.0")
 velmora_provider(VELMORA_EXCEL Excel freexl "Sheet(Mutation|Engines)Test")
 velmora_provider(VELMORA_LOTUS Lotus "libwps-0.4;librevenge-0.0" "Sheet(Mutation|Engines)Test")
 
-velmora_module(engines/oledb LINKS velmora_core velmora_xml HIDDEN ${hidden} WITHOUT ${without})
-if(TARGET velmora_engines_oledb)
-  target_compile_definitions(velmora_engines_oledb PRIVATE ${have})
+velmora_module(formats LINKS velmora_core HIDDEN ${hidden} WITHOUT ${without})
+velmora_module(sandbox LINKS velmora_formats)
+set(odbc)
+if(VELMORA_ODBC)
+  pkg_check_modules(VELMORA_ODBC REQUIRED IMPORTED_TARGET odbc)
+  list(APPEND have VELMORA_ODBC)
+  velmora_module(odbc LINKS velmora_formats HIDDEN PkgConfig::VELMORA_ODBC)
+  set(odbc velmora_odbc)
+else()
+  list(APPEND tests_without "Odbc[A-Za-z]*")
 endif()
+velmora_module(engines/oledb LINKS velmora_sandbox velmora_xml ${odbc})
+target_compile_definitions(velmora_sandbox PRIVATE ${have})
+target_compile_definitions(velmora_engines_oledb PRIVATE ${have})

@@ -7,8 +7,8 @@
 #include "core/CreationTexts.h"
 #include "core/Meta.h"
 #include "engines/mysql/DBConnMySQL.h"
-#include "exact/Lexer.h"
-#include "exact/ScriptSafety.h"
+#include "exact/plan/ScriptSafety.h"
+#include "mysqltext/Lexer.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 

@@ -9,7 +9,7 @@
 #include "app/Dialect.h"
 #include "app/LineDifference.h"
 #include "app/ScriptRunner.h"
-#include "exact/ExactSync.h"
+#include "exact/run/ExactSync.h"
 #include "sync/ActionTree.h"
 #include "sync/Data.h"
 #include "sync/MessageLog.h"

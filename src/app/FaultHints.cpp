@@ -5,8 +5,8 @@
 #include <optional>
 #include <vector>
 
-#include "engines/mysql/MyConnection.h"
-#include "engines/mysql/mysqlUtil.h"
+#include "mysqlclient/MyConnection.h"
+#include "mysqlclient/mysqlUtil.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 

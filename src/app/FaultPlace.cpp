@@ -3,7 +3,7 @@
 #include "app/ParsedStore.h"
 #include "app/StructureView.h"
 #include "engines/mysql/OfflineEngine.h"
-#include "engines/mysql/StatementReader.h"
+#include "mysqltext/StatementReader.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 

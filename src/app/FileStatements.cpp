@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "exact/Lexer.h"
+#include "mysqltext/Lexer.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"

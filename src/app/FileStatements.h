@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "core/CreationTexts.h"
-#include "exact/TableStatement.h"
+#include "exact/plan/TableStatement.h"
 #include "util/Lists.h"
 
 namespace velmora {

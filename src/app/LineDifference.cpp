@@ -5,6 +5,7 @@
 #include <map>
 #include <string_view>
 
+#include "exact/compare/OptionEquivalences.h"
 #include "util/Errors.h"
 #include "util/Text.h"
 

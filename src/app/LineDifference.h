@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "exact/Equivalences.h"
+#include "exact/compare/Equivalences.h"
 #include "util/Lists.h"
 
 namespace velmora {

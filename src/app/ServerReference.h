@@ -6,7 +6,7 @@
 
 #include "core/DBConn.h"
 #include "engines/mysql/OfflineEngine.h"
-#include "exact/ScratchDatabase.h"
+#include "exact/run/ScratchDatabase.h"
 #include "sync/Progress.h"
 
 namespace velmora {

@@ -7,9 +7,9 @@
 
 #include "app/SourceText.h"
 #include "engines/mysql/DBConnMySQL.h"
-#include "engines/mysql/MyClients.h"
-#include "engines/mysql/MyWire.h"
 #include "engines/mysql/OfflineEngine.h"
+#include "mysqlclient/MyClients.h"
+#include "mysqlclient/MyWire.h"
 #include "persist/EngineTable.h"
 #include "util/Errors.h"
 #include "util/Format.h"

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "core/DBConn.h"
-#include "engines/mysql/MyConnection.h"
+#include "mysqlclient/MyConnection.h"
 #include "persist/EngineTable.h"
 #include "persist/MyOptionKeys.h"
 

@@ -12,7 +12,7 @@
 
 #include "app/Dialect.h"
 #include "cli/Console.h"
-#include "exact/Collations.h"
+#include "exact/compare/Collations.h"
 #include "util/Counted.h"
 #include "util/Lists.h"
 

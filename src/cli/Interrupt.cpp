@@ -9,7 +9,7 @@
 #include <optional>
 #include <string_view>
 
-#include "engines/mysql/MyConnection.h"
+#include "mysqlclient/MyConnection.h"
 #include "util/Errors.h"
 
 namespace velmora {

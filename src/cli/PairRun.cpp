@@ -12,8 +12,8 @@
 #include "cli/Interrupt.h"
 #include "cli/SourceRun.h"
 #include "cli/TerminalProgress.h"
-#include "engines/mysql/MyConnection.h"
 #include "engines/mysql/OfflineEngine.h"
+#include "mysqlclient/MyConnection.h"
 #include "sync/CaseTwins.h"
 #include "util/Errors.h"
 

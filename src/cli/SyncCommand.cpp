@@ -8,7 +8,7 @@
 #include "cli/Interrupt.h"
 #include "cli/PairRun.h"
 #include "cli/SourceRun.h"
-#include "engines/mysql/MyConnection.h"
+#include "mysqlclient/MyConnection.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 

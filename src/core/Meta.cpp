@@ -30,12 +30,6 @@ std::string Joined(const Rows& rows, std::string_view separator, Get get) {
 
 }  // namespace
 
-std::size_t NameHash(std::string_view name) {
-  std::uint64_t hash = 14695981039346656037u;
-  for (char c : name) hash = (hash ^ static_cast<unsigned char>(LowerChar(c))) * 1099511628211u;
-  return static_cast<std::size_t>(hash ^ (hash >> 29));
-}
-
 void TTableRow::CutTexts() {
   Cut(name, kNameWidth);
   Cut(type, kWordWidth);

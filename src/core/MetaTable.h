@@ -57,8 +57,6 @@ class TMetaMaster {
   ~TMetaMaster() = default;
 };
 
-std::size_t NameHash(std::string_view name);  // the case of letters plays no part
-
 template <class Row>
 class TMetaTable final : public TMetaDetail, public TMetaMaster {
  public:

@@ -10,8 +10,8 @@
 #include <string_view>
 
 #include "core/DBConn.h"
-#include "engines/mysql/MyConnection.h"
-#include "engines/oledb/Provider.h"
+#include "formats/port/Provider.h"
+#include "mysqlclient/MyConnection.h"
 #include "persist/EngineValues.h"
 
 namespace velmora {

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <variant>
 
-#include "engines/mysql/MyConnection.h"
+#include "mysqlclient/MyConnection.h"
 #include "persist/EngineValues.h"
 
 namespace velmora {

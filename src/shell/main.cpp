@@ -1,3 +1,3 @@
-#include "shell/Desktop.h"
+#include "shell/windows/Desktop.h"
 
 int main(int argc, char** argv) { return velmora::RunDesktop(argc, argv); }

@@ -266,4 +266,10 @@ std::string CutChars(std::string_view text, std::size_t max) {
   return std::string(text.substr(0, index));
 }
 
+std::size_t NameHash(std::string_view name) {
+  std::uint64_t hash = 14695981039346656037u;
+  for (char c : name) hash = (hash ^ static_cast<unsigned char>(LowerChar(c))) * 1099511628211u;
+  return static_cast<std::size_t>(hash ^ (hash >> 29));
+}
+
 }  // namespace velmora

@@ -20,6 +20,7 @@ std::string LowerText(std::string_view text);
 constexpr bool SameText(std::string_view a, std::string_view b) {
   return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), SameLetter);
 }
+std::size_t NameHash(std::string_view name);       // the same for names that are SameText
 std::string_view TrimView(std::string_view text);  // without characters up to blank (codes 0 to 32) at both ends
 std::string Trim(std::string_view text);
 

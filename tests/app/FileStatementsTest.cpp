@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "engines/mysql/CreationScript.h"
+#include "mysqltext/CreationScript.h"
 #include "support/MessageOf.h"
 #include "util/Format.h"
 

@@ -5,7 +5,7 @@
 
 #include <cstdio>
 
-#include "engines/oledb/OdbcProvider.h"
+#include "odbc/OdbcProvider.h"
 #include "support/CompanionRun.h"
 #include "support/OdbcSources.h"
 #include "support/ScratchFolder.h"

@@ -5,8 +5,8 @@
 #include <filesystem>
 
 #include "app/Tasks.h"
-#include "engines/mysql/ClientLibrary.h"
 #include "engines/mysql/DBConnMySQL.h"
+#include "mysqlclient/ClientLibrary.h"
 #include "support/CompanionRun.h"
 #include "support/ScratchFolder.h"
 #include "util/Files.h"

@@ -1,4 +1,4 @@
-#include "exact/Changes.h"
+#include "exact/compare/Changes.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
-#include "exact/Equivalences.h"
+#include "exact/compare/Equivalences.h"
+#include "exact/compare/OptionEquivalences.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "exact/ObjectTexts.h"
+#include "exact/objects/ObjectTexts.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,7 @@
-#include "exact/Plan.h"
+#include "exact/plan/Plan.h"
+#include "exact/compare/Safety.h"
+#include "exact/plan/PlanApply.h"
+#include "mysqltext/ScriptScanner.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "exact/Lexer.h"
+#include "mysqltext/Lexer.h"
 #include "support/MessageOf.h"
 
 namespace velmora {

@@ -2,7 +2,8 @@
 
 #include <string>
 
-#include "exact/Changes.h"
+#include "exact/compare/Changes.h"
+#include "exact/compare/Safety.h"
 
 namespace velmora {
 namespace {

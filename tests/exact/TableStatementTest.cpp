@@ -1,4 +1,4 @@
-#include "exact/TableStatement.h"
+#include "exact/plan/TableStatement.h"
 
 #include <gmock/gmock.h>
 

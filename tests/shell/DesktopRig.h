@@ -12,13 +12,13 @@
 #include <QTest>
 #include <memory>
 
-#include "engines/mysql/MyClients.h"
+#include "mysqlclient/MyClients.h"
 #include "persist/MyOptionKeys.h"
-#include "shell/Desktop.h"
-#include "shell/Progress.h"
 #include "shell/QtEnvironment.h"
-#include "shell/QtText.h"
-#include "shell/TaskWiz.h"
+#include "shell/widgets/QtText.h"
+#include "shell/windows/Desktop.h"
+#include "shell/windows/Progress.h"
+#include "shell/windows/TaskWiz.h"
 #include "support/LiveDatabase.h"
 #include "support/ScratchFolder.h"
 

@@ -7,8 +7,8 @@
 
 #include "engines/oledb/DBConnDBF.h"
 #include "persist/TaskDocument.h"
-#include "shell/Commands.h"
 #include "shell/DesktopRig.h"
+#include "shell/windows/Commands.h"
 #include "util/Files.h"
 #include "util/Format.h"
 

@@ -1,4 +1,4 @@
-#include "shell/Progress.h"
+#include "shell/windows/Progress.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,8 +10,8 @@
 #include <QVBoxLayout>
 
 #include "shell/QtEnvironment.h"
-#include "shell/QtHost.h"
-#include "shell/TopLevel.h"
+#include "shell/widgets/TopLevel.h"
+#include "shell/windows/QtHost.h"
 #include "util/Errors.h"
 
 namespace velmora {

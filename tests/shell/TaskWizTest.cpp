@@ -1,4 +1,4 @@
-#include "shell/TaskWiz.h"
+#include "shell/windows/TaskWiz.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@
 
 #include "engines/mysql/DBConnMySQL.h"
 #include "shell/QtEnvironment.h"
-#include "shell/QtText.h"
+#include "shell/widgets/QtText.h"
 #include "support/FakeMyConnection.h"
 #include "support/FakeOLEDB.h"
 #include "support/LiveDatabase.h"

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "engines/mysql/MyConnection.h"
+#include "mysqlclient/MyConnection.h"
 
 namespace velmora::testing {
 

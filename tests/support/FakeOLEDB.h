@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "engines/oledb/Provider.h"
+#include "formats/port/Provider.h"
 #include "util/Errors.h"
 
 namespace velmora::testing {

@@ -1,7 +1,7 @@
 #pragma once
 
 // A data source behind an ODBC driver of the tests' own: it answers from a table, writes down what it is asked, and
-// misbehaves as it is told. The driver is built from engines/oledb/fake; this is how tests reach into it.
+// misbehaves as it is told. The driver is built from odbc/fake; this is how tests reach into it.
 
 #include <dlfcn.h>
 

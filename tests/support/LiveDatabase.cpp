@@ -1,7 +1,7 @@
 #include "support/LiveDatabase.h"
 
-#include "engines/mysql/MyClients.h"
-#include "engines/mysql/mysqlUtil.h"
+#include "mysqlclient/MyClients.h"
+#include "mysqlclient/mysqlUtil.h"
 #include "util/Errors.h"
 
 namespace velmora::testing {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "engines/mysql/DBConnMySQL.h"
-#include "engines/mysql/MyConnection.h"
+#include "mysqlclient/MyConnection.h"
 #include "support/PrivateServer.h"
 
 namespace velmora::testing {

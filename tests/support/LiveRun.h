@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "engines/mysql/mysqlUtil.h"
+#include "mysqlclient/mysqlUtil.h"
 #include "support/CompanionRun.h"
 #include "support/LiveDatabase.h"
 #include "util/Errors.h"

@@ -6,7 +6,7 @@
 #include <numeric>
 #include <optional>
 
-#include "engines/oledb/MdbText.h"
+#include "formats/mdb/MdbText.h"
 #include "util/Dates.h"
 
 namespace velmora::testing {

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engines/oledb/MdbBuilder.h"
+#include "formats/mdb/MdbBuilder.h"
 
 namespace velmora::testing {
 

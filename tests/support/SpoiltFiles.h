@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "engines/oledb/ReaderProcess.h"
+#include "sandbox/ReaderProcess.h"
 
 namespace velmora::testing {
 

@@ -7,8 +7,9 @@
 
 #include "app/Application.h"
 #include "converge/SchemaGenerator.h"
-#include "exact/Lexer.h"
-#include "exact/ScriptSafety.h"
+#include "exact/plan/PlanApply.h"
+#include "exact/plan/ScriptSafety.h"
+#include "mysqltext/Lexer.h"
 #include "support/LiveDatabase.h"
 #include "util/Errors.h"
 #include "util/Format.h"

@@ -12,7 +12,8 @@ can be deleted at any time.
 A fault that no test comes by is "not reached". Headers, templates and what is reckoned by the compiler get no faults.
 
 --folder   below src/, as in engines/mysql; may stand several times. Otherwise all but the desktop program
---tests    test programs to run, as in test_core. Otherwise those of the fault's own folder, the live ones too
+--tests    test programs to run, as in test_core; "all" for every one that comes by the fault. Otherwise those of the
+           fault's own folder or the next one above it that has some, the live ones too
 --work     where the copies stand. Otherwise velmora-mutate in the user's cache folder
 """
 
@@ -197,11 +198,18 @@ class Runner:
         self.usual = {}  # program: (seconds, numbers of the faults that it comes by)
 
     def programs_of(self, file):
-        if self.work.options.tests:
-            return self.work.options.tests
-        suffix = str(pathlib.PurePath(file).parent).replace("/", "_")
+        own = self._own_programs(file)
+        if self.work.options.tests == ["all"]:
+            return own + sorted(self._known_targets() - set(own), key=lambda name: self.usual.get(name, (0,))[0])
+        return self.work.options.tests or own
+
+    def _own_programs(self, file):
         known = self._known_targets()
-        return [name for name in (f"test_{suffix}", f"test_{suffix}_live") if name in known]
+        for folder in pathlib.PurePath(file).parents:
+            suffix = str(folder).replace("/", "_")
+            if own := [name for name in (f"test_{suffix}", f"test_{suffix}_live") if name in known]:
+                return own
+        return []
 
     def _known_targets(self):
         if not hasattr(self, "targets"):

@@ -7,7 +7,7 @@
 
 #include "core/Host.h"
 #include "core/Meta.h"
-#include "engines/file/ParadoxReader.h"
+#include "formats/paradox/ParadoxReader.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"

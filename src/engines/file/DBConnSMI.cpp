@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "core/Meta.h"
-#include "engines/file/TextFile.h"
+#include "formats/text/TextFile.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "core/DBConn.h"
-#include "engines/file/SMImportBaseComponent.h"
+#include "formats/text/SMImportBaseComponent.h"
 
 namespace velmora {
 

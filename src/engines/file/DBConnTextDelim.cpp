@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "core/Meta.h"
-#include "engines/file/DelimitedText.h"
-#include "engines/file/TextFile.h"
+#include "formats/text/DelimitedText.h"
+#include "formats/text/TextFile.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "xml/XMLAccess.h"

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "core/Meta.h"
-#include "engines/file/SMImportFromText.h"
+#include "formats/text/SMImportFromText.h"
 
 namespace velmora {
 

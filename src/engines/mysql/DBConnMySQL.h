@@ -8,7 +8,7 @@
 
 #include "core/CreationTexts.h"
 #include "core/DBConn.h"
-#include "engines/mysql/MyConnection.h"
+#include "mysqlclient/MyConnection.h"
 
 namespace velmora {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "engines/mysql/DBConnMySQL.h"
-#include "engines/mysql/OfflineConnection.h"
+#include "mysqlclient/OfflineConnection.h"
 
 namespace velmora {
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "engines/oledb/AccessTypes.h"
-#include "engines/oledb/InitString.h"
+#include "formats/port/InitString.h"
 #include "util/Dates.h"
 #include "util/Format.h"
 #include "util/Text.h"

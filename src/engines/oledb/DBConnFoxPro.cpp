@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "core/Host.h"
-#include "engines/oledb/InitString.h"
+#include "formats/port/InitString.h"
 #include "util/Addresses.h"
 #include "util/Errors.h"
 #include "util/Format.h"

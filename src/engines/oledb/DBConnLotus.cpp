@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "engines/oledb/InitString.h"
+#include "formats/port/InitString.h"
 #include "util/Format.h"
 #include "xml/XMLAccess.h"
 

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "core/Meta.h"
-#include "engines/oledb/InitString.h"
 #include "engines/oledb/SQLServerCatalog.h"
 #include "engines/oledb/SQLServerTypes.h"
+#include "formats/port/InitString.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "xml/XMLAccess.h"

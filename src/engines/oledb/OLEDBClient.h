@@ -11,7 +11,7 @@
 
 #include "core/DBConn.h"
 #include "core/Dataset.h"
-#include "engines/oledb/Provider.h"
+#include "formats/port/Provider.h"
 
 namespace velmora {
 

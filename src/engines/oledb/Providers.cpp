@@ -7,10 +7,13 @@
 #include <string_view>
 #include <utility>
 
-#include "engines/oledb/FileProvider.h"
-#include "engines/oledb/FileReaders.h"
-#include "engines/oledb/OdbcProvider.h"
-#include "engines/oledb/ProviderProcess.h"
+#include "formats/dbf/DBaseFolder.h"
+#include "formats/dbf/FoxProFolder.h"
+#include "formats/mdb/MdbWriter.h"
+#include "formats/port/FileProvider.h"
+#include "odbc/OdbcProvider.h"
+#include "sandbox/OwnProcessReaders.h"
+#include "sandbox/ProviderProcess.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"

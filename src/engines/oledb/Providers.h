@@ -5,7 +5,7 @@
 #include <functional>
 #include <memory>
 
-#include "engines/oledb/Provider.h"
+#include "formats/port/Provider.h"
 
 namespace velmora {
 

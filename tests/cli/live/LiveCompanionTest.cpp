@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "engines/mysql/StatementReader.h"
+#include "mysqltext/StatementReader.h"
 #include "support/LiveCompanion.h"
 #include "util/Errors.h"
 #include "util/Files.h"

@@ -6,8 +6,8 @@
 #include <functional>
 
 #include "core/Meta.h"
-#include "engines/file/ParadoxHeader.h"
-#include "engines/file/ParadoxText.h"
+#include "formats/paradox/ParadoxHeader.h"
+#include "formats/paradox/ParadoxText.h"
 #include "support/MessageOf.h"
 #include "support/MetaDump.h"
 #include "support/ParadoxFile.h"

@@ -2,8 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "engines/file/SMImportFromText.h"
 #include "engines/file/TextRig.h"
+#include "formats/text/SMImportFromText.h"
 #include "support/MessageOf.h"
 #include "support/ScratchFolder.h"
 #include "util/Errors.h"

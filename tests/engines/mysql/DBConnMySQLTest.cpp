@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "core/Meta.h"
-#include "engines/mysql/mysqlUtil.h"
+#include "mysqlclient/mysqlUtil.h"
 #include "support/FakeMyConnection.h"
 #include "support/MessageOf.h"
 #include "support/MetaBuilder.h"

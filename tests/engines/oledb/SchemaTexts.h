@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "engines/oledb/Provider.h"
+#include "formats/port/Provider.h"
 
 namespace velmora::testing {
 

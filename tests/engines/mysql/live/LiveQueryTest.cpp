@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "engines/mysql/mysqlUtil.h"
+#include "mysqlclient/mysqlUtil.h"
 #include "support/LiveDatabase.h"
 #include "support/MessageOf.h"
 #include "util/Errors.h"

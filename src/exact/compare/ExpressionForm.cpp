@@ -1,0 +1,595 @@
+#include "exact/compare/ExpressionForm.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kUnreadable[] = "not an expression that is known";
+constexpr int kMaxDepth = 200;
+
+struct TNode {
+  std::string op;  // of a leaf what it says
+  std::vector<TNode> args{};
+};
+
+struct TPair {
+  std::string_view one;
+  std::string_view other;
+};
+
+template <std::size_t N>
+std::string_view Mapped(const std::array<TPair, N>& rows, std::string_view word) {
+  const auto row = std::find_if(rows.begin(), rows.end(), [word](const TPair& pair) { return pair.one == word; });
+  return row == rows.end() ? std::string_view() : row->other;
+}
+
+constexpr std::array<TPair, 8> kOpposites = {
+    {{"=", "<>"}, {"<>", "="}, {"<", ">="}, {">=", "<"}, {">", "<="}, {"<=", ">"}, {"xor", "xnor"}, {"xnor", "xor"}}};
+constexpr std::array<TPair, 24> kSynonyms = {{{"ucase", "upper"},
+                                              {"lcase", "lower"},
+                                              {"octet_length", "length"},
+                                              {"character_length", "char_length"},
+                                              {"substring", "substr"},
+                                              {"mid", "substr"},
+                                              {"power", "pow"},
+                                              {"ceil", "ceiling"},
+                                              {"dayofmonth", "day"},
+                                              {"sha1", "sha"},
+                                              {"nvl", "ifnull"},
+                                              {"current_timestamp", "now"},
+                                              {"localtime", "now"},
+                                              {"localtimestamp", "now"},
+                                              {"current_date", "curdate"},
+                                              {"current_time", "curtime"},
+                                              {"current_user", "current_user"},
+                                              {"session_user", "user"},
+                                              {"system_user", "user"},
+                                              {"schema", "database"},
+                                              {"now", "now"},
+                                              {"curdate", "curdate"},
+                                              {"curtime", "curtime"},
+                                              {"rlike", "regexp"}}};
+// Calls without brackets.
+constexpr std::string_view kBareCalls[] = {"current_timestamp", "localtime",    "localtimestamp",
+                                           "current_date",      "current_time", "current_user",
+                                           "utc_date",          "utc_time",     "utc_timestamp"};
+// Functions that every server prints by one name, or by one of its synonyms above.
+constexpr std::string_view kFunctions =
+    " upper lower length char_length substr pow ceiling day sha ifnull now curdate curtime current_user "
+    "user database nullif coalesce if concat concat_ws ltrim rtrim trim left right year month "
+    "unix_timestamp bit_length replace reverse md5 sha2 hex unhex abs round floor truncate sign sqrt "
+    "greatest least to_days lpad rpad repeat space ascii ord conv crc32 inet_aton inet6_aton "
+    "substring_index field elt find_in_set strcmp locate quote last_day weekday quarter hour minute "
+    "second microsecond uuid log ln exp json_extract json_valid json_unquote json_object json_array "
+    "soundex to_base64 datediff cast regexp_like ";
+// What says true or false, and not a number.
+constexpr std::string_view kTruths[] = {"=",   "<>",       "<",       "<=",   ">",     ">=",     "<=>",
+                                        "and", "or",       "xor",     "xnor", "not",   "isnull", "is true",
+                                        "in",  "is false", "between", "like", "regexp"};
+
+bool IsOneOf(std::string_view word, std::span<const std::string_view> words) {
+  return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+bool IsTruth(const TNode& node) { return !node.args.empty() && IsOneOf(node.op, kTruths); }
+
+TNode Compared(std::string op, TNode left, TNode right) {
+  const bool turned = (op == "=" || op == "<>") && left.args.empty() && left.op == "0";
+  if (turned) std::swap(left, right);
+  return {std::move(op), {std::move(left), std::move(right)}};
+}
+
+TNode Truth(TNode node) { return IsTruth(node) ? std::move(node) : Compared("<>", std::move(node), {"0"}); }
+
+// Servers take "not" inwards.
+TNode Not(TNode node) {
+  if (!IsTruth(node)) return Compared("=", std::move(node), {"0"});
+  if (node.op == "not") return std::move(node.args[0]);
+  if (const std::string_view opposite = Mapped(kOpposites, node.op); !opposite.empty()) {
+    node.op = opposite;
+    return node;
+  }
+  if (node.op == "and" || node.op == "or") {
+    node.op = node.op == "and" ? "or" : "and";
+    for (TNode& arg : node.args) arg = Not(std::move(arg));
+    return node;
+  }
+  return {"not", {std::move(node)}};
+}
+
+// Servers move a "not" to either side, so that both are without one.
+TNode Exclusive(TNode left, TNode right) {
+  TNode node{"xor"};
+  for (TNode* side : {&left, &right}) {
+    *side = Truth(std::move(*side));
+    if (InList(side->op, {"<>", ">=", ">", "or", "not", "xnor"})) {
+      *side = Not(std::move(*side));
+      node.op = Mapped(kOpposites, node.op);
+    }
+    node.args.push_back(std::move(*side));
+  }
+  return node;
+}
+
+// Asked of what is never null, it is that or its opposite.
+TNode Asked(const std::string& what, TNode node) {
+  const TNode& inner = node.op == "not" ? node.args[0] : node;
+  if (!InList(inner.op, {"is true", "is false", "isnull"})) return {"is " + what, {std::move(node)}};
+  return what == "true" ? std::move(node) : Not(std::move(node));
+}
+
+bool IsNumber(std::string_view leaf) {
+  if (leaf.starts_with('-')) leaf.remove_prefix(1);
+  return !leaf.empty() && leaf[0] >= '0' && leaf[0] <= '9' && !leaf.starts_with("0x");
+}
+
+TNode Negative(TNode node) {
+  if (!node.args.empty() || !IsNumber(node.op)) return {"-", {std::move(node)}};
+  if (node.op.starts_with('-'))
+    node.op.erase(0, 1);
+  else if (node.op != "0")
+    node.op.insert(0, 1, '-');
+  return node;
+}
+
+bool HoldsColumn(const TNode& node) {
+  if (node.args.empty()) return node.op.starts_with('`') || node.op.ends_with("()");
+  return std::any_of(node.args.begin(), node.args.end(), HoldsColumn);
+}
+
+// Of constants alone: MySQL prints what comes of them.
+bool MayBeFolded(const TNode& node) {
+  return !node.args.empty() && (!HoldsColumn(node) || std::any_of(node.args.begin(), node.args.end(), MayBeFolded));
+}
+
+// "and" within "and" is one list.
+TNode Joined(const std::string& op, TNode left, TNode right) {
+  TNode result{op};
+  for (TNode* side : {&left, &right})
+    if (side->op == op && !side->args.empty())
+      std::move(side->args.begin(), side->args.end(), std::back_inserter(result.args));
+    else
+      result.args.push_back(Truth(std::move(*side)));
+  return result;
+}
+
+void Print(const TNode& node, std::string& text) {
+  if (node.args.empty()) {
+    text += node.op;
+    return;
+  }
+  text += "(" + node.op;
+  for (const TNode& arg : node.args) {
+    text += ' ';
+    Print(arg, text);
+  }
+  text += ')';
+}
+
+std::string Hexadecimal(std::string_view digits, bool bits) {
+  std::string text = LowerText(digits);
+  if (bits) {
+    std::string wide;
+    text.insert(0, (8 - text.size() % 8) % 8, '0');
+    for (std::size_t at = 0; at < text.size(); at += 4) {
+      int value = 0;
+      for (std::size_t bit = 0; bit < 4; ++bit) value = value * 2 + (text[at + bit] == '1' ? 1 : 0);
+      wide += "0123456789abcdef"[value];
+    }
+    text = wide;
+  }
+  return "0x" + std::string(text.size() % 2, '0') + text;
+}
+
+class TExpressionReader {
+ public:
+  explicit TExpressionReader(TTokens tokens) : tokens_(tokens) {}
+
+  TExpressionForm Read() {
+    TExpressionForm form;
+    const TNode node = ReadOr();
+    if (at_ < tokens_.size()) RaiseError(kUnreadable);
+    Print(node, form.text);
+    form.known = known_ && !MayBeFolded(node);
+    return form;
+  }
+
+ private:
+  // --- Tokens
+
+  const TToken& Token(std::size_t ahead = 0) const { return TokenAt(tokens_, at_ + ahead); }
+  bool Is(std::string_view word) const { return Token().Is(word) && Token().kind != EToken::Name; }
+  bool TakeIf(std::string_view word) {
+    if (at_ >= tokens_.size() || !Is(word)) return false;
+    ++at_;
+    return true;
+  }
+  void Take(std::string_view word) {
+    if (!TakeIf(word)) RaiseError(kUnreadable);
+  }
+  std::string TakeOneOf(std::span<const std::string_view> words) {
+    for (const std::string_view word : words)
+      if (TakeIf(word)) return std::string(word);
+    return {};
+  }
+  std::string TakeWord() {
+    if (Token().kind != EToken::Word) RaiseError(kUnreadable);
+    return LowerText(tokens_[at_++].text);
+  }
+
+  // --- Conditions
+
+  TNode ReadOr() {
+    if (++depth_ > kMaxDepth) RaiseError(kUnreadable);
+    TNode left = ReadXor();
+    while (TakeIf("or") || TakeIf("||")) left = Joined("or", std::move(left), ReadXor());
+    --depth_;
+    return left;
+  }
+  TNode ReadXor() {
+    TNode left = ReadAnd();
+    while (TakeIf("xor")) {
+      TNode right = ReadAnd();
+      left = Exclusive(std::move(left), std::move(right));
+    }
+    return left;
+  }
+  TNode ReadAnd() {
+    TNode left = ReadNot();
+    while (TakeIf("and") || TakeIf("&&")) left = Joined("and", std::move(left), ReadNot());
+    return left;
+  }
+  TNode ReadNot() {
+    if (++depth_ > kMaxDepth) RaiseError(kUnreadable);
+    const bool negated = TakeIf("not");
+    TNode node = negated ? Not(ReadNot()) : ReadComparison();
+    --depth_;
+    return node;
+  }
+
+  TNode ReadComparison() {
+    static constexpr std::string_view kComparisons[] = {"=", "<=>", "<>", "!=", "<=", ">=", "<", ">"};
+    TNode left = ReadPredicate();
+    for (;;)
+      if (TakeIf("is"))
+        left = ReadIs(std::move(left));
+      else if (std::string op = TakeOneOf(kComparisons); !op.empty())
+        left = Compared(op == "!=" ? "<>" : op, std::move(left), ReadPredicate());
+      else
+        return left;
+  }
+  TNode ReadIs(TNode left) {
+    const bool negated = TakeIf("not");
+    const std::string what = TakeWord();
+    if (what == "null" || what == "unknown")
+      left = {"isnull", {std::move(left)}};
+    else if (what == "true" || what == "false")
+      left = Asked(what, Truth(std::move(left)));
+    else
+      RaiseError(kUnreadable);
+    return negated ? Not(std::move(left)) : left;
+  }
+
+  TNode ReadPredicate() {
+    TNode left = ReadBits();
+    const bool negated = Is("not");
+    if (negated) ++at_;
+    if (TakeIf("in"))
+      left = ReadIn(std::move(left));
+    else if (TakeIf("between"))
+      left = ReadBetween(std::move(left));
+    else if (TakeIf("like"))
+      left = ReadLike(std::move(left));
+    else if (TakeIf("regexp") || TakeIf("rlike"))
+      left = {"regexp", {std::move(left), ReadBits()}};
+    else if (negated)
+      RaiseError(kUnreadable);
+    return negated ? Not(std::move(left)) : left;
+  }
+  TNode ReadIn(TNode left) {
+    std::vector<TNode> values = ReadArguments();
+    if (values.empty()) RaiseError(kUnreadable);
+    if (values.size() == 1) return Compared("=", std::move(left), std::move(values[0]));
+    values.insert(values.begin(), std::move(left));
+    return {"in", std::move(values)};
+  }
+  TNode ReadBetween(TNode left) {
+    TNode from = ReadBits();
+    Take("and");
+    TNode to = ReadPredicate();
+    return {"between", {std::move(left), std::move(from), std::move(to)}};
+  }
+  TNode ReadLike(TNode left) {
+    TNode node{"like", {std::move(left), ReadUnary()}};
+    if (TakeIf("escape")) node.args.push_back(ReadUnary());
+    return node;
+  }
+
+  // --- Numbers
+
+  // Operators that bind alike; the first row least closely.
+  static constexpr std::size_t kLevels = 6;
+  static std::span<const std::string_view> Operators(std::size_t level) {
+    static constexpr std::string_view kOr[] = {"|"};
+    static constexpr std::string_view kAnd[] = {"&"};
+    static constexpr std::string_view kShift[] = {"<<", ">>"};
+    static constexpr std::string_view kAdd[] = {"+", "-"};
+    static constexpr std::string_view kTimes[] = {"*", "/", "div", "mod", "%"};
+    static constexpr std::string_view kPower[] = {"^"};
+    static constexpr std::array<std::span<const std::string_view>, kLevels> kAll = {kOr,  kAnd,   kShift,
+                                                                                    kAdd, kTimes, kPower};
+    return kAll[level];
+  }
+
+  TNode ReadBits(std::size_t level = 0) {
+    if (level == kLevels) return ReadUnary();
+    TNode left = ReadBits(level + 1);
+    for (;;) {
+      const std::string op = TakeOneOf(Operators(level));
+      if (op.empty()) return left;
+      if ((op == "+" || op == "-") && TakeIf("interval"))
+        left = ReadInterval(op, std::move(left));
+      else
+        left = {op == "%" ? "mod" : op, {std::move(left), ReadBits(level + 1)}};
+    }
+  }
+  TNode ReadInterval(const std::string& op, TNode left) {
+    TNode count = ReadOr();
+    return {op + " interval " + TakeWord(), {std::move(left), std::move(count)}};
+  }
+
+  TNode ReadUnary() {
+    if (++depth_ > kMaxDepth) RaiseError(kUnreadable);
+    TNode node = ReadSigned();
+    --depth_;
+    return node;
+  }
+  TNode ReadSigned() {
+    if (TakeIf("-")) return Negative(ReadUnary());
+    if (TakeIf("+")) return ReadUnary();
+    if (TakeIf("~")) return {"~", {ReadUnary()}};
+    if (TakeIf("!")) return Not(ReadUnary());
+    if (Is("binary") && !Token(1).Is("(") && ++at_) return {"cast", {ReadUnary(), {"char charset binary"}}};
+    TNode node = ReadSimple();
+    for (;;)
+      if (TakeIf("collate"))
+        node = {"collate " + TakeWord(), {std::move(node)}};
+      else if (TakeIf("->"))
+        node = {"json_extract", {std::move(node), ReadSimple()}};
+      else if (TakeIf("->>"))
+        node = {"json_unquote", {{"json_extract", {std::move(node), ReadSimple()}}}};
+      else
+        return node;
+  }
+
+  // --- Values
+
+  TNode ReadSimple() {
+    if (at_ >= tokens_.size()) RaiseError(kUnreadable);
+    const TToken& token = Token();
+    if (TakeIf("(")) {
+      TNode node = ReadOr();
+      Take(")");
+      return node;
+    }
+    if (token.kind == EToken::Number) return ReadNumber();
+    if (token.kind == EToken::String) return ReadText();
+    if (!IsName(token)) RaiseError(kUnreadable);
+    if (TakeIf("case")) return ReadCase();
+    if (token.kind == EToken::Word && Token(1).Is("(")) return ReadCall();
+    return ReadColumn();
+  }
+
+  TNode ReadNumber() {
+    std::string text = LowerText(tokens_[at_++].text);
+    if (text.starts_with("0x") || text.starts_with("0b")) return {Hexadecimal(text.substr(2), text[1] == 'b')};
+    const bool digits = text.find_first_not_of("0123456789") == std::string::npos;
+    if (digits) text.erase(0, std::min(text.find_first_not_of('0'), text.size() - 1));
+    known_ = known_ && !text.starts_with('.') && text.find(".e") == std::string::npos && !text.ends_with('.');
+    return {std::move(text)};
+  }
+
+  TNode ReadText() {
+    const std::string prefix = LowerText(PrefixOf(Token()));
+    std::string value = ValueOf(Token());
+    ++at_;
+    if (prefix == "x" || prefix == "b") return {Hexadecimal(value, prefix == "b")};
+    while (Token().kind == EToken::String && PrefixOf(Token()).empty()) value += ValueOf(tokens_[at_++]);
+    const bool ascii = std::all_of(value.begin(), value.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
+    const bool any_set = prefix.empty() || prefix == "n" || prefix.starts_with("_utf8");
+    const bool plain = any_set || (ascii && prefix != "_binary");
+    known_ = known_ && plain;
+    return {(plain ? "" : prefix) + QuotedText(value)};
+  }
+
+  TNode ReadColumn() {
+    const bool word = Token().kind == EToken::Word;
+    std::string name = LowerText(NameOf(tokens_[at_++]));
+    if (word && (name == "true" || name == "false")) return {name == "true" ? "1" : "0"};
+    if (word && name == "null") return {"null"};
+    if (word && Token().kind == EToken::String) RaiseError(kUnreadable);  // date'2020-01-01'
+    if (word && IsOneOf(name, kBareCalls)) return Call(name, {});
+    while (TakeIf(".")) {
+      if (!IsName(Token())) RaiseError(kUnreadable);
+      name = LowerText(NameOf(tokens_[at_++]));
+    }
+    return {QuotedName(name)};
+  }
+
+  TNode ReadCase() {
+    TNode node{"case"};
+    const bool simple = !Is("when");
+    if (simple) node.args.push_back(ReadOr());
+    while (TakeIf("when")) {
+      TNode condition = ReadOr();
+      node.args.push_back(simple ? std::move(condition) : Truth(std::move(condition)));
+      Take("then");
+      node.args.push_back(ReadOr());
+    }
+    if (TakeIf("else")) node.args.push_back({"else", {ReadOr()}});
+    Take("end");
+    return node;
+  }
+
+  // --- Calls
+
+  std::vector<TNode> ReadArguments() {
+    std::vector<TNode> args;
+    Take("(");
+    if (TakeIf(")")) return args;
+    do args.push_back(ReadOr());
+    while (TakeIf(","));
+    Take(")");
+    return args;
+  }
+
+  TNode ReadCall() {
+    const std::string name = TakeWord();
+    if (name == "cast" || name == "convert") return ReadCast(name == "cast");
+    if (name == "trim") return ReadTrim();
+    if (name == "extract") return ReadExtract();
+    if (name == "position") return ReadPosition();
+    if (InList(name, {"substring", "substr", "mid"})) return ReadSubstring();
+    if (InList(name, {"date_add", "adddate", "date_sub", "subdate"})) return ReadDateChange(name);
+    if (name == "timestampadd") return ReadTimestampAdd();
+    return Call(name, ReadArguments());
+  }
+
+  TNode Call(const std::string& name, std::vector<TNode> args) {
+    if (args.size() == 2) {
+      if (name == "mod") return {"mod", std::move(args)};
+      if (name == "instr") return {"locate", {std::move(args[1]), std::move(args[0])}};
+      if (name == "regexp_like") return {"regexp", std::move(args)};
+      if (name == "datediff") return {"-", {{"to_days", {std::move(args[0])}}, {"to_days", {std::move(args[1])}}}};
+    }
+    if (args.size() == 1) {
+      if (name == "isnull") return {"isnull", std::move(args)};
+      if (name == "date" || name == "time") return {"cast", {std::move(args[0]), {name}}};
+    }
+    if (name == "if" && !args.empty()) args[0] = Truth(std::move(args[0]));
+    const std::string_view synonym = Mapped(kSynonyms, name);
+    const std::string printed = synonym.empty() ? name : std::string(synonym);
+    known_ = known_ && kFunctions.find(" " + printed + " ") != std::string_view::npos;
+    if (args.empty() || (args.size() == 1 && printed == "now" && args[0].op == "0")) return {printed + "()"};
+    return {printed, std::move(args)};
+  }
+
+  // cast(a as type), convert(a, type), convert(a using set)
+  TNode ReadCast(bool is_cast) {
+    Take("(");
+    TNode value = ReadOr();
+    if (!is_cast && TakeIf("using")) {
+      TNode node{"convert " + TakeWord(), {std::move(value)}};
+      Take(")");
+      return node;
+    }
+    Take(is_cast ? "as" : ",");
+    TNode node{"cast", {std::move(value), {ReadType()}}};
+    Take(")");
+    return node;
+  }
+  std::string ReadType() {
+    const std::string first = TakeWord();
+    std::string type = first;
+    if (first == "binary" && !Is("(")) return "char charset binary";
+    if (first == "signed" || first == "unsigned") {
+      if (!TakeIf("integer")) TakeIf("int");
+      return type;
+    }
+    for (int depth = 0; at_ < tokens_.size() && (depth > 0 || !Is(")")); ++at_) {
+      if (Is("(")) ++depth;
+      if (Is(")")) --depth;
+      type += " " + LowerText(Token().text);
+    }
+    // Servers add the connection's character set, which nobody knows later.
+    const bool plain = InList(first, {"date", "time", "datetime", "decimal", "double", "float"});
+    known_ = known_ && (plain || type == "char charset binary");
+    return type;
+  }
+
+  TNode ReadTrim() {
+    static constexpr std::string_view kSides[] = {"both", "leading", "trailing"};
+    Take("(");
+    const std::string side = TakeOneOf(kSides);
+    TNode what{"' '"};
+    if (!Is("from")) what = ReadOr();
+    const bool from = TakeIf("from");
+    TNode text = from ? ReadOr() : std::exchange(what, {"' '"});
+    Take(")");
+    const bool blanks = what.op == "' '" && what.args.empty();
+    const std::string name = side == "leading" ? "ltrim" : side == "trailing" ? "rtrim" : "trim";
+    if (blanks) return {name, {std::move(text)}};
+    return {name, {std::move(text), std::move(what)}};
+  }
+  TNode ReadExtract() {
+    Take("(");
+    const std::string unit = TakeWord();
+    Take("from");
+    TNode node{"extract " + unit, {ReadOr()}};
+    Take(")");
+    return node;
+  }
+  TNode ReadPosition() {
+    Take("(");
+    TNode what = ReadBits();
+    Take("in");
+    TNode node{"locate", {std::move(what), ReadOr()}};
+    Take(")");
+    return node;
+  }
+  TNode ReadSubstring() {
+    Take("(");
+    TNode node{"substr", {ReadOr()}};
+    while (TakeIf(",") || TakeIf("from") || TakeIf("for")) node.args.push_back(ReadOr());
+    Take(")");
+    return node;
+  }
+  TNode ReadDateChange(const std::string& name) {
+    Take("(");
+    TNode date = ReadOr();
+    Take(",");
+    const std::string op = name.find("add") != std::string::npos ? "+" : "-";
+    const bool unit = TakeIf("interval");
+    TNode node = unit ? ReadInterval(op, std::move(date)) : TNode{op + " interval day", {std::move(date), ReadOr()}};
+    Take(")");
+    return node;
+  }
+
+  TNode ReadTimestampAdd() {
+    Take("(");
+    const std::string unit = TakeWord();
+    Take(",");
+    TNode count = ReadOr();
+    Take(",");
+    TNode node{"+ interval " + unit, {ReadOr(), std::move(count)}};
+    Take(")");
+    return node;
+  }
+
+  TTokens tokens_;
+  std::size_t at_ = 0;
+  int depth_ = 0;
+  bool known_ = true;
+};
+
+}  // namespace
+
+std::optional<TExpressionForm> ReadExpressionForm(TTokens tokens) {
+  try {
+    return TExpressionReader(tokens).Read();
+  } catch (const EVelmora&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace velmora

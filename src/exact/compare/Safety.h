@@ -1,0 +1,20 @@
+#pragma once
+
+// What a change may cost.
+
+#include <string>
+
+#include "exact/compare/Changes.h"
+#include "mysqltext/TableText.h"
+
+namespace velmora {
+
+// Why making `to` of `from` may lose data or fail on rows that are there; empty when it cannot.
+std::string UnsafeColumnChange(const TElement& from, const TTableText& target, const TElement& to,
+                               const TTableText& reference);
+// Whether the column's values stay what they are, but for their character set and what sorts them.
+bool KeepsValues(const TElement& from, const TTableText& target, const TElement& to, const TTableText& reference);
+// The same as UnsafeColumnChange for any change; used for each of CompareTableTexts already.
+std::string UnsafeChange(const TChange& change, const TTableText& target, const TTableText& reference);
+
+}  // namespace velmora

@@ -1,0 +1,417 @@
+#include "exact/compare/ServerCompletion.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
+
+#include "exact/compare/CanonicalForm.h"
+#include "exact/compare/SameExpressions.h"
+#include "exact/compare/ServerDefaults.h"
+#include "mysqltext/Charsets.h"
+#include "mysqltext/ColumnParts.h"
+#include "mysqltext/ColumnType.h"
+#include "mysqltext/ElementText.h"
+#include "mysqltext/KeyText.h"
+#include "mysqltext/Lexer.h"
+#include "mysqltext/TableOptions.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNoCharset[] =
+    "Table %s is converted to a character set, and only the target knows which one its column %s has had before";
+
+// --- Options
+
+// Of an option that is named twice the last one counts.
+void DropRepeated(std::vector<TTableOption>& options) {
+  std::vector<TTableOption> kept;
+  for (std::size_t at = 0; at < options.size(); ++at) {
+    const bool again = std::any_of(options.begin() + static_cast<std::ptrdiff_t>(at) + 1, options.end(),
+                                   [&](const TTableOption& later) { return later.name == options[at].name; });
+    if (!again) kept.push_back(std::move(options[at]));
+  }
+  options = std::move(kept);
+}
+
+void TakeOver(TTableText& table, const TTableText& counterpart, std::string_view name) {
+  const TTableOption* option = counterpart.FindOption(name);
+  if (option != nullptr && table.FindOption(name) == nullptr) table.options.push_back(*option);
+}
+
+void CompleteOptions(TTableText& table, const TTableText* counterpart) {
+  DropRepeated(table.options);
+  if (counterpart == nullptr) return;
+  TakeOver(table, *counterpart, "ENGINE");
+  if (TableCharset(table) != TCharset()) return;
+  TakeOver(table, *counterpart, "DEFAULT CHARSET");
+  TakeOver(table, *counterpart, "COLLATE");
+}
+
+// --- Columns
+
+struct TSizedType {
+  std::string_view text;
+  std::string_view blob;
+  long long bytes;
+};
+constexpr std::array<TSizedType, 4> kSizedTypes = {{{"tinytext", "tinyblob", 255},
+                                                    {"text", "blob", 65535},
+                                                    {"mediumtext", "mediumblob", 16777215},
+                                                    {"longtext", "longblob", 4294967295}}};
+
+struct TBytesType {
+  std::string_view letters;
+  std::string_view bytes;
+};
+constexpr std::array<TBytesType, 6> kBytesTypes = {{{"char", "binary"},
+                                                    {"varchar", "varbinary"},
+                                                    {"tinytext", "tinyblob"},
+                                                    {"text", "blob"},
+                                                    {"mediumtext", "mediumblob"},
+                                                    {"longtext", "longblob"}}};
+
+// A column's text in pieces: name, type with its brackets, and the attributes, some of which are taken out.
+class TColumnRewriter {
+ public:
+  TColumnRewriter(TElement& column, const TTableText& table)
+      : column_(column),
+        source_(column.text),
+        all_(Tokens(source_)),
+        tokens_(all_.data(), all_.size() - 1),
+        parts_(ReadColumnParts(tokens_)),
+        taken_(tokens_.size(), false),
+        charset_(TableCharset(table)) {
+    if (!parts_.charset.empty() || !parts_.collation.empty()) charset_ = NamedCharset(parts_.charset, parts_.collation);
+    behind_type_ = BehindType();
+    type_ = TextOf(source_, all_, 1, behind_type_);
+  }
+
+  void Complete(const TTableText& table, const TElement* counterpart, const TServerTraits& server) {
+    CompleteLetters();
+    CompleteSize();
+    CompleteMembers();
+    CompleteJson(counterpart);
+    if (changed_) Write();
+    CompleteDefault(table);
+    CompleteTimestamp(server);
+  }
+
+ private:
+  std::size_t BehindType() const {
+    std::size_t at = IsKeyword(TokenAt(tokens_, 1), "national") ? 3 : 2;
+    while (
+        at < tokens_.size() && tokens_[at].kind == EToken::Word &&
+        InList(LowerText(tokens_[at].text), {"varying", "precision", "varchar", "varbinary", "varcharacter", "char"}))
+      ++at;
+    return TokenAt(tokens_, at).Is("(") ? BehindGroup(tokens_, at) : at;
+  }
+  std::string Arguments() const {
+    if (parts_.arguments.first == parts_.arguments.last) return {};
+    return "(" + TextOf(source_, all_, parts_.arguments.first, parts_.arguments.last) + ")";
+  }
+  std::optional<long long> Length() const {
+    if (parts_.arguments.last != parts_.arguments.first + 1) return std::nullopt;
+    return TryStrToInt(std::string(tokens_[parts_.arguments.first].text));
+  }
+
+  void SetType(std::string text) {
+    type_ = std::move(text);
+    changed_ = true;
+  }
+
+  // Takes the word out of the attributes.
+  bool TakeWord(std::string_view word) {
+    for (const TTokenRange& rest : parts_.rest) {
+      if (rest.last != rest.first + 1 || !IsKeyword(tokens_[rest.first], word) || taken_[rest.first]) continue;
+      taken_[rest.first] = true;
+      return changed_ = true;
+    }
+    return false;
+  }
+
+  void TakeCharset() {
+    for (std::size_t at = behind_type_; at < tokens_.size(); ++at) {
+      const bool set = IsKeyword(tokens_[at], "character") && IsKeyword(TokenAt(tokens_, at + 1), "set");
+      const bool one = IsKeyword(tokens_[at], "charset") || IsKeyword(tokens_[at], "collate");
+      if (!set && !one) continue;
+      std::size_t last = at + (set ? 3 : 2);
+      if (TokenAt(tokens_, last - 1).Is("=")) ++last;
+      for (std::size_t gone = at; gone < std::min(last, tokens_.size()); ++gone) taken_[gone] = true;
+    }
+  }
+
+  void CompleteLetters() {
+    const bool short_national = InList(LowerText(tokens_[1].text), {"nchar", "nvarchar"});
+    if (short_national || IsKeyword(tokens_[1], "national")) {
+      charset_ = NamedCharset("utf8mb3", "");
+      const bool varies = parts_.type == "varchar" || parts_.type == "nvarchar";
+      SetType((varies ? "varchar" : "char") + Arguments() + " CHARACTER SET utf8mb3");
+    }
+    if (!IsLetterType(parts_.type)) return;
+    const bool bytes = TakeWord("byte") || charset_.charset == "binary";
+    if (TakeWord("ascii")) SetCharset("latin1");
+    if (TakeWord("unicode")) SetCharset("ucs2");
+    if (bytes && !InList(parts_.type, {"enum", "set"})) {
+      TakeCharset();
+      for (const TBytesType& row : kBytesTypes)
+        if (parts_.type == row.letters) {
+          SetType(std::string(row.bytes) + Arguments());
+          parts_.type = row.bytes;
+        }
+    } else if (IsBinary() && !charset_.charset.empty()) {
+      SetType(type_ + " COLLATE " + charset_.charset + "_bin");
+    }
+  }
+
+  void SetCharset(std::string charset) {
+    charset_ = NamedCharset(charset, "");
+    SetType(type_ + " CHARACTER SET " + charset);
+  }
+
+  // "binary" behind a type of letters asks for the set's collation by bytes.
+  bool IsBinary() { return TakeWord("binary"); }
+
+  // text(n) is the smallest type that takes as many letters.
+  void CompleteSize() {
+    const bool text = parts_.type == "text";
+    const std::optional<long long> length = Length();
+    constexpr long long kFloatDigits = 24;
+    if (length && parts_.type == "float") return SetType(*length > kFloatDigits ? "double" : "float");
+    if ((!text && parts_.type != "blob") || !length) return;
+    if (text && charset_.charset.empty()) return;
+    const long long bytes = *length * (text ? LetterBytes(charset_.charset).most : 1);
+    for (const TSizedType& row : kSizedTypes) {
+      if (bytes > row.bytes) continue;
+      type_.replace(0, type_.find(')') + 1, text ? row.text : row.blob);
+      return SetType(type_);
+    }
+  }
+
+  void CompleteMembers() {
+    if (!InList(parts_.type, {"enum", "set"})) return;
+    std::string members;
+    bool blanks = false;
+    for (std::size_t at = parts_.arguments.first; at < parts_.arguments.last; ++at) {
+      if (tokens_[at].kind != EToken::String) continue;
+      std::string member = ValueOf(tokens_[at]);
+      blanks = blanks || member.ends_with(' ');
+      member.erase(member.find_last_not_of(' ') + 1);
+      members += (members.empty() ? "" : ",") + QuotedText(member);
+    }
+    if (blanks) type_.replace(0, type_.rfind(')') + 1, parts_.type + "(" + members + ")");
+    changed_ = changed_ || blanks;
+  }
+
+  // MariaDB has texts for them, with a check.
+  void CompleteJson(const TElement* counterpart) {
+    if (parts_.type != "json" || counterpart == nullptr) return;
+    const std::string text = LowerText(counterpart->text);
+    if (text.find(" longtext ") == std::string::npos || text.find("json_valid(") == std::string::npos) return;
+    SetType("longtext CHARACTER SET utf8mb4 COLLATE utf8mb4_bin");
+    if (!parts_.check) check_ = "CHECK (json_valid(" + QuotedName(column_.name) + "))";
+  }
+
+  void Write() {
+    std::string text = QuotedName(column_.name) + " " + type_;
+    for (std::size_t at = behind_type_; at < tokens_.size(); ++at) {
+      if (taken_[at]) continue;
+      const bool apart = tokens_[at].start > tokens_[at - 1].End() || taken_[at - 1] || at == behind_type_;
+      text += (apart ? " " : "") + std::string(tokens_[at].text);
+    }
+    column_.text = check_.empty() ? text : text + " " + check_;
+  }
+
+  void CompleteDefault(const TTableText& table) {
+    const std::string text = column_.text;
+    const std::vector<TToken> all = Tokens(text);
+    const TTokens tokens(all.data(), all.size() - 1);
+    const TColumnParts parts = ReadColumnParts(tokens);
+    if (!parts.default_value) return;
+    const TTokenRange range = *parts.default_value;
+    const TColumnText column = ReadColumnText(column_, table);
+    const auto printed = PrintedDefault(column, tokens.subspan(range.first, range.last - range.first));
+    if (!printed || range.first == range.last) return;
+    const std::size_t start = tokens[range.first].start;
+    column_.text.replace(start, tokens[range.last - 1].End() - start, *printed);
+  }
+
+  // What nobody says of a timestamp. Where the server has them by themselves the first one of a table is special, which
+  // the table looks after.
+  void CompleteTimestamp(const TServerTraits& server) {
+    if (parts_.type != "timestamp" || parts_.not_null || parts_.null || parts_.generated) return;
+    if (server.explicit_timestamps) column_.text += parts_.default_value ? " NULL" : " NULL DEFAULT NULL";
+  }
+
+  TElement& column_;
+  std::string source_;
+  std::vector<TToken> all_;
+  TTokens tokens_;
+  TColumnParts parts_;
+  std::vector<bool> taken_;
+  TCharset charset_;
+  std::size_t behind_type_ = 0;
+  std::string type_;
+  std::string check_;
+  bool changed_ = false;
+};
+
+// Of servers that complete timestamps: the first one is set by each change of its row.
+void CompleteTimestamps(TTableText& table) {
+  bool first = true;
+  for (TElement& column : table.elements) {
+    if (column.kind != EElement::Column) continue;
+    const std::vector<TToken> all = Tokens(column.text);
+    const TColumnParts parts = ReadColumnParts(TTokens(all.data(), all.size() - 1));
+    if (parts.type != "timestamp" || parts.null || parts.generated) continue;
+    if (!parts.not_null) column.text += " NOT NULL";
+    if (!parts.default_value && !parts.on_update)
+      column.text +=
+          first ? " DEFAULT current_timestamp() ON UPDATE current_timestamp()" : " DEFAULT '0000-00-00 00:00:00'";
+    first = false;
+  }
+}
+
+// --- Keys
+
+long long LongestKey(const TTableText& table) {
+  constexpr long long kInnoDb = 3072;
+  constexpr long long kOldFormat = 767;
+  constexpr long long kMyIsam = 1000;
+  const std::string engine = EngineOf(table);
+  if (engine == "myisam") return kMyIsam;
+  const TTableOption* format = table.FindOption("ROW_FORMAT");
+  const bool old = format != nullptr && InList(LowerText(format->value), {"compact", "redundant"});
+  return old ? kOldFormat : kInnoDb;
+}
+
+bool IsBlob(std::string_view type) {
+  return std::any_of(kSizedTypes.begin(), kSizedTypes.end(),
+                     [&](auto& row) { return row.text == type || row.blob == type; });
+}
+
+// The bytes of the longest value, as far as keys ask for it; 0 for types that are never cut.
+long long BytesOf(const TColumnText& column) {
+  for (const TSizedType& row : kSizedTypes)
+    if (column.type == row.text || column.type == row.blob) return row.bytes;
+  if (!InList(column.type, {"char", "varchar", "binary", "varbinary"})) return 0;
+  return column.Length().value_or(1) * LetterBytes(column.charset.charset).most;
+}
+
+std::string CutPart(const TKeyPart& part, const TColumnText& column, bool unique, long long longest) {
+  const long long letter = column.HasLetters() ? LetterBytes(column.charset.charset).most : 1;
+  const long long bytes = BytesOf(column);
+  if (bytes == 0) return part.text;
+  const bool blob = IsBlob(column.type);
+  if (unique && part.length == 0) return part.text;
+  // Deliberate: a long text may have as many letters in a key as it has bytes.
+  const long long letters = blob ? bytes : bytes / letter;
+  const long long length = std::min({part.length > 0 ? part.length : letters, letters, longest / letter});
+  const std::vector<TToken> all = Tokens(part.text);
+  const std::size_t behind = TokenAt(all, 1).Is("(") ? BehindGroup(all, 1) : 1;
+  const std::string rest = behind + 1 < all.size() ? " " + TextOf(part.text, all, behind, all.size() - 1) : "";
+  const bool whole = !blob && length * letter >= bytes;
+  return QuotedName(part.column) + (whole ? "" : Format("(%d)", length)) + rest;
+}
+
+void CutKey(TElement& key, const TTableText& table) {
+  if (key.kind == EElement::FulltextKey || key.kind == EElement::SpatialKey) return;
+  const std::vector<TKeyPart> parts = KeyParts(key);
+  std::string list;
+  for (const TKeyPart& part : parts) {
+    const TElement* column = part.column.empty() ? nullptr : table.Find(EElement::Column, part.column);
+    const bool unique = key.kind != EElement::Key;
+    const std::string text =
+        column == nullptr ? part.text : CutPart(part, ReadColumnText(*column, table), unique, LongestKey(table));
+    list += (list.empty() ? "" : ",") + text;
+  }
+  const std::vector<TToken> all = Tokens(key.text);
+  std::size_t open = 0;
+  while (open + 1 < all.size() && !all[open].Is("(")) ++open;
+  const std::size_t close = BehindGroup(all, open);
+  if (parts.empty() || close >= all.size()) return;
+  key.text = key.text.substr(0, all[open].End()) + list + key.text.substr(all[close - 1].start);
+}
+
+// The column's text without the tokens that `gone` marks, and `added` before its attributes' end: a check stays last.
+std::string Rewritten(const std::string& text, TTokens tokens, const std::vector<bool>& gone,
+                      const std::string& added) {
+  std::string result;
+  bool inserted = added.empty();
+  for (std::size_t at = 0; at < tokens.size(); ++at) {
+    if (!inserted && at > 1 && IsKeyword(tokens[at], "check")) {
+      result += " " + added;
+      inserted = true;
+    }
+    if (gone[at]) continue;
+    const bool apart = at > 0 && (tokens[at].start > tokens[at - 1].End() || gone[at - 1]);
+    result += (apart ? " " : "") + text.substr(tokens[at].start, tokens[at].text.size());
+  }
+  return inserted ? result : result + " " + added;
+}
+
+}  // namespace
+
+void SetColumnDefault(TElement& column, const std::string& value) {
+  const std::string text = column.text;
+  const std::vector<TToken> all = Tokens(text);
+  const TTokens tokens(all.data(), all.size() - 1);
+  const TColumnParts parts = ReadColumnParts(tokens);
+  std::vector<bool> gone(tokens.size(), false);
+  if (parts.default_value)
+    for (std::size_t at = parts.default_value->first - 1; at < parts.default_value->last; ++at) gone[at] = true;
+  column.text = Rewritten(text, tokens, gone, value.empty() ? "" : "DEFAULT " + value);
+}
+
+void ConvertColumn(TElement& column, const TTableText& before, const std::vector<TTableOption>& options) {
+  const TColumnText had = ReadColumnText(column, before);
+  if (!had.HasLetters() || had.charset.charset == "binary") return;
+  TTableText after;
+  after.options = options;
+  const std::string text = column.text;
+  const std::vector<TToken> all = Tokens(text);
+  const TTokens tokens(all.data(), all.size() - 1);
+  std::vector<bool> gone(tokens.size(), false);
+  for (std::size_t at = 1; at < tokens.size(); ++at) {
+    const bool set = IsKeyword(tokens[at], "character") && IsKeyword(TokenAt(tokens, at + 1), "set");
+    if (!set && !IsKeyword(tokens[at], "charset") && !IsKeyword(tokens[at], "collate")) continue;
+    std::size_t last = at + (set ? 3 : 2);
+    if (TokenAt(tokens, last - 1).Is("=")) ++last;
+    for (; at < std::min(last, tokens.size()); ++at) gone[at] = true;
+    --at;
+  }
+  column.text = Rewritten(text, tokens, gone, "");
+  const auto row = std::find_if(kSizedTypes.begin(), kSizedTypes.end(), [&](auto& r) { return r.text == had.type; });
+  if (row == kSizedTypes.end()) return;
+  if (had.charset == TCharset()) RaiseError(Format(kNoCharset, before.name, column.name));
+  const long long bytes =
+      row->bytes / LetterBytes(had.charset.charset).most * LetterBytes(TableCharset(after).charset).most;
+  for (const TSizedType& size : kSizedTypes) {
+    if (bytes > size.bytes && size.text != "longtext") continue;
+    if (bytes <= row->bytes) return;
+    const std::vector<TToken> now = Tokens(column.text);
+    column.text.replace(now[1].start, now[1].text.size(), size.text);
+    return;
+  }
+}
+
+void CompleteTable(TTableText& table, const TTableText* counterpart, const TServerTraits& server) {
+  CompleteOptions(table, counterpart);
+  for (TElement& element : table.elements) {
+    if (element.kind != EElement::Column) continue;
+    const TElement* there = counterpart == nullptr ? nullptr : counterpart->Find(EElement::Column, element.name);
+    TColumnRewriter(element, table).Complete(table, there, server);
+  }
+  if (!server.explicit_timestamps) CompleteTimestamps(table);
+  SettleTable(table);
+  for (TElement& element : table.elements)
+    if (IsKey(element.kind)) CutKey(element, table);
+  if (counterpart != nullptr) AdoptExpressions(table, *counterpart);
+}
+
+}  // namespace velmora

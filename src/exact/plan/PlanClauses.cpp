@@ -1,0 +1,379 @@
+#include "exact/plan/PlanClauses.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "exact/compare/CanonicalForm.h"
+#include "exact/plan/PlanPartitions.h"
+#include "mysqltext/ColumnType.h"
+#include "mysqltext/ElementText.h"
+#include "mysqltext/KeyText.h"
+#include "mysqltext/Lexer.h"
+#include "mysqltext/TableOptions.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+bool IsForeignKeyChange(const TChange& change) {
+  return change.kind == EElement::ForeignKey &&
+         (change.action == saAddConstraint || change.action == saModifyConstraint || change.action == saDropConstraint);
+}
+bool IsColumnChange(const TChange& change) {
+  return change.action == saAddColumn || change.action == saModifyColumn || change.action == saDropColumn;
+}
+bool IsPartitionChange(const TChange& change) {
+  return change.action == saChangeTableType && change.options.empty() && change.item == "partitioning";
+}
+bool SetsOption(const TChange& change, std::string_view name) {
+  return std::any_of(change.options.begin(), change.options.end(),
+                     [name](const TTableOption& option) { return option.name == name; });
+}
+
+// --- Texts
+
+std::string DropText(EElement kind, const std::string& name) {
+  switch (kind) {
+    case EElement::PrimaryKey:
+      return "drop primary key";
+    case EElement::ForeignKey:
+      return "drop foreign key " + QuotedName(name);
+    case EElement::Check:
+      return "drop constraint " + QuotedName(name);
+    case EElement::Period:
+      return "drop period for " + QuotedName(name);
+    default:
+      return "drop key " + QuotedName(name);
+  }
+}
+
+std::string Subject(const TChange& change) {
+  switch (change.action) {
+    case saCreateTable:
+    case saDropTable:
+      return "table " + change.table;
+    case saChangeTableType:
+      return change.item;
+    case saAddKey:
+    case saModifyKey:
+    case saDropKey:
+      return "key " + change.item;
+    case saAddConstraint:
+    case saModifyConstraint:
+    case saDropConstraint:
+      return "constraint " + change.item;
+    default:
+      return "column " + change.item;
+  }
+}
+
+void TAlter::Force() {
+  constexpr const char* kForce = "force";
+  if (std::find(clauses_.begin(), clauses_.end(), kForce) == clauses_.end()) Clause(kForce);
+}
+
+void TAlter::Serves(const TChange& change) {
+  auto& ids = statement_.actions;
+  if (std::find(ids.begin(), ids.end(), change.id) == ids.end()) ids.push_back(change.id);
+}
+
+void TAlter::Makes(const TChange& change) {
+  Serves(change);
+  if (!change.unsafe.empty()) statement_.unsafe.push_back(Subject(change) + ": " + change.unsafe);
+}
+
+void TAlter::MoveTo(std::vector<TPlanStatement>& plan) {
+  if (clauses_.empty() && end_.empty()) return;
+  const bool one_line = clauses_.size() + (end_.empty() ? 0 : 1) == 1;
+  const char* gap = one_line ? " " : "\n  ";
+  statement_.text = "alter table " + QuotedName(table_);
+  for (std::size_t i = 0; i < clauses_.size(); ++i) statement_.text += (i == 0 ? "" : ",") + (gap + clauses_[i]);
+  if (!end_.empty()) statement_.text += gap + end_;
+  statement_.table = table_;
+  plan.push_back(std::move(statement_));
+}
+
+// --- Columns
+
+// Servers do not turn a computed column into a stored one or back, nor some types into others. The column's keys stay
+// with it.
+bool IsReplaced(const TChange& change, const TTableWork& work) {
+  if (change.action != saModifyColumn || change.moved_only || work.reference == nullptr) return false;
+  const TColumnText from = ReadColumnText({EElement::Column, change.item, change.old_text}, *work.target);
+  const TColumnText to = ReadColumnText({EElement::Column, change.item, change.new_text}, *work.reference);
+  const auto is_virtual = [](const TColumnText& column) { return column.generated && !column.stored; };
+  return is_virtual(from) != is_virtual(to) || !Converts(from, to);
+}
+
+namespace {
+
+// The column clauses of one table. What is placed stands in the order of the reference, so that the column before it
+// is already there.
+class TColumnClauses {
+ public:
+  explicit TColumnClauses(const TTableWork& work);
+  void AddTo(TAlter& alter) const;
+
+ private:
+  std::string Text(const TChange& change) const;
+  std::string Place(const TChange& change) const;
+  std::size_t Position(const TChange& change) const;
+
+  const TTableWork& work_;
+  std::vector<const TChange*> changes_;
+  std::vector<std::string> order_;  // names of the reference's columns
+  std::unordered_map<std::string, std::size_t> positions_;
+  std::unordered_set<std::string> there_;  // what the table has when the statement ran
+  bool inherits_ = true;                   // the table will hand down what the reference's does
+};
+
+TColumnClauses::TColumnClauses(const TTableWork& work) : work_(work) {
+  bool sets_charset = false;
+  for (const TChange* change : work.changes) {
+    if (IsColumnChange(*change)) changes_.push_back(change);
+    if (SetsOption(*change, "DEFAULT CHARSET") || SetsOption(*change, "COLLATE")) sets_charset = true;
+  }
+  if (changes_.empty() || work.reference == nullptr) return;
+  inherits_ = sets_charset || SameCharset(TableCharset(*work.reference), TableCharset(*work.target));
+  for (const auto& element : work.reference->elements) {
+    if (element.kind != EElement::Column) continue;
+    positions_.emplace(LowerText(element.name), order_.size());
+    order_.push_back(element.name);
+  }
+  for (const auto& element : work.target->elements)
+    if (element.kind == EElement::Column) there_.insert(LowerText(element.name));
+  for (const TChange* change : changes_)
+    if (change->action == saAddColumn) there_.insert(LowerText(change->item));
+  std::stable_sort(changes_.begin(), changes_.end(),
+                   [this](const TChange* a, const TChange* b) { return Position(*a) < Position(*b); });
+}
+
+std::size_t TColumnClauses::Position(const TChange& change) const {
+  const auto position = positions_.find(LowerText(change.item));
+  return position == positions_.end() ? 0 : position->second;
+}
+
+std::string TColumnClauses::Text(const TChange& change) const {
+  if (inherits_) return change.new_text;
+  return PinnedColumnText({EElement::Column, change.item, change.new_text}, *work_.reference, *work_.target);
+}
+
+// Behind the nearest column before it that the table will have: one that was to come may have been struck out.
+std::string TColumnClauses::Place(const TChange& change) const {
+  for (std::size_t i = Position(change); i > 0; --i)
+    if (there_.contains(LowerText(order_[i - 1]))) return " after " + QuotedName(order_[i - 1]);
+  return " first";
+}
+
+void TColumnClauses::AddTo(TAlter& alter) const {
+  for (const TChange* change : changes_) {
+    const bool drops = change->action == saDropColumn;
+    if (drops || IsReplaced(*change, work_)) alter.Clause("drop column " + QuotedName(change->item));
+    if (drops) alter.Makes(*change);
+  }
+  for (const TChange* change : changes_) {
+    if (change->action == saDropColumn) continue;
+    if (change->action == saAddColumn || IsReplaced(*change, work_))
+      alter.Clause("add column " + Text(*change) + Place(*change));
+    else
+      alter.Clause("modify column " + Text(*change) + (change->after ? Place(*change) : ""));
+    alter.Makes(*change);
+  }
+}
+
+// Servers print "?" for letters of four bytes, so that members which look the same may be others.
+bool MayHaveOtherMembers(const TColumnText& column) {
+  return std::any_of(column.arguments.begin(), column.arguments.end(),
+                     [](const std::string& member) { return member.find('?') != std::string::npos; });
+}
+
+}  // namespace
+
+bool DisturbsForeignKeys(const TChange& change, const TTableWork& work) {
+  if (change.action != saModifyColumn || change.moved_only || work.reference == nullptr) return false;
+  const TColumnText from = ReadColumnText({EElement::Column, change.item, change.old_text}, *work.target);
+  const TColumnText to = ReadColumnText({EElement::Column, change.item, change.new_text}, *work.reference);
+  return from.type != to.type || from.arguments != to.arguments || from.is_unsigned != to.is_unsigned ||
+         from.zerofill != to.zerofill || from.not_null != to.not_null || from.auto_increment != to.auto_increment ||
+         from.charset != to.charset || from.generated != to.generated || from.stored != to.stored ||
+         MayHaveOtherMembers(to);
+}
+
+void AddColumnClauses(const TTableWork& work, TAlter& alter) { TColumnClauses(work).AddTo(alter); }
+
+// --- What columns take along
+
+namespace {
+
+// Whether servers refuse the change while a check reads the column: they let go of none, even if it comes again in the
+// same statement, and go on computing it from columns that it may no longer be computed of.
+bool DisturbsChecks(const TChange& change, const TTableWork& work) {
+  if (IsReplaced(change, work)) return true;
+  if (change.action != saModifyColumn || change.moved_only) return false;
+  return ReadColumnText({EElement::Column, change.item, change.old_text}, *work.target).generated.has_value();
+}
+
+// Keys keep the lengths that they had, which need not be ones of the new type.
+bool DisturbsKeys(const TChange& change, const TTableWork& work) {
+  if (!IsReplaced(change, work)) return false;
+  const TColumnText from = ReadColumnText({EElement::Column, change.item, change.old_text}, *work.target);
+  const TColumnText to = ReadColumnText({EElement::Column, change.item, change.new_text}, *work.reference);
+  return from.type != to.type || from.arguments != to.arguments;
+}
+
+// A table in memory keeps the directions of its keys, but does not print them: another engine then would.
+bool BringsDirections(const TChange& change, const TTableWork& work) {
+  return SetsOption(change, "ENGINE") && EngineOf(*work.target) == "memory";
+}
+
+bool Disturbs(const TChange& change, const TElement& element, const TTableWork& work) {
+  const bool is_check = element.kind == EElement::Check;
+  if (!is_check && BringsDirections(change, work)) return true;
+  if (is_check ? !DisturbsChecks(change, work) : !DisturbsKeys(change, work)) return false;
+  const auto tokens = Tokens(element.text);
+  return std::any_of(tokens.begin(), tokens.end(),
+                     [&change](const TToken& token) { return IsName(token) && SameText(NameOf(token), change.item); });
+}
+
+// A key as columns that are dropped leave it; empty for one that goes with them.
+std::string RemainingText(TElement key, const TTableWork& work) {
+  for (const TChange* change : work.changes)
+    if (change->action == saDropColumn && !key.text.empty()) key.text = KeyTextWithout(key, change->item);
+  return key.text;
+}
+
+}  // namespace
+
+void RenewElements(const TTableWork& work, TAlter& alter) {
+  for (const TElement& element : work.target->elements) {
+    const bool is_check = element.kind == EElement::Check;
+    if ((!is_check && !IsKey(element.kind)) || element.name.empty()) continue;
+    const auto changes = [&element, is_check](const TChange* change) {
+      const bool same_kind = is_check ? change->kind == EElement::Check : IsKey(change->kind);
+      return same_kind && SameText(change->item, element.name);
+    };
+    if (std::any_of(work.changes.begin(), work.changes.end(), changes)) continue;
+    bool renewed = false;
+    for (const TChange* change : work.changes) {
+      if (!Disturbs(*change, element, work)) continue;
+      alter.Serves(*change);
+      renewed = true;
+    }
+    if (!renewed) continue;
+    alter.Clause(DropText(element.kind, element.name));
+    alter.Clause("add " + (is_check ? element.text : RemainingText(element, work)));
+  }
+}
+
+// --- Keys and checks
+
+namespace {
+
+std::string BlockSize(const std::string& key_text) {
+  const auto tokens = Tokens(key_text);
+  for (std::size_t at = 0; at < tokens.size(); ++at) {
+    if (!IsKeyword(tokens[at], "key_block_size")) continue;
+    return std::string(TokenAt(tokens, TokenAt(tokens, at + 1).Is("=") ? at + 2 : at + 1).text);
+  }
+  return "";
+}
+
+TElement ElementOf(const TChange& change) { return {change.kind, change.item, change.old_text}; }
+
+bool IsDisturbed(const TElement& element, const TTableWork& work) {
+  return std::any_of(work.changes.begin(), work.changes.end(),
+                     [&](const TChange* change) { return Disturbs(*change, element, work); });
+}
+
+}  // namespace
+
+// Servers take a key that goes and comes again in one statement for the same one where only its use or block size
+// differs, and leave it as it was, unless the table is made anew. For the use alone there is a clause that costs
+// nothing.
+void ChangeElement(const TChange& change, const TTableWork& work, TAlter& alter) {
+  alter.Makes(change);
+  const bool is_new = change.old_text.empty();
+  if (IsKey(change.kind) && !is_new && !change.new_text.empty()) {
+    const TKeyUse had = SplitKeyUse(change.old_text);
+    const TKeyUse has = SplitKeyUse(change.new_text);
+    if (had.text == has.text && had.word != has.word && !IsDisturbed(ElementOf(change), work)) {
+      const std::string used = had.word == "ignored" ? "not ignored" : "visible";
+      alter.Clause("alter index " + QuotedName(change.item) + " " + (has.word.empty() ? used : has.word));
+      return;
+    }
+    if (had.word != has.word || BlockSize(had.text) != BlockSize(has.text)) alter.Force();
+  }
+  if (!is_new) alter.Clause(DropText(change.kind, change.item));
+  if (!change.new_text.empty()) alter.Clause("add " + change.new_text);
+}
+
+// --- Options
+
+namespace {
+
+bool IsOptionsChange(const TChange& change) { return change.action == saChangeTableType && !change.options.empty(); }
+// Aria's own default is named once a table was partitioned or changed, and is not forgotten in the statement that
+// leaves the engine or partitions the table.
+constexpr std::string_view kOutlivesEngine = "PAGE_CHECKSUM";
+
+bool NamesOnLeaving(const TTableWork& work) {
+  return EngineOf(*work.target) == "aria" && work.target->FindOption(kOutlivesEngine) == nullptr &&
+         RemovesPartitioning(work);
+}
+
+}  // namespace
+
+void SetOptions(const TTableWork& work, TAlter& alter, TAlter& later) {
+  const auto set_later = [&later](const TChange& change, const TTableOption& option) {
+    later.Clause(OptionText(option));
+    later.Serves(change);
+  };
+  for (const TChange* change : work.changes) {
+    if (!IsOptionsChange(*change)) continue;
+    const bool leaves = SetsOption(*change, "ENGINE");
+    const TChange* partitioning = PartitionChange(work);
+    const bool partitions = partitioning != nullptr && !partitioning->new_text.empty();
+    if (leaves && NamesOnLeaving(work)) set_later(*change, {std::string(kOutlivesEngine), "DEFAULT"});
+    std::string options;
+    for (const auto& option : change->options)
+      if (option.name == kOutlivesEngine && (leaves || partitions))
+        set_later(*change, option);
+      else
+        options += (options.empty() ? "" : " ") + OptionText(option);
+    if (!options.empty()) alter.Clause(options);
+    alter.Makes(*change);
+  }
+}
+
+// --- Keys by hash
+
+namespace {
+
+bool UsesHash(const TElement& key) {
+  if (key.kind != EElement::UniqueKey) return false;
+  const auto tokens = Tokens(key.text);
+  for (std::size_t at = 0; at + 1 < tokens.size(); ++at)
+    if (IsKeyword(tokens[at], "using") && IsKeyword(tokens[at + 1], "hash")) return true;
+  return false;
+}
+
+}  // namespace
+
+std::vector<TElement> HashKeys(const TTableWork& work) {
+  std::vector<TElement> keys;
+  const auto add = [&keys](const TElement& key) {
+    if (!key.text.empty() && UsesHash(key)) keys.push_back(key);
+  };
+  const TTableText& table = work.target != nullptr ? *work.target : *work.reference;
+  for (const TElement& key : table.elements) {
+    const bool changes = std::any_of(work.changes.begin(), work.changes.end(), [&key](const TChange* change) {
+      return IsKey(change->kind) && SameText(change->item, key.name);
+    });
+    if (!changes && UsesHash(key)) add({key.kind, key.name, RemainingText(key, work)});
+  }
+  for (const TChange* change : work.changes) add({change->kind, change->item, change->new_text});
+  return keys;
+}
+
+}  // namespace velmora

@@ -1,0 +1,80 @@
+#pragma once
+
+// What an "alter table" of the plan is put together from: the clauses that changes of one table need.
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "exact/compare/Changes.h"
+#include "exact/plan/Plan.h"
+
+namespace velmora {
+
+// A foreign key that does not change itself, and the changes that cannot be made while it is there.
+struct TObstacle {
+  const TElement* key = nullptr;
+  std::vector<const TChange*> causes;
+};
+
+struct TTableWork {
+  std::string name;
+  const TTableText* reference = nullptr;  // null for a side without the table
+  const TTableText* target = nullptr;
+  std::vector<const TChange*> changes;
+  std::vector<TObstacle> obstacles;
+};
+
+bool IsForeignKeyChange(const TChange& change);
+bool IsColumnChange(const TChange& change);
+bool IsPartitionChange(const TChange& change);
+bool SetsOption(const TChange& change, std::string_view name);
+
+std::string DropText(EElement kind, const std::string& name);  // "drop key `k`"
+std::string Subject(const TChange& change);                    // "key k"
+
+// An "alter table" as it grows; it may stay empty.
+class TAlter {
+ public:
+  explicit TAlter(std::string table) : table_(std::move(table)) {}
+
+  void Clause(std::string text) { clauses_.push_back(std::move(text)); }
+  // For all clauses together, once.
+  void Force();
+  void AtEnd(std::string text) { end_ = std::move(text); }
+  void Serves(const TChange& change);
+  // For the statement that does what the change is about, as against those that clear its way.
+  void Makes(const TChange& change);
+  // Adds the statement to the plan; an empty one is none.
+  void MoveTo(std::vector<TPlanStatement>& plan);
+
+ private:
+  std::string table_;
+  std::vector<std::string> clauses_;
+  std::string end_;
+  TPlanStatement statement_;
+};
+
+// Whether the column goes and comes again, as what the change makes of it cannot be made of it in place.
+bool IsReplaced(const TChange& change, const TTableWork& work);
+
+// The clauses for a key, check or period.
+void ChangeElement(const TChange& change, const TTableWork& work, TAlter& alter);
+
+// Whether a foreign key on the column has to be away for the change. Servers take new defaults and comments as it is.
+bool DisturbsForeignKeys(const TChange& change, const TTableWork& work);
+
+// The clauses for columns, each where it can be followed.
+void AddColumnClauses(const TTableWork& work, TAlter& alter);
+
+// Keys and checks that stay, but have to go and come again in the statement because of what columns become.
+void RenewElements(const TTableWork& work, TAlter& alter);
+
+// The clause for options; what has to wait for the statement goes to one behind it.
+void SetOptions(const TTableWork& work, TAlter& alter, TAlter& later);
+
+// The unique keys by hash that the table has once its changes are made.
+std::vector<TElement> HashKeys(const TTableWork& work);
+
+}  // namespace velmora

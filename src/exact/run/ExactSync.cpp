@@ -1,0 +1,202 @@
+#include "exact/run/ExactSync.h"
+
+#include "exact/plan/PlanApply.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+#include "core/CreationTexts.h"
+#include "core/Host.h"
+#include "sync/CaseTwins.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNoReference[] = "There is no reference database";
+constexpr char kNoTarget[] = "There is no target database";
+constexpr char kSkipped[] = "Skipped: table %s, %s: %s";
+constexpr char kStatement[] = "Not followed: %s";
+constexpr char kOtherObject[] = "Not the same: %s %s: %s";
+constexpr char kTakenAsEqual[] = "Taken as equal: %s (%d)";
+constexpr char kVerified[] = "Verified: %s";
+constexpr char kNotVerified[] = "Not verified: %d differences left";
+constexpr char kNotFollowed[] = "Not verified: %s";
+constexpr char kNotProved[] = "Not verified: how the server takes the script beside table %s, which is skipped";
+
+TDBConn& Side(const std::unique_ptr<TDBConn>& conn, const char* missing) {
+  if (conn == nullptr) RaiseError(missing);
+  return *conn;
+}
+
+void ConnectAnew(TDBConn& conn) {
+  auto* texts = dynamic_cast<TCreationTexts*>(&conn);
+  if (texts != nullptr && !conn.GetConnected()) texts->PrepareExactTexts();
+  conn.Reconnect();
+  if (texts != nullptr) texts->PrepareExactTexts();
+}
+
+// Scripts have CR LF at their ends of lines, within statements too.
+std::string AsSent(const std::string& statement) {
+  return StrReplace(StrReplace(statement, "\r\n", "\n"), "\n", "\r\n");
+}
+
+std::string TextOf(const std::map<std::string, std::string>& texts, const std::string& table) {
+  const auto found = texts.find(table);
+  return found == texts.end() ? std::string() : found->second;
+}
+
+// With the table's name in front, unless the text has it.
+std::string LogLine(const TChange& change) {
+  const bool named = change.action == saChangeTableType || SyncAction(change.action).WholeTable();
+  return named ? change.LogText() : change.table + ": " + change.LogText();
+}
+
+}  // namespace
+
+TExactSync::TExactSync(TTaskConnections& connections, TdmData& data, TActionTree& tree, TProgress& progress,
+                       TMessageLog& log)
+    : connections_(connections), data_(data), tree_(tree), progress_(progress), log_(log) {}
+
+void TExactSync::Compare() {
+  TDBConn& reference = Side(connections_.reference, kNoReference);
+  TDBConn& target = Side(connections_.target, kNoTarget);
+  Forget();
+  RunGuarded(
+      [&] {
+        tree_.BeginUpdate();
+        progress_.ShowSimple("Connecting...");
+        ConnectAnew(reference);
+        ConnectAnew(target);
+        ReadPair(reference, target, Collations, progress_, table_under_way_, read_);
+        table_under_way_.clear();
+        case_twins_ = velmora::CaseTwins(reference, target);
+        CompareSchemas(target);
+        Prove();
+        FillLog();
+        log_.LogLine("Done.");
+      },
+      [&] {
+        target_lost_ = !target.GetConnected();
+        tree_.EndUpdate();
+        progress_.Finish();
+      });
+}
+
+void TExactSync::Forget() {
+  data_.mtActions.Clear();
+  ActionLog.clear();
+  Equivalences.ResetCounts();
+  read_ = {};
+  case_twins_.clear();
+  changes_.clear();
+  plan_.clear();
+  proof_.clear();
+  differences_left_ = 0;
+  table_under_way_.clear();
+  target_lost_ = false;
+}
+
+void TExactSync::CompareSchemas(TDBConn& target) {
+  progress_.SetTitle("Comparing tables...");
+  Host().ProcessMessages();
+  changes_ = SchemaChanges(read_.reference.schema, read_.target.schema, Equivalences);
+  MarkUnknownCollations(target, read_.target.texts, changes_);
+  for (TChange& change : changes_) {
+    const TActionRow& row = data_.mtActions.Append(change.action, change.table, change.item, change.Description());
+    change.id = row.id;
+    tree_.AddToTree(change.action, change.table, row.id, change.LogText());
+  }
+}
+
+// The others were just found to be equal, and stay as they are.
+TTableNames TExactSync::TouchedTables() const {
+  TTableNames tables;
+  for (const TChange& change : changes_) tables.insert(change.table);
+  for (const TPlanStatement& statement : plan_) tables.insert(statement.table);
+  return tables;
+}
+
+// Every statement is read again from its text, so that what is proved is what will run.
+void TExactSync::Prove() {
+  if (changes_.empty()) return;
+  plan_ = MakePlan(changes_, read_.reference.schema, read_.target.schema);
+  const TTableNames touched = TouchedTables();
+  TSchema after;
+  for (const TTableText& table : read_.target.schema.Tables())
+    if (touched.contains(table.name)) after.Add(table);
+  for (const TPlanStatement& statement : plan_) {
+    try {
+      ApplyStatement(AsSent(statement.text), after);
+    } catch (const EVelmora& error) {
+      proof_.push_back(Format(kNotFollowed, error.what()));
+    }
+  }
+  TEquivalenceUse use = Equivalences;
+  const std::vector<TChange> left = SchemaChanges(read_.reference.schema, after, use, &touched);
+  differences_left_ = static_cast<int>(left.size());
+  proof_.push_back(left.empty() ? Format(kVerified, NothingLeft()) : Format(kNotVerified, left.size()));
+  for (const TChange& change : left) proof_.push_back("  " + change.table + ": " + change.LogText());
+  for (const TSkippedTable& skipped : read_.skipped) proof_.push_back(Format(kNotProved, skipped.table));
+}
+
+void TExactSync::FillLog() {
+  ActionLog = case_twins_;
+  ActionLog.insert(ActionLog.end(), read_.left_alone.begin(), read_.left_alone.end());
+  for (const TObjectDifference& object : read_.objects)
+    ActionLog.push_back(Format(kOtherObject, object.kind, object.name, object.difference));
+  for (const std::string& statement : read_.not_followed) ActionLog.push_back(Format(kStatement, statement));
+  for (const TSkippedTable& skipped : read_.skipped)
+    ActionLog.push_back(Format(kSkipped, skipped.table, skipped.side, skipped.reason));
+  for (const TChange& change : changes_) ActionLog.push_back(LogLine(change));
+  for (const TEquivalence& row : velmora::Equivalences())
+    if (const int count = Equivalences.Count(row.id); count > 0)
+      ActionLog.push_back(Format(kTakenAsEqual, std::string(row.name), count));
+  ActionLog.insert(ActionLog.end(), proof_.begin(), proof_.end());
+}
+
+std::string TExactSync::NothingLeft() const {
+  return std::string("0 differences left") + (read_.skipped.empty() ? "" : " in the tables that were compared");
+}
+
+bool TExactSync::TablesIdentical() const {
+  return data_.mtActions.Empty() && read_.skipped.empty() && read_.not_followed.empty();
+}
+
+bool TExactSync::Identical() const { return TablesIdentical() && read_.objects.empty(); }
+
+std::vector<TRowFinding> TExactSync::CheckRows(int seconds) {
+  TDBConn& target = Side(connections_.target, kNoTarget);
+  return AskRows(RowQuestions(Changes(), read_.reference.schema, read_.target.schema), target, seconds);
+}
+
+std::vector<TChange> TExactSync::Changes() const {
+  std::vector<TChange> left;
+  std::copy_if(changes_.begin(), changes_.end(), std::back_inserter(left),
+               [this](const TChange& change) { return data_.mtActions.Find(change.id) != nullptr; });
+  return left;
+}
+
+std::vector<TPlanStatement> TExactSync::Plan() const {
+  const std::vector<TChange> left = Changes();
+  if (left.size() == changes_.size()) return plan_;
+  return MakePlan(left, read_.reference.schema, read_.target.schema);
+}
+
+// A script may drop what it has made.
+bool TExactSync::ReferenceIsEmpty() const {
+  const auto& skipped = read_.skipped;
+  return read_.reference.texts.empty() && std::none_of(skipped.begin(), skipped.end(), [](const TSkippedTable& table) {
+           return table.side == "reference";
+         });
+}
+
+std::string TExactSync::ReferenceText(const std::string& table) const { return TextOf(read_.reference.texts, table); }
+
+std::string TExactSync::TargetText(const std::string& table) const { return TextOf(read_.target.texts, table); }
+
+}  // namespace velmora

@@ -1,0 +1,95 @@
+#pragma once
+
+// The comparison of the exact dialect: reads creation texts without loss, compares element by element, plans one
+// "alter table" per table, and proves the plan in memory before anybody runs it.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "exact/compare/Changes.h"
+#include "exact/compare/Collations.h"
+#include "exact/plan/Plan.h"
+#include "exact/run/PairReader.h"
+#include "exact/run/RowChecks.h"
+#include "exact/run/ScratchDatabase.h"
+#include "sync/ActionTree.h"
+#include "sync/Data.h"
+#include "sync/MessageLog.h"
+#include "sync/Progress.h"
+#include "sync/ScriptEditor.h"
+#include "sync/TaskConnections.h"
+#include "util/Clock.h"
+
+namespace velmora {
+
+class TExactSync {
+ public:
+  // All outlive this object.
+  TExactSync(TTaskConnections& connections, TdmData& data, TActionTree& tree, TProgress& progress, TMessageLog& log);
+
+  TStringList ActionLog;  // names alike but for case, objects that are left alone, those that differ, tables that could
+                          // not be read, actions, equivalences, proof
+  TEquivalenceUse Equivalences;
+  TCollationMap Collations;  // names of the reference that the target has others for
+
+  // Reconnects both sides, reads every table that either lists, compares, and fills the action rows and the tree. A
+  // table that cannot be read is skipped and named; the result is then not identical. Raises what the connections
+  // raise, and for a side that gives no creation texts.
+  void Compare();
+  void Forget();  // what was compared last
+
+  bool TablesIdentical() const;  // no action, and nothing was skipped or not followed
+  bool Identical() const;        // and no other object differs
+  const std::vector<TSkippedTable>& Skipped() const { return read_.skipped; }
+  const TStringList& CaseTwins() const { return case_twins_; }           // see sync/CaseTwins.h
+  const TStringList& NotFollowed() const { return read_.not_followed; }  // statements of a script, with the reason
+  const TStringList& LeftAlone() const { return read_.left_alone; }      // a line for each object that is not handled
+  const std::vector<TObjectDifference>& Objects() const { return read_.objects; }
+  std::vector<TChange> Changes() const;  // those whose rows are still there
+  std::vector<TPlanStatement> Plan() const;
+  int DifferencesLeft() const { return differences_left_; }  // by the proof, for the whole plan
+  std::string NothingLeft() const;  // what a proof says that leaves none: a skipped table is in no proof
+  const std::string& TableUnderWay() const { return table_under_way_; }
+  // Of the last comparison: nothing of the reference was read, nor skipped.
+  bool ReferenceIsEmpty() const;
+  bool TargetLost() const { return target_lost_; }
+
+  // Writes the script of the rows that are left: header as "-- " comments, reasons of what is unsafe as comments,
+  // statements, foreign key checks put back to what they were.
+  void GenerateScript(TScriptEditor& editor, const TClock& clock) const;
+
+  // Creation texts of a table as both servers print them; empty for a side without the table.
+  std::string ReferenceText(const std::string& table) const;
+  std::string TargetText(const std::string& table) const;
+
+  // Asks the target's server what its rows say to the changes that are left; see AskRows.
+  std::vector<TRowFinding> CheckRows(int seconds);
+
+  // Does the proof for real: makes the target's structure in a scratch database of its server, runs the plan there,
+  // compares, and removes the database in every case. Gives the differences left. Raises beforehand where a table of
+  // the target could not be read.
+  int VerifyOnServer(const TScratchPorts& ports = {});
+
+ private:
+  void CompareSchemas(TDBConn& target);
+  void Prove();
+  TTableNames TouchedTables() const;
+  void FillLog();
+
+  TTaskConnections& connections_;
+  TdmData& data_;
+  TActionTree& tree_;
+  TProgress& progress_;
+  TMessageLog& log_;
+  TReadPair read_;
+  TStringList case_twins_;
+  std::vector<TChange> changes_;
+  std::vector<TPlanStatement> plan_;  // of all of them
+  TStringList proof_;                 // its lines in the log
+  int differences_left_ = 0;
+  std::string table_under_way_;
+  bool target_lost_ = false;
+};
+
+}  // namespace velmora

@@ -1,0 +1,64 @@
+#include <cstdint>
+#include <utility>
+
+#include "exact/run/ExactSync.h"
+#include "exact/run/ScratchDatabase.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNoTarget[] = "There is no connected target to verify on";
+constexpr char kNotMade[] = "Verifying on the server: table %s cannot be made a second time: %s";
+constexpr char kRefused[] = "Verifying on the server: statement %d of %d fails: %s";
+constexpr char kUnread[] =
+    "Verifying on the server: table %s of the target could not be read, and a copy without it proves nothing: %s";
+
+// An error of the server says what it is about.
+template <class Message>
+void RunNamed(TScratchDatabase& scratch, const std::string& statement, Message message) {
+  try {
+    scratch.Run(statement);
+  } catch (const EMySqlException& error) {
+    RaiseError(message(error.what()));
+  }
+}
+
+}  // namespace
+
+int TExactSync::VerifyOnServer(const TScratchPorts& ports) {
+  if (connections_.target == nullptr || !connections_.target->GetConnected()) RaiseError(kNoTarget);
+  // One that was read takes part as the server prints it, whatever the reason for which it was skipped.
+  for (const TSkippedTable& skipped : read_.skipped)
+    if (skipped.unread && skipped.side == kTargetSide) RaiseError(Format(kUnread, skipped.table, skipped.reason));
+  const std::vector<TPlanStatement> plan = Plan();
+  TScratchDatabase scratch(*connections_.target, ports);
+  TSchema after;
+  const auto steps = static_cast<std::int64_t>(read_.target.texts.size() + plan.size());
+  progress_.ShowOneBar("Verifying on the server...", steps);
+  RunGuarded(
+      [&] {
+        scratch.RunWithin([&] {
+          for (const auto& [table, text] : read_.target.texts) {
+            progress_.StepTotal();
+            RunNamed(scratch, text, [&, &name = table](const char* error) { return Format(kNotMade, name, error); });
+          }
+          for (std::size_t i = 0; i < plan.size(); ++i) {
+            progress_.StepTotal();
+            RunNamed(scratch, plan[i].text,
+                     [&](const char* error) { return Format(kRefused, i + 1, plan.size(), error); });
+          }
+          // Tables that were never compared are not looked at here either.
+          for (const std::string& table : scratch.Tables())
+            if (read_.reference.schema.Find(table) != nullptr || read_.target.schema.Find(table) != nullptr)
+              after.Add(ReadTableText(scratch.CreationText(table)));
+        });
+      },
+      [this] { progress_.Finish(); });
+  TEquivalenceUse use = Equivalences;
+  return static_cast<int>(SchemaChanges(read_.reference.schema, after, use).size());
+}
+
+}  // namespace velmora

@@ -1,0 +1,426 @@
+#include "exact/run/PairReader.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <unordered_map>
+#include <utility>
+
+#include "core/CreationTexts.h"
+#include "core/Host.h"
+#include "core/Meta.h"
+#include "exact/compare/Safety.h"
+#include "exact/compare/ServerCompletion.h"
+#include "exact/plan/FileSchema.h"
+#include "mysqltext/ElementText.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNoTexts[] = "%s gives no creation texts, which the exact dialect compares";
+constexpr char kLeftAlone[] = "Left alone: %s %s of the %s";
+constexpr char kVersionedAlone[] = "Left alone: system-versioned table %s";
+constexpr char kIsVersioned[] = "it is system-versioned, and differs";
+constexpr char kIsOther[] = "there is a %s of this name";
+
+enum class EState { Listed, Read, Failed };
+
+struct TListedTable {
+  EState state = EState::Listed;
+  const std::string* text = nullptr;  // once it is read
+};
+
+struct TSideReader {
+  TSideReader(const char* side, TDBConn& connection, TReadSide& result) : name(side), conn(connection), read(result) {
+    texts = dynamic_cast<TCreationTexts*>(&conn);
+    if (texts != nullptr) not_followed = texts->NotFollowed();
+    if (texts != nullptr) return;
+    std::string shown;
+    conn.GetDisplayName(shown);
+    RaiseError(Format(kNoTexts, shown));
+  }
+  bool AtEnd() const { return next == tables.size(); }
+  void ReadFile(const TServerTraits& server) {
+    const TStructureScript* script = texts->StructureScript();
+    if (script == nullptr) return;
+    file = std::make_unique<TFileSchema>(*script, server);
+    not_followed = file->Unknown();
+  }
+  // Whether the side may have more than it shows.
+  bool MayHideMore() const { return !not_followed.empty(); }
+
+  const char* name;
+  TDBConn& conn;
+  TCreationTexts* texts;
+  TReadSide& read;
+  std::unique_ptr<TFileSchema> file;                    // of a side that is a script
+  TStringList not_followed;                             // statements that may have made or changed tables unseen
+  std::unordered_map<std::string, std::string> others;  // kinds of views and sequences, by name
+  TStringList tables;                                   // to be read, in order
+  std::size_t next = 0;
+  std::unordered_map<std::string, TListedTable> listed;  // these by name
+};
+
+constexpr char UpperChar(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+// In what the server differs; the newest MariaDB where neither side is one.
+TServerTraits TraitsOf(TDBConn& conn, TCreationTexts& texts) {
+  TServerTraits traits;
+  if (texts.StructureScript() != nullptr) return traits;
+  TVariant value;
+  conn.GetResultSQL("select version()", value);
+  traits.mysql = PosNoCase("mariadb", VarToText(value)) == 0;
+  constexpr double kFirstWithInlineReferences = 9;
+  traits.inline_references =
+      !traits.mysql || std::strtod(VarToText(value).c_str(), nullptr) >= kFirstWithInlineReferences;
+  conn.GetResultSQL("select @@explicit_defaults_for_timestamp", value);
+  traits.explicit_timestamps = VarToText(value) != "0";
+  return traits;
+}
+
+// Whether `holds` is true of the place behind an occurrence of the word, which is in lower case. Texts that are the
+// same on both sides are most of a comparison, so that this looks for one letter of the word that is rare in them.
+template <class THolds>
+bool AnyOccurrence(std::string_view text, std::string_view word, std::size_t rare, THolds holds) {
+  for (const char letter : {word[rare], UpperChar(word[rare])}) {
+    for (std::size_t at = text.find(letter, rare); at != std::string_view::npos; at = text.find(letter, at + 1))
+      if (SameText(text.substr(at - rare, word.size()), word) && holds(at - rare + word.size())) return true;
+  }
+  return false;
+}
+
+// Versioned tables are named in the log, even if they are the same.
+bool SpeaksOfVersioning(std::string_view text) {
+  return AnyOccurrence(text, "versioning", 0, [](std::size_t) { return true; });
+}
+
+// Whether a foreign key of the text may refer to one of the tables, which are in lower case. Takes for a foreign key
+// whatever looks like one, and for a reference to any table what does not stand as servers print it.
+bool MayReferTo(std::string_view text, const TTableNames& tables) {
+  return AnyOccurrence(text, "references", 2, [&](std::size_t behind) {
+    constexpr std::string_view kOpen = " `";
+    const std::size_t name = behind + kOpen.size();
+    const std::size_t end = text.find('`', name);
+    if (text.substr(behind, kOpen.size()) != kOpen || end == std::string_view::npos) return true;
+    return text.substr(end + 1, 2) != " (" || tables.contains(LowerText(text.substr(name, end - name)));
+  });
+}
+
+class TPairReader {
+ public:
+  TPairReader(TDBConn& reference, TDBConn& target, const TCollationMap& collations, TProgress& progress,
+              std::string& table_under_way, TReadPair& pair)
+      : pair_(pair),
+        reference_(kReferenceSide, reference, pair.reference),
+        target_(kTargetSide, target, pair.target),
+        collations_(collations),
+        progress_(progress),
+        table_under_way_(table_under_way) {}
+
+  void Read() {
+    ReadFiles();
+    const TDatabaseObjects wanted = ListOthers(reference_);
+    const TDatabaseObjects there = ListOthers(target_);
+    pair_.objects = CompareObjects(wanted, there);
+    ListTables(reference_, target_);
+    ListTables(target_, reference_);
+    RunGuarded([this] { ReadTables(); },
+               [this] {
+                 reference_.texts->ExpectCreationTexts({});
+                 target_.texts->ExpectCreationTexts({});
+               });
+  }
+
+ private:
+  // A script is read as the other side's server would.
+  void ReadFiles() {
+    ReadScripts();
+    for (const TSideReader* side : {&reference_, &target_})
+      pair_.not_followed.insert(pair_.not_followed.end(), side->not_followed.begin(), side->not_followed.end());
+  }
+  void ReadScripts() {
+    const auto is_file = [](TSideReader& side) { return side.texts->StructureScript() != nullptr; };
+    if (!is_file(reference_) && !is_file(target_)) return;
+    TSideReader& server = is_file(reference_) ? target_ : reference_;
+    server_ = TraitsOf(server.conn, *server.texts);
+    reference_.ReadFile(server_);
+    target_.ReadFile(server_);
+  }
+
+  TDatabaseObjects ListOthers(TSideReader& side) {
+    TDatabaseObjects others{side.texts->TextsDatabase(), side.texts->OtherObjects()};
+    for (const TOtherObject& object : others.objects) {
+      pair_.left_alone.push_back(Format(kLeftAlone, object.kind, object.name, side.name));
+      if (object.kind == "view" || object.kind == "sequence") side.others.emplace(object.name, object.kind);
+    }
+    return others;
+  }
+
+  static TStringList TablesOf(const TSideReader& side) {
+    if (side.file != nullptr) return side.file->TableNames();
+    TStringList names;
+    side.conn.meta().TableNames(names);
+    return names;
+  }
+
+  void ListTables(TSideReader& side, const TSideReader& other) {
+    TTableNames theirs;
+    if (other.MayHideMore())
+      for (std::string& table : TablesOf(other)) theirs.insert(std::move(table));
+    for (std::string& table : TablesOf(side)) {
+      if (side.others.contains(table)) continue;
+      if (const auto object = other.others.find(table); object != other.others.end()) {
+        Skip(other, table, Format(kIsOther, object->second));
+        continue;
+      }
+      if (other.MayHideMore() && !theirs.contains(table)) {
+        Skip(other, table, other.not_followed.front());
+        continue;
+      }
+      side.listed.emplace(table, TListedTable());
+      side.tables.push_back(std::move(table));
+    }
+  }
+
+  void ReadTables() {
+    reference_.texts->ExpectCreationTexts(reference_.tables);
+    target_.texts->ExpectCreationTexts(target_.tables);
+    const auto count = static_cast<std::int64_t>(reference_.tables.size() + target_.tables.size());
+    progress_.ShowTwoBars("Analyzing structure...", count);
+    progress_.StartDetail("Reading tables", count);
+    while (!reference_.AtEnd() || !target_.AtEnd()) {
+      ReadNext(reference_);
+      ReadNext(target_);
+    }
+    FillSchemas();
+  }
+
+  void ReadNext(TSideReader& side) {
+    if (side.AtEnd()) return;
+    const std::string& table = side.tables[side.next++];
+    progress_.StepDetail();
+    Host().ProcessMessages();
+    table_under_way_ = table;
+    ReadText(side, table, side.listed[table]);
+    Take(table);
+  }
+
+  void ReadText(TSideReader& side, const std::string& table, TListedTable& listed) {
+    // Lists are in order, so that the end is the place of almost every table.
+    const auto text = side.read.texts.try_emplace(side.read.texts.end(), table);
+    try {
+      if (side.file != nullptr)
+        text->second = FileText(*side.file, table);
+      else
+        side.texts->ShowCreateTable(table, text->second);
+      if (&side == &reference_) MapCollations(collations_, text->second);
+      listed = {EState::Read, &text->second};
+    } catch (const EAbort&) {
+      throw;
+    } catch (const EVelmora& error) {
+      side.read.texts.erase(text);
+      if (!side.conn.GetConnected()) throw;
+      Skip(side, table, error.what(), true);
+      listed.state = EState::Failed;
+    }
+  }
+
+  // What the script says may be all that it takes to see that both sides are the same.
+  static std::string FileText(TFileSchema& file, const std::string& table) {
+    const std::string_view* plain = file.PlainText(table);
+    return plain != nullptr ? std::string(*plain) : CreationTextOf(file.Table(table));
+  }
+
+  // Otherwise what it makes is looked at.
+  void Settle(TSideReader& side, const std::string& table) {
+    if (side.file == nullptr || side.file->PlainText(table) == nullptr) return;
+    std::string& text = side.read.texts.at(table);
+    text = CreationTextOf(side.file->Table(table));
+    if (&side == &reference_) MapCollations(collations_, text);
+  }
+
+  // Once all is read that there is of a table.
+  void Take(const std::string& table) {
+    TReading reading[] = {{reference_}, {target_}};
+    for (TReading& of : reading) {
+      const auto listed = of.side.listed.find(table);
+      if (listed == of.side.listed.end()) continue;
+      if (listed->second.state != EState::Read) return;
+      of.text = listed->second.text;
+    }
+    const bool same = reading[0].text != nullptr && reading[1].text != nullptr && *reading[0].text == *reading[1].text;
+    if (same && !SpeaksOfVersioning(*reading[0].text)) {
+      taken_.push_back({reading[0].text, nullptr, nullptr});
+      return;
+    }
+    for (TReading& of : reading)
+      if (of.text != nullptr && !TakeApart(of, table, same)) return;
+    if (!Complete(reading[0], reading[1]) || !Complete(reading[1], reading[0])) return;
+    if (MayDifferUnseen(reading[0], reading[1], table)) return;
+    if (LeftAlone(reading[0].table, reading[1].table, table)) return;
+    TTaken& taken = taken_.emplace_back();
+    if (reading[0].text != nullptr) taken.reference = std::make_unique<TTableText>(std::move(reading[0].table));
+    if (reading[1].text != nullptr) taken.target = std::make_unique<TTableText>(std::move(reading[1].table));
+  }
+
+  struct TReading {
+    TSideReader& side;
+    const std::string* text = nullptr;  // null where the side does not have the table
+    TTableText table{};
+  };
+
+  // A script leaves to its server what the other side tells. False where the table cannot be followed.
+  bool Complete(TReading& of, const TReading& other) {
+    if (of.side.file == nullptr || of.text == nullptr) return true;
+    try {
+      CompleteTable(of.table, other.text == nullptr ? nullptr : &other.table, server_);
+      return true;
+    } catch (const EVelmora& error) {
+      Skip(of.side, of.table.name, of.side.file->NotFollowed(of.table.name, error.what()));
+      return false;
+    }
+  }
+
+  // What a statement of a script may have changed unseen is not changed back.
+  bool MayDifferUnseen(const TReading& reference, const TReading& target, const std::string& table) {
+    if (reference.text == nullptr || target.text == nullptr) return false;
+    TEquivalenceUse use;
+    for (const TReading* of : {&reference, &target}) {
+      if (!of->side.MayHideMore() || CompareTableTexts(reference.table, target.table, use).empty()) continue;
+      Skip(of->side, table, of->side.not_followed.front());
+      return true;
+    }
+    return false;
+  }
+
+  // Of texts that are the same it does not matter what they say.
+  bool TakeApart(TReading& of, const std::string& table, bool same) {
+    try {
+      Settle(of.side, table);
+    } catch (const EVelmora& error) {
+      Skip(of.side, table, error.what(), true);
+      return false;
+    }
+    try {
+      of.table = ReadTableText(WithoutRawLineEnds(*of.text));
+      // The reference's own sequences are to be the target's.
+      if (&of.side == &reference_)
+        MoveSequences(of.table, reference_.texts->TextsDatabase(), target_.texts->TextsDatabase());
+      return true;
+    } catch (const EVelmora& error) {
+      if (!same) Skip(of.side, table, error.what());
+      return false;
+    }
+  }
+
+  bool LeftAlone(const TTableText& reference, const TTableText& target, const std::string& table) {
+    if (!reference.system_versioned && !target.system_versioned) return false;
+    pair_.left_alone.push_back(Format(kVersionedAlone, table));
+    TEquivalenceUse use;
+    const bool both = reference.system_versioned && target.system_versioned;
+    if (!both || !CompareTableTexts(reference, target, use).empty())
+      Skip(reference.system_versioned ? reference_ : target_, table, kIsVersioned);
+    return true;
+  }
+
+  // A table of which all is read.
+  struct TTaken {
+    const std::string* shared_text = nullptr;  // of both sides, as long as it is not taken apart
+    std::unique_ptr<TTableText> reference;
+    std::unique_ptr<TTableText> target;
+  };
+
+  void FillSchemas() {
+    TTableNames changing;
+    for (const TTaken& taken : taken_) {
+      if (taken.reference != nullptr) changing.insert(LowerText(taken.reference->name));
+      if (taken.target != nullptr) changing.insert(LowerText(taken.target->name));
+    }
+    if (changing.empty()) return;
+    for (TTaken& taken : taken_) {
+      if (taken.shared_text != nullptr && MayReferTo(*taken.shared_text, changing)) TakeApartShared(taken);
+      if (taken.reference != nullptr) pair_.reference.schema.Add(std::move(*taken.reference));
+      if (taken.target != nullptr) pair_.target.schema.Add(std::move(*taken.target));
+    }
+  }
+
+  // Two scripts may both leave to the server what it makes of the table.
+  TTableText SharedTable(const std::string& text) {
+    TTableText table = ReadTableText(WithoutRawLineEnds(text));
+    if (reference_.file == nullptr || target_.file == nullptr) return table;
+    Settle(reference_, table.name);
+    table = ReadTableText(reference_.read.texts.at(table.name));
+    CompleteTable(table, nullptr, server_);
+    return table;
+  }
+
+  void TakeApartShared(TTaken& taken) {
+    try {
+      taken.reference = std::make_unique<TTableText>(SharedTable(*taken.shared_text));
+      taken.target = std::make_unique<TTableText>(*taken.reference);
+    } catch (const EVelmora&) {
+      // As above: nothing is lost with it.
+    }
+  }
+
+  void Skip(const TSideReader& side, const std::string& table, const std::string& reason, bool unread = false) {
+    pair_.skipped.push_back({side.name, table, reason, unread});
+  }
+
+  TReadPair& pair_;
+  TSideReader reference_;
+  TSideReader target_;
+  const TCollationMap& collations_;
+  TProgress& progress_;
+  std::string& table_under_way_;
+  TServerTraits server_;
+  std::vector<TTaken> taken_;  // in the order in which they were read
+};
+
+TChange WholeTable(TSyncAction action, const TTableText& table) {
+  TChange change;
+  change.action = action;
+  change.table = table.name;
+  (action == saDropTable ? change.old_text : change.new_text) = CreationTextOf(table);
+  return change;
+}
+
+}  // namespace
+
+void ReadPair(TDBConn& reference, TDBConn& target, const TCollationMap& collations, TProgress& progress,
+              std::string& table_under_way, TReadPair& pair) {
+  TPairReader(reference, target, collations, progress, table_under_way, pair).Read();
+}
+
+std::vector<TChange> SchemaChanges(const TSchema& reference, const TSchema& target, TEquivalenceUse& use,
+                                   const TTableNames* only) {
+  std::vector<TChange> changes;
+  const auto looked_at = [only](const TTableText& table) { return only == nullptr || only->contains(table.name); };
+  for (const TTableText& table : target.Tables()) {
+    if (!looked_at(table) || reference.Find(table.name) != nullptr) continue;
+    changes.push_back(WholeTable(saDropTable, table));
+    changes.back().unsafe = UnsafeChange(changes.back(), table, {});
+  }
+  std::vector<const TTableText*> added;
+  for (const TTableText& table : reference.Tables()) {
+    if (!looked_at(table)) continue;
+    const TTableText* former = target.Find(table.name);
+    if (former == nullptr) {
+      added.push_back(&table);
+      continue;
+    }
+    for (TChange& change : CompareTableTexts(table, *former, use)) changes.push_back(std::move(change));
+  }
+  for (const TTableText* table : added) {
+    changes.push_back(WholeTable(saCreateTable, *table));
+    changes.back().unsafe = UnsafeChange(changes.back(), {}, *table);
+  }
+  return changes;
+}
+
+}  // namespace velmora

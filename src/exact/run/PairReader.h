@@ -1,0 +1,57 @@
+#pragma once
+
+// Reads the creation texts of both sides, in turn, so that servers which are read ahead work at the same time.
+
+#include <map>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "core/DBConn.h"
+#include "exact/compare/Collations.h"
+#include "exact/objects/ObjectTexts.h"
+#include "exact/plan/Plan.h"
+#include "sync/Progress.h"
+#include "util/Lists.h"
+
+namespace velmora {
+
+inline constexpr char kReferenceSide[] = "reference";
+inline constexpr char kTargetSide[] = "target";
+
+struct TSkippedTable {
+  std::string side;  // one of these
+  std::string table;
+  std::string reason;
+  bool unread = false;  // nothing of it is known
+};
+
+struct TReadSide {
+  // Tables to compare. One whose text is the same on both sides is in neither schema, unless it refers to one that may
+  // change: then its foreign keys may stand in the way.
+  TSchema schema;
+  std::map<std::string, std::string> texts;  // of all tables, as the server prints them
+};
+
+struct TReadPair {
+  TReadSide reference;
+  TReadSide target;
+  std::vector<TSkippedTable> skipped;  // in neither schema
+  TStringList not_followed;            // statements of a script that may have made or changed tables unseen
+  TStringList left_alone;              // a line for each object that is not handled
+  std::vector<TObjectDifference> objects;
+};
+
+// Both sides are connected and prepared. `table_under_way` follows the reading. A table that cannot be read or taken
+// apart is skipped; an error that leaves a side without a connection passes on, and so does one of a side that gives no
+// creation texts. The reference's texts name collations of the target in place of those that `collations` maps.
+void ReadPair(TDBConn& reference, TDBConn& target, const TCollationMap& collations, TProgress& progress,
+              std::string& table_under_way, TReadPair& pair);
+
+// What has to be changed in `target`: obsolete tables, changes within tables, new tables. Looks at the tables `only`,
+// or at all for null.
+using TTableNames = std::unordered_set<std::string>;
+std::vector<TChange> SchemaChanges(const TSchema& reference, const TSchema& target, TEquivalenceUse& use,
+                                   const TTableNames* only = nullptr);
+
+}  // namespace velmora

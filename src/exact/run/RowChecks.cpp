@@ -1,0 +1,339 @@
+#include "exact/run/RowChecks.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <unordered_map>
+
+#include "core/Host.h"
+#include "exact/compare/Safety.h"
+#include "mysqltext/ColumnType.h"
+#include "mysqltext/ElementText.h"
+#include "mysqltext/KeyText.h"
+#include "mysqltext/Lexer.h"
+#include "util/Counted.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kEqualRows[] = "%s with values that occur more than once (%d such values)";
+constexpr char kNulls[] = "%s with NULL, which will no longer be allowed";
+constexpr char kOrphans[] = "%s without the row referred to";
+constexpr char kConverted[] = "column %s changes its type";
+constexpr char kComputed[] = "the default of the new column %s is computed for each row";
+constexpr char kNewColumn[] = "column %s is new";
+
+// A column's value in the rows that are there, as the run will have made it.
+struct TRowValue {
+  enum class EKind { Stored, Constant, Null, Numbered, Unknown };
+  EKind kind = EKind::Stored;
+  std::string sql;  // of Stored and Constant; empty for a constant that is not written anywhere
+  std::string why;  // of Unknown
+};
+using EKind = TRowValue::EKind;
+
+// A table that stays, and what happens to it.
+struct TTableRows {
+  const TTableText* reference = nullptr;
+  const TTableText* target = nullptr;
+  std::vector<const TChange*> changes;
+
+  const TChange* ColumnChange(const std::string& column) const {
+    const auto found = std::ranges::find_if(changes, [&](const TChange* change) {
+      return (change->action == saAddColumn || change->action == saModifyColumn) && SameText(change->item, column);
+    });
+    return found == changes.end() ? nullptr : *found;
+  }
+};
+
+bool IsLiteral(const std::string& text) {
+  const std::vector<TToken> tokens = Tokens(text);
+  const std::size_t sign = TokenAt(tokens, 0).Is("-") || TokenAt(tokens, 0).Is("+") ? 1 : 0;
+  const EToken kind = TokenAt(tokens, sign).kind;
+  return tokens.size() == sign + 2 && (kind == EToken::String || kind == EToken::Number);
+}
+
+TRowValue NewColumn(const TColumnText& column) {
+  if (column.auto_increment) return {EKind::Numbered, {}, {}};
+  if (column.generated) return {EKind::Stored, "(" + *column.generated + ")", {}};
+  const std::string text = column.default_text.value_or("");
+  if (text.empty()) return {column.not_null ? EKind::Constant : EKind::Null, {}, {}};
+  if (SameText(text, "null")) return {EKind::Null, {}, {}};
+  if (IsLiteral(text)) return {EKind::Constant, text, {}};
+  if (PosNoCase("current_timestamp", text) == 1) return {EKind::Constant, {}, {}};
+  return {EKind::Unknown, {}, Format(kComputed, column.name)};
+}
+
+// Text is compared by the collation that it will have.
+std::string Converted(const std::string& name, const TColumnText& had, const TColumnText& has) {
+  if (!had.HasLetters() || !has.HasLetters() || SameCharset(had.charset, has.charset)) return name;
+  const std::string collate = has.charset.collation.empty() ? "" : " collate " + has.charset.collation;
+  return Format("convert(%s using %s)%s", name, has.charset.charset, collate);
+}
+
+TRowValue ValueOfColumn(const TTableRows& table, const std::string& column) {
+  const std::string name = QuotedName(column);
+  const TChange* change = table.ColumnChange(column);
+  const TElement* to = change == nullptr ? nullptr : table.reference->Find(EElement::Column, column);
+  if (to == nullptr || change->moved_only) return {EKind::Stored, name, {}};
+  const TColumnText has = ReadColumnText(*to, *table.reference);
+  const TElement* from = table.target->Find(EElement::Column, column);
+  if (change->action == saAddColumn || from == nullptr) return NewColumn(has);
+  if (has.generated) return {EKind::Stored, "(" + *has.generated + ")", {}};
+  if (!KeepsValues(*from, *table.target, *to, *table.reference))
+    return {EKind::Unknown, {}, Format(kConverted, column)};
+  return {EKind::Stored, Converted(name, ReadColumnText(*from, *table.target), has), {}};
+}
+
+TRowValue ValueOfPart(const TTableRows& table, const TKeyPart& part) {
+  if (part.column.empty()) {  // an expression, behind which a direction may stand
+    const std::vector<TToken> tokens = Tokens(part.text);
+    const std::size_t behind = BehindGroup(tokens, 0);
+    return {EKind::Stored, TextOf(part.text, tokens, 0, std::min(behind, tokens.size() - 1)), {}};
+  }
+  TRowValue value = ValueOfColumn(table, part.column);
+  if (value.kind == EKind::Stored && part.length > 0) value.sql = Format("left(%s, %d)", value.sql, part.length);
+  return value;
+}
+
+bool IsUnique(const TElement& key) { return key.kind == EElement::PrimaryKey || key.kind == EElement::UniqueKey; }
+
+std::string KeySubject(const TElement& key) {
+  return key.kind == EElement::PrimaryKey ? "primary key" : "unique key " + key.name;
+}
+
+template <class Values>
+std::string Joined(const Values& values, const char* between, const char* behind) {
+  std::string text;
+  for (const std::string& value : values) text += (text.empty() ? "" : between) + value + behind;
+  return text;
+}
+
+class TRowInquiry {
+ public:
+  TRowInquiry(const std::vector<TChange>& changes, const TSchema& reference, const TSchema& target) {
+    for (const TChange& change : changes) {
+      TTableRows& table = tables_[change.table];
+      table.reference = reference.Find(change.table);
+      table.target = target.Find(change.table);
+      table.changes.push_back(&change);
+      if (table.changes.size() == 1 && table.reference != nullptr && table.target != nullptr)
+        order_.push_back(change.table);
+    }
+  }
+
+  std::vector<TRowQuestion> Questions() {
+    for (const std::string& name : order_) {
+      const TTableRows& table = tables_.at(name);
+      for (const TChange* change : table.changes) AskAbout(table, *change);
+      for (const TElement& key : table.reference->elements)
+        if (IsUnique(key) && IsSortedAnew(table, key)) AskUnique(table, key);
+    }
+    return std::move(questions_);
+  }
+
+ private:
+  void AskAbout(const TTableRows& table, const TChange& change) {
+    const bool adds = change.action == saAddKey || change.action == saModifyKey || change.action == saAddConstraint ||
+                      change.action == saModifyConstraint;
+    if (change.action == saModifyColumn) AskNull(table, change);
+    if (!adds) return;
+    const TElement* element = table.reference->Find(change.kind, change.item);
+    if (element == nullptr) return;
+    if (IsUnique(*element)) AskUnique(table, *element);
+    if (element->kind == EElement::ForeignKey) AskOrphans(table, *element);
+  }
+
+  void AskNull(const TTableRows& table, const TChange& change) {
+    const TElement* from = table.target->Find(EElement::Column, change.item);
+    const TElement* to = table.reference->Find(EElement::Column, change.item);
+    if (from == nullptr || to == nullptr) return;
+    const TColumnText had = ReadColumnText(*from, *table.target);
+    const TColumnText has = ReadColumnText(*to, *table.reference);
+    if (had.not_null || !has.not_null || has.generated || has.auto_increment) return;
+    const std::string rows =
+        Format("count(*), 1 from %s where %s is null", QuotedName(change.table), QuotedName(change.item));
+    questions_.push_back({change.table, "column " + change.item, rows, kNulls});
+  }
+
+  // A key that stays, over text that will be compared in another way.
+  static bool IsSortedAnew(const TTableRows& table, const TElement& key) {
+    const bool changes = std::ranges::any_of(
+        table.changes, [&](const TChange* change) { return IsKey(change->kind) && SameText(change->item, key.name); });
+    if (changes || table.target->Find(key.kind, key.name) == nullptr) return false;
+    return std::ranges::any_of(KeyParts(key), [&](const TKeyPart& part) {
+      const TRowValue value = part.column.empty() ? TRowValue() : ValueOfColumn(table, part.column);
+      return value.kind == EKind::Stored && value.sql.starts_with("convert(");
+    });
+  }
+
+  void AskUnique(const TTableRows& table, const TElement& key) {
+    TStringList stored;
+    for (const TKeyPart& part : KeyParts(key)) {
+      const TRowValue value = ValueOfPart(table, part);
+      if (value.kind == EKind::Null || value.kind == EKind::Numbered) return;  // no two rows are equal in this
+      if (value.kind == EKind::Unknown) return Refuse(table, KeySubject(key), value.why);
+      if (value.kind == EKind::Stored) stored.push_back(value.sql);
+    }
+    const std::string name = QuotedName(table.target->name);
+    std::string rows = Format("if(count(*) > 1, count(*), 0), 1 from %s", name);
+    if (!stored.empty())
+      rows = Format(
+          "cast(coalesce(sum(n), 0) as signed), count(*) from (select count(*) as n from %s where %s group by %s "
+          "having count(*) > 1) "
+          "as equal_rows",
+          name, Joined(stored, " and ", " is not null"), Joined(stored, ", ", ""));
+    questions_.push_back({table.target->name, KeySubject(key), rows, kEqualRows});
+  }
+
+  // A foreign key's own columns and those it refers to, in words of a query.
+  struct TReference {
+    TStringList columns;  // of the child, "expression as c0"
+    TStringList given;    // "c0 is not null"
+    TStringList same;     // "parent.id = child.c0"
+  };
+
+  void AskOrphans(const TTableRows& table, const TElement& key) {
+    const std::string subject = "foreign key " + key.name;
+    const TForeignKeyParts parts = ForeignKeyParts(key);
+    const auto found = parts.database.empty() ? tables_.find(parts.table) : tables_.end();
+    const TTableRows* parent = found == tables_.end() ? nullptr : &found->second;
+    TReference reference;
+    for (std::size_t i = 0; i < std::min(parts.columns.size(), parts.references.size()); ++i) {
+      const TRowValue value = ValueOfColumn(table, parts.columns[i]);
+      if (value.kind == EKind::Null) return;  // refers to nothing
+      if (value.sql.empty()) return Refuse(table, subject, WhyUnknown(value, parts.columns[i]));
+      const TRowValue wanted = ValueInParent(parent, parts.references[i]);
+      if (wanted.kind != EKind::Stored) return Refuse(table, subject, WhyUnknown(wanted, parts.references[i]));
+      const std::string column = Format("c%d", i);
+      reference.columns.push_back(value.sql + " as " + column);
+      reference.given.push_back(column + " is not null");
+      reference.same.push_back(wanted.sql + " = child." + column);
+    }
+    std::string rows =
+        Format("count(*), 1 from (select %s from %s) as child where %s", JoinList(reference.columns, ", "),
+               QuotedName(table.target->name), JoinList(reference.given, " and "));
+    const bool has_rows = parent == nullptr || parent->target != nullptr;  // a new table has none
+    const std::string database = parts.database.empty() ? "" : QuotedName(parts.database) + ".";
+    if (has_rows)
+      rows += Format(" and not exists (select 1 from %s%s as parent where %s)", database, QuotedName(parts.table),
+                     JoinList(reference.same, " and "));
+    questions_.push_back({table.target->name, subject, rows, kOrphans});
+  }
+
+  static TRowValue ValueInParent(const TTableRows* parent, const std::string& column) {
+    const std::string name = QuotedName(column);
+    TRowValue value{EKind::Stored, name, {}};
+    if (parent != nullptr && parent->target != nullptr && parent->reference != nullptr)
+      value = ValueOfColumn(*parent, column);
+    value.sql = StrReplace(value.sql, name, "parent." + name);
+    return value;
+  }
+
+  static std::string WhyUnknown(const TRowValue& value, const std::string& column) {
+    return value.why.empty() ? Format(kNewColumn, column) : value.why;
+  }
+
+  void Refuse(const TTableRows& table, const std::string& subject, const std::string& why) {
+    questions_.push_back({table.target->name, subject, {}, why});
+  }
+
+  std::unordered_map<std::string, TTableRows> tables_;
+  TStringList order_;
+  std::vector<TRowQuestion> questions_;
+};
+
+// --- Asking
+
+constexpr char kFinding[] = "%s: %s: %s";
+constexpr char kNotChecked[] = "%s: %s: not checked: %s";
+constexpr char kTooLong[] = "the server was not done within %s (--row-check-time)";
+constexpr char kCannotStop[] = "the server cannot end a query after a time (--row-check-time 0 waits for it)";
+
+// How a kind of server is told to end a query by itself.
+struct TTimeLimit {
+  const char* probe;   // only these servers have it
+  const char* select;  // with the limit, in what the server counts
+  int per_second;
+  int error;  // of a query that was ended
+};
+constexpr std::array<TTimeLimit, 2> kTimeLimits = {
+    {{"select @@max_statement_time + 0", "set statement max_statement_time=%d for select ", 1, 1969},
+     {"select @@max_execution_time + 0", "select /*+ max_execution_time(%d) */ ", 1000, 3024}}};
+
+const TTimeLimit* TimeLimitOf(TDBConn& server) {
+  for (const TTimeLimit& limit : kTimeLimits) {
+    try {
+      TVariant value;
+      server.GetResultSQL(limit.probe, value);
+      return &limit;
+    } catch (const EMySqlException&) {
+      if (!server.GetConnected()) throw;
+    }
+  }
+  return nullptr;
+}
+
+class TRowAsker {
+ public:
+  TRowAsker(TDBConn& server, int seconds) : server_(server), seconds_(seconds) {
+    if (seconds > 0) limit_ = TimeLimitOf(server);
+  }
+
+  std::optional<TRowFinding> Ask(const TRowQuestion& question) {
+    if (question.sql.empty()) return NotChecked(question, question.answer);
+    if (seconds_ > 0 && limit_ == nullptr) return NotChecked(question, kCannotStop);
+    try {
+      const std::unique_ptr<TDataset> rows = server_.OpenQuery(Select() + question.sql);
+      const std::int64_t count = VarToInt(rows->Value(0));
+      const std::int64_t values = VarToInt(rows->Value(1));
+      rows->Close();
+      if (count == 0) return std::nullopt;
+      const std::string told = Format(question.answer, Counted(static_cast<std::size_t>(count), "row"), values);
+      return TRowFinding{Format(kFinding, question.table, question.subject, told)};
+    } catch (const EMySqlException& error) {
+      if (!server_.GetConnected()) throw;
+      const bool ended = limit_ != nullptr && error.Number() == limit_->error;
+      return NotChecked(question,
+                        ended ? Format(kTooLong, Counted(static_cast<std::size_t>(seconds_), "second")) : error.what());
+    }
+  }
+
+ private:
+  std::string Select() const {
+    return limit_ == nullptr ? "select " : Format(limit_->select, seconds_ * limit_->per_second);
+  }
+
+  static TRowFinding NotChecked(const TRowQuestion& question, const std::string& why) {
+    return {Format(kNotChecked, question.table, question.subject, why), false};
+  }
+
+  TDBConn& server_;
+  int seconds_;
+  const TTimeLimit* limit_ = nullptr;
+};
+
+}  // namespace
+
+std::vector<TRowQuestion> RowQuestions(const std::vector<TChange>& changes, const TSchema& reference,
+                                       const TSchema& target) {
+  return TRowInquiry(changes, reference, target).Questions();
+}
+
+std::vector<TRowFinding> AskRows(const std::vector<TRowQuestion>& questions, TDBConn& server, int seconds) {
+  std::vector<TRowFinding> findings;
+  if (questions.empty()) return findings;
+  TRowAsker asker(server, seconds);
+  for (const TRowQuestion& question : questions) {
+    Host().ProcessMessages();
+    if (std::optional<TRowFinding> finding = asker.Ask(question)) findings.push_back(std::move(*finding));
+  }
+  return findings;
+}
+
+}  // namespace velmora

@@ -1,0 +1,36 @@
+#pragma once
+
+// What the rows that are there say to a script: equal rows under a new unique key, NULL where it is no longer allowed,
+// rows without the one that a new foreign key wants. The server is asked before the script runs, for it would stop in
+// the middle, and a foreign key it would take unasked, as foreign key checks are off.
+
+#include <string>
+#include <vector>
+
+#include "core/DBConn.h"
+#include "exact/plan/Plan.h"
+
+namespace velmora {
+
+struct TRowQuestion {
+  std::string table;
+  std::string subject;  // "unique key u", "column c", "foreign key f"
+  // Gives two numbers: rows that stand in the way, and different values in them. Without "select". Empty where nothing
+  // can be asked, and `answer` then says why.
+  std::string sql;
+  std::string answer;  // what it means that there are such rows; the numbers go into it
+};
+// The questions about `changes`, which lead from `target` to `reference`: of tables that both have, and of columns as
+// they will be. What can't collide is not asked about.
+std::vector<TRowQuestion> RowQuestions(const std::vector<TChange>& changes, const TSchema& reference,
+                                       const TSchema& target);
+
+struct TRowFinding {
+  std::string text;     // "t: column c: 2 rows with NULL, which ..."
+  bool checked = true;  // otherwise nobody knows, and the text says why: "t: unique key u: not checked: ..."
+};
+// Asks them, each for at most `seconds`, after which the server stops; 0 for as long as it takes. Gives those to which
+// there are such rows, and those that could not be answered. Raises when the connection is lost.
+std::vector<TRowFinding> AskRows(const std::vector<TRowQuestion>& questions, TDBConn& server, int seconds);
+
+}  // namespace velmora

@@ -1,0 +1,16 @@
+#pragma once
+
+// Access (Jet 3 and 4) over libmdb, which asks for no password.
+
+#include <memory>
+#include <string>
+
+#include "formats/port/FileReader.h"
+
+namespace velmora {
+
+// Reads the file in this process, which a damaged one may end; others may have it open meanwhile. Raises errors that
+// name the file and the fault.
+std::unique_ptr<TFileReader> OpenMdbFileHere(const std::string& path);
+
+}  // namespace velmora

@@ -1,0 +1,12 @@
+#include "formats/text/SMImportBaseComponent.h"
+
+#include <numeric>
+
+namespace velmora {
+
+void TSMImportBaseComponent::RebuildMappings() {
+  Mappings.resize(DataSet->Fields().size());
+  std::iota(Mappings.begin(), Mappings.end(), std::size_t{0});
+}
+
+}  // namespace velmora

@@ -1,0 +1,152 @@
+#include "mysqlclient/OfflineConnection.h"
+
+#include <sys/stat.h>
+
+#include <optional>
+#include <utility>
+
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNoStatements[] =
+    "%s is a script file: it cannot run statements; to change a database, name its server (mysql://...)";
+constexpr char kNoTable[] = "Table '%s' doesn't exist";
+constexpr std::string_view kShowTables = "show tables";
+constexpr std::string_view kShowCreateTable = "show create table ";
+
+// What tells one state of a file from another. A pipe, which can be read but once, never changes.
+struct TFileStamp {
+  dev_t device = 0;
+  ino_t inode = 0;
+  off_t size = 0;
+  timespec changed{};
+
+  friend bool operator==(const TFileStamp& a, const TFileStamp& b) {
+    return a.device == b.device && a.inode == b.inode && a.size == b.size && a.changed.tv_sec == b.changed.tv_sec &&
+           a.changed.tv_nsec == b.changed.tv_nsec;
+  }
+};
+
+std::optional<TFileStamp> StampOf(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return std::nullopt;
+  if (!S_ISREG(status.st_mode)) return TFileStamp{status.st_dev, status.st_ino};
+  return TFileStamp{status.st_dev, status.st_ino, status.st_size, status.st_mtim};
+}
+
+// The table that a "show create table" names; nothing for any other statement.
+std::optional<std::string_view> ShownTable(std::string_view sql) {
+  if (!SameText(sql.substr(0, kShowCreateTable.size()), kShowCreateTable)) return std::nullopt;
+  const std::string_view name = TrimView(sql.substr(kShowCreateTable.size()));
+  if (name.size() > 1 && name.front() == '`' && name.back() == '`') return name.substr(1, name.size() - 2);
+  return name;
+}
+
+std::unique_ptr<TDataset> TableList(const TCreationScript& script) {
+  auto rows = std::make_unique<TMemDataset>(std::vector<TFieldDef>{TFieldDef{"Tables"}});
+  for (const TCreationText& table : script.Tables()) rows->AddRow({std::string(table.name)});
+  return rows;
+}
+
+std::unique_ptr<TDataset> CreationRow(const TCreationScript& script, std::string_view name) {
+  const TCreationText* table = script.Find(name);
+  if (table == nullptr) RaiseError(Format(kNoTable, std::string(name)));
+  auto rows = std::make_unique<TMemDataset>(
+      std::vector<TFieldDef>{TFieldDef{"Table"}, TFieldDef{"Create Table", EFieldKind::Memo}});
+  TMemDataset::TRow row;
+  row.reserve(2);
+  row.emplace_back(std::string(table->name));
+  row.emplace_back(std::string(table->text));
+  rows->AddRow(std::move(row));
+  return rows;
+}
+
+class TOfflineQuery final : public TMyQuery {
+ public:
+  explicit TOfflineQuery(TOfflineConnection& connection) : TMyQuery(connection), offline_(connection) {}
+
+ private:
+  std::unique_ptr<TDataset> DoOpen() override { return offline_.Answer(SQL); }
+  std::int64_t DoExecute() override { offline_.RefuseStatement(); }
+
+  TOfflineConnection& offline_;
+};
+
+}  // namespace
+
+struct TOfflineConnection::TLoaded {
+  std::optional<TFileStamp> stamp;
+  std::shared_ptr<const TCreationScript> script;
+};
+
+TOfflineConnection::TOfflineConnection(std::string path, TScriptChoice choice)
+    : path_(std::move(path)), choice_(std::move(choice)) {}
+
+TOfflineConnection::~TOfflineConnection() = default;
+
+const std::vector<TScriptWarning>& TOfflineConnection::Warnings() const {
+  static const std::vector<TScriptWarning> kNoWarnings;
+  return loaded_ ? loaded_->script->Warnings() : kNoWarnings;
+}
+
+const TStructureScript& TOfflineConnection::Structure() const {
+  CheckConnected();
+  return loaded_->script->Structure();
+}
+
+const std::vector<TOtherObject>& TOfflineConnection::OtherObjects() const {
+  CheckConnected();
+  return loaded_->script->OtherObjects();
+}
+
+std::size_t TOfflineConnection::LineOf(const std::string& table) const {
+  const TCreationText* text = loaded_ ? loaded_->script->Find(table) : nullptr;
+  return text == nullptr ? 0 : text->line;
+}
+
+void TOfflineConnection::StartTransaction() { RefuseStatement(); }
+
+void TOfflineConnection::Commit() { RefuseStatement(); }
+
+void TOfflineConnection::Rollback() { RefuseStatement(); }
+
+std::unique_ptr<TMyQuery> TOfflineConnection::NewQuery() { return std::make_unique<TOfflineQuery>(*this); }
+
+std::unique_ptr<TMyConnection> TOfflineConnection::NewConnection() const { return NewOfflineConnection(); }
+
+std::unique_ptr<TOfflineConnection> TOfflineConnection::NewOfflineConnection() const {
+  auto connection = std::make_unique<TOfflineConnection>(path_, choice_);
+  connection->CopyOptions(*this);
+  connection->loaded_ = loaded_;
+  return connection;
+}
+
+std::unique_ptr<TDataset> TOfflineConnection::Answer(const std::string& sql) const {
+  CheckConnected();
+  const std::string_view statement = TrimView(sql);
+  if (const auto table = ShownTable(statement)) return CreationRow(*loaded_->script, *table);
+  if (SameText(statement, kShowTables)) return TableList(*loaded_->script);
+  RefuseStatement();
+}
+
+void TOfflineConnection::RefuseStatement() const {
+  CheckConnected();
+  RaiseError(Format(kNoStatements, path_));
+}
+
+void TOfflineConnection::DoConnect() {
+  // Taken before reading: should the file change meanwhile, the next to connect reads it again.
+  const std::optional<TFileStamp> stamp = StampOf(path_);
+  if (!loaded_ || !stamp || stamp != loaded_->stamp)
+    loaded_ = std::make_shared<const TLoaded>(TLoaded{stamp, TCreationScript::Load(path_, choice_)});
+  connected_ = true;
+}
+
+void TOfflineConnection::DoDisconnect() { connected_ = false; }
+
+}  // namespace velmora

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "mysqlclient/MyConnection.h"
+#include "mysqltext/CreationScript.h"
+
+namespace velmora {
+
+// A script of creation texts that stands for a server. "show tables" and "show create table" are answered as a server
+// would; anything else raises "%s is a script file: ...".
+//
+// Connecting reads the file. It is not read again by a new connection of this one, nor by connecting anew, as long as
+// it is the same file with the same size and time of change.
+class TOfflineConnection final : public TMyConnection {
+ public:
+  explicit TOfflineConnection(std::string path, TScriptChoice choice = {});
+  ~TOfflineConnection() override;
+
+  const std::string& Path() const { return path_; }
+  // Of the file as it was last read; none before that.
+  const std::vector<TScriptWarning>& Warnings() const;
+  const TStructureScript& Structure() const;
+  const std::vector<TOtherObject>& OtherObjects() const;
+  // The line of the file where a table's creation text begins; 0 when there is no such table.
+  std::size_t LineOf(const std::string& table) const;
+
+  bool GetConnected() const override { return connected_; }
+  bool InTransaction() const override { return false; }
+  void StartTransaction() override;
+  void Commit() override;
+  void Rollback() override;
+  std::unique_ptr<TMyQuery> NewQuery() override;
+  std::unique_ptr<TMyConnection> NewConnection() const override;
+  std::unique_ptr<TOfflineConnection> NewOfflineConnection() const;
+
+  // The rows that a server would give. Raises "Not connected", "Table '%s' doesn't exist".
+  std::unique_ptr<TDataset> Answer(const std::string& sql) const;
+  [[noreturn]] void RefuseStatement() const;  // "Not connected" where that holds
+
+ private:
+  struct TLoaded;
+
+  void DoConnect() override;
+  void DoDisconnect() override;
+
+  std::string path_;
+  TScriptChoice choice_;
+  std::shared_ptr<const TLoaded> loaded_;
+  bool connected_ = false;
+};
+
+}  // namespace velmora

@@ -1,0 +1,79 @@
+#include "mysqltext/ColumnType.h"
+
+#include "mysqltext/Charsets.h"
+#include "mysqltext/ColumnParts.h"
+#include "mysqltext/Lexer.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+std::vector<std::string> Arguments(TTokens tokens, TTokenRange range) {
+  std::vector<std::string> result;
+  for (std::size_t at = range.first; at < range.last; ++at) {
+    const TToken& token = tokens[at];
+    if (token.kind == EToken::String)
+      result.push_back(ValueOf(token));
+    else if (!token.Is(","))
+      result.emplace_back(token.text);
+  }
+  return result;
+}
+
+std::optional<long long> NumberAt(const std::vector<std::string>& arguments, std::size_t place) {
+  if (place >= arguments.size()) return std::nullopt;
+  return TryStrToInt(arguments[place]);
+}
+
+}  // namespace
+
+TColumnText ReadColumnText(const TElement& column, const TTableText& table) {
+  const std::vector<TToken> all = Tokens(column.text);
+  const TTokens tokens(all.data(), all.size() - 1);
+  const TColumnParts parts = ReadColumnParts(tokens);
+  const auto text = [&](TTokenRange range) { return TextOf(column.text, all, range.first, range.last); };
+
+  TColumnText result;
+  result.name = parts.name;
+  result.type = parts.type;
+  result.arguments = Arguments(tokens, parts.arguments);
+  if (parts.is_boolean) result.arguments = {"1"};
+  result.is_unsigned = parts.is_unsigned;
+  result.zerofill = parts.zerofill;
+  result.not_null = parts.not_null;
+  result.auto_increment = parts.auto_increment;
+  result.invisible = parts.invisible;
+  result.stored = parts.stored;
+  if (parts.default_value) result.default_text = text(*parts.default_value);
+  if (parts.generated) result.generated = text(*parts.generated);
+  if (IsLetterType(parts.type)) {
+    const bool own = !parts.charset.empty() || !parts.collation.empty();
+    result.charset = own ? NamedCharset(parts.charset, parts.collation) : TableCharset(table);
+  }
+  return result;
+}
+
+// Numbers and times, addresses of each type, and shapes are strangers to each other; letters and bytes are to nobody.
+bool Converts(const TColumnText& from, const TColumnText& to) {
+  const auto family = [](const std::string& type) -> std::string {
+    if (InList(type, {"uuid", "inet6", "inet4"})) return type;
+    if (IsShapeType(type)) return "shape";
+    const bool counts = IsNumberType(type) || IsTimeType(type) || InList(type, {"bit", "date", "year"});
+    return counts ? "number" : "";
+  };
+  const std::string had = family(from.type);
+  const std::string has = family(to.type);
+  return had.empty() || has.empty() || had == has;
+}
+
+bool TColumnText::HasLetters() const { return IsLetterType(type); }
+
+bool TColumnText::IsNumber() const { return IsNumberType(type); }
+
+std::optional<long long> TColumnText::Length() const { return NumberAt(arguments, 0); }
+
+std::optional<long long> TColumnText::Fraction() const { return NumberAt(arguments, IsTimeType(type) ? 0 : 1); }
+
+}  // namespace velmora

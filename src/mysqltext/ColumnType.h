@@ -1,0 +1,40 @@
+#pragma once
+
+// A column's own text taken apart as far as safety and equivalence need it.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "mysqltext/Charsets.h"
+#include "mysqltext/TableText.h"
+
+namespace velmora {
+
+struct TColumnText {
+  std::string name;
+  std::string type;                    // lower case, synonyms resolved: "int", "varchar", "double", "enum", ...
+  std::vector<std::string> arguments;  // numbers as written; members of enum and set without quotes
+  bool is_unsigned = false;
+  bool zerofill = false;
+  bool not_null = false;
+  bool auto_increment = false;
+  bool invisible = false;
+  std::optional<std::string> default_text;  // as written
+  std::optional<std::string> generated;     // the expression, as written, without its outer brackets
+  bool stored = false;
+  TCharset charset;  // effective, for types that have letters; empty otherwise
+
+  bool HasLetters() const;  // char, varchar, the text types, enum, set
+  bool IsNumber() const;
+  std::optional<long long> Length() const;    // the first argument, as a number
+  std::optional<long long> Fraction() const;  // the second one; of a time type the first
+};
+
+TColumnText ReadColumnText(const TElement& column, const TTableText& table);
+
+// Whether servers turn a column of the one type into one of the other; of some pairs they refuse that even for a table
+// without rows.
+bool Converts(const TColumnText& from, const TColumnText& to);
+
+}  // namespace velmora

@@ -1,0 +1,12 @@
+#include "shell/widgets/DropCombo.h"
+
+#include "shell/widgets/TopLevel.h"
+
+namespace velmora {
+
+void TDropCombo::showPopup() {
+  if (OnDropDown && !AtTopLevel(OnDropDown)) return;
+  QComboBox::showPopup();
+}
+
+}  // namespace velmora

@@ -1,0 +1,306 @@
+// The pages of the connection frame: fields, captions and what each field does.
+
+#include <QCheckBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include "shell/widgets/DropCombo.h"
+#include "shell/widgets/Named.h"
+#include "shell/widgets/QtText.h"
+#include "shell/widgets/TopLevel.h"
+#include "shell/widgets/frameConn.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr int kLastPort = 65535;
+constexpr char kPortHint[] =
+    "The usual port is 3306. With it, a server on localhost is reached by its socket, if there is one, and by TCP "
+    "otherwise. Write 127.0.0.1 for TCP alone.";
+
+void OnChecked(QAbstractButton* button, const std::function<void()>& handler) {
+  Handle(button, &QAbstractButton::toggled, button, [button, handler] {
+    if (button->isChecked()) handler();
+  });
+}
+
+// An entry that tells when it is entered.
+class TEnteredEdit final : public QLineEdit {
+ public:
+  std::function<void()> OnEnter;
+
+ protected:
+  void focusInEvent(QFocusEvent* event) override {
+    QLineEdit::focusInEvent(event);
+    if (OnEnter) OnEnter();
+  }
+};
+
+// A page in the making: rows of a caption and a field. A caption marks its key by "&". Entered, the page gives the
+// focus to its first field.
+class TPageMaker {
+ public:
+  TPageMaker(QWidget* frame, const char* name) : page_(Named(new QWidget(frame), name)), form_(new QFormLayout(page_)) {
+    form_->setContentsMargins(0, 0, 0, 0);
+    form_->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    frame->layout()->addWidget(page_);
+  }
+
+  template <class T>
+  T* Row(const char* caption, T* field) {
+    form_->addRow(ToQt(caption), field);
+    BeginWith(field);
+    return field;
+  }
+  template <class T>
+  T* WideRow(T* field) {
+    form_->addRow(field);
+    return field;
+  }
+
+  QLineEdit* Entry(const char* name, const char* caption) { return Row(caption, Named(new QLineEdit, name)); }
+  // A password and, out of use, the box that once decided whether it is kept: task files always keep it.
+  QLineEdit* Secret(const char* name, const char* caption, const char* store) {
+    QLineEdit* entry = Entry(name, caption);
+    entry->setEchoMode(QLineEdit::Password);
+    WideRow(Named(new QCheckBox(ToQt("Store password (encrypted)")), store))->hide();
+    return entry;
+  }
+  // A list, and with `typed` an entry for any text as well.
+  TDropCombo* List(const char* name, const char* caption, bool typed) {
+    auto* list = Named(new TDropCombo, name);
+    list->setEditable(typed);
+    if (typed) {
+      list->setInsertPolicy(QComboBox::NoInsert);
+      list->setCompleter(nullptr);  // which would change the case of what is typed
+    }
+    return Row(caption, list);
+  }
+  QLineEdit* Browsed(const char* name, const char* button, const char* caption,
+                     const std::function<void(QLineEdit&)>& browse) {
+    auto* both = new QWidget;
+    auto* entry = Named(new QLineEdit, name);
+    auto* open = Named(new QToolButton, button);
+    auto* row = new QHBoxLayout(both);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(entry);
+    row->addWidget(open);
+    open->setText(ToQt("..."));
+    open->setToolTip(ToQt("Browse"));
+    const std::string label = StrReplace(caption, "&", "");
+    open->setAccessibleName(ToQt("Browse: " + label));
+    entry->setAccessibleName(ToQt(label));  // the caption is the label of both
+    open->setFocusPolicy(Qt::StrongFocus);
+    both->setFocusProxy(entry);
+    Handle(open, &QToolButton::clicked, page_, [browse, entry] { browse(*entry); });
+    Row(caption, both);
+    return entry;
+  }
+  // Two radio buttons beside each other, the first one checked.
+  std::pair<QRadioButton*, QRadioButton*> Choice(const char* caption, QRadioButton* first, QRadioButton* second) {
+    auto* both = new QWidget;
+    auto* row = new QHBoxLayout(both);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(first);
+    row->addWidget(second);
+    row->addStretch();
+    first->setChecked(true);
+    both->setFocusProxy(first);
+    Row(caption, both);
+    return {first, second};
+  }
+  QFormLayout* Form() const { return form_; }
+  QWidget* Page() const { return page_; }
+
+ private:
+  void BeginWith(QWidget* field) {
+    if (page_->focusProxy() == nullptr) page_->setFocusProxy(field);
+  }
+
+  QWidget* page_;
+  QFormLayout* form_;
+};
+
+QRadioButton* Radio(const char* name, const char* caption) { return Named(new QRadioButton(ToQt(caption)), name); }
+
+QCheckBox* ColumnNamesBox(const char* name) {
+  return Named(new QCheckBox(ToQt("First record are column &names")), name);
+}
+
+}  // namespace
+
+void TfrConn::MakeMySQLPage() {
+  TPageMaker page(this, "tsMySQL");
+  page.Entry("edServerMySQL", "&Server");
+  auto* port = page.Row("P&ort", Named(new QSpinBox, "edPortMySQL"));
+  port->setRange(0, kLastPort);
+  port->setSpecialValueText(ToQt("usual"));
+  port->setToolTip(ToQt(kPortHint));
+  port->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+  page.Entry("edUsernameMySQL", "&Username");
+  page.Secret("edPasswordMySQL", "&Password", "cbStorePasswordMySQL");
+  TDropCombo* databases = page.List("cDBMySQL", "&Database", false);
+  databases->OnDropDown = [this, databases] { ListDatabases(*databases); };
+  MakeMoreOfMySQL(*page.WideRow(new QWidget));
+}
+
+// How the server is reached: a fold, since most servers need none of it.
+void TfrConn::MakeMoreOfMySQL(QWidget& fold) {
+  auto* column = new QVBoxLayout(&fold);
+  column->setContentsMargins(0, 0, 0, 0);
+  auto* open = Named(new QToolButton, "bnMoreMySQL");
+  open->setText(ToQt("&More"));
+  open->setToolTip(ToQt("TLS, certificates, local socket, login"));
+  open->setCheckable(true);
+  open->setAutoRaise(true);
+  open->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+  open->setFocusPolicy(Qt::StrongFocus);
+  column->addWidget(open);
+
+  TPageMaker more(&fold, "panMoreMySQL");
+  const auto browse = [this](QLineEdit& field) { BrowsePemFile(field); };
+  auto* tls = more.Row("&TLS", Named(new QComboBox, "cTlsMySQL"));
+  for (const char* mode : kTlsModes) tls->addItem(ToQt(mode));
+  QLineEdit* authorities = more.Browsed("edTlsCaMySQL", "bnTlsCaMySQL", "CA certi&ficates", browse);
+  more.Browsed("edTlsCertMySQL", "bnTlsCertMySQL", "Client c&ertificate", browse);
+  more.Browsed("edTlsKeyMySQL", "bnTlsKeyMySQL", "Client ke&y", browse);
+  more.Entry("edSocketMySQL", "Local soc&ket");
+  more.Browsed("edServerKeyMySQL", "bnServerKeyMySQL", "Ser&ver's public key", browse);
+  more.WideRow(Named(new QCheckBox(ToQt("Trust the pu&blic key that the server sends")), "cbGetServerKeyMySQL"));
+  more.WideRow(Named(new QCheckBox(ToQt("&Allow old logins, which show the password")), "cbOldLoginMySQL"));
+
+  const auto show = [open, panel = more.Page()](bool shown) {
+    panel->setVisible(shown);
+    open->setArrowType(shown ? Qt::DownArrow : Qt::RightArrow);
+  };
+  show(false);
+  Handle(open, &QToolButton::toggled, open, [open, show] { show(open->isChecked()); });
+  // Whoever names the certificates to trust means them to count.
+  Handle(authorities, &QLineEdit::textChanged, tls, [authorities, tls] {
+    if (!authorities->text().isEmpty() && tls->currentIndex() == static_cast<int>(ETls::Preferred))
+      tls->setCurrentIndex(static_cast<int>(ETls::Required));
+  });
+}
+
+void TfrConn::MakeFolderPage() {
+  TPageMaker page(this, "tabFolder");
+  page.Browsed("edFolder", "bnFolder", "Database &folder", [this](QLineEdit& field) { BrowseFolder(field); });
+}
+
+void TfrConn::MakeFilePage() {
+  TPageMaker page(this, "tsFile");
+  page.Browsed("edFilename", "bnFilename", "&Filename", [this](QLineEdit& field) { BrowseDatabaseFile(field); });
+  page.WideRow(ColumnNamesBox("cbFileHDR"));
+}
+
+void TfrConn::MakeMSSQLPage() {
+  TPageMaker page(this, "tsMSSQL");
+  TDropCombo* servers = page.List("cServerMSSQL", "&Server", true);
+  servers->OnDropDown = [this, servers] { ListSources(*servers, enumerators_.SQLServers); };
+  const auto [windows, mixed] =
+      page.Choice("Authentication", Radio("rbWindowsMSSQL", "&Windows"), Radio("rbMixedMSSQL", "&Mixed"));
+  QLineEdit* username = page.Entry("edUsernameMSSQL", "&Username");
+  QLineEdit* password = page.Secret("edPasswordMSSQL", "&Password", "cbStorePasswordMSSQL");
+  TDropCombo* databases = page.List("cDBMSSQL", "&Database", false);
+  databases->OnDropDown = [this, databases] { ListDatabases(*databases); };
+
+  const auto show_account = [form = page.Form(), username, password](bool shown) {
+    form->setRowVisible(username, shown);
+    form->setRowVisible(password, shown);
+  };
+  show_account(false);
+  OnChecked(mixed, [show_account, username] {
+    show_account(true);
+    username->setFocus();
+  });
+  OnChecked(windows, [show_account, databases] {
+    show_account(false);
+    databases->setFocus();
+  });
+}
+
+void TfrConn::MakeTextPage() {
+  TPageMaker page(this, "tsText");
+  page.Browsed("edTextFolder", "bnTextFolder", "Database &folder", [this](QLineEdit& field) { BrowseFolder(field); });
+  page.WideRow(ColumnNamesBox("cbTextHDR"));
+
+  auto* group = page.WideRow(new QGroupBox(ToQt("Columns")));
+  auto* kinds = new QVBoxLayout(group);
+  QRadioButton* delimited = Radio("rbTextDelimited", "&Delimited");
+  QRadioButton* fixed = Radio("rbTextFixed", "Fi&xed");
+  auto* panel = Named(new QWidget, "panDelimiters");
+  for (QWidget* widget : {static_cast<QWidget*>(delimited), static_cast<QWidget*>(fixed), panel})
+    kinds->addWidget(widget);
+  delimited->setChecked(true);
+  fixed->hide();
+
+  auto* row = new QHBoxLayout(panel);
+  row->setContentsMargins(style()->pixelMetric(QStyle::PM_ExclusiveIndicatorWidth), 0, 0, 0);
+  QRadioButton* tab = Radio("rbTextSepTab", "&Tab");
+  QRadioButton* comma = Radio("rbTextSepComma", "Co&mma");
+  QRadioButton* other = Radio("rbTextSepOther", "&Other:");
+  auto* separator = Named(new TEnteredEdit, "edTextSep");
+  for (QWidget* widget : {static_cast<QWidget*>(tab), static_cast<QWidget*>(comma), static_cast<QWidget*>(other),
+                          static_cast<QWidget*>(separator)})
+    row->addWidget(widget);
+  row->addStretch();
+  tab->setChecked(true);
+  separator->setMaxLength(1);
+  separator->setFixedWidth(4 * fontMetrics().averageCharWidth() + separator->sizeHint().height() / 2);
+
+  OnChecked(delimited, [panel, tab] {
+    panel->show();
+    tab->setChecked(true);
+  });
+  OnChecked(fixed, [panel] { panel->hide(); });
+  OnChecked(other, [separator] { separator->setFocus(); });
+  separator->OnEnter = [other] { other->setChecked(true); };
+}
+
+void TfrConn::MakeIBPage() {
+  TPageMaker page(this, "tsIB");
+  page.List("cServerIB", "&Server", true);
+  page.Entry("edUsernameIB", "&Username");
+  page.Secret("edPasswordIB", "&Password", "cbStorePasswordIB");
+  page.Browsed("edDBIB", "bnDBIB", "&Database", [this](QLineEdit& field) { BrowseDatabaseFile(field); });
+}
+
+void TfrConn::MakeOraclePage() {
+  TPageMaker page(this, "tsOracle");
+  const auto [client, direct] =
+      page.Choice("Using", Radio("rbOCIORA", "&Oracle Client"), Radio("rbNetORA", "D&irectly"));
+  TDropCombo* server = page.List("cServerORA", "&Service", true);
+  server->OnDropDown = [this, server] { ListOracleServices(*server); };
+  page.Entry("edUsernameORA", "&Username");
+  page.Secret("edPasswordORA", "&Password", "cbStorePasswordORA");
+  TDropCombo* mode = page.List("cAuthModeORA", "&Auth.mode", false);
+  mode->addItems({ToQt("Normal"), ToQt("SYSDBA"), ToQt("SYSOPER")});
+
+  auto* label = Named(qobject_cast<QLabel*>(page.Form()->labelForField(server)), "lbServerORA");
+  OnChecked(client, [label] { label->setText(ToQt("&Service")); });
+  OnChecked(direct, [label] { label->setText(ToQt("&Server")); });
+}
+
+void TfrConn::MakeAccessPage() {
+  TPageMaker page(this, "tsAccess");
+  page.Browsed("edFileAccess", "bnFileAccess", "&Filename", [this](QLineEdit& field) { BrowseDatabaseFile(field); });
+  page.Secret("edPasswordAccess", "&Password", "cbStorePasswordAccess");
+  page.Browsed("edSysDBAccess", "bnSysDBAccess", "&System database",
+               [this](QLineEdit& field) { BrowseSystemDatabase(field); });
+}
+
+void TfrConn::MakeODBCPage() {
+  TPageMaker page(this, "tsODBC");
+  TDropCombo* sources = page.List("cDSN", "&DSN", true);
+  sources->OnDropDown = [this, sources] { ListSources(*sources, enumerators_.ODBCSources); };
+}
+
+}  // namespace velmora

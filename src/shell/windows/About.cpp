@@ -1,0 +1,77 @@
+#include "shell/windows/About.h"
+
+#include <QDialogButtonBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "shell/widgets/Icons.h"
+#include "shell/widgets/QtText.h"
+#include "shell/widgets/TopLevel.h"
+#include "util/Version.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr int kIconSize = 64;
+constexpr double kTitleScale = 1.5;  // of the font around it
+
+QLabel* Title() {
+  auto* title = new QLabel(ToQt(AppTitle()));
+  title->setObjectName(QStringLiteral("lbTitle"));
+  QFont font = title->font();
+  font.setPointSizeF(font.pointSizeF() * kTitleScale);
+  font.setBold(true);
+  title->setFont(font);
+  return title;
+}
+
+}  // namespace
+
+TfmAbout::TfmAbout(QWidget* parent) : QDialog(parent) {
+  setObjectName(QStringLiteral("fmAbout"));
+  setWindowTitle(QStringLiteral("About Velmora"));
+  auto* icon = new QLabel;
+  icon->setPixmap(ProgramIcon().pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
+
+  auto* texts = new QVBoxLayout;
+  texts->addWidget(Title());
+  texts->addWidget(new QLabel(QStringLiteral("Makes the structure of a MySQL database equal to that of a reference.")));
+  texts->addSpacing(8);
+  texts->addWidget(Link(QStringLiteral("lbVisitWeb"), QStringLiteral("Visit web page"), &TfmAbout::OnVisitWeb));
+  texts->addWidget(
+      Link(QStringLiteral("lbContactSupport"), QStringLiteral("Contact support"), &TfmAbout::OnContactSupport));
+  texts->addStretch();
+  auto* head = new QHBoxLayout;
+  head->setSpacing(16);
+  head->addWidget(icon, 0, Qt::AlignTop);
+  head->addLayout(texts, 1);
+
+  auto* buttons = new QDialogButtonBox;
+  auto* close = buttons->addButton(QStringLiteral("Close"), QDialogButtonBox::RejectRole);
+  close->setObjectName(QStringLiteral("butClose"));
+  close->setDefault(true);
+  close->setFocus();
+  Handle(close, &QPushButton::clicked, this, [this] { reject(); });
+
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(16, 16, 16, 12);
+  layout->setSpacing(12);
+  layout->addLayout(head);
+  layout->addWidget(buttons);
+  layout->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+QLabel* TfmAbout::Link(const QString& name, const QString& caption, std::function<void()> TfmAbout::*action) {
+  auto* link = new QLabel(QStringLiteral("<a href=\"#\">%1</a>").arg(caption.toHtmlEscaped()));
+  link->setObjectName(name);
+  link->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+  Handle(link, &QLabel::linkActivated, this, [this, action] {
+    if (this->*action) (this->*action)();
+  });
+  return link;
+}
+
+}  // namespace velmora

@@ -1,0 +1,45 @@
+#include "shell/windows/Commands.h"
+
+#include "shell/windows/Main.h"
+
+namespace velmora {
+
+namespace {
+
+using enum ECommandList;
+
+constexpr TCommand kCommands[] = {
+    {"acLoadScriptFromFile", "Open script...", nullptr, "script-open", acList, &TfmMain::acLoadScriptFromFile,
+     "Open a script file in the script tab"},
+    {"acSaveScriptToFile", "Save script to file", nullptr, "script-save", acList, &TfmMain::acSaveScriptToFile},
+    {"acExit", "Exit", "Alt+F4", "exit", acList, &TfmMain::acExit},
+    {"acOptions", "Options...", "Alt+O", "options", acList, &TfmMain::acOptions},
+    {"acHelp", "Help", "F1", "help", acList, &TfmMain::acHelp},
+    {"acAbout", "About...", nullptr, "about", acList, &TfmMain::acAbout},
+    {"acSelectAll", "", "Ctrl+A", nullptr, acList, &TfmMain::acSelectAll},
+    {"acNewTask", "New...", "Ctrl+N", "task-new", acList, &TfmMain::acNewTask, "New sync task"},
+    {"acOpenTask", "Open...", "Ctrl+O", "task-open", acList, &TfmMain::acOpenTask, "Open a sync task"},
+    {"acVisitWeb", "Visit web page", nullptr, "web", acList, &TfmMain::acVisitWeb},
+    {"acContactSupport", "Contact support", nullptr, "mail", acList, &TfmMain::acContactSupport},
+
+    {"acCloseTask", "Close", "Ctrl+F4", "task-close", acTask, &TfmMain::acCloseTask},
+    {"acSaveTask", "Save", "Ctrl+S", "task-save", acTask, &TfmMain::acSaveTask, "Save the sync task"},
+    {"acSaveTaskAs", "Save As...", nullptr, "task-save-as", acTask, &TfmMain::acSaveTaskAs},
+    {"acAnalyze", "Analyze", "F9", "analyze", acTask, &TfmMain::acAnalyze, "Compare both databases"},
+    {"acRunScript", "Run script", nullptr, "synchronize", acTask, &TfmMain::acRunScript},
+    {"acSynchronize", "Execute Sync Script!", nullptr, "synchronize", acTask, &TfmMain::acSynchronize,
+     "Run the script on the target database"},
+    {"acDelAction", "Delete action", nullptr, "delete-action", acTask, &TfmMain::acDelAction,
+     "Take the focused action out of the script"},
+    {"acGenScript", "Generate script", nullptr, nullptr, acTask, &TfmMain::acGenScript},
+    {"acDumpDB", "Backup database...", nullptr, "backup", acTask, &TfmMain::acDumpDB},
+    {"acCreateDB", "Create database...", nullptr, "database", acTask, nullptr},
+    {"acEditTask", "Edit...", nullptr, nullptr, acTask, nullptr},
+    {"acInnoDBStatus", "InnoDB status", "Ctrl+F12", nullptr, acTask, nullptr},
+};
+
+}  // namespace
+
+std::span<const TCommand> Commands() { return kCommands; }
+
+}  // namespace velmora

@@ -1,0 +1,34 @@
+#include "shell/windows/Confirm.h"
+
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "shell/widgets/TopLevel.h"
+
+namespace velmora {
+
+TfmConfirm::TfmConfirm(QWidget* parent) : QDialog(parent) {
+  setObjectName(QStringLiteral("fmConfirm"));
+  setWindowTitle(QStringLiteral("Please confirm"));
+  auto* text = new QLabel;
+  text->setObjectName(QStringLiteral("lbText"));
+  text->setWordWrap(true);
+  text->setMinimumWidth(320);
+
+  auto* buttons = new QDialogButtonBox;
+  auto* ok = buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
+  ok->setObjectName(QStringLiteral("butOK"));
+  ok->setDefault(true);
+  auto* cancel = buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
+  cancel->setObjectName(QStringLiteral("butCancel"));
+  Handle(ok, &QPushButton::clicked, this, [this] { accept(); });
+  Handle(cancel, &QPushButton::clicked, this, [this] { reject(); });
+
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(text, 1);
+  layout->addWidget(buttons);
+}
+
+}  // namespace velmora

@@ -1,0 +1,84 @@
+#include "shell/windows/Desktop.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QTimer>
+#include <clocale>
+
+#include "app/Enumerators.h"
+#include "persist/OptionStore.h"
+#include "persist/Settings.h"
+#include "shell/widgets/Icons.h"
+#include "shell/widgets/TopLevel.h"
+#include "shell/windows/About.h"
+#include "shell/windows/Confirm.h"
+#include "shell/windows/Dump.h"
+#include "shell/windows/Options.h"
+#include "shell/windows/Progress.h"
+#include "shell/windows/Splash.h"
+#include "shell/windows/TaskWiz.h"
+#include "util/Version.h"
+
+namespace velmora {
+
+namespace {
+
+// Handlers are connected by Handle and let nothing out; this is for what the windows themselves may raise, such as a
+// lack of memory while one is painted.
+class TQtApplication final : public QApplication {
+ public:
+  using QApplication::QApplication;
+
+  bool notify(QObject* receiver, QEvent* event) override {
+    bool taken = false;
+    AtTopLevel([&] { taken = QApplication::notify(receiver, event); });
+    return taken;
+  }
+};
+
+void Wait(int milliseconds) {
+  QEventLoop loop;
+  QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+  loop.exec();
+}
+
+}  // namespace
+
+TDesktop::TDesktop(TDesktopSetup setup, std::unique_ptr<TQtHost> host)
+    : setup_(std::move(setup)), host_(std::move(host)), host_guard_(std::make_unique<THostGuard>(*host_)) {}
+
+TDesktop::~TDesktop() = default;
+
+void TDesktop::Start(int splash_time) {
+  main_ = std::make_unique<TfmMain>(setup_);
+  TfmSplash splash;
+  splash.ShowPainted();
+  MakeForms();
+  Wait(splash_time);
+  splash.close();
+  main_->show();
+}
+
+void TDesktop::MakeForms() {
+  progress_ = std::make_unique<TfmProgress>();
+  about_ = std::make_unique<TfmAbout>(main_.get());
+  confirm_ = std::make_unique<TfmConfirm>(main_.get());
+  dump_ = std::make_unique<TfmDump>(main_.get());
+  options_ = std::make_unique<TfmOptions>(main_.get());
+  wizard_ = std::make_unique<TfmTaskWiz>(main_->Clients(), main_.get(), MachineEnumerators());
+  main_->SetForms({*progress_, *about_, *dump_, *options_, *wizard_});
+}
+
+int RunDesktop(int& argc, char** argv) {
+  TQtApplication application(argc, argv);
+  std::setlocale(LC_NUMERIC, "C");  // Qt took over the user's; drivers of databases write numbers by it
+  QApplication::setApplicationName(QLatin1String(kProgramTitle));
+  QApplication::setDesktopFileName(QStringLiteral("velmora"));
+  QApplication::setWindowIcon(ProgramIcon());
+  TUserOptions options;
+  TDesktop desktop({SettingsFile(), &options, {}});
+  desktop.Start();
+  return QApplication::exec();
+}
+
+}  // namespace velmora

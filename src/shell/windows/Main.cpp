@@ -1,0 +1,389 @@
+#include "shell/windows/Main.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <QScreen>
+#include <QStatusBar>
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+
+#include "app/FaultPlace.h"
+#include "app/SideNames.h"
+#include "core/Host.h"
+#include "persist/Settings.h"
+#include "shell/widgets/Icons.h"
+#include "shell/widgets/QtText.h"
+#include "shell/widgets/TopLevel.h"
+#include "shell/widgets/WindowLog.h"
+#include "shell/windows/Commands.h"
+#include "shell/windows/Progress.h"
+#include "util/Clock.h"
+#include "util/Errors.h"
+#include "util/Version.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kExactTitle[] = " (exact dialect)";
+constexpr char kEmptyQuestion[] = ".\n\nGo on all the same?";
+constexpr char kTypedQuestion[] = "The script was edited and is not saved. Discard it?";
+constexpr char kExactHint[] = "Exact dialect: press F9 to analyze.";
+constexpr int kWidth = 1000;
+constexpr int kHeight = 700;
+constexpr int kUnplaced = std::numeric_limits<int>::min();
+constexpr int kEdgeHeight = 24;
+constexpr QSize kFrame(8, kEdgeHeight + 8);  // what a window system draws around a window, about
+constexpr int kReachedWidth = 48;
+constexpr int kFarthest = 1 << 20;  // of a place that any screen can show
+
+// A "&" in the name is none that underlines what follows. A name that is too long for its half is read in the hint.
+void ShowHeading(QLabel& heading, const char* caption, TDBConn& conn) {
+  std::string name;
+  conn.GetDisplayName(name);
+  heading.setText(QLatin1String(caption) + ToQt(name).replace(QLatin1Char('&'), QLatin1String("&&")));
+  heading.setToolTip(ToQt(name).toHtmlEscaped());
+}
+
+QFont TextFont(const std::string& family, int size, QFont::StyleHint hint) {
+  QFont font(ToQt(family));
+  font.setStyleHint(hint);
+  if (size > 0) font.setPointSize(size);
+  return font;
+}
+
+// Whether a window's upper edge lies on a screen, so that the window can be taken hold of.
+bool CanBeReached(const QRect& place) {
+  const QRect edge(place.left(), place.top(), place.width(), kEdgeHeight);
+  const QList<QScreen*> screens = QApplication::screens();
+  return std::any_of(screens.begin(), screens.end(), [&](const QScreen* screen) {
+    const QRect shown = screen->availableGeometry() & edge;
+    return shown.width() >= kReachedWidth && shown.height() >= kEdgeHeight / 2;
+  });
+}
+
+// As much of a window as the screen has room for, with its frame.
+QSize OnScreen(const QSize& size, const QRect& available) { return size.boundedTo(available.size() - kFrame); }
+
+// The place, moved as far as it takes for the window to lie on the screens.
+QPoint OnScreen(const QPoint& place, const QSize& size, const QRect& available) {
+  const QPoint last = available.bottomRight() - QPoint((size + kFrame).width(), (size + kFrame).height());
+  return {std::max(available.left(), std::min(place.x(), last.x())),
+          std::max(available.top(), std::min(place.y(), last.y()))};
+}
+
+int Bounded(int value) { return std::clamp(value, -kFarthest, kFarthest); }
+
+}  // namespace
+
+TfmMain::TfmMain(TDesktopSetup setup) : setup_(std::move(setup)) {
+  setup_.clients = notes_.Watched(setup_.clients);
+  setObjectName(QStringLiteral("fmMain"));
+  setWindowIcon(ProgramIcon());
+  setContextMenuPolicy(Qt::NoContextMenu);  // nothing brings back a bar that was hidden by mistake
+  resize(kWidth, kHeight);
+  MakeCommands();
+  MakeRecentCommands();
+  MakeExtras();
+  MakeMenus();
+  MakeBars();
+  MakeWorkArea();
+  ConnectWorkArea();
+  ReadSettings();
+}
+
+TfmMain::~TfmMain() { tlActions->disconnect(this); }
+
+// --- Start and end
+
+void TfmMain::ReadSettings() {
+  TWindowPlace place{kWindowNormal, kUnplaced, kUnplaced, width(), height()};
+  LoadSettings(setup_.settings_file, place, recent_);
+  ShowRecent();
+  if (place.state == kWindowNormal && place.width > 0 && place.height > 0) PlaceAs(place);
+  if (place.state == kWindowMaximised) setWindowState(Qt::WindowMaximized);
+}
+
+// A place that no screen has, or none at all, is left to the window system.
+void TfmMain::PlaceAs(const TWindowPlace& place) {
+  const QRect wanted(Bounded(place.left), Bounded(place.top), Bounded(place.width), Bounded(place.height));
+  if (!CanBeReached(wanted)) return resize(OnScreen(wanted.size(), screen()->availableGeometry()));
+  const QRect screens = screen()->availableVirtualGeometry();
+  resize(OnScreen(wanted.size(), screens));
+  move(OnScreen(wanted.topLeft(), size(), screens));
+}
+
+// Writes the options too.
+void TfmMain::WriteSettings() {
+  TWindowPlace place{kWindowNormal, x(), y(), width(), height()};
+  if (isMaximized()) place.state = kWindowMaximised;
+  if (isMinimized()) place.state = kWindowMinimised;
+  velmora::SaveSettings(setup_.settings_file, place, recent_, options_, *setup_.options);
+}
+
+void TfmMain::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  if (std::exchange(shown_, true)) return;
+  AtTopLevel([this] { FirstShow(); });
+}
+
+void TfmMain::FirstShow() {
+  script_ = std::make_unique<TScriptPort>(*mScript, [this] { page->setTabVisible(page->indexOf(tsScript), true); });
+  log_ = std::make_unique<TWindowLog>(SystemClock(), forms_->progress, *mLog);
+  mDDLref->SetBytes({});
+  mDDLtgt->SetBytes({});
+  app_ = std::make_unique<TApplication>(forms_->progress, *script_, *log_, SystemClock());
+  app_->tree.SetView(tlActions);
+  task_ = std::make_unique<TTaskFile>(app_->connections, static_cast<TTaskHost&>(*this), setup_.clients);
+  page->setCurrentWidget(tsActions);
+  LoadOptions();
+  ShowTask(false);
+}
+
+void TfmMain::closeEvent(QCloseEvent* event) {
+  // Something that is under way works on what closing frees.
+  if (!isEnabled() || (running_ != nullptr && running_ != Command("acExit"))) {
+    event->ignore();
+    return;
+  }
+  AtTopLevel([this] { Close(); });
+  event->accept();
+}
+
+void TfmMain::Close() {
+  if (!app_) return;
+  RunGuarded([this] { WriteSettings(); },
+             [this] {
+               mScript->DetachParser();
+               app_->tree.SetView(nullptr);
+               tlActions->Cleared();
+               task_.reset();
+               app_.reset();
+               former_.clear();
+             });
+}
+
+void TfmMain::LoadOptions() {
+  options_ = velmora::LoadOptions(*setup_.options);
+  ApplyFonts();
+}
+
+void TfmMain::ApplyFonts() {
+  mLog->setFont(TextFont(options_.LogFontName, options_.LogFontSize, QFont::SansSerif));
+  mScript->SetTextFont(TextFont(options_.ScriptFontName, options_.ScriptFontSize, QFont::Monospace));
+}
+
+void TfmMain::SaveOptions() { velmora::SaveOptions(options_, *setup_.options); }
+
+// --- The task
+
+void TfmMain::ShowTask(bool active) {
+  active_ = active;
+  ShowPage();
+  for (const TCommand& command : velmora::Commands())
+    if (command.list == ECommandList::acTask) Command(command.name)->setEnabled(active);
+  for (QWidget* widget : std::initializer_list<QWidget*>{barAnalyze, panMain, pnDetails, splitter})
+    widget->setVisible(active);
+  lbNoTask->setVisible(!active);
+  acExactDialect_->setEnabled(active);
+  if (!active) ClearWork();
+  UpdateExecute();
+  SetDialect(active && task_->ExactDialect);
+  ShowTitle(active);
+  if (active) {
+    app_->connections.reference->Connect();
+    app_->connections.target->Connect();
+    ShowHeading(*pnRefH, " &Reference: ", *app_->connections.reference);
+    ShowHeading(*pnTgtH, " Tar&get: ", *app_->connections.target);
+    if (log_->Lines().empty()) ShowLog({});
+  } else {
+    barFind->hide();
+    said_.clear();
+  }
+}
+
+void TfmMain::ShowPage() {
+  page->show();
+  lbEqual->hide();
+}
+
+void TfmMain::ClearWork() {
+  app_->Forget();
+  empty_allowed_ = false;
+  script_->Clear();
+  ScriptIs(EScriptOf::Nobody);
+  for (TSqlEdit* edit : {mDDLref, mDDLtgt}) {
+    edit->SetBytes({});
+    edit->MarkDifferences({});
+  }
+  log_->SetLines({});
+  tlActions->SetHint({});
+  statusBar()->clearMessage();
+}
+
+bool TfmMain::MayLoseScript() {
+  const bool typed = active_ && mScript->isModified() && mScript->length() > 0;
+  return !typed || ConfirmYes(kTypedQuestion);
+}
+
+void TfmMain::ShowLog(const TStringList& lines) {
+  for (const std::string& line : notes_.Of(app_->connections))
+    if (std::ranges::find(said_, line) == said_.end()) said_.push_back(line);
+  TStringList all = said_;
+  all.insert(all.end(), lines.begin(), lines.end());
+  log_->SetLines(all);
+}
+
+void TfmMain::ShowTitle(bool active) {
+  std::string name;
+  if (active) name = std::filesystem::path(task_->TaskFileName).stem().string() + " - ";
+  setWindowTitle(ToQt(name + AppTitle() + (acExactDialect_->isChecked() ? kExactTitle : "")));
+}
+
+void TfmMain::RecentAdd(const std::string& path) {
+  recent_.RecentAdd(path);
+  ShowRecent();
+}
+
+void TfmMain::ShowRecent() {
+  for (std::size_t i = 0; i < acRecent_.size(); ++i) {
+    const bool used = i < recent_.Count();
+    acRecent_[i]->setVisible(used);
+    if (!used) continue;
+    // The number is the mnemonic; a "&" in the path is none.
+    const QString caption = ToQt(recent_.Caption(i));
+    acRecent_[i]->setText(caption.left(1) + caption.mid(1).replace(QLatin1Char('&'), QLatin1String("&&")));
+  }
+}
+
+// --- Analysis
+
+void TfmMain::Analyze() {
+  const QPointer<QWidget> focused = focusWidget();
+  forms_->progress.ShowSimple("Analyzing...");
+  QAction* analyze = Command("acAnalyze");
+  app_->tree.BeginUpdate();
+  RunGuarded(
+      [&] {
+        app_->tree.Clear();
+        tlActions->SetHint({});
+        analyze->setEnabled(false);
+        panMain->setEnabled(false);
+        if (app_->connections.reference) CheckComparable(*app_->connections.reference);
+        log_->LogLine("Comparing...");
+        Compare();
+        AskAboutEmptyReference();
+        acGenScript();
+        ShowLog(app_->ActionLog());
+        page->setCurrentWidget(tsActions);
+        ShowResult();
+      },
+      [&] {
+        app_->tree.EndUpdate();
+        analyze->setEnabled(true);
+        panMain->setEnabled(true);
+        forms_->progress.Finish();
+        RestoreFocus(focused);
+      });
+}
+
+// A connection that is lost is named with its side: the client's message tells of none.
+void TfmMain::Compare() {
+  try {
+    app_->Compare();
+  } catch (const EAbort&) {
+    throw;
+  } catch (const EVelmora& error) {
+    const TTaskConnections& pair = app_->connections;
+    if (!app_->TargetLost() && (pair.reference == nullptr || StandsConnected(*pair.reference))) throw;
+    const std::string place = ComparisonPlace(pair.reference.get(), pair.target.get(), app_->TargetLost(),
+                                              app_->TableUnderWay(), error.what());
+    if (place.empty()) throw;
+    RaiseError(place + ": " + error.what());
+  }
+}
+
+void TfmMain::AskAboutEmptyReference() {
+  if (empty_allowed_ || app_->data.mtActions.Empty() || !app_->ReferenceIsEmpty()) return;
+  if (!ConfirmYes(EmptyReferenceText(*app_->connections.reference) + kEmptyQuestion)) {
+    ClearWork();
+    ShowLog({});
+    ShowPage();
+    throw EAbort();
+  }
+  empty_allowed_ = true;
+}
+
+// What was disabled in between has lost the focus.
+void TfmMain::RestoreFocus(QWidget* focused) {
+  if (focused != nullptr && focused->isVisible())
+    focused->setFocus();
+  else if (page->isVisible())
+    page->setFocus();
+}
+
+void TfmMain::ShowResult() {
+  const bool identical = app_->Identical();
+  const bool rows = !app_->data.mtActions.Empty();
+  lbEqual->setVisible(identical);
+  page->setVisible(!identical);
+  if (identical) barFind->hide();
+  if (!identical && !rows) page->setCurrentWidget(tsMessages);  // which names the tables that could not be read
+  ScriptIs(rows ? EScriptOf::Analysis : EScriptOf::Nobody);
+  Command("acDelAction")->setEnabled(rows);
+}
+
+void TfmMain::ShowTableDDL(const std::string& table) {
+  if (!app_->connections.reference || !app_->connections.target) return;
+  std::string reference;
+  std::string target;
+  app_->TableTexts(table, reference, target);
+  mDDLref->SetBytes(reference);
+  mDDLtgt->SetBytes(target);
+  const TLinePair lines = app_->MarkedLines(reference, target);
+  mDDLref->MarkDifferences(lines.first);
+  mDDLtgt->MarkDifferences(lines.second);
+}
+
+// What was found in one dialect cannot be shown or run in the other.
+void TfmMain::SetDialect(bool exact) {
+  acExactDialect_->setChecked(exact);
+  const EDialect dialect = exact ? EDialect::Exact : EDialect::Standard;
+  if (std::exchange(app_->dialect, dialect) == dialect) return;
+  ClearWork();
+  if (!exact) return;
+  tlActions->SetHint(QLatin1String(kExactHint));
+  page->setCurrentWidget(tsActions);
+}
+
+// --- The script
+
+EScriptOf TfmMain::ScriptOf() const { return mScript->isModified() ? EScriptOf::User : script_of_; }
+
+void TfmMain::ScriptIs(EScriptOf origin) {
+  script_->Flush();
+  script_of_ = origin;
+  mScript->setModified(false);
+  UpdateExecute();
+}
+
+void TfmMain::UpdateExecute() {
+  const EScriptOf origin = ScriptOf();
+  const bool typed = origin == EScriptOf::User && mScript->length() > 0;
+  Command("acSynchronize")->setEnabled(active_ && (typed || origin == EScriptOf::Analysis));
+}
+
+void TfmMain::ShowFind() {
+  if (!panMain->isVisible() || !page->isVisible()) return;
+  TSqlEdit* edit = nullptr;
+  for (TSqlEdit* candidate : {mScript, mDDLref, mDDLtgt})
+    if (candidate->hasFocus()) edit = candidate;
+  if (edit == nullptr) edit = page->currentWidget() == tsScript ? mScript : mDDLref;
+  if (edit->isVisible()) barFind->Open(*edit);
+}
+
+}  // namespace velmora

@@ -1,0 +1,203 @@
+#pragma once
+
+#include <QAction>
+#include <QMainWindow>
+#include <QSplitter>
+#include <QTabWidget>
+#include <QToolBar>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/Application.h"
+#include "persist/OptionStore.h"
+#include "persist/Options.h"
+#include "persist/RecentList.h"
+#include "persist/TaskFile.h"
+#include "shell/widgets/ActionTreeView.h"
+#include "shell/widgets/FindBar.h"
+#include "shell/widgets/ScriptPort.h"
+#include "shell/widgets/SqlEdit.h"
+#include "shell/windows/ConnectionNotes.h"
+
+class QLabel;
+class QPlainTextEdit;
+
+namespace velmora {
+
+class TfmAbout;
+class TfmDump;
+class TfmOptions;
+class TfmProgress;
+class TfmTaskWiz;
+class TWindowLog;
+struct TWindowPlace;
+
+// The forms that the main window shows, all of which outlive it.
+struct TForms {
+  TfmProgress& progress;
+  TfmAbout& about;
+  TfmDump& dump;
+  TfmOptions& options;
+  TfmTaskWiz& wizard;
+};
+
+// What the main window is made with.
+struct TDesktopSetup {
+  std::string settings_file;        // where the window's place and the recent list are kept
+  TOptionStore* options = nullptr;  // outlives the window
+  TEngineClients clients;
+};
+
+// Whose work the script in the editor is, as far as the open pair goes.
+enum class EScriptOf {
+  Nobody,    // there is none, or it has nothing to do
+  Analysis,  // generated for the open pair
+  User       // loaded or typed while the pair was open
+};
+
+// The one main window. It owns the open task and has all commands. Each command is an operation of its own name; its
+// errors pass out, to be shown at the top level, and the window stays usable.
+class TfmMain final : public QMainWindow, private TTaskHost {
+ public:
+  // Reads the settings; without any, the window has its own size and no recent tasks.
+  explicit TfmMain(TDesktopSetup setup);
+  ~TfmMain() override;
+
+  void SetForms(const TForms& forms) { forms_ = std::make_unique<TForms>(forms); }  // before the window is shown
+
+  QAction* Command(const std::string& name) const { return commands_.at(name); }
+  const TEngineClients& Clients() const { return setup_.clients; }  // which tell this window what they have to say
+  TApplication& App() { return *app_; }                             // from the first showing until the window closes
+
+  // --- acList
+  void acLoadScriptFromFile();
+  void acSaveScriptToFile();
+  void acExit();
+  void acOptions();
+  void acHelp();
+  void acAbout();
+  void acSelectAll();
+  void acNewTask();
+  void acOpenTask();
+  void acVisitWeb();
+  void acContactSupport();
+  void acRecent(std::size_t index);
+
+  // --- Extras
+  void acExactDialect();  // follows the check mark of its command
+
+  // --- acTask
+  void acCloseTask();
+  void acSaveTask();
+  void acSaveTaskAs();
+  void acAnalyze();
+  void acRunScript();
+  void acSynchronize();
+  void acDelAction();
+  void acGenScript();
+  void acDumpDB();
+
+ protected:
+  void showEvent(QShowEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  // Layout
+  void MakeCommands();
+  void MakeRecentCommands();
+  void MakeMenus();
+  void MakeBars();
+  void MakeWorkArea();
+  QWidget* MakeTreePanel();
+  QWidget* MakeDetails();
+  void MakeExtras();
+  void ConnectWorkArea();
+  void AddCommands(QWidget& menu_or_bar, std::initializer_list<const char*> names);  // null stands for a separator
+  void OnCommand(QAction* command, std::function<void()> handler);  // which is not run while another one is
+
+  // Start and end
+  void FirstShow();
+  void ReadSettings();
+  void PlaceAs(const TWindowPlace& place);
+  void WriteSettings();
+  void Close();
+  void LoadOptions();
+  void ApplyFonts();
+  void SaveOptions();
+
+  // The task
+  void ShowTask(bool active) override;
+  void RecentAdd(const std::string& path) override;
+  void ShowRecent();
+  void ShowTitle(bool active);
+  void ShowLog(const TStringList& lines);  // after what is to be known of the connections
+  void ShowNotes();                        // of the connections, where the log is still empty
+  void ClearWork();                        // what a former pair left: tree, panels, log, script
+  void ShowPage();                         // in place of the label that says that all is equal
+  bool MayLoseScript();                    // asks where a text would go that was typed and not saved
+
+  // Analysis
+  void Analyze();
+  void Compare();
+  void AskAboutEmptyReference();
+  void SetDialect(bool exact);
+  EScriptOf ScriptOf() const;
+  void ScriptIs(EScriptOf origin);  // of the text as it stands; typing makes it the user's
+  void UpdateExecute();
+  bool MayRun(const std::string& script);
+  void TellRun();
+  void TellFailedRun(const std::string& script, const std::string& error);
+  bool RowsAllow();
+  void RestoreFocus(QWidget* focused);
+  void ShowResult();
+  void ShowTableDDL(const std::string& table);
+  void ShowFind();
+
+  TDesktopSetup setup_;
+  TConnectionNotes notes_;
+  TStringList said_;  // by the connections of the open pair; a comparison may put others in their place
+  TOptions options_;
+  TRecentList recent_;
+  std::unique_ptr<TForms> forms_;
+  std::map<std::string, QAction*> commands_;
+  std::vector<QAction*> acRecent_;
+  QAction* acExactDialect_ = nullptr;
+  bool shown_ = false;
+  bool active_ = false;         // a task is shown
+  bool empty_allowed_ = false;  // a reference without tables was agreed to, of the open pair
+  EScriptOf script_of_ = EScriptOf::Nobody;
+  bool following_ = false;            // one panel scrolls because the other did
+  const QAction* running_ = nullptr;  // the command that is under way
+
+  // Components, owned by the window
+  QToolBar* barAnalyze = nullptr;
+  QLabel* lbNoTask = nullptr;
+  QWidget* panMain = nullptr;
+  QLabel* lbEqual = nullptr;
+  QTabWidget* page = nullptr;
+  QWidget* tsActions = nullptr;
+  QWidget* tsMessages = nullptr;
+  QWidget* tsScript = nullptr;
+  QSplitter* splitter = nullptr;
+  TActionTreeView* tlActions = nullptr;
+  QWidget* pnDetails = nullptr;
+  QLabel* pnRefH = nullptr;
+  QLabel* pnTgtH = nullptr;
+  TSqlEdit* mDDLref = nullptr;
+  TSqlEdit* mDDLtgt = nullptr;
+  QPlainTextEdit* mLog = nullptr;
+  TSqlEdit* mScript = nullptr;
+  TFindBar* barFind = nullptr;
+
+  // The working state, from the first showing until the window closes
+  std::unique_ptr<TScriptPort> script_;
+  std::unique_ptr<TWindowLog> log_;
+  std::unique_ptr<TApplication> app_;
+  std::unique_ptr<TTaskFile> task_;
+  std::vector<TTaskConnections> former_;  // pairs that a new task took the place of
+};
+
+}  // namespace velmora

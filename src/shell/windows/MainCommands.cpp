@@ -1,0 +1,271 @@
+// What the commands of the main window do.
+
+#include <QApplication>
+#include <QFontInfo>
+#include <QPlainTextEdit>
+#include <QStatusBar>
+#include <QUrl>
+#include <algorithm>
+
+#include "app/RunTelling.h"
+#include "app/SideNames.h"
+#include "core/Host.h"
+#include "shell/widgets/QtText.h"
+#include "shell/widgets/TopLevel.h"
+#include "shell/widgets/WindowLog.h"
+#include "shell/windows/About.h"
+#include "shell/windows/Dump.h"
+#include "shell/windows/Main.h"
+#include "shell/windows/Options.h"
+#include "shell/windows/Progress.h"
+#include "shell/windows/TaskWiz.h"
+#include "util/Addresses.h"
+#include "util/Counted.h"
+#include "util/Errors.h"
+#include "util/Files.h"
+#include "util/Format.h"
+#include "util/Version.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kScriptFilter[] = "MySQL script|*.sql";
+constexpr char kRunQuestion[] = "Run %s on %s?";
+constexpr char kUnsafeQuestion[] = "\n\n%s of this script can lose data:";
+constexpr char kRowsQuestion[] = "Rows of the target stand in the way of the script, or could not be checked:";
+constexpr int kRowCheckSeconds = 30;  // for each question
+constexpr std::size_t kListedUnsafe = 12;
+constexpr qsizetype kUnsafeLetters = 200;
+constexpr char kHelpFile[] = "Help.chm";
+constexpr char kSupportSubject[] = "%s support question";
+
+// Keeps a command from being used while it runs.
+class TDisabled {
+ public:
+  explicit TDisabled(QAction* command) : command_(command) { command_->setEnabled(false); }
+  ~TDisabled() { command_->setEnabled(true); }
+  TDisabled(const TDisabled&) = delete;
+  TDisabled& operator=(const TDisabled&) = delete;
+
+ private:
+  QAction* command_;
+};
+
+// Keeps an editor's text as it is.
+class TFrozen {
+ public:
+  explicit TFrozen(TSqlEdit& edit) : edit_(edit) { edit_.setReadOnly(true); }
+  ~TFrozen() { edit_.setReadOnly(false); }
+  TFrozen(const TFrozen&) = delete;
+  TFrozen& operator=(const TFrozen&) = delete;
+
+ private:
+  TSqlEdit& edit_;
+};
+
+// As many lines as a question has room for.
+std::string Listing(const TStringList& lines) {
+  std::string text;
+  for (std::size_t i = 0; i < std::min(lines.size(), kListedUnsafe); ++i)
+    text += "\n- " + FromQt(Shortened(ToQt(lines[i]), kUnsafeLetters));
+  if (lines.size() > kListedUnsafe) text += Format("\n(and %d more)", lines.size() - kListedUnsafe);
+  return text;
+}
+
+}  // namespace
+
+// --- Scripts
+
+void TfmMain::acLoadScriptFromFile() {
+  std::string path;
+  if (!Host().OpenFile(kScriptFilter, path)) return;
+  const std::string text = ReadFileText(path);
+  ShowPage();
+  page->setCurrentWidget(tsScript);
+  script_->SetText(text);
+  ScriptIs(EScriptOf::User);
+}
+
+void TfmMain::acSaveScriptToFile() {
+  std::string path;
+  if (!Host().SaveFile(kScriptFilter, path)) return;
+  const EScriptOf origin = ScriptOf();
+  WriteFileText(path, script_->Text());
+  ScriptIs(origin);
+}
+
+// A script that breaks off does less than the list says: it does not run unasked.
+void TfmMain::acGenScript() {
+  EScriptOf origin = script_of_ == EScriptOf::Analysis ? EScriptOf::User : script_of_;
+  RunGuarded(
+      [&] {
+        app_->GenerateScript();
+        origin = EScriptOf::Analysis;
+      },
+      [&] { ScriptIs(origin); });
+}
+
+void TfmMain::acRunScript() {
+  const TDisabled disabled(Command("acRunScript"));
+  script_->ClearMarks();
+  Host().ProcessMessages();
+  const std::string script = script_->Text();
+  try {
+    app_->RunScript(script);
+  } catch (const EVelmora& error) {
+    TellFailedRun(script, error.what());
+  }
+  TellRun();
+}
+
+void TfmMain::TellRun() {
+  const std::string line = SuccessLine(*app_->connections.target, app_->RunReport());
+  log_->LogLine(line);
+  statusBar()->showMessage(ToQt(line));
+}
+
+void TfmMain::TellFailedRun(const std::string& script, const std::string& error) {
+  page->setCurrentWidget(tsScript);  // where the failed statement is marked
+  mScript->setFocus();
+  const TStringList lines = FailureLines(*app_->connections.target, app_->RunReport(), script, error);
+  for (const std::string& line : lines) log_->LogLine(line);
+  RaiseError(JoinList(lines, "\n"));
+}
+
+// In the standard dialect no question comes before the run of a generated script, and nothing is compared after it.
+void TfmMain::acSynchronize() {
+  const bool generated = script_of_ == EScriptOf::Analysis;
+  {
+    const TFrozen frozen(*mScript);  // what is asked about is what runs
+    if (!MayRun(script_->Text()) || (generated && !RowsAllow())) return;
+    const TDisabled disabled(Command("acSynchronize"));
+    acRunScript();
+  }
+  if (!acExactDialect_->isChecked() || !generated) return;
+  Analyze();
+  TellRun();
+}
+
+bool TfmMain::MayRun(const std::string& script) {
+  const TStringList unsafe = app_->UnsafeStatements(script);
+  if (unsafe.empty() && ScriptOf() != EScriptOf::User) return true;
+  std::string question = Format(kRunQuestion, Counted(app_->Statements(script).statements.size(), "statement"),
+                                SideName(*app_->connections.target));
+  if (unsafe.empty()) return ConfirmYes(question);
+  question += Format(kUnsafeQuestion, Counted(unsafe.size(), "change"));
+  return ConfirmYes(question + Listing(unsafe));
+}
+
+bool TfmMain::RowsAllow() {
+  TStringList lines;
+  for (const TRowFinding& finding : app_->CheckRows(kRowCheckSeconds)) lines.push_back(finding.text);
+  return lines.empty() || ConfirmYes(kRowsQuestion + Listing(lines) + "\n\nRun the script nevertheless?");
+}
+
+void TfmMain::acExactDialect() {
+  if (!MayLoseScript()) return acExactDialect_->toggle();
+  task_->ExactDialect = acExactDialect_->isChecked();
+  ShowTask(true);
+}
+
+// --- The task
+
+void TfmMain::acNewTask() {
+  TfmTaskWiz& wizard = forms_->wizard;
+  if (wizard.exec() != QDialog::Accepted) return;
+  if (!MayLoseScript()) return;
+  Host().ProcessMessages();
+  ClearWork();
+  said_.clear();
+  TTaskConnections& open = app_->connections;
+  // Deliberate: what was open stays connected until the window closes.
+  former_.push_back({std::move(open.reference), std::move(open.target)});
+  open.reference = std::move(wizard.RefConn);
+  open.target = std::move(wizard.TgtConn);
+  task_->TaskFileName = kUntitledTask;
+  task_->TaskIsUntitled = true;
+  task_->ExactDialect = false;
+  ShowTask(true);
+  open.target->Connect();
+}
+
+void TfmMain::acOpenTask() {
+  std::string path;
+  if (!Host().OpenFile(kTaskFilter, path)) return;
+  if (!MayLoseScript()) return;
+  task_->OpenTask(path);
+}
+
+void TfmMain::acRecent(std::size_t index) {
+  const std::string path = recent_.Path(index);
+  acCloseTask();
+  if (!active_) task_->OpenTask(path);
+}
+
+void TfmMain::acCloseTask() {
+  if (MayLoseScript()) task_->CloseTask();
+}
+
+void TfmMain::acSaveTask() {
+  if (task_->TaskIsUntitled)
+    acSaveTaskAs();
+  else
+    task_->SaveTask(task_->TaskFileName);
+}
+
+void TfmMain::acSaveTaskAs() {
+  std::string path = task_->TaskFileName;
+  if (Host().SaveFile(kTaskFilter, path)) task_->SaveTask(path);
+}
+
+void TfmMain::acAnalyze() {
+  statusBar()->clearMessage();
+  Analyze();
+}
+
+void TfmMain::acDelAction() {
+  DeleteAction(tlActions->FocusedNode(), app_->tree, app_->data, [this] { acGenScript(); });
+}
+
+void TfmMain::acDumpDB() { forms_->dump.exec(); }
+
+// --- The program
+
+void TfmMain::acExit() { close(); }
+
+void TfmMain::acOptions() {
+  TOptions options = options_;
+  options.LogFontName = FromQt(mLog->font().family());
+  options.LogFontSize = mLog->font().pointSize();
+  options.ScriptFontName = FromQt(mScript->TextFont().family());
+  options.ScriptFontSize = mScript->TextFont().pointSize();
+  if (!forms_->options.Edit(options)) return;
+  options_ = options;
+  ApplyFonts();
+  SaveOptions();
+}
+
+void TfmMain::acHelp() { Host().ShellOpen(kHelpFile); }
+
+void TfmMain::acAbout() {
+  forms_->about.OnVisitWeb = [this] { acVisitWeb(); };
+  forms_->about.OnContactSupport = [this] { acContactSupport(); };
+  forms_->about.exec();
+}
+
+void TfmMain::acSelectAll() {
+  QWidget* focused = QApplication::focusWidget();
+  if (auto* memo = dynamic_cast<QPlainTextEdit*>(focused); memo != nullptr) memo->selectAll();
+  if (auto* edit = dynamic_cast<TSqlEdit*>(focused); edit != nullptr) edit->selectAll();
+}
+
+void TfmMain::acVisitWeb() { OpenURL(HomePage()); }
+
+void TfmMain::acContactSupport() {
+  const std::string subject = Format(kSupportSubject, kProgramTitle);
+  const QByteArray encoded = QUrl::toPercentEncoding(ToQt(subject));
+  Host().ShellOpen(std::string("mailto:") + SupportAddress() + "?subject=" + encoded.toStdString());
+}
+
+}  // namespace velmora

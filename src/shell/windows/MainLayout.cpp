@@ -1,0 +1,266 @@
+// The main window's components: commands, menus, bars, the work area.
+
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QScrollBar>
+#include <QShortcut>
+#include <QStatusBar>
+#include <QVBoxLayout>
+
+#include "shell/widgets/Icons.h"
+#include "shell/widgets/Named.h"
+#include "shell/widgets/TopLevel.h"
+#include "shell/windows/Commands.h"
+#include "shell/windows/Main.h"
+#include "util/Errors.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr int kTreeWidth = 300;
+constexpr int kDetailsWidth = 700;
+constexpr char kNoTask[] = "Please create new or open sync task.";
+constexpr char kIdentical[] = "Databases are identical. Nothing to synchronize.";
+
+QVBoxLayout* Column(QWidget* widget) {
+  auto* column = new QVBoxLayout(widget);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(2);
+  return column;
+}
+
+QLabel* BoldLabel(const char* name, const char* text) {
+  QLabel* label = Named(new QLabel(QLatin1String(text)), name);
+  QFont font = label->font();
+  font.setBold(true);
+  label->setFont(font);
+  label->setAlignment(Qt::AlignCenter);
+  return label;
+}
+
+QLabel* Heading(const char* name, const char* text, QWidget* buddy) {
+  QLabel* heading = Named(new QLabel(QLatin1String(text)), name);
+  heading->setBuddy(buddy);
+  heading->setTextFormat(Qt::PlainText);
+  heading->setContentsMargins(2, 4, 2, 2);
+  heading->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);  // a long name must not widen the window
+  return heading;
+}
+
+// Two halves side by side: the first gets half of the width, rounded down. Placed without a layout, which would not let
+// the window become narrower than a width once given to the first half.
+class THalves final : public QWidget {
+ public:
+  THalves(QWidget* first, QWidget* second) : first_(first), second_(second) {
+    first->setParent(this);
+    second->setParent(this);
+  }
+
+  QSize sizeHint() const override { return Doubled(first_->sizeHint().expandedTo(second_->sizeHint())); }
+  QSize minimumSizeHint() const override {
+    return Doubled(first_->minimumSizeHint().expandedTo(second_->minimumSizeHint()));
+  }
+
+ protected:
+  void resizeEvent(QResizeEvent* /*event*/) override {
+    const int half = width() / 2;
+    first_->setGeometry(0, 0, half, height());
+    second_->setGeometry(half, 0, width() - half, height());
+  }
+
+ private:
+  static QSize Doubled(QSize half) { return {2 * half.width(), half.height()}; }
+
+  QWidget* first_;
+  QWidget* second_;
+};
+
+}  // namespace
+
+// Long work lets window messages run while the window may be in use: a second command would change or free what the
+// first works on.
+void TfmMain::OnCommand(QAction* command, std::function<void()> handler) {
+  Handle(command, &QAction::triggered, this, [this, command, handler = std::move(handler)] {
+    if (running_ != nullptr) {
+      if (command->isCheckable()) command->toggle();  // its mark went first
+      return;
+    }
+    running_ = command;
+    RunGuarded(handler, [this] { running_ = nullptr; });
+  });
+}
+
+void TfmMain::MakeCommands() {
+  for (const TCommand& command : velmora::Commands()) {
+    auto* action = Named(new QAction(QLatin1String(command.caption), this), command.name);
+    action->setMenuRole(QAction::NoRole);
+    if (command.shortcut != nullptr) action->setShortcut(QKeySequence(QLatin1String(command.shortcut)));
+    if (command.icon != nullptr) action->setIcon(Icon(QLatin1String(command.icon)));
+    const QString hint = QLatin1String(command.hint != nullptr ? command.hint : command.caption);
+    const QString keys = action->shortcut().toString(QKeySequence::NativeText);
+    action->setToolTip(keys.isEmpty() ? hint : QStringLiteral("%1 (%2)").arg(hint, keys));
+    if (const auto handler = command.handler; handler != nullptr)
+      OnCommand(action, [this, handler] { (this->*handler)(); });
+    addAction(action);  // shortcuts hold for commands on no menu too
+    commands_[command.name] = action;
+  }
+  Command("acInnoDBStatus")->setVisible(false);
+}
+
+void TfmMain::MakeRecentCommands() {
+  for (std::size_t i = 0; i < kRecentRoom; ++i) {
+    auto* action = new QAction(this);
+    action->setObjectName(QStringLiteral("acRecent%1").arg(i + 1));
+    action->setVisible(false);
+    OnCommand(action, [this, i] { acRecent(i); });
+    acRecent_.push_back(action);
+  }
+}
+
+void TfmMain::AddCommands(QWidget& menu_or_bar, std::initializer_list<const char*> names) {
+  for (const char* name : names) {
+    if (name != nullptr) {
+      menu_or_bar.addAction(Command(name));
+      continue;
+    }
+    auto* separator = new QAction(&menu_or_bar);
+    separator->setSeparator(true);
+    menu_or_bar.addAction(separator);
+  }
+}
+
+// The exact dialect belongs to the open task.
+void TfmMain::MakeExtras() {
+  acExactDialect_ = Named(new QAction(QStringLiteral("Exact dialect"), this), "acExactDialect");
+  acExactDialect_->setCheckable(true);
+  acExactDialect_->setToolTip(
+      QStringLiteral("Compare creation texts without loss, and write a script for the servers of today"));
+  OnCommand(acExactDialect_, [this] { acExactDialect(); });
+}
+
+void TfmMain::MakeMenus() {
+  QMenuBar* menus = Named(menuBar(), "mainMenu");
+  menus->setAccessibleName(QStringLiteral("Main Menu"));
+  const auto menu = [menus](const char* caption) { return menus->addMenu(QLatin1String(caption)); };
+
+  QMenu* files = menu("&Files");
+  AddCommands(*files, {"acNewTask", "acOpenTask", nullptr, "acSaveTask", "acSaveTaskAs", "acCloseTask", nullptr});
+  for (QAction* recent : acRecent_) files->addAction(recent);
+  AddCommands(*files, {nullptr, "acExit"});
+  AddCommands(*menu("&Script"), {"acLoadScriptFromFile", "acSaveScriptToFile"});
+  AddCommands(*menu("&Actions"), {"acDelAction", nullptr, "acSynchronize"});
+  QMenu* tools = menu("&Tools");
+  AddCommands(*tools, {"acCreateDB", "acDumpDB", nullptr, "acOptions"});
+  tools->menuAction()->setVisible(false);  // Deliberate: its commands are reached by their shortcuts alone
+  menu("E&xtras")->addAction(acExactDialect_);
+  AddCommands(*menu("&Help"),
+              {"acHelp", "acInnoDBStatus", nullptr, "acVisitWeb", "acContactSupport", nullptr, "acAbout"});
+}
+
+void TfmMain::MakeBars() {
+  const auto bar = [this](const char* name, const char* title) {
+    QToolBar* made = Named(addToolBar(QLatin1String(title)), name);
+    made->setMovable(false);
+    made->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    return made;
+  };
+  AddCommands(*bar("barButtons", "Button bar"), {"acNewTask", nullptr, "acOpenTask", "acSaveTask", nullptr, "acExit"});
+  barAnalyze = bar("barAnalyze", "Second button bar");
+  AddCommands(*barAnalyze, {"acAnalyze", nullptr, "acDelAction", nullptr, "acSynchronize"});
+}
+
+void TfmMain::MakeWorkArea() {
+  auto* central = new QWidget;
+  QVBoxLayout* column = Column(central);
+  lbNoTask = BoldLabel("lbNoTask", kNoTask);
+  panMain = Named(new QWidget, "panMain");
+  column->addWidget(lbNoTask, 1);
+  column->addWidget(panMain, 1);
+
+  lbEqual = BoldLabel("lbEqual", kIdentical);
+  page = Named(new QTabWidget, "page");
+  page->setDocumentMode(true);
+  QVBoxLayout* work = Column(panMain);
+  work->addWidget(lbEqual, 1);
+  work->addWidget(page, 1);
+
+  splitter = Named(new QSplitter, "splitter");
+  splitter->addWidget(MakeTreePanel());
+  splitter->addWidget(MakeDetails());
+  splitter->setStretchFactor(1, 1);
+  splitter->setChildrenCollapsible(false);
+  splitter->setSizes({kTreeWidth, kDetailsWidth});
+  const auto tab = [this](const char* name, const char* caption, QWidget* content) {
+    auto* widget = Named(new QWidget, name);
+    Column(widget)->addWidget(content);
+    page->addTab(widget, QLatin1String(caption));
+    return widget;
+  };
+  tsActions = tab("tsActions", "Differences", splitter);
+  mLog = Named(new QPlainTextEdit, "mLog");
+  mLog->setReadOnly(true);
+  mLog->setLineWrapMode(QPlainTextEdit::NoWrap);
+  tsMessages = tab("tsMessages", "Messages", mLog);
+  mScript = Named(new TSqlEdit, "mScript");
+  tsScript = tab("tsScript", "SQL Sync Script", mScript);
+
+  barFind = new TFindBar;
+  column->addWidget(barFind);
+  setCentralWidget(central);
+  statusBar();
+}
+
+QWidget* TfmMain::MakeTreePanel() {
+  auto* panel = new QWidget;
+  tlActions = new TActionTreeView;
+  QVBoxLayout* column = Column(panel);
+  column->addWidget(Heading("pnActionsH", " &Sync actions", tlActions));
+  column->addWidget(tlActions, 1);
+  return panel;
+}
+
+QWidget* TfmMain::MakeDetails() {
+  const auto half = [](const char* name, TSqlEdit* edit, QLabel* heading) {
+    auto* widget = Named(new QWidget, name);
+    QVBoxLayout* column = Column(widget);
+    column->addWidget(heading);
+    column->addWidget(edit, 1);
+    return widget;
+  };
+  mDDLref = Named(new TSqlEdit, "mDDLref");
+  mDDLtgt = Named(new TSqlEdit, "mDDLtgt");
+  pnRefH = Heading("pnRefH", " &Reference: ", mDDLref);
+  pnTgtH = Heading("pnTgtH", " Tar&get: ", mDDLtgt);
+  pnDetails = Named(new THalves(half("pnRef", mDDLref, pnRefH), half("pnTgt", mDDLtgt, pnTgtH)), "pnDetails");
+  return pnDetails;
+}
+
+void TfmMain::ConnectWorkArea() {
+  connect(mScript, &QsciScintilla::textChanged, this, [this] { UpdateExecute(); });
+  connect(mScript, &QsciScintilla::modificationChanged, this, [this] { UpdateExecute(); });
+  Handle(tlActions, &QTreeWidget::currentItemChanged, this, [this] {
+    const TActionNode* node = tlActions->FocusedNode();
+    if (node != nullptr) ShowTableDDL(node->parent != nullptr ? node->parent->text : node->text);
+  });
+  tlActions->OnDeleteKey = [this] { Command("acDelAction")->trigger(); };
+  // Side by side, the texts of servers are read line by line.
+  const auto follow = [this](TSqlEdit* moved, TSqlEdit* other) {
+    connect(moved->verticalScrollBar(), &QScrollBar::valueChanged, this, [this, other](int value) {
+      // The shorter text stops at its end, and must not hold back the longer one.
+      if (following_ || !acExactDialect_->isChecked()) return;
+      following_ = true;
+      other->verticalScrollBar()->setValue(value);
+      following_ = false;
+    });
+  };
+  follow(mDDLref, mDDLtgt);
+  follow(mDDLtgt, mDDLref);
+  connect(page, &QTabWidget::currentChanged, barFind, &QWidget::hide);  // it searches what is in view
+  auto* find = new QShortcut(QKeySequence(QKeySequence::Find), this);
+  Handle(find, &QShortcut::activated, this, [this] { ShowFind(); });
+}
+
+}  // namespace velmora

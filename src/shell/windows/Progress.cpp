@@ -1,0 +1,211 @@
+#include "shell/windows/Progress.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QScreen>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "core/Host.h"
+#include "shell/widgets/Icons.h"
+#include "shell/widgets/Named.h"
+#include "shell/widgets/QtText.h"
+#include "shell/widgets/TopLevel.h"
+
+namespace velmora {
+
+namespace {
+
+// At least; more where letters are large.
+constexpr int kWidth = 460;
+constexpr int kHeight = 130;
+constexpr int kWidthInLetters = 64;
+constexpr int kImageSize = 64;
+
+int BarNumber(std::int64_t value) { return static_cast<int>(std::clamp<std::int64_t>(value, 0, 1 << 30)); }
+
+// A bar without a maximum would be shown as one that moves for ever.
+void SetBar(QProgressBar& bar, std::int64_t max, std::int64_t position = 0) {
+  bar.setRange(0, std::max(1, BarNumber(max)));
+  bar.setValue(BarNumber(position));
+}
+
+void Step(QProgressBar& bar) {
+  bar.setValue(std::min(bar.value() + 1, bar.maximum()));
+  bar.repaint();
+}
+
+QLabel* TitleLabel(const char* name) {
+  QLabel* label = Named(new QLabel, name);
+  QFont font = label->font();
+  font.setBold(true);
+  font.setPointSize(font.pointSize() + 2);
+  label->setFont(font);
+  label->setTextFormat(Qt::PlainText);
+  label->setStyleSheet(QStringLiteral("color: navy"));
+  return label;
+}
+
+QLabel* StatusLabel(const char* name) {
+  QLabel* label = Named(new QLabel, name);
+  label->setAlignment(Qt::AlignRight);
+  label->setTextFormat(Qt::PlainText);
+  return label;
+}
+
+QWidget* ImagePanel() {
+  auto* panel = Named(new QWidget, "panImg");
+  panel->setStyleSheet(QStringLiteral("#panImg { background: white }"));
+  panel->setAttribute(Qt::WA_StyledBackground);
+  auto* image = Named(new QLabel, "Image1");
+  image->setPixmap(ProgramIcon().pixmap(kImageSize, kImageSize));
+  auto* layout = new QVBoxLayout(panel);
+  layout->addWidget(image, 0, Qt::AlignCenter);
+  return panel;
+}
+
+}  // namespace
+
+TfmProgress::TfmProgress()
+    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
+      lbNaslovStatic(TitleLabel("lbNaslovStatic")),
+      lbNaslovStd(TitleLabel("lbNaslovStd")),
+      bevel(Named(new QFrame, "bevel")),
+      totbar(Named(new QProgressBar, "totbar")),
+      detbar(Named(new QProgressBar, "detbar")),
+      lbDetail(Named(new QLabel, "lbDetail")),
+      lbStatus(StatusLabel("lbStatus")),
+      lbErrors(StatusLabel("lbErrors")) {
+  setObjectName(QStringLiteral("fmProgress"));
+  setAttribute(Qt::WA_ShowWithoutActivating);
+  // Deliberate: this window keeps its own light colours, which its navy titles and white picture are made for.
+  setStyleSheet(
+      QStringLiteral("#fmProgress { background: #f4f6f9; border: 1px solid #8a97a8 } QLabel { color: black }"));
+  setAttribute(Qt::WA_StyledBackground);
+  lbNaslovStatic->setAlignment(Qt::AlignCenter);
+  lbNaslovStatic->setWordWrap(true);
+  static_cast<QFrame*>(bevel)->setFrameShape(QFrame::HLine);
+  lbDetail->setTextFormat(Qt::PlainText);
+  lbErrors->setStyleSheet(QStringLiteral("color: red"));
+  detbar->setTextVisible(false);
+  detbar->setStyleSheet(
+      QStringLiteral("QProgressBar { border: 1px solid #8a97a8; background: white; max-height: 8px }"
+                     "QProgressBar::chunk { background: skyblue }"));
+
+  auto* column = new QVBoxLayout;
+  column->setContentsMargins(14, 10, 14, 8);
+  column->setSpacing(5);
+  column->addWidget(lbNaslovStatic, 1);
+  column->addWidget(lbNaslovStd);
+  column->addWidget(bevel);
+  column->addWidget(totbar);
+  column->addWidget(lbDetail);
+  column->addWidget(detbar);
+  column->addStretch();
+  auto* status = new QHBoxLayout;
+  status->addWidget(lbStatus, 1);
+  status->addWidget(lbErrors);
+  column->addLayout(status);
+  auto* row = new QHBoxLayout(this);
+  row->setContentsMargins(1, 1, 1, 1);
+  row->setSpacing(0);
+  row->addWidget(ImagePanel());
+  row->addLayout(column, 1);
+  SetShape(EShape::TwoBars);  // the highest
+  setFixedSize(std::max(kWidth, kWidthInLetters * fontMetrics().averageCharWidth()),
+               std::max(kHeight, sizeHint().height()));
+}
+
+void TfmProgress::ShowSimple(const std::string& title) { Start(EShape::Simple, title, 0); }
+void TfmProgress::ShowOneBar(const std::string& title, std::int64_t max) { Start(EShape::OneBar, title, max); }
+void TfmProgress::ShowTwoBars(const std::string& title, std::int64_t max) { Start(EShape::TwoBars, title, max); }
+
+void TfmProgress::Start(EShape shape, const std::string& title, std::int64_t max) {
+  if (!disabledForm) DisableActiveForm();
+  Host().ProcessMessages();
+  SetShape(shape);
+  SetTitle(title);
+  if (shape != EShape::Simple) SetBar(*totbar, max);
+  BringUp();
+}
+
+void TfmProgress::DisableActiveForm() {
+  // Another program may be in front: then it is the window that the user will come back to.
+  QWidget* form = WorkingForm();
+  disabledForm = form;
+  if (form == nullptr) return;
+  was_active_ = form->isActiveWindow();
+  focused_ = form->focusWidget();
+  form->setEnabled(false);
+}
+
+void TfmProgress::SetShape(EShape shape) {
+  const bool bars = shape != EShape::Simple;
+  const bool detail = shape == EShape::TwoBars;
+  lbNaslovStatic->setVisible(!bars);
+  lbNaslovStd->setVisible(bars);
+  bevel->setVisible(bars);
+  totbar->setVisible(bars);
+  detbar->setVisible(detail);
+  lbDetail->setVisible(detail);
+}
+
+void TfmProgress::BringUp() {
+  if (!isVisible()) {
+    for (QLabel* label : {lbDetail, lbStatus, lbErrors}) label->clear();
+    if (const QScreen* screen = disabledForm ? disabledForm->screen() : QApplication::primaryScreen()) {
+      const QRect desktop = screen->availableGeometry();
+      move(desktop.center() - rect().center());
+    }
+    show();
+  }
+  raise();
+  Host().ProcessMessages();
+}
+
+void TfmProgress::SetTitle(const std::string& title) {
+  lbNaslovStatic->setText(ToQt(title));
+  lbNaslovStd->setText(ToQt(title));
+  Host().ProcessMessages();
+}
+
+void TfmProgress::StartDetail(const std::string& text, std::int64_t max) {
+  lbDetail->show();
+  SetDetailText(text);
+  SetBar(*detbar, max);
+  Host().ProcessMessages();
+}
+
+void TfmProgress::StepDetail() {
+  Step(*detbar);
+  StepTotal();
+}
+
+void TfmProgress::StepTotal() { Step(*totbar); }
+
+void TfmProgress::SetDetailMax(std::int64_t max) { SetBar(*detbar, max, detbar->value()); }
+void TfmProgress::SetDetailPosition(std::int64_t position) { detbar->setValue(BarNumber(position)); }
+
+void TfmProgress::SetDetailText(const std::string& text) {
+  const QFontMetrics metrics(lbDetail->font());
+  lbDetail->setText(metrics.elidedText(ToQt(text), Qt::ElideMiddle, width() - kImageSize - 60));
+}
+
+void TfmProgress::Finish() {
+  hide();
+  if (!disabledForm) return;
+  QWidget* form = disabledForm;
+  disabledForm = nullptr;
+  form->setEnabled(true);
+  if (was_active_) form->activateWindow();
+  if (focused_) focused_->setFocus();
+  focused_ = nullptr;
+}
+
+void TfmProgress::closeEvent(QCloseEvent* event) {
+  Finish();
+  event->accept();
+}
+
+}  // namespace velmora

@@ -1,0 +1,268 @@
+#include "shell/windows/TaskWiz.h"
+
+#include <QCheckBox>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QShowEvent>
+#include <QStackedWidget>
+#include <QStyle>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "shell/widgets/BusyCursor.h"
+#include "shell/widgets/Named.h"
+#include "shell/widgets/QtText.h"
+#include "shell/widgets/TopLevel.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNext[] = "Next";
+constexpr char kFinish[] = "Finish";
+constexpr char kMySQL[] = "&Connection to MySQL database";
+constexpr int kWidthInLetters = 86;
+
+QFrame* NewLine() {
+  auto* line = new QFrame;
+  line->setFrameStyle(static_cast<int>(QFrame::HLine) | static_cast<int>(QFrame::Plain));
+  line->setForegroundRole(QPalette::Mid);
+  return line;
+}
+
+// What belongs to a button stands below it, from where its caption begins.
+QHBoxLayout* Indented(QWidget* widget) {
+  auto* row = new QHBoxLayout;
+  const QStyle* style = widget->style();
+  row->addSpacing(style->pixelMetric(QStyle::PM_ExclusiveIndicatorWidth) +
+                  style->pixelMetric(QStyle::PM_RadioButtonLabelSpacing));
+  row->addWidget(widget);
+  return row;
+}
+
+void ConnectBusy(TDBConn& conn) {
+  const TBusyCursor busy;
+  conn.Connect();
+}
+
+// As high as its pages, and scrolled where the screen ends: the buttons below it stay in reach.
+class TPagesArea final : public QScrollArea {
+ public:
+  explicit TPagesArea(QWidget* pages) {
+    setWidget(pages);
+    setWidgetResizable(true);
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setFocusPolicy(Qt::NoFocus);
+  }
+
+  QSize minimumSizeHint() const override { return WithinScreen(widget()->minimumSizeHint()); }
+  QSize sizeHint() const override { return WithinScreen(widget()->sizeHint()); }
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override {
+    if (event->type() == QEvent::LayoutRequest) updateGeometry();
+    return QScrollArea::eventFilter(object, event);
+  }
+
+ private:
+  QSize WithinScreen(QSize size) const {
+    const QRect available = screen()->availableGeometry();
+    const int top = window()->isVisible() ? window()->geometry().top() : available.top();
+    const int room = available.bottom() - top - kLinesOfButtons * fontMetrics().height();
+    if (size.height() <= room) return size;
+    return {size.width() + verticalScrollBar()->sizeHint().width(), std::max(room, kLeastHeight)};
+  }
+
+  static constexpr int kLinesOfButtons = 5;
+  static constexpr int kLeastHeight = 100;
+};
+
+}  // namespace
+
+TfmTaskWiz::TfmTaskWiz(const TEngineClients& clients, QWidget* parent, const TEnumerators& enumerators)
+    : QDialog(parent),
+      pages_(Named(new QStackedWidget, "pages")),
+      tsRefConn_(Named(new QWidget, "tsRefConn")),
+      tsTargetConn_(Named(new QWidget, "tsTargetConn")),
+      tsOptions_(Named(new QWidget, "tsOptions")),
+      frRefConn_(Named(new TfrConn(clients, nullptr, enumerators), "frRefConn")),
+      frTgtConn_(Named(new TfrConn(clients, nullptr, enumerators), "frTgtConn")),
+      bnCancel_(Named(new QPushButton(ToQt("Cancel")), "bnCancel")),
+      bnBack_(Named(new QPushButton(ToQt("Back")), "bnBack")),
+      bnNext_(Named(new QPushButton(ToQt(kNext)), "bnNext")) {
+  setObjectName(ToQt("fmTaskWiz"));
+  setWindowTitle(ToQt("Sync Wizard"));
+  setMinimumWidth(kWidthInLetters * fontMetrics().averageCharWidth());
+  auto* all = new QVBoxLayout(this);
+  all->setContentsMargins(0, 0, 0, 0);
+  all->setSpacing(0);
+  all->addWidget(new TPagesArea(pages_), 1);
+  MakeRefPage();
+  MakeTargetPage();
+  MakeOptionsPage();
+  MakeButtons();
+  FormCreate();
+}
+
+// --- What it looks like
+
+// A page under a heading; gives the layout of what it shows.
+QVBoxLayout* TfmTaskWiz::NewPage(QWidget* page, const char* step, const char* heading, const char* purpose) {
+  const int margin = 2 * style()->pixelMetric(QStyle::PM_LayoutLeftMargin);
+  auto* step_label = new QLabel(ToQt(step));
+  auto* heading_label = new QLabel(ToQt(heading));
+  auto* purpose_label = new QLabel(ToQt(purpose));
+  QFont font = heading_label->font();
+  font.setBold(true);
+  heading_label->setFont(font);
+  purpose_label->setWordWrap(true);
+
+  auto* band = new QWidget;
+  band->setAutoFillBackground(true);
+  band->setBackgroundRole(QPalette::Base);
+  auto* headings = new QHBoxLayout;
+  headings->addWidget(step_label);
+  headings->addWidget(heading_label, 1);
+  auto* texts = new QVBoxLayout(band);
+  texts->setContentsMargins(margin, margin * 2 / 3, margin, margin * 2 / 3);
+  texts->setSpacing(margin / 3);
+  texts->addLayout(headings);
+  texts->addWidget(purpose_label);
+
+  auto* content = new QVBoxLayout;
+  content->setContentsMargins(margin, margin, margin, margin);
+  content->setSpacing(margin / 2);
+  auto* rows = new QVBoxLayout(page);
+  rows->setContentsMargins(0, 0, 0, 0);
+  rows->setSpacing(0);
+  rows->addWidget(band);
+  rows->addWidget(NewLine());
+  rows->addLayout(content);
+  rows->addStretch();
+  pages_->addWidget(page);
+  return content;
+}
+
+void TfmTaskWiz::MakeRefPage() {
+  QVBoxLayout* rows = NewPage(tsRefConn_, "Step 1 of 2:", "Reference database",
+                              "Database with which work database is compared and changed to match.");
+  cbLiveConn_ = Named(new QRadioButton(ToQt(kMySQL)), "cbLiveConn");
+  cbScript_ = Named(new QRadioButton(ToQt("S&QL Creation Script")), "cbScript");
+  rows->addWidget(cbLiveConn_);
+  rows->addWidget(cbScript_);
+  rows->addLayout(Indented(frRefConn_));
+  cbScript_->hide();
+  const auto on_checked = [this](QRadioButton* button, void (TfmTaskWiz::*click)()) {
+    Handle(button, &QRadioButton::toggled, this, [this, button, click] {
+      if (button->isChecked()) (this->*click)();
+    });
+  };
+  on_checked(cbLiveConn_, &TfmTaskWiz::cbLiveConnClick);
+  on_checked(cbScript_, &TfmTaskWiz::cbScriptClick);
+}
+
+void TfmTaskWiz::MakeTargetPage() {
+  QVBoxLayout* rows = NewPage(tsTargetConn_, "Step 2 of 2:", "Target database",
+                              "With this database we work. It is altered to match reference database.");
+  auto* live = Named(new QRadioButton(ToQt(kMySQL)), "cbTgtLiveConn");
+  live->setChecked(true);
+  rows->addWidget(live);
+  rows->addLayout(Indented(frTgtConn_));
+}
+
+// No page leads here, and what is chosen here has no effect.
+void TfmTaskWiz::MakeOptionsPage() {
+  QVBoxLayout* rows = NewPage(tsOptions_, "Step 3 of 3:", "Options", "Optionally you can customize this task here.");
+  const auto add_box = [rows](const char* name, const char* caption, bool checked) {
+    auto* box = Named(new QCheckBox(ToQt(caption)), name);
+    box->setChecked(checked);
+    rows->addWidget(box);
+    return box;
+  };
+  add_box("chkDropItems", "&Drop obsolete columns, keys and constraints", true);
+  add_box("chkDropTables", "Drop obsolete &tables", false);
+  add_box("chkBackup", "&Backup target database before sync", false);
+  rows->addLayout(Indented(add_box("chkCompressBackup", "C&ompress", true)));
+  rows->addLayout(Indented(Named(new QLineEdit, "edBackupFilename")));
+}
+
+void TfmTaskWiz::MakeButtons() {
+  auto* all = qobject_cast<QVBoxLayout*>(layout());
+  auto* row = new QHBoxLayout;
+  const int margin = style()->pixelMetric(QStyle::PM_LayoutLeftMargin);
+  row->setContentsMargins(margin, margin, margin, margin);
+  row->setSpacing(margin / 2);
+  row->addStretch();
+  row->addWidget(bnBack_);
+  row->addWidget(bnNext_);
+  row->addSpacing(margin / 2);
+  row->addWidget(bnCancel_);
+  all->addWidget(NewLine());
+  all->addLayout(row);
+  bnNext_->setDefault(true);
+  bnBack_->setShortcut(QKeySequence(Qt::ALT | Qt::Key_Left));
+  bnBack_->setToolTip(bnBack_->shortcut().toString(QKeySequence::NativeText));
+  Handle(bnCancel_, &QPushButton::clicked, this, [this] { reject(); });
+  Handle(bnBack_, &QPushButton::clicked, this, [this] { bnBackClick(); });
+  Handle(bnNext_, &QPushButton::clicked, this, [this] { bnNextClick(); });
+}
+
+// --- What it does
+
+void TfmTaskWiz::FormCreate() {
+  cbLiveConn_->setChecked(true);
+  frTgtConn_->SetEngine(kEngineMySQL);
+}
+
+void TfmTaskWiz::showEvent(QShowEvent* event) {
+  if (!event->spontaneous()) FormShow();
+  QDialog::showEvent(event);
+}
+
+void TfmTaskWiz::FormShow() {
+  bnBack_->setEnabled(false);
+  bnNext_->setText(ToQt(kNext));
+  pages_->setCurrentWidget(tsRefConn_);
+  frRefConn_->setFocus();
+}
+
+// An engine that does not connect stays where it is until the next click frees it.
+void TfmTaskWiz::bnNextClick() {
+  if (pages_->currentWidget() == tsRefConn_) {
+    RefConn.reset();
+    RefConn = frRefConn_->CreateConnection();
+    ConnectBusy(*RefConn);
+    pages_->setCurrentWidget(tsTargetConn_);
+    frTgtConn_->setFocus();
+  } else if (pages_->currentWidget() == tsTargetConn_) {
+    TgtConn.reset();
+    TgtConn = frTgtConn_->CreateConnection();
+    ConnectBusy(*TgtConn);
+    accept();
+  } else {
+    accept();
+  }
+  bnBack_->setEnabled(true);
+  bnNext_->setText(ToQt(pages_->currentWidget() == tsTargetConn_ ? kFinish : kNext));
+}
+
+// Deliberate: the caption of bnNext stays, so that it reads "Finish" on the first page too.
+void TfmTaskWiz::bnBackClick() {
+  pages_->setCurrentIndex(pages_->currentIndex() - 1);
+  bnBack_->setEnabled(pages_->currentIndex() > 0);
+  frRefConn_->setFocus();
+}
+
+void TfmTaskWiz::cbLiveConnClick() { frRefConn_->SetEngine(kEngineMySQL); }
+
+void TfmTaskWiz::cbScriptClick() { frRefConn_->SetEngine(kEngineMySQLScript); }
+
+}  // namespace velmora

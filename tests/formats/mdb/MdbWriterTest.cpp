@@ -1,0 +1,96 @@
+// New Access files; and what we write and read, held against an independent reader.
+
+#include <gtest/gtest.h>
+#include <stdio.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "formats/mdb/MdbRig.h"
+#include "formats/mdb/MdbWriter.h"
+#include "util/Files.h"
+
+namespace velmora {
+namespace {
+
+namespace fs = std::filesystem;
+
+class MdbWriterTest : public testing::TMdbRig {
+ protected:
+  std::string CreateFailure() const {
+    return Failure([&] { CreateMdbFile(path_); });
+  }
+};
+
+TEST_F(MdbWriterTest, NewDatabase) {
+  CreateMdbFile(path_);
+  EXPECT_EQ(fs::file_size(path_), 45056U);
+  EXPECT_EQ(Tables(), "");
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder_.Path()), fs::directory_iterator()), 1);
+}
+
+TEST_F(MdbWriterTest, NothingIsReplaced) {
+  const std::string exists = "Cannot create FILE: there is a file of that name";
+  Put("mine");
+  EXPECT_EQ(CreateFailure(), exists);
+  EXPECT_EQ(ReadFileBytes(path_), "mine");
+  fs::remove(path_);
+  fs::create_symlink(folder_ / "nowhere", path_);
+  EXPECT_EQ(CreateFailure(), exists);
+  fs::remove(path_);
+  fs::create_directory(path_);
+  EXPECT_EQ(CreateFailure(), exists);
+}
+
+TEST_F(MdbWriterTest, WhereNothingCanBeWritten) {
+  EXPECT_EQ(Failure([&] { CreateMdbFile(path_ + "/x.mdb"); }), "Cannot write FILE/x.mdb: No such file or directory");
+  if (geteuid() == 0) GTEST_SKIP() << "nothing is protected from the superuser";
+  fs::create_directory(path_);
+  fs::permissions(path_, fs::perms::owner_read | fs::perms::owner_exec);
+  EXPECT_EQ(Failure([&] { CreateMdbFile(path_ + "/x.mdb"); }), "Cannot write FILE/x.mdb: Permission denied");
+}
+
+class MdbNodeTest : public testing::TMdbRig {
+ protected:
+  void SetUp() override {
+    const char* cache = std::getenv("XDG_CACHE_HOME");
+    const char* home = std::getenv("HOME");
+    package_ =
+        (cache != nullptr ? std::string(cache) : std::string(home != nullptr ? home : "") + "/.cache") + "/velmora/npm";
+    if (std::system("node --version >/dev/null 2>&1") != 0 || !fs::exists(package_ + "/node_modules/mdb-reader"))
+      GTEST_SKIP() << "not held against a second reader: that needs node, and npm install --prefix '" << package_
+                   << "' mdb-reader";
+  }
+
+  // The file as npm's mdb-reader shows it.
+  std::string Shown() const {
+    const std::string command =
+        "node '" VELMORA_SOURCE_DIR "/tests/formats/data/read-mdb.mjs' '" + package_ + "' '" + path_ + "' 2>&1";
+    FILE* node = popen(command.c_str(), "r");
+    std::string text(1 << 20, '\0');
+    text.resize(node == nullptr ? 0 : fread(text.data(), 1, text.size(), node));
+    EXPECT_EQ(node == nullptr ? -1 : pclose(node), 0) << text;
+    return text;
+  }
+
+  std::string package_;
+};
+
+TEST_F(MdbNodeTest, NewDatabase) {
+  CreateMdbFile(path_);
+  EXPECT_EQ(Shown(), "");
+}
+
+TEST_F(MdbNodeTest, SameRows) {
+  for (const TMdbLayout* layout : {&kMdbJet4, &testing::kMdbJet3}) {
+    SCOPED_TRACE(layout->version);
+    Put(testing::MdbSample(*layout));
+    const std::string number = layout->wide ? "|number(12,3)" : "";
+    EXPECT_EQ(Shown(), "Kinds: id|yes|tiny|small|price|single|double|day|bytes|naïve|fixed|note|object|guid" + number +
+                           "\n" + Rows("Kinds") + "Words: id|word|left|late\n" + Rows("Words"));
+  }
+}
+
+}  // namespace
+}  // namespace velmora

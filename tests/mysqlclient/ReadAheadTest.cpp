@@ -1,0 +1,86 @@
+#include "mysqlclient/ReadAhead.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "util/Errors.h"
+
+namespace velmora {
+namespace {
+
+// A server that answers in order; what is asked for and what is thrown away is written down.
+class TLoggedLine final : public TReadAhead::TLine {
+ public:
+  void SendOnly(std::string_view sql) override { wire.emplace_back(sql); }
+  void SkipReply() override {
+    skipped.push_back(wire.at(0));
+    wire.erase(wire.begin());
+  }
+  std::string Reply() {
+    std::string reply = wire.at(0);
+    wire.erase(wire.begin());
+    return reply;
+  }
+
+  TStringList wire;  // sent, not read
+  TStringList skipped;
+};
+
+TStringList Numbered(const char* name, int count) {
+  TStringList list;
+  for (int i = 0; i < count; ++i) list.push_back(name + std::to_string(i));
+  return list;
+}
+
+TEST(ReadAhead, EachAskerGetsHisOwnReply) {
+  struct TCase {
+    const char* name;
+    TStringList expected;
+    TStringList asked;
+    TStringList skipped;
+  };
+  const TCase kCases[] = {
+      {"nothing expected", {}, {"x", "y"}, {}},
+      {"in order", {"a", "b", "c"}, {"a", "b", "c"}, {}},
+      {"one is left out", {"a", "b", "c"}, {"a", "c"}, {"b"}},
+      {"another one between", {"a", "b", "c"}, {"a", "x", "b", "c"}, {"b", "c"}},
+      {"begins in the middle", {"a", "b", "c"}, {"b", "c"}, {}},
+      {"twice", {"a", "b"}, {"a", "a", "b"}, {"b"}},
+      {"another one first", {"a", "b"}, {"x", "a", "b"}, {}},
+  };
+  for (const TCase& item : kCases) {
+    SCOPED_TRACE(item.name);
+    TReadAhead ahead;
+    TLoggedLine line;
+    ahead.Expect(item.expected);
+    for (const std::string& sql : item.asked) {
+      const bool others = ahead.Ask(sql, line);
+      EXPECT_TRUE(others || line.wire.size() == 1);
+      EXPECT_EQ(line.Reply(), sql);
+    }
+    EXPECT_EQ(line.skipped, item.skipped);
+  }
+}
+
+TEST(ReadAhead, TheWindowIsBoundedInStatementsAndBytes) {
+  TReadAhead ahead;
+  TLoggedLine line;
+  ahead.Expect(Numbered("s", 100));
+  ahead.Ask("s0", line);
+  EXPECT_EQ(line.wire.size(), 1 + TReadAhead::kWindow);
+  line.Reply();
+  ahead.Ask("s1", line);
+  EXPECT_EQ(line.wire.size(), 1 + TReadAhead::kWindow);
+
+  TReadAhead large;
+  TLoggedLine wire;
+  large.Expect({"a", std::string(TReadAhead::kLongestAhead - 1, 'b'), "cc", "d"});
+  large.Ask("a", wire);
+  EXPECT_EQ(wire.wire.size(), 2U);
+
+  large.Forget();
+  EXPECT_TRUE(large.Idle());
+}
+
+}  // namespace
+}  // namespace velmora

@@ -1,0 +1,272 @@
+#include "mysqltext/TableText.h"
+#include "exact/compare/OptionEquivalences.h"
+
+#include <gmock/gmock.h>
+
+#include <random>
+
+#include "exact/compare/Equivalences.h"
+#include "mysqltext/ColumnType.h"
+#include "mysqltext/CreationTextCases.h"
+#include "support/MessageOf.h"
+#include "util/Errors.h"
+#include "util/Text.h"
+
+namespace velmora {
+namespace {
+
+using ::testing::ElementsAre;
+using testing::kMariaDbTexts;
+using testing::kMySqlTexts;
+using testing::MessageOf;
+
+TElement FirstElement(const std::string& text) { return ReadTableText("create table t (" + text + ")").elements.at(0); }
+
+std::string OptionsOf(const std::string& text) {
+  std::string result;
+  for (const TTableOption& option : ReadTableText("create table t (a int) " + text).options)
+    result += option.name + "=" + option.value + "|";
+  return result;
+}
+
+TEST(TableTextTest, GivesServersTextsBackByteForByte) {
+  for (const char* text : kMariaDbTexts) {
+    const TTableText table = ReadTableText(text);
+    std::string expected = StrReplace(text, "`page_compressed`=", "PAGE_COMPRESSED=");
+    if (!table.partitioning.empty()) {
+      const std::size_t partitions = expected.find("\n PARTITION BY") + 1;
+      expected =
+          expected.substr(0, partitions) + StrReplace(StrReplace(expected.substr(partitions), "\n", " "), "  ", " ");
+    }
+    EXPECT_EQ(CreationTextOf(table), expected);
+  }
+}
+
+TEST(TableTextTest, ReadsItsOwnTextAlikeWithEitherLineEnd) {
+  for (const auto& texts : {std::vector<const char*>(std::begin(kMariaDbTexts), std::end(kMariaDbTexts)),
+                            std::vector<const char*>(std::begin(kMySqlTexts), std::end(kMySqlTexts))})
+    for (const char* text : texts) {
+      const TTableText table = ReadTableText(text);
+      const std::string written = CreationTextOf(table);
+      EXPECT_EQ(CreationTextOf(ReadTableText(written)), written);
+      EXPECT_EQ(ReadTableText(StrReplace(written, "\n", "\r\n") + ";\r\n").elements.size(), table.elements.size());
+    }
+}
+
+TEST(TableTextTest, FindsKindsAndNames) {
+  const TTableText table = ReadTableText(kMariaDbTexts[0]);
+  EXPECT_EQ(table.name, "t");
+  EXPECT_EQ(table.elements.size(), 31U);
+  ASSERT_NE(table.Find(EElement::Column, "ORDER, BY`S"), nullptr);
+  EXPECT_EQ(table.Find(EElement::Column, "order, by`s")->text, "`order, by``s` double DEFAULT 10000000000");
+  EXPECT_EQ(table.Find(EElement::Check, "c`x")->text, "CONSTRAINT `c``x` CHECK (`f` < 5 and `b` like 'a\\\\_%')");
+  EXPECT_EQ(table.Find(EElement::Check, "C`X"), nullptr);
+  EXPECT_EQ(CreationTextOf(table, true).find("REFERENCES"), std::string::npos);
+
+  const TTableText mysql = ReadTableText(kMySqlTexts[1]);
+  EXPECT_EQ(mysql.Find(EElement::Column, "x")->text, "`x` int DEFAULT NULL /*!80023 INVISIBLE */");
+  EXPECT_EQ(mysql.Find(EElement::Check, "e_chk_1")->text,
+            "CONSTRAINT `e_chk_1` CHECK ((`x` > 0)) /*!80016 NOT ENFORCED */");
+  EXPECT_EQ(mysql.FindOption("TABLESPACE")->value, "`ts`");
+  EXPECT_EQ(mysql.FindOption("ENCRYPTION")->value, "'Y'");
+  EXPECT_NE(mysql.FindOption("START TRANSACTION"), nullptr);
+  EXPECT_TRUE(ReadTableText(kMariaDbTexts[1]).system_versioned);
+  EXPECT_EQ(ReadTableText(kMySqlTexts[0]).partitioning,
+            "PARTITION BY RANGE COLUMNS(id) (PARTITION p0 VALUES LESS THAN (10) ENGINE = InnoDB, PARTITION p1 VALUES "
+            "LESS THAN (MAXVALUE) ENGINE = InnoDB)");
+}
+
+TEST(TableTextTest, TellsElementsByTheirFirstWords) {
+  struct TCase {
+    const char* text;
+    EElement kind;
+    const char* name;
+  };
+  const TCase cases[] = {
+      {"period int", EElement::Column, "period"},
+      {"`key` int", EElement::Column, "key"},
+      {"vector varchar(3)", EElement::Column, "vector"},
+      {"primary key using btree (a)", EElement::PrimaryKey, "PRIMARY"},
+      {"constraint `x` primary key (a)", EElement::PrimaryKey, "PRIMARY"},
+      {"unique (a)", EElement::UniqueKey, ""},
+      {"unique index if not exists `u` (a)", EElement::UniqueKey, "u"},
+      {"constraint c unique key (a)", EElement::UniqueKey, "c"},
+      {"constraint unique u (a)", EElement::UniqueKey, "u"},
+      {"index using hash (a)", EElement::Key, ""},
+      {"key `using` (a)", EElement::Key, "using"},
+      {"key `k` using btree (a)", EElement::Key, "k"},
+      {"fulltext `f` (a)", EElement::FulltextKey, "f"},
+      {"spatial index s (a)", EElement::SpatialKey, "s"},
+      {"vector key v (a) distance=cosine", EElement::Key, "v"},
+      {"foreign key (a) references p (b)", EElement::ForeignKey, ""},
+      {"foreign key i (a) references p (b)", EElement::ForeignKey, "i"},
+      {"constraint `x y` foreign key i (a) references p (b)", EElement::ForeignKey, "x y"},
+      {"constraint foreign key (a) references p (b)", EElement::ForeignKey, ""},
+      {"check (a in (1,2))", EElement::Check, ""},
+      {"constraint check (a > 0)", EElement::Check, ""},
+      {"constraint c check (a > 0) not enforced", EElement::Check, "c"},
+      {"period for system_time (a, b)", EElement::Period, "system_time"},
+  };
+  for (const TCase& c : cases) {
+    const TElement element = FirstElement(c.text);
+    EXPECT_EQ(element.kind, c.kind) << c.text;
+    EXPECT_EQ(element.name, c.name) << c.text;
+    EXPECT_EQ(element.text, c.text);
+  }
+}
+
+TEST(TableTextTest, ReadsColumnsOfKeys) {
+  EXPECT_THAT(KeyColumns(FirstElement("key k using btree (`a b`(10), c desc, (lower(`d`)), `x``y` asc)")),
+              ElementsAre("a b", "c", "", "x`y"));
+  EXPECT_THAT(KeyColumns(FirstElement("unique key (`id`,`app` WITHOUT OVERLAPS)")), ElementsAre("id"));
+  const TForeignKeyParts parts = ForeignKeyParts(
+      FirstElement("constraint f foreign key i (a, `b c`) references `d``b` . `p q` (x, y) match full"));
+  EXPECT_THAT(parts.columns, ElementsAre("a", "b c"));
+  EXPECT_EQ(parts.database, "d`b");
+  EXPECT_EQ(parts.table, "p q");
+  EXPECT_THAT(parts.references, ElementsAre("x", "y"));
+  EXPECT_EQ(ForeignKeyParts(FirstElement("foreign key (a) references p (x)")).database, "");
+}
+
+TEST(TableTextTest, ReadsHeadsOfDumps) {
+  const TTableText table = ReadTableText("-- dump\ncreate or replace temporary table if not exists d.`t``1` (a int);");
+  EXPECT_EQ(table.name, "t`1");
+  EXPECT_TRUE(table.temporary);
+  const TTableText ansi = ReadTableText("CREATE TABLE \"m`1\" (\n \"a\"\"b\" int,\n KEY \"k\" (\"a\"\"b\"))");
+  EXPECT_EQ(CreationTextOf(ansi), "CREATE TABLE `m``1` (\n  `a\"b` int,\n  KEY `k` (`a\"b`)\n)");
+  EXPECT_EQ(ReadTableText("create table t (a int default \"x\")").elements[0].text, "a int default \"x\"");
+}
+
+TEST(TableTextTest, ReadsOptions) {
+  struct TCase {
+    const char* text;
+    const char* options;
+  };
+  const TCase cases[] = {
+      {"ENGINE=InnoDB default character set = utf8 collate utf8_bin",
+       "ENGINE=InnoDB|DEFAULT CHARSET=utf8|COLLATE=utf8_bin|"},
+      {"type = MyISAM, charset latin1, comment 'a, b=''c'''",
+       "ENGINE=MyISAM|DEFAULT CHARSET=latin1|COMMENT='a, b=''c'''|"},
+      {"data directory='/d' INDEX DIRECTORY '/i' union = (`a`,b)",
+       "DATA DIRECTORY='/d'|INDEX DIRECTORY='/i'|UNION=(`a`,b)|"},
+      {"pack_keys=default tablespace `ts` storage disk autoextend_size=4M",
+       "PACK_KEYS=default|TABLESPACE=`ts`|STORAGE=disk|AUTOEXTEND_SIZE=4M|"},
+      {"`page_compressed`='1' `my``x`=-1", "PAGE_COMPRESSED='1'|`MY``X`=-1|"},
+  };
+  for (const TCase& c : cases) EXPECT_EQ(OptionsOf(c.text), c.options);
+}
+
+TEST(TableTextTest, SaysWhereAndWhatWasExpected) {
+  struct TCase {
+    const char* text;
+    const char* message;
+  };
+  const TCase cases[] = {
+      {"create view v as select 1", "line 1: \"table\" expected, but \"view\" found"},
+      {"create table t like u", "line 1: \"(\" expected, but \"like\" found"},
+      {"create table t (\n a int,\n)", "line 3: a column, key or constraint expected, but \")\" found"},
+      {"create table t (\n a\n int,\n b)", "line 4: a type expected, but \")\" found"},
+      {"create table t (a int", "line 1: \")\" expected, but the end found"},
+      {"create table t (a int(3)\n", "line 2: \")\" expected, but the end found"},
+      {"create table t (a int) engine", "line 1: a table option expected, but the end found"},
+      {"create table t (a int) as select 1", "line 1: a table option expected, but \"1\" found"},
+      {"create table t (a int) partition by hash (a", "line 1: \")\" expected, but the end found"},
+      {"create table t (a int); drop table t", "line 1: the end expected, but \"drop\" found"},
+      {"create table t (key k)", "line 1: \"(\" expected, but \")\" found"},
+      {"create table t (foreign key (a))", "line 1: a foreign key expected, but \"(\" found"},
+      {"create table t (\"a\" int)", "line 1: a column, key or constraint expected, but \"\"a\"\" found"},
+      {"create table t (a 'x)", "line 1: unclosed single quote"},
+      {"", "line 1: \"create\" expected, but the end found"},
+  };
+  for (const TCase& c : cases) EXPECT_EQ(MessageOf([&] { ReadTableText(c.text); }), c.message) << c.text;
+}
+
+TEST(TableTextTest, TakesColumnsApart) {
+  const TTableText table = ReadTableText(kMariaDbTexts[0]);
+  const auto column = [&](const char* name) { return ReadColumnText(*table.Find(EElement::Column, name), table); };
+  EXPECT_THAT(column("n").arguments, ElementsAre("a,b", "c'd", "e\\f", "("));
+  EXPECT_EQ(column("n").charset, (TCharset{"latin1", "latin1_swedish_ci"}));
+  EXPECT_EQ(column("b").charset, (TCharset{"latin1", "latin1_bin"}));
+  EXPECT_EQ(column("Total").charset, TCharset());
+  EXPECT_TRUE(column("Total").not_null);
+  EXPECT_EQ(column("m").generated, "`Total` + 1");
+  EXPECT_TRUE(column("m").stored && column("m").invisible && !column("m").not_null);
+  EXPECT_TRUE(column("f").is_unsigned && column("f").zerofill && column("f").IsNumber());
+  EXPECT_EQ(column("h").default_text, "-4.50");
+  EXPECT_EQ(column("h").Length(), 5);
+  EXPECT_EQ(column("h").Fraction(), 2);
+  EXPECT_EQ(column("d").Fraction(), 6);
+  EXPECT_EQ(column("z").default_text, "(curdate() + interval 1 day)");
+  EXPECT_EQ(column("i").default_text, "concat('a',')b')");
+  EXPECT_EQ(column("w").Length(), 11);
+  EXPECT_EQ(column("o").default_text, "uuid()");
+
+  const auto of = [](const char* text) {
+    return ReadColumnText(FirstElement(text), ReadTableText("create table t (a int)"));
+  };
+  EXPECT_EQ(of("a double precision unsigned").type, "double");
+  EXPECT_EQ(of("a character varying(3)").type, "varchar");
+  EXPECT_EQ(of("a boolean").Length(), 1);
+  EXPECT_EQ(of("a int references p (b) on update cascade on delete set null not null").default_text, std::nullopt);
+  EXPECT_TRUE(of("a int references p (b) on update cascade on delete set null not null").not_null);
+  EXPECT_EQ(of("a date default date'2020-01-01' comment 'x'").default_text, "date'2020-01-01'");
+  EXPECT_EQ(of("a int default (1)").charset, TCharset());
+}
+
+// Faults of every sort in texts must end in an error or in a table, in a time that their length bounds.
+TEST(TableTextTest, StandsMutatedTexts) {
+  constexpr int kRounds = 12000;
+  constexpr std::string_view kBytes = "()',`\"\\;=/*!-# \n.0a\x80";
+  std::mt19937 random(7);
+  const auto below = [&](std::size_t bound) {
+    return std::uniform_int_distribution<std::size_t>(0, bound - 1)(random);
+  };
+  int read = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    const std::string original =
+        round % 2 == 0 ? kMariaDbTexts[below(std::size(kMariaDbTexts))] : kMySqlTexts[below(std::size(kMySqlTexts))];
+    std::string text = original;
+    for (std::size_t changes = 1 + below(3); changes > 0; --changes) {
+      const std::size_t at = below(text.size());
+      const std::size_t kind = below(4);
+      if (kind == 0) text[at] = kBytes[below(kBytes.size())];
+      if (kind == 1) text.insert(at, 1, kBytes[below(kBytes.size())]);
+      if (kind == 2) text.erase(at, 1 + below(12));
+      if (kind == 3) text.insert(at, original.substr(below(original.size()), below(40)));
+      if (text.empty()) text = "(";
+    }
+    try {
+      const TTableText table = ReadTableText(text);
+      const TTableText other = ReadTableText(original);
+      TEquivalenceUse use;
+      for (std::size_t i = 0; i < table.elements.size(); ++i) {
+        const TElement& element = table.elements[i];
+        if (element.kind == EElement::Column) ReadColumnText(element, table);
+        if (element.kind == EElement::ForeignKey) ForeignKeyParts(element);
+        KeyColumns(element);
+        EXPECT_TRUE(SameElement(element, table, element, other, use) || !SameOptions(table, other, use))
+            << element.text;
+        if (i < other.elements.size()) SameElement(element, table, other.elements[i], other, use);
+      }
+      SamePartitioning(table, other);
+      OptionsToSet(table, other, use);
+      EXPECT_EQ(CreationTextOf(ReadTableText(CreationTextOf(table))), CreationTextOf(table)) << text;
+      ++read;
+    } catch (const EVelmora&) {
+    }
+  }
+  EXPECT_GT(read, kRounds / 4);
+}
+
+TEST(TableTextTest, DeepBracketsAndLongTextsTakeTimeByTheirLength) {
+  const std::string open(50000, '(');
+  const std::string close(50000, ')');
+  const TTableText deep = ReadTableText("create table t (a int check " + open + "1" + close + ")");
+  const TTableText plain = ReadTableText("create table t (a int check (1))");
+  TEquivalenceUse use;
+  EXPECT_TRUE(SameElement(deep.elements[0], deep, plain.elements[0], plain, use));
+  EXPECT_NE(MessageOf([&] { ReadTableText("create table t (a int check " + open); }), "nothing raised");
+}
+
+}  // namespace
+}  // namespace velmora
