@@ -166,14 +166,6 @@ std::string TMeta::KeyFieldList(std::string_view separator) const {
   return KeyFieldListOf(tKeys.CurrentId(), separator);
 }
 
-std::string TMeta::LocalColumnList(std::string_view separator) const {
-  return LocalColumnListOf(tConstraints.CurrentId(), separator);
-}
-
-std::string TMeta::ForeignColumnList(std::string_view separator) const {
-  return ForeignColumnListOf(tConstraints.CurrentId(), separator);
-}
-
 std::string TMeta::KeyFieldListOf(int key_id, std::string_view separator) const {
   return Joined(tKeyFields.RowsOf(key_id), separator,
                 [](const TKeyFieldRow& row) { return std::string_view(row.column); });

@@ -169,10 +169,7 @@ class TMeta {
   // A key or constraint with its columns as a record. Neither fetches nor moves a cursor.
   TMetaKey KeyRecord(const TTableRow& table, const TKeyRow& row) const;
   TMetaConstraint ConstraintRecord(const TTableRow& table, const TConstraintRow& row) const;
-  // Columns of the current key, local or foreign columns of the current constraint.
-  std::string KeyFieldList(std::string_view separator) const;
-  std::string LocalColumnList(std::string_view separator) const;
-  std::string ForeignColumnList(std::string_view separator) const;
+  std::string KeyFieldList(std::string_view separator) const;  // the columns of the current key
 
   // --- Maintenance
   void Clear();

@@ -33,8 +33,6 @@ class TReadAhead {
   // The wire is closed.
   void Forget();
 
-  bool Idle() const { return sent_.empty(); }
-
  private:
   bool TakeSent(std::string_view sql, TLine& line);
   bool TakeExpected(std::string_view sql);

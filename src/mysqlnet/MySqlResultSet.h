@@ -52,8 +52,7 @@ class TMySqlResultSet {
   std::size_t RowCount() const { return rows_.size(); }  // rows in memory
   void First() { row_ = 0; }                             // of those, the first is next
 
-  void Skip();                          // throws the rows away that are still to come
-  bool IsRead() const { return end_; }  // nothing is left on the wire
+  void Skip();  // throws the rows away that are still to come
 
  private:
   struct TCell {

@@ -1,13 +1,28 @@
 #include "persist/Options.h"
 
+#include <string_view>
+#include <variant>
+
 namespace velmora {
 
 namespace {
+
+template <class Value, class Standard = Value>
+struct TOptionField {
+  Value TOptions::*member;
+  Standard standard;
+};
+
+struct TOptionKey {
+  std::string_view name;
+  std::variant<TOptionField<bool>, TOptionField<int>, TOptionField<std::string, std::string_view>> field;
+};
 
 using TSwitch = TOptionField<bool>;
 using TNumberField = TOptionField<int>;
 using TTextField = TOptionField<std::string, std::string_view>;
 
+// In the order of loading and saving.
 constexpr TOptionKey kOptionKeys[] = {
     {"DropExtraColumns", TSwitch{&TOptions::DropExtraColumns, false}},
     {"DropExtraIndices", TSwitch{&TOptions::DropExtraIndices, false}},
@@ -47,8 +62,6 @@ TOptions::TOptions() {
   for (const TOptionKey& key : kOptionKeys)
     std::visit([this](const auto& field) { this->*field.member = field.standard; }, key.field);
 }
-
-std::span<const TOptionKey> OptionKeys() { return kOptionKeys; }
 
 TOptions LoadOptions(const TOptionStore& store) {
   TOptions options;

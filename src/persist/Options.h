@@ -1,9 +1,6 @@
 #pragma once
 
-#include <span>
 #include <string>
-#include <string_view>
-#include <variant>
 
 #include "persist/OptionStore.h"
 
@@ -30,19 +27,6 @@ struct TOptions {
   std::string ScriptFontName;  // of the script editor
   int ScriptFontSize;
 };
-
-template <class Value, class Standard = Value>
-struct TOptionField {
-  Value TOptions::*member;
-  Standard standard;
-};
-
-struct TOptionKey {
-  std::string_view name;
-  std::variant<TOptionField<bool>, TOptionField<int>, TOptionField<std::string, std::string_view>> field;
-};
-
-std::span<const TOptionKey> OptionKeys();  // in the order of loading and saving
 
 TOptions LoadOptions(const TOptionStore& store);                 // never raises
 void SaveOptions(const TOptions& options, TOptionStore& store);  // raises where the store cannot be written

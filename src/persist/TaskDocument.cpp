@@ -105,17 +105,6 @@ TTaskValues ReadTaskValues(const std::string& path) {
   return {std::move(reference), std::move(target), reader.Exact()};
 }
 
-TOpenedTask ReadTask(const std::string& path, const TEngineClients& clients) {
-  const TTaskReader reader(path);
-  TOpenedTask task;
-  task.values.reference = reader.Reference();
-  task.reference = MakeTaskEngine(task.values.reference, clients);
-  task.values.target = reader.Target();
-  task.values.exact = reader.Exact();
-  task.target = MakeTaskEngine(task.values.target, clients);
-  return task;
-}
-
 void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target, bool exact) {
   cfgReset();
   cfgSetStr(kVersionKey, kVersion);

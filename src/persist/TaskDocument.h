@@ -44,14 +44,6 @@ struct TTaskValues {
 // A whole file as values, for showing it: nothing is made of them.
 TTaskValues ReadTaskValues(const std::string& path);
 
-struct TOpenedTask {
-  TTaskValues values;
-  std::unique_ptr<TDBConn> reference;  // neither is connected
-  std::unique_ptr<TDBConn> target;
-};
-
-TOpenedTask ReadTask(const std::string& path, const TEngineClients& clients = {});
-
 // Writes both connections, and the dialect where it is the exact one, to the file, in one step and readable for its
 // owner alone. Raises "StrEngine error" for the script engine, "SaveTask: Unhandled engine " and the name for an engine
 // that a task cannot hold on its side, the path store's error for a value that XML cannot hold, and "Cannot write %s:

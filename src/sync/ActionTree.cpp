@@ -28,11 +28,6 @@ void DeleteRowOf(const TActionNode& node, TdmData& data) {
 
 }  // namespace
 
-const TActionNode* TActionTree::FindTop(const std::string& table) const {
-  const auto found = by_name_.find(table);
-  return found == by_name_.end() ? nullptr : &*found->second;
-}
-
 void TActionTree::Clear() {
   by_name_.clear();
   top_.clear();

@@ -41,7 +41,6 @@ class TActionTree {
   void SetView(TTreeView* view) { view_ = view; }  // not owned; null for none
 
   const std::list<TActionNode>& Top() const { return top_; }
-  const TActionNode* FindTop(const std::string& table) const;  // by exact text; null when there is none
 
   void Clear();
   // Nests; the view is told of the outermost pair.

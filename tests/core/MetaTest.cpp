@@ -44,7 +44,8 @@ TEST_F(MetaTest, LookupsIgnoreCaseAndLeaveTheCursorOnWhatTheyFind) {
   EXPECT_TRUE(meta.FindKey("orders", "IX_BOTH"));
   EXPECT_EQ(meta.KeyFieldList(";"), "cust;kind");
   EXPECT_TRUE(meta.FindConstraint("notes", "FK_NOTE"));
-  EXPECT_EQ(meta.LocalColumnList(";") + ">" + meta.ForeignColumnList(";"), "cust>name");
+  const TMetaConstraint note = meta.ConstraintRecord(meta.tTables.Current(), meta.tConstraints.Current());
+  EXPECT_EQ(note.local_columns + ">" + note.foreign_columns, "cust>name");
   EXPECT_FALSE(meta.FindColumn("nowhere", "id")) << "an unknown table raises nothing";
   EXPECT_FALSE(meta.FindColumn("orders", "nowhere"));
   EXPECT_EQ(meta.tColumns.Current().name, "id") << "the table was entered anew, the failed search moved nothing";

@@ -16,7 +16,7 @@ TTableText Table(const std::string& element, const std::string& options = kLatin
 }
 
 bool Same(const TTableText& a, const TTableText& b, TEquivalenceUse& use) {
-  return SameElement(a.elements.at(0), a, b.elements.at(0), b, use);
+  return TElementComparison(a, b, use).Same(a.elements.at(0), b.elements.at(0));
 }
 
 int Total(const TEquivalenceUse& use) {

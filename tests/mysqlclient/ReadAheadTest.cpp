@@ -79,7 +79,8 @@ TEST(ReadAhead, TheWindowIsBoundedInStatementsAndBytes) {
   EXPECT_EQ(wire.wire.size(), 2U);
 
   large.Forget();
-  EXPECT_TRUE(large.Idle());
+  EXPECT_FALSE(large.Ask("b", wire));
+  EXPECT_TRUE(wire.skipped.empty());
 }
 
 }  // namespace

@@ -239,14 +239,14 @@ TEST(TableTextTest, StandsMutatedTexts) {
       const TTableText table = ReadTableText(text);
       const TTableText other = ReadTableText(original);
       TEquivalenceUse use;
+      TElementComparison comparison(table, other, use);
       for (std::size_t i = 0; i < table.elements.size(); ++i) {
         const TElement& element = table.elements[i];
         if (element.kind == EElement::Column) ReadColumnText(element, table);
         if (element.kind == EElement::ForeignKey) ForeignKeyParts(element);
         KeyColumns(element);
-        EXPECT_TRUE(SameElement(element, table, element, other, use) || !SameOptions(table, other, use))
-            << element.text;
-        if (i < other.elements.size()) SameElement(element, table, other.elements[i], other, use);
+        EXPECT_TRUE(comparison.Same(element, element) || !SameOptions(table, other, use)) << element.text;
+        if (i < other.elements.size()) comparison.Same(element, other.elements[i]);
       }
       SamePartitioning(table, other);
       OptionsToSet(table, other, use);
@@ -264,7 +264,7 @@ TEST(TableTextTest, DeepBracketsAndLongTextsTakeTimeByTheirLength) {
   const TTableText deep = ReadTableText("create table t (a int check " + open + "1" + close + ")");
   const TTableText plain = ReadTableText("create table t (a int check (1))");
   TEquivalenceUse use;
-  EXPECT_TRUE(SameElement(deep.elements[0], deep, plain.elements[0], plain, use));
+  EXPECT_TRUE(TElementComparison(deep, plain, use).Same(deep.elements[0], plain.elements[0]));
   EXPECT_NE(MessageOf([&] { ReadTableText("create table t (a int check " + open); }), "nothing raised");
 }
 

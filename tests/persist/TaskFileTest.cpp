@@ -14,6 +14,7 @@
 #include "engines/mysql/DBConnMySQL.h"
 #include "engines/mysql/DBConnMySQLscript.h"
 #include "engines/mysql/OfflineEngine.h"
+#include "persist/TaskDocument.h"
 #include "persist/TaskPack.h"
 #include "support/FakeConn.h"
 #include "support/FakeMyConnection.h"
@@ -60,6 +61,16 @@ class TaskFileTest : public ::testing::Test {
   std::unique_ptr<TDBConn> NewMySQL(const std::string& server, const std::string& password = "p") {
     return std::make_unique<TDBConnMySQL>(NewClient(), server, 3307, "data", "user", password);
   }
+  struct TTask {
+    TTaskValues values;
+    std::unique_ptr<TDBConn> reference, target;
+  };
+  TTask ReadTask(const std::string& path) {
+    TTaskValues values = ReadTaskValues(path);
+    auto reference = MakeTaskEngine(values.reference, Clients());
+    auto target = MakeTaskEngine(values.target, Clients());
+    return {std::move(values), std::move(reference), std::move(target)};
+  }
   std::string WriteXml(const std::string& xml) {
     WriteFileText(path_, std::string(kTaskMagic) + PackTask(xml));
     return path_;
@@ -74,7 +85,7 @@ class TaskFileTest : public ::testing::Test {
 };
 
 TEST_F(TaskFileTest, ReadsWhatOthersHaveWritten) {
-  const TOpenedTask task = ReadTask(kSample, Clients());
+  const TTask task = ReadTask(kSample);
   const auto& reference = dynamic_cast<TDBConnMySQL&>(*task.reference);
   EXPECT_EQ(reference.server(), "db1");
   EXPECT_EQ(reference.database(), "shop");
@@ -105,7 +116,7 @@ TEST_F(TaskFileTest, WritesTheKeysInOrderAndReadsThemBack) {
     ASSERT_NE(next, std::string::npos) << key << " in " << xml;
     at = next;
   }
-  const TOpenedTask task = ReadTask(path_, Clients());
+  const TTask task = ReadTask(path_);
   EXPECT_EQ(dynamic_cast<TDBConnMySQL&>(*task.reference).password(), "&<>\"'\t x \r\n\xF0\x9F\x94\x91 ");
   EXPECT_EQ(dynamic_cast<TDBConnMySQL&>(*task.target).password(), "");
 }
@@ -118,7 +129,7 @@ TEST_F(TaskFileTest, BothKindsOfTextComeBack) {
     for (const bool hdr : {true, false}) {
       TDBConnTextDelim delimited("/a b", separator, hdr);
       WriteTask(path_, delimited, *target);
-      const TOpenedTask task = ReadTask(path_, Clients());
+      const TTask task = ReadTask(path_);
       if (*separator == '\0') {
         EXPECT_NE(dynamic_cast<TDBConnTextFixed*>(task.reference.get()), nullptr);
         continue;
@@ -131,7 +142,7 @@ TEST_F(TaskFileTest, BothKindsOfTextComeBack) {
   for (const bool hdr : {true, false}) {
     TDBConnTextFixed fixed("/data", hdr);
     WriteTask(path_, fixed, *target);
-    const TOpenedTask task = ReadTask(path_, Clients());
+    const TTask task = ReadTask(path_);
     EXPECT_EQ(dynamic_cast<TDBConnTextFixed&>(*task.reference).folder(), "/data");
     EXPECT_EQ(dynamic_cast<TDBConnTextFixed&>(*task.reference).hdr(), hdr);
     const TEngineValues& values = task.values.reference.values;
@@ -167,7 +178,7 @@ TEST_F(TaskFileTest, RefusesWithOneMessage) {
   };
   for (const auto& c : kCases) {
     WriteXml(c.xml);
-    EXPECT_EQ(MessageOf([&] { ReadTask(path_, Clients()); }), c.message) << c.xml;
+    EXPECT_EQ(MessageOf([&] { ReadTask(path_); }), c.message) << c.xml;
   }
 }
 
@@ -180,7 +191,7 @@ TEST_F(TaskFileTest, EveryEngineThatATaskHoldsComesBack) {
       keys += Format("<%s>%s</%s>", key.name, key.kind == EKeyKind::Port ? "1" : "Y", key.name);
     WriteXml(row.target ? TaskXml("MySQL", kMySQLKeys, EngineName(row), keys)
                         : TaskXml(EngineName(row), keys, "MySQL", kMySQLKeys));
-    const TOpenedTask task = ReadTask(path_, Clients());
+    const TTask task = ReadTask(path_);
     EXPECT_EQ((row.target ? task.target : task.reference)->GetEngine(), row.engine);
     WriteTask(path_, row.target ? *task.target : *task.reference, *task.target);
     const TTaskValues values = ReadTaskValues(path_);

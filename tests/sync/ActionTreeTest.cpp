@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "support/MessageOf.h"
 #include "support/RecordingHost.h"
 #include "support/RecordingPorts.h"
@@ -18,8 +20,12 @@ class ActionTreeTest : public ::testing::Test {
     tree_.AddToTree(action, table, row.id, SyncAction(action).LogText(table, item));
   }
   // Deletes what a top node stands for, or its first child.
-  void DeleteTop(const std::string& table) { Delete(tree_.FindTop(table)); }
-  void DeleteChild(const std::string& table) { Delete(&tree_.FindTop(table)->children.front()); }
+  void DeleteTop(const std::string& table) { Delete(&Top(table)); }
+  void DeleteChild(const std::string& table) { Delete(&Top(table).children.front()); }
+  const TActionNode& Top(const std::string& table) const {
+    const auto& tops = tree_.Top();
+    return *std::find_if(tops.begin(), tops.end(), [&](const TActionNode& node) { return node.text == table; });
+  }
   void Delete(const TActionNode* node) {
     DeleteAction(node, tree_, data_, [this] { ++generated_; });
   }
@@ -134,7 +140,7 @@ TEST_F(ActionTreeTest, ADeletionThatFailsKeepsWhatItDeletedDeleted) {
   data_.mtActions.Delete(2);
   EXPECT_EQ(MessageOf([this] { DeleteTop("t"); }), "Can't locate action!");
   EXPECT_EQ(RowIds(), "3 ");
-  EXPECT_NE(tree_.FindTop("t"), nullptr);
+  EXPECT_EQ(tree_.Top().size(), 1U);
   EXPECT_EQ(generated_, 0);
 }
 

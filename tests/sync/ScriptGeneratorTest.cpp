@@ -82,7 +82,7 @@ TEST_F(ScriptGeneratorTest, FailsTheSecondTimeAtADroppedColumn) {
   EXPECT_EQ(MessageOf([this] { rig_.GenerateScript(); }), "Can't find field z of table t in metadata");
   EXPECT_TRUE(Statements().empty());
 
-  const TActionNode& drop = rig_.tree.FindTop("t")->children.front();
+  const TActionNode& drop = rig_.tree.Top().front().children.front();
   DeleteAction(&drop, rig_.tree, rig_.data, [this] { rig_.GenerateScript(); });
   EXPECT_EQ(Statements(), TStringList{"alter table t add constraint f foreign key(a) references t(b);"});
 }

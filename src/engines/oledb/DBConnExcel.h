@@ -16,7 +16,6 @@ class TDBConnExcel : public TDBConnOLEDB {
 
   const std::string& filename() const { return filename_; }
   bool hdr() const { return hdr_; }
-  bool imex() const { return imex_; }
 
   void SaveParams(const std::string& path, TXMLAccess& store) override;
   void ApplyParams() override;

@@ -194,11 +194,6 @@ bool TElementComparison::Same(const TElement& in_a, const TElement& in_b) {
   return true;
 }
 
-bool SameElement(const TElement& a, const TTableText& table_a, const TElement& b, const TTableText& table_b,
-                 TEquivalenceUse& use) {
-  return TElementComparison(table_a, table_b, use).Same(a, b);
-}
-
 bool SamePartitioning(const TTableText& a, const TTableText& b) {
   return a.partitioning == b.partitioning || CanonicalPartitioning(a) == CanonicalPartitioning(b);
 }

@@ -78,8 +78,5 @@ class TElementComparison {
   TInheritance b_;
   TEquivalenceUse& use_;
 };
-// The same, for a single pair.
-bool SameElement(const TElement& a, const TTableText& table_a, const TElement& b, const TTableText& table_b,
-                 TEquivalenceUse& use);
 
 }  // namespace velmora

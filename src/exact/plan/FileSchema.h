@@ -46,7 +46,6 @@ class TFileSchema {
   void CatchUp(const std::string& table);
   void CatchUpAll();
   void Set();
-  void SetModes(const std::string& modes);
   void SetDatabase(std::size_t at, bool creates);
   void TakeDefaults(const std::string& database, TTableText& table) const;
   void CheckModes() const;

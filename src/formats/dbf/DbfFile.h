@@ -38,7 +38,6 @@ struct TDbfField {
   int length_bit = -1;  // set: the value is shorter than the field, whose last byte has its length
 
   bool Is(std::uint8_t flag) const { return (flags & flag) == flag; }
-  bool IsMemo() const { return type == 'M' || type == 'G' || type == 'P' || type == 'W'; }
 };
 
 enum class EDbfMemo { DBase3, DBase4, FoxPro };

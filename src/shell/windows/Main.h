@@ -134,7 +134,6 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void ShowRecent();
   void ShowTitle(bool active);
   void ShowLog(const TStringList& lines);  // after what is to be known of the connections
-  void ShowNotes();                        // of the connections, where the log is still empty
   void ClearWork();                        // what a former pair left: tree, panels, log, script
   void ShowPage();                         // in place of the label that says that all is equal
   bool MayLoseScript();                    // asks where a text would go that was typed and not saved

@@ -27,8 +27,6 @@ class TfmProgress final : public QWidget, public TProgress {
   void SetDetailText(const std::string& text) override;
   void Finish() override;
 
-  QWidget* DisabledForm() const { return disabledForm; }  // null while the window is down
-
  protected:
   void closeEvent(QCloseEvent* event) override;
 
