@@ -5,6 +5,7 @@
 #include "engines/mysql/OfflineEngine.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/MySqlFacts.h"
 
 namespace velmora {
 
@@ -13,7 +14,6 @@ namespace {
 constexpr char kNotComparable[] =
     "%s cannot be compared: a reference has to be a MySQL server or a file of creation texts that ends in .sql";
 constexpr char kEmptyReference[] = "%s has no tables: made equal to it, the target would lose all of its own";
-constexpr int kUsualPort = 3306;
 
 }  // namespace
 
@@ -30,7 +30,7 @@ std::string SideName(TDBConn& conn) {
   if (dynamic_cast<TDBConnMySQLOffline*>(&conn) != nullptr) return shown;
   if (const auto* server = dynamic_cast<TDBConnMySQL*>(&conn)) {
     const std::string host = server->server().empty() ? "localhost" : server->server();
-    const bool usual = server->port() == kUsualPort || server->port() == 0;
+    const bool usual = server->port() == kMySqlPort || server->port() == 0;
     const std::string port = usual ? std::string() : Format(":%d", server->port());
     return Format("database %s of server %s", server->database(), host + port) + SocketOf(conn);
   }

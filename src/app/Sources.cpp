@@ -13,6 +13,7 @@
 #include "persist/EngineTable.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/MySqlFacts.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -41,7 +42,6 @@ constexpr std::string_view kScriptExtension = ".sql";
 constexpr char kNoParameters[] =
     "The address of a server has no parameters after a \"?\": they are options of their own (a \"?\" in a name is "
     "written %3F)";
-constexpr int kStandardPort = 3306;  // which stands in task files whether it was given or not
 constexpr char kSocketUnused[] =
     "--socket is for a server of this machine: %s is reached by TCP, where a port or another host is given";
 constexpr char kPasswordGiven[] =
@@ -202,7 +202,7 @@ void SettleSocket(std::initializer_list<TDBConn*> sources, bool of_task) {
   for (TDBConn* source : sources) {
     auto* server = dynamic_cast<TDBConnMySQL*>(source);
     if (server == nullptr || server->GetConnectionObject().Options.Socket.empty()) continue;
-    const bool has_port = server->port() != 0 && !(of_task && server->port() == kStandardPort);
+    const bool has_port = server->port() != 0 && !(of_task && server->port() == kMySqlPort);
     if (IsLocalServer(server->server()) && !has_port) {
       taken = true;
       continue;

@@ -153,6 +153,14 @@ bool TDBConn::InTransaction() { RaiseAbstract(); }
 
 std::unique_ptr<TDBConn> TDBConn::Clone() { RaiseAbstract(); }
 
+std::unique_ptr<TDBConn> TDBConn::ConnectedAsThis(std::unique_ptr<TDBConn> clone) {
+  if (GetConnected())
+    clone->Connect();  // which would empty a copy of the store
+  else
+    clone->meta().CopyFrom(meta());
+  return clone;
+}
+
 // --- Structure to texts and back
 
 void TDBConn::FetchTableStructure(const std::string& /*table*/) { RaiseAbstract(); }

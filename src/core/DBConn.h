@@ -152,6 +152,11 @@ class TDBConn {
   // The first row of the type table that writes `datatype`. Raises "TDBConn.ColumnTypeInfo: Unhandled type".
   void ColumnTypeInfo(TNeutralType datatype, TColumnTypeInfo& row);
 
+ protected:
+  // The end of Clone for an engine with a client: the copy is connected where this engine is, and its store then holds
+  // table names; else it gets a copy of the store.
+  std::unique_ptr<TDBConn> ConnectedAsThis(std::unique_ptr<TDBConn> clone);
+
  private:
   std::unique_ptr<TMeta> meta_;
   TStringList being_fetched_;  // tables, each within the fetch of the one before

@@ -10,9 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "core/DBConn.h"
-#include "core/Dataset.h"
+#include "core/ClientConnection.h"
+#include "core/ClientRows.h"
 #include "util/Lists.h"
+#include "util/MySqlFacts.h"
 
 namespace velmora {
 
@@ -77,15 +78,15 @@ class TLatePassword {
 
 // Created unconnected. Parameters are read while connecting and may be changed at any time. A backend's destructor
 // disconnects and raises nothing; queries must be gone by then.
-class TMyConnection : public TConnectionObject {
+class TMyConnection : public TClientConnection {
  public:
   TMyConnection() = default;
   TMyConnection(const TMyConnection&) = delete;
   TMyConnection& operator=(const TMyConnection&) = delete;
 
-  std::string Server;    // empty or "localhost" means the local server
-  int Port = 3306;       // a local server is reached there by TCP, unless Options.Socket is set; 0: none is given
-  std::string Database;  // empty means none
+  std::string Server;     // empty or "localhost" means the local server
+  int Port = kMySqlPort;  // a local server is reached there by TCP, unless Options.Socket is set; 0: none is given
+  std::string Database;   // empty means none
   std::string Username;
   std::string Password;
   int ConnectionTimeout = 15;  // seconds
@@ -93,11 +94,7 @@ class TMyConnection : public TConnectionObject {
   TMyOptions Options;
   std::function<void(const std::string& text)>
       Notice;                                   // called with what a user should know of the connection; optional
-  std::function<void()> BeforeConnect;          // called before each attempt to connect; may set the parameters
   std::shared_ptr<TLatePassword> LatePassword;  // where Password is empty; null means that nobody can be asked
-
-  // Nothing happens when the connection already is as wanted. After a failure to connect it is not connected.
-  void SetConnected(bool connected) final;
 
   virtual bool InTransaction() const = 0;
   virtual void StartTransaction() = 0;
@@ -135,17 +132,13 @@ class TMyConnection : public TConnectionObject {
   void CopyOptions(const TMyConnection& source);
 
  private:
-  void Login();
-  virtual void DoConnect() = 0;
-  virtual void DoDisconnect() = 0;
+  void Login() final;
 };
 
 // One statement and its rows. As a dataset it is open from Open to Close. A query may be used again and again.
-class TMyQuery : public TDataset {
+class TMyQuery : public TClientRows {
  public:
   explicit TMyQuery(TMyConnection& connection) : connection_(connection) {}
-  TMyQuery(const TMyQuery&) = delete;
-  TMyQuery& operator=(const TMyQuery&) = delete;
 
   std::string SQL;
   bool UniDirectional = false;  // rows are read forward only and not kept
@@ -157,24 +150,13 @@ class TMyQuery : public TDataset {
   void Open();
   // Runs SQL and throws rows away, if it gives any.
   void Execute();
-  bool Active() const { return active_; }
   std::int64_t RowsAffected() const { return rows_affected_; }  // of the last Execute
-
-  const std::vector<TFieldDef>& Fields() const override;
-  std::int64_t RecordCount() const override;
-  bool Eof() const override;
-  void First() override;
-  void Next() override;
-  const TVariant& Value(std::size_t field) const override;
-  void Close() override;
 
  private:
   virtual std::unique_ptr<TDataset> DoOpen() = 0;  // never null
   virtual std::int64_t DoExecute() = 0;            // gives the rows affected
 
   TMyConnection& connection_;
-  std::unique_ptr<TDataset> rows_;
-  bool active_ = false;
   std::int64_t rows_affected_ = 0;
 };
 

@@ -9,13 +9,13 @@
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
+#include "util/MySqlFacts.h"
 #include "util/Text.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr int kUsualPort = 3306;
 constexpr std::size_t kLargestKeyFile = 65536;
 constexpr std::string_view kPublicKeyMark = "-----BEGIN PUBLIC KEY-----";
 constexpr char kNoPublicKey[] = "%s holds no public key of a server (PEM, as \"-----BEGIN PUBLIC KEY-----\" begins it)";
@@ -29,7 +29,7 @@ std::vector<TMyRoute> RoutesTo(const TMyConnection& connection) {
   if (const std::string usual = TMySqlVioPipe::UsualPath(); local && connection.Port == 0 && !usual.empty())
     routes.push_back({.socket = usual});
   routes.push_back(
-      {.host = local ? "localhost" : connection.Server, .port = connection.Port == 0 ? kUsualPort : connection.Port});
+      {.host = local ? "localhost" : connection.Server, .port = connection.Port == 0 ? kMySqlPort : connection.Port});
   return routes;
 }
 

@@ -11,7 +11,6 @@
 namespace velmora {
 
 inline constexpr char kMySqlHost[] = "localhost";  // of a connection that names none
-inline constexpr int kMySqlPort = 3306;
 
 enum EMySqlError {
   kCannotConnectLocally = 2002,

@@ -10,6 +10,7 @@
 #include "mysqlnet/MySqlTokens.h"
 #include "mysqlnet/MySqlVioPipe.h"
 #include "mysqlnet/MySqlVioTcp.h"
+#include "util/MySqlFacts.h"
 
 namespace velmora {
 

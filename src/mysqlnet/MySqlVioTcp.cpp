@@ -11,6 +11,7 @@
 
 #include "mysqlnet/MySqlErrors.h"
 #include "util/Format.h"
+#include "util/MySqlFacts.h"
 
 namespace velmora {
 

@@ -7,6 +7,7 @@
 #include "sync/SyncActions.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/MySqlFacts.h"
 #include "util/Text.h"
 #include "util/Version.h"
 
@@ -17,8 +18,6 @@ namespace {
 constexpr char kOrigin[] = "Script created by Orvanex Velmora %s on %s.";
 constexpr char kPurpose[] = "Modifying %s database %s to be equal to %s reference database %s.";
 constexpr char kComment[] = "--";
-constexpr char kChecksOff[] = "set foreign_key_checks=0;";
-constexpr char kChecksOn[] = "set foreign_key_checks=1;";
 
 constexpr std::size_t kLongestWithoutEnd = 2;  // texts up to this length get no ";"
 
@@ -71,7 +70,7 @@ void TScriptGenerator::AddHeader() {
   AddScriptLine(kComment + ScriptOrigin(clock_));
   AddScriptLine(kComment + ScriptPurpose(connections_));
   AddScriptLine({});
-  AddScriptLine(kChecksOff);
+  AddScriptLine(std::string(kForeignKeyChecksOff) + ";");
   AddScriptLine({});
 }
 
@@ -92,7 +91,7 @@ void TScriptGenerator::AddActions() {
 // Behind a script that ended early too. The line that may come first is for the eye: it is no line of `mtScript`.
 void TScriptGenerator::AddClosing() {
   if (!editor_.LastLine().empty()) editor_.AddLine({});
-  AddScriptLine(kChecksOn);
+  AddScriptLine(std::string(kForeignKeyChecksOn) + ";");
 }
 
 }  // namespace velmora

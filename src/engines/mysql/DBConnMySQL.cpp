@@ -15,6 +15,7 @@
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Lists.h"
+#include "util/MySqlFacts.h"
 #include "util/Text.h"
 #include "xml/XMLAccess.h"
 
@@ -22,11 +23,8 @@ namespace velmora {
 
 namespace {
 
-constexpr int kUsualPort = 3306;
 constexpr int kChunkRows = 10000;
 constexpr char kInnoDB[] = "InnoDB";
-constexpr char kChecksOff[] = "set foreign_key_checks=0";
-constexpr char kChecksOn[] = "set foreign_key_checks=1";
 constexpr char kNoCreationText[] = "There is no whole creation text of table %s";
 constexpr char kNoColumns[] = "Table must have at least one column!";
 
@@ -147,7 +145,7 @@ void TDBConnMySQL::SaveParams(const std::string& path, TXMLAccess& store) {
   store.xmlSetVal(path + "/database", database_);
   store.xmlSetVal(path + "/username", username_);
   store.xmlSetVal(path + "/password", password_);
-  store.xmlSetInt(path + "/port", port_ == 0 && !IsLocalServer(server_) ? kUsualPort : port_);
+  store.xmlSetInt(path + "/port", port_ == 0 && !IsLocalServer(server_) ? kMySqlPort : port_);
 }
 
 TMyConnection& TDBConnMySQL::GetConnectionObject() { return *connection_; }
@@ -163,7 +161,7 @@ void TDBConnMySQL::ApplyParams() {
 void TDBConnMySQL::GetDisplayName(std::string& text) {
   const std::string host = server_.empty() ? "localhost" : server_;
   text =
-      port_ == kUsualPort || port_ == 0 ? Format("%s.%s", host, database_) : Format("%s:%d.%s", host, port_, database_);
+      port_ == kMySqlPort || port_ == 0 ? Format("%s.%s", host, database_) : Format("%s:%d.%s", host, port_, database_);
 }
 
 // --- Words of the dialect, rows, statements
@@ -244,14 +242,7 @@ void TDBConnMySQL::Rollback() { connection_->Rollback(); }
 
 bool TDBConnMySQL::InTransaction() { return connection_->InTransaction(); }
 
-std::unique_ptr<TDBConn> TDBConnMySQL::Clone() {
-  std::unique_ptr<TDBConnMySQL> clone = NewEngine();
-  if (GetConnected())
-    clone->Connect();  // which would empty a copy of the store
-  else
-    clone->meta().CopyFrom(meta());
-  return clone;
-}
+std::unique_ptr<TDBConn> TDBConnMySQL::Clone() { return ConnectedAsThis(NewEngine()); }
 
 std::unique_ptr<TDBConnMySQL> TDBConnMySQL::NewEngine() const {
   return std::make_unique<TDBConnMySQL>(connection_->NewConnection(), server_, port_, database_, username_, password_);
@@ -294,27 +285,27 @@ void TDBConnMySQL::ConvertColumn(const TMetaColumn& source, TMetaColumn& column)
 bool TDBConnMySQL::CanCreateTables() { return true; }
 
 void TDBConnMySQL::BeforeDataLoad(const std::string& /*table*/) {
-  if (table_type == kInnoDB) ExecSQL(kChecksOff);
+  if (table_type == kInnoDB) ExecSQL(kForeignKeyChecksOff);
 }
 
 void TDBConnMySQL::AfterDataLoad(const std::string& /*table*/) {
-  if (table_type == kInnoDB) ExecSQL(kChecksOn);
+  if (table_type == kInnoDB) ExecSQL(kForeignKeyChecksOn);
 }
 
 void TDBConnMySQL::CreateTable(const std::string& table, const TStringList& definitions) {
   if (definitions.empty()) RaiseError(kNoColumns);
-  ExecSQL(kChecksOff);
+  ExecSQL(kForeignKeyChecksOff);
   ExecSQL(Format("create table %s(\r\n%s\r\n) type=%s", QuoteName(table), DefinitionLines(definitions), table_type));
-  ExecSQL(kChecksOn);
+  ExecSQL(kForeignKeyChecksOn);
   RefreshTableList();
 }
 
 void TDBConnMySQL::DropTable(const std::string& table) {
   const std::string statement = Format("drop table %s", QuoteName(table));
   TDBConn::DropTable(table);
-  ExecSQL(kChecksOff);
+  ExecSQL(kForeignKeyChecksOff);
   ExecSQL(statement);
-  ExecSQL(kChecksOn);
+  ExecSQL(kForeignKeyChecksOn);
 }
 
 void TDBConnMySQL::RenameTable(const std::string& old_name, const std::string& new_name) {

@@ -4,6 +4,7 @@
 
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/MySqlFacts.h"
 
 namespace velmora {
 
@@ -11,7 +12,7 @@ TDBConnMySQLOffline::TDBConnMySQLOffline(std::string path, TScriptChoice choice)
     : TDBConnMySQLOffline(std::make_unique<TOfflineConnection>(std::move(path), std::move(choice))) {}
 
 TDBConnMySQLOffline::TDBConnMySQLOffline(std::unique_ptr<TOfflineConnection> connection)
-    : TDBConnMySQL(std::move(connection), {}, 3306, {}, {}, {}),
+    : TDBConnMySQL(std::move(connection), {}, kMySqlPort, {}, {}, {}),
       offline_(static_cast<TOfflineConnection&>(TDBConnMySQL::GetConnectionObject())) {}
 
 void TDBConnMySQLOffline::SaveParams(const std::string& /*path*/, TXMLAccess& /*store*/) {

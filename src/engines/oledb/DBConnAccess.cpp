@@ -79,7 +79,7 @@ void TDBConnAccess::GetColumnTypes(TColumnTypeInfoArray& table) { table = Access
 // --- Copies
 
 std::unique_ptr<TDBConn> TDBConnAccess::Clone() {
-  return Finished(std::make_unique<TDBConnAccess>(filename_, sysdb_filename_, password_, maker()));
+  return ConnectedAsThis(std::make_unique<TDBConnAccess>(filename_, sysdb_filename_, password_, maker()));
 }
 
 // --- Structure to texts and back

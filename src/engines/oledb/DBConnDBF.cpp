@@ -28,6 +28,6 @@ void TDBConnDBF::ApplyParams() {
 
 int TDBConnDBF::GetEngine() { return kEngineDBF; }
 
-std::unique_ptr<TDBConn> TDBConnDBF::Clone() { return Finished(std::make_unique<TDBConnDBF>(folder_, maker())); }
+std::unique_ptr<TDBConn> TDBConnDBF::Clone() { return ConnectedAsThis(std::make_unique<TDBConnDBF>(folder_, maker())); }
 
 }  // namespace velmora

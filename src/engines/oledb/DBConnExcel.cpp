@@ -34,7 +34,7 @@ void TDBConnExcel::ApplyParams() {
 int TDBConnExcel::GetEngine() { return kEngineExcel; }
 
 std::unique_ptr<TDBConn> TDBConnExcel::Clone() {
-  return Finished(std::make_unique<TDBConnExcel>(filename_, hdr_, imex_, maker()));
+  return ConnectedAsThis(std::make_unique<TDBConnExcel>(filename_, hdr_, imex_, maker()));
 }
 
 }  // namespace velmora

@@ -62,6 +62,8 @@ std::unique_ptr<TDataset> TDBConnFoxPro::OpenTableDataChunk(const std::string& t
 
 int TDBConnFoxPro::GetEngine() { return kEngineFoxPro; }
 
-std::unique_ptr<TDBConn> TDBConnFoxPro::Clone() { return Finished(std::make_unique<TDBConnFoxPro>(folder_, maker())); }
+std::unique_ptr<TDBConn> TDBConnFoxPro::Clone() {
+  return ConnectedAsThis(std::make_unique<TDBConnFoxPro>(folder_, maker()));
+}
 
 }  // namespace velmora

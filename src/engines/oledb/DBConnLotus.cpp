@@ -27,6 +27,8 @@ void TDBConnLotus::ApplyParams() {
 
 int TDBConnLotus::GetEngine() { return kEngineLotus; }
 
-std::unique_ptr<TDBConn> TDBConnLotus::Clone() { return Finished(std::make_unique<TDBConnLotus>(filename_, maker())); }
+std::unique_ptr<TDBConn> TDBConnLotus::Clone() {
+  return ConnectedAsThis(std::make_unique<TDBConnLotus>(filename_, maker()));
+}
 
 }  // namespace velmora

@@ -25,6 +25,6 @@ void TDBConnODBC::GetDisplayName(std::string& text) { text = dsn_; }
 
 int TDBConnODBC::GetEngine() { return kEngineODBC; }
 
-std::unique_ptr<TDBConn> TDBConnODBC::Clone() { return Finished(std::make_unique<TDBConnODBC>(dsn_, maker())); }
+std::unique_ptr<TDBConn> TDBConnODBC::Clone() { return ConnectedAsThis(std::make_unique<TDBConnODBC>(dsn_, maker())); }
 
 }  // namespace velmora

@@ -174,14 +174,6 @@ void TDBConnOLEDB::Rollback() { RaiseError(kNotImplemented); }
 
 bool TDBConnOLEDB::InTransaction() { RaiseError(kNotImplemented); }
 
-std::unique_ptr<TDBConn> TDBConnOLEDB::Finished(std::unique_ptr<TDBConnOLEDB> clone) {
-  if (GetConnected())
-    clone->Connect();  // which would empty a copy of the store
-  else
-    clone->meta().CopyFrom(meta());
-  return clone;
-}
-
 // --- Structure to texts and back
 
 // Deliberate: a default gets a pair of brackets, whatever it holds already.

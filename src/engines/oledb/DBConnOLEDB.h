@@ -67,8 +67,6 @@ class TDBConnOLEDB : public TDBConn {
   explicit TDBConnOLEDB(TOLEDBProviderMaker maker);  // makes the provider of a connection string
 
   const TOLEDBProviderMaker& maker() const { return maker_; }
-  // The end of every Clone: `clone` gets a copy of the store, or a connection, with which its store holds table names.
-  std::unique_ptr<TDBConn> Finished(std::unique_ptr<TDBConnOLEDB> clone);
   // For engines that read chunks by the key: whether the primary key is one column.
   bool HasKeyOfOneColumn(const std::string& table);
   // That column. Raises "Table %s can not be opened in chunks!" and, in the name of `engine_class`, what is wrong with

@@ -103,7 +103,7 @@ void TDBConnSQLServer::FieldValParam(const TField& field, std::string& text) {
 // --- Copies
 
 std::unique_ptr<TDBConn> TDBConnSQLServer::Clone() {
-  return Finished(
+  return ConnectedAsThis(
       std::make_unique<TDBConnSQLServer>(server_, database_, username_, password_, windows_authentication_, maker()));
 }
 

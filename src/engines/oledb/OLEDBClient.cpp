@@ -66,13 +66,6 @@ void TOLEDBDataSource::CreateDataSource() { maker_(properties_)->CreateDataSourc
 
 bool TOLEDBDataSource::GetConnected() const { return provider_ != nullptr && provider_->Initialized(); }
 
-void TOLEDBDataSource::SetConnected(bool connected) {
-  if (connected == GetConnected()) return;
-  if (!connected) return Close();
-  if (BeforeConnect) BeforeConnect();
-  Open();
-}
-
 void TOLEDBDataSource::Open() {
   if (GetConnected()) return;
   if (provider_ == nullptr) provider_ = maker_(properties_);

@@ -4,12 +4,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "core/DBConn.h"
+#include "core/ClientConnection.h"
 #include "core/Dataset.h"
 #include "formats/port/Provider.h"
 
@@ -38,11 +37,9 @@ class TOLEDBSession {
 };
 
 // Created unconnected; never asks anybody for a password. Destruction closes and raises nothing.
-class TOLEDBDataSource : public TConnectionObject {
+class TOLEDBDataSource final : public TClientConnection {
  public:
   explicit TOLEDBDataSource(TOLEDBProviderMaker maker);
-
-  std::function<void()> BeforeConnect;  // called before each SetConnected(true) that opens
 
   // Takes a provider's connection string and makes that provider ready; an open one is closed first. Raises what
   // TInitString and the maker raise.
@@ -54,7 +51,6 @@ class TOLEDBDataSource : public TConnectionObject {
   void CreateDataSource();
 
   bool GetConnected() const override;
-  void SetConnected(bool connected) override;
   void Open();  // initialises the provider once more, past BeforeConnect
   void Close();
 
@@ -65,6 +61,9 @@ class TOLEDBDataSource : public TConnectionObject {
   int Connection() const { return connection_; }  // another number after each Close
 
  private:
+  void DoConnect() override { Open(); }
+  void DoDisconnect() override { Close(); }
+
   TOLEDBProviderMaker maker_;
   std::string text_;
   TInitString properties_;

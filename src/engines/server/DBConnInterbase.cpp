@@ -145,12 +145,8 @@ void TDBConnInterbase::Rollback() { Database_->Rollback(); }
 bool TDBConnInterbase::InTransaction() { return Database_->InTransaction(); }
 
 std::unique_ptr<TDBConn> TDBConnInterbase::Clone() {
-  auto clone = std::make_unique<TDBConnInterbase>(Database_->NewDatabase(), server_, database_, username_, password_);
-  if (GetConnected())
-    clone->Connect();  // which would empty a copy of the store
-  else
-    clone->meta().CopyFrom(meta());
-  return clone;
+  return ConnectedAsThis(
+      std::make_unique<TDBConnInterbase>(Database_->NewDatabase(), server_, database_, username_, password_));
 }
 
 // --- Structure to texts and back

@@ -177,13 +177,8 @@ void TDBConnOracle::Rollback() { session_->Rollback(); }
 bool TDBConnOracle::InTransaction() { return session_->InTransaction(); }
 
 std::unique_ptr<TDBConn> TDBConnOracle::Clone() {
-  auto clone =
-      std::make_unique<TDBConnOracle>(session_->NewSession(), server_, username_, password_, authmode_, direct_);
-  if (GetConnected())
-    clone->Connect();  // which would empty a copy of the store
-  else
-    clone->meta().CopyFrom(meta());
-  return clone;
+  return ConnectedAsThis(
+      std::make_unique<TDBConnOracle>(session_->NewSession(), server_, username_, password_, authmode_, direct_));
 }
 
 // --- Structure to texts and back

@@ -12,8 +12,8 @@
 #include <string_view>
 #include <vector>
 
-#include "core/DBConn.h"
-#include "core/Dataset.h"
+#include "core/ClientConnection.h"
+#include "core/ClientRows.h"
 
 namespace velmora {
 
@@ -26,7 +26,7 @@ inline constexpr std::string_view kUserNameParam = "USER NAME";
 // read a table keeps others from dropping it.
 //
 // A backend's destructor disconnects and raises nothing; queries must be gone by then.
-class TIBODatabase : public TConnectionObject {
+class TIBODatabase : public TClientConnection {
  public:
   TIBODatabase() = default;
   TIBODatabase(const TIBODatabase&) = delete;
@@ -34,16 +34,13 @@ class TIBODatabase : public TConnectionObject {
 
   std::string DatabaseName;  // a path or an alias, on SERVER where that is given
   std::string Password;
-  int ConnectTimeout = 15;              // seconds that a server may take to be reached, and to answer a login
-  int LockTimeout = 10;                 // seconds that a statement waits for what another transaction holds
-  std::function<void()> BeforeConnect;  // called before each attempt to connect; may set the parameters
+  int ConnectTimeout = 15;  // seconds that a server may take to be reached, and to answer a login
+  int LockTimeout = 10;     // seconds that a statement waits for what another transaction holds
 
   void SetParam(std::string_view name, std::string value) { params_.insert_or_assign(std::string(name), value); }
   std::string Param(std::string_view name) const;  // empty when it was not set
 
-  // Nothing happens when the connection already is as wanted. After a failure to connect it is not connected. Whatever
-  // the default transaction has done and not committed is undone by a disconnect.
-  void SetConnected(bool connected) final;
+  // A disconnect undoes whatever the default transaction has done and not committed.
   std::optional<bool> TransactionOpen(bool /*refresh*/) override { return InTransaction(); }
 
   virtual bool InTransaction() const = 0;
@@ -59,19 +56,14 @@ class TIBODatabase : public TConnectionObject {
   virtual std::unique_ptr<TIBODatabase> NewDatabase() const = 0;
 
  private:
-  virtual void DoConnect() = 0;
-  virtual void DoDisconnect() = 0;
-
   std::map<std::string, std::string, std::less<>> params_;
 };
 
 // One statement and its rows, which Open reads whole: nothing on the server waits for the last of them. As a dataset it
 // is open from Open to Close. A query may be used again and again.
-class TIBOQuery : public TDataset {
+class TIBOQuery : public TClientRows {
  public:
   explicit TIBOQuery(TIBODatabase& connection) : IB_Connection(connection) {}
-  TIBOQuery(const TIBOQuery&) = delete;
-  TIBOQuery& operator=(const TIBOQuery&) = delete;
 
   TIBODatabase& IB_Connection;
   std::string SQL;
@@ -80,16 +72,7 @@ class TIBOQuery : public TDataset {
   void ExecuteDirect(const std::string& sql);
   std::int64_t RowsAffected() const { return rows_affected_; }  // of the last ExecuteDirect
 
-  const std::vector<TFieldDef>& Fields() const override;
-  std::int64_t RecordCount() const override;
-  bool Eof() const override;
-  void First() override;
-  void Next() override;
-  const TVariant& Value(std::size_t field) const override;
-  void Close() override;
-
  private:
-  std::unique_ptr<TMemDataset> rows_;
   std::int64_t rows_affected_ = 0;
 };
 

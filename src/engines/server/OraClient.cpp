@@ -53,14 +53,8 @@ std::size_t EndOfComment(std::string_view text, std::size_t at) {
 // --- Session
 
 void TOraSession::SetConnected(bool connected) {
-  if (connected == GetConnected()) return;
-  in_transaction_ = false;
-  if (!connected) {
-    DoDisconnect();
-    return;
-  }
-  if (BeforeConnect) BeforeConnect();
-  DoConnect();
+  if (connected != GetConnected()) in_transaction_ = false;
+  TClientConnection::SetConnected(connected);
 }
 
 // The server opens a transaction by itself with the first change; what there is to start is holding back the commits.

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/DBConn.h"
+#include "core/ClientConnection.h"
 #include "core/Dataset.h"
 #include "util/Lists.h"
 
@@ -41,7 +41,7 @@ struct TOraResult {
 //
 // Outside a transaction every statement that gives no rows is committed by itself. Statements that change the structure
 // end a transaction at the server, of which InTransaction knows nothing.
-class TOraSession : public TConnectionObject {
+class TOraSession : public TClientConnection {
  public:
   TOraSession() = default;
   TOraSession(const TOraSession&) = delete;
@@ -52,9 +52,7 @@ class TOraSession : public TConnectionObject {
   std::string Password;
   int ConnectMode = kOraNormal;
   TOraOptions Options;
-  std::function<void()> BeforeConnect;  // called before each attempt to connect; may set the parameters
 
-  // Nothing happens when the session already is as wanted. After a failure to connect it is not connected.
   void SetConnected(bool connected) final;
 
   // These raise "Not connected" where there is no connection.
@@ -69,8 +67,6 @@ class TOraSession : public TConnectionObject {
 
  private:
   void CheckConnected() const;
-  virtual void DoConnect() = 0;
-  virtual void DoDisconnect() = 0;
   virtual TOraResult DoRun(const std::string& sql) = 0;
   virtual void DoCommit() = 0;
   virtual void DoRollback() = 0;

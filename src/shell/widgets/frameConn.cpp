@@ -16,6 +16,7 @@
 #include "shell/widgets/QtText.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/MySqlFacts.h"
 
 namespace velmora {
 
@@ -32,7 +33,6 @@ constexpr char kPemFiles[] = "Certificates and keys|*.pem;*.crt;*.cer;*.key|All 
 constexpr char kSystemDatabases[] = "Access system database|*.mdw";
 
 constexpr char kLocalServer[] = "localhost";
-constexpr int kUsualPort = 3306;
 
 // A key of an engine and the field that holds its value.
 struct TConnField {
@@ -122,7 +122,7 @@ void SetItems(QComboBox& list, const TStringList& items) {
 // The port that stands there unasked is none that was given: it leaves a server of this computer its socket.
 void SettleRoute(TEngineValues& values) {
   const bool local = IsLocalServer(values.Text("server"));
-  if (local && values.Integer("port") == kUsualPort) values.Set("port", "0");
+  if (local && values.Integer("port") == kMySqlPort) values.Set("port", "0");
   if (!local && values.Has("socket")) RaiseError(kSocketElsewhere);
 }
 
@@ -165,7 +165,7 @@ void TfrConn::ResetFields() {
   for (auto* field : findChildren<QComboBox*>()) field->setCurrentIndex(-1);
   for (const char* list : {"cServerMSSQL", "cServerIB", "cServerORA"}) findChild<QComboBox*>(ToQt(list))->clear();
   findChild<QLineEdit*>(ToQt("edServerMySQL"))->setText(ToQt(kLocalServer));
-  findChild<QSpinBox*>(ToQt("edPortMySQL"))->setValue(kUsualPort);
+  findChild<QSpinBox*>(ToQt("edPortMySQL"))->setValue(kMySqlPort);
   findChild<QComboBox*>(ToQt(kTlsField))->setCurrentIndex(static_cast<int>(ETls::Preferred));
   for (const char* box : {"cbGetServerKeyMySQL", "cbOldLoginMySQL"})
     findChild<QCheckBox*>(ToQt(box))->setChecked(false);

@@ -1,0 +1,15 @@
+#include "core/ClientConnection.h"
+
+namespace velmora {
+
+void TClientConnection::SetConnected(bool connected) {
+  if (connected == GetConnected()) return;
+  if (!connected) {
+    DoDisconnect();
+    return;
+  }
+  if (BeforeConnect) BeforeConnect();
+  Login();
+}
+
+}  // namespace velmora
