@@ -65,7 +65,7 @@ void Comparison(benchmark::State& state) {
     app.OpenTask(std::make_unique<TDBConnMySQLOffline>(files.reference()),
                  std::make_unique<TDBConnMySQLOffline>(files.target()));
     app.Compare();
-    app.GenerateScript();
+    app.Dialect().GenerateScript();
     benchmark::DoNotOptimize(editor.Text());
   }
   Report(state, files.bytes());

@@ -55,9 +55,9 @@ double Show(const std::string& reference, const std::string& target) {
   app.Compare();
   QElapsedTimer clock;
   clock.start();
-  app.GenerateScript();
+  app.Dialect().GenerateScript();
   port.Flush();
-  log.SetLines(app.sync.ActionLog);
+  log.SetLines(app.Dialect().ActionLog());
   app.tree.EndUpdate();
   QCoreApplication::processEvents();
   window.grab();

@@ -39,7 +39,7 @@ TMadeTask MakeTask(const std::string& path, const TSourceSettings& reference, co
   return Named(path, [&] {
     const TTaskReader reader(path);
     TMadeTask task;
-    if (reader.Exact()) task.dialect = EDialect::Exact;
+    task.dialect = StoredDialect(reader.Dialect()).id;
     task.connections.reference = MakeSide(reader.Reference(), reference);
     task.connections.target = MakeSide(reader.Target(), target);
     CheckTarget(*task.connections.target);
@@ -53,11 +53,15 @@ void CheckTaskName(const std::string& path) {
 
 void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target, EDialect dialect) {
   CheckTaskName(path);
-  Named(path, [&] { WriteTask(path, reference, target, dialect == EDialect::Exact); });
+  Named(path, [&] { WriteTask(path, reference, target, DialectRow(dialect).Stored()); });
 }
 
 TTaskValues ShowTaskFile(const std::string& path) {
-  return Named(path, [&] { return ReadTaskValues(path); });
+  return Named(path, [&] {
+    TTaskValues values = ReadTaskValues(path);
+    StoredDialect(values.dialect);
+    return values;
+  });
 }
 
 }  // namespace velmora

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "app/Dialect.h"
+#include "app/Dialects.h"
 #include "cli/Console.h"
 #include "exact/compare/Collations.h"
 #include "util/Counted.h"

@@ -2,6 +2,7 @@
 
 // The commands of the companion, one class each.
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,8 @@ class TPairRun;
 
 class TCompareCommand final : public TCommand {
  public:
+  TCompareCommand();
+  ~TCompareCommand() override;
   const char* Name() const override { return "compare"; }
   const char* Summary() const override { return "Show what differs between a reference and a target"; }
   void Declare(CLI::App& app) override;
@@ -23,6 +26,7 @@ class TCompareCommand final : public TCommand {
   TPair pair_;
   TSourceOptions options_;
   EFormat format_ = EFormat::Text;
+  std::unique_ptr<TPairRun> run_;  // a process that ends need not free it
 };
 
 class TScriptCommand final : public TCommand {
@@ -137,7 +141,7 @@ class TTaskCommand final : public TCommand {
 
   bool show_ = false;
   std::string file_, reference_, target_;
-  EDialect dialect_ = EDialect::Standard;
+  EDialect dialect_ = kDefaultDialect;
   TSourceOptions options_;
   bool show_passwords_ = false;
 };

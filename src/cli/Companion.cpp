@@ -124,8 +124,9 @@ void DeclarePair(CLI::App& app, TPair& pair) {
 }
 
 void DeclareDialect(CLI::App& app, const std::string& help, const std::function<void(EDialect)>& choose) {
-  DeclareChoice(app, "--dialect", {"standard", "exact"}, help,
-                [choose](std::size_t choice) { choose(choice == 0 ? EDialect::Standard : EDialect::Exact); });
+  TStringList words;
+  for (const TDialectRow& row : Dialects()) words.emplace_back(row.word);
+  DeclareChoice(app, "--dialect", words, help, [choose](std::size_t choice) { choose(Dialects()[choice].id); });
 }
 
 void DeclareAllowEmpty(CLI::App& app, TPair& pair) {
@@ -142,15 +143,17 @@ void DeclareScratch(CLI::App& app, TPair& pair) {
                "server that is removed afterwards");
 }
 
-int RunCompanion(const std::vector<std::string>& arguments, TConsole& console) {
+TCompanion::TCompanion() : commands_(MakeCommands()) {}
+TCompanion::~TCompanion() = default;
+
+int TCompanion::Run(const std::vector<std::string>& arguments, TConsole& console) {
   console.secrets = TSecrets(arguments);
   CLI::App app(kAbout, kCompanionName);
   app.footer(Footer());
   app.set_version_flag("--version", VersionLine());
   app.require_subcommand(1);
-  const std::vector<std::unique_ptr<TCommand>> commands = MakeCommands();
   std::map<const CLI::App*, TCommand*> by_app;
-  for (const std::unique_ptr<TCommand>& command : commands) {
+  for (const std::unique_ptr<TCommand>& command : commands_) {
     CLI::App* sub = app.add_subcommand(command->Name(), command->Summary());
     sub->set_version_flag("--version", VersionLine());
     sub->footer(std::string("\n") + kSourceForms);
@@ -160,7 +163,7 @@ int RunCompanion(const std::vector<std::string>& arguments, TConsole& console) {
     by_app[sub] = command.get();
   }
   if (!arguments.empty() && !arguments.front().starts_with('-') &&
-      std::none_of(commands.begin(), commands.end(),
+      std::none_of(commands_.begin(), commands_.end(),
                    [&](const auto& command) { return arguments.front() == command->Name(); })) {
     console.Error("\"" + arguments.front() + "\" is no command (--help tells more)");
     return kExitFailure;

@@ -12,29 +12,24 @@ namespace velmora {
 
 namespace {
 
-// Why an action may lose data; null for one that does not.
-std::map<int, TJson> UnsafeReasons(const TApplication& app) {
-  std::map<int, TJson> reasons;
-  for (const TChange& change : app.exact.Changes())
-    reasons.emplace(change.id, change.unsafe.empty() ? TJson() : TJson(change.unsafe));
-  return reasons;
-}
-
-void AddExactResults(const TApplication& app, const std::optional<std::string>& error,
-                     const std::optional<int>& on_server, TJson& document) {
-  const std::map<int, TJson> reasons = UnsafeReasons(app);
-  for (TJson& action : document["actions"]) action["unsafe"] = reasons.at(action["id"].get<int>());
+void AddFindings(const TDialect& dialect, bool failed, const std::optional<int>& on_server, TJson& document) {
+  const std::map<int, std::string> reasons = dialect.UnsafeActions();
+  for (TJson& action : document["actions"]) {
+    const auto reason = reasons.find(action["id"].get<int>());
+    action["unsafe"] = reason == reasons.end() ? TJson() : TJson(reason->second);
+  }
+  const TFindings findings = dialect.Findings();
   TJson skipped = TJson::array();
-  for (const TSkippedTable& table : app.exact.Skipped())
+  for (const TSkippedTable& table : findings.skipped)
     skipped.push_back({{"side", table.side}, {"table", table.table}, {"reason", table.reason}});
   document["skipped"] = std::move(skipped);
-  document["not_followed"] = TJson(app.exact.NotFollowed());
+  document["not_followed"] = TJson(findings.not_followed);
   TJson objects = TJson::array();
-  for (const TObjectDifference& object : app.exact.Objects())
+  for (const TObjectDifference& object : findings.objects)
     objects.push_back({{"kind", object.kind}, {"name", object.name}, {"difference", object.difference}});
   document["objects"] = std::move(objects);
-  const bool proved = !error && (app.exact.Skipped().empty() || app.exact.DifferencesLeft() > 0);
-  document["verified"] = proved ? TJson(app.exact.DifferencesLeft()) : TJson();
+  const bool proved = !failed && (findings.skipped.empty() || findings.differences_left > 0);
+  document["verified"] = proved ? TJson(findings.differences_left) : TJson();
   document["verified_on_server"] = on_server ? TJson(*on_server) : TJson();
 }
 
@@ -48,16 +43,17 @@ TJson Document(const TApplication& app, const std::optional<std::string>& error,
                        {"action", row->Action()},
                        {"description", row->description}});
   }
-  TJson document = {
-      {"identical", !error && app.Identical()}, {"actions", std::move(actions)}, {"log", app.ActionLog()}};
-  if (app.dialect == EDialect::Exact) AddExactResults(app, error, on_server, document);
+  TJson document = {{"identical", !error && app.Dialect().Identical()},
+                    {"actions", std::move(actions)},
+                    {"log", app.Dialect().ActionLog()}};
+  if (app.Dialect().Traits().has_findings) AddFindings(app.Dialect(), error.has_value(), on_server, document);
   document["error"] = JsonOf(error);
   return document;
 }
 
 TJson LeastDocument(const TApplication& app) {
   TJson document = {{"identical", false}, {"actions", TJson::array()}, {"log", TJson::array()}};
-  if (app.dialect == EDialect::Exact) {
+  if (app.Dialect().Traits().has_findings) {
     document["skipped"] = TJson::array();
     document["verified"] = document["verified_on_server"] = TJson();
   }
@@ -80,6 +76,9 @@ bool PrintJson(const TApplication& app, const std::optional<std::string>& error,
 
 }  // namespace
 
+TCompareCommand::TCompareCommand() = default;
+TCompareCommand::~TCompareCommand() = default;
+
 void TCompareCommand::Declare(CLI::App& app) {
   DeclarePair(app, pair_);
   DeclareFormat(app, format_);
@@ -88,9 +87,8 @@ void TCompareCommand::Declare(CLI::App& app) {
 }
 
 int TCompareCommand::Execute(TConsole& console) {
-  const auto kept = std::make_shared<TPairRun>(console, SystemClock());
-  console.kept.push_back(kept);
-  TPairRun& run = *kept;
+  run_ = std::make_unique<TPairRun>(console, SystemClock());
+  TPairRun& run = *run_;
   std::optional<std::string> error = run.Compare(pair_, options_, false);
   std::optional<int> on_server;
   if (!error && pair_.verify_on_server) error = run.VerifyOnServer(on_server);
@@ -101,7 +99,7 @@ int TCompareCommand::Execute(TConsole& console) {
     PrintComparison(run.app(), error.has_value(), console.out);
   run.HangUp();
   if (error || !told || on_server.value_or(0) > 0) return kExitFailure;
-  return run.app().Identical() ? kExitSuccess : kExitDifferent;
+  return run.app().Dialect().Identical() ? kExitSuccess : kExitDifferent;
 }
 
 }  // namespace velmora

@@ -15,7 +15,7 @@ namespace {
 
 constexpr char kOthersAlone[] = " (views, triggers, routines, events), left alone\n";
 
-using TReasons = std::map<std::string, std::string>;  // why an action is unsafe, by its row's id
+using TReasons = std::map<int, std::string>;  // why actions are unsafe, by the ids of their rows
 
 // One sign per kind of difference, as in a patch.
 char SignOf(TActionIcon icon) {
@@ -37,21 +37,14 @@ std::string TopText(const TApplication& app, const TActionNode& node) {
   return row == nullptr ? node.text : SyncAction(row->action_id).LogText(node.text, row->item);
 }
 
-TReasons Reasons(const TApplication& app) {
-  TReasons reasons;
-  if (app.dialect == EDialect::Exact)
-    for (const TChange& change : app.exact.Changes())
-      if (!change.unsafe.empty()) reasons.emplace(std::to_string(change.id), change.unsafe);
-  return reasons;
-}
-
 void PrintReason(const TReasons& reasons, const TActionNode& node, const char* indent, std::ostream& out) {
-  if (const auto found = reasons.find(node.id); found != reasons.end())
+  if (node.id.empty()) return;
+  if (const auto found = reasons.find(StrToInt(node.id)); found != reasons.end())
     out << indent << "! unsafe: " << ShownText(found->second) << '\n';
 }
 
 void PrintTree(const TApplication& app, std::ostream& out) {
-  const TReasons reasons = Reasons(app);
+  const TReasons reasons = app.Dialect().UnsafeActions();
   for (const TActionNode& table : app.tree.Top()) {
     out << SignOf(table.icon) << ' ' << ShownText(TopText(app, table)) << '\n';
     PrintReason(reasons, table, "    ", out);
@@ -73,43 +66,38 @@ std::string WithoutControls(std::string text) {
 
 }  // namespace
 
-std::string TellLeft(const std::string& verified, const std::string& not_verified, const TApplication& app, int left) {
-  if (left == 0) return verified + ": " + app.exact.NothingLeft();
+std::string TellLeft(const std::string& verified, const std::string& not_verified, const TFindings& findings,
+                     int left) {
+  if (left == 0) return verified + ": " + findings.nothing_left;
   return Format("%s: %s left", not_verified, Counted(static_cast<std::size_t>(left), "difference"));
 }
 
 void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
   PrintTree(app, out);
   if (failed) return;
+  const TDialect& dialect = app.Dialect();
+  const TFindings findings = dialect.Findings();
   const std::size_t count = app.data.mtActions.Count();
-  const std::size_t skipped = app.dialect == EDialect::Exact ? app.exact.Skipped().size() : 0;
-  if (app.Identical())
+  if (dialect.Identical())
     out << kIdentical;
   else if (count > 0)
     out << '\n' << Counted(count, "difference") << " in " << Counted(app.tree.Top().size(), "table") << '\n';
-  if (app.dialect == EDialect::Exact && count > 0)
-    out << TellLeft("Verified", "Not verified", app, app.exact.DifferencesLeft()) << '\n';
-  if (skipped > 0) out << Counted(skipped, "table") << " could not be compared\n";
-  const std::size_t unfollowed = app.dialect == EDialect::Exact ? app.exact.NotFollowed().size() : 0;
-  if (unfollowed > 0)
+  if (dialect.Traits().has_findings && count > 0)
+    out << TellLeft("Verified", "Not verified", findings, findings.differences_left) << '\n';
+  if (!findings.skipped.empty()) out << Counted(findings.skipped.size(), "table") << " could not be compared\n";
+  if (const std::size_t unfollowed = findings.not_followed.size(); unfollowed > 0)
     out << Counted(unfollowed, "statement") << " could not be followed, so nobody knows whether tables are identical\n";
-  const std::size_t objects = app.dialect == EDialect::Exact ? app.exact.Objects().size() : 0;
-  if (objects > 0 && app.TablesIdentical()) out << "All tables are identical.\n";
+  const std::size_t objects = findings.objects.size();
+  if (objects > 0 && dialect.TablesIdentical()) out << "All tables are identical.\n";
   if (objects > 0) out << Counted(objects, "other object") << (objects == 1 ? " differs" : " differ") << kOthersAlone;
 }
 
-void TellExactNotes(const TApplication& app, TConsole& console) {
-  if (app.dialect != EDialect::Exact) return;
-  for (const std::string& line : app.exact.CaseTwins()) console.Note(line);
-  for (const std::string& line : app.exact.LeftAlone()) console.Note(line);
-  for (const TObjectDifference& object : app.exact.Objects())
-    console.Note(Format("Not the same: %s %s: %s", object.kind, object.name, object.difference));
-  for (const std::string& statement : app.exact.NotFollowed()) console.Warn("not followed: " + statement);
-  for (const TSkippedTable& skipped : app.exact.Skipped())
-    console.Warn(Format("%s: table %s is skipped: %s", skipped.side, skipped.table, skipped.reason));
-  if (const int left = app.exact.DifferencesLeft(); left > 0)
-    console.Warn(Format("by the proof in memory the script would leave %s",
-                        Counted(static_cast<std::size_t>(left), "difference")));
+void TellRemarks(const TApplication& app, TConsole& console) {
+  for (const TRemark& remark : app.Dialect().Remarks())
+    if (remark.warning)
+      console.Warn(remark.text);
+    else
+      console.Note(remark.text);
 }
 
 std::string TScriptPlan::Summary() const {

@@ -15,10 +15,10 @@ inline constexpr char kIdentical[] = "Databases are identical. Nothing to synchr
 void PrintComparison(const TApplication& app, bool failed, std::ostream& out);
 
 // "VERIFIED: 0 differences left", or "NOT VERIFIED: 2 differences left".
-std::string TellLeft(const std::string& verified, const std::string& not_verified, const TApplication& app, int left);
+std::string TellLeft(const std::string& verified, const std::string& not_verified, const TFindings& findings, int left);
 
-// What the exact dialect leaves alone, could not read, and could not prove.
-void TellExactNotes(const TApplication& app, TConsole& console);
+// What the user should hear of a comparison that ended well.
+void TellRemarks(const TApplication& app, TConsole& console);
 
 // A script that is about to run on `target`.
 struct TScriptPlan {

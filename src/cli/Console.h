@@ -4,9 +4,7 @@
 
 #include <functional>
 #include <iosfwd>
-#include <memory>
 #include <string>
-#include <vector>
 
 #include "cli/Secrets.h"
 
@@ -22,9 +20,6 @@ struct TConsole {
   // Asks on the terminal and gives the line that is answered; with `secret` it is not shown while it is typed. Empty
   // where there is no terminal.
   std::function<std::string(const std::string& question, bool secret)> ask;
-
-  // What a command leaves behind. A process that ends need not free it piece by piece.
-  std::vector<std::shared_ptr<void>> kept = {};
 
   bool out_is_terminal = false;  // which must not be handed control sequences, in whatever text they stand
   TSecrets secrets = {};         // of the arguments

@@ -1,6 +1,5 @@
 #include "cli/PairRun.h"
 
-#include <algorithm>
 #include <new>
 
 #include "app/FaultPlace.h"
@@ -14,18 +13,15 @@
 #include "cli/TerminalProgress.h"
 #include "engines/mysql/OfflineEngine.h"
 #include "mysqlclient/MyConnection.h"
-#include "sync/CaseTwins.h"
 #include "util/Errors.h"
+#include "util/Format.h"
 
 namespace velmora {
 
 namespace {
 
 constexpr char kAllowEmpty[] = "; if that is meant, give --allow-empty-reference";
-constexpr char kExactReads[] = "--dialect exact reads this table";
-constexpr char kExactAlone[] = "Only a script of the exact dialect can be verified on the server";
-constexpr char kNoCollations[] = "--map-collation belongs to the exact dialect (--dialect exact)";
-constexpr char kExactVia[] = "Only the exact dialect can read a reference by the server (--via-server)";
+constexpr char kReads[] = "--dialect %s reads this table";
 constexpr char kFileAndServer[] = "--via-server takes a reference that ends in .sql and a target on a server";
 
 constexpr int kGrace = 3000;  // milliseconds
@@ -43,42 +39,33 @@ TPairRun::TPairRun(TConsole& console, const TClock& clock)
     : console_(console),
       progress_(MakeProgress(console)),
       log_(clock, *progress_),
-      app_(*progress_, editor_, log_, clock) {
-  app_.connections.retired = &retired_;
-}
+      app_(*progress_, editor_, log_, clock) {}
 
 std::optional<std::string> TPairRun::Compare(const TPair& pair, const TSourceOptions& options, bool for_script) {
   return Reported([&] {
     Open(pair, options, for_script);
-    app_.Compare();
+    compared_ = app_.Compare();
     LookAtReference(pair, for_script);
-    TellExactNotes(app_, console_);
-    TellCaseTwins();
+    TellRemarks(app_, console_);
   });
 }
 
-// The notes of the exact dialect have them. What was compared in the standard one has made way for a fresh target.
-void TPairRun::TellCaseTwins() {
-  if (app_.dialect == EDialect::Exact) return;
-  TDBConn& target = retired_.empty() ? *app_.connections.target : *retired_.back();
-  for (const std::string& line : CaseTwins(*app_.connections.reference, target)) console_.Warn(line);
-}
-
 void TPairRun::LookAtReference(const TPair& pair, bool for_script) {
-  if (!app_.ReferenceIsEmpty()) return;
+  if (!app_.Dialect().ReferenceIsEmpty()) return;
   const std::string text = EmptyReferenceText(*app_.connections.reference);
   if (for_script && !pair.allow_empty_reference) RaiseError(text + kAllowEmpty);
   console_.Warn(text);
 }
 
 std::optional<std::string> TPairRun::CompareAgain() {
-  return Reported([this] { app_.Compare(); });
+  return Reported([this] { compared_ = app_.Compare(); });
 }
 
 std::optional<std::string> TPairRun::VerifyOnServer(std::optional<int>& left) {
   return Reported([&] {
-    WithScratch([&](const TScratchPorts& ports) { left = app_.exact.VerifyOnServer(ports); });
-    const std::string told = TellLeft("verified on the server", "not verified on the server", app_, *left);
+    WithScratch([&](const TScratchPorts& ports) { left = app_.Dialect().VerifyOnServer(ports); });
+    const std::string told =
+        TellLeft("verified on the server", "not verified on the server", app_.Dialect().Findings(), *left);
     if (*left == 0)
       console_.Note(told);
     else
@@ -87,7 +74,7 @@ std::optional<std::string> TPairRun::VerifyOnServer(std::optional<int>& left) {
 }
 
 std::optional<std::string> TPairRun::CheckRows(int seconds, std::vector<TRowFinding>& findings) {
-  return Reported([&] { findings = app_.CheckRows(seconds); });
+  return Reported([&] { findings = app_.Dialect().CheckRows(seconds); });
 }
 
 void TPairRun::WithScratch(const std::function<void(const TScratchPorts& ports)>& work) {
@@ -119,19 +106,19 @@ void TPairRun::HangUp() {
   };
   close(app_.connections.reference);
   close(app_.connections.target);
-  std::ranges::for_each(retired_, close);
+  close(compared_);
 }
 
 std::optional<std::string> TPairRun::GenerateScript() {
-  return Reported([this] { app_.GenerateScript(); });
+  return Reported([this] { app_.Dialect().GenerateScript(); });
 }
 
 TTaskConnections TPairRun::Make(const TPair& pair, const TSourceOptions& options) {
-  if (pair.dialect) app_.dialect = *pair.dialect;
+  if (pair.dialect) app_.Choose(*pair.dialect);
   if (IsTaskFile(pair.reference)) {
     TMadeTask task = MakeTask(pair.reference, AskingWithoutBar(options.ForTaskReference(console_)),
                               AskingWithoutBar(options.ForTaskTarget(console_)));
-    if (!pair.dialect) app_.dialect = task.dialect;
+    if (!pair.dialect) app_.Choose(task.dialect);
     SettleSocket({task.connections.reference.get(), task.connections.target.get()}, true);
     return std::move(task.connections);
   }
@@ -155,13 +142,11 @@ TSourceSettings TPairRun::AskingWithoutBar(TSourceSettings settings) {
 void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_script) {
   TTaskConnections connections = Make(pair, options);
   CheckComparable(*connections.reference);
-  if (pair.verify_on_server && app_.dialect != EDialect::Exact) RaiseError(kExactAlone);
-  if (pair.via_server && app_.dialect != EDialect::Exact) RaiseError(kExactVia);
+  app_.Dialect().Take({pair.collations, pair.verify_on_server, pair.via_server});
   if (pair.via_server && (!IsFile(*connections.reference) || IsFile(*connections.target))) RaiseError(kFileAndServer);
-  if (!pair.collations.empty() && app_.dialect != EDialect::Exact) RaiseError(kNoCollations);
-  app_.exact.Collations = pair.collations;
+  const TDialectTraits& dialect = app_.Dialect().Traits();
   // A server that is only compared need not be asked for its tables more often than the comparison does.
-  const bool enough = !for_script || app_.dialect == EDialect::Exact;
+  const bool enough = !for_script || dialect.connects_target;
   if (enough && !IsFile(*connections.reference) && !IsFile(*connections.target)) {
     app_.TakeTask(std::move(connections));
     return;
@@ -170,12 +155,12 @@ void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_s
   if (pair.via_server)
     ReadReferenceOnServer();
   else
-    WarnOfSource(*app_.connections.reference, options.verbose(), console_, app_.dialect == EDialect::Exact);
-  WarnOfSource(*app_.connections.target, options.verbose(), console_, app_.dialect == EDialect::Exact);
+    WarnOfSource(*app_.connections.reference, options.verbose(), console_, dialect.applies_statements);
+  WarnOfSource(*app_.connections.target, options.verbose(), console_, dialect.applies_statements);
 }
 
 void TPairRun::OpenTarget(const TPair& pair, const TSourceOptions& options) {
-  if (pair.dialect) app_.dialect = *pair.dialect;
+  if (pair.dialect) app_.Choose(*pair.dialect);
   const bool is_task = IsTaskFile(pair.reference);
   app_.connections.target =
       is_task ? std::move(Make(pair, options).target) : MakeTarget(pair.target, options.ForTarget(console_));
@@ -194,9 +179,9 @@ std::optional<std::string> TPairRun::Reported(Body body) {
     progress_->Finish();
     const std::string message = console_.Without(error.what());
     console_.Error(Placed(ComparisonPlace(app_.connections.reference.get(), app_.connections.target.get(),
-                                          app_.TargetLost(), app_.TableUnderWay(), message),
+                                          app_.Dialect().TargetLost(), app_.Dialect().TableUnderWay(), message),
                           message));
-    if (app_.ExactDialectReads()) console_.Note(kExactReads);
+    if (const TDialectRow* row = app_.DialectThatReads()) console_.Note(Format(kReads, row->word));
     return message;
   } catch (const std::bad_alloc&) {
     progress_->Finish();

@@ -43,7 +43,6 @@ class TPairRun {
   void HangUp();
 
  private:
-  void TellCaseTwins();
   TSourceSettings AskingWithoutBar(TSourceSettings settings);
   // Also settles the dialect.
   TTaskConnections Make(const TPair& pair, const TSourceOptions& options);
@@ -60,7 +59,7 @@ class TPairRun {
   std::unique_ptr<TProgress> progress_;
   TLineEditor editor_;
   TLineLog log_;
-  std::vector<std::unique_ptr<TDBConn>> retired_;  // freed with the run
+  std::unique_ptr<TDBConn> compared_;  // the target that a copy has taken the place of; freed with the run
   TApplication app_;
 };
 

@@ -16,7 +16,8 @@ constexpr char kStandardOutput[] = "-";
 
 // Whether the script leaves nothing that a comparison would find. What it leaves is told by the comparison.
 bool ReachesReference(const TApplication& app) {
-  return app.dialect != EDialect::Exact || (app.exact.Skipped().empty() && app.exact.DifferencesLeft() == 0);
+  const TFindings findings = app.Dialect().Findings();
+  return findings.skipped.empty() && findings.differences_left == 0;
 }
 
 std::string JsonText(const TStringList& lines, const std::optional<std::string>& error) {

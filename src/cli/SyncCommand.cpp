@@ -43,7 +43,7 @@ int RunOn(TPairRun& run, const std::string& script, TConsole& console) {
 int TellResult(TPairRun& run, TConsole& console) {
   if (run.CompareAgain()) return kExitFailure;
   PrintComparison(run.app(), false, console.out);
-  return run.app().TablesIdentical() ? kExitSuccess : kExitFailure;
+  return run.app().Dialect().TablesIdentical() ? kExitSuccess : kExitFailure;
 }
 
 // Whether no row that is there stands in the way of the script.
@@ -93,7 +93,7 @@ bool TSyncCommand::Prepare(TPairRun& run, TConsole& console, int& status) {
   if (run.Compare(pair_, options_, true)) return false;
   if (run.app().data.mtActions.Empty()) {
     PrintComparison(run.app(), false, console.out);
-    status = run.app().TablesIdentical() ? kExitSuccess : kExitFailure;
+    status = run.app().Dialect().TablesIdentical() ? kExitSuccess : kExitFailure;
     return false;
   }
   return !run.GenerateScript();
@@ -102,8 +102,8 @@ bool TSyncCommand::Prepare(TPairRun& run, TConsole& console, int& status) {
 // What is unsafe is asked of the text that will run, wherever it comes from.
 bool TSyncCommand::MayRun(TPairRun& run, const std::string& script, TConsole& console) {
   TApplication& app = run.app();
-  const TScriptPlan plan{script, SideName(*app.connections.target), app.Statements(script).statements.size(),
-                         app.UnsafeStatements(script), script_.empty()};
+  const TScriptPlan plan{script, SideName(*app.connections.target), app.Dialect().Statements(script).statements.size(),
+                         app.Dialect().UnsafeStatements(script), script_.empty()};
   if (!UnsafeAllowed(plan, allow_unsafe_, console)) return false;
   if (script_.empty() && !no_row_checks_ && !RowsAllow(run, row_check_time_, console)) return false;
   std::optional<int> left;
@@ -129,7 +129,7 @@ int TSyncCommand::Execute(TConsole& console) {
   const std::string script = run.editor().Text();
   if (!MayRun(run, script, console)) return kExitFailure;
   status = RunOn(run, script, console);
-  const bool can_tell = run.app().dialect == EDialect::Exact && script_.empty() && status == kExitSuccess;
+  const bool can_tell = run.app().Dialect().Traits().tells_result && script_.empty() && status == kExitSuccess;
   return can_tell ? TellResult(run, console) : status;
 }
 

@@ -70,7 +70,7 @@ int TTaskCommand::Show(TConsole& console) {
   const TTaskValues task = ShowTaskFile(file_);
   PrintSide("reference", task.reference, show_passwords_, console.out);
   PrintSide("target", task.target, show_passwords_, console.out);
-  if (task.exact) console.out << "dialect: exact\n";
+  if (task.dialect) console.out << "dialect: " << *task.dialect << '\n';
   return kExitSuccess;
 }
 

@@ -42,11 +42,12 @@ int main(int argc, char** argv) {
   if (velmora::HasTerminal()) console.ask = velmora::AskOnTerminal;
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   HideSecrets(arguments, argv);
-  int status = velmora::RunCompanion(arguments, console);
+  velmora::TCompanion companion;
+  int status = companion.Run(arguments, console);
   std::cout.flush();
   if (!std::cout) {
     console.Error("cannot write to standard output");
     status = 2;
   }
-  std::quick_exit(status);  // what the command has kept is not taken apart
+  std::quick_exit(status);  // what the command has worked on is not taken apart
 }

@@ -18,12 +18,9 @@ constexpr char kBadVersion[] = "Incompatible task version";
 constexpr char kUnhandledOnOpen[] = "OpenTask: Unhandled engine %s";
 constexpr char kUnhandledOnSave[] = "SaveTask: Unhandled engine %s";
 
-constexpr char kUnhandledDialect[] = "OpenTask: Unhandled dialect %s";
-
 constexpr char kVersionKey[] = "version";
 constexpr char kVersion[] = "1.0";
-constexpr char kDialectKey[] = "dialect";  // only where it is this one, so that other files stay as they always were
-constexpr char kExactDialect[] = "exact";
+constexpr char kDialectKey[] = "dialect";  // not in every file, so that others stay as they always were
 constexpr std::size_t kMaxFileSize = std::size_t{64} * 1024 * 1024;
 constexpr unsigned kOwnerOnly = 0600;
 
@@ -87,11 +84,8 @@ TTaskSide TTaskReader::Reference() const { return ReadSide(kReference); }
 
 TTaskSide TTaskReader::Target() const { return ReadSide(kTarget); }
 
-bool TTaskReader::Exact() const {
-  if (!HasElement(kDialectKey)) return false;
-  const std::string dialect = cfgGetStr(kDialectKey);
-  if (dialect != kExactDialect) RaiseError(Format(kUnhandledDialect, dialect));
-  return true;
+std::optional<std::string> TTaskReader::Dialect() const {
+  return HasElement(kDialectKey) ? std::optional(cfgGetStr(kDialectKey)) : std::nullopt;
 }
 
 std::unique_ptr<TDBConn> MakeTaskEngine(const TTaskSide& side, const TEngineClients& clients) {
@@ -102,15 +96,16 @@ TTaskValues ReadTaskValues(const std::string& path) {
   const TTaskReader reader(path);
   TTaskSide reference = reader.Reference();
   TTaskSide target = reader.Target();
-  return {std::move(reference), std::move(target), reader.Exact()};
+  return {std::move(reference), std::move(target), reader.Dialect()};
 }
 
-void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target, bool exact) {
+void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target,
+               const std::optional<std::string>& dialect) {
   cfgReset();
   cfgSetStr(kVersionKey, kVersion);
   WriteSide(kReference, reference);
   WriteSide(kTarget, target);
-  if (exact) cfgSetStr(kDialectKey, kExactDialect);
+  if (dialect) cfgSetStr(kDialectKey, *dialect);
   const std::string bytes = std::string(kTaskMagic) + PackTask(cfgText());
   WriteFileText(path, bytes, false, kOwnerOnly);
 }

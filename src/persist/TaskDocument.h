@@ -3,6 +3,7 @@
 // What a task file holds, as values and as engines. Reading and writing go by way of the shared document.
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "persist/EngineTable.h"
@@ -28,8 +29,7 @@ class TTaskReader {
   // document.
   TTaskSide Reference() const;  // also "StrToEngine error"
   TTaskSide Target() const;
-  // Whether the task is one of the exact dialect. Raises "OpenTask: Unhandled dialect " and the word for any other.
-  bool Exact() const;
+  std::optional<std::string> Dialect() const;  // the word that stands for it; what it means is not this file's affair
 };
 
 // The engine of a side, not connected. Raises as MakeEngine does.
@@ -38,16 +38,17 @@ std::unique_ptr<TDBConn> MakeTaskEngine(const TTaskSide& side, const TEngineClie
 struct TTaskValues {
   TTaskSide reference;
   TTaskSide target;
-  bool exact = false;
+  std::optional<std::string> dialect{};
 };
 
 // A whole file as values, for showing it: nothing is made of them.
 TTaskValues ReadTaskValues(const std::string& path);
 
-// Writes both connections, and the dialect where it is the exact one, to the file, in one step and readable for its
-// owner alone. Raises "StrEngine error" for the script engine, "SaveTask: Unhandled engine " and the name for an engine
-// that a task cannot hold on its side, the path store's error for a value that XML cannot hold, and "Cannot write %s:
-// %s". The old file is then as it was.
-void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target, bool exact = false);
+// Writes both connections, and the word of the dialect where there is one, to the file, in one step and readable for
+// its owner alone. Raises "StrEngine error" for the script engine, "SaveTask: Unhandled engine " and the name for an
+// engine that a task cannot hold on its side, the path store's error for a value that XML cannot hold, and "Cannot
+// write %s: %s". The old file is then as it was.
+void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target,
+               const std::optional<std::string>& dialect = {});
 
 }  // namespace velmora

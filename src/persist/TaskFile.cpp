@@ -34,7 +34,7 @@ void TTaskFile::CloseTask() {
   if (TaskIsUnsaved && !ConfirmYes(kCloseQuestion)) RaiseError(kCloseCancelled);
   connections_.reference.reset();
   connections_.target.reset();
-  ExactDialect = false;
+  Dialect.reset();
   host_.ShowTask(false);
 }
 
@@ -44,7 +44,8 @@ void TTaskFile::OpenTask(std::string path) {
   TaskFileName = path;
   TaskIsUntitled = false;
   const TTaskReader reader(path);
-  ExactDialect = reader.Exact();
+  host_.CheckDialect(reader.Dialect());
+  Dialect = reader.Dialect();
   connections_.reference = MakeTaskEngine(reader.Reference(), clients_);
   connections_.target = MakeTaskEngine(reader.Target(), clients_);
   ConnectSide("Reference", *connections_.reference);
@@ -55,7 +56,7 @@ void TTaskFile::OpenTask(std::string path) {
 
 void TTaskFile::SaveTask(const std::string& path) {
   if (!connections_.reference || !connections_.target) RaiseError(kNothingToSave);
-  WriteTask(path, *connections_.reference, *connections_.target, ExactDialect);
+  WriteTask(path, *connections_.reference, *connections_.target, Dialect);
   TaskIsUnsaved = false;
   TaskFileName = path;
   host_.RecentAdd(path);

@@ -2,6 +2,7 @@
 
 // The file of the open task: opening, saving, closing.
 
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -21,6 +22,8 @@ class TTaskHost {
   // Shows or hides the work area; to show it connects both connections. May raise.
   virtual void ShowTask(bool active) = 0;
   virtual void RecentAdd(const std::string& path) = 0;  // the path goes to the head of the recent list
+  // Raises for the word of a dialect that nobody knows.
+  virtual void CheckDialect(const std::optional<std::string>& word) = 0;
 };
 
 // Nothing is rolled back when an operation raises: see each.
@@ -31,9 +34,9 @@ class TTaskFile {
       : connections_(connections), host_(host), clients_(std::move(clients)) {}
 
   std::string TaskFileName;
-  bool TaskIsUntitled = false;  // the next save asks for a name. Deliberate: only OpenTask clears it
-  bool ExactDialect = false;    // of the open task: read with it, saved with it
-  bool TaskIsUnsaved = false;   // Deliberate: nothing sets it, so closing asks nothing
+  bool TaskIsUntitled = false;         // the next save asks for a name. Deliberate: only OpenTask clears it
+  bool TaskIsUnsaved = false;          // Deliberate: nothing sets it, so closing asks nothing
+  std::optional<std::string> Dialect;  // of the open task, by its word: read with it, saved with it
 
   // Frees both connections and hides the task. With TaskIsUnsaved the user is asked first, and an answer of no raises
   // "Cancelled task closing".

@@ -40,27 +40,29 @@ void TDBSync::SetDatabases(TDBConn* ref, TDBConn* tgt) {
 TMeta& TDBSync::Reference() const { return RefConn->meta(); }
 TMeta& TDBSync::Target() const { return TgtConn->meta(); }
 
-void TDBSync::Compare() {
+std::unique_ptr<TDBConn> TDBSync::Compare() {
   SetDatabases(RefConn, TgtConn);
   ActionLog.clear();
   tableUnderWay_.clear();
   data_.mtActions.Clear();
   targetLost_ = true;                                    // unless it can be copied
   std::unique_ptr<TDBConn> snapshot = TgtConn->Clone();  // before anything touches the target
+  std::unique_ptr<TDBConn> compared;
   RunGuarded(
       [this] {
         tree_.BeginUpdate();
         ReconnectBoth();
         RunPasses();
       },
-      [this, &snapshot] {
+      [&] {
         ExpectTexts(RefConn, {});
         targetLost_ = !TgtConn->GetConnected();
         TgtConn = nullptr;
-        connections_.SwapTarget(std::move(snapshot));
+        compared = connections_.SwapTarget(std::move(snapshot));
         tree_.EndUpdate();
         progress_.Finish();
       });
+  return compared;
 }
 
 void TDBSync::ReconnectBoth() {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,8 +40,9 @@ class TDBSync {
   // Raises "TDBSync: Empty reference database!" or "TDBSync: Empty target database!".
   void SetDatabases(TDBConn* ref, TDBConn* tgt);
   // One whole comparison; SetDatabases first. Both sides are reconnected. An error of either side ends the run and
-  // passes on: the actions found so far stay, and the target is replaced all the same.
-  void Compare();
+  // passes on: the actions found so far stay, and the target is replaced all the same. Gives the target that was
+  // compared, altered, for a large one takes time to free.
+  std::unique_ptr<TDBConn> Compare();
 
   // The table that the last run came to, for messages; empty when it ended well or came to none.
   const std::string& TableUnderWay() const { return tableUnderWay_; }

@@ -50,6 +50,9 @@ class TTaskHostLog : public TTaskHost {
 
   void ShowTask(bool active) override { log.push_back(active ? "show" : "hide"); }
   void RecentAdd(const std::string& path) override { log.push_back("recent " + path); }
+  void CheckDialect(const std::optional<std::string>& word) override {
+    if (word == "other") RaiseError("unknown dialect");
+  }
 };
 
 class TaskFileTest : public ::testing::Test {
@@ -254,24 +257,25 @@ TEST_F(TaskFileTest, SavingNamesTheTask) {
   EXPECT_THAT(server_->TakeLog(), ElementsAre("recent " + path_, "show"));
 }
 
-TEST_F(TaskFileTest, TheDialectIsWrittenOnlyWhereItIsTheExactOne) {
+TEST_F(TaskFileTest, TheWordOfADialectIsWrittenOnlyWhereThereIsOne) {
   server_->AddTable("x", "");
   WriteTask(path_, *NewMySQL("r"), *NewMySQL("t"));
   EXPECT_EQ(cfgText().find("dialect"), std::string::npos);
   task_.OpenTask(path_);
-  EXPECT_FALSE(task_.ExactDialect);
-  task_.ExactDialect = true;
+  EXPECT_FALSE(task_.Dialect);
+  task_.Dialect = "exact";
   task_.SaveTask(path_);
   EXPECT_TRUE(cfgText().ends_with("</target><dialect>exact</dialect></root>")) << cfgText();
   task_.CloseTask();
-  EXPECT_FALSE(task_.ExactDialect);
+  EXPECT_FALSE(task_.Dialect);
   task_.OpenTask(path_);
-  EXPECT_TRUE(task_.ExactDialect);
+  EXPECT_EQ(task_.Dialect, "exact");
 
   std::string xml = TaskXml("MySQL", kMySQLKeys, "MySQL", kMySQLKeys);
   xml.insert(xml.find("</root>"), "<dialect>other</dialect>");
   WriteXml(xml);
-  EXPECT_EQ(MessageOf([&] { ReadTaskValues(path_); }), "OpenTask: Unhandled dialect other");
+  EXPECT_EQ(MessageOf([&] { task_.OpenTask(path_); }), "unknown dialect");
+  EXPECT_FALSE(task_.Dialect);
 }
 
 TEST_F(TaskFileTest, AFailedSaveTouchesNothing) {

@@ -21,7 +21,7 @@ inline TAnswer RunInProcess(const std::vector<std::string>& arguments,
                             std::function<std::string(const std::string&, bool)> ask = {}) {
   std::ostringstream out, err;
   TConsole console{out, err, false, std::move(ask)};
-  const int status = RunCompanion(arguments, console);
+  const int status = TCompanion().Run(arguments, console);
   return {status, out.str(), err.str()};
 }
 

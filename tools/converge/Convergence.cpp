@@ -6,6 +6,7 @@
 #include <set>
 
 #include "app/Application.h"
+#include "app/ExactDialect.h"
 #include "converge/SchemaGenerator.h"
 #include "exact/plan/PlanApply.h"
 #include "exact/plan/ScriptSafety.h"
@@ -86,13 +87,14 @@ class TRun {
   void Create(TLiveDatabase& database, const TSchemaModel& schema);
   void LoadRows();
   void LoadRows(const TTableModel& table, std::size_t count);
-  std::size_t RowsFor(const std::string& table) const;
+  TExactSync& Exact() { return dynamic_cast<TExactDialect&>(app_.Dialect()).sync; }
+  std::size_t RowsFor(const std::string& table);
   void ReadRows();
   void CheckRows();
   void CheckTouched();
   void CheckGuard();
   void CheckAfter(TSchema after);
-  TSchema Proved() const;
+  TSchema Proved();
   std::string TargetText(const std::string& table);
   void Miss(const std::string& fault) { result_.fault += fault + "\n"; }
 
@@ -133,9 +135,9 @@ void TRun::Create(TLiveDatabase& database, const TSchemaModel& schema) {
 }
 
 // How many rows the table may have so that nothing but a loss can come of them: servers refuse some changes over rows.
-std::size_t TRun::RowsFor(const std::string& table) const {
+std::size_t TRun::RowsFor(const std::string& table) {
   std::size_t rows = 2;
-  for (const TChange& change : app_.exact.Changes()) {
+  for (const TChange& change : Exact().Changes()) {
     if (change.table != table) continue;
     if (change.action == saModifyColumn && !change.unsafe.empty()) return 0;
     if (change.action == saChangeTableType && !change.unsafe.empty()) return 0;
@@ -185,7 +187,7 @@ void TRun::LoadRows() {
 
 void TRun::ReadRows() {
   std::set<std::string> lossy;
-  for (const TChange& change : app_.exact.Changes())
+  for (const TChange& change : Exact().Changes())
     if (change.action == saDropTable || change.action == saDropColumn) lossy.insert(change.table + "/" + change.item);
   for (const TTableModel& table : there_.tables) {
     if (lossy.contains(table.name + "/") || !loaded_.contains(table.name)) continue;
@@ -224,27 +226,30 @@ std::string Uncounted(std::string text) {
 // What the text of the script may lose is what its actions may lose; and its words alone, without the plan, tell of no
 // statement fewer, and hardly of one more.
 void TRun::CheckGuard() {
-  const TStringList by_text = app_.UnsafeStatements(editor_.Text());
-  if (by_text != app_.UnsafeActions()) Miss("the script's text is judged otherwise: " + JoinList(by_text, "; "));
+  const TStringList by_text = app_.Dialect().UnsafeStatements(editor_.Text());
+  TStringList by_actions;
+  for (const TChange& change : Exact().Changes())
+    if (!change.unsafe.empty()) by_actions.push_back(change.table + ": " + change.LogText() + ": " + change.unsafe);
+  if (by_text != by_actions) Miss("the script's text is judged otherwise: " + JoinList(by_text, "; "));
   const auto text_of = [this](const std::string& table) {
-    const std::string text = app_.exact.TargetText(table);
+    const std::string text = Exact().TargetText(table);
     return text.empty() ? std::nullopt : std::optional(text);
   };
   std::set<std::string> by_words;
   for (const TStatementRisk& risk : ScriptRisks(editor_.Text(), {}, text_of))
     by_words.insert(WithoutReturns(risk.text));
-  for (const TPlanStatement& statement : app_.exact.Plan())
+  for (const TPlanStatement& statement : Exact().Plan())
     if (!statement.unsafe.empty() && !by_words.contains(statement.text))
       Miss("by its words alone this is safe: " + statement.text);
 }
 
 // A table that refers to another one may have to let go of its foreign key while that one changes.
 void TRun::CheckTouched() {
-  for (const TPlanStatement& statement : app_.exact.Plan()) {
+  for (const TPlanStatement& statement : Exact().Plan()) {
     const auto tokens = Tokens(statement.text);
     const std::string table = NameOf(tokens[2]);
-    const std::string text = app_.exact.TargetText(table);
-    if (Uncounted(text) == Uncounted(app_.exact.ReferenceText(table)) && text.find("REFERENCES") == std::string::npos)
+    const std::string text = Exact().TargetText(table);
+    if (Uncounted(text) == Uncounted(Exact().ReferenceText(table)) && text.find("REFERENCES") == std::string::npos)
       Miss("a table that is equal is touched: " + statement.text);
   }
 }
@@ -254,10 +259,10 @@ std::string TRun::TargetText(const std::string& table) {
 }
 
 // What the plan makes of the target, by its texts.
-TSchema TRun::Proved() const {
+TSchema TRun::Proved() {
   TSchema schema;
-  for (const TTableModel& table : there_.tables) schema.Add(ReadTableText(app_.exact.TargetText(table.name)));
-  for (const TPlanStatement& statement : app_.exact.Plan()) ApplyStatement(statement.text, schema);
+  for (const TTableModel& table : there_.tables) schema.Add(ReadTableText(Exact().TargetText(table.name)));
+  for (const TPlanStatement& statement : Exact().Plan()) ApplyStatement(statement.text, schema);
   return schema;
 }
 
@@ -276,27 +281,27 @@ void TRun::CheckAfter(TSchema after) {
 TConvergence TRun::Go() {
   Create(reference_, wanted_);
   Create(target_, there_);
-  app_.dialect = EDialect::Exact;
+  app_.Choose(EDialect::Exact);
   app_.TakeTask({reference_.NewEngine(), target_.NewEngine()});
   app_.Compare();
-  if (!app_.exact.Skipped().empty()) Miss("skipped: " + app_.exact.Skipped().front().reason);
-  if (app_.exact.DifferencesLeft() != 0) Miss("the proof finds differences left");
+  if (!Exact().Skipped().empty()) Miss("skipped: " + Exact().Skipped().front().reason);
+  if (Exact().DifferencesLeft() != 0) Miss("the proof finds differences left");
   constexpr std::uint64_t kVerifyOneOf = 8;  // it takes as long as all the rest
-  if (seed_ % kVerifyOneOf == 0 && app_.exact.VerifyOnServer() != 0) Miss("the proof on the server finds differences");
-  const TStringList log = app_.ActionLog();
-  result_.statements = app_.exact.Plan().size();
+  if (seed_ % kVerifyOneOf == 0 && Exact().VerifyOnServer() != 0) Miss("the proof on the server finds differences");
+  const TStringList log = app_.Dialect().ActionLog();
+  result_.statements = Exact().Plan().size();
   CheckTouched();
   TSchema proved = Proved();
   LoadRows();
   ReadRows();
-  app_.GenerateScript();
+  app_.Dialect().GenerateScript();
   const std::string script = editor_.Text();
   CheckGuard();
   try {
     app_.RunScript(script);
     app_.Compare();
-    if (!app_.Identical()) Miss("not identical afterwards:\n" + JoinList(app_.ActionLog(), "\n"));
-    for (const TPlanStatement& statement : app_.exact.Plan()) Miss("again: " + statement.text);
+    if (!app_.Dialect().Identical()) Miss("not identical afterwards:\n" + JoinList(app_.Dialect().ActionLog(), "\n"));
+    for (const TPlanStatement& statement : Exact().Plan()) Miss("again: " + statement.text);
     CheckAfter(std::move(proved));
     CheckRows();
   } catch (const EVelmora& error) {

@@ -23,16 +23,18 @@
 #include "shell/windows/Progress.h"
 #include "util/Clock.h"
 #include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
 #include "util/Version.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr char kExactTitle[] = " (exact dialect)";
+constexpr char kDialectTitle[] = " (%s)";
 constexpr char kEmptyQuestion[] = ".\n\nGo on all the same?";
 constexpr char kTypedQuestion[] = "The script was edited and is not saved. Discard it?";
-constexpr char kExactHint[] = "Exact dialect: press F9 to analyze.";
+constexpr char kDialectHint[] = "%s: press F9 to analyze.";
 constexpr int kWidth = 1000;
 constexpr int kHeight = 700;
 constexpr int kUnplaced = std::numeric_limits<int>::min();
@@ -189,10 +191,10 @@ void TfmMain::ShowTask(bool active) {
   for (QWidget* widget : std::initializer_list<QWidget*>{barAnalyze, panMain, pnDetails, splitter})
     widget->setVisible(active);
   lbNoTask->setVisible(!active);
-  acExactDialect_->setEnabled(active);
+  for (const auto& [dialect, command] : acDialects_) command->setEnabled(active);
   if (!active) ClearWork();
   UpdateExecute();
-  SetDialect(active && task_->ExactDialect);
+  SetDialect(StoredDialect(task_->Dialect));
   ShowTitle(active);
   if (active) {
     app_->connections.reference->Connect();
@@ -241,7 +243,8 @@ void TfmMain::ShowLog(const TStringList& lines) {
 void TfmMain::ShowTitle(bool active) {
   std::string name;
   if (active) name = std::filesystem::path(task_->TaskFileName).stem().string() + " - ";
-  setWindowTitle(ToQt(name + AppTitle() + (acExactDialect_->isChecked() ? kExactTitle : "")));
+  const char* dialect = app_->Chosen().caption;
+  setWindowTitle(ToQt(name + AppTitle() + (dialect == nullptr ? "" : Format(kDialectTitle, LowerText(dialect)))));
 }
 
 void TfmMain::RecentAdd(const std::string& path) {
@@ -278,7 +281,7 @@ void TfmMain::Analyze() {
         Compare();
         AskAboutEmptyReference();
         acGenScript();
-        ShowLog(app_->ActionLog());
+        ShowLog(app_->Dialect().ActionLog());
         page->setCurrentWidget(tsActions);
         ShowResult();
       },
@@ -299,16 +302,17 @@ void TfmMain::Compare() {
     throw;
   } catch (const EVelmora& error) {
     const TTaskConnections& pair = app_->connections;
-    if (!app_->TargetLost() && (pair.reference == nullptr || StandsConnected(*pair.reference))) throw;
-    const std::string place = ComparisonPlace(pair.reference.get(), pair.target.get(), app_->TargetLost(),
-                                              app_->TableUnderWay(), error.what());
+    const TDialect& dialect = app_->Dialect();
+    if (!dialect.TargetLost() && (pair.reference == nullptr || StandsConnected(*pair.reference))) throw;
+    const std::string place = ComparisonPlace(pair.reference.get(), pair.target.get(), dialect.TargetLost(),
+                                              dialect.TableUnderWay(), error.what());
     if (place.empty()) throw;
     RaiseError(place + ": " + error.what());
   }
 }
 
 void TfmMain::AskAboutEmptyReference() {
-  if (empty_allowed_ || app_->data.mtActions.Empty() || !app_->ReferenceIsEmpty()) return;
+  if (empty_allowed_ || app_->data.mtActions.Empty() || !app_->Dialect().ReferenceIsEmpty()) return;
   if (!ConfirmYes(EmptyReferenceText(*app_->connections.reference) + kEmptyQuestion)) {
     ClearWork();
     ShowLog({});
@@ -327,7 +331,7 @@ void TfmMain::RestoreFocus(QWidget* focused) {
 }
 
 void TfmMain::ShowResult() {
-  const bool identical = app_->Identical();
+  const bool identical = app_->Dialect().Identical();
   const bool rows = !app_->data.mtActions.Empty();
   lbEqual->setVisible(identical);
   page->setVisible(!identical);
@@ -341,22 +345,22 @@ void TfmMain::ShowTableDDL(const std::string& table) {
   if (!app_->connections.reference || !app_->connections.target) return;
   std::string reference;
   std::string target;
-  app_->TableTexts(table, reference, target);
+  app_->Dialect().TableTexts(table, reference, target);
   mDDLref->SetBytes(reference);
   mDDLtgt->SetBytes(target);
-  const TLinePair lines = app_->MarkedLines(reference, target);
+  const TLinePair lines = app_->Dialect().MarkedLines(reference, target);
   mDDLref->MarkDifferences(lines.first);
   mDDLtgt->MarkDifferences(lines.second);
 }
 
 // What was found in one dialect cannot be shown or run in the other.
-void TfmMain::SetDialect(bool exact) {
-  acExactDialect_->setChecked(exact);
-  const EDialect dialect = exact ? EDialect::Exact : EDialect::Standard;
-  if (std::exchange(app_->dialect, dialect) == dialect) return;
+void TfmMain::SetDialect(const TDialectRow& dialect) {
+  for (const auto& [id, command] : acDialects_) command->setChecked(id == dialect.id);
+  if (app_->Chosen().id == dialect.id) return;
+  app_->Choose(dialect.id);
   ClearWork();
-  if (!exact) return;
-  tlActions->SetHint(QLatin1String(kExactHint));
+  if (dialect.caption == nullptr) return;
+  tlActions->SetHint(ToQt(Format(kDialectHint, dialect.caption)));
   page->setCurrentWidget(tsActions);
 }
 

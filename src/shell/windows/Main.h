@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -87,7 +88,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void acRecent(std::size_t index);
 
   // --- Extras
-  void acExactDialect();  // follows the check mark of its command
+  void acDialect(const TDialectRow& dialect);  // follows the check mark of its command
 
   // --- acTask
   void acCloseTask();
@@ -131,6 +132,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   // The task
   void ShowTask(bool active) override;
   void RecentAdd(const std::string& path) override;
+  void CheckDialect(const std::optional<std::string>& word) override { StoredDialect(word); }
   void ShowRecent();
   void ShowTitle(bool active);
   void ShowLog(const TStringList& lines);  // after what is to be known of the connections
@@ -142,7 +144,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void Analyze();
   void Compare();
   void AskAboutEmptyReference();
-  void SetDialect(bool exact);
+  void SetDialect(const TDialectRow& dialect);
   EScriptOf ScriptOf() const;
   void ScriptIs(EScriptOf origin);  // of the text as it stands; typing makes it the user's
   void UpdateExecute();
@@ -163,7 +165,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   std::unique_ptr<TForms> forms_;
   std::map<std::string, QAction*> commands_;
   std::vector<QAction*> acRecent_;
-  QAction* acExactDialect_ = nullptr;
+  std::map<EDialect, QAction*> acDialects_;
   bool shown_ = false;
   bool active_ = false;         // a task is shown
   bool empty_allowed_ = false;  // a reference without tables was agreed to, of the open pair

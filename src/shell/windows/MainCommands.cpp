@@ -100,7 +100,7 @@ void TfmMain::acGenScript() {
   EScriptOf origin = script_of_ == EScriptOf::Analysis ? EScriptOf::User : script_of_;
   RunGuarded(
       [&] {
-        app_->GenerateScript();
+        app_->Dialect().GenerateScript();
         origin = EScriptOf::Analysis;
       },
       [&] { ScriptIs(origin); });
@@ -142,16 +142,17 @@ void TfmMain::acSynchronize() {
     const TDisabled disabled(Command("acSynchronize"));
     acRunScript();
   }
-  if (!acExactDialect_->isChecked() || !generated) return;
+  if (!app_->Dialect().Traits().tells_result || !generated) return;
   Analyze();
   TellRun();
 }
 
 bool TfmMain::MayRun(const std::string& script) {
-  const TStringList unsafe = app_->UnsafeStatements(script);
+  const TStringList unsafe = app_->Dialect().UnsafeStatements(script);
   if (unsafe.empty() && ScriptOf() != EScriptOf::User) return true;
-  std::string question = Format(kRunQuestion, Counted(app_->Statements(script).statements.size(), "statement"),
-                                SideName(*app_->connections.target));
+  std::string question =
+      Format(kRunQuestion, Counted(app_->Dialect().Statements(script).statements.size(), "statement"),
+             SideName(*app_->connections.target));
   if (unsafe.empty()) return ConfirmYes(question);
   question += Format(kUnsafeQuestion, Counted(unsafe.size(), "change"));
   return ConfirmYes(question + Listing(unsafe));
@@ -159,13 +160,14 @@ bool TfmMain::MayRun(const std::string& script) {
 
 bool TfmMain::RowsAllow() {
   TStringList lines;
-  for (const TRowFinding& finding : app_->CheckRows(kRowCheckSeconds)) lines.push_back(finding.text);
+  for (const TRowFinding& finding : app_->Dialect().CheckRows(kRowCheckSeconds)) lines.push_back(finding.text);
   return lines.empty() || ConfirmYes(kRowsQuestion + Listing(lines) + "\n\nRun the script nevertheless?");
 }
 
-void TfmMain::acExactDialect() {
-  if (!MayLoseScript()) return acExactDialect_->toggle();
-  task_->ExactDialect = acExactDialect_->isChecked();
+void TfmMain::acDialect(const TDialectRow& dialect) {
+  QAction& command = *acDialects_.at(dialect.id);
+  if (!MayLoseScript()) return command.toggle();
+  task_->Dialect = (command.isChecked() ? dialect : DialectRow(kDefaultDialect)).Stored();
   ShowTask(true);
 }
 
@@ -185,7 +187,7 @@ void TfmMain::acNewTask() {
   open.target = std::move(wizard.TgtConn);
   task_->TaskFileName = kUntitledTask;
   task_->TaskIsUntitled = true;
-  task_->ExactDialect = false;
+  task_->Dialect = DialectRow(kDefaultDialect).Stored();
   ShowTask(true);
   open.target->Connect();
 }

@@ -132,13 +132,16 @@ void TfmMain::AddCommands(QWidget& menu_or_bar, std::initializer_list<const char
   }
 }
 
-// The exact dialect belongs to the open task.
+// The dialect belongs to the open task.
 void TfmMain::MakeExtras() {
-  acExactDialect_ = Named(new QAction(QStringLiteral("Exact dialect"), this), "acExactDialect");
-  acExactDialect_->setCheckable(true);
-  acExactDialect_->setToolTip(
-      QStringLiteral("Compare creation texts without loss, and write a script for the servers of today"));
-  OnCommand(acExactDialect_, [this] { acExactDialect(); });
+  for (const TDialectRow& dialect : Dialects()) {
+    if (dialect.caption == nullptr) continue;
+    auto* command = Named(new QAction(QLatin1String(dialect.caption), this), dialect.command);
+    command->setCheckable(true);
+    command->setToolTip(QLatin1String(dialect.hint));
+    OnCommand(command, [this, &dialect] { acDialect(dialect); });
+    acDialects_[dialect.id] = command;
+  }
 }
 
 void TfmMain::MakeMenus() {
@@ -155,7 +158,8 @@ void TfmMain::MakeMenus() {
   QMenu* tools = menu("&Tools");
   AddCommands(*tools, {"acCreateDB", "acDumpDB", nullptr, "acOptions"});
   tools->menuAction()->setVisible(false);  // Deliberate: its commands are reached by their shortcuts alone
-  menu("E&xtras")->addAction(acExactDialect_);
+  QMenu* extras = menu("E&xtras");
+  for (const auto& [dialect, command] : acDialects_) extras->addAction(command);
   AddCommands(*menu("&Help"),
               {"acHelp", "acInnoDBStatus", nullptr, "acVisitWeb", "acContactSupport", nullptr, "acAbout"});
 }
@@ -250,7 +254,7 @@ void TfmMain::ConnectWorkArea() {
   const auto follow = [this](TSqlEdit* moved, TSqlEdit* other) {
     connect(moved->verticalScrollBar(), &QScrollBar::valueChanged, this, [this, other](int value) {
       // The shorter text stops at its end, and must not hold back the longer one.
-      if (following_ || !acExactDialect_->isChecked()) return;
+      if (following_ || !app_ || !app_->Dialect().Traits().aligned_texts) return;
       following_ = true;
       other->verticalScrollBar()->setValue(value);
       following_ = false;

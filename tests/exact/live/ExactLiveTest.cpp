@@ -8,6 +8,7 @@
 #include <random>
 
 #include "app/Application.h"
+#include "app/ExactDialect.h"
 #include "app/Tasks.h"
 #include "engines/mysql/OfflineEngine.h"
 #include "mysqlclient/mysqlUtil.h"
@@ -37,27 +38,28 @@ using testing::TLiveDatabase;
 
 class ExactLiveTest : public ::testing::Test {
  protected:
-  ExactLiveTest() { app_.dialect = EDialect::Exact; }
+  ExactLiveTest() { app_.Choose(EDialect::Exact); }
 
+  TExactSync& Exact() { return dynamic_cast<TExactDialect&>(app_.Dialect()).sync; }
   void Open() { app_.TakeTask({reference_.NewEngine(), target_.NewEngine()}); }
   void OpenWithReferenceFile(const std::string& text) {
     WriteFileText(folder_ / "reference.sql", text);
     app_.TakeTask({std::make_unique<TDBConnMySQLOffline>(folder_ / "reference.sql"), target_.NewEngine()});
   }
   std::string Script() {
-    app_.GenerateScript();
+    app_.Dialect().GenerateScript();
     return editor_.Text();
   }
   // Compares, proves on the server, runs, compares again; gives the log of the first comparison.
   TStringList Sync() {
     app_.Compare();
-    TStringList log = app_.ActionLog();
-    EXPECT_EQ(app_.exact.DifferencesLeft(), 0);
-    EXPECT_EQ(app_.exact.VerifyOnServer(), 0);
+    TStringList log = app_.Dialect().ActionLog();
+    EXPECT_EQ(Exact().DifferencesLeft(), 0);
+    EXPECT_EQ(Exact().VerifyOnServer(), 0);
     app_.RunScript(Script());
     app_.Compare();
-    EXPECT_TRUE(app_.Identical()) << JoinList(app_.ActionLog(), "\n");
-    EXPECT_THAT(app_.exact.Plan(), IsEmpty());
+    EXPECT_TRUE(app_.Dialect().Identical()) << JoinList(app_.Dialect().ActionLog(), "\n");
+    EXPECT_THAT(Exact().Plan(), IsEmpty());
     return log;
   }
   std::string Ask(const std::string& query) { return testing::Answer(target_.Connection(), query); }
@@ -89,8 +91,8 @@ TEST_F(ExactLiveTest, FilesOfApplicationsAreTheirOwnDatabases) {
     for (TStatement statement; reader.Next(statement);) database.Run(std::string(statement.text));
     app_.TakeTask({std::make_unique<TDBConnMySQLOffline>(file), database.NewEngine()});
     app_.Compare();
-    EXPECT_TRUE(app_.Identical()) << file << "\n" << JoinList(app_.ActionLog(), "\n");
-    EXPECT_THAT(app_.exact.Plan(), IsEmpty()) << file;
+    EXPECT_TRUE(app_.Dialect().Identical()) << file << "\n" << JoinList(app_.Dialect().ActionLog(), "\n");
+    EXPECT_THAT(Exact().Plan(), IsEmpty()) << file;
   }
 }
 
@@ -138,11 +140,11 @@ TEST_F(ExactLiveTest, ExpressionsAreThoseThatTheServerPrints) {
   }
   OpenWithReferenceFile(script);
   app_.Compare();
-  EXPECT_TRUE(app_.Identical()) << JoinList(app_.ActionLog(), "\n");
+  EXPECT_TRUE(app_.Dialect().Identical()) << JoinList(app_.Dialect().ActionLog(), "\n");
   // Others are none of those, and found to be.
   OpenWithReferenceFile(StrReplace(script, "2.50", "2.51"));
   app_.Compare();
-  EXPECT_FALSE(app_.exact.Plan().empty());
+  EXPECT_FALSE(Exact().Plan().empty());
 }
 
 // The raw line end of a literal outlives the script's own.
@@ -259,15 +261,15 @@ TEST_F(ExactLiveTest, ASessionOfItsOwn) {
   target_.Run("set global sql_quote_show_create = 0");
   Open();
   app_.Compare();
-  EXPECT_THAT(app_.exact.ReferenceText("t"), HasSubstr("  `b\"c` int(11) DEFAULT NULL,\n"));
-  EXPECT_THAT(app_.exact.ReferenceText("t"), HasSubstr("COMMENT='back\\\\slash'"));
+  EXPECT_THAT(Exact().ReferenceText("t"), HasSubstr("  `b\"c` int(11) DEFAULT NULL,\n"));
+  EXPECT_THAT(Exact().ReferenceText("t"), HasSubstr("COMMENT='back\\\\slash'"));
   TVariant session;
   app_.connections.target->Reconnect();
   app_.connections.target->GetResultSQL("select @@sql_mode", session);
   EXPECT_THAT(VarToText(session),
               AllOf(HasSubstr("STRICT_ALL_TABLES"), Not(HasSubstr("ANSI")), Not(HasSubstr("ZERO_D"))));
   Sync();
-  app_.dialect = EDialect::Standard;
+  app_.Choose(EDialect::Standard);
   app_.Compare();
   app_.connections.reference->GetResultSQL("select @@sql_mode", session);
   EXPECT_THAT(VarToText(session), HasSubstr("ANSI_QUOTES")) << "the standard dialect leaves a session as it is";
@@ -290,7 +292,7 @@ TEST_F(ExactLiveTest, WhatIsNotHandledIsNamedFirstAndLeftAlone) {
     reference_.Run(statement);
   Open();
   app_.Compare();
-  const TStringList log = app_.ActionLog();
+  const TStringList log = app_.Dialect().ActionLog();
   EXPECT_THAT(
       log, ElementsAre("Left alone: view v of the reference", "Left alone: view clash of the target",
                        "Left alone: sequence s of the target", "Left alone: view v of the target",
@@ -309,7 +311,7 @@ TEST_F(ExactLiveTest, WhatIsNotHandledIsNamedFirstAndLeftAlone) {
   app_.RunScript(Script());
   app_.Compare();
   EXPECT_TRUE(app_.data.mtActions.Empty());
-  EXPECT_FALSE(app_.Identical()) << "two tables could not be made equal";
+  EXPECT_FALSE(app_.Dialect().Identical()) << "two tables could not be made equal";
   EXPECT_EQ(Ask("select count(*) from information_schema.tables where table_schema = 'exact_target'"), "6");
 }
 
@@ -326,15 +328,15 @@ TEST_F(ExactLiveTest, OtherObjectsThatAreTheSameAndThoseThatNobodyMayRead) {
       database->Run(statement);
   Open();
   app_.Compare();
-  EXPECT_TRUE(app_.Identical()) << JoinList(app_.ActionLog(), "\n");
+  EXPECT_TRUE(app_.Dialect().Identical()) << JoinList(app_.Dialect().ActionLog(), "\n");
 
   for (const char* statement : {"create or replace user blind", "grant select, execute on exact_reference.* to blind"})
     target_.Run(statement);
   app_.TakeTask({reference_.NewEngine("blind"), target_.NewEngine()});
   app_.Compare();
-  EXPECT_FALSE(app_.Identical());
-  EXPECT_TRUE(app_.TablesIdentical());
-  EXPECT_THAT(app_.ActionLog(),
+  EXPECT_FALSE(app_.Dialect().Identical());
+  EXPECT_TRUE(app_.Dialect().TablesIdentical());
+  EXPECT_THAT(app_.Dialect().ActionLog(),
               AllOf(Contains("Not the same: procedure p: not read"), Contains("Not the same: view v: not read")));
   target_.Run("drop user blind");
 }
@@ -387,7 +389,7 @@ TEST_F(ExactLiveTest, RowsInTheWayAreCountedBeforeTheRun) {
   }
   Open();
   app_.Compare();
-  const std::vector<TRowFinding> findings = app_.CheckRows(30);
+  const std::vector<TRowFinding> findings = app_.Dialect().CheckRows(30);
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     SCOPED_TRACE(cases[i].reference);
     const std::string table = Format("t%02d", i);
@@ -408,12 +410,12 @@ TEST_F(ExactLiveTest, TheServerEndsALookAtRowsThatTakesTooLong) {
   Open();
   app_.Compare();
   target_.Run("lock tables t write");
-  const std::vector<TRowFinding> findings = app_.CheckRows(1);
+  const std::vector<TRowFinding> findings = app_.Dialect().CheckRows(1);
   target_.Run("unlock tables");
   ASSERT_THAT(findings, SizeIs(1));
   EXPECT_FALSE(findings[0].checked);
   EXPECT_THAT(findings[0].text, HasSubstr("not checked: the server was not done within 1 second "));
-  EXPECT_THAT(app_.CheckRows(0), IsEmpty());
+  EXPECT_THAT(app_.Dialect().CheckRows(0), IsEmpty());
 }
 
 TEST_F(ExactLiveTest, ATableThatCannotBeReadIsSkippedAndTheOthersGoOn) {
@@ -425,14 +427,14 @@ TEST_F(ExactLiveTest, ATableThatCannotBeReadIsSkippedAndTheOthersGoOn) {
       "CHARSET=utf8mb4 "
       "COLLATE=utf8mb4_general_ci;\n");
   app_.Compare();
-  EXPECT_THAT(app_.exact.Skipped(), SizeIs(1));
-  EXPECT_EQ(app_.exact.Skipped()[0].table, "bad");
-  EXPECT_EQ(app_.exact.Skipped()[0].side, "reference");
-  EXPECT_THAT(app_.exact.Skipped()[0].reason, HasSubstr("reference.sql: line 1: "));
+  EXPECT_THAT(Exact().Skipped(), SizeIs(1));
+  EXPECT_EQ(Exact().Skipped()[0].table, "bad");
+  EXPECT_EQ(Exact().Skipped()[0].side, "reference");
+  EXPECT_THAT(Exact().Skipped()[0].reason, HasSubstr("reference.sql: line 1: "));
   EXPECT_EQ(app_.data.mtActions.Count(), 1u);
   app_.RunScript(Script());
   app_.Compare();
-  EXPECT_FALSE(app_.Identical());
+  EXPECT_FALSE(app_.Dialect().Identical());
   EXPECT_TRUE(app_.data.mtActions.Empty());
 }
 
@@ -443,9 +445,9 @@ TEST_F(ExactLiveTest, StrikingAnActionOutRewritesItsStatement) {
   app_.Compare();
   const TActionNode& table = app_.tree.Top().front();
   EXPECT_EQ(table.children.size(), 2u);
-  DeleteAction(&table.children.front(), app_.tree, app_.data, [this] { app_.GenerateScript(); });
+  DeleteAction(&table.children.front(), app_.tree, app_.data, [this] { app_.Dialect().GenerateScript(); });
   EXPECT_THAT(editor_.Text(), AllOf(HasSubstr("add column `c`"), Not(HasSubstr("`b`"))));
-  EXPECT_EQ(app_.exact.VerifyOnServer(), 1) << "what was struck out is left";
+  EXPECT_EQ(Exact().VerifyOnServer(), 1) << "what was struck out is left";
 }
 
 // --- The proof on the server
@@ -472,7 +474,7 @@ TEST_F(ExactLiveTest, TheScratchDatabaseIsRemovedWhateverHappens) {
                         testing::Answer(target_.Connection(), "show create table p") + ";\n" +
                         testing::Answer(target_.Connection(), "show create table u") + ";\n");
   app_.Compare();
-  EXPECT_THAT(MessageOf([&] { app_.exact.VerifyOnServer(); }),
+  EXPECT_THAT(MessageOf([&] { Exact().VerifyOnServer(); }),
               StartsWith("Verifying on the server: statement 1 of 1 fails: "));
   EXPECT_EQ(ScratchDatabases(), "0");
 
@@ -483,7 +485,7 @@ TEST_F(ExactLiveTest, TheScratchDatabaseIsRemovedWhateverHappens) {
   for (const std::function<void()>& meddle : {std::function<void()>(kill), std::function<void()>(cancel)}) {
     TMeddlingHost host(4, meddle);
     const THostGuard guard(host);
-    EXPECT_NE(MessageOf([&] { app_.exact.VerifyOnServer(); }), "nothing raised");
+    EXPECT_NE(MessageOf([&] { Exact().VerifyOnServer(); }), "nothing raised");
     EXPECT_EQ(ScratchDatabases(), "0");
   }
   EXPECT_EQ(Ask("select count(*) from information_schema.columns where table_schema = 'exact_target'"), "3");
@@ -502,8 +504,8 @@ TEST_F(ExactLiveTest, ATableThatCannotBeReadMakesNoProof) {
   WriteFileText(definition, "no table");
   Open();
   app_.Compare();
-  EXPECT_THAT(app_.ActionLog(), Contains("Verified: 0 differences left in the tables that were compared"));
-  EXPECT_THAT(MessageOf([&] { app_.exact.VerifyOnServer(); }),
+  EXPECT_THAT(app_.Dialect().ActionLog(), Contains("Verified: 0 differences left in the tables that were compared"));
+  EXPECT_THAT(MessageOf([&] { Exact().VerifyOnServer(); }),
               StartsWith("Verifying on the server: table bad of the target could not be read, and a copy without it "
                          "proves nothing: "));
   EXPECT_EQ(ScratchDatabases(), "0");
@@ -533,15 +535,15 @@ TEST_F(ExactLiveTest, ASideThatGivesNoTextsAndALostServerEndTheComparison) {
   });
   const THostGuard guard(host);
   EXPECT_NE(MessageOf([&] { app_.Compare(); }), "nothing raised");
-  EXPECT_TRUE(app_.TargetLost());
-  EXPECT_EQ(app_.TableUnderWay(), "t");
+  EXPECT_TRUE(app_.Dialect().TargetLost());
+  EXPECT_EQ(app_.Dialect().TableUnderWay(), "t");
 }
 
 TEST_F(ExactLiveTest, TheDialectOfATaskFile) {
   for (const EDialect dialect : {EDialect::Exact, EDialect::Standard}) {
     NewTaskFile(folder_ / "t.vlt", *reference_.NewEngine(), *target_.NewEngine(), dialect);
     EXPECT_EQ(MakeTask(folder_ / "t.vlt").dialect, dialect);
-    EXPECT_EQ(ShowTaskFile(folder_ / "t.vlt").exact, dialect == EDialect::Exact);
+    EXPECT_EQ(ShowTaskFile(folder_ / "t.vlt").dialect, DialectRow(dialect).Stored());
   }
 }
 

@@ -1,0 +1,40 @@
+#include "app/Dialects.h"
+
+#include <algorithm>
+
+#include "app/ExactDialect.h"
+#include "app/StandardDialect.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kUnhandledDialect[] = "OpenTask: Unhandled dialect %s";
+
+template <class Kind>
+std::unique_ptr<TDialect> Make(const TDialectParts& parts) {
+  return std::make_unique<Kind>(parts);
+}
+
+// In the order in which the command line lists them.
+constexpr TDialectRow kDialects[] = {
+    {EDialect::Standard, "standard", nullptr, nullptr, nullptr, nullptr, Make<TStandardDialect>},
+    {EDialect::Exact, "exact", "exact", "Exact dialect", "acExactDialect",
+     "Compare creation texts without loss, and write a script for the servers of today", Make<TExactDialect>},
+};
+
+}  // namespace
+
+std::span<const TDialectRow> Dialects() { return kDialects; }
+
+const TDialectRow& DialectRow(EDialect id) { return *std::ranges::find(kDialects, id, &TDialectRow::id); }
+
+const TDialectRow& StoredDialect(const std::optional<std::string>& word) {
+  const auto* found = std::ranges::find(kDialects, word, &TDialectRow::Stored);
+  if (found == std::end(kDialects)) RaiseError(Format(kUnhandledDialect, word.value_or("")));
+  return *found;
+}
+
+}  // namespace velmora

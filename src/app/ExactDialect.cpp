@@ -1,0 +1,165 @@
+#include "app/ExactDialect.h"
+
+#include <set>
+
+#include "app/RunTelling.h"
+#include "core/CreationTexts.h"
+#include "exact/plan/ScriptSafety.h"
+#include "mysqltext/TableText.h"
+#include "util/Counted.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr TDialectTraits kTraits = {.has_findings = true,
+                                    .applies_statements = true,
+                                    .connects_target = true,
+                                    .tells_result = true,
+                                    .aligned_texts = true};
+
+std::string UnsafeLine(const TChange& change) { return change.table + ": " + change.LogText() + ": " + change.unsafe; }
+
+// Every run of white space as one blank.
+std::string OnOneLine(const std::string& text) {
+  std::string line;
+  for (const char c : text) {
+    const bool blank = c == ' ' || (c >= '\t' && c <= '\r');
+    if (!blank)
+      line += c;
+    else if (!line.empty() && line.back() != ' ')
+      line += ' ';
+  }
+  return line;
+}
+
+// What made the run fail matters more than an error of this.
+void RestoreChecks(TDBConn& target, const std::string& checks) {
+  try {
+    target.ExecSQL("set foreign_key_checks = " + checks);
+  } catch (const EVelmora&) {
+  }
+}
+
+bool ReadsTable(TDBConn* conn, const std::string& table) {
+  auto* texts = dynamic_cast<TCreationTexts*>(conn);
+  if (texts == nullptr) return false;
+  if (!conn->GetConnected()) conn->Connect();
+  std::string text;
+  texts->PrepareExactTexts();
+  texts->ShowCreateTable(table, text);
+  ReadTableText(text);
+  return true;
+}
+
+}  // namespace
+
+TExactDialect::TExactDialect(const TDialectParts& parts)
+    : TDialect(kTraits), sync(parts.connections, parts.data, parts.tree, parts.progress, parts.log), parts_(parts) {}
+
+std::unique_ptr<TDBConn> TExactDialect::Compare() {
+  sync.Compare();
+  return nullptr;
+}
+
+TFindings TExactDialect::Findings() const {
+  return {sync.Skipped(), sync.NotFollowed(), sync.Objects(), sync.DifferencesLeft(), sync.NothingLeft()};
+}
+
+// What is left alone, could not be read, and could not be proved.
+std::vector<TRemark> TExactDialect::Remarks() const {
+  std::vector<TRemark> remarks;
+  const auto tell = [&](bool warning, std::string text) { remarks.push_back({warning, std::move(text)}); };
+  for (const std::string& line : sync.CaseTwins()) tell(false, line);
+  for (const std::string& line : sync.LeftAlone()) tell(false, line);
+  for (const TObjectDifference& object : sync.Objects())
+    tell(false, Format("Not the same: %s %s: %s", object.kind, object.name, object.difference));
+  for (const std::string& statement : sync.NotFollowed()) tell(true, "not followed: " + statement);
+  for (const TSkippedTable& skipped : sync.Skipped())
+    tell(true, Format("%s: table %s is skipped: %s", skipped.side, skipped.table, skipped.reason));
+  if (const int left = sync.DifferencesLeft(); left > 0)
+    tell(true, Format("by the proof in memory the script would leave %s",
+                      Counted(static_cast<std::size_t>(left), "difference")));
+  return remarks;
+}
+
+bool TExactDialect::Reads(const std::string& table) {
+  try {
+    return ReadsTable(parts_.connections.reference.get(), table) && ReadsTable(parts_.connections.target.get(), table);
+  } catch (const EAbort&) {
+    throw;
+  } catch (const EVelmora&) {
+    return false;
+  }
+}
+
+void TExactDialect::TableTexts(const std::string& table, std::string& reference, std::string& target) {
+  reference = sync.ReferenceText(table);
+  target = sync.TargetText(table);
+}
+
+TLinePair TExactDialect::MarkedLines(const std::string& reference, const std::string& target) const {
+  return DifferingLines(reference, target, sync.Equivalences);
+}
+
+std::map<int, std::string> TExactDialect::UnsafeActions() const {
+  std::map<int, std::string> reasons;
+  for (const TChange& change : sync.Changes())
+    if (!change.unsafe.empty()) reasons.emplace(change.id, change.unsafe);
+  return reasons;
+}
+
+// A statement of the plan is told by the actions that it makes.
+TStringList TExactDialect::UnsafeStatements(const std::string& script) {
+  TStringList planned, others;
+  const std::vector<TPlanStatement> plan = sync.Plan();
+  std::set<int> actions;
+  for (const TStatementRisk& risk :
+       ScriptRisks(script, plan, [this](const std::string& table) { return TargetStructure(table); })) {
+    if (risk.planned != nullptr && !risk.planned->unsafe.empty())
+      actions.insert(risk.planned->actions.begin(), risk.planned->actions.end());
+    else
+      others.push_back(Format("line %d: %s: %s", LineOf(script, risk.start), ShownStatement(OnOneLine(risk.text)),
+                              JoinList(risk.reasons, "; ")));
+  }
+  for (const TChange& change : sync.Changes())
+    if (!change.unsafe.empty() && actions.contains(change.id)) planned.push_back(UnsafeLine(change));
+  planned.insert(planned.end(), others.begin(), others.end());
+  return planned;
+}
+
+// As the target has the table now, if it can be asked.
+std::optional<std::string> TExactDialect::TargetStructure(const std::string& table) {
+  TDBConn* target = parts_.connections.target.get();
+  auto* texts = dynamic_cast<TCreationTexts*>(target);
+  std::string text = sync.TargetText(table);
+  if (texts != nullptr && target->GetConnected()) {
+    try {
+      texts->PrepareExactTexts();
+      texts->ShowCreateTable(table, text);
+    } catch (const EAbort&) {
+      throw;
+    } catch (const EVelmora&) {
+      return std::nullopt;
+    }
+  }
+  return text.empty() ? std::nullopt : std::optional(text);
+}
+
+// A script that ends early has not come to the line that puts the checks back.
+void TExactDialect::RunScript(const std::string& text) {
+  TDBConn& target = *parts_.connections.target;
+  if (auto* texts = dynamic_cast<TCreationTexts*>(&target)) texts->PrepareExactTexts();
+  TVariant checks;
+  target.GetResultSQL("select @@foreign_key_checks", checks);
+  try {
+    parts_.runner.RunScript(text, true, SplitExactScript);
+  } catch (...) {
+    if (target.GetConnected()) RestoreChecks(target, VarToText(checks));
+    throw;
+  }
+}
+
+}  // namespace velmora

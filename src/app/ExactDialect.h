@@ -1,0 +1,51 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/Dialect.h"
+#include "exact/run/ExactSync.h"
+
+namespace velmora {
+
+// Creation texts without loss, for the servers of today: TExactSync behind the port of dialects.
+class TExactDialect final : public TDialect {
+ public:
+  explicit TExactDialect(const TDialectParts& parts);
+
+  TExactSync sync;
+
+  void Take(const TComparisonWishes& wishes) override { sync.Collations = wishes.collations; }
+  std::unique_ptr<TDBConn> Compare() override;  // the target stays what it is
+  void Forget() override { sync.Forget(); }
+  bool TablesIdentical() const override { return sync.TablesIdentical(); }
+  bool Identical() const override { return sync.Identical(); }
+  const TStringList& ActionLog() const override { return sync.ActionLog; }
+  TFindings Findings() const override;
+  std::vector<TRemark> Remarks() const override;
+  bool ReferenceIsEmpty() const override { return sync.ReferenceIsEmpty(); }
+  const std::string& TableUnderWay() const override { return sync.TableUnderWay(); }
+  bool TargetLost() const override { return sync.TargetLost(); }
+  bool Reads(const std::string& table) override;
+  // As the servers print them.
+  void TableTexts(const std::string& table, std::string& reference, std::string& target) override;
+  TLinePair MarkedLines(const std::string& reference, const std::string& target) const override;
+  std::map<int, std::string> UnsafeActions() const override;
+  TStringList UnsafeStatements(const std::string& script) override;
+  std::vector<TRowFinding> CheckRows(int seconds) override { return sync.CheckRows(seconds); }
+  int VerifyOnServer(const TScratchPorts& ports) override { return sync.VerifyOnServer(ports); }
+  void GenerateScript() override { sync.GenerateScript(parts_.editor, parts_.clock); }
+  TScriptPieces Statements(const std::string& script) const override { return SplitExactScript(script); }
+  // Foreign key checks are after a failure as they were before.
+  void RunScript(const std::string& text) override;
+
+ private:
+  std::optional<std::string> TargetStructure(const std::string& table);
+
+  TDialectParts parts_;
+};
+
+}  // namespace velmora

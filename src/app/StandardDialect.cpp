@@ -1,0 +1,68 @@
+#include "app/StandardDialect.h"
+
+#include "core/CreationTexts.h"
+#include "core/Meta.h"
+#include "sync/CaseTwins.h"
+#include "util/Errors.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr TDialectTraits kTraits{};
+
+constexpr char kVerifies[] = "Only a script of the exact dialect can be verified on the server";
+constexpr char kReadsByServer[] = "Only the exact dialect can read a reference by the server (--via-server)";
+constexpr char kMapsCollations[] = "--map-collation belongs to the exact dialect (--dialect exact)";
+
+std::string BuiltText(TDBConn* conn, const std::string& table) {
+  std::string text;
+  if (conn != nullptr && conn->meta().FindTable(table)) conn->meta().BuildCreateTable(table, nullptr, text);
+  return text;
+}
+
+}  // namespace
+
+TStandardDialect::TStandardDialect(const TDialectParts& parts)
+    : TDialect(kTraits),
+      parts_(parts),
+      sync_(parts.connections, parts.data, parts.tree, parts.progress, parts.log),
+      generator_(parts.connections, parts.data, parts.editor, parts.progress, parts.clock) {}
+
+void TStandardDialect::Take(const TComparisonWishes& wishes) {
+  if (wishes.verify_on_server) RaiseError(kVerifies);
+  if (wishes.via_server) RaiseError(kReadsByServer);
+  if (!wishes.collations.empty()) RaiseError(kMapsCollations);
+}
+
+std::unique_ptr<TDBConn> TStandardDialect::Compare() {
+  case_twins_.clear();
+  TTaskConnections& pair = parts_.connections;
+  for (TDBConn* conn : {pair.reference.get(), pair.target.get()})
+    if (auto* texts = dynamic_cast<TCreationTexts*>(conn)) texts->PrepareExactTexts(false);
+  sync_.SetDatabases(pair.reference.get(), pair.target.get());
+  std::unique_ptr<TDBConn> compared = sync_.Compare();
+  case_twins_ = CaseTwins(*pair.reference, *compared);
+  return compared;
+}
+
+std::vector<TRemark> TStandardDialect::Remarks() const {
+  std::vector<TRemark> remarks;
+  for (const std::string& line : case_twins_) remarks.push_back({true, line});
+  return remarks;
+}
+
+bool TStandardDialect::ReferenceIsEmpty() const {
+  TStringList tables;
+  if (parts_.connections.reference != nullptr) parts_.connections.reference->meta().TableNames(tables);
+  return tables.empty();
+}
+
+void TStandardDialect::TableTexts(const std::string& table, std::string& reference, std::string& target) {
+  reference = BuiltText(parts_.connections.reference.get(), table);
+  target = BuiltText(parts_.connections.target.get(), table);
+}
+
+int TStandardDialect::VerifyOnServer(const TScratchPorts& /*ports*/) { RaiseError(kVerifies); }
+
+}  // namespace velmora
