@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "formats/port/Provider.h"
+#include "support/PlayedAnswers.h"
 #include "util/Errors.h"
 
 namespace velmora::testing {
@@ -52,8 +53,25 @@ struct TFakeOLEDB {
     for (const std::string& name : fields) rowset.fields.push_back({name});
     rowset.rows = std::move(rows);
   }
+  // Answers and errors as they are laid out for a played server; whole numbers by their types, all else as text.
+  void Answer(const TPlayedAnswers& played);
   TOLEDBProviderMaker Maker();
 };
+
+inline void TFakeOLEDB::Answer(const TPlayedAnswers& played) {
+  const auto value_of = [](const std::string& type, const std::optional<std::string>& text) -> TVariant {
+    if (!text) return {};
+    return type.ends_with("int") ? TVariant(std::int64_t{std::stoll(*text)}) : TVariant(*text);
+  };
+  for (const auto& [sql, answer] : played) {
+    if (answer.error != 0) errors[sql] = answer.message;
+    TOLEDBRowset& rowset = answers[sql] = {};
+    for (const TPlayedAnswer::TColumn& column : answer.columns) rowset.fields.push_back({column.name});
+    for (const TPlayedAnswer::TRow& row : answer.rows)
+      for (TMemDataset::TRow& values = rowset.rows.emplace_back(); values.size() < row.size();)
+        values.push_back(value_of(answer.columns[values.size()].type, row[values.size()]));
+  }
+}
 
 class TFakeOLEDBProvider final : public TOLEDBProvider {
  public:

@@ -1,19 +1,16 @@
 #pragma once
 
-// A server of the Tabular Data Stream protocol, versions 7.1 to 7.4 without encryption, for tests that go through a
-// real driver: logins, statements, transactions, listing of databases and tables.
+// A server of the Tabular Data Stream protocol, version 7.4 without encryption, for tests that go through a real
+// driver. It has no tables: it gives the answers that a test has laid out, and notes what it is asked.
 
 #include <atomic>
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "support/ScratchFolder.h"
-#include "support/tds/TdsCatalog.h"
-#include "support/tds/TdsTokens.h"
+#include "support/PlayedAnswers.h"
 
 namespace velmora::testing {
 
@@ -25,38 +22,33 @@ class TFakeTdsServer {
   TFakeTdsServer& operator=(const TFakeTdsServer&) = delete;
 
   int Port() const { return port_; }
-  TTdsTable Table(const std::string& name) { return {catalog_, name}; }
-  TTdsCatalog& Catalog() { return catalog_; }
 
-  // What came, in order: the texts of batches; procedures as "exec name @a=value, ..."; requests of the transaction
-  // manager as "(begin)", "(commit)", "(rollback)"; logins as "(login version user database)".
-  std::vector<std::string> Received() const;
+  // What came, in order: the texts of batches; procedures as "exec name @a='value', ..."; requests of the transaction
+  // manager as "(begin)", "(commit)", "(rollback)"; logins as "(login user database)".
+  // Each call gives what is new.
+  std::vector<std::string> TakeReceived();
 
   // Set before the first connection.
   std::string user = "sa", password = "Zwölf;{=}";
   std::vector<std::string> databases = {"master", "shop", "archive"};
-  std::atomic<int> newest{0x704};  // version of the protocol that it speaks, for 7.4
-  // The error that a statement with this text in it gets.
-  std::string refused;  // empty: none
-  TTdsError refusal;
+  // By batch, or procedure, as they are noted. Other statements do nothing, and other queries are refused.
+  TPlayedAnswers answers;
 
-  // How many requests of a connection are answered, and whether it is closed behind them or falls silent. The first two
+  // How many requests of a connection are answered, and whether it is closed after them or falls silent. The first two
   // are those of the login.
-  std::atomic<int> answers{1 << 30};
+  std::atomic<int> served{1 << 30};
   std::atomic<bool> then_silent{false};
-  // Changes the tokens of a reply to a statement before they leave; the connection is closed behind them.
+  // Changes the tokens of a reply to a statement before they leave; the connection is closed after them.
   std::function<void(std::string& tokens)> tamper;
 
  private:
-  friend class TTdsSession;
+  class TSession;
   void Accept();
   void Note(const std::string& text);
 
-  TScratchFolder folder_;
-  TTdsCatalog catalog_;
   int listener_ = -1;
   int port_ = 0;
-  mutable std::mutex mutex_;
+  std::mutex mutex_;
   std::vector<std::string> received_;
   std::vector<int> connections_;
   std::vector<std::thread> sessions_;

@@ -1,27 +1,30 @@
 #pragma once
 
-// Bytes of the Tabular Data Stream protocol ([MS-TDS], published by its maker as an open specification): numbers with
-// the lowest byte first, texts as UTF-16 with their length in characters in front. Texts in memory are UTF-8.
+// Bytes and packets of the Tabular Data Stream protocol ([MS-TDS], published by its maker as an open specification):
+// numbers with the lowest byte first, texts as UTF-16 with their length in characters in front. Texts in memory are
+// UTF-8.
 
 #include <concepts>
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
 namespace velmora::testing {
 
-std::string ToUtf16(std::string_view utf8);
-std::string FromUtf16(std::string_view utf16);
+// By the names of iconv; raises std::runtime_error for what the other encoding lacks.
+std::string Recoded(std::string_view text, const char* from, const char* to);
+inline std::string ToUtf16(std::string_view utf8) { return Recoded(utf8, "UTF-8", "UTF-16LE"); }
+inline std::string FromUtf16(std::string_view utf16) { return Recoded(utf16, "UTF-16LE", "UTF-8"); }
 
 class TTdsWriter {
  public:
   template <std::integral T>
   TTdsWriter& Number(T number) {
-    bytes_.append(reinterpret_cast<const char*>(&number), sizeof number);
-    return *this;
+    return Raw({reinterpret_cast<const char*>(&number), sizeof number});
   }
-  TTdsWriter& U8(unsigned number) { return Number(static_cast<std::uint8_t>(number)); }
+  TTdsWriter& U8(std::size_t number) { return Number(static_cast<std::uint8_t>(number)); }
   TTdsWriter& U16(std::size_t number) { return Number(static_cast<std::uint16_t>(number)); }
   TTdsWriter& U32(std::size_t number) { return Number(static_cast<std::uint32_t>(number)); }
   TTdsWriter& Raw(std::string_view bytes) {
@@ -63,5 +66,25 @@ class TTdsReader {
   std::string_view bytes_;
   std::size_t at_ = 0;
 };
+
+// Types of packets.
+enum ETdsPacket : unsigned {
+  kBatch = 1,
+  kRpc = 3,
+  kReply = 4,
+  kAttention = 6,
+  kTransaction = 14,
+  kLogin = 16,
+  kPrelogin = 18
+};
+
+struct TTdsRequest {
+  unsigned type = 0;
+  std::string body;
+};
+
+// One request out of its packets; none when the other end has closed.
+std::optional<TTdsRequest> ReceiveRequest(int connection);
+void SendReply(int connection, const std::string& tokens);
 
 }  // namespace velmora::testing
