@@ -53,23 +53,65 @@ struct TFakeOLEDB {
     for (const std::string& name : fields) rowset.fields.push_back({name});
     rowset.rows = std::move(rows);
   }
-  // Answers and errors as they are laid out for a played server; whole numbers by their types, all else as text.
+  // Answers and errors as they stand in a file: statements, and rows of "columns T" and "indexes T", whose tables are
+  // added; "identity" stands for the type of a field that counts itself, "int" at the end of one for whole numbers.
   void Answer(const TPlayedAnswers& played);
   TOLEDBProviderMaker Maker();
 };
 
-inline void TFakeOLEDB::Answer(const TPlayedAnswers& played) {
+// A row of columns or indexes in the order of their fields; without a table's name of its own it is of `table`.
+inline TOLEDBColumnRow PlayedColumn(const std::string& table, const TPlayedAnswer::TRow& row) {
+  const auto number = [&](std::size_t i) { return std::stoll(row[i].value_or("0")); };
+  return {.TABLE_NAME = row[9].value_or(table),
+          .COLUMN_NAME = row[0].value(),
+          .ORDINAL_POSITION = static_cast<std::uint32_t>(number(1)),
+          .COLUMN_DEFAULT = row[8],
+          .COLUMN_FLAGS = static_cast<std::uint32_t>(number(3)),
+          .IS_NULLABLE = row[7] != "NO",
+          .DATA_TYPE = static_cast<std::uint16_t>(number(2)),
+          .CHARACTER_MAXIMUM_LENGTH = static_cast<std::uint32_t>(number(4)),
+          .NUMERIC_PRECISION = static_cast<std::uint16_t>(number(5)),
+          .NUMERIC_SCALE = static_cast<std::int16_t>(number(6))};
+}
+
+inline TOLEDBIndexRow PlayedIndex(const std::string& table, const TPlayedAnswer::TRow& row) {
+  return {.TABLE_NAME = row[5].value_or(table),
+          .INDEX_NAME = row[0].value(),
+          .PRIMARY_KEY = row[4] == "YES",
+          .UNIQUE = row[3] == "YES",
+          .ORDINAL_POSITION = static_cast<std::uint32_t>(std::stoul(row[1].value())),
+          .COLUMN_NAME = row[2].value()};
+}
+
+inline TOLEDBRowset PlayedRowset(const TPlayedAnswer& answer) {
   const auto value_of = [](const std::string& type, const std::optional<std::string>& text) -> TVariant {
     if (!text) return {};
     return type.ends_with("int") ? TVariant(std::int64_t{std::stoll(*text)}) : TVariant(*text);
   };
-  for (const auto& [sql, answer] : played) {
-    if (answer.error != 0) errors[sql] = answer.message;
-    TOLEDBRowset& rowset = answers[sql] = {};
-    for (const TPlayedAnswer::TColumn& column : answer.columns) rowset.fields.push_back({column.name});
-    for (const TPlayedAnswer::TRow& row : answer.rows)
-      for (TMemDataset::TRow& values = rowset.rows.emplace_back(); values.size() < row.size();)
-        values.push_back(value_of(answer.columns[values.size()].type, row[values.size()]));
+  TOLEDBRowset rowset;
+  for (const TPlayedAnswer::TColumn& column : answer.columns) {
+    rowset.fields.push_back({column.name});
+    rowset.is_autoincrement.push_back(column.type == "identity");
+  }
+  for (const TPlayedAnswer::TRow& row : answer.rows)
+    for (TMemDataset::TRow& values = rowset.rows.emplace_back(); values.size() < row.size();)
+      values.push_back(value_of(answer.columns[values.size()].type, row[values.size()]));
+  return rowset;
+}
+
+inline void TFakeOLEDB::Answer(const TPlayedAnswers& played) {
+  constexpr std::string_view kColumns = "columns ", kIndexes = "indexes ";
+  for (const auto& [query, answer] : played) {
+    if (answer.error != 0) errors[query] = answer.message;
+    const std::string table = query.substr(kColumns.size());
+    if (query.starts_with(kColumns)) {
+      tables.push_back({table, "TABLE"});
+      for (const auto& row : answer.rows) columns[table].push_back(PlayedColumn(table, row));
+    } else if (query.starts_with(kIndexes)) {
+      for (const auto& row : answer.rows) indexes[table].push_back(PlayedIndex(table, row));
+    } else {
+      answers[query] = PlayedRowset(answer);
+    }
   }
 }
 

@@ -66,11 +66,11 @@ class TAnswersReader {
   void Head(const std::string& word, const std::string& rest) {
     if (word == "query") {
       query_ = rest.ends_with(".sql") ? Trim(ReadFileText(folder_ / rest)) : rest;
-      answer_ = &(answers_[query_] = {});
+      answer_ = query_.find("%s") == std::string::npos ? &answers_[query_] : &form_;
+      *answer_ = {};
     } else if (word == "of") {
-      TPlayedAnswer& named = answers_[StrReplace(query_, "%s", StrReplace(rest, "'", "''"))];
-      named.columns = answers_.at(query_).columns;
-      answer_ = &named;
+      answer_ = &answers_[StrReplace(query_, "%s", StrReplace(rest, "'", "''"))];
+      *answer_ = form_;
     } else if (word == "error") {
       answer_->error = std::stoi(rest);
       answer_->message = Trim(rest.substr(rest.find(' ') + 1));
@@ -88,6 +88,7 @@ class TAnswersReader {
   const std::filesystem::path folder_;
   TPlayedAnswers answers_;
   std::string query_;
+  TPlayedAnswer form_;  // of a query for several names
   TPlayedAnswer* answer_ = nullptr;
 };
 

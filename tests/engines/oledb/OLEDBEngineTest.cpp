@@ -9,6 +9,7 @@
 #include "support/FakeOLEDB.h"
 #include "support/MessageOf.h"
 #include "support/MetaDump.h"
+#include "util/Files.h"
 
 namespace velmora {
 namespace {
@@ -32,192 +33,31 @@ class OLEDBEngineTest : public ::testing::Test {
     });
   }
 
+  std::string Told(TDBConn& conn) {
+    std::string told;
+    for (const TOLEDBTableRow& table : backend.tables)
+      if (const std::string error = Fetch(conn, table.TABLE_NAME); error != "nothing raised")
+        told += table.TABLE_NAME + ": " + error + "\n";
+    return told + DumpMeta(conn.meta());
+  }
+
   TFakeOLEDB backend;
   TDBConnODBC engine{"shop", backend.Maker()};
 };
 
 // --- Structure
 
-TEST_F(OLEDBEngineTest, ReadsATable) {
-  std::vector<TOLEDBColumnRow> columns = {Column("ID", kDbTypeI4),         Column("PRICE", kDbTypeNumeric),
-                                          Column("NAME", kDbTypeWStr, 30), Column("NOTE", kDbTypeStr),
-                                          Column("YES", kDbTypeBool),      Column("RATIO", kDbTypeR8)};
-  columns[0].IS_NULLABLE = false;
-  columns[0].NUMERIC_PRECISION = 10;
-  columns[1].NUMERIC_PRECISION = 9;
-  columns[1].NUMERIC_SCALE = -2;
-  columns[1].COLUMN_DEFAULT = "((0))";
-  columns[4].COLUMN_DEFAULT = "=No";
-  columns[5].NUMERIC_PRECISION = 15;
-  backend.AddTable("T", columns,
-                   {IndexColumn("PK", "ID", 1, true, true), IndexColumn("I", "NAME"), IndexColumn("I", "PRICE", 2)});
-  backend.tables.push_back({"V", "VIEW"});
-  backend.tables.push_back({"s", "Table"});
-  TOLEDBRowset& probe = backend.answers["select top 1 * from [T] order by 1"];
-  probe.fields = {{"PRICE"}, {"id"}};
-  probe.is_autoincrement = {false, true};
-  EXPECT_EQ(Fetch(engine), "nothing raised");
-  EXPECT_EQ(DumpMeta(engine.meta()), R"(table T fetched
-column ID <I4>(0) notnull autoinc
-column PRICE <DECIMAL>(9,-2) default=((0))
-column NAME <NVARCHAR>(30)
-column NOTE <VARCHAR>(-1)
-column YES <BOOL>(0) default=0
-column RATIO <DOUBLE>(15,0)
-key PK(ID) primary unique
-key I(NAME,PRICE)
-)");
-  EXPECT_THAT(backend.log, ElementsAre("columns T", "select top 1 * from [T] order by 1", "indexes T"));
-}
-
-// A type of the provider becomes a neutral type, by its flags and with or without national types.
-TEST_F(OLEDBEngineTest, TypesOfTheProvider) {
-  constexpr std::uint32_t kFixed = kColumnIsFixedLength, kLong = kColumnIsLong;
-  const struct {
-    int data_type;
-    std::uint32_t flags;
-    const char *national, *plain;
-  } kCases[] = {
-      {2, kFixed, "<I2>", "<I2>"},
-      {3, kFixed, "<I4>", "<I4>"},
-      {4, kFixed, "<FLOAT>", "<FLOAT>"},
-      {5, kFixed, "<DOUBLE>", "<DOUBLE>"},
-      {6, kFixed, "<MONEY_mssql>", "<MONEY_mssql>"},
-      {7, kFixed, "<DATE>", "<DATE>"},
-      {8, kFixed, "<NCHAR>", "<CHAR>"},
-      {8, kLong, "<NTEXT_mssql>", "<TEXT>"},
-      {8, 0, "<NVARCHAR>", "<VARCHAR>"},
-      {11, kFixed, "<BOOL>", "<BOOL>"},
-      {14, kFixed, "<DECIMAL>", "<DECIMAL>"},
-      {16, 0, "<I1>", "<I1>"},
-      {17, 0, "<UI1>", "<UI1>"},
-      {18, 0, "<UI2>", "<UI2>"},
-      {19, 0, "<UI4>", "<UI4>"},
-      {20, 0, "<I8>", "<I8>"},
-      {21, 0, "<UI8>", "<UI8>"},
-      {72, 0, "<UID_mssql>", "<UID_mssql>"},
-      {128, kFixed, "<BYTES>", "<BYTES>"},
-      {128, kLong, "<BYTES>", "<BYTES>"},
-      {129, kFixed, "<CHAR>", "<CHAR>"},
-      {129, kFixed | kLong, "<CHAR>", "<CHAR>"},
-      {129, kLong | 1, "<TEXT>", "<TEXT>"},
-      {129, 0, "<VARCHAR>", "<VARCHAR>"},
-      {130, kFixed | kLong, "<NCHAR>", "<CHAR>"},
-      {130, kLong, "<NTEXT_mssql>", "<TEXT>"},
-      {130, 64, "<NVARCHAR>", "<VARCHAR>"},
-      {131, 0, "<DECIMAL>", "<DECIMAL>"},
-      {133, 0, "<DATE>", "<DATE>"},
-      {134, 0, "<TIME>", "<TIME>"},
-      {135, 0, "<TIMESTAMP_mssql>", "<TIMESTAMP_mssql>"},
-  };
-  std::vector<TOLEDBColumnRow> columns;
-  for (const auto& c : kCases)
-    columns.push_back(
-        Column("c" + std::to_string(columns.size()), static_cast<std::uint16_t>(c.data_type), 9, c.flags));
-  backend.AddTable("T", columns);
-  for (const bool national : {true, false}) {
-    TDBConnODBC conn("shop", backend.Maker());
-    conn.NationalTypes = national;
-    ASSERT_EQ(Fetch(conn), "nothing raised");
-    ASSERT_EQ(conn.meta().tColumns.Rows().size(), std::size(kCases));
-    auto row = conn.meta().tColumns.Rows().begin();
-    for (const auto& c : kCases)
-      EXPECT_EQ(NeutralTag((row++)->datatype), national ? c.national : c.plain) << c.data_type << " " << c.flags;
-  }
-}
-
-TEST_F(OLEDBEngineTest, ColumnsGoByTheirOrdinals) {
-  const struct {
-    std::vector<std::uint32_t> ordinals;
-    const char* columns;
-  } kCases[] = {
-      {{1, 2, 3}, "123"}, {{3, 2, 1}, "123"}, {{2, 3, 1}, "123"}, {{1, 2, 4}, "12"},
-      {{2, 3}, ""},       {{0, 1}, "1"},      {{}, ""},           {{4294967295U, 1}, "1"},
-  };
-  for (const auto& c : kCases) {
-    backend.columns["T"].clear();
-    for (const std::uint32_t ordinal : c.ordinals) {
-      TOLEDBColumnRow row = Column(std::to_string(ordinal), kDbTypeI4);
-      row.TABLE_NAME = "T";
-      row.ORDINAL_POSITION = ordinal;
-      backend.columns["T"].push_back(row);
-    }
-    backend.tables = {{"T", "TABLE"}};
-    TDBConnODBC conn("shop", backend.Maker());
-    EXPECT_EQ(Fetch(conn), "nothing raised");
-    std::string columns;
-    for (const TColumnRow& row : conn.meta().tColumns.Rows()) columns += row.name;
-    EXPECT_EQ(columns, c.columns) << ::testing::PrintToString(c.ordinals);
-  }
-}
-
-TEST_F(OLEDBEngineTest, KeysGoByTheirOrdinals) {
-  const struct {
-    std::vector<TOLEDBIndexRow> rows;
-    const char* keys;
-  } kCases[] = {
-      {{IndexColumn("i", "a", 2), IndexColumn("i", "b", 1)}, "key i(b)\n"},
-      {{IndexColumn("i", "a", 1), IndexColumn("j", "b", 1), IndexColumn("i", "c", 2)}, "key i(a,c)\nkey j(b)\n"},
-      {{IndexColumn("i", "a", 1), IndexColumn("I", "b", 2), IndexColumn("i", "c", 3)}, "key i(a)\n"},
-      {{IndexColumn("i", "a", 2)}, ""},
-      {{IndexColumn("i`", "a", 1)}, "key i()\n"},
-      {{IndexColumn("i", "`a`", 1)}, "key i(a)\n"},
-  };
-  for (const auto& c : kCases) {
-    TFakeOLEDB fresh;
-    fresh.AddTable("T", {}, c.rows);
-    TDBConnODBC conn("shop", fresh.Maker());
-    EXPECT_EQ(Fetch(conn), "nothing raised");
-    EXPECT_EQ(DumpMeta(conn.meta()), "table T fetched\n"s + c.keys);
-  }
-}
-
-TEST_F(OLEDBEngineTest, DefaultsAreKeptButForTwo) {
-  const struct {
-    const char *text, *odbc, *foxpro;
-  } kCases[] = {
-      {"=No", "0", "0"},     {"=no", "=no", "=no"},    {"=Yes", "=Yes", "=Yes"},       {" =No", " =No", " =No"},
-      {"'x'", "'x'", "'x'"}, {".NULL.", ".NULL.", ""}, {".null.", ".null.", ".null."},
-  };
-  for (const auto& c : kCases) {
-    TFakeOLEDB fresh;
-    TOLEDBColumnRow column = Column("a", kDbTypeStr);
-    column.COLUMN_DEFAULT = c.text;
-    fresh.AddTable("T", {column});
-    TDBConnODBC odbc("shop", fresh.Maker());
-    TDBConnFoxPro foxpro("shop", fresh.Maker());
-    Fetch(odbc);
-    Fetch(foxpro);
-    EXPECT_EQ(odbc.meta().tColumns.Current().default_, c.odbc);
-    EXPECT_EQ(foxpro.meta().tColumns.Current().default_, c.foxpro);
-  }
-}
-
-TEST_F(OLEDBEngineTest, RefusesWhatItCannotRead) {
-  const struct {
-    void (*spoil)(TFakeOLEDB& backend);
-    const char* message;
-    const char* left;
-  } kCases[] = {
-      {[](TFakeOLEDB& b) { b.columns["T"][1].TABLE_NAME = "t"; }, "Wrong table in columns fetch!",
-       "column a <I4>(0)\ncolumn b <I4>(0)\n"},
-      {[](TFakeOLEDB& b) { b.columns["T"][0].TABLE_NAME = ""; }, "Wrong table in columns fetch!", ""},
-      {[](TFakeOLEDB& b) { b.indexes["T"][0].TABLE_NAME = "TT"; }, "Wrong table in indexes fetch!",
-       "column a <I4>(0)\ncolumn b <I4>(0)\n"},
-      {[](TFakeOLEDB& b) { b.columns["T"][1].DATA_TYPE = 65535; }, "Unknown data type for column b in table T: 65535",
-       "column a <I4>(0)\n"},
-      {[](TFakeOLEDB& b) { b.columns["T"][1].COLUMN_NAME = "a"; }, "Duplicate column name: a", "column a <I4>(0)\n"},
-      {[](TFakeOLEDB& b) { b.errors["columns T"] = "Link lost"; }, "Link lost", ""},
-      {[](TFakeOLEDB& b) { b.errors["select top 1 * from [T] order by 1"] = "No such table"; }, "No such table", ""},
-  };
-  for (const auto& c : kCases) {
-    TFakeOLEDB fresh;
-    fresh.AddTable("T", {Column("a", kDbTypeI4), Column("b", kDbTypeI4)}, {IndexColumn("i", "a")});
-    c.spoil(fresh);
-    TDBConnODBC conn("shop", fresh.Maker());
-    EXPECT_EQ(Fetch(conn), c.message);
-    EXPECT_EQ(DumpMeta(conn.meta()), "table T\n"s + c.left) << c.message;
-  }
+// Tables that are read, and those that are not: what is in the store then, and what was said.
+TEST_F(OLEDBEngineTest, ReadsTheTablesOfAProvider) {
+  const std::string rowsets = VELMORA_SOURCE_DIR "/tests/engines/oledb/catalog/provider";
+  backend.Answer(testing::ReadPlayedAnswers(rowsets + ".txt"));
+  backend.tables.push_back({"a view", "VIEW"});
+  backend.tables.push_back({"a table in small letters", "Table"});
+  const std::string told = Told(engine);
+  backend.tables = {{"all types", "TABLE"}, {"defaults", "TABLE"}, {"rich", "TABLE"}};
+  TDBConnFoxPro foxpro("shop", backend.Maker());
+  EXPECT_EQ(told + "\nFoxPro, which has no national types\n\n" + Told(foxpro), ReadFileText(rowsets + ".golden"));
+  EXPECT_THAT(backend.log, ElementsAre("columns rich", "select top 1 * from [rich] order by 1", "indexes rich"));
 }
 
 // --- Connection

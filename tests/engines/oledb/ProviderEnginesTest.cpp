@@ -13,6 +13,7 @@
 #include "support/FakeOLEDB.h"
 #include "support/MessageOf.h"
 #include "support/RecordingHost.h"
+#include "util/Files.h"
 #include "xml/XMLAccess.h"
 
 namespace velmora {
@@ -22,20 +23,10 @@ using testing::Column;
 using testing::MessageOf;
 
 const std::string kAbstract = MessageOf([] { RaiseAbstract(); });
+const std::string kGoldens = VELMORA_SOURCE_DIR "/tests/engines/oledb/catalog/";
 
 struct ProviderEnginesTest : ::testing::Test {
   testing::TFakeOLEDB backend;
-};
-
-struct TEngineCase {
-  int number;
-  std::unique_ptr<TDBConnOLEDB> (*make)(TOLEDBProviderMaker maker);
-  bool national;
-  std::size_t types;
-  const char* display;
-  const char* params;      // as a task file holds them
-  const char* clone;       // its parameters; null: the same
-  const char* connection;  // string
 };
 
 template <class Conn, class... Args>
@@ -43,45 +34,18 @@ std::unique_ptr<TDBConnOLEDB> Made(TOLEDBProviderMaker maker, Args... args) {
   return std::make_unique<Conn>(args..., std::move(maker));
 }
 
-const TEngineCase kEngines[] = {
-    {2, [](TOLEDBProviderMaker m) { return Made<TDBConnDBF>(m, "/d/a b"); }, false, 25, "/d/a b",
-     "<folder>/d/a b</folder>", nullptr,
-     "Provider=Microsoft.Jet.OLEDB.4.0;Extended Properties=dBASE IV;Persist Security Info=False;Data Source=/d/a b;"},
-    {3, [](TOLEDBProviderMaker m) { return Made<TDBConnLotus>(m, "a.wk4"); }, true, 25, "a.wk4",
-     "<filename>a.wk4</filename>", nullptr,
-     "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=a.wk4;Jet OLEDB:Engine Type=66"},
-    {6, [](TOLEDBProviderMaker m) { return Made<TDBConnAccess>(m, "/dev/null", "pw", "sys"); }, true, 23, "/dev/null",
-     "<filename>/dev/null</filename><password>pw</password><sysdb_filename>sys</sysdb_filename>",
-     "<filename>/dev/null</filename><password>sys</password><sysdb_filename>pw</sysdb_filename>",
-     "Provider=Microsoft.Jet.OLEDB.4.0;User ID=Admin;Password=pw;Data Source=/dev/null;Jet OLEDB:Database "
-     "Password=sys;"},
-    {6, [](TOLEDBProviderMaker m) { return Made<TDBConnAccess>(m, "/dev/null", "", ""); }, true, 23, "/dev/null",
-     "<filename>/dev/null</filename><password></password><sysdb_filename></sysdb_filename>", nullptr,
-     "Provider=Microsoft.Jet.OLEDB.4.0;User ID=Admin;Password=;Data Source=/dev/null;"},
-    {7, [](TOLEDBProviderMaker m) { return Made<TDBConnSQLServer>(m, "h", "d", "u", "pw", false); }, true, 23, "h.d",
-     "<server>h</server><database>d</database><username>u</username><password>pw</password>"
-     "<windows_authentication>N</windows_authentication>",
-     nullptr,
-     "Provider=SQLOLEDB.1;Persist Security Info=True;User ID=u;Password=pw;Initial Catalog=d;Data Source=h;Connect "
-     "Timeout=5;Use Procedure for Prepare=1;Auto Translate=True;Packet Size=4096"},
-    {7, [](TOLEDBProviderMaker m) { return Made<TDBConnSQLServer>(m, "", "sales", "u", "pw", true); }, true, 23,
-     "localhost.sales",
-     "<server></server><database>sales</database><username>u</username><password>pw</password>"
-     "<windows_authentication>Y</windows_authentication>",
-     nullptr,
-     "Provider=SQLOLEDB.1;Persist Security Info=True;Integrated Security=SSPI;Initial Catalog=sales;Data "
-     "Source=;Connect Timeout=5;Use Procedure for Prepare=1;Auto Translate=True;Packet Size=4096"},
-    {14, [](TOLEDBProviderMaker m) { return Made<TDBConnExcel>(m, "a.xls", false, true); }, false, 25, "a.xls",
-     "<filename>a.xls</filename><HDR>N</HDR><IMEX>Y</IMEX>", nullptr,
-     "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=a.xls;Extended Properties=\"Excel 8.0;HDR=No;IMEX=1\""},
-    {14, [](TOLEDBProviderMaker m) { return Made<TDBConnExcel>(m, "a;b.xls", true, false); }, false, 25, "a;b.xls",
-     "<filename>a;b.xls</filename><HDR>Y</HDR><IMEX>N</IMEX>", nullptr,
-     "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=\"a;b.xls\";Extended Properties=\"Excel 8.0;HDR=Yes;IMEX=0\""},
-    {15, [](TOLEDBProviderMaker m) { return Made<TDBConnFoxPro>(m, "/fox"); }, false, 25, "/fox",
-     "<folder>/fox</folder>", nullptr,
-     "Provider=VFPOLEDB.1;Password=\"\";Data Source=/fox;Collating Sequence=MACHINE;Persist Security Info=False"},
-    {16, [](TOLEDBProviderMaker m) { return Made<TDBConnODBC>(m, "shop"); }, true, 25, "shop", "<dsn>shop</dsn>",
-     nullptr, "Provider=MSDASQL;Data Source=shop"},
+using TMaker = std::unique_ptr<TDBConnOLEDB> (*)(TOLEDBProviderMaker maker);
+constexpr TMaker kEngines[] = {
+    [](TOLEDBProviderMaker m) { return Made<TDBConnDBF>(m, "/d/a b"); },
+    [](TOLEDBProviderMaker m) { return Made<TDBConnLotus>(m, "a.wk4"); },
+    [](TOLEDBProviderMaker m) { return Made<TDBConnAccess>(m, "/dev/null", "pw", "sys"); },
+    [](TOLEDBProviderMaker m) { return Made<TDBConnAccess>(m, "/dev/null", "", ""); },
+    [](TOLEDBProviderMaker m) { return Made<TDBConnSQLServer>(m, "h", "d", "u", "pw", false); },
+    [](TOLEDBProviderMaker m) { return Made<TDBConnSQLServer>(m, "", "sales", "u", "pw", true); },
+    [](TOLEDBProviderMaker m) { return Made<TDBConnExcel>(m, "a.xls", false, true); },
+    [](TOLEDBProviderMaker m) { return Made<TDBConnExcel>(m, "a;b.xls", true, false); },
+    [](TOLEDBProviderMaker m) { return Made<TDBConnFoxPro>(m, "/fox"); },
+    [](TOLEDBProviderMaker m) { return Made<TDBConnODBC>(m, "shop"); },
 };
 
 std::string ParamsOf(TDBConn& conn) {
@@ -92,83 +56,103 @@ std::string ParamsOf(TDBConn& conn) {
   return text.substr(start + 3, text.find("</x>") - start - 3);
 }
 
-TEST_F(ProviderEnginesTest, EachEngineHasItsParameters) {
-  for (const TEngineCase& c : kEngines) {
-    const std::unique_ptr<TDBConnOLEDB> conn = c.make(backend.Maker());
-    EXPECT_EQ(conn->GetEngine(), c.number);
-    EXPECT_EQ(conn->NationalTypes, c.national) << c.number;
-    EXPECT_EQ(conn->allow_data, c.number != kEngineAccess);
-    TColumnTypeInfoArray types;
-    conn->GetColumnTypes(types);
-    EXPECT_EQ(types.size(), c.types) << c.number;
-    conn->Connect();
-    EXPECT_EQ(conn->GetConnectionObject().InitializationString(), c.connection);
-    std::string display;
-    conn->GetDisplayName(display);
-    EXPECT_EQ(display, c.display);
-    EXPECT_EQ(ParamsOf(*conn), c.params);
-    const std::unique_ptr<TDBConn> clone = conn->Clone();
-    EXPECT_EQ(clone->GetEngine(), c.number);
-    EXPECT_TRUE(clone->GetConnected());
-    EXPECT_EQ(ParamsOf(*clone), c.clone == nullptr ? c.params : c.clone);
-    EXPECT_EQ(ParamsOf(*clone->Clone()), c.params);
+// What each of the engines is asked; an answer is a text or an error.
+const struct {
+  const char* what;
+  void (*call)(TDBConnOLEDB& conn, std::string& text);
+} kQuestions[] = {
+    {"display name", [](TDBConnOLEDB& c, std::string& t) { c.GetDisplayName(t); }},
+    {"connection", [](TDBConnOLEDB& c, std::string& t) { t = c.GetConnectionObject().InitializationString(); }},
+    {"parameters in a task", [](TDBConnOLEDB& c, std::string& t) { t = ParamsOf(c); }},
+    {"parameters of a copy",
+     [](TDBConnOLEDB& c, std::string& t) {
+       const auto copy = c.Clone();
+       t = ParamsOf(*copy) + (copy->GetEngine() == c.GetEngine() && copy->GetConnected() ? "" : " is another");
+     }},
+    {"parameters of its copy", [](TDBConnOLEDB& c, std::string& t) { t = ParamsOf(*c.Clone()->Clone()); }},
+    {"national types", [](TDBConnOLEDB& c, std::string& t) { t = c.NationalTypes ? "yes" : "no"; }},
+    {"data are taken", [](TDBConnOLEDB& c, std::string& t) { t = c.allow_data ? "yes" : "no"; }},
+    {"tables are made", [](TDBConnOLEDB& c, std::string& t) { t = c.CanCreateTables() ? "yes" : "no"; }},
+    {"surrogate keys", [](TDBConnOLEDB& c, std::string& t) { t = c.SupportsSurrogateKey() ? "yes" : "no"; }},
+    {"a surrogate key", [](TDBConnOLEDB& c, std::string& t) { c.SurrogateKeyColumn("i d", t); }},
+    {"chunks without a key", [](TDBConnOLEDB& c, std::string& t) { t = c.SupportsChunks("T") ? "yes" : "no"; }},
+    {"a chunk", [](TDBConnOLEDB& c, std::string&) { c.OpenTableDataChunk("T", 11, 5); }},
+    {"a date", [](TDBConnOLEDB& c, std::string& t) { c.DateTimeLiteral(EncodeDate(2001, 2, 3), t); }},
+    {"a time",
+     [](TDBConnOLEDB& c, std::string& t) { c.DateTimeLiteral(EncodeDate(2001, 2, 3) + EncodeTime(4, 5, 6), t); }},
+    {"auto-increment", [](TDBConnOLEDB& c, std::string& t) { c.AutoIncKeyword(t); }},
+    {"a name", [](TDBConnOLEDB& c, std::string& t) { t = c.QuoteName("a]b"); }},
+    {"a normal name", [](TDBConnOLEDB& c, std::string& t) { c.NormalizeName("a b", t); }},
+    {"DDL", [](TDBConnOLEDB& c, std::string&) { c.ParseDDL("create table t (a int)"); }},
+    {"a description that is read",
+     [](TDBConnOLEDB& c, std::string& t) {
+       TMetaColumn column;
+       column.datatype = ntDate;
+       column.size = 3;
+       c.ParseColumnDescription("varchar(7)", column);
+       t = std::string(NeutralTag(column.datatype)) + std::to_string(column.size);
+     }},
+    {"a new name", [](TDBConnOLEDB& c, std::string&) { c.RenameTable("T", "N"); }},
+};
+
+TEST_F(ProviderEnginesTest, WhatEachEngineAnswers) {
+  backend.AddTable("T", {Column("a", kDbTypeI4)});
+  std::string told;
+  for (const TMaker make : kEngines) {
+    told += "engine " + std::to_string(make(backend.Maker())->GetEngine()) + "\n";
+    for (const auto& [what, call] : kQuestions) {
+      const std::unique_ptr<TDBConnOLEDB> conn = make(backend.Maker());
+      conn->Connect();
+      std::string text;
+      const std::string error = MessageOf([&, &call = call] { call(*conn, text); });
+      told += "  " + std::string(what) + ": " + (error == kAbstract ? "abstract" : text.empty() ? error : text) + "\n";
+    }
   }
+  EXPECT_EQ(told, ReadFileText(kGoldens + "engines.golden"));
 }
 
-// Engine by operation: what each of them answers.
-TEST_F(ProviderEnginesTest, TheEnginesAtAGlance) {
-  const struct {
-    const char* what;
-    void (*call)(TDBConn& conn, std::string& text);
-    const char *access, *sqlserver, *foxpro, *others;
-  } kCases[] = {
-      {"chunks of a table without a key", [](TDBConn& c, std::string& t) { t = c.SupportsChunks("T") ? "yes" : "no"; },
-       "no", "no", "yes", "no"},
-      {"a chunk of it", [](TDBConn& c, std::string&) { c.OpenTableDataChunk("T", 11, 5); },
-       "Table T can not be opened in chunks!", "Table T can not be opened in chunks!", "nothing raised", "abstract"},
-      {"date", [](TDBConn& c, std::string& t) { c.DateTimeLiteral(EncodeDate(2001, 2, 3), t); }, "#2001-02-03#",
-       "'20010203'", "'20010203'", "'20010203'"},
-      {"surrogate key", [](TDBConn& c, std::string& t) { c.SurrogateKeyColumn("i d", t); }, "abstract",
-       "[i d] int not null identity primary key", "abstract", "abstract"},
-      {"auto-increment", [](TDBConn& c, std::string& t) { c.AutoIncKeyword(t); }, "identity", "identity", "identity",
-       "identity"},
-      {"name", [](TDBConn& c, std::string& t) { t = c.QuoteName("a]b"); }, "[a]b]", "[a]b]", "[a]b]", "[a]b]"},
-      {"normal name", [](TDBConn& c, std::string& t) { c.NormalizeName("a b", t); }, "a b", "a b", "a b", "a b"},
-      {"can create tables", [](TDBConn& c, std::string& t) { t = c.CanCreateTables() ? "yes" : "no"; }, "yes", "yes",
-       "yes", "yes"},
-      {"surrogate keys", [](TDBConn& c, std::string& t) { t = c.SupportsSurrogateKey() ? "yes" : "no"; }, "no", "no",
-       "no", "no"},
-      {"DDL", [](TDBConn& c, std::string&) { c.ParseDDL("create table t (a int)"); }, "abstract", "abstract",
-       "abstract", "abstract"},
-      {"parsed description",
-       [](TDBConn& c, std::string& t) {
-         TMetaColumn column;
-         column.datatype = ntDate;
-         column.size = 3;
-         c.ParseColumnDescription("varchar(7)", column);
-         t = std::string(NeutralTag(column.datatype)) + std::to_string(column.size);
-       },
-       "<VARCHAR>7", "<DATE>3", "<VARCHAR>7", "<VARCHAR>7"},
-      {"rename", [](TDBConn& c, std::string&) { c.RenameTable("T", "N"); }, "nothing raised", "nothing raised",
-       "nothing raised", "nothing raised"},
-  };
-  backend.AddTable("T", {Column("a", kDbTypeI4)});
-  for (const TEngineCase& engine_case : kEngines) {
-    for (const auto& c : kCases) {
-      const std::unique_ptr<TDBConnOLEDB> conn = engine_case.make(backend.Maker());
-      conn->Connect();
-      const char* wanted = engine_case.number == kEngineAccess      ? c.access
-                           : engine_case.number == kEngineSQLServer ? c.sqlserver
-                           : engine_case.number == kEngineFoxPro    ? c.foxpro
-                                                                    : c.others;
-      std::string text;
-      const std::string error = MessageOf([&] { c.call(*conn, text); });
-      EXPECT_EQ(error == kAbstract ? "abstract"
-                : text.empty()     ? error
-                                   : text,
-                wanted)
-          << c.what << " of engine " << engine_case.number;
+// A line for each neutral type: its word from which size on, with the size that it gets instead; a column of it as
+// text, and what that is read as.
+std::string ToldTypes(TDBConn& conn) {
+  std::string told;
+  for (int type = ntI1; type <= ntUnknown; ++type) {
+    TMetaColumn column;
+    column.datatype = static_cast<TNeutralType>(type);
+    column.precision = 2;
+    told += "  " + std::string(NeutralTag(column.datatype));
+    std::string last;
+    for (const std::int64_t size : {0, 1, 24, 53, 54, 255, 256, 4000, 4001, 8000, 8001, 70000}) {
+      TMetaColumn converted = column;
+      converted.size = size;
+      const std::string error = MessageOf([&] { conn.ConvertColumn(TMetaColumn(converted), converted); });
+      const std::string now = error == "nothing raised" ? converted.description : "none";
+      const std::string other = converted.size == size ? "" : " of " + std::to_string(converted.size);
+      if (now + other != last) told += " " + std::to_string(size) + ":" + now + other;
+      last = now + other;
     }
+    column.size = 9;
+    std::string text;
+    if (MessageOf([&] { conn.ColumnDescription(column, true, text); }) == "nothing raised") {
+      told += " | " + text;
+      conn.ParseColumnDescription(text, column);
+      told += " | " + std::string(NeutralTag(column.datatype)) + " " + std::to_string(column.size);
+    }
+    told += "\n";
+  }
+  return told;
+}
+
+TEST_F(ProviderEnginesTest, TheirTypes) {
+  TDBConnODBC odbc("shop", backend.Maker());
+  TDBConnSQLServer sqlserver("h", "d", "u", "pw", false, backend.Maker());
+  TDBConnAccess access("/dev/null", "", "", backend.Maker());
+  EXPECT_EQ("ODBC\n" + ToldTypes(odbc) + "SQL Server\n" + ToldTypes(sqlserver) + "Access\n" + ToldTypes(access),
+            ReadFileText(kGoldens + "types.golden"));
+  for (const char* alias : {"numeric", "float(24)"}) {
+    TNeutralType type{};
+    TNumber length, precision, scale;
+    odbc.DecodeColumn(alias, {}, {}, {}, type, length, precision, scale);
+    EXPECT_EQ(NeutralTag(type), alias[0] == 'n' ? "<DECIMAL>" : "<FLOAT>");
   }
 }
 
