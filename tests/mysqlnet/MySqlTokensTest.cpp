@@ -1,5 +1,6 @@
 #include "mysqlnet/MySqlTokens.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
@@ -8,21 +9,17 @@
 #include <memory>
 
 #include "support/MessageOf.h"
-#include "support/MySqlDialogue.h"
 #include "util/Errors.h"
+#include "util/Format.h"
 
 namespace velmora {
 namespace {
 
-using testing::kScramble;
+const std::string kScramble = "abcdefghijklmnopqrst";
 
 std::string Hex(const std::string& bytes) {
   std::string text;
-  for (const char c : bytes) {
-    constexpr char kDigits[] = "0123456789abcdef";
-    text += kDigits[static_cast<unsigned char>(c) >> 4];
-    text += kDigits[static_cast<unsigned char>(c) & 15];
-  }
+  for (const char c : bytes) text += Format("%02x", static_cast<unsigned char>(c));
   return text;
 }
 
@@ -83,10 +80,8 @@ TEST(MySqlTokens, RsaPasswordOpensWithTheKeyOnly) {
   for (const std::string& bad : {std::string(), std::string("no key"), pem.substr(0, 100)})
     EXPECT_THROW(RsaPassword("secret", kScramble, bad), EMySqlException);
   RsaPassword(std::string(85, 'x'), kScramble, pem);
-  EXPECT_NE(testing::MessageOf([&] { RsaPassword(std::string(86, 'x'), kScramble, pem); })
-                .find("it has 86 bytes, and the "
-                      "server's key seals no more than 85"),
-            std::string::npos);
+  EXPECT_THAT(testing::MessageOf([&] { RsaPassword(std::string(86, 'x'), kScramble, pem); }),
+              ::testing::HasSubstr("it has 86 bytes, and the server's key seals no more than 85"));
 }
 
 }  // namespace

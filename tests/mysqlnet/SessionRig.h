@@ -1,10 +1,11 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "mysqlnet/MySqlSession.h"
+#include "support/CaseFile.h"
 #include "support/MySqlDialogue.h"
 
 namespace velmora::testing {
@@ -12,35 +13,45 @@ namespace velmora::testing {
 // A session whose server plays a script.
 class TSessionRig {
  public:
-  explicit TSessionRig(const TDialogue& script, bool current = false) : dialogue(script) {
-    session.protocol = 2;  // the transport is given
-    session.net.vio = dialogue.NewVio();
-    session.current_protocol = current;
-    session.connect_timeout = 7;
-    session.command_timeout = 70;
-  }
-  // All was said, and nothing else.
-  void ExpectDone() const {
-    EXPECT_EQ(dialogue.Fault(), "");
-    EXPECT_TRUE(dialogue.Done());
-  }
-  void Connect(const std::string& password = "secret", const std::string& database = "db") {
-    session.Connect("host", "joe", password, database, 0, 0, "");
-  }
-  void Query(const std::string& sql) {
-    session.SimpleCommand(kQuery, sql, true, sql.size());
-    session.ReadQueryResult();
-  }
+  explicit TSessionRig(const TDialogue& script, bool current = true);
 
+  void Connect() { session.Connect("host", "joe", password, database, 0, argument, ""); }
+  void Query(const std::string& sql);
+  void ExpectDone() const;  // all was said, and nothing else
+
+  std::string password = "secret", database = "db";
+  std::uint32_t argument = 0;  // capabilities asked for at Connect
   TDialogue dialogue;
   TMySqlSession session;
 };
 
-// The dialogue up to the end of a login, of a server of today or of an older one.
-TDialogue LoggedIn(bool current, std::uint32_t flags = 0);
-std::string Command(const std::string& sql);
+// A case of tests/data/dialogues, where it stands how they are written.
+class TDialogueCase {
+ public:
+  TDialogueCase(const TCaseText& text, const TWireNames& names);
 
-inline std::string OldOk(int number) { return Packet(number, Zeros(3) + Int(2, 2)); }
-inline std::string CurrentOk(int number) { return Packet(number, Zeros(3) + Int(2, 2) + Zeros(2)); }
+  TDialogue Dialogue() const;                                    // from its beginning
+  std::string Bytes(bool server) const;                          // all that one of both says
+  void SetUp(TSessionRig& rig) const;                            // the client as the case has it
+  TStringList Play(TSessionRig& rig, bool whole = false) const;  // what comes of it; `whole`: rows are read at once
+
+  std::string name;
+  std::string guard;    // what a careful client needs
+  TStringList outcome;  // what has to come of it
+
+ private:
+  void Take(const std::string& line, const TWireNames& names);
+  void Say(bool server, std::string notation, const TWireNames& names);
+
+  std::vector<std::pair<bool, std::string>> packets_;  // of the server?
+  std::vector<std::pair<std::string, std::string>> settings_;
+  TStringList queries_;
+  int number_ = 0;
+  bool tells_login_ = true;
+};
+
+std::vector<TDialogueCase> DialogueCases(const std::string& file, const TWireNames& more_names = {});
+// One that a test has written itself, with the names that the file defines.
+TDialogueCase WrittenCase(const std::string& file, const std::string& text);
 
 }  // namespace velmora::testing

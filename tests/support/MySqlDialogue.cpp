@@ -1,6 +1,7 @@
 #include "support/MySqlDialogue.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace velmora::testing {
 
@@ -10,44 +11,60 @@ std::string Int(std::uint64_t value, std::size_t bytes) {
   return text;
 }
 
-std::string Text(const std::string& text) { return Int(text.size(), 1) + text; }
-
-std::string Zeros(std::size_t count) { return std::string(count, '\0'); }
-
 std::string Packet(int number, const std::string& payload) {
   return Int(payload.size(), 3) + Int(static_cast<std::uint64_t>(number), 1) + payload;
 }
 
-std::string ErrorPacket(int number, int error, const std::string& text) {
-  return Packet(number, "\xFF" + Int(static_cast<std::uint64_t>(error), 2) + text);
-}
-
 namespace {
 
-std::string GreetingStart(std::uint32_t capabilities, const std::string& version) {
-  return "\x0A" + version + Zeros(1) + Int(77, 4) + kScramble.substr(0, 8) + Zeros(1) + Int(capabilities & 0xFFFF, 2) +
-         "\x08" + Int(2, 2);
+// What stands up to `end`, which goes too.
+std::string_view TakenUpTo(std::string_view& text, char end) {
+  const std::size_t size = std::min(text.find(end), text.size());
+  const std::string_view taken = text.substr(0, size);
+  text.remove_prefix(std::min(size + 1, text.size()));
+  return taken;
+}
+
+std::string HexBytes(std::string_view digits) {
+  std::string bytes;
+  for (std::size_t i = 0; i < digits.size(); i += 2)
+    bytes += static_cast<char>(std::stoi(std::string(digits.substr(i, 2)), nullptr, 16));
+  return bytes;
+}
+
+// The first item of a notation, without what multiplies it.
+std::string TakeItem(std::string_view& notation, const TWireNames& names) {
+  const char first = notation.front();
+  if (first != '\'' && first != '"' && first != '{') {
+    const std::size_t size = std::min(notation.find_first_of(" *"), notation.size());
+    const std::string_view digits = notation.substr(0, size);
+    notation.remove_prefix(size);
+    return HexBytes(digits);
+  }
+  notation.remove_prefix(1);
+  const std::string_view text = TakenUpTo(notation, first == '{' ? '}' : first);
+  if (first == '{') {
+    const auto found = names.find(text);
+    if (found == names.end()) throw std::runtime_error("no bytes have the name " + std::string(text));
+    return found->second;
+  }
+  return (first == '"' ? Int(text.size(), 1) : "") + std::string(text);
 }
 
 }  // namespace
 
-std::string ShortGreeting(std::uint32_t capabilities) {
-  return Packet(0, GreetingStart(capabilities, "4.0.12") + Zeros(13));
-}
-
-std::string OldGreeting(std::uint32_t capabilities) {
-  return Packet(0, GreetingStart(capabilities, "4.1.0") + Zeros(13) + kScramble.substr(8) + Zeros(1));
-}
-
-std::string CurrentGreeting(std::uint32_t capabilities, const std::string& plugin) {
-  return Packet(0, GreetingStart(capabilities, "8.0.33") + Int(capabilities >> 16, 2) + Int(21, 1) + Zeros(10) +
-                       kScramble.substr(8) + Zeros(1) + plugin + Zeros(1));
-}
-
-std::string CurrentLogin(std::uint32_t flags, const std::string& user, const std::string& token,
-                         const std::string& database, const std::string& plugin) {
-  return Int(flags, 4) + Int(1 << 30, 4) + Int(45, 1) + Zeros(23) + user + Zeros(1) + Text(token) +
-         (database.empty() ? "" : database + Zeros(1)) + plugin + Zeros(1);
+std::string Wire(std::string_view notation, const TWireNames& names) {
+  std::string bytes;
+  while (!notation.empty()) {
+    if (notation.front() == ' ') {
+      notation.remove_prefix(1);
+      continue;
+    }
+    const std::string item = TakeItem(notation, names);
+    const std::string_view times = TakenUpTo(notation, ' ');
+    for (int i = times.empty() ? 1 : std::stoi(std::string(times.substr(1))); i > 0; --i) bytes += item;
+  }
+  return bytes;
 }
 
 // --- Dialogues
@@ -56,6 +73,7 @@ class TDialogue::TVio final : public TMySqlVio {
  public:
   explicit TVio(std::shared_ptr<TState> state) : state_(std::move(state)) {}
 
+  bool IsPrivate() const override { return state_->is_private; }
   void SetTimeout(int seconds) override { state_->timeouts.push_back(seconds); }
   void Connect() override {}
   void Close() override {}
@@ -126,12 +144,13 @@ TDialogue& TDialogue::Add(bool server, const std::string& bytes) {
   return *this;
 }
 
-TDialogue& TDialogue::Server(const std::string& bytes) { return Add(true, bytes); }
-
-TDialogue& TDialogue::Client(const std::string& bytes) { return Add(false, bytes); }
-
 TDialogue& TDialogue::CutAt(std::size_t bytes) {
   state_->left = bytes;
+  return *this;
+}
+
+TDialogue& TDialogue::OnPrivateLine(bool is_private) {
+  state_->is_private = is_private;
   return *this;
 }
 
@@ -143,8 +162,6 @@ std::size_t TDialogue::ServerBytes() const {
     if (turn.server) count += turn.bytes.size();
   return count;
 }
-
-std::string TDialogue::Fault() const { return state_->fault; }
 
 bool TDialogue::Done() const { return state_->turn == state_->turns.size() && state_->fault.empty(); }
 

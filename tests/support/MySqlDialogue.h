@@ -4,8 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "mysqlnet/MySqlVio.h"
@@ -13,40 +15,27 @@
 namespace velmora::testing {
 
 std::string Int(std::uint64_t value, std::size_t bytes);  // the lowest byte first
-std::string Text(const std::string& text);                // length in one byte, text
-std::string Zeros(std::size_t count);
 std::string Packet(int number, const std::string& payload);
-std::string ErrorPacket(int number, int error, const std::string& text);
 
-inline const std::string kScramble = "abcdefghijklmnopqrst";
-inline constexpr std::uint32_t kOldServer = 0x202C;     // 4.0: long flag, database, compression, transactions
-inline constexpr std::uint32_t kNewPasswords = 0xA02C;  // the same with the passwords of 4.1
-inline constexpr std::uint32_t kFirst41 = 0xE02C;       // 4.1.0: its protocol without the current handshake
-inline constexpr std::uint32_t kCurrent = 0x108EF7FFU;  // a server of today, without TLS and the later end of rows
-
-// Greetings, as packet 0. The short one has 8 bytes of scramble, the old one 20.
-std::string ShortGreeting(std::uint32_t capabilities);
-std::string OldGreeting(std::uint32_t capabilities);
-std::string CurrentGreeting(std::uint32_t capabilities, const std::string& plugin = "mysql_native_password");
-
-// The client's answer to the last one.
-std::string CurrentLogin(std::uint32_t flags, const std::string& user, const std::string& token,
-                         const std::string& database, const std::string& plugin = "mysql_native_password");
+// Bytes as a reader can take them in, parted by blanks: 0A FF00 in hex, 'text' as it stands, "text" with its length in
+// front, {name} one of `names`, and *13 behind hex or text for as many of it. Raises std::runtime_error otherwise.
+using TWireNames = std::map<std::string, std::string, std::less<>>;
+std::string Wire(std::string_view notation, const TWireNames& names = {});
 
 // What server and client say in turn. Whoever speaks out of turn or says something else is a fault.
 class TDialogue {
  public:
   TDialogue() : state_(std::make_shared<TState>()) {}
 
-  TDialogue& Server(const std::string& bytes);
-  TDialogue& Client(const std::string& bytes);
-  // The server ends after so many bytes.
-  TDialogue& CutAt(std::size_t bytes);
+  TDialogue& Server(const std::string& bytes) { return Add(true, bytes); }
+  TDialogue& Client(const std::string& bytes) { return Add(false, bytes); }
+  TDialogue& CutAt(std::size_t bytes);        // the server ends after so many
+  TDialogue& OnPrivateLine(bool is_private);  // that nobody else can read
 
   std::unique_ptr<TMySqlVio> NewVio() const;
   std::size_t ServerBytes() const;
-  std::string Fault() const;  // the first one; empty: as in the script, up to where the client ended
-  bool Done() const;          // all was said
+  const std::string& Fault() const { return state_->fault; }  // empty: as in the script, up to where the client ended
+  bool Done() const;                                          // all was said
   bool SaidGoodbye() const { return state_->goodbye; }
   const std::vector<int>& Timeouts() const { return state_->timeouts; }
 
@@ -61,6 +50,7 @@ class TDialogue {
     std::size_t turn = 0;
     std::size_t position = 0;
     std::size_t left = static_cast<std::size_t>(-1);
+    bool is_private = false;
     std::string fault;
     bool goodbye = false;
     std::vector<int> timeouts;
@@ -71,8 +61,8 @@ class TDialogue {
   std::shared_ptr<TState> state_;
 };
 
-// Gives recorded bytes and keeps what it is sent.
-class TMemoryVio final : public TMySqlVio {
+// A line that gives recorded bytes and keeps what it is sent.
+class TMemoryVio : public TMySqlVio {
  public:
   TMemoryVio(std::string given, std::string& sent) : given_(std::move(given)), sent_(sent) {}
 

@@ -1,0 +1,34 @@
+#include "support/CaseFile.h"
+
+#include "util/Errors.h"
+#include "util/Files.h"
+
+namespace velmora::testing {
+
+TStringList TCaseText::Parts() const {
+  TStringList parts(1);
+  bool first = true;
+  for (const std::string& line : lines) {
+    if (line == "--")
+      parts.emplace_back();
+    else
+      parts.back() += (first ? "" : "\n") + line;
+    first = line == "--";
+  }
+  return parts;
+}
+
+TCaseFile ReadCaseFile(const std::string& name) {
+  TCaseFile file;
+  for (const std::string& line : LinesOf(ReadFileText(VELMORA_SOURCE_DIR "/tests/data/" + name)))
+    if (line.starts_with("== "))
+      file.cases.push_back({line.substr(3), {}});
+    else
+      (file.cases.empty() ? file.heading : file.cases.back().lines).push_back(line);
+  for (TCaseText& text : file.cases)
+    while (!text.lines.empty() && text.lines.back().empty()) text.lines.pop_back();
+  if (file.cases.empty()) RaiseError(name + " holds no case");
+  return file;
+}
+
+}  // namespace velmora::testing

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "util/Lists.h"
+
+namespace velmora::testing {
+
+// Cases kept as text beside the tests. Each begins with a line "== NAME" and goes on to the next one; empty lines at
+// its end do not count. What stands before the first case is the heading.
+struct TCaseText {
+  std::string name;
+  TStringList lines;
+
+  TStringList Parts() const;  // the texts between its lines "--", without their last line ends
+};
+
+struct TCaseFile {
+  TStringList heading;
+  std::vector<TCaseText> cases;
+};
+
+TCaseFile ReadCaseFile(const std::string& name);  // below tests/data; raises when it holds no case
+
+}  // namespace velmora::testing
