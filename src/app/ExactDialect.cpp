@@ -5,6 +5,7 @@
 #include "app/RunTelling.h"
 #include "core/CreationTexts.h"
 #include "exact/plan/ScriptSafety.h"
+#include "mysqltext/Lexer.h"
 #include "mysqltext/TableText.h"
 #include "util/Counted.h"
 #include "util/Errors.h"

@@ -22,7 +22,9 @@
 #include "support/RecordingHost.h"
 #include "support/ScratchFolder.h"
 #include "support/SizeLimit.h"
+#include "util/Errors.h"
 #include "util/Files.h"
+#include "util/Text.h"
 #include "xml/XMLAccess.h"
 
 namespace velmora {
@@ -41,6 +43,9 @@ class TTaskHostLog : public TTaskHost {
 
   void ShowTask(bool active) override { log.push_back(active ? "show" : "hide"); }
   void RecentAdd(const std::string& path) override { log.push_back("recent " + path); }
+  void CheckDialect(const std::optional<std::string>& word) override {
+    if (word == "other") RaiseError("unknown dialect");
+  }
 };
 
 class TaskFileTest : public ::testing::Test {
@@ -165,19 +170,24 @@ TEST_F(TaskFileTest, SavingNamesTheTask) {
   EXPECT_THAT(server_->TakeLog(), ElementsAre("recent " + path_, "show"));
 }
 
-TEST_F(TaskFileTest, TheDialectIsWrittenOnlyWhereItIsTheExactOne) {
+TEST_F(TaskFileTest, TheWordOfADialectIsWrittenOnlyWhereThereIsOne) {
   server_->AddTable("x", "");
   WriteSample();
   EXPECT_EQ(Xml().find("dialect"), std::string::npos);
   task_.OpenTask(path_);
-  EXPECT_FALSE(task_.ExactDialect);
-  task_.ExactDialect = true;
+  EXPECT_FALSE(task_.Dialect);
+  task_.Dialect = "exact";
   task_.SaveTask(path_);
-  EXPECT_TRUE(Xml().ends_with("</target><dialect>exact</dialect></root>")) << Xml();
+  std::string xml = Xml();
+  EXPECT_TRUE(xml.ends_with("</target><dialect>exact</dialect></root>")) << xml;
   task_.CloseTask();
-  EXPECT_FALSE(task_.ExactDialect);
+  EXPECT_FALSE(task_.Dialect);
   task_.OpenTask(path_);
-  EXPECT_TRUE(task_.ExactDialect && ReadTaskValues(path_).exact);
+  EXPECT_EQ(task_.Dialect, "exact");
+
+  WriteXml(StrReplace(xml, ">exact<", ">other<"));
+  EXPECT_EQ(MessageOf([&] { task_.OpenTask(path_); }), "unknown dialect");
+  EXPECT_FALSE(task_.Dialect);
 }
 
 TEST_F(TaskFileTest, ClosingAsksOnlyForAnUnsavedTask) {
