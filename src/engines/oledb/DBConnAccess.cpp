@@ -69,7 +69,7 @@ std::unique_ptr<TDataset> TDBConnAccess::OpenTableDataChunk(const std::string& t
                                                             std::int64_t count) {
   const std::string key = ChunkKey(table, "TDBConnAccess");
   if (first == 1) return OpenQuery(Format("select top %d * from %s", count, QuoteName(table)));
-  return OpenQuery(ChunkBehind(table, key, first, count));
+  return OpenQuery(ChunkAfter(table, key, first, count));
 }
 
 int TDBConnAccess::GetEngine() { return kEngineAccess; }

@@ -52,8 +52,8 @@ std::string WithCommas(std::string columns) {
 
 }  // namespace
 
-TDBConnOLEDB::TDBConnOLEDB(TOLEDBProviderMaker maker) : maker_(std::move(maker)), DataSource_(maker_) {
-  DataSource_.BeforeConnect = [this] { ApplyParams(); };
+TDBConnOLEDB::TDBConnOLEDB(TOLEDBProviderMaker maker) : maker_(std::move(maker)), data_source_(maker_) {
+  data_source_.BeforeConnect = [this] { ApplyParams(); };
 }
 
 TDBConnOLEDB::~TDBConnOLEDB() = default;
@@ -61,14 +61,14 @@ TDBConnOLEDB::~TDBConnOLEDB() = default;
 // --- Connection
 
 void TDBConnOLEDB::Reconnect() {
-  DataSource_.Close();
+  data_source_.Close();
   ApplyParams();
-  DataSource_.Open();
+  data_source_.Open();
 }
 
-TOLEDBDataSource& TDBConnOLEDB::GetConnectionObject() { return DataSource_; }
+TOLEDBDataSource& TDBConnOLEDB::GetConnectionObject() { return data_source_; }
 
-void TDBConnOLEDB::GetDisplayName(std::string& text) { text = DataSource_.DBName(); }
+void TDBConnOLEDB::GetDisplayName(std::string& text) { text = data_source_.DBName(); }
 
 // --- Words of the dialect, rows, statements
 
@@ -85,7 +85,7 @@ std::unique_ptr<TDataset> TDBConnOLEDB::OpenQuery(const std::string& sql) { retu
 
 std::unique_ptr<TOLEDBDataSet> TDBConnOLEDB::OpenRows(const std::string& sql) {
   auto rows = std::make_unique<TOLEDBDataSet>();
-  rows->SetOLEDBDataSource(DataSource_);
+  rows->SetOLEDBDataSource(data_source_);
   rows->SetFlags(rfLocate | rfScroll | rfCanScrollBackwards | rfCanFetchBackwards);
   rows->SetCommandText(sql);
   rows->Open();
@@ -94,7 +94,7 @@ std::unique_ptr<TOLEDBDataSet> TDBConnOLEDB::OpenRows(const std::string& sql) {
 
 std::int64_t TDBConnOLEDB::ExecSQL(const std::string& sql) {
   TDBConn::ExecSQL(sql);
-  return DataSource_.Execute(sql);
+  return data_source_.Execute(sql);
 }
 
 void TDBConnOLEDB::QuoteOpen(std::string& text) { text = "["; }
@@ -143,8 +143,8 @@ std::string TDBConnOLEDB::ChunkKey(const std::string& table, const char* engine_
 }
 
 // Deliberate: the column stands unquoted.
-std::string TDBConnOLEDB::ChunkBehind(const std::string& table, const std::string& key, std::int64_t first,
-                                      std::int64_t count) {
+std::string TDBConnOLEDB::ChunkAfter(const std::string& table, const std::string& key, std::int64_t first,
+                                     std::int64_t count) {
   return Format("select top %d * from %s where %s not in (select top %d %s from %s)", count, QuoteName(table), key,
                 first - 1, key, QuoteName(table));
 }
@@ -154,21 +154,21 @@ std::string TDBConnOLEDB::ChunkBehind(const std::string& table, const std::strin
 void TDBConnOLEDB::ListDatabases(TStringList& list) {
   list.clear();
   Connect();
-  for (std::string& catalog : DataSource_.Session().GetCatalogs()) list.push_back(std::move(catalog));
+  for (std::string& catalog : data_source_.Session().GetCatalogs()) list.push_back(std::move(catalog));
 }
 
 void TDBConnOLEDB::ListTables(TStringList& list) {
   list.clear();
   if (!GetConnected()) Connect();
-  for (TOLEDBTableRow& row : DataSource_.Session().GetTables())
+  for (TOLEDBTableRow& row : data_source_.Session().GetTables())
     if (row.TABLE_TYPE == "TABLE") list.push_back(std::move(row.TABLE_NAME));
 }
 
 // --- Transactions, copies
 
-void TDBConnOLEDB::StartTransaction() { DataSource_.Session().StartTransaction(kReadCommitted); }
+void TDBConnOLEDB::StartTransaction() { data_source_.Session().StartTransaction(kReadCommitted); }
 
-void TDBConnOLEDB::Commit() { DataSource_.Session().Commit(false, kSyncCommit); }
+void TDBConnOLEDB::Commit() { data_source_.Session().Commit(false, kSyncCommit); }
 
 void TDBConnOLEDB::Rollback() { RaiseError(kNotImplemented); }
 

@@ -73,7 +73,7 @@ class TDBConnOLEDB : public TDBConn {
   // the key.
   std::string ChunkKey(const std::string& table, const char* engine_class);
   // "select top COUNT ..." of all rows but the first ones, those before `first`.
-  std::string ChunkBehind(const std::string& table, const std::string& key, std::int64_t first, std::int64_t count);
+  std::string ChunkAfter(const std::string& table, const std::string& key, std::int64_t first, std::int64_t count);
 
  private:
   std::unique_ptr<TOLEDBDataSet> OpenRows(const std::string& sql);
@@ -85,7 +85,7 @@ class TDBConnOLEDB : public TDBConn {
   std::string DefaultOf(const TOLEDBColumnRow& row);
 
   TOLEDBProviderMaker maker_;
-  TOLEDBDataSource DataSource_;
+  TOLEDBDataSource data_source_;
 };
 
 }  // namespace velmora

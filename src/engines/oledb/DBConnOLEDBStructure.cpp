@@ -69,12 +69,12 @@ TNeutralType NeutralTypeOf(const std::string& table, const TOLEDBColumnRow& row,
 
 void TDBConnOLEDB::FetchTableStructure(const std::string& table) {
   const std::string name = table;  // the argument may be a text of the store
-  const std::vector<TOLEDBColumnRow> columns = DataSource_.Session().GetColumns(name);
+  const std::vector<TOLEDBColumnRow> columns = data_source_.Session().GetColumns(name);
   meta().InvalidateTable(name);
   meta().GotoTable(name);
   const std::unique_ptr<TOLEDBDataSet> probe = OpenRows(Format(kProbe, QuoteName(name)));
   StoreColumns(name, columns, *probe);
-  StoreKeys(name, DataSource_.Session().GetIndexes(name));
+  StoreKeys(name, data_source_.Session().GetIndexes(name));
 }
 
 // Columns go by their ordinals, however the provider has arranged them. Deliberate: a gap in the ordinals ends the

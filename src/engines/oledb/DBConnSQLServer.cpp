@@ -85,7 +85,7 @@ bool TDBConnSQLServer::SupportsChunks(const std::string& table) { return HasKeyO
 
 std::unique_ptr<TDataset> TDBConnSQLServer::OpenTableDataChunk(const std::string& table, std::int64_t first,
                                                                std::int64_t count) {
-  return OpenQuery(ChunkBehind(table, ChunkKey(table, "TDBConnSQLServer"), first, count));
+  return OpenQuery(ChunkAfter(table, ChunkKey(table, "TDBConnSQLServer"), first, count));
 }
 
 int TDBConnSQLServer::GetEngine() { return kEngineSQLServer; }

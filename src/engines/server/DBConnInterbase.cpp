@@ -66,31 +66,31 @@ std::string TypeText(const std::string& word, const TMetaColumn& column) {
 
 TDBConnInterbase::TDBConnInterbase(std::unique_ptr<TIBODatabase> client, std::string server, std::string database,
                                    std::string username, std::string password)
-    : Database_(std::move(client)),
+    : client_(std::move(client)),
       server_(std::move(server)),
       database_(std::move(database)),
       username_(std::move(username)),
       password_(std::move(password)) {
-  Database_->BeforeConnect = [this] { SetClientParams(); };
-  Query_ = std::make_unique<TIBOQuery>(*Database_);
+  client_->BeforeConnect = [this] { SetClientParams(); };
+  query_ = std::make_unique<TIBOQuery>(*client_);
 }
 
 void TDBConnInterbase::SetClientParams() {
-  Database_->SetParam(kServerParam, server_);
-  Database_->DatabaseName = database_;
-  Database_->SetParam(kUserNameParam, username_);
-  Database_->Password = password_;
+  client_->SetParam(kServerParam, server_);
+  client_->DatabaseName = database_;
+  client_->SetParam(kUserNameParam, username_);
+  client_->Password = password_;
 }
 
 // --- Connection
 
 void TDBConnInterbase::Connect() {
-  Database_->SetConnected(true);
+  client_->SetConnected(true);
   RefreshTableList();
 }
 
 void TDBConnInterbase::Disconnect() {
-  Database_->SetConnected(false);
+  client_->SetConnected(false);
   meta().Clear();
 }
 
@@ -101,14 +101,14 @@ void TDBConnInterbase::SaveParams(const std::string& path, TXMLAccess& store) {
   store.xmlSetVal(path + "/password", password_);
 }
 
-bool TDBConnInterbase::GetConnected() { return Database_->GetConnected(); }
+bool TDBConnInterbase::GetConnected() { return client_->GetConnected(); }
 
 void TDBConnInterbase::GetDisplayName(std::string& text) { text = database_; }
 
 // --- Rows, statements
 
 std::unique_ptr<TDataset> TDBConnInterbase::OpenQuery(const std::string& sql) {
-  auto query = std::make_unique<TIBOQuery>(*Database_);
+  auto query = std::make_unique<TIBOQuery>(*client_);
   query->SQL = sql;
   query->Open();
   return query;
@@ -118,8 +118,8 @@ int TDBConnInterbase::GetEngine() { return kEngineInterbase; }
 
 std::int64_t TDBConnInterbase::ExecSQL(const std::string& sql) {
   TDBConn::ExecSQL(sql);
-  Query_->ExecuteDirect(sql);
-  return Query_->RowsAffected();
+  query_->ExecuteDirect(sql);
+  return query_->RowsAffected();
 }
 
 void TDBConnInterbase::GetColumnTypes(TColumnTypeInfoArray& table) { table = InterbaseColumnTypes(); }
@@ -136,17 +136,17 @@ void TDBConnInterbase::ListTables(TStringList& list) {
 
 // --- Transactions, copies
 
-void TDBConnInterbase::StartTransaction() { Database_->StartTransaction(); }
+void TDBConnInterbase::StartTransaction() { client_->StartTransaction(); }
 
-void TDBConnInterbase::Commit() { Database_->Commit(); }
+void TDBConnInterbase::Commit() { client_->Commit(); }
 
-void TDBConnInterbase::Rollback() { Database_->Rollback(); }
+void TDBConnInterbase::Rollback() { client_->Rollback(); }
 
-bool TDBConnInterbase::InTransaction() { return Database_->InTransaction(); }
+bool TDBConnInterbase::InTransaction() { return client_->InTransaction(); }
 
 std::unique_ptr<TDBConn> TDBConnInterbase::Clone() {
   return ConnectedAsThis(
-      std::make_unique<TDBConnInterbase>(Database_->NewDatabase(), server_, database_, username_, password_));
+      std::make_unique<TDBConnInterbase>(client_->NewDatabase(), server_, database_, username_, password_));
 }
 
 // --- Structure to texts and back

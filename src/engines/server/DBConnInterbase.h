@@ -66,8 +66,8 @@ class TDBConnInterbase : public TDBConn {
   void SetClientParams();
   void AppendColumn(const TDataset& row);
 
-  std::unique_ptr<TIBODatabase> Database_;
-  std::unique_ptr<TIBOQuery> Query_;  // runs ExecSQL
+  std::unique_ptr<TIBODatabase> client_;
+  std::unique_ptr<TIBOQuery> query_;  // runs ExecSQL
   std::string server_;
   std::string database_;
   std::string username_;
