@@ -35,7 +35,7 @@ std::string Schema(int columns) {
   return text;
 }
 
-// Milliseconds behind the comparison.
+// Milliseconds after the comparison.
 double Show(const std::string& reference, const std::string& target) {
   QWidget window;
   TActionTreeView tree(&window);

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t kMostCells = 4'000'000;
 
-// Lengths of the longest common sequences of what stands behind each pair of places.
+// Lengths of the longest common sequences of what stands after each pair of places.
 class TCommonLengths {
  public:
   TCommonLengths(const TStringList& a, const TStringList& b, std::size_t first, std::size_t end_a, std::size_t end_b)

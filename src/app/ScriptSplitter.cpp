@@ -46,10 +46,10 @@ TScriptPieces SplitScript(std::string_view script) {
     text = Trim(text);
     if (!text.empty())
       result.statements.push_back({std::move(text), position + piece.size() - 1, begin + FirstCharacter(piece)});
-    const std::size_t behind = begin + piece.size() + kSeparator.size();
-    const std::size_t dropped = behind < script.size() ? CharSize(script, behind) : 1;
+    const std::size_t after = begin + piece.size() + kSeparator.size();
+    const std::size_t dropped = after < script.size() ? CharSize(script, after) : 1;
     position += piece.size() + dropped;
-    begin = behind + dropped;
+    begin = after + dropped;
   }
   return result;
 }

@@ -20,7 +20,7 @@ struct TScriptPieces {
   std::size_t pieces = 0;                    // of the cut, the empty ones included
 };
 
-// Cuts `script` at every ";" that stands outside quotes; the character behind each is lost with it. Comments, from "--"
+// Cuts `script` at every ";" that stands outside quotes; the character after each is lost with it. Comments, from "--"
 // to the next carriage return of the same piece, are then taken out, with the character before them; a comment without
 // a carriage return takes the rest of its piece. Deliberate: comments are not looked at by the cut, and a "--" within a
 // literal begins one.

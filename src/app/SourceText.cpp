@@ -24,7 +24,7 @@ std::optional<int> HexDigit(char c) {
   RaiseError(fault + "; a server is given as " + kAddressForm);
 }
 
-// The parts of an address behind its scheme, as they stand. What is missing is so.
+// The parts of an address after its scheme, as they stand, where they are there at all.
 struct TAddressText {
   std::optional<std::string_view> user, password;
   std::string_view host;  // and port
@@ -98,7 +98,7 @@ std::string_view WithoutBlanks(std::string_view text) {
   return text;
 }
 
-// What stands behind a password's name within a value, as in that of a connection string; empty without one.
+// What stands after a password's name within a value, as in that of a connection string; empty without one.
 std::string_view NestedSecret(std::string_view value) {
   for (const std::string_view word : kSecretWords)
     for (std::size_t at = PosNoCase(word, value); at != 0; at = PosNoCase(word, value, at + 1)) {

@@ -43,7 +43,7 @@ struct TTextRange {
   std::size_t length;
 };
 
-// Where passwords stand in a source, whether it is one or was only meant to be: behind the user of an address, in the
+// Where passwords stand in a source, whether it is one or was only meant to be: after the user of an address, in the
 // values of keys that hold secrets and in what seems to follow such a value. Rather too much than too little. In the
 // order of their beginnings; one may stand within another.
 std::vector<TTextRange> SecretsOfSource(std::string_view source);

@@ -21,7 +21,7 @@ bool IsPasswordOption(std::string_view name) {
   return InList(LowerText(name), {"--password", "--passwd", "--pass", "--pwd", "-p"});
 }
 
-// Where in an argument a source may begin: behind the name of an option.
+// Where in an argument a source may begin: after the name of an option.
 std::size_t SourceStart(std::string_view argument) {
   if (argument.starts_with("--")) return std::min(argument.find('=') + 1, argument.size());
   return argument.starts_with('-') ? std::min<std::size_t>(2, argument.size()) : 0;
@@ -63,7 +63,7 @@ void FindInAddresses(std::string_view text, std::vector<TTextRange>& found) {
   }
 }
 
-void FindBehindKeys(std::string_view text, std::vector<TTextRange>& found) {
+void FindAfterKeys(std::string_view text, std::vector<TTextRange>& found) {
   for (const std::string_view key : kKeys)
     for (std::size_t at = PosNoCase(key, text); at != 0; at = PosNoCase(key, text, at + 1)) {
       const std::size_t equals = std::min(text.find_first_not_of(kBlanks, at - 1 + key.size()), text.size());
@@ -75,7 +75,7 @@ void FindBehindKeys(std::string_view text, std::vector<TTextRange>& found) {
 std::string WithoutPatterns(std::string_view text) {
   std::vector<TTextRange> found;
   FindInAddresses(text, found);
-  FindBehindKeys(text, found);
+  FindAfterKeys(text, found);
   std::ranges::sort(found, {}, &TTextRange::start);
   return WithoutRanges(text, found);
 }

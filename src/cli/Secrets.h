@@ -11,16 +11,16 @@
 
 namespace velmora {
 
-// Where passwords stand in each argument: in the sources among them and behind an option that is meant to give one.
+// Where passwords stand in each argument: in the sources among them and after an option that is meant to give one.
 std::vector<std::vector<TTextRange>> SecretsOfArguments(const std::vector<std::string>& arguments);
 
 class TSecrets {
  public:
   TSecrets() = default;
-  // Those of the arguments. A message may hold an argument as a whole, or what stands behind its option's name.
+  // Those of the arguments. A message may hold an argument as a whole, or what stands after its option's name.
   explicit TSecrets(const std::vector<std::string>& arguments);
 
-  // "***" in place of each. Beyond the arguments that is what stands behind the user of an address and behind
+  // "***" in place of each. Beyond the arguments that is what stands after the user of an address and after
   // "password=", whatever text it stands in.
   std::string Without(std::string_view text) const;
 

@@ -27,7 +27,7 @@ class TConnectionObject {
   virtual bool GetConnected() const = 0;
   virtual void SetConnected(bool connected) = 0;  // raises the client's error
   // Whether the server holds a transaction open on this connection, where the client can tell. `refresh` asks the
-  // server, which is needed behind an error.
+  // server, which is needed after an error.
   virtual std::optional<bool> TransactionOpen(bool /*refresh*/) { return std::nullopt; }
 };
 
@@ -177,7 +177,7 @@ class TTableGuard {
   std::unique_ptr<TDataset> dataset_;
 };
 
-// The lines between the brackets of a created table: indented, a comma behind all but the last, each with its line end.
+// The lines between the brackets of a created table: indented, a comma after all but the last, each with its line end.
 std::string DefinitionLines(const TStringList& definitions);
 
 }  // namespace velmora

@@ -96,7 +96,7 @@ std::string_view TakeWord(std::string_view& text) {
   return word;
 }
 
-// Whether "not null" stands among the words behind the type. Deliberate: not as the first two of them. Behind brackets
+// Whether "not null" stands among the words after the type. Deliberate: not as the first two of them. After brackets
 // the ")" is the first word, so «varchar(10) not null» says it and «text not null» does not.
 bool SaysNotNull(std::string_view text) {
   text = TrimView(text);
@@ -119,7 +119,7 @@ void ReadNumbers(std::string_view arguments, TMetaColumn& column) {
   if (!rest.empty()) column.precision = StrToInt(rest);
 }
 
-// Takes the type word and its numbers off the text. Behind brackets the rest begins with the ")".
+// Takes the type word and its numbers off the text. After brackets the rest begins with the ")".
 std::string TakeType(std::string_view& text, TMetaColumn& column) {
   const std::size_t open = text.find('(');
   const std::size_t close = open == std::string_view::npos ? open : text.find(')', open);

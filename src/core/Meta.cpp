@@ -247,7 +247,7 @@ void TMeta::MoveColumn(std::string_view table, std::string_view column, std::str
   std::optional<TMetaTable<TColumnRow>::TMark> anchor;
   if (!after.empty()) anchor = place(after);
   place(column);
-  tColumns.MoveBehind(anchor);
+  tColumns.MoveAfter(anchor);
 }
 
 void TMeta::CopyFrom(const TMeta& source) {
@@ -291,7 +291,7 @@ TDBConn& TMeta::Owner() const {
   return *owner_;
 }
 
-// Rendering may move cursors, so each of these places them again behind it.
+// Rendering may move cursors, so each of these places them again afterwards.
 
 void TMeta::ColumnDefinition(const std::string& table, const std::string& column, std::string& text, TDBConn* engine) {
   GotoColumn(table, column);

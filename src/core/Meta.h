@@ -177,7 +177,7 @@ class TMeta {
   void CheckFetched();
   // Forgets the table's details; its row stays, and with it `cached_ddl`.
   void InvalidateTable(std::string_view table);
-  // Puts the column behind `after`, or first when that is empty. Never fetches, so it may run in the middle of a fetch.
+  // Puts the column after `after`, or first when that is empty. Never fetches, so it may run in the middle of a fetch.
   void MoveColumn(std::string_view table, std::string_view column, std::string_view after);
   void CopyFrom(const TMeta& source);  // all rows, ids included; `owner` stays
 

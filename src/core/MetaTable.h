@@ -217,8 +217,8 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
     total_ = 0;
     Look();
   }
-  // Puts the current row behind `anchor` (in front of all when there is none). The row and those behind it get new ids.
-  void MoveBehind(std::optional<TMark> anchor) {
+  // Puts the current row after `anchor` (in front of all when there is none). The row and those after it get new ids.
+  void MoveAfter(std::optional<TMark> anchor) {
     Settle();
     TRows& rows = view_->rows;
     const TMark place = anchor ? std::next(*anchor) : rows.begin();
@@ -318,7 +318,7 @@ class TMetaTable final : public TMetaDetail, public TMetaMaster {
     GoTo(*found);
     return true;
   }
-  // Whether the row behind the current one has this name and no other row can have it: walks over two stores side by
+  // Whether the row after the current one has this name and no other row can have it: walks over two stores side by
   // side ask for one name after the other, and so are spared the index.
   bool FollowsAlone(std::string_view name) {
     if (opened_ != EOpened::None || Empty() || !view_->by_name || view_->alike != 0) return false;

@@ -46,7 +46,7 @@ class TMyRows {
   virtual ~TMyRows() = default;  // raises nothing
 
   virtual const std::vector<TMyColumn>& Columns() const = 0;
-  virtual bool Next() = 0;  // to the next row, the first one at first; false behind the last
+  virtual bool Next() = 0;  // to the next row, the first one at first; false after the last
   // Of the current row, until the next operation; nothing is null.
   virtual std::optional<std::string_view> Value(std::size_t column) const = 0;
 
@@ -84,7 +84,7 @@ class TMyWire {
   virtual void Expect(const TStringList& /*statements*/) {}
   // Null when there are none. `keep`: all are read at once. Otherwise nothing else may be sent before the last one.
   virtual std::unique_ptr<TMyRows> Rows(bool keep) = 0;
-  // Behind the last row, or where there are none: what else a procedure gives is thrown away.
+  // After the last row, or where there are none: what else a procedure gives is thrown away.
   virtual void SkipFurther() = 0;
 
   virtual std::int64_t RowsAffected() const = 0;          // of a statement without rows

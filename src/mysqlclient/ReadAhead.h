@@ -22,12 +22,12 @@ class TReadAhead {
     virtual void SkipReply() = 0;
   };
 
-  static constexpr std::size_t kWindow = 16;           // statements on their way behind the one that is asked for
+  static constexpr std::size_t kWindow = 16;           // statements on their way after the one that is asked for
   static constexpr std::size_t kLongestAhead = 16384;  // bytes of them: what a server surely takes while it answers
 
   // These will be asked for next, in this order. What is on its way stays.
   void Expect(const TStringList& statements) { expected_.assign(statements.begin(), statements.end()); }
-  // Brings it about that the next reply on the wire is that of `sql`, and sends what is expected behind it. True when
+  // Brings it about that the next reply on the wire is that of `sql`, and sends what is expected after it. True when
   // other statements are on the wire already, so that the reply is not that of what was sent last.
   bool Ask(std::string_view sql, TLine& line);
   // The wire is closed.

@@ -143,13 +143,13 @@ class TServerConnection::TLink {
     if (IsOpen()) wire_->Expect(statements);
   }
   // Sends a statement; whatever it gives has to be taken by one of the next three. A procedure's further results are
-  // thrown away behind the first one.
+  // thrown away after the first one.
   void Send(std::string_view sql);
   std::unique_ptr<TMyRows> Store();                  // null when there are no rows
   std::unique_ptr<TMyRows> Use(TBlockRows* reader);  // the same; until the last row `reader` owns the wire
   std::int64_t Drain();                              // rows affected, or the number of rows thrown away
 
-  bool Fetch(std::unique_ptr<TMyRows>& rows);  // of Use; false behind the last row, and then `rows` are freed
+  bool Fetch(std::unique_ptr<TMyRows>& rows);  // of Use; false after the last row, and then `rows` are freed
 
   bool in_transaction = false;
   std::string reached_at;

@@ -13,7 +13,7 @@ namespace velmora {
 // itself.
 //
 // A query whose rows come in blocks keeps the rest of them when another statement needs the connection, so any number
-// of queries may be open side by side. It is cut off by a disconnect: going on behind the rows that it has raises. One
+// of queries may be open side by side. It is cut off by a disconnect: going on after the rows that it has raises. One
 // that is closed before its last row ends the connection, and does not wait for a rest that nobody wants.
 //
 // A server may be silent for Options.ReadTimeout in a login and in answers to TMyQuery::Open; Execute and the ends of

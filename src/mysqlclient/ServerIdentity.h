@@ -8,7 +8,7 @@
 
 namespace velmora {
 
-// Which running server stands at the other end of a wire, as it says itself: behind one address there may be several.
+// Which running server stands at the other end of a wire, as it says itself: one address may lead to several.
 struct TServerIdentity {
   std::string names;         // host, port and numbers, by name
   std::int64_t started = 0;  // seconds by the server's own clock, give or take one

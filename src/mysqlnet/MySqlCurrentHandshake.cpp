@@ -50,7 +50,7 @@ void TMySqlCurrentHandshake::Run(std::uint32_t flags) {
 
 void TMySqlCurrentHandshake::Refuse() { throw ClientError(kBadHandshake); }
 
-// Behind `server_status`: 2 bytes the high half of the capabilities, 1 byte length of the whole scramble, 10 bytes
+// After `server_status`: 2 bytes the high half of the capabilities, 1 byte length of the whole scramble, 10 bytes
 // filler, the rest of the scramble (at least 13 bytes, the last a NUL), and the name of the server's way to log in.
 void TMySqlCurrentHandshake::ReadGreetingEnd() {
   constexpr std::size_t kFirstPart = 8, kShortestRest = 13;

@@ -190,7 +190,7 @@ void TMySqlNet::ReadPacket() {
   do {
     length = ReadHeader();
     if (buffer_.size() + length > longest_reply) Fail(kPacketTooLarge);
-    ReadBehind(buffer_, length, &TMySqlNet::ReadExactly);
+    ReadOnto(buffer_, length, &TMySqlNet::ReadExactly);
   } while (length == MAX_PACKET_LENGTH);
   CheckError(buffer_);
 }
@@ -202,7 +202,7 @@ void TMySqlNet::ReadPacketInto(std::string& packet) {
     lost_ = true;
     throw EMySqlException("Cannot retrieve huge data in FetchAll mode");
   }
-  ReadBehind(packet, length, &TMySqlNet::ReadExactly);
+  ReadOnto(packet, length, &TMySqlNet::ReadExactly);
   CheckError(packet);
 }
 
@@ -224,7 +224,7 @@ void TMySqlNet::CheckNumber(std::uint8_t received, std::uint8_t& expected, bool 
   if (received != wanted) Fail(kPacketsOutOfOrder, received, wanted);
 }
 
-void TMySqlNet::ReadBehind(std::string& target, std::size_t count, TReader read) {
+void TMySqlNet::ReadOnto(std::string& target, std::size_t count, TReader read) {
   while (count > 0) {
     const std::size_t held = target.size();
     const std::size_t step = std::min(count, std::max(held, kGrowth));
@@ -265,7 +265,7 @@ void TMySqlNet::ReadFrame() {
   const std::size_t plain_length = LittleEndian(header + NET_HEADER_SIZE, COMP_HEADER_SIZE);
   if (length == 0) FailMalformed();
   frame_.clear();
-  ReadBehind(frame_, length, &TMySqlNet::ReadTransport);
+  ReadOnto(frame_, length, &TMySqlNet::ReadTransport);
   if (plain_length == 0)
     inflated_.swap(frame_);
   else

@@ -83,7 +83,7 @@ class TMySqlNet {
   void WriteFrame(const char* frame, std::size_t length);
 
   std::size_t ReadHeader();  // gives the payload's length
-  void ReadBehind(std::string& target, std::size_t count, TReader read);
+  void ReadOnto(std::string& target, std::size_t count, TReader read);
   void ReadExactly(char* to, std::size_t count);
   void ReadTransport(char* to, std::size_t count);
   void ReadFrame();

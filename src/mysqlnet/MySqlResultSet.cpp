@@ -15,7 +15,7 @@ constexpr std::uint8_t kNullMark = 251;
 
 std::uint8_t Byte(char c) { return static_cast<std::uint8_t>(c); }
 
-// How many bytes of a length stand behind its first byte.
+// How many bytes of a length stand after its first byte.
 std::size_t LengthBytes(std::uint8_t first) {
   switch (first) {
     case 252:
@@ -32,7 +32,7 @@ std::size_t LengthBytes(std::uint8_t first) {
 }  // namespace
 
 // A length and as many bytes, or the mark of nothing; false when the row has no such thing at `position`, which else
-// goes behind it.
+// goes after it.
 bool TMySqlResultSet::NextCell(std::string_view row, std::size_t& position, TCell& cell) {
   if (position >= row.size()) return false;
   const std::uint8_t first = Byte(row[position++]);

@@ -42,7 +42,7 @@ class TMySqlResultSet {
 
   const std::vector<TMySqlColumn>& Columns() const { return columns_; }
 
-  // Goes to the next row, the first one at first; false behind the last.
+  // Goes to the next row, the first one at first; false after the last.
   bool Next();
   // Of the current row, until the next operation; nothing is null.
   std::optional<std::string_view> Value(std::size_t column) const;

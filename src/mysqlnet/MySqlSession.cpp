@@ -82,7 +82,7 @@ void TMySqlSession::OpenTransport(const std::string& pipe) {
 
 // 1 byte version of the protocol, the server's version and a NUL, 4 bytes thread id, 8 bytes scramble, 1 byte filler;
 // then, as far as the server goes: 2 bytes capabilities, 1 byte language, 2 bytes status and 13 bytes more, 12 bytes
-// scramble. Stays behind the status, as current servers say more in the 13 bytes.
+// scramble. Stays after the status, as current servers say more in the 13 bytes.
 void TMySqlSession::ReadGreeting() {
   constexpr std::size_t kLanguageEnd = 18, kScrambleStart = 19, kScrambleEnd = 30;
   const int version = net.ReadByte();
@@ -90,8 +90,8 @@ void TMySqlSession::ReadGreeting() {
   server_version = net.ReadString();
   thread_id = net.ReadInt4();
   scramble = net.ReadBytes(kFirstScramble);
-  const std::size_t behind = net.Position();
-  const auto reaches = [&](std::size_t place) { return net.Packet().size() > behind + place; };
+  const std::size_t after = net.Position();
+  const auto reaches = [&](std::size_t place) { return net.Packet().size() > after + place; };
   if (reaches(0)) net.Skip(1);
   if (reaches(1)) server_capabilities = net.ReadInt2();
   if (reaches(kLanguageEnd)) {
@@ -99,7 +99,7 @@ void TMySqlSession::ReadGreeting() {
     server_status = net.ReadInt2();
   }
   has_full_scramble_ = reaches(kScrambleEnd);
-  if (has_full_scramble_) scramble += net.Packet().substr(behind + kScrambleStart, kScramble - kFirstScramble);
+  if (has_full_scramble_) scramble += net.Packet().substr(after + kScrambleStart, kScramble - kFirstScramble);
 }
 
 // Servers from 4.1.1 on take the older login for that of a user without a name, so that they have to be told apart.
@@ -257,7 +257,7 @@ void TMySqlSession::ReadQueryResult() {
   has_result = true;
 }
 
-// Behind the mark: affected rows, last inserted id, 2 bytes status, with 4.1 2 bytes warnings, a message.
+// After the mark: affected rows, last inserted id, 2 bytes status, with 4.1 2 bytes warnings, a message.
 void TMySqlSession::ReadOk() {
   affected_rows = net.ReadFieldLength();
   insert_id = net.ReadFieldLength();

@@ -83,7 +83,7 @@ class TMySqlSession {
   std::uint64_t affected_rows = 0;
   std::uint64_t insert_id = 0;
   std::uint64_t field_count = 0;
-  std::uint64_t extra_info = 0;  // what a result's head says behind the number of fields
+  std::uint64_t extra_info = 0;  // what a result's head says after the number of fields
   std::uint16_t warning_count = 0;
   std::string info;         // the last message
   bool has_result = false;  // rows are still to be read
@@ -97,7 +97,7 @@ class TMySqlSession {
   // Sends a command with the first `length` bytes of `data`. Unless `skip_check`, its reply is read: an error is
   // raised. Does nothing at all without a transport; raises 2014 while rows are still to be read.
   void SimpleCommand(std::uint8_t command, std::string_view data, bool skip_check, std::size_t length);
-  // Behind several commands that were sent without reading: the reply that is read next is that of the oldest one.
+  // After several commands that were sent without reading: the reply that is read next is that of the oldest one.
   // Not with compression, whose frames are numbered through one command.
   void AwaitReply();
   // Reads the reply to a query up to where its columns begin, if it has any; otherwise up to its end.
@@ -107,7 +107,7 @@ class TMySqlSession {
   bool UsesProtocol41() const { return current_ || (client_flag & kProtocol41) != 0; }
   bool IsEncrypted() const { return current_ && (client_flag & kTls) != 0; }
   bool HasDeprecatedEof() const { return current_ && (client_flag & kDeprecateEof) != 0; }
-  // Behind the result that was read stands another one.
+  // After the result that was read stands another one.
   bool HasMoreResults() const { return UsesProtocol41() && (server_status & kMoreResults) != 0; }
 
  private:

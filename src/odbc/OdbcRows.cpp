@@ -61,7 +61,7 @@ class TValueReader {
     return form == EOdbcForm::Raw ? SQL_C_BINARY : SQL_C_CHAR;
   }
 
-  // Behind a text stands a NUL.
+  // After a text stands a NUL.
   std::size_t Capacity(EOdbcForm form) const { return form == EOdbcForm::Text ? room_.size() - 1 : room_.size(); }
 
   // Bytes of the part that came, and whether more are to come; nothing when the driver's answer makes no sense.

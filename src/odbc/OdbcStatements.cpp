@@ -12,7 +12,7 @@ namespace {
 
 bool IsBlank(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
-// Takes `word`, or a number where it is empty, and the blanks behind it off the front of `rest`; gives what was taken.
+// Takes `word`, or a number where it is empty, and the blanks after it off the front of `rest`; gives what was taken.
 std::string_view TakeWord(std::string_view& rest, std::string_view word) {
   std::size_t end = 0;
   while (end < rest.size() && !IsBlank(rest[end])) ++end;

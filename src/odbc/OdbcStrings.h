@@ -11,7 +11,7 @@
 namespace velmora {
 
 // From "Data Source", "Initial Catalog", "User ID", "Password" and "Integrated Security". A source of none, "." and
-// "(local)" are this machine; "host,port" names a port, and then an instance behind "\" does not count; "host\instance"
+// "(local)" are this machine; "host,port" names a port, and then an instance after "\" does not count; "host\instance"
 // is left to the driver, which asks the host. The text is in ISO 8859-1, as the driver takes it. Raises "\"%s\" is no
 // port of a server", and for what the driver cannot take: letters beyond that character set, and "};".
 std::string FreeTdsString(const TInitString& properties);

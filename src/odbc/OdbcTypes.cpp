@@ -52,7 +52,7 @@ TVariant AsDecimal(std::string text) {
   return text;
 }
 
-// "yyyy-mm-dd hh:mm:ss.fraction", of which all behind the date may be missing.
+// "yyyy-mm-dd hh:mm:ss.fraction", of which all after the date may be missing.
 std::optional<TMoment> MomentOf(const std::string& text) {
   constexpr double kSecondsPerDay = 86400;
   const std::size_t point = text.find('.');

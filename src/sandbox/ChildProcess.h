@@ -48,7 +48,7 @@ class TChildProcess {
   bool Running() const { return child_ > 0; }
   void Start();  // raises what `start` raises; nothing happens when it runs
   void End();    // nothing happens when it does not run
-  // Raises what the answerer raises, and the faults; behind one of these it does not run. Starts it when it does not.
+  // Raises what the answerer raises, and the faults; after one of these it does not run. Starts it when it does not.
   std::string Ask(const std::string& question);
 
  private:

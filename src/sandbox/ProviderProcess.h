@@ -13,7 +13,7 @@
 namespace velmora {
 
 // A provider like that of `make`, in a child process that lives from Initialize to Uninitialize. `source` names what it
-// connects to, in the errors of a child that dies or gives no answer; behind such an error it is not open, and what it
+// connects to, in the errors of a child that dies or gives no answer; after such an error it is not open, and what it
 // had in a transaction the server rolls back.
 std::unique_ptr<TOLEDBProvider> ProvideInOwnProcess(std::function<std::unique_ptr<TOLEDBProvider>()> make,
                                                     const std::string& source, const TChildLimits& limits);

@@ -23,7 +23,7 @@ class TScriptEditor {
   virtual std::string Text() const = 0;  // every line with CR LF at its end
   virtual void SetText(const std::string& text) = 0;
 
-  virtual void SetCaret(std::size_t position) = 0;  // without a selection; behind the text means at its end
+  virtual void SetCaret(std::size_t position) = 0;  // without a selection; after the text means at its end
   virtual std::size_t CaretLine() const = 0;
   virtual void ScrollToLine(std::size_t line) = 0;
   virtual void MarkLine(std::size_t line) = 0;

@@ -88,7 +88,7 @@ void TScriptGenerator::AddActions() {
   }
 }
 
-// Behind a script that ended early too. The line that may come first is for the eye: it is no line of `mtScript`.
+// After a script that ended early too. The line that may come first is for the eye: it is no line of `mtScript`.
 void TScriptGenerator::AddClosing() {
   if (!editor_.LastLine().empty()) editor_.AddLine({});
   AddScriptLine(std::string(kForeignKeyChecksOn) + ";");

@@ -25,7 +25,7 @@ class TScriptGenerator {
   TScriptGenerator(TTaskConnections& connections, TdmData& data, TScriptEditor& editor, TProgress& progress,
                    const TClock& clock);
 
-  // Replaces the editor's text. An error of a store ends it and passes on; the closing line stands behind what there
+  // Replaces the editor's text. An error of a store ends it and passes on; the closing line stands after what there
   // is. An engine without a name raises "StrEngine error" with the first line alone in the editor.
   void GenerateScript();
   // Adds `text`, trimmed, to the editor and to `mtScript`. What is longer than two characters, no comment and without

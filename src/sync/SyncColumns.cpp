@@ -131,7 +131,7 @@ void TDBSync::ModifyColumn(const std::string& table, const std::string& name, co
 
 // Deliberate, twice. The test for "handled" looks at the column where the last search in the target's list ended, and
 // not at the column under way; without any search it is the one at the table's own position. A position outside the
-// list ends the run. And the row behind a dropped one is passed over: the deletion steps on it, the loop steps past it.
+// list ends the run. And the row after a dropped one is passed over: the deletion steps on it, the loop steps past it.
 void TDBSync::DropObsoleteColumns(const std::string& table, TColumnLists& lists) {
   Target().GotoTable(table);
   auto& columns = Target().tColumns;

@@ -43,7 +43,7 @@ void TDBSync::CompareConstraints(const std::string& table) {
   AddNewConstraints(table);
 }
 
-// Deliberate: the row behind a dropped one is passed over, as with columns.
+// Deliberate: the row after a dropped one is passed over, as with columns.
 void TDBSync::DropObsoleteConstraints(const std::string& table) {
   Target().GotoTable(table);
   auto& constraints = Target().tConstraints;

@@ -112,8 +112,8 @@ std::optional<fs::path> LinkTarget(const fs::path& path) {
   return error ? std::nullopt : std::optional(path.parent_path() / target);
 }
 
-// The file behind symbolic links, those of its folders too, whether it exists or not. Raises for a link in a folder
-// that others may write.
+// The file that symbolic links lead to, those of its folders too, whether it exists or not. Raises for a link in a
+// folder that others may write.
 fs::path FollowLinks(const fs::path& path) {
   fs::path way;
   std::vector<fs::path> rest(path.begin(), path.end());
@@ -235,7 +235,7 @@ class TReplacement {
 bool MatchesMask(std::string_view name, std::string_view mask) {
   std::size_t n = 0;
   std::size_t m = 0;
-  std::size_t starEnd = std::string_view::npos;  // behind the last *, which takes the characters up to starTaken
+  std::size_t starEnd = std::string_view::npos;  // after the last *, which takes the characters up to starTaken
   std::size_t starTaken = 0;
   while (n < name.size()) {
     if (m < mask.size() && mask[m] == '*') {

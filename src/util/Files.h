@@ -17,11 +17,11 @@ std::string ReadFileBytes(const std::string& path, std::size_t max = std::string
 // Replaces the file in one step (temporary file beside it, flush, rename), or appends to it. A new file gets `mode`;
 // a file that is replaced keeps its own, as far as a `mode` narrower than the usual one allows it, and its owner. But
 // the file of another user is replaced by a new one of the writer where `mode` is narrower than the usual one, or where
-// everybody or a stranger may write the folder. Behind a symbolic link it is the real file that is replaced; a link in
-// a folder that others may write is an error (where only a group may, our own links and root's are followed). What is
-// no regular file (a FIFO of ours, /dev/stdout) is written straight. Raises "Cannot write %s: %s"; the old file is then
-// whole, and nothing is left beside it. What a killed writer of ours left there more than a day ago goes with the next
-// write.
+// everybody or a stranger may write the folder. Where the path is a symbolic link, the file that it leads to is
+// replaced; a link in a folder that others may write is an error (where only a group may, our own links and root's are
+// followed). What is no regular file (a FIFO of ours, /dev/stdout) is written straight. Raises "Cannot write %s: %s";
+// the old file is then whole, and nothing is left beside it. What a killed writer of ours left there more than a day
+// ago goes with the next write.
 void WriteFileText(const std::string& path, std::string_view text, bool append = false, unsigned mode = 0666);
 
 // Adds folder and name of every file that `mask` (a folder and a file mask with * and ?) matches, case ignored, by

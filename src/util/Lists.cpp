@@ -27,7 +27,7 @@ class TMarks {
  public:
   TMarks(char mark, std::string_view text) : mark_(mark), text_(text), next_(text.find(mark) + 1) {}
 
-  // The first at `from` or behind; 0 when there is none.
+  // The first at `from` or after it; 0 when there is none.
   std::size_t First(std::size_t from) {
     if (next_ != 0 && next_ < from) next_ = text_.find(mark_, from - 1) + 1;
     return next_;

@@ -19,7 +19,7 @@ std::size_t PartSize(std::string_view text, std::int64_t count) {
   return static_cast<std::size_t>(std::clamp(count < 1 ? size + count : count, std::int64_t{0}, size));
 }
 
-// Cuts `text` at `at` (npos: not found): gives what stands before and leaves what stands `skip` bytes behind.
+// Cuts `text` at `at` (npos: not found): gives what stands before and leaves what stands `skip` bytes after it.
 std::string ChopAt(std::string& text, std::size_t at, std::size_t skip, bool allowMissing) {
   if (at == std::string::npos) {
     if (!allowMissing) RaiseError(kNothingToChop);

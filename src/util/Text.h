@@ -30,7 +30,7 @@ std::size_t PosNoCase(std::string_view what, std::string_view text, std::size_t 
 std::size_t LastPos(std::string_view what, std::string_view text);
 bool InList(std::string_view text, std::initializer_list<std::string_view> list);  // exact
 
-// Finds the first `open` and the next `close` behind it, ignoring case; `out` gets what stands between them, with
+// Finds the first `open` and the next `close` after it, ignoring case; `out` gets what stands between them, with
 // `keep` together with both marks. False, and `out` left alone, when either is missing.
 bool Between(std::string_view text, std::string_view open, std::string_view close, bool keep, std::string& out);
 
@@ -45,7 +45,7 @@ std::string StrChop(std::string_view delimiter, std::string& text, bool allowMis
 std::string StrChopLast(std::string_view delimiter, std::string& text, bool allowMissing = false);
 
 // --- Changing
-std::string StrReplace(std::string_view text, std::string_view from, std::string_view to);  // all, going on behind each
+std::string StrReplace(std::string_view text, std::string_view from, std::string_view to);  // all, going on after each
 std::string TrimChar(std::string_view text, char c);
 std::string RepeatChar(char c, std::int64_t count);
 std::string RemoveChar(std::string_view text, char c);
@@ -54,11 +54,11 @@ std::string RemoveChar(std::string_view text, char c);
 // An `open` without a `close` cuts the text at the end of the last stretch taken out.
 void StripBetween(std::string& text, std::string_view open, std::string_view close);
 
-// Occurrences of `c` among the first `length` bytes. With `quotes` those are left out that stand behind a backslash,
-// or behind a backslash and one more character.
+// Occurrences of `c` among the first `length` bytes. With `quotes` those are left out that stand after a backslash,
+// or after a backslash and one more character.
 std::size_t CountChar(char c, std::string_view text, std::size_t length, bool quotes);
 
-// Whether the byte at `index`, from 0, stands behind a backslash, or behind a backslash and one more character.
+// Whether the byte at `index`, from 0, stands after a backslash, or after a backslash and one more character.
 // Deliberate: by the second rule the quote that closes 'a\n' does not count, as that of 'a\\' does not by the first.
 inline bool IsEscaped(std::string_view text, std::size_t index) {
   return (index >= 1 && text[index - 1] == '\\') || (index >= 2 && text[index - 2] == '\\');

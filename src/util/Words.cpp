@@ -21,7 +21,7 @@ std::size_t ClosingQuote(std::string_view text, std::size_t open) {
     close = at;
     if (text[at - 1] != '\\') break;
   }
-  // Deliberate: where every further quote stands behind a backslash, the last of them closes.
+  // Deliberate: where every further quote stands after a backslash, the last of them closes.
   if (close == std::string_view::npos) RaiseError(kNoClosingQuote);
   return close;
 }
@@ -112,9 +112,9 @@ void SplitWords(std::string_view separator, std::string_view text, TStringList& 
   std::size_t from = 1;
   while (const std::size_t at = FindWord(separator, text, from, quoted ? nullptr : &quotes)) {
     pieces.emplace_back(text.substr(from - 1, at - from));
-    // Deliberate: the carriage return behind a ";" goes with it, and so does any other character in its place.
-    const std::size_t behind = at - 1 + separator.size();
-    from = behind + 1 + (behind < text.size() ? CharSize(text, behind) : 1);
+    // Deliberate: the carriage return after a ";" goes with it, and so does any other character in its place.
+    const std::size_t after = at - 1 + separator.size();
+    from = after + 1 + (after < text.size() ? CharSize(text, after) : 1);
   }
   pieces.emplace_back(text.substr(std::min(from - 1, text.size())));
   list = std::move(pieces);

@@ -34,9 +34,9 @@ constexpr bool IsKind(char c, std::uint8_t kind) { return (kKinds[static_cast<un
 constexpr bool IsWordDelimiter(char c) { return words_detail::IsKind(c, words_detail::kDelimiter); }
 constexpr bool IsWordSpace(char c) { return words_detail::IsKind(c, words_detail::kSpace); }
 
-// The word at or behind `pos`. From inside a word its whole is given. `start` is where it begins. With `quotes` and a
-// quote character at `pos`: the literal up to the next such quote that is not behind a backslash, quotes included; if
-// there are only such behind a backslash the last of them closes it, and with none at all "StrNextWord: Invalid
+// The word at `pos` or after it. From inside a word its whole is given. `start` is where it begins. With `quotes` and a
+// quote character at `pos`: the literal up to the next such quote that is not after a backslash, quotes included; if
+// there are only such after a backslash the last of them closes it, and with none at all "StrNextWord: Invalid
 // string." is raised. `word` points into `text`; it is empty past the end.
 void StrNextWord(std::string_view text, std::size_t pos, std::size_t& start, std::string_view& word,
                  bool quotes = false);
@@ -65,12 +65,12 @@ class TQuoteCounter {
   bool doubleOdd_ = false;
 };
 
-// The next occurrence of `word` at or behind `from` that is a word of its own; 0 when there is none. An occurrence
+// The next occurrence of `word` at `from` or after it that is a word of its own; 0 when there is none. An occurrence
 // within a longer word is passed over with that word. Unless `ignoreQuotes`, an occurrence inside quotes is stepped
-// over and the search goes on behind it.
+// over and the search goes on after it.
 std::size_t FindWord(std::string_view word, std::string_view text, std::size_t from, bool ignoreQuotes);
 
-// Splits where FindWord finds `separator`; behind each separator one more character is dropped, so that a piece begins
+// Splits where FindWord finds `separator`; after each separator one more character is dropped, so that a piece begins
 // where the one before it ends plus the separator's length plus that of the character (1 at the end of the text).
 // `quoted` true takes separators inside quotes too. The last piece counts; an empty text gives one empty piece. Linear
 // in the text.

@@ -187,7 +187,7 @@ void TDom::TFreeDoc::operator()(_xmlDoc* doc) const { xmlFreeDoc(doc); }
 
 bool TDom::Load(std::string_view text) {
   Refuse("");
-  // The library takes a zero byte behind the root for the end of the text.
+  // The library takes a zero byte after the root for the end of the text.
   if (text.size() > kMaxXmlSize)
     fault_ = kXmlTooLarge;
   else if (text.find('\0') != std::string_view::npos)

@@ -55,7 +55,7 @@ TDomNode& AppendElement(TDomNode& parent, const std::string& name);
 void RemoveChildren(TDomNode& node);
 
 bool IsElementName(const std::string& name);
-// Why XML cannot hold the text, for use behind "the value of ..."; empty when it can.
+// Why XML cannot hold the text, for use after "the value of ..."; empty when it can.
 std::string TextFault(std::string_view text);
 
 }  // namespace velmora

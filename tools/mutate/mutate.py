@@ -4,7 +4,7 @@ Makes N single faults in the sources by rule (comparison turned, constant off by
 and/or, return value), builds, runs the tests, and reports which faults were killed and which survived. The same seed
 chooses the same faults of the same sources.
 
-All faults go into one build of a copy, each behind a number that is read at the start of a program, so that one costs
+All faults go into one build of a copy, each switched on by a number that is read at the start of a program, so that one costs
 one run of tests. What cannot be built is left out, and the next takes its place. Results are kept beside the copy: a
 run that was stopped goes on when it is given again. The working tree is read and never changed. The folder of a run
 can be deleted at any time.

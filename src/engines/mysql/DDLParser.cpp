@@ -18,7 +18,7 @@ constexpr char kCannotDrop[] = "Can't drop undefined table ";
 TDDLParser::TDDLParser(TDBConn& engine) : engine_(engine), meta_(engine.meta()) {}
 
 // Each round reads one statement or one further clause. Deliberate: the clauses of a CREATE TABLE come back to the top
-// after each comma, so a clause that begins with "create", "alter" or "drop" is read as a statement, and behind a comma
+// after each comma, so a clause that begins with "create", "alter" or "drop" is read as a statement, and after a comma
 // in an ALTER TABLE "add" is the name of a column.
 void TDDLParser::Parse(std::string_view sql) {
   RemoveComments(sql);
@@ -134,7 +134,7 @@ void TDDLParser::SetTableType() {
   meta_.tTables.Post();
 }
 
-// On to behind the next ";" that ends a statement: one inside a literal, as in a table comment, ends nothing.
+// On to what follows the next ";" that ends a statement: one inside a literal, as in a table comment, ends nothing.
 void TDDLParser::SkipTableOptions() {
   std::size_t at = Pos(";", text_, pos_);
   while (at != 0 && quotes_.InQuotes(at)) at = Pos(";", text_, at + 1);

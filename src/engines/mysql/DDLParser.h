@@ -29,7 +29,7 @@ class TDDLParser {
   TDDLParser(const TDDLParser&) = delete;
   TDDLParser& operator=(const TDDLParser&) = delete;
 
-  // Callers pass trimmed text: white space behind the last ";" is refused. Raises EVelmora at the first offence, with
+  // Callers pass trimmed text: white space after the last ";" is refused. Raises EVelmora at the first offence, with
   // the store as far as it got; offsets in messages count bytes from 1 in the text without its comments. Runs in time
   // linear in the text.
   void Parse(std::string_view sql);

@@ -22,7 +22,7 @@ void CutEmptyFraction(std::string& number, std::int32_t precision) {
   if (number[point] == '.' && number.find_first_not_of('0', point + 1) == std::string::npos) number.resize(point);
 }
 
-// The word behind "default", as the column of this type holds it. Deliberate: <DATETIME> and <TIMESTAMP> keep the
+// The word after "default", as the column of this type holds it. Deliberate: <DATETIME> and <TIMESTAMP> keep the
 // quotes that came with the word; other types outside the sets get a second pair around them, <DOUBLE> among them.
 std::string DefaultText(std::string_view word, const TColumnRow& column) {
   std::string text(word);
@@ -46,7 +46,7 @@ void TDDLParser::ReadColumnClause() {
   }
   OpenColumn(verb == "change");
   ReadColumnType();
-  // Deliberate: a ";" is no end here. Behind a bare type it is passed over like any word, and so is the next statement,
+  // Deliberate: a ";" is no end here. After a bare type it is passed over like any word, and so is the next statement,
   // up to its own ";".
   for (bool first = true; !AtClauseEnd() && (first || PeekWord() != ";"); first = false) ReadAttribute();
   meta_.tColumns.Post();

@@ -55,7 +55,7 @@ void TDDLParser::DropKey() {
   meta_.DropKeySQL(CurrentTable(), name, discarded);
 }
 
-// What stands before the columns. The table is named before the key's name or, as in CREATE INDEX, behind it.
+// What stands before the columns. The table is named before the key's name or, as in CREATE INDEX, after it.
 TDDLParser::TKeyHead TDDLParser::ReadKeyHead() {
   TKeyHead key;
   ReadKeyKind(key);

@@ -1,6 +1,6 @@
 #pragma once
 
-// Which provider of this program stands behind which initialisation string.
+// Which provider of this program serves which initialisation string.
 
 #include <functional>
 #include <memory>

@@ -47,9 +47,9 @@ TVariant ReadVarying(const TFirebirdColumn& /*column*/, const unsigned char* pla
 std::string Scaled(std::int64_t number, int scale) {
   std::string digits = std::to_string(number);
   const std::size_t sign = number < 0 ? 1 : 0;
-  const std::size_t behind = static_cast<std::size_t>(-scale);
-  if (digits.size() - sign <= behind) digits.insert(sign, behind + 1 - (digits.size() - sign), '0');
-  return digits.insert(digits.size() - behind, ".");
+  const std::size_t after = static_cast<std::size_t>(-scale);
+  if (digits.size() - sign <= after) digits.insert(sign, after + 1 - (digits.size() - sign), '0');
+  return digits.insert(digits.size() - after, ".");
 }
 
 template <class T>

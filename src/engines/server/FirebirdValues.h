@@ -13,7 +13,7 @@ struct TFirebirdColumn {
   unsigned type = 0;  // as in ibase.h, without the bit that says whether nulls occur
   int sub_type = 0;
   unsigned length = 0;  // bytes
-  int scale = 0;        // negative: digits behind the point
+  int scale = 0;        // negative: digits after the point
   unsigned charset = 0;
   unsigned offset = 0;  // of the value in the message
   unsigned null_offset = 0;

@@ -13,7 +13,7 @@ namespace {
 constexpr char kNotConnected[] = "Not connected";
 
 // The end of what begins at `begin` and lasts until `close`, or the text if that is missing.
-std::size_t EndBehind(std::string_view text, std::size_t begin, std::string_view close) {
+std::size_t EndAfter(std::string_view text, std::size_t begin, std::string_view close) {
   const std::size_t found = text.find(close, begin);
   return found == std::string_view::npos ? text.size() : found + close.size();
 }
@@ -31,21 +31,21 @@ std::size_t EndOfFreeQuote(std::string_view text, std::size_t at) {
   const char open = text[at + 1];
   const std::size_t pair = kOpening.find(open);
   const char close[] = {pair == std::string_view::npos ? open : kClosing[pair], '\''};
-  return EndBehind(text, at + 2, {close, sizeof close});
+  return EndAfter(text, at + 2, {close, sizeof close});
 }
 
-// Behind the literal or quoted name that begins at `at`; `at` itself where none does.
+// After the literal or quoted name that begins at `at`; `at` itself where none does.
 std::size_t EndOfQuotes(std::string_view text, std::size_t at) {
   if (text[at] != '\'' && text[at] != '"') return at;
   if (text[at] == '\'' && IsFreeQuote(text, at)) return EndOfFreeQuote(text, at);
-  return EndBehind(text, at + 1, text.substr(at, 1));
+  return EndAfter(text, at + 1, text.substr(at, 1));
 }
 
 // The same for a comment.
 std::size_t EndOfComment(std::string_view text, std::size_t at) {
   const std::string_view mark = text.substr(at, 2);
-  if (mark == "--") return EndBehind(text, at, "\n");
-  return mark == "/*" ? EndBehind(text, at + 2, "*/") : at;
+  if (mark == "--") return EndAfter(text, at, "\n");
+  return mark == "/*" ? EndAfter(text, at + 2, "*/") : at;
 }
 
 }  // namespace

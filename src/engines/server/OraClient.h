@@ -109,8 +109,8 @@ class TOraScript {
   explicit TOraScript(TOraSession& session) : session_(session) {}  // which must live as long
 
   std::string SQL;
-  // Called with the error of a statement. The action, Abort unless it says otherwise, decides on the statements behind;
-  // an error that it raises itself ends the script and passes on.
+  // Called with the error of a statement. The action, Abort unless it says otherwise, decides on the statements after
+  // it; an error that it raises itself ends the script and passes on.
   std::function<void(std::exception_ptr error, const std::string& sql, EOraErrorAction& action)> OnError;
 
   void Execute();  // without OnError the first error passes on

@@ -20,7 +20,7 @@ using enum EFieldKind;
 constexpr std::uint32_t kFixed = kColumnIsFixedLength;
 constexpr std::uint32_t kLong = kColumnIsLong;
 
-// The types behind G are those of Visual FoxPro, whose files have the same name; they are mapped as there.
+// The types after G are those of Visual FoxPro, whose files have the same name; they are mapped as there.
 constexpr TDbfTypeRow kTypes[] = {
     {'C', 0, kDbTypeWStr, 0, String, EDbfSize::Bytes, DbfText},
     {'N', 0, kDbTypeR8, kFixed, Float, EDbfSize::None, DbfFloat},

@@ -93,7 +93,7 @@ std::map<unsigned char, std::string> TObjects::Properties() {
 
 }  // namespace
 
-// Objects stand behind their parents, fields of a table in their order.
+// Objects stand after their parents, fields of a table in their order.
 TDbcDatabase::TDbcDatabase(const std::string& path) : path_(path) {
   const TDbfFile file(path, kCodePage);
   const std::string folder = std::filesystem::path(path).parent_path().string();

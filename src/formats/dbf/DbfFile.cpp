@@ -50,7 +50,7 @@ constexpr char kUnknownType[] = "field \"%s\" is of an unknown type (0x%02X)";
 constexpr char kFieldSize[] = "field \"%s\" of type %s has %d bytes";
 constexpr char kRecordTooShort[] = "a record of %d bytes cannot hold its fields, which have %d";
 constexpr char kNoNullFlags[] = "field \"%s\" has a bit among the null flags, which have %d bits";
-constexpr char kTooManyRecords[] = "%d records of %d bytes, but only %d bytes behind the head";
+constexpr char kTooManyRecords[] = "%d records of %d bytes, but only %d bytes after the head";
 constexpr char kCut[] = "record %d of %d is missing";
 
 struct TWidthRow {
@@ -93,7 +93,7 @@ void CheckWidth(const std::string& path, std::size_t at, const TDbfField& field)
 
 // Gives the end of the last field.
 std::size_t Place(std::vector<TDbfField>& fields) {
-  std::size_t end = 1;  // behind the mark of deletion
+  std::size_t end = 1;  // after the mark of deletion
   for (TDbfField& field : fields) {
     field.offset = end;
     end += field.size;

@@ -61,7 +61,7 @@ struct TSystemTable {
   std::vector<TMdbColumn> (*columns)();
 };
 
-// On the pages behind that of the global map, in this order; the catalog is the first.
+// On the pages after that of the global map, in this order; the catalog is the first.
 constexpr TSystemTable kSystemTables[] = {{"MSysObjects", CatalogColumns},
                                           {"MSysACEs", AccessRightsColumns},
                                           {"MSysQueries", QueriesColumns},
@@ -152,7 +152,7 @@ TMdbMaps TMdbBuilder::AddMaps(const std::vector<std::uint32_t>& rows, const TMdb
   return {places[0], places[1], {places.begin() + 2, places.end()}};
 }
 
-// The pages of these rows: as bits behind the number of the first page, or, where they lie too far apart, as pointers
+// The pages of these rows: as bits after the number of the first page, or, where they lie too far apart, as pointers
 // to pages of bits.
 std::string TMdbBuilder::MapOf(const std::vector<std::uint32_t>& rows) {
   const std::uint32_t first = rows.empty() ? 0 : rows.front() >> 8;

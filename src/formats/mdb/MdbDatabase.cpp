@@ -229,7 +229,7 @@ std::uint32_t TMdbTableDef::RowCount() const { return library_->table->num_rows;
 
 void TMdbTableDef::Damaged(const std::string& fault) const { database_.Damaged(Format("table %s: %s", name_, fault)); }
 
-// The part of the definition from `at`, which moves behind it.
+// The part of the definition from `at`, which moves past it.
 std::string_view TMdbTableDef::Part(std::size_t& at, std::size_t size) const {
   if (size > definition_.size() - at) Damaged(kShortDefinition);
   at += size;
@@ -242,7 +242,7 @@ std::string_view TMdbTableDef::NamePart(std::size_t& at) const {
 }
 
 // Deliberate: not by mdb_read_indices, which gives an index the columns of another one where the table takes part in a
-// relation. Behind the names of the columns come the trees, then the indexes, several of which may share a tree, then
+// relation. After the names of the columns come the trees, then the indexes, several of which may share a tree, then
 // their names.
 std::vector<TMdbIndex> TMdbTableDef::Indexes() const {
   const MdbTableDef& table = *library_->table;
@@ -283,7 +283,7 @@ std::vector<TMdbIndex> TMdbTableDef::Trees(std::size_t& at) const {
   return trees;
 }
 
-// The map is one of bits, behind the number of the page that the first stands for; or one of pages of bits.
+// The map is one of bits, after the number of the page that the first stands for; or one of pages of bits.
 std::vector<std::uint32_t> TMdbTableDef::Pages() const {
   constexpr std::size_t kBitsAt = 5;
   constexpr std::size_t kPageHead = 4;

@@ -8,7 +8,7 @@ namespace velmora {
 
 namespace {
 
-// Fields one behind the other; those of Jet 4 alone are left out for other versions.
+// Fields one after the other; those of Jet 4 alone are left out for other versions.
 class TFields {
  public:
   explicit TFields(const TMdbLayout& layout) : layout_(layout) {}
@@ -106,7 +106,7 @@ std::size_t RowCount(const std::vector<TMdbRow>& rows) {
       std::ranges::count_if(rows, [](const TMdbRow& row) { return (row.flags & kMdbRowMoved) == 0; }));
 }
 
-// What stands behind the length of the definition, up to the pointers to the maps.
+// What stands after the length of the definition, up to the pointers to the maps.
 void PutTableHead(TFields& fields, const TMdbTable& table) {
   fields.PutWide(0, 4);
   fields.Put(RowCount(table.rows), 4);

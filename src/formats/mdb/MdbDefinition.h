@@ -28,7 +28,7 @@ struct TMdbMaps {
 
 bool IsLong(const TMdbColumn& column);  // whether its values may stand outside of the row
 
-// What stands on the pages of a definition behind their heads.
+// What stands on the pages of a definition after their heads.
 std::string MdbDefinition(const TMdbLayout& layout, const TMdbTable& table, const TMdbMaps& maps);
 
 }  // namespace velmora

@@ -171,7 +171,7 @@ std::string MdbHeaderPage(const TMdbLayout& layout, TDateTime created) {
   PutAt(page, 0x3A, layout.wide ? 0 : kMdbGeneralOrder, 2);
   PutAt(page, 0x3C, kMdbCodePage, 2);
   if (layout.wide) {
-    // The password, which is none, is hidden behind the day of creation.
+    // The password, which is none, is mixed with the day of creation.
     for (std::size_t at = 0x42; at < 0x42 + 40; at += 4) PutAt(page, at, static_cast<std::uint32_t>(created), 4);
     PutAt(page, 0x6E, kMdbGeneralOrder, 4);
     page.replace(0x72, 8, DoubleBytes(created));

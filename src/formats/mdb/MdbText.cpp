@@ -33,7 +33,7 @@ void AppendUtf8(std::string& text, char32_t c) {
   put(0x80 | (c & 0x3F));
 }
 
-// The character at `index`, which moves behind it.
+// The character at `index`, which moves past it.
 char32_t NextCharacter(std::string_view text, std::size_t& index) {
   const std::size_t size = CharSize(text, index);
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[index + i]); };
@@ -75,7 +75,7 @@ std::optional<std::u16string> UnitsOf(std::string_view stored) {
   return units;
 }
 
-// The number in base 2 to the 32, the highest group first, as decimal digits with `scale` of them behind the point.
+// The number in base 2 to the 32, the highest group first, as decimal digits with `scale` of them after the point.
 template <std::size_t kGroups>
 std::string DecimalText(std::array<std::uint32_t, kGroups> groups, std::size_t scale, bool negative) {
   std::string digits;  // the last one first

@@ -37,8 +37,8 @@ constexpr char kRecordTooShort[] = "a record of %d bytes cannot hold field \"%s\
 constexpr char kTooManyFields[] = "a record of %d bytes cannot hold %d fields";
 constexpr char kMemoTooShort[] = "memo field \"%s\" has %d bytes, fewer than the %d of its descriptor";
 constexpr char kBlockTooShort[] = "a block of %d bytes cannot hold a record of %d";
-constexpr char kTooManyRecords[] = "%d records of %d bytes, but only %d bytes behind the header";
-constexpr char kNoFirstBlock[] = "the first block is number %d, which lies behind the end of the file";
+constexpr char kTooManyRecords[] = "%d records of %d bytes, but only %d bytes after the header";
+constexpr char kNoFirstBlock[] = "the first block is number %d, which lies after the end of the file";
 
 // Only tables and some kinds of index have it, and only in newer versions.
 std::size_t ExtensionSize(const TPxHeader& header) {
@@ -49,7 +49,7 @@ std::size_t ExtensionSize(const TPxHeader& header) {
 
 std::size_t TableNameSize(const TPxHeader& header) { return header.Version() >= 70 ? 261 : 79; }
 
-// The part of the header behind the 88 bytes.
+// The part of the header after the 88 bytes.
 std::string VariablePart(const TInputFile& file, const TPxHeader& header) {
   if (header.headerSize < kPxFixedHeader || header.headerSize > file.Size())
     RaisePxFault(file.Path(), kHeaderSizeAt, Format(kHeaderTooLong, header.headerSize, file.Size()));

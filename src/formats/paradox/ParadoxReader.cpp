@@ -60,7 +60,7 @@ void TPxTable::Close() {
   memos_.Close();
 }
 
-// Asked when records are wanted, so that a spoilt block behind the last of them does no harm.
+// Asked when records are wanted, so that a spoilt block after the last of them does no harm.
 void TPxTable::CheckBlock() const {
   if (lastRecord_ + header_.recordSize <= static_cast<std::int64_t>(block_.size() - kPxBlockHeader)) return;
   const std::uint64_t block = header_.headerSize + (nextBlock_ - 1) * block_.size();

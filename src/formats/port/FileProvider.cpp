@@ -48,7 +48,7 @@ class TFileProvider final : public TOLEDBProvider {
   TFileReaderMaker open_;
   std::function<void()> create_;
   std::shared_ptr<TFileReader> reader_;  // rowsets that have not read their rows yet share it
-  // Columns and indexes of a table are asked for one behind the other and come from one reading.
+  // Columns and indexes of a table are asked for one after the other and come from one reading.
   std::optional<std::pair<std::string, TFileTable>> fetched_;
 };
 

@@ -68,7 +68,7 @@ bool IsNumberClause(std::string_view text, TFileStatement& statement) {
   return true;
 }
 
-// What may stand behind the table's closing bracket, its blank included.
+// What may stand after the table's closing bracket, its blank included.
 bool IsTail(std::string_view tail, TFileStatement& statement) {
   if (tail.empty()) return true;
   if (statement.count || !tail.starts_with(' ')) return false;
@@ -78,7 +78,7 @@ bool IsTail(std::string_view tail, TFileStatement& statement) {
   return IsKeyClause(tail, statement);
 }
 
-// A table's name may itself hold brackets, so it ends at the last one behind which the statement makes sense.
+// A table's name may itself hold brackets, so it ends at the last one after which the statement makes sense.
 bool TakeTable(std::string_view text, TFileStatement& statement) {
   for (std::size_t end = text.rfind(']'); end != std::string_view::npos && end > 0; end = text.rfind(']', end - 1)) {
     TFileStatement candidate = statement;

@@ -14,7 +14,7 @@ constexpr char kNul[] = "a NUL character cannot be part of it";
 constexpr char kNoEquals[] = "a part has no \"=\": write key=value;key=value, and a value that holds \";\" in quotes";
 constexpr char kNoKey[] = "the name before \"=\" is missing";
 constexpr char kNotClosed[] = "the quote that opens here is not closed; a quote within a quoted value is doubled";
-constexpr char kBehindQuote[] = "only \";\" may follow a quoted value; a quote within one is doubled";
+constexpr char kAfterQuote[] = "only \";\" may follow a quoted value; a quote within one is doubled";
 
 constexpr bool IsBlank(char c) { return static_cast<unsigned char>(c) <= ' '; }
 constexpr bool IsQuote(char c) { return c == '"' || c == '\''; }
@@ -70,7 +70,7 @@ class TPartReader {
       value += text_[at_];
     }
     SkipBlanks();
-    if (!Ended() && text_[at_] != ';') RaiseAt(at_, kBehindQuote);
+    if (!Ended() && text_[at_] != ';') RaiseAt(at_, kAfterQuote);
     return value;
   }
 

@@ -17,7 +17,7 @@ class TInitString {
  public:
   TInitString() = default;
   // Raises an error that names the position of the fault (from 1) and what to do, and never shows a value: a part
-  // without "=", an empty key, a quoted value without its end or with something behind it, a NUL.
+  // without "=", an empty key, a quoted value without its end or with something after it, a NUL.
   explicit TInitString(std::string_view text);
 
   bool Has(std::string_view key) const;
@@ -30,7 +30,7 @@ class TInitString {
   std::vector<std::pair<std::string, std::string>> values_;  // in the order of their first mention
 };
 
-// `value` as it may stand behind "key=": as it is, or in double quotes where it would be read as something else.
+// `value` as it may stand after "key=": as it is, or in double quotes where it would be read as something else.
 std::string InitValue(std::string_view value);
 
 }  // namespace velmora

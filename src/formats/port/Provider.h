@@ -1,6 +1,6 @@
 #pragma once
 
-// The port to what stands behind an OLE DB connection here: schema rowsets, rows and statements, as the engines need
+// The port to what serves an OLE DB connection here: schema rowsets, rows and statements, as the engines need
 // them. The fields and their values are those of the published OLE DB schema rowsets (DBSCHEMA_CATALOGS, _TABLES,
 // _COLUMNS, _INDEXES); all texts are UTF-8.
 

@@ -65,7 +65,7 @@ class TSheetTable {
 // without blanks at its ends, and cut at 64 letters.
 std::string SheetWord(std::string_view text);
 
-// Gives every name that an earlier one already is, but for the case of letters, the lowest number behind it that makes
+// Gives every name that an earlier one already is, but for the case of letters, the lowest number after it that makes
 // it differ from all.
 void MakeDistinct(std::vector<std::string>& names);
 

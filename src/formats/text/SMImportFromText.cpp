@@ -27,7 +27,7 @@ std::size_t NextChar(std::string_view text, std::size_t at) {
 
 struct TSpan {
   std::size_t start;  // in characters
-  std::size_t end;    // behind the last one
+  std::size_t end;    // after the last one
 };
 
 // What stands at a position in some line.

@@ -10,7 +10,7 @@ namespace velmora {
 //  1. Lines are UTF-8, else Windows-1252, and end with CR LF, LF or CR. Empty lines at the end are dropped. Positions
 //     are characters. Rows begin with line RowFirst; the line before that, if there is one, holds the column names, and
 //     lines above it are not looked at.
-//  2. A position is blank when it is blank (character 32 or below, or behind the end of the line) in every line that
+//  2. A position is blank when it is blank (character 32 or below, or after the end of the line) in every line that
 //     counts, that of the names too. Each run of other positions is a span.
 //  3. With a line of names, a span without a name above it or without data below joins its left neighbour when exactly
 //     one blank position parts them: so "First Name" stays one column, and so does "2001-02-03 04:05" under "at".

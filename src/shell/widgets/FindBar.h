@@ -9,7 +9,7 @@
 
 namespace velmora {
 
-// The bar below the editors that finds a text in the one it was opened for. Letter case does not count; behind the end
+// The bar below the editors that finds a text in the one it was opened for. Letter case does not count; after the end
 // the search goes on at the start.
 class TFindBar final : public QWidget {
  public:

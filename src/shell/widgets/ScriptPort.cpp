@@ -38,7 +38,7 @@ void TScriptPort::Clear() {
 std::string TScriptPort::LastLine() const {
   Flush();
   int last = edit_.lines() - 1;
-  if (last > 0 && edit_.LineBytes(last).empty()) --last;  // what stands behind the last line end is no line
+  if (last > 0 && edit_.LineBytes(last).empty()) --last;  // what stands after the last line end is no line
   return last < 0 ? std::string() : edit_.LineBytes(last);
 }
 
