@@ -13,7 +13,7 @@ bool IsLetterOrDigit(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <
 
 bool IsInName(char c) { return IsLetterOrDigit(c) || std::string_view("_-.#$").find(c) != std::string_view::npos; }
 
-// Takes the name that begins at `at`, which is left behind it.
+// Takes the name that begins at `at`, which moves past it.
 std::string_view NameAt(std::string_view text, std::size_t& at) {
   const auto* begin = text.begin() + at;
   const auto* end = std::find_if_not(begin, text.end(), IsInName);

@@ -132,8 +132,8 @@ TEST_F(DbfFileTest, WhatIsRefused) {
       {with(48, "\0"s), "offset 0x30: field \"C\" of type C has 0 bytes"},
       {with(48, "\x02"), "offset 0x0A: a record of 2 bytes cannot hold its fields, which have 3"},
       {with(10, "\0\0"s), "offset 0x0A: a record of 0 bytes cannot hold its fields, which have 2"},
-      {with(4, "\xFF\xFF\xFF\xFF"), "offset 0x04: 4294967295 records of 2 bytes, but only 5 bytes behind the head"},
-      {sound.substr(0, 68), "offset 0x04: 2 records of 2 bytes, but only 3 bytes behind the head"},
+      {with(4, "\xFF\xFF\xFF\xFF"), "offset 0x04: 4294967295 records of 2 bytes, but only 5 bytes after the head"},
+      {sound.substr(0, 68), "offset 0x04: 2 records of 2 bytes, but only 3 bytes after the head"},
       {TDbfDraft{.fields = {{"V", 'V', 5}}, .version = 0x32}.Bytes(),
        "offset 0x20: field \"V\" has a bit among the null flags, which have 0 bits"},
   };
