@@ -1,9 +1,10 @@
+#include "cli/CompareCommand.h"
+
 #include <CLI/CLI.hpp>
 #include <map>
 #include <optional>
 #include <ostream>
 
-#include "cli/Commands.h"
 #include "cli/ComparisonText.h"
 #include "cli/Json.h"
 #include "cli/PairRun.h"

@@ -1,3 +1,5 @@
+#include "cli/RowsCommand.h"
+
 #include <CLI/CLI.hpp>
 #include <limits>
 #include <new>
@@ -5,7 +7,6 @@
 
 #include "app/FaultPlace.h"
 #include "app/Sources.h"
-#include "cli/Commands.h"
 #include "cli/RowOutput.h"
 #include "cli/SourceRun.h"
 #include "util/Errors.h"

@@ -1,8 +1,9 @@
+#include "cli/ScriptCommand.h"
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <ostream>
 
-#include "cli/Commands.h"
 #include "cli/Json.h"
 #include "cli/PairRun.h"
 #include "util/Files.h"

@@ -1,8 +1,9 @@
+#include "cli/SplitCommand.h"
+
 #include <CLI/CLI.hpp>
 #include <ostream>
 
 #include "app/ScriptSplitter.h"
-#include "cli/Commands.h"
 #include "cli/Json.h"
 #include "cli/SourceRun.h"
 #include "sync/ScriptEditor.h"

@@ -1,3 +1,5 @@
+#include "cli/StructureCommands.h"
+
 // The commands that show a structure: of a database, of a text alone, and of a database with a text applied to it.
 
 #include <CLI/CLI.hpp>
@@ -6,7 +8,6 @@
 #include "app/FaultPlace.h"
 #include "app/ParsedStore.h"
 #include "app/Sources.h"
-#include "cli/Commands.h"
 #include "cli/SourceRun.h"
 #include "util/Errors.h"
 #include "util/Format.h"

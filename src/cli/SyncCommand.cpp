@@ -1,9 +1,10 @@
+#include "cli/SyncCommand.h"
+
 #include <CLI/CLI.hpp>
 #include <ostream>
 
 #include "app/RunTelling.h"
 #include "app/SideNames.h"
-#include "cli/Commands.h"
 #include "cli/ComparisonText.h"
 #include "cli/Interrupt.h"
 #include "cli/PairRun.h"

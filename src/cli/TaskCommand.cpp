@@ -1,9 +1,10 @@
+#include "cli/TaskCommand.h"
+
 #include <CLI/CLI.hpp>
 #include <ostream>
 
 #include "app/Sources.h"
 #include "app/Tasks.h"
-#include "cli/Commands.h"
 #include "util/Format.h"
 
 namespace velmora {

@@ -1,0 +1,30 @@
+#pragma once
+
+// What differs between two databases.
+
+#include <memory>
+
+#include "cli/Command.h"
+#include "cli/SourceOptions.h"
+
+namespace velmora {
+
+class TPairRun;
+
+class TCompareCommand final : public TCommand {
+ public:
+  TCompareCommand();
+  ~TCompareCommand() override;
+  const char* Name() const override { return "compare"; }
+  const char* Summary() const override { return "Show what differs between a reference and a target"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  TPair pair_;
+  TSourceOptions options_;
+  EFormat format_ = EFormat::Text;
+  std::unique_ptr<TPairRun> run_;  // a process that ends need not free it
+};
+
+}  // namespace velmora

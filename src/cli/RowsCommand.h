@@ -1,0 +1,27 @@
+#pragma once
+
+// The rows of a table.
+
+#include <cstdint>
+#include <string>
+
+#include "cli/Command.h"
+#include "cli/SourceOptions.h"
+
+namespace velmora {
+
+class TRowsCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "rows"; }
+  const char* Summary() const override { return "Show the rows of a table"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  std::string source_, table_;
+  std::int64_t limit_ = -1;  // all
+  TSourceOptions options_;
+  EFormat format_ = EFormat::Text;
+};
+
+}  // namespace velmora

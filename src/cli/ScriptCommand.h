@@ -1,0 +1,26 @@
+#pragma once
+
+// The script that makes a target equal to a reference.
+
+#include <string>
+
+#include "cli/Command.h"
+#include "cli/SourceOptions.h"
+
+namespace velmora {
+
+class TScriptCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "script"; }
+  const char* Summary() const override { return "Write the script that makes the target equal to the reference"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  TPair pair_;
+  std::string output_;
+  TSourceOptions options_;
+  EFormat format_ = EFormat::Text;
+};
+
+}  // namespace velmora

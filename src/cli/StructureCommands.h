@@ -1,0 +1,52 @@
+#pragma once
+
+// Tables as the program understands them: of a source, of the statements of a file, and of both.
+
+#include <string>
+#include <vector>
+
+#include "cli/Command.h"
+#include "cli/SourceOptions.h"
+
+namespace velmora {
+
+class TSchemaCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "schema"; }
+  const char* Summary() const override { return "Show tables as the program understands them"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  std::string source_;
+  std::vector<std::string> tables_;
+  TSourceOptions options_;
+  EFormat format_ = EFormat::Text;
+};
+
+class TParseCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "parse"; }
+  const char* Summary() const override { return "Show what the statements of a file make of an empty database"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  std::string file_;
+  EFormat format_ = EFormat::Text;
+};
+
+class TReplayCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "replay"; }
+  const char* Summary() const override { return "Show what the statements of a file would make of a database"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  std::string source_, file_;
+  TSourceOptions options_;
+  EFormat format_ = EFormat::Text;
+};
+
+}  // namespace velmora

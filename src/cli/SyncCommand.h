@@ -1,0 +1,33 @@
+#pragma once
+
+// The run of a script on the target.
+
+#include <string>
+
+#include "cli/Command.h"
+#include "cli/SourceOptions.h"
+
+namespace velmora {
+
+class TPairRun;
+
+class TSyncCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "sync"; }
+  const char* Summary() const override { return "Run the script, or one of a file, on the target"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  bool Prepare(TPairRun& run, TConsole& console, int& status);
+  bool MayRun(TPairRun& run, const std::string& script, TConsole& console);
+  TPair pair_;
+  std::string script_;
+  TSourceOptions options_;
+  bool allow_unsafe_ = false;
+  bool no_row_checks_ = false;
+  int row_check_time_ = 30;  // seconds
+  bool yes_ = false;
+};
+
+}  // namespace velmora

@@ -1,0 +1,31 @@
+#pragma once
+
+// Task files: written, and shown.
+
+#include <string>
+
+#include "app/Dialects.h"
+#include "cli/Command.h"
+#include "cli/SourceOptions.h"
+
+namespace velmora {
+
+class TTaskCommand final : public TCommand {
+ public:
+  const char* Name() const override { return "task"; }
+  const char* Summary() const override { return "Write and show task files, which hold a pair of connections"; }
+  void Declare(CLI::App& app) override;
+  int Execute(TConsole& console) override;
+
+ private:
+  int WriteNew(TConsole& console);
+  int Show(TConsole& console);
+
+  bool show_ = false;
+  std::string file_, reference_, target_;
+  EDialect dialect_ = kDefaultDialect;
+  TSourceOptions options_;
+  bool show_passwords_ = false;
+};
+
+}  // namespace velmora
