@@ -29,13 +29,16 @@ inline constexpr int kExitFailure = 2;
 
 enum class EFormat { Text, Json };
 
+// One class per command. Results go to the console's output, warnings and questions to its error side.
 class TCommand {
  public:
   virtual ~TCommand() = default;
   virtual const char* Name() const = 0;
-  virtual const char* Summary() const = 0;     // one line of help
-  virtual void Declare(CLI::App& app) = 0;     // arguments and options
-  virtual int Execute(TConsole& console) = 0;  // gives the exit status; raises EVelmora
+  virtual const char* Summary() const = 0;  // one line of help
+  virtual void Declare(CLI::App& app) = 0;  // binds arguments and options to this object
+  // Works on what they have filled, once. Gives the exit status; raises EVelmora where a source, a file or a statement
+  // fails, which is kExitFailure.
+  virtual int Execute(TConsole& console) = 0;
 };
 
 std::vector<std::unique_ptr<TCommand>> MakeCommands();

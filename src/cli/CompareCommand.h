@@ -1,7 +1,5 @@
 #pragma once
 
-// What differs between two databases.
-
 #include <memory>
 
 #include "cli/Command.h"
@@ -11,6 +9,8 @@ namespace velmora {
 
 class TPairRun;
 
+// The differences as a tree per table, or one JSON document. Status 1 when the two are not identical, tables that were
+// skipped and objects beside tables included. Changes nothing.
 class TCompareCommand final : public TCommand {
  public:
   TCompareCommand();

@@ -1,7 +1,5 @@
 #pragma once
 
-// The rows of a table.
-
 #include <cstdint>
 #include <string>
 
@@ -10,6 +8,7 @@
 
 namespace velmora {
 
+// The rows of one table, as text or JSON; `limit_` of them at most.
 class TRowsCommand final : public TCommand {
  public:
   const char* Name() const override { return "rows"; }

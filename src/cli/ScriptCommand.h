@@ -1,7 +1,5 @@
 #pragma once
 
-// The script that makes a target equal to a reference.
-
 #include <string>
 
 #include "cli/Command.h"
@@ -9,6 +7,8 @@
 
 namespace velmora {
 
+// The script, on the output or in a file that is replaced in one step. Status 2, with the script all the same, when the
+// target would not be equal to the reference after it. Changes nothing.
 class TScriptCommand final : public TCommand {
  public:
   const char* Name() const override { return "script"; }

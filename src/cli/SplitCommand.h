@@ -1,13 +1,12 @@
 #pragma once
 
-// The statements of a script.
-
 #include <string>
 
 #include "cli/Command.h"
 
 namespace velmora {
 
+// The statements that a run of a file would send, with their places; nothing is connected.
 class TSplitCommand final : public TCommand {
  public:
   const char* Name() const override { return "split"; }

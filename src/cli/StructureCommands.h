@@ -10,6 +10,7 @@
 
 namespace velmora {
 
+// Columns, keys and constraints of all tables, or of those named, in the order of the source.
 class TSchemaCommand final : public TCommand {
  public:
   const char* Name() const override { return "schema"; }
@@ -24,6 +25,7 @@ class TSchemaCommand final : public TCommand {
   EFormat format_ = EFormat::Text;
 };
 
+// The store that the statements of a file fill, starting from nothing; no server is needed.
 class TParseCommand final : public TCommand {
  public:
   const char* Name() const override { return "parse"; }
@@ -36,6 +38,7 @@ class TParseCommand final : public TCommand {
   EFormat format_ = EFormat::Text;
 };
 
+// The store of a database after the statements of a file, which are read and not run.
 class TReplayCommand final : public TCommand {
  public:
   const char* Name() const override { return "replay"; }

@@ -1,7 +1,5 @@
 #pragma once
 
-// The run of a script on the target.
-
 #include <string>
 
 #include "cli/Command.h"
@@ -11,6 +9,9 @@ namespace velmora {
 
 class TPairRun;
 
+// Shows the plan, asks on the terminal unless told not to, runs the script and reports what is in force. Runs nothing
+// when unsafe actions are not allowed or rows stand in the way. Status 0 when all statements ran and, in the exact
+// dialect, the second comparison finds the tables identical.
 class TSyncCommand final : public TCommand {
  public:
   const char* Name() const override { return "sync"; }
@@ -21,8 +22,9 @@ class TSyncCommand final : public TCommand {
  private:
   bool Prepare(TPairRun& run, TConsole& console, int& status);
   bool MayRun(TPairRun& run, const std::string& script, TConsole& console);
+
   TPair pair_;
-  std::string script_;
+  std::string script_;  // a file to run instead of the plan; empty for none
   TSourceOptions options_;
   bool allow_unsafe_ = false;
   bool no_row_checks_ = false;

@@ -1,7 +1,5 @@
 #pragma once
 
-// Task files: written, and shown.
-
 #include <string>
 
 #include "app/Dialects.h"
@@ -10,6 +8,8 @@
 
 namespace velmora {
 
+// "new FILE REFERENCE TARGET" writes a task file readable for its owner alone, "show FILE" tells what one holds,
+// passwords only when asked for. Neither connects.
 class TTaskCommand final : public TCommand {
  public:
   const char* Name() const override { return "task"; }

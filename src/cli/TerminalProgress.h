@@ -8,10 +8,13 @@
 
 namespace velmora {
 
-// Progress as one line of a terminal that is written over: a bar, the share done, the pass and its count.
+// Progress as one line of a terminal that is written over: a bar, the share done, the pass and its count. The line is
+// at most 79 characters wide, shows letters of strangers as ShownText does, and is painted at most 200 times a bar.
+// Both bars of ShowTwoBars are one here: the total's, with the detail's count beside it. Finish, the destructor too,
+// takes the line away; nothing is written for a progress that was never shown.
 class TTerminalProgress final : public TProgress {
  public:
-  explicit TTerminalProgress(std::ostream& terminal) : terminal_(terminal) {}
+  explicit TTerminalProgress(std::ostream& terminal) : terminal_(terminal) {}  // not owned, must live as long
   ~TTerminalProgress() override { Finish(); }
 
   void ShowSimple(const std::string& title) override;
@@ -27,7 +30,7 @@ class TTerminalProgress final : public TProgress {
   void Finish() override;
 
  private:
-  void Paint();
+  void Paint();  // nothing where the line would be the one that is shown
 
   std::ostream& terminal_;
   std::string title_;
@@ -36,7 +39,7 @@ class TTerminalProgress final : public TProgress {
   std::int64_t total_max_ = 0;
   std::int64_t detail_ = 0;
   std::int64_t detail_max_ = 0;
-  std::string painted_;
+  std::string painted_;  // what the terminal shows; empty for nothing
 };
 
 }  // namespace velmora

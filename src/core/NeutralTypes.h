@@ -1,6 +1,9 @@
 #pragma once
 
 // Neutral column types: the small numbers that stand for a column type in every engine, and sets of them.
+//
+// An engine's type table (core/ColumnTypes.h) says which word of its dialect stands for which of them. Sizes
+// and digits of a type stand beside it, in TColumnTypeInfo.
 
 #include <cstdint>
 #include <initializer_list>
@@ -10,11 +13,11 @@ namespace velmora {
 
 // Any byte may occur as a value; those above ntUnknown have no meaning and no tag.
 enum TNeutralType : std::uint8_t {
-  ntI1,
+  ntI1,  // whole numbers of 1 to 8 bytes with a sign
   ntI2,
   ntI4,
   ntI8,
-  ntUI1,
+  ntUI1,  // the same without
   ntUI2,
   ntUI4,
   ntUI8,
@@ -33,7 +36,7 @@ enum TNeutralType : std::uint8_t {
   ntBytes,
   ntVarBytes,
   ntText,
-  ntYearMySql,
+  ntYearMySql,  // from here on, types that one engine alone has
   ntUidMsSql,
   ntMoneyMsSql,
   ntSmallMoneyMsSql,

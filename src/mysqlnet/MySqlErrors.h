@@ -1,6 +1,8 @@
 #pragma once
 
-// The errors that a client finds by itself, by their published numbers. For this folder only.
+// The errors that a client finds by itself, by their published numbers. For this folder only: what leaves it is an
+// EMySqlException or, from a transport, a SocketException with number and text. A server's own errors carry the number
+// and text that it sent, and pass through unchanged.
 
 #include <string>
 #include <string_view>
@@ -35,6 +37,7 @@ enum EMySqlError {
 // The text of a number, with its %s and %d; "Unknown MySQL error" for one that has none.
 std::string_view MySqlErrorText(int number);
 
+// Ready to be thrown; `args` fill the text, in its order. They must be free of passwords.
 template <class... Args>
 EMySqlException ClientError(int number, const Args&... args) {
   return {number, Format(MySqlErrorText(number), args...)};

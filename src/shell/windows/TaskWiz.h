@@ -12,10 +12,11 @@ class QVBoxLayout;
 
 namespace velmora {
 
-// The dialog behind New Task: asks for the reference and for the target, and connects each as the user leaves its page.
+// The dialog of New Task: asks for the reference and for the target, and connects each as the user leaves its page.
 //
-// Made once and shown again: each showing begins on the first page, with the fields as they were left. Offered is a
-// live MySQL server on both sides; the frames can do more.
+// Made once and shown again: each showing begins on the first page, with the fields as they were left. A connection
+// that fails is told in a message, and the page stays. `clients` makes the connections, `enumerators` fills the lists
+// of servers and sources; both are copied.
 class TfmTaskWiz : public QDialog {
  public:
   explicit TfmTaskWiz(const TEngineClients& clients = {}, QWidget* parent = nullptr,
