@@ -98,7 +98,7 @@ TfmMain::TfmMain(TDesktopSetup setup) : setup_(std::move(setup)) {
   ReadSettings();
 }
 
-TfmMain::~TfmMain() { tlActions->disconnect(this); }
+TfmMain::~TfmMain() { tlActions_->disconnect(this); }
 
 // --- Start and end
 
@@ -134,14 +134,14 @@ void TfmMain::showEvent(QShowEvent* event) {
 }
 
 void TfmMain::FirstShow() {
-  script_ = std::make_unique<TScriptPort>(*mScript, [this] { page->setTabVisible(page->indexOf(tsScript), true); });
-  log_ = std::make_unique<TWindowLog>(SystemClock(), forms_->progress, *mLog);
-  mDDLref->SetBytes({});
-  mDDLtgt->SetBytes({});
+  script_ = std::make_unique<TScriptPort>(*mScript_, [this] { page_->setTabVisible(page_->indexOf(tsScript_), true); });
+  log_ = std::make_unique<TWindowLog>(SystemClock(), forms_->progress, *mLog_);
+  mDDLref_->SetBytes({});
+  mDDLtgt_->SetBytes({});
   app_ = std::make_unique<TApplication>(forms_->progress, *script_, *log_, SystemClock());
-  app_->tree.SetView(tlActions);
+  app_->tree.SetView(tlActions_);
   task_ = std::make_unique<TTaskFile>(app_->connections, static_cast<TTaskHost&>(*this), setup_.clients);
-  page->setCurrentWidget(tsActions);
+  page_->setCurrentWidget(tsActions_);
   LoadOptions();
   ShowTask(false);
 }
@@ -160,9 +160,9 @@ void TfmMain::Close() {
   if (!app_) return;
   RunGuarded([this] { WriteSettings(); },
              [this] {
-               mScript->DetachParser();
+               mScript_->DetachParser();
                app_->tree.SetView(nullptr);
-               tlActions->Cleared();
+               tlActions_->Cleared();
                task_.reset();
                app_.reset();
                former_.clear();
@@ -175,8 +175,8 @@ void TfmMain::LoadOptions() {
 }
 
 void TfmMain::ApplyFonts() {
-  mLog->setFont(TextFont(options_.LogFontName, options_.LogFontSize, QFont::SansSerif));
-  mScript->SetTextFont(TextFont(options_.ScriptFontName, options_.ScriptFontSize, QFont::Monospace));
+  mLog_->setFont(TextFont(options_.LogFontName, options_.LogFontSize, QFont::SansSerif));
+  mScript_->SetTextFont(TextFont(options_.ScriptFontName, options_.ScriptFontSize, QFont::Monospace));
 }
 
 void TfmMain::SaveOptions() { velmora::SaveOptions(options_, *setup_.options); }
@@ -188,9 +188,9 @@ void TfmMain::ShowTask(bool active) {
   ShowPage();
   for (const TCommand& command : velmora::Commands())
     if (command.list == ECommandList::acTask) Command(command.name)->setEnabled(active);
-  for (QWidget* widget : std::initializer_list<QWidget*>{barAnalyze, panMain, pnDetails, splitter})
+  for (QWidget* widget : std::initializer_list<QWidget*>{barAnalyze_, panMain_, pnDetails_, splitter_})
     widget->setVisible(active);
-  lbNoTask->setVisible(!active);
+  lbNoTask_->setVisible(!active);
   for (const auto& [dialect, command] : acDialects_) command->setEnabled(active);
   if (!active) ClearWork();
   UpdateExecute();
@@ -199,18 +199,18 @@ void TfmMain::ShowTask(bool active) {
   if (active) {
     app_->connections.reference->Connect();
     app_->connections.target->Connect();
-    ShowHeading(*pnRefH, " &Reference: ", *app_->connections.reference);
-    ShowHeading(*pnTgtH, " Tar&get: ", *app_->connections.target);
+    ShowHeading(*pnRefH_, " &Reference: ", *app_->connections.reference);
+    ShowHeading(*pnTgtH_, " Tar&get: ", *app_->connections.target);
     if (log_->Lines().empty()) ShowLog({});
   } else {
-    barFind->hide();
+    barFind_->hide();
     said_.clear();
   }
 }
 
 void TfmMain::ShowPage() {
-  page->show();
-  lbEqual->hide();
+  page_->show();
+  lbEqual_->hide();
 }
 
 void TfmMain::ClearWork() {
@@ -218,17 +218,17 @@ void TfmMain::ClearWork() {
   empty_allowed_ = false;
   script_->Clear();
   ScriptIs(EScriptOf::Nobody);
-  for (TSqlEdit* edit : {mDDLref, mDDLtgt}) {
+  for (TSqlEdit* edit : {mDDLref_, mDDLtgt_}) {
     edit->SetBytes({});
     edit->MarkDifferences({});
   }
   log_->SetLines({});
-  tlActions->SetHint({});
+  tlActions_->SetHint({});
   statusBar()->clearMessage();
 }
 
 bool TfmMain::MayLoseScript() {
-  const bool typed = active_ && mScript->isModified() && mScript->length() > 0;
+  const bool typed = active_ && mScript_->isModified() && mScript_->length() > 0;
   return !typed || ConfirmYes(kTypedQuestion);
 }
 
@@ -273,22 +273,22 @@ void TfmMain::Analyze() {
   RunGuarded(
       [&] {
         app_->tree.Clear();
-        tlActions->SetHint({});
+        tlActions_->SetHint({});
         analyze->setEnabled(false);
-        panMain->setEnabled(false);
+        panMain_->setEnabled(false);
         if (app_->connections.reference) CheckComparable(*app_->connections.reference);
         log_->LogLine("Comparing...");
         Compare();
         AskAboutEmptyReference();
         acGenScript();
         ShowLog(app_->Dialect().ActionLog());
-        page->setCurrentWidget(tsActions);
+        page_->setCurrentWidget(tsActions_);
         ShowResult();
       },
       [&] {
         app_->tree.EndUpdate();
         analyze->setEnabled(true);
-        panMain->setEnabled(true);
+        panMain_->setEnabled(true);
         forms_->progress.Finish();
         RestoreFocus(focused);
       });
@@ -326,17 +326,17 @@ void TfmMain::AskAboutEmptyReference() {
 void TfmMain::RestoreFocus(QWidget* focused) {
   if (focused != nullptr && focused->isVisible())
     focused->setFocus();
-  else if (page->isVisible())
-    page->setFocus();
+  else if (page_->isVisible())
+    page_->setFocus();
 }
 
 void TfmMain::ShowResult() {
   const bool identical = app_->Dialect().Identical();
   const bool rows = !app_->data.mtActions.Empty();
-  lbEqual->setVisible(identical);
-  page->setVisible(!identical);
-  if (identical) barFind->hide();
-  if (!identical && !rows) page->setCurrentWidget(tsMessages);  // which names the tables that could not be read
+  lbEqual_->setVisible(identical);
+  page_->setVisible(!identical);
+  if (identical) barFind_->hide();
+  if (!identical && !rows) page_->setCurrentWidget(tsMessages_);  // which names the tables that could not be read
   ScriptIs(rows ? EScriptOf::Analysis : EScriptOf::Nobody);
   Command("acDelAction")->setEnabled(rows);
 }
@@ -346,11 +346,11 @@ void TfmMain::ShowTableDDL(const std::string& table) {
   std::string reference;
   std::string target;
   app_->Dialect().TableTexts(table, reference, target);
-  mDDLref->SetBytes(reference);
-  mDDLtgt->SetBytes(target);
+  mDDLref_->SetBytes(reference);
+  mDDLtgt_->SetBytes(target);
   const TLinePair lines = app_->Dialect().MarkedLines(reference, target);
-  mDDLref->MarkDifferences(lines.first);
-  mDDLtgt->MarkDifferences(lines.second);
+  mDDLref_->MarkDifferences(lines.first);
+  mDDLtgt_->MarkDifferences(lines.second);
 }
 
 // What was found in one dialect cannot be shown or run in the other.
@@ -360,34 +360,34 @@ void TfmMain::SetDialect(const TDialectRow& dialect) {
   app_->Choose(dialect.id);
   ClearWork();
   if (dialect.caption == nullptr) return;
-  tlActions->SetHint(ToQt(Format(kDialectHint, dialect.caption)));
-  page->setCurrentWidget(tsActions);
+  tlActions_->SetHint(ToQt(Format(kDialectHint, dialect.caption)));
+  page_->setCurrentWidget(tsActions_);
 }
 
 // --- The script
 
-EScriptOf TfmMain::ScriptOf() const { return mScript->isModified() ? EScriptOf::User : script_of_; }
+EScriptOf TfmMain::ScriptOf() const { return mScript_->isModified() ? EScriptOf::User : script_of_; }
 
 void TfmMain::ScriptIs(EScriptOf origin) {
   script_->Flush();
   script_of_ = origin;
-  mScript->setModified(false);
+  mScript_->setModified(false);
   UpdateExecute();
 }
 
 void TfmMain::UpdateExecute() {
   const EScriptOf origin = ScriptOf();
-  const bool typed = origin == EScriptOf::User && mScript->length() > 0;
+  const bool typed = origin == EScriptOf::User && mScript_->length() > 0;
   Command("acSynchronize")->setEnabled(active_ && (typed || origin == EScriptOf::Analysis));
 }
 
 void TfmMain::ShowFind() {
-  if (!panMain->isVisible() || !page->isVisible()) return;
+  if (!panMain_->isVisible() || !page_->isVisible()) return;
   TSqlEdit* edit = nullptr;
-  for (TSqlEdit* candidate : {mScript, mDDLref, mDDLtgt})
+  for (TSqlEdit* candidate : {mScript_, mDDLref_, mDDLtgt_})
     if (candidate->hasFocus()) edit = candidate;
-  if (edit == nullptr) edit = page->currentWidget() == tsScript ? mScript : mDDLref;
-  if (edit->isVisible()) barFind->Open(*edit);
+  if (edit == nullptr) edit = page_->currentWidget() == tsScript_ ? mScript_ : mDDLref_;
+  if (edit->isVisible()) barFind_->Open(*edit);
 }
 
 }  // namespace velmora

@@ -174,24 +174,24 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   const QAction* running_ = nullptr;  // the command that is under way
 
   // Components, owned by the window
-  QToolBar* barAnalyze = nullptr;
-  QLabel* lbNoTask = nullptr;
-  QWidget* panMain = nullptr;
-  QLabel* lbEqual = nullptr;
-  QTabWidget* page = nullptr;
-  QWidget* tsActions = nullptr;
-  QWidget* tsMessages = nullptr;
-  QWidget* tsScript = nullptr;
-  QSplitter* splitter = nullptr;
-  TActionTreeView* tlActions = nullptr;
-  QWidget* pnDetails = nullptr;
-  QLabel* pnRefH = nullptr;
-  QLabel* pnTgtH = nullptr;
-  TSqlEdit* mDDLref = nullptr;
-  TSqlEdit* mDDLtgt = nullptr;
-  QPlainTextEdit* mLog = nullptr;
-  TSqlEdit* mScript = nullptr;
-  TFindBar* barFind = nullptr;
+  QToolBar* barAnalyze_ = nullptr;
+  QLabel* lbNoTask_ = nullptr;
+  QWidget* panMain_ = nullptr;
+  QLabel* lbEqual_ = nullptr;
+  QTabWidget* page_ = nullptr;
+  QWidget* tsActions_ = nullptr;
+  QWidget* tsMessages_ = nullptr;
+  QWidget* tsScript_ = nullptr;
+  QSplitter* splitter_ = nullptr;
+  TActionTreeView* tlActions_ = nullptr;
+  QWidget* pnDetails_ = nullptr;
+  QLabel* pnRefH_ = nullptr;
+  QLabel* pnTgtH_ = nullptr;
+  TSqlEdit* mDDLref_ = nullptr;
+  TSqlEdit* mDDLtgt_ = nullptr;
+  QPlainTextEdit* mLog_ = nullptr;
+  TSqlEdit* mScript_ = nullptr;
+  TFindBar* barFind_ = nullptr;
 
   // The working state, from the first showing until the window closes
   std::unique_ptr<TScriptPort> script_;

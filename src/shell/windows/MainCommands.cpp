@@ -82,7 +82,7 @@ void TfmMain::acLoadScriptFromFile() {
   if (!Host().OpenFile(kScriptFilter, path)) return;
   const std::string text = ReadFileText(path);
   ShowPage();
-  page->setCurrentWidget(tsScript);
+  page_->setCurrentWidget(tsScript_);
   script_->SetText(text);
   ScriptIs(EScriptOf::User);
 }
@@ -126,8 +126,8 @@ void TfmMain::TellRun() {
 }
 
 void TfmMain::TellFailedRun(const std::string& script, const std::string& error) {
-  page->setCurrentWidget(tsScript);  // where the failed statement is marked
-  mScript->setFocus();
+  page_->setCurrentWidget(tsScript_);  // where the failed statement is marked
+  mScript_->setFocus();
   const TStringList lines = FailureLines(*app_->connections.target, app_->RunReport(), script, error);
   for (const std::string& line : lines) log_->LogLine(line);
   RaiseError(JoinList(lines, "\n"));
@@ -137,7 +137,7 @@ void TfmMain::TellFailedRun(const std::string& script, const std::string& error)
 void TfmMain::acSynchronize() {
   const bool generated = script_of_ == EScriptOf::Analysis;
   {
-    const TFrozen frozen(*mScript);  // what is asked about is what runs
+    const TFrozen frozen(*mScript_);  // what is asked about is what runs
     if (!MayRun(script_->Text()) || (generated && !RowsAllow())) return;
     const TDisabled disabled(Command("acSynchronize"));
     acRunScript();
@@ -227,7 +227,7 @@ void TfmMain::acAnalyze() {
 }
 
 void TfmMain::acDelAction() {
-  DeleteAction(tlActions->FocusedNode(), app_->tree, app_->data, [this] { acGenScript(); });
+  DeleteAction(tlActions_->FocusedNode(), app_->tree, app_->data, [this] { acGenScript(); });
 }
 
 void TfmMain::acDumpDB() { forms_->dump.exec(); }
@@ -238,10 +238,10 @@ void TfmMain::acExit() { close(); }
 
 void TfmMain::acOptions() {
   TOptions options = options_;
-  options.LogFontName = FromQt(mLog->font().family());
-  options.LogFontSize = mLog->font().pointSize();
-  options.ScriptFontName = FromQt(mScript->TextFont().family());
-  options.ScriptFontSize = mScript->TextFont().pointSize();
+  options.LogFontName = FromQt(mLog_->font().family());
+  options.LogFontSize = mLog_->font().pointSize();
+  options.ScriptFontName = FromQt(mScript_->TextFont().family());
+  options.ScriptFontSize = mScript_->TextFont().pointSize();
   if (!forms_->options.Edit(options)) return;
   options_ = options;
   ApplyFonts();

@@ -172,57 +172,57 @@ void TfmMain::MakeBars() {
     return made;
   };
   AddCommands(*bar("barButtons", "Button bar"), {"acNewTask", nullptr, "acOpenTask", "acSaveTask", nullptr, "acExit"});
-  barAnalyze = bar("barAnalyze", "Second button bar");
-  AddCommands(*barAnalyze, {"acAnalyze", nullptr, "acDelAction", nullptr, "acSynchronize"});
+  barAnalyze_ = bar("barAnalyze", "Second button bar");
+  AddCommands(*barAnalyze_, {"acAnalyze", nullptr, "acDelAction", nullptr, "acSynchronize"});
 }
 
 void TfmMain::MakeWorkArea() {
   auto* central = new QWidget;
   QVBoxLayout* column = Column(central);
-  lbNoTask = BoldLabel("lbNoTask", kNoTask);
-  panMain = Named(new QWidget, "panMain");
-  column->addWidget(lbNoTask, 1);
-  column->addWidget(panMain, 1);
+  lbNoTask_ = BoldLabel("lbNoTask", kNoTask);
+  panMain_ = Named(new QWidget, "panMain");
+  column->addWidget(lbNoTask_, 1);
+  column->addWidget(panMain_, 1);
 
-  lbEqual = BoldLabel("lbEqual", kIdentical);
-  page = Named(new QTabWidget, "page");
-  page->setDocumentMode(true);
-  QVBoxLayout* work = Column(panMain);
-  work->addWidget(lbEqual, 1);
-  work->addWidget(page, 1);
+  lbEqual_ = BoldLabel("lbEqual", kIdentical);
+  page_ = Named(new QTabWidget, "page");
+  page_->setDocumentMode(true);
+  QVBoxLayout* work = Column(panMain_);
+  work->addWidget(lbEqual_, 1);
+  work->addWidget(page_, 1);
 
-  splitter = Named(new QSplitter, "splitter");
-  splitter->addWidget(MakeTreePanel());
-  splitter->addWidget(MakeDetails());
-  splitter->setStretchFactor(1, 1);
-  splitter->setChildrenCollapsible(false);
-  splitter->setSizes({kTreeWidth, kDetailsWidth});
+  splitter_ = Named(new QSplitter, "splitter");
+  splitter_->addWidget(MakeTreePanel());
+  splitter_->addWidget(MakeDetails());
+  splitter_->setStretchFactor(1, 1);
+  splitter_->setChildrenCollapsible(false);
+  splitter_->setSizes({kTreeWidth, kDetailsWidth});
   const auto tab = [this](const char* name, const char* caption, QWidget* content) {
     auto* widget = Named(new QWidget, name);
     Column(widget)->addWidget(content);
-    page->addTab(widget, QLatin1String(caption));
+    page_->addTab(widget, QLatin1String(caption));
     return widget;
   };
-  tsActions = tab("tsActions", "Differences", splitter);
-  mLog = Named(new QPlainTextEdit, "mLog");
-  mLog->setReadOnly(true);
-  mLog->setLineWrapMode(QPlainTextEdit::NoWrap);
-  tsMessages = tab("tsMessages", "Messages", mLog);
-  mScript = Named(new TSqlEdit, "mScript");
-  tsScript = tab("tsScript", "SQL Sync Script", mScript);
+  tsActions_ = tab("tsActions", "Differences", splitter_);
+  mLog_ = Named(new QPlainTextEdit, "mLog");
+  mLog_->setReadOnly(true);
+  mLog_->setLineWrapMode(QPlainTextEdit::NoWrap);
+  tsMessages_ = tab("tsMessages", "Messages", mLog_);
+  mScript_ = Named(new TSqlEdit, "mScript");
+  tsScript_ = tab("tsScript", "SQL Sync Script", mScript_);
 
-  barFind = new TFindBar;
-  column->addWidget(barFind);
+  barFind_ = new TFindBar;
+  column->addWidget(barFind_);
   setCentralWidget(central);
   statusBar();
 }
 
 QWidget* TfmMain::MakeTreePanel() {
   auto* panel = new QWidget;
-  tlActions = new TActionTreeView;
+  tlActions_ = new TActionTreeView;
   QVBoxLayout* column = Column(panel);
-  column->addWidget(Heading("pnActionsH", " &Sync actions", tlActions));
-  column->addWidget(tlActions, 1);
+  column->addWidget(Heading("pnActionsH", " &Sync actions", tlActions_));
+  column->addWidget(tlActions_, 1);
   return panel;
 }
 
@@ -234,22 +234,22 @@ QWidget* TfmMain::MakeDetails() {
     column->addWidget(edit, 1);
     return widget;
   };
-  mDDLref = Named(new TSqlEdit, "mDDLref");
-  mDDLtgt = Named(new TSqlEdit, "mDDLtgt");
-  pnRefH = Heading("pnRefH", " &Reference: ", mDDLref);
-  pnTgtH = Heading("pnTgtH", " Tar&get: ", mDDLtgt);
-  pnDetails = Named(new THalves(half("pnRef", mDDLref, pnRefH), half("pnTgt", mDDLtgt, pnTgtH)), "pnDetails");
-  return pnDetails;
+  mDDLref_ = Named(new TSqlEdit, "mDDLref");
+  mDDLtgt_ = Named(new TSqlEdit, "mDDLtgt");
+  pnRefH_ = Heading("pnRefH", " &Reference: ", mDDLref_);
+  pnTgtH_ = Heading("pnTgtH", " Tar&get: ", mDDLtgt_);
+  pnDetails_ = Named(new THalves(half("pnRef", mDDLref_, pnRefH_), half("pnTgt", mDDLtgt_, pnTgtH_)), "pnDetails");
+  return pnDetails_;
 }
 
 void TfmMain::ConnectWorkArea() {
-  connect(mScript, &QsciScintilla::textChanged, this, [this] { UpdateExecute(); });
-  connect(mScript, &QsciScintilla::modificationChanged, this, [this] { UpdateExecute(); });
-  Handle(tlActions, &QTreeWidget::currentItemChanged, this, [this] {
-    const TActionNode* node = tlActions->FocusedNode();
+  connect(mScript_, &QsciScintilla::textChanged, this, [this] { UpdateExecute(); });
+  connect(mScript_, &QsciScintilla::modificationChanged, this, [this] { UpdateExecute(); });
+  Handle(tlActions_, &QTreeWidget::currentItemChanged, this, [this] {
+    const TActionNode* node = tlActions_->FocusedNode();
     if (node != nullptr) ShowTableDDL(node->parent != nullptr ? node->parent->text : node->text);
   });
-  tlActions->OnDeleteKey = [this] { Command("acDelAction")->trigger(); };
+  tlActions_->OnDeleteKey = [this] { Command("acDelAction")->trigger(); };
   // Side by side, the texts of servers are read line by line.
   const auto follow = [this](TSqlEdit* moved, TSqlEdit* other) {
     connect(moved->verticalScrollBar(), &QScrollBar::valueChanged, this, [this, other](int value) {
@@ -260,9 +260,9 @@ void TfmMain::ConnectWorkArea() {
       following_ = false;
     });
   };
-  follow(mDDLref, mDDLtgt);
-  follow(mDDLtgt, mDDLref);
-  connect(page, &QTabWidget::currentChanged, barFind, &QWidget::hide);  // it searches what is in view
+  follow(mDDLref_, mDDLtgt_);
+  follow(mDDLtgt_, mDDLref_);
+  connect(page_, &QTabWidget::currentChanged, barFind_, &QWidget::hide);  // it searches what is in view
   auto* find = new QShortcut(QKeySequence(QKeySequence::Find), this);
   Handle(find, &QShortcut::activated, this, [this] { ShowFind(); });
 }

@@ -69,43 +69,43 @@ QWidget* ImagePanel() {
 
 TfmProgress::TfmProgress()
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
-      lbNaslovStatic(TitleLabel("lbNaslovStatic")),
-      lbNaslovStd(TitleLabel("lbNaslovStd")),
-      bevel(Named(new QFrame, "bevel")),
-      totbar(Named(new QProgressBar, "totbar")),
-      detbar(Named(new QProgressBar, "detbar")),
-      lbDetail(Named(new QLabel, "lbDetail")),
-      lbStatus(StatusLabel("lbStatus")),
-      lbErrors(StatusLabel("lbErrors")) {
+      lbNaslovStatic_(TitleLabel("lbNaslovStatic")),
+      lbNaslovStd_(TitleLabel("lbNaslovStd")),
+      bevel_(Named(new QFrame, "bevel")),
+      totbar_(Named(new QProgressBar, "totbar")),
+      detbar_(Named(new QProgressBar, "detbar")),
+      lbDetail_(Named(new QLabel, "lbDetail")),
+      lbStatus_(StatusLabel("lbStatus")),
+      lbErrors_(StatusLabel("lbErrors")) {
   setObjectName(QStringLiteral("fmProgress"));
   setAttribute(Qt::WA_ShowWithoutActivating);
   // Deliberate: this window keeps its own light colours, which its navy titles and white picture are made for.
   setStyleSheet(
       QStringLiteral("#fmProgress { background: #f4f6f9; border: 1px solid #8a97a8 } QLabel { color: black }"));
   setAttribute(Qt::WA_StyledBackground);
-  lbNaslovStatic->setAlignment(Qt::AlignCenter);
-  lbNaslovStatic->setWordWrap(true);
-  static_cast<QFrame*>(bevel)->setFrameShape(QFrame::HLine);
-  lbDetail->setTextFormat(Qt::PlainText);
-  lbErrors->setStyleSheet(QStringLiteral("color: red"));
-  detbar->setTextVisible(false);
-  detbar->setStyleSheet(
+  lbNaslovStatic_->setAlignment(Qt::AlignCenter);
+  lbNaslovStatic_->setWordWrap(true);
+  static_cast<QFrame*>(bevel_)->setFrameShape(QFrame::HLine);
+  lbDetail_->setTextFormat(Qt::PlainText);
+  lbErrors_->setStyleSheet(QStringLiteral("color: red"));
+  detbar_->setTextVisible(false);
+  detbar_->setStyleSheet(
       QStringLiteral("QProgressBar { border: 1px solid #8a97a8; background: white; max-height: 8px }"
                      "QProgressBar::chunk { background: skyblue }"));
 
   auto* column = new QVBoxLayout;
   column->setContentsMargins(14, 10, 14, 8);
   column->setSpacing(5);
-  column->addWidget(lbNaslovStatic, 1);
-  column->addWidget(lbNaslovStd);
-  column->addWidget(bevel);
-  column->addWidget(totbar);
-  column->addWidget(lbDetail);
-  column->addWidget(detbar);
+  column->addWidget(lbNaslovStatic_, 1);
+  column->addWidget(lbNaslovStd_);
+  column->addWidget(bevel_);
+  column->addWidget(totbar_);
+  column->addWidget(lbDetail_);
+  column->addWidget(detbar_);
   column->addStretch();
   auto* status = new QHBoxLayout;
-  status->addWidget(lbStatus, 1);
-  status->addWidget(lbErrors);
+  status->addWidget(lbStatus_, 1);
+  status->addWidget(lbErrors_);
   column->addLayout(status);
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(1, 1, 1, 1);
@@ -122,18 +122,18 @@ void TfmProgress::ShowOneBar(const std::string& title, std::int64_t max) { Start
 void TfmProgress::ShowTwoBars(const std::string& title, std::int64_t max) { Start(EShape::TwoBars, title, max); }
 
 void TfmProgress::Start(EShape shape, const std::string& title, std::int64_t max) {
-  if (!disabledForm) DisableActiveForm();
+  if (!disabled_form_) DisableActiveForm();
   Host().ProcessMessages();
   SetShape(shape);
   SetTitle(title);
-  if (shape != EShape::Simple) SetBar(*totbar, max);
+  if (shape != EShape::Simple) SetBar(*totbar_, max);
   BringUp();
 }
 
 void TfmProgress::DisableActiveForm() {
   // Another program may be in front: then it is the window that the user will come back to.
   QWidget* form = WorkingForm();
-  disabledForm = form;
+  disabled_form_ = form;
   if (form == nullptr) return;
   was_active_ = form->isActiveWindow();
   focused_ = form->focusWidget();
@@ -143,18 +143,18 @@ void TfmProgress::DisableActiveForm() {
 void TfmProgress::SetShape(EShape shape) {
   const bool bars = shape != EShape::Simple;
   const bool detail = shape == EShape::TwoBars;
-  lbNaslovStatic->setVisible(!bars);
-  lbNaslovStd->setVisible(bars);
-  bevel->setVisible(bars);
-  totbar->setVisible(bars);
-  detbar->setVisible(detail);
-  lbDetail->setVisible(detail);
+  lbNaslovStatic_->setVisible(!bars);
+  lbNaslovStd_->setVisible(bars);
+  bevel_->setVisible(bars);
+  totbar_->setVisible(bars);
+  detbar_->setVisible(detail);
+  lbDetail_->setVisible(detail);
 }
 
 void TfmProgress::BringUp() {
   if (!isVisible()) {
-    for (QLabel* label : {lbDetail, lbStatus, lbErrors}) label->clear();
-    if (const QScreen* screen = disabledForm ? disabledForm->screen() : QApplication::primaryScreen()) {
+    for (QLabel* label : {lbDetail_, lbStatus_, lbErrors_}) label->clear();
+    if (const QScreen* screen = disabled_form_ ? disabled_form_->screen() : QApplication::primaryScreen()) {
       const QRect desktop = screen->availableGeometry();
       move(desktop.center() - rect().center());
     }
@@ -165,38 +165,38 @@ void TfmProgress::BringUp() {
 }
 
 void TfmProgress::SetTitle(const std::string& title) {
-  lbNaslovStatic->setText(ToQt(title));
-  lbNaslovStd->setText(ToQt(title));
+  lbNaslovStatic_->setText(ToQt(title));
+  lbNaslovStd_->setText(ToQt(title));
   Host().ProcessMessages();
 }
 
 void TfmProgress::StartDetail(const std::string& text, std::int64_t max) {
-  lbDetail->show();
+  lbDetail_->show();
   SetDetailText(text);
-  SetBar(*detbar, max);
+  SetBar(*detbar_, max);
   Host().ProcessMessages();
 }
 
 void TfmProgress::StepDetail() {
-  Step(*detbar);
+  Step(*detbar_);
   StepTotal();
 }
 
-void TfmProgress::StepTotal() { Step(*totbar); }
+void TfmProgress::StepTotal() { Step(*totbar_); }
 
-void TfmProgress::SetDetailMax(std::int64_t max) { SetBar(*detbar, max, detbar->value()); }
-void TfmProgress::SetDetailPosition(std::int64_t position) { detbar->setValue(BarNumber(position)); }
+void TfmProgress::SetDetailMax(std::int64_t max) { SetBar(*detbar_, max, detbar_->value()); }
+void TfmProgress::SetDetailPosition(std::int64_t position) { detbar_->setValue(BarNumber(position)); }
 
 void TfmProgress::SetDetailText(const std::string& text) {
-  const QFontMetrics metrics(lbDetail->font());
-  lbDetail->setText(metrics.elidedText(ToQt(text), Qt::ElideMiddle, width() - kImageSize - 60));
+  const QFontMetrics metrics(lbDetail_->font());
+  lbDetail_->setText(metrics.elidedText(ToQt(text), Qt::ElideMiddle, width() - kImageSize - 60));
 }
 
 void TfmProgress::Finish() {
   hide();
-  if (!disabledForm) return;
-  QWidget* form = disabledForm;
-  disabledForm = nullptr;
+  if (!disabled_form_) return;
+  QWidget* form = disabled_form_;
+  disabled_form_ = nullptr;
   form->setEnabled(true);
   if (was_active_) form->activateWindow();
   if (focused_) focused_->setFocus();

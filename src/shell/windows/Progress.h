@@ -38,16 +38,16 @@ class TfmProgress final : public QWidget, public TProgress {
   void SetShape(EShape shape);
   void BringUp();
 
-  QLabel* lbNaslovStatic;  // title of the shape without bars
-  QLabel* lbNaslovStd;     // title of the others
-  QWidget* bevel;
-  QProgressBar* totbar;
-  QProgressBar* detbar;
-  QLabel* lbDetail;
-  QLabel* lbStatus;
-  QLabel* lbErrors;
+  QLabel* lbNaslovStatic_;  // title of the shape without bars
+  QLabel* lbNaslovStd_;     // title of the others
+  QWidget* bevel_;
+  QProgressBar* totbar_;
+  QProgressBar* detbar_;
+  QLabel* lbDetail_;
+  QLabel* lbStatus_;
+  QLabel* lbErrors_;
 
-  QPointer<QWidget> disabledForm;
+  QPointer<QWidget> disabled_form_;
   QPointer<QWidget> focused_;  // in that form, to get the focus back
   bool was_active_ = false;    // it was in front, and shall be again
 };
