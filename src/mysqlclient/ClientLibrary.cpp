@@ -173,7 +173,7 @@ class TLibraryRows final : public TMyRows {
   const unsigned long* lengths_ = nullptr;
 };
 
-// Servers of old have a TLS that the library no longer takes, and a line that was only to be encrypted where possible
+// Old servers have a TLS that the library no longer takes, and a line that was only to be encrypted where possible
 // is not, then; but for one on which a certificate of ours was to be shown.
 void TLibraryWire::Open(const TMyConnection& connection, const TMyRoute& route, int answer_time) {
   StartLibrary();

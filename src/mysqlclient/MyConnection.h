@@ -116,7 +116,7 @@ class TMyConnection : public TClientConnection {
 
   // Two calls for other threads while one waits for a statement; both do nothing on a connection that is not open.
   // Asks the server, by a connection of its own, to break off the statement that runs, which then ends with the
-  // server's error for that; one that has just ended is none the worse. Returns when the server has taken the word, and
+  // server's error for that; one that has just ended is not touched. Returns when the server has taken the word, and
   // raises when that can't be had within seconds, or when the second connection may have reached another server.
   virtual void CancelRunning() {}
   // Ends the connection below the client, at once and without a word to the server: whoever waits gets the error of a

@@ -18,7 +18,7 @@ class TReadAhead {
    public:
     virtual ~TLine() = default;
     virtual void SendOnly(std::string_view sql) = 0;
-    // Takes the oldest reply off the wire. A statement that failed is nobody's business here; a lost wire raises.
+    // Takes the oldest reply off the wire. A statement that failed is passed over; a lost wire raises.
     virtual void SkipReply() = 0;
   };
 
@@ -27,7 +27,7 @@ class TReadAhead {
 
   // These will be asked for next, in this order. What is on its way stays.
   void Expect(const TStringList& statements) { expected_.assign(statements.begin(), statements.end()); }
-  // Brings it about that the next reply on the wire is that of `sql`, and sends what is expected after it. True when
+  // Sees to it that the next reply on the wire is that of `sql`, and sends what is expected after it. True when
   // other statements are on the wire already, so that the reply is not that of what was sent last.
   bool Ask(std::string_view sql, TLine& line);
   // The wire is closed.

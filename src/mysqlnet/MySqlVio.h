@@ -15,8 +15,8 @@ class TMySqlVio {
   TMySqlVio& operator=(const TMySqlVio&) = delete;
   virtual ~TMySqlVio() = default;
 
-  // How many seconds Connect takes at most, how long Read and Write put up with a peer that does nothing, and after
-  // what time Read gives up one that does too little (twice that at most); 0 is for ever. May be called at any time.
+  // The most seconds that Connect takes and that Read and Write wait for a peer that does nothing. A peer that does too
+  // little is given up by Read after twice that at most. 0 is for ever. May be called at any time.
   virtual void SetTimeout(int seconds) = 0;
   virtual void Connect() = 0;  // raises SocketException with the number of a client error
   virtual void Close() = 0;    // raises nothing, may be called again
@@ -29,7 +29,8 @@ class TMySqlVio {
   virtual std::string Fault() const { return {}; }
   // Nobody on the way can read along, so that a password may be sent as it is.
   virtual bool IsPrivate() const { return false; }
-  // The system's number of what is open below, to be duplicated by who wants to end it from outside; -1: there is none.
+  // The system's number of what is open below, for whoever wants to end it from outside and duplicates it; -1: there is
+  // none.
   virtual int Handle() const { return -1; }
 };
 

@@ -20,7 +20,7 @@ constexpr char kNoOwnKey[] = "no private key of our own certificate could be rea
 constexpr char kNotVerified[] = "certificate not accepted: ";
 constexpr char kServerEnded[] = "the server ended the connection";
 constexpr char kNoTls[] = "the server offers none";
-// Servers of old days know nothing better, and without a look at their certificate little is lost.
+// Old servers know nothing better, and without a look at their certificate little is lost.
 constexpr char kAnyCipher[] = "DEFAULT:@SECLEVEL=0";
 
 struct TFree {

@@ -67,7 +67,7 @@ std::string_view MissingClosing(std::string_view script) {
   return saves && script.find(kSavedSettings.closing) == std::string_view::npos ? kSavedSettings.closing : "";
 }
 
-// Of files of old systems, whose lines end in CR alone.
+// For files of old systems, whose lines end in CR alone.
 void MakeLines(std::string& script) {
   if (script.find('\n') == std::string::npos) std::replace(script.begin(), script.end(), '\r', '\n');
 }

@@ -88,7 +88,8 @@ void TScriptGenerator::AddActions() {
   }
 }
 
-// After a script that ended early too. The line that may come first is for the eye: it is no line of `mtScript`.
+// Also after a script that ended early. The empty line that may come first only sets the closing line apart: it is no
+// line of `mtScript`.
 void TScriptGenerator::AddClosing() {
   if (!editor_.LastLine().empty()) editor_.AddLine({});
   AddScriptLine(std::string(kForeignKeyChecksOn) + ";");

@@ -37,7 +37,7 @@ std::optional<T> WholeNumber(std::string_view text, Form... form) {
   return value;
 }
 
-// Takes a "+" off; a second sign after it is none of ours.
+// Takes a "+" off; a second sign after it makes it no number.
 std::string_view WithoutPlus(std::string_view text) {
   return text.size() > 1 && text[0] == '+' && text[1] != '-' ? text.substr(1) : text;
 }

@@ -5,8 +5,8 @@
 //
 // This is no SQL parser. It recognises what the server prints for "show create table" and what this program generates:
 // CREATE TABLE, CREATE INDEX, ALTER TABLE with one clause, DROP TABLE. It passes over what it doesn't know inside a
-// column definition and is strict wherever structure hangs. Its limits are part of what it is: the comparison relies on
-// it taking exactly this dialect, so none of them is to be mended on its own.
+// column definition and is strict wherever structure depends on it. Its limits are part of what it is: the comparison
+// relies on it taking exactly this dialect, so none of them is to be mended on its own.
 
 #include <algorithm>
 #include <cstddef>

@@ -1,7 +1,7 @@
 #pragma once
 
 // Jet database files as libmdb sees them: pages, rows and the definitions of tables. What the library would follow
-// blindly is held against the file first; still, it may end the process over a damaged file.
+// blindly is checked against the file first; still, it may end the process over a damaged file.
 
 #include <cstddef>
 #include <cstdint>
