@@ -3,43 +3,29 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "odbc/OdbcProvider.h"
+#include "odbc/OdbcTold.h"
 #include "support/FakeOdbc.h"
 #include "support/MessageOf.h"
 #include "support/OdbcSources.h"
+#include "util/Files.h"
 
-namespace velmora {
+namespace velmora::testing {
 namespace {
 
 using ::testing::ElementsAre;
-using testing::EOdbcFault;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using testing::MessageOf;
-using testing::TFakeOdbc;
 
 constexpr char kDriver[] = VELMORA_FAKE_DRIVERS "/odbc.so";
 constexpr char kOldDriver[] = VELMORA_FAKE_DRIVERS "/odbc-old.so";
 
 // Columns of catalog calls, as far as they are read.
-const std::vector<std::string> kTables(4, "X");
-const std::vector<std::string> kColumns(18, "X");
-const std::vector<std::string> kStatistics(9, "X");
-const std::vector<std::string> kKeys(6, "X");
+constexpr std::size_t kTables = 4, kStatistics = 9, kKeys = 6;
 constexpr std::nullopt_t kNull = std::nullopt;
 
-TFakeOdbc::TRow Column(const std::string& name, int type, const std::string& size = "10") {
-  TFakeOdbc::TRow row(18);
-  row[2] = "t";
-  row[3] = name;
-  row[4] = std::to_string(type);
-  row[6] = size;
-  return row;
-}
-
 TFakeOdbc::TRow Index(const std::string& name, const std::string& column, const std::optional<std::string>& ordinal,
-                      bool unique = true) {
-  return {"shop", kNull, "t", unique ? "0" : "1", kNull, name, "3", ordinal, column};
+                      const std::optional<std::string>& non_unique = "0") {
+  return {"shop", kNull, "t", non_unique, kNull, name, "3", ordinal, column};
 }
 
 TFakeOdbc::TRow Key(const std::string& column, const std::optional<std::string>& place,
@@ -47,22 +33,11 @@ TFakeOdbc::TRow Key(const std::string& column, const std::optional<std::string>&
   return {"shop", kNull, "t", column, place, name};
 }
 
-std::string TextOf(const TOLEDBIndexRow& row) {
-  return row.INDEX_NAME + "." + std::to_string(row.ORDINAL_POSITION) + " " + row.COLUMN_NAME +
-         (row.PRIMARY_KEY ? " primary" : "") + (row.UNIQUE ? " unique" : "");
-}
-
 class OdbcDriverTest : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    testing::AddOdbcSource("played", kDriver);
-    testing::AddOdbcSource("played-old", kOldDriver);
-  }
-
-  static std::unique_ptr<TOLEDBProvider> NewProvider(const std::string& source = "played") {
-    TInitString properties;
-    properties.Set("Data Source", source);
-    return NewOdbcProvider(properties);
+    AddOdbcSource("played", kDriver);
+    AddOdbcSource("played-old", kOldDriver);
   }
 
   void SetUp() override {
@@ -70,10 +45,10 @@ class OdbcDriverTest : public ::testing::Test {
     source_.TakeLog();
   }
 
-  std::vector<std::string> Indexes() {
-    std::vector<std::string> texts;
-    for (const TOLEDBIndexRow& row : provider_->Indexes("t")) texts.push_back(TextOf(row));
-    return texts;
+  std::string Indexes() {
+    std::string told;
+    for (const TOLEDBIndexRow& row : provider_->Indexes("t")) told += Told(row);
+    return told;
   }
   std::string OpenError(const std::string& sql = "q") {
     return MessageOf([&] {
@@ -82,9 +57,14 @@ class OdbcDriverTest : public ::testing::Test {
     });
   }
 
-  TFakeOdbc& source_ = testing::FakeOdbcOf(kDriver);
-  std::unique_ptr<TOLEDBProvider> provider_ = NewProvider();
+  TFakeOdbc& source_ = FakeOdbcOf(kDriver);
+  std::unique_ptr<TOLEDBProvider> provider_ = OdbcProviderOf("played");
 };
+
+TEST_F(OdbcDriverTest, TellsOfASchema) {
+  source_.Add(ReadPlayedAnswers(kOdbcCases + "played.txt"));
+  EXPECT_EQ(Told(*provider_), ReadFileText(kOdbcCases + "played.golden"));
+}
 
 TEST_F(OdbcDriverTest, Login) {
   TInitString properties("Data Source=played;User ID=scott;Password=tiger;Connect Timeout=5");
@@ -106,135 +86,69 @@ TEST_F(OdbcDriverTest, CatalogsAndTables) {
                {"a", kNull, kNull, kNull},
                {"shop", kNull, kNull, kNull}});
   EXPECT_THAT(provider_->Catalogs(), ElementsAre("shop", "a"));
-  source_.Add("tables", kTables,
-              {{"shop", kNull, "t", "TABLE"}, {"sXop", kNull, "other", "TABLE"}, {kNull, kNull, "v", "VIEW"}});
-  source_.catalog = "s_op";
-  EXPECT_EQ(provider_->Tables().size(), 1U) << "of another catalog that fits the pattern";
-  source_.catalog = "SHOP";
-  EXPECT_EQ(provider_->Tables().size(), 2U) << "in other letters";
-  source_.catalog = "shop";
-  const auto tables = provider_->Tables();
-  ASSERT_EQ(tables.size(), 2U);
-  EXPECT_EQ(tables[1].TABLE_NAME + " " + tables[1].TABLE_TYPE, "v VIEW");
-  source_.answers["tables"].rows.push_back({"Shop", kNull, "third", "TABLE"});
-  EXPECT_EQ(provider_->Tables().size(), 2U) << "letters count where they tell catalogs apart";
+  TFakeOdbc::TAnswer& tables =
+      source_.Add("tables", kTables,
+                  {{"shop", kNull, "t", "TABLE"}, {"sXop", kNull, "other", "TABLE"}, {kNull, kNull, "v", "VIEW"}});
+  const auto count_in = [&](const char* catalog) {
+    source_.catalog = catalog;
+    return provider_->Tables().size();
+  };
+  EXPECT_EQ(count_in("s_op"), 1U) << "of another catalog that fits the pattern";
+  EXPECT_EQ(count_in("SHOP"), 2U) << "in other letters";
+  tables.rows.push_back({"Shop", kNull, "third", "TABLE"});
+  EXPECT_EQ(count_in("shop"), 2U) << "letters count where they tell catalogs apart";
   source_.TakeLog();
   for (const char* none : {"", "null"}) {
-    source_.catalog = none;
-    EXPECT_EQ(provider_->Tables().size(), 4U);
+    EXPECT_EQ(count_in(none), 4U);
     EXPECT_THAT(source_.TakeLog(), ElementsAre("in -", "tables"));
   }
 }
 
-TEST_F(OdbcDriverTest, Columns) {
-  const struct {
-    int type;
-    std::uint16_t data_type;
-    std::uint32_t flags;
-  } kTypes[] = {{-7, 11, 16},   {-6, 16, 16},  {5, 2, 16},    {4, 3, 16},      {-5, 20, 16},  {7, 4, 16},
-                {6, 5, 16},     {8, 5, 16},    {3, 131, 16},  {2, 131, 16},    {1, 129, 16},  {12, 129, 0},
-                {-1, 129, 128}, {-8, 130, 16}, {-9, 130, 0},  {-10, 130, 128}, {-2, 128, 16}, {-3, 128, 0},
-                {-4, 128, 128}, {91, 133, 16}, {9, 133, 16},  {92, 134, 16},   {10, 134, 16}, {93, 135, 16},
-                {11, 135, 16},  {-11, 72, 16}, {113, 113, 0}, {-152, 65384, 0}};
-  TFakeOdbc::TAnswer& answer = source_.Add("columns t", kColumns);
-  source_.Add("select * from `t` where 1=0", {});
-  source_.answers["select * from `t` where 1=0"].columns = {{"none"}};
-  for (const auto& c : kTypes) answer.rows.push_back(Column("c" + std::to_string(c.type), c.type));
-  const auto columns = provider_->Columns("t");
-  ASSERT_EQ(columns.size(), std::size(kTypes));
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    EXPECT_EQ(columns[i].DATA_TYPE, kTypes[i].data_type) << kTypes[i].type;
-    EXPECT_EQ(columns[i].COLUMN_FLAGS, kTypes[i].flags) << kTypes[i].type;
-    EXPECT_EQ(columns[i].ORDINAL_POSITION, i + 1) << "counted where the driver gives none";
-    EXPECT_TRUE(columns[i].IS_NULLABLE);
-    EXPECT_EQ(columns[i].COLUMN_DEFAULT, std::nullopt);
-  }
-}
-
-TEST_F(OdbcDriverTest, WhatColumnsHave) {
-  TFakeOdbc::TRow text = Column("text", 12, "17179869180"), number = Column("number", 3, "70000"),
-                  count = Column("count", 4, "-10"), other = Column("other", 12);
-  number[8] = "99999";
-  number[10] = "0";
-  number[12] = "'NULL'";
-  number[16] = "7";
-  count[8] = "10";
-  count[10] = "2";
-  count[12] = "NULL";
-  count[16] = "-3";
-  text[12] = "TRUNCATED";
-  other[2] = "tX";
-  source_.Add("columns t\\_\\%\\\\", kColumns, {text, number, count, other});
-  for (TFakeOdbc::TRow& row : source_.answers["columns t\\_\\%\\\\"].rows)
-    if (row[2] == "t") row[2] = "t_%\\";
-  source_.answers["select * from `t_%\\` where 1=0"].columns = {
-      {"text", 12, true}, {"number", 3, true}, {"count", 4, true}};
-  const auto columns = provider_->Columns("t_%\\");
-  ASSERT_EQ(columns.size(), 3U) << "those of a table that only fits the pattern are left out";
-  EXPECT_EQ(columns[0].CHARACTER_MAXIMUM_LENGTH, 4294967295U);
-  EXPECT_EQ(columns[0].NUMERIC_PRECISION, 0);
-  EXPECT_EQ(columns[0].COLUMN_DEFAULT, std::nullopt);
-  EXPECT_EQ(columns[0].DATA_TYPE, kDbTypeStr);
-  EXPECT_EQ(columns[1].NUMERIC_PRECISION, 65535);
-  EXPECT_EQ(columns[1].NUMERIC_SCALE, 32767);
-  EXPECT_EQ(columns[1].COLUMN_DEFAULT, "'NULL'");
-  EXPECT_EQ(columns[1].ORDINAL_POSITION, 7U);
-  EXPECT_FALSE(columns[1].IS_NULLABLE);
-  EXPECT_EQ(columns[2].DATA_TYPE, kDbTypeUI4) << "no sign";
-  EXPECT_EQ(columns[2].NUMERIC_PRECISION, 0);
-  EXPECT_EQ(columns[2].NUMERIC_SCALE, 0) << "only decimals have digits";
-  EXPECT_EQ(columns[2].COLUMN_DEFAULT, std::nullopt);
-  EXPECT_TRUE(columns[2].IS_NULLABLE) << "unknown";
-  EXPECT_EQ(columns[2].ORDINAL_POSITION, 0U);
-}
-
+// Which of the indexes n, ub and uba is the primary key, by what the driver says of keys, and what is added after them.
 TEST_F(OdbcDriverTest, PrimaryKeys) {
-  const std::vector<TFakeOdbc::TRow> kIndexRows = {
-      {"shop", kNull, "t", kNull, kNull, kNull, "0", kNull, kNull},  // of the table as such
-      Index("n", "b", "1", false),
-      Index("ub", "b", "1"),
-      Index("uba", "b", "1"),
-      Index("uba", "a", "2"),
-      {"shop", kNull, "other", "0", kNull, "o", "3", "1", "a"},
-  };
-  const std::vector<std::string> kPlain = {"n.1 b", "ub.1 b unique", "uba.1 b unique", "uba.2 a unique"};
-  const auto with = [&](std::size_t from, std::size_t to, std::vector<std::string> more = {}) {
-    std::vector<std::string> texts = kPlain;
-    for (std::size_t i = from; i < to; ++i) texts[i].insert(texts[i].find(" unique"), " primary");
-    texts.insert(texts.end(), more.begin(), more.end());
-    return texts;
-  };
+  source_.Add("statistics t", kStatistics,
+              {{"shop", kNull, "t", kNull, kNull, kNull, "0", kNull, kNull},  // of the table as such
+               Index("n", "b", "1", "1"),
+               Index("ub", "b", "1"),
+               Index("uba", "b", "1"),
+               Index("uba", "a", "2"),
+               {"shop", kNull, "other", "0", kNull, "o", "3", "1", "a"}});
   const struct {
     const char* name;
     std::vector<TFakeOdbc::TRow> keys;
-    std::vector<std::string> indexes;
+    const char* primary;  // index
+    const char* added;
   } kCases[] = {
-      {"none", {}, kPlain},
-      {"named", {Key("b", "1", "ub")}, with(1, 2)},
-      {"by its columns, in the order of the table", {Key("a", "1"), Key("b", "2")}, with(2, 4)},
-      {"by its columns, with a name of its own", {Key("b", "1", "constraint")}, with(1, 2)},
+      {"none", {}, "", ""},
+      {"named", {Key("b", "1", "ub")}, "ub", ""},
+      {"by its columns, in the order of the table", {Key("a", "1"), Key("b", "2")}, "uba", ""},
+      {"by its columns, with a name of its own", {Key("b", "1", "constraint")}, "ub", ""},
       {"without an index",
        {Key("c", "2", "pk"), Key("d", "1", "pk")},
-       with(0, 0, {"pk.1 d primary unique", "pk.2 c primary unique"})},
+       "",
+       "  index pk.1 d primary unique\n  index pk.2 c primary unique\n"},
       {"without an index and a name",
        {Key("c", kNull), Key("a", kNull)},
-       with(0, 0, {"PRIMARY.1 c primary unique", "PRIMARY.2 a primary unique"})},
-      {"two of them", {Key("b", "1", "ub"), Key("a", "1", "other")}, with(1, 2)},
+       "",
+       "  index PRIMARY.1 c primary unique\n  index PRIMARY.2 a primary unique\n"},
+      {"two of them", {Key("b", "1", "ub"), Key("a", "1", "other")}, "ub", ""},
   };
-  source_.Add("statistics t", kStatistics, kIndexRows);
   for (const auto& c : kCases) {
     source_.Add("primary keys t", kKeys, c.keys);
-    EXPECT_EQ(Indexes(), c.indexes) << c.name;
+    const auto mark = [&](const char* index) {
+      return std::string_view(index) == c.primary ? " primary unique\n" : " unique\n";
+    };
+    EXPECT_EQ(Indexes(), std::string("  index n.1 b\n  index ub.1 b") + mark("ub") + "  index uba.1 b" + mark("uba") +
+                             "  index uba.2 a" + mark("uba") + c.added)
+        << c.name;
   }
 }
 
 TEST_F(OdbcDriverTest, IndexesWithoutOrdinalsOrUniqueness) {
-  TFakeOdbc::TRow vague = Index("v", "c", kNull);
-  vague[3] = kNull;
   source_.Add("statistics t", kStatistics,
-              {Index("i", "a", kNull), Index("j", "b", "junk"), Index("i", "b", kNull), vague});
+              {Index("i", "a", kNull), Index("j", "b", "junk"), Index("i", "b", kNull), Index("v", "c", kNull, kNull)});
   source_.Add("primary keys t", kKeys);
-  EXPECT_THAT(Indexes(), ElementsAre("i.1 a unique", "j.1 b unique", "i.2 b unique", "v.1 c"));
+  EXPECT_EQ(Indexes(), "  index i.1 a unique\n  index j.1 b unique\n  index i.2 b unique\n  index v.1 c\n");
 }
 
 // Calls that a driver does not have, or not for this source, leave nothing behind; other errors pass on.
@@ -243,14 +157,14 @@ TEST_F(OdbcDriverTest, MissingCalls) {
   EXPECT_THAT(provider_->Catalogs(), IsEmpty());
   source_.answers["statistics t"].errors = {{"IM001", "no such call"}};
   source_.Add("primary keys t", kKeys, {Key("a", "1", "pk")});
-  EXPECT_THAT(Indexes(), ElementsAre("pk.1 a primary unique"));
+  EXPECT_EQ(Indexes(), "  index pk.1 a primary unique\n");
   source_.answers["primary keys t"].errors = {{"42000", "not for you"}};
   EXPECT_EQ(MessageOf([&] { provider_->Indexes("t"); }), "not for you");
 
-  testing::FakeOdbcOf(kOldDriver);
-  provider_ = NewProvider("played-old");
+  FakeOdbcOf(kOldDriver);
+  provider_ = OdbcProviderOf("played-old");
   provider_->Initialize();
-  EXPECT_THAT(Indexes(), IsEmpty());
+  EXPECT_EQ(Indexes(), "");
 }
 
 TEST_F(OdbcDriverTest, LongValues) {
@@ -369,4 +283,4 @@ TEST_F(OdbcDriverTest, ALostConnectionIsClosed) {
 }
 
 }  // namespace
-}  // namespace velmora
+}  // namespace velmora::testing

@@ -2,12 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include "odbc/OdbcStrings.h"
 #include "odbc/OdbcTypes.h"
 #include "support/MessageOf.h"
-#include "util/Dates.h"
 
 namespace velmora {
 namespace {
@@ -94,45 +91,6 @@ TEST(OdbcStringsTest, Timeout) {
   for (const char* bad : {"soon", "-1", "99999999999"}) {
     properties.Set("Connect Timeout", bad);
     EXPECT_EQ(testing::MessageOf([&] { LoginTimeout(properties); }), "\"Connect Timeout\" is no number of seconds");
-  }
-}
-
-TEST(OdbcTypesTest, Values) {
-  const TVariant kNothing;
-  const struct {
-    int type;
-    std::string text;
-    TVariant value;
-  } kCases[] = {
-      {4, "-12", std::int64_t{-12}},
-      {-5, "9223372036854775807", std::numeric_limits<std::int64_t>::max()},
-      {-5, "18446744073709551615", "18446744073709551615"},
-      {4, "many", "many"},
-      {8, "1e20", 1e20},
-      {8, "nan", "nan"},
-      {3, ".50", "0.50"},
-      {2, "-.50", "-0.50"},
-      {3, "-12345678901234567890.123", "-12345678901234567890.123"},
-      {91, "2001-02-03", TMoment{EncodeDate(2001, 2, 3)}},
-      {9, "2001-02-30", "2001-02-30"},
-      {91, "0000-00-00", kNothing},
-      {92, "04:05:06", TMoment{EncodeTime(4, 5, 6)}},
-      {92, "-01:00:00", "-01:00:00"},
-      {93, "2001-02-03 04:05:06.5", TMoment{EncodeDate(2001, 2, 3) + EncodeTime(4, 5, 6, 500)}},
-      {11, "2001-02-03 04:05:06.", TMoment{EncodeDate(2001, 2, 3) + EncodeTime(4, 5, 6)}},
-      {93, "now.soon", "now.soon"},
-      {93, "", ""},
-      {-7, std::string(1, '\1'), true},
-      {-7, std::string(1, '\0'), false},
-      {-7, "", false},
-  };
-  for (const auto& c : kCases) {
-    const TVariant value = FindOdbcType(c.type)->read(c.text);
-    ASSERT_EQ(value.index(), c.value.index()) << c.type << " " << c.text;
-    if (const auto* moment = std::get_if<TMoment>(&value))
-      EXPECT_NEAR(moment->value, std::get<TMoment>(c.value).value, 1e-8) << c.text;
-    else
-      EXPECT_EQ(value, c.value) << c.text;
   }
 }
 

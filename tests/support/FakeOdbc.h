@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include "support/PlayedAnswers.h"
+
 namespace velmora::testing {
 
 // What a driver may do wrong when it gives a value.
@@ -57,12 +59,17 @@ struct TFakeOdbc {
   std::vector<std::string> log;
 
   // Adds an answer of text columns.
-  TAnswer& Add(const std::string& what, const std::vector<std::string>& columns, std::vector<TRow> rows = {}) {
-    TAnswer& answer = answers[what];
-    answer = {};
-    for (const std::string& name : columns) answer.columns.push_back({name});
-    answer.rows = std::move(rows);
-    return answer;
+  TAnswer& Add(const std::string& what, std::size_t columns, std::vector<TRow> rows = {}) {
+    return answers[what] = {.columns = std::vector<TColumn>(columns, {"X"}), .rows = std::move(rows)};
+  }
+  // Adds answers that stand in a file. A type is a number, ",unsigned" or ",counted" after it; none is a text.
+  void Add(const TPlayedAnswers& played) {
+    for (const auto& [what, answer] : played) {
+      answers[what] = {.rows = answer.rows};
+      for (const auto& [name, type] : answer.columns)
+        answers[what].columns.push_back(
+            {name, type == name ? 12 : std::stoi(type), type.ends_with(",unsigned"), type.ends_with(",counted")});
+    }
   }
   std::vector<std::string> TakeLog() { return std::exchange(log, {}); }
 };
