@@ -191,25 +191,24 @@ TEST_F(OdbcDriverTest, LongValues) {
 }
 
 TEST_F(OdbcDriverTest, NonsenseLengths) {
+  constexpr int kText = 12, kBytes = -4;
   const struct {
     EOdbcFault fault;
-    int type;
+    std::vector<int> types;
     const char* message;
   } kCases[] = {
-      {EOdbcFault::NegativeLength, 12, "The ODBC driver gave an impossible length (-77) for a value of column c"},
-      {EOdbcFault::NegativeLength, -4, "The ODBC driver gave an impossible length (-77) for a value of column c"},
-      {EOdbcFault::WholeTooLong, 12, "The ODBC driver gave an impossible length (65536000) for a value of column c"},
-      {EOdbcFault::WholeTooLong, -4, "The ODBC driver gave an impossible length (65536000) for a value of column c"},
-      {EOdbcFault::NoProgress, 12, "The ODBC driver gave an impossible length (-4) for a value of column c"},
-      {EOdbcFault::UnknownLength, -4, "The ODBC driver gave an impossible length (-4) for a value of column c"},
-      {EOdbcFault::Endless, 12, "A value of column c is longer than 268435456 bytes"},
-      {EOdbcFault::Endless, -4, "A value of column c is longer than 268435456 bytes"},
+      {EOdbcFault::NegativeLength, {kText, kBytes}, "gave an impossible length (-77) for a value of column c"},
+      {EOdbcFault::WholeTooLong, {kText, kBytes}, "gave an impossible length (65536000) for a value of column c"},
+      {EOdbcFault::NoProgress, {kText}, "gave an impossible length (-4) for a value of column c"},
+      {EOdbcFault::UnknownLength, {kBytes}, "gave an impossible length (-4) for a value of column c"},
+      {EOdbcFault::Endless, {kText, kBytes}, "A value of column c is longer than 268435456 bytes"},
   };
-  for (const auto& c : kCases) {
-    source_.fault = c.fault;
-    source_.answers["q"] = {.columns = {{"c", c.type}}, .rows = {{"value"}}};
-    EXPECT_EQ(OpenError(), c.message);
-  }
+  for (const auto& c : kCases)
+    for (const int type : c.types) {
+      source_.fault = c.fault;
+      source_.answers["q"] = {.columns = {{"c", type}}, .rows = {{"value"}}};
+      EXPECT_THAT(OpenError(), ::testing::EndsWith(c.message));
+    }
   source_.fault = EOdbcFault::NegativeLength;
   source_.Add("tables", kTables, {{"shop", kNull, "t", "TABLE"}});
   EXPECT_THAT(MessageOf([&] { provider_->Tables(); }), HasSubstr("an impossible length (-77)"));

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "odbc/OdbcStrings.h"
-#include "odbc/OdbcTypes.h"
 #include "support/MessageOf.h"
 
 namespace velmora {
@@ -92,13 +91,6 @@ TEST(OdbcStringsTest, Timeout) {
     properties.Set("Connect Timeout", bad);
     EXPECT_EQ(testing::MessageOf([&] { LoginTimeout(properties); }), "\"Connect Timeout\" is no number of seconds");
   }
-}
-
-// A number that is none of ODBC's goes on as it is, unless the engine would take it for a type.
-TEST(OdbcTypesTest, UnknownNumbers) {
-  const std::pair<int, int> kCases[] = {{-99, 65437}, {101, 101}, {16, 0}, {72, 0}, {130, 0}, {400, 400}, {0, 0}};
-  for (const auto& [number, type] : kCases) EXPECT_EQ(UnknownDbType(number), type);
-  EXPECT_EQ(FindOdbcType(-99), nullptr);
 }
 
 }  // namespace

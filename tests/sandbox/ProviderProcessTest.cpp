@@ -11,9 +11,9 @@
 #include <string>
 #include <utility>
 
-#include "support/FakeOLEDB.h"
 #include "support/MessageOf.h"
 #include "support/ScratchFolder.h"
+#include "util/Errors.h"
 #include "util/Files.h"
 
 namespace velmora::testing {
@@ -35,8 +35,10 @@ class TBadDriver : public TOLEDBProvider {
   bool Initialized() const override { return open_; }
   TStringList Catalogs() override { return {"a", "ü"}; }
   std::vector<TOLEDBTableRow> Tables() override { return {{"t", "TABLE"}}; }
-  std::vector<TOLEDBColumnRow> Columns(const std::string& table) override { return {Column(table, kDbTypeI4, 7)}; }
-  std::vector<TOLEDBIndexRow> Indexes(const std::string& table) override { return {IndexColumn("i", table, 2)}; }
+  std::vector<TOLEDBColumnRow> Columns(const std::string& table) override {
+    return {{.TABLE_NAME = table, .COLUMN_NAME = "c", .CHARACTER_MAXIMUM_LENGTH = 7}};
+  }
+  std::vector<TOLEDBIndexRow> Indexes(const std::string& table) override { return {{table, "i", true, false, 2, "c"}}; }
   TOLEDBRowset Open(const std::string& sql) override {
     TOLEDBRowset rowset;
     rowset.fields = {{"c", EFieldKind::Bcd, 4}};
@@ -73,7 +75,7 @@ TEST(ProviderProcessTest, EveryOperationComesThrough) {
   EXPECT_THAT(provider->Catalogs(), ElementsAre("a", "ü"));
   EXPECT_EQ(provider->Tables().at(0).TABLE_NAME, "t");
   EXPECT_EQ(provider->Columns("k").at(0).CHARACTER_MAXIMUM_LENGTH, 7U);
-  EXPECT_EQ(provider->Indexes("k").at(0).COLUMN_NAME, "k");
+  EXPECT_EQ(provider->Indexes("k").at(0).TABLE_NAME, "k");
   const TOLEDBRowset rowset = provider->Open("select ü");
   EXPECT_EQ(rowset.fields.at(0).kind, EFieldKind::Bcd);
   EXPECT_THAT(rowset.is_autoincrement, ElementsAre(true));

@@ -34,18 +34,14 @@ struct TFakeOLEDB {
     log.push_back(line);
     if (const auto error = errors.find(line); error != errors.end()) RaiseError(error->second);
   }
-  // A table of the columns, numbered in this order, and of the indexes; both get its name.
-  void AddTable(const std::string& name, std::vector<TOLEDBColumnRow> its_columns,
-                std::vector<TOLEDBIndexRow> its_indexes = {}) {
-    std::uint32_t ordinal = 0;
-    for (TOLEDBColumnRow& row : its_columns) {
-      row.TABLE_NAME = name;
-      row.ORDINAL_POSITION = ++ordinal;
-    }
-    for (TOLEDBIndexRow& row : its_indexes) row.TABLE_NAME = name;
+  // A table of columns of one type, in this order.
+  void AddTable(const std::string& name, const TStringList& names, std::uint16_t type = kDbTypeI4) {
     tables.push_back({name, "TABLE"});
-    columns[name] = std::move(its_columns);
-    indexes[name] = std::move(its_indexes);
+    for (const std::string& column : names)
+      columns[name].push_back({.TABLE_NAME = name,
+                               .COLUMN_NAME = column,
+                               .ORDINAL_POSITION = static_cast<std::uint32_t>(columns[name].size() + 1),
+                               .DATA_TYPE = type});
   }
   // Rows of texts, numbers and nulls under fields of these names.
   void Answer(const std::string& sql, const TStringList& fields, TRowsOfValues rows) {
@@ -149,28 +145,6 @@ class TFakeOLEDBProvider final : public TOLEDBProvider {
   TInitString properties_;
   bool open_ = false;
 };
-
-// A column that takes null, without a default; what is not named is 0.
-inline TOLEDBColumnRow Column(const std::string& name, std::uint16_t data_type, std::uint32_t length = 0,
-                              std::uint32_t flags = 0) {
-  TOLEDBColumnRow row;
-  row.COLUMN_NAME = name;
-  row.DATA_TYPE = data_type;
-  row.CHARACTER_MAXIMUM_LENGTH = length;
-  row.COLUMN_FLAGS = flags;
-  return row;
-}
-
-inline TOLEDBIndexRow IndexColumn(const std::string& index, const std::string& column, std::uint32_t ordinal = 1,
-                                  bool unique = false, bool primary = false) {
-  TOLEDBIndexRow row;
-  row.INDEX_NAME = index;
-  row.COLUMN_NAME = column;
-  row.ORDINAL_POSITION = ordinal;
-  row.UNIQUE = unique;
-  row.PRIMARY_KEY = primary;
-  return row;
-}
 
 inline TOLEDBProviderMaker TFakeOLEDB::Maker() {
   return [this](const TInitString& properties) { return std::make_unique<TFakeOLEDBProvider>(*this, properties); };

@@ -14,10 +14,8 @@
 namespace velmora {
 namespace {
 
-using testing::Column;
 using testing::DumpMeta;
 using ::testing::ElementsAre;
-using testing::IndexColumn;
 using testing::MessageOf;
 using testing::TFakeOLEDB;
 using std::string_literals::operator""s;
@@ -77,7 +75,7 @@ TEST_F(OLEDBEngineTest, ListsConnectAsTheyNeed) {
 }
 
 TEST_F(OLEDBEngineTest, ReconnectKeepsTheStore) {
-  backend.AddTable("T", {Column("a", kDbTypeI4)});
+  backend.AddTable("T", {"a"});
   EXPECT_EQ(Fetch(engine), "nothing raised");
   backend.TakeLog();
   engine.Reconnect();
@@ -88,7 +86,7 @@ TEST_F(OLEDBEngineTest, ReconnectKeepsTheStore) {
 }
 
 TEST_F(OLEDBEngineTest, ACloneHasTheStoreOrAConnection) {
-  backend.AddTable("T", {Column("a", kDbTypeI4)});
+  backend.AddTable("T", {"a"});
   EXPECT_EQ(Fetch(engine), "nothing raised");
   const std::unique_ptr<TDBConn> connected = engine.Clone();
   EXPECT_TRUE(connected->GetConnected());
@@ -211,7 +209,8 @@ TEST_F(OLEDBEngineTest, WritesColumnsAndConstraints) {
 }
 
 TEST_F(OLEDBEngineTest, SendsStatementsAndKeepsTheStoreTrue) {
-  backend.AddTable("T", {Column("a", kDbTypeI4), Column("b", kDbTypeI4)}, {IndexColumn("k", "a")});
+  backend.AddTable("T", {"a", "b"});
+  backend.indexes["T"] = {{"T", "k", false, false, 1, "a"}};
   backend.affected = 4;
   EXPECT_EQ(Fetch(engine), "nothing raised");
   std::string seen;

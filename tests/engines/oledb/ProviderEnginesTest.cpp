@@ -19,7 +19,6 @@
 namespace velmora {
 namespace {
 
-using testing::Column;
 using testing::MessageOf;
 
 const std::string kAbstract = MessageOf([] { RaiseAbstract(); });
@@ -96,7 +95,7 @@ const struct {
 };
 
 TEST_F(ProviderEnginesTest, WhatEachEngineAnswers) {
-  backend.AddTable("T", {Column("a", kDbTypeI4)});
+  backend.AddTable("T", {"a"});
   std::string told;
   for (const TMaker make : kEngines) {
     told += "engine " + std::to_string(make(backend.Maker())->GetEngine()) + "\n";
@@ -153,6 +152,58 @@ TEST_F(ProviderEnginesTest, TheirTypes) {
     TNumber length, precision, scale;
     odbc.DecodeColumn(alias, {}, {}, {}, type, length, precision, scale);
     EXPECT_EQ(NeutralTag(type), alias[0] == 'n' ? "<DECIMAL>" : "<FLOAT>");
+  }
+}
+
+// --- Chunks by a primary key of one column
+
+TEST_F(ProviderEnginesTest, ChunksByAKeyOfOneColumn) {
+  backend.Answer(testing::ReadPlayedAnswers(kGoldens + "keyed.txt"));
+  TDBConnAccess access("/dev/null", "", "", backend.Maker());
+  TDBConnSQLServer sqlserver("h", "d", "u", "p", false, backend.Maker());
+  access.Connect();
+  sqlserver.Connect();
+  const struct {
+    TDBConnOLEDB& conn;
+    int first, count;
+    const char* sent;
+  } kCases[] = {
+      {access, 1, 5, "select top 5 * from [one]"},
+      {access, 6, 5, "select top 5 * from [one] where id not in (select top 5 id from [one])"},
+      {sqlserver, 1, 5, "select top 5 * from [one] where id not in (select top 0 id from [one])"},
+      {sqlserver, 101, 100, "select top 100 * from [one] where id not in (select top 100 id from [one])"},
+  };
+  for (const auto& c : kCases) {
+    EXPECT_TRUE(c.conn.SupportsChunks("one"));
+    c.conn.OpenTableDataChunk("one", c.first, c.count);
+    EXPECT_EQ(backend.log.back(), c.sent);
+    for (const std::string table : {"two", "none"}) {
+      EXPECT_FALSE(c.conn.SupportsChunks(table));
+      EXPECT_EQ(MessageOf([&] { c.conn.OpenTableDataChunk(table, c.first, c.count); }),
+                "Table " + table + " can not be opened in chunks!");
+    }
+  }
+}
+
+// An engine that takes any table for one with chunks, for the messages after that one.
+template <class Conn>
+struct TBold final : Conn {
+  using Conn::Conn;
+  bool SupportsChunks(const std::string&) override { return true; }
+};
+
+TEST_F(ProviderEnginesTest, SayWhatIsWrongWithAKey) {
+  backend.Answer(testing::ReadPlayedAnswers(kGoldens + "keyed.txt"));
+  TBold<TDBConnAccess> access("/dev/null", "", "", backend.Maker());
+  TBold<TDBConnSQLServer> sqlserver("h", "d", "u", "p", false, backend.Maker());
+  const std::pair<TDBConnOLEDB&, std::string> kEnginesByClass[] = {{access, "TDBConnAccess"},
+                                                                   {sqlserver, "TDBConnSQLServer"}};
+  for (const auto& [conn, name] : kEnginesByClass) {
+    conn.Connect();
+    EXPECT_EQ(MessageOf([&, &conn = conn] { conn.OpenTableDataChunk("none", 1, 5); }),
+              name + ".OpenTableDataChunk: Table none does not have a primary key!");
+    EXPECT_EQ(MessageOf([&, &conn = conn] { conn.OpenTableDataChunk("two", 1, 5); }),
+              name + ".OpenTableDataChunk: Table two has a multiple columns primary key!");
   }
 }
 

@@ -62,34 +62,6 @@ TEST_F(SQLServerEngineTest, RefusesWhatItCannotRead) {
   }
 }
 
-TEST_F(SQLServerEngineTest, ReadsChunksByAClusteredColumn) {
-  for (const char* table : {"wide", "far %s"}) {
-    EXPECT_FALSE(engine.SupportsChunks(table));
-    EXPECT_EQ(MessageOf([&] { engine.OpenTableDataChunk(table, 1, 5); }),
-              "Table "s + table + " can not be opened in chunks!");
-  }
-  EXPECT_TRUE(engine.SupportsChunks("customers"));
-  engine.OpenTableDataChunk("customers", 1, 5);
-  EXPECT_EQ(backend.log.back(), "select top 5 * from [customers] where id not in (select top 0 id from [customers])");
-  engine.OpenTableDataChunk("customers", 101, 100);
-  EXPECT_EQ(backend.log.back(),
-            "select top 100 * from [customers] where id not in (select top 100 id from [customers])");
-}
-
-// The messages after the first one, for an engine that takes any table for one with chunks.
-TEST_F(SQLServerEngineTest, SaysWhatIsWrongWithAKey) {
-  struct TBold final : TDBConnSQLServer {
-    using TDBConnSQLServer::TDBConnSQLServer;
-    bool SupportsChunks(const std::string&) override { return true; }
-  };
-  TBold bold("h", "d", "u", "p", false, backend.Maker());
-  bold.Connect();
-  EXPECT_EQ(MessageOf([&] { bold.OpenTableDataChunk("far %s", 1, 5); }),
-            "TDBConnSQLServer.OpenTableDataChunk: Table far %s does not have a primary key!");
-  EXPECT_EQ(MessageOf([&] { bold.OpenTableDataChunk("wide", 1, 5); }),
-            "TDBConnSQLServer.OpenTableDataChunk: Table wide has a multiple columns primary key!");
-}
-
 TEST_F(SQLServerEngineTest, DatesBeginIn1753) {
   const TDateTime first = EncodeDate(1753, 1, 1);
   const TDateTime before = EncodeDate(1752, 12, 31) + EncodeTime(23, 59, 59);

@@ -1,9 +1,5 @@
 // What goes wrong between the engine of SQL Server, its real ODBC driver and the server.
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -88,26 +84,6 @@ TEST_F(SqlServerFaultTest, SilentBeforeAndAtTheLogin) {
     server_.served = requests;
     ExpectInTime([&] { Conn().Connect(); });
   }
-}
-
-// A full queue of connections: the machine is there, and does not say so.
-TEST_F(SqlServerFaultTest, NoAnswerAtAll) {
-  const int listener = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{.sin_family = AF_INET, .sin_port = 0, .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
-  socklen_t size = sizeof address;
-  auto* plain = reinterpret_cast<sockaddr*>(&address);
-  ASSERT_EQ(bind(listener, plain, size), 0);
-  ASSERT_EQ(listen(listener, 0), 0);
-  ASSERT_EQ(getsockname(listener, plain, &size), 0);
-  std::vector<int> callers;
-  for (int i = 0; i < 4; ++i) {
-    callers.push_back(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0));
-    connect(callers.back(), plain, size);
-  }
-  ExpectInTime(
-      [&] { TDBConnSQLServer("127.0.0.1," + std::to_string(ntohs(address.sin_port)), "", "sa", "", false).Connect(); });
-  for (const int caller : callers) close(caller);
-  close(listener);
 }
 
 // Everything that the engine asks of a connection, and in what order.
