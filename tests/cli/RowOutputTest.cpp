@@ -45,12 +45,6 @@ TEST(RowOutputTest, JsonKeepsNumbersDatesAndBytes) {
       "null,\"2005-01-31 01:02:03\",null]],\"error\":\"broken off\"}\n");
 }
 
-TEST(RowOutputTest, AnErrorBeforeTheFirstRowIsADocumentToo) {
-  std::ostringstream out;
-  MakeRowOutput(EFormat::Json, out)->End("no table");
-  EXPECT_EQ(out.str(), "{\"columns\":[],\"rows\":[],\"error\":\"no table\"}\n");
-}
-
 TEST(RowOutputTest, TextHasALinePerRow) {
   EXPECT_EQ(Written(EFormat::Text),
             "n\td\tf\ts\tb\tday\tat\tt\n"

@@ -1,28 +1,33 @@
 #pragma once
 
-#include <functional>
+#include <sys/wait.h>
+
+#include <cstdio>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "cli/Companion.h"
+#include "support/Transcript.h"
 
 namespace velmora::testing {
 
-// What a run of the companion gave.
-struct TAnswer {
-  int status = 0;
-  std::string out;
-  std::string err;
-};
-
 // Runs the companion within this process; `ask` answers its questions, and without one there is no terminal.
-inline TAnswer RunInProcess(const std::vector<std::string>& arguments,
-                            std::function<std::string(const std::string&, bool)> ask = {}) {
+inline TAnswer RunInProcess(const std::vector<std::string>& arguments, TAsk ask = {}) {
   std::ostringstream out, err;
   TConsole console{out, err, false, std::move(ask)};
   const int status = TCompanion().Run(arguments, console);
   return {status, out.str(), err.str()};
+}
+
+// Runs a command of the shell; what it writes on standard error is not caught.
+inline TAnswer RunInShell(const std::string& command) {
+  TAnswer answer;
+  FILE* pipe = popen(command.c_str(), "r");
+  char buffer[4096];
+  while (const std::size_t count = fread(buffer, 1, sizeof buffer, pipe)) answer.out.append(buffer, count);
+  answer.status = WEXITSTATUS(pclose(pipe));
+  return answer;
 }
 
 }  // namespace velmora::testing

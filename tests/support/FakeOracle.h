@@ -3,13 +3,10 @@
 // An Oracle server behind a stand-in for its client library: it answers from a table, writes down what it is asked, and
 // keeps count of what it has given out. The library is built from engines/server/fake; this is how tests reach into it.
 
-#include <dlfcn.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -48,24 +45,27 @@ struct TFakeOracle {
   std::vector<std::string> faults;  // calls that a real library would not have stood
   int given_out = 0;                // handles, descriptors, statements, sessions and attached servers
 
-  // Adds an answer of text columns.
-  TAnswer& Add(const std::string& sql, const std::vector<std::string>& columns, std::vector<TRow> rows = {}) {
-    TAnswer& answer = answers[sql];
-    answer = {};
-    for (const std::string& name : columns) answer.columns.push_back({name});
-    answer.rows = std::move(rows);
-    return answer;
-  }
   std::vector<std::string> TakeLog() { return std::exchange(log, {}); }
 };
 
 // The server behind the library of the client whose folder is `home`, as it was made.
-inline TFakeOracle& FakeOracleOf(const std::string& home) {
-  void* library = dlopen((home + "/lib/libclntsh.so").c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) throw std::runtime_error(dlerror());
-  auto server = reinterpret_cast<TFakeOracle* (*)()>(dlsym(library, "FakeOracle"))();
-  *server = {};
-  return *server;
-}
+TFakeOracle& FakeOracleOf(const std::string& home);
+
+// Gives it answers that are written down, a line each, with commas between values and "-" for null:
+//
+//   table NAME        has an empty structure but for what follows
+//   column NAME, TYPE, CHARACTERS, BYTES, PRECISION, SCALE, NULLABLE
+//   index NAME, UNIQUENESS, COLUMN, DESCEND
+//   constraint NAME, LETTER, CONDITION, COLUMN, FOREIGN TABLE, FOREIGN COLUMN
+//   query SQL         is answered by what follows
+//   columns NAME:TYPE, ...
+//   row VALUE, ...
+//   affected COUNT
+//   error CODE, TEXT
+//   lost              the server is gone once it has given the rows of the query, or the table's columns, so far
+//
+// What is missing at the end of a row is null. The dictionary's queries are those of a client that asks for one table,
+// letter for letter.
+void AddOracleAnswers(TFakeOracle& server, const std::string& text);
 
 }  // namespace velmora::testing

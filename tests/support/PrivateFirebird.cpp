@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "support/PrivateServer.h"
+#include "util/Lists.h"
 
 // What the libraries below the Firebird client make once and keep to the end of the process. Its own objects are not
 // among them.
@@ -90,6 +91,13 @@ std::string TFirebirdFolder::NewDatabase(const std::string& name, const std::vec
   const std::string path = folder_ / name;
   MakeDatabase(path, {}, statements);
   return path;
+}
+
+std::string TFirebirdFolder::NewDatabaseOf(const std::string& name, const std::string& script) {
+  TStringList statements;
+  SplitText(";\n", script, statements);
+  if (!statements.empty()) statements.pop_back();
+  return NewDatabase(name, statements);
 }
 
 TPrivateFirebird::TPrivateFirebird() : home_(folder_.Path() + "/home") {

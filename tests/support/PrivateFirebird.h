@@ -18,6 +18,8 @@ class TFirebirdFolder {
   // A new database of SYSDBA's, in UTF8, in which these statements have run, each in a transaction of its own. Gives
   // its path.
   std::string NewDatabase(const std::string& name, const std::vector<std::string>& statements = {});
+  // The same by a script, whose statements end in ";" at the end of a line.
+  std::string NewDatabaseOf(const std::string& name, const std::string& script);
 
  private:
   TScratchFolder folder_;

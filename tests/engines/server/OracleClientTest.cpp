@@ -1,5 +1,6 @@
 // The session over the client library, and what runs on any session: queries, scripts.
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -28,6 +29,7 @@ using testing::TScratchFolder;
 
 constexpr char kHome[] = VELMORA_FAKE_CLIENTS "/oracle";
 constexpr char kOldHome[] = VELMORA_FAKE_CLIENTS "/oracle-old";
+constexpr char kUnresolved[] = "ORA-12154: TNS:could not resolve the connect identifier specified";
 constexpr char kGone[] = "ORA-03113: end-of-file on communication channel";
 
 class OracleClient : public ::testing::Test {
@@ -51,7 +53,8 @@ class OracleClient : public ::testing::Test {
   }
   // The one value of a query on a column of this type.
   TVariant ValueOf(const TFakeOracle::TColumn& column, const std::optional<std::string>& value) {
-    server.Add("select", {}).columns = {column};
+    server.answers["select"] = {};
+    server.answers["select"].columns = {column};
     server.answers["select"].rows = {{value}};
     TOraQuery query(session);
     query.SQL = "select";
@@ -83,24 +86,18 @@ TEST_F(OracleClient, LogsInByItsMode) {
 
 TEST_F(OracleClient, SaysWhyItDidNotConnectAndHoldsNothing) {
   const struct {
-    const char* what;
     void (*spoil)(TFakeOracle& server, TOraSession& session);
     const char* message;
   } kCases[] = {
-      {"password", [](TFakeOracle&, TOraSession& s) { s.Password = "lion"; },
-       "ORA-01017: invalid username/password; logon denied"},
-      {"service",
-       [](TFakeOracle& f, TOraSession&) {
-         f.attach_error = {12154, "ORA-12154: TNS:could not resolve the connect identifier specified\n"};
+      {[](TFakeOracle&, TOraSession& s) { s.Password = "lion"; }, "ORA-01017: invalid username/password; logon denied"},
+      {[](TFakeOracle& f, TOraSession&) {
+         f.attach_error = {12154, std::string(kUnresolved) + "\n"};
        },
-       "ORA-12154: TNS:could not resolve the connect identifier specified"},
-      {"error without a text",
-       [](TFakeOracle& f, TOraSession&) {
-         f.attach_error = {12154, ""};
-       },
+       kUnresolved},
+      {[](TFakeOracle& f, TOraSession&) { f.attach_error.code = 12154; },
        "The Oracle client library failed without a text (-1)"},
-      {"server gone behind the login", [](TFakeOracle& f, TOraSession&) { f.gone = true; }, kGone},
-      {"direct mode", [](TFakeOracle&, TOraSession& s) { s.Options.Net = true; },
+      {[](TFakeOracle& f, TOraSession&) { f.gone = true; }, kGone},  // after the login
+      {[](TFakeOracle&, TOraSession& s) { s.Options.Net = true; },
        "direct mode is not available on this system; use the Oracle client"},
   };
   for (const auto& c : kCases) {
@@ -108,10 +105,10 @@ TEST_F(OracleClient, SaysWhyItDidNotConnectAndHoldsNothing) {
     TOraLibrarySession spoilt(kHome);
     Fill(spoilt);
     c.spoil(server, spoilt);
-    EXPECT_EQ(MessageOf([&] { spoilt.SetConnected(true); }), c.message) << c.what;
-    EXPECT_FALSE(spoilt.GetConnected()) << c.what;
-    EXPECT_EQ(server.given_out, 0) << c.what;
-    EXPECT_EQ(MessageOf([&] { spoilt.Run("x"); }), "Not connected") << c.what;
+    EXPECT_EQ(MessageOf([&] { spoilt.SetConnected(true); }), c.message);
+    EXPECT_FALSE(spoilt.GetConnected()) << c.message;
+    EXPECT_EQ(server.given_out, 0) << c.message;
+    EXPECT_EQ(MessageOf([&] { spoilt.Run("x"); }), "Not connected") << c.message;
   }
 }
 
@@ -205,7 +202,7 @@ TEST_F(OracleClient, LongValuesComeWholeOrNotAtAll) {
 
 TEST_F(OracleClient, AQueryMovesBothWays) {
   Connect();
-  server.Add("select", {"A"}, {{"1"}, {"2"}});
+  AddOracleAnswers(server, "query select\ncolumns A\nrow 1\nrow 2");
   TOraQuery query(session);
   query.SQL = "select";
   query.Open();
@@ -227,32 +224,9 @@ TEST_F(OracleClient, AQueryMovesBothWays) {
   EXPECT_EQ(query.RowsAffected(), 2);
 }
 
-TEST_F(OracleClient, CommitsWhatStandsOutsideATransaction) {
-  server.answers["update"].affected = 3;
-  for (const auto& call : {&TOraSession::StartTransaction, &TOraSession::Commit, &TOraSession::Rollback})
-    EXPECT_EQ(MessageOf([&] { (session.*call)(); }), "Not connected");
-  Connect();
-  EXPECT_EQ(session.Run("update").row_count, 3);
-  session.StartTransaction();
-  EXPECT_TRUE(session.InTransaction());
-  session.Run("update");
-  session.Commit();
-  EXPECT_FALSE(session.InTransaction());
-  session.StartTransaction();
-  session.Run("update");
-  session.Rollback();
-  session.Run("update");
-  session.StartTransaction();
-  session.Run("update");
-  session.SetConnected(false);
-  EXPECT_FALSE(session.InTransaction());
-  EXPECT_THAT(server.TakeLog(), ElementsAre("run update", "commit", "run update", "commit", "run update", "rollback",
-                                            "run update", "commit", "run update", "rollback", "end", "detach"));
-}
-
 TEST_F(OracleClient, AServerThatGoesAwayEndsTheConnection) {
   Connect();
-  server.Add("select", {"a"}, {{"1"}, {"2"}}).lost_after = 1;
+  AddOracleAnswers(server, "query select\ncolumns A\nrow 1\nlost");
   session.StartTransaction();
   EXPECT_EQ(MessageOf([&] { session.Run("select"); }), kGone);
   EXPECT_FALSE(session.GetConnected());

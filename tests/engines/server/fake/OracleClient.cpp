@@ -62,6 +62,12 @@ int Fail(TFakeOracle::TError error) {
 
 int FailGone() { return Fail({3113, "ORA-03113: end-of-file on communication channel\n"}); }
 
+// Writes down what the client has sent to the server.
+int Told(const char* word) {
+  server.log.emplace_back(word);
+  return server.gone ? FailGone() : 0;
+}
+
 void Expect(bool met, const char* fault) {
   if (!met) server.faults.emplace_back(fault);
 }
@@ -198,9 +204,8 @@ int OCISessionBegin(THandle* service, THandle*, THandle* session, std::uint32_t 
 
 int OCISessionEnd(THandle*, THandle*, THandle* session, std::uint32_t) {
   Expect(session->type == 9, "session handle");
-  server.log.emplace_back("end");
   --server.given_out;
-  return server.gone ? FailGone() : 0;
+  return Told("end");
 }
 
 int OCIStmtPrepare2(THandle* service, TStatement** statement, THandle*, const char* sql, std::uint32_t size,
@@ -288,15 +293,10 @@ int OCIStmtFetch2(TStatement* statement, THandle*, std::uint32_t rows, std::uint
   ++statement->row;
   return 0;
 }
-int OCITransCommit(THandle*, THandle*, std::uint32_t) {
-  server.log.emplace_back("commit");
-  return server.gone ? FailGone() : 0;
-}
 
-int OCITransRollback(THandle*, THandle*, std::uint32_t) {
-  server.log.emplace_back("rollback");
-  return server.gone ? FailGone() : 0;
-}
+int OCITransCommit(THandle*, THandle*, std::uint32_t) { return Told("commit"); }
+
+int OCITransRollback(THandle*, THandle*, std::uint32_t) { return Told("rollback"); }
 
 int OCIErrorGet(THandle* handle, std::uint32_t record, char*, std::int32_t* code, char* text, std::uint32_t size,
                 std::uint32_t type) {

@@ -1,0 +1,225 @@
+// The files of tests/data/servers: what the engines make of a database. Their steps are
+//
+//   firebird           a new database, made by the indented statements; the engine is connected to it
+//   oracle             the indented lines are what a played server answers from now on; the engine is connected to it
+//   WORD REST          a call of the engine, of those in kCalls below; the indented lines are what it gives or raises
+//   told               statements that the engine has announced; of Oracle, also what the server has been asked
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <functional>
+#include <map>
+#include <sstream>
+
+#include "core/Meta.h"
+#include "engines/server/ClientFirebird.h"
+#include "engines/server/ClientOracle.h"
+#include "engines/server/DBConnInterbase.h"
+#include "engines/server/DBConnOracle.h"
+#include "support/FakeOracle.h"
+#include "support/MessageOf.h"
+#include "support/MetaDump.h"
+#include "support/PrivateFirebird.h"
+#include "support/RowText.h"
+#include "support/Transcript.h"
+#include "util/Dates.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Lists.h"
+#include "util/Text.h"
+
+namespace velmora::testing {
+namespace {
+
+constexpr char kCases[] = VELMORA_SOURCE_DIR "/tests/data/servers/";
+constexpr char kOracle[] = VELMORA_FAKE_CLIENTS "/oracle";
+
+using TCall = std::string (*)(TDBConn& engine, const std::string& rest);
+
+std::string Done() { return {}; }
+
+std::string RowsOf(TDBConn& engine, const std::string& sql) {
+  const std::unique_ptr<TDataset> rows = engine.OpenQuery(sql);
+  TStringList columns;
+  for (const TFieldDef& field : rows->Fields())
+    columns.push_back(Format("%s %s %d", field.name, FieldKindName(field.kind), field.size));
+  std::string text = JoinList(columns, "|") + "\n";
+  for (; !rows->Eof(); rows->Next()) text += RowText(*rows) + "\n";
+  return text;
+}
+
+std::string Fetched(TDBConn& engine, const std::string& table) {
+  engine.meta().GotoTable(table);
+  engine.FetchIfNeeded();
+  return DumpMeta(engine.meta());
+}
+
+// "<TAG> SIZE PRECISION" of a column and what else is said of it: its texts with attributes, without, without default.
+std::string ColumnTexts(TDBConn& engine, const std::string& rest) {
+  std::istringstream words(rest);
+  TMetaColumn column;
+  column.table = "T";
+  column.name = "A";
+  std::string tag;
+  words >> tag >> column.size >> column.precision;
+  while (column.datatype < ntUnknown && NeutralTag(column.datatype) != tag)
+    column.datatype = static_cast<TNeutralType>(column.datatype + 1);
+  for (std::string word; words >> word;) {
+    if (word == "notnull") column.notnull = true;
+    if (word == "autoinc") column.autoinc = true;
+    if (word.starts_with("default=")) column.default_ = word.substr(8);
+    if (word.starts_with("word=")) column.description = word.substr(5);
+  }
+  std::string text, bare, plain;
+  engine.ColumnDescription(column, true, text);
+  engine.ColumnDescription(column, false, bare);
+  engine.no_defaults = true;
+  engine.ColumnDescription(column, true, plain);
+  engine.no_defaults = false;
+  return text + " | " + bare + " | " + plain + "\n";
+}
+
+std::string TypeOfWord(TDBConn& engine, const std::string& word) {
+  TNeutralType type{};
+  TNumber length, precision, scale;
+  engine.DecodeColumn(word, 10, 30, 0, type, length, precision, scale);
+  return std::string(NeutralTag(type)) + "\n";
+}
+
+// What the engine calls things, and what it lacks.
+std::string Texts(TDBConn& e, const std::string&) {
+  const auto line = [](const std::string& what, const std::function<void(std::string&)>& give) {
+    std::string text = "(left alone)";
+    const std::string message = MessageOf([&] { give(text); });
+    return what + ": " + (message == "nothing raised" ? text : message) + "\n";
+  };
+  const TDateTime day = EncodeDate(2001, 2, 3);
+  const TMetaKey primary{"my table", "k", true, true, false, "a;b"}, unique{"t", "k", false, true, false, "a"};
+  return line("display name", [&](std::string& t) { e.GetDisplayName(t); }) +
+         line("quoted name", [&](std::string& t) { t = e.QuoteName("a b"); }) +
+         line("normal name", [&](std::string& t) { e.NormalizeName("a b.c d", t); }) +
+         line("day", [&](std::string& t) { e.DateTimeLiteral(day, t); }) +
+         line("moment", [&](std::string& t) { e.DateTimeLiteral(day + EncodeTime(14, 5, 6), t); }) +
+         line("auto-increment", [&](std::string& t) { e.AutoIncKeyword(t); }) +
+         line("surrogate key", [&](std::string& t) { e.SurrogateKeyColumn("id", t); }) +
+         line("primary key", [&](std::string& t) { e.KeyDescription(primary, true, t); }) +
+         line("its name", [&](std::string& t) { e.KeyDescription(primary, false, t); }) +
+         line("unique key", [&](std::string& t) { e.KeyDescription(unique, true, t); }) +
+         line("constraint", [&](std::string& t) { e.ConstraintDescription({}, true, t); }) +
+         line("statements", [&](std::string&) { e.ParseDDL("drop table nothing"); }) +
+         line("parts of tables", [&](std::string& t) { t = e.SupportsChunks("t") ? "yes" : "no"; }) +
+         line("databases", [&](std::string& t) {
+           TStringList list{"left over"};
+           e.ListDatabases(list);
+           t = JoinList(list, ",");
+         });
+}
+
+const std::map<std::string, TCall> kCalls = {
+    {"column", ColumnTexts},
+    {"type", TypeOfWord},
+    {"texts", Texts},
+    {"connect", [](TDBConn& e, const std::string&) { return e.Connect(), Done(); }},
+    {"reconnect", [](TDBConn& e, const std::string&) { return e.Reconnect(), Done(); }},
+    {"disconnect", [](TDBConn& e, const std::string&) { return e.Disconnect(), Done(); }},
+    {"start", [](TDBConn& e, const std::string&) { return e.StartTransaction(), Done(); }},
+    {"commit", [](TDBConn& e, const std::string&) { return e.Commit(), Done(); }},
+    {"rollback", [](TDBConn& e, const std::string&) { return e.Rollback(), Done(); }},
+    {"state",
+     [](TDBConn& e, const std::string&) {
+       return std::string(e.GetConnected() ? "connected" : "apart") + (e.InTransaction() ? ", in a transaction" : "") +
+              "\n";
+     }},
+    {"tables", [](TDBConn& e, const std::string&) { return DumpMeta(e.meta()); }},
+    {"table", Fetched},
+    {"count", [](TDBConn& e, const std::string& table) { return Format("%d\n", e.GetRecordCount(table)); }},
+    {"one",
+     [](TDBConn& e, const std::string& sql) {
+       TVariant value;
+       e.GetResultSQL(sql, value);
+       return VarToText(value) + "\n";
+     }},
+    {"copy",
+     [](TDBConn& e, const std::string&) {
+       const std::unique_ptr<TDBConn> copy = e.Clone();
+       return (copy->GetConnected() ? "connected\n" : "apart\n") + DumpMeta(copy->meta());
+     }},
+    {"rows", RowsOf},
+    {"run", [](TDBConn& e, const std::string& sql) { return Format("%d\n", e.ExecSQL(sql)); }},
+    {"drop-table", [](TDBConn& e, const std::string& table) { return e.DropTable(table), Done(); }},
+    {"drop-column",
+     [](TDBConn& e, const std::string& rest) {
+       std::string column = rest;
+       const std::string table = StrChop(" ", column);
+       return e.DropColumn(table, column), Done();
+     }},
+    {"create-table",
+     [](TDBConn& e, const std::string& rest) {
+       TStringList parts;
+       SplitText(" / ", rest, parts);
+       e.CreateTable(parts.at(0), {parts.begin() + 1, parts.end()});
+       return Done();
+     }},
+};
+
+class EngineCases : public ::testing::TestWithParam<std::string> {
+ public:
+  EngineCases() { unsetenv("ORACLE_HOME"); }
+  ~EngineCases() override {
+    engine_.reset();
+    EXPECT_EQ(oracle_.given_out, 0);
+    EXPECT_TRUE(oracle_.faults.empty());
+  }
+
+  // What a step gives.
+  std::string Step(const std::string& word, const std::string& rest, const std::string& below) {
+    if (word == "firebird") return Use(Firebird(below)), below;
+    if (word == "oracle") return Use(Oracle(below)), below;
+    if (word == "told") return Told();
+    try {
+      return kCalls.at(word)(*engine_, rest);
+    } catch (const EVelmora& error) {
+      return std::string(error.what()) + "\n";
+    }
+  }
+
+ private:
+  std::unique_ptr<TDBConn> Firebird(const std::string& statements) {
+    const std::string path = firebird_.NewDatabaseOf(std::to_string(++databases_), statements);
+    return std::make_unique<TDBConnInterbase>(NewFirebirdDatabase(), "", path, "SYSDBA", "");
+  }
+  std::unique_ptr<TDBConn> Oracle(const std::string& answers) {
+    engine_.reset();
+    oracle_ = {};
+    AddOracleAnswers(oracle_, answers);
+    return std::make_unique<TDBConnOracle>(std::make_unique<TOraLibrarySession>(kOracle), "ORCL", "scott", "tiger",
+                                           "Normal", false);
+  }
+  void Use(std::unique_ptr<TDBConn> engine) {
+    engine_ = std::move(engine);
+    engine_->Connect();
+    engine_->on_exec_sql = [this](const std::string& sql) { oracle_.log.push_back("> " + sql); };
+    oracle_.TakeLog();
+  }
+  std::string Told() {
+    std::string told;
+    for (const std::string& each : oracle_.TakeLog()) told += each + "\n";
+    return told;
+  }
+
+  TFirebirdFolder firebird_;
+  TFakeOracle& oracle_ = FakeOracleOf(kOracle);
+  std::unique_ptr<TDBConn> engine_;
+  int databases_ = 0;
+};
+
+TEST_P(EngineCases, GiveWhatIsWritten) {
+  EXPECT_EQ(TranscriptDifference(kCases + GetParam() + ".txt", {{}, std::bind_front(&EngineCases::Step, this)}), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Servers, EngineCases, ::testing::ValuesIn(TranscriptNames(kCases)),
+                         [](const auto& name) { return name.param; });
+
+}  // namespace
+}  // namespace velmora::testing
