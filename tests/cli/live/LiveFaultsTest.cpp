@@ -11,6 +11,8 @@
 #include "support/Relay.h"
 #include "support/ScratchFolder.h"
 #include "util/Files.h"
+#include "util/Lists.h"
+#include "util/Text.h"
 
 namespace velmora {
 namespace {
@@ -35,126 +37,90 @@ TPrivateServer& Victim() {
   return server;
 }
 
-std::string NameAt(int port, const std::string& database) { return Format("127.0.0.1:%d.%s", port, database); }
-
 // Tables t0 to t3, of which t2 and t3 lack a column where it is not `whole`.
 void Fill(TLiveDatabase& database, bool whole) {
   for (int i = 0; i < 4; ++i)
     database.Run(Format("create table t%d (a int not null%s)", i, i > 1 && whole ? ", b int not null" : ""));
 }
 
-TEST(LostSideTest, AKilledServerEndsACommandAndTheSideIsNamed) {
+// What happens to a connection to the victim at a statement: a cut, or else the server's death.
+struct TFault {
+  const char* at;  // the beginning of the statement
+  int time;        // counts those that begin so; 0 means that the server is gone already
+  EFate fate = EFate::Pass;
+
+  bool Kills() const { return fate == EFate::Pass; }
+};
+
+TRelay Faulty(const TFault& fault) {
+  return TRelay(Victim().Port(), [&fault, times = 0](const std::string& statement) mutable {
+    if (!statement.starts_with(fault.at) || ++times != fault.time) return EFate::Pass;
+    if (fault.Kills()) Victim().Kill();
+    return fault.fate;
+  });
+}
+
+TEST(LostSideTest, IsNamedWithWhatWasFoundAndLeavesNothing) {
   const struct {
-    const char* name;
-    std::vector<std::string> arguments;  // "W" is the killed server's whole database, "w" that of the other one
-    const char* at;
-    int time;           // 0 means that the server is gone already
-    std::string place;  // behind the name of the side
-    const char* array;  // in the document
-    std::size_t found;
-    int status;  // once the server is back
+    const char* command;  // the victim has the database whose name is in capitals
+    TFault fault;
+    const char* place;  // after the name of the side
+    std::size_t found;  // before it, where there is a document
+    int again;          // the status once the server is back
   } cases[] = {
-      {"login", {"compare", "W", "l"}, "", 0, "", "actions", 0, 1},
-      {"reference, list", {"compare", "W", "l"}, "show tables", 1, "", "actions", 0, 1},
-      {"reference, table", {"compare", "W", "l"}, "show create table `t3`", 1, ": table t3", "actions", 1, 1},
-      {"target, list", {"compare", "w", "L"}, "show tables", 1, "", "actions", 0, 1},
-      {"target, table", {"compare", "w", "L"}, "show create table `t3`", 1, ": table t3", "actions", 1, 1},
-      {"target, copied", {"script", "w", "L"}, "show tables", 2, "", "lines", 0, 0},
-      {"schema", {"schema", "W"}, "show create table `t2`", 1, ": table t2", "tables", 3, 0},
+      {"compare WHOLE less", {"show tables", 1, EFate::CutBefore}, "", 0, 1},
+      {"compare whole LESS", {"show create table `t3`", 1, EFate::CutWithin}, ": table t3", 1, 1},
+      {"script WHOLE less", {"show tables", 2, EFate::CutAfter}, "", 0, 0},
+      {"script whole LESS", {"show tables", 2, EFate::CutWithin}, "", 0, 0},
+      {"script whole LESS", {"show tables", 3, EFate::CutBefore}, "", 0, 0},
+      {"sync WHOLE less", {"show create table `t3`", 1, EFate::CutBefore}, ": table t3", 0, 0},
+      {"sync whole LESS", {"show create table `t3`", 1, EFate::CutAfter}, ": table t3", 0, 0},
+      {"compare WHOLE less", {"", 0}, "", 0, 1},
+      {"compare WHOLE less", {"show tables", 1}, "", 0, 1},
+      {"compare WHOLE less", {"show create table `t3`", 1}, ": table t3", 1, 1},
+      {"compare whole LESS", {"show tables", 1}, "", 0, 1},
+      {"compare whole LESS", {"show create table `t3`", 1}, ": table t3", 1, 1},
+      {"script whole LESS", {"show tables", 2}, "", 0, 0},
+      {"schema WHOLE", {"show create table `t2`", 1}, ": table t2", 3, 0},
   };
-  TLiveDatabase whole("whole"), less("less"), whole_there("whole", Victim()), less_there("less", Victim());
-  Fill(whole, true), Fill(whole_there, true);
-  Fill(less, false), Fill(less_there, false);
-  TWitness witness(whole);
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    int times = 0;
-    TRelay relay(Victim().Port(), [&](const std::string& statement) {
-      if (statement.starts_with(c.at) && ++times == c.time) Victim().Kill();
-      return EFate::Pass;
-    });
-    std::vector<std::string> arguments = c.arguments;
-    arguments.emplace_back("--no-read-ahead");  // so that the statement is the one whose answer is waited for
-    std::string killed;
-    for (std::string& argument : arguments) {
-      if (argument.size() > 1) continue;
-      const bool here = argument[0] >= 'a';
-      const std::string database = argument == "w" || argument == "W" ? "whole" : "less";
-      if (!here) killed = NameAt(relay.Port(), database);
-      argument = here ? LiveSource(database) : LiveSource(database, relay.Port());
+    SCOPED_TRACE(Format("%s, %s at %s", c.command, c.fault.Kills() ? "killed" : "cut", c.fault.at));
+    TLiveDatabase whole("whole"), less("less"), whole_there("whole", Victim()), less_there("less", Victim());
+    Fill(whole, true), Fill(whole_there, true);
+    Fill(less, false), Fill(less_there, false);
+    TWitness here(whole), there(whole_there);
+    TRelay relay = Faulty(c.fault);
+    TStringList arguments;
+    SplitText(" ", c.command, arguments);
+    std::string lost;
+    for (std::size_t i = 1; i < arguments.size(); ++i) {
+      const std::string name = LowerText(arguments[i]);
+      if (name != arguments[i]) lost = Format("127.0.0.1:%d.%s", relay.Port(), name);
+      arguments[i] = name == arguments[i] ? LiveSource(name) : LiveSource(name, relay.Port());
     }
-    arguments.insert(arguments.end(), {"--format", "json"});
-    if (c.time == 0) Victim().Kill();
+    const bool document = arguments[0] != "sync";
+    arguments.insert(arguments.end(), {"--no-read-ahead"});  // the statement is the one whose answer is waited for
+    if (document) arguments.insert(arguments.end(), {"--format", "json"});
+    if (!document) arguments.emplace_back("--yes");
+    if (c.fault.time == 0) Victim().Kill();
 
     const TAnswer answer = RunLive(arguments);
     EXPECT_EQ(answer.status, 2);
-    EXPECT_THAT(answer.err, HasSubstr("velmora-cli: " + killed + c.place + ": " + kLost));
-    EXPECT_THAT(answer.out, HasSubstr(kLost));
-    const TJson json = TJson::parse(answer.out);
-    EXPECT_TRUE(json["error"].is_string());
-    EXPECT_EQ(json[c.array].size(), c.found) << "what was found before stays";
-    EXPECT_FALSE(json.value("identical", false));
-    EXPECT_TRUE(witness.NothingLeft());
-
-    Victim().Restart();
+    EXPECT_THAT(answer.err, HasSubstr("velmora-cli: " + lost + c.place + ": " + kLost));
+    EXPECT_TRUE(here.NothingLeft());
+    EXPECT_TRUE(c.fault.Kills() || there.NothingLeft());
+    if (document) {
+      const TJson json = TJson::parse(answer.out);
+      EXPECT_TRUE(json["error"].is_string());
+      EXPECT_THAT(answer.out, HasSubstr(kLost));
+      EXPECT_FALSE(json.value("identical", false));
+      for (const char* array : {"actions", "lines", "tables"})
+        if (json.contains(array)) EXPECT_EQ(json[array].size(), c.found) << "what was found before stays";
+    }
+    if (c.fault.Kills()) Victim().Restart();
     const TAnswer again = RunLive(arguments);
-    EXPECT_EQ(again.status, c.status) << again.err;
-    EXPECT_TRUE(TJson::parse(again.out)["error"].is_null());
-  }
-}
-
-// The server is well, and only this connection has gone: ended by an administrator, or cut on its way.
-TEST(LostSideTest, ACutConnectionOfEitherSideIsNamedToo) {
-  const struct {
-    const char* command;
-    bool target;
-    const char* at;
-    int time;
-    EFate fate;
-    const char* place;
-  } cases[] = {
-      {"compare", false, "show tables", 1, EFate::CutBefore, ""},
-      {"compare", true, "show create table `t3`", 1, EFate::CutWithin, ": table t3"},
-      {"script", false, "show tables", 2, EFate::CutAfter, ""},
-      {"script", true, "show tables", 2, EFate::CutWithin, ""},
-      {"script", true, "show tables", 3, EFate::CutBefore, ""},
-      {"sync", false, "show create table `t3`", 1, EFate::CutBefore, ": table t3"},
-      {"sync", true, "show create table `t3`", 1, EFate::CutAfter, ": table t3"},
-  };
-  TLiveDatabase whole("whole"), less("less");
-  Fill(whole, true);
-  Fill(less, false);
-  TWitness witness(less);
-  for (const auto& c : cases) {
-    SCOPED_TRACE(Format("%s, %s at %s", c.command, c.target ? "target" : "reference", c.at));
-    int times = 0;
-    TRelay relay(TPrivateServer::Shared().Port(), [&](const std::string& statement) {
-      return statement.starts_with(c.at) && ++times == c.time ? c.fate : EFate::Pass;
-    });
-    const std::string database = c.target ? "less" : "whole";
-    const std::string cut = LiveSource(database, relay.Port());
-    std::vector<std::string> arguments{c.command, c.target ? LiveSource("whole") : cut,
-                                       c.target ? cut : LiveSource("less"), "--no-read-ahead"};
-    if (arguments[0] == "sync") arguments.emplace_back("--yes");
-    const TAnswer answer = RunLive(arguments);
-    EXPECT_EQ(answer.status, 2);
-    EXPECT_THAT(answer.err, HasSubstr(NameAt(relay.Port(), database) + c.place + ": " + kLost));
-    EXPECT_TRUE(witness.NothingLeft());
-  }
-}
-
-// A side that is not connected any more, since a comparison is over, is not at fault for that.
-TEST(LostSideTest, NoSideIsNamedForAnErrorOfTheComparison) {
-  TLiveDatabase whole("whole"), less("less");
-  Fill(whole, true);
-  Fill(less, false);
-  for (const char* command : {"compare", "script"}) {
-    const TAnswer answer = RunLive({command, LiveSource("less"), LiveSource("whole")});
-    EXPECT_EQ(answer.status, 2);
-    EXPECT_EQ(answer.err,
-              "velmora-cli: table t2: List index out of bounds (-1)\n"
-              "velmora-cli: note: --dialect exact reads this table\n")
-        << command;
+    EXPECT_EQ(again.status, c.again) << again.err;
+    if (document) EXPECT_TRUE(TJson::parse(again.out)["error"].is_null());
   }
 }
 
@@ -185,57 +151,48 @@ class CutRunTest : public ::testing::Test {
 constexpr char kTwoRows[] = "insert into t values (1);\ninsert into t values (2);\n";
 constexpr char kSecondRow[] = "insert into t values (2)";
 
-TEST_F(CutRunTest, TellsWhereAndLeavesNothingBehind) {
+TEST_F(CutRunTest, TellsWhereAndLeavesNothing) {
   const char* const kUnknown = "2 of 2 statements ran before it, and whether they are in force is not known";
+  const char* const kRolledBack = "1 of 2 statements ran before it and were rolled back";
   const struct {
     const char* script;
-    const char* at;
-    EFate fate;
+    TFault fault;
     const char* told;
     const char* rows;  // in the table afterwards
   } cases[] = {
-      {kTwoRows, "start transaction", EFate::CutBefore, "no statement ran before it", "0"},
-      {kTwoRows, kSecondRow, EFate::CutBefore, "statement 2 of 2 failed at line 2, column 1: insert", "0"},
-      {kTwoRows, kSecondRow, EFate::CutAfter, "1 of 2 statements ran before it and were rolled back", "0"},
-      {kTwoRows, "commit", EFate::CutBefore, kUnknown, "0"},
-      {kTwoRows, "commit", EFate::CutAfter, kUnknown, "2"},
-      {"insert into t values (1);\ncreate table u (a int);\ninsert into t values (2);\n", kSecondRow, EFate::CutBefore,
-       "2 of 3 statements ran before it and are in force", "1"},
+      {kTwoRows, {"start transaction", 1, EFate::CutBefore}, "no statement ran before it", "0"},
+      {kTwoRows, {kSecondRow, 1, EFate::CutBefore}, "statement 2 of 2 failed at line 2, column 1: insert", "0"},
+      {kTwoRows, {kSecondRow, 1, EFate::CutAfter}, kRolledBack, "0"},
+      {kTwoRows, {"commit", 1, EFate::CutBefore}, kUnknown, "0"},
+      {kTwoRows, {"commit", 1, EFate::CutAfter}, kUnknown, "2"},
+      {"insert into t values (1);\ncreate table u (a int);\ninsert into t values (2);\n",
+       {kSecondRow, 1, EFate::CutBefore},
+       "2 of 3 statements ran before it and are in force",
+       "1"},
+      {kTwoRows, {kSecondRow, 1}, kRolledBack, "0"},
+      {kTwoRows, {"commit", 1}, kUnknown, "0"},
+      {"create table u (a int);\ndo sleep(0);\ndrop table u;\n",
+       {"do sleep", 1},
+       "1 of 3 statements ran before it and are in force",
+       "0"},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(Format("cut at %s", c.at));
-    TLiveDatabase database("cut");
+    SCOPED_TRACE(Format("%s at %s", c.fault.Kills() ? "killed" : "cut", c.fault.at));
+    TLiveDatabase database("cut", Victim());
     database.Run("create table t (a int) engine=InnoDB");
     TWitness witness(database);
-    TRelay relay(TPrivateServer::Shared().Port(),
-                 [&](const std::string& statement) { return statement == c.at ? c.fate : EFate::Pass; });
+    TRelay relay = Faulty(c.fault);
     const TAnswer answer = RunScript(LiveSource("cut", relay.Port()), c.script);
     EXPECT_EQ(answer.status, 2);
     EXPECT_EQ(answer.out, "");
     EXPECT_THAT(answer.err, HasSubstr(std::string("velmora-cli: ") + kLost));
     EXPECT_THAT(answer.err, HasSubstr("the connection to the target "));
     EXPECT_THAT(answer.err, HasSubstr(c.told));
-    EXPECT_TRUE(witness.NothingLeft());
-    EXPECT_EQ(witness.Ask("select count(*) from t"), c.rows);
-  }
-}
-
-TEST_F(CutRunTest, AKilledServerHasNothingOfTheTransaction) {
-  for (const char* at : {kSecondRow, "commit"}) {
-    TLiveDatabase database("killed", Victim());
-    database.Run("create table t (a int) engine=InnoDB");
-    TRelay relay(Victim().Port(), [&](const std::string& statement) {
-      if (statement == at) Victim().Kill();
-      return EFate::Pass;
-    });
-    const TAnswer answer = RunScript(LiveSource("killed", relay.Port()), kTwoRows);
-    EXPECT_EQ(answer.status, 2);
-    EXPECT_THAT(answer.err, HasSubstr(kLost));
-    EXPECT_THAT(answer.err, HasSubstr("the connection to the target "));
-    Victim().Restart();
-    TLiveDatabase witness("witness", Victim());
-    EXPECT_EQ(testing::Answer(witness.Connection(), "select count(*) from killed.t"), "0") << at;
-    EXPECT_EQ(RunScript(LiveSource("killed", Victim().Port()), kTwoRows).status, 0) << "it can be run again";
+    EXPECT_TRUE(c.fault.Kills() || witness.NothingLeft());
+    if (c.fault.Kills()) Victim().Restart();
+    TLiveDatabase after("witness", Victim());
+    EXPECT_EQ(testing::Answer(after.Connection(), "select count(*) from cut.t"), c.rows);
+    EXPECT_EQ(RunScript(LiveSource("cut", Victim().Port()), kTwoRows).status, 0) << "it can be run again";
   }
 }
 
@@ -290,30 +247,15 @@ TEST_F(CutRunTest, NothingIsHeldAfterAnyError) {
   reference.Run("create table t (a int not null)");
   target.Run("create table t (a mediumint not null)");
   TWitness witness(target);
-  const std::string unread = "velmora-cli: localhost.held: table t: TDBConn.DecodeColumn: Unhandled column type";
-  for (const std::vector<std::string>& arguments :
-       std::vector<std::vector<std::string>>{{"compare", LiveSource("wanted"), LiveSource("held")},
-                                             {"compare", LiveSource("held"), LiveSource("wanted")},
-                                             {"sync", LiveSource("wanted"), LiveSource("held"), "--yes"}}) {
-    const TAnswer answer = RunLive(arguments);
-    EXPECT_EQ(answer.status, 2);
-    EXPECT_THAT(answer.err, HasSubstr(unread));
+  const std::string wanted = LiveSource("wanted"), held = LiveSource("held");
+  for (const TStringList& arguments :
+       {TStringList{"compare", wanted, held}, {"compare", held, wanted}, {"sync", wanted, held, "--yes"}}) {
+    EXPECT_EQ(RunLive(arguments).status, 2);
     EXPECT_TRUE(witness.NothingLeft()) << arguments[0];
   }
-  EXPECT_EQ(RunScript(LiveSource("held"), "insert into t values (1);\nbad;\n").status, 2);
+  EXPECT_EQ(RunScript(held, "insert into t values (1);\nbad;\n").status, 2);
   EXPECT_TRUE(witness.NothingLeft());
   EXPECT_EQ(witness.Ask("select count(*) from t"), "0");
-}
-
-TEST_F(CutRunTest, AScriptMayBeginWithAMarkAndHaveBareLineFeeds) {
-  TLiveDatabase database("marked");
-  const std::string mark = "\xEF\xBB\xBF";
-  const TAnswer ran =
-      RunScript(LiveSource("marked"), mark + "create table t (a int);\n-- two\ninsert into t values (2);\n");
-  EXPECT_EQ(ran.status, 0) << ran.err;
-  EXPECT_EQ(testing::Answer(database.Connection(), "select a from t"), "2");
-  const TAnswer failed = RunScript(LiveSource("marked"), mark + "bad;\n");
-  EXPECT_THAT(failed.err, HasSubstr("statement 1 of 1 failed at line 1, column 1: bad\n"));
 }
 
 }  // namespace

@@ -1,57 +1,27 @@
-// Runs of a script that are ended from outside. It is the program itself, since a signal goes to a process.
+// Runs of a script that are ended from outside.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <thread>
 
 #include "support/LiveCompanion.h"
-#include "util/Format.h"
 
 namespace velmora {
 namespace {
 
 using testing::Answer;
-using testing::Execute;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using testing::TAnswer;
 using testing::TLiveDatabase;
-using testing::TPrivateServer;
 
 constexpr char kFirst[] = "ending after this statement; Ctrl+C again breaks it off";
 
 class LiveInterruptTest : public testing::TLiveCompanion {
  protected:
   LiveInterruptTest() { database_.Run("create table t (a int primary key) engine=InnoDB"); }
-  ~LiveInterruptTest() override {
-    if (child_ == 0) return;
-    kill(child_, SIGKILL);  // a failed assertion left it
-    waitpid(child_, nullptr, 0);
-  }
 
-  void Start(const std::string& script, const std::string& source = Source("processes")) {
-    const std::string file = File("script.sql", script);
-    child_ = fork();
-    if (child_ != 0) return;
-    if (freopen((folder_ / "out").c_str(), "w", stdout) == nullptr ||
-        freopen((folder_ / "err").c_str(), "w", stderr) == nullptr)
-      _exit(99);
-    execl(VELMORA_CLI, VELMORA_CLI, "sync", "unused", source.c_str(), "--script", file.c_str(), "--yes", "--socket",
-          TPrivateServer::Shared().Socket().c_str(), nullptr);
-    _exit(98);
-  }
-  template <class Reached>
-  static void WaitUntil(const std::string& what, Reached reached) {
-    for (int i = 0; i < 3000; ++i) {
-      if (reached()) return;
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    FAIL() << "never: " << what;
+  void StartScript(const std::string& script, const std::string& source = testing::LiveSource("processes")) {
+    Start({"sync", "unused", source, "--script", File("script.sql", script), "--yes"});
   }
   bool Runs(const std::string& statement) {
     return Answer(database_.Connection(),
@@ -61,20 +31,13 @@ class LiveInterruptTest : public testing::TLiveCompanion {
     WaitUntil(statement + " runs", [&] { return Runs(statement); });
   }
   // Sends it and waits until the companion has said `word`.
-  void Signal(int signal, const std::string& word) {
-    kill(child_, signal);
-    WaitUntil(word, [&] { return ReadFileText(folder_ / "err").find(word) != std::string::npos; });
-  }
-  TAnswer End() {
-    int status = 0;
-    waitpid(child_, &status, 0);
-    child_ = 0;
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFileText(folder_ / "out"), ReadFileText(folder_ / "err")};
+  void SignalUntil(int signal, const std::string& word) {
+    Signal(signal);
+    WaitUntil(word, [&] { return Told().find(word) != std::string::npos; });
   }
   std::string Rows() { return Answer(database_.Connection(), "select count(*) from t"); }
 
   TLiveDatabase database_{"processes"};
-  pid_t child_ = 0;
 };
 
 TEST_F(LiveInterruptTest, ASignalEndsARunBehindItsStatement) {
@@ -89,9 +52,9 @@ TEST_F(LiveInterruptTest, ASignalEndsARunBehindItsStatement) {
   };
   for (const auto& c : cases) {
     ASSERT_EQ(Answer(database_.Connection(), "select get_lock('gate', 60)"), "1") << "the former run may be ending";
-    Start("insert into t values (1);\ndo get_lock('gate', 60);\ninsert into t values (2);\n");
+    StartScript("insert into t values (1);\ndo get_lock('gate', 60);\ninsert into t values (2);\n");
     WaitUntilRunning("do get_lock");
-    for (const int signal : c.signals) Signal(signal, c.word);
+    for (const int signal : c.signals) SignalUntil(signal, c.word);
     EXPECT_TRUE(Runs("do get_lock"));
     database_.Run("do release_lock('gate')");
     const TAnswer answer = End();
@@ -124,9 +87,9 @@ TEST_F(LiveInterruptTest, AStatementIsBrokenOff) {
     database_.Run("replace into t values (0)");
     database_.Connection().StartTransaction();
     database_.Run("update t set a = 5 where a = 0");
-    Start(std::string("insert into t values (1);\n") + c.statement + ";\ninsert into t values (2);\n");
+    StartScript(std::string("insert into t values (1);\n") + c.statement + ";\ninsert into t values (2);\n");
     WaitUntilRunning(c.statement);
-    for (const auto& [signal, word] : c.signals) Signal(signal, word);
+    for (const auto& [signal, word] : c.signals) SignalUntil(signal, word);
     const TAnswer answer = End();
     database_.Connection().Rollback();
     EXPECT_EQ(answer.status, 2);
@@ -145,10 +108,10 @@ TEST_F(LiveInterruptTest, ASecondCtrlCEndsTheRunWhereTheServerCannotBeAsked) {
   database_.Run("grant all on processes.* to 'single'@'localhost'");
   database_.Connection().StartTransaction();
   database_.Run("insert into t values (5)");
-  Start("insert into t values (1);\nalter table t add b int;\n", "mysql://single:@localhost/processes");
+  StartScript("insert into t values (1);\nalter table t add b int;\n", "mysql://single:@localhost/processes");
   WaitUntilRunning("alter table");
-  Signal(SIGINT, kFirst);
-  Signal(SIGINT, "breaking this statement off");
+  SignalUntil(SIGINT, kFirst);
+  SignalUntil(SIGINT, "breaking this statement off");
   const TAnswer answer = End();
   EXPECT_EQ(answer.status, 2);
   EXPECT_THAT(answer.err, HasSubstr("statement 2 of 2 failed"));
@@ -157,18 +120,6 @@ TEST_F(LiveInterruptTest, ASecondCtrlCEndsTheRunWhereTheServerCannotBeAsked) {
   database_.Connection().Rollback();
   WaitUntil("the server is done with it", [&] { return !Runs("alter table"); });
   database_.Run("drop user 'single'@'localhost'");
-}
-
-TEST_F(LiveInterruptTest, AKilledServerEndsARunWithItsMessage) {
-  Start("create table u (a int);\ndo sleep(300);\ndrop table u;\n");
-  WaitUntilRunning("do sleep");
-  TPrivateServer::Shared().Kill();
-  const TAnswer answer = End();
-  EXPECT_EQ(answer.status, 2);
-  EXPECT_THAT(answer.err, HasSubstr("statement 2 of 3 failed at line 2, column 1: do sleep(300)"));
-  EXPECT_THAT(answer.err, HasSubstr("Lost connection"));
-  EXPECT_THAT(answer.err, HasSubstr("1 of 3 statements ran before it and are in force"));
-  TPrivateServer::Shared().Restart();
 }
 
 }  // namespace

@@ -23,12 +23,11 @@ class LiveTerminalTest : public ::testing::Test {
     reference_.Run("create table t (a int not null, b int not null)");
     target_.Run("create table t (a int not null)");
   }
-  std::vector<std::string> Program(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), VELMORA_CLI);
-    arguments.insert(arguments.end(), {"--socket", TPrivateServer::Shared().Socket()});
-    return arguments;
+  static std::vector<std::string> Sync() {
+    return {VELMORA_CLI,          "sync",
+            LiveSource("wanted"), LiveSource("on_terminal"),
+            "--socket",           TPrivateServer::Shared().Socket()};
   }
-  std::vector<std::string> Sync() const { return Program({"sync", LiveSource("wanted"), LiveSource("on_terminal")}); }
   std::string Columns() {
     return testing::Answer(target_.Connection(),
                            "select count(*) from information_schema.columns where table_schema = 'on_terminal'");
@@ -47,6 +46,7 @@ TEST_F(LiveTerminalTest, AsksAndTakesItsProgressAway) {
     const char* columns;
   } cases[] = {
       {"\n", "\nvelmora-cli: nothing was run\n", 2, "1"},
+      {"\x04", "\nvelmora-cli: nothing was run\n", 2, "1"},  // the end of input is no consent
       {"no\n", "no\nvelmora-cli: nothing was run\n", 2, "1"},
       {"n\x7Fy\n", "y\n3 statements ran on localhost.on_terminal.\n", 0, "2"},
   };
@@ -68,14 +68,6 @@ TEST_F(LiveTerminalTest, AsksAndTakesItsProgressAway) {
   }
 }
 
-TEST_F(LiveTerminalTest, TheEndOfInputIsNoConsent) {
-  TTerminalRun run(Sync());
-  ASSERT_TRUE(run.Await(kQuestion)) << run.Shown();
-  run.Type("\x04");
-  EXPECT_EQ(run.End(), 2);
-  EXPECT_EQ(Columns(), "1");
-}
-
 // The server closes connections that wait too long, and somebody has thought for longer.
 TEST_F(LiveTerminalTest, AnAnswerThatCameLateFindsTheConnectionMadeAnew) {
   testing::TWitness witness(target_);
@@ -88,33 +80,6 @@ TEST_F(LiveTerminalTest, AnAnswerThatCameLateFindsTheConnectionMadeAnew) {
   run.Type("y\n");
   EXPECT_EQ(run.End(), 0) << run.Shown();
   EXPECT_EQ(Columns(), "2");
-}
-
-TEST_F(LiveTerminalTest, APasswordIsTypedUnseenAndCanBeCorrected) {
-  target_.Run("create or replace user 'keeper'@'localhost' identified by 'pŽw'");
-  target_.Run("grant all on on_terminal.* to 'keeper'@'localhost'");
-  const std::string prompt = "Password for keeper@localhost: ";
-  const struct {
-    const char* keys;
-    const char* screen;  // behind the prompt's line
-    int status;
-  } cases[] = {
-      {"q\x15pŽŘ\x7Fw\n", "t (InnoDB)\n  a  int not null\n", 0},
-      {"pŽŘ\x7Fv\n", "Access denied for user 'keeper'@'localhost'", 2},
-      {"pŽw\x03", "", 2},
-  };
-  for (const auto& c : cases) {
-    TTerminalRun run(Program({"schema", "mysql://keeper@localhost/on_terminal"}));
-    const tcflag_t settings = run.Settings().c_lflag;
-    ASSERT_TRUE(run.Await(prompt));
-    run.Type(c.keys);
-    EXPECT_EQ(run.End(), c.status);
-    const std::string screen = TTerminalRun::Screen(run.Shown());
-    EXPECT_THAT(screen, ::testing::StartsWith(prompt + "\n"));
-    EXPECT_THAT(screen, HasSubstr(c.screen));
-    EXPECT_EQ(run.Settings().c_lflag, settings);
-  }
-  target_.Run("drop user 'keeper'@'localhost'");
 }
 
 }  // namespace
