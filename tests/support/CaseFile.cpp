@@ -31,4 +31,11 @@ TCaseFile ReadCaseFile(const std::string& name) {
   return file;
 }
 
+std::vector<TStringList> ReadCaseRows(const std::string& name) {
+  const TCaseFile file = ReadCaseFile(name);
+  std::vector<TStringList> rows;
+  for (const std::string& line : file.cases.front().lines) SplitText(" | ", line, rows.emplace_back());
+  return rows;
+}
+
 }  // namespace velmora::testing

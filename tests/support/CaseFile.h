@@ -23,4 +23,7 @@ struct TCaseFile {
 
 TCaseFile ReadCaseFile(const std::string& name);  // below tests/data; raises when it holds no case
 
+// A file whose one case has a row per line: the cells, which " | " parts.
+std::vector<TStringList> ReadCaseRows(const std::string& name);
+
 }  // namespace velmora::testing

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "util/Format.h"
+
 namespace velmora::testing {
 
 std::string Int(std::uint64_t value, std::size_t bytes) {
@@ -112,14 +114,8 @@ class TDialogue::TVio final : public TMySqlVio {
 
  private:
   static std::string Shown(const std::string& bytes) {
-    static constexpr char kDigits[] = "0123456789abcdef";
     std::string text;
-    for (const char c : bytes.substr(0, 400)) {
-      const auto value = static_cast<unsigned char>(c);
-      text += kDigits[value >> 4];
-      text += kDigits[value & 15];
-      text += ' ';
-    }
+    for (const char c : bytes.substr(0, 400)) text += Format("%02x ", static_cast<unsigned char>(c));
     return text;
   }
   void Blame(const std::string& fault) {

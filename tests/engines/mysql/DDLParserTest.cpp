@@ -48,12 +48,13 @@ TEST_P(DDLCases, GiveTheirRowsOrTheirMessage) {
     ASSERT_EQ(parts.size(), 3U);
     const std::string expected = parts[2].empty() ? "" : parts[2] + "\n";
     EXPECT_EQ(Outcome(parts[0], parts[1]), expected);
-    if (expected.find("offset") == std::string::npos)
+    if (GetParam() != std::string("comments") && expected.find("offset") == std::string::npos)
       EXPECT_EQ(Outcome(WithCrLf(parts[0]), WithCrLf(parts[1])), expected) << "with CR LF";
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(DDLParser, DDLCases, ::testing::Values("statements", "keys", "constraints", "columns"),
+INSTANTIATE_TEST_SUITE_P(DDLParser, DDLCases,
+                         ::testing::Values("statements", "keys", "constraints", "columns", "comments"),
                          [](const auto& file) { return file.param; });
 
 TEST(DDLParser, BlanksAtTheEndAreMissedWords) {
