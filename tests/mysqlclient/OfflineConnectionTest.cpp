@@ -57,34 +57,48 @@ class OfflineConnection : public ::testing::Test {
 TEST_F(OfflineConnection, AnswersAsAServer) {
   connection.SetConnected(true);
   EXPECT_EQ(Tables(connection), (TStringList{"B c", "a"}));
-  const char* const kQuestions[] = {"show create table `B c`", "SHOW CREATE TABLE `b C`", " show create table B c "};
-  for (const char* sql : kQuestions) {
-    std::vector<TVariant> row;
+  std::vector<TVariant> row;
+  for (const char* sql : {"show create table `B c`", "SHOW CREATE TABLE `b C`", " show create table B c "}) {
     EXPECT_EQ(MySqlQueryRow(sql, connection, row), 1);
     EXPECT_EQ(row, (std::vector<TVariant>{"B c"s, "create table `B c` (\n  `id` int(11) NOT NULL\n) ENGINE=InnoDB"s}))
         << sql;
   }
-  std::vector<TVariant> row;
   EXPECT_EQ(MessageOf([&] { MySqlQueryRow("show create table `x`", connection, row); }), "Table 'x' doesn't exist");
 }
 
 TEST_F(OfflineConnection, RunsNothing) {
   const auto query = connection.NewQuery();
-  const auto open = [&](const char* sql) {
-    query->SQL = sql;
-    return MessageOf([&] { query->Open(); });
-  };
-  for (const char* sql : {"show tables", "show create table `a`", "select 1"}) EXPECT_EQ(open(sql), "Not connected");
-  EXPECT_EQ(MessageOf([&] { query->Execute(); }), "Not connected");
-
-  connection.SetConnected(true);
-  for (const char* sql : {"select 1", "show databases", "", "show create table"}) EXPECT_EQ(open(sql), Refusal());
-  query->SQL = "show tables";
-  EXPECT_EQ(MessageOf([&] { query->Execute(); }), Refusal());
+  for (const bool connected : {false, true}) {
+    connection.SetConnected(connected);
+    const std::string refusal = connected ? Refusal() : "Not connected";
+    for (const char* sql : {"select 1", "show databases", "", "show create table"}) {
+      query->SQL = sql;
+      EXPECT_EQ(MessageOf([&] { query->Open(); }), refusal) << sql;
+    }
+    query->SQL = "show tables";
+    EXPECT_EQ(MessageOf([&] { query->Execute(); }), refusal);
+    EXPECT_EQ(MessageOf([&] { query->Open(); }), connected ? "nothing raised" : refusal);
+  }
   EXPECT_EQ(MessageOf([&] { connection.StartTransaction(); }), Refusal());
   EXPECT_EQ(MessageOf([&] { connection.Commit(); }), Refusal());
   EXPECT_EQ(MessageOf([&] { connection.Rollback(); }), Refusal());
   EXPECT_FALSE(connection.InTransaction());
+}
+
+TEST_F(OfflineConnection, QueryIsADatasetFromOpenToClose) {
+  const auto query = connection.NewQuery();
+  EXPECT_TRUE(query->Eof() && query->Fields().empty());
+  connection.SetConnected(true);
+  query->SQL = "show tables";
+  query->Open();
+  query->Next();
+  EXPECT_EQ(query->Value(0), TVariant("a"s));
+  query->Open();
+  EXPECT_EQ(query->Value(0), TVariant("B c"s));
+  query->Close();
+  EXPECT_FALSE(query->Active());
+  EXPECT_TRUE(query->Eof() && VarIsNull(query->Value(0)) && query->Fields().size() == 1);
+  EXPECT_EQ(query->RecordCount(), 0);
 }
 
 TEST_F(OfflineConnection, ReadsTheFileAgainOnlyWhenItChanged) {
@@ -133,15 +147,25 @@ TEST_F(OfflineConnection, FailsToConnect) {
   EXPECT_EQ(connection.Warnings().size(), 1u);
 }
 
-TEST_F(OfflineConnection, EngineReadsAndShowsItselfByItsPath) {
-  TDBConnMySQLOffline engine(path);
-  std::string text;
-  engine.GetDisplayName(text);
-  EXPECT_EQ(text, path);
+// --- The engine over such a connection
+
+class OfflineEngine : public OfflineConnection {
+ protected:
+  static std::string NameOf(TDBConn& conn) {
+    std::string text;
+    conn.GetDisplayName(text);
+    return text;
+  }
+  TDBConnMySQLOffline engine{path};
+};
+
+TEST_F(OfflineEngine, ReadsAndShowsItselfByItsPath) {
+  EXPECT_EQ(NameOf(engine), path);
   EXPECT_EQ(engine.GetEngine(), 8);
   engine.Connect();
   engine.meta().FindColumn("A", "x");
   EXPECT_EQ(DumpMeta(engine.meta()), "table B c\ntable a MyISAM fetched\ncolumn x <I4>\n");
+  std::string text;
   engine.meta().CachedTableDDL("a", text);
   EXPECT_EQ(text, "create table a (x int) engine=MyISAM");
   EXPECT_EQ(MessageOf([&] { engine.TruncateTable("a"); }), Refusal());
@@ -149,30 +173,22 @@ TEST_F(OfflineConnection, EngineReadsAndShowsItselfByItsPath) {
   EXPECT_EQ(MessageOf([&] { engine.ListDatabases(list); }), Refusal());
 }
 
-TEST_F(OfflineConnection, CloneIsAnOfflineEngineThatSharesTheFile) {
-  TDBConnMySQLOffline engine(path);
+TEST_F(OfflineEngine, CloneSharesTheFile) {
   engine.Connect();
   RewriteUnseen(StrReplace(kScript, "B c", "C d"));
   const std::unique_ptr<TDBConn> clone = engine.Clone();
-  std::string text;
-  clone->GetDisplayName(text);
-  EXPECT_EQ(text, path);
+  EXPECT_EQ(NameOf(*clone), path);
   EXPECT_EQ(DumpMeta(clone->meta()), "table B c\ntable a\n");
   EXPECT_EQ(MessageOf([&] { clone->StartTransaction(); }), Refusal());
 }
 
-TEST_F(OfflineConnection, UnconnectedEngineParsesWithoutAFile) {
-  TDBConnMySQLOffline engine("no such file");
-  engine.ParseDDL("create table t (a int) engine=InnoDB; alter table t add b int;");
-  EXPECT_EQ(Shape(engine.meta(), "t"), "t(a,b)");
+TEST_F(OfflineEngine, AFetchThatFailsForgetsTheRowsThatStoodThere) {
+  engine.ParseDDL("create table t (a int not null, key k (a)) type=x; alter table t add b int;");
+  EXPECT_EQ(Shape(engine.meta(), "t"), "t(a,b) key k(a)");
   std::string ddl;
   EXPECT_EQ(MessageOf([&] { engine.meta().CachedTableDDL("t", ddl); }), "Not connected");
-}
-
-TEST(OfflineEngine, AFetchThatFailsForgetsTheRowsThatStoodThere) {
-  TDBConnMySQLOffline engine("never read");
-  engine.ParseDDL("create table t (a int not null, key k (a)) type=x;");
-  EXPECT_EQ(engine.meta().tColumns.TotalCount(), 1u);
+  EXPECT_EQ(engine.meta().tColumns.TotalCount(), 2u);
+  engine.meta().InvalidateTable("t");
   EXPECT_EQ(MessageOf([&] { engine.meta().FindColumn("t", "a"); }), "Not connected");
   EXPECT_EQ(engine.meta().tColumns.TotalCount() + engine.meta().tKeyFields.TotalCount(), 0u);
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "mysqltext/StatementHead.h"
+#include "support/CaseFile.h"
 #include "support/MessageOf.h"
 #include "support/ScratchFolder.h"
 #include "util/Files.h"
@@ -13,6 +14,8 @@ namespace velmora {
 namespace {
 
 using testing::MessageOf;
+using testing::ReadCaseFile;
+using testing::TCaseText;
 using testing::TScratchFolder;
 
 // "name=text" of each recorded table.
@@ -30,53 +33,13 @@ TStringList Messages(const TCreationScript& script, bool verbose) {
   return messages;
 }
 
-struct TCase {
-  std::string script;
-  TStringList tables;
-};
-
-const TCase kCases[] = {
-    {"create table t (a int);", {"t=create table t (a int)"}},
-    {"CREATE TABLE `t` (\n  `a` int\n) ENGINE=InnoDB;\n", {"t=CREATE TABLE `t` (\n  `a` int\n) ENGINE=InnoDB"}},
-    {"create table t(a int)", {"t=create table t(a int)"}},
-    {"create table if not exists t (a int);", {"t=create table if not exists t (a int)"}},
-    {"create\n\ttable\n t\n(a int)", {"t=create\n\ttable\n t\n(a int)"}},
-    {"create /* x */ table -- y\n t (a int)", {"t=create /* x */ table -- y\n t (a int)"}},
-    // A database in front of the name is cut out.
-    {"create table `d`.`t` (a int)", {"t=create table `t` (a int)"}},
-    {"create table d.t (a int)", {"t=create table t (a int)"}},
-    {"create table if not exists d . `t u`(a int)", {"t u=create table if not exists `t u`(a int)"}},
-    {"create table `d.e`.`t.u` (a int); create table `v.w` (b int)",
-     {"t.u=create table `t.u` (a int)", "v.w=create table `v.w` (b int)"}},
-    // Names stay as they are written between backticks, which is how the parser reads them.
-    {"create table `a``b` (a int)", {"a``b=create table `a``b` (a int)"}},
-    {"create table \"t\" (a int)", {"\"t\"=create table \"t\" (a int)"}},
-    {"create table t\xC3\xA9 (a int)", {"t\xC3\xA9=create table t\xC3\xA9 (a int)"}},
-    // Whatever follows the name.
-    {"create table t like u; create table v select 1;", {"t=create table t like u", "v=create table v select 1"}},
-    {"create table t (a varchar(9) default ';' comment 'it''s; \\'') comment=\"x;\";",
-     {"t=create table t (a varchar(9) default ';' comment 'it''s; \\'') comment=\"x;\""}},
-    // A later text takes the earlier one's place.
-    {"create table a (x int); create table b (y int); create table A (z int);",
-     {"A=create table A (z int)", "b=create table b (y int)"}},
-    // No tables.
-    {"create temporary table t (a int); create or replace table u (a int); create tables (a int);", {}},
-    {"create table; create table (a int); create view v as select 1; insert into x values ('create table t (a int)')",
-     {}},
-    {"/*!50001 create table v (a int) */; -- create table w (a int);", {}},
-    {"delimiter //\ncreate procedure p() begin create table t (a int); end//\ncreate table u (a int)//",
-     {"u=create table u (a int)"}},
-};
-
 TEST(CreationScript, RecordsTables) {
-  for (const TCase& row : kCases) EXPECT_EQ(Recorded(TCreationScript(row.script)), row.tables) << row.script;
-}
-
-TEST(CreationScript, RecordsAlikeWithCarriageReturns) {
-  for (const TCase& row : kCases) {
-    TStringList expected;
-    for (const std::string& table : row.tables) expected.push_back(StrReplace(table, "\n", "\r\n"));
-    EXPECT_EQ(Recorded(TCreationScript(StrReplace(row.script, "\n", "\r\n"))), expected) << row.script;
+  for (const TCaseText& one : ReadCaseFile("creation/tables.txt").cases) {
+    const TStringList parts = one.Parts();
+    for (const char* line_end : {"\n", "\r\n"}) {
+      const TCreationScript script(StrReplace(parts.at(0), "\n", line_end));
+      EXPECT_EQ(JoinList(Recorded(script), line_end), StrReplace(parts.at(1), "\n", line_end)) << one.name;
+    }
   }
 }
 
@@ -91,33 +54,20 @@ TEST(CreationScript, FindsIgnoringCase) {
 
 TEST(CreationScript, KnowsWhatAStatementIs) {
   using enum EStatementKind;
-  const struct {
-    const char* statement;
-    EStatementKind kind;
-  } kStatements[] = {
-      {"Alter Table t add a int", AlterTable},
-      {"alter ignore table t add a int", AlterTable},
-      {"alter database d", Setting},
-      {"set session sql_mode = 'ansi_quotes'", Setting},
-      {"set names utf8", Other},
-      {"\\. other.sql", Dynamic},
-      {"create index i on t (a)", CreateIndex},
-      {"create UNIQUE index i on t", CreateIndex},
-      {"create fulltext index i on t", CreateIndex},
-      {"create trigger x", Object},
-      {"rename table a to b", Rename},
-      {"drop table t", Drop},
-      {"drop/**/database d", Drop},
-      {"dropped", Other},
-      {"drop2 x", Other},
-      {"create or replace table t", ReplaceTable},
-      {"create or replace view t", Object},
-      {"create table1 t", Other},
-      {"create table d. (a int)", Other},
-      {"create table d.t (a int)", CreateTable},
-      {"", Other},
+  const std::pair<EStatementKind, TStringList> kStatements[] = {
+      {AlterTable, {"Alter Table t add a int", "alter ignore table t add a int"}},
+      {Setting, {"alter database d", "set session sql_mode = 'ansi_quotes'"}},
+      {Dynamic, {"\\. other.sql"}},
+      {CreateIndex, {"create index i on t (a)", "create UNIQUE index i on t", "create fulltext index i on t"}},
+      {Object, {"create trigger x", "create or replace view t"}},
+      {Rename, {"rename table a to b"}},
+      {Drop, {"drop table t", "drop/**/database d"}},
+      {ReplaceTable, {"create or replace table t"}},
+      {CreateTable, {"create table d.t (a int)"}},
+      {Other, {"set names utf8", "dropped", "drop2 x", "create table1 t", "create table d. (a int)", ""}},
   };
-  for (const auto& row : kStatements) EXPECT_EQ(ReadStatementHead(row.statement).kind, row.kind) << row.statement;
+  for (const auto& [kind, statements] : kStatements)
+    for (const std::string& statement : statements) EXPECT_EQ(ReadStatementHead(statement).kind, kind) << statement;
 }
 
 TEST(CreationScript, WarnsOfWhatMattersAndTellsTheRest) {
@@ -147,12 +97,13 @@ TEST(CreationScript, ADumpThatIsCutAnywhereIsAnError) {
   for (const std::string_view opening : openings) {
     const std::string whole = std::string(opening) + "create table `a` (`b` int comment 'it''s');\n-- Dump completed";
     for (std::size_t size = 1; size < whole.size(); ++size)
-      EXPECT_NE(MessageOf([&] { TCreationScript script(whole.substr(0, size)); }), "") << whole.substr(0, size);
+      EXPECT_NE(MessageOf([&] { TCreationScript script(whole.substr(0, size)); }), "nothing raised")
+          << whole.substr(0, size);
     EXPECT_EQ(TCreationScript(whole).Tables().size(), 1u);
     EXPECT_EQ(TCreationScript(whole + " on 2026-01-01\n").Tables().size(), 1u);
     const std::string cut = whole.substr(0, whole.rfind('\n'));
     EXPECT_EQ(TCreationScript(cut, {"", true}).Tables().size(), 1u);
-    EXPECT_NE(MessageOf([&] { TCreationScript script(whole + "\n" + cut); }), "");
+    EXPECT_NE(MessageOf([&] { TCreationScript script(whole + "\n" + cut); }), "nothing raised");
   }
 }
 
