@@ -12,6 +12,7 @@
 #include "support/ScratchFolder.h"
 #include "util/Errors.h"
 #include "util/Files.h"
+#include "util/Format.h"
 
 namespace velmora {
 namespace {
@@ -43,21 +44,6 @@ class TMemoryOptions : public TOptionStore {
   }
 };
 
-class TVariable {
- public:
-  TVariable(const char* name, const std::string& value) : name_(name) {
-    if (const char* old = getenv(name)) old_ = old;
-    setenv(name, value.c_str(), 1);
-  }
-  ~TVariable() { old_ ? setenv(name_, old_->c_str(), 1) : unsetenv(name_); }
-  TVariable(const TVariable&) = delete;
-  TVariable& operator=(const TVariable&) = delete;
-
- private:
-  const char* name_;
-  std::optional<std::string> old_;
-};
-
 class SettingsTest : public ::testing::Test {
  protected:
   void Save() { SaveSettings(file_, window_, recent_, TOptions(), options_); }
@@ -68,8 +54,8 @@ class SettingsTest : public ::testing::Test {
     LoadSettings(file_, window_, recent_);
   }
   std::string Window() const {
-    return std::to_string(window_.state) + ": " + std::to_string(window_.left) + " " + std::to_string(window_.top) +
-           " " + std::to_string(window_.width) + " " + std::to_string(window_.height);
+    const auto& [state, left, top, width, height] = window_;
+    return Format("%d: %d %d %d %d", state, left, top, width, height);
   }
   TStringList Recent() const {
     TStringList list;
@@ -120,32 +106,31 @@ TEST_F(SettingsTest, OnlyANormalWindowKeepsItsPlace) {
 }
 
 TEST_F(SettingsTest, LoadingEndsInSilenceAtTheFirstFault) {
-  const std::string recent = "<RecentDocuments><Document><filename>/a</filename></Document></RecentDocuments>";
-  const auto window = [](const std::string& values) { return "<root><Window>" + values + "</Window>"; };
+  constexpr char kRecent[] = "<RecentDocuments><Document><filename>/a</filename></Document></RecentDocuments></root>";
   const struct {
-    std::string text, window;
-    bool recent;
+    const char *begin, *window;
+    std::size_t recent;
   } kCases[] = {
-      {"", "0: 1 2 3 4", false},
-      {"<root>", "0: 1 2 3 4", false},
-      {"<root>" + recent + "</root>", "0: 1 2 3 4", false},
-      {window("<State>0</State>") + recent + "</root>", "0: 1 2 3 4", false},
-      {window("<State>0</State><Left>7</Left><Top>8</Top><Width>x</Width>") + recent + "</root>", "0: 7 8 3 4", false},
-      {window("<State>2</State>") + recent + "</root>", "2: 1 2 3 4", true},
-      {window("<State>9</State>") + recent + "</root>", "0: 1 2 3 4", true},
-      {window("<State>99999999999</State>") + recent + "</root>", "0: 1 2 3 4", false},
+      {"<root", "0: 1 2 3 4", 0},
+      {"<root>", "0: 1 2 3 4", 0},
+      {"<root><Window><State>0</State></Window>", "0: 1 2 3 4", 0},
+      {"<root><Window><State>0</State><Left>7</Left><Top>8</Top><Width>x</Width></Window>", "0: 7 8 3 4", 0},
+      {"<root><Window><State>2</State></Window>", "2: 1 2 3 4", 1},
+      {"<root><Window><State>9</State></Window>", "0: 1 2 3 4", 1},
+      {"<root><Window><State>99999999999</State></Window>", "0: 1 2 3 4", 0},
   };
   for (const auto& c : kCases) {
-    WriteFileText(file_, c.text);
+    WriteFileText(file_, std::string(c.begin) + kRecent);
     Load();
-    EXPECT_EQ(Window(), c.window) << c.text;
-    EXPECT_EQ(Recent().size(), c.recent ? 1U : 0U) << c.text;
+    EXPECT_EQ(Window(), c.window) << c.begin;
+    EXPECT_EQ(Recent().size(), c.recent) << c.begin;
   }
-  file_ = folder_ / "none";
-  Load();
-  EXPECT_THAT(Recent(), IsEmpty());
-  file_ = folder_.Path();
-  Load();
+  WriteFileText(file_, "");
+  for (const std::string& file : {file_, folder_ / "none", folder_.Path()}) {
+    file_ = file;
+    Load();
+    EXPECT_THAT(Recent(), IsEmpty());
+  }
 }
 
 TEST_F(SettingsTest, ADamagedFileNeverRaises) {
@@ -174,7 +159,7 @@ TEST_F(SettingsTest, AFileThatCannotBeWrittenIsPassedOverButOptionsAreNot) {
 
 TEST_F(SettingsTest, AnInstalledProgramKeepsThemWithTheUser) {
   std::filesystem::create_directories(folder_ / "usr/bin");
-  const TVariable config("XDG_CONFIG_HOME", folder_ / "config");
+  setenv("XDG_CONFIG_HOME", (folder_ / "config").c_str(), 1);
   EXPECT_EQ(SettingsFileOf(folder_ / "usr/bin/", folder_ / "usr/../usr/bin"),
             folder_ / "config/velmora/Velmora.settings");
   EXPECT_EQ(SettingsFileOf(folder_.Path() + "/", folder_ / "usr/bin"), file_);
@@ -187,10 +172,10 @@ TEST_F(SettingsTest, AnInstalledProgramKeepsThemWithTheUser) {
 }
 
 TEST(UserFolderTest, OnlyAbsolutePathsCount) {
-  const TVariable home("HOME", "/home/u");
+  setenv("HOME", "/home/u", 1);
   for (const auto& [config, folder] :
        {std::pair("/etc/u", "/etc/u/velmora"), {"rel", "/home/u/.config/velmora"}, {"", "/home/u/.config/velmora"}}) {
-    const TVariable variable("XDG_CONFIG_HOME", config);
+    setenv("XDG_CONFIG_HOME", config, 1);
     EXPECT_EQ(UserConfigFolder(), folder);
     EXPECT_EQ(UserConfigFile("x"), std::string(folder) + "/x");
   }
@@ -213,15 +198,11 @@ TEST(OptionsTest, OnlyTheIntegerOneIsTrueAndOddValuesAreStandard) {
   store.integers = {{"UseBackticks", 1}, {"VerboseLog", 2},   {"AllowTblTypeChg", -1},
                     {"LogFontName", 7},  {"LogFontSize", -3}, {"ScriptFontSize", 1LL << 40}};
   store.texts = {{"SelectSyncTables", "0"}, {"ScriptFontName", ""}};
-  const TOptions options = LoadOptions(store);
-  EXPECT_TRUE(options.UseBackticks);
-  EXPECT_FALSE(options.VerboseLog);
-  EXPECT_FALSE(options.AllowTblTypeChg);
-  EXPECT_TRUE(options.SelectSyncTables) << "a text is no switch";
-  EXPECT_EQ(options.LogFontName, "Tahoma");
-  EXPECT_EQ(options.LogFontSize, -3) << "no bounds are set";
-  EXPECT_EQ(options.ScriptFontSize, 9) << "more than an integer holds";
-  EXPECT_EQ(options.ScriptFontName, "");
+  SaveOptions(LoadOptions(store), store);
+  EXPECT_EQ(JoinList(store.written, " "),
+            "DropExtraColumns=0 DropExtraIndices=0 DropExtraConstraints=0 DropExtraTables=0 SyncRunUnprompted=0 "
+            "ConnectOnStartup=0 ScriptToClipboard=0 AllowTblTypeChg=0 UseBackticks=1 VerboseLog=0 SelectSyncTables=1 "
+            "NoForeignKeyChecks=0 LogFontName=Tahoma LogFontSize=-3 ScriptFontName= ScriptFontSize=9 flush");
 }
 
 TEST(OptionsTest, TheUsersFileKeepsWhatIsNotOurs) {
