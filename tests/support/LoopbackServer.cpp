@@ -53,4 +53,11 @@ std::string ReceiveAll(int connection, std::size_t count) {
   return bytes;
 }
 
+std::string ReceivePacket(int connection) {
+  const std::string head = ReceiveAll(connection, 4);
+  std::size_t size = 0;
+  for (std::size_t i = 3; head.size() == 4 && i-- > 0;) size = size << 8 | static_cast<unsigned char>(head[i]);
+  return ReceiveAll(connection, size);
+}
+
 }  // namespace velmora::testing

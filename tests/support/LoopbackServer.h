@@ -26,5 +26,6 @@ class TLoopbackServer {
 // Sends all of it; reads until `count` bytes have come or the other end closes.
 void SendAll(int connection, const std::string& bytes);
 std::string ReceiveAll(int connection, std::size_t count);
+std::string ReceivePacket(int connection);  // the payload of a packet of MySQL's; empty when the other end closes
 
 }  // namespace velmora::testing

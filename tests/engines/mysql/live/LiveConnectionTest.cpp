@@ -1,17 +1,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <thread>
 
 #include "support/LiveDatabase.h"
+#include "support/LoopbackServer.h"
 #include "support/MessageOf.h"
+#include "support/MySqlDialogue.h"
 #include "support/Relay.h"
 #include "support/ScratchFolder.h"
 #include "util/Errors.h"
@@ -24,60 +22,40 @@ using testing::Answer;
 using testing::Execute;
 using ::testing::HasSubstr;
 using testing::MessageOf;
+using testing::Packet;
+using testing::SendAll;
 using testing::ServerConnection;
 using testing::TLiveDatabase;
+using testing::TLoopbackServer;
 using testing::TPrivateServer;
+using testing::Wire;
 using TConnections = std::unique_ptr<TMyConnection>;
 
-// A socket of 127.0.0.1 that accepts connections and never says a word of its own.
-class TListener {
- public:
-  TListener() : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
-    address_.sin_family = AF_INET;
-    address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address_);
-    EXPECT_EQ(bind(socket_, Address(), size), 0);
-    EXPECT_EQ(listen(socket_, 5), 0);
-    EXPECT_EQ(getsockname(socket_, reinterpret_cast<sockaddr*>(&address_), &size), 0);
-  }
-  ~TListener() { close(socket_); }
-  TListener(const TListener&) = delete;
-  TListener& operator=(const TListener&) = delete;
-
-  int Port() const { return ntohs(address_.sin_port); }
-  int Accept() const { return accept(socket_, nullptr, nullptr); }
-
- private:
-  const sockaddr* Address() const { return reinterpret_cast<const sockaddr*>(&address_); }
-
-  int socket_;
-  sockaddr_in address_{};
-};
-
-// What a server says first.
-std::string Greeting(int port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  const int connection = socket(AF_INET, SOCK_STREAM, 0);
-  EXPECT_EQ(connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
-  std::array<char, 1024> buffer{};
-  const ssize_t size = read(connection, buffer.data(), buffer.size());
-  close(connection);
-  return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
-}
+// What a server of today says first, and to a login that it takes.
+const std::string kGreeting = Packet(0, Wire("0A '8.0.33' 00 4D000000 'abcdefgh' 00 FFF7 2D 0200 8E00 15 00*10 "
+                                             "'ijklmnopqrst' 00 'mysql_native_password' 00"));
+const std::string kWelcome = Packet(2, Wire("00 00 00 0200 0000"));
 
 class LiveConnection : public testing::TWithBothClients {
  protected:
-  TConnections New() const { return ServerConnection(TPrivateServer::Shared(), database.Name()); }
-  TConnections NewTcp() const {
-    TConnections connection = New();
-    connection->Server = "127.0.0.1";
+  TConnections New(const std::string& server = {}) const {
+    TConnections connection = ServerConnection(TPrivateServer::Shared(), database.Name());
+    connection->Server = server;
     return connection;
   }
-  // Seconds until connecting fails.
-  static double SecondsToFail(TMyConnection& connection) {
+  TConnections NewTcp() const { return New("127.0.0.1"); }
+  TConnections Connected(const std::string& server = {}) const {
+    TConnections connection = New(server);
+    connection->SetConnected(true);
+    return connection;
+  }
+  // Seconds until connecting to a server fails that says this and no more.
+  static double SecondsToFail(TMyConnection& connection, const std::string& said) {
+    const TLoopbackServer silent([&](int client) {
+      SendAll(client, said);
+      testing::ReceiveAll(client, 1 << 20);  // until the client closes
+    });
+    connection.Port = silent.Port();
     const auto start = std::chrono::steady_clock::now();
     EXPECT_THROW(connection.SetConnected(true), EMySqlException);
     EXPECT_FALSE(connection.GetConnected());
@@ -88,110 +66,70 @@ class LiveConnection : public testing::TWithBothClients {
 };
 
 TEST_P(LiveConnection, LocalServerBySocketOthersByTcp) {
-  const struct {
-    const char* server;
-    bool local;
-  } kCases[] = {{"", true}, {"localhost", true}, {"LocalHost", true}, {"127.0.0.1", false}};
-  for (const auto& [server, local] : kCases) {
-    const TConnections connection = New();
-    connection->Server = server;
-    connection->SetConnected(true);
-    const std::string host = Answer(*connection,
-                                    "select host from information_schema.processlist where id = "
-                                    "connection_id()");
+  const TPrivateServer& shared = TPrivateServer::Shared();
+  for (const auto& [server, local] : {std::pair("", true), {"LocalHost", true}, {"127.0.0.1", false}}) {
+    const TConnections connection = Connected(server);
+    const std::string host =
+        Answer(*connection, "select host from information_schema.processlist where id = connection_id()");
     EXPECT_EQ(host.find(':') == std::string::npos, local) << server << " is " << host;
     EXPECT_EQ(Answer(*connection, "select database()"), "live");
-    const TPrivateServer& shared = TPrivateServer::Shared();
     EXPECT_EQ(connection->ReachedAt(), local ? shared.Socket() : Format("127.0.0.1:%d", shared.Port()));
   }
-}
-
-// Whatever sockets there are: another server may listen there.
-TEST_P(LiveConnection, AGivenPortIsTheOnlyWay) {
-  const TConnections connection = New();
-  connection->Server = "localhost";
+  // Whatever sockets there are: another server may listen there than at the port that was given.
+  const TConnections connection = New("localhost");
   connection->Options.Socket.clear();
   connection->SetConnected(true);
-  EXPECT_EQ(connection->ReachedAt(), Format("localhost:%d", TPrivateServer::Shared().Port()));
-  EXPECT_EQ(Answer(*connection, "select database()"), "live");
+  EXPECT_EQ(connection->ReachedAt(), Format("localhost:%d", shared.Port()));
 }
 
 TEST_P(LiveConnection, FailuresToConnect) {
   database.Run("create or replace user 'limited'@'%' identified by 'secret'");
   const struct {
-    const char* name;
-    std::function<void(TMyConnection&)> change;
+    void (*change)(TMyConnection& connection);
     const char* message;
   } kCases[] = {
-      {"wrong password", [](auto& c) { c.Username = "limited", c.Password = "Secret"; },
-       "Access denied for user 'limited'@"},
-      {"unknown user", [](auto& c) { c.Username = "nobody"; }, "Access denied for user 'nobody'@"},
-      {"no right to the database", [](auto& c) { c.Username = "limited", c.Password = "secret"; },
-       "to database 'live'"},
-      {"unknown database", [](auto& c) { c.Database = "no such"; }, "Unknown database 'no such'"},
-      {"closed port", [](auto& c) { c.Port = testing::FreePort(); }, "server on '127.0.0.1'"},
-      {"impossible port", [](auto& c) { c.Port = 700000; }, "700000 is no port"},
-      {"unknown host", [](auto& c) { c.Server = "no-such-host.invalid"; }, "no-such-host.invalid"},
-      {"no socket", [](auto& c) { c.Server = "", c.Options.Socket = "/no/such.sock"; },
-       "server through socket '/no/such.sock'"},
+      {[](auto& c) { c.Username = "limited", c.Password = "Secret"; }, "Access denied for user 'limited'@"},
+      {[](auto& c) { c.Username = "nobody"; }, "Access denied for user 'nobody'@"},
+      {[](auto& c) { c.Username = "limited", c.Password = "secret"; }, "to database 'live'"},
+      {[](auto& c) { c.Database = "no such"; }, "Unknown database 'no such'"},
+      {[](auto& c) { c.Port = testing::FreePort(); }, "server on '127.0.0.1'"},
+      {[](auto& c) { c.Port = 700000; }, "700000 is no port"},
+      {[](auto& c) { c.Server = "no-such-host.invalid"; }, "no-such-host.invalid"},
+      {[](auto& c) { c.Server = "", c.Options.Socket = "/no/such.sock"; }, "server through socket '/no/such.sock'"},
   };
-  for (const auto& [name, change, message] : kCases) {
-    SCOPED_TRACE(name);
+  for (const auto& [change, message] : kCases) {
     const TConnections connection = NewTcp();
     change(*connection);
     EXPECT_THAT(MessageOf([&] { connection->SetConnected(true); }), HasSubstr(message));
-    EXPECT_THROW(connection->SetConnected(true), EMySqlException);
-    EXPECT_FALSE(connection->GetConnected());
-    EXPECT_FALSE(connection->InTransaction());
+    EXPECT_FALSE(connection->GetConnected() || connection->InTransaction()) << message;
     EXPECT_EQ(MessageOf([&] { Execute(*connection, "select 1"); }), "Not connected");
     EXPECT_EQ(MessageOf([&] { connection->StartTransaction(); }), "Not connected");
+    if (connection->Database == "live") continue;
+    connection->Database = "live";
+    connection->SetConnected(true);  // after a failure
+    EXPECT_EQ(Answer(*connection, "select 1"), "1");
   }
   database.Run("drop user 'limited'@'%'");
 }
 
-TEST_P(LiveConnection, ConnectsAfterAFailure) {
-  const TConnections connection = NewTcp();
-  connection->Database = "no such";
-  EXPECT_THROW(connection->SetConnected(true), EMySqlException);
-  connection->Database = "live";
-  connection->SetConnected(true);
-  EXPECT_EQ(Answer(*connection, "select 1"), "1");
-}
-
-// Each stage of a login that never comes ends by the time-out.
+// Each stage of a login that never comes ends by the time-out; nor does a login take longer than any other silence.
 TEST_P(LiveConnection, SilentServerTimesOut) {
-  EXPECT_EQ(ServerConnection(TPrivateServer::Shared())->ConnectionTimeout, 15);
-  const TListener listener;
   const TConnections connection = NewTcp();
-  connection->Port = listener.Port();
+  EXPECT_EQ(connection->ConnectionTimeout, 15);
   connection->Options.ReadTimeout = 1;
-  EXPECT_NEAR(SecondsToFail(*connection), 1.5, 1) << "nor does a login take longer than any other silence";
+  EXPECT_NEAR(SecondsToFail(*connection, ""), 1.5, 1);
   connection->Options.ReadTimeout = 600;
   connection->ConnectionTimeout = 1;
-  EXPECT_NEAR(SecondsToFail(*connection), 1.5, 1);
-
-  const std::string greeting = Greeting(TPrivateServer::Shared().Port());
-  int greeted = -1;
-  std::thread server([&] {
-    for (int i = 0; i < 2; ++i) close(listener.Accept());  // the attempts from above
-    greeted = listener.Accept();
-    EXPECT_EQ(write(greeted, greeting.data(), greeting.size()), static_cast<ssize_t>(greeting.size()));
-  });
-  EXPECT_NEAR(SecondsToFail(*connection), 1.5, 1);
-  server.join();
-  close(greeted);
-}
-
-TEST_P(LiveConnection, TimeoutHoldsForConnectingOnly) {
-  const TConnections connection = NewTcp();
-  connection->ConnectionTimeout = 1;
-  connection->SetConnected(true);
-  EXPECT_EQ(Answer(*connection, "select sleep(1.5)"), "0");
+  for (const std::string& said : {std::string(), kGreeting}) EXPECT_NEAR(SecondsToFail(*connection, said), 1.5, 1);
 }
 
 // What is only read has its time, and what a script does takes as long as it takes.
 TEST_P(LiveConnection, SilenceEndsWhatIsRead) {
   const TConnections connection = NewTcp();
+  connection->ConnectionTimeout = 1;
+  connection->SetConnected(true);
+  EXPECT_EQ(Answer(*connection, "select sleep(1.5)"), "0") << "the time to connect is for connecting only";
+  connection->SetConnected(false);
   connection->Options.ReadTimeout = 1;
   connection->SetConnected(true);
   Execute(*connection, "do sleep(1.5)");
@@ -207,22 +145,18 @@ TEST_P(LiveConnection, NewConnectionHasTheOptionsAndNothingElse) {
   connection->Options.CaFile = "ca.pem";
   const auto other = connection->NewConnection();
   EXPECT_EQ(other->ConnectionTimeout, 7);
-  EXPECT_TRUE(other->Options.Compress);
-  EXPECT_EQ(other->Options.Tls, ETls::Required);
-  EXPECT_EQ(other->Options.CaFile, "ca.pem");
+  EXPECT_TRUE(other->Options.Compress && other->Options.Tls == ETls::Required && other->Options.CaFile == "ca.pem");
   EXPECT_EQ(other->Options.Socket, TPrivateServer::Shared().Socket());
   EXPECT_EQ(other->Username, "");
   EXPECT_FALSE(other->GetConnected());
 }
 
 TEST_P(LiveConnection, Utf8IsSpokenFromTheFirstByte) {
-  const TConnections connection = New();
-  connection->SetConnected(true);
+  const TConnections connection = Connected();
   EXPECT_EQ(Answer(*connection, "select concat(@@character_set_client, @@character_set_results)"), "utf8mb4utf8mb4");
   Execute(*connection, "create table `Šifra` (`žiro` varchar(20) default 'Šifra 雪' comment 'ÄÖ 雪')");
   EXPECT_THAT(Answer(*connection, "show create table `Šifra`"),
               HasSubstr("`žiro` varchar(20) DEFAULT 'Šifra 雪' COMMENT 'ÄÖ 雪'"));
-  EXPECT_EQ(Answer(*connection, "show tables"), "Šifra");
   Execute(*connection, "insert into `Šifra` values ('雪 😀')");
   EXPECT_EQ(Answer(*connection, "select `žiro` from `Šifra`"), "雪 😀");
 }
@@ -232,13 +166,11 @@ TEST_P(LiveConnection, CompressedFrames) {
   connection->Options.Compress = true;
   connection->SetConnected(true);
   EXPECT_EQ(Answer(*connection, "show session status like 'Compression'"), "ON");
-  EXPECT_EQ(Answer(*connection, "select length(repeat('x', 1000000))"), "1000000");
   EXPECT_EQ(Answer(*connection, "select repeat('x', 1000000)"), std::string(1000000, 'x'));
 }
 
 TEST_P(LiveConnection, ServerGetsNoLocalFile) {
-  const TConnections connection = New();
-  connection->SetConnected(true);
+  const TConnections connection = Connected();
   Execute(*connection, "create table t (a text)");
   EXPECT_THROW(Execute(*connection, "load data local infile '/etc/passwd' into table t"), EMySqlException);
   EXPECT_EQ(Answer(*connection, "select count(*) from t"), "0");
@@ -250,15 +182,10 @@ class TTlsServer {
   TTlsServer() : made_(MakeCertificate()), server_({"--ssl-cert=" + CaFile(), "--ssl-key=" + folder_ / "key.pem"}) {}
 
   std::string CaFile() const { return folder_ / "cert.pem"; }
-  TConnections NewTcp(ETls tls) const {
+  TConnections New(ETls tls, const std::string& server = "127.0.0.1") const {
     TConnections connection = ServerConnection(server_);
-    connection->Server = "127.0.0.1";
+    connection->Server = server;
     connection->Options.Tls = tls;
-    return connection;
-  }
-  TConnections NewLocal(ETls tls) const {
-    TConnections connection = NewTcp(tls);
-    connection->Server.clear();
     return connection;
   }
 
@@ -276,40 +203,38 @@ class TTlsServer {
   TPrivateServer server_;
 };
 
+std::string Cipher(TMyConnection& connection) {
+  connection.SetConnected(true);
+  return Answer(connection, "show session status like 'Ssl_cipher'");
+}
+
 TEST_P(LiveConnection, TlsAsWanted) {
   const TTlsServer server;
-  const auto cipher = [](TMyConnection& connection) {
-    connection.SetConnected(true);
-    return Answer(connection, "show session status like 'Ssl_cipher'");
-  };
-  EXPECT_EQ(cipher(*server.NewTcp(ETls::Off)), "");
-  EXPECT_NE(cipher(*server.NewTcp(ETls::Preferred)), "");
-  EXPECT_EQ(cipher(*server.NewLocal(ETls::Preferred)), "");
-  const TConnections required = server.NewTcp(ETls::Required);
+  EXPECT_EQ(Cipher(*server.New(ETls::Off)), "");
+  EXPECT_EQ(Cipher(*server.New(ETls::Preferred, "")), "");
+  const TConnections unchecked = server.New(ETls::Preferred);
+  std::string told;
+  unchecked->Notice = [&](const std::string& text) { told = text; };
+  EXPECT_NE(Cipher(*unchecked), "");
+  EXPECT_THAT(told, HasSubstr("nobody has checked who answers"));
+
+  const TConnections required = server.New(ETls::Required);
   EXPECT_THAT(MessageOf([&] { required->SetConnected(true); }), HasSubstr("certificate"));
   required->Options.CaFile = server.CaFile();
-  EXPECT_NE(cipher(*required), "");
+  EXPECT_NE(Cipher(*required), "");
   required->SetConnected(false);
   required->Server = "localhost";  // the same machine, but not the name in the certificate
   required->Options.Socket.clear();
   EXPECT_THAT(MessageOf([&] { required->SetConnected(true); }), HasSubstr("certificate"));
   required->Options.Tls = ETls::VerifyCa;
-  const std::string refusal = MessageOf([&] { required->SetConnected(true); });
-  EXPECT_THAT(refusal, HasSubstr(GetParam() ? "nothing raised" : "--client native"));
-  const TConnections unchecked = server.NewTcp(ETls::Preferred);
-  std::string told;
-  unchecked->Notice = [&](const std::string& text) { told = text; };
-  unchecked->SetConnected(true);
-  EXPECT_THAT(told, HasSubstr("nobody has checked who answers"));
+  EXPECT_THAT(MessageOf([&] { required->SetConnected(true); }),
+              HasSubstr(GetParam() ? "nothing raised" : "--client native"));
 }
 
 TEST_P(LiveConnection, TlsOfAServerWithoutAny) {
-  const TConnections connection = NewTcp();
-  connection->SetConnected(true);  // preferred
-  EXPECT_EQ(Answer(*connection, "show session status like 'Ssl_cipher'"), "");
+  EXPECT_EQ(Cipher(*NewTcp()), "");  // preferred
   for (const char* server : {"127.0.0.1", ""}) {
-    const TConnections required = NewTcp();
-    required->Server = server;
+    const TConnections required = New(server);
     required->Options.Tls = ETls::Required;
     EXPECT_THROW(required->SetConnected(true), EMySqlException);
     EXPECT_FALSE(required->GetConnected());
@@ -317,36 +242,33 @@ TEST_P(LiveConnection, TlsOfAServerWithoutAny) {
 }
 
 TEST_P(LiveConnection, Transactions) {
-  const TConnections connection = New();
-  connection->SetConnected(true);
+  const TConnections connection = Connected();
+  const auto begin = [&](const char* sql) {
+    connection->StartTransaction();
+    EXPECT_TRUE(connection->InTransaction());
+    Execute(*connection, sql);
+  };
   Execute(*connection, "create table t (a int) engine=InnoDB");
-  connection->StartTransaction();
-  EXPECT_TRUE(connection->InTransaction());
-  Execute(*connection, "insert into t values (1)");
+  begin("insert into t values (1)");
   connection->Rollback();
   EXPECT_FALSE(connection->InTransaction());
   EXPECT_EQ(Answer(*connection, "select count(*) from t"), "0");
 
-  connection->StartTransaction();
-  Execute(*connection, "insert into t values (2)");
+  begin("insert into t values (2)");
   EXPECT_THROW(Execute(*connection, "insert into nowhere values (2)"), EMySqlException);
   EXPECT_TRUE(connection->InTransaction());
   connection->Commit();
   EXPECT_FALSE(connection->InTransaction());
-  EXPECT_EQ(Answer(*connection, "select a from t"), "2");
 
-  connection->StartTransaction();
-  Execute(*connection, "insert into t values (3)");
+  begin("insert into t values (3)");
   connection->SetConnected(false);
   EXPECT_FALSE(connection->InTransaction());
   connection->SetConnected(true);
-  EXPECT_EQ(Answer(*connection, "select count(*) from t"), "1");
+  EXPECT_EQ(Answer(*connection, "select group_concat(a) from t"), "2");
 }
 
 TEST_P(LiveConnection, IsolationLevels) {
-  const TConnections writer = New(), reader = New();
-  writer->SetConnected(true);
-  reader->SetConnected(true);
+  const TConnections writer = Connected(), reader = Connected();
   Execute(*writer, "create table t (a int) engine=InnoDB");
   writer->StartTransaction();
   Execute(*writer, "insert into t values (1)");
@@ -369,22 +291,18 @@ TEST_P(LiveConnection, AnotherThreadEndsTheStatementThatRuns) {
   database.Connection().StartTransaction();
   database.Run("update t set a = 2");  // which the others wait for
   const struct {
-    const char* name;
     void (TMyConnection::*end)();
     const char* message;
     bool connected;
-  } kCases[] = {{"cancel", &TMyConnection::CancelRunning, "Query execution was interrupted", true},
-                {"sever", &TMyConnection::Sever, "Lost connection", false}};
+  } kCases[] = {{&TMyConnection::CancelRunning, "Query execution was interrupted", true},
+                {&TMyConnection::Sever, "Lost connection", false}};
   for (const auto& c : kCases) {
     for (const char* server : {"", "127.0.0.1"}) {
-      SCOPED_TRACE(std::string(c.name) + server);
-      const TConnections connection = New();
-      connection->Server = server;
-      connection->SetConnected(true);
+      SCOPED_TRACE(std::string(c.message) + server);
+      const TConnections connection = Connected(server);
       connection->StartTransaction();
       std::thread other([&] {
-        const TConnections watcher = New();
-        watcher->SetConnected(true);
+        const TConnections watcher = Connected();
         const std::string waiting = "select count(*) from information_schema.processlist where info = 'delete from t'";
         for (int i = 0; i < 3000 && Answer(*watcher, waiting) == "0"; ++i)
           std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -435,56 +353,51 @@ TEST_P(LiveConnection, AnotherServerAtTheSameAddressIsToldNothing) {
   EXPECT_EQ(kills, 1);
 }
 
+// --- Connections that are lost
+
 // Which errors leave nobody to talk to: a server of our own answers each statement with one of them.
 TEST_P(LiveConnection, ErrorsThatEndTheConnection) {
-  const auto packet = [](char number, const std::string& payload) {
-    return std::string{static_cast<char>(payload.size()), 0, 0, number} + payload;
-  };
-  const auto refusal = [&](int number) {
-    const std::string code{static_cast<char>(number & 0xFF), static_cast<char>(number >> 8)};
-    return packet(1, "\xFF" + code + "#HY000told");
+  const auto refusal = [](const char* number) {
+    return Packet(1, Wire(std::string("FF ") + number + " '#HY000told'"));
   };
   const struct {
     std::string reply;
     bool lost;
-  } kCases[] = {{refusal(1053), true},  {refusal(1153), true},
-                {refusal(1927), true},  {refusal(3169), true},
-                {refusal(4031), true},  {refusal(1064), false},
-                {refusal(1317), false}, {refusal(1205), false},
-                {refusal(1969), false}, {packet(1, "\x01") + packet(2, "\x03"), true}};
-  const TListener listener;
-  const std::string greeting = Greeting(TPrivateServer::Shared().Port());
-  const std::string welcome = packet(2, std::string("\0\0\0\2\0\0\0", 7));
+  } kCases[] = {{refusal("1D04"), true},   // 1053
+                {refusal("8104"), true},   // 1153
+                {refusal("8707"), true},   // 1927
+                {refusal("610C"), true},   // 3169
+                {refusal("BF0F"), true},   // 4031
+                {refusal("2804"), false},  // 1064
+                {refusal("2505"), false},  // 1317
+                {refusal("B504"), false},  // 1205
+                {refusal("B107"), false},  // 1969
+                {Packet(1, "\x01") + Packet(2, "\x03"), true}};
   for (const auto& [reply, lost] : kCases) {
     SCOPED_TRACE(reply);
-    std::thread server([&, answer = reply] {
-      const int client = listener.Accept();
-      std::array<char, 4096> heard{};
-      for (const std::string& word : {greeting, welcome, answer}) {
-        EXPECT_EQ(write(client, word.data(), word.size()), static_cast<ssize_t>(word.size()));
-        EXPECT_GE(read(client, heard.data(), heard.size()), 0);  // not every client says goodbye
+    const TLoopbackServer server([&, answer = reply](int client) {
+      for (const std::string& word : {kGreeting, kWelcome, answer}) {
+        SendAll(client, word);
+        testing::ReceivePacket(client);  // not every client says goodbye
       }
-      close(client);
     });
     const TConnections connection = NewTcp();
-    connection->Port = listener.Port();
+    connection->Port = server.Port();
     connection->SetConnected(true);
     EXPECT_THROW(Execute(*connection, "do 0"), EMySqlException);
     EXPECT_EQ(connection->GetConnected(), !lost);
     connection->SetConnected(false);
-    server.join();
   }
 }
 
-// --- Connections that are lost
-
 class LostConnection : public LiveConnection {
  protected:
-  LostConnection() : connection(New()) {
-    connection->SetConnected(true);
+  LostConnection() { ConnectTo(""); }
+
+  void ConnectTo(const char* server) {
+    connection = Connected(server);
     connection->StartTransaction();
   }
-
   // What a script's run does: the statement's own error has to come out, whatever the end of the transaction does.
   void ExpectLoss(const std::string& sql) {
     const auto guarded = [&] {
@@ -526,32 +439,19 @@ TEST_P(LostConnection, ServerDiesDuringAStatement) {
   ExpectBack();
 }
 
-TEST_P(LostConnection, ServerIsRestarted) {
+TEST_P(LostConnection, TheServerHasEndedIt) {
   TPrivateServer::Shared().Restart();
   ExpectLoss("select 1");
-  ExpectBack();
-}
-
-TEST_P(LostConnection, ServerHasWaitedLongEnough) {
+  ConnectTo("");
   Execute(*connection, "set session wait_timeout = 1");
   std::this_thread::sleep_for(std::chrono::milliseconds(1500));
   ExpectLoss("select 1");
-  ExpectBack();
-}
-
-TEST_P(LostConnection, EndedByAnAdministrator) {
-  database.Run("kill " + Answer(*connection, "select connection_id()"));
+  ConnectTo("");
+  Execute(*Connected(), "kill " + Answer(*connection, "select connection_id()"));
   ExpectLoss("select 1");
-  ExpectBack();
-}
-
-TEST_P(LostConnection, StatementBeyondThePacketLimit) {
   for (const char* server : {"", "127.0.0.1"}) {
-    connection->SetConnected(false);
-    connection->Server = server;
-    connection->SetConnected(true);
-    connection->StartTransaction();
-    ExpectLoss("select length('" + std::string(20 << 20, 'x') + "')");
+    ConnectTo(server);
+    ExpectLoss("select length('" + std::string(20 << 20, 'x') + "')");  // beyond the limit of a packet
     ExpectBack();
   }
 }
