@@ -15,15 +15,15 @@
 #include <string>
 #include <vector>
 
+#include "ParadoxFile.h"
 #include "engines/file/DBConnParadox.h"
 #include "formats/paradox/ParadoxReader.h"
-#include "support/ParadoxFile.h"
 #include "util/Format.h"
 
 namespace {
 
 using velmora::Format;
-using namespace velmora::testing;
+using namespace velmora::bench;
 
 double Seconds(const timeval& time) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;

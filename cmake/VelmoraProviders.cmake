@@ -5,8 +5,7 @@ set(without)
 set(have)
 set(tests_without)
 
-# velmora_provider(OPTION PREFIX PACKAGES tests...): a kind of source whose own sources and tests begin with PREFIX;
-# further tests that need it are named after it.
+# velmora_provider(OPTION PREFIX PACKAGES): a kind of source whose own sources and tests begin with PREFIX.
 macro(velmora_provider option prefix packages)
   if(${option})
     pkg_check_modules(${option} REQUIRED IMPORTED_TARGET ${packages})
@@ -14,13 +13,13 @@ macro(velmora_provider option prefix packages)
     list(APPEND have ${option})
   else()
     list(APPEND without "${prefix}[A-Za-z]*")
-    list(APPEND tests_without "${prefix}[A-Za-z]*" ${ARGN})
+    list(APPEND tests_without "${prefix}[A-Za-z]*")
   endif()
 endmacro()
 
 velmora_provider(VELMORA_MDB Mdb "libmdb;glib-2.0")
-velmora_provider(VELMORA_EXCEL Excel freexl "Sheet(Mutation|Engines)Test")
-velmora_provider(VELMORA_LOTUS Lotus "libwps-0.4;librevenge-0.0" "Sheet(Mutation|Engines)Test")
+velmora_provider(VELMORA_EXCEL Excel freexl)
+velmora_provider(VELMORA_LOTUS Lotus "libwps-0.4;librevenge-0.0")
 
 velmora_module(formats LINKS velmora_core HIDDEN ${hidden} WITHOUT ${without})
 velmora_module(sandbox LINKS velmora_formats)

@@ -4,13 +4,14 @@
 
 #include <gtest/gtest.h>
 
-#include "support/MdbFile.h"
+#include "formats/mdb/MdbPages.h"
+#include "support/ByteText.h"
 
 namespace velmora {
 namespace {
 
 using namespace std::string_literals;
-using testing::MdbNumeric;
+using testing::BytesOf;
 
 TEST(MdbTextTest, Utf16) {
   for (const std::string& text : {""s, "plain"s, "Größe €"s, "\xF0\x9F\x98\x80!"s, "a\0b"s})
@@ -39,9 +40,9 @@ TEST(MdbTextTest, Numbers) {
   EXPECT_EQ(money(12345), "1.2345");
   EXPECT_EQ(money(INT64_MAX), "922337203685477.5807");
   EXPECT_EQ(money(INT64_MIN), "-922337203685477.5808");
-  EXPECT_EQ(TextOfNumeric(MdbNumeric(-12340), 3), "-12.340");
-  EXPECT_EQ(TextOfNumeric(MdbNumeric(7), 0), "7");
-  EXPECT_EQ(TextOfNumeric(MdbNumeric(7), 5), "0.00007");
+  EXPECT_EQ(TextOfNumeric(BytesOf("80 00*12 le4:12340"), 3), "-12.340");
+  EXPECT_EQ(TextOfNumeric(BytesOf("00*9 le4:1 le4:7"), 0), "4294967303");
+  EXPECT_EQ(TextOfNumeric(BytesOf("00*13 le4:7"), 5), "0.00007");
   EXPECT_EQ(TextOfNumeric("\x80"s + std::string(16, '\0'), 2), "0.00");
   EXPECT_EQ(TextOfNumeric("\0"s + std::string(16, '\xFF'), 0), "340282366920938463463374607431768211455");
   EXPECT_EQ(TextOfMoney("1234567"), std::nullopt);
