@@ -10,10 +10,10 @@
 namespace velmora {
 namespace {
 
+using testing::Build;
 using testing::MessageOf;
 using testing::Shape;
 using testing::TFakeConn;
-using testing::TMetaBuilder;
 using namespace std::string_literals;
 
 // What the base does with an operation that no engine has filled.
@@ -139,9 +139,7 @@ constexpr TOperation kOperations[] = {
 };
 static_assert(std::size(kOperations) == 57);
 
-void FillStore(TMeta& meta) {
-  TMetaBuilder(meta).Table("p", {"id"}).Table("t", {"c", "d"}).Key("k", {"c"}).ForeignKey("f", "p", {{"c", "id"}});
-}
+void FillStore(TMeta& meta) { Build(meta, "p(id) t(c,d) key k(c) fk f(c:id)->p"); }
 
 TEST(DBConnTest, WhatTheBaseHas) {
   for (const TOperation& operation : kOperations) {
@@ -202,7 +200,7 @@ TEST(DBConnTest, ProgressOfOneTableAndOfNone) {
 TEST(DBConnTest, ReconnectForgetsWhatWasFetched) {
   TFakeConn conn;
   conn.tables = {"t"};
-  conn.fetch = [](TMeta& meta, const std::string&) { TMetaBuilder(meta).Column("c"); };
+  conn.fetch = [](TMeta& meta, const std::string&) { meta.tColumns.Append().name = "c"; };
   conn.Connect();
   conn.FetchIfNeeded();
   conn.meta().tTables.Edit().cached_ddl = "create table t";
@@ -266,7 +264,7 @@ class ReadTest : public ::testing::Test {
       second.autoinc = true;
       meta.tColumns.Post();
       meta.tColumns.First();
-      TMetaBuilder(meta).Key(kPrimaryKeyName, {"n", "c"}).ForeignKey("f", "p", {{"n", "x"}, {"c", "y"}});
+      Build(meta, "key primary key(n,c) fk f(n:x,c:y)->p");
       meta.tConstraints.Edit().delete_rule = "set null";
       meta.tConstraints.Edit().foreign_db = "d";
       meta.tConstraints.Post();

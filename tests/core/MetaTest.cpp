@@ -4,35 +4,27 @@
 
 #include "core/CreationTexts.h"
 #include "core/DBConn.h"
+#include "support/CaseRows.h"
 #include "support/MessageOf.h"
 #include "support/MetaBuilder.h"
 
 namespace velmora {
 namespace {
 
+using testing::Build;
 using testing::MessageOf;
 using testing::Shape;
-using testing::TMetaBuilder;
 
 // A shop: two tables that refer to the third, one that refers to itself.
 class MetaTest : public ::testing::Test {
  protected:
   MetaTest() {
-    TMetaBuilder(meta)
-        .Table("customers", {"id", "name", "boss"})
-        .Key("primary key", {"id"})
-        .Key("ix_boss", {"boss"})
-        .ForeignKey("fk_boss", "customers", {{"boss", "id"}})
-        .Table("orders", {"id", "cust", "kind"})
-        .Key("primary key", {"id"})
-        .Key("ix_cust", {"cust"})
-        .Key("ix_both", {"cust", "kind"})
-        .ForeignKey("fk_cust", "customers", {{"cust", "id"}})
-        .Table("notes", {"id", "cust"})
-        .Key("ix_cust", {"cust"})
-        .Key("ix_twin", {"cust"})
-        .ForeignKey("fk_note", "customers", {{"cust", "name"}})
-        .ForeignKey("fk_case", "Customers", {{"id", "id"}});
+    Build(meta,
+          "customers(id,name,boss) key primary key(id) key ix_boss(boss) fk fk_boss(boss:id)->customers "
+          "orders(id,cust,kind) key primary key(id) key ix_cust(cust) key ix_both(cust,kind) fk "
+          "fk_cust(cust:id)->customers "
+          "notes(id,cust) key ix_cust(cust) key ix_twin(cust) fk fk_note(cust:name)->customers fk "
+          "fk_case(id:id)->Customers");
   }
   TMeta meta;
 };
@@ -72,13 +64,7 @@ TEST_F(MetaTest, AMissingObjectIsNamed) {
 
 TEST(MetaTableTest, NamesThatDifferInCaseOnly) {
   TMeta meta;
-  TMetaBuilder(meta)
-      .Table("Ab")
-      .Table("aB", {"x", "X"})
-      .Key("K", {"x"})
-      .Key("k", {"X"})
-      .ForeignKey("F", "p", {})
-      .ForeignKey("f", "p", {});
+  Build(meta, "Ab() aB(x,X) key K(x) key k(X) fk F()->p fk f()->p");
   ASSERT_TRUE(meta.FindTable("aB"));
   EXPECT_EQ(meta.tTables.Current().name, "aB") << "the current row has exactly this name";
   ASSERT_TRUE(meta.FindTable("AB"));
@@ -96,8 +82,7 @@ TEST(MetaTableTest, NamesThatDifferInCaseOnly) {
 // case.
 TEST(MetaTableTest, ManyRowsAreFoundAsFewAre) {
   TMeta meta;
-  TMetaBuilder builder(meta);
-  for (int i = 0; i < 100; ++i) builder.Table("t" + std::to_string(i));
+  for (int i = 0; i < 100; ++i) Build(meta, "t" + std::to_string(i) + "()");
   for (int i = 0; i < 100; ++i) ASSERT_TRUE(meta.FindTable("T" + std::to_string(i))) << "in order";
   for (int i = 99; i >= 0; i -= 7) {
     ASSERT_TRUE(meta.FindTable("T" + std::to_string(i)));
@@ -111,7 +96,7 @@ TEST(MetaTableTest, ManyRowsAreFoundAsFewAre) {
   EXPECT_EQ(meta.tTables.Current().name, "t51");
   EXPECT_FALSE(meta.FindTable("renamed"));
 
-  builder.Table("T60").Table("T7");
+  Build(meta, "T60() T7()");
   meta.GotoTable("t99");
   EXPECT_TRUE(meta.FindTable("t60"));
   EXPECT_EQ(meta.tTables.Current().name, "t60") << "the first in order, not the one behind the cursor";
@@ -123,7 +108,7 @@ TEST(MetaTableTest, ManyRowsAreFoundAsFewAre) {
   meta.tTables.Delete();
   EXPECT_TRUE(meta.FindTable("t7"));
   EXPECT_EQ(meta.tTables.Current().name, "T7");
-  builder.Table("t60");
+  Build(meta, "t60()");
   meta.GotoTable("T60");
   meta.tTables.First();
   EXPECT_TRUE(meta.FindTable("t60"));
@@ -238,7 +223,7 @@ TEST(MetaTableTest, ADetailWithoutAMasterRowBelongsToNobody) {
   TMeta meta;
   meta.tColumns.Append().name = "stray";
   meta.tColumns.Post();
-  TMetaBuilder(meta).Table("t");
+  Build(meta, "t()");
   EXPECT_TRUE(meta.tColumns.Empty());
 }
 
@@ -248,7 +233,7 @@ TEST_F(MetaTest, ReferencingTablesAreThoseInMemoryThatSpellTheNameExactly) {
   EXPECT_EQ(list, (TStringList{"orders", "notes"}));
   meta.ReferencingTables("Customers", list);
   EXPECT_EQ(list, (TStringList{"notes"}));
-  TMetaBuilder(meta).Table("self", {"a"}).ForeignKey("fk_self", "SELF", {{"a", "a"}});
+  Build(meta, "self(a) fk fk_self(a:a)->SELF");
   meta.ReferencingTables("SELF", list);
   EXPECT_EQ(list, (TStringList{"self"})) << "in other letters it is another table";
   meta.InvalidateTable("notes");
@@ -267,147 +252,55 @@ TEST_F(MetaTest, ReferencingTablesAreThoseInMemoryThatSpellTheNameExactly) {
 }
 
 struct TDropCase {
-  const char* what;
-  void (*drop)(TMeta& meta, std::string& sql);
-  const char* sql;
-  const char* table;  // the table to look at afterwards, and its shape
-  const char* shape;
+  std::string name;
+  std::string store;
+  TStringList drops;  // "key TABLE, NAME"
+  TStringList statements;
+  std::string left;  // of a table
 };
 
-class MetaDropTest : public MetaTest, public ::testing::WithParamInterface<TDropCase> {};
-
-TEST_P(MetaDropTest, RemovesWhatHangsOnItAndSaysSo) {
-  std::string sql = "kept until the end";
-  GetParam().drop(meta, sql);
-  EXPECT_EQ(sql, GetParam().sql);
-  EXPECT_EQ(Shape(meta, GetParam().table), GetParam().shape);
+std::vector<TDropCase> DropCases() {
+  std::vector<TDropCase> cases;
+  std::string store;
+  for (const std::string& line : LinesOf(testing::CaseText("core/drops.txt"))) {
+    const std::string rest = line.substr(std::min<std::size_t>(2, line.size()));
+    if (line.empty() || line.starts_with("##")) continue;
+    if (line.starts_with("store "))
+      store = line.substr(6);
+    else if (line[0] == '#')
+      cases.push_back({rest, store, {}, {}, {}});
+    else if (line[0] == '-')
+      cases.back().drops.push_back(rest);
+    else if (line[0] == '=')
+      cases.back().left = rest;
+    else
+      cases.back().statements.push_back(line);
+  }
+  return cases;
 }
 
-const TDropCase kDropCases[] = {
-    {"Constraint", [](TMeta& m, std::string& sql) { m.DropConstraintSQL("orders", "FK_cust", sql); },
-     "alter table orders drop foreign key FK_cust;", "orders",
-     "orders(id,cust,kind) key primary key(id) key ix_cust(cust) key ix_both(cust,kind)"},
-    {"LastIndexTakesItsForeignKey", [](TMeta& m, std::string& sql) { m.DropKeySQL("orders", "ix_cust", sql); },
-     "alter table orders drop foreign key fk_cust;\r\nalter table orders drop key ix_cust;", "orders",
-     "orders(id,cust,kind) key primary key(id) key ix_both(cust,kind)"},
-    {"ATwinCarriesTheForeignKey", [](TMeta& m, std::string& sql) { m.DropKeySQL("notes", "ix_cust", sql); },
-     "alter table notes drop key ix_cust;", "notes",
-     "notes(id,cust) key ix_twin(cust) fk fk_note(cust:name)->customers fk fk_case(id:id)->Customers"},
-    {"TheLastTwinDoesNot",
-     [](TMeta& m, std::string& sql) {
-       m.DropKeySQL("notes", "ix_cust", sql);
-       m.DropKeySQL("notes", "ix_twin", sql);
-     },
-     "alter table notes drop foreign key fk_note;\r\nalter table notes drop key ix_twin;", "notes",
-     "notes(id,cust) fk fk_case(id:id)->Customers"},
-    {"PrimaryKey", [](TMeta& m, std::string& sql) { m.DropKeySQL("orders", "primary key", sql); },
-     "alter table orders drop primary key;", "orders",
-     "orders(id,cust,kind) key ix_cust(cust) key ix_both(cust,kind) fk fk_cust(cust:id)->customers"},
-    {"PrimaryKeyInCapitalsIsAnOrdinaryName",
-     [](TMeta& m, std::string& sql) { m.DropKeySQL("orders", "PRIMARY KEY", sql); },
-     "alter table orders drop key PRIMARY KEY;", "orders",
-     "orders(id,cust,kind) key ix_cust(cust) key ix_both(cust,kind) fk fk_cust(cust:id)->customers"},
-    {"ColumnInTwoKeysAndAForeignKey", [](TMeta& m, std::string& sql) { m.DropColumnSQL("orders", "cust", sql); },
-     "alter table orders drop foreign key fk_cust;\r\nalter table orders drop key ix_cust;\r\n"
-     "alter table orders drop column cust;",
-     "orders", "orders(id,kind) key primary key(id) key ix_both(cust,kind)"},
-    {"ColumnLeavesAKeyThatKeepsOthers", [](TMeta& m, std::string& sql) { m.DropColumnSQL("orders", "kind", sql); },
-     "alter table orders drop column kind;", "orders",
-     "orders(id,cust) key primary key(id) key ix_cust(cust) key ix_both(cust) fk fk_cust(cust:id)->customers"},
-    {"ReferencedColumnTakesExactReferencesOnly",
-     [](TMeta& m, std::string& sql) { m.DropColumnSQL("customers", "id", sql); },
-     "alter table orders drop foreign key fk_cust;\r\nalter table customers drop primary key;\r\n"
-     "alter table customers drop column id;",
-     "notes",
-     "notes(id,cust) key ix_cust(cust) key ix_twin(cust) fk fk_note(cust:name)->customers fk "
-     "fk_case(id:id)->Customers"},
-    {"AtMostOneOwnConstraintAndOneEmptiedKey",
-     [](TMeta& m, std::string& sql) { m.DropColumnSQL("notes", "cust", sql); },
-     "alter table notes drop foreign key fk_note;\r\nalter table notes drop key ix_cust;\r\n"
-     "alter table notes drop column cust;",
-     "notes", "notes(id) key ix_twin(cust) fk fk_case(id:id)->Customers"},
-    {"Table", [](TMeta& m, std::string& sql) { m.DropTableSQL("customers", sql); },
-     "alter table orders drop foreign key fk_cust;\r\nalter table notes drop foreign key fk_note;\r\n"
-     "drop table if exists customers;",
-     "notes", "notes(id,cust) key ix_cust(cust) key ix_twin(cust) fk fk_case(id:id)->Customers"},
-};
-
-INSTANTIATE_TEST_SUITE_P(Drops, MetaDropTest, ::testing::ValuesIn(kDropCases),
-                         [](const auto& tested) { return tested.param.what; });
-
-// What the shop has no example of: names in other letters, and neighbours that fall one after the other.
-struct TRuleCase {
-  const char* what;
-  void (*build)(TMeta& meta);
-  void (*drop)(TMeta& meta, std::string& sql);
-  const char* sql;
-  const char* shape;  // of table t afterwards
-};
-
-const TRuleCase kRuleCases[] = {
-    {"EveryReferenceOfOneTableFalls",
-     [](TMeta& m) {
-       TMetaBuilder(m)
-           .Table("p", {"id"})
-           .Table("t", {"a", "b"})
-           .ForeignKey("f", "p", {{"a", "id"}})
-           .ForeignKey("g", "p", {{"b", "id"}});
-     },
-     [](TMeta& m, std::string& sql) { m.DropTableSQL("p", sql); },
-     "alter table t drop foreign key f;\r\nalter table t drop foreign key g;\r\ndrop table if exists p;", "t(a,b)"},
-    {"OnlyForeignKeysFall",
-     [](TMeta& m) {
-       TMetaBuilder(m).Table("p", {"id"}).Table("t", {"a"}).ForeignKey("f", "p", {{"a", "id"}});
-       TConstraintRow& check = m.tConstraints.Append();
-       check.name = "c";
-       check.constraint_type = kCheckConstraint;
-       check.foreign_table = "p";
-       m.tConstraints.Post();
-     },
-     [](TMeta& m, std::string& sql) { m.DropTableSQL("p", sql); },
-     "alter table t drop foreign key f;\r\ndrop table if exists p;", "t(a) fk c()->p"},
-    {"ReferencedColumnIsComparedExactly",
-     [](TMeta& m) {
-       TMetaBuilder(m).Table("p", {"id"}).Table("t", {"a"}).ForeignKey("f", "p", {{"a", "ID"}});
-     },
-     [](TMeta& m, std::string& sql) { m.DropColumnSQL("p", "id", sql); }, "alter table p drop column id;",
-     "t(a) fk f(a:ID)->p"},
-    {"OwnForeignKeyIsFoundInAnyLetters",
-     [](TMeta& m) {
-       TMetaBuilder(m).Table("t", {"a", "b"}).ForeignKey("f", "p", {{"A", "id"}});
-     },
-     [](TMeta& m, std::string& sql) { m.DropColumnSQL("t", "a", sql); },
-     "alter table t drop foreign key f;\r\nalter table t drop column a;", "t(b)"},
-    {"KeyColumnIsComparedExactly",
-     [](TMeta& m) {
-       TMetaBuilder(m).Table("t", {"a", "b"}).Key("k", {"A"});
-     },
-     [](TMeta& m, std::string& sql) { m.DropColumnSQL("t", "a", sql); }, "alter table t drop column a;",
-     "t(b) key k(A)"},
-    {"ANameInOtherLettersMakesATwin",
-     [](TMeta& m) {
-       TMetaBuilder(m).Table("t", {"a"}).Key("k", {"a"}).Key("K", {"a"}).ForeignKey("f", "p", {{"a", "id"}});
-     },
-     [](TMeta& m, std::string& sql) {
-       m.tKeys.First();  // else the cursor stands on the other one, which fits the name too
-       m.DropKeySQL("t", "k", sql);
-     },
-     "alter table t drop key k;", "t(a) key K(a) fk f(a:id)->p"},
-};
-
-class MetaDropRulesTest : public ::testing::TestWithParam<TRuleCase> {};
-
-TEST_P(MetaDropRulesTest, DecideWhatFalls) {
-  TMeta meta;
-  GetParam().build(meta);
-  std::string sql;
-  GetParam().drop(meta, sql);
-  EXPECT_EQ(sql, GetParam().sql);
-  EXPECT_EQ(Shape(meta, "t"), GetParam().shape);
+void Drop(TMeta& meta, const std::string& what, std::string& sql) {
+  TStringList names;
+  SplitText(", ", what.substr(what.find(' ') + 1), names);
+  meta.GotoTable(names[0]);
+  meta.tKeys.First();  // else the cursor stands on the last one, which may fit the name too
+  if (what.starts_with("table ")) meta.DropTableSQL(names[0], sql);
+  if (what.starts_with("column ")) meta.DropColumnSQL(names[0], names[1], sql);
+  if (what.starts_with("key ")) meta.DropKeySQL(names[0], names[1], sql);
+  if (what.starts_with("constraint ")) meta.DropConstraintSQL(names[0], names[1], sql);
 }
 
-INSTANTIATE_TEST_SUITE_P(Drops, MetaDropRulesTest, ::testing::ValuesIn(kRuleCases),
-                         [](const auto& tested) { return tested.param.what; });
+TEST(MetaDropTest, RemovesWhatHangsOnItAndSaysSo) {
+  for (const TDropCase& c : DropCases()) {
+    SCOPED_TRACE(c.name);
+    TMeta meta;
+    Build(meta, c.store);
+    std::string sql;
+    for (const std::string& what : c.drops) Drop(meta, what, sql);
+    EXPECT_EQ(sql, JoinList(c.statements, "\r\n"));
+    EXPECT_EQ(Shape(meta, c.left.substr(0, c.left.find('('))), c.left);
+  }
+}
 
 TEST_F(MetaTest, ADroppedTableLeavesNoDetailsBehind) {
   std::string sql;
@@ -436,7 +329,7 @@ TEST(MetaMoveTest, PutsTheColumnBehindItsAnchor) {
   };
   for (const auto& c : cases) {
     TMeta meta;
-    TMetaBuilder(meta).Table("t", {"a", "b", "c", "d", "e"});
+    Build(meta, "t(a,b,c,d,e)");
     meta.tTables.Amend().fetched = false;  // never fetches
     meta.MoveColumn("t", c.column, c.after);
     EXPECT_EQ(Shape(meta, "t"), c.order) << c.column << " after " << c.after;
@@ -459,7 +352,7 @@ TEST(MetaMoveTest, NamesThatDifferInCaseOnlyAreToldApart) {
   } cases[] = {{"A", "b", "t(a,b,A)"}, {"a", "b", "t(A,b,a)"}, {"b", "A", "t(a,A,b)"}, {"b", "a", "t(a,b,A)"}};
   for (const auto& c : cases) {
     TMeta meta;
-    TMetaBuilder(meta).Table("t", {"a", "A", "b"});
+    Build(meta, "t(a,A,b)");
     meta.MoveColumn("t", c.column, c.after);
     EXPECT_EQ(Shape(meta, "t"), c.order) << c.column << " after " << c.after;
   }
@@ -467,7 +360,7 @@ TEST(MetaMoveTest, NamesThatDifferInCaseOnlyAreToldApart) {
 
 TEST(MetaMoveTest, MissingColumnsAreNamed) {
   TMeta meta;
-  TMetaBuilder(meta).Table("t", {"a"});
+  Build(meta, "t(a)");
   EXPECT_EQ(MessageOf([&] { meta.MoveColumn("t", "a", "x"); }), "Can't find field x of table t in metadata");
   EXPECT_EQ(MessageOf([&] { meta.MoveColumn("t", "x", ""); }), "Can't find field x of table t in metadata");
   EXPECT_EQ(MessageOf([&] { meta.MoveColumn("u", "a", ""); }), "Can't find table u in metadata");
@@ -479,7 +372,7 @@ TEST_F(MetaTest, ACopyKeepsIdsOrderLinksAndTexts) {
   meta.tTables.Amend().cached_ddl = "text";
   const int id = meta.tTables.CurrentId();
   TMeta copy;
-  TMetaBuilder(copy).Table("gone", {"x"});
+  Build(copy, "gone(x)");
   copy.CopyFrom(meta);
   EXPECT_EQ(meta.tTables.Current().name, "orders") << "the source's cursor stays";
   for (const char* table : {"customers", "orders", "notes"}) EXPECT_EQ(Shape(copy, table), Shape(meta, table));
@@ -517,7 +410,7 @@ TEST_F(MetaTest, ListsOfNames) {
   EXPECT_EQ(fields, "id");
   meta.PrimaryKeyFields("notes", fields);
   EXPECT_EQ(fields, "");
-  TMetaBuilder(meta).Table("two", {"a", "b"}).Key(kPrimaryKeyName, {"b", "a"}).Key(kPrimaryKeyName, {"a"});
+  Build(meta, "two(a,b) key primary key(b,a) key primary key(a)");
   meta.PrimaryKeyFields("two", fields);
   EXPECT_EQ(fields, "b;a") << "of the first one";
 }
@@ -541,7 +434,7 @@ class TTextEngine : public TDBConn, public TCreationTexts {
 
 TEST(MetaOwnerTest, CreationTextsAreAskedForOnceAndOnlyOfMySQL) {
   TTextEngine mysql(kEngineMySQL);
-  TMetaBuilder(mysql.meta()).Table("t");
+  Build(mysql.meta(), "t()");
   std::string ddl;
   mysql.meta().CachedTableDDL("T", ddl);
   mysql.meta().CachedTableDDL("t", ddl);
@@ -550,18 +443,18 @@ TEST(MetaOwnerTest, CreationTextsAreAskedForOnceAndOnlyOfMySQL) {
 
   for (int engine : {kEngineOracle, kEngineNone}) {
     TTextEngine other(engine);
-    TMetaBuilder(other.meta()).Table("t");
+    Build(other.meta(), "t()");
     EXPECT_EQ(MessageOf([&] { other.meta().CachedTableDDL("t", ddl); }), "CachedTableDDL unsupported");
   }
   TMeta alone;
-  TMetaBuilder(alone).Table("t");
+  Build(alone, "t()");
   EXPECT_EQ(MessageOf([&] { alone.CachedTableDDL("t", ddl); }), "CachedTableDDL unsupported");
   EXPECT_EQ(MessageOf([&] { alone.CachedTableDDL("x", ddl); }), "Can't find table x in metadata");
 }
 
 TEST(MetaOwnerTest, AnUnfetchedTableIsFetchedOnce) {
   TTextEngine engine(kEngineMySQL);
-  TMetaBuilder(engine.meta()).Table("t", {"a"});
+  Build(engine.meta(), "t(a)");
   engine.meta().tTables.Amend().fetched = false;
   EXPECT_TRUE(engine.meta().FindColumn("t", "a"));
   EXPECT_TRUE(engine.meta().FindColumn("t", "a"));

@@ -9,9 +9,9 @@
 namespace velmora {
 namespace {
 
+using testing::Build;
 using testing::MessageOf;
 using testing::TFakeConn;
-using testing::TMetaBuilder;
 using namespace std::string_literals;
 
 TEST(KeyDescriptionTest, Words) {
@@ -111,11 +111,7 @@ void FillOrders(TMeta& meta, const std::string& /*table*/) {
   meta.tColumns.Edit().datatype = ntVarChar;
   meta.tColumns.Edit().size = 20;
   meta.tColumns.Post();
-  TMetaBuilder(meta)
-      .Key(kPrimaryKeyName, {"id", "note"})
-      .Key("ix", {"note"})
-      .ForeignKey("fk", "other", {{"id", "id"}})
-      .ForeignKey("", "other", {{"note", "id"}});
+  Build(meta, "key primary key(id,note) key ix(note) fk fk(id:id)->other fk (note:id)->other");
 }
 
 TEST(BuildCreateTableTest, ALinePerObject) {

@@ -2,8 +2,10 @@
 
 #include "core/ColumnTypes.h"
 #include "core/DBConn.h"
+#include "support/CaseRows.h"
 #include "support/FakeConn.h"
 #include "support/MessageOf.h"
+#include "util/Format.h"
 
 namespace velmora {
 namespace {
@@ -60,60 +62,21 @@ TEST(NeutralTypesTest, Sets) {
   EXPECT_FALSE(kIntegers.Holds(static_cast<TNeutralType>(64))) << "64 is no value of a set, nor does it wrap to 0";
 }
 
-struct TGenericCase {
-  const char* word;
-  const char* tag;      // what the word means
-  std::int64_t size;    // of a column of that type,
-  const char* written;  // which reads so
-  const char* decoded;  // the numbers 10, 11, 3 behind the word
-};
-
-// Every row, from its word to its type and back.
-constexpr TGenericCase kGenericCases[] = {
-    {"tinyint", "<I1>", 9, "tinyint", "-,-,-"},
-    {"smallint", "<I2>", 9, "smallint", "-,-,-"},
-    {"int", "<I4>", 9, "int", "-,-,-"},
-    {"bigint", "<I8>", 9, "bigint", "-,-,-"},
-    {"tinyint unsigned", "<UI1>", 9, "tinyint unsigned", "-,-,-"},
-    {"smallint unsigned", "<UI2>", 9, "smallint unsigned", "-,-,-"},
-    {"int unsigned", "<UI4>", 9, "int unsigned", "-,-,-"},
-    {"bigint unsigned", "<UI8>", 9, "bigint unsigned", "-,-,-"},
-    {"binary", "<BYTES>", 8001, "binary(8001)", "10,-,-"},
-    {"varbinary", "<VARBYTES>", 8001, "varbinary(8001)", "10,-,-"},
-    {"image", "<IMAGE_mssql>", 5, "image", "-,-,-"},
-    {"text", "<TEXT>", 5, "text", "-,-,-"},
-    {"ntext", "<NTEXT_mssql>", 5, "ntext", "-,-,-"},
-    {"char", "<CHAR>", 0, "char(0)", "10,-,-"},
-    {"varchar", "<VARCHAR>", 70000, "varchar(70000)", "10,-,-"},
-    {"nchar", "<NCHAR>", 4000, "nchar(4000)", "10,-,-"},
-    {"nvarchar", "<NVARCHAR>", 1, "nvarchar(1)", "10,-,-"},
-    {"bit", "<BOOL>", 1, "bit", "-,-,-"},
-    {"timestamp", "<TIMESTAMP>", 0, "timestamp", "-,-,-"},
-    {"uniqueidentifier", "<UID_mssql>", 16, "uniqueidentifier", "-,-,-"},
-    {"date", "<DATE>", 9, "date", "-,-,-"},
-    {"time", "<TIME>", 9, "time", "-,-,-"},
-    {"datetime", "<DATETIME>", 9, "datetime", "-,-,-"},
-    {"money", "<MONEY_mssql>", 19, "money", "-,-,-"},
-    {"smallmoney", "<SMALLMONEY_mssql>", 10, "smallmoney", "-,-,-"},
-    {"decimal", "<DECIMAL>", 10, "decimal(10,2)", "-,11,3"},
-    {"float", "<DOUBLE>", 53, "float(53)", "-,11,0"},
-    {"real", "<FLOAT>", 24, "real", "-,-,-"},
-};
-
 TEST(GenericTypesTest, EveryWordInBothDirections) {
   TDBConn conn;
   TColumnTypeInfoArray table;
   conn.GetColumnTypes(table);
-  ASSERT_EQ(table.size(), std::size(kGenericCases));
+  const auto rows = testing::CaseRows("core/generic_types.txt");
+  ASSERT_EQ(table.size(), rows.size());
   for (std::size_t i = 0; i < table.size(); ++i) {
-    const TGenericCase& each = kGenericCases[i];
-    SCOPED_TRACE(each.word);
-    EXPECT_EQ(table[i].name, each.word);
-    EXPECT_EQ(NeutralTag(table[i].datatype), each.tag);
-    EXPECT_EQ(Written(conn, Column(table[i].datatype, each.size, 2)), each.written);
-    EXPECT_EQ(Written(conn, Column(table[i].datatype, each.size, 2), false), each.word);
-    const bool scaled = std::string(each.word) == "decimal";
-    EXPECT_EQ(Decoded(conn, each.word, 10, 11, 3), std::string(scaled ? "<DECIMAL>" : each.tag) + " " + each.decoded);
+    const std::string &word = rows[i][0], &tag = rows[i][1];
+    SCOPED_TRACE(word);
+    const TMetaColumn column = Column(table[i].datatype, StrToInt(rows[i][2]), 2);
+    EXPECT_EQ(table[i].name, word);
+    EXPECT_EQ(NeutralTag(table[i].datatype), tag);
+    EXPECT_EQ(Written(conn, column), rows[i][3]);
+    EXPECT_EQ(Written(conn, column, false), word);
+    EXPECT_EQ(Decoded(conn, word, 10, 11, 3), tag + " " + rows[i][4]);
     EXPECT_FALSE(table[i].size_required);
   }
 }
@@ -250,45 +213,22 @@ TEST_F(RulesTest, AScaleMakesADecimal) {
 }
 
 TEST(ParseColumnDescriptionTest, TypeTexts) {
-  const struct {
-    const char* text;
-    const char* result;  // tag, size, precision, notnull
-  } cases[] = {
-      {"int", "<I4> 0,0"},
-      {"int(11)", "<I4> 0,0"},
-      {"varchar( 10 )", "<VARCHAR> 10,0"},
-      {"varchar(10) not null", "<VARCHAR> 10,0 not null"},
-      {"varchar(10) NOT NULL default 'x'", "<VARCHAR> 10,0 not null"},
-      {"varchar(10)  default 'a b'  not   null ", "<VARCHAR> 10,0 not null"},
-      {"varchar(10) default 'is not null'", "<VARCHAR> 10,0"},
-      {"varchar(10) default \"it's not null\" null", "<VARCHAR> 10,0"},
-      {"varchar(10) not", "<VARCHAR> 10,0"},
-      {"varchar(10) not x null", "<VARCHAR> 10,0"},
-      {"text not null", "<TEXT> 0,0"},  // here "not" comes first, which does not count
-      {"text default '' not null", "<TEXT> 0,0 not null"},
-      {"text  \t not null", "<TEXT> 0,0"},
-      {"numeric(10,2)", "<DECIMAL> 10,2"},
-      {"decimal(10, -2 )", "<DECIMAL> 10,2"},
-      {"decimal(10,)", "<DECIMAL> 10,0"},
-      {"decimal(0,0) not null", "<DECIMAL> 0,0 not null"},
-      {"float(12)", "<DOUBLE> 12,0"},
-      {"float(60)", "<DOUBLE> 0,0"},
-      {"decimal(x)", "'x' is not a valid integer value"},
-      {"decimal()", "'' is not a valid integer value"},
-      {"decimal(1,2,3)", "'2,3' is not a valid integer value"},
-      {"decimal (10,2)", "TDBConn.DecodeColumn: Unhandled column type decimal "},  // the blank belongs to the name
-      {"decimal(10", "TDBConn.DecodeColumn: Unhandled column type decimal(10"},
-      {" int", "TDBConn.DecodeColumn: Unhandled column type "},
-      {"int unsigned", "<I4> 0,0"},  // one word is all that is read
-      {"", "TDBConn.DecodeColumn: Unhandled column type "},
-  };
+  auto cases = testing::CaseRows("core/column_texts.txt");
+  // With blanks that a file would not show.
+  cases.insert(cases.end(), {
+                                {"varchar(10)  default 'a b'  not   null ", "<VARCHAR> 10,0 not null"},
+                                {"text  \t not null", "<TEXT> 0,0"},
+                                {"decimal (10,2)", "TDBConn.DecodeColumn: Unhandled column type decimal "},
+                                {" int", "TDBConn.DecodeColumn: Unhandled column type "},
+                                {"", "TDBConn.DecodeColumn: Unhandled column type "},
+                            });
   TDBConn conn;
-  for (const auto& each : cases) {
+  for (const TStringList& each : cases) {
     TMetaColumn column;
-    const std::string message = MessageOf([&] { conn.ParseColumnDescription(each.text, column); });
+    const std::string message = MessageOf([&] { conn.ParseColumnDescription(each[0], column); });
     const std::string result = std::string(NeutralTag(column.datatype)) + " " + std::to_string(column.size) + "," +
                                std::to_string(column.precision) + (column.notnull ? " not null" : "");
-    EXPECT_EQ(message == kNothing ? result : message, each.result) << each.text;
+    EXPECT_EQ(message == kNothing ? result : message, each.at(1)) << each[0];
   }
 }
 
