@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "core/Engines.h"
+#include "support/CaseRows.h"
 #include "support/MessageOf.h"
 #include "support/RecordingHost.h"
+#include "util/Format.h"
 
 namespace velmora {
 namespace {
@@ -50,66 +52,29 @@ TEST(HostTest, AddressesAndFolders) {
                                      "BrowseFolder: Folder from /tmp"}));
 }
 
-struct TEngineCase {
-  int engine;
-  const char* name;    // null: none
-  const char* filter;  // null: none
-};
+// Of a name, and of the filter of a dialog; an error where there is none.
+TEST(EnginesTest, NamesInBothDirectionsAndFilters) {
+  for (const TStringList& row : testing::CaseRows("core/engines.txt")) {
+    SCOPED_TRACE(row[0]);
+    const int engine = StrToInt(row[0]);
+    std::string name = "-";
+    const std::string fault = MessageOf([&] { StrEngine(engine, name); });
+    EXPECT_EQ(name, row[1]);
+    if (name == "-") EXPECT_EQ(fault, "StrEngine error");
+    else if (engine != kEngineNone) EXPECT_EQ(StrToEngine(name), engine);
 
-constexpr TEngineCase kEngineCases[] = {
-    {0, "", nullptr},
-    {1, nullptr, nullptr},
-    {2, "DBF", nullptr},
-    {3, "Lotus 1-2-3", "Lotus 1-2-3|*.wk4;*.wk3"},
-    {4, nullptr, nullptr},
-    {5, "Interbase/Firebird", "Interbase or Firebird database|*.gdb;*.fdb"},
-    {6, "Access", "Access database|*.mdb"},
-    {7, "SQL Server", nullptr},
-    {8, "MySQL", nullptr},
-    {9, nullptr, "MySQL script|*.sql"},  // a script is nothing that a task file names
-    {10, "Oracle", nullptr},
-    {11, "Paradox", nullptr},
-    {12, "Text", "Text file|*.txt"},
-    {13, nullptr, "XML file|*.xml"},
-    {14, "Excel", "Excel document|*.xls"},
-    {15, "FoxPro", "FoxPro database|*.dbc"},
-    {16, "ODBC", nullptr},
-    {17, nullptr, nullptr},
-};
-
-TEST(EnginesTest, NamesInBothDirections) {
-  for (const TEngineCase& each : kEngineCases) {
-    SCOPED_TRACE(each.engine);
-    std::string name = "untouched";
-    if (each.name == nullptr) {
-      EXPECT_EQ(MessageOf([&] { StrEngine(each.engine, name); }), "StrEngine error");
-      EXPECT_EQ(name, "untouched");
-      continue;
-    }
-    StrEngine(each.engine, name);
-    EXPECT_EQ(name, each.name);
-    if (each.engine != kEngineNone) EXPECT_EQ(StrToEngine(name), each.engine);
-  }
-  for (const char* unknown : {"", "mysql", "MySQL ", "MySQL script"})
-    EXPECT_EQ(MessageOf([&] { StrToEngine(unknown); }), "StrToEngine error") << unknown;
-}
-
-TEST(EnginesTest, OpenDatabaseFileFilters) {
-  for (const TEngineCase& each : kEngineCases) {
-    SCOPED_TRACE(each.engine);
     TRecordingHost host;
     host.chosen = "/picked";
     const THostGuard guard(host);
     std::string path;
-    if (each.filter == nullptr) {
-      EXPECT_EQ(MessageOf([&] { OpenDatabaseFile(each.engine, path); }), "Open database file: unhandled engine");
-      EXPECT_TRUE(host.calls.empty());
-      continue;
-    }
-    EXPECT_TRUE(OpenDatabaseFile(each.engine, path));
-    EXPECT_EQ(path, "/picked");
-    EXPECT_EQ(host.calls, TStringList{"OpenFile: " + std::string(each.filter)});
+    const std::string refusal = MessageOf([&] { EXPECT_TRUE(OpenDatabaseFile(engine, path)); });
+    const bool none = row.at(2) == "-";
+    EXPECT_EQ(refusal, none ? "Open database file: unhandled engine" : "nothing raised");
+    EXPECT_EQ(path, none ? "" : "/picked");
+    EXPECT_EQ(host.calls, none ? TStringList() : TStringList{"OpenFile: " + row[2]});
   }
+  for (const char* unknown : {"", "mysql", "MySQL ", "MySQL script"})
+    EXPECT_EQ(MessageOf([&] { StrToEngine(unknown); }), "StrToEngine error") << unknown;
 }
 
 }  // namespace

@@ -77,59 +77,21 @@ TEST(PlanTest, WhatIsStruckOutLeavesItsStatement) {
 }
 
 TEST(ApplyStatementTest, RefusesWhatServersRefuse) {
-  const struct {
-    const char* statement;
-    const char* message;
-  } cases[] = {
-      {"select 1", "This statement cannot be followed: select 1"},
-      {"alter table `t` rename to `x`", "This statement cannot be followed: alter table `t` rename to `x`"},
-      {"drop table `x`", "There is no table x"},
-      {"CREATE TABLE `t` (`a` int)", "There is a table t already"},
-      {"alter table `t` drop column `x`", "Table t has no column x"},
-      {"alter table `t` drop primary key", "Table t has no primary key PRIMARY"},
-      {"alter table `t` drop key `f`", "Table t has no key f"},
-      {"alter table `t` modify column `a` int after `x`", "Table t has no column x"},
-      {"alter table `t` add column `A` int", "Table t has A already"},
-      {"alter table `t` add UNIQUE KEY `k` (`a`)", "Table t has k already"},
-      {"alter table `t` drop column `b`", "Table t: foreign key f needs column b"},
-  };
-  for (const auto& c : cases) {
+  for (const TStringList& row : CaseRows("exact/refused_statements.txt")) {
     TSchema schema =
         SchemaOf({"t (`a` int, `b` int, KEY `k` (`a`), CONSTRAINT `f` FOREIGN KEY (`b`) REFERENCES `p` (`b`))"});
-    EXPECT_EQ(MessageOf([&] { ApplyStatement(c.statement, schema); }), c.message);
+    EXPECT_EQ(MessageOf([&] { ApplyStatement(row[0], schema); }), row.at(1));
   }
 }
 
 TEST(ApplyStatementTest, FollowsServersWhereTheResultIsNotInTheStatement) {
-  const struct {
-    const char* name;
-    const char* table;
-    const char* statement;
-    const char* result;
-  } cases[] = {
-      {"a new character set leaves the columns",
-       "t (`a` varchar(9), `b` enum('(',')') COLLATE latin1_bin, `c` text, `n` int) DEFAULT CHARSET=latin1 "
-       "COLLATE=latin1_bin",
-       "alter table `t` DEFAULT CHARSET=utf8mb4, modify column `c` text",
-       "`a` varchar(9) CHARACTER SET latin1 COLLATE latin1_bin|`b` enum('(',')') COLLATE latin1_bin|`c` text|`n` int|"
-       "DEFAULT CHARSET=utf8mb4|"},
-      {"a collation brings its set", "t (`n` int) DEFAULT CHARSET=latin1 COMMENT='x'",
-       "alter table `t` COLLATE=utf8mb4_bin COMMENT=''", "`n` int|DEFAULT CHARSET=utf8mb4|COLLATE=utf8mb4_bin|"},
-      {"keys follow a dropped column",
-       "t (`a` int, `d` int, KEY `d` (`d`), KEY `k` (`a`(3), `d`) USING BTREE COMMENT '(`d`)')",
-       "alter table `t` drop column `d`", "`a` int|KEY `k` (`a`(3)) USING BTREE COMMENT '(`d`)'|"},
-      {"places go by the order of the clauses", "t (`a` int, `b` int, `c` int)",
-       "alter table `t` modify column `c` int first, add column `n` int after `c`, add column `e` int DEFAULT 1",
-       "`c` int|`n` int|`a` int|`b` int|`e` int DEFAULT 1|"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    TSchema schema = SchemaOf({c.table});
-    ApplyStatement(c.statement, schema);
+  for (const TStringList& row : CaseRows("exact/followed_statements.txt")) {
+    TSchema schema = SchemaOf({row[0]});
+    ApplyStatement(row[1], schema);
     std::string result;
     for (const auto& element : schema.Find("t")->elements) result += element.text + "|";
     for (const auto& option : schema.Find("t")->options) result += option.name + "=" + option.value + "|";
-    EXPECT_EQ(result, c.result);
+    EXPECT_EQ(result, row.at(2)) << row[1];
   }
 }
 

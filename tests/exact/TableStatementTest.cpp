@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
+
 #include "support/CaseRows.h"
 #include "support/MessageOf.h"
 
@@ -20,36 +22,15 @@ std::string Names(const std::vector<TTableName>& names) {
 
 TEST(TableStatementTest, FindsTheTablesThatAStatementIsAbout) {
   using enum ETableStatement;
-  const struct {
-    const char* text;
-    ETableStatement kind;
-    const char* changes;
-    const char* reads = "";
-  } cases[] = {
-      {"create table if not exists `a``b`.c (x int)", CreateTable, "a`b.c"},
-      {"CREATE OR REPLACE TABLE t LIKE d.s", ReplaceTable, "t", "d.s"},
-      {"create table t (like s)", CreateTable, "t", "s"},
-      {"create temporary table t (a int)", Other, ""},
-      {"alter online ignore table t rename column a to b, rename to u, rename index i to j", AlterTable, "t,u"},
-      {"alter table t exchange partition p with table u", AlterTable, "t,u"},
-      {"alter table if exists t add (rename_it int), rename = `v`", AlterTable, "t,v"},
-      {"drop tables if exists a, d.b cascade", DropTable, "a,d.b"},
-      {"drop temporary table t", Other, ""},
-      {"rename table a to b, c wait 3 to d.e", RenameTable, "a,b,c,d.e"},
-      {"create unique index i using btree on t (a)", CreateIndex, "t"},
-      {"create fulltext index if not exists i on t (a)", CreateIndex, "t"},
-      {"drop index `on` on t", DropIndex, "t"},
-      {"/*!50100 alter table t add a int */", AlterTable, "t"},
-      {"create view v as select 1", Other, ""},
-      {"drop database d", Other, ""},
-      {"rename user a to b", Other, ""},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    const TTableStatement read = ReadTableStatement(c.text);
-    EXPECT_EQ(read.kind, c.kind);
-    EXPECT_EQ(Names(read.changes), c.changes);
-    EXPECT_EQ(Names(read.reads), c.reads);
+  const std::map<ETableStatement, std::string> words = {{CreateTable, "creates"}, {ReplaceTable, "replaces"},
+                                                        {AlterTable, "alters"},   {DropTable, "drops"},
+                                                        {RenameTable, "renames"}, {CreateIndex, "makes an index of"},
+                                                        {Other, "other"},         {DropIndex, "drops an index of"}};
+  for (TStringList& row : testing::CaseRows("exact/statements.txt")) {
+    row.resize(3);
+    const TTableStatement read = ReadTableStatement(row[0]);
+    EXPECT_EQ(Trim(words.at(read.kind) + " " + Names(read.changes)), row[1]) << row[0];
+    EXPECT_EQ(Names(read.reads), row[2]) << row[0];
   }
   EXPECT_EQ(ReadTableStatement("create schema if not exists `s`").database, "s");
   EXPECT_EQ(ReadTableStatement("use s").database, "s");

@@ -1,5 +1,4 @@
 #include "mysqltext/TableText.h"
-#include "exact/compare/OptionEquivalences.h"
 
 #include <gmock/gmock.h>
 
@@ -69,41 +68,13 @@ TEST(TableTextTest, FindsKindsAndNames) {
 }
 
 TEST(TableTextTest, TellsElementsByTheirFirstWords) {
-  struct TCase {
-    const char* text;
-    EElement kind;
-    const char* name;
-  };
-  const TCase cases[] = {
-      {"period int", EElement::Column, "period"},
-      {"`key` int", EElement::Column, "key"},
-      {"vector varchar(3)", EElement::Column, "vector"},
-      {"primary key using btree (a)", EElement::PrimaryKey, "PRIMARY"},
-      {"constraint `x` primary key (a)", EElement::PrimaryKey, "PRIMARY"},
-      {"unique (a)", EElement::UniqueKey, ""},
-      {"unique index if not exists `u` (a)", EElement::UniqueKey, "u"},
-      {"constraint c unique key (a)", EElement::UniqueKey, "c"},
-      {"constraint unique u (a)", EElement::UniqueKey, "u"},
-      {"index using hash (a)", EElement::Key, ""},
-      {"key `using` (a)", EElement::Key, "using"},
-      {"key `k` using btree (a)", EElement::Key, "k"},
-      {"fulltext `f` (a)", EElement::FulltextKey, "f"},
-      {"spatial index s (a)", EElement::SpatialKey, "s"},
-      {"vector key v (a) distance=cosine", EElement::Key, "v"},
-      {"foreign key (a) references p (b)", EElement::ForeignKey, ""},
-      {"foreign key i (a) references p (b)", EElement::ForeignKey, "i"},
-      {"constraint `x y` foreign key i (a) references p (b)", EElement::ForeignKey, "x y"},
-      {"constraint foreign key (a) references p (b)", EElement::ForeignKey, ""},
-      {"check (a in (1,2))", EElement::Check, ""},
-      {"constraint check (a > 0)", EElement::Check, ""},
-      {"constraint c check (a > 0) not enforced", EElement::Check, "c"},
-      {"period for system_time (a, b)", EElement::Period, "system_time"},
-  };
-  for (const TCase& c : cases) {
-    const TElement element = FirstElement(c.text);
-    EXPECT_EQ(element.kind, c.kind) << c.text;
-    EXPECT_EQ(element.name, c.name) << c.text;
-    EXPECT_EQ(element.text, c.text);
+  constexpr const char* kKinds[] = {"column",      "primary key", "unique key", "key",    "fulltext key",
+                                    "spatial key", "foreign key", "check",      "period", "other"};
+  for (const TStringList& row : testing::CaseRows("mysqltext/elements.txt")) {
+    const TElement element = FirstElement(row[0]);
+    const std::string kind = kKinds[static_cast<std::size_t>(element.kind)];
+    EXPECT_EQ(element.name.empty() ? kind : kind + ": " + element.name, row.at(1)) << row[0];
+    EXPECT_EQ(element.text, row[0]);
   }
 }
 
@@ -130,11 +101,7 @@ TEST(TableTextTest, ReadsHeadsOfDumps) {
 }
 
 TEST(TableTextTest, ReadsOptions) {
-  struct TCase {
-    const char* text;
-    const char* options;
-  };
-  const TCase cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"ENGINE=InnoDB default character set = utf8 collate utf8_bin",
        "ENGINE=InnoDB|DEFAULT CHARSET=utf8|COLLATE=utf8_bin|"},
       {"type = MyISAM, charset latin1, comment 'a, b=''c'''",
@@ -145,32 +112,13 @@ TEST(TableTextTest, ReadsOptions) {
        "PACK_KEYS=default|TABLESPACE=`ts`|STORAGE=disk|AUTOEXTEND_SIZE=4M|"},
       {"`page_compressed`='1' `my``x`=-1", "PAGE_COMPRESSED='1'|`MY``X`=-1|"},
   };
-  for (const TCase& c : cases) EXPECT_EQ(OptionsOf(c.text), c.options);
+  for (const auto& [text, options] : cases) EXPECT_EQ(OptionsOf(text), options);
 }
 
 TEST(TableTextTest, SaysWhereAndWhatWasExpected) {
-  struct TCase {
-    const char* text;
-    const char* message;
-  };
-  const TCase cases[] = {
-      {"create view v as select 1", "line 1: \"table\" expected, but \"view\" found"},
-      {"create table t like u", "line 1: \"(\" expected, but \"like\" found"},
-      {"create table t (\n a int,\n)", "line 3: a column, key or constraint expected, but \")\" found"},
-      {"create table t (\n a\n int,\n b)", "line 4: a type expected, but \")\" found"},
-      {"create table t (a int", "line 1: \")\" expected, but the end found"},
-      {"create table t (a int(3)\n", "line 2: \")\" expected, but the end found"},
-      {"create table t (a int) engine", "line 1: a table option expected, but the end found"},
-      {"create table t (a int) as select 1", "line 1: a table option expected, but \"1\" found"},
-      {"create table t (a int) partition by hash (a", "line 1: \")\" expected, but the end found"},
-      {"create table t (a int); drop table t", "line 1: the end expected, but \"drop\" found"},
-      {"create table t (key k)", "line 1: \"(\" expected, but \")\" found"},
-      {"create table t (foreign key (a))", "line 1: a foreign key expected, but \"(\" found"},
-      {"create table t (\"a\" int)", "line 1: a column, key or constraint expected, but \"\"a\"\" found"},
-      {"create table t (a 'x)", "line 1: unclosed single quote"},
-      {"", "line 1: \"create\" expected, but the end found"},
-  };
-  for (const TCase& c : cases) EXPECT_EQ(MessageOf([&] { ReadTableText(c.text); }), c.message) << c.text;
+  for (const TStringList& row : testing::CaseRows("mysqltext/refused.txt"))
+    EXPECT_EQ(MessageOf([&] { ReadTableText(testing::Unshown(row[0])); }), row.at(1)) << row[0];
+  EXPECT_EQ(MessageOf([] { ReadTableText(""); }), "line 1: \"create\" expected, but the end found");
 }
 
 TEST(TableTextTest, TakesColumnsApart) {

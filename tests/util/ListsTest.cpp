@@ -13,7 +13,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using testing::MessageOf;
-using ::testing::PrintToString;
 
 TEST(ListsTest, SplitTextAndSplitPlainDifferForAnEmptyTextOnly) {
   struct TCase {
@@ -34,39 +33,6 @@ TEST(ListsTest, SplitTextAndSplitPlainDifferForAnEmptyTextOnly) {
   EXPECT_THAT(list, ElementsAre("a", ":b", "c"));
   SplitText("", "abc", list);
   EXPECT_THAT(list, ElementsAre("abc"));
-}
-
-TEST(ListsTest, SplitQuotedReadsQuotesOnlyWhileBothKindsLieAhead) {
-  struct TCase {
-    std::string_view separator, text;
-    TStringList pieces;
-  };
-  const TCase cases[] = {
-      {",", "", {""}},
-      {",", "a,b,", {"a", "b", ""}},
-      {",", ",a", {"", "a"}},
-      {"\t", "a\t\tb", {"a", "", "b"}},
-      {"", "a,b", {"a,b"}},
-      // One kind alone: plain.
-      {",", R"("a,b",c)", {"\"a", "b\"", "c"}},
-      {",", "'a,b',c", {"'a", "b'", "c"}},
-      // Both kinds ahead: a piece that ends within quotes is dropped, also where the quotes are whole.
-      {",", R"('a,b',"c")", {"b'", "\"c\""}},
-      {",", R"("a,b",'c')", {"'c'"}},
-      // The double quotes before the apostrophe are counted once more at each separator.
-      {",", R"(a,"b,c",d,'e')", {"a", "'e'"}},
-      {",", R"("a",b,c,'d')", {"\"a\"", "b", "c", "'d'"}},
-      {",", R"(x"a,b,c,'d')", {"b", "'d'"}},
-      // The search for a separator starts that separator's length behind the start, so this first one is not seen.
-      {"||", "||a||b", {"||a", "b"}},
-      {"||", "a||b||", {"a", "b", ""}},
-      {"\u00A6", "\u00A6a\u00A6b", {"", "a", "b"}},  // one character, whatever its bytes
-  };
-  for (const TCase& c : cases) {
-    TStringList list = {"old"};
-    SplitQuoted(c.separator, c.text, list);
-    EXPECT_EQ(list, c.pieces) << c.text;
-  }
 }
 
 // The same rules, searched anew for each separator.
@@ -138,22 +104,6 @@ TEST(ListsTest, LooksUpIgnoringCaseAndRefusesPositionsOutside) {
   EXPECT_EQ(ItemAt(list, 2), "name");
   EXPECT_EQ(MessageOf([&] { ItemAt(list, -1); }), "List index out of bounds (-1)");
   EXPECT_EQ(MessageOf([&] { ItemAt(list, 3); }), "List index out of bounds (3)");
-}
-
-TEST(ListsTest, LinesEndInAnyOfThreeWays) {
-  struct TCase {
-    std::string_view text;
-    TStringList lines;
-  };
-  const TCase cases[] = {
-      {"", {}},
-      {"a", {"a"}},
-      {"a\r\nb\nc\rd", {"a", "b", "c", "d"}},
-      {"a\r\n", {"a"}},
-      {"\n\r\n\r", {"", "", ""}},
-      {"a\n\r\nb", {"a", "", "b"}},
-  };
-  for (const TCase& c : cases) EXPECT_EQ(LinesOf(c.text), c.lines) << PrintToString(c.text);
 }
 
 }  // namespace
