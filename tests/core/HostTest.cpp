@@ -60,8 +60,10 @@ TEST(EnginesTest, NamesInBothDirectionsAndFilters) {
     std::string name = "-";
     const std::string fault = MessageOf([&] { StrEngine(engine, name); });
     EXPECT_EQ(name, row[1]);
-    if (name == "-") EXPECT_EQ(fault, "StrEngine error");
-    else if (engine != kEngineNone) EXPECT_EQ(StrToEngine(name), engine);
+    if (name == "-")
+      EXPECT_EQ(fault, "StrEngine error");
+    else if (engine != kEngineNone)
+      EXPECT_EQ(StrToEngine(name), engine);
 
     TRecordingHost host;
     host.chosen = "/picked";

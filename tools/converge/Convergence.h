@@ -10,7 +10,9 @@ namespace velmora::testing {
 struct TConvergence {
   std::string fault;  // what did not hold, with what helps to see why; empty when all did
   std::size_t statements = 0;
-  std::size_t rows = 0;  // that were there before, and were looked at afterwards
+  std::size_t parts = 0;    // of the schemas that were made
+  std::size_t dropped = 0;  // of them, because the server refuses them
+  std::size_t rows = 0;     // that were there before, and were looked at afterwards
 };
 
 // Makes both databases, compares, synchronises with all that is unsafe, and looks whether: the proof in memory finds no

@@ -12,6 +12,23 @@ namespace {
 
 using TTexts = std::vector<std::string>;
 
+// A partitioned table loses it with its next change.
+constexpr std::string_view kLostByPartitions = "page_checksum";
+
+bool Fits(EKeyModel kind, const TColumnModel& column) {
+  const EFamily family = column.type.family;
+  switch (kind) {
+    case EKeyModel::Primary:
+      return !column.Generated() && (column.type.InKeys() || column.type.TakesPrefix());
+    case EKeyModel::Fulltext:
+      return (family == EFamily::Letters || family == EFamily::LongLetters) && !column.Generated();
+    case EKeyModel::Spatial:
+      return family == EFamily::Shape;
+    default:
+      return column.type.InKeys() || column.type.TakesPrefix();
+  }
+}
+
 }  // namespace
 
 std::string TSchemaGenerator::Name(const char* prefix) {
@@ -57,7 +74,7 @@ TColumnModel TSchemaGenerator::Column(TTypeModel type) {
   column.not_null = random_.Chance(35);
   if (!column.type.defaults.empty() && random_.Chance(45)) column.default_value = random_.Pick(column.type.defaults);
   column.comment = Comment();
-  if (random_.Chance(12)) column.check = AnyCondition(column.type, random_);
+  if (random_.Chance(12) && CanBeRead(column.type.charset)) column.check = AnyCondition(column.type, random_);
   column.invisible = random_.Chance(6);
   return column;
 }
@@ -91,10 +108,11 @@ TKeyModel TSchemaGenerator::Key(const TTableModel& table, EKeyModel kind) {
   TKeyModel key;
   key.kind = kind;
   if (kind != EKeyModel::Primary) key.name = Name(random_.Chance(50) ? "k" : "i");
-  const bool single = kind == EKeyModel::Spatial;
-  const std::size_t wanted = single ? 1 : 1 + random_.Below(3);
-  for (std::size_t i = 0; i < wanted; ++i) {
+  const std::size_t wanted = kind == EKeyModel::Spatial ? 1 : 1 + random_.Below(3);
+  std::set<std::string> seen;
+  for (std::size_t tries = 3 * wanted; tries > 0 && seen.size() < wanted; --tries) {
     const TColumnModel& column = random_.Pick(table.columns);
+    if (!Fits(kind, column) || !seen.insert(column.name).second) continue;
     const TTypeModel& type = column.type;
     TKeyPartModel part{column.name};
     if (kind != EKeyModel::Fulltext && kind != EKeyModel::Spatial) {
@@ -115,12 +133,16 @@ TKeyModel TSchemaGenerator::Key(const TTableModel& table, EKeyModel kind) {
 void TSchemaGenerator::AddKey(TTableModel& table) {
   static constexpr EKeyModel kKinds[] = {EKeyModel::Unique, EKeyModel::Unique,   EKeyModel::Plain,  EKeyModel::Plain,
                                          EKeyModel::Plain,  EKeyModel::Fulltext, EKeyModel::Spatial};
-  table.keys.push_back(Key(table, random_.Pick(kKinds)));
+  TKeyModel key = Key(table, random_.Pick(kKinds));
+  if (key.parts.empty()) return;
+  if (key.kind == EKeyModel::Spatial) table.Find(key.parts.front().column)->not_null = true;
+  table.keys.push_back(std::move(key));
 }
 
 void TSchemaGenerator::AddPrimaryKey(TTableModel& table) {
   std::erase_if(table.keys, [](const TKeyModel& key) { return key.kind == EKeyModel::Primary; });
   TKeyModel key = Key(table, EKeyModel::Primary);
+  if (key.parts.empty()) return;
   for (TKeyPartModel& part : key.parts) table.Find(part.column)->not_null = true;
   TColumnModel& first = *table.Find(key.parts.front().column);
   if (first.type.family == EFamily::Whole && random_.Chance(50)) first.auto_increment = true;
@@ -130,7 +152,8 @@ void TSchemaGenerator::AddPrimaryKey(TTableModel& table) {
 void TSchemaGenerator::AddCheck(TTableModel& table) {
   const TColumnModel& column = random_.Pick(table.columns);
   const std::string condition = AnyCondition(column.type, random_);
-  if (!condition.empty()) table.checks.push_back({Name("chk"), column.name, condition});
+  if (!condition.empty() && CanBeRead(column.type.charset))
+    table.checks.push_back({Name("chk"), column.name, condition});
 }
 
 void TSchemaGenerator::SetForeignKeyRules(TForeignKeyModel& key) {
@@ -142,8 +165,9 @@ void TSchemaGenerator::SetForeignKeyRules(TForeignKeyModel& key) {
 // The child gets columns of its own for it, as the parent's.
 void TSchemaGenerator::AddForeignKey(TSchemaModel& schema, TTableModel& table) {
   const TTableModel parent = random_.Chance(15) ? table : random_.Pick(schema.tables);
-  if (parent.keys.empty()) return;
+  if (parent.keys.empty() || !parent.TakesForeignKeys() || !table.TakesForeignKeys()) return;
   const TKeyModel& key = random_.Pick(parent.keys);
+  if (key.kind == EKeyModel::Fulltext || key.kind == EKeyModel::Spatial) return;
   const std::size_t width = std::min<std::size_t>(key.parts.size(), 1 + random_.Below(2));
   TForeignKeyModel foreign;
   foreign.name = Name("fk");
@@ -191,6 +215,7 @@ void TSchemaGenerator::SetOptions(TTableModel& table) {
   table.options.clear();
   for (const TRow& row : kRows) {
     if (*row.engine != '\0' && table.engine != row.engine) continue;
+    if (row.name == kLostByPartitions && !table.partitioning.empty()) continue;
     if (random_.Chance(8)) table.options.push_back({row.name, random_.Pick(row.values)});
   }
   const std::string comment = Comment();
@@ -220,6 +245,14 @@ void TSchemaGenerator::SetPartitions(TTableModel& table) {
   table.partition_column = random_.Pick(columns);
   table.partitioning = random_.Pick(kKinds);
   table.foreign_keys.clear();
+  std::erase_if(table.options, [](const TOptionModel& option) { return option.name == kLostByPartitions; });
+  TColumnModel& column = *table.Find(table.partition_column);
+  for (TKeyModel& key : table.keys) {
+    if (!key.Unique()) continue;
+    column.not_null = column.not_null || key.kind == EKeyModel::Primary;
+    const auto is_it = [&column](const TKeyPartModel& part) { return part.column == column.name; };
+    if (std::none_of(key.parts.begin(), key.parts.end(), is_it)) key.parts.push_back({column.name});
+  }
 }
 
 TTableModel TSchemaGenerator::Table() {
@@ -245,11 +278,8 @@ TSchemaModel TSchemaGenerator::Schema(std::size_t tables) {
   TSchemaModel schema;
   for (std::size_t i = 0; i < tables; ++i) {
     schema.tables.push_back(Table());
-    Repair(schema);
-    for (std::size_t keys = random_.Chance(50) ? random_.Below(3) : 0; keys > 0; --keys) {
+    for (std::size_t keys = random_.Chance(50) ? random_.Below(3) : 0; keys > 0; --keys)
       AddForeignKey(schema, schema.tables.back());
-      Repair(schema);
-    }
   }
   return schema;
 }

@@ -8,8 +8,7 @@
 namespace velmora::testing {
 
 // Makes schemas of everything that MariaDB 10.11 has for tables, and changes them. What one seed gives is always the
-// same. Every schema is one that a server takes, in the order of its tables with foreign key checks off; what a server
-// takes in "create table" but not from an "alter table" is left out, see Repair.
+// same. A server may refuse some of it, see SchemaTaken.h.
 class TSchemaGenerator {
  public:
   explicit TSchemaGenerator(std::uint64_t seed) : random_(seed) {}
@@ -39,6 +38,7 @@ class TSchemaGenerator {
   void MutateTable(TSchemaModel& schema, TTableModel& table);
   void MutateColumn(TSchemaModel& schema, TTableModel& table);
   void Retype(TSchemaModel& schema, TTableModel& table, TColumnModel& column);
+  void DropColumn(TTableModel& table);
   void RenameColumn(TSchemaModel& schema, TTableModel& table, TColumnModel& column);
   void MoveColumn(TTableModel& table);
   void MutateKey(TTableModel& table);
@@ -48,8 +48,5 @@ class TSchemaGenerator {
   int named_ = 0;                // makes names different
   std::set<std::string> plain_;  // reserved words that are names as they are
 };
-
-// Takes away what does not go together any more: keys without their columns, foreign keys whose columns differ, ...
-void Repair(TSchemaModel& schema);
 
 }  // namespace velmora::testing

@@ -28,19 +28,28 @@ std::string NameList(const std::vector<std::string>& names) {
   return "(" + result + ")";
 }
 
+// A timestamp without a default has one that depends on its place in the table and on the server's mode.
+std::string DefaultOf(const TColumnModel& column) {
+  const bool needed = column.not_null && column.type.text.starts_with("timestamp");
+  return column.default_value.empty() && needed ? column.type.defaults.front() : column.default_value;
+}
+
 std::string ColumnText(const TColumnModel& column) {
   std::string text = SqlName(column.name) + " " + column.type.text;
   if (!column.type.charset.empty()) text += " " + column.type.charset;
+  const std::string standard = DefaultOf(column);
   if (column.Generated()) {
     text += " as (" + WithName(column.expression, column.base) + ")" + (column.stored ? " stored" : " virtual");
+  } else if (column.auto_increment) {
+    text += " not null auto_increment";
   } else {
     text += column.not_null ? " not null" : " null";
-    if (!column.default_value.empty()) text += " default " + column.default_value;
-    if (column.auto_increment) text += " auto_increment";
+    if (!standard.empty()) text += " default " + standard;
   }
-  if (column.invisible) text += " invisible";
+  if (column.invisible && (column.Generated() || !column.not_null || !standard.empty())) text += " invisible";
   if (!column.comment.empty()) text += " comment " + SqlText(column.comment);
-  if (!column.check.empty()) text += " check (" + WithName(column.check, column.name) + ")";
+  if (!column.check.empty() && !column.Generated() && !column.auto_increment)
+    text += " check (" + WithName(column.check, column.name) + ")";
   return text;
 }
 
@@ -54,14 +63,6 @@ std::string KeyText(const TKeyModel& key) {
   }
   const std::string name = key.kind == EKeyModel::Primary ? "" : " " + SqlName(key.name);
   return kWords[static_cast<std::size_t>(key.kind)] + name + " (" + parts + ")" + key.options;
-}
-
-std::string ForeignKeyText(const TForeignKeyModel& key) {
-  std::string text = "constraint " + SqlName(key.name) + " foreign key " + NameList(key.columns) + " references " +
-                     SqlName(key.parent) + " " + NameList(key.references);
-  if (!key.on_delete.empty()) text += " on delete " + key.on_delete;
-  if (!key.on_update.empty()) text += " on update " + key.on_update;
-  return text;
 }
 
 }  // namespace
@@ -122,6 +123,14 @@ TTableModel* TSchemaModel::Find(const std::string& table) {
 std::string SqlName(std::string_view name) { return "`" + Doubled(name, "`") + "`"; }
 
 std::string SqlText(std::string_view text) { return "'" + Doubled(text, "'\\") + "'"; }
+
+std::string ForeignKeyText(const TForeignKeyModel& key) {
+  std::string text = "constraint " + SqlName(key.name) + " foreign key " + NameList(key.columns) + " references " +
+                     SqlName(key.parent) + " " + NameList(key.references);
+  if (!key.on_delete.empty()) text += " on delete " + key.on_delete;
+  if (!key.on_update.empty()) text += " on update " + key.on_update;
+  return text;
+}
 
 std::string CreateStatement(const TTableModel& table) {
   std::string body;

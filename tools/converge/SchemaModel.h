@@ -110,6 +110,7 @@ struct TTableModel {
 
   TColumnModel* Find(const std::string& column);
   const TColumnModel* Find(const std::string& column) const;
+  bool TakesForeignKeys() const { return engine == "InnoDB" && partitioning.empty(); }
   bool IsReferring(const std::string& column) const;  // a foreign key stands on the column
   const std::string& CharsetOf(const TColumnModel& column) const;
 };
@@ -121,6 +122,7 @@ struct TSchemaModel {
 
 std::string SqlName(std::string_view name);  // in backticks
 std::string SqlText(std::string_view text);  // in quotes
+std::string ForeignKeyText(const TForeignKeyModel& key);
 std::string CreateStatement(const TTableModel& table);
 
 }  // namespace velmora::testing

@@ -30,7 +30,10 @@ void ForEachReferring(TSchemaModel& schema, const std::string& table, const std:
 
 // Half of the time the columns that refer to it go along.
 void TSchemaGenerator::Retype(TSchemaModel& schema, TTableModel& table, TColumnModel& column) {
-  column.type = random_.Chance(70) ? TypeOf(column.type.family, random_) : AnyType(random_);
+  const EFamily family = column.type.family;
+  column.type = random_.Chance(70) ? TypeOf(family, random_) : AnyType(random_);
+  for (TColumnModel& other : table.columns)
+    if (other.base == column.name && column.type.family != family) other.expression.clear();
   column.default_value.clear();
   column.check.clear();
   column.auto_increment = false;
@@ -45,6 +48,16 @@ void TSchemaGenerator::Retype(TSchemaModel& schema, TTableModel& table, TColumnM
     own->default_value.clear();
     own->check.clear();
   });
+}
+
+// With what is made of it.
+void TSchemaGenerator::DropColumn(TTableModel& table) {
+  const std::string name = random_.Pick(table.columns).name;
+  std::erase_if(table.columns, [&](const TColumnModel& other) { return other.name == name || other.base == name; });
+  for (TKeyModel& key : table.keys)
+    std::erase_if(key.parts, [&](const TKeyPartModel& part) { return table.Find(part.column) == nullptr; });
+  std::erase_if(table.keys, [](const TKeyModel& key) { return key.parts.empty(); });
+  std::erase_if(table.checks, [&](const TCheckModel& check) { return table.Find(check.column) == nullptr; });
 }
 
 void TSchemaGenerator::RenameColumn(TSchemaModel& schema, TTableModel& table, TColumnModel& column) {
@@ -99,7 +112,7 @@ void TSchemaGenerator::MutateColumn(TSchemaModel& schema, TTableModel& table) {
       RenameColumn(schema, table, column);
       break;
     case 7:
-      column.check = column.check.empty() ? AnyCondition(column.type, random_) : "";
+      column.check = column.check.empty() && CanBeRead(column.type.charset) ? AnyCondition(column.type, random_) : "";
       break;
     case 8:
       if (column.Generated()) {
@@ -107,6 +120,7 @@ void TSchemaGenerator::MutateColumn(TSchemaModel& schema, TTableModel& table) {
       } else if (column.type.HasLetters()) {
         column.type.charset = AnyCharset(random_);
         column.default_value.clear();
+        if (!CanBeRead(column.type.charset)) column.check.clear();
       }
       break;
     default:
@@ -130,9 +144,9 @@ void TSchemaGenerator::MutateKey(TTableModel& table) {
         key.kind = key.Unique() ? EKeyModel::Plain : EKeyModel::Unique;
       break;
     case 1: {
-      const std::string name = key.name;
-      key = Key(table, key.kind);
-      key.name = name;
+      TKeyModel other = Key(table, key.kind);
+      other.name = key.name;
+      if (!other.parts.empty()) key = std::move(other);
       break;
     }
     case 2:
@@ -163,7 +177,7 @@ void TSchemaGenerator::MutateTable(TSchemaModel& schema, TTableModel& table) {
       break;
     case 3:
     case 4:
-      if (table.columns.size() > 2) DropOne(table.columns, random_);
+      if (table.columns.size() > 2) DropColumn(table);
       break;
     case 5:
     case 6:
@@ -223,14 +237,11 @@ void TSchemaGenerator::Mutate(TSchemaModel& schema) {
       for (std::size_t changes = 1 + random_.Below(4); changes > 0; --changes) {
         MutateTable(schema, schema.tables[i]);
         MutateColumn(schema, schema.tables[i]);
-        Repair(schema);
       }
     }
-    Repair(schema);
   }
   if (random_.Chance(30)) schema.tables.push_back(Table());
   if (random_.Chance(20)) DropOne(schema.tables, random_);
-  Repair(schema);
 }
 
 }  // namespace velmora::testing

@@ -315,7 +315,7 @@ std::string AnyTableCharset(TRandom& r) {
   return r.Pick(kCharsets);
 }
 
-bool FulltextCharset(const std::string& charset) {
+bool CanBeRead(const std::string& charset) {
   return charset.find("ucs2") == std::string::npos && charset.find("utf16") == std::string::npos;
 }
 

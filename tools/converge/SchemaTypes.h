@@ -19,6 +19,7 @@ std::string AnyCondition(const TTypeModel& type, TRandom& random);
 
 std::string AnyCharset(TRandom& random);       // of a column
 std::string AnyTableCharset(TRandom& random);  // of a table: without those that are not for fulltext keys
-bool FulltextCharset(const std::string& charset);
+// Whether literals in the character set can be read back from the text of a check.
+bool CanBeRead(const std::string& charset);
 
 }  // namespace velmora::testing

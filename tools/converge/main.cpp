@@ -17,6 +17,8 @@ struct TCounts {
   std::size_t misses = 0;
   std::size_t statements = 0;
   std::size_t rows = 0;
+  std::size_t parts = 0;
+  std::size_t dropped = 0;
 };
 
 void Run(unsigned long long seed, std::size_t tables, TCounts& counts) {
@@ -24,6 +26,8 @@ void Run(unsigned long long seed, std::size_t tables, TCounts& counts) {
   ++counts.seeds;
   counts.statements += result.statements;
   counts.rows += result.rows;
+  counts.parts += result.parts;
+  counts.dropped += result.dropped;
   if (result.fault.empty()) return;
   ++counts.misses;
   const std::string again = tables > 0 ? "--tables " + std::to_string(tables) + " " : "1 ";
@@ -48,8 +52,8 @@ int main(int argc, char** argv) {
     const unsigned long long first = argc == 3 ? number(2) : 1;
     for (unsigned long long i = 0; i < number(1); ++i) Run(first + i, 0, counts);
   }
-  std::printf("%zu seeds, %zu missed, %zu statements, %zu rows\n", counts.seeds, counts.misses, counts.statements,
-              counts.rows);
+  std::printf("%zu seeds, %zu missed, %zu statements, %zu rows; the server refused %zu of %zu parts\n", counts.seeds,
+              counts.misses, counts.statements, counts.rows, counts.dropped, counts.parts);
   // Schemas that hardly differ would prove nothing.
   const bool differ = large || counts.statements >= counts.seeds;
   if (!differ) std::puts("the schemas hardly differ");
