@@ -12,14 +12,14 @@
 
 namespace velmora {
 
-struct TFileStatement {
+struct TLocatedStatement {
   std::string text;      // stays within the database that it is run in
   std::size_t line = 0;  // of the file, from 1
   TTableStatement about;
 };
 
 struct TFileStatements {
-  std::vector<TFileStatement> statements;
+  std::vector<TLocatedStatement> statements;
   TStringList warnings;  // "line 3: ...": what may make tables, and is not run
 };
 

@@ -79,7 +79,7 @@ class TServerReader {
         [&] {
           scratch.RunWithin([&] {
             scratch.TakeServersDefaults();
-            for (const TFileStatement& statement : file.statements) {
+            for (const TLocatedStatement& statement : file.statements) {
               progress_.StepTotal();
               Run(statement, scratch);
             }
@@ -103,7 +103,7 @@ class TServerReader {
   std::string Key(const std::string& table) const { return folds_case_ ? LowerText(table) : table; }
 
   // A table one of whose statements failed stays as unknown as it is then, until it is dropped or made anew.
-  void Run(const TFileStatement& statement, TScratchDatabase& scratch) {
+  void Run(const TLocatedStatement& statement, TScratchDatabase& scratch) {
     const TTableStatement& about = statement.about;
     const bool starts_anew = about.kind == ETableStatement::DropTable || about.kind == ETableStatement::ReplaceTable;
     if (!starts_anew && FollowsFault(statement)) return;
@@ -121,7 +121,7 @@ class TServerReader {
 
   // Files that make a table before the one that it refers to run without checks. Others may depend on them: an index
   // that a foreign key needs cannot be dropped.
-  static void RunInAnyOrder(const TFileStatement& statement, TScratchDatabase& scratch) {
+  static void RunInAnyOrder(const TLocatedStatement& statement, TScratchDatabase& scratch) {
     try {
       scratch.SwitchChecks(true);
       scratch.Run(statement.text);
@@ -132,7 +132,7 @@ class TServerReader {
     }
   }
 
-  bool FollowsFault(const TFileStatement& statement) {
+  bool FollowsFault(const TLocatedStatement& statement) {
     for (const std::vector<TTableName>* names : {&statement.about.changes, &statement.about.reads})
       for (const TTableName& name : *names)
         if (faults_.contains(Key(name.table))) {

@@ -16,7 +16,7 @@
 #include "util/Counted.h"
 #include "util/Lists.h"
 
-namespace CLI {
+namespace CLI {  // NOLINT(readability-identifier-naming): the library named it
 class App;
 }
 

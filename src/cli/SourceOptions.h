@@ -9,7 +9,7 @@
 #include "app/Sources.h"
 #include "cli/Console.h"
 
-namespace CLI {
+namespace CLI {  // NOLINT(readability-identifier-naming): the library named it
 class App;
 }
 

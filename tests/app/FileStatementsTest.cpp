@@ -17,7 +17,7 @@ using testing::MessageOf;
 TStringList Lines(const std::string& script, const std::string& database = {}) {
   TStringList lines;
   const TCreationScript file(script, {database});
-  for (const TFileStatement& statement : ReadFileStatements(file.Structure()).statements)
+  for (const TLocatedStatement& statement : ReadFileStatements(file.Structure()).statements)
     lines.push_back(Format("%d: %s", statement.line, statement.text));
   return lines;
 }
