@@ -1,7 +1,7 @@
 #include "app/ScriptSplitter.h"
 
 #include "exact/plan/Plan.h"
-#include "mysqltext/ScriptScanner.h"
+#include "mysqltext/StatementReader.h"
 #include "util/Lists.h"
 #include "util/Text.h"
 #include "util/Words.h"

@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "mysqltext/LexicalRules.h"
 #include "mysqltext/StatementHead.h"
 #include "mysqltext/StatementReader.h"
 #include "util/Errors.h"
@@ -219,7 +220,7 @@ class TCreationScript::TCollector {
       if (const std::size_t mark = VersionMark(text, at)) {
         ++open;
         at += mark;
-      } else if (open > 0 && text.compare(at, 2, "*/") == 0) {
+      } else if (open > 0 && ClosesComment(text, at)) {
         --open;
         at += 2;
       } else {

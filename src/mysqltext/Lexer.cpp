@@ -4,8 +4,10 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "mysqltext/LexicalRules.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -17,10 +19,6 @@ namespace {
 constexpr const char* kUnclosedQuote = "line %d: unclosed %s quote";
 constexpr const char* kUnclosedComment = "line %d: unclosed comment";
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::string_view kVersionOfNobody = "999999";  // dumps use it to speak to clients alone
-constexpr std::size_t kVersionDigits = 6;                // at most
-
-constexpr bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 constexpr std::array<bool, 256> WordCharacters() {
@@ -35,28 +33,6 @@ constexpr bool IsWordCharacter(char c) { return kWordCharacter[static_cast<unsig
 
 constexpr std::array<std::string_view, 12> kLongSymbols = {
     "<=>", "->>", ":=", "<>", "!=", "<=", ">=", "<<", ">>", "&&", "||", "->"};
-
-// A version mark at `place`: "/*!" or "/*M!" and the digits of a version; 0 for none.
-std::size_t VersionMarkLength(std::string_view text, std::size_t place) {
-  std::size_t length = 0;
-  if (text.substr(place, 3) == "/*!")
-    length = 3;
-  else if (text.substr(place, 4) == "/*M!")
-    length = 4;
-  else
-    return 0;
-  const std::size_t digits = place + length;
-  std::size_t end = digits;
-  while (end < text.size() && end < digits + kVersionDigits && IsDigit(text[end])) ++end;
-  return text.substr(digits, end - digits) == kVersionOfNobody ? 0 : end - place;
-}
-
-bool IsLineComment(std::string_view text, std::size_t place) {
-  if (text[place] == '#') return true;
-  return text.substr(place, 2) == "--" && (place + 2 == text.size() || IsSpace(text[place + 2]));
-}
-
-std::size_t LineEnd(std::string_view text, std::size_t place) { return std::min(text.find('\n', place), text.size()); }
 
 bool AllOf(std::string_view text, bool (*is)(char)) { return std::all_of(text.begin(), text.end(), is); }
 bool IsHexDigit(char c) { return IsDigit(c) || (LowerChar(c) >= 'a' && LowerChar(c) <= 'f'); }
@@ -111,26 +87,20 @@ void TLexer::SkipGap() {
 
 // Passes over a comment, or a mark of one whose content counts.
 bool TLexer::SkipComment() {
-  const char c = text_[at_];
-  if (c == '*' && At(at_ + 1) == '/' && !marks_.empty()) {
+  if (std::string_view("/-#*").find(text_[at_]) == std::string_view::npos) return false;
+  if (!marks_.empty() && ClosesComment(text_, at_)) {
     marks_.pop_back();
     at_ += 2;
     return true;
   }
-  if (c == '/' && At(at_ + 1) == '*') {
-    if (const std::size_t mark = VersionMarkLength(text_, at_)) {
-      marks_.push_back(at_);
-      at_ += mark;
-      return true;
-    }
-    const std::size_t end = text_.find("*/", at_ + 2);
-    if (end == std::string_view::npos) RaiseError(Format(kUnclosedComment, LineOf(text_, at_)));
-    at_ = end + 2;
+  if (const std::size_t mark = VersionMark(text_, at_, 0)) {
+    marks_.push_back(at_);
+    at_ += mark;
     return true;
   }
-  if ((c != '-' && c != '#') || !IsLineComment(text_, at_)) return false;
-  at_ = LineEnd(text_, at_);
-  return true;
+  const std::size_t end = CommentEnd(text_, at_);
+  if (end == std::string_view::npos) RaiseError(Format(kUnclosedComment, LineOf(text_, at_)));
+  return std::exchange(at_, end) != end;
 }
 
 void TLexer::ReadToken() {
@@ -148,20 +118,12 @@ void TLexer::ReadToken() {
   ReadSymbol();
 }
 
-// The quote stands at at_, the token begins at `start`. Backslashes count in texts only.
+// The quote stands at at_, the token begins at `start`. A doubled quote stands for one within.
 void TLexer::ReadQuoted(EToken kind, std::size_t start, const char* quote_name) {
   const std::size_t open = at_;
-  const char quote = text_[at_++];
-  for (;; ++at_) {
-    if (at_ >= text_.size()) RaiseError(Format(kUnclosedQuote, LineOf(text_, open), quote_name));
-    if (text_[at_] == '\\' && kind == EToken::String) {
-      ++at_;
-    } else if (text_[at_] == quote) {
-      if (At(at_ + 1) != quote) break;
-      ++at_;
-    }
-  }
-  ++at_;
+  do at_ = QuotedEnd(text_, at_);
+  while (at_ < text_.size() && text_[at_] == text_[open]);
+  if (at_ == std::string_view::npos) RaiseError(Format(kUnclosedQuote, LineOf(text_, open), quote_name));
   Add(kind, start);
 }
 
@@ -249,7 +211,7 @@ class TGapWriter {
 
  private:
   std::size_t WriteStep(std::string_view gap, std::size_t at) {
-    if (gap.substr(at, 2) == "*/") {
+    if (ClosesComment(gap, at)) {
       if (open_ > 0) {
         Blank();
         out_ += "*/";
@@ -257,15 +219,15 @@ class TGapWriter {
       }
       return at + 2;
     }
-    if (const std::size_t mark = VersionMarkLength(gap, at)) {
+    if (const std::size_t mark = VersionMark(gap, at, 0)) {
       Blank();
       out_ += gap.substr(at, mark);
       ++open_;
       return at + mark;
     }
     blank_ = true;
-    if (gap.substr(at, 2) == "/*") return std::min(gap.find("*/", at + 2), gap.size() - 2) + 2;
-    return IsLineComment(gap, at) ? LineEnd(gap, at) : at + 1;
+    const std::size_t end = CommentEnd(gap, at);
+    return end == at ? at + 1 : std::min(end, gap.size());
   }
   void Blank() {
     if (blank_) out_ += ' ';

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <initializer_list>
 
-#include "mysqltext/StatementReader.h"
+#include "mysqltext/Lexer.h"
+#include "mysqltext/LexicalRules.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -74,10 +75,10 @@ class THeadScanner {
  private:
   // `pos_` where there is none.
   std::size_t BehindBlank() const {
-    if (static_cast<unsigned char>(text_[pos_]) <= ' ') return pos_ + 1;
+    if (IsBlank(text_[pos_])) return pos_ + 1;
     if (with_versions_) {
       if (const std::size_t mark = VersionMark(text_, pos_)) return pos_ + mark;
-      if (text_.compare(pos_, 2, "*/") == 0) return pos_ + 2;
+      if (ClosesComment(text_, pos_)) return pos_ + 2;
     }
     return CommentEnd(text_, pos_);
   }
@@ -201,8 +202,7 @@ TStatementHead ReadStatementHead(std::string_view statement, bool with_versions)
 
 std::string BareName(std::string_view written) {
   if (written.size() < 2 || (written.front() != '`' && written.front() != '"')) return std::string(written);
-  const std::string quote(1, written.front());
-  return StrReplace(written.substr(1, written.size() - 2), quote + quote, quote);
+  return NameOf({EToken::Name, written, 0});
 }
 
 }  // namespace velmora

@@ -1,8 +1,8 @@
 #include "mysqltext/StatementReader.h"
 
 #include <algorithm>
-#include <cstdint>
 
+#include "mysqltext/LexicalRules.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -17,48 +17,9 @@ constexpr char kNulByte[] = "NUL byte: this is no text file";
 constexpr char kUnclosedComment[] = "unclosed comment";
 constexpr char kUnclosedQuote[] = "unclosed %s quote";
 
-constexpr std::array<bool, 256> StopsAt(std::string_view characters) {
-  std::array<bool, 256> stops{};
-  for (const char c : characters) stops[static_cast<unsigned char>(c)] = true;
-  return stops;
-}
-
-constexpr std::array<bool, 256> kStatementStops = StopsAt("'\"`#-/*");
-constexpr std::array<bool, 256> kSingleStops = StopsAt("'\\");
-constexpr std::array<bool, 256> kDoubleStops = StopsAt("\"\\");
-
-// The first stop at or behind `from`; the size of the text when there is none.
-std::size_t FindStop(const std::array<bool, 256>& stops, std::string_view text, std::size_t from) {
-  const std::size_t size = text.size();
-  while (from < size && !stops[static_cast<unsigned char>(text[from])]) ++from;
-  return from;
-}
-
-bool IsSpace(char c) { return static_cast<unsigned char>(c) <= ' '; }
+constexpr std::string_view kStatementStops = "'\"`#-/*";
 
 }  // namespace
-
-std::size_t CommentEnd(std::string_view text, std::size_t pos) {
-  const std::string_view rest = text.substr(pos);
-  if (rest.substr(0, 2) == "/*") {
-    const std::size_t end = text.find("*/", pos + 2);
-    return end == kNone ? kNone : end + 2;
-  }
-  const bool dashes = rest.substr(0, 2) == "--" && (rest.size() == 2 || IsSpace(rest[2]));
-  if (!dashes && rest.substr(0, 1) != "#") return pos;
-  return std::min(text.find('\n', pos), text.size());
-}
-
-std::size_t VersionMark(std::string_view text, std::size_t pos) {
-  constexpr std::string_view kNoServers = "999999";
-  constexpr std::size_t kLeastDigits = 5;
-  const std::size_t head = text.substr(pos, 3) == "/*!" ? 3 : text.substr(pos, 4) == "/*M!" ? 4 : 0;
-  if (head == 0) return 0;
-  const std::string_view digits = text.substr(pos + head, kLeastDigits + 1);
-  const auto end = std::find_if(digits.begin(), digits.end(), [](char c) { return c < '0' || c > '9'; });
-  const auto count = static_cast<std::size_t>(end - digits.begin());
-  return count < kLeastDigits || digits == kNoServers ? 0 : head + count;
-}
 
 TStatementReader::TStatementReader(std::string_view script, bool with_versions)
     : script_(script), with_versions_(with_versions) {
@@ -81,7 +42,8 @@ bool TStatementReader::Next(TStatement& statement) {
 
 void TStatementReader::SetDelimiter(std::string_view delimiter) {
   delimiter_ = delimiter;
-  stops_ = kStatementStops;
+  stops_.fill(false);
+  for (const char c : kStatementStops) stops_[static_cast<unsigned char>(c)] = true;
   stops_[static_cast<unsigned char>(delimiter.front())] = true;
 }
 
@@ -90,7 +52,7 @@ bool TStatementReader::AtDelimiter() const { return script_.compare(pos_, delimi
 // Passes white space, comments and empty statements. False at the end of the script.
 bool TStatementReader::SkipToStatement() {
   while (pos_ < script_.size())
-    if (IsSpace(script_[pos_]))
+    if (IsBlank(script_[pos_]))
       ++pos_;
     else if (AtDelimiter())
       pos_ += delimiter_.size();
@@ -103,11 +65,11 @@ bool TStatementReader::SkipToStatement() {
 bool TStatementReader::TakeDelimiterLine() {
   const std::string_view rest = script_.substr(pos_);
   if (!SameText(rest.substr(0, kDelimiterWord.size()), kDelimiterWord)) return false;
-  if (rest.size() > kDelimiterWord.size() && !IsSpace(rest[kDelimiterWord.size()])) return false;
+  if (rest.size() > kDelimiterWord.size() && !IsBlank(rest[kDelimiterWord.size()])) return false;
   const std::string_view line = rest.substr(0, rest.find('\n'));
   std::string_view argument = TrimView(line.substr(kDelimiterWord.size()));
   argument = argument.substr(
-      0, static_cast<std::size_t>(std::find_if(argument.begin(), argument.end(), IsSpace) - argument.begin()));
+      0, static_cast<std::size_t>(std::find_if(argument.begin(), argument.end(), IsBlank) - argument.begin()));
   if (!argument.empty()) SetDelimiter(argument);
   pos_ += line.size();
   return true;
@@ -118,44 +80,41 @@ std::size_t TStatementReader::PassStatement() {
   std::size_t tail = kNone;  // where line comments begin that nothing but blanks has followed so far
   std::size_t tail_end = 0;
   open_marks_ = 0;
-  while ((pos_ = FindStop(stops_, script_, pos_)) < script_.size()) {
+  while (GoToStop()) {
     const std::size_t start = pos_;
     if (open_marks_ == 0 && AtDelimiter()) {
       pos_ += delimiter_.size();
       return start;
     }
-    if (script_[pos_] == '\'' || script_[pos_] == '"' || script_[pos_] == '`') {
+    if (IsQuote(script_[pos_])) {
       PassQuoted();
     } else if (PassVersionMark()) {
       continue;
     } else if (!PassComment()) {
       ++pos_;
     } else if (script_[start] != '/') {
-      if (tail == kNone || !IsBlank(tail_end, start)) tail = start;
+      if (tail == kNone || !AreBlank(tail_end, start)) tail = start;
       tail_end = pos_;
     }
   }
-  return tail != kNone && IsBlank(tail_end, script_.size()) ? tail : script_.size();
+  return tail != kNone && AreBlank(tail_end, script_.size()) ? tail : script_.size();
+}
+
+bool TStatementReader::GoToStop() {
+  while (pos_ < script_.size() && !stops_[static_cast<unsigned char>(script_[pos_])]) ++pos_;
+  return pos_ < script_.size();
 }
 
 void TStatementReader::PassQuoted() {
-  const char quote = script_[pos_];
-  std::size_t end = pos_ + 1;
-  if (quote == '`') {
-    end = std::min(script_.find(quote, end), script_.size());
-  } else {
-    const TStops& stops = quote == '"' ? kDoubleStops : kSingleStops;
-    end = FindStop(stops, script_, end);
-    while (end < script_.size() && script_[end] == '\\') end = FindStop(stops, script_, end + 2);
-  }
-  if (end >= script_.size()) Raise(pos_, Format(kUnclosedQuote, std::string(1, quote)));
-  pos_ = end + 1;
+  const std::size_t end = QuotedEnd(script_, pos_);
+  if (end == kNone) Raise(pos_, Format(kUnclosedQuote, std::string(1, script_[pos_])));
+  pos_ = end;
 }
 
 // The mark, or what closes it; between the two no delimiter counts.
 bool TStatementReader::PassVersionMark() {
   if (!with_versions_) return false;
-  if (open_marks_ > 0 && script_.compare(pos_, 2, "*/") == 0) {
+  if (open_marks_ > 0 && ClosesComment(script_, pos_)) {
     --open_marks_;
     pos_ += 2;
     return true;
@@ -175,9 +134,9 @@ bool TStatementReader::PassComment() {
   return true;
 }
 
-bool TStatementReader::IsBlank(std::size_t from, std::size_t to) const {
+bool TStatementReader::AreBlank(std::size_t from, std::size_t to) const {
   return std::all_of(script_.begin() + static_cast<std::ptrdiff_t>(from),
-                     script_.begin() + static_cast<std::ptrdiff_t>(to), IsSpace);
+                     script_.begin() + static_cast<std::ptrdiff_t>(to), IsBlank);
 }
 
 // Positions must not fall from call to call, so that each line end is counted once.
@@ -192,5 +151,68 @@ std::size_t TStatementReader::LineAt(std::size_t pos) {
 void TStatementReader::Raise(std::size_t pos, const std::string& fault) {
   RaiseError(Format("line %d: %s", LineAt(pos), fault));
 }
+
+namespace {
+
+class TScanner {
+ public:
+  explicit TScanner(std::string_view script) : script_(script) {}
+  std::vector<TScriptRange> Scan();
+
+ private:
+  // Goes to `end`, or to that of the script where what began is never closed.
+  void GoTo(std::size_t end) { at_ = std::min(end, script_.size()); }
+  void TakeContent();
+  void EndStatement();
+
+  std::string_view script_;
+  std::size_t at_ = 0;
+  std::size_t start_ = 0;   // of the statement under way
+  std::size_t end_ = 0;     // behind what it has so far; at most start_ while it has nothing
+  bool versioned_ = false;  // in a comment for servers of a version, which ends like any other
+  std::vector<TScriptRange> found_;
+};
+
+// A doubled quote is two texts side by side, which comes to the same.
+void TScanner::TakeContent() {
+  if (end_ <= start_) start_ = at_;
+  if (IsQuote(script_[at_])) {
+    GoTo(QuotedEnd(script_, at_));
+  } else if (const std::size_t mark = MarkOpening(script_, at_)) {
+    versioned_ = true;
+    at_ += mark;
+  } else if (versioned_ && ClosesComment(script_, at_)) {
+    versioned_ = false;
+    at_ += 2;
+  } else {
+    ++at_;
+  }
+  end_ = at_;
+}
+
+void TScanner::EndStatement() {
+  if (end_ > start_) found_.push_back({start_, end_ - start_});
+  ++at_;
+  start_ = end_ = at_;
+  versioned_ = false;
+}
+
+std::vector<TScriptRange> TScanner::Scan() {
+  while (at_ < script_.size())
+    if (IsSpace(script_[at_]))
+      ++at_;
+    else if (MarkOpening(script_, at_) == 0 && CommentEnd(script_, at_) != at_)
+      GoTo(CommentEnd(script_, at_));
+    else if (script_[at_] == ';' && !versioned_)
+      EndStatement();
+    else
+      TakeContent();
+  EndStatement();
+  return std::move(found_);
+}
+
+}  // namespace
+
+std::vector<TScriptRange> ScanStatements(std::string_view script) { return TScanner(script).Scan(); }
 
 }  // namespace velmora

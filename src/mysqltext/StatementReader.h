@@ -1,19 +1,14 @@
 #pragma once
 
+// How scripts are cut into statements.
+
 #include <array>
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace velmora {
-
-// Where a comment that begins at `pos` ends: behind the line of "-- " or "#", or behind "*/". `pos` itself when none
-// begins there, npos when it is not closed. Two dashes open a comment at the end of the text or before white space.
-std::size_t CommentEnd(std::string_view text, std::size_t pos);
-
-// The length of the mark of a comment whose content servers of a version run (/*!50001, /*M!100401) at `pos`; 0 for
-// none, and for the version 999999, which no server has.
-std::size_t VersionMark(std::string_view text, std::size_t pos);
 
 struct TStatement {
   std::string_view text;  // trimmed, without its delimiter; comments inside stay
@@ -43,10 +38,11 @@ class TStatementReader {
   bool SkipToStatement();
   bool TakeDelimiterLine();
   std::size_t PassStatement();
+  bool GoToStop();
   void PassQuoted();
   bool PassComment();
   bool PassVersionMark();
-  bool IsBlank(std::size_t from, std::size_t to) const;
+  bool AreBlank(std::size_t from, std::size_t to) const;
   std::size_t LineAt(std::size_t pos);
   [[noreturn]] void Raise(std::size_t pos, const std::string& fault);
 
@@ -59,5 +55,14 @@ class TStatementReader {
   std::size_t counted_pos_ = 0;
   std::size_t counted_line_ = 1;
 };
+
+// The place of a statement in a script.
+struct TScriptRange {
+  std::size_t start = 0;
+  std::size_t length = 0;
+};
+// The statements of a script that is run as it is: there are no delimiter lines, a comment that servers may run belongs
+// to its statement, others before and after it do not, and what is not closed ends with the script.
+std::vector<TScriptRange> ScanStatements(std::string_view script);
 
 }  // namespace velmora

@@ -1,7 +1,7 @@
 #include "exact/plan/ScriptSafety.h"
 
 #include "exact/compare/Safety.h"
-#include "mysqltext/ScriptScanner.h"
+#include "mysqltext/StatementReader.h"
 
 #include <algorithm>
 #include <set>
