@@ -38,7 +38,7 @@ constexpr char kOptionsStart = ')';
 class TTableLines {
  public:
   explicit TTableLines(const std::string& ddl) : table(ReadTableText(ddl)), lines(LinesOf(ddl)) {
-    for (const TElement& element : table.elements) elements_.emplace(element.text, &element);
+    for (const TElement& element : table.elements) elements_.emplace(element.text.Str(), &element);
     for (std::string& line : lines) {
       line = Trim(line);
       if (line.ends_with(',')) line.pop_back();
@@ -66,7 +66,7 @@ void SpeakAs(const TTableLines& b, TTableLines& a, TEquivalenceUse& use) {
   for (std::size_t i = 0; i < a.lines.size(); ++i) {
     if (const TElement* element = a.ElementOf(a.lines[i])) {
       const TElement* other = b.table.Find(element->kind, element->name);
-      if (other != nullptr && comparison.Same(*element, *other)) a.lines[i] = other->text;
+      if (other != nullptr && comparison.Same(*element, *other)) a.lines[i] = other->text.Str();
     } else if (same_options && a.lines[i].starts_with(kOptionsStart)) {
       const auto options =
           std::ranges::find_if(b.lines, [](const std::string& line) { return line.starts_with(kOptionsStart); });

@@ -29,16 +29,17 @@ std::optional<long long> NumberAt(const std::vector<std::string>& arguments, std
 
 }  // namespace
 
-TColumnText ReadColumnText(const TElement& column, const TTableText& table) {
-  const std::vector<TToken> all = Tokens(column.text);
-  const TTokens tokens(all.data(), all.size() - 1);
-  const TColumnParts parts = ReadColumnParts(tokens);
-  const auto text = [&](TTokenRange range) { return TextOf(column.text, all, range.first, range.last); };
+TColumnText ReadColumnText(const TElementText& column, const TTableText& table) {
+  return ReadColumnText(column, IsLetterType(column.Column().type) ? TableCharset(table) : TCharset());
+}
+
+TColumnText ReadColumnText(const TElementText& column, const TCharset& of_table) {
+  const TColumnParts& parts = column.Column();
 
   TColumnText result;
   result.name = parts.name;
   result.type = parts.type;
-  result.arguments = Arguments(tokens, parts.arguments);
+  result.arguments = Arguments(column.Tokens(), parts.arguments);
   if (parts.is_boolean) result.arguments = {"1"};
   result.is_unsigned = parts.is_unsigned;
   result.zerofill = parts.zerofill;
@@ -46,11 +47,11 @@ TColumnText ReadColumnText(const TElement& column, const TTableText& table) {
   result.auto_increment = parts.auto_increment;
   result.invisible = parts.invisible;
   result.stored = parts.stored;
-  if (parts.default_value) result.default_text = text(*parts.default_value);
-  if (parts.generated) result.generated = text(*parts.generated);
+  if (parts.default_value) result.default_text = column.Part(*parts.default_value);
+  if (parts.generated) result.generated = column.Part(*parts.generated);
   if (IsLetterType(parts.type)) {
     const bool own = !parts.charset.empty() || !parts.collation.empty();
-    result.charset = own ? NamedCharset(parts.charset, parts.collation) : TableCharset(table);
+    result.charset = own ? NamedCharset(parts.charset, parts.collation) : of_table;
   }
   return result;
 }

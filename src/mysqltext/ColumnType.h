@@ -31,7 +31,9 @@ struct TColumnText {
   std::optional<long long> Fraction() const;  // the second one; of a time type the first
 };
 
-TColumnText ReadColumnText(const TElement& column, const TTableText& table);
+// Of a column's text; the table is the one that it stands in.
+TColumnText ReadColumnText(const TElementText& column, const TTableText& table);
+TColumnText ReadColumnText(const TElementText& column, const TCharset& of_table);
 
 // Whether servers turn a column of the one type into one of the other; of some pairs they refuse that even for a table
 // without rows.

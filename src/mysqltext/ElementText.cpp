@@ -13,67 +13,29 @@
 
 namespace velmora {
 
-namespace {
-
-std::size_t FirstBracket(TTokens tokens) {
-  std::size_t at = 0;
-  while (at < tokens.size() && !tokens[at].Is("(")) ++at;
-  return at;
-}
-
-TKeyPart ReadPart(std::string_view text, TTokens tokens, TTokenRange range) {
-  TKeyPart part;
-  const TToken& first = TokenAt(tokens, range.first);
-  if (range.first >= range.last) return part;
-  part.text = text.substr(first.start, tokens[range.last - 1].End() - first.start);
-  if (!IsName(first)) return part;
-  part.column = NameOf(first);
-  if (range.last - range.first > 2 && tokens[range.first + 1].Is("("))
-    part.length = TryStrToInt(tokens[range.first + 2].text).value_or(0);
-  return part;
-}
-
-}  // namespace
-
-bool IsKey(EElement kind) {
-  return kind == EElement::PrimaryKey || kind == EElement::UniqueKey || kind == EElement::Key ||
-         kind == EElement::FulltextKey || kind == EElement::SpatialKey;
-}
-
-std::vector<TKeyPart> KeyParts(const TElement& key) {
-  const auto tokens = Tokens(key.text);
-  std::vector<TKeyPart> parts;
-  for (const TTokenRange range : ListParts(tokens, FirstBracket(tokens)))
-    parts.push_back(ReadPart(key.text, tokens, range));
-  return parts;
-}
-
-std::string KeyTextWithout(const TElement& key, std::string_view name) {
-  const auto tokens = Tokens(key.text);
-  const std::size_t open = FirstBracket(tokens);
+std::string KeyTextWithout(const TElementText& key, std::string_view name) {
+  const TTokens tokens = key.Tokens();
   std::string kept;
-  for (const TTokenRange range : ListParts(tokens, open)) {
-    const TKeyPart part = ReadPart(key.text, tokens, range);
-    if (SameText(part.column, name)) continue;
-    kept += (kept.empty() ? "" : ",") + part.text;
-  }
+  for (const TKeyPart& part : key.KeyParts())
+    if (!SameText(part.column, name)) kept += (kept.empty() ? "" : ",") + part.text;
   if (kept.empty()) return {};
+  const std::size_t open = NextBracket(tokens, 0);
   const std::size_t close = BehindGroup(tokens, open) - 1;
-  return key.text.substr(0, tokens[open].End()) + kept + key.text.substr(tokens[close].start);
+  return key.Str().substr(0, tokens[open].End()) + kept + key.Str().substr(tokens[close].start);
 }
 
-TKeyUse SplitKeyUse(const std::string& key_text) {
-  const auto tokens = Tokens(key_text);
-  const std::size_t end = tokens.size() - 1;
-  for (std::size_t at = BehindGroup(tokens, FirstBracket(tokens)); at < end; ++at) {
+TKeyUse SplitKeyUse(const TElementText& key) {
+  const TTokens tokens = key.Tokens();
+  const std::size_t end = tokens.size();
+  for (std::size_t at = BehindGroup(tokens, NextBracket(tokens, 0)); at < end; ++at) {
     const bool used = IsKeyword(tokens[at], "visible") || IsKeyword(tokens[at], "not");
     if (!used && !IsKeyword(tokens[at], "ignored") && !IsKeyword(tokens[at], "invisible")) continue;
     const std::size_t behind = IsKeyword(tokens[at], "not") ? std::min(at + 2, end) : at + 1;
-    TKeyUse result{TextOf(key_text, tokens, 0, at), used ? "" : LowerText(tokens[at].text)};
-    if (behind < end) result.text += " " + TextOf(key_text, tokens, behind, end);
+    TKeyUse result{key.Part({0, at}), used ? "" : LowerText(tokens[at].text)};
+    if (behind < end) result.text += " " + key.Part({behind, end});
     return result;
   }
-  return {key_text, ""};
+  return {key.Str(), ""};
 }
 
 namespace {
@@ -87,18 +49,19 @@ bool IsSequenceCall(const TToken& token) {
 void MoveSequences(TTableText& table, const std::string& from, const std::string& to) {
   if (from.empty() || to.empty()) return;
   for (TElement& element : table.elements) {
-    if (element.kind != EElement::Column || element.text.find("val(") == std::string::npos) continue;
+    const std::string& written = element.text.Str();
+    if (element.kind != EElement::Column || written.find("val(") == std::string::npos) continue;
     std::string text;
     std::size_t done = 0;
-    const auto tokens = Tokens(element.text);
+    const TTokens tokens = element.text.Tokens();
     for (std::size_t at = 0; at + 3 < tokens.size(); ++at) {
       const TToken& database = tokens[at + 2];
       if (!IsSequenceCall(tokens[at]) || !tokens[at + 1].Is("(") || !tokens[at + 3].Is(".")) continue;
       if (!IsName(database) || NameOf(database) != from) continue;
-      text += element.text.substr(done, database.start - done) + QuotedName(to);
+      text += written.substr(done, database.start - done) + QuotedName(to);
       done = database.End();
     }
-    if (done > 0) element.text = text + element.text.substr(done);
+    if (done > 0) element.text = text + written.substr(done);
   }
 }
 
@@ -115,19 +78,19 @@ std::string WithHexDefault(std::string column_text) {
   return column_text.replace(value.start, value.text.size(), "x'" + hex + "'");
 }
 
-std::string PinnedColumnText(const TElement& column, const TTableText& from, const TTableText& to) {
-  if (TableCharset(from) == TableCharset(to)) return column.text;
+std::string PinnedColumnText(const TElementText& column, const TTableText& from, const TTableText& to) {
+  if (TableCharset(from) == TableCharset(to)) return column.Str();
   const TColumnText here = ReadColumnText(column, from);
-  if (!here.HasLetters() || SameCharset(here.charset, ReadColumnText(column, to).charset)) return column.text;
+  if (!here.HasLetters() || SameCharset(here.charset, ReadColumnText(column, to).charset)) return column.Str();
 
   // What is inherited stands nowhere in the text, so its own place is free: behind the type and its brackets.
-  const auto tokens = Tokens(column.text);
+  const TTokens tokens = column.Tokens();
   const std::size_t type = TokenAt(tokens, 2).Is("(") ? BehindGroup(tokens, 2) - 1 : 1;
   const std::size_t place = tokens[type].End();
   std::string own;
   if (const auto* charset = from.FindOption("DEFAULT CHARSET")) own += " CHARACTER SET " + charset->value;
   if (const auto* collation = from.FindOption("COLLATE")) own += " COLLATE " + collation->value;
-  return column.text.substr(0, place) + own + column.text.substr(place);
+  return column.Str().substr(0, place) + own + column.Str().substr(place);
 }
 
 }  // namespace velmora

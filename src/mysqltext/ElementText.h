@@ -10,25 +10,15 @@
 
 namespace velmora {
 
-bool IsKey(EElement kind);  // keys of any kind, the primary one included; not foreign keys
-
-// A part of a key: a column, or the leading `length` letters of one, or an expression, whose `column` is empty.
-struct TKeyPart {
-  std::string column;
-  long long length = 0;  // 0 for the whole column
-  std::string text;      // as written
-};
-std::vector<TKeyPart> KeyParts(const TElement& key);
-
 // The key's text without the parts that are the column `name`; empty when none is left.
-std::string KeyTextWithout(const TElement& key, std::string_view name);
+std::string KeyTextWithout(const TElementText& key, std::string_view name);
 
 // A key's text without what says whether queries use it, and that: "ignored", "invisible"; empty for one that is used.
 struct TKeyUse {
   std::string text;
   std::string word;
 };
-TKeyUse SplitKeyUse(const std::string& key_text);
+TKeyUse SplitKeyUse(const TElementText& key);
 
 // Defaults name sequences with their database. Those of the one database become those of the other one.
 void MoveSequences(TTableText& table, const std::string& from, const std::string& to);
@@ -39,6 +29,6 @@ std::string WithHexDefault(std::string column_text);
 
 // The column's text, which stands in `from`, so that it means the same in `to`: with a character set of its own where
 // the two tables hand down different ones.
-std::string PinnedColumnText(const TElement& column, const TTableText& from, const TTableText& to);
+std::string PinnedColumnText(const TElementText& column, const TTableText& from, const TTableText& to);
 
 }  // namespace velmora

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "util/Format.h"
+
 namespace velmora {
 
 namespace {
@@ -98,12 +100,24 @@ std::vector<std::string> ListColumns(TTokens tokens, std::size_t open) {
   return result;
 }
 
+TKeyPart ReadPart(std::string_view text, TTokens tokens, TTokenRange range) {
+  TKeyPart part;
+  const TToken& first = TokenAt(tokens, range.first);
+  if (range.first >= range.last) return part;
+  part.text = text.substr(first.start, tokens[range.last - 1].End() - first.start);
+  if (!IsName(first)) return part;
+  part.column = NameOf(first);
+  if (range.last - range.first > 2 && tokens[range.first + 1].Is("("))
+    part.length = TryStrToInt(tokens[range.first + 2].text).value_or(0);
+  return part;
+}
+
+}  // namespace
+
 std::size_t NextBracket(TTokens tokens, std::size_t at) {
   while (at < tokens.size() && !tokens[at].Is("(")) ++at;
   return at;
 }
-
-}  // namespace
 
 const TToken& TokenAt(TTokens tokens, std::size_t at) {
   static const TToken kEnd;
@@ -160,7 +174,14 @@ std::vector<TTokenRange> ListParts(TTokens tokens, std::size_t open) {
   return result;
 }
 
-TForeignKeyParts ReadForeignKeyParts(TTokens tokens, std::size_t body, std::size_t& rules) {
+std::vector<TKeyPart> ReadKeyParts(std::string_view text, TTokens tokens) {
+  std::vector<TKeyPart> parts;
+  for (const TTokenRange range : ListParts(tokens, NextBracket(tokens, 0)))
+    parts.push_back(ReadPart(text, tokens, range));
+  return parts;
+}
+
+TForeignKeyParts ReadForeignKeyParts(TTokens tokens, std::size_t body) {
   TForeignKeyParts parts;
   const std::size_t open = NextBracket(tokens, body);
   parts.columns = ListColumns(tokens, open);
@@ -176,23 +197,13 @@ TForeignKeyParts ReadForeignKeyParts(TTokens tokens, std::size_t body, std::size
     parts.references = ListColumns(tokens, at);
     at = BehindGroup(tokens, at);
   }
-  rules = at;
+  parts.rules = at;
   return parts;
 }
 
 std::vector<std::string> KeyColumns(const TElement& key) {
-  const std::vector<TToken> all = Tokens(key.text);
-  const TTokens tokens(all.data(), all.size() - 1);
-  const std::optional<TElementHead> head = ReadElementHead(tokens);
-  return head ? ListColumns(tokens, NextBracket(tokens, head->body)) : std::vector<std::string>();
-}
-
-TForeignKeyParts ForeignKeyParts(const TElement& key) {
-  const std::vector<TToken> all = Tokens(key.text);
-  const TTokens tokens(all.data(), all.size() - 1);
-  const std::optional<TElementHead> head = ReadElementHead(tokens);
-  std::size_t rules = 0;
-  return head ? ReadForeignKeyParts(tokens, head->body, rules) : TForeignKeyParts();
+  const TTokens tokens = key.text.Tokens();
+  return ListColumns(tokens, NextBracket(tokens, key.text.Body()));
 }
 
 }  // namespace velmora

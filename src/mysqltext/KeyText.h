@@ -4,17 +4,13 @@
 
 #include <cstddef>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "mysqltext/Lexer.h"
-#include "mysqltext/TableText.h"
+#include "mysqltext/Element.h"
 
 namespace velmora {
-
-using TTokens = std::span<const TToken>;
 
 // The token at a place, or an End behind the last one.
 const TToken& TokenAt(TTokens tokens, std::size_t at);
@@ -24,6 +20,9 @@ std::size_t BehindGroup(TTokens tokens, std::size_t open);
 // Behind whatever is at `at`: a group in brackets or one token.
 std::size_t BehindValue(TTokens tokens, std::size_t at);
 
+// The place of the next opening bracket, from `at` on; the number of tokens for none.
+std::size_t NextBracket(TTokens tokens, std::size_t at);
+
 struct TElementHead {
   EElement kind = EElement::Column;
   std::string name;      // as TElement has it
@@ -32,14 +31,13 @@ struct TElementHead {
 // Nothing for what begins no element.
 std::optional<TElementHead> ReadElementHead(TTokens tokens);
 
-// The parts of a list, without its brackets: places of their first tokens and behind their last ones.
-struct TTokenRange {
-  std::size_t first = 0;
-  std::size_t last = 0;
-};
+// The parts of a list, without its brackets.
 std::vector<TTokenRange> ListParts(TTokens tokens, std::size_t open);
 
-// A foreign key's parts, and where what follows its list of referenced columns begins.
-TForeignKeyParts ReadForeignKeyParts(TTokens tokens, std::size_t body, std::size_t& rules);
+// The columns of a key element, in order, without lengths and directions; of an expression part the empty text.
+std::vector<std::string> KeyColumns(const TElement& key);
+// The parts of a key, `text`, whose list is in its first brackets.
+std::vector<TKeyPart> ReadKeyParts(std::string_view text, TTokens tokens);
+TForeignKeyParts ReadForeignKeyParts(TTokens tokens, std::size_t body);
 
 }  // namespace velmora

@@ -28,6 +28,14 @@ struct TToken {
   bool Is(std::string_view word) const;  // a word, ignoring case, or a symbol
 };
 
+using TTokens = std::span<const TToken>;
+
+// Places of a first token, and after a last one.
+struct TTokenRange {
+  std::size_t first = 0;
+  std::size_t last = 0;
+};
+
 // Comments are passed over. What stands in a comment for servers of a version (/*!80023 INVISIBLE */, /*M!100401 .. */)
 // is read as if its marks were not there, but for version 999999, which no server has. The last token is End. Raises
 // "line %d: unclosed %s quote" ("single", "double", "back") and "line %d: unclosed comment", with the line of its

@@ -24,26 +24,12 @@ constexpr std::size_t kShownLength = 40;
 
 bool IsDoubleQuoted(const TToken& token) { return token.kind == EToken::String && token.text.front() == '"'; }
 
-// Every text in double quotes as a name in backticks; lines stay.
-std::string WithBackticks(std::string_view text, TTokens tokens) {
-  std::string result;
-  std::size_t copied = 0;
-  for (const TToken& token : tokens) {
-    if (!IsDoubleQuoted(token)) continue;
-    result += text.substr(copied, token.start - copied);
-    result += QuotedName(NameOf(token));
-    copied = token.End();
-  }
-  return result += text.substr(copied);
-}
-
 class TTableReader {
  public:
-  explicit TTableReader(std::string_view text) : text_(text), tokens_(Tokens(text)) {}
+  TTableReader(std::string_view text, TTokens tokens) : text_(text), tokens_(tokens) {}
 
   // Whether the text was printed with names in double quotes: then that of the table is.
   bool HasQuotedNames();
-  std::string WithBackticks() const { return velmora::WithBackticks(text_, tokens_); }
   TTableText Read();
 
  private:
@@ -64,7 +50,7 @@ class TTableReader {
   [[noreturn]] void Fail(std::string_view expected) const;
 
   std::string_view text_;
-  std::vector<TToken> tokens_;
+  TTokens tokens_;
   std::size_t at_ = 0;
   TTableText table_;
 };
@@ -146,7 +132,7 @@ std::size_t TTableReader::ElementEnd() const {
 
 void TTableReader::ReadElement() {
   const std::size_t end = ElementEnd();
-  const TTokens element = TTokens(tokens_).subspan(at_, end - at_);
+  const TTokens element = tokens_.subspan(at_, end - at_);
   std::optional<TElementHead> head = ReadElementHead(element);
   if (!head) Fail("a column, key or constraint");
   CheckElement(*head, element);
@@ -224,12 +210,30 @@ const TTableOption* TTableText::FindOption(std::string_view wanted) const {
   return nullptr;
 }
 
-TTableText ReadTableText(std::string_view ddl) {
-  TTableReader reader(ddl);
+std::string WithBackticks(std::string_view text, TTokens tokens) {
+  std::string result;
+  std::size_t copied = 0;
+  for (const TToken& token : tokens) {
+    if (!IsDoubleQuoted(token)) continue;
+    result += text.substr(copied, token.start - copied);
+    result += QuotedName(NameOf(token));
+    copied = token.End();
+  }
+  return result += text.substr(copied);
+}
+
+void TTableText::ForgetReadings() const {
+  for (const TElement& element : elements) element.text.Forget();
+}
+
+TTableText ReadTableText(std::string_view ddl) { return ReadTableText(ddl, Tokens(ddl)); }
+
+TTableText ReadTableText(std::string_view ddl, TTokens tokens) {
+  TTableReader reader(ddl, tokens);
   if (!reader.HasQuotedNames()) return reader.Read();
   // A server that quotes the table's name in this way quotes every name so, and no text.
-  const std::string text = reader.WithBackticks();
-  return TTableReader(text).Read();
+  const std::string text = WithBackticks(ddl, tokens);
+  return TTableReader(text, Tokens(text)).Read();
 }
 
 std::string CreationTextOf(const TTableText& table, bool without_foreign_keys) {
@@ -239,7 +243,7 @@ std::string CreationTextOf(const TTableText& table, bool without_foreign_keys) {
   for (const TElement& element : table.elements) {
     if (without_foreign_keys && element.kind == EElement::ForeignKey) continue;
     result += separator;
-    result += element.text;
+    result += element.text.Str();
     separator = ",\n  ";
   }
   result += "\n)";

@@ -81,12 +81,30 @@ std::size_t Pos(std::string_view what, std::string_view text, std::size_t from) 
   return text.find(what, from == 0 ? 0 : from - 1) + 1;  // npos + 1 is 0
 }
 
+// Where the letter stands that is the rarest one in texts: searches that look for it alone stop seldom.
+constexpr std::size_t RarestLetter(std::string_view word) {
+  constexpr std::string_view kByRarity = "qzxjkvbywgpfmucdlhrsnioate";
+  std::size_t rarest = 0;
+  std::size_t rank = kByRarity.size() + 1;
+  for (std::size_t at = 0; at < word.size(); ++at) {
+    const std::size_t found = std::min(kByRarity.find(LowerChar(word[at])), kByRarity.size());
+    if (found < rank) rarest = at, rank = found;
+  }
+  return rarest;
+}
+
+constexpr char UpperChar(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
 std::size_t PosNoCase(std::string_view what, std::string_view text, std::size_t from) {
   const std::size_t skipped = from == 0 ? 0 : from - 1;
   if (what.empty() || skipped >= text.size()) return 0;
   const std::string_view rest = text.substr(skipped);
-  const auto found = std::search(rest.begin(), rest.end(), what.begin(), what.end(), SameLetter);
-  return found == rest.end() ? 0 : skipped + static_cast<std::size_t>(found - rest.begin()) + 1;
+  const std::size_t rare = RarestLetter(what);
+  std::size_t found = rest.size();
+  for (const char letter : {LowerChar(what[rare]), UpperChar(what[rare])})
+    for (std::size_t at = rest.find(letter, rare); at < found + rare; at = rest.find(letter, at + 1))
+      if (SameText(rest.substr(at - rare, what.size()), what)) found = at - rare;
+  return found == rest.size() ? 0 : skipped + found + 1;
 }
 
 std::size_t LastPos(std::string_view what, std::string_view text) { return what.empty() ? 0 : text.rfind(what) + 1; }

@@ -89,7 +89,7 @@ TEST(ApplyStatementTest, FollowsServersWhereTheResultIsNotInTheStatement) {
     TSchema schema = SchemaOf({row[0]});
     ApplyStatement(row[1], schema);
     std::string result;
-    for (const auto& element : schema.Find("t")->elements) result += element.text + "|";
+    for (const auto& element : schema.Find("t")->elements) result += element.text.Str() + "|";
     for (const auto& option : schema.Find("t")->options) result += option.name + "=" + option.value + "|";
     EXPECT_EQ(result, row.at(2)) << row[1];
   }

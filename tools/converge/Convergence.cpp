@@ -143,12 +143,12 @@ std::size_t TRun::RowsFor(const std::string& table) {
     if (change.action == saModifyColumn && !change.unsafe.empty()) return 0;
     if (change.action == saChangeTableType && !change.unsafe.empty()) return 0;
     const bool unique = change.kind == EElement::PrimaryKey || change.kind == EElement::UniqueKey;
-    if (unique && !change.new_text.empty()) rows = std::min<std::size_t>(rows, 1);
+    if (unique && !change.new_text.Empty()) rows = std::min<std::size_t>(rows, 1);
     // Rows may break a new check.
-    if (change.new_text.find("json_valid") != change.old_text.find("json_valid")) rows = 0;
+    if (change.new_text.Str().find("json_valid") != change.old_text.Str().find("json_valid")) rows = 0;
     if (change.action != saAddColumn) continue;
     // There is no shape to fill the rows with, and a new counter numbers the rows before the others see them.
-    const std::string text = LowerText(change.new_text);
+    const std::string text = LowerText(change.new_text.Str());
     static const std::set<std::string> kShapes = {
         "geometry",   "point",           "linestring",   "polygon",
         "multipoint", "multilinestring", "multipolygon", "geometrycollection"};

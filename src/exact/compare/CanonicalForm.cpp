@@ -106,8 +106,9 @@ void AddComment(const TToken& token, TCanonicalForm& form) {
   if (!comment.text.empty()) form[ESlot::Comment] = {std::move(comment)};
 }
 
-void AddColumn(TTokens tokens, TCanonicalForm& form) {
-  const TColumnParts parts = ReadColumnParts(tokens);
+void AddColumn(const TElementText& text, TCanonicalForm& form) {
+  const TTokens tokens = text.Tokens();
+  const TColumnParts& parts = text.Column();
   form.type = parts.type;
   form[ESlot::Type] = {{EToken::Word, parts.type}};
   form[ESlot::Arguments] = Canonical(tokens, parts.arguments);
@@ -209,10 +210,10 @@ void AddReferences(const TForeignKeyParts& parts, TCanonicalForm& form) {
   for (const std::string& column : parts.references) form[ESlot::References].push_back(WordToken(column));
 }
 
-void AddForeignKey(TTokens tokens, std::size_t body, TCanonicalForm& form) {
-  std::size_t at = 0;
-  AddReferences(ReadForeignKeyParts(tokens, body, at), form);
-  while (at < tokens.size()) {
+void AddForeignKey(const TElementText& text, TCanonicalForm& form) {
+  const TTokens tokens = text.Tokens();
+  AddReferences(text.ForeignKey(), form);
+  for (std::size_t at = text.ForeignKey().rules; at < tokens.size();) {
     const bool rule = IsKeyword(tokens[at], "on");
     const bool update = rule && IsKeyword(TokenAt(tokens, at + 1), "update");
     if (rule) at = std::min(at + 2, tokens.size());
@@ -243,17 +244,15 @@ std::string EngineOf(const TTableText& table) {
 TCanonicalForm CanonicalForm(const TElement& element, const TInheritance& table) {
   TCanonicalForm form;
   form.name = element.name;
-  const std::vector<TToken> all = Tokens(element.text);
-  const TTokens tokens(all.data(), all.size() - 1);
-  const std::optional<TElementHead> head = ReadElementHead(tokens);
-  const std::size_t body = head ? head->body : 0;
+  const TTokens tokens = element.text.Tokens();
+  const std::size_t body = element.text.Body();
   switch (element.kind) {
     case EElement::Column:
       form.table = table.charset;
-      AddColumn(tokens, form);
+      AddColumn(element.text, form);
       break;
     case EElement::ForeignKey:
-      AddForeignKey(tokens, body, form);
+      AddForeignKey(element.text, form);
       break;
     case EElement::Check:
       AddCheck(tokens, body, form);

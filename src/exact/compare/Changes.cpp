@@ -103,7 +103,7 @@ void TTableComparison::CompareOthers() const {
                                       saModifyConstraint, saDropConstraint};
   TElements there = ElementsOf(target_, kUnknown);
   const auto refuse = [this](const TElement& element) {
-    RaiseError(Format(kUnknownElement, reference_.name, element.text));
+    RaiseError(Format(kUnknownElement, reference_.name, element.text.Str()));
   };
   for (const TElement* wanted : ElementsOf(reference_, kUnknown)) {
     const auto same = std::find_if(there.begin(), there.end(), [&](const auto* e) { return e->text == wanted->text; });
@@ -174,7 +174,7 @@ void TTableComparison::Drop(const TGroup& group, const TElements& there, const s
     if (match != kNone) kept[match] = true;
   for (std::size_t i = 0; i < there.size(); ++i) {
     if (kept[i]) continue;
-    if (there[i]->name.empty()) RaiseError(Format(kNamelessElement, target_.name, there[i]->text));
+    if (there[i]->name.empty()) RaiseError(Format(kNamelessElement, target_.name, there[i]->text.Str()));
     Add(Change(group.drop, there[i], nullptr));
   }
 }
@@ -242,6 +242,7 @@ TChange TTableComparison::Change(TSyncAction action, const TElement* from, const
   change.item = from != nullptr ? from->name : to->name;
   if (from != nullptr) change.old_text = from->text;
   if (to != nullptr) change.new_text = to->text;
+  if (change.kind == EElement::Column) ReadColumns(change, target_, reference_);
   return change;
 }
 
@@ -264,11 +265,19 @@ std::string TChange::Description() const {
   const auto line = [&text](std::string_view head, std::string_view value) {
     if (!value.empty()) text += Format("%s%s: %s", text.empty() ? "" : "\n", head, value);
   };
-  line("Target", old_text);
-  line("Reference", new_text);
+  line("Target", old_text.Str());
+  line("Reference", new_text.Str());
   if (after) line("Place", after->empty() ? "first" : "after " + *after);
   line("Unsafe", unsafe);
   return text;
+}
+
+void ReadColumns(TChange& change, const TTableText& target, const TTableText& reference) {
+  const auto read = [](const TElementText& text, const TTableText& table) {
+    return text.Empty() ? nullptr : std::make_shared<const TColumnText>(ReadColumnText(text, table));
+  };
+  change.old_column = read(change.old_text, target);
+  change.new_column = read(change.new_text, reference);
 }
 
 std::vector<TChange> CompareTableTexts(const TTableText& reference, const TTableText& target, TEquivalenceUse& use) {

@@ -2,11 +2,13 @@
 
 // What has to be changed in a target to be as the reference: one change per element.
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "exact/compare/Equivalences.h"
+#include "mysqltext/ColumnType.h"
 #include "mysqltext/TableText.h"
 #include "sync/SyncActions.h"
 
@@ -16,10 +18,12 @@ struct TChange {
   int id = 0;  // of its action row; 0 until it has one
   TSyncAction action = saCreateTable;
   std::string table;
-  EElement kind = EElement::Column;   // of what changes; for options and whole tables it says nothing
-  std::string item;                   // element's name; empty for whole tables; for options "options", "partitioning"
-  std::string old_text;               // as the target has it; empty for what is new
-  std::string new_text;               // as the reference has it; empty for what goes
+  EElement kind = EElement::Column;  // of what changes; for options and whole tables it says nothing
+  std::string item;                  // element's name; empty for whole tables; for options "options", "partitioning"
+  TElementText old_text;             // as the target has it; empty for what is new
+  TElementText new_text;             // as the reference has it; empty for what goes
+  std::shared_ptr<const TColumnText> old_column{};  // of columns, what these texts say; null for an empty one
+  std::shared_ptr<const TColumnText> new_column{};
   std::optional<std::string> after;   // of columns that are placed: the column before it, empty for the first
   bool moved_only = false;            // a column that only changes its place
   std::vector<TTableOption> options;  // to set, for a change of options
@@ -28,6 +32,9 @@ struct TChange {
   std::string LogText() const;      // as in "Changed column total", "Moved column total", "Changed options of table t"
   std::string Description() const;  // old and new text, and why it is unsafe
 };
+
+// Fills in what the texts of a change of a column say.
+void ReadColumns(TChange& change, const TTableText& target, const TTableText& reference);
 
 // Changes within one table that both sides have, in the order: options, columns (dropped, modified, moved, added),
 // keys, checks, foreign keys, partitioning. Columns are moved as few as can be.

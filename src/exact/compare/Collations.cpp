@@ -151,7 +151,7 @@ void MarkUnknownCollations(TDBConn& target, const std::map<std::string, std::str
                            std::vector<TChange>& changes) {
   std::map<TSetName, bool> known;
   for (TChange& change : changes) {
-    const std::string reasons = UnknownNames(target, change.new_text, texts, known);
+    const std::string reasons = UnknownNames(target, change.new_text.Str(), texts, known);
     if (!reasons.empty()) change.unsafe += (change.unsafe.empty() ? "" : "; ") + reasons;
   }
 }

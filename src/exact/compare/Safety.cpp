@@ -265,8 +265,8 @@ std::string UnsafeValues(const TColumnText& from, const TColumnText& to) {
 // Whether rows that differ by `strict` must differ by `loose` too: each of its parts is one of the other's, as long or
 // shorter. What is not a plain column counts by its text.
 bool Implies(const TElement& strict, const TElement& loose) {
-  const auto had = KeyParts(loose);
-  const auto has = KeyParts(strict);
+  const std::vector<TKeyPart>& had = loose.text.KeyParts();
+  const std::vector<TKeyPart>& has = strict.text.KeyParts();
   return std::all_of(has.begin(), has.end(), [&had](const TKeyPart& part) {
     return std::any_of(had.begin(), had.end(), [&part](const TKeyPart& old) {
       if (part.column.empty() || old.column.empty()) return part.text == old.text;
@@ -286,8 +286,9 @@ const TElement* FindKey(const TTableText& table, std::string_view name) {
 }
 
 bool BeginsWith(const TElement& key, const std::vector<std::string>& columns) {
-  const std::vector<TKeyPart> parts = KeyParts(key);
-  return IsKey(key.kind) && parts.size() >= columns.size() &&
+  if (!IsKey(key.kind)) return false;
+  const std::vector<TKeyPart>& parts = key.text.KeyParts();
+  return parts.size() >= columns.size() &&
          std::equal(columns.begin(), columns.end(), parts.begin(),
                     [](const std::string& name, const TKeyPart& part) { return SameText(name, part.column); });
 }
@@ -301,7 +302,7 @@ const TElement* NeedyForeignKey(const TElement& key, const TTableText& target, c
   };
   for (const TElement& foreign : target.elements) {
     if (foreign.kind != EElement::ForeignKey || reference.Find(EElement::ForeignKey, foreign.name) == nullptr) continue;
-    const std::vector<std::string> columns = ForeignKeyParts(foreign).columns;
+    const std::vector<std::string>& columns = foreign.text.ForeignKey().columns;
     if (BeginsWith(key, columns) && !has_other(target, columns) && !has_other(reference, columns)) return &foreign;
   }
   return nullptr;
@@ -337,10 +338,7 @@ std::string UnsafeOptions(const TChange& change) {
 
 }  // namespace
 
-std::string UnsafeColumnChange(const TElement& from, const TTableText& target, const TElement& to,
-                               const TTableText& reference) {
-  const TColumnText had = ReadColumnText(from, target);
-  const TColumnText has = ReadColumnText(to, reference);
+std::string UnsafeColumnChange(const TColumnText& had, const TColumnText& has) {
   if (has.generated) return had.generated ? std::string() : kComputes;  // computed values are computed again
   if (had.generated && !had.stored) return kUncomputes;
   std::string reasons = UnsafeValues(had, has);
@@ -349,9 +347,7 @@ std::string UnsafeColumnChange(const TElement& from, const TTableText& target, c
   return reasons;
 }
 
-bool KeepsValues(const TElement& from, const TTableText& target, const TElement& to, const TTableText& reference) {
-  const TColumnText had = ReadColumnText(from, target);
-  const TColumnText has = ReadColumnText(to, reference);
+bool KeepsValues(const TColumnText& had, const TColumnText& has) {
   const bool computed = has.generated || (had.generated && !had.stored);
   return !computed && (!has.auto_increment || had.auto_increment) && UnsafeValues(had, has).empty();
 }
@@ -359,9 +355,7 @@ bool KeepsValues(const TElement& from, const TTableText& target, const TElement&
 namespace {
 
 // Of letters of four bytes servers print "?" in defaults and members, which would be written.
-std::string UnprintedLetters(const TElement& column, const TTableText& table) {
-  if (column.text.find('?') == std::string::npos) return {};
-  const TColumnText text = ReadColumnText(column, table);
+std::string UnprintedLetters(const TColumnText& text) {
   const std::string& charset = text.charset.charset;
   if (!text.HasLetters() || !(charset.empty() || HoldsAllLetters(charset))) return {};
   const auto has = [](const std::string& value) { return value.find('?') != std::string::npos; };
@@ -378,18 +372,16 @@ std::string UnsafeNewTable(const TTableText& table) {
   std::string reasons;
   for (const TElement& element : table.elements) {
     if (element.kind != EElement::Column) continue;
-    const std::string reason = UnprintedLetters(element, table);
+    if (element.text.Str().find('?') == std::string::npos) continue;
+    const std::string reason = UnprintedLetters(ReadColumnText(element.text, table));
     if (!reason.empty()) AddReason(reasons, "column " + element.name + ": " + reason);
   }
   return reasons;
 }
 
-std::string UnsafeModify(const TChange& change, const TTableText& target, const TTableText& reference) {
-  const TElement* from = target.Find(EElement::Column, change.item);
-  const TElement* to = reference.Find(EElement::Column, change.item);
-  if (from == nullptr || to == nullptr) return {};
-  std::string reasons = change.moved_only ? "" : UnsafeColumnChange(*from, target, *to, reference);
-  AddReason(reasons, UnprintedLetters(*to, reference));
+std::string UnsafeModify(const TChange& change) {
+  std::string reasons = change.moved_only ? "" : UnsafeColumnChange(*change.old_column, *change.new_column);
+  AddReason(reasons, UnprintedLetters(*change.new_column));
   return reasons;
 }
 
@@ -403,12 +395,10 @@ std::string UnsafeChange(const TChange& change, const TTableText& target, const 
       return kDropsColumn;
     case saCreateTable:
       return UnsafeNewTable(reference);
-    case saAddColumn: {
-      const TElement* column = reference.Find(EElement::Column, change.item);
-      return column == nullptr ? std::string() : UnprintedLetters(*column, reference);
-    }
+    case saAddColumn:
+      return UnprintedLetters(*change.new_column);
     case saModifyColumn:
-      return UnsafeModify(change, target, reference);
+      return UnsafeModify(change);
     case saDropKey:
     case saModifyKey:
       return UnsafeKeyChange(change, target, reference);

@@ -10,10 +10,9 @@
 namespace velmora {
 
 // Why making `to` of `from` may lose data or fail on rows that are there; empty when it cannot.
-std::string UnsafeColumnChange(const TElement& from, const TTableText& target, const TElement& to,
-                               const TTableText& reference);
+std::string UnsafeColumnChange(const TColumnText& from, const TColumnText& to);
 // Whether the column's values stay what they are, but for their character set and what sorts them.
-bool KeepsValues(const TElement& from, const TTableText& target, const TElement& to, const TTableText& reference);
+bool KeepsValues(const TColumnText& from, const TColumnText& to);
 // The same as UnsafeColumnChange for any change; used for each of CompareTableTexts already.
 std::string UnsafeChange(const TChange& change, const TTableText& target, const TTableText& reference);
 

@@ -25,8 +25,7 @@ constexpr char kNotKnown[] =
 // An element's expressions, each at a place of its own. What only looks like one is not among them.
 class TExpressions {
  public:
-  TExpressions(const TElement& element)
-      : text_(element.text), all_(Tokens(text_)), tokens_(all_.data(), all_.size() - 1) {
+  explicit TExpressions(const TElement& element) : text_(element.text), tokens_(text_.Tokens()) {
     if (element.kind == EElement::Column)
       FindInColumn();
     else if (element.kind == EElement::Check)
@@ -40,11 +39,11 @@ class TExpressions {
   TTokens At(std::size_t at) const {
     return tokens_.subspan(ranges_[at]->first, ranges_[at]->last - ranges_[at]->first);
   }
-  std::string Text(std::size_t at) const { return TextOf(text_, all_, ranges_[at]->first, ranges_[at]->last); }
+  std::string Text(std::size_t at) const { return text_.Part(*ranges_[at]); }
 
  private:
   void FindInColumn() {
-    const TColumnParts parts = ReadColumnParts(tokens_);
+    const TColumnParts& parts = text_.Column();
     ranges_ = {parts.generated, parts.check, std::nullopt};
     if (!parts.default_value || parts.default_value->last < parts.default_value->first + 2) return;
     const auto bracket = std::any_of(tokens_.begin() + static_cast<std::ptrdiff_t>(parts.default_value->first),
@@ -53,23 +52,19 @@ class TExpressions {
     if (bracket) ranges_[2] = parts.default_value;
   }
   void FindInCheck() {
-    const auto head = ReadElementHead(tokens_);
-    const std::size_t body = head ? head->body : 0;
+    const std::size_t body = text_.Body();
     const std::size_t behind = BehindGroup(tokens_, body);
     if (TokenAt(tokens_, body).Is("(") && behind <= tokens_.size()) ranges_ = {TTokenRange{body + 1, behind - 1}};
   }
   void FindInKey() {
-    std::size_t open = 0;
-    while (open < tokens_.size() && !tokens_[open].Is("(")) ++open;
-    for (const TTokenRange part : ListParts(tokens_, open)) {
+    for (const TTokenRange part : ListParts(tokens_, NextBracket(tokens_, 0))) {
       ranges_.emplace_back();
       if (TokenAt(tokens_, part.first).Is("(")) ranges_.back() = {part.first, BehindGroup(tokens_, part.first)};
     }
   }
 
-  const std::string text_;
-  std::vector<TToken> all_;
-  TTokens tokens_;
+  const TElementText text_;
+  const TTokens tokens_;
   std::vector<std::optional<TTokenRange>> ranges_;
 };
 
@@ -101,8 +96,11 @@ void AdoptExpressions(TElement& element, const TElement& there, const std::strin
     const std::size_t start = own.At(at).front().start;
     if (*same) taken[start] = {own.At(at).back().End() - start, others.Text(at)};
   }
+  if (taken.empty()) return;
+  std::string text = element.text.Str();
   for (auto place = taken.rbegin(); place != taken.rend(); ++place)
-    element.text.replace(place->first, place->second.first, place->second.second);
+    text.replace(place->first, place->second.first, place->second.second);
+  element.text = std::move(text);
 }
 
 }  // namespace

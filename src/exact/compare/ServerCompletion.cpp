@@ -79,26 +79,26 @@ constexpr std::array<TBytesType, 6> kBytesTypes = {{{"char", "binary"},
 // A column's text in pieces: name, type with its brackets, and the attributes, some of which are taken out.
 class TColumnRewriter {
  public:
-  TColumnRewriter(TElement& column, const TTableText& table)
+  TColumnRewriter(TElement& column, const TCharset& of_table)
       : column_(column),
         source_(column.text),
-        all_(Tokens(source_)),
-        tokens_(all_.data(), all_.size() - 1),
-        parts_(ReadColumnParts(tokens_)),
+        tokens_(source_.Tokens()),
+        parts_(source_.Column()),
+        kind_(parts_.type),
         taken_(tokens_.size(), false),
-        charset_(TableCharset(table)) {
+        charset_(of_table) {
     if (!parts_.charset.empty() || !parts_.collation.empty()) charset_ = NamedCharset(parts_.charset, parts_.collation);
     behind_type_ = BehindType();
-    type_ = TextOf(source_, all_, 1, behind_type_);
+    type_ = source_.Part({1, behind_type_});
   }
 
-  void Complete(const TTableText& table, const TElement* counterpart, const TServerTraits& server) {
+  void Complete(const TCharset& of_table, const TElement* counterpart, const TServerTraits& server) {
     CompleteLetters();
     CompleteSize();
     CompleteMembers();
     CompleteJson(counterpart);
     if (changed_) Write();
-    CompleteDefault(table);
+    CompleteDefault(of_table);
     CompleteTimestamp(server);
   }
 
@@ -113,7 +113,7 @@ class TColumnRewriter {
   }
   std::string Arguments() const {
     if (parts_.arguments.first == parts_.arguments.last) return {};
-    return "(" + TextOf(source_, all_, parts_.arguments.first, parts_.arguments.last) + ")";
+    return "(" + source_.Part(parts_.arguments) + ")";
   }
   std::optional<long long> Length() const {
     if (parts_.arguments.last != parts_.arguments.first + 1) return std::nullopt;
@@ -150,19 +150,19 @@ class TColumnRewriter {
     const bool short_national = InList(LowerText(tokens_[1].text), {"nchar", "nvarchar"});
     if (short_national || IsKeyword(tokens_[1], "national")) {
       charset_ = NamedCharset("utf8mb3", "");
-      const bool varies = parts_.type == "varchar" || parts_.type == "nvarchar";
+      const bool varies = kind_ == "varchar" || kind_ == "nvarchar";
       SetType((varies ? "varchar" : "char") + Arguments() + " CHARACTER SET utf8mb3");
     }
-    if (!IsLetterType(parts_.type)) return;
+    if (!IsLetterType(kind_)) return;
     const bool bytes = TakeWord("byte") || charset_.charset == "binary";
     if (TakeWord("ascii")) SetCharset("latin1");
     if (TakeWord("unicode")) SetCharset("ucs2");
-    if (bytes && !InList(parts_.type, {"enum", "set"})) {
+    if (bytes && !InList(kind_, {"enum", "set"})) {
       TakeCharset();
       for (const TBytesType& row : kBytesTypes)
-        if (parts_.type == row.letters) {
+        if (kind_ == row.letters) {
           SetType(std::string(row.bytes) + Arguments());
-          parts_.type = row.bytes;
+          kind_ = row.bytes;
         }
     } else if (IsBinary() && !charset_.charset.empty()) {
       SetType(type_ + " COLLATE " + charset_.charset + "_bin");
@@ -179,11 +179,11 @@ class TColumnRewriter {
 
   // text(n) is the smallest type that takes as many letters.
   void CompleteSize() {
-    const bool text = parts_.type == "text";
+    const bool text = kind_ == "text";
     const std::optional<long long> length = Length();
     constexpr long long kFloatDigits = 24;
-    if (length && parts_.type == "float") return SetType(*length > kFloatDigits ? "double" : "float");
-    if ((!text && parts_.type != "blob") || !length) return;
+    if (length && kind_ == "float") return SetType(*length > kFloatDigits ? "double" : "float");
+    if ((!text && kind_ != "blob") || !length) return;
     if (text && charset_.charset.empty()) return;
     const long long bytes = *length * (text ? LetterBytes(charset_.charset).most : 1);
     for (const TSizedType& row : kSizedTypes) {
@@ -194,7 +194,7 @@ class TColumnRewriter {
   }
 
   void CompleteMembers() {
-    if (!InList(parts_.type, {"enum", "set"})) return;
+    if (!InList(kind_, {"enum", "set"})) return;
     std::string members;
     bool blanks = false;
     for (std::size_t at = parts_.arguments.first; at < parts_.arguments.last; ++at) {
@@ -204,14 +204,14 @@ class TColumnRewriter {
       member.erase(member.find_last_not_of(' ') + 1);
       members += (members.empty() ? "" : ",") + QuotedText(member);
     }
-    if (blanks) type_.replace(0, type_.rfind(')') + 1, parts_.type + "(" + members + ")");
+    if (blanks) type_.replace(0, type_.rfind(')') + 1, kind_ + "(" + members + ")");
     changed_ = changed_ || blanks;
   }
 
   // MariaDB has texts for them, with a check.
   void CompleteJson(const TElement* counterpart) {
-    if (parts_.type != "json" || counterpart == nullptr) return;
-    const std::string text = LowerText(counterpart->text);
+    if (kind_ != "json" || counterpart == nullptr) return;
+    const std::string text = LowerText(counterpart->text.Str());
     if (text.find(" longtext ") == std::string::npos || text.find("json_valid(") == std::string::npos) return;
     SetType("longtext CHARACTER SET utf8mb4 COLLATE utf8mb4_bin");
     if (!parts_.check) check_ = "CHECK (json_valid(" + QuotedName(column_.name) + "))";
@@ -224,35 +224,36 @@ class TColumnRewriter {
       const bool apart = tokens_[at].start > tokens_[at - 1].End() || taken_[at - 1] || at == behind_type_;
       text += (apart ? " " : "") + std::string(tokens_[at].text);
     }
-    column_.text = check_.empty() ? text : text + " " + check_;
+    if (!check_.empty()) text += " " + check_;
+    column_.text = std::move(text);
   }
 
-  void CompleteDefault(const TTableText& table) {
-    const std::string text = column_.text;
-    const std::vector<TToken> all = Tokens(text);
-    const TTokens tokens(all.data(), all.size() - 1);
-    const TColumnParts parts = ReadColumnParts(tokens);
-    if (!parts.default_value) return;
-    const TTokenRange range = *parts.default_value;
-    const TColumnText column = ReadColumnText(column_, table);
-    const auto printed = PrintedDefault(column, tokens.subspan(range.first, range.last - range.first));
-    if (!printed || range.first == range.last) return;
-    const std::size_t start = tokens[range.first].start;
-    column_.text.replace(start, tokens[range.last - 1].End() - start, *printed);
+  void CompleteDefault(const TCharset& of_table) {
+    const TElementText text = column_.text;
+    const TColumnParts& parts = text.Column();
+    if (!parts.default_value || parts.default_value->first == parts.default_value->last) return;
+    const TTokens value =
+        text.Tokens().subspan(parts.default_value->first, parts.default_value->last - parts.default_value->first);
+    const auto printed = PrintedDefault(ReadColumnText(text, of_table), value);
+    const std::size_t start = value.front().start;
+    const std::size_t size = value.back().End() - start;
+    if (printed && text.Str().compare(start, size, *printed) != 0)
+      column_.text = std::string(text.Str()).replace(start, size, *printed);
   }
 
   // What nobody says of a timestamp. Where the server has them by themselves the first one of a table is special, which
   // the table looks after.
   void CompleteTimestamp(const TServerTraits& server) {
-    if (parts_.type != "timestamp" || parts_.not_null || parts_.null || parts_.generated) return;
-    if (server.explicit_timestamps) column_.text += parts_.default_value ? " NULL" : " NULL DEFAULT NULL";
+    if (kind_ != "timestamp" || parts_.not_null || parts_.null || parts_.generated) return;
+    if (server.explicit_timestamps)
+      column_.text = column_.text.Str() + (parts_.default_value ? " NULL" : " NULL DEFAULT NULL");
   }
 
   TElement& column_;
-  std::string source_;
-  std::vector<TToken> all_;
-  TTokens tokens_;
-  TColumnParts parts_;
+  const TElementText source_;
+  const TTokens tokens_;
+  const TColumnParts& parts_;
+  std::string kind_;  // its type without arguments, as it becomes
   std::vector<bool> taken_;
   TCharset charset_;
   std::size_t behind_type_ = 0;
@@ -266,13 +267,13 @@ void CompleteTimestamps(TTableText& table) {
   bool first = true;
   for (TElement& column : table.elements) {
     if (column.kind != EElement::Column) continue;
-    const std::vector<TToken> all = Tokens(column.text);
-    const TColumnParts parts = ReadColumnParts(TTokens(all.data(), all.size() - 1));
+    const TColumnParts& parts = column.text.Column();
     if (parts.type != "timestamp" || parts.null || parts.generated) continue;
-    if (!parts.not_null) column.text += " NOT NULL";
+    std::string text = column.text.Str();
+    if (!parts.not_null) text += " NOT NULL";
     if (!parts.default_value && !parts.on_update)
-      column.text +=
-          first ? " DEFAULT current_timestamp() ON UPDATE current_timestamp()" : " DEFAULT '0000-00-00 00:00:00'";
+      text += first ? " DEFAULT current_timestamp() ON UPDATE current_timestamp()" : " DEFAULT '0000-00-00 00:00:00'";
+    column.text = std::move(text);
     first = false;
   }
 }
@@ -321,26 +322,27 @@ std::string CutPart(const TKeyPart& part, const TColumnText& column, bool unique
 
 void CutKey(TElement& key, const TTableText& table) {
   if (key.kind == EElement::FulltextKey || key.kind == EElement::SpatialKey) return;
-  const std::vector<TKeyPart> parts = KeyParts(key);
+  const TElementText text = key.text;
+  const std::vector<TKeyPart>& parts = text.KeyParts();
   std::string list;
   for (const TKeyPart& part : parts) {
     const TElement* column = part.column.empty() ? nullptr : table.Find(EElement::Column, part.column);
     const bool unique = key.kind != EElement::Key;
-    const std::string text =
-        column == nullptr ? part.text : CutPart(part, ReadColumnText(*column, table), unique, LongestKey(table));
-    list += (list.empty() ? "" : ",") + text;
+    list +=
+        (list.empty() ? "" : ",") +
+        (column == nullptr ? part.text : CutPart(part, ReadColumnText(column->text, table), unique, LongestKey(table)));
   }
-  const std::vector<TToken> all = Tokens(key.text);
-  std::size_t open = 0;
-  while (open + 1 < all.size() && !all[open].Is("(")) ++open;
-  const std::size_t close = BehindGroup(all, open);
-  if (parts.empty() || close >= all.size()) return;
-  key.text = key.text.substr(0, all[open].End()) + list + key.text.substr(all[close - 1].start);
+  if (parts.empty()) return;
+  const TTokens tokens = text.Tokens();
+  const std::size_t open = NextBracket(tokens, 0);
+  const std::size_t start = tokens[open].End();
+  const std::size_t size = tokens[BehindGroup(tokens, open) - 1].start - start;
+  if (text.Str().compare(start, size, list) != 0) key.text = std::string(text.Str()).replace(start, size, list);
 }
 
 // The column's text without the tokens that `gone` marks, and `added` before its attributes' end: a check stays last.
-std::string Rewritten(const std::string& text, TTokens tokens, const std::vector<bool>& gone,
-                      const std::string& added) {
+std::string Rewritten(const TElementText& text, const std::vector<bool>& gone, const std::string& added) {
+  const TTokens tokens = text.Tokens();
   std::string result;
   bool inserted = added.empty();
   for (std::size_t at = 0; at < tokens.size(); ++at) {
@@ -350,7 +352,7 @@ std::string Rewritten(const std::string& text, TTokens tokens, const std::vector
     }
     if (gone[at]) continue;
     const bool apart = at > 0 && (tokens[at].start > tokens[at - 1].End() || gone[at - 1]);
-    result += (apart ? " " : "") + text.substr(tokens[at].start, tokens[at].text.size());
+    result += (apart ? " " : "") + std::string(tokens[at].text);
   }
   return inserted ? result : result + " " + added;
 }
@@ -358,24 +360,19 @@ std::string Rewritten(const std::string& text, TTokens tokens, const std::vector
 }  // namespace
 
 void SetColumnDefault(TElement& column, const std::string& value) {
-  const std::string text = column.text;
-  const std::vector<TToken> all = Tokens(text);
-  const TTokens tokens(all.data(), all.size() - 1);
-  const TColumnParts parts = ReadColumnParts(tokens);
-  std::vector<bool> gone(tokens.size(), false);
+  const TColumnParts& parts = column.text.Column();
+  std::vector<bool> gone(column.text.Tokens().size(), false);
   if (parts.default_value)
     for (std::size_t at = parts.default_value->first - 1; at < parts.default_value->last; ++at) gone[at] = true;
-  column.text = Rewritten(text, tokens, gone, value.empty() ? "" : "DEFAULT " + value);
+  column.text = Rewritten(column.text, gone, value.empty() ? "" : "DEFAULT " + value);
 }
 
 void ConvertColumn(TElement& column, const TTableText& before, const std::vector<TTableOption>& options) {
-  const TColumnText had = ReadColumnText(column, before);
+  const TColumnText had = ReadColumnText(column.text, before);
   if (!had.HasLetters() || had.charset.charset == "binary") return;
   TTableText after;
   after.options = options;
-  const std::string text = column.text;
-  const std::vector<TToken> all = Tokens(text);
-  const TTokens tokens(all.data(), all.size() - 1);
+  const TTokens tokens = column.text.Tokens();
   std::vector<bool> gone(tokens.size(), false);
   for (std::size_t at = 1; at < tokens.size(); ++at) {
     const bool set = IsKeyword(tokens[at], "character") && IsKeyword(TokenAt(tokens, at + 1), "set");
@@ -385,7 +382,7 @@ void ConvertColumn(TElement& column, const TTableText& before, const std::vector
     for (; at < std::min(last, tokens.size()); ++at) gone[at] = true;
     --at;
   }
-  column.text = Rewritten(text, tokens, gone, "");
+  column.text = Rewritten(column.text, gone, "");
   const auto row = std::find_if(kSizedTypes.begin(), kSizedTypes.end(), [&](auto& r) { return r.text == had.type; });
   if (row == kSizedTypes.end()) return;
   if (had.charset == TCharset()) RaiseError(Format(kNoCharset, before.name, column.name));
@@ -394,18 +391,19 @@ void ConvertColumn(TElement& column, const TTableText& before, const std::vector
   for (const TSizedType& size : kSizedTypes) {
     if (bytes > size.bytes && size.text != "longtext") continue;
     if (bytes <= row->bytes) return;
-    const std::vector<TToken> now = Tokens(column.text);
-    column.text.replace(now[1].start, now[1].text.size(), size.text);
+    const TToken& type = column.text.Tokens()[1];
+    column.text = std::string(column.text.Str()).replace(type.start, type.text.size(), size.text);
     return;
   }
 }
 
 void CompleteTable(TTableText& table, const TTableText* counterpart, const TServerTraits& server) {
   CompleteOptions(table, counterpart);
+  const TCharset charset = TableCharset(table);
   for (TElement& element : table.elements) {
     if (element.kind != EElement::Column) continue;
     const TElement* there = counterpart == nullptr ? nullptr : counterpart->Find(EElement::Column, element.name);
-    TColumnRewriter(element, table).Complete(table, there, server);
+    TColumnRewriter(element, charset).Complete(charset, there, server);
   }
   if (!server.explicit_timestamps) CompleteTimestamps(table);
   SettleTable(table);

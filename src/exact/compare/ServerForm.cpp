@@ -64,17 +64,20 @@ void Leave(std::vector<bool>& kept, TTokenRange range) {
 
 // --- Columns
 
-// A column as its tokens, which its text has to outlive.
+// A column as it was when this was made: it may be given another text.
 struct TColumn {
-  explicit TColumn(const std::string& column_text)
-      : text(column_text), all(Tokens(text)), tokens(all.data(), all.size() - 1), parts(ReadColumnParts(tokens)) {}
-  const std::string& text;
-  std::vector<TToken> all;
-  TTokens tokens;
-  TColumnParts parts;
+  explicit TColumn(const TElement& column) : text(column.text), tokens(text.Tokens()), parts(text.Column()) {}
+  TColumn(const TColumn&) = delete;
+  TColumn& operator=(const TColumn&) = delete;
+
+  const TElementText text;
+  const TTokens tokens;
+  const TColumnParts& parts;
 
   std::vector<bool> All() const { return std::vector<bool>(tokens.size(), true); }
-  std::string Text(TTokenRange range) const { return TextOf(text, all, range.first, range.last); }
+  std::string Without(const std::vector<bool>& kept, std::size_t place = 0, std::string_view added = {}) const {
+    return Joined(text.Str(), tokens, kept, place, added);
+  }
 };
 
 // Where attributes begin behind type, sign and character set.
@@ -142,7 +145,7 @@ class TInlineReader {
     }
     if (server_.inline_references)
       found_.push_back(
-          {EElement::ForeignKey, "", KeyOf("FOREIGN KEY", column_.parts.name) + " " + column_.Text(*range)});
+          {EElement::ForeignKey, "", KeyOf("FOREIGN KEY", column_.parts.name) + " " + column_.text.Part(*range)});
     Leave(kept, *range);
     at_ = range->last;
   }
@@ -155,8 +158,8 @@ class TInlineReader {
       name = NameOf(column_.tokens[whole.first - 1]);
       whole.first -= 2;
     }
-    found_.push_back({EElement::Check, name, "CHECK (" + column_.Text(inner) + ")"});
-    if (!name.empty()) found_.back().text = "CONSTRAINT " + QuotedName(name) + " " + found_.back().text;
+    const std::string head = name.empty() ? "" : "CONSTRAINT " + QuotedName(name) + " ";
+    found_.push_back({EElement::Check, name, head + "CHECK (" + column_.text.Part(inner) + ")"});
     Leave(kept, whole);
   }
 
@@ -168,7 +171,7 @@ class TInlineReader {
 
 // serial [default value]
 bool ExpandSerial(TElement& column) {
-  const TColumn read(column.text);
+  const TColumn read(column);
   const bool type = read.parts.type == "serial";
   const auto& value = read.parts.default_value;
   const bool by_default = value && IsKeyword(read.tokens[value->first], "value");
@@ -182,14 +185,14 @@ bool ExpandSerial(TElement& column) {
           IsKeyword(read.tokens[at], "auto_increment"))
         kept[at] = false;
   const std::size_t place = type ? 2 : BehindType(read.tokens);
-  column.text = Joined(read.text, read.tokens, kept, place,
-                       type ? "bigint(20) unsigned NOT NULL AUTO_INCREMENT" : "NOT NULL AUTO_INCREMENT");
+  column.text =
+      read.Without(kept, place, type ? "bigint(20) unsigned NOT NULL AUTO_INCREMENT" : "NOT NULL AUTO_INCREMENT");
   return true;
 }
 
 // "not null", whatever was said before.
 void SetNotNull(TElement& column) {
-  const TColumn read(column.text);
+  const TColumn read(column);
   if (read.parts.not_null || read.parts.generated) return;
   std::vector<bool> kept = read.All();
   for (std::size_t at = 2; at < kept.size(); ++at) {
@@ -197,16 +200,13 @@ void SetNotNull(TElement& column) {
     kept[at] = false;
     if (IsKeyword(read.tokens[at - 1], "default")) kept[at - 1] = false;
   }
-  column.text = Joined(read.text, read.tokens, kept, BehindType(read.tokens), "NOT NULL");
+  column.text = read.Without(kept, BehindType(read.tokens), "NOT NULL");
 }
 
 // --- Keys and constraints
 
 std::string BodyOf(const TElement& element) {
-  const std::vector<TToken> all = Tokens(element.text);
-  const TTokens tokens(all.data(), all.size() - 1);
-  const auto head = ReadElementHead(tokens);
-  return TextOf(element.text, all, head ? head->body : 0, tokens.size());
+  return element.text.Part({element.text.Body(), element.text.Tokens().size()});
 }
 
 std::string_view KeyWords(const TElement& key) {
@@ -220,13 +220,18 @@ std::string_view KeyWords(const TElement& key) {
     case EElement::SpatialKey:
       return "SPATIAL KEY";
     default:
-      return SameText(key.text.substr(0, 6), "vector") ? "VECTOR KEY" : "KEY";
+      return SameText(key.text.Str().substr(0, 6), "vector") ? "VECTOR KEY" : "KEY";
   }
 }
 
+// What was read of a text that comes out the same is kept.
+void SetText(TElement& element, std::string text) {
+  if (element.text.Str() != text) element.text = std::move(text);
+}
+
 void NameKey(TElement& key, std::string name) {
-  const std::string body = BodyOf(key);
-  key.text = std::string(KeyWords(key)) + " " + (key.kind == EElement::PrimaryKey ? "" : QuotedName(name) + " ") + body;
+  const std::string head = key.kind == EElement::PrimaryKey ? "" : QuotedName(name) + " ";
+  SetText(key, std::string(KeyWords(key)) + " " + head + BodyOf(key));
   key.name = std::move(name);
 }
 
@@ -249,18 +254,15 @@ struct TReadForeignKey {
 };
 
 TReadForeignKey ReadForeignKey(const TElement& key) {
-  const std::vector<TToken> all = Tokens(key.text);
-  const TTokens tokens(all.data(), all.size() - 1);
-  const auto head = ReadElementHead(tokens);
-  std::size_t rules = 0;
-  TReadForeignKey result{ReadForeignKeyParts(tokens, head ? head->body : 0, rules), ""};
-  if (IsKeyword(TokenAt(tokens, rules), "match")) rules += 2;
-  if (rules < tokens.size()) result.rules = " " + TextOf(key.text, all, rules, tokens.size());
+  const TTokens tokens = key.text.Tokens();
+  TReadForeignKey result{key.text.ForeignKey(), ""};
+  const std::size_t rules = result.parts.rules + (IsKeyword(TokenAt(tokens, result.parts.rules), "match") ? 2 : 0);
+  if (rules < tokens.size()) result.rules = " " + key.text.Part({rules, tokens.size()});
   return result;
 }
 
 void WriteForeignKey(TElement& key, const TReadForeignKey& read) {
-  key.text = ForeignKeyText(key.name, read.parts, read.rules);
+  SetText(key, ForeignKeyText(key.name, read.parts, read.rules));
 }
 
 bool HoldsForeignKeys(const std::string& engine) {
@@ -269,8 +271,8 @@ bool HoldsForeignKeys(const std::string& engine) {
 
 // Whether the parts of the key begin with those of a foreign key's own, in order.
 bool Serves(const TElement& key, const TElement& made) {
-  const std::vector<TKeyPart> parts = KeyParts(key);
-  const std::vector<TKeyPart> wanted = KeyParts(made);
+  const std::vector<TKeyPart>& parts = key.text.KeyParts();
+  const std::vector<TKeyPart>& wanted = made.text.KeyParts();
   return parts.size() >= wanted.size() && std::equal(wanted.begin(), wanted.end(), parts.begin(), [](auto& a, auto& b) {
            return !a.column.empty() && SameText(a.column, b.column) && a.length == b.length;
          });
@@ -286,10 +288,12 @@ std::size_t DropServedKeys(TElements& elements, std::size_t first_new) {
     for (std::size_t before = 0; before < at; ++before) {
       const TElement& other = elements[before];
       if (gone[before] || !IsKey(other.kind) || (!key.generated && !other.generated)) continue;
-      const bool key_is_shorter = key.generated && (!other.generated || KeyParts(key).size() <= KeyParts(other).size());
+      const std::size_t parts = key.text.KeyParts().size();
+      const std::size_t others = other.text.KeyParts().size();
+      const bool key_is_shorter = key.generated && (!other.generated || parts <= others);
       if (!Serves(key_is_shorter ? other : key, key_is_shorter ? key : other)) continue;
       // Of two that were brought along the longer one stays, and of equal ones the later.
-      const bool drop_this = !other.generated || (key.generated && KeyParts(key).size() < KeyParts(other).size());
+      const bool drop_this = !other.generated || (key.generated && parts < others);
       gone[drop_this ? at : before] = true;
       break;
     }
@@ -329,8 +333,8 @@ void NameKeys(TElements& elements, std::size_t first_new) {
 
 // constraint n foreign key i (a): MariaDB takes the name i for the constraint where n is missing, MySQL does not.
 bool IsNamedConstraint(const TElement& element) {
-  const std::vector<TToken> tokens = Tokens(element.text);
-  return IsKeyword(tokens[0], "constraint") && !IsKeyword(TokenAt(tokens, 1), "foreign");
+  const TTokens tokens = element.text.Tokens();
+  return IsKeyword(TokenAt(tokens, 0), "constraint") && !IsKeyword(TokenAt(tokens, 1), "foreign");
 }
 
 constexpr std::string_view kForeignMark = "_ibfk_";
@@ -382,18 +386,17 @@ void NameChecks(TElements& elements, bool first, const TServerTraits& server, co
 
 // Where an element's text may name columns, in order: the parts of a key, and what stands in expressions and is no
 // call.
-std::vector<std::size_t> ColumnPlaces(const TElement& element, TTokens tokens) {
+std::vector<std::size_t> ColumnPlaces(const TElement& element) {
+  const TTokens tokens = element.text.Tokens();
   std::vector<TTokenRange> ranges;
   if (element.kind == EElement::Check) ranges = {{2, tokens.size()}};
   if (element.kind == EElement::Column) {
-    const TColumnParts parts = ReadColumnParts(tokens);
+    const TColumnParts& parts = element.text.Column();
     for (const auto& range : {parts.default_value, parts.generated, parts.check})
       if (range) ranges.push_back(*range);
   }
-  std::size_t open = 0;
-  while (IsKey(element.kind) && open < tokens.size() && !tokens[open].Is("(")) ++open;
   if (IsKey(element.kind))
-    for (const TTokenRange part : ListParts(tokens, open))
+    for (const TTokenRange part : ListParts(tokens, NextBracket(tokens, 0)))
       ranges.push_back({part.first, IsName(TokenAt(tokens, part.first)) ? part.first + 1 : part.last});
   std::vector<std::size_t> places;
   for (const TTokenRange& range : ranges)
@@ -410,14 +413,18 @@ TElement* FindColumn(TTableText& table, std::string_view name) {
   return nullptr;
 }
 
+bool HoldsRawLineEnd(const TToken& token) {
+  const bool quoted = token.kind == EToken::Name || token.kind == EToken::String;
+  return quoted && token.text.find_first_of("\r\n") != std::string_view::npos;
+}
+
 }  // namespace
 
 std::string WithoutRawLineEnds(std::string_view statement) {
   std::string result;
   std::size_t done = 0;
   for (const TToken& token : Tokens(statement)) {
-    if (token.kind != EToken::Name && token.kind != EToken::String) continue;
-    if (token.text.find_first_of("\r\n") == std::string_view::npos) continue;
+    if (!HoldsRawLineEnd(token)) continue;
     if (token.kind == EToken::Name)
       RaiseError(Format(kLineEndInName, LineOf(statement, token.start), EscapedLineEnds(token.text)));
     result += statement.substr(done, token.start - done);
@@ -427,15 +434,19 @@ std::string WithoutRawLineEnds(std::string_view statement) {
   return result += statement.substr(done);
 }
 
+TTableText ReadTableWithoutRawLineEnds(std::string_view statement, TTokens tokens) {
+  const bool plain = std::none_of(tokens.begin(), tokens.end(), HoldsRawLineEnd);
+  return plain ? ReadTableText(statement, tokens) : ReadTableText(WithoutRawLineEnds(statement));
+}
+
 std::vector<TElement> TakeInlineElements(TElement& column, const TServerTraits& server) {
   const bool serial = ExpandSerial(column);
-  const std::string text = column.text;
-  const TColumn read(text);
+  const TColumn read(column);
   TInlineReader reader(read, server);
   reader.kept = read.All();
   TElements found = reader.Read();
   if (!found.empty() || std::find(reader.kept.begin(), reader.kept.end(), false) != reader.kept.end())
-    column.text = Joined(read.text, read.tokens, reader.kept);
+    column.text = read.Without(reader.kept);
   if (serial) found.insert(found.begin(), {EElement::UniqueKey, "", KeyOf("UNIQUE KEY", column.name)});
   return found;
 }
@@ -448,7 +459,7 @@ void AddElements(std::vector<TElement> added, bool first, const TServerTraits& s
   const std::size_t first_new = others.size();
   for (TElement& element : added) {
     if (element.kind == EElement::ForeignKey) {
-      const TForeignKeyParts parts = ForeignKeyParts(element);
+      const TForeignKeyParts& parts = element.text.ForeignKey();
       std::string list;
       for (const std::string& column : parts.columns) list += (list.empty() ? "" : ",") + QuotedName(column);
       others.push_back({EElement::Key, element.name, "KEY (" + list + ")", true});
@@ -466,13 +477,13 @@ void AddElements(std::vector<TElement> added, bool first, const TServerTraits& s
 void SettleTable(TTableText& table) {
   if (!HoldsForeignKeys(EngineOf(table)))
     std::erase_if(table.elements, [](const TElement& element) { return element.kind == EElement::ForeignKey; });
-  for (const TElement& key : std::vector<TElement>(table.elements)) {
+  for (const TElement& key : table.elements) {
     if (key.kind != EElement::PrimaryKey) continue;
     for (const std::string& name : KeyColumns(key))
       if (TElement* column = FindColumn(table, name)) SetNotNull(*column);
   }
   for (TElement& element : table.elements)
-    if (element.kind == EElement::Column && TColumn(element.text).parts.auto_increment) SetNotNull(element);
+    if (element.kind == EElement::Column && element.text.Column().auto_increment) SetNotNull(element);
 }
 
 void MoveReferences(TElement& foreign_key, std::string_view from, std::string_view to) {
@@ -506,16 +517,16 @@ void RenameColumnIn(TElement& element, std::string_view from, std::string_view t
       if (SameText(column, from)) column = to;
     return WriteForeignKey(element, read);
   }
-  const std::vector<TToken> all = Tokens(element.text);
-  const TTokens tokens(all.data(), all.size() - 1);
+  const std::string& written = element.text.Str();
+  const TTokens tokens = element.text.Tokens();
   std::string text;
   std::size_t done = 0;
-  for (const std::size_t at : ColumnPlaces(element, tokens)) {
+  for (const std::size_t at : ColumnPlaces(element)) {
     if (!SameText(NameOf(tokens[at]), from)) continue;
-    text += element.text.substr(done, tokens[at].start - done) + QuotedName(to);
+    text += written.substr(done, tokens[at].start - done) + QuotedName(to);
     done = tokens[at].End();
   }
-  element.text = text + element.text.substr(done);
+  if (done > 0) element.text = text + written.substr(done);
 }
 
 void RenameReferenced(TElement& foreign_key, std::string_view from, std::string_view to) {

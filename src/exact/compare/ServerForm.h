@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "mysqltext/Lexer.h"
 #include "mysqltext/TableText.h"
 
 namespace velmora {
@@ -22,6 +23,8 @@ struct TServerTraits {
 // Texts with raw line ends say them by \r and \n from here on, which no editor and no script changes. Raises for a name
 // with one, which cannot be written otherwise.
 std::string WithoutRawLineEnds(std::string_view statement);
+// ReadTableText of such a text; `tokens` are those of `statement`.
+TTableText ReadTableWithoutRawLineEnds(std::string_view statement, TTokens tokens);
 
 // Takes keys, foreign keys and more out of a column, and gives them as elements, as they would stand after the column.
 std::vector<TElement> TakeInlineElements(TElement& column, const TServerTraits& server);

@@ -29,10 +29,20 @@ std::string Told(const char* what, const std::string& name, const std::string& r
 }
 
 // What is judged by the kind of change alone.
-std::string RiskOf(TSyncAction action, const std::string& item, const TTableText& before, const TTableText& after) {
+std::string RiskOf(TSyncAction action, const std::string& item = {}, const TTableText& before = {}) {
   TChange change;
   change.action = action;
   change.item = item;
+  return UnsafeChange(change, before, {});
+}
+
+// Of a column that is new, or made of `from`.
+std::string RiskOfColumn(const TElement* from, const TTableText& before, const TElement& to, const TTableText& after) {
+  TChange change;
+  change.action = from == nullptr ? saAddColumn : saModifyColumn;
+  if (from != nullptr) change.old_text = from->text;
+  change.new_text = to.text;
+  ReadColumns(change, before, after);
   return UnsafeChange(change, before, after);
 }
 
@@ -211,12 +221,11 @@ std::string TAlterJudge::Add() {
   Next({"column"});
   Next({"if", "not", "exists"});
   const TTableText added = TakeElements();
-  TTableText after = table_ == nullptr ? TTableText() : *table_;
-  after.elements = added.elements;
+  const TTableText& after = table_ == nullptr ? added : *table_;
   std::string reasons;
   for (const TElement& element : added.elements) {
     if (element.kind != EElement::Column) continue;
-    const std::string reason = Told("column", element.name, RiskOf(saAddColumn, element.name, {}, after));
+    const std::string reason = Told("column", element.name, RiskOfColumn(nullptr, {}, element, after));
     if (!reason.empty()) reasons += (reasons.empty() ? "" : "; ") + reason;
   }
   return reasons;
@@ -225,7 +234,7 @@ std::string TAlterJudge::Add() {
 std::string TAlterJudge::DropColumn() {
   Next({"column"});
   Next({"if", "exists"});
-  return Told("column", TakeName(), RiskOf(saDropColumn, {}, {}, {}));
+  return Told("column", TakeName(), RiskOf(saDropColumn));
 }
 
 std::string TAlterJudge::DropKey() {
@@ -261,11 +270,8 @@ std::string TAlterJudge::ColumnBecomes(const std::string& name) {
   const TElement& to = becomes.elements.front();
   const TElement* from = table_ == nullptr ? nullptr : table_->Find(EElement::Column, name);
   if (from == nullptr) return Told("column", name, kUnknownTable);
-  TTableText after = *table_;
-  for (TElement& element : after.elements)
-    if (element.kind == EElement::Column && SameText(element.name, name)) element = {EElement::Column, name, to.text};
-  std::string reason = RiskOf(saModifyColumn, name, *table_, after);
-  if (sets_charset_ && reason.empty() && ReadColumnText(to, after).HasLetters()) reason = kCharsetAside;
+  std::string reason = RiskOfColumn(from, *table_, to, *table_);
+  if (sets_charset_ && reason.empty() && ReadColumnText(to.text, *table_).HasLetters()) reason = kCharsetAside;
   if (!SameText(to.name, name)) reason = kColumnRenamed + (reason.empty() ? reason : "; " + reason);
   return Told("column", name, reason);
 }
@@ -308,8 +314,8 @@ std::string DropKeyRisk(const std::string& name, const TTableText* table) {
   const bool known = table != nullptr && FindNamed(*table, name, IsAnyKey) != nullptr;
   if (known || SameText(name, "PRIMARY")) {
     TTableText primary;
-    primary.elements.push_back({EElement::PrimaryKey, "PRIMARY", ""});
-    return Told("key", name, RiskOf(saDropKey, name, known ? *table : primary, {}));
+    primary.elements.push_back({EElement::PrimaryKey, "PRIMARY", {}});
+    return Told("key", name, RiskOf(saDropKey, name, known ? *table : primary));
   }
   return Told("key", name, kUnknownKey);
 }

@@ -56,19 +56,6 @@ bool QuotesNames(std::string_view modes) {
   return std::any_of(kNameQuoting.begin(), kNameQuoting.end(), [&](auto mode) { return HasMode(modes, mode); });
 }
 
-std::string WithBackticks(std::string_view statement) {
-  std::string result;
-  std::size_t done = 0;
-  for (const TToken& token : Tokens(statement)) {
-    if (token.kind != EToken::String || token.text.front() != '"') continue;
-    const std::string_view inner = token.text.substr(1, token.text.size() - 2);
-    result += statement.substr(done, token.start - done);
-    result += QuotedName(StrReplace(inner, "\"\"", "\""));
-    done = token.End();
-  }
-  return result += statement.substr(done);
-}
-
 // What "create table" may be followed by that makes rows, or columns out of rows.
 bool MakesRows(TTokens tokens) {
   std::size_t depth = 0;
@@ -170,7 +157,7 @@ void TFileSchema::CatchUpAll() {
 
 void TFileSchema::ApplyNow(const TStructureStatement& statement) {
   statement_ = &statement;
-  text_ = QuotesNames(modes_) ? WithBackticks(statement.text) : std::string(statement.text);
+  text_ = QuotesNames(modes_) ? WithBackticks(statement.text, Tokens(statement.text)) : std::string(statement.text);
   tokens_ = Tokens(text_);
   std::size_t at = 1;
   if (!InList(LowerText(tokens_[0].text), {"create", "alter", "rename", "drop", "set"}))
@@ -334,7 +321,7 @@ void TFileSchema::Create(std::size_t at) {
       return CreateLike(name.table, ReadName(from).table);
     }
     if (MakesRows(TTokens(tokens_).subspan(at))) RaiseError(Format(kOfRows, name.table));
-    TTableText table = ReadTableText(WithoutRawLineEnds(text_));
+    TTableText table = ReadTableWithoutRawLineEnds(text_, tokens_);
     std::vector<TElement> columns;
     std::vector<TElement> added;
     for (TElement& element : table.elements) {
@@ -402,7 +389,7 @@ void TFileSchema::Alter(const std::string& name, const std::string& written) {
     for (const auto& [from, to] : effects.renamed_columns)
       for (const TTableText& other : schema_.Tables())
         for (TElement& element : schema_.Find(other.name)->elements)
-          if (element.kind == EElement::ForeignKey && ForeignKeyParts(element).table == name)
+          if (element.kind == EElement::ForeignKey && element.text.ForeignKey().table == name)
             RenameReferenced(element, from, to);
     renamed = std::move(effects.new_name);
   });

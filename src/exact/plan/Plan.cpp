@@ -89,7 +89,7 @@ void TPlanner::FindObstacles() {
 void TPlanner::FindObstacles(const TTableText& table) {
   for (const TElement& key : table.elements) {
     if (key.kind != EElement::ForeignKey || key.name.empty()) continue;
-    const TForeignKeyParts parts = ForeignKeyParts(key);
+    const TForeignKeyParts& parts = key.text.ForeignKey();
     TObstacle obstacle{&key, {}};
     AddCauses(table.name, parts.columns, obstacle);
     if (parts.database.empty()) AddCauses(parts.table, parts.references, obstacle);
@@ -174,7 +174,7 @@ void TPlanner::RemovePartitioning(const TTableWork& work) {
   TAlter alter(work.name);
   alter.Clause("remove partitioning");
   const TChange* own = PartitionChange(work);
-  if (own != nullptr && own->new_text.empty()) {
+  if (own != nullptr && own->new_text.Empty()) {
     alter.Makes(*own);
   } else {
     for (const TChange* change : PartitionsDisturbed(work)) alter.Serves(*change);
@@ -213,16 +213,16 @@ void TPlanner::AddForeignKeys(const TTableWork& work) {
     if (change->action == saCreateTable && work.reference != nullptr) {
       for (const auto& element : work.reference->elements) {
         if (element.kind != EElement::ForeignKey) continue;
-        alter.Clause("add " + element.text);
+        alter.Clause("add " + element.text.Str());
         alter.Serves(*change);
       }
     }
     if (!IsForeignKeyChange(*change) || change->action == saDropConstraint) continue;
-    alter.Clause("add " + change->new_text);
+    alter.Clause("add " + change->new_text.Str());
     alter.Serves(*change);
   }
   for (const TObstacle& obstacle : work.obstacles) {
-    alter.Clause("add " + obstacle.key->text);
+    alter.Clause("add " + obstacle.key->text.Str());
     for (const TChange* cause : obstacle.causes) alter.Serves(*cause);
   }
   alter.MoveTo(plan_);
@@ -241,12 +241,14 @@ void TPlanner::RenewHashKeys(const TTableWork& work) {
     if (alters) last = &statement;
   }
   if (last == nullptr) return;
-  const auto kept = [last](const TElement& key) { return last->text.find("add " + key.text) != std::string::npos; };
+  const auto kept = [last](const TElement& key) {
+    return last->text.find("add " + key.text.Str()) != std::string::npos;
+  };
   if (std::all_of(keys.begin(), keys.end(), kept)) return;
   TAlter alter(work.name);
   for (const TElement& key : keys) {
     alter.Clause(DropText(key.kind, key.name));
-    alter.Clause("add " + key.text);
+    alter.Clause("add " + key.text.Str());
     for (const TChange* change : work.changes) alter.Serves(*change);
     for (const TObstacle& obstacle : work.obstacles)
       for (const TChange* cause : obstacle.causes) alter.Serves(*cause);

@@ -248,9 +248,9 @@ void TAlteration::SetKeyUse(TTokens clause) {
     return IsKey(element.kind) && SameText(element.name, name);
   });
   if (key == others_.end()) FailMissing("key", name);
-  key->text = SplitKeyUse(key->text).text;
   const TToken& word = TokenAt(clause, 3);
-  if (!IsKeyword(word, "visible") && !IsKeyword(word, "not")) key->text += " " + std::string(word.text);
+  const bool used = IsKeyword(word, "visible") || IsKeyword(word, "not");
+  key->text = SplitKeyUse(key->text).text + (used ? "" : " " + std::string(word.text));
 }
 
 void TAlteration::SetOptions() {
@@ -288,7 +288,7 @@ void TAlteration::SetOptions() {
     else
       options.push_back(option);
   }
-  for (TElement& column : columns_) column.text = PinnedColumnText(column, before, table_);
+  for (TElement& column : columns_) column.text = PinnedColumnText(column.text, before, table_);
 }
 
 void TAlteration::DropColumns() {
@@ -307,13 +307,13 @@ void TAlteration::DropColumnFromKeys(const std::string& name) {
   const auto is_name = [&name](const std::string& column) { return SameText(column, name); };
   for (auto key = others_.begin(); key != others_.end();) {
     if (key->kind == EElement::ForeignKey) {
-      const auto columns = ForeignKeyParts(*key).columns;
+      const auto& columns = key->text.ForeignKey().columns;
       if (std::any_of(columns.begin(), columns.end(), is_name))
         RaiseError(Format(kColumnNeeded, table_.name, key->name, name));
     }
     if (IsKey(key->kind)) {
-      key->text = KeyTextWithout(*key, name);
-      if (key->text.empty()) {
+      key->text = KeyTextWithout(key->text, name);
+      if (key->text.Empty()) {
         key = others_.erase(key);
         continue;
       }
@@ -374,7 +374,7 @@ void TAlteration::KeepNamedCharset() const {
   });
   if (!sets || TableCharset(table_) != TCharset()) return;
   for (const TElement& column : columns_) {
-    const TColumnText text = ReadColumnText(column, table_);
+    const TColumnText text = ReadColumnText(column.text, table_);
     if (text.HasLetters() && text.charset == TCharset()) RaiseError(Format(kNoCharset, table_.name, column.name));
   }
 }
@@ -529,8 +529,7 @@ void TAlteration::ReadWrittenRename(TTokens clause) {
   if (column) {
     const auto found = FindColumn(columns_, from);
     if (found == columns_.end()) FailMissing(kColumn, from);
-    const std::vector<TToken> all = Tokens(found->text);
-    found->text = QuotedName(to) + found->text.substr(all[0].End());
+    found->text = QuotedName(to) + found->text.Str().substr(found->text.Tokens()[0].End());
     found->name = to;
     return RenameColumn(from, to);
   }

@@ -100,8 +100,8 @@ void TAlter::MoveTo(std::vector<TPlanStatement>& plan) {
 // with it.
 bool IsReplaced(const TChange& change, const TTableWork& work) {
   if (change.action != saModifyColumn || change.moved_only || work.reference == nullptr) return false;
-  const TColumnText from = ReadColumnText({EElement::Column, change.item, change.old_text}, *work.target);
-  const TColumnText to = ReadColumnText({EElement::Column, change.item, change.new_text}, *work.reference);
+  const TColumnText& from = *change.old_column;
+  const TColumnText& to = *change.new_column;
   const auto is_virtual = [](const TColumnText& column) { return column.generated && !column.stored; };
   return is_virtual(from) != is_virtual(to) || !Converts(from, to);
 }
@@ -155,8 +155,7 @@ std::size_t TColumnClauses::Position(const TChange& change) const {
 }
 
 std::string TColumnClauses::Text(const TChange& change) const {
-  if (inherits_) return change.new_text;
-  return PinnedColumnText({EElement::Column, change.item, change.new_text}, *work_.reference, *work_.target);
+  return inherits_ ? change.new_text.Str() : PinnedColumnText(change.new_text, *work_.reference, *work_.target);
 }
 
 // Behind the nearest column before it that the table will have: one that was to come may have been struck out.
@@ -192,8 +191,8 @@ bool MayHaveOtherMembers(const TColumnText& column) {
 
 bool DisturbsForeignKeys(const TChange& change, const TTableWork& work) {
   if (change.action != saModifyColumn || change.moved_only || work.reference == nullptr) return false;
-  const TColumnText from = ReadColumnText({EElement::Column, change.item, change.old_text}, *work.target);
-  const TColumnText to = ReadColumnText({EElement::Column, change.item, change.new_text}, *work.reference);
+  const TColumnText& from = *change.old_column;
+  const TColumnText& to = *change.new_column;
   return from.type != to.type || from.arguments != to.arguments || from.is_unsigned != to.is_unsigned ||
          from.zerofill != to.zerofill || from.not_null != to.not_null || from.auto_increment != to.auto_increment ||
          from.charset != to.charset || from.generated != to.generated || from.stored != to.stored ||
@@ -211,14 +210,14 @@ namespace {
 bool DisturbsChecks(const TChange& change, const TTableWork& work) {
   if (IsReplaced(change, work)) return true;
   if (change.action != saModifyColumn || change.moved_only) return false;
-  return ReadColumnText({EElement::Column, change.item, change.old_text}, *work.target).generated.has_value();
+  return change.old_column->generated.has_value();
 }
 
 // Keys keep the lengths that they had, which need not be ones of the new type.
 bool DisturbsKeys(const TChange& change, const TTableWork& work) {
   if (!IsReplaced(change, work)) return false;
-  const TColumnText from = ReadColumnText({EElement::Column, change.item, change.old_text}, *work.target);
-  const TColumnText to = ReadColumnText({EElement::Column, change.item, change.new_text}, *work.reference);
+  const TColumnText& from = *change.old_column;
+  const TColumnText& to = *change.new_column;
   return from.type != to.type || from.arguments != to.arguments;
 }
 
@@ -231,16 +230,16 @@ bool Disturbs(const TChange& change, const TElement& element, const TTableWork& 
   const bool is_check = element.kind == EElement::Check;
   if (!is_check && BringsDirections(change, work)) return true;
   if (is_check ? !DisturbsChecks(change, work) : !DisturbsKeys(change, work)) return false;
-  const auto tokens = Tokens(element.text);
+  const TTokens tokens = element.text.Tokens();
   return std::any_of(tokens.begin(), tokens.end(),
                      [&change](const TToken& token) { return IsName(token) && SameText(NameOf(token), change.item); });
 }
 
 // A key as columns that are dropped leave it; empty for one that goes with them.
-std::string RemainingText(TElement key, const TTableWork& work) {
+TElementText RemainingText(TElementText key, const TTableWork& work) {
   for (const TChange* change : work.changes)
-    if (change->action == saDropColumn && !key.text.empty()) key.text = KeyTextWithout(key, change->item);
-  return key.text;
+    if (change->action == saDropColumn && !key.Empty()) key = KeyTextWithout(key, change->item);
+  return key;
 }
 
 }  // namespace
@@ -262,7 +261,7 @@ void RenewElements(const TTableWork& work, TAlter& alter) {
     }
     if (!renewed) continue;
     alter.Clause(DropText(element.kind, element.name));
-    alter.Clause("add " + (is_check ? element.text : RemainingText(element, work)));
+    alter.Clause("add " + (is_check ? element.text : RemainingText(element.text, work)).Str());
   }
 }
 
@@ -293,8 +292,8 @@ bool IsDisturbed(const TElement& element, const TTableWork& work) {
 // nothing.
 void ChangeElement(const TChange& change, const TTableWork& work, TAlter& alter) {
   alter.Makes(change);
-  const bool is_new = change.old_text.empty();
-  if (IsKey(change.kind) && !is_new && !change.new_text.empty()) {
+  const bool is_new = change.old_text.Empty();
+  if (IsKey(change.kind) && !is_new && !change.new_text.Empty()) {
     const TKeyUse had = SplitKeyUse(change.old_text);
     const TKeyUse has = SplitKeyUse(change.new_text);
     if (had.text == has.text && had.word != has.word && !IsDisturbed(ElementOf(change), work)) {
@@ -305,7 +304,7 @@ void ChangeElement(const TChange& change, const TTableWork& work, TAlter& alter)
     if (had.word != has.word || BlockSize(had.text) != BlockSize(has.text)) alter.Force();
   }
   if (!is_new) alter.Clause(DropText(change.kind, change.item));
-  if (!change.new_text.empty()) alter.Clause("add " + change.new_text);
+  if (!change.new_text.Empty()) alter.Clause("add " + change.new_text.Str());
 }
 
 // --- Options
@@ -333,7 +332,7 @@ void SetOptions(const TTableWork& work, TAlter& alter, TAlter& later) {
     if (!IsOptionsChange(*change)) continue;
     const bool leaves = SetsOption(*change, "ENGINE");
     const TChange* partitioning = PartitionChange(work);
-    const bool partitions = partitioning != nullptr && !partitioning->new_text.empty();
+    const bool partitions = partitioning != nullptr && !partitioning->new_text.Empty();
     if (leaves && NamesOnLeaving(work)) set_later(*change, {std::string(kOutlivesEngine), "DEFAULT"});
     std::string options;
     for (const auto& option : change->options)
@@ -352,7 +351,7 @@ namespace {
 
 bool UsesHash(const TElement& key) {
   if (key.kind != EElement::UniqueKey) return false;
-  const auto tokens = Tokens(key.text);
+  const TTokens tokens = key.text.Tokens();
   for (std::size_t at = 0; at + 1 < tokens.size(); ++at)
     if (IsKeyword(tokens[at], "using") && IsKeyword(tokens[at + 1], "hash")) return true;
   return false;
@@ -363,14 +362,14 @@ bool UsesHash(const TElement& key) {
 std::vector<TElement> HashKeys(const TTableWork& work) {
   std::vector<TElement> keys;
   const auto add = [&keys](const TElement& key) {
-    if (!key.text.empty() && UsesHash(key)) keys.push_back(key);
+    if (!key.text.Empty() && UsesHash(key)) keys.push_back(key);
   };
   const TTableText& table = work.target != nullptr ? *work.target : *work.reference;
   for (const TElement& key : table.elements) {
     const bool changes = std::any_of(work.changes.begin(), work.changes.end(), [&key](const TChange* change) {
       return IsKey(change->kind) && SameText(change->item, key.name);
     });
-    if (!changes && UsesHash(key)) add({key.kind, key.name, RemainingText(key, work)});
+    if (!changes && UsesHash(key)) add({key.kind, key.name, RemainingText(key.text, work)});
   }
   for (const TChange* change : work.changes) add({change->kind, change->item, change->new_text});
   return keys;

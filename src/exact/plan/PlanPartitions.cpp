@@ -31,14 +31,14 @@ std::vector<const TChange*> PartitionsDisturbed(const TTableWork& work) {
 
 bool RemovesPartitioning(const TTableWork& work) {
   const TChange* own = PartitionChange(work);
-  return (own != nullptr && own->new_text.empty()) || !PartitionsDisturbed(work).empty();
+  return (own != nullptr && own->new_text.Empty()) || !PartitionsDisturbed(work).empty();
 }
 
 void SetPartitioning(const TTableWork& work, TAlter& alter) {
   const TChange* own = PartitionChange(work);
   if (own == nullptr && !PartitionsDisturbed(work).empty()) alter.AtEnd(work.target->partitioning);
-  if (own == nullptr || own->new_text.empty()) return;
-  alter.AtEnd(own->new_text);
+  if (own == nullptr || own->new_text.Empty()) return;
+  alter.AtEnd(own->new_text.Str());
   alter.Makes(*own);
 }
 

@@ -236,12 +236,14 @@ class TPairReader {
     return plain != nullptr ? std::string(*plain) : CreationTextOf(file.Table(table));
   }
 
-  // Otherwise what it makes is looked at.
-  void Settle(TSideReader& side, const std::string& table) {
-    if (side.file == nullptr || side.file->PlainText(table) == nullptr) return;
+  // Otherwise what it makes is looked at: null for a table that has no such script, or more of it.
+  const TTableText* Settle(TSideReader& side, const std::string& table) {
+    if (side.file == nullptr || side.file->PlainText(table) == nullptr) return nullptr;
+    const TTableText& made = side.file->Table(table);
     std::string& text = side.read.texts.at(table);
-    text = CreationTextOf(side.file->Table(table));
+    text = CreationTextOf(made);
     if (&side == &reference_) MapCollations(collations_, text);
+    return &made;
   }
 
   // Once all is read that there is of a table.
@@ -264,14 +266,23 @@ class TPairReader {
     if (MayDifferUnseen(reading[0], reading[1], table)) return;
     if (LeftAlone(reading[0].table, reading[1].table, table)) return;
     TTaken& taken = taken_.emplace_back();
-    if (reading[0].text != nullptr) taken.reference = std::make_unique<TTableText>(std::move(reading[0].table));
-    if (reading[1].text != nullptr) taken.target = std::make_unique<TTableText>(std::move(reading[1].table));
+    taken.reference = reading[0].Give();
+    taken.target = reading[1].Give();
   }
 
   struct TReading {
     TSideReader& side;
     const std::string* text = nullptr;  // null where the side does not have the table
+    const TTableText* made = nullptr;   // by a script
     TTableText table{};
+
+    // The table once all is done that this is read for; null for none.
+    std::unique_ptr<TTableText> Give() {
+      if (text == nullptr) return nullptr;
+      table.ForgetReadings();
+      if (made != nullptr) made->ForgetReadings();
+      return std::make_unique<TTableText>(std::move(table));
+    }
   };
 
   // A script leaves to its server what the other side tells. False where the table cannot be followed.
@@ -301,13 +312,14 @@ class TPairReader {
   // Of texts that are the same it does not matter what they say.
   bool TakeApart(TReading& of, const std::string& table, bool same) {
     try {
-      Settle(of.side, table);
+      of.made = Settle(of.side, table);
     } catch (const EVelmora& error) {
       Skip(of.side, table, error.what(), true);
       return false;
     }
     try {
-      of.table = ReadTableText(WithoutRawLineEnds(*of.text));
+      const bool maps = &of.side == &reference_ && !collations_.empty();
+      of.table = of.made != nullptr && !maps ? *of.made : ReadTableWithoutRawLineEnds(*of.text, Tokens(*of.text));
       // The reference's own sequences are to be the target's.
       if (&of.side == &reference_)
         MoveSequences(of.table, reference_.texts->TextsDatabase(), target_.texts->TextsDatabase());
@@ -351,7 +363,7 @@ class TPairReader {
 
   // Two scripts may both leave to the server what it makes of the table.
   TTableText SharedTable(const std::string& text) {
-    TTableText table = ReadTableText(WithoutRawLineEnds(text));
+    TTableText table = ReadTableWithoutRawLineEnds(text, Tokens(text));
     if (reference_.file == nullptr || target_.file == nullptr) return table;
     Settle(reference_, table.name);
     table = ReadTableText(reference_.read.texts.at(table.name));

@@ -79,15 +79,12 @@ std::string Converted(const std::string& name, const TColumnText& had, const TCo
 TRowValue ValueOfColumn(const TTableRows& table, const std::string& column) {
   const std::string name = QuotedName(column);
   const TChange* change = table.ColumnChange(column);
-  const TElement* to = change == nullptr ? nullptr : table.reference->Find(EElement::Column, column);
-  if (to == nullptr || change->moved_only) return {EKind::Stored, name, {}};
-  const TColumnText has = ReadColumnText(*to, *table.reference);
-  const TElement* from = table.target->Find(EElement::Column, column);
-  if (change->action == saAddColumn || from == nullptr) return NewColumn(has);
+  if (change == nullptr || change->moved_only) return {EKind::Stored, name, {}};
+  const TColumnText& has = *change->new_column;
+  if (change->action == saAddColumn) return NewColumn(has);
   if (has.generated) return {EKind::Stored, "(" + *has.generated + ")", {}};
-  if (!KeepsValues(*from, *table.target, *to, *table.reference))
-    return {EKind::Unknown, {}, Format(kConverted, column)};
-  return {EKind::Stored, Converted(name, ReadColumnText(*from, *table.target), has), {}};
+  if (!KeepsValues(*change->old_column, has)) return {EKind::Unknown, {}, Format(kConverted, column)};
+  return {EKind::Stored, Converted(name, *change->old_column, has), {}};
 }
 
 TRowValue ValueOfPart(const TTableRows& table, const TKeyPart& part) {
@@ -141,7 +138,7 @@ class TRowInquiry {
   void AskAbout(const TTableRows& table, const TChange& change) {
     const bool adds = change.action == saAddKey || change.action == saModifyKey || change.action == saAddConstraint ||
                       change.action == saModifyConstraint;
-    if (change.action == saModifyColumn) AskNull(table, change);
+    if (change.action == saModifyColumn) AskNull(change);
     if (!adds) return;
     const TElement* element = table.reference->Find(change.kind, change.item);
     if (element == nullptr) return;
@@ -149,12 +146,9 @@ class TRowInquiry {
     if (element->kind == EElement::ForeignKey) AskOrphans(table, *element);
   }
 
-  void AskNull(const TTableRows& table, const TChange& change) {
-    const TElement* from = table.target->Find(EElement::Column, change.item);
-    const TElement* to = table.reference->Find(EElement::Column, change.item);
-    if (from == nullptr || to == nullptr) return;
-    const TColumnText had = ReadColumnText(*from, *table.target);
-    const TColumnText has = ReadColumnText(*to, *table.reference);
+  void AskNull(const TChange& change) {
+    const TColumnText& had = *change.old_column;
+    const TColumnText& has = *change.new_column;
     if (had.not_null || !has.not_null || has.generated || has.auto_increment) return;
     const std::string rows =
         Format("count(*), 1 from %s where %s is null", QuotedName(change.table), QuotedName(change.item));
@@ -166,7 +160,7 @@ class TRowInquiry {
     const bool changes = std::ranges::any_of(
         table.changes, [&](const TChange* change) { return IsKey(change->kind) && SameText(change->item, key.name); });
     if (changes || table.target->Find(key.kind, key.name) == nullptr) return false;
-    return std::ranges::any_of(KeyParts(key), [&](const TKeyPart& part) {
+    return std::ranges::any_of(key.text.KeyParts(), [&](const TKeyPart& part) {
       const TRowValue value = part.column.empty() ? TRowValue() : ValueOfColumn(table, part.column);
       return value.kind == EKind::Stored && value.sql.starts_with("convert(");
     });
@@ -174,7 +168,7 @@ class TRowInquiry {
 
   void AskUnique(const TTableRows& table, const TElement& key) {
     TStringList stored;
-    for (const TKeyPart& part : KeyParts(key)) {
+    for (const TKeyPart& part : key.text.KeyParts()) {
       const TRowValue value = ValueOfPart(table, part);
       if (value.kind == EKind::Null || value.kind == EKind::Numbered) return;  // no two rows are equal in this
       if (value.kind == EKind::Unknown) return Refuse(table, KeySubject(key), value.why);
@@ -200,7 +194,7 @@ class TRowInquiry {
 
   void AskOrphans(const TTableRows& table, const TElement& key) {
     const std::string subject = "foreign key " + key.name;
-    const TForeignKeyParts parts = ForeignKeyParts(key);
+    const TForeignKeyParts& parts = key.text.ForeignKey();
     const auto found = parts.database.empty() ? tables_.find(parts.table) : tables_.end();
     const TTableRows* parent = found == tables_.end() ? nullptr : &found->second;
     TReference reference;
