@@ -11,7 +11,7 @@
 #include "exact/Cases.h"
 #include "exact/plan/PlanApply.h"
 #include "exact/run/PairReader.h"
-#include "mysqltext/ScriptScanner.h"
+#include "mysqltext/StatementReader.h"
 #include "support/LineDiff.h"
 #include "support/MessageOf.h"
 

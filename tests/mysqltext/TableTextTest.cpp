@@ -49,14 +49,14 @@ TEST(TableTextTest, FindsKindsAndNames) {
   EXPECT_EQ(table.name, "t");
   EXPECT_EQ(table.elements.size(), 31U);
   ASSERT_NE(table.Find(EElement::Column, "ORDER, BY`S"), nullptr);
-  EXPECT_EQ(table.Find(EElement::Column, "order, by`s")->text, "`order, by``s` double DEFAULT 10000000000");
-  EXPECT_EQ(table.Find(EElement::Check, "c`x")->text, "CONSTRAINT `c``x` CHECK (`f` < 5 and `b` like 'a\\\\_%')");
+  EXPECT_EQ(table.Find(EElement::Column, "order, by`s")->text.Str(), "`order, by``s` double DEFAULT 10000000000");
+  EXPECT_EQ(table.Find(EElement::Check, "c`x")->text.Str(), "CONSTRAINT `c``x` CHECK (`f` < 5 and `b` like 'a\\\\_%')");
   EXPECT_EQ(table.Find(EElement::Check, "C`X"), nullptr);
   EXPECT_EQ(CreationTextOf(table, true).find("REFERENCES"), std::string::npos);
 
   const TTableText mysql = ReadTableText(ServerText("mysql8"));
-  EXPECT_EQ(mysql.Find(EElement::Column, "x")->text, "`x` int DEFAULT NULL /*!80023 INVISIBLE */");
-  EXPECT_EQ(mysql.Find(EElement::Check, "e_chk_1")->text,
+  EXPECT_EQ(mysql.Find(EElement::Column, "x")->text.Str(), "`x` int DEFAULT NULL /*!80023 INVISIBLE */");
+  EXPECT_EQ(mysql.Find(EElement::Check, "e_chk_1")->text.Str(),
             "CONSTRAINT `e_chk_1` CHECK ((`x` > 0)) /*!80016 NOT ENFORCED */");
   EXPECT_EQ(mysql.FindOption("TABLESPACE")->value, "`ts`");
   EXPECT_EQ(mysql.FindOption("ENCRYPTION")->value, "'Y'");
@@ -74,21 +74,28 @@ TEST(TableTextTest, TellsElementsByTheirFirstWords) {
     const TElement element = FirstElement(row[0]);
     const std::string kind = kKinds[static_cast<std::size_t>(element.kind)];
     EXPECT_EQ(element.name.empty() ? kind : kind + ": " + element.name, row.at(1)) << row[0];
-    EXPECT_EQ(element.text, row[0]);
+    EXPECT_EQ(element.text.Str(), row[0]);
   }
 }
 
 TEST(TableTextTest, ReadsColumnsOfKeys) {
-  EXPECT_THAT(KeyColumns(FirstElement("key k using btree (`a b`(10), c desc, (lower(`d`)), `x``y` asc)")),
+  const auto columns = [](const char* text) {
+    const TElement key = FirstElement(text);
+    TStringList names;
+    for (const TKeyPart& part : key.text.KeyParts()) names.push_back(part.column);
+    return names;
+  };
+  EXPECT_THAT(columns("key k using btree (`a b`(10), c desc, (lower(`d`)), `x``y` asc)"),
               ElementsAre("a b", "c", "", "x`y"));
-  EXPECT_THAT(KeyColumns(FirstElement("unique key (`id`,`app` WITHOUT OVERLAPS)")), ElementsAre("id"));
-  const TForeignKeyParts parts = ForeignKeyParts(
-      FirstElement("constraint f foreign key i (a, `b c`) references `d``b` . `p q` (x, y) match full"));
+  EXPECT_THAT(columns("unique key (`id`,`app` WITHOUT OVERLAPS)"), ElementsAre("id"));
+  const TForeignKeyParts parts =
+      FirstElement("constraint f foreign key i (a, `b c`) references `d``b` . `p q` (x, y) match full")
+          .text.ForeignKey();
   EXPECT_THAT(parts.columns, ElementsAre("a", "b c"));
   EXPECT_EQ(parts.database, "d`b");
   EXPECT_EQ(parts.table, "p q");
   EXPECT_THAT(parts.references, ElementsAre("x", "y"));
-  EXPECT_EQ(ForeignKeyParts(FirstElement("foreign key (a) references p (x)")).database, "");
+  EXPECT_EQ(FirstElement("foreign key (a) references p (x)").text.ForeignKey().database, "");
 }
 
 TEST(TableTextTest, ReadsHeadsOfDumps) {
@@ -97,7 +104,7 @@ TEST(TableTextTest, ReadsHeadsOfDumps) {
   EXPECT_TRUE(table.temporary);
   const TTableText ansi = ReadTableText("CREATE TABLE \"m`1\" (\n \"a\"\"b\" int,\n KEY \"k\" (\"a\"\"b\"))");
   EXPECT_EQ(CreationTextOf(ansi), "CREATE TABLE `m``1` (\n  `a\"b` int,\n  KEY `k` (`a\"b`)\n)");
-  EXPECT_EQ(ReadTableText("create table t (a int default \"x\")").elements[0].text, "a int default \"x\"");
+  EXPECT_EQ(ReadTableText("create table t (a int default \"x\")").elements[0].text.Str(), "a int default \"x\"");
 }
 
 TEST(TableTextTest, ReadsOptions) {
@@ -123,7 +130,7 @@ TEST(TableTextTest, SaysWhereAndWhatWasExpected) {
 
 TEST(TableTextTest, TakesColumnsApart) {
   const TTableText table = ReadTableText(ServerText("mariadb_all_kinds"));
-  const auto column = [&](const char* name) { return ReadColumnText(*table.Find(EElement::Column, name), table); };
+  const auto column = [&](const char* name) { return ReadColumnText(table.Find(EElement::Column, name)->text, table); };
   EXPECT_THAT(column("n").arguments, ElementsAre("a,b", "c'd", "e\\f", "("));
   EXPECT_EQ(column("n").charset, (TCharset{"latin1", "latin1_swedish_ci"}));
   EXPECT_EQ(column("b").charset, (TCharset{"latin1", "latin1_bin"}));
@@ -142,7 +149,7 @@ TEST(TableTextTest, TakesColumnsApart) {
   EXPECT_EQ(column("o").default_text, "uuid()");
 
   const auto of = [](const char* text) {
-    return ReadColumnText(FirstElement(text), ReadTableText("create table t (a int)"));
+    return ReadColumnText(FirstElement(text).text, ReadTableText("create table t (a int)"));
   };
   EXPECT_EQ(of("a double precision unsigned").type, "double");
   EXPECT_EQ(of("a character varying(3)").type, "varchar");
