@@ -34,19 +34,6 @@ TEST(MySqlResultSet, RowsThatNobodyWants) {
   EXPECT_THROW(TMySqlResultSet{rig.session}, EMySqlException);
 }
 
-TEST(MySqlResultSet, FurtherResults) {
-  TSessionRig rig(Queries(kHead + std::string("< \"1\" \"one\"\n< FE 0700 0A00\n< {4.1 ok}")).Dialogue());
-  rig.Connect();
-  rig.Query("q");
-  TMySqlResultSet rows(rig.session);
-  while (rows.Next()) {
-  }
-  EXPECT_TRUE(rig.session.HasMoreResults());
-  rig.session.ReadQueryResult();
-  EXPECT_FALSE(rig.session.HasMoreResults());
-  rig.ExpectDone();
-}
-
 // Rows that never end: one by one they take no memory, at once they end at the limit.
 TEST(MySqlResultSet, EndlessRows) {
   std::string text = kHead;

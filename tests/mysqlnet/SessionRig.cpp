@@ -96,13 +96,15 @@ void TellRows(TMySqlSession& session, bool whole, TStringList& told) {
 }
 
 void TellAnswer(TMySqlSession& session, bool whole, TStringList& told) {
-  if (session.has_result) {
+  if (session.has_result)
     TellRows(session, whole, told);
-    return;
-  }
-  told.push_back(Format("done: %d rows, id %d, status %x, %d warnings", session.affected_rows, session.insert_id,
-                        session.server_status, session.warning_count) +
-                 (session.info.empty() ? "" : ", " + ShownText(session.info)));
+  else
+    told.push_back(Format("done: %d rows, id %d, status %x, %d warnings", session.affected_rows, session.insert_id,
+                          session.server_status, session.warning_count) +
+                   (session.info.empty() ? "" : ", " + ShownText(session.info)));
+  if (!session.HasMoreResults()) return;
+  session.ReadQueryResult();
+  TellAnswer(session, whole, told);
 }
 
 }  // namespace

@@ -68,6 +68,8 @@ TEST(CreationScript, KnowsWhatAStatementIs) {
   };
   for (const auto& [kind, statements] : kStatements)
     for (const std::string& statement : statements) EXPECT_EQ(ReadStatementHead(statement).kind, kind) << statement;
+  for (const auto& [keys, as_is] : {std::pair("disable keys", true), {"enable keys", true}, {"enable", false}})
+    EXPECT_EQ(ReadStatementHead(std::string("alter table t ") + keys).leaves_as_is, as_is) << keys;
 }
 
 TEST(CreationScript, WarnsOfWhatMattersAndTellsTheRest) {

@@ -188,9 +188,11 @@ constexpr char kStandardOptions[] =
     "NoForeignKeyChecks=0 LogFontName=Tahoma LogFontSize=8 ScriptFontName=Courier New ScriptFontSize=9 flush";
 
 TEST(OptionsTest, AFirstStartSavesTheStandardValuesInOrder) {
-  TMemoryOptions store;
-  SaveOptions(LoadOptions(store), store);
-  EXPECT_EQ(JoinList(store.written, " "), kStandardOptions);
+  for (const TOptions& options : {TOptions(), LoadOptions(TMemoryOptions())}) {
+    TMemoryOptions store;
+    SaveOptions(options, store);
+    EXPECT_EQ(JoinList(store.written, " "), kStandardOptions);
+  }
 }
 
 TEST(OptionsTest, OnlyTheIntegerOneIsTrueAndOddValuesAreStandard) {

@@ -459,6 +459,8 @@ TEST_F(DBConnMySQL, ShortQueries) {
   MySqlQueryList("q", list, connection, &objects);
   EXPECT_EQ(list, (TStringList{"x", "", "z"}));
   EXPECT_EQ(objects, (std::vector<std::int64_t>{1, 0, 3}));
+  MySqlQueryList("q", list, connection);  // which of two columns takes the first
+  EXPECT_EQ(list.size(), 3U);
   MySqlQueryList("none", list, connection, &objects);
   EXPECT_TRUE(list.empty() && objects.empty());
 }
