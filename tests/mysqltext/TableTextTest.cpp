@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "mysqltext/ColumnType.h"
+#include "mysqltext/KeyText.h"
 #include "support/CaseRows.h"
 #include "support/MessageOf.h"
 #include "util/Text.h"
@@ -79,15 +80,9 @@ TEST(TableTextTest, TellsElementsByTheirFirstWords) {
 }
 
 TEST(TableTextTest, ReadsColumnsOfKeys) {
-  const auto columns = [](const char* text) {
-    const TElement key = FirstElement(text);
-    TStringList names;
-    for (const TKeyPart& part : key.text.KeyParts()) names.push_back(part.column);
-    return names;
-  };
-  EXPECT_THAT(columns("key k using btree (`a b`(10), c desc, (lower(`d`)), `x``y` asc)"),
+  EXPECT_THAT(KeyColumns(FirstElement("key k using btree (`a b`(10), c desc, (lower(`d`)), `x``y` asc)")),
               ElementsAre("a b", "c", "", "x`y"));
-  EXPECT_THAT(columns("unique key (`id`,`app` WITHOUT OVERLAPS)"), ElementsAre("id"));
+  EXPECT_THAT(KeyColumns(FirstElement("unique key (`id`,`app` WITHOUT OVERLAPS)")), ElementsAre("id"));
   const TForeignKeyParts parts =
       FirstElement("constraint f foreign key i (a, `b c`) references `d``b` . `p q` (x, y) match full")
           .text.ForeignKey();

@@ -47,6 +47,7 @@ class Fault:
     # Places and texts with "%d" for the number: what goes in there, or in place of the part.
     edits: list  # of (start, end, text)
     number: int = 0
+    place: int = 0  # among those of the file with the same rule and words, from 0
 
 
 def tokens_of(source):

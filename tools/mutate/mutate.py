@@ -14,10 +14,13 @@ A fault that no test comes by is "not reached". Headers, templates and what is r
 --folder   below src/, as in engines/mysql; may stand several times. Otherwise all but the desktop program
 --tests    test programs to run, as in test_core; "all" for every one that comes by the fault. Otherwise those of the
            fault's own folder or the next one above it that has some, the live ones too
+--like     plan.json of an earlier run: the faults of that run in place of new ones, where the sources still have them: a
+           fault is told by its file, its rule, the words of the source it is about, and which of several alike it is
 --work     where the copies stand. Otherwise velmora-mutate in the user's cache folder
 """
 
 import argparse
+import collections
 import concurrent.futures
 import hashlib
 import json
@@ -46,6 +49,7 @@ def command_line():
     parser.add_argument("--folder", action="append", default=[])
     parser.add_argument("--tests", action="append", default=[])
     cache = os.environ.get("XDG_CACHE_HOME") or pathlib.Path.home() / ".cache"
+    parser.add_argument("--like", type=pathlib.Path)
     parser.add_argument("--work", type=pathlib.Path, default=pathlib.Path(cache) / "velmora-mutate")
     options = parser.parse_args()
     if options.count < 1:
@@ -81,7 +85,7 @@ class Work:
     def __init__(self, options):
         self.options = options
         files = tracked_files()
-        digest = hashlib.sha256(repr((options.seed, options.count, options.folder)).encode())
+        digest = hashlib.sha256(repr((options.seed, options.count, options.folder, str(options.like))).encode())
         for name in (name for name in files if name.startswith(("src/", "tests/", "tools/mutate/"))):
             digest.update(name.encode() + b"\0" + (ROOT / name).read_bytes())
         self.folder = options.work.resolve() / f"{options.seed}-{options.count}-{digest.hexdigest()[:12]}"
@@ -135,8 +139,17 @@ class Planter:
 
     def plant(self, seed, count):
         waiting = [fault for name in sorted(self.entries) for fault in faults.Source(name, self.texts[name]).faults()]
+        seen = collections.Counter()
+        for fault in waiting:
+            fault.place = seen[fault.file, fault.rule, fault.shown]
+            seen[fault.file, fault.rule, fault.shown] += 1
         say(f"{len(waiting)} places in {len(self.entries)} sources")
-        random.Random(seed).shuffle(waiting)
+        if self.work.options.like:
+            waiting = self._faults_like(json.loads(self.work.options.like.read_text()), waiting)
+            say(f"{len(waiting)} of the earlier run are still there")
+            count = len(waiting)
+        else:
+            random.Random(seed).shuffle(waiting)
         number = 0
         while waiting and (missing := count - sum(map(len, self.planted.values()))) > 0:
             touched = set()
@@ -150,6 +163,17 @@ class Planter:
                 list(pool.map(self._settle, sorted(touched)))
             say(f"{sum(map(len, self.planted.values()))} of {count} compile, {self.dropped} do not")
         return sorted((f for planted in self.planted.values() for f in planted), key=lambda fault: fault.number)
+
+    @staticmethod
+    def _faults_like(plan, faults_here):
+        places = {}
+        for fault in faults_here:
+            places.setdefault((fault.file, fault.rule, fault.shown), []).append(fault)
+        return [
+            places[key][fault["place"]]
+            for fault in plan
+            if fault["place"] < len(places.get(key := (fault["file"], fault["rule"], fault["shown"]), []))
+        ]
 
     def _settle(self, name):
         while self.planted[name]:
@@ -276,7 +300,7 @@ def make_plan(work):
     work.make_copy()
     work.configure()
     planted = Planter(work).plant(work.options.seed, work.options.count)
-    plan = [{"number": f.number, "file": f.file, "line": f.line, "rule": f.rule, "shown": f.shown} for f in planted]
+    plan = [{"number": f.number, "file": f.file, "line": f.line, "rule": f.rule, "shown": f.shown, "place": f.place} for f in planted]
     unfinished = work.plan.with_suffix(".part")
     unfinished.write_text(json.dumps(plan, indent=1))
     unfinished.rename(work.plan)
