@@ -1,6 +1,5 @@
 // Questions on a real terminal.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -75,10 +74,7 @@ TEST_F(PromptTest, AnswersCanBeCorrectedAndSecretsAreNotShown) {
     SCOPED_TRACE(answer);
     const bool secret = shown == kUnseen;
     EXPECT_EQ(Answer(keys, secret), answer);
-    if (secret)
-      EXPECT_EQ(shown_, shown);
-    else
-      EXPECT_THAT(shown_, ::testing::StartsWith(shown));
+    EXPECT_EQ(secret ? shown_ : shown_.substr(0, std::strlen(shown)), shown);
   }
 }
 

@@ -60,13 +60,5 @@ TEST_F(TaskCommandTest, APortBeyondTheLastIsRefusedAtTheConnection) {
   EXPECT_THAT(RunInProcess({"compare", file_}).err, HasSubstr("70000 is no port: it must be a number from 1 to 65535"));
 }
 
-TEST_F(TaskCommandTest, ACutFileIsNamed) {
-  const std::string whole = Written({});
-  WriteFileText(file_, whole.substr(0, whole.size() - 8));
-  const std::string fault = "velmora-cli: " + file_ + ": Not a zip archive\n";
-  EXPECT_EQ(RunInProcess({"task", "show", file_}).err, fault);
-  EXPECT_EQ(RunInProcess({"compare", file_}).err, fault);
-}
-
 }  // namespace
 }  // namespace velmora

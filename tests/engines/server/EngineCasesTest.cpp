@@ -28,12 +28,24 @@
 #include "util/Format.h"
 #include "util/Lists.h"
 #include "util/Text.h"
+#include "xml/XMLAccess.h"
 
 namespace velmora::testing {
 namespace {
 
 constexpr char kCases[] = VELMORA_SOURCE_DIR "/tests/data/servers/";
 constexpr char kOracle[] = VELMORA_FAKE_CLIENTS "/oracle";
+
+std::unique_ptr<TDBConn> FirebirdEngine(const std::string& path, const std::string& server = {}) {
+  return std::make_unique<TDBConnInterbase>(NewFirebirdDatabase(), server, path, "SYSDBA", "secret");
+}
+
+std::unique_ptr<TDBConnOracle> OracleEngine(const std::string& authmode = "Normal", bool direct = false) {
+  return std::make_unique<TDBConnOracle>(std::make_unique<TOraLibrarySession>(kOracle), "ORCL", "scott", "tiger",
+                                         authmode, direct);
+}
+
+// --- Calls of an engine
 
 using TCall = std::string (*)(TDBConn& engine, const std::string& rest);
 
@@ -147,6 +159,13 @@ const std::map<std::string, TCall> kCalls = {
      }},
     {"rows", RowsOf},
     {"run", [](TDBConn& e, const std::string& sql) { return Format("%d\n", e.ExecSQL(sql)); }},
+    {"part",
+     [](TDBConn& e, const std::string& table) {
+       std::unique_ptr<TDataset> rows = e.OpenTableDataChunk(table, 11, 5);
+       const std::int64_t count = rows->RecordCount();
+       e.CloseTable(std::move(rows));
+       return Format("%d\n", count);
+     }},
     {"drop-table", [](TDBConn& e, const std::string& table) { return e.DropTable(table), Done(); }},
     {"drop-column",
      [](TDBConn& e, const std::string& rest) {
@@ -163,6 +182,8 @@ const std::map<std::string, TCall> kCalls = {
      }},
 };
 
+// --- Transcripts
+
 class EngineCases : public ::testing::TestWithParam<std::string> {
  public:
   EngineCases() { unsetenv("ORACLE_HOME"); }
@@ -174,8 +195,13 @@ class EngineCases : public ::testing::TestWithParam<std::string> {
 
   // What a step gives.
   std::string Step(const std::string& word, const std::string& rest, const std::string& below) {
-    if (word == "firebird") return Use(Firebird(below)), below;
-    if (word == "oracle") return Use(Oracle(below)), below;
+    if (word == "firebird")
+      return Use(FirebirdEngine(firebird_.NewDatabaseOf(std::to_string(++databases_), below))), below;
+    if (word == "oracle") {
+      engine_.reset();
+      AddOracleAnswers(oracle_ = {}, below);
+      return Use(OracleEngine()), below;
+    }
     if (word == "told") return Told();
     try {
       return kCalls.at(word)(*engine_, rest);
@@ -185,17 +211,6 @@ class EngineCases : public ::testing::TestWithParam<std::string> {
   }
 
  private:
-  std::unique_ptr<TDBConn> Firebird(const std::string& statements) {
-    const std::string path = firebird_.NewDatabaseOf(std::to_string(++databases_), statements);
-    return std::make_unique<TDBConnInterbase>(NewFirebirdDatabase(), "", path, "SYSDBA", "");
-  }
-  std::unique_ptr<TDBConn> Oracle(const std::string& answers) {
-    engine_.reset();
-    oracle_ = {};
-    AddOracleAnswers(oracle_, answers);
-    return std::make_unique<TDBConnOracle>(std::make_unique<TOraLibrarySession>(kOracle), "ORCL", "scott", "tiger",
-                                           "Normal", false);
-  }
   void Use(std::unique_ptr<TDBConn> engine) {
     engine_ = std::move(engine);
     engine_->Connect();
@@ -220,6 +235,60 @@ TEST_P(EngineCases, GiveWhatIsWritten) {
 
 INSTANTIATE_TEST_SUITE_P(Servers, EngineCases, ::testing::ValuesIn(TranscriptNames(kCases)),
                          [](const auto& name) { return name.param; });
+
+// --- Without a database
+
+TEST(EnginesApart, ACopyHasTheStoreAndTheSameKeys) {
+  const struct {
+    std::shared_ptr<TDBConn> engine;
+    TStringList keys;
+    const char* values;
+  } cases[] = {
+      {FirebirdEngine("/d/x.fdb", "srv"),
+       {"server", "database", "username", "password"},
+       "srv|/d/x.fdb|SYSDBA|secret|"},
+      {OracleEngine("SYSDBA", true), {"server", "username", "authmode", "direct"}, "ORCL|scott|SYSDBA|Y|"},
+      {OracleEngine("", false), {"password", "authmode", "direct"}, "tiger||N|"},
+  };
+  for (const auto& [engine, keys, values] : cases) {
+    engine->meta().tTables.Append().name = "KEPT";
+    engine->meta().tTables.Post();
+    const std::unique_ptr<TDBConn> copy = engine->Clone();
+    EXPECT_FALSE(copy->GetConnected());
+    EXPECT_EQ(DumpMeta(copy->meta()), "table KEPT\n");
+    TXMLAccess store;
+    copy->SaveParams("/root/x", store);
+    std::string saved;
+    for (const std::string& key : keys) saved += store.xmlGetVal("/root/x/" + key) + "|";
+    EXPECT_EQ(saved, values);
+    TMetaColumn parsed{"T", "A", ntI8, "INT64", 5, 0, false, "", false};
+    copy->ParseColumnDescription("TEXT(10) not null", parsed);
+    EXPECT_TRUE(parsed.datatype == ntI8 && parsed.size == 5 && !parsed.notnull) << "nothing is parsed";
+  }
+  EXPECT_THROW(cases[0].engine->GetConnectionObject(), EAbstractError);
+  EXPECT_THROW(cases[0].engine->ApplyParams(), EAbstractError);
+}
+
+TEST(EnginesApart, OracleHandsItsParametersToTheSession) {
+  const struct {
+    const char* authmode;
+    bool direct;
+    int mode;
+    const char* message = "nothing raised";
+  } cases[] = {{"Normal", false, 0},
+               {"", true, 0},
+               {"SYSDBA", false, 2},
+               {"SYSOPER", false, 1},
+               {"sysdba", false, 0, "Invalid Oracle authentication mode!"}};
+  for (const auto& c : cases) {
+    const auto engine = OracleEngine(c.authmode, c.direct);
+    EXPECT_EQ(MessageOf([&] { engine->ApplyParams(); }), c.message) << c.authmode;
+    const TOraSession& session = engine->GetConnectionObject();
+    EXPECT_EQ(session.ConnectMode, c.mode) << c.authmode;
+    EXPECT_EQ(session.Options.Net, c.direct) << c.authmode;
+    EXPECT_EQ(session.Server + session.Username + session.Password, "ORCLscotttiger");
+  }
+}
 
 }  // namespace
 }  // namespace velmora::testing
