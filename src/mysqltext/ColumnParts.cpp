@@ -41,7 +41,7 @@ class TColumnReader {
   void ReadRest();
   TTokenRange ReadExpression();
   TTokenRange ReadBracketed();
-  void BehindEquals() {
+  void AfterEquals() {
     if (Now().Is("=")) ++at_;
   }
 
@@ -96,7 +96,7 @@ void TColumnReader::ReadType() {
 // What stands between the bracket here and the one that closes it.
 TTokenRange TColumnReader::ReadBracketed() {
   const std::size_t open = at_;
-  at_ = BehindGroup(tokens_, open);
+  at_ = AfterGroup(tokens_, open);
   return {open + 1, std::max(at_ - 1, open + 1)};
 }
 
@@ -118,7 +118,7 @@ bool TColumnReader::ReadFlag() {
 bool TColumnReader::ReadCharset() {
   const bool charset = Take("character", "set") || Take("charset");
   if (!charset && !Take("collate")) return false;
-  BehindEquals();
+  AfterEquals();
   const TToken& token = Now();
   const std::string value = token.kind == EToken::String ? ValueOf(token) : NameOf(token);
   if (charset)
@@ -162,16 +162,16 @@ bool TColumnReader::ReadGenerated() {
   return Take("virtual");
 }
 
-// A value as servers print one: with a sign, in brackets, a word or a call, a text behind a word (date'...'), texts in
+// A value as servers print one: with a sign, in brackets, a word or a call, a text after a word (date'...'), texts in
 // a row.
 TTokenRange TColumnReader::ReadExpression() {
   const std::size_t first = at_;
   if (Now().Is("-") || Now().Is("+")) ++at_;
   const EToken kind = Now().kind;
-  at_ = BehindValue(tokens_, at_);
+  at_ = AfterValue(tokens_, at_);
   if (kind == EToken::Word || kind == EToken::String)
     while (Now().kind == EToken::String) ++at_;
-  if (kind == EToken::Word && Now().Is("(")) at_ = BehindGroup(tokens_, at_);
+  if (kind == EToken::Word && Now().Is("(")) at_ = AfterGroup(tokens_, at_);
   at_ = std::min(at_, tokens_.size());
   return {std::min(first, at_), at_};
 }
@@ -184,7 +184,7 @@ void TColumnReader::ReadReferences() {
   };
   ++at_;
   while (IsName(Now()) || Now().Is(".")) ++at_;
-  if (Now().Is("(")) at_ = BehindGroup(tokens_, at_);
+  if (Now().Is("(")) at_ = AfterGroup(tokens_, at_);
   while (rule())
     if (!Take("set", "null") && !Take("set", "default") && !Take("no", "action")) ++at_;
   at_ = std::min(at_, tokens_.size());
@@ -195,8 +195,8 @@ void TColumnReader::ReadRest() {
   if (IsKeyword(Now(), "references")) {
     ReadReferences();
   } else {
-    at_ = BehindValue(tokens_, at_);
-    if (Now().Is("=")) at_ = std::min(BehindValue(tokens_, at_ + 1), tokens_.size());
+    at_ = AfterValue(tokens_, at_);
+    if (Now().Is("=")) at_ = std::min(AfterValue(tokens_, at_ + 1), tokens_.size());
   }
   parts_.rest.push_back({first, at_});
 }

@@ -20,19 +20,19 @@ std::string KeyTextWithout(const TElementText& key, std::string_view name) {
     if (!SameText(part.column, name)) kept += (kept.empty() ? "" : ",") + part.text;
   if (kept.empty()) return {};
   const std::size_t open = NextBracket(tokens, 0);
-  const std::size_t close = BehindGroup(tokens, open) - 1;
+  const std::size_t close = AfterGroup(tokens, open) - 1;
   return key.Str().substr(0, tokens[open].End()) + kept + key.Str().substr(tokens[close].start);
 }
 
 TKeyUse SplitKeyUse(const TElementText& key) {
   const TTokens tokens = key.Tokens();
   const std::size_t end = tokens.size();
-  for (std::size_t at = BehindGroup(tokens, NextBracket(tokens, 0)); at < end; ++at) {
+  for (std::size_t at = AfterGroup(tokens, NextBracket(tokens, 0)); at < end; ++at) {
     const bool used = IsKeyword(tokens[at], "visible") || IsKeyword(tokens[at], "not");
     if (!used && !IsKeyword(tokens[at], "ignored") && !IsKeyword(tokens[at], "invisible")) continue;
-    const std::size_t behind = IsKeyword(tokens[at], "not") ? std::min(at + 2, end) : at + 1;
+    const std::size_t after = IsKeyword(tokens[at], "not") ? std::min(at + 2, end) : at + 1;
     TKeyUse result{key.Part({0, at}), used ? "" : LowerText(tokens[at].text)};
-    if (behind < end) result.text += " " + key.Part({behind, end});
+    if (after < end) result.text += " " + key.Part({after, end});
     return result;
   }
   return {key.Str(), ""};
@@ -83,9 +83,9 @@ std::string PinnedColumnText(const TElementText& column, const TTableText& from,
   const TColumnText here = ReadColumnText(column, from);
   if (!here.HasLetters() || SameCharset(here.charset, ReadColumnText(column, to).charset)) return column.Str();
 
-  // What is inherited stands nowhere in the text, so its own place is free: behind the type and its brackets.
+  // What is inherited stands nowhere in the text, so its own place is free: after the type and its brackets.
   const TTokens tokens = column.Tokens();
-  const std::size_t type = TokenAt(tokens, 2).Is("(") ? BehindGroup(tokens, 2) - 1 : 1;
+  const std::size_t type = TokenAt(tokens, 2).Is("(") ? AfterGroup(tokens, 2) - 1 : 1;
   const std::size_t place = tokens[type].End();
   std::string own;
   if (const auto* charset = from.FindOption("DEFAULT CHARSET")) own += " CHARACTER SET " + charset->value;

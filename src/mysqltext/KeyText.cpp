@@ -26,7 +26,7 @@ bool IsConstraintWord(const TToken& token) {
   return false;
 }
 
-std::size_t BehindIfNotExists(TTokens tokens, std::size_t at) {
+std::size_t AfterIfNotExists(TTokens tokens, std::size_t at) {
   const bool there = IsKeyword(TokenAt(tokens, at), "if") && IsKeyword(TokenAt(tokens, at + 1), "not") &&
                      IsKeyword(TokenAt(tokens, at + 2), "exists");
   return there ? at + 3 : at;
@@ -36,7 +36,7 @@ bool IsKeyType(const TToken& token) { return IsKeyword(token, "using") || IsKeyw
 
 // Takes the name that may stand before the list of columns.
 void TakeIndexName(TTokens tokens, TElementHead& head) {
-  head.body = BehindIfNotExists(tokens, head.body);
+  head.body = AfterIfNotExists(tokens, head.body);
   const TToken& token = TokenAt(tokens, head.body);
   if (!IsName(token)) return;
   if (IsKeyType(token) && !TokenAt(tokens, head.body + 1).Is("(")) return;
@@ -126,7 +126,7 @@ const TToken& TokenAt(TTokens tokens, std::size_t at) {
 
 bool IsName(const TToken& token) { return token.kind == EToken::Name || token.kind == EToken::Word; }
 
-std::size_t BehindGroup(TTokens tokens, std::size_t open) {
+std::size_t AfterGroup(TTokens tokens, std::size_t open) {
   std::size_t depth = 0;
   for (std::size_t at = open; at < tokens.size(); ++at) {
     if (tokens[at].Is("(")) ++depth;
@@ -135,8 +135,8 @@ std::size_t BehindGroup(TTokens tokens, std::size_t open) {
   return tokens.size();
 }
 
-std::size_t BehindValue(TTokens tokens, std::size_t at) {
-  return TokenAt(tokens, at).Is("(") ? BehindGroup(tokens, at) : at + 1;
+std::size_t AfterValue(TTokens tokens, std::size_t at) {
+  return TokenAt(tokens, at).Is("(") ? AfterGroup(tokens, at) : at + 1;
 }
 
 std::optional<TElementHead> ReadElementHead(TTokens tokens) {
@@ -159,15 +159,15 @@ std::optional<TElementHead> ReadElementHead(TTokens tokens) {
 
 std::vector<TTokenRange> ListParts(TTokens tokens, std::size_t open) {
   std::vector<TTokenRange> result;
-  const std::size_t behind = BehindGroup(tokens, open);
-  if (behind < open + 3) return result;
+  const std::size_t after = AfterGroup(tokens, open);
+  if (after < open + 3) return result;
   TTokenRange part{open + 1, open + 1};
-  for (std::size_t at = open + 1; at + 1 < behind; at = part.last) {
+  for (std::size_t at = open + 1; at + 1 < after; at = part.last) {
     if (tokens[at].Is(",")) {
       result.push_back(part);
       part = {at + 1, at + 1};
     } else {
-      part.last = BehindValue(tokens, at);
+      part.last = AfterValue(tokens, at);
     }
   }
   result.push_back(part);
@@ -185,7 +185,7 @@ TForeignKeyParts ReadForeignKeyParts(TTokens tokens, std::size_t body) {
   TForeignKeyParts parts;
   const std::size_t open = NextBracket(tokens, body);
   parts.columns = ListColumns(tokens, open);
-  std::size_t at = BehindGroup(tokens, open);
+  std::size_t at = AfterGroup(tokens, open);
   if (IsKeyword(TokenAt(tokens, at), "references")) ++at;
   if (IsName(TokenAt(tokens, at))) parts.table = NameOf(tokens[at++]);
   if (TokenAt(tokens, at).Is(".") && IsName(TokenAt(tokens, at + 1))) {
@@ -195,7 +195,7 @@ TForeignKeyParts ReadForeignKeyParts(TTokens tokens, std::size_t body) {
   }
   if (TokenAt(tokens, at).Is("(")) {
     parts.references = ListColumns(tokens, at);
-    at = BehindGroup(tokens, at);
+    at = AfterGroup(tokens, at);
   }
   parts.rules = at;
   return parts;

@@ -12,13 +12,13 @@
 
 namespace velmora {
 
-// The token at a place, or an End behind the last one.
+// The token at a place, or an End after the last one.
 const TToken& TokenAt(TTokens tokens, std::size_t at);
 bool IsName(const TToken& token);  // in backticks or a word
-// Behind the bracket that closes the one at `open`; the number of tokens when nothing closes it.
-std::size_t BehindGroup(TTokens tokens, std::size_t open);
-// Behind whatever is at `at`: a group in brackets or one token.
-std::size_t BehindValue(TTokens tokens, std::size_t at);
+// After the bracket that closes the one at `open`; the number of tokens when nothing closes it.
+std::size_t AfterGroup(TTokens tokens, std::size_t open);
+// After whatever is at `at`: a group in brackets or one token.
+std::size_t AfterValue(TTokens tokens, std::size_t at);
 
 // The place of the next opening bracket, from `at` on; the number of tokens for none.
 std::size_t NextBracket(TTokens tokens, std::size_t at);
@@ -26,7 +26,7 @@ std::size_t NextBracket(TTokens tokens, std::size_t at);
 struct TElementHead {
   EElement kind = EElement::Column;
   std::string name;      // as TElement has it
-  std::size_t body = 0;  // the first token behind kind and name
+  std::size_t body = 0;  // the first token after kind and name
 };
 // Nothing for what begins no element.
 std::optional<TElementHead> ReadElementHead(TTokens tokens);

@@ -158,7 +158,7 @@ void TLexer::ReadWordOrNumber() {
   Add(number ? EToken::Number : EToken::Word, start);
 }
 
-// A point begins a number unless it stands behind a name, as in t.1a.
+// A point begins a number unless it stands after a name, as in t.1a.
 bool TLexer::StartsFraction() const {
   if (text_[at_] != '.' || !IsDigit(At(at_ + 1))) return false;
   if (tokens_.empty() || tokens_.back().End() != at_) return true;
@@ -202,7 +202,7 @@ class TGapWriter {
     Blank();
   }
   void WriteToken(std::string_view token) { out_ += token; }
-  // What stands behind the last token: only what closes the marks that are open.
+  // What stands after the last token: only what closes the marks that are open.
   void Close(std::string_view gap) {
     for (std::size_t at = 0; at < gap.size() && open_ > 0;) at = WriteStep(gap, at);
     for (; open_ > 0; --open_) out_ += " */";
@@ -243,8 +243,8 @@ bool IsPlainGap(std::string_view gap) {
   return gap.empty() || gap == " " || std::all_of(gap.begin(), gap.end(), [](char c) { return c == ' ' || c == '\t'; });
 }
 
-std::string_view Gap(std::string_view text, std::span<const TToken> tokens, std::size_t behind) {
-  return text.substr(tokens[behind].End(), tokens[behind + 1].start - tokens[behind].End());
+std::string_view Gap(std::string_view text, std::span<const TToken> tokens, std::size_t after) {
+  return text.substr(tokens[after].End(), tokens[after + 1].start - tokens[after].End());
 }
 
 char Unescaped(char c) {

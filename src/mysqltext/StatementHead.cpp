@@ -66,7 +66,7 @@ class THeadScanner {
 
   void SkipBlanks() {
     while (pos_ < text_.size()) {
-      const std::size_t end = BehindBlank();
+      const std::size_t end = AfterBlank();
       if (end == pos_) return;
       pos_ = std::min(end, text_.size());
     }
@@ -74,7 +74,7 @@ class THeadScanner {
 
  private:
   // `pos_` where there is none.
-  std::size_t BehindBlank() const {
+  std::size_t AfterBlank() const {
     if (IsBlank(text_[pos_])) return pos_ + 1;
     if (with_versions_) {
       if (const std::size_t mark = VersionMark(text_, pos_)) return pos_ + mark;

@@ -25,7 +25,7 @@ enum class EStatementKind {
 
 struct TStatementHead {
   EStatementKind kind = EStatementKind::Other;
-  // Of a CreateTable, offsets in the statement: where a qualified name begins, and the part behind its last point. Of a
+  // Of a CreateTable, offsets in the statement: where a qualified name begins, and the part after its last point. Of a
   // Use, a Drop, an Object too.
   std::size_t qualifier = 0;
   std::size_t name = 0;

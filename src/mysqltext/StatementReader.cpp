@@ -75,7 +75,7 @@ bool TStatementReader::TakeDelimiterLine() {
   return true;
 }
 
-// Goes behind the statement and its delimiter; gives where its text ends.
+// Goes past the statement and its delimiter; gives where its text ends.
 std::size_t TStatementReader::PassStatement() {
   std::size_t tail = kNone;  // where line comments begin that nothing but blanks has followed so far
   std::size_t tail_end = 0;
@@ -168,7 +168,7 @@ class TScanner {
   std::string_view script_;
   std::size_t at_ = 0;
   std::size_t start_ = 0;   // of the statement under way
-  std::size_t end_ = 0;     // behind what it has so far; at most start_ while it has nothing
+  std::size_t end_ = 0;     // after what it has so far; at most start_ while it has nothing
   bool versioned_ = false;  // in a comment for servers of a version, which ends like any other
   std::vector<TScriptRange> found_;
 };

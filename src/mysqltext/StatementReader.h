@@ -20,7 +20,7 @@ struct TStatement {
 //
 // A statement ends at ";" outside quotes and comments, or at what a `delimiter` line has put in its place; the last one
 // needs no end. A backslash escapes within ' and ", not within backticks; a doubled quote closes and opens again.
-// Comments in front of a statement, and line comments behind the last one, do not belong to it.
+// Comments in front of a statement, and line comments after the last one, do not belong to it.
 class TStatementReader {
  public:
   // `with_versions`: what stands in comments for servers of a version is a statement, or part of one; its text begins

@@ -119,9 +119,9 @@ std::optional<TTableOption> ReadTableOption(std::string_view text, TTokens token
   if (TokenAt(tokens, at).Is("-") || TokenAt(tokens, at).Is("+")) ++at;
   const bool group = TokenAt(tokens, at).Is("(");
   if (!group && !IsValue(TokenAt(tokens, at))) return std::nullopt;
-  const std::size_t behind = BehindValue(tokens, at);
-  if (group && !tokens[behind - 1].Is(")")) return std::nullopt;
-  at = behind;
+  const std::size_t after = AfterValue(tokens, at);
+  if (group && !tokens[after - 1].Is(")")) return std::nullopt;
+  at = after;
   option.value = TextOf(text, tokens, first, at);
   return option;
 }

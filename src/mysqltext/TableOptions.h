@@ -11,7 +11,7 @@
 
 namespace velmora {
 
-// Reads the option that begins at `at`, which then stands behind it. Nothing, and `at` where the fault is, for what is
+// Reads the option that begins at `at`, which moves past it. Nothing, and `at` where the fault is, for what is
 // no option. `tokens` end with End.
 std::optional<TTableOption> ReadTableOption(std::string_view text, TTokens tokens, std::size_t& at);
 

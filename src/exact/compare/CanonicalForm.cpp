@@ -176,7 +176,7 @@ void AddKey(TTokens tokens, std::size_t body, TCanonicalForm& form) {
   for (std::size_t at = body; at < tokens.size();) {
     if (tokens[at].Is("(")) {
       form[ESlot::Columns] = KeyParts(tokens, at);
-      at = BehindGroup(tokens, at);
+      at = AfterGroup(tokens, at);
     } else if (const TToken* method = TakeValue(tokens, "using", at)) {
       form[ESlot::Using] = {WordToken(method->text)};
     } else if (const TToken* old_method = TakeValue(tokens, "type", at)) {
@@ -224,9 +224,9 @@ void AddForeignKey(const TElementText& text, TCanonicalForm& form) {
 }
 
 void AddCheck(TTokens tokens, std::size_t body, TCanonicalForm& form) {
-  const std::size_t behind = std::min(BehindGroup(tokens, body), tokens.size());
-  form[ESlot::Check] = Expression(tokens, {std::min(body, behind), behind});
-  form[ESlot::Rest] = Canonical(tokens, {behind, tokens.size()});
+  const std::size_t after = std::min(AfterGroup(tokens, body), tokens.size());
+  form[ESlot::Check] = Expression(tokens, {std::min(body, after), after});
+  form[ESlot::Rest] = Canonical(tokens, {after, tokens.size()});
   if (form[ESlot::Rest] == TCanonicalTokens{WordToken("enforced")}) form[ESlot::Rest].clear();
 }
 

@@ -14,7 +14,7 @@
 
 namespace velmora {
 
-// A word or name (in lower case; Name where case counts), a text (its value behind prefix and quote), number or symbol.
+// A word or name (in lower case; Name where case counts), a text (its value after prefix and quote), number or symbol.
 struct TCanonicalToken {
   EToken kind = EToken::Word;
   std::string text;

@@ -109,7 +109,7 @@ long long IntegerDigits(const TColumnText& c) {
   return IsUnsigned(c) ? row->unsigned_digits : row->digits;
 }
 
-// float(30) is a double; float(7,4) keeps seven digits, four of them behind the point.
+// float(30) is a double; float(7,4) keeps seven digits, four of them after the point.
 bool IsDouble(const TColumnText& c) {
   return c.type == "double" || (c.type == "float" && c.arguments.size() == 1 && LengthOr(c, 0) > 24);
 }

@@ -53,13 +53,13 @@ class TExpressions {
   }
   void FindInCheck() {
     const std::size_t body = text_.Body();
-    const std::size_t behind = BehindGroup(tokens_, body);
-    if (TokenAt(tokens_, body).Is("(") && behind <= tokens_.size()) ranges_ = {TTokenRange{body + 1, behind - 1}};
+    const std::size_t after = AfterGroup(tokens_, body);
+    if (TokenAt(tokens_, body).Is("(") && after <= tokens_.size()) ranges_ = {TTokenRange{body + 1, after - 1}};
   }
   void FindInKey() {
     for (const TTokenRange part : ListParts(tokens_, NextBracket(tokens_, 0))) {
       ranges_.emplace_back();
-      if (TokenAt(tokens_, part.first).Is("(")) ranges_.back() = {part.first, BehindGroup(tokens_, part.first)};
+      if (TokenAt(tokens_, part.first).Is("(")) ranges_.back() = {part.first, AfterGroup(tokens_, part.first)};
     }
   }
 

@@ -88,8 +88,8 @@ class TColumnRewriter {
         taken_(tokens_.size(), false),
         charset_(of_table) {
     if (!parts_.charset.empty() || !parts_.collation.empty()) charset_ = NamedCharset(parts_.charset, parts_.collation);
-    behind_type_ = BehindType();
-    type_ = source_.Part({1, behind_type_});
+    after_type_ = AfterType();
+    type_ = source_.Part({1, after_type_});
   }
 
   void Complete(const TCharset& of_table, const TElement* counterpart, const TServerTraits& server) {
@@ -103,13 +103,13 @@ class TColumnRewriter {
   }
 
  private:
-  std::size_t BehindType() const {
+  std::size_t AfterType() const {
     std::size_t at = IsKeyword(TokenAt(tokens_, 1), "national") ? 3 : 2;
     while (
         at < tokens_.size() && tokens_[at].kind == EToken::Word &&
         InList(LowerText(tokens_[at].text), {"varying", "precision", "varchar", "varbinary", "varcharacter", "char"}))
       ++at;
-    return TokenAt(tokens_, at).Is("(") ? BehindGroup(tokens_, at) : at;
+    return TokenAt(tokens_, at).Is("(") ? AfterGroup(tokens_, at) : at;
   }
   std::string Arguments() const {
     if (parts_.arguments.first == parts_.arguments.last) return {};
@@ -136,7 +136,7 @@ class TColumnRewriter {
   }
 
   void TakeCharset() {
-    for (std::size_t at = behind_type_; at < tokens_.size(); ++at) {
+    for (std::size_t at = after_type_; at < tokens_.size(); ++at) {
       const bool set = IsKeyword(tokens_[at], "character") && IsKeyword(TokenAt(tokens_, at + 1), "set");
       const bool one = IsKeyword(tokens_[at], "charset") || IsKeyword(tokens_[at], "collate");
       if (!set && !one) continue;
@@ -174,7 +174,7 @@ class TColumnRewriter {
     SetType(type_ + " CHARACTER SET " + charset);
   }
 
-  // "binary" behind a type of letters asks for the set's collation by bytes.
+  // "binary" after a type of letters asks for the set's collation by bytes.
   bool IsBinary() { return TakeWord("binary"); }
 
   // text(n) is the smallest type that takes as many letters.
@@ -219,9 +219,9 @@ class TColumnRewriter {
 
   void Write() {
     std::string text = QuotedName(column_.name) + " " + type_;
-    for (std::size_t at = behind_type_; at < tokens_.size(); ++at) {
+    for (std::size_t at = after_type_; at < tokens_.size(); ++at) {
       if (taken_[at]) continue;
-      const bool apart = tokens_[at].start > tokens_[at - 1].End() || taken_[at - 1] || at == behind_type_;
+      const bool apart = tokens_[at].start > tokens_[at - 1].End() || taken_[at - 1] || at == after_type_;
       text += (apart ? " " : "") + std::string(tokens_[at].text);
     }
     if (!check_.empty()) text += " " + check_;
@@ -256,7 +256,7 @@ class TColumnRewriter {
   std::string kind_;  // its type without arguments, as it becomes
   std::vector<bool> taken_;
   TCharset charset_;
-  std::size_t behind_type_ = 0;
+  std::size_t after_type_ = 0;
   std::string type_;
   std::string check_;
   bool changed_ = false;
@@ -314,8 +314,8 @@ std::string CutPart(const TKeyPart& part, const TColumnText& column, bool unique
   const long long letters = blob ? bytes : bytes / letter;
   const long long length = std::min({part.length > 0 ? part.length : letters, letters, longest / letter});
   const std::vector<TToken> all = Tokens(part.text);
-  const std::size_t behind = TokenAt(all, 1).Is("(") ? BehindGroup(all, 1) : 1;
-  const std::string rest = behind + 1 < all.size() ? " " + TextOf(part.text, all, behind, all.size() - 1) : "";
+  const std::size_t after = TokenAt(all, 1).Is("(") ? AfterGroup(all, 1) : 1;
+  const std::string rest = after + 1 < all.size() ? " " + TextOf(part.text, all, after, all.size() - 1) : "";
   const bool whole = !blob && length * letter >= bytes;
   return QuotedName(part.column) + (whole ? "" : Format("(%d)", length)) + rest;
 }
@@ -336,7 +336,7 @@ void CutKey(TElement& key, const TTableText& table) {
   const TTokens tokens = text.Tokens();
   const std::size_t open = NextBracket(tokens, 0);
   const std::size_t start = tokens[open].End();
-  const std::size_t size = tokens[BehindGroup(tokens, open) - 1].start - start;
+  const std::size_t size = tokens[AfterGroup(tokens, open) - 1].start - start;
   if (text.Str().compare(start, size, list) != 0) key.text = std::string(text.Str()).replace(start, size, list);
 }
 

@@ -68,7 +68,7 @@ std::optional<std::string> NumberOf(const TLiteral& literal) {
   return TryStrToFloat(text) ? std::optional(text) : std::nullopt;
 }
 
-// Digits, those behind the point rounded to `fraction`, halves away from zero.
+// Digits, those after the point rounded to `fraction`, halves away from zero.
 std::string Rounded(const std::string& number, std::size_t fraction) {
   if (number.find_first_of("eE") != std::string::npos)
     return Rounded(Format("%.*f", static_cast<int>(fraction) + 2, std::strtod(number.c_str(), nullptr)), fraction);

@@ -80,8 +80,8 @@ struct TColumn {
   }
 };
 
-// Where attributes begin behind type, sign and character set.
-std::size_t BehindType(TTokens tokens) {
+// Where attributes begin after type, sign and character set.
+std::size_t AfterType(TTokens tokens) {
   static constexpr std::array<std::string_view, 25> kAttributes = {
       {"not",       "null",   "default",    "auto_increment", "comment", "on",      "check",     "unique",
        "primary",   "key",    "references", "generated",      "as",      "visible", "invisible", "constraint",
@@ -91,7 +91,7 @@ std::size_t BehindType(TTokens tokens) {
   while (at < tokens.size()) {
     if (std::any_of(kAttributes.begin(), kAttributes.end(), [&](auto word) { return IsKeyword(tokens[at], word); }))
       break;
-    at = BehindValue(tokens, at);
+    at = AfterValue(tokens, at);
   }
   return std::min(at, tokens.size());
 }
@@ -128,12 +128,12 @@ class TInlineReader {
     if (Is(at_, "key")) return Take(EElement::PrimaryKey, "PRIMARY KEY", 1);
     if (Is(at_, "comment") || Is(at_, "default")) return PassValue();
     if (Is(at_, "references")) return TakeReferences();
-    at_ = BehindValue(column_.tokens, at_);
+    at_ = AfterValue(column_.tokens, at_);
   }
 
   void PassValue() {
     ++at_;
-    if (at_ < column_.tokens.size()) at_ = BehindValue(column_.tokens, at_);
+    if (at_ < column_.tokens.size()) at_ = AfterValue(column_.tokens, at_);
   }
 
   void TakeReferences() {
@@ -184,7 +184,7 @@ bool ExpandSerial(TElement& column) {
       if (IsKeyword(read.tokens[at], "not") || IsKeyword(read.tokens[at], "null") ||
           IsKeyword(read.tokens[at], "auto_increment"))
         kept[at] = false;
-  const std::size_t place = type ? 2 : BehindType(read.tokens);
+  const std::size_t place = type ? 2 : AfterType(read.tokens);
   column.text =
       read.Without(kept, place, type ? "bigint(20) unsigned NOT NULL AUTO_INCREMENT" : "NOT NULL AUTO_INCREMENT");
   return true;
@@ -200,7 +200,7 @@ void SetNotNull(TElement& column) {
     kept[at] = false;
     if (IsKeyword(read.tokens[at - 1], "default")) kept[at - 1] = false;
   }
-  column.text = read.Without(kept, BehindType(read.tokens), "NOT NULL");
+  column.text = read.Without(kept, AfterType(read.tokens), "NOT NULL");
 }
 
 // --- Keys and constraints

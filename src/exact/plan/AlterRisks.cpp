@@ -71,7 +71,7 @@ class TAlterJudge {
   struct TForm {
     std::vector<std::string_view> words;
     const char* reason;  // null for what is harmless
-    TRule rule;          // instead of it; begins behind the words
+    TRule rule;          // instead of it; begins after the words
   };
   static const std::vector<TForm>& Forms();
 
@@ -101,7 +101,7 @@ class TAlterJudge {
   const TTableText* table_;
   bool sets_charset_ = false;
   std::size_t at_ = 0;    // of the clause under way
-  std::size_t last_ = 0;  // behind it
+  std::size_t last_ = 0;  // after it
   std::vector<std::string> reasons_;
 };
 
@@ -153,7 +153,7 @@ const std::vector<TAlterJudge::TForm>& TAlterJudge::Forms() {
 std::vector<std::string> TAlterJudge::Judge(std::size_t first) {
   const std::size_t end = tokens_.size() - 1;
   std::vector<TTokenRange> clauses;
-  for (std::size_t at = first; at <= end; at = BehindValue(tokens_, at)) {
+  for (std::size_t at = first; at <= end; at = AfterValue(tokens_, at)) {
     const bool partitioning = at > first && WordsAt(tokens_, at, {"partition", "by"});
     if (!partitioning && at < end && !tokens_[at].Is(",")) continue;
     if (at > first) clauses.push_back({first, at});
@@ -213,7 +213,7 @@ TTableText TAlterJudge::TakeElements() {
   if (last - at_ > 2 && IsKeyword(tokens_[last - 1], "first")) last -= 1;
   if (last - at_ > 3 && IsKeyword(tokens_[last - 2], "after")) last -= 2;
   const std::string text = TextOf(statement_, tokens_, at_, last);
-  const bool list = tokens_[at_].Is("(") && BehindGroup(tokens_, at_) == last;
+  const bool list = tokens_[at_].Is("(") && AfterGroup(tokens_, at_) == last;
   return ReadTableText("create table t " + (list ? text : "(" + text + ")"));
 }
 

@@ -120,11 +120,11 @@ bool TFileSchema::PutOff(const TStructureStatement& statement) {
   if (!SameText(text.substr(0, kHead.size()), kHead) || !PlainSettings()) return false;
   const std::size_t end = text.find('`', kHead.size());
   if (end == std::string_view::npos) return false;
-  std::size_t behind = text.find_first_not_of(kBlanks, end + 1);
-  if (behind == std::string_view::npos || text[behind] != '(') return false;
-  behind = text.find_first_not_of(kBlanks, behind + 1);
+  std::size_t after = text.find_first_not_of(kBlanks, end + 1);
+  if (after == std::string_view::npos || text[after] != '(') return false;
+  after = text.find_first_not_of(kBlanks, after + 1);
   const bool of_query = PosNoCase("select", text) > 0 || PosNoCase("values", text) > 0;
-  if (behind == std::string_view::npos || text[behind] != '`' || of_query) return false;
+  if (after == std::string_view::npos || text[after] != '`' || of_query) return false;
   std::string name(text.substr(kHead.size(), end - kHead.size()));
   if (!IsMeant({std::string(statement.database), name})) return true;
   Forget(name);

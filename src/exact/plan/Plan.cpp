@@ -229,7 +229,7 @@ void TPlanner::AddForeignKeys(const TTableWork& work) {
 }
 
 // With every "alter table" that does not add it a server forgets that a unique key was one by hash, where it can make
-// another one of it: if the table's last statement leaves one out, all of them come again behind it.
+// another one of it: if the table's last statement leaves one out, all of them come again after it.
 void TPlanner::RenewHashKeys(const TTableWork& work) {
   if (work.reference == nullptr) return;
   const std::vector<TElement> keys = HashKeys(work);

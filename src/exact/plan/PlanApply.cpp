@@ -161,7 +161,7 @@ void TAlteration::Split(std::size_t first) {
     }
     if (partitioning) table_.partitioning = TextOf(statement_, tokens_, at, tokens_.size() - 1);
     if (ends) break;
-    at = BehindValue(tokens_, at);
+    at = AfterValue(tokens_, at);
   }
 }
 
@@ -404,8 +404,8 @@ void TAlteration::ReadWritten(const TClause& clause) {
   ReadOptions(clause);
 }
 
-// Behind "if exists" or "if not exists".
-std::size_t BehindIf(TTokens tokens, std::size_t at, bool& conditional) {
+// After "if exists" or "if not exists".
+std::size_t AfterIf(TTokens tokens, std::size_t at, bool& conditional) {
   if (!IsKeyword(TokenAt(tokens, at), "if")) return at;
   conditional = true;
   return at + (IsKeyword(TokenAt(tokens, at + 1), "not") ? 3 : 2);
@@ -430,7 +430,7 @@ void TAlteration::ReadWrittenAdd(TClause clause) {
   const bool column = IsKeyword(TokenAt(tokens_, at), "column");
   if (column) ++at;
   bool conditional = false;
-  at = BehindIf(tokens_, at, conditional);
+  at = AfterIf(tokens_, at, conditional);
   if (tokens_[at].Is("(")) {
     for (const TTokenRange part : ListParts(tokens_, at)) AddWritten(ReadElement(part.first, part.last), nullptr);
     return;
@@ -441,7 +441,7 @@ void TAlteration::ReadWrittenAdd(TClause clause) {
   const auto head = ReadElementHead(rest);
   if (!head) Fail();
   if (head->kind != EElement::Column && !column) {
-    // "if not exists" may stand behind the word of the kind, too.
+    // "if not exists" may stand after the word of the kind, too.
     conditional = conditional || std::any_of(rest.begin(), rest.begin() + static_cast<std::ptrdiff_t>(head->body),
                                              [](const TToken& token) { return IsKeyword(token, "if"); });
     TElement element = ReadElement(at, clause.last);
@@ -460,7 +460,7 @@ void TAlteration::ReadWrittenChange(TClause clause, bool renames) {
   std::size_t at = clause.first + 1;
   if (IsKeyword(TokenAt(tokens_, at), "column")) ++at;
   bool conditional = false;
-  at = BehindIf(tokens_, at, conditional);
+  at = AfterIf(tokens_, at, conditional);
   const std::string former = renames ? NameOf(tokens_[at++]) : std::string();
   TColumnClause read = ReadColumn(clause, at);
   if (renames && !SameText(former, read.column.name)) RenameColumn(former, read.column.name);
@@ -493,7 +493,7 @@ void TAlteration::ReadWrittenDrop(TTokens clause) {
     at = 2;
   }
   bool conditional = false;
-  at = BehindIf(clause, at, conditional);
+  at = AfterIf(clause, at, conditional);
   if (!IsName(TokenAt(clause, at))) Fail();
   const std::string name = NameOf(clause[at]);
   if (holds == nullptr) {
@@ -522,7 +522,7 @@ void TAlteration::ReadWrittenRename(TTokens clause) {
   }
   constexpr std::size_t kBare = 5;  // rename column a to b
   bool conditional = false;
-  const std::size_t at = BehindIf(clause, 2, conditional);
+  const std::size_t at = AfterIf(clause, 2, conditional);
   if (clause.size() != at + kBare - 2) Fail();
   const std::string from = NameOf(clause[at]);
   const std::string to = NameOf(clause[at + 2]);
@@ -551,7 +551,7 @@ void TAlteration::SetDefault(const TClause& clause) {
   std::size_t at = clause.first + 1;
   if (IsKeyword(TokenAt(tokens_, at), "column")) ++at;
   bool conditional = false;
-  at = BehindIf(tokens_, at, conditional);
+  at = AfterIf(tokens_, at, conditional);
   const auto column = FindColumn(columns_, NameOf(tokens_[at]));
   if (column == columns_.end() && conditional) return;
   if (column == columns_.end()) FailMissing(kColumn, NameOf(tokens_[at]));

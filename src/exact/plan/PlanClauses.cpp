@@ -158,7 +158,7 @@ std::string TColumnClauses::Text(const TChange& change) const {
   return inherits_ ? change.new_text.Str() : PinnedColumnText(change.new_text, *work_.reference, *work_.target);
 }
 
-// Behind the nearest column before it that the table will have: one that was to come may have been struck out.
+// After the nearest column before it that the table will have: one that was to come may have been struck out.
 std::string TColumnClauses::Place(const TChange& change) const {
   for (std::size_t i = Position(change); i > 0; --i)
     if (there_.contains(LowerText(order_[i - 1]))) return " after " + QuotedName(order_[i - 1]);

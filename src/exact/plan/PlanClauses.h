@@ -71,7 +71,7 @@ void AddColumnClauses(const TTableWork& work, TAlter& alter);
 // Keys and checks that stay, but have to go and come again in the statement because of what columns become.
 void RenewElements(const TTableWork& work, TAlter& alter);
 
-// The clause for options; what has to wait for the statement goes to one behind it.
+// The clause for options; what has to wait for the statement goes to one after it.
 void SetOptions(const TTableWork& work, TAlter& alter, TAlter& later);
 
 // The unique keys by hash that the table has once its changes are made.

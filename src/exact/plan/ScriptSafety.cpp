@@ -86,7 +86,7 @@ class TScriptJudge {
   struct TForm {
     std::vector<std::string_view> words;
     const char* reason;  // null for what is harmless
-    TRule rule;          // instead of it; begins behind the words
+    TRule rule;          // instead of it; begins after the words
     bool whole = false;  // the words are the whole statement
   };
   static const std::vector<TForm>& Forms();

@@ -220,7 +220,7 @@ class TOutsideFinder {
     if (values || table) RaiseError(Format(kRowsOfQuery, word));
   }
 
-  // A column of such a name stands in brackets, or behind a word that says what becomes of it.
+  // A column of such a name stands in brackets, or after a word that says what becomes of it.
   void CheckOption(const std::string& word) {
     const TToken& value = TokenAt(tokens_, at_ + (Next().Is("=") ? 2 : 1));
     const bool is_value = Next().Is("=") || value.kind == EToken::String;

@@ -83,7 +83,7 @@ TServerTraits TraitsOf(TDBConn& conn, TCreationTexts& texts) {
   return traits;
 }
 
-// Whether `holds` is true of the place behind an occurrence of the word, which is in lower case. Texts that are the
+// Whether `holds` is true of the place after an occurrence of the word, which is in lower case. Texts that are the
 // same on both sides are most of a comparison, so that this looks for one letter of the word that is rare in them.
 template <class THolds>
 bool AnyOccurrence(std::string_view text, std::string_view word, std::size_t rare, THolds holds) {
@@ -102,11 +102,11 @@ bool SpeaksOfVersioning(std::string_view text) {
 // Whether a foreign key of the text may refer to one of the tables, which are in lower case. Takes for a foreign key
 // whatever looks like one, and for a reference to any table what does not stand as servers print it.
 bool MayReferTo(std::string_view text, const TTableNames& tables) {
-  return AnyOccurrence(text, "references", 2, [&](std::size_t behind) {
+  return AnyOccurrence(text, "references", 2, [&](std::size_t after) {
     constexpr std::string_view kOpen = " `";
-    const std::size_t name = behind + kOpen.size();
+    const std::size_t name = after + kOpen.size();
     const std::size_t end = text.find('`', name);
-    if (text.substr(behind, kOpen.size()) != kOpen || end == std::string_view::npos) return true;
+    if (text.substr(after, kOpen.size()) != kOpen || end == std::string_view::npos) return true;
     return text.substr(end + 1, 2) != " (" || tables.contains(LowerText(text.substr(name, end - name)));
   });
 }

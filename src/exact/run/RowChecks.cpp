@@ -88,10 +88,10 @@ TRowValue ValueOfColumn(const TTableRows& table, const std::string& column) {
 }
 
 TRowValue ValueOfPart(const TTableRows& table, const TKeyPart& part) {
-  if (part.column.empty()) {  // an expression, behind which a direction may stand
+  if (part.column.empty()) {  // an expression, after which a direction may stand
     const std::vector<TToken> tokens = Tokens(part.text);
-    const std::size_t behind = BehindGroup(tokens, 0);
-    return {EKind::Stored, TextOf(part.text, tokens, 0, std::min(behind, tokens.size() - 1)), {}};
+    const std::size_t after = AfterGroup(tokens, 0);
+    return {EKind::Stored, TextOf(part.text, tokens, 0, std::min(after, tokens.size() - 1)), {}};
   }
   TRowValue value = ValueOfColumn(table, part.column);
   if (value.kind == EKind::Stored && part.length > 0) value.sql = Format("left(%s, %d)", value.sql, part.length);
@@ -105,9 +105,9 @@ std::string KeySubject(const TElement& key) {
 }
 
 template <class Values>
-std::string Joined(const Values& values, const char* between, const char* behind) {
+std::string Joined(const Values& values, const char* between, const char* after) {
   std::string text;
-  for (const std::string& value : values) text += (text.empty() ? "" : between) + value + behind;
+  for (const std::string& value : values) text += (text.empty() ? "" : between) + value + after;
   return text;
 }
 
