@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "core/Engines.h"
-#include "support/CaseRows.h"
+#include "support/CaseFile.h"
 #include "support/MessageOf.h"
 #include "support/RecordingHost.h"
 #include "util/Format.h"

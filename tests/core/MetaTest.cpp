@@ -4,7 +4,7 @@
 
 #include "core/CreationTexts.h"
 #include "core/DBConn.h"
-#include "support/CaseRows.h"
+#include "support/CaseFile.h"
 #include "support/MessageOf.h"
 #include "support/MetaBuilder.h"
 

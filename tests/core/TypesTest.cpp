@@ -2,7 +2,7 @@
 
 #include "core/ColumnTypes.h"
 #include "core/DBConn.h"
-#include "support/CaseRows.h"
+#include "support/CaseFile.h"
 #include "support/FakeConn.h"
 #include "support/MessageOf.h"
 #include "util/Format.h"

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "mysqltext/Schema.h"
-#include "support/CaseRows.h"
+#include "support/CaseFile.h"
 
 namespace velmora::testing {
 

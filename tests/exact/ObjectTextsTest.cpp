@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "support/CaseRows.h"
+#include "support/CaseFile.h"
 
 namespace velmora {
 namespace {

@@ -4,8 +4,9 @@
 
 #include <map>
 
-#include "support/CaseRows.h"
+#include "support/CaseFile.h"
 #include "support/MessageOf.h"
+#include "util/Text.h"
 
 namespace velmora {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "mysqltext/ColumnType.h"
 #include "mysqltext/KeyText.h"
-#include "support/CaseRows.h"
+#include "support/CaseFile.h"
 #include "support/MessageOf.h"
 #include "util/Text.h"
 

@@ -1,7 +1,10 @@
 #include "support/CaseFile.h"
 
+#include <utility>
+
 #include "util/Errors.h"
 #include "util/Files.h"
+#include "util/Text.h"
 
 namespace velmora::testing {
 
@@ -20,7 +23,7 @@ TStringList TCaseText::Parts() const {
 
 TCaseFile ReadCaseFile(const std::string& name) {
   TCaseFile file;
-  for (const std::string& line : LinesOf(ReadFileText(VELMORA_SOURCE_DIR "/tests/data/" + name)))
+  for (const std::string& line : LinesOf(CaseText(name)))
     if (line.starts_with("== "))
       file.cases.push_back({line.substr(3), {}});
     else
@@ -37,5 +40,20 @@ std::vector<TStringList> ReadCaseRows(const std::string& name) {
   for (const std::string& line : file.cases.front().lines) SplitText(" | ", line, rows.emplace_back());
   return rows;
 }
+
+std::vector<TStringList> CaseRows(const std::string& name) {
+  std::vector<TStringList> rows;
+  for (const std::string& line : LinesOf(CaseText(name)))
+    if (!line.empty() && line[0] != '#') SplitText(" | ", line, rows.emplace_back());
+  return rows;
+}
+
+std::string Unshown(std::string cell) {
+  for (const auto& [shown, meant] : {std::pair{"␍", "\r"}, {"␊", "\n"}, {"␉", "\t"}, {"␣", " "}})
+    cell = StrReplace(cell, shown, meant);
+  return cell;
+}
+
+std::string CaseText(const std::string& name) { return ReadFileText(VELMORA_SOURCE_DIR "/tests/data/" + name); }
 
 }  // namespace velmora::testing

@@ -26,4 +26,12 @@ TCaseFile ReadCaseFile(const std::string& name);  // below tests/data; raises wh
 // A file whose one case has a row per line: the cells, which " | " parts.
 std::vector<TStringList> ReadCaseRows(const std::string& name);
 
+// The same of a file without heads, in which lines that begin with "#" are comments and empty ones are none.
+std::vector<TStringList> CaseRows(const std::string& name);
+
+// A cell whose line ends, tabs and outer blanks are shown: "␍", "␊", "␉", "␣".
+std::string Unshown(std::string cell);
+
+std::string CaseText(const std::string& name);  // of a file below tests/data, whole
+
 }  // namespace velmora::testing

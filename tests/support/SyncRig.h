@@ -7,6 +7,7 @@
 
 #include "engines/mysql/OfflineEngine.h"
 #include "support/RecordingPorts.h"
+#include "support/ScratchFolder.h"
 #include "sync/ScriptGenerator.h"
 #include "sync/Sync.h"
 #include "util/Files.h"
@@ -16,14 +17,12 @@ namespace velmora::testing {
 // A file of creation texts that lives as long as this object.
 class TScriptFile {
  public:
-  explicit TScriptFile(const std::string& text);
-  ~TScriptFile();
-  TScriptFile(const TScriptFile&) = delete;
-  TScriptFile& operator=(const TScriptFile&) = delete;
+  explicit TScriptFile(const std::string& text) { WriteFileText(path_, text); }
   const std::string& Path() const { return path_; }
 
  private:
-  std::string path_;
+  TScratchFolder folder_;
+  const std::string path_ = folder_ / "script.sql";
 };
 
 struct TSyncRig {

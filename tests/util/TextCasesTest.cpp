@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "support/CaseRows.h"
+#include "support/CaseFile.h"
 #include "util/Format.h"
+#include "util/Text.h"
 #include "util/Words.h"
 
 namespace velmora::testing {

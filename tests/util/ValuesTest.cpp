@@ -24,31 +24,14 @@ TEST(FormatTest, FillsTextsAndNumbersOfEveryKind) {
 }
 
 TEST(FormatTest, ReadsIntegers) {
-  struct TCase {
-    std::string_view text;
-    std::optional<std::int64_t> value;
+  const std::pair<std::string_view, std::int64_t> cases[] = {
+      {"0", 0},    {"+12", 12},   {"  -12", -12},
+      {"$1f", 31}, {" $FF", 255}, {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
   };
-  const TCase cases[] = {
-      {"0", 0},
-      {"+12", 12},
-      {"  -12", -12},
-      {"$1f", 31},
-      {" $FF", 255},
-      {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
-      {"9223372036854775808", std::nullopt},
-      {"$FFFFFFFFFFFFFFFF", std::nullopt},
-      {"", std::nullopt},
-      {" ", std::nullopt},
-      {"1 ", std::nullopt},
-      {"1.0", std::nullopt},
-      {"+-1", std::nullopt},
-      {"+", std::nullopt},
-      {"$", std::nullopt},
-      {"$-1", std::nullopt},
-      {"0x1", std::nullopt},
-      {"a", std::nullopt},
-  };
-  for (const TCase& c : cases) EXPECT_EQ(TryStrToInt(c.text), c.value) << c.text;
+  for (const auto& [text, value] : cases) EXPECT_EQ(TryStrToInt(text), value) << text;
+  for (const char* text :
+       {"9223372036854775808", "$FFFFFFFFFFFFFFFF", "", " ", "1 ", "1.0", "+-1", "+", "$", "$-1", "0x1", "a"})
+    EXPECT_EQ(TryStrToInt(text), std::nullopt) << text;
   EXPECT_EQ(StrToInt("-2147483648"), std::numeric_limits<std::int32_t>::min());
   EXPECT_EQ(StrToInt64("2147483648"), 2147483648);
   EXPECT_EQ(MessageOf([] { StrToInt("2147483648"); }), "'2147483648' is not a valid integer value");
@@ -64,11 +47,7 @@ TEST(FormatTest, ReadsFloats) {
 }
 
 TEST(FormatTest, WritesFloatsWithFifteenDigits) {
-  struct TCase {
-    double value;
-    std::string_view text;
-  };
-  const TCase cases[] = {
+  const std::pair<double, std::string_view> cases[] = {
       {0, "0"},
       {-0.0, "0"},
       {1.5, "1.5"},
@@ -87,7 +66,7 @@ TEST(FormatTest, WritesFloatsWithFifteenDigits) {
       {-std::numeric_limits<double>::infinity(), "-INF"},
       {std::nan(""), "NAN"},
   };
-  for (const TCase& c : cases) EXPECT_EQ(FloatText(c.value), c.text);
+  for (const auto& [value, text] : cases) EXPECT_EQ(FloatText(value), text);
 }
 
 TEST(DatesTest, CountsDaysFromTheEndOf1899) {

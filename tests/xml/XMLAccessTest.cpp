@@ -6,10 +6,12 @@
 #include <filesystem>
 #include <functional>
 
-#include "support/CaseRows.h"
+#include "support/CaseFile.h"
 #include "support/MessageOf.h"
 #include "support/ScratchFolder.h"
+#include "util/Files.h"
 #include "util/Format.h"
+#include "util/Text.h"
 
 namespace velmora {
 namespace {
