@@ -60,5 +60,13 @@ TEST_F(TaskCommandTest, APortBeyondTheLastIsRefusedAtTheConnection) {
   EXPECT_THAT(RunInProcess({"compare", file_}).err, HasSubstr("70000 is no port: it must be a number from 1 to 65535"));
 }
 
+TEST_F(TaskCommandTest, ADialectThatNobodyKnowsIsNamed) {
+  Written({});
+  const TMadeTask task = MakeTask(file_);
+  WriteTask(file_, *task.connections.reference, *task.connections.target, "other");
+  for (const auto& arguments : {std::vector<std::string>{"task", "show", file_}, {"compare", file_}})
+    EXPECT_THAT(RunInProcess(arguments).err, HasSubstr("OpenTask: Unhandled dialect other"));
+}
+
 }  // namespace
 }  // namespace velmora
