@@ -87,7 +87,7 @@ class TDialect {
   virtual bool Identical() const = 0;
   virtual const TStringList& ActionLog() const = 0;
   virtual TFindings Findings() const { return {}; }
-  virtual std::vector<TRemark> Remarks() const = 0;
+  virtual std::vector<TRemark> Remarks(TDBConn* compared) const = 0;  // `compared`: what Compare gave, or null
   // Whether the reference, once compared, turned out to have no table: a dump that failed, more often than a wish. What
   // to say of it: EmptyReferenceText.
   virtual bool ReferenceIsEmpty() const = 0;

@@ -70,7 +70,7 @@ TFindings TExactDialect::Findings() const {
 }
 
 // What is left alone, could not be read, and could not be proved.
-std::vector<TRemark> TExactDialect::Remarks() const {
+std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
   std::vector<TRemark> remarks;
   const auto tell = [&](bool warning, std::string text) { remarks.push_back({warning, std::move(text)}); };
   for (const std::string& line : sync.CaseTwins()) tell(false, line);

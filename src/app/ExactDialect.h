@@ -25,7 +25,7 @@ class TExactDialect final : public TDialect {
   bool Identical() const override { return sync.Identical(); }
   const TStringList& ActionLog() const override { return sync.ActionLog; }
   TFindings Findings() const override;
-  std::vector<TRemark> Remarks() const override;
+  std::vector<TRemark> Remarks(TDBConn* compared) const override;
   bool ReferenceIsEmpty() const override { return sync.ReferenceIsEmpty(); }
   const std::string& TableUnderWay() const override { return sync.TableUnderWay(); }
   bool TargetLost() const override { return sync.TargetLost(); }

@@ -36,19 +36,17 @@ void TStandardDialect::Take(const TComparisonWishes& wishes) {
 }
 
 std::unique_ptr<TDBConn> TStandardDialect::Compare() {
-  case_twins_.clear();
   TTaskConnections& pair = parts_.connections;
   for (TDBConn* conn : {pair.reference.get(), pair.target.get()})
     if (auto* texts = dynamic_cast<TCreationTexts*>(conn)) texts->PrepareExactTexts(false);
   sync_.SetDatabases(pair.reference.get(), pair.target.get());
-  std::unique_ptr<TDBConn> compared = sync_.Compare();
-  case_twins_ = CaseTwins(*pair.reference, *compared);
-  return compared;
+  return sync_.Compare();
 }
 
-std::vector<TRemark> TStandardDialect::Remarks() const {
+std::vector<TRemark> TStandardDialect::Remarks(TDBConn* compared) const {
   std::vector<TRemark> remarks;
-  for (const std::string& line : case_twins_) remarks.push_back({true, line});
+  if (compared == nullptr) return remarks;
+  for (const std::string& line : CaseTwins(*parts_.connections.reference, *compared)) remarks.push_back({true, line});
   return remarks;
 }
 

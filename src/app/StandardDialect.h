@@ -21,7 +21,7 @@ class TStandardDialect final : public TDialect {
   bool TablesIdentical() const override { return parts_.data.mtActions.Empty(); }
   bool Identical() const override { return TablesIdentical(); }
   const TStringList& ActionLog() const override { return sync_.ActionLog; }
-  std::vector<TRemark> Remarks() const override;
+  std::vector<TRemark> Remarks(TDBConn* compared) const override;
   bool ReferenceIsEmpty() const override;
   const std::string& TableUnderWay() const override { return sync_.TableUnderWay(); }
   bool TargetLost() const override { return sync_.TargetLost(); }
@@ -35,7 +35,6 @@ class TStandardDialect final : public TDialect {
   TDialectParts parts_;
   TDBSync sync_;
   TScriptGenerator generator_;
-  TStringList case_twins_;  // of the last comparison
 };
 
 }  // namespace velmora

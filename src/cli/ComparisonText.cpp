@@ -92,8 +92,8 @@ void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
   if (objects > 0) out << Counted(objects, "other object") << (objects == 1 ? " differs" : " differ") << kOthersAlone;
 }
 
-void TellRemarks(const TApplication& app, TConsole& console) {
-  for (const TRemark& remark : app.Dialect().Remarks())
+void TellRemarks(const TApplication& app, TDBConn* compared, TConsole& console) {
+  for (const TRemark& remark : app.Dialect().Remarks(compared))
     if (remark.warning)
       console.Warn(remark.text);
     else

@@ -17,8 +17,8 @@ void PrintComparison(const TApplication& app, bool failed, std::ostream& out);
 // "VERIFIED: 0 differences left", or "NOT VERIFIED: 2 differences left".
 std::string TellLeft(const std::string& verified, const std::string& not_verified, const TFindings& findings, int left);
 
-// What the user should hear of a comparison that ended well.
-void TellRemarks(const TApplication& app, TConsole& console);
+// What the user should hear of a comparison that ended well and gave `compared`.
+void TellRemarks(const TApplication& app, TDBConn* compared, TConsole& console);
 
 // A script that is about to run on `target`.
 struct TScriptPlan {

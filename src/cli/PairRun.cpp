@@ -46,7 +46,7 @@ std::optional<std::string> TPairRun::Compare(const TPair& pair, const TSourceOpt
     Open(pair, options, for_script);
     compared_ = app_.Compare();
     LookAtReference(pair, for_script);
-    TellRemarks(app_, console_);
+    TellRemarks(app_, compared_.get(), console_);
   });
 }
 
