@@ -54,11 +54,5 @@ TEST_F(OdbcCompanionTest, LettersNeedNoLocale) {
   EXPECT_THAT(out, ::testing::HasSubstr("zwölf Ω 😀"));
 }
 
-TEST_F(OdbcCompanionTest, AnUnknownSource) {
-  const TAnswer answer = testing::RunInProcess({"schema", "ODBC:dsn=nowhere"});
-  EXPECT_EQ(answer.status, 2);
-  EXPECT_THAT(answer.err, ::testing::HasSubstr("There is no data source \"nowhere\" in odbc.ini"));
-}
-
 }  // namespace
 }  // namespace velmora

@@ -7,8 +7,7 @@
 
 #include "support/CompanionRun.h"
 #include "support/ScratchFolder.h"
-#include "support/tds/DriverFolder.h"
-#include "support/tds/FakeTdsServer.h"
+#include "support/tds/SqlServerShop.h"
 #include "util/Files.h"
 #include "util/Text.h"
 
@@ -20,33 +19,27 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 using testing::TAnswer;
 
-const std::string kCatalog = VELMORA_SOURCE_DIR "/tests/engines/oledb/catalog/";
-
 class SqlServerCompanionTest : public ::testing::Test {
  protected:
-  SqlServerCompanionTest() {
-    testing::UseSqlServerDriver();
-    server_.answers = testing::ReadPlayedAnswers(kCatalog + "shop.txt");
-    std::ofstream(folder_ / "password") << server_.password << "\n";
-  }
+  SqlServerCompanionTest() { std::ofstream(folder_ / "password") << server_.password << "\n"; }
 
   TAnswer Run(const std::string& command, const std::vector<std::string>& rest) const {
-    std::vector<std::string> arguments = {
-        command, "SQL Server:server=127.0.0.1," + std::to_string(server_.Port()) + ";database=shop;username=sa"};
+    std::vector<std::string> arguments = {command,
+                                          "SQL Server:server=" + server_.Place() + ";database=shop;username=sa"};
     arguments.insert(arguments.end(), rest.begin(), rest.end());
     arguments.insert(arguments.end(), {"--format", "json", "--password-file", folder_ / "password"});
     return testing::RunInProcess(arguments);
   }
 
   const testing::TScratchFolder folder_;
-  testing::TFakeTdsServer server_;
+  testing::TSqlServerShop server_;
 };
 
 TEST_F(SqlServerCompanionTest, SchemaRowsAndARefusedLogin) {
   const TAnswer schema = Run("schema", {});
   EXPECT_EQ(schema.status, 0) << schema.err;
   EXPECT_THAT(schema.out, AllOf(HasSubstr("{\"engine\":7,\"display_name\":\"127.0.0.1,"),
-                                HasSubstr(RemoveChar(ReadFileText(kCatalog + "orders.json"), '\n'))));
+                                HasSubstr(RemoveChar(ReadFileText(testing::kSqlServerData + "orders.json"), '\n'))));
   const TAnswer rows = Run("rows", {"wide"});
   EXPECT_EQ(rows.status, 0) << rows.err;
   EXPECT_THAT(rows.out, HasSubstr("\"rows\":[[1,\"Łódź\"],[2,null]]"));

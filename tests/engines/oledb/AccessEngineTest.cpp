@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "core/Meta.h"
 #include "engines/oledb/DBConnAccess.h"
 #include "support/FakeOLEDB.h"
 #include "support/MessageOf.h"
@@ -69,15 +68,6 @@ TEST_F(AccessEngineTest, WritesDefaultsInItsOwnWay) {
     engine.ColumnDescription(column, false, text);
     EXPECT_EQ(text, "int");
   }
-}
-
-// A row of its type table is needed for each column that is read.
-TEST_F(AccessEngineTest, UnsignedLongNumbersAreRefused) {
-  backend.AddTable("T", {"a"}, kDbTypeUI8);
-  engine.Connect();
-  engine.meta().GotoTable("T");
-  EXPECT_EQ(MessageOf([&] { engine.FetchIfNeeded(); }), "TDBConn.ColumnTypeInfo: Unhandled type");
-  EXPECT_EQ(engine.meta().tColumns.Rows().size(), 0u);
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ TEST_F(SqlServerDriverTest, StructureAndLists) {
     conn.meta().GotoTable(table);
     conn.FetchIfNeeded();
   }
-  EXPECT_EQ(DumpMeta(conn.meta()), ReadFileText(kSqlServerShop + ".golden"));
+  EXPECT_EQ(DumpMeta(conn.meta()), ReadFileText(kSqlServerData + "shop.golden"));
   conn.ListDatabases(databases);
   EXPECT_THAT(databases, ElementsAre("master", "shop", "archive"));
 }
@@ -44,7 +44,7 @@ TEST_F(SqlServerDriverTest, RowsOfAllTypes) {
     told += field.name + " " + std::string(FieldKindName(field.kind)) + " |" +
             (literal.starts_with("0x") ? "" : value) + "| " + (literal.empty() ? error : literal) + "\n";
   }
-  EXPECT_EQ(told, ReadFileText(VELMORA_SOURCE_DIR "/tests/engines/oledb/catalog/kinds.golden"));
+  EXPECT_EQ(told, ReadFileText(kSqlServerData + "kinds.golden"));
   rows->Next();
   for (std::size_t i = 0; i < rows->Fields().size(); ++i) EXPECT_TRUE(VarIsNull(rows->Value(i))) << i;
 }

@@ -49,7 +49,7 @@ TEST_F(SqlServerFaultTest, RefusedLogins) {
       {"shop", "sa", "geheim Ł", "takes only letters of ISO 8859-1 in a password"},
   };
   for (const auto& c : kCases) {
-    const std::string message = Refusal({Place(), c.database, c.user, c.password, false});
+    const std::string message = Refusal({server_.Place(), c.database, c.user, c.password, false});
     EXPECT_THAT(message, HasSubstr(c.message));
     EXPECT_THAT(message, Not(HasSubstr("geheim")));
   }
@@ -57,7 +57,7 @@ TEST_F(SqlServerFaultTest, RefusedLogins) {
 
 TEST_F(SqlServerFaultTest, WindowsLoginNeedsATicket) {
   setenv("KRB5CCNAME", "/nowhere", 1);
-  EXPECT_THAT(Refusal({Place(), "shop", "sa", "geheim", true}),
+  EXPECT_THAT(Refusal({server_.Place(), "shop", "sa", "geheim", true}),
               AllOf(HasSubstr("It needs a ticket (kinit)"), Not(HasSubstr("geheim"))));
 }
 
