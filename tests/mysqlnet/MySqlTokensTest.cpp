@@ -9,32 +9,27 @@
 #include <memory>
 
 #include "support/MessageOf.h"
+#include "support/MySqlDialogue.h"
 #include "util/Errors.h"
-#include "util/Format.h"
 
 namespace velmora {
 namespace {
 
-const std::string kScramble = "abcdefghijklmnopqrst";
+using testing::Wire;
 
-std::string Hex(const std::string& bytes) {
-  std::string text;
-  for (const char c : bytes) text += Format("%02x", static_cast<unsigned char>(c));
-  return text;
-}
+const std::string kScramble = "abcdefghijklmnopqrst";
 
 // Worked out by hand-written versions of the published schemes in another language.
 TEST(MySqlTokens, KnownValues) {
   EXPECT_EQ(OldToken("secret", kScramble), std::string("TLTVQOT]") + '\0');
   EXPECT_EQ(OldToken("se cr\tet", kScramble), OldToken("secret", kScramble.substr(0, 8)));
   EXPECT_EQ(OldToken("", kScramble), std::string(1, '\0'));
-  EXPECT_EQ(Hex(NewToken("secret", kScramble)), "8817c50fa779daef010ee7577825b0847df9842e");
-  EXPECT_EQ(Hex(Sha2Token("secret", kScramble)), "c76e2898612a4cf042c77fa8c4702c4c64c0c2c557c53c4d75595aaa6abae809");
+  EXPECT_EQ(NewToken("secret", kScramble), Wire("8817c50fa779daef010ee7577825b0847df9842e"));
+  EXPECT_EQ(Sha2Token("secret", kScramble), Wire("c76e2898612a4cf042c77fa8c4702c4c64c0c2c557c53c4d75595aaa6abae809"));
   std::string nonce;
   for (char c = 0; c < 32; ++c) nonce += c;
-  EXPECT_EQ(Hex(Ed25519Token("secret", nonce)),
-            "546c3e9311d19ee389d1ae5d945821bfe459423910136f16b3bd2ae89fd7d63b"
-            "449e689f4be812891a85b8f999076446d92adb83d0707215aaa60b5a23220907");
+  EXPECT_EQ(Ed25519Token("secret", nonce), Wire("546c3e9311d19ee389d1ae5d945821bfe459423910136f16b3bd2ae89fd7d63b"
+                                                "449e689f4be812891a85b8f999076446d92adb83d0707215aaa60b5a23220907"));
 }
 
 struct TFree {
@@ -57,7 +52,7 @@ TEST(MySqlTokens, Ed25519IsTheUsualSignatureOfASeed) {
     std::size_t size = signature.size();
     ASSERT_EQ(EVP_DigestSignInit(context.get(), nullptr, nullptr, nullptr, key.get()), 1);
     ASSERT_EQ(EVP_DigestSign(context.get(), Bytes(signature), &size, Bytes(nonce), nonce.size()), 1);
-    EXPECT_EQ(Hex(Ed25519Token(seed, nonce)), Hex(signature));
+    EXPECT_EQ(Ed25519Token(seed, nonce), signature);
   }
 }
 
