@@ -88,6 +88,7 @@ void TellRows(TMySqlSession& session, bool whole, TStringList& told) {
   if (whole) rows.FetchAll();
   std::size_t count = 0;
   for (; rows.Next(); ++count) told.push_back(RowLine(rows));
+  EXPECT_THROW(rows.Value(0), EListError);
   told.push_back(Format("end: status %x, %d warnings", session.server_status, session.warning_count));
   EXPECT_FALSE(session.has_result);
   EXPECT_EQ(rows.RowCount(), whole ? count : 0U);
