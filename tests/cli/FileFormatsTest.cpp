@@ -5,7 +5,7 @@
 
 #include "cli/Json.h"
 #include "support/CompanionRun.h"
-#include "support/FileCase.h"
+#include "support/FormatCase.h"
 #include "support/LineDiff.h"
 #include "support/ScratchFolder.h"
 #include "util/Files.h"
@@ -30,9 +30,9 @@ std::string Folded(const std::string& text) {
 }
 
 TEST(FileFormatsTest, Cases) {
-  for (const std::string& name : FileCaseNames()) {
+  for (const std::string& name : FormatCaseNames()) {
     const TScratchFolder folder;
-    const TFileCase files = FileCase(name);
+    const TFormatCase files = FormatCase(name);
     for (const auto& [words, expected] : files.asks) {
       if (words[0] != "cli") continue;
       files.PutInto(folder.Path());

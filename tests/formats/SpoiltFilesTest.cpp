@@ -15,7 +15,7 @@
 #include "formats/sheet/ExcelFile.h"
 #include "formats/sheet/LotusFile.h"
 #include "sandbox/ReaderProcess.h"
-#include "support/FileCase.h"
+#include "support/FormatCase.h"
 #include "support/MessageOf.h"
 #include "support/ScratchFolder.h"
 #include "util/Errors.h"
@@ -85,6 +85,8 @@ struct TSource {
   TRead read;
   bool library = false;
   bool takes_all = false;  // there is nothing that it refuses
+
+  friend void PrintTo(const TSource& source, std::ostream* out) { *out << source.name; }
 };
 
 // A place in a file: all but zeros far from anything that is none.
@@ -92,7 +94,7 @@ struct TPlace {
   std::size_t file, at;
 };
 
-std::vector<TPlace> PlacesIn(const TFileCase& files) {
+std::vector<TPlace> PlacesIn(const TFormatCase& files) {
   constexpr std::size_t kNear = 4;
   std::vector<TPlace> places;
   for (std::size_t file = 0; file < files.files.size(); ++file) {
@@ -116,7 +118,7 @@ std::string Changed(std::string bytes, std::size_t at, std::size_t kind) {
 // Its "rows" of table N are one row: how many of so many changes from number N on were read, and how many refused.
 class TBatchReader final : public TFileReader {
  public:
-  TBatchReader(const TSource& source, const TFileCase& files, const std::string& folder, std::size_t step)
+  TBatchReader(const TSource& source, const TFormatCase& files, const std::string& folder, std::size_t step)
       : source_(source), files_(files), folder_(folder), step_(step), places_(PlacesIn(files)) {
     files.PutInto(folder);
   }
@@ -142,7 +144,7 @@ class TBatchReader final : public TFileReader {
   }
 
   const TSource& source_;
-  const TFileCase& files_;
+  const TFormatCase& files_;
   const std::string folder_;
   std::size_t step_;
   std::vector<TPlace> places_;
@@ -154,7 +156,7 @@ TEST_P(SpoiltFiles, EndInRowsOrInAMessage) {
   constexpr std::int64_t kBatch = 300;
   const TSource& source = GetParam();
   const TScratchFolder folder;
-  const TFileCase files = FileCase(source.name);
+  const TFormatCase files = FormatCase(source.name);
   const TChildLimits limits{.silence = std::chrono::seconds(3), .memory = std::uint64_t{1} << 30U};
   // What takes a library its time is read less often.
   const auto reader = ReadInOwnProcess(

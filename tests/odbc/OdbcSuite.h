@@ -23,6 +23,8 @@ struct TOdbcDriver {
   // Empties the source, and makes it known; what it gives lives as long as the test.
   std::function<std::shared_ptr<void>()> prepare;
   std::string no_table, duplicate;  // pieces of the driver's messages
+
+  friend void PrintTo(const TOdbcDriver& driver, std::ostream* out) { *out << driver.name; }
 };
 
 class OdbcSuite : public ::testing::TestWithParam<TOdbcDriver> {

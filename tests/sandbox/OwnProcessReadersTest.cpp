@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "support/FileCase.h"
+#include "support/FormatCase.h"
 #include "support/MessageOf.h"
 #include "support/ReaderText.h"
 #include "support/ScratchFolder.h"
@@ -46,7 +46,7 @@ TEST(OwnProcessReadersTest, TablesRowsAndFaults) {
     SCOPED_TRACE(source.name);
     const TScratchFolder folder;
     const std::string path = folder / source.file;
-    const TFileCase files = FileCase(source.name);
+    const TFormatCase files = FormatCase(source.name);
     const auto ask =
         std::ranges::find_if(files.asks, [&](const auto& each) { return JoinList(each.words, " ") == source.ask; });
     files.PutInto(folder.Path());
@@ -71,7 +71,7 @@ TEST(OwnProcessReadersTest, TablesRowsAndFaults) {
 #ifdef VELMORA_MDB
 TEST(OwnProcessReadersTest, OthersMayHaveAnAccessFileOpen) {
   const TScratchFolder folder;
-  FileCase("jet4").PutInto(folder.Path());
+  FormatCase("jet4").PutInto(folder.Path());
   const std::string path = folder / "shop.mdb";
   const int writer = open(path.c_str(), O_RDWR);
   ASSERT_EQ(flock(writer, LOCK_EX), 0);

@@ -6,7 +6,7 @@
 
 #include "core/Meta.h"
 #include "support/EngineText.h"
-#include "support/FileCase.h"
+#include "support/FormatCase.h"
 #include "support/LineDiff.h"
 #include "support/MessageOf.h"
 #include "support/MetaDump.h"
@@ -25,7 +25,7 @@ class DBConnParadoxTest : public ::testing::Test {
  protected:
   // A table of one letter, changed.
   void Write(const std::string& name, const std::string& change = "") {
-    PutFile(folder_ / name, BytesOver(FileCase("paradox-blocks").Bytes("t.db"), "@6 le4:1 " + change));
+    PutFile(folder_ / name, BytesOver(FormatCase("paradox-blocks").Bytes("t.db"), "@6 le4:1 " + change));
   }
   TStringList Tables() {
     TStringList list{"stale"};
@@ -46,9 +46,9 @@ class DBConnParadoxTest : public ::testing::Test {
 TEST_F(DBConnParadoxTest, Cases) {
   for (const std::string name : {"paradox-types", "paradox-orders"}) {
     const TScratchFolder folder;
-    const TFileCase files = FileCase(name);
+    const TFormatCase files = FormatCase(name);
     const auto ask =
-        std::ranges::find(files.asks, std::vector<std::string>{"engine", "Paradox"}, &TFileCase::TAsk::words);
+        std::ranges::find(files.asks, std::vector<std::string>{"engine", "Paradox"}, &TFormatCase::TAsk::words);
     files.PutInto(folder.Path());
     TDBConnParadox conn(folder.Path());
     std::string found = StrReplace(EngineText(conn), folder.Path(), "@");

@@ -9,7 +9,7 @@
 #include "engines/oledb/DBConnFoxPro.h"
 #include "engines/oledb/DBConnLotus.h"
 #include "support/EngineText.h"
-#include "support/FileCase.h"
+#include "support/FormatCase.h"
 #include "support/LineDiff.h"
 #include "support/ScratchFolder.h"
 #include "util/Text.h"
@@ -29,9 +29,9 @@ std::unique_ptr<TDBConn> Engine(const TScratchFolder& folder, const std::vector<
 }
 
 TEST(FileEnginesTest, Cases) {
-  for (const std::string& name : FileCaseNames()) {
+  for (const std::string& name : FormatCaseNames()) {
     const TScratchFolder folder;
-    const TFileCase files = FileCase(name);
+    const TFormatCase files = FormatCase(name);
     for (const auto& [words, expected] : files.asks) {
       const auto engine = words[0] == "engine" ? Engine(folder, words) : nullptr;
       if (!engine) continue;
@@ -47,7 +47,7 @@ TEST(FileEnginesTest, Cases) {
 
 TEST(FileEnginesTest, FoxProCountsDeletedRowsInItsChunks) {
   const TScratchFolder folder;
-  FileCase("foxpro-2").PutInto(folder.Path());  // the second of four is deleted
+  FormatCase("foxpro-2").PutInto(folder.Path());  // the second of four is deleted
   TDBConnFoxPro conn(folder.Path());
   conn.Connect();
   EXPECT_TRUE(conn.SupportsChunks("fox"));
@@ -69,7 +69,7 @@ TEST(FileEnginesTest, FoxProCountsDeletedRowsInItsChunks) {
 #ifdef VELMORA_EXCEL
 TEST(FileEnginesTest, SheetsHaveSeveralNames) {
   const TScratchFolder folder;
-  FileCase("excel-5").PutInto(folder.Path());
+  FormatCase("excel-5").PutInto(folder.Path());
   TDBConnExcel conn(folder / "shop.xls", false, true);
   conn.Connect();
   for (const char* name : {"'My Sheet$'", "My Sheet$", "my sheet"})

@@ -6,7 +6,7 @@
 
 #include "formats/dbf/DBaseFolder.h"
 #include "formats/dbf/FoxProFolder.h"
-#include "support/FileCase.h"
+#include "support/FormatCase.h"
 #include "support/MessageOf.h"
 #include "support/ReaderText.h"
 #include "support/ScratchFolder.h"
@@ -28,7 +28,7 @@ class DbfFolderTest : public ::testing::Test {
   }
 
   TScratchFolder folder_;
-  const TFileCase letters_ = FileCase("dbf-heads");
+  const TFormatCase letters_ = FormatCase("dbf-heads");
 };
 
 TEST_F(DbfFolderTest, TablesAreTheFilesOfTheFolder) {
@@ -64,7 +64,7 @@ TEST_F(DbfFolderTest, LimitsCountTheRowsThatAreShown) {
 }
 
 TEST_F(DbfFolderTest, TablesOfADatabase) {
-  FileCase("foxpro-visual").PutInto(folder_.Path());
+  FormatCase("foxpro-visual").PutInto(folder_.Path());
   const auto database = OpenFoxProFolder(folder_ / "shop.dbc");
   EXPECT_EQ(KeysText(database->Structure("ITEMS of shop")),
             "key BY(bytes)\nkey ORDERNO(order_number) primary unique\n");

@@ -7,7 +7,7 @@
 
 #include "formats/mdb/MdbBuilder.h"
 #include "formats/mdb/MdbText.h"
-#include "support/FileCase.h"
+#include "support/FormatCase.h"
 #include "support/MessageOf.h"
 #include "support/ReaderText.h"
 #include "support/ScratchFolder.h"
@@ -77,7 +77,7 @@ std::string Encoded(std::string bytes, std::size_t page_size, std::size_t secret
 TEST_F(MdbReaderTest, EncodedDatabases) {
   for (const auto& [name, page, secret, key] :
        {std::tuple{"jet4", 4096U, 128U, 0x12345678U}, {"jet3", 2048U, 126U, 0x87654321U}}) {
-    const TFileCase files = FileCase(name);
+    const TFormatCase files = FormatCase(name);
     std::string bytes = Encoded(files.Bytes("shop.mdb"), page, secret, key);
     EXPECT_EQ(ReaderText(*Open(bytes)), files.asks[0].answer);
     bytes[2 * page] ^= 1;

@@ -9,7 +9,7 @@
 
 #include "formats/mdb/MdbReader.h"
 #include "formats/mdb/MdbWriter.h"
-#include "support/FileCase.h"
+#include "support/FormatCase.h"
 #include "support/MessageOf.h"
 #include "support/ScratchFolder.h"
 #include "util/Files.h"
@@ -108,7 +108,7 @@ std::string OurRows(TFileReader& reader, const std::string& table) {
 
 TEST_F(MdbNodeTest, SameRows) {
   for (const auto& [name, number] : {std::pair{"jet4", "|number(12,3)"}, {"jet3", ""}}) {
-    PutFile(path_, FileCase(name).Bytes("shop.mdb"));
+    PutFile(path_, FormatCase(name).Bytes("shop.mdb"));
     const auto reader = OpenMdbFileHere(path_);
     EXPECT_EQ(Shown(), "Kinds: id|yes|tiny|small|price|single|double|day|bytes|naïve|fixed|note|object|guid" +
                            std::string(number) + "\n" + OurRows(*reader, "Kinds") + "Words: id|word|left|late\n" +

@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "support/FileCase.h"
+#include "support/FormatCase.h"
 #include "support/MessageOf.h"
 #include "support/ScratchFolder.h"
 #include "support/ShownValues.h"
@@ -19,7 +19,7 @@ namespace {
 class ParadoxReaderTest : public ::testing::Test {
  protected:
   // A table of records of one letter, changed.
-  void Put(const std::string& change) { PutFile(path_, BytesOver(FileCase("paradox-blocks").Bytes("t.db"), change)); }
+  void Put(const std::string& change) { PutFile(path_, BytesOver(FormatCase("paradox-blocks").Bytes("t.db"), change)); }
 
   TScratchFolder folder_;
   const std::string path_ = folder_ / "t.db";

@@ -1,7 +1,7 @@
 // Workbooks beyond the cases of tests/data/formats.
 
 #include "formats/sheet/ExcelFile.h"
-#include "support/FileCase.h"
+#include "support/FormatCase.h"
 #include "support/ReaderText.h"
 #include "support/ScratchFolder.h"
 
@@ -10,7 +10,7 @@ namespace {
 
 TEST(ExcelFileTest, AsManyRowsAsThereCanBe) {
   const TScratchFolder folder;
-  TFileCase{.files = {{"!workbook.pl shop.xls", "sheet\ta\ncount\t65536\t2\n"}}, .asks = {}}.PutInto(folder.Path());
+  TFormatCase{.files = {{"!workbook.pl shop.xls", "sheet\ta\ncount\t65536\t2\n"}}, .asks = {}}.PutInto(folder.Path());
   const auto reader = OpenExcelFileHere(folder / "shop.xls", false, true);
   EXPECT_EQ(reader->Rows("a$", kAllRows).rows.size(), 65536U);
   EXPECT_EQ(reader->Rows("a$", kAllRows).rows.back(), (TMemDataset::TRow{131071.0, 131072.0}));

@@ -16,7 +16,7 @@
 
 namespace velmora::testing {
 
-struct TFileCase {
+struct TFormatCase {
   struct TAsk {
     std::vector<std::string> words;
     std::string answer;
@@ -28,7 +28,7 @@ struct TFileCase {
   const std::string& Bytes(const std::string& file) const;
 };
 
-TFileCase FileCase(const std::string& name);
-std::vector<std::string> FileCaseNames();  // without those of formats that the build is without
+TFormatCase FormatCase(const std::string& name);
+std::vector<std::string> FormatCaseNames();  // without those of formats that the build is without
 
 }  // namespace velmora::testing

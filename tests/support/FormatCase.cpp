@@ -1,4 +1,4 @@
-#include "support/FileCase.h"
+#include "support/FormatCase.h"
 
 #include <stdio.h>
 
@@ -46,7 +46,7 @@ std::vector<std::string> WordsOf(const std::string& text) {
 
 }  // namespace
 
-void TFileCase::PutInto(const std::string& folder) const {
+void TFormatCase::PutInto(const std::string& folder) const {
   for (const auto& [name, bytes] : files) {
     if (name.starts_with('!')) {
       RunScript(name.substr(1), folder, bytes);
@@ -57,12 +57,12 @@ void TFileCase::PutInto(const std::string& folder) const {
   }
 }
 
-const std::string& TFileCase::Bytes(const std::string& file) const {
+const std::string& TFormatCase::Bytes(const std::string& file) const {
   return std::ranges::find(files, file, &std::pair<std::string, std::string>::first)->second;
 }
 
-TFileCase FileCase(const std::string& name) {
-  TFileCase found;
+TFormatCase FormatCase(const std::string& name) {
+  TFormatCase found;
   std::string before;
   std::string* text = &before;
   std::istringstream lines(ReadFileText((kFolder / (name + ".txt")).string()));
@@ -78,7 +78,7 @@ TFileCase FileCase(const std::string& name) {
   return found;
 }
 
-std::vector<std::string> FileCaseNames() {
+std::vector<std::string> FormatCaseNames() {
   std::vector<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(kFolder)) {
     const std::string name = entry.path().stem().string();

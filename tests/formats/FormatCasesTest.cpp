@@ -11,7 +11,7 @@
 #include "formats/paradox/ParadoxReader.h"
 #include "formats/sheet/ExcelFile.h"
 #include "formats/sheet/LotusFile.h"
-#include "support/FileCase.h"
+#include "support/FormatCase.h"
 #include "support/LineDiff.h"
 #include "support/MessageOf.h"
 #include "support/ReaderText.h"
@@ -82,7 +82,7 @@ std::string Outcome(const std::string& sound, const std::string& text) {
   return sound == text ? "the same" : "another order";
 }
 
-class FileCases : public ::testing::TestWithParam<std::string> {
+class FormatCases : public ::testing::TestWithParam<std::string> {
  protected:
   // Of words as in "foxpro shop.dbc" or "excel a.xls HDR IMEX".
   std::string Read(const TFormat& format, const TWords& words) const {
@@ -95,7 +95,7 @@ class FileCases : public ::testing::TestWithParam<std::string> {
   }
 
   // The lines again, with what became of each change.
-  std::string Variants(const TFileCase& files, const TFormat& format, const TWords& words, const std::string& lines) {
+  std::string Variants(const TFormatCase& files, const TFormat& format, const TWords& words, const std::string& lines) {
     const std::string& file = words.back();
     const std::string sound = Read(format, words);
     std::string text;
@@ -114,8 +114,8 @@ class FileCases : public ::testing::TestWithParam<std::string> {
   TScratchFolder folder_;
 };
 
-TEST_P(FileCases, GiveTheirTablesOrTheirFaults) {
-  const TFileCase files = FileCase(GetParam());
+TEST_P(FormatCases, GiveTheirTablesOrTheirFaults) {
+  const TFormatCase files = FormatCase(GetParam());
   files.PutInto(folder_.Path());
   for (const auto& [words, expected] : files.asks) {
     const auto* format = std::ranges::find(kFormats, words[0], &TFormat::name);
@@ -126,7 +126,7 @@ TEST_P(FileCases, GiveTheirTablesOrTheirFaults) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, FileCases, ::testing::ValuesIn(FileCaseNames()),
+INSTANTIATE_TEST_SUITE_P(All, FormatCases, ::testing::ValuesIn(FormatCaseNames()),
                          [](const auto& test) { return StrReplace(test.param, "-", "_"); });
 
 }  // namespace
