@@ -9,7 +9,7 @@
 namespace velmora {
 
 struct TElementText::TReading {
-  explicit TReading(std::string_view text) : tokens(velmora::Tokens(text)) {}
+  explicit TReading(std::vector<TToken> read) : tokens(std::move(read)) {}
 
   std::vector<TToken> tokens;
   std::optional<std::size_t> body{};
@@ -44,15 +44,28 @@ TElementText::TElementText(std::string text) {
   if (!text.empty()) own_ = std::make_shared<const TOwn>(std::move(text));
 }
 
+TElementText::TElementText(std::string_view source, TTokens tokens) {
+  const std::size_t start = tokens.front().start;
+  auto own = std::make_shared<TOwn>(std::string(source.substr(start, tokens.back().End() - start)));
+  const std::string_view text = own->text;
+  std::vector<TToken> read;
+  read.reserve(tokens.size() + 1);
+  for (const TToken& token : tokens)
+    read.push_back({token.kind, text.substr(token.start - start, token.text.size()), token.start - start});
+  read.push_back({EToken::End, {}, text.size()});
+  own->reading = std::make_unique<TReading>(std::move(read));
+  own_ = std::move(own);
+}
+
 const std::string& TElementText::Str() const {
   static const std::string kEmpty;
   return own_ == nullptr ? kEmpty : own_->text;
 }
 
 TElementText::TReading& TElementText::Reading() const {
-  static TReading empty("");
+  static TReading empty({TToken()});
   if (own_ == nullptr) return empty;
-  if (own_->reading == nullptr) own_->reading = std::make_unique<TReading>(own_->text);
+  if (own_->reading == nullptr) own_->reading = std::make_unique<TReading>(velmora::Tokens(own_->text));
   return *own_->reading;
 }
 

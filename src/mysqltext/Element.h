@@ -38,6 +38,8 @@ class TElementText {
  public:
   TElementText() = default;
   TElementText(std::string text);  // NOLINT(google-explicit-constructor): an element is written with a plain text
+  // The part of a longer text from the first of its `tokens` to the last, which need not be read again.
+  TElementText(std::string_view source, TTokens tokens);
 
   const std::string& Str() const;
   bool Empty() const { return Str().empty(); }

@@ -65,17 +65,16 @@ void MoveSequences(TTableText& table, const std::string& from, const std::string
   }
 }
 
-std::string WithHexDefault(std::string column_text) {
+TElementText WithHexDefault(TElementText column) {
   const auto wide = [](char c) { return static_cast<unsigned char>(c) > 0x7F; };
-  if (std::none_of(column_text.begin(), column_text.end(), wide)) return column_text;
-  const std::vector<TToken> all = Tokens(column_text);
-  const TColumnParts parts = ReadColumnParts(TTokens(all.data(), all.size() - 1));
-  if (!InList(parts.type, {"binary", "varbinary"}) || !parts.default_value) return column_text;
-  const TToken& value = all[parts.default_value->first];
-  if (value.kind != EToken::String || !PrefixOf(value).empty()) return column_text;
+  if (std::none_of(column.Str().begin(), column.Str().end(), wide)) return column;
+  const TColumnParts& parts = column.Column();
+  if (!InList(parts.type, {"binary", "varbinary"}) || !parts.default_value) return column;
+  const TToken& value = column.Tokens()[parts.default_value->first];
+  if (value.kind != EToken::String || !PrefixOf(value).empty()) return column;
   std::string hex;
   for (const char c : ValueOf(value)) hex += Format("%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));
-  return column_text.replace(value.start, value.text.size(), "x'" + hex + "'");
+  return std::string(column.Str()).replace(value.start, value.text.size(), "x'" + hex + "'");
 }
 
 std::string PinnedColumnText(const TElementText& column, const TTableText& from, const TTableText& to) {

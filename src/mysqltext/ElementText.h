@@ -25,7 +25,7 @@ void MoveSequences(TTableText& table, const std::string& from, const std::string
 
 // The column's text with a default of bytes in hexadecimal: servers print it as it is, which no text file, window or
 // client with a character set of its own hands on. Other texts stay as they are.
-std::string WithHexDefault(std::string column_text);
+TElementText WithHexDefault(TElementText column);
 
 // The column's text, which stands in `from`, so that it means the same in `to`: with a character set of its own where
 // the two tables hand down different ones.

@@ -119,11 +119,6 @@ std::size_t NextBracket(TTokens tokens, std::size_t at) {
   return at;
 }
 
-const TToken& TokenAt(TTokens tokens, std::size_t at) {
-  static const TToken kEnd;
-  return at < tokens.size() ? tokens[at] : kEnd;
-}
-
 bool IsName(const TToken& token) { return token.kind == EToken::Name || token.kind == EToken::Word; }
 
 std::size_t AfterGroup(TTokens tokens, std::size_t open) {

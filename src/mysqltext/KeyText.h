@@ -13,7 +13,10 @@
 namespace velmora {
 
 // The token at a place, or an End after the last one.
-const TToken& TokenAt(TTokens tokens, std::size_t at);
+inline const TToken& TokenAt(TTokens tokens, std::size_t at) {
+  static constexpr TToken kEnd;
+  return at < tokens.size() ? tokens[at] : kEnd;
+}
 bool IsName(const TToken& token);  // in backticks or a word
 // After the bracket that closes the one at `open`; the number of tokens when nothing closes it.
 std::size_t AfterGroup(TTokens tokens, std::size_t open);

@@ -39,6 +39,10 @@ bool IsHexDigit(char c) { return IsDigit(c) || (LowerChar(c) >= 'a' && LowerChar
 bool IsBinaryDigit(char c) { return c == '0' || c == '1'; }
 bool IsDecimalDigit(char c) { return IsDigit(c); }
 
+constexpr bool IsLongSymbolStart(char c) {
+  return c == '<' || c == '-' || c == ':' || c == '!' || c == '>' || c == '&' || c == '|';
+}
+
 // Whether `word`, which stands before a quote, belongs to it.
 bool IsStringPrefix(std::string_view word) {
   if (word.front() == '_') return word.size() > 1;
@@ -87,7 +91,7 @@ void TLexer::SkipGap() {
 
 // Passes over a comment, or a mark of one whose content counts.
 bool TLexer::SkipComment() {
-  if (std::string_view("/-#*").find(text_[at_]) == std::string_view::npos) return false;
+  if (const char c = text_[at_]; c != '/' && c != '-' && c != '#' && c != '*') return false;
   if (!marks_.empty() && ClosesComment(text_, at_)) {
     marks_.pop_back();
     at_ += 2;
@@ -182,7 +186,7 @@ void TLexer::ReadExponent() {
 void TLexer::ReadSymbol() {
   const std::size_t start = at_;
   std::size_t length = 1;
-  if (std::string_view("<-:!>&|").find(text_[at_]) != std::string_view::npos)
+  if (IsLongSymbolStart(text_[at_]))
     for (const std::string_view symbol : kLongSymbols)
       if (text_.substr(at_, symbol.size()) == symbol) {
         length = symbol.size();
@@ -243,7 +247,7 @@ bool IsPlainGap(std::string_view gap) {
   return gap.empty() || gap == " " || std::all_of(gap.begin(), gap.end(), [](char c) { return c == ' ' || c == '\t'; });
 }
 
-std::string_view Gap(std::string_view text, std::span<const TToken> tokens, std::size_t after) {
+std::string_view Gap(std::string_view text, TTokens tokens, std::size_t after) {
   return text.substr(tokens[after].End(), tokens[after + 1].start - tokens[after].End());
 }
 
@@ -278,18 +282,18 @@ std::string Undoubled(std::string_view inner, char quote) {
 
 }  // namespace
 
-bool TToken::Is(std::string_view word) const {
-  if (kind == EToken::Word) return SameText(text, word);
-  return kind == EToken::Symbol && text == word;
-}
-
 std::vector<TToken> Tokens(std::string_view text) { return TLexer(text).Read(); }
 
-std::string TextOf(std::string_view text, std::span<const TToken> tokens, std::size_t first, std::size_t last) {
+bool IsPlain(std::string_view text, TTokens tokens, std::size_t first, std::size_t last) {
+  for (std::size_t i = first; i + 1 < last; ++i)
+    if (!IsPlainGap(Gap(text, tokens, i))) return false;
+  return true;
+}
+
+std::string TextOf(std::string_view text, TTokens tokens, std::size_t first, std::size_t last) {
   if (first >= last) return "";
-  bool plain = true;
-  for (std::size_t i = first; i + 1 < last && plain; ++i) plain = IsPlainGap(Gap(text, tokens, i));
-  if (plain) return std::string(text.substr(tokens[first].start, tokens[last - 1].End() - tokens[first].start));
+  if (IsPlain(text, tokens, first, last))
+    return std::string(text.substr(tokens[first].start, tokens[last - 1].End() - tokens[first].start));
 
   std::string result;
   TGapWriter writer(result);
@@ -371,10 +375,6 @@ std::string QuotedText(std::string_view value) {
     }
   }
   return result += '\'';
-}
-
-bool IsKeyword(const TToken& token, std::string_view word) {
-  return token.kind == EToken::Word && SameText(token.text, word);
 }
 
 }  // namespace velmora

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "util/Text.h"
+
 namespace velmora {
 
 enum class EToken {
@@ -25,7 +27,9 @@ struct TToken {
   std::string_view text;  // as written
   std::size_t start = 0;  // in the text
   std::size_t End() const { return start + text.size(); }
-  bool Is(std::string_view word) const;  // a word, ignoring case, or a symbol
+  bool Is(std::string_view word) const {  // a word, ignoring case, or a symbol
+    return kind == EToken::Word ? SameText(text, word) : kind == EToken::Symbol && text == word;
+  }
 };
 
 using TTokens = std::span<const TToken>;
@@ -45,15 +49,20 @@ std::vector<TToken> Tokens(std::string_view text);
 // What the tokens of `tokens` from `first` to before `last` say, as written in `text`. Where comments, marks of
 // versions or line ends stand between them, white space is one blank, comments go, and marks stay, in pairs. `last` is
 // the place of a token, so at most that of End.
-std::string TextOf(std::string_view text, std::span<const TToken> tokens, std::size_t first, std::size_t last);
+std::string TextOf(std::string_view text, TTokens tokens, std::size_t first, std::size_t last);
+// Whether nothing but blanks stands between these tokens, so that what they say is what is written.
+bool IsPlain(std::string_view text, TTokens tokens, std::size_t first, std::size_t last);
 // The line, from 1, of a place in the text.
 int LineOf(std::string_view text, std::size_t place);
 
-std::string NameOf(const TToken& token);                     // of a Name or Word, doubled backticks undone
-std::string_view PrefixOf(const TToken& token);              // of a String, as written: "_utf8mb4", "x"; mostly empty
-std::string ValueOf(const TToken& token);                    // of a String, quotes and escapes undone, prefix left out
-std::string QuotedName(std::string_view name);               // `name`, backticks doubled
-std::string QuotedText(std::string_view value);              // 'value' as servers print it
-bool IsKeyword(const TToken& token, std::string_view word);  // an unquoted word, ignoring case
+std::string NameOf(const TToken& token);         // of a Name or Word, doubled backticks undone
+std::string_view PrefixOf(const TToken& token);  // of a String, as written: "_utf8mb4", "x"; mostly empty
+std::string ValueOf(const TToken& token);        // of a String, quotes and escapes undone, prefix left out
+std::string QuotedName(std::string_view name);   // `name`, backticks doubled
+std::string QuotedText(std::string_view value);  // 'value' as servers print it
+// Whether it is this word, unquoted, ignoring case.
+inline bool IsKeyword(const TToken& token, std::string_view word) {
+  return token.kind == EToken::Word && SameText(token.text, word);
+}
 
 }  // namespace velmora

@@ -38,6 +38,7 @@ class TTableReader {
   void ReadElements();
   void ReadElement();
   std::size_t ElementEnd() const;
+  TElementText ElementText(EElement kind, TTokens element) const;  // of the tokens from at_ on
   void CheckElement(const TElementHead& head, TTokens element);
   void ReadOptions();
   void ReadPartitioning();
@@ -136,10 +137,15 @@ void TTableReader::ReadElement() {
   std::optional<TElementHead> head = ReadElementHead(element);
   if (!head) Fail("a column, key or constraint");
   CheckElement(*head, element);
-  std::string text = TextOf(text_, tokens_, at_, end);
-  if (head->kind == EElement::Column) text = WithHexDefault(std::move(text));
-  table_.elements.push_back({head->kind, std::move(head->name), std::move(text)});
+  table_.elements.push_back({head->kind, std::move(head->name), ElementText(head->kind, element)});
   at_ = end;
+}
+
+TElementText TTableReader::ElementText(EElement kind, TTokens element) const {
+  const std::size_t end = at_ + element.size();
+  TElementText text =
+      IsPlain(text_, tokens_, at_, end) ? TElementText(text_, element) : TElementText(TextOf(text_, tokens_, at_, end));
+  return kind == EElement::Column ? WithHexDefault(std::move(text)) : text;
 }
 
 // What the readers of single elements rely on.

@@ -46,6 +46,7 @@ using TElements = std::vector<const TElement*>;
 
 TElements ElementsOf(const TTableText& table, const TGroup& group) {
   TElements elements;
+  elements.reserve(table.elements.size());
   for (const auto& element : table.elements)
     if (group.holds(element.kind)) elements.push_back(&element);
   return elements;
@@ -287,6 +288,7 @@ std::vector<TChange> CompareTableTexts(const TTableText& reference, const TTable
 // Patience sorting: `ends` holds for each length the place of the smallest value that such a sequence can end on.
 std::vector<std::size_t> LongestIncreasing(const std::vector<std::size_t>& order) {
   std::vector<std::size_t> ends;
+  ends.reserve(order.size());
   std::vector<std::size_t> before(order.size(), kNone);
   for (std::size_t i = 0; i < order.size(); ++i) {
     const auto end = std::lower_bound(ends.begin(), ends.end(), order[i],

@@ -234,6 +234,7 @@ class TColumnRewriter {
     if (!parts.default_value || parts.default_value->first == parts.default_value->last) return;
     const TTokens value =
         text.Tokens().subspan(parts.default_value->first, parts.default_value->last - parts.default_value->first);
+    if (value.size() == 1 && IsKeyword(value[0], "null")) return;
     const auto printed = PrintedDefault(ReadColumnText(text, of_table), value);
     const std::size_t start = value.front().start;
     const std::size_t size = value.back().End() - start;
@@ -320,7 +321,7 @@ std::string CutPart(const TKeyPart& part, const TColumnText& column, bool unique
   return QuotedName(part.column) + (whole ? "" : Format("(%d)", length)) + rest;
 }
 
-void CutKey(TElement& key, const TTableText& table) {
+void CutKey(TElement& key, const TTableText& table, const TCharset& charset, long long longest) {
   if (key.kind == EElement::FulltextKey || key.kind == EElement::SpatialKey) return;
   const TElementText text = key.text;
   const std::vector<TKeyPart>& parts = text.KeyParts();
@@ -328,9 +329,8 @@ void CutKey(TElement& key, const TTableText& table) {
   for (const TKeyPart& part : parts) {
     const TElement* column = part.column.empty() ? nullptr : table.Find(EElement::Column, part.column);
     const bool unique = key.kind != EElement::Key;
-    list +=
-        (list.empty() ? "" : ",") +
-        (column == nullptr ? part.text : CutPart(part, ReadColumnText(column->text, table), unique, LongestKey(table)));
+    list += (list.empty() ? "" : ",") +
+            (column == nullptr ? part.text : CutPart(part, ReadColumnText(column->text, charset), unique, longest));
   }
   if (parts.empty()) return;
   const TTokens tokens = text.Tokens();
@@ -407,8 +407,9 @@ void CompleteTable(TTableText& table, const TTableText* counterpart, const TServ
   }
   if (!server.explicit_timestamps) CompleteTimestamps(table);
   SettleTable(table);
+  const long long longest = LongestKey(table);
   for (TElement& element : table.elements)
-    if (IsKey(element.kind)) CutKey(element, table);
+    if (IsKey(element.kind)) CutKey(element, table, charset, longest);
   if (counterpart != nullptr) AdoptExpressions(table, *counterpart);
 }
 

@@ -133,7 +133,14 @@ std::size_t WidthOf(const TColumnText& column) {
   return 0;
 }
 
+// Whether it is a whole number without anything that could be written otherwise.
+bool IsPlainNumber(const TLiteral& literal) {
+  return literal.is_number && std::all_of(literal.text.begin(), literal.text.end(), IsDigit) &&
+         (literal.text == "0" || !literal.text.starts_with('0'));
+}
+
 std::optional<std::string> PrintedNumber(const TColumnText& column, const TLiteral& literal) {
+  if (IsWholeType(column.type) && !column.zerofill && IsPlainNumber(literal)) return literal.text;
   if (column.type == "bit") {
     TLiteral bytes = literal;
     bytes.is_bytes = !literal.is_number;
@@ -222,7 +229,14 @@ std::optional<TParts> OneNumber(const std::string& digits) {
   return parts;
 }
 
+// Whether a text has digits where the form has them, and is like it otherwise.
+bool HasForm(std::string_view text, std::string_view form) {
+  return std::equal(text.begin(), text.end(), form.begin(), form.end(),
+                    [](char a, char b) { return IsDigit(b) ? IsDigit(a) : a == b; });
+}
+
 std::optional<std::string> PrintedDate(std::string text, bool with_time, long long digits) {
+  if (digits <= 0 && HasForm(text, with_time ? "0000-00-00 00:00:00" : "0000-00-00")) return text;
   const std::string fraction = TakeFraction(text);
   const auto groups = Groups(text);
   if (!groups || groups->size() > 6 || groups->size() == 2) return std::nullopt;

@@ -190,6 +190,13 @@ bool ExpandSerial(TElement& column) {
   return true;
 }
 
+// Whether there may be something to take out: the most columns say nothing of keys.
+bool MayHoldElements(const TElementText& column, const TServerTraits& server) {
+  const TColumnParts& parts = column.Column();
+  if (!parts.rest.empty() || (server.mysql && parts.check) || parts.type == "serial") return true;
+  return parts.default_value && IsKeyword(TokenAt(column.Tokens(), parts.default_value->first), "value");
+}
+
 // "not null", whatever was said before.
 void SetNotNull(TElement& column) {
   const TColumn read(column);
@@ -415,7 +422,8 @@ TElement* FindColumn(TTableText& table, std::string_view name) {
 
 bool HoldsRawLineEnd(const TToken& token) {
   const bool quoted = token.kind == EToken::Name || token.kind == EToken::String;
-  return quoted && token.text.find_first_of("\r\n") != std::string_view::npos;
+  constexpr std::size_t kNone = std::string_view::npos;
+  return quoted && (token.text.find('\n') != kNone || token.text.find('\r') != kNone);
 }
 
 }  // namespace
@@ -440,6 +448,7 @@ TTableText ReadTableWithoutRawLineEnds(std::string_view statement, TTokens token
 }
 
 std::vector<TElement> TakeInlineElements(TElement& column, const TServerTraits& server) {
+  if (!MayHoldElements(column.text, server)) return {};
   const bool serial = ExpandSerial(column);
   const TColumn read(column);
   TInlineReader reader(read, server);
@@ -454,6 +463,8 @@ std::vector<TElement> TakeInlineElements(TElement& column, const TServerTraits& 
 void AddElements(std::vector<TElement> added, bool first, const TServerTraits& server, TTableText& table) {
   TElements others;
   TElements columns;
+  others.reserve(table.elements.size() + 2 * added.size());  // a foreign key brings one along
+  columns.reserve(table.elements.size());
   for (TElement& element : table.elements)
     (element.kind == EElement::Column ? columns : others).push_back(std::move(element));
   const std::size_t first_new = others.size();

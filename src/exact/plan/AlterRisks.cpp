@@ -53,10 +53,6 @@ const TElement* FindNamed(const TTableText& table, const std::string& name, bool
   return found == table.elements.end() ? nullptr : &*found;
 }
 
-bool IsAnyKey(EElement kind) {
-  return kind == EElement::PrimaryKey || kind == EElement::UniqueKey || kind == EElement::Key ||
-         kind == EElement::FulltextKey || kind == EElement::SpatialKey;
-}
 bool IsRule(EElement kind) { return kind == EElement::ForeignKey || kind == EElement::Check; }
 
 class TAlterJudge {
@@ -245,8 +241,7 @@ std::string TAlterJudge::DropKey() {
 std::string TAlterJudge::DropConstraint() {
   Next({"if", "exists"});
   const std::string name = TakeName();
-  if (table_ != nullptr && FindNamed(*table_, name, IsRule) != nullptr && !FindNamed(*table_, name, IsAnyKey))
-    return {};
+  if (table_ != nullptr && FindNamed(*table_, name, IsRule) != nullptr && !FindNamed(*table_, name, IsKey)) return {};
   return DropKeyRisk(name, table_);
 }
 
@@ -311,7 +306,7 @@ std::vector<std::string> AlterRisks(std::string_view statement, TTokens tokens, 
 }
 
 std::string DropKeyRisk(const std::string& name, const TTableText* table) {
-  const bool known = table != nullptr && FindNamed(*table, name, IsAnyKey) != nullptr;
+  const bool known = table != nullptr && FindNamed(*table, name, IsKey) != nullptr;
   if (known || SameText(name, "PRIMARY")) {
     TTableText primary;
     primary.elements.push_back({EElement::PrimaryKey, "PRIMARY", {}});

@@ -46,6 +46,7 @@ constexpr std::array<TModeMark, 9> kModeMarks = {{{"pipes_as_concat", "||"},
                                                   {"maxdb", "||"}}};
 
 bool HasMode(std::string_view modes, std::string_view mode) {
+  if (modes.empty()) return false;
   TStringList all;
   SplitPlain(',', modes, all);
   return std::any_of(all.begin(), all.end(), [mode](const std::string& one) { return TrimView(one) == mode; });
@@ -62,6 +63,7 @@ bool MakesRows(TTokens tokens) {
   for (std::size_t at = 0; at < tokens.size(); ++at) {
     if (tokens[at].Is("(")) ++depth;
     if (tokens[at].Is(")") && depth > 0) --depth;
+    if (tokens[at].kind != EToken::Word) continue;
     const bool query = IsKeyword(tokens[at], "select") || IsKeyword(tokens[at], "values");
     const bool opens = at > 0 && tokens[at - 1].Is("(");
     if (query && (depth == 0 || (depth == 1 && opens)) && !IsKeyword(TokenAt(tokens, at + 1), "less")) return true;
@@ -324,6 +326,8 @@ void TFileSchema::Create(std::size_t at) {
     TTableText table = ReadTableWithoutRawLineEnds(text_, tokens_);
     std::vector<TElement> columns;
     std::vector<TElement> added;
+    columns.reserve(table.elements.size());
+    added.reserve(table.elements.size());
     for (TElement& element : table.elements) {
       const bool column = element.kind == EElement::Column;
       std::vector<TElement> inside;

@@ -374,6 +374,7 @@ class TPairReader {
   void TakeApartShared(TTaken& taken) {
     try {
       taken.reference = std::make_unique<TTableText>(SharedTable(*taken.shared_text));
+      taken.reference->ForgetReadings();
       taken.target = std::make_unique<TTableText>(*taken.reference);
     } catch (const EVelmora&) {
       // As above: nothing is lost with it.
