@@ -46,11 +46,11 @@ void WaitFor(const std::atomic<int>& count) {
 }
 
 TEST(InterruptTest, EachSignalEndsTheWorkAtItsNextPauseOnce) {
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    std::signal(signal, SIG_DFL);  // nohup has one of them ignored
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    signal(number, SIG_DFL);  // nohup has one of them ignored
     TInterruptHost host(nullptr);
     host.ProcessMessages();
-    raise(signal);
+    raise(number);
     EXPECT_EQ(MessageOf([&] { host.ProcessMessages(); }), "Cancelled");
     host.ProcessMessages();
   }
