@@ -70,7 +70,7 @@ TElementText WithHexDefault(TElementText column) {
   if (std::none_of(column.Str().begin(), column.Str().end(), wide)) return column;
   const TColumnParts& parts = column.Column();
   if (!InList(parts.type, {"binary", "varbinary"}) || !parts.default_value) return column;
-  const TToken& value = column.Tokens()[parts.default_value->first];
+  const TToken& value = TokenAt(column.Tokens(), parts.default_value->first);
   if (value.kind != EToken::String || !PrefixOf(value).empty()) return column;
   std::string hex;
   for (const char c : ValueOf(value)) hex += Format("%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));

@@ -174,7 +174,7 @@ bool ExpandSerial(TElement& column) {
   const TColumn read(column);
   const bool type = read.parts.type == "serial";
   const auto& value = read.parts.default_value;
-  const bool by_default = value && IsKeyword(read.tokens[value->first], "value");
+  const bool by_default = value && IsKeyword(TokenAt(read.tokens, value->first), "value");
   if (!type && !by_default) return false;
   std::vector<bool> kept = read.All();
   if (type) kept[1] = false;
