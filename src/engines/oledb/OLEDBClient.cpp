@@ -11,15 +11,12 @@ namespace velmora {
 namespace {
 
 constexpr char kNotConnected[] = "Not connected";
-constexpr char kCannotCreate[] = "A new database cannot be made here";
 constexpr char kOtherCommit[] = "Commit(retaining %d, flags %d) is not supported";
 constexpr char kNoSource[] = "A dataset needs a data source before it is opened";
 
 const TVariant kNullValue;
 
 }  // namespace
-
-void TOLEDBProvider::CreateDataSource() { RaiseError(kCannotCreate); }
 
 // --- TOLEDBSession
 
