@@ -153,6 +153,7 @@ void TAlteration::Apply() {
 
 void TAlteration::Split(std::size_t first) {
   for (std::size_t at = first; first < tokens_.size();) {
+    if (at >= tokens_.size()) RaiseError(Format(kNotUnderstood, statement_));  // a bracket is not closed
     const bool partitioning = IsKeyword(tokens_[at], "partition") && IsKeyword(TokenAt(tokens_, at + 1), "by");
     const bool ends = partitioning || tokens_[at].kind == EToken::End;
     if (ends || tokens_[at].Is(",")) {
