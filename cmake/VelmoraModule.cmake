@@ -12,19 +12,29 @@ target_compile_options(velmora_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor
   -Woverloaded-virtual -Wold-style-cast -Wcast-qual -Wformat=2 -Wimplicit-fallthrough
   $<$<BOOL:${VELMORA_DEVELOPER}>:-Werror>)
+# For programs whose sources are compiled together: a name at the top of one may be a local of another.
+add_library(velmora_test_warnings INTERFACE)
+target_compile_options(velmora_test_warnings INTERFACE -Wno-shadow $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>)
 
 if(VELMORA_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
-# velmora_module(FOLDER LINKS targets... [HIDDEN targets...] [WITHOUT patterns...]): the library velmora_<folder> out of
-# every source in src/FOLDER and the folders below it but main.cpp and those whose names fit a pattern. Headers of HIDDEN targets reach the
-# folder's own sources alone.
+# Compiles a target's sources several at a time: where the headers of the window system, the test framework, JSON or the
+# command line take longer to read than the source itself, it more than halves the work. Names in unnamed namespaces
+# must then differ within a folder. VELMORA_TOGETHER=OFF compiles each alone, as clang-tidy does.
+function(velmora_together target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${VELMORA_TOGETHER} UNITY_BUILD_BATCH_SIZE 10)
+endfunction()
+
+# velmora_module(FOLDER [TOGETHER] LINKS targets... [HIDDEN targets...] [WITHOUT patterns...]): the library
+# velmora_<folder> out of every source in src/FOLDER and the folders below it but main.cpp and those whose names fit a
+# pattern. Headers of HIDDEN targets reach the folder's own sources alone. TOGETHER: see velmora_together.
 # In developer mode each header of the folder is also compiled alone, but for those that a source of their name includes
 # first (scripts/check-deps sees to that).
 function(velmora_module folder)
-  cmake_parse_arguments(ARG "" "" "LINKS;HIDDEN;WITHOUT" ${ARGN})
+  cmake_parse_arguments(ARG "TOGETHER" "" "LINKS;HIDDEN;WITHOUT" ${ARGN})
   string(REPLACE "/" "_" suffix "${folder}")
   set(target velmora_${suffix})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp")
@@ -44,6 +54,9 @@ function(velmora_module folder)
   set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
   target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}/src")
   target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_HIDDEN} velmora_warnings)
+  if(ARG_TOGETHER)
+    velmora_together(${target})
+  endif()
   if(VELMORA_DEVELOPER AND headers)
     velmora_lone_headers(${target} "${headers}" "${sources}")
   endif()
@@ -106,7 +119,8 @@ function(velmora_tests folder)
   target_compile_definitions(${target} PRIVATE VELMORA_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
   # The C++ library comes first: some linkers would otherwise take a text's operations out of the support library, and
   # with them objects that need rooms which this program does not link.
-  target_link_libraries(${target} PRIVATE stdc++ velmora_test_support ${ARG_LINKS} GTest::gmock_main velmora_warnings)
+  target_link_libraries(${target} PRIVATE stdc++ velmora_test_support ${ARG_LINKS} GTest::gmock_main velmora_warnings velmora_test_warnings)
+  velmora_together(${target})
   if(NOT ARG_PLAIN)
     target_precompile_headers(${target} REUSE_FROM velmora_test_support)
   endif()

@@ -7,7 +7,7 @@ namespace velmora {
 
 namespace {
 
-TJson JsonOf(const TColumnView& column) {
+TJson ColumnJson(const TColumnView& column) {
   const TColumnRow& row = column.row;
   return {{"name", row.name},
           {"datatype", static_cast<int>(row.datatype)},
@@ -17,21 +17,21 @@ TJson JsonOf(const TColumnView& column) {
           {"notnull", row.notnull},
           {"default", row.default_},
           {"autoinc", row.autoinc},
-          {"text", velmora::JsonOf(column.rendered.text)},
+          {"text", JsonOf(column.rendered.text)},
           {"text_error", column.rendered.text ? TJson() : TJson(column.rendered.error)}};
 }
 
-TJson JsonOf(const TKeyView& key) {
+TJson KeyJson(const TKeyView& key) {
   return {{"name", key.row.name},
           {"primary", key.row.primary},
           {"unique", key.row.unique},
           {"fulltext", key.row.fulltext},
           {"columns", key.columns},
           {"orders", key.orders},
-          {"text", velmora::JsonOf(key.rendered.text)}};
+          {"text", JsonOf(key.rendered.text)}};
 }
 
-TJson JsonOf(const TConstraintView& constraint) {
+TJson ConstraintJson(const TConstraintView& constraint) {
   const TConstraintRow& row = constraint.row;
   return {{"name", row.name},
           {"constraint_type", row.constraint_type},
@@ -42,13 +42,13 @@ TJson JsonOf(const TConstraintView& constraint) {
           {"check_condition", row.check_condition},
           {"local", constraint.local},
           {"foreign", constraint.foreign},
-          {"text", velmora::JsonOf(constraint.rendered.text)}};
+          {"text", JsonOf(constraint.rendered.text)}};
 }
 
 template <class View>
-TJson ArrayOf(const std::vector<View>& views) {
+TJson ArrayOf(const std::vector<View>& views, TJson (*json)(const View&)) {
   TJson array = TJson::array();
-  for (const View& view : views) array.push_back(JsonOf(view));
+  for (const View& view : views) array.push_back(json(view));
   return array;
 }
 
@@ -59,9 +59,9 @@ TJson JsonOf(const std::optional<std::string>& text) { return text ? TJson(*text
 TJson JsonOf(const TTableView& table) {
   return {{"name", table.name},
           {"type", table.type},
-          {"columns", ArrayOf(table.columns)},
-          {"keys", ArrayOf(table.keys)},
-          {"constraints", ArrayOf(table.constraints)},
+          {"columns", ArrayOf(table.columns, ColumnJson)},
+          {"keys", ArrayOf(table.keys, KeyJson)},
+          {"constraints", ArrayOf(table.constraints, ConstraintJson)},
           {"error", JsonOf(table.error)}};
 }
 

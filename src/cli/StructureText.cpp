@@ -9,7 +9,7 @@ namespace velmora {
 
 namespace {
 
-std::string TextOf(const TRenderedText& rendered) {
+std::string ShownRendering(const TRenderedText& rendered) {
   return ShownText(rendered.text ? *rendered.text : "(cannot be shown: " + rendered.error + ")");
 }
 
@@ -21,7 +21,8 @@ void PrintColumns(const std::vector<TColumnView>& columns, std::ostream& out) {
     width = std::max(width, CharCount(names.back()));
   }
   for (std::size_t i = 0; i < columns.size(); ++i)
-    out << "  " << names[i] << std::string(width - CharCount(names[i]) + 2, ' ') << TextOf(columns[i].rendered) << '\n';
+    out << "  " << names[i] << std::string(width - CharCount(names[i]) + 2, ' ') << ShownRendering(columns[i].rendered)
+        << '\n';
 }
 
 void PrintRules(const TConstraintRow& row, std::ostream& out) {
@@ -38,9 +39,9 @@ void PrintTable(const TTableView& table, std::ostream& out) {
     return;
   }
   PrintColumns(table.columns, out);
-  for (const TKeyView& key : table.keys) out << "  " << TextOf(key.rendered) << '\n';
+  for (const TKeyView& key : table.keys) out << "  " << ShownRendering(key.rendered) << '\n';
   for (const TConstraintView& constraint : table.constraints) {
-    out << "  " << TextOf(constraint.rendered);
+    out << "  " << ShownRendering(constraint.rendered);
     PrintRules(constraint.row, out);
     out << '\n';
   }

@@ -11,7 +11,7 @@ namespace velmora {
 
 namespace {
 
-constexpr char kHidden[] = "(hidden)";
+constexpr char kHiddenValue[] = "(hidden)";
 
 // A value as it can be given in a source: control characters would forge lines, and a tab would not be seen.
 std::string Shown(const std::string& value) {
@@ -32,7 +32,7 @@ void PrintSide(const char* name, const TTaskSide& side, bool show_passwords, std
   const auto print = [&](const TEngineKey& key) {
     const std::string value = side.values.Text(key.name);
     const bool hidden = key.kind == EKeyKind::Secret && !show_passwords && !value.empty();
-    out << "  " << key.name << ": " << (hidden ? kHidden : Shown(value)) << '\n';
+    out << "  " << key.name << ": " << (hidden ? kHiddenValue : Shown(value)) << '\n';
   };
   for (const TEngineKey& key : side.engine->keys) print(key);
   for (const TEngineKey& key : side.engine->further)

@@ -15,11 +15,10 @@ using namespace velmora::testing;
 
 constexpr char kHead[] = "after 4.1\nquery q\n< 02\n< {a}\n< {b}\n< {end}\n";
 
-TDialogueCase Queries(const std::string& text) { return WrittenCase("queries.txt", text); }
-
 TEST(MySqlResultSet, RowsThatNobodyWants) {
   TSessionRig rig(
-      Queries(kHead + std::string("< \"1\" \"one\"\n< \"2\" \"two\"\n< {end}\nquery z\n< {4.1 ok}")).Dialogue());
+      WrittenCase("queries.txt", kHead + std::string("< \"1\" \"one\"\n< \"2\" \"two\"\n< {end}\nquery z\n< {4.1 ok}"))
+          .Dialogue());
   rig.Connect();
   rig.Query("q");
   {
@@ -38,7 +37,7 @@ TEST(MySqlResultSet, RowsThatNobodyWants) {
 TEST(MySqlResultSet, EndlessRows) {
   std::string text = kHead;
   for (int i = 0; i < 20000; ++i) text += "< \"1\" 64 'x'*100\n";
-  const TDialogueCase endless = Queries(text);
+  const TDialogueCase endless = WrittenCase("queries.txt", text);
   for (const bool whole : {false, true}) {
     TSessionRig rig(endless.Dialogue());
     rig.session.max_result_size = 500000;
@@ -50,8 +49,9 @@ TEST(MySqlResultSet, EndlessRows) {
 // With the older protocol a row that takes two packets is read one by one only.
 TEST(MySqlResultSet, HugeRows) {
   const std::string rows = "< FD FAFFFF 'h'*16777210 03\n< 'two'\n";
-  const TDialogueCase old = Queries("after old\nquery q\n< 02\n< {old a}\n< {old b}\n< FE\n" + rows + "< FE");
-  const TDialogueCase current = Queries(kHead + rows + "< {end}");
+  const TDialogueCase old =
+      WrittenCase("queries.txt", "after old\nquery q\n< 02\n< {old a}\n< {old b}\n< FE\n" + rows + "< FE");
+  const TDialogueCase current = WrittenCase("queries.txt", kHead + rows + "< {end}");
   for (const bool whole : {false, true}) {
     for (const TDialogueCase* one : {&old, &current}) {
       TSessionRig rig(one->Dialogue());

@@ -18,7 +18,6 @@ namespace {
 using namespace velmora::testing;
 
 TDialogueCase Login(const std::string& text) { return WrittenCase("logins.txt", text); }
-TDialogueCase Queries(const std::string& text) { return WrittenCase("queries.txt", text); }
 
 TEST(MySqlSession, NoTransport) {
   TMySqlSession session;
@@ -93,8 +92,9 @@ TEST(MySqlSession, EndlessSwitchesEnd) {
 // --- Commands
 
 TEST(MySqlSession, NumbersBeginAnewWithEachCommand) {
-  TSessionRig rig(Queries("after old\n> #0 02 'other'\n< {old ok}\n> #0 0E\n< FF 1704 'Unknown command'\n> #0 0E\n"
-                          "< {old ok}")
+  TSessionRig rig(WrittenCase("queries.txt",
+                              "after old\n> #0 02 'other'\n< {old ok}\n> #0 0E\n< FF 1704 'Unknown command'\n> #0 0E\n"
+                              "< {old ok}")
                       .Dialogue(),
                   false);
   rig.Connect();
@@ -108,7 +108,8 @@ TEST(MySqlSession, NumbersBeginAnewWithEachCommand) {
 }
 
 TEST(MySqlSession, HeadOfAResult) {
-  TSessionRig rig(Queries("after old\nquery a\n< 00 00 00 0000\nquery b\n< 02 09").Dialogue(), false);
+  TSessionRig rig(WrittenCase("queries.txt", "after old\nquery a\n< 00 00 00 0000\nquery b\n< 02 09").Dialogue(),
+                  false);
   rig.Connect();
   rig.Query("a");
   rig.Query("b");

@@ -95,12 +95,12 @@ class TBadReader : public TFileReader {
 
 constexpr TChildLimits kLimits{.silence = std::chrono::milliseconds(500), .memory = 1ULL << 31};
 
-std::unique_ptr<TFileReader> NewProcess() {
+std::unique_ptr<TFileReader> NewReader() {
   return ReadInOwnProcess([] { return std::make_unique<TBadReader>(); }, "/data/shop.mdb", "thelib", kLimits);
 }
 
 TEST(ReaderProcessTest, EveryValueComesThroughWhole) {
-  const auto reader = NewProcess();
+  const auto reader = NewReader();
   TBadReader direct;
   EXPECT_EQ(reader->Tables().at(0).TABLE_NAME, "ü");
   EXPECT_EQ(reader->Tables().at(1).TABLE_TYPE, "VIEW");
@@ -135,7 +135,7 @@ TEST(ReaderProcessTest, WhatGoesWrongBecomesAnErrorAndTheNextCallWorks) {
       {"spin", "too large for thelib (no answer for 1 seconds)"},
       {"memory", "too large for the memory that thelib may use"},
       {"error", "shop.mdb: page 7 is no page"}};
-  const auto reader = NewProcess();
+  const auto reader = NewReader();
   const std::size_t open_files = OpenFiles();
   for (const auto& [table, message] : kFaults) {
     EXPECT_THAT(MessageOf([&, &table = table] { reader->Structure(table); }), HasSubstr(message)) << table;
@@ -158,9 +158,9 @@ TEST(ReaderProcessTest, AFileThatCannotBeOpenedSaysWhy) {
 
 // Its connections to servers, locks and terminals stay the program's own.
 TEST(ReaderProcessTest, TheChildInheritsNothing) {
-  EXPECT_LE(NewProcess()->Structure("files").columns.size(), 5U) << "three standard ones, the channel, the listing";
+  EXPECT_LE(NewReader()->Structure("files").columns.size(), 5U) << "three standard ones, the channel, the listing";
   ::testing::internal::CaptureStdout();
-  NewProcess()->Structure("output");
+  NewReader()->Structure("output");
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
 }
 
@@ -170,7 +170,7 @@ TEST(ReaderProcessTest, TheChannelMayBeAStandardFile) {
   close(STDIN_FILENO);
   close(STDOUT_FILENO);
   std::size_t tables = 0;
-  const std::string message = MessageOf([&] { tables = NewProcess()->Tables().size(); });
+  const std::string message = MessageOf([&] { tables = NewReader()->Tables().size(); });
   dup2(input, STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
   close(input);
@@ -180,7 +180,7 @@ TEST(ReaderProcessTest, TheChannelMayBeAStandardFile) {
 }
 
 TEST(ReaderProcessTest, AnEndedReaderLeavesNoProcess) {
-  { const auto reader = NewProcess(); }
+  { const auto reader = NewReader(); }
   EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
 }
 

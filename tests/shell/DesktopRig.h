@@ -99,8 +99,8 @@ class TDesktopRig {
     WhenModal([=, this](QWidget* wizard) {
       FillConnection(wizard, "frRefConn", reference);
       FillConnection(wizard, "frTgtConn", target);
-      Click(wizard, "bnNext");
-      Click(wizard, "bnNext");
+      Click(*wizard, "bnNext");
+      Click(*wizard, "bnNext");
     });
     Trigger("acNewTask");
     QApplication::setActiveWindow(&Main());
@@ -134,9 +134,6 @@ class TDesktopRig {
     return question;
   }
 
-  static void Click(QWidget* window, const char* name) {
-    QTest::mouseClick(window->findChild<QAbstractButton*>(QLatin1String(name)), Qt::LeftButton);
-  }
   static void FillConnection(QWidget* wizard, const char* frame, const std::string& database) {
     auto* fields = wizard->findChild<QWidget*>(QLatin1String(frame));
     fields->findChild<QLineEdit*>(QStringLiteral("edUsernameMySQL"))->setText(QStringLiteral("root"));

@@ -50,17 +50,6 @@ namespace {
 
 using testing::ElementsAre;
 
-template <class Widget>
-Widget& Child(const QWidget& window, const char* name) {
-  auto* widget = window.findChild<Widget*>(QString::fromLatin1(name));
-  if (widget == nullptr) RaiseError(std::string("no widget ") + name);
-  return *widget;
-}
-
-void Click(const QWidget& window, const char* name) {
-  QTest::mouseClick(&Child<QAbstractButton>(window, name), Qt::LeftButton);
-}
-
 // Options as they are kept.
 class TKeptOptions : public TOptionStore {
  public:
@@ -108,8 +97,8 @@ TEST(OptionsDialogTest, EachBoxSetsItsOwnSwitch) {
     expected[key] = 1 - standard;
     const std::string box = "chk" + key;
     WhenModal([&, on = standard == 1](QWidget* window) {
-      EXPECT_EQ(Child<QCheckBox>(*window, box.c_str()).isChecked(), on);
-      Child<QCheckBox>(*window, box.c_str()).click();
+      EXPECT_EQ(Child<QCheckBox>(*window, box.c_str())->isChecked(), on);
+      Child<QCheckBox>(*window, box.c_str())->click();
       Click(*window, "butOK");
     });
     EXPECT_TRUE(dialog.Edit(options)) << box;
@@ -121,10 +110,10 @@ TEST(OptionsDialogTest, FontsAreReadFromTheirOwnFields) {
   TfmOptions dialog;
   TOptions options;
   WhenModal([](QWidget* window) {
-    Child<QFontComboBox>(*window, "cFontChanges").setEditText(QStringLiteral("One"));
-    Child<QSpinBox>(*window, "szFontChanges").setValue(11);
-    Child<QFontComboBox>(*window, "cFontScript").setEditText(QStringLiteral("  "));  // no name: the old one stays
-    Child<QSpinBox>(*window, "szFontScript").setValue(12);
+    Child<QFontComboBox>(*window, "cFontChanges")->setEditText(QStringLiteral("One"));
+    Child<QSpinBox>(*window, "szFontChanges")->setValue(11);
+    Child<QFontComboBox>(*window, "cFontScript")->setEditText(QStringLiteral("  "));  // no name: the old one stays
+    Child<QSpinBox>(*window, "szFontScript")->setValue(12);
     QTest::keyClick(window, Qt::Key_Return);
   });
   EXPECT_TRUE(dialog.Edit(options));
@@ -138,8 +127,8 @@ TEST(OptionsDialogTest, CancelChangesNothingAndTheNextShowingForgetsIt) {
   TfmOptions dialog;
   TOptions options;
   const auto change = [](QWidget* window) {
-    Child<QFontComboBox>(*window, "cFontScript").setEditText(QStringLiteral("Other"));
-    Child<QCheckBox>(*window, "chkUseBackticks").click();
+    Child<QFontComboBox>(*window, "cFontScript")->setEditText(QStringLiteral("Other"));
+    Child<QCheckBox>(*window, "chkUseBackticks")->click();
   };
   WhenModal([&](QWidget* window) {
     change(window);
@@ -147,7 +136,7 @@ TEST(OptionsDialogTest, CancelChangesNothingAndTheNextShowingForgetsIt) {
   });
   EXPECT_FALSE(dialog.Edit(options));
   WhenModal([&](QWidget* window) {
-    EXPECT_EQ(Child<QFontComboBox>(*window, "cFontScript").currentText(), QStringLiteral("Courier New"));
+    EXPECT_EQ(Child<QFontComboBox>(*window, "cFontScript")->currentText(), QStringLiteral("Courier New"));
     change(window);
     QTest::keyClick(window, Qt::Key_Escape);
   });
@@ -173,20 +162,20 @@ TEST(OptionsDialogTest, NoTwoControlsShareAnUnderlinedLetter) {
 TEST(DumpDialogTest, OpensInItsStates) {
   TfmDump dialog;
   EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Extract database structure"));
-  EXPECT_EQ(Child<QListWidget>(dialog, "CheckListBox1").count(), 0);
-  EXPECT_FALSE(Child<QRadioButton>(dialog, "rSourceDB").isChecked());
-  EXPECT_TRUE(Child<QRadioButton>(dialog, "rTargetDB").isChecked());
-  EXPECT_TRUE(Child<QPushButton>(dialog, "cxButton1").isEnabled());
-  EXPECT_TRUE(Child<QPushButton>(dialog, "cxButton2").isEnabled());
+  EXPECT_EQ(Child<QListWidget>(dialog, "CheckListBox1")->count(), 0);
+  EXPECT_FALSE(Child<QRadioButton>(dialog, "rSourceDB")->isChecked());
+  EXPECT_TRUE(Child<QRadioButton>(dialog, "rTargetDB")->isChecked());
+  EXPECT_TRUE(Child<QPushButton>(dialog, "cxButton1")->isEnabled());
+  EXPECT_TRUE(Child<QPushButton>(dialog, "cxButton2")->isEnabled());
   std::vector<Qt::CheckState> states;
   for (int number = 1; number <= 7; ++number) {
-    const auto& box = Child<QCheckBox>(dialog, ("cxCheckBox" + std::to_string(number)).c_str());
+    const auto& box = *Child<QCheckBox>(dialog, ("cxCheckBox" + std::to_string(number)).c_str());
     EXPECT_EQ(box.text(), QString());
     states.push_back(box.checkState());
   }
   EXPECT_THAT(states, ElementsAre(Qt::PartiallyChecked, Qt::Unchecked, Qt::PartiallyChecked, Qt::Unchecked,
                                   Qt::Unchecked, Qt::Unchecked, Qt::PartiallyChecked));
-  EXPECT_TRUE(Child<QPushButton>(dialog, "butOK").isDefault());
+  EXPECT_TRUE(Child<QPushButton>(dialog, "butOK")->isDefault());
 }
 
 TEST(DumpDialogTest, NothingEnablesExtractAndCancelEndsIt) {
@@ -194,7 +183,7 @@ TEST(DumpDialogTest, NothingEnablesExtractAndCancelEndsIt) {
   WhenModal([](QWidget* window) {
     for (auto* button : window->findChildren<QAbstractButton*>())
       if (button->objectName() != QStringLiteral("butCancel")) button->click();
-    EXPECT_FALSE(Child<QPushButton>(*window, "butOK").isEnabled());
+    EXPECT_FALSE(Child<QPushButton>(*window, "butOK")->isEnabled());
     QTest::keyClick(window, Qt::Key_Return);
     EXPECT_TRUE(window->isVisible());
     Click(*window, "butCancel");
@@ -211,10 +200,10 @@ TEST(AboutDialogTest, LinksRunTheirActionsByKeyAndItStays) {
   std::vector<std::string> done;
   dialog.OnVisitWeb = [&] { done.emplace_back("web"); };
   dialog.OnContactSupport = [&] { done.emplace_back("mail"); };
-  EXPECT_THAT(FromQt(Child<QLabel>(dialog, "lbTitle").text()), AppTitle());
+  EXPECT_THAT(FromQt(Child<QLabel>(dialog, "lbTitle")->text()), AppTitle());
   dialog.show();
   for (const char* name : {"lbVisitWeb", "lbContactSupport"}) {
-    auto& link = Child<QLabel>(dialog, name);
+    auto& link = *Child<QLabel>(dialog, name);
     link.setFocus(Qt::TabFocusReason);
     QTest::keyClick(&link, Qt::Key_Tab);  // from the text to the link in it
     link.setFocus(Qt::TabFocusReason);
@@ -222,13 +211,13 @@ TEST(AboutDialogTest, LinksRunTheirActionsByKeyAndItStays) {
   }
   EXPECT_THAT(done, ElementsAre("web", "mail"));
   EXPECT_TRUE(dialog.isVisible());
-  QTest::keyClick(&Child<QLabel>(dialog, "lbVisitWeb"), Qt::Key_Escape);
+  QTest::keyClick(Child<QLabel>(dialog, "lbVisitWeb"), Qt::Key_Escape);
   EXPECT_FALSE(dialog.isVisible());
 }
 
 TEST(AboutDialogTest, AnErrorOfALinkIsShownAndWithoutActionNothingHappens) {
   TfmAbout dialog;
-  const auto follow = [&] { Q_EMIT Child<QLabel>(dialog, "lbVisitWeb").linkActivated(QStringLiteral("#")); };
+  const auto follow = [&] { Q_EMIT Child<QLabel>(dialog, "lbVisitWeb")->linkActivated(QStringLiteral("#")); };
   follow();
   dialog.OnVisitWeb = [] { RaiseError("no browser"); };
   std::string shown;
@@ -243,7 +232,7 @@ TEST(AboutDialogTest, AnErrorOfALinkIsShownAndWithoutActionNothingHappens) {
 TEST(ConfirmDialogTest, HasAWrappedTextAndTwoAnswers) {
   TfmConfirm dialog;
   EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Please confirm"));
-  EXPECT_TRUE(Child<QLabel>(dialog, "lbText").wordWrap());
+  EXPECT_TRUE(Child<QLabel>(dialog, "lbText")->wordWrap());
   WhenModal([](QWidget* window) { Click(*window, "butOK"); });
   EXPECT_EQ(dialog.exec(), QDialog::Accepted);
   WhenModal([](QWidget* window) { Click(*window, "butCancel"); });
@@ -258,7 +247,7 @@ TEST(SplashTest, StandsBorderlessOnTopAtTheCentre) {
   EXPECT_TRUE(splash.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
   const QPoint off = splash.geometry().center() - splash.screen()->geometry().center();
   EXPECT_LE(off.manhattanLength(), 2);
-  EXPECT_EQ(FromQt(Child<QLabel>(splash, "lbTitle").text()), AppTitle());
+  EXPECT_EQ(FromQt(Child<QLabel>(splash, "lbTitle")->text()), AppTitle());
 }
 
 // --- Icons
@@ -353,14 +342,14 @@ TEST(HelpTest, EachPageIsReachedFromTheFirstAndNoLinkIsDead) {
   }
   const QStringList written = QDir(QStringLiteral(VELMORA_SOURCE_DIR "/src/shell/help")).entryList(QDir::Files);
   EXPECT_EQ(reached, QSet<QString>(written.begin(), written.end()));
-  EXPECT_EQ(Child<QListWidget>(help, "lsPages").count(), written.size());
+  EXPECT_EQ(Child<QListWidget>(help, "lsPages")->count(), written.size());
 }
 
 TEST(HelpTest, ListLinksAndHistoryKeepTogether) {
   TfmHelp help;
   help.show();
-  auto& list = Child<QListWidget>(help, "lsPages");
-  auto& text = Child<QTextBrowser>(help, "tbText");
+  auto& list = *Child<QListWidget>(help, "lsPages");
+  auto& text = *Child<QTextBrowser>(help, "tbText");
   const auto heading = [&] { return text.document()->firstBlock().text(); };
   help.activateWindow();
   for (int row = list.count(); --row >= 0;) {

@@ -396,9 +396,9 @@ TEST_F(MainTest, FailedConnectionsLeaveTheWizardOnItsPage) {
       message = FromQt(box->property("text").toString());
       box->close();
     });
-    TDesktopRig::Click(wizard, "bnNext");
+    Click(*wizard, "bnNext");
     EXPECT_TRUE(wizard->isVisible());
-    TDesktopRig::Click(wizard, "bnCancel");
+    Click(*wizard, "bnCancel");
   });
   rig_.Trigger("acNewTask");
   EXPECT_THAT(message, HasSubstr("no_such_database"));

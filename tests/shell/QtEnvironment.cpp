@@ -13,7 +13,7 @@ namespace velmora {
 
 namespace {
 
-class TQtEnvironment final : public testing::Environment {
+class TQtEnvironment final : public ::testing::Environment {
  public:
   void SetUp() override {
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -49,8 +49,8 @@ class TQtEnvironment final : public testing::Environment {
   std::unique_ptr<QApplication> application_;
 };
 
-[[maybe_unused]] const testing::Environment* const kEnvironment =
-    testing::AddGlobalTestEnvironment(new TQtEnvironment);  // the framework owns it
+[[maybe_unused]] const ::testing::Environment* const kEnvironment =
+    ::testing::AddGlobalTestEnvironment(new TQtEnvironment);  // the framework owns it
 
 }  // namespace
 

@@ -37,15 +37,6 @@ using ::testing::IsEmpty;
 using testing::MessageOf;
 using ::testing::Not;
 
-template <class T = QWidget>
-T* Child(const QWidget& parent, const char* name) {
-  T* child = parent.findChild<T*>(ToQt(name));
-  if (child == nullptr) throw std::runtime_error(std::string("no widget ") + name);
-  return child;
-}
-
-void Click(const QWidget& parent, const char* name) { Child<QAbstractButton>(parent, name)->click(); }
-
 void Type(const QWidget& parent, const char* name, const std::string& text) {
   Child<QLineEdit>(parent, name)->setText(ToQt(text));
 }

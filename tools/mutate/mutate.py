@@ -107,7 +107,8 @@ class Work:
     def configure(self):
         flags = f"-O1 -g0 -w -include {shlex.quote(str(self.copy / 'tools/mutate/Fault.h'))}"
         words = ["cmake", "-S", self.copy, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=None"]
-        words += [f"-DCMAKE_CXX_FLAGS={flags}", "-DVELMORA_DESKTOP=" + ("ON" if self._needs_desktop() else "OFF")]
+        words += [f"-DCMAKE_CXX_FLAGS={flags}", "-DVELMORA_TOGETHER=OFF"]  # a fault names its source
+        words += ["-DVELMORA_DESKTOP=" + ("ON" if self._needs_desktop() else "OFF")]
         must("configuring", words, self.folder / "configure.log")
 
     def _needs_desktop(self):

@@ -66,9 +66,9 @@ void TakeWizard(TDesktopRig& rig, const TCamera& camera) {
     more->click();
     camera.Take(*wizard, "wizard-more");
     more->click();
-    TDesktopRig::Click(wizard, "bnNext");
+    Click(*wizard, "bnNext");
     camera.Take(*wizard, "wizard-target");
-    TDesktopRig::Click(wizard, "bnNext");
+    Click(*wizard, "bnNext");
   });
   rig.Trigger("acNewTask");
 }

@@ -20,7 +20,7 @@ namespace {
 // At least; more where letters are large.
 constexpr int kWidth = 460;
 constexpr int kHeight = 130;
-constexpr int kWidthInLetters = 64;
+constexpr int kLeastLetters = 64;
 constexpr int kImageSize = 64;
 
 int BarNumber(std::int64_t value) { return static_cast<int>(std::clamp<std::int64_t>(value, 0, 1 << 30)); }
@@ -113,7 +113,7 @@ TfmProgress::TfmProgress()
   row->addWidget(ImagePanel());
   row->addLayout(column, 1);
   SetShape(EShape::TwoBars);  // the highest
-  setFixedSize(std::max(kWidth, kWidthInLetters * fontMetrics().averageCharWidth()),
+  setFixedSize(std::max(kWidth, kLeastLetters * fontMetrics().averageCharWidth()),
                std::max(kHeight, sizeHint().height()));
 }
 

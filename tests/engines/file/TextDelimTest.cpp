@@ -19,13 +19,13 @@ using ::testing::ElementsAre;
 using testing::MessageOf;
 using testing::RowsOf;
 
-constexpr char kTable[] = "t.csv";
+constexpr char kDelimited[] = "t.csv";
 
 class TextDelimTest : public ::testing::Test {
  protected:
   // The folder with one table of this text, connected.
   TDBConnTextDelim& Open(const std::string& text, bool hdr, const std::string& separator = ",") {
-    WriteFileText(folder_ / kTable, text);
+    WriteFileText(folder_ / kDelimited, text);
     conn_ = std::make_unique<TDBConnTextDelim>(folder_.Path(), separator, hdr);
     conn_->Connect();
     return *conn_;
@@ -34,7 +34,8 @@ class TextDelimTest : public ::testing::Test {
   std::string Read(const std::string& text, bool hdr, const std::string& separator = ",") {
     Open(text, hdr, separator);
     std::string result;
-    const std::string message = MessageOf([&] { result = ColumnsOf(*conn_, kTable) + "; " + RowsOf(*conn_, kTable); });
+    const std::string message =
+        MessageOf([&] { result = ColumnsOf(*conn_, kDelimited) + "; " + RowsOf(*conn_, kDelimited); });
     return result.empty() ? message : result;
   }
 
@@ -145,8 +146,8 @@ TEST_F(TextDelimTest, TextColumnsLoseTheirEnds) {
            "e\xE2\x82\xAC\n\"a\"b\"\n\"" +
            RepeatChar('y', 300) + "\"",
        true);
-  EXPECT_EQ(ColumnsOf(*conn_, kTable), "s <VARCHAR> 255");
-  EXPECT_EQ(RowsOf(*conn_, kTable).substr(98), "lai/////e/a\"b/" + RepeatChar('y', 300) + "/")
+  EXPECT_EQ(ColumnsOf(*conn_, kDelimited), "s <VARCHAR> 255");
+  EXPECT_EQ(RowsOf(*conn_, kDelimited).substr(98), "lai/////e/a\"b/" + RepeatChar('y', 300) + "/")
       << "kept whole beyond 255";
 }
 
@@ -198,11 +199,12 @@ TEST_F(TextDelimTest, ListsTheFilesMaskByMask) {
 }
 
 TEST_F(TextDelimTest, AFifoIsNotWaitedFor) {
-  ASSERT_EQ(mkfifo((folder_ / kTable).c_str(), 0600), 0);
+  ASSERT_EQ(mkfifo((folder_ / kDelimited).c_str(), 0600), 0);
   TDBConnTextDelim conn(folder_.Path(), ",", false);
   conn.Connect();
-  EXPECT_TRUE(conn.TableExists(kTable)) << "nothing is looked at for the list";
-  EXPECT_EQ(MessageOf([&] { conn.OpenTable(kTable); }), "Cannot read " + folder_ / kTable + ": it is no regular file");
+  EXPECT_TRUE(conn.TableExists(kDelimited)) << "nothing is looked at for the list";
+  EXPECT_EQ(MessageOf([&] { conn.OpenTable(kDelimited); }),
+            "Cannot read " + folder_ / kDelimited + ": it is no regular file");
 }
 
 TEST_F(TextDelimTest, CountsLines) {
@@ -211,33 +213,33 @@ TEST_F(TextDelimTest, CountsLines) {
     bool hdr;
     int count;
   } kCases[] = {{"", true, 0}, {"", false, 0}, {"a", true, 0}, {"a\nb\n\n", true, 2}, {"a\rb\r\nc", false, 3}};
-  for (const auto& c : kCases) EXPECT_EQ(Open(c.text, c.hdr).GetRecordCount(kTable), c.count) << c.text;
+  for (const auto& c : kCases) EXPECT_EQ(Open(c.text, c.hdr).GetRecordCount(kDelimited), c.count) << c.text;
 }
 
 TEST_F(TextDelimTest, ConnectingAgainListsAnewAndDisconnectingKeepsTheStore) {
   Open("1", false);
-  ColumnsOf(*conn_, kTable);
+  ColumnsOf(*conn_, kDelimited);
   conn_->Disconnect();
   EXPECT_TRUE(conn_->meta().tTables.Current().fetched);
-  WriteFileText(folder_ / kTable, "\"x\",1");
-  EXPECT_EQ(ColumnsOf(*conn_, kTable), "Column0 <DOUBLE>");
+  WriteFileText(folder_ / kDelimited, "\"x\",1");
+  EXPECT_EQ(ColumnsOf(*conn_, kDelimited), "Column0 <DOUBLE>");
   WriteFileText(folder_ / "u.txt", "1");
   conn_->Connect();
   EXPECT_EQ(conn_->meta().tTables.Rows().size(), 2U);
-  EXPECT_EQ(ColumnsOf(*conn_, kTable), "Column0 <VARCHAR> 255, Column1 <DOUBLE>");
+  EXPECT_EQ(ColumnsOf(*conn_, kDelimited), "Column0 <VARCHAR> 255, Column1 <DOUBLE>");
 }
 
 TEST_F(TextDelimTest, AFailedFetchKeepsTheFormerStructure) {
   Open("1", false);
-  ColumnsOf(*conn_, kTable);
-  WriteFileText(folder_ / kTable, "oops");
-  EXPECT_EQ(MessageOf([&] { conn_->FetchTableStructure(kTable); }), "Invalid value for t.csv/oops: oops");
-  EXPECT_EQ(ColumnsOf(*conn_, kTable), "Column0 <DOUBLE>");
+  ColumnsOf(*conn_, kDelimited);
+  WriteFileText(folder_ / kDelimited, "oops");
+  EXPECT_EQ(MessageOf([&] { conn_->FetchTableStructure(kDelimited); }), "Invalid value for t.csv/oops: oops");
+  EXPECT_EQ(ColumnsOf(*conn_, kDelimited), "Column0 <DOUBLE>");
 }
 
 TEST_F(TextDelimTest, AConnectedEngineGivesACloneWithItsStore) {
   Open("1;2", false, ";");
-  ColumnsOf(*conn_, kTable);
+  ColumnsOf(*conn_, kDelimited);
   WriteFileText(folder_ / "later.txt", "1");
   const std::unique_ptr<TDBConn> clone = conn_->Clone();
   const auto& same = dynamic_cast<TDBConnTextDelim&>(*clone);
@@ -245,7 +247,7 @@ TEST_F(TextDelimTest, AConnectedEngineGivesACloneWithItsStore) {
   conn_.reset();
   EXPECT_EQ(clone->meta().tTables.Rows().size(), 1U) << "nothing is listed anew";
   EXPECT_TRUE(clone->meta().tTables.Current().fetched);
-  EXPECT_EQ(RowsOf(*clone, kTable), "1|2/");
+  EXPECT_EQ(RowsOf(*clone, kDelimited), "1|2/");
 }
 
 TEST_F(TextDelimTest, ACreatedTableIsALineOfData) {
@@ -258,10 +260,10 @@ TEST_F(TextDelimTest, ACreatedTableIsALineOfData) {
 
 TEST_F(TextDelimTest, WritesTypesAsWords) {
   Open("a,b,c,d\n\"x\",1,2001-02-03,$1", true);
-  ColumnsOf(*conn_, kTable);
+  ColumnsOf(*conn_, kDelimited);
   std::string text, words;
   for (const char* column : {"a", "b", "c", "d"}) {
-    conn_->ColumnText(kTable, column, text);
+    conn_->ColumnText(kDelimited, column, text);
     words += text + ";";
   }
   EXPECT_EQ(words, "varchar(255);float;date;int;");

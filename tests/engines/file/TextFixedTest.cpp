@@ -17,15 +17,15 @@ using ::testing::ElementsAre;
 using testing::MessageOf;
 using testing::RowsOf;
 
-constexpr char kTable[] = "t.txt";
+constexpr char kFixed[] = "t.txt";
 
 class TextFixedTest : public ::testing::Test {
  protected:
   std::string Read(const std::string& text, bool hdr) {
-    WriteFileText(folder_ / kTable, text);
+    WriteFileText(folder_ / kFixed, text);
     TDBConnTextFixed conn(folder_.Path(), hdr);
     conn.Connect();
-    return ColumnsOf(conn, kTable) + "; " + RowsOf(conn, kTable);
+    return ColumnsOf(conn, kFixed) + "; " + RowsOf(conn, kFixed);
   }
 
   testing::TScratchFolder folder_;
@@ -105,7 +105,7 @@ TEST_F(TextFixedTest, AllValuesDecideAboutTheType) {
 }
 
 TEST_F(TextFixedTest, TheImportGoesByItsRowAndKind) {
-  WriteFileText(folder_ / kTable, "Report of\nid nm\n 1 ab\n");
+  WriteFileText(folder_ / kFixed, "Report of\nid nm\n 1 ab\n");
   const struct {
     bool fixed;
     int row_first;
@@ -122,7 +122,7 @@ TEST_F(TextFixedTest, TheImportGoesByItsRowAndKind) {
   for (const auto& c : kCases) {
     TMemDataset rows({});
     TSMImportFromText import;
-    import.SourceFileName = folder_ / kTable;
+    import.SourceFileName = folder_ / kFixed;
     import.DataSet = &rows;
     import.Fixed = c.fixed;
     import.RowFirst = c.row_first;
@@ -143,16 +143,16 @@ TEST_F(TextFixedTest, TheImportGoesByItsRowAndKind) {
 }
 
 TEST_F(TextFixedTest, ClonesCopyTheStoreAndNothingIsWrittenOrShown) {
-  WriteFileText(folder_ / kTable, "a\n1\n");
+  WriteFileText(folder_ / kFixed, "a\n1\n");
   TDBConnTextFixed conn(folder_.Path(), true);
   conn.Connect();
-  ColumnsOf(conn, kTable);
+  ColumnsOf(conn, kFixed);
   WriteFileText(folder_ / "later.csv", "1");
   const std::unique_ptr<TDBConn> clone = conn.Clone();
   EXPECT_TRUE(dynamic_cast<TDBConnTextFixed&>(*clone).hdr());
   EXPECT_EQ(clone->meta().tTables.Rows().size(), 1U);
   EXPECT_TRUE(clone->meta().tTables.Current().fetched);
-  EXPECT_EQ(RowsOf(*clone, kTable), "1/");
+  EXPECT_EQ(RowsOf(*clone, kFixed), "1/");
   EXPECT_EQ(clone->GetEngine(), kEngineText);
   std::string name = "x";
   conn.GetDisplayName(name);
