@@ -62,6 +62,7 @@ void Comparison(benchmark::State& state) {
     TLineEditor editor;
     TLineLog log(SystemClock(), progress);
     TApplication app(progress, editor, log, SystemClock());
+    app.Choose(EDialect::Standard);
     app.OpenTask(std::make_unique<TDBConnMySQLOffline>(files.reference()),
                  std::make_unique<TDBConnMySQLOffline>(files.target()));
     app.Compare();

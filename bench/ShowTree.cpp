@@ -49,6 +49,7 @@ double Show(const std::string& reference, const std::string& target) {
   TScriptPort port(script, [] {});
   TWindowLog log(SystemClock(), progress, memo);
   TApplication app(progress, port, log, SystemClock());
+  app.Choose(EDialect::Standard);
   app.tree.SetView(&tree);
   app.OpenTask(MakeSource(reference), MakeSource(target));
   app.tree.BeginUpdate();

@@ -31,6 +31,18 @@ class TApplication {
   // nothing of.
   void Choose(EDialect id);
   const TDialectRow& Chosen() const { return *chosen_; }
+  // The one in use. For Automatic it is the exact one until the target is known; see Settle.
+  const TDialectRow& Used() const { return *used_; }
+  // Why it is used, as in "the target's server is MariaDB 10.11.6"; empty where the user has chosen, and as long as
+  // nothing is known of the target.
+  const std::string& Why() const { return why_; }
+  // "Dialect: exact (automatic: the target's server is MariaDB 10.11.6)", "Dialect: standard".
+  std::string DialectLine() const;
+  // Of Automatic: looks at the target, which is connected or a file, and uses the dialect that fits it. Comparisons do
+  // so by themselves. Raises what asking the server's version raises.
+  void Settle();
+  // What every comparison from here on has to grant; raises for a wish that the dialect has no way to grant.
+  void Take(const TComparisonWishes& wishes);
   TDialect& Dialect() { return *dialect_; }
   const TDialect& Dialect() const { return *dialect_; }
 
@@ -44,8 +56,13 @@ class TApplication {
   std::unique_ptr<TDBConn> Compare();
   // Drops what comparisons have found so far, of whatever pair.
   void Forget();
+  // What the last comparison has to say: how the dialect was chosen, if by itself, and the dialect's own lines.
+  TStringList Log() const;
   // Another dialect that reads the table at which the last comparison ended; null for none.
   const TDialectRow* DialectThatReads();
+  // Another dialect that fits the connected target, after a run in which the server did not know a statement's
+  // language; null for none.
+  const TDialectRow* DialectThatFits();
 
   // Runs a text on the target, in the dialect of the task. `RunReport` tells how far it came. A connection that was
   // lost since it was last used, as while somebody read a question, is made anew first.
@@ -53,9 +70,16 @@ class TApplication {
   const TRunReport& RunReport() const { return runner_.Report(); }
 
  private:
+  void Use(EDialect id, const std::string& why);
+
   TScriptRunner runner_;
+  TDialectUse use_;
   TDialectParts parts_;
   const TDialectRow* chosen_;
+  const TDialectRow* used_ = nullptr;
+  std::string why_;
+  bool unknown_language_ = false;  // ended the last run
+  TComparisonWishes wishes_;
   std::unique_ptr<TDialect> dialect_;
 };
 

@@ -2,6 +2,7 @@
 
 // The port to a dialect: what the open task can be asked and told, whichever way it is compared.
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -24,6 +25,14 @@
 
 namespace velmora {
 
+// What a dialect knows of how it came to be used.
+struct TDialectUse {
+  std::string note;  // of its choice, for the script's header; empty where the user has chosen
+  // To be called in a comparison when both sides have taken the login and were not asked for more. What it raises ends
+  // the comparison.
+  std::function<void()> logged_in;
+};
+
 // What a dialect works on and tells; all of it outlives the dialect.
 struct TDialectParts {
   TTaskConnections& connections;
@@ -34,6 +43,7 @@ struct TDialectParts {
   TScriptEditor& editor;
   const TClock& clock;
   TScriptRunner& runner;
+  const TDialectUse& use;
 };
 
 // How working with a dialect goes, as far as whoever drives it has to know.
@@ -77,7 +87,7 @@ class TDialect {
   const TDialectTraits& Traits() const { return traits_; }
 
   // --- Comparison
-  // Before the first comparison. Raises for a wish that this dialect has no way to grant.
+  // Before a comparison. Raises for a wish that this dialect has no way to grant.
   virtual void Take(const TComparisonWishes& wishes) = 0;
   // Compares the pair and fills the action rows, which are empty, and the tree; on an error those found so far stay.
   // Gives the target that was compared if a copy has taken its place: a large one takes time to free.

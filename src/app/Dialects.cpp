@@ -20,7 +20,11 @@ std::unique_ptr<TDialect> Make(const TDialectParts& parts) {
 
 // In the order in which the command line lists them.
 constexpr TDialectRow kDialects[] = {
-    {EDialect::Standard, "standard", nullptr, nullptr, nullptr, nullptr, Make<TStandardDialect>},
+    {EDialect::Automatic, "auto", nullptr, "Automatic dialect", "acAutomaticDialect",
+     "The exact dialect, but for servers before MySQL 5.0", nullptr},
+    {EDialect::Standard, "standard", "standard", "Standard dialect", "acStandardDialect",
+     "The statements that the program has always written, for servers before MySQL 5.0 and for exact repetition",
+     Make<TStandardDialect>},
     {EDialect::Exact, "exact", "exact", "Exact dialect", "acExactDialect",
      "Compare creation texts without loss, and write a script for the servers of today", Make<TExactDialect>},
 };

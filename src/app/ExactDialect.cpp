@@ -58,7 +58,9 @@ bool ReadsTable(TDBConn* conn, const std::string& table) {
 }  // namespace
 
 TExactDialect::TExactDialect(const TDialectParts& parts)
-    : TDialect(kTraits), sync(parts.connections, parts.data, parts.tree, parts.progress, parts.log), parts_(parts) {}
+    : TDialect(kTraits), sync(parts.connections, parts.data, parts.tree, parts.progress, parts.log), parts_(parts) {
+  sync.OnLogin = parts_.use.logged_in;
+}
 
 std::unique_ptr<TDBConn> TExactDialect::Compare() {
   sync.Compare();

@@ -37,7 +37,7 @@ class TExactDialect final : public TDialect {
   TStringList UnsafeStatements(const std::string& script) override;
   std::vector<TRowFinding> CheckRows(int seconds) override { return sync.CheckRows(seconds); }
   int VerifyOnServer(const TScratchPorts& ports) override { return sync.VerifyOnServer(ports); }
-  void GenerateScript() override { sync.GenerateScript(parts_.editor, parts_.clock); }
+  void GenerateScript() override { sync.GenerateScript(parts_.editor, parts_.clock, parts_.use.note); }
   TScriptPieces Statements(const std::string& script) const override { return SplitExactScript(script); }
   // Foreign key checks are after a failure as they were before.
   void RunScript(const std::string& text) override;

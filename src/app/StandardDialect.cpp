@@ -61,6 +61,11 @@ void TStandardDialect::TableTexts(const std::string& table, std::string& referen
   target = BuiltText(parts_.connections.target.get(), table);
 }
 
+void TStandardDialect::GenerateScript() {
+  generator_.Note = parts_.use.note;
+  generator_.GenerateScript();
+}
+
 int TStandardDialect::VerifyOnServer(const TScratchPorts& /*ports*/) { RaiseError(kVerifies); }
 
 }  // namespace velmora

@@ -27,7 +27,7 @@ class TStandardDialect final : public TDialect {
   bool TargetLost() const override { return sync_.TargetLost(); }
   void TableTexts(const std::string& table, std::string& reference, std::string& target) override;
   int VerifyOnServer(const TScratchPorts& ports) override;  // always raises
-  void GenerateScript() override { generator_.GenerateScript(); }
+  void GenerateScript() override;
   TScriptPieces Statements(const std::string& script) const override { return SplitScript(script); }
   void RunScript(const std::string& text) override { parts_.runner.RunScript(text, true); }
 

@@ -107,8 +107,9 @@ void DeclarePair(CLI::App& app, TPair& pair) {
   app.add_option("TARGET", pair.target, "The database that the script changes");
   DeclareDialect(
       app,
-      "exact: compare creation texts without loss, for the servers of today; standard; otherwise as the task "
-      "file says",
+      "auto: exact, but standard where the target's server is older than MySQL 5.0; exact: compare creation texts "
+      "without loss; standard: the statements that the program has always written; otherwise as the task file says, "
+      "and auto where there is none",
       [&pair](EDialect dialect) { pair.dialect = dialect; });
   app.add_option(
          "--map-collation",

@@ -34,6 +34,13 @@ void AddFindings(const TDialect& dialect, bool failed, const std::optional<int>&
   document["verified_on_server"] = on_server ? TJson(*on_server) : TJson();
 }
 
+// The one in use. The reason is null where the user has chosen, and before the target was reached.
+TJson DialectJson(const TApplication& app) {
+  return {{"name", app.Used().word},
+          {"automatic", app.Chosen().id == EDialect::Automatic},
+          {"reason", app.Why().empty() ? TJson() : TJson(app.Why())}};
+}
+
 TJson Document(const TApplication& app, const std::optional<std::string>& error, const std::optional<int>& on_server) {
   TJson actions = TJson::array();
   for (const TActionRow* row = app.data.mtActions.First(); row != nullptr; row = app.data.mtActions.After(row->id)) {
@@ -46,14 +53,16 @@ TJson Document(const TApplication& app, const std::optional<std::string>& error,
   }
   TJson document = {{"identical", !error && app.Dialect().Identical()},
                     {"actions", std::move(actions)},
-                    {"log", app.Dialect().ActionLog()}};
+                    {"log", app.Log()},
+                    {"dialect", DialectJson(app)}};
   if (app.Dialect().Traits().has_findings) AddFindings(app.Dialect(), error.has_value(), on_server, document);
   document["error"] = JsonOf(error);
   return document;
 }
 
 TJson LeastDocument(const TApplication& app) {
-  TJson document = {{"identical", false}, {"actions", TJson::array()}, {"log", TJson::array()}};
+  TJson document = {
+      {"identical", false}, {"actions", TJson::array()}, {"log", TJson::array()}, {"dialect", DialectJson(app)}};
   if (app.Dialect().Traits().has_findings) {
     document["skipped"] = TJson::array();
     document["verified"] = document["verified_on_server"] = TJson();

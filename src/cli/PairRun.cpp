@@ -142,7 +142,7 @@ TSourceSettings TPairRun::AskingWithoutBar(TSourceSettings settings) {
 void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_script) {
   TTaskConnections connections = Make(pair, options);
   CheckComparable(*connections.reference);
-  app_.Dialect().Take({pair.collations, pair.verify_on_server, pair.via_server});
+  app_.Take({pair.collations, pair.verify_on_server, pair.via_server});
   if (pair.via_server && (!IsFile(*connections.reference) || IsFile(*connections.target))) RaiseError(kFileAndServer);
   const TDialectTraits& dialect = app_.Dialect().Traits();
   // A server that is only compared need not be asked for its tables more often than the comparison does.
@@ -152,11 +152,12 @@ void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_s
     return;
   }
   app_.OpenTask(std::move(connections.reference), std::move(connections.target));
+  app_.Settle();
   if (pair.via_server)
     ReadReferenceOnServer();
   else
-    WarnOfSource(*app_.connections.reference, options.verbose(), console_, dialect.applies_statements);
-  WarnOfSource(*app_.connections.target, options.verbose(), console_, dialect.applies_statements);
+    WarnOfSource(*app_.connections.reference, options.verbose(), console_, app_.Dialect().Traits().applies_statements);
+  WarnOfSource(*app_.connections.target, options.verbose(), console_, app_.Dialect().Traits().applies_statements);
 }
 
 void TPairRun::OpenTarget(const TPair& pair, const TSourceOptions& options) {
@@ -166,6 +167,7 @@ void TPairRun::OpenTarget(const TPair& pair, const TSourceOptions& options) {
       is_task ? std::move(Make(pair, options).target) : MakeTarget(pair.target, options.ForTarget(console_));
   if (!is_task) SettleSocket({app_.connections.target.get()});
   app_.connections.target->Connect();
+  app_.Settle();
 }
 
 template <class Body>

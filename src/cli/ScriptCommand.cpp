@@ -12,7 +12,7 @@ namespace velmora {
 
 namespace {
 
-constexpr std::size_t kHeaderLines = 2;
+constexpr std::size_t kHeaderLines = 2;  // and one for a dialect that was not chosen by the user
 constexpr char kStandardOutput[] = "-";
 
 // Whether the script leaves nothing that a comparison would find. What it leaves is told by the comparison.
@@ -21,8 +21,9 @@ bool ReachesReference(const TApplication& app) {
   return findings.skipped.empty() && findings.differences_left == 0;
 }
 
-std::string JsonText(const TStringList& lines, const std::optional<std::string>& error) {
-  const auto body = lines.begin() + static_cast<std::ptrdiff_t>(std::min(kHeaderLines, lines.size()));
+std::string JsonText(const TApplication& app, const TStringList& lines, const std::optional<std::string>& error) {
+  const std::size_t head = kHeaderLines + (app.Why().empty() ? 0 : 1);
+  const auto body = lines.begin() + static_cast<std::ptrdiff_t>(std::min(head, lines.size()));
   return TextOf({{"header", TStringList(lines.begin(), body)},
                  {"lines", TStringList(body, lines.end())},
                  {"error", JsonOf(error)}});
@@ -51,7 +52,8 @@ int TScriptCommand::Execute(TConsole& console) {
   if (!error && pair_.verify_on_server) error = run.VerifyOnServer(left);
   if (!error) error = run.GenerateScript();
   const bool to_file = !output_.empty() && output_ != kStandardOutput;
-  const std::string text = format_ == EFormat::Json ? JsonText(run.editor().Lines(), error) : run.editor().Text();
+  const std::string text =
+      format_ == EFormat::Json ? JsonText(run.app(), run.editor().Lines(), error) : run.editor().Text();
   if (to_file && !error)
     WriteFileText(output_, text);
   else if (format_ == EFormat::Json)

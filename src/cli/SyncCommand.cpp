@@ -21,6 +21,7 @@ constexpr char kEnding[] =
     "\nCtrl+C ends the run after the running statement, as SIGTERM and SIGHUP do; a second one breaks that statement "
     "off.\nEither way what the transaction still holds is rolled back, and the report says what is in force.\n";
 constexpr int kLongestRowCheck = 86400;  // seconds
+constexpr char kFits[] = "the target's server knows the language of --dialect %s";
 constexpr char kRowsInTheWay[] =
     "nothing was run: change these rows or the reference; --no-row-checks runs the script without looking at rows";
 
@@ -130,6 +131,8 @@ int TSyncCommand::Execute(TConsole& console) {
   const std::string script = run.editor().Text();
   if (!MayRun(run, script, console)) return kExitFailure;
   status = RunOn(run, script, console);
+  const TDialectRow* fits = script_.empty() ? run.app().DialectThatFits() : nullptr;
+  if (fits != nullptr) console.Note(Format(kFits, fits->word));
   const bool can_tell = run.app().Dialect().Traits().tells_result && script_.empty() && status == kExitSuccess;
   return can_tell ? TellResult(run, console) : status;
 }

@@ -47,7 +47,7 @@ void TTaskCommand::Declare(CLI::App& app) {
   create->add_option("FILE", file_, "The file, ending in .vlt")->required();
   create->add_option("REFERENCE", reference_, "The database as it should be")->required();
   create->add_option("TARGET", target_, "The database that a script changes")->required();
-  DeclareDialect(*create, "exact: the task is one of the exact dialect",
+  DeclareDialect(*create, "The dialect that the task is compared in (auto)",
                  [this](EDialect dialect) { dialect_ = dialect; });
   options_.DeclarePair(*create);
   CLI::App* show = app.add_subcommand("show", "Show what a task file holds; nothing is connected");

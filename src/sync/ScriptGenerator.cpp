@@ -69,6 +69,7 @@ void TScriptGenerator::GenerateScript() {
 void TScriptGenerator::AddHeader() {
   AddScriptLine(kComment + ScriptOrigin(clock_));
   AddScriptLine(kComment + ScriptPurpose(connections_));
+  if (!Note.empty()) AddScriptLine(kComment + Note);
   AddScriptLine({});
   AddScriptLine(std::string(kForeignKeyChecksOff) + ";");
   AddScriptLine({});

@@ -25,6 +25,8 @@ class TScriptGenerator {
   TScriptGenerator(TTaskConnections& connections, TdmData& data, TScriptEditor& editor, TProgress& progress,
                    const TClock& clock);
 
+  std::string Note;  // a further line of the header; empty for none
+
   // Replaces the editor's text. An error of a store ends it and passes on; the closing line stands after what there
   // is. An engine without a name raises "StrEngine error" with the first line alone in the editor.
   void GenerateScript();

@@ -67,7 +67,8 @@ TEST_F(CompanionTest, TheProgramGivesStatusAndStreams) {
   } cases[] = {
       {"compare " + a + " " + a, 0, "Databases are identical. Nothing to synchronize.\n", ""},
       // no progress where standard error is no terminal
-      {"compare " + a + " " + b, 1, "~ t\n    ~ Changed column a\n\n1 difference in 1 table\n", ""},
+      {"compare " + a + " " + b, 1,
+       "~ t\n    ~ Changed column a\n\n1 difference in 1 table\nVerified: 0 differences left\n", ""},
       {"parse none", 2, "", "velmora-cli: Cannot read none: No such file or directory\n"},
       {"script " + a + " " + b + " >/dev/full", 2, "", "velmora-cli: cannot write to standard output\n"},
   };

@@ -37,8 +37,9 @@ TEST_F(TaskCommandTest, TheFileIsTheUsersAloneAndWhatIsStandardIsNotWritten) {
   ASSERT_EQ(stat(file_.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0600u);
   EXPECT_THAT(plain, ::testing::Not(HasSubstr("s3cret")));
-  EXPECT_EQ(Written({"--tls", "preferred", "--client", "native", "--dialect", "standard"}), plain);
+  EXPECT_EQ(Written({"--tls", "preferred", "--client", "native", "--dialect", "auto"}), plain);
   EXPECT_NE(Written({"--dialect", "exact"}), plain);
+  EXPECT_NE(Written({"--dialect", "standard"}), plain);
 }
 
 TEST_F(TaskCommandTest, OptionsCountBeforeTheFile) {

@@ -94,8 +94,9 @@ class TDesktopRig {
   }
   std::string Text(const char* editor) { return dynamic_cast<TSqlEdit&>(*Find<QWidget>(editor)).Bytes(); }
 
-  // Fills the wizard's pages and finishes it; the passwordless root of the server on both sides.
-  void NewTask(const std::string& reference, const std::string& target) {
+  // Fills the wizard's pages and finishes it; the passwordless root of the server on both sides. Then chooses the
+  // dialect.
+  void NewTask(const std::string& reference, const std::string& target, const char* dialect = "acStandardDialect") {
     WhenModal([=, this](QWidget* wizard) {
       FillConnection(wizard, "frRefConn", reference);
       FillConnection(wizard, "frTgtConn", target);
@@ -103,6 +104,8 @@ class TDesktopRig {
       Click(*wizard, "bnNext");
     });
     Trigger("acNewTask");
+    Find<QAction>(dialect)->trigger();
+    QCoreApplication::processEvents();
     QApplication::setActiveWindow(&Main());
   }
 

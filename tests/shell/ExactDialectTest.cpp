@@ -1,7 +1,8 @@
-// The menu Extras: its one check item, and what the window does differently while that is on.
+// The dialects of the menu Extras, and what the window does differently while the exact one is on.
 
 #include <QMenu>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QTabWidget>
 #include <algorithm>
@@ -12,7 +13,6 @@ namespace velmora {
 namespace {
 
 using ::testing::AllOf;
-using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -39,9 +39,12 @@ class ExactDialectTest : public ::testing::Test {
     for (int i = 0; i < count; ++i) text += (i > 0 ? ", c" : "c") + std::to_string(i) + " int";
     return text;
   }
+  QAction& Automatic() { return *rig_.Find<QAction>("acAutomaticDialect"); }
+  QAction& Standard() { return *rig_.Find<QAction>("acStandardDialect"); }
   QAction& Exact() { return *rig_.Find<QAction>("acExactDialect"); }
+  std::string InUse() { return FromQt(rig_.Find<QLabel>("sbDialect")->text()); }
   void Toggle() {
-    Exact().trigger();
+    (Exact().isChecked() ? Standard() : Exact()).trigger();
     QCoreApplication::processEvents();
   }
   QTreeWidget& Tree() { return *rig_.Find<QTreeWidget>("tlActions"); }
@@ -57,37 +60,56 @@ class ExactDialectTest : public ::testing::Test {
     return lines;
   }
   std::string Synchronize(const char* answer) { return rig_.Ask("acSynchronize", answer); }
-  std::string Title() { return FromQt(rig_.Main().windowTitle()); }
 
   TLiveDatabase reference_;
   TLiveDatabase target_;
   TDesktopRig rig_;
 };
 
-TEST_F(ExactDialectTest, IsOneCheckItemOfTheOpenTask) {
+TEST_F(ExactDialectTest, OneDialectIsChosenInTheMenuAndKeptInTheFile) {
   const QList<QAction*> menus = rig_.Main().menuBar()->actions();
   const auto extras =
       std::ranges::find_if(menus, [](const QAction* menu) { return menu->text() == QStringLiteral("E&xtras"); });
   ASSERT_NE(extras, menus.end());
-  EXPECT_EQ((*extras)->menu()->actions(), QList<QAction*>{&Exact()});
-  EXPECT_EQ(Exact().text(), QStringLiteral("Exact dialect"));
+  const QList<QAction*> items = (*extras)->menu()->actions().mid(0, 3);
+  EXPECT_EQ(items, (QList<QAction*>{&Automatic(), &Standard(), &Exact()}));
   EXPECT_TRUE(Exact().isEnabled());
-  EXPECT_FALSE(Exact().isChecked());
+  EXPECT_TRUE(Standard().isChecked());
 
-  Toggle();
-  EXPECT_THAT(Title(), EndsWith(" (exact dialect)"));
   rig_.host->chosen = rig_.folder / "exact.vlt";
+  Toggle();
+  EXPECT_FALSE(Standard().isChecked());
   rig_.Trigger("acSaveTaskAs");
   EXPECT_TRUE(Exact().isChecked());
   rig_.Trigger("acCloseTask");
   EXPECT_FALSE(Exact().isEnabled());
-  EXPECT_FALSE(Exact().isChecked());
-  EXPECT_THAT(Title(), StartsWith("Velmora"));
-  EXPECT_THAT(Title(), Not(HasSubstr("exact")));
+  EXPECT_TRUE(Automatic().isChecked());
   rig_.Trigger("acOpenTask");
-  EXPECT_TRUE(Exact().isChecked());  // kept in the file
-  rig_.NewTask("exact_ref", "exact_tgt");
-  EXPECT_FALSE(Exact().isChecked());
+  EXPECT_TRUE(Exact().isChecked());
+  EXPECT_EQ(InUse(), "Dialect: exact");
+}
+
+TEST_F(ExactDialectTest, AutomaticIsExactForTheServersOfTodayAndSaysSo) {
+  rig_.NewTask("exact_ref", "exact_tgt", "acAutomaticDialect");
+  EXPECT_THAT(InUse(), StartsWith("Dialect: exact (automatic: the target's server is MariaDB "));
+  rig_.Trigger("acAnalyze");
+  EXPECT_THAT(rig_.Text("mScript"), HasSubstr("-- " + InUse()));
+  EXPECT_THAT(FromQt(rig_.Find<QPlainTextEdit>("mLog")->toPlainText()), HasSubstr(InUse()));
+  EXPECT_THAT(rig_.Text("mScript"), HasSubstr("modify column `c` varchar(5)"));
+}
+
+TEST_F(ExactDialectTest, WhereTheStandardDialectEndsTheWayOnIsOneClick) {
+  reference_.Run("create table answers (a enum('x','y'))");
+  target_.Run("create table answers (a enum('x'))");
+  EXPECT_FALSE(rig_.Shown("barAdvice"));
+  EXPECT_THAT(rig_.MessageOfCommand("acAnalyze"), HasSubstr("is not a valid integer value"));
+  ASSERT_TRUE(rig_.Shown("barAdvice"));
+  EXPECT_THAT(FromQt(rig_.Find<QLabel>("lbAdvice")->text()), StartsWith("This server is MariaDB "));
+  EXPECT_EQ(FromQt(rig_.Find<QPushButton>("bnAdvice")->text()), "Analyze in the exact dialect");
+  Click(rig_.Main(), "bnAdvice");
+  EXPECT_FALSE(rig_.Shown("barAdvice"));
+  EXPECT_TRUE(Exact().isChecked());
+  EXPECT_THAT(rig_.Text("mScript"), HasSubstr("enum('x','y')"));
 }
 
 TEST_F(ExactDialectTest, WhatOneDialectFoundIsGoneInTheOther) {

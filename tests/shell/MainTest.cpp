@@ -361,8 +361,8 @@ TEST_F(MainTest, WhatAConnectionSaysStandsInTheLogOnce) {
   dynamic_cast<TDBConnMySQL&>(*rig_.Main().App().connections.target).GetConnectionObject().Notice("nobody has checked");
   const auto log = [this] { return FromQt(rig_.Find<QPlainTextEdit>("mLog")->toPlainText()); };
   const std::string note = "Target: nobody has checked";
-  for (int i = 0; i < 2; ++i) {  // into the exact dialect and back
-    rig_.Find<QAction>("acExactDialect")->trigger();
+  for (const char* dialect : {"acExactDialect", "acStandardDialect"}) {
+    rig_.Find<QAction>(dialect)->trigger();
     EXPECT_EQ(log(), note);
   }
   for (int i = 0; i < 2; ++i) {

@@ -33,11 +33,20 @@ TDBConn& Side(const std::unique_ptr<TDBConn>& conn, const char* missing) {
   return *conn;
 }
 
-void ConnectAnew(TDBConn& conn) {
+// Without what a session of this dialect sets: servers of old refuse that.
+void LogInAnew(TDBConn& conn) {
   auto* texts = dynamic_cast<TCreationTexts*>(&conn);
-  if (texts != nullptr && !conn.GetConnected()) texts->PrepareExactTexts();
-  conn.Reconnect();
-  if (texts != nullptr) texts->PrepareExactTexts();
+  if (texts == nullptr) return conn.Reconnect();
+  conn.Disconnect();
+  texts->PrepareExactTexts(false);
+  conn.GetConnectionObject().SetConnected(true);
+}
+
+void Connect(TDBConn& conn) {
+  auto* texts = dynamic_cast<TCreationTexts*>(&conn);
+  if (texts == nullptr) return;
+  texts->PrepareExactTexts();
+  conn.Connect();
 }
 
 // Scripts have CR LF at their ends of lines, within statements too.
@@ -70,8 +79,11 @@ void TExactSync::Compare() {
       [&] {
         tree_.BeginUpdate();
         progress_.ShowSimple("Connecting...");
-        ConnectAnew(reference);
-        ConnectAnew(target);
+        LogInAnew(reference);
+        LogInAnew(target);
+        if (OnLogin) OnLogin();
+        Connect(reference);
+        Connect(target);
         ReadPair(reference, target, Collations, progress_, table_under_way_, read_);
         table_under_way_.clear();
         case_twins_ = velmora::CaseTwins(reference, target);

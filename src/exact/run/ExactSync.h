@@ -3,6 +3,7 @@
 // The comparison of the exact dialect: reads creation texts without loss, compares element by element, plans one
 // "alter table" per table, and proves the plan in memory before anybody runs it.
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -31,7 +32,9 @@ class TExactSync {
   TStringList ActionLog;  // names alike but for case, objects that are left alone, those that differ, tables that could
                           // not be read, actions, equivalences, proof
   TEquivalenceUse Equivalences;
-  TCollationMap Collations;  // names of the reference that the target has others for
+  TCollationMap Collations;       // names of the reference that the target has others for
+  std::function<void()> OnLogin;  // called in a comparison when both sides have taken the login and were not asked for
+                                  // more; what it raises ends the comparison; optional
 
   // Reconnects both sides, reads every table that either lists, compares, and fills the action rows and the tree. A
   // table that cannot be read is skipped and named; the result is then not identical. Raises what the connections
@@ -56,8 +59,8 @@ class TExactSync {
   bool TargetLost() const { return target_lost_; }
 
   // Writes the script of the rows that are left: header as "-- " comments, reasons of what is unsafe as comments,
-  // statements, foreign key checks put back to what they were.
-  void GenerateScript(TScriptEditor& editor, const TClock& clock) const;
+  // statements, foreign key checks put back to what they were. `note` is a further line of the header, if not empty.
+  void GenerateScript(TScriptEditor& editor, const TClock& clock, const std::string& note = {}) const;
 
   // Creation texts of a table as both servers print them; empty for a side without the table.
   std::string ReferenceText(const std::string& table) const;

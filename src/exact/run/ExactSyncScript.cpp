@@ -21,10 +21,11 @@ std::string Comment(std::string text) {
 
 }  // namespace
 
-void TExactSync::GenerateScript(TScriptEditor& editor, const TClock& clock) const {
+void TExactSync::GenerateScript(TScriptEditor& editor, const TClock& clock, const std::string& note) const {
   editor.Clear();
   editor.AddLine(Comment(ScriptOrigin(clock)));
   editor.AddLine(Comment(ScriptPurpose(connections_)));
+  if (!note.empty()) editor.AddLine(Comment(note));
   editor.AddLine({});
   editor.AddLine(kSaveChecks);
   editor.AddLine(kChecksOff);

@@ -12,6 +12,7 @@
 #include <limits>
 
 #include "app/FaultPlace.h"
+#include "app/ServerVersion.h"
 #include "app/SideNames.h"
 #include "core/Host.h"
 #include "persist/Settings.h"
@@ -31,10 +32,11 @@ namespace velmora {
 
 namespace {
 
-constexpr char kDialectTitle[] = " (%s)";
 constexpr char kEmptyQuestion[] = ".\n\nGo on all the same?";
 constexpr char kTypedQuestion[] = "The script was edited and is not saved. Discard it?";
 constexpr char kDialectHint[] = "%s: press F9 to analyze.";
+constexpr char kAdvice[] = "This server is %s.";
+constexpr char kAdviceButton[] = "Analyze in the %s";
 constexpr int kWidth = 1000;
 constexpr int kHeight = 700;
 constexpr int kUnplaced = std::numeric_limits<int>::min();
@@ -196,9 +198,12 @@ void TfmMain::ShowTask(bool active) {
   UpdateExecute();
   SetDialect(StoredDialect(task_->Dialect));
   ShowTitle(active);
+  ShowDialect();
   if (active) {
     app_->connections.reference->Connect();
     app_->connections.target->Connect();
+    app_->Settle();
+    ShowDialect();
     ShowHeading(*pnRefH_, " &Reference: ", *app_->connections.reference);
     ShowHeading(*pnTgtH_, " Tar&get: ", *app_->connections.target);
     if (log_->Lines().empty()) ShowLog({});
@@ -223,6 +228,7 @@ void TfmMain::ClearWork() {
     edit->MarkDifferences({});
   }
   log_->SetLines({});
+  AdviseDialect(nullptr);
   tlActions_->SetHint({});
   statusBar()->clearMessage();
 }
@@ -243,8 +249,7 @@ void TfmMain::ShowLog(const TStringList& lines) {
 void TfmMain::ShowTitle(bool active) {
   std::string name;
   if (active) name = std::filesystem::path(task_->TaskFileName).stem().string() + " - ";
-  const char* dialect = app_->Chosen().caption;
-  setWindowTitle(ToQt(name + AppTitle() + (dialect == nullptr ? "" : Format(kDialectTitle, LowerText(dialect)))));
+  setWindowTitle(ToQt(name + AppTitle()));
 }
 
 void TfmMain::RecentAdd(const std::string& path) {
@@ -274,6 +279,7 @@ void TfmMain::Analyze() {
       [&] {
         app_->tree.Clear();
         tlActions_->SetHint({});
+        AdviseDialect(nullptr);
         analyze->setEnabled(false);
         panMain_->setEnabled(false);
         if (app_->connections.reference) CheckComparable(*app_->connections.reference);
@@ -281,7 +287,8 @@ void TfmMain::Analyze() {
         Compare();
         AskAboutEmptyReference();
         acGenScript();
-        ShowLog(app_->Dialect().ActionLog());
+        ShowLog(app_->Log());
+        ShowDialect();
         page_->setCurrentWidget(tsActions_);
         ShowResult();
       },
@@ -303,6 +310,7 @@ void TfmMain::Compare() {
   } catch (const EVelmora& error) {
     const TTaskConnections& pair = app_->connections;
     const TDialect& dialect = app_->Dialect();
+    if (!dialect.TargetLost()) AdviseDialect(app_->DialectThatReads());
     if (!dialect.TargetLost() && (pair.reference == nullptr || StandsConnected(*pair.reference))) throw;
     const std::string place = ComparisonPlace(pair.reference.get(), pair.target.get(), dialect.TargetLost(),
                                               dialect.TableUnderWay(), error.what());
@@ -355,13 +363,29 @@ void TfmMain::ShowTableDDL(const std::string& table) {
 
 // What was found in one dialect cannot be shown or run in the other.
 void TfmMain::SetDialect(const TDialectRow& dialect) {
-  for (const auto& [id, command] : acDialects_) command->setChecked(id == dialect.id);
+  MarkDialect();
   if (app_->Chosen().id == dialect.id) return;
   app_->Choose(dialect.id);
   ClearWork();
-  if (dialect.caption == nullptr) return;
   tlActions_->SetHint(ToQt(Format(kDialectHint, dialect.caption)));
   page_->setCurrentWidget(tsActions_);
+}
+
+void TfmMain::MarkDialect() { acDialects_.at(StoredDialect(task_->Dialect).id)->setChecked(true); }
+
+void TfmMain::ShowDialect() {
+  sbDialect_->setVisible(active_);
+  sbDialect_->setText(ToQt(app_->DialectLine()));
+  sbDialect_->setToolTip(ToQt(app_->Chosen().hint));
+}
+
+void TfmMain::AdviseDialect(const TDialectRow* fitting) {
+  advised_ = fitting;
+  barAdvice_->setVisible(fitting != nullptr);
+  if (fitting == nullptr) return;
+  const std::optional<TServerVersion> version = ServerVersionOf(*app_->connections.target);
+  lbAdvice_->setText(ToQt(version ? Format(kAdvice, version->Text()) : std::string()));
+  bnAdvice_->setText(ToQt(Format(kAdviceButton, LowerText(fitting->caption))));
 }
 
 // --- The script

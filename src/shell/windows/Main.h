@@ -25,6 +25,7 @@
 
 class QLabel;
 class QPlainTextEdit;
+class QPushButton;
 
 namespace velmora {
 
@@ -88,7 +89,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void acRecent(std::size_t index);
 
   // --- Extras
-  void acDialect(const TDialectRow& dialect);  // follows the check mark of its command
+  void acDialect(const TDialectRow& dialect);  // of the open task
 
   // --- acTask
   void acCloseTask();
@@ -114,6 +115,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void MakeWorkArea();
   QWidget* MakeTreePanel();
   QWidget* MakeDetails();
+  QWidget* MakeAdvice();
   void MakeExtras();
   void ConnectWorkArea();
   void AddCommands(QWidget& menu_or_bar, std::initializer_list<const char*> names);  // null stands for a separator
@@ -145,6 +147,10 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void Compare();
   void AskAboutEmptyReference();
   void SetDialect(const TDialectRow& dialect);
+  void MarkDialect();                              // of the task, in the menu
+  void ShowDialect();                              // that is in use, in the status bar
+  void AdviseDialect(const TDialectRow* fitting);  // after an error that another dialect avoids; null for none
+  void TakeAdvice();
   EScriptOf ScriptOf() const;
   void ScriptIs(EScriptOf origin);  // of the text as it stands; typing makes it the user's
   void UpdateExecute();
@@ -166,6 +172,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   std::map<std::string, QAction*> commands_;
   std::vector<QAction*> acRecent_;
   std::map<EDialect, QAction*> acDialects_;
+  const TDialectRow* advised_ = nullptr;
   bool shown_ = false;
   bool active_ = false;         // a task is shown
   bool empty_allowed_ = false;  // a reference without tables was agreed to, of the open pair
@@ -176,6 +183,10 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   // Components, owned by the window
   QToolBar* barAnalyze_ = nullptr;
   QLabel* lbNoTask_ = nullptr;
+  QWidget* barAdvice_ = nullptr;
+  QLabel* lbAdvice_ = nullptr;
+  QPushButton* bnAdvice_ = nullptr;
+  QLabel* sbDialect_ = nullptr;
   QWidget* panMain_ = nullptr;
   QLabel* lbEqual_ = nullptr;
   QTabWidget* page_ = nullptr;

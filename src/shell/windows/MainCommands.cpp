@@ -114,6 +114,7 @@ void TfmMain::acRunScript() {
   try {
     app_->RunScript(script);
   } catch (const EVelmora& error) {
+    if (script_of_ == EScriptOf::Analysis) AdviseDialect(app_->DialectThatFits());
     TellFailedRun(script, error.what());
   }
   TellRun();
@@ -165,10 +166,17 @@ bool TfmMain::RowsAllow() {
 }
 
 void TfmMain::acDialect(const TDialectRow& dialect) {
-  QAction& command = *acDialects_.at(dialect.id);
-  if (!MayLoseScript()) return command.toggle();
-  task_->Dialect = (command.isChecked() ? dialect : DialectRow(kDefaultDialect)).Stored();
+  if (&dialect == &app_->Chosen()) return;
+  if (!MayLoseScript()) return MarkDialect();
+  task_->Dialect = dialect.Stored();
   ShowTask(true);
+}
+
+void TfmMain::TakeAdvice() {
+  const TDialectRow* advised = advised_;
+  if (advised == nullptr) return;
+  acDialect(*advised);
+  if (&app_->Chosen() == advised) acAnalyze();
 }
 
 // --- The task

@@ -1,9 +1,11 @@
 // The main window's components: commands, menus, bars, the work area.
 
+#include <QActionGroup>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QStatusBar>
@@ -85,7 +87,7 @@ class THalves final : public QWidget {
 void TfmMain::OnCommand(QAction* command, std::function<void()> handler) {
   Handle(command, &QAction::triggered, this, [this, command, handler = std::move(handler)] {
     if (running_ != nullptr) {
-      if (command->isCheckable()) command->toggle();  // its mark went first
+      if (command->isCheckable()) MarkDialect();  // its mark went first
       return;
     }
     running_ = command;
@@ -134,11 +136,13 @@ void TfmMain::AddCommands(QWidget& menu_or_bar, std::initializer_list<const char
 
 // The dialect belongs to the open task.
 void TfmMain::MakeExtras() {
+  auto* group = new QActionGroup(this);
   for (const TDialectRow& dialect : Dialects()) {
-    if (dialect.caption == nullptr) continue;
     auto* command = Named(new QAction(QLatin1String(dialect.caption), this), dialect.command);
     command->setCheckable(true);
+    group->addAction(command);
     command->setToolTip(QLatin1String(dialect.hint));
+    command->setStatusTip(command->toolTip());
     OnCommand(command, [this, &dialect] { acDialect(dialect); });
     acDialects_[dialect.id] = command;
   }
@@ -181,6 +185,7 @@ void TfmMain::MakeWorkArea() {
   QVBoxLayout* column = Column(central);
   lbNoTask_ = BoldLabel("lbNoTask", kNoTask);
   panMain_ = Named(new QWidget, "panMain");
+  column->addWidget(MakeAdvice());
   column->addWidget(lbNoTask_, 1);
   column->addWidget(panMain_, 1);
 
@@ -214,7 +219,26 @@ void TfmMain::MakeWorkArea() {
   barFind_ = new TFindBar;
   column->addWidget(barFind_);
   setCentralWidget(central);
-  statusBar();
+  sbDialect_ = Named(new QLabel, "sbDialect");
+  statusBar()->addPermanentWidget(sbDialect_);
+}
+
+QWidget* TfmMain::MakeAdvice() {
+  auto* bar = Named(new QFrame, "barAdvice");
+  bar->setFrameShape(QFrame::StyledPanel);
+  lbAdvice_ = Named(new QLabel, "lbAdvice");
+  lbAdvice_->setTextFormat(Qt::PlainText);
+  bnAdvice_ = Named(new QPushButton, "bnAdvice");
+  auto* row = new QHBoxLayout(bar);
+  row->addWidget(lbAdvice_);
+  row->addWidget(bnAdvice_);
+  row->addStretch();
+  bar->hide();
+  // The command's own way: nothing else may be under way.
+  auto* take = new QAction(bar);
+  OnCommand(take, [this] { TakeAdvice(); });
+  connect(bnAdvice_, &QPushButton::clicked, take, &QAction::trigger);
+  return barAdvice_ = bar;
 }
 
 QWidget* TfmMain::MakeTreePanel() {

@@ -25,7 +25,7 @@ TEST_F(LiveCompanionTest, AStatementBeyondThePacketLimitIsNamedWithItsSize) {
   TLiveDatabase database("packets");
   const std::string script = File("s.sql", "set @a = 1;\nset @b = '" + std::string(20 << 20, 'x') + "';\n");
   for (const std::string& source : {LiveSource("packets"), LiveSource("packets", TPrivateServer::Shared().Port())}) {
-    const TAnswer answer = RunLive({"sync", "unused", source, "--script", script, "--yes"});
+    const TAnswer answer = RunLive({"sync", "--dialect", "standard", "unused", source, "--script", script, "--yes"});
     EXPECT_EQ(answer.status, 2);
     EXPECT_THAT(answer.err, HasSubstr("statement 2 of 2 failed at line 2, column 1: set @b = 'xx"));
     EXPECT_THAT(answer.err, ::testing::ContainsRegex("velmora-cli: (Server has gone away|Lost connection.*|"

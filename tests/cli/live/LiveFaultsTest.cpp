@@ -100,6 +100,8 @@ TEST(LostSideTest, IsNamedWithWhatWasFoundAndLeavesNothing) {
     }
     const bool document = arguments[0] != "sync";
     arguments.insert(arguments.end(), {"--no-read-ahead"});  // the statement is the one whose answer is waited for
+    if (arguments[0] == "compare" || arguments[0] == "script" || !document)
+      arguments.insert(arguments.end(), {"--dialect", "standard"});
     if (document) arguments.insert(arguments.end(), {"--format", "json"});
     if (!document) arguments.emplace_back("--yes");
     if (c.fault.time == 0) Victim().Kill();
@@ -142,7 +144,7 @@ class CutRunTest : public ::testing::Test {
  protected:
   TAnswer RunScript(const std::string& target, const std::string& script) {
     WriteFileText(folder_ / "s.sql", script);
-    return RunLive({"sync", "unused", target, "--script", folder_ / "s.sql", "--yes"});
+    return RunLive({"sync", "--dialect", "standard", "unused", target, "--script", folder_ / "s.sql", "--yes"});
   }
 
   testing::TScratchFolder folder_;
@@ -236,9 +238,11 @@ TEST(HeldTest, NothingWhileTheQuestionStandsNorAfterTheAnswer) {
       return answer;
     };
   };
-  EXPECT_EQ(RunLive({"sync", LiveSource("wanted"), LiveSource("held")}, answering("n")).status, 2);
+  EXPECT_EQ(RunLive({"sync", "--dialect", "standard", LiveSource("wanted"), LiveSource("held")}, answering("n")).status,
+            2);
   EXPECT_TRUE(at_target.NothingLeft());
-  EXPECT_EQ(RunLive({"sync", LiveSource("wanted"), LiveSource("held")}, answering("y")).status, 0);
+  EXPECT_EQ(RunLive({"sync", "--dialect", "standard", LiveSource("wanted"), LiveSource("held")}, answering("y")).status,
+            0);
   EXPECT_TRUE(at_target.NothingLeft());
 }
 
@@ -248,8 +252,9 @@ TEST_F(CutRunTest, NothingIsHeldAfterAnyError) {
   target.Run("create table t (a mediumint not null)");
   TWitness witness(target);
   const std::string wanted = LiveSource("wanted"), held = LiveSource("held");
-  for (const TStringList& arguments :
-       {TStringList{"compare", wanted, held}, {"compare", held, wanted}, {"sync", wanted, held, "--yes"}}) {
+  for (const TStringList& arguments : {TStringList{"compare", "--dialect", "standard", wanted, held},
+                                       {"compare", "--dialect", "standard", held, wanted},
+                                       {"sync", "--dialect", "standard", wanted, held, "--yes"}}) {
     EXPECT_EQ(RunLive(arguments).status, 2);
     EXPECT_TRUE(witness.NothingLeft()) << arguments[0];
   }

@@ -21,7 +21,7 @@ class LiveInterruptTest : public testing::TLiveCompanion {
   LiveInterruptTest() { database_.Run("create table t (a int primary key) engine=InnoDB"); }
 
   void StartScript(const std::string& script, const std::string& source = testing::LiveSource("processes")) {
-    Start({"sync", "unused", source, "--script", File("script.sql", script), "--yes"});
+    Start({"sync", "--dialect", "standard", "unused", source, "--script", File("script.sql", script), "--yes"});
   }
   bool Runs(const std::string& statement) {
     return Answer(database_.Connection(),
