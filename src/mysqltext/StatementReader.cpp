@@ -97,6 +97,7 @@ std::size_t TStatementReader::PassStatement() {
       tail_end = pos_;
     }
   }
+  if (open_marks_ > 0) Raise(first_mark_, kUnclosedComment);
   return tail != kNone && AreBlank(tail_end, script_.size()) ? tail : script_.size();
 }
 
@@ -121,7 +122,7 @@ bool TStatementReader::PassVersionMark() {
   }
   const std::size_t mark = VersionMark(script_, pos_);
   if (mark == 0) return false;
-  ++open_marks_;
+  if (open_marks_++ == 0) first_mark_ = pos_;
   pos_ += mark;
   return true;
 }

@@ -50,6 +50,7 @@ class TStatementReader {
   bool with_versions_;
   std::size_t pos_ = 0;
   std::size_t open_marks_ = 0;
+  std::size_t first_mark_ = 0;  // where the outermost of these begins
   std::string_view delimiter_;
   TStops stops_{};  // what may end a statement, or hide its end
   std::size_t counted_pos_ = 0;

@@ -19,6 +19,7 @@ namespace velmora {
 namespace {
 
 constexpr char kUnfollowed[] = "%s: line %d: %s (--via-server may read it)";
+constexpr char kUnreadable[] = "%s: line %d: %s";
 constexpr char kNoName[] = "%s: line %d: this statement names no table: %s";
 constexpr char kUnseen[] = "%s: line %d: %s may make or change tables that its text does not name";
 constexpr char kOfRows[] = "Table %s is made of the rows of a query";
@@ -146,11 +147,18 @@ void TFileSchema::CatchUp(const std::string& table) {
   if (!found) return;
   auto under_way = std::tuple(statement_, std::move(text_), std::move(tokens_));
   auto settings = std::tuple(std::exchange(engine_, {}), std::exchange(table_options_, {}), std::exchange(modes_, {}));
-  RunGuarded([&] { ApplyNow(found.mapped()); },
-             [&] {
-               std::tie(statement_, text_, tokens_) = std::move(under_way);
-               std::tie(engine_, table_options_, modes_) = std::move(settings);
-             });
+  RunGuarded(
+      [&] {
+        try {
+          ApplyNow(found.mapped());
+        } catch (const EVelmora& fault) {
+          unfollowed_[table] = fault.what();
+        }
+      },
+      [&] {
+        std::tie(statement_, text_, tokens_) = std::move(under_way);
+        std::tie(engine_, table_options_, modes_) = std::move(settings);
+      });
 }
 
 void TFileSchema::CatchUpAll() {
@@ -158,12 +166,10 @@ void TFileSchema::CatchUpAll() {
 }
 
 void TFileSchema::ApplyNow(const TStructureStatement& statement) {
-  statement_ = &statement;
-  text_ = QuotesNames(modes_) ? WithBackticks(statement.text, Tokens(statement.text)) : std::string(statement.text);
-  tokens_ = Tokens(text_);
+  Read(statement);
   std::size_t at = 1;
   if (!InList(LowerText(tokens_[0].text), {"create", "alter", "rename", "drop", "set"}))
-    return unknown_.push_back(Format(kUnseen, script_.file, statement.line, CutChars(text_, kShownChars)));
+    return unknown_.push_back(Format(kUnseen, script_.file, statement.line, CutChars(*text_, kShownChars)));
   if (Is(0, "set")) return Set();
   if (Is(1, "database") || Is(1, "schema"))
     if (!Is(0, "drop")) return SetDatabase(2, Is(0, "create"));
@@ -178,6 +184,18 @@ void TFileSchema::ApplyNow(const TStructureStatement& statement) {
   while (Is(at, "online") || Is(at, "offline")) ++at;
   const std::string kind = Is(at, "index") ? "" : LowerText(tokens_[std::min(at++, tokens_.size() - 1)].text);
   if (Is(at, "index")) CreateIndex(at + 1, kind);
+}
+
+void TFileSchema::Read(const TStructureStatement& statement) {
+  statement_ = &statement;
+  try {
+    text_ = std::make_unique<const std::string>(
+        QuotesNames(modes_) ? WithBackticks(statement.text, Tokens(statement.text)) : std::string(statement.text));
+    tokens_ = Tokens(*text_);
+  } catch (const EVelmora& fault) {
+    const auto [line, message] = InFile(statement.line, fault.what());
+    RaiseError(Format(kUnreadable, script_.file, line, message));
+  }
 }
 
 std::string TFileSchema::NotFollowed(const std::string& table, const std::string& reason) const {
@@ -241,8 +259,8 @@ void TFileSchema::TakeDefaults(const std::string& database, TTableText& table) c
 
 void TFileSchema::CheckModes() const {
   for (const TModeMark& row : kModeMarks)
-    if (HasMode(modes_, row.mode) && (row.mark.empty() || PosNoCase(row.mark, text_) > 0))
-      RaiseError(Format(kInMode, row.mark.empty() ? CutChars(text_, kShownChars) : std::string(row.mark),
+    if (HasMode(modes_, row.mode) && (row.mark.empty() || PosNoCase(row.mark, *text_) > 0))
+      RaiseError(Format(kInMode, row.mark.empty() ? CutChars(*text_, kShownChars) : std::string(row.mark),
                         std::string(row.mode)));
 }
 
@@ -258,7 +276,7 @@ TFileSchema::TName TFileSchema::ReadName(std::size_t& at) const {
     const TToken& token = tokens_[std::min(at, tokens_.size() - 1)];
     const bool quoted = token.kind == EToken::String && token.text.front() == '"';
     if (!IsName(token) && !quoted)
-      RaiseError(Format(kNoName, script_.file, statement_->line, CutChars(text_, kShownChars)));
+      RaiseError(Format(kNoName, script_.file, statement_->line, CutChars(*text_, kShownChars)));
     name.database = std::exchange(name.table, NameOf(token));
     ++at;
     more = at < tokens_.size() && tokens_[at].Is(".");
@@ -323,7 +341,7 @@ void TFileSchema::Create(std::size_t at) {
       return CreateLike(name.table, ReadName(from).table);
     }
     if (MakesRows(TTokens(tokens_).subspan(at))) RaiseError(Format(kOfRows, name.table));
-    TTableText table = ReadTableWithoutRawLineEnds(text_, tokens_);
+    TTableText table = ReadTableWithoutRawLineEnds(*text_, tokens_);
     std::vector<TElement> columns;
     std::vector<TElement> added;
     columns.reserve(table.elements.size());
@@ -368,7 +386,7 @@ void TFileSchema::CreateIndex(std::size_t at, const std::string& kind) {
   const TName table = ReadName(at);
   if (!IsMeant(table)) return;
   std::string text = "alter table t add " + kind + " index " + (conditional ? "if not exists " : "");
-  text += TextOf(text_, tokens_, name, on) + " " + TextOf(text_, tokens_, at, tokens_.size() - 1);
+  text += TextOf(*text_, tokens_, name, on) + " " + TextOf(*text_, tokens_, at, tokens_.size() - 1);
   Alter(table.table, text);
 }
 
@@ -377,7 +395,7 @@ void TFileSchema::Alter(std::size_t at) {
   const TName name = ReadName(at);
   if (!IsMeant(name)) return;
   if (conditional && Known(name.table) == nullptr) return;
-  Alter(name.table, "alter table t " + TextOf(text_, tokens_, at, tokens_.size() - 1));
+  Alter(name.table, "alter table t " + TextOf(*text_, tokens_, at, tokens_.size() - 1));
 }
 
 void TFileSchema::Alter(const std::string& name, const std::string& written) {
@@ -446,7 +464,7 @@ void TFileSchema::Drop(std::size_t at) {
     if (!Is(at, "on")) return;
     const TName table = ReadName(++at);
     const std::string text = std::string("alter table t drop index ") + (conditional ? "if exists " : "");
-    if (IsMeant(table)) Alter(table.table, text + TextOf(text_, tokens_, name, name + 1));
+    if (IsMeant(table)) Alter(table.table, text + TextOf(*text_, tokens_, name, name + 1));
     return;
   }
   for (bool more = true; more;) {

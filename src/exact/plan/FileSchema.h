@@ -3,6 +3,7 @@
 // The tables that a script makes, its statements applied in order as a server would.
 
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -18,7 +19,8 @@ namespace velmora {
 
 class TFileSchema {
  public:
-  // Raises with file and line for a statement that names no table by which it could be passed over.
+  // Raises with file and line for a statement that names no table by which it could be passed over, and for one whose
+  // words cannot be read.
   TFileSchema(const TStructureScript& script, const TServerTraits& server);
 
   TStringList TableNames() const;  // in the order of their making, then those that could not be followed
@@ -41,6 +43,7 @@ class TFileSchema {
 
   void Apply(const TStructureStatement& statement);
   void ApplyNow(const TStructureStatement& statement);
+  void Read(const TStructureStatement& statement);
   bool PutOff(const TStructureStatement& statement);
   bool PlainSettings() const;
   void CatchUp(const std::string& table);
@@ -83,9 +86,9 @@ class TFileSchema {
   std::map<std::string, std::vector<TTableOption>> table_options_;  // by database: what its new tables have
   std::string engine_;                                              // of new tables; empty for the server's own
   std::string modes_;                                               // in lower case
-  // The statement under way.
+  // The statement under way. Its text keeps its place while another statement is caught up with: tokens point into it.
   const TStructureStatement* statement_ = nullptr;
-  std::string text_;
+  std::unique_ptr<const std::string> text_;
   std::vector<TToken> tokens_;
 };
 
