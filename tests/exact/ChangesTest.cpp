@@ -9,6 +9,7 @@
 #include <random>
 
 #include "exact/Cases.h"
+#include "exact/compare/SameExpressions.h"
 #include "support/MessageOf.h"
 #include "util/Errors.h"
 
@@ -138,6 +139,21 @@ TEST(ChangesTest, DeepBracketsAndLongTextsTakeTimeByTheirLength) {
   TEquivalenceUse use;
   EXPECT_TRUE(Compared({"(a int check " + open + "1" + close + ")", "(a int check (1))"}, use).empty());
   EXPECT_NE(MessageOf([&] { ReadTableText("create table t (a int check " + open); }), "nothing raised");
+}
+
+TEST(ChangesTest, OperatorsInARowNestNoDeeperThanBrackets) {
+  const auto message = [](const char* more) {
+    std::string text = "a";
+    for (int i = 0; i < 20000; ++i) text += more;
+    TTableText table = ReadTableText("create table t (a int, constraint c check (" + text + "))");
+    const TTableText other = ReadTableText("create table t (a int, constraint c check (a))");
+    return MessageOf([&] { AdoptExpressions(table, other); });
+  };
+  for (const char* more : {" + 1", " xor a", " = 1", " collate utf8mb4_bin"}) {
+    EXPECT_TRUE(message(more).starts_with("Table t, c: whether the expression a " + std::string(more + 1))) << more;
+    EXPECT_LT(message(more).size(), 500U) << more;
+  }
+  EXPECT_EQ(message(" or a = 2"), "nothing raised");
 }
 
 // Against the plain rule: no subsequence of more members is increasing.

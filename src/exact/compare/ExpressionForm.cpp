@@ -15,7 +15,7 @@ namespace velmora {
 namespace {
 
 constexpr char kUnreadable[] = "not an expression that is known";
-constexpr int kMaxDepth = 200;
+constexpr int kMaxDepth = 400;  // of brackets and of operators in a row, which nest as brackets do
 
 struct TNode {
   std::string op;  // of a leaf what it says
@@ -152,14 +152,18 @@ bool MayBeFolded(const TNode& node) {
   return !node.args.empty() && (!HoldsColumn(node) || std::any_of(node.args.begin(), node.args.end(), MayBeFolded));
 }
 
+TNode AsList(const std::string& op, TNode node) {
+  if (node.op == op && !node.args.empty()) return node;
+  TNode list{op};
+  list.args.push_back(Truth(std::move(node)));
+  return list;
+}
+
 // "and" within "and" is one list.
 TNode Joined(const std::string& op, TNode left, TNode right) {
-  TNode result{op};
-  for (TNode* side : {&left, &right})
-    if (side->op == op && !side->args.empty())
-      std::move(side->args.begin(), side->args.end(), std::back_inserter(result.args));
-    else
-      result.args.push_back(Truth(std::move(*side)));
+  TNode result = AsList(op, std::move(left));
+  TNode more = AsList(op, std::move(right));
+  std::move(more.args.begin(), more.args.end(), std::back_inserter(result.args));
   return result;
 }
 
@@ -227,21 +231,28 @@ class TExpressionReader {
     return LowerText(tokens_[at_++].text);
   }
 
+  void Deepen() {
+    if (++depth_ > kMaxDepth) RaiseError(kUnreadable);
+  }
+
   // --- Conditions
 
   TNode ReadOr() {
-    if (++depth_ > kMaxDepth) RaiseError(kUnreadable);
+    Deepen();
     TNode left = ReadXor();
     while (TakeIf("or") || TakeIf("||")) left = Joined("or", std::move(left), ReadXor());
     --depth_;
     return left;
   }
   TNode ReadXor() {
+    const int outer = depth_;
     TNode left = ReadAnd();
     while (TakeIf("xor")) {
+      Deepen();
       TNode right = ReadAnd();
       left = Exclusive(std::move(left), std::move(right));
     }
+    depth_ = outer;
     return left;
   }
   TNode ReadAnd() {
@@ -250,7 +261,7 @@ class TExpressionReader {
     return left;
   }
   TNode ReadNot() {
-    if (++depth_ > kMaxDepth) RaiseError(kUnreadable);
+    Deepen();
     const bool negated = TakeIf("not");
     TNode node = negated ? Not(ReadNot()) : ReadComparison();
     --depth_;
@@ -259,14 +270,17 @@ class TExpressionReader {
 
   TNode ReadComparison() {
     static constexpr std::string_view kComparisons[] = {"=", "<=>", "<>", "!=", "<=", ">=", "<", ">"};
+    const int outer = depth_;
     TNode left = ReadPredicate();
-    for (;;)
+    for (;; Deepen())
       if (TakeIf("is"))
         left = ReadIs(std::move(left));
       else if (std::string op = TakeOneOf(kComparisons); !op.empty())
         left = Compared(op == "!=" ? "<>" : op, std::move(left), ReadPredicate());
       else
-        return left;
+        break;
+    depth_ = outer;
+    return left;
   }
   TNode ReadIs(TNode left) {
     const bool negated = TakeIf("not");
@@ -333,15 +347,15 @@ class TExpressionReader {
 
   TNode ReadBits(std::size_t level = 0) {
     if (level == kLevels) return ReadUnary();
+    const int outer = depth_;
     TNode left = ReadBits(level + 1);
-    for (;;) {
-      const std::string op = TakeOneOf(Operators(level));
-      if (op.empty()) return left;
+    for (std::string op; !(op = TakeOneOf(Operators(level))).empty(); Deepen())
       if ((op == "+" || op == "-") && TakeIf("interval"))
         left = ReadInterval(op, std::move(left));
       else
         left = {op == "%" ? "mod" : op, {std::move(left), ReadBits(level + 1)}};
-    }
+    depth_ = outer;
+    return left;
   }
   TNode ReadInterval(const std::string& op, TNode left) {
     TNode count = ReadOr();
@@ -349,9 +363,10 @@ class TExpressionReader {
   }
 
   TNode ReadUnary() {
-    if (++depth_ > kMaxDepth) RaiseError(kUnreadable);
+    const int outer = depth_;
+    Deepen();
     TNode node = ReadSigned();
-    --depth_;
+    depth_ = outer;
     return node;
   }
   TNode ReadSigned() {
@@ -361,7 +376,7 @@ class TExpressionReader {
     if (TakeIf("!")) return Not(ReadUnary());
     if (Is("binary") && !Token(1).Is("(") && ++at_) return {"cast", {ReadUnary(), {"char charset binary"}}};
     TNode node = ReadSimple();
-    for (;;)
+    for (;; Deepen())
       if (TakeIf("collate"))
         node = {"collate " + TakeWord(), {std::move(node)}};
       else if (TakeIf("->"))

@@ -16,7 +16,7 @@ struct TExpressionForm {
   bool known = true;  // false where it holds what servers may print in yet another way
 };
 
-// Nothing for what cannot be read to its end. Bounded in depth.
+// Nothing for what cannot be read to its end. Bounded in depth, to which operators in a row count.
 std::optional<TExpressionForm> ReadExpressionForm(TTokens tokens);
 
 }  // namespace velmora

@@ -68,6 +68,12 @@ class TExpressions {
   std::vector<std::optional<TTokenRange>> ranges_;
 };
 
+std::string Shown(const std::string& expression) {
+  constexpr std::size_t kShownChars = 200;
+  const std::string shown = CutChars(expression, kShownChars);
+  return shown.size() < expression.size() ? shown + "..." : shown;
+}
+
 bool AreWrittenAlike(TTokens one, TTokens other) {
   return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](const TToken& a, const TToken& b) {
     if (IsName(a) && IsName(b)) return SameText(NameOf(a), NameOf(b));
@@ -92,7 +98,7 @@ void AdoptExpressions(TElement& element, const TElement& there, const std::strin
   for (std::size_t at = 0; at < own.Count(); ++at) {
     if (!own.Has(at) || !others.Has(at)) continue;
     const auto same = SayTheSame(own.At(at), others.At(at));
-    if (!same) RaiseError(Format(kNotKnown, table, element.name, own.Text(at), others.Text(at)));
+    if (!same) RaiseError(Format(kNotKnown, table, element.name, Shown(own.Text(at)), Shown(others.Text(at))));
     const std::size_t start = own.At(at).front().start;
     if (*same) taken[start] = {own.At(at).back().End() - start, others.Text(at)};
   }
