@@ -51,6 +51,8 @@ TEST(SecretsTest, AreHiddenInArgumentsHoweverTheyAreWritten) {
       {{"-psecret"}, "-p***"},
       {{"--password", "secret"}, "--password ***"},
       {{"MySQL:username=u;password ", "=secret"}, "MySQL:username=u;password  =***"},
+      {{"my.password", "shop.sql"}, "my.password shop.sql"},
+      {{"dumps", "=shop"}, "dumps =shop"},
       {{"dumps/shop@2024.sql"}, "dumps/shop@2024.sql"},
       {{"/srv/a:b/shop@2024"}, "/srv/a:b/shop@2024"},
       {{"at-12:30:59.sql"}, "at-12:30:59.sql"},

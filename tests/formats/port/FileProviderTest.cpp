@@ -70,6 +70,8 @@ class FileProviderTest : public ::testing::Test {
 TEST_F(FileProviderTest, EachFormOfStatementTakesItsRows) {
   EXPECT_THAT(Ids("select * from [t]"), ElementsAre("10", "9", "30", "40"));
   EXPECT_THAT(Ids("select count(*) from [t]"), ElementsAre("4"));
+  EXPECT_THAT(provider_->Open("select count(*) from [t]").fields,
+              ElementsAre(::testing::FieldsAre("count", EFieldKind::LargeInt, 0)));
   EXPECT_THAT(Ids("select top 2 * from [t]"), ElementsAre("10", "9"));
   EXPECT_EQ(log_.back(), "rows t 2");
   EXPECT_THAT(Ids("select top 3 * from [t] order by 1"), ElementsAre("30", "40", "9"));
@@ -97,6 +99,9 @@ TEST_F(FileProviderTest, ColumnsAndIndexesComeFromOneReading) {
   EXPECT_THAT(log_, ElementsAre("structure t"));
   EXPECT_EQ(provider_->Indexes("t").size(), 1U);
   EXPECT_EQ(log_.size(), 2U) << "what was asked for again is read again";
+  provider_->Columns("t");
+  provider_->Indexes("u");
+  EXPECT_EQ(log_.back(), "structure u");
 }
 
 TEST_F(FileProviderTest, WhatFilesCannotDoIsSaid) {

@@ -40,7 +40,7 @@ SQLRETURN Log(std::string line) {
 THandle& Of(SQLHANDLE handle) { return *static_cast<THandle*>(handle); }
 
 std::string Text(const SQLCHAR* text, SQLINTEGER length) {
-  if (text == nullptr) return "-";
+  if (text == nullptr) return length == 0 ? "-" : "nothing, of a length";
   const char* begin = reinterpret_cast<const char*>(text);
   return length == SQL_NTS ? begin : std::string(begin, static_cast<std::size_t>(length));
 }
@@ -157,9 +157,10 @@ SQLRETURN SQLTables(SQLHSTMT statement, SQLCHAR* catalog, SQLSMALLINT length, SQ
   return Answer(statement, table == nullptr ? "tables" : "catalogs");
 }
 
-SQLRETURN SQLColumns(SQLHSTMT statement, SQLCHAR*, SQLSMALLINT, SQLCHAR*, SQLSMALLINT, SQLCHAR* table,
-                     SQLSMALLINT length, SQLCHAR*, SQLSMALLINT) {
-  return Answer(statement, "columns " + Text(table, length));
+SQLRETURN SQLColumns(SQLHSTMT statement, SQLCHAR*, SQLSMALLINT, SQLCHAR* schema, SQLSMALLINT schema_length,
+                     SQLCHAR* table, SQLSMALLINT length, SQLCHAR* column, SQLSMALLINT column_length) {
+  const bool of_all = Text(schema, schema_length) == "-" && Text(column, column_length) == "-";
+  return Answer(statement, (of_all ? "columns " : "some columns ") + Text(table, length));
 }
 
 SQLRETURN SQLStatistics(SQLHSTMT statement, SQLCHAR*, SQLSMALLINT, SQLCHAR*, SQLSMALLINT, SQLCHAR* table,
