@@ -239,7 +239,7 @@ class TColumnRewriter {
     const std::size_t start = value.front().start;
     const std::size_t size = value.back().End() - start;
     if (printed && text.Str().compare(start, size, *printed) != 0)
-      column_.text = std::string(text.Str()).replace(start, size, *printed);
+      column_.text = WithHexDefault(std::string(text.Str()).replace(start, size, *printed));
   }
 
   // What nobody says of a timestamp. Where the server has them by themselves the first one of a table is special, which

@@ -120,16 +120,31 @@ std::string Bits(const std::string& number) {
   return "b'" + (bits.empty() ? "0" : bits) + "'";
 }
 
-// Of a whole number that is filled up with zeros.
+// Whether servers have columns of the size that its type names, which bounds what is filled up to it.
+bool HasPossibleSize(const TColumnText& column) {
+  constexpr long long kLargest = 255;
+  return column.Length().value_or(0) <= kLargest && column.Fraction().value_or(0) <= kLargest;
+}
+
+// Of a number that is filled up with zeros. The point counts, but not in the width that a decimal names.
 std::size_t WidthOf(const TColumnText& column) {
   struct TWidth {
     std::string_view type;
     long long width;
   };
-  constexpr std::array<TWidth, 5> kWidths = {
-      {{"tinyint", 3}, {"smallint", 5}, {"mediumint", 8}, {"int", 10}, {"bigint", 20}}};
+  constexpr std::array<TWidth, 8> kWidths = {{{"tinyint", 3},
+                                              {"smallint", 5},
+                                              {"mediumint", 8},
+                                              {"int", 10},
+                                              {"bigint", 20},
+                                              {"decimal", 10},
+                                              {"float", 12},
+                                              {"double", 22}}};
+  const bool named = IsWholeType(column.type) || column.type == "decimal" || column.arguments.size() == 2;
+  const long long point = column.type == "decimal" && column.Fraction().value_or(0) > 0 ? 1 : 0;
   for (const TWidth& row : kWidths)
-    if (column.type == row.type) return static_cast<std::size_t>(std::max(column.Length().value_or(row.width), 0LL));
+    if (column.type == row.type)
+      return static_cast<std::size_t>((named ? column.Length().value_or(row.width) : row.width) + point);
   return 0;
 }
 
@@ -157,7 +172,7 @@ std::optional<std::string> PrintedNumber(const TColumnText& column, const TLiter
     text = Format("%.*f", static_cast<int>(fraction), std::strtod(number->c_str(), nullptr));
   else
     text = Rounded(*number, IsWholeType(column.type) ? 0 : fraction);
-  const std::size_t width = column.zerofill && IsWholeType(column.type) ? WidthOf(column) : 0;
+  const std::size_t width = column.zerofill ? WidthOf(column) : 0;
   if (text.size() < width) text.insert(0, width - text.size(), '0');
   return text;
 }
@@ -274,6 +289,8 @@ std::optional<std::string> PrintedDefault(const TColumnText& column, TTokens val
   if (!value.empty() && IsKeyword(value[0], "current_time") && value.size() == 1) return "curtime()";
   const std::optional<TLiteral> literal = ReadLiteral(value);
   if (!literal) return std::nullopt;
+  const bool filled_up = column.type == "bit" || column.type == "binary" || column.IsNumber();
+  if (filled_up && !HasPossibleSize(column)) return std::nullopt;
   if (column.type == "bit" || column.IsNumber()) return PrintedNumber(column, *literal);
   if (column.type == "year") return PrintedYear(column, *literal);
   const long long digits = column.Length().value_or(0);
