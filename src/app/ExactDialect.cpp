@@ -6,6 +6,7 @@
 #include "core/CreationTexts.h"
 #include "exact/plan/ScriptSafety.h"
 #include "mysqltext/Lexer.h"
+#include "mysqltext/LexicalRules.h"
 #include "mysqltext/TableText.h"
 #include "util/Counted.h"
 #include "util/Errors.h"
@@ -27,8 +28,7 @@ std::string UnsafeLine(const TChange& change) { return change.table + ": " + cha
 std::string OnOneLine(const std::string& text) {
   std::string line;
   for (const char c : text) {
-    const bool blank = c == ' ' || (c >= '\t' && c <= '\r');
-    if (!blank)
+    if (!IsSpace(c))
       line += c;
     else if (!line.empty() && line.back() != ' ')
       line += ' ';

@@ -11,7 +11,7 @@
 
 namespace velmora {
 
-// Creation texts without loss, for the servers of today: TExactSync after the port of dialects.
+// Creation texts without loss, for the servers of today: TExactSync behind the port of dialects.
 class TExactDialect final : public TDialect {
  public:
   explicit TExactDialect(const TDialectParts& parts);

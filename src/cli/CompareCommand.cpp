@@ -64,8 +64,8 @@ TJson LeastDocument(const TApplication& app) {
   TJson document = {
       {"identical", false}, {"actions", TJson::array()}, {"log", TJson::array()}, {"dialect", DialectJson(app)}};
   if (app.Dialect().Traits().has_findings) {
-    document["skipped"] = TJson::array();
-    document["verified"] = document["verified_on_server"] = TJson();
+    for (const char* list : {"skipped", "not_followed", "objects"}) document[list] = TJson::array();
+    for (const char* proof : {"verified", "verified_on_server"}) document[proof] = TJson();
   }
   document["error"] = kOutOfMemory;
   return document;

@@ -110,7 +110,7 @@ std::string Shortest(const std::string& number, bool is_float) {
   const bool fixed = value == 0 || (size >= kLeastFixed && size < kMostFixed);
   const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
                                  fixed ? std::chars_format::fixed : std::chars_format::scientific);
-  return {buffer.data(), end.ptr};
+  return RemoveChar({buffer.data(), static_cast<std::size_t>(end.ptr - buffer.data())}, '+');
 }
 
 std::string Bits(const std::string& number) {
