@@ -27,12 +27,11 @@ std::string UnsafeLine(const TChange& change) { return change.table + ": " + cha
 // Every run of white space as one blank.
 std::string OnOneLine(const std::string& text) {
   std::string line;
-  for (const char c : text) {
+  for (const char c : text)
     if (!IsSpace(c))
       line += c;
     else if (!line.empty() && line.back() != ' ')
       line += ' ';
-  }
   return line;
 }
 

@@ -1,5 +1,7 @@
 #include "mysqltext/ColumnType.h"
 
+#include <algorithm>
+
 #include "mysqltext/Charsets.h"
 #include "mysqltext/ColumnParts.h"
 #include "mysqltext/Lexer.h"
@@ -9,6 +11,8 @@
 namespace velmora {
 
 namespace {
+
+constexpr long long kLargestSize = 1'000'000'000'000;  // more than any server has, and little enough for sums with it
 
 std::vector<std::string> Arguments(TTokens tokens, TTokenRange range) {
   std::vector<std::string> result;
@@ -24,7 +28,8 @@ std::vector<std::string> Arguments(TTokens tokens, TTokenRange range) {
 
 std::optional<long long> NumberAt(const std::vector<std::string>& arguments, std::size_t place) {
   if (place >= arguments.size()) return std::nullopt;
-  return TryStrToInt(arguments[place]);
+  const std::optional<long long> number = TryStrToInt(arguments[place]);
+  return number ? std::optional(std::min(*number, kLargestSize)) : std::nullopt;
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ struct TColumnText {
 
   bool HasLetters() const;  // char, varchar, the text types, enum, set
   bool IsNumber() const;
-  std::optional<long long> Length() const;    // the first argument, as a number
+  std::optional<long long> Length() const;    // the first argument, as a number; one too large for servers is less
   std::optional<long long> Fraction() const;  // the second one; of a time type the first
 };
 

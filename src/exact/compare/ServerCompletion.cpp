@@ -185,7 +185,8 @@ class TColumnRewriter {
     if (length && kind_ == "float") return SetType(*length > kFloatDigits ? "double" : "float");
     if ((!text && kind_ != "blob") || !length) return;
     if (text && charset_.charset.empty()) return;
-    const long long bytes = *length * (text ? LetterBytes(charset_.charset).most : 1);
+    const long long letters = std::min(*length, kSizedTypes.back().bytes + 1);
+    const long long bytes = letters * (text ? LetterBytes(charset_.charset).most : 1);
     for (const TSizedType& row : kSizedTypes) {
       if (bytes > row.bytes) continue;
       type_.replace(0, type_.find(')') + 1, text ? row.text : row.blob);
