@@ -330,8 +330,9 @@ TMdbStoredRow TMdbTableDef::StoredRow(std::string_view row, std::size_t start) c
     const MdbField& field = fields[i];
     if (field.is_null || columns_[i].number >= count) continue;
     const std::size_t at = static_cast<std::size_t>(field.start) - start;
-    if (field.siz < 0 || at > row.size() || static_cast<std::size_t>(field.siz) > row.size() - at) Damaged(kBrokenRow);
-    stored[i] = row.substr(at, static_cast<std::size_t>(field.siz));
+    const auto size = static_cast<std::size_t>(field.siz);  // one below 0 is beyond every row
+    if (at > row.size() || size > row.size() - at) Damaged(kBrokenRow);
+    stored[i] = row.substr(at, size);
   }
   return stored;
 }
