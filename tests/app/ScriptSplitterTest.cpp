@@ -22,7 +22,7 @@ TEST(ScriptSplitterTest, Cuts) {
   } cases[] = {
       {"nothing", "", "1"},
       {"the position is that of the piece's last character", "select 1", "[select 1 @7] 1"},
-      {"one character behind each cut is lost", "a;b;c", "[a @0] 3"},
+      {"one character after each cut is lost", "a;b;c", "[a @0] 3"},
       {"line ends are what is lost in a script", "a 1;\r\nb 2;\r\n", "[a 1 @2] [b 2 @7] 3"},
       {"offsets fall behind by one a statement", "aa;\naa;\naa;\n", "[aa @1] [aa @4] [aa @7] 4"},
       {"quotes hide a separator", "insert '1;2';\r\nb", "[insert '1;2' @11] [b @14] 2"},

@@ -99,7 +99,7 @@ TEST(MetaTableTest, ManyRowsAreFoundAsFewAre) {
   Build(meta, "T60() T7()");
   meta.GotoTable("t99");
   EXPECT_TRUE(meta.FindTable("t60"));
-  EXPECT_EQ(meta.tTables.Current().name, "t60") << "the first in order, not the one behind the cursor";
+  EXPECT_EQ(meta.tTables.Current().name, "t60") << "the first in order, not the one after the cursor";
   meta.GotoTable("t59");
   EXPECT_TRUE(meta.FindTable("T60"));
   EXPECT_EQ(meta.tTables.Current().name, "t60") << "the first in order";

@@ -69,7 +69,7 @@ TEST(PlanTest, WhatIsStruckOutLeavesItsStatement) {
   };
   EXPECT_EQ(plan({}), "");
   EXPECT_EQ(plan({4}), "alter table `t` add KEY `k` (`n`) -- 5\n");
-  // Without the column it was to follow it comes behind the one before that; without the table's new character set it
+  // Without the column it was to follow it comes after the one before that; without the table's new character set it
   // says its own.
   EXPECT_EQ(plan({0, 3}),
             "alter table `t`\n  DEFAULT CHARSET=utf8mb4,\n  add column `m` varchar(9) after `a` -- 1 4\n");

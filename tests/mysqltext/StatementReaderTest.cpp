@@ -15,7 +15,7 @@ using testing::ReadCaseFile;
 using testing::TCaseText;
 using namespace std::string_literals;
 
-// Each statement behind its line: "3:select 1".
+// Each statement after its line: "3:select 1".
 TStringList Split(const std::string& script) {
   TStringList statements;
   TStatementReader reader(script);

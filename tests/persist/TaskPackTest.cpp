@@ -96,7 +96,7 @@ TEST(TaskPackTest, WhatIsNoPaddingIsLeftForTheArchiveReader) {
   for (int last = 0; last < 256; ++last) {
     for (const char before : {'\0', '\7', static_cast<char>(last)}) {
       const std::string tail = std::string(7, before) + static_cast<char>(last);
-      ExpectTextOrMessage(Enciphered(archive + tail), text, Format("%d behind %d", last, before));
+      ExpectTextOrMessage(Enciphered(archive + tail), text, Format("%d after %d", last, before));
     }
   }
 }

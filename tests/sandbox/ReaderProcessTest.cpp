@@ -139,7 +139,7 @@ TEST(ReaderProcessTest, WhatGoesWrongBecomesAnErrorAndTheNextCallWorks) {
   const std::size_t open_files = OpenFiles();
   for (const auto& [table, message] : kFaults) {
     EXPECT_THAT(MessageOf([&, &table = table] { reader->Structure(table); }), HasSubstr(message)) << table;
-    EXPECT_EQ(reader->Structure("t").columns.size(), 2U) << "behind " << table;
+    EXPECT_EQ(reader->Structure("t").columns.size(), 2U) << "after " << table;
   }
   EXPECT_EQ(OpenFiles(), open_files);
 }

@@ -209,7 +209,7 @@ TEST_F(ExactDialectTest, WhatIsDeletedIsNotAskedFor) {
   Focus("narrow");
   rig_.Trigger("acDelAction");
   rig_.Trigger("acSynchronize");
-  EXPECT_EQ(Tree().topLevelItemCount(), 1);  // the analysis behind the run finds it again
+  EXPECT_EQ(Tree().topLevelItemCount(), 1);  // the analysis after the run finds it again
   EXPECT_EQ(Tree().topLevelItem(0)->text(0), QStringLiteral("narrow"));
 
   Focus("narrow");

@@ -45,7 +45,7 @@ struct TFakeOdbc {
     long affected = 0;
     std::vector<TMessage> errors = {};      // of the execution
     std::vector<TAnswer> then = {};         // further results
-    std::vector<TMessage> row_errors = {};  // of the call for a row behind the last
+    std::vector<TMessage> row_errors = {};  // of the call for a row after the last
   };
 
   // By statement, or by "tables", "catalogs", "columns PATTERN", "statistics TABLE", "primary keys TABLE". Others fail.

@@ -18,7 +18,7 @@ std::string Int(std::uint64_t value, std::size_t bytes);  // the lowest byte fir
 std::string Packet(int number, const std::string& payload);
 
 // Bytes as a reader can take them in, parted by blanks: 0A FF00 in hex, 'text' as it stands, "text" with its length in
-// front, {name} one of `names`, and *13 behind hex or text for as many of it. Raises std::runtime_error otherwise.
+// front, {name} one of `names`, and *13 after hex or text for as many of it. Raises std::runtime_error otherwise.
 using TWireNames = std::map<std::string, std::string, std::less<>>;
 std::string Wire(std::string_view notation, const TWireNames& names = {});
 

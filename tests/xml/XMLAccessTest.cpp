@@ -271,7 +271,7 @@ TEST_F(XMLAccessTest, RefusedTextsLeaveNoRootAndNoNoise) {
       {"many namespaces", "<root" + Attributes(30, "xmlns:a") + "><a" + Attributes(3, "xmlns:b") + "/></root>",
        "32 namespaces"},
       {"zero byte inside", "<root>\0</root>"s, "zero byte"},
-      {"zero byte behind", "<root/>\0<"s, "zero byte"},
+      {"zero byte after it", "<root/>\0<"s, "zero byte"},
       {"control character", "<root>\x01</root>", "line 1: "},
       {"too deep", Nested(257), "deeper than 256"},
       {"much too deep", Nested(100000), "deeper than 256"},

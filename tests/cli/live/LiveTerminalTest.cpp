@@ -42,7 +42,7 @@ constexpr char kQuestion[] = "Run 3 statements on database on_terminal of server
 TEST_F(LiveTerminalTest, AsksAndTakesItsProgressAway) {
   const struct {
     const char* keys;
-    const char* screen;  // behind the question
+    const char* screen;  // after the question
     int status;
     const char* columns;
   } cases[] = {

@@ -23,7 +23,7 @@ inline std::string ColumnsOf(TDBConn& conn, const std::string& table) {
   return text;
 }
 
-// As in "1|a|-/2||x/": a "/" behind each row, "-" for null.
+// As in "1|a|-/2||x/": a "/" after each row, "-" for null.
 inline std::string RowsOf(TDataset& rows) {
   std::string text;
   for (; !rows.Eof(); rows.Next()) {

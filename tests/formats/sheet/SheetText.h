@@ -18,7 +18,7 @@ inline TVariant CellValue(const std::string& text) {
   return text;
 }
 
-// Rows behind "/", cells behind "|"; a number, a moment as in "@2001-02-03 04:05:06", else text; empty is no cell.
+// Rows after "/", cells after "|"; a number, a moment as in "@2001-02-03 04:05:06", else text; empty is no cell.
 inline std::vector<TSheetCell> CellsOf(std::string grid) {
   std::vector<TSheetCell> cells;
   for (std::uint32_t row = 0; !grid.empty(); ++row) {
@@ -41,7 +41,7 @@ inline std::string Shown(const TFileTable& table) {
   return text;
 }
 
-// As in "1|a|-/2|b|2001-02-03/": a "/" behind each row, "-" for null.
+// As in "1|a|-/2|b|2001-02-03/": a "/" after each row, "-" for null.
 inline std::string Shown(const TRowsOfValues& rows) {
   std::string text;
   for (const TMemDataset::TRow& row : rows) {

@@ -22,7 +22,7 @@ std::vector<TFakeOdbc::TMessage> last_errors;
 
 struct THandle {
   std::vector<TFakeOdbc::TAnswer> results;  // of a statement, the current one first
-  std::size_t row = 0;                      // behind the current one
+  std::size_t row = 0;                      // after the current one
   std::size_t column = 0;                   // the one that was last asked for, and how much of it was given
   std::size_t given = 0;
 };
