@@ -25,10 +25,12 @@ struct TPage {
 };
 
 constexpr TPage kPages[] = {
-    {"index", "What Velmora does"}, {"task", "A new task"},           {"analysis", "Analysis"},
-    {"differences", "Differences"}, {"script", "The script"},         {"failed-run", "When a run fails"},
-    {"task-files", "Task files"},   {"exact", "The exact dialect"},   {"options", "Options"},
-    {"keyboard", "Keyboard"},       {"engines", "Kinds of database"},
+    {"index", "What Velmora does"},   {"task", "A new task"},
+    {"analysis", "Analysis"},         {"differences", "Differences"},
+    {"script", "The script"},         {"failed-run", "When a run fails"},
+    {"task-files", "Task files"},     {"exact", "Dialects"},
+    {"options", "Options"},           {"keyboard", "Keyboard"},
+    {"engines", "Kinds of database"},
 };
 
 constexpr int kPictureSize = 16;
