@@ -102,9 +102,10 @@ std::unique_ptr<TDBConn> TApplication::Compare() {
   }
 }
 
+TStringList TApplication::ChoiceLog() const { return use_.note.empty() ? TStringList() : TStringList{use_.note}; }
+
 TStringList TApplication::Log() const {
-  TStringList lines;
-  if (!use_.note.empty()) lines.push_back(use_.note);
+  TStringList lines = ChoiceLog();
   const TStringList& own = dialect_->ActionLog();
   lines.insert(lines.end(), own.begin(), own.end());
   return lines;

@@ -58,6 +58,7 @@ class TApplication {
   void Forget();
   // What the last comparison has to say: how the dialect was chosen, if by itself, and the dialect's own lines.
   TStringList Log() const;
+  TStringList ChoiceLog() const;  // the first of these alone
   // Another dialect that reads the table at which the last comparison ended; null for none.
   const TDialectRow* DialectThatReads();
   // Another dialect that fits the connected target, after a run in which the server did not know a statement's

@@ -206,7 +206,7 @@ void TfmMain::ShowTask(bool active) {
     ShowDialect();
     ShowHeading(*pnRefH_, " &Reference: ", *app_->connections.reference);
     ShowHeading(*pnTgtH_, " Tar&get: ", *app_->connections.target);
-    if (log_->Lines().empty()) ShowLog({});
+    if (log_->Lines().empty()) ShowLog(app_->ChoiceLog());
   } else {
     barFind_->hide();
     said_.clear();
@@ -323,7 +323,7 @@ void TfmMain::AskAboutEmptyReference() {
   if (empty_allowed_ || app_->data.mtActions.Empty() || !app_->Dialect().ReferenceIsEmpty()) return;
   if (!ConfirmYes(EmptyReferenceText(*app_->connections.reference) + kEmptyQuestion)) {
     ClearWork();
-    ShowLog({});
+    ShowLog(app_->ChoiceLog());
     ShowPage();
     throw EAbort();
   }
