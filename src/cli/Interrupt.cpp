@@ -147,14 +147,13 @@ void TInterruptHost::Watch() {
 // Gives the word that has come meanwhile.
 std::optional<char> TInterruptHost::BreakOff() {
   const std::lock_guard lock(mutex_);
-  if (running_ != nullptr) {
-    try {
-      running_->CancelRunning();
-      if (const std::optional<char> word = NextWord(grace_)) return word;  // the work goes on, or is done
-    } catch (const std::exception&) {                                      // the server can't be asked
-    }
-    running_->Sever();
-  }
+  std::optional<char> came;  // the work goes on, or is done
+  const auto came_back = [&] {
+    came = NextWord(grace_);
+    return came.has_value();
+  };
+  if (running_ != nullptr) running_->BreakOff(came_back);
+  if (came) return came;
   if (told_by == 0) return std::nullopt;
   // What still waits elsewhere, in a login or for a file, has nothing under way that the end of the process would harm.
   if (const std::optional<char> word = NextWord(kLastGrace * grace_)) return word;

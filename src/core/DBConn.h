@@ -2,6 +2,7 @@
 
 // TDBConn: the abstract connection to one data source of one kind, an engine.
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -29,6 +30,8 @@ class TConnectionObject {
   // Whether the server holds a transaction open on this connection, where the client can tell. `refresh` asks the
   // server, which is needed after an error.
   virtual std::optional<bool> TransactionOpen(bool /*refresh*/) { return std::nullopt; }
+  // How many warnings the server has to the last statement of ExecSQL, where the client can tell.
+  virtual std::size_t WarningCount() const { return 0; }
 };
 
 // An engine owns one TMeta, the store of its database's structure, and is the only way to the data source. It is

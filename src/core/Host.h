@@ -11,7 +11,9 @@ namespace velmora {
 class THost {
  public:
   virtual ~THost() = default;
-  virtual void ProcessMessages() {}                                          // lets pending window messages run
+  virtual void ProcessMessages() {}  // lets pending window messages run
+  // The user has asked to end what is under way: an error that comes now comes of that.
+  virtual bool Cancelling() const { return false; }
   virtual bool ConfirmOk(const std::string& /*message*/) { return false; }   // OK and Cancel
   virtual bool ConfirmYes(const std::string& /*message*/) { return false; }  // Yes and No
   // Filters are pairs of caption and masks, as in "Text file|*.txt". False: nothing was chosen, `path` is as it was.

@@ -106,6 +106,7 @@ class TLibraryWire final : public TMyWire {
   }
 
   std::int64_t RowsAffected() const override { return static_cast<std::int64_t>(mysql_affected_rows(handle_.get())); }
+  std::size_t WarningCount() const override { return mysql_warning_count(handle_.get()); }
   std::optional<bool> InTransaction() const override {
     unsigned status = 0;
     if (mariadb_get_infov(handle_.get(), MARIADB_CONNECTION_SERVER_STATUS, &status) != 0) return std::nullopt;

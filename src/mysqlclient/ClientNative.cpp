@@ -88,6 +88,7 @@ class TNativeWire final : public TMyWire, private TReadAhead::TLine {
   }
 
   std::int64_t RowsAffected() const override { return static_cast<std::int64_t>(session_->affected_rows); }
+  std::size_t WarningCount() const override { return session_->warning_count; }
   std::optional<bool> InTransaction() const override { return (session_->server_status & kInTransaction) != 0; }
   std::uint64_t ThreadId() const override { return session_->thread_id; }
   int Handle() const override { return session_->net.vio->Handle(); }

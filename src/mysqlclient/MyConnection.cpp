@@ -37,6 +37,16 @@ std::unique_ptr<TMyConnection> TMyConnection::NewSibling() const {
   return sibling;
 }
 
+void TMyConnection::BreakOff(const std::function<bool()>& came_back) {
+  try {
+    CancelRunning();
+  } catch (const std::exception&) {  // the server can't be asked
+    Sever();
+    return;
+  }
+  if (!came_back()) Sever();
+}
+
 void TMyConnection::CheckConnected() const {
   if (!GetConnected()) RaiseError(kNotConnected);
 }
@@ -46,6 +56,7 @@ void TMyConnection::CopyOptions(const TMyConnection& source) {
   IsolationLevel = source.IsolationLevel;
   Options = source.Options;
   LatePassword = source.LatePassword;
+  Waiting = source.Waiting;
 }
 
 void TMyQuery::Open() {

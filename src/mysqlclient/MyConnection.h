@@ -18,6 +18,7 @@
 namespace velmora {
 
 class TMyQuery;
+class TWaiting;
 
 // By how much is asked of the server.
 enum class ETls {
@@ -95,6 +96,9 @@ class TMyConnection : public TClientConnection {
   std::function<void(const std::string& text)>
       Notice;                                   // called with what a user should know of the connection; optional
   std::shared_ptr<TLatePassword> LatePassword;  // where Password is empty; null means that nobody can be asked
+  // How this thread waits for the server, where others need it meanwhile; null: it waits in the call. As set before
+  // connecting.
+  std::shared_ptr<TWaiting> Waiting;
 
   virtual bool InTransaction() const = 0;
   virtual void StartTransaction() = 0;
@@ -122,6 +126,9 @@ class TMyConnection : public TClientConnection {
   // Ends the connection below the client, at once and without a word to the server: whoever waits gets the error of a
   // lost connection, and what the statement does to its end is not known.
   virtual void Sever() {}
+  // For other threads, too: CancelRunning and, where that raises or `came_back` then says that the statement is still
+  // under way, Sever. Raises nothing that `came_back` does not.
+  void BreakOff(const std::function<bool()>& came_back);
 
   // A hint: these statements will be run next, in this order, and they change nothing. The answers of a backend that
   // reads ahead do not differ from those of one that does not, and the error of one that nobody runs never shows.

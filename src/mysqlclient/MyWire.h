@@ -88,6 +88,7 @@ class TMyWire {
   virtual void SkipFurther() = 0;
 
   virtual std::int64_t RowsAffected() const = 0;          // of a statement without rows
+  virtual std::size_t WarningCount() const = 0;           // that the server has to what was answered last
   virtual std::optional<bool> InTransaction() const = 0;  // as the server has said last
 
   virtual std::uint64_t ThreadId() const = 0;  // the server's number of this connection

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "mysqlclient/ServerIdentity.h"
+#include "mysqlclient/Waiting.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 
@@ -23,6 +24,7 @@ namespace {
 
 constexpr char kForwardOnly[] = "These rows can only be read forward";
 constexpr char kCutOff[] = "The connection was closed before all rows were read";
+constexpr char kBusy[] = "The connection still waits for its server";
 constexpr char kNothing[] = "do 0";  // a statement for its answer alone
 constexpr int kHighestPort = 65535;
 constexpr char kNoPort[] = "%d is no port: it must be a number from 1 to 65535";
@@ -125,7 +127,12 @@ class TServerConnection::TLink {
  public:
   ~TLink() { Close(); }
 
-  bool IsOpen() const { return wire_ && wire_->IsOpen(); }
+  // From here on the server is talked to on a thread of its own, and whoever asks waits by `waiting`; null: as before.
+  void WaitBy(std::shared_ptr<TWaiting> waiting, TMyConnection& connection) {
+    waiting_ = std::move(waiting);
+    connection_ = &connection;
+  }
+  bool IsOpen() const { return wire_ && (waits_ || wire_->IsOpen()); }
   std::optional<bool> TransactionOpen(bool refresh);
   void Open(const TMyConnection& connection, std::unique_ptr<TMyWire> wire, int answer_time);
   void Close();
@@ -142,25 +149,36 @@ class TServerConnection::TLink {
   void Expect(const TStringList& statements) {
     if (IsOpen()) wire_->Expect(statements);
   }
-  // Sends a statement; whatever it gives has to be taken by one of the next three. A procedure's further results are
-  // thrown away after the first one.
-  void Send(std::string_view sql);
-  std::unique_ptr<TMyRows> Store();                  // null when there are no rows
-  std::unique_ptr<TMyRows> Use(TBlockRows* reader);  // the same; until the last row `reader` owns the wire
-  std::int64_t Drain();                              // rows affected, or the number of rows thrown away
+  // Send a statement and take what it gives. A procedure's further results are thrown away after the first one.
+  std::unique_ptr<TMyRows> Store(std::string_view sql);                    // null when there are no rows
+  std::unique_ptr<TMyRows> Use(std::string_view sql, TBlockRows* reader);  // until the last row `reader` owns the wire
+  std::int64_t Drain(std::string_view sql);  // rows affected, or the number of rows thrown away
 
-  bool Fetch(std::unique_ptr<TMyRows>& rows);  // of Use; false after the last row, and then `rows` are freed
+  // Takes rows of Use, up to so many, and gives each to `take`. False after the last row, and then `rows` are freed.
+  template <class Take>
+  bool Fetch(std::unique_ptr<TMyRows>& rows, std::size_t count, Take take);
 
   bool in_transaction = false;
+  std::size_t warnings = 0;  // of Drain
   std::string reached_at;
 
  private:
   template <class Act>
   std::invoke_result_t<Act> Guarded(Act act);
+  template <class Act>
+  std::invoke_result_t<Act> Waited(Act act);
+  void OpenBy(const TMyConnection& connection, const std::shared_ptr<TMyWire>& wire, const TMyRoute& route,
+              int answer_time);
+  void MakeRoom();
+  bool Next(std::unique_ptr<TMyRows>& rows);
 
-  std::unique_ptr<TMyWire> wire_;
+  std::shared_ptr<TMyWire> wire_;
   TGrip grip_;
   TBlockRows* reader_ = nullptr;
+  std::shared_ptr<TWaiting> waiting_;
+  TMyConnection* connection_ = nullptr;  // the one that waits
+  bool waits_ = false;                   // for what the thread does with the wire
+  TServerThread thread_;
 };
 
 // All rows, kept by the backend; the current one as values.
@@ -217,9 +235,9 @@ class TServerConnection::TBlockRows final : public TDataset {
       : link_(link), block_size_(static_cast<std::size_t>(std::max(block, 1))), times_as_sent_(times_as_sent) {}
   ~TBlockRows() override { Abandon(); }
 
-  // Takes the rows of the statement that was sent; false when it gives none.
-  bool Start() {
-    source_ = link_.Use(this);
+  // Sends the statement and takes its rows; false when it gives none.
+  bool Start(std::string_view sql) {
+    source_ = link_.Use(sql, this);
     if (!source_) return false;
     reader_.emplace(source_->Columns(), times_as_sent_);
     ReadBlock(block_size_);
@@ -282,11 +300,11 @@ class TServerConnection::TBlockRows final : public TDataset {
 
 void TServerConnection::TBlockRows::ReadBlock(std::size_t rows) {
   try {
-    for (std::size_t i = 0; i < rows && link_.Fetch(source_); ++i) {
+    link_.Fetch(source_, rows, [this](const TMyRows& row) {
       rows_.emplace_back(reader_->Fields().size());
-      reader_->Read(*source_, rows_.back());
+      reader_->Read(row, rows_.back());
       ++count_;
-    }
+    });
   } catch (const EMySqlException& error) {
     failure_ = error.what();
     throw;
@@ -298,18 +316,28 @@ void TServerConnection::TBlockRows::ReadBlock(std::size_t rows) {
 void TServerConnection::TLink::Open(const TMyConnection& connection, std::unique_ptr<TMyWire> wire, int answer_time) {
   if (connection.Port < 0 || connection.Port > kHighestPort) throw EMySqlException(Format(kNoPort, connection.Port));
   const std::vector<TMyRoute> routes = RoutesTo(connection);
+  const std::shared_ptr<TMyWire> opened = std::move(wire);
   for (const TMyRoute& route : routes) {
     try {
-      wire->Open(connection, route, answer_time);
+      OpenBy(connection, opened, route, answer_time);
       reached_at = route.Name();
       break;
     } catch (const EMySqlException& error) {
       if (error.Number() != kNobodyAtSocket || &route == &routes.back()) throw;
     }
   }
-  wire_ = std::move(wire);
+  wire_ = opened;
   KeepAlive(wire_->Handle());
   grip_.Take(*wire_, connection);
+}
+
+// A login that is given up goes on to its end with what it was given.
+void TServerConnection::TLink::OpenBy(const TMyConnection& connection, const std::shared_ptr<TMyWire>& wire,
+                                      const TMyRoute& route, int answer_time) {
+  if (!waiting_) return wire->Open(connection, route, answer_time);
+  const std::shared_ptr<TMyConnection> same = connection.NewSibling();
+  same->Database = connection.Database;
+  waiting_->Do(thread_, nullptr, [=] { wire->Open(*same, route, answer_time); });
 }
 
 void TServerConnection::TLink::Close() {
@@ -326,11 +354,22 @@ void TServerConnection::TLink::Close() {
 template <class Act>
 std::invoke_result_t<Act> TServerConnection::TLink::Guarded(Act act) {
   try {
-    return act();
+    return Waited(act);
   } catch (const EMySqlException&) {
     if (!wire_->IsOpen()) Close();
     throw;
   }
+}
+
+// Does what talks to the server where that is done.
+template <class Act>
+std::invoke_result_t<Act> TServerConnection::TLink::Waited(Act act) {
+  if (!waiting_) return act();
+  if (waits_) throw EMySqlException(kBusy);
+  waits_ = true;
+  std::optional<std::invoke_result_t<Act>> result;
+  RunGuarded([&] { waiting_->Do(thread_, connection_, [&] { result.emplace(act()); }); }, [this] { waits_ = false; });
+  return std::move(*result);
 }
 
 void TServerConnection::TLink::CancelRunning() {
@@ -343,8 +382,7 @@ void TServerConnection::TLink::CancelRunning() {
   other.GetToKnow();
   const std::optional<TServerIdentity> reached = other.grip_.Way().server;
   if (!reached || !IsSameServer(*reached, *way.server)) throw EMySqlException(kOtherServer);
-  other.Send(Format("kill query %d", way.thread));
-  other.Drain();
+  other.Drain(Format("kill query %d", way.thread));
 }
 
 void TServerConnection::TLink::GetToKnow() {
@@ -353,33 +391,34 @@ void TServerConnection::TLink::GetToKnow() {
 
 // Each accepted statement brings the server's state with it; an error does not, so that it is asked for.
 std::optional<bool> TServerConnection::TLink::TransactionOpen(bool refresh) {
-  if (!IsOpen() || reader_ != nullptr) return std::nullopt;
+  if (!IsOpen() || reader_ != nullptr || waits_) return std::nullopt;
   try {
-    if (refresh) {
-      Send(kNothing);
-      Drain();
-    }
+    if (refresh) Drain(kNothing);
     return wire_->InTransaction();
   } catch (const EMySqlException&) {
     return std::nullopt;
   }
 }
 
-void TServerConnection::TLink::Send(std::string_view sql) {
+// The wire is free for the next statement.
+void TServerConnection::TLink::MakeRoom() {
   if (reader_ != nullptr) reader_->KeepRest();
-  Guarded([&] { wire_->Send(sql); });
 }
 
-std::unique_ptr<TMyRows> TServerConnection::TLink::Store() {
+std::unique_ptr<TMyRows> TServerConnection::TLink::Store(std::string_view sql) {
+  MakeRoom();
   return Guarded([&] {
+    wire_->Send(sql);
     std::unique_ptr<TMyRows> rows = wire_->Rows(true);
     wire_->SkipFurther();
     return rows;
   });
 }
 
-std::unique_ptr<TMyRows> TServerConnection::TLink::Use(TBlockRows* reader) {
+std::unique_ptr<TMyRows> TServerConnection::TLink::Use(std::string_view sql, TBlockRows* reader) {
+  MakeRoom();
   return Guarded([&] {
+    wire_->Send(sql);
     std::unique_ptr<TMyRows> rows = wire_->Rows(false);
     if (rows)
       reader_ = reader;
@@ -389,31 +428,43 @@ std::unique_ptr<TMyRows> TServerConnection::TLink::Use(TBlockRows* reader) {
   });
 }
 
-std::int64_t TServerConnection::TLink::Drain() {
+std::int64_t TServerConnection::TLink::Drain(std::string_view sql) {
+  MakeRoom();
   return Guarded([&] {
+    wire_->Send(sql);
     const std::int64_t affected = wire_->RowsAffected();
     const std::unique_ptr<TMyRows> rows = wire_->Rows(false);
     std::int64_t count = 0;
     while (rows && rows->Next()) ++count;
     wire_->SkipFurther();
+    warnings = wire_->WarningCount();
     return rows ? count : affected;
   });
 }
 
-bool TServerConnection::TLink::Fetch(std::unique_ptr<TMyRows>& rows) {
+template <class Take>
+bool TServerConnection::TLink::Fetch(std::unique_ptr<TMyRows>& rows, std::size_t count, Take take) {
   return Guarded([&] {
-    try {
-      if (rows->Next()) return true;
-    } catch (...) {
-      reader_ = nullptr;
-      rows.reset();
-      throw;
+    for (; count > 0; --count) {
+      if (!Next(rows)) return false;
+      take(*rows);
     }
+    return true;
+  });
+}
+
+bool TServerConnection::TLink::Next(std::unique_ptr<TMyRows>& rows) {
+  try {
+    if (rows->Next()) return true;
+  } catch (...) {
     reader_ = nullptr;
     rows.reset();
-    wire_->SkipFurther();
-    return false;
-  });
+    throw;
+  }
+  reader_ = nullptr;
+  rows.reset();
+  wire_->SkipFurther();
+  return false;
 }
 
 // --- Queries
@@ -426,23 +477,21 @@ class TServerConnection::TQuery final : public TMyQuery {
   std::unique_ptr<TDataset> DoOpen() override {
     server_.CheckConnected();
     server_.link_->SetAnswerTime(server_.Options.ReadTimeout);
-    server_.link_->Send(SQL);
     std::unique_ptr<TDataset> rows = UniDirectional && !FetchAll ? Blocks() : Stored();
     return rows ? std::move(rows) : std::make_unique<TMemDataset>(std::vector<TFieldDef>());
   }
   std::int64_t DoExecute() override {
     server_.CheckConnected();
     server_.link_->SetAnswerTime(0);
-    server_.link_->Send(SQL);
-    return server_.link_->Drain();
+    return server_.link_->Drain(SQL);
   }
 
   std::unique_ptr<TDataset> Blocks() {
     auto rows = std::make_unique<TBlockRows>(*server_.link_, FetchRows, Connection().Options.TimesAsSent);
-    return rows->Start() ? std::move(rows) : nullptr;
+    return rows->Start(SQL) ? std::move(rows) : nullptr;
   }
   std::unique_ptr<TDataset> Stored() {
-    std::unique_ptr<TMyRows> rows = server_.link_->Store();
+    std::unique_ptr<TMyRows> rows = server_.link_->Store(SQL);
     return rows ? std::make_unique<TStoredRows>(std::move(rows), Connection().Options.TimesAsSent) : nullptr;
   }
 
@@ -485,6 +534,8 @@ void TServerConnection::Rollback() {
   link_->in_transaction = false;
 }
 
+std::size_t TServerConnection::WarningCount() const { return link_->warnings; }
+
 std::unique_ptr<TMyQuery> TServerConnection::NewQuery() { return std::make_unique<TQuery>(*this); }
 
 std::unique_ptr<TMyConnection> TServerConnection::NewConnection() const {
@@ -504,7 +555,9 @@ void TServerConnection::Sever() { link_->Sever(); }
 void TServerConnection::ExpectStatements(const TStringList& statements) { link_->Expect(statements); }
 
 void TServerConnection::DoConnect() {
+  link_->WaitBy(Waiting, *this);
   link_->Open(*this, NewWire(), Options.ReadTimeout);
+  if (Waiting) link_->GetToKnow();  // whatever is waited for from here on can be broken off
   if (Notice && link_->IsUnchecked()) Notice(Format(kNobodyLooked, ReachedAt()));
 }
 
@@ -513,8 +566,7 @@ void TServerConnection::DoDisconnect() { link_->Close(); }
 void TServerConnection::Run(const char* statement) {
   CheckConnected();
   link_->SetAnswerTime(0);
-  link_->Send(statement);
-  link_->Drain();
+  link_->Drain(statement);
 }
 
 }  // namespace velmora

@@ -19,6 +19,9 @@ namespace velmora {
 // A server may be silent for Options.ReadTimeout in a login and in answers to TMyQuery::Open; Execute and the ends of
 // transactions may take any time. A statement can be broken off from the first transaction on: the server is asked then
 // who it is, and a statement of that number on any other one is left alone.
+//
+// With Waiting set all that waits for the server is done on a thread of the connection's own. What is kept of rows
+// stays with the thread that asks; while it waits nothing else may be asked of this connection.
 class TServerConnection : public TMyConnection {
  public:
   ~TServerConnection() override;
@@ -27,6 +30,7 @@ class TServerConnection : public TMyConnection {
   bool InTransaction() const override;
   std::string ReachedAt() const override;
   std::optional<bool> TransactionOpen(bool refresh) override;
+  std::size_t WarningCount() const override;
   void StartTransaction() override;  // raises for an unknown IsolationLevel
   void Commit() override;
   void Rollback() override;
