@@ -39,6 +39,13 @@ std::string SideName(TDBConn& conn) {
   return engine + " database" + (shown.empty() ? shown : " " + shown);
 }
 
+std::string DatabaseName(TDBConn& conn) {
+  std::string name;
+  if (const auto* server = dynamic_cast<TDBConnMySQL*>(&conn)) name = server->database();
+  if (name.empty()) conn.GetDisplayName(name);
+  return name;
+}
+
 void CheckComparable(TDBConn& reference) {
   if (dynamic_cast<TCreationTexts*>(&reference) != nullptr) return;
   try {

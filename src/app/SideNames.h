@@ -13,6 +13,10 @@ namespace velmora {
 // a socket is named with one.
 std::string SideName(TDBConn& conn);
 
+// "shop": what a user types who is to confirm that this database is the one to change; of other engines the name that
+// they show.
+std::string DatabaseName(TDBConn& conn);
+
 // " (/run/mysqld/mysqld.sock)" of a server that was reached by this socket without being told so, as there may be
 // several servers; otherwise empty.
 std::string SocketOf(TDBConn& conn);

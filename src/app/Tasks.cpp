@@ -40,6 +40,7 @@ TMadeTask MakeTask(const std::string& path, const TSourceSettings& reference, co
     const TTaskReader reader(path);
     TMadeTask task;
     task.dialect = StoredDialect(reader.Dialect()).id;
+    task.marks = reader.Marks();
     task.connections.reference = MakeSide(reader.Reference(), reference);
     task.connections.target = MakeSide(reader.Target(), target);
     CheckTarget(*task.connections.target);
@@ -51,9 +52,10 @@ void CheckTaskName(const std::string& path) {
   if (!IsTaskFile(path)) RaiseError(Format("%s: the name of a task file must end in %s", path, kTaskExtension));
 }
 
-void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target, EDialect dialect) {
+void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target, EDialect dialect,
+                 const TTaskMarks& marks) {
   CheckTaskName(path);
-  Named(path, [&] { WriteTask(path, reference, target, DialectRow(dialect).Stored()); });
+  Named(path, [&] { WriteTask(path, reference, target, DialectRow(dialect).Stored(), marks); });
 }
 
 TTaskValues ShowTaskFile(const std::string& path) {

@@ -16,6 +16,7 @@ bool IsTaskFile(const std::string& source);  // ends in .vlt
 struct TMadeTask {
   TTaskConnections connections;  // neither is connected
   EDialect dialect = kDefaultDialect;
+  TTaskMarks marks;
 };
 
 // Both sides of a task file; passwords are those of the file, unless the settings have one. Raises for a side that
@@ -26,7 +27,8 @@ void CheckTaskName(const std::string& path);  // raises for a name that does not
 
 // Writes a task file, an old one being replaced in one step. Raises for a name that does not end in .vlt and for a file
 // of creation texts, which cannot be part of a task.
-void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target, EDialect dialect = kDefaultDialect);
+void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target, EDialect dialect = kDefaultDialect,
+                 const TTaskMarks& marks = {});
 
 TTaskValues ShowTaskFile(const std::string& path);
 

@@ -119,6 +119,7 @@ TTaskConnections TPairRun::Make(const TPair& pair, const TSourceOptions& options
     TMadeTask task = MakeTask(pair.reference, AskingWithoutBar(options.ForTaskReference(console_)),
                               AskingWithoutBar(options.ForTaskTarget(console_)));
     if (!pair.dialect) app_.Choose(task.dialect);
+    marks_ = task.marks;
     SettleSocket({task.connections.reference.get(), task.connections.target.get()}, true);
     return std::move(task.connections);
   }
@@ -141,6 +142,7 @@ TSourceSettings TPairRun::AskingWithoutBar(TSourceSettings settings) {
 
 void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_script) {
   TTaskConnections connections = Make(pair, options);
+  if (OnMade) OnMade(*connections.target);
   CheckComparable(*connections.reference);
   app_.Take({pair.collations, pair.verify_on_server, pair.via_server});
   if (pair.via_server && (!IsFile(*connections.reference) || IsFile(*connections.target))) RaiseError(kFileAndServer);
@@ -166,6 +168,7 @@ void TPairRun::OpenTarget(const TPair& pair, const TSourceOptions& options) {
   app_.connections.target =
       is_task ? std::move(Make(pair, options).target) : MakeTarget(pair.target, options.ForTarget(console_));
   if (!is_task) SettleSocket({app_.connections.target.get()});
+  if (OnMade) OnMade(*app_.connections.target);
   app_.connections.target->Connect();
   app_.Settle();
 }

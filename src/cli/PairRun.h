@@ -10,6 +10,7 @@
 #include "cli/Command.h"
 #include "cli/Console.h"
 #include "cli/SourceOptions.h"
+#include "persist/TaskMarks.h"
 #include "sync/Progress.h"
 #include "util/Clock.h"
 
@@ -22,6 +23,9 @@ class TPairRun {
 
   TApplication& app() { return app_; }
   TLineEditor& editor() { return editor_; }
+  const TTaskMarks& Marks() const { return marks_; }  // of the task file, once its sides were made
+  // Called when the sides were made, before any is connected; may raise.
+  std::function<void(TDBConn& target)> OnMade;
 
   // Opens both sides and compares them, `for_script` if that follows. Warnings of the sources go to the console. Gives
   // the message of an error, with what was found so far in the application; the place of the error goes to the console
@@ -61,6 +65,7 @@ class TPairRun {
   TLineLog log_;
   std::unique_ptr<TDBConn> compared_;  // the target that a copy has taken the place of; freed with the run
   TApplication app_;
+  TTaskMarks marks_;
 };
 
 // Progress on the console's terminal, or none where it is no terminal.

@@ -12,6 +12,7 @@
 #include "mysqlclient/MyConnection.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -24,6 +25,12 @@ constexpr int kLongestRowCheck = 86400;  // seconds
 constexpr char kFits[] = "the target's server knows the language of --dialect %s";
 constexpr char kRowsInTheWay[] =
     "nothing was run: change these rows or the reference; --no-row-checks runs the script without looking at rows";
+
+constexpr char kNameNeeded[] =
+    "The task asks for the database's name before a run, and there is no terminal to ask on: give --confirm-database "
+    "NAME";
+constexpr char kTypeName[] = "The script runs on %s. Type the name of this database to go on: ";
+constexpr char kOtherName[] = "\"%s\" is not the name of the target, %s: nothing was run";
 
 int RunOn(TPairRun& run, const std::string& script, TConsole& console) {
   TDBConn& target = *run.app().connections.target;
@@ -72,6 +79,9 @@ void TSyncCommand::Declare(CLI::App& app) {
   app.add_flag(
       "--allow-unsafe", allow_unsafe_,
       "Exact dialect: also run what may lose data, by comparison or of FILE; otherwise it is listed and nothing runs");
+  app.add_option("--confirm-database", confirmed_,
+                 "The name of the target's database: answers a task file that asks for it; another name runs nothing")
+      ->type_name("NAME");
   DeclareAllowEmpty(app, pair_);
   DeclareScratch(app, pair_);
   app.add_flag(
@@ -87,6 +97,26 @@ void TSyncCommand::Declare(CLI::App& app) {
       ->excludes(app.get_option("--via-server"));
   options_.DeclarePair(app);
   app.footer(kEnding + app.get_footer());
+}
+
+// Before anything is compared: whether the name can be had at all, and the one that was given fits.
+void TSyncCommand::CheckDatabaseName(const TTaskMarks& marks, TDBConn& target, const TConsole& console) const {
+  if (marks.confirm_database && !confirmed_ && !console.CanAsk()) RaiseError(kNameNeeded);
+  if (confirmed_ && *confirmed_ != DatabaseName(target)) RaiseError(Format(kOtherName, *confirmed_, SideName(target)));
+}
+
+bool TSyncCommand::DatabaseConfirmed(TPairRun& run, TConsole& console) const {
+  if (!run.Marks().confirm_database || confirmed_) return true;
+  TDBConn& target = *run.app().connections.target;
+  std::string typed;
+  try {
+    typed = console.ask(Format(kTypeName, ShownText(SideName(target))), false);
+  } catch (const EAbort&) {  // the end of the input names nothing
+    console.err << '\n';
+  }
+  if (typed == DatabaseName(target)) return true;
+  console.Error(Format(kOtherName, typed, SideName(target)));
+  return false;
 }
 
 // Compares and makes the script; false where there is nothing to run, with the exit status.
@@ -110,9 +140,9 @@ bool TSyncCommand::MayRun(TPairRun& run, const std::string& script, TConsole& co
   if (script_.empty() && !no_row_checks_ && !RowsAllow(run, row_check_time_, console)) return false;
   std::optional<int> left;
   if (pair_.verify_on_server && (run.VerifyOnServer(left) || *left > 0)) return false;
-  if (yes_) return true;
+  if (yes_) return DatabaseConfirmed(run, console);
   ShowPlan(app, plan, console.err);
-  if (console.Confirm("Run " + plan.Summary() + "?")) return true;
+  if (console.Confirm("Run " + plan.Summary() + "?")) return DatabaseConfirmed(run, console);
   console.Error("nothing was run");
   return false;
 }
@@ -121,6 +151,7 @@ int TSyncCommand::Execute(TConsole& console) {
   if (!yes_ && !console.CanAsk())
     RaiseError("There is no terminal to ask on: give --yes to run the script without a question");
   TPairRun run(console, SystemClock());
+  run.OnMade = [&](TDBConn& target) { CheckDatabaseName(run.Marks(), target, console); };
   int status = kExitSuccess;
   if (!script_.empty()) {
     run.editor().SetText(ReadTextFile(script_));

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "cli/Command.h"
 #include "cli/SourceOptions.h"
+#include "persist/TaskMarks.h"
 
 namespace velmora {
 
@@ -21,6 +23,8 @@ class TSyncCommand final : public TCommand {
 
  private:
   bool Prepare(TPairRun& run, TConsole& console, int& status);
+  void CheckDatabaseName(const TTaskMarks& marks, TDBConn& target, const TConsole& console) const;
+  bool DatabaseConfirmed(TPairRun& run, TConsole& console) const;
   bool MayRun(TPairRun& run, const std::string& script, TConsole& console);
 
   TPair pair_;
@@ -30,6 +34,7 @@ class TSyncCommand final : public TCommand {
   bool no_row_checks_ = false;
   int row_check_time_ = 30;  // seconds
   bool yes_ = false;
+  std::optional<std::string> confirmed_;  // the target database's name, as given
 };
 
 }  // namespace velmora

@@ -1,6 +1,7 @@
 #include "cli/TaskCommand.h"
 
 #include <CLI/CLI.hpp>
+#include <iterator>
 #include <ostream>
 
 #include "app/Sources.h"
@@ -49,6 +50,11 @@ void TTaskCommand::Declare(CLI::App& app) {
   create->add_option("TARGET", target_, "The database that a script changes")->required();
   DeclareDialect(*create, "The dialect that the task is compared in (auto)",
                  [this](EDialect dialect) { dialect_ = dialect; });
+  DeclareChoice(*create, "--colour", TStringList(std::begin(kTaskColours), std::end(kTaskColours)),
+                "Mark the task with a colour, which the window shows at its top",
+                [this](std::size_t choice) { marks_.colour = static_cast<ETaskColour>(choice); });
+  create->add_flag("--ask-for-database", marks_.confirm_database,
+                   "Have the target database's name typed before a script runs on it");
   options_.DeclarePair(*create);
   CLI::App* show = app.add_subcommand("show", "Show what a task file holds; nothing is connected");
   show->add_option("FILE", file_, "The file")->required();
@@ -63,7 +69,7 @@ int TTaskCommand::WriteNew(TConsole& console) {
   const std::unique_ptr<TDBConn> reference = MakeSource(reference_, options_.ForStoredReference(console));
   const std::unique_ptr<TDBConn> target = MakeTarget(target_, options_.ForStoredTarget(console));
   SettleSocket({reference.get(), target.get()});
-  NewTaskFile(file_, *reference, *target, dialect_);
+  NewTaskFile(file_, *reference, *target, dialect_, marks_);
   return kExitSuccess;
 }
 
@@ -72,6 +78,8 @@ int TTaskCommand::Show(TConsole& console) {
   PrintSide("reference", task.reference, show_passwords_, console.out);
   PrintSide("target", task.target, show_passwords_, console.out);
   if (task.dialect) console.out << "dialect: " << *task.dialect << '\n';
+  if (task.marks.colour != ETaskColour::None) console.out << "colour: " << ColourWord(task.marks.colour) << '\n';
+  if (task.marks.confirm_database) console.out << "asks for the database's name before a run\n";
   return kExitSuccess;
 }
 

@@ -5,6 +5,7 @@
 #include "app/Dialects.h"
 #include "cli/Command.h"
 #include "cli/SourceOptions.h"
+#include "persist/TaskMarks.h"
 
 namespace velmora {
 
@@ -24,6 +25,7 @@ class TTaskCommand final : public TCommand {
   bool show_ = false;
   std::string file_, reference_, target_;
   EDialect dialect_ = kDefaultDialect;
+  TTaskMarks marks_;
   TSourceOptions options_;
   bool show_passwords_ = false;
 };

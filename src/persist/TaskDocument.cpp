@@ -1,11 +1,13 @@
 #include "persist/TaskDocument.h"
 
+#include <iterator>
 #include <utility>
 
 #include "persist/TaskPack.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
+#include "util/Lists.h"
 #include "xml/XMLAccess.h"
 
 namespace velmora {
@@ -20,7 +22,13 @@ constexpr char kUnhandledOnSave[] = "SaveTask: Unhandled engine %s";
 
 constexpr char kVersionKey[] = "version";
 constexpr char kVersion[] = "1.0";
-constexpr char kDialectKey[] = "dialect";  // not in every file, so that others stay as they always were
+constexpr char kUnhandledColour[] = "\"%s\" is no colour of a task: it must be one of %s";
+
+// Not in every file, so that others stay as they always were.
+constexpr char kDialectKey[] = "dialect";
+constexpr char kColourKey[] = "colour";
+constexpr char kConfirmKey[] = "confirm_database";
+
 constexpr std::size_t kMaxFileSize = std::size_t{64} * 1024 * 1024;
 constexpr unsigned kOwnerOnly = 0600;
 
@@ -88,6 +96,19 @@ std::optional<std::string> TTaskReader::Dialect() const {
   return HasElement(kDialectKey) ? std::optional(cfgGetStr(kDialectKey)) : std::nullopt;
 }
 
+TTaskMarks TTaskReader::Marks() const {
+  TTaskMarks marks;
+  if (HasElement(kColourKey)) {
+    const std::string word = cfgGetStr(kColourKey);
+    const std::optional<ETaskColour> colour = FindColour(word);
+    const TStringList words(std::begin(kTaskColours), std::end(kTaskColours));
+    if (!colour) RaiseError(Format(kUnhandledColour, word, JoinList(words, ", ")));
+    marks.colour = *colour;
+  }
+  marks.confirm_database = HasElement(kConfirmKey) && cfgGetStr(kConfirmKey) != "N";  // the careful way in doubt
+  return marks;
+}
+
 std::unique_ptr<TDBConn> MakeTaskEngine(const TTaskSide& side, const TEngineClients& clients) {
   return MakeEngine(*side.engine, side.values, clients);
 }
@@ -96,16 +117,18 @@ TTaskValues ReadTaskValues(const std::string& path) {
   const TTaskReader reader(path);
   TTaskSide reference = reader.Reference();
   TTaskSide target = reader.Target();
-  return {std::move(reference), std::move(target), reader.Dialect()};
+  return {std::move(reference), std::move(target), reader.Dialect(), reader.Marks()};
 }
 
-void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target,
-               const std::optional<std::string>& dialect) {
+void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target, const std::optional<std::string>& dialect,
+               const TTaskMarks& marks) {
   cfgReset();
   cfgSetStr(kVersionKey, kVersion);
   WriteSide(kReference, reference);
   WriteSide(kTarget, target);
   if (dialect) cfgSetStr(kDialectKey, *dialect);
+  if (marks.colour != ETaskColour::None) cfgSetStr(kColourKey, ColourWord(marks.colour));
+  if (marks.confirm_database) cfgSetBool(kConfirmKey, true);
   const std::string bytes = std::string(kTaskMagic) + PackTask(cfgText());
   WriteFileText(path, bytes, false, kOwnerOnly);
 }

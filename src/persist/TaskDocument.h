@@ -7,6 +7,7 @@
 #include <string>
 
 #include "persist/EngineTable.h"
+#include "persist/TaskMarks.h"
 
 namespace velmora {
 
@@ -30,6 +31,7 @@ class TTaskReader {
   TTaskSide Reference() const;  // also "StrToEngine error"
   TTaskSide Target() const;
   std::optional<std::string> Dialect() const;  // the word that stands for it; what it means is not this file's affair
+  TTaskMarks Marks() const;                    // raises for a colour that there is not
 };
 
 // The engine of a side, not connected. Raises as MakeEngine does.
@@ -39,16 +41,17 @@ struct TTaskValues {
   TTaskSide reference;
   TTaskSide target;
   std::optional<std::string> dialect{};
+  TTaskMarks marks{};
 };
 
 // A whole file as values, for showing it: nothing is made of them.
 TTaskValues ReadTaskValues(const std::string& path);
 
-// Writes both connections, and the word of the dialect where there is one, to the file, in one step and readable for
-// its owner alone. Raises "StrEngine error" for the script engine, "SaveTask: Unhandled engine " and the name for an
-// engine that a task cannot hold on its side, the path store's error for a value that XML cannot hold, and "Cannot
-// write %s: %s". The old file is then as it was.
+// Writes both connections, the word of the dialect where there is one and the marks that are set to the file, in one
+// step and readable for its owner alone. Raises "StrEngine error" for the script engine, "SaveTask: Unhandled engine "
+// and the name for an engine that a task cannot hold on its side, the path store's error for a value that XML cannot
+// hold, and "Cannot write %s: %s". The old file is then as it was.
 void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target,
-               const std::optional<std::string>& dialect = {});
+               const std::optional<std::string>& dialect = {}, const TTaskMarks& marks = {});
 
 }  // namespace velmora

@@ -35,6 +35,7 @@ void TTaskFile::CloseTask() {
   connections_.reference.reset();
   connections_.target.reset();
   Dialect.reset();
+  Marks = {};
   host_.ShowTask(false);
 }
 
@@ -46,6 +47,7 @@ void TTaskFile::OpenTask(std::string path) {
   const TTaskReader reader(path);
   host_.CheckDialect(reader.Dialect());
   Dialect = reader.Dialect();
+  Marks = reader.Marks();
   connections_.reference = MakeTaskEngine(reader.Reference(), clients_);
   connections_.target = MakeTaskEngine(reader.Target(), clients_);
   ConnectSide("Reference", *connections_.reference);
@@ -56,7 +58,7 @@ void TTaskFile::OpenTask(std::string path) {
 
 void TTaskFile::SaveTask(const std::string& path) {
   if (!connections_.reference || !connections_.target) RaiseError(kNothingToSave);
-  WriteTask(path, *connections_.reference, *connections_.target, Dialect);
+  WriteTask(path, *connections_.reference, *connections_.target, Dialect, Marks);
   TaskIsUnsaved = false;
   TaskFileName = path;
   host_.RecentAdd(path);

@@ -37,6 +37,7 @@ class TTaskFile {
   bool TaskIsUntitled = false;         // the next save asks for a name. Deliberate: only OpenTask clears it
   bool TaskIsUnsaved = false;          // Deliberate: nothing sets it, so closing asks nothing
   std::optional<std::string> Dialect;  // of the open task, by its word: read with it, saved with it
+  TTaskMarks Marks;                    // likewise
 
   // Frees both connections and hides the task. With TaskIsUnsaved the user is asked first, and an answer of no raises
   // "Cancelled task closing".

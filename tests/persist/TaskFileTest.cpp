@@ -97,6 +97,26 @@ TEST_F(TaskFileTest, WhatATaskSaysComesBackAsItWas) {
   }
 }
 
+TEST_F(TaskFileTest, MarksAreThereWhereTheyAreSet) {
+  WriteSample();
+  const std::string plain = Xml();
+  for (const auto& [marks, added] :
+       {std::pair(TTaskMarks{}, ""),
+        {TTaskMarks{ETaskColour::Red, true}, "<colour>red</colour><confirm_database>Y</confirm_database>"},
+        {TTaskMarks{ETaskColour::Purple, false}, "<colour>purple</colour>"}}) {
+    WriteTask(path_, *NewMySQL("r"), *NewMySQL("t"), {}, marks);
+    EXPECT_EQ(Xml(), std::string(plain).insert(plain.find("</root>"), added));
+    EXPECT_EQ(ReadTaskValues(path_).marks, marks);
+  }
+  server_->AddColumn("show tables", {});
+  WriteTask(path_, *NewMySQL("r"), *NewMySQL("t"), {}, {ETaskColour::Blue, true});
+  task_.OpenTask(path_);
+  task_.SaveTask(path_);
+  EXPECT_EQ(ReadTaskValues(path_).marks, (TTaskMarks{ETaskColour::Blue, true}));
+  task_.CloseTask();
+  EXPECT_FALSE(task_.Marks.Any());
+}
+
 // Deliberate: what tells the two kinds of text apart is the separator alone, so a delimited source without one comes
 // back as one of fixed width.
 TEST_F(TaskFileTest, TextWithoutASeparatorIsOfFixedWidth) {
