@@ -52,6 +52,7 @@ struct TDialectTraits {
   bool applies_statements = false;  // files are read with their statements on tables applied, as a server would
   bool connects_target = false;     // a comparison leaves a target that a script can run on
   bool tells_result = false;        // comparing again after a run tells what it has reached
+  bool asks_before_run = false;     // a run is always asked about, as what it can lose is known of any text
   bool aligned_texts = false;       // the texts of a table are read side by side, line by line
 };
 

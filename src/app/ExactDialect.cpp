@@ -20,6 +20,7 @@ constexpr TDialectTraits kTraits = {.has_findings = true,
                                     .applies_statements = true,
                                     .connects_target = true,
                                     .tells_result = true,
+                                    .asks_before_run = true,
                                     .aligned_texts = true};
 
 std::string UnsafeLine(const TChange& change) { return change.table + ": " + change.LogText() + ": " + change.unsafe; }

@@ -1,11 +1,14 @@
 #include "app/SideNames.h"
 
+#include "app/ServerVersion.h"
+
 #include "core/CreationTexts.h"
 #include "core/Engines.h"
 #include "engines/mysql/OfflineEngine.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/MySqlFacts.h"
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -13,6 +16,7 @@ namespace {
 
 constexpr char kNotComparable[] =
     "%s cannot be compared: a reference has to be a MySQL server or a file of creation texts that ends in .sql";
+constexpr char kNoTarget[] = "%s cannot become the target: scripts change MySQL databases alone";
 constexpr char kEmptyReference[] = "%s has no tables: made equal to it, the target would lose all of its own";
 
 }  // namespace
@@ -53,6 +57,22 @@ void CheckComparable(TDBConn& reference) {
   } catch (const EAbstractError&) {
   }
   RaiseError(Format(kNotComparable, SideName(reference)));
+}
+
+std::string SwapObstacle(TDBConn& reference) {
+  return reference.GetEngine() == kEngineMySQL ? std::string() : Format(kNoTarget, SideName(reference));
+}
+
+// A version reads "8.0.36-0ubuntu1" or "10.11.4-MariaDB-1:10.11.4+maria~ubu2204".
+std::string ServerText(TDBConn& conn) {
+  try {
+    if (const std::optional<TServerVersion> version = ServerVersionOf(conn)) return version->Text();
+    std::string engine;
+    StrEngine(conn.GetEngine(), engine);
+    return engine;
+  } catch (const EVelmora&) {  // what a server is called must not keep anybody from working with it
+    return {};
+  }
 }
 
 std::string EmptyReferenceText(TDBConn& reference) { return Format(kEmptyReference, SideName(reference)); }

@@ -24,6 +24,12 @@ std::string SocketOf(TDBConn& conn);
 // Raises for a reference that no comparison can read truthfully: one that gives no creation texts.
 void CheckComparable(TDBConn& reference);
 
+// Why the two sides cannot change places; empty where they can.
+std::string SwapObstacle(TDBConn& reference);
+
+// "MariaDB 10.11.4"; of engines without a server to ask their name. Empty for a server that does not answer.
+std::string ServerText(TDBConn& conn);
+
 // What to say of a reference without tables, before anything is made of it.
 std::string EmptyReferenceText(TDBConn& reference);
 

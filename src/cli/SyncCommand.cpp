@@ -18,7 +18,7 @@ namespace velmora {
 
 namespace {
 
-constexpr char kEnding[] =
+constexpr char kHowRunsEnd[] =
     "\nCtrl+C ends the run after the running statement, as SIGTERM and SIGHUP do; a second one breaks that statement "
     "off.\nEither way what the transaction still holds is rolled back, and the report says what is in force.\n";
 constexpr int kLongestRowCheck = 86400;  // seconds
@@ -96,7 +96,7 @@ void TSyncCommand::Declare(CLI::App& app) {
       ->excludes(app.get_option("--verify-on-server"))
       ->excludes(app.get_option("--via-server"));
   options_.DeclarePair(app);
-  app.footer(kEnding + app.get_footer());
+  app.footer(kHowRunsEnd + app.get_footer());
 }
 
 // Before anything is compared: whether the name can be had at all, and the one that was given fits.

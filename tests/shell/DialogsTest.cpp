@@ -48,7 +48,7 @@ namespace velmora {
 
 namespace {
 
-using testing::ElementsAre;
+using ::testing::ElementsAre;
 
 // Options as they are kept.
 class TKeptOptions : public TOptionStore {

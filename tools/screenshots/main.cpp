@@ -110,6 +110,22 @@ void TakeDialog(TDesktopRig& rig, const TCamera& camera, const char* command, co
   rig.Trigger(command);
 }
 
+// A task of a target that matters: its colour, and the question before a run.
+void TakeMarks(TDesktopRig& rig, const TCamera& camera) {
+  WhenModal([&](QWidget* dialog) {
+    Child<QComboBox>(*dialog, "cColour")->setCurrentIndex(static_cast<int>(ETaskColour::Red));
+    Child<QAbstractButton>(*dialog, "chkConfirmDatabase")->setChecked(true);
+    camera.Take(*dialog, "task-marks");
+    Click(*dialog, "butOK");
+  });
+  rig.Trigger("acTaskMarks");
+  WhenModal([&](QWidget* question) {
+    camera.TakeBoth(rig.Main(), *question, "marked-question");
+    question->close();
+  });
+  rig.Trigger("acSynchronize");
+}
+
 QPalette DarkPalette() {
   const QColor window(0x2b, 0x2d, 0x30);
   const QColor base(0x1e, 0x1f, 0x22);
@@ -165,6 +181,7 @@ void TakeAll(const TCamera& camera) {
   page->setCurrentIndex(2);
   camera.Take(rig.Main(), "exact-script");
 
+  TakeMarks(rig, camera);
   QApplication::setPalette(DarkPalette());
   rig.NewTask("shop_reference", "shop_target");
   TakeDifferences(rig, camera, "dark");

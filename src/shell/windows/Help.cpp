@@ -24,7 +24,7 @@ struct TPage {
   const char* title;
 };
 
-constexpr TPage kPages[] = {
+constexpr TPage kHelpPages[] = {
     {"index", "What Velmora does"},   {"task", "A new task"},
     {"analysis", "Analysis"},         {"differences", "Differences"},
     {"script", "The script"},         {"failed-run", "When a run fails"},
@@ -45,8 +45,8 @@ QUrl Address(const TPage& page) { return QUrl(QStringLiteral("qrc:/help/%1.html"
 
 int RowOf(const QUrl& source) {
   const auto* page =
-      std::ranges::find_if(kPages, [&](const TPage& row) { return source.path() == Address(row).path(); });
-  return page == std::end(kPages) ? 0 : static_cast<int>(page - kPages);
+      std::ranges::find_if(kHelpPages, [&](const TPage& row) { return source.path() == Address(row).path(); });
+  return page == std::end(kHelpPages) ? 0 : static_cast<int>(page - kHelpPages);
 }
 
 // Pictures in a page are icons of the set, in the colours of the moment.
@@ -68,7 +68,7 @@ TfmHelp::TfmHelp(QWidget* parent) : QMainWindow(parent, Qt::Window) {
   pages_ = new QListWidget;
   pages_->setObjectName(QStringLiteral("lsPages"));
   pages_->setSpacing(3);
-  for (const TPage& page : kPages) pages_->addItem(ToQt(page.title));
+  for (const TPage& page : kHelpPages) pages_->addItem(ToQt(page.title));
   text_ = new TPageView;
   text_->setObjectName(QStringLiteral("tbText"));
   text_->setOpenExternalLinks(false);
@@ -113,7 +113,7 @@ void TfmHelp::AddCommands() {
   Handle(shut, &QAction::triggered, this, [this] { close(); });
 }
 
-void TfmHelp::ShowRow(int row) { text_->setSource(Address(kPages[row])); }
+void TfmHelp::ShowRow(int row) { text_->setSource(Address(kHelpPages[row])); }
 
 // The list goes where links and history lead.
 void TfmHelp::FollowPage() {

@@ -16,6 +16,7 @@
 #include "app/SideNames.h"
 #include "core/Host.h"
 #include "persist/Settings.h"
+#include "shell/widgets/EmptyState.h"
 #include "shell/widgets/Icons.h"
 #include "shell/widgets/QtText.h"
 #include "shell/widgets/TopLevel.h"
@@ -37,8 +38,7 @@ constexpr char kTypedQuestion[] = "The script was edited and is not saved. Disca
 constexpr char kDialectHint[] = "%s: press F9 to analyze.";
 constexpr char kAdvice[] = "This server is %s.";
 constexpr char kAdviceButton[] = "Analyze in the %s";
-constexpr int kWidth = 1000;
-constexpr int kHeight = 700;
+constexpr double kFirstShare = 0.8;  // of the screen, for a window that has no place yet
 constexpr int kUnplaced = std::numeric_limits<int>::min();
 constexpr int kEdgeHeight = 24;
 constexpr QSize kFrame(8, kEdgeHeight + 8);  // what a window system draws around a window, about
@@ -89,7 +89,6 @@ TfmMain::TfmMain(TDesktopSetup setup) : setup_(std::move(setup)) {
   setObjectName(QStringLiteral("fmMain"));
   setWindowIcon(ProgramIcon());
   setContextMenuPolicy(Qt::NoContextMenu);  // nothing brings back a bar that was hidden by mistake
-  resize(kWidth, kHeight);
   MakeCommands();
   MakeRecentCommands();
   MakeExtras();
@@ -97,6 +96,7 @@ TfmMain::TfmMain(TDesktopSetup setup) : setup_(std::move(setup)) {
   MakeBars();
   MakeWorkArea();
   ConnectWorkArea();
+  PlaceFirst();
   ReadSettings();
 }
 
@@ -110,6 +110,13 @@ void TfmMain::ReadSettings() {
   ShowRecent();
   if (place.state == kWindowNormal && place.width > 0 && place.height > 0) PlaceAs(place);
   if (place.state == kWindowMaximised) setWindowState(Qt::WindowMaximized);
+}
+
+// Large enough for the contents, as far as the screen has room; where, the window system knows best.
+void TfmMain::PlaceFirst() {
+  const QRect available = screen()->availableGeometry();
+  const QSize wanted = (available.size() * kFirstShare).expandedTo(minimumSizeHint());
+  resize(OnScreen(wanted, available));
 }
 
 // A place that no screen has, or none at all, is left to the window system.
@@ -192,13 +199,12 @@ void TfmMain::ShowTask(bool active) {
     if (command.list == ECommandList::acTask) Command(command.name)->setEnabled(active);
   for (QWidget* widget : std::initializer_list<QWidget*>{barAnalyze_, panMain_, pnDetails_, splitter_})
     widget->setVisible(active);
-  lbNoTask_->setVisible(!active);
+  panNoTask_->setVisible(!active);
   for (const auto& [dialect, command] : acDialects_) command->setEnabled(active);
   if (!active) ClearWork();
   UpdateExecute();
   SetDialect(StoredDialect(task_->Dialect));
   ShowTitle(active);
-  ShowDialect();
   if (active) {
     app_->connections.reference->Connect();
     app_->connections.target->Connect();
@@ -211,6 +217,7 @@ void TfmMain::ShowTask(bool active) {
     barFind_->hide();
     said_.clear();
   }
+  ShowSides(active);
 }
 
 void TfmMain::ShowPage() {
@@ -264,6 +271,7 @@ void TfmMain::ShowRecent() {
     if (!used) continue;
     // The number is the mnemonic; a "&" in the path is none.
     const QString caption = ToQt(recent_.Caption(i));
+    panNoTask_->ShowRecent(i, ToQt(recent_.Path(i)));
     acRecent_[i]->setText(caption.left(1) + caption.mid(1).replace(QLatin1Char('&'), QLatin1String("&&")));
   }
 }

@@ -34,6 +34,8 @@ class TfmDump;
 class TfmOptions;
 class TfmProgress;
 class TfmTaskWiz;
+class TEmptyState;
+class TMarkBar;
 class TWindowLog;
 struct TWindowPlace;
 
@@ -90,6 +92,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
 
   // --- Extras
   void acDialect(const TDialectRow& dialect);  // of the open task
+  void acSwapSides();
+  void acTaskMarks();
 
   // --- acTask
   void acCloseTask();
@@ -113,6 +117,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void MakeMenus();
   void MakeBars();
   void MakeWorkArea();
+  QWidget* MakeEmptyState();
+  void MakeStatusBar();
   QWidget* MakeTreePanel();
   QWidget* MakeDetails();
   QWidget* MakeAdvice();
@@ -124,6 +130,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   // Start and end
   void FirstShow();
   void ReadSettings();
+  void PlaceFirst();
   void PlaceAs(const TWindowPlace& place);
   void WriteSettings();
   void Close();
@@ -137,6 +144,9 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void CheckDialect(const std::optional<std::string>& word) override { StoredDialect(word); }
   void ShowRecent();
   void ShowTitle(bool active);
+  void ShowSides(bool active);  // where the pair is told of beside its work: marks, servers, whether sides can swap
+  void ShowMarks(bool active);
+  void ShowServers(bool active);
   void ShowLog(const TStringList& lines);  // after what is to be known of the connections
   void ClearWork();                        // what a former pair left: tree, panels, log, script
   void ShowPage();                         // in place of the label that says that all is equal
@@ -166,6 +176,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   TDesktopSetup setup_;
   TConnectionNotes notes_;
   TStringList said_;  // by the connections of the open pair; a comparison may put others in their place
+  std::map<const TDBConn*, std::string> servers_;  // what the servers of the open pair are called, asked once
   TOptions options_;
   TRecentList recent_;
   std::unique_ptr<TForms> forms_;
@@ -182,10 +193,13 @@ class TfmMain final : public QMainWindow, private TTaskHost {
 
   // Components, owned by the window
   QToolBar* barAnalyze_ = nullptr;
-  QLabel* lbNoTask_ = nullptr;
   QWidget* barAdvice_ = nullptr;
   QLabel* lbAdvice_ = nullptr;
   QPushButton* bnAdvice_ = nullptr;
+  TEmptyState* panNoTask_ = nullptr;
+  TMarkBar* barMark_ = nullptr;
+  QLabel* sbReference_ = nullptr;
+  QLabel* sbTarget_ = nullptr;
   QLabel* sbDialect_ = nullptr;
   QWidget* panMain_ = nullptr;
   QLabel* lbEqual_ = nullptr;

@@ -5,10 +5,8 @@
 #include <QPlainTextEdit>
 #include <QStatusBar>
 #include <QUrl>
-#include <algorithm>
 
 #include "app/RunTelling.h"
-#include "app/SideNames.h"
 #include "core/Host.h"
 #include "shell/widgets/QtText.h"
 #include "shell/widgets/TopLevel.h"
@@ -20,7 +18,6 @@
 #include "shell/windows/Progress.h"
 #include "shell/windows/TaskWiz.h"
 #include "util/Addresses.h"
-#include "util/Counted.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -31,13 +28,7 @@ namespace velmora {
 namespace {
 
 constexpr char kScriptFilter[] = "MySQL script|*.sql";
-constexpr char kRunQuestion[] = "Run %s on %s?";
-constexpr char kUnsafeQuestion[] = "\n\n%s of this script can lose data:";
-constexpr char kRowsQuestion[] = "Rows of the target stand in the way of the script, or could not be checked:";
-constexpr int kRowCheckSeconds = 30;  // for each question
-constexpr std::size_t kListedUnsafe = 12;
-constexpr qsizetype kUnsafeLetters = 200;
-constexpr char kHelpFile[] = "Help.chm";
+constexpr char kHelp[] = "Help.chm";
 constexpr char kSupportSubject[] = "%s support question";
 
 // Keeps a command from being used while it runs.
@@ -63,15 +54,6 @@ class TFrozen {
  private:
   TSqlEdit& edit_;
 };
-
-// As many lines as a question has room for.
-std::string Listing(const TStringList& lines) {
-  std::string text;
-  for (std::size_t i = 0; i < std::min(lines.size(), kListedUnsafe); ++i)
-    text += "\n- " + FromQt(Shortened(ToQt(lines[i]), kUnsafeLetters));
-  if (lines.size() > kListedUnsafe) text += Format("\n(and %d more)", lines.size() - kListedUnsafe);
-  return text;
-}
 
 }  // namespace
 
@@ -148,23 +130,6 @@ void TfmMain::acSynchronize() {
   TellRun();
 }
 
-bool TfmMain::MayRun(const std::string& script) {
-  const TStringList unsafe = app_->Dialect().UnsafeStatements(script);
-  if (unsafe.empty() && ScriptOf() != EScriptOf::User) return true;
-  std::string question =
-      Format(kRunQuestion, Counted(app_->Dialect().Statements(script).statements.size(), "statement"),
-             SideName(*app_->connections.target));
-  if (unsafe.empty()) return ConfirmYes(question);
-  question += Format(kUnsafeQuestion, Counted(unsafe.size(), "change"));
-  return ConfirmYes(question + Listing(unsafe));
-}
-
-bool TfmMain::RowsAllow() {
-  TStringList lines;
-  for (const TRowFinding& finding : app_->Dialect().CheckRows(kRowCheckSeconds)) lines.push_back(finding.text);
-  return lines.empty() || ConfirmYes(kRowsQuestion + Listing(lines) + "\n\nRun the script nevertheless?");
-}
-
 void TfmMain::acDialect(const TDialectRow& dialect) {
   if (&dialect == &app_->Chosen()) return;
   if (!MayLoseScript()) return MarkDialect();
@@ -196,6 +161,7 @@ void TfmMain::acNewTask() {
   task_->TaskFileName = kUntitledTask;
   task_->TaskIsUntitled = true;
   task_->Dialect = DialectRow(kDefaultDialect).Stored();
+  task_->Marks = {};
   ShowTask(true);
   open.target->Connect();
 }
@@ -256,7 +222,7 @@ void TfmMain::acOptions() {
   SaveOptions();
 }
 
-void TfmMain::acHelp() { Host().ShellOpen(kHelpFile); }
+void TfmMain::acHelp() { Host().ShellOpen(kHelp); }
 
 void TfmMain::acAbout() {
   forms_->about.OnVisitWeb = [this] { acVisitWeb(); };

@@ -11,7 +11,9 @@
 #include <QStatusBar>
 #include <QVBoxLayout>
 
+#include "shell/widgets/EmptyState.h"
 #include "shell/widgets/Icons.h"
+#include "shell/widgets/MarkBar.h"
 #include "shell/widgets/Named.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/windows/Commands.h"
@@ -164,6 +166,8 @@ void TfmMain::MakeMenus() {
   tools->menuAction()->setVisible(false);  // Deliberate: its commands are reached by their shortcuts alone
   QMenu* extras = menu("E&xtras");
   for (const auto& [dialect, command] : acDialects_) extras->addAction(command);
+  AddCommands(*extras, {nullptr, "acSwapSides", "acTaskMarks"});
+  extras->setToolTipsVisible(true);  // which say why a command cannot be used
   AddCommands(*menu("&Help"),
               {"acHelp", "acInnoDBStatus", nullptr, "acVisitWeb", "acContactSupport", nullptr, "acAbout"});
 }
@@ -183,10 +187,11 @@ void TfmMain::MakeBars() {
 void TfmMain::MakeWorkArea() {
   auto* central = new QWidget;
   QVBoxLayout* column = Column(central);
-  lbNoTask_ = BoldLabel("lbNoTask", kNoTask);
+  barMark_ = Named(new TMarkBar, "barMark");
   panMain_ = Named(new QWidget, "panMain");
+  column->addWidget(barMark_);
   column->addWidget(MakeAdvice());
-  column->addWidget(lbNoTask_, 1);
+  column->addWidget(MakeEmptyState(), 1);
   column->addWidget(panMain_, 1);
 
   lbEqual_ = BoldLabel("lbEqual", kIdentical);
@@ -219,8 +224,7 @@ void TfmMain::MakeWorkArea() {
   barFind_ = new TFindBar;
   column->addWidget(barFind_);
   setCentralWidget(central);
-  sbDialect_ = Named(new QLabel, "sbDialect");
-  statusBar()->addPermanentWidget(sbDialect_);
+  MakeStatusBar();
 }
 
 QWidget* TfmMain::MakeAdvice() {
@@ -239,6 +243,27 @@ QWidget* TfmMain::MakeAdvice() {
   OnCommand(take, [this] { TakeAdvice(); });
   connect(bnAdvice_, &QPushButton::clicked, take, &QAction::trigger);
   return barAdvice_ = bar;
+}
+
+QWidget* TfmMain::MakeEmptyState() {
+  panNoTask_ =
+      new TEmptyState(BoldLabel("lbNoTask", kNoTask), {Command("acNewTask"), Command("acOpenTask"), acRecent_});
+  return panNoTask_;
+}
+
+void TfmMain::MakeStatusBar() {
+  const auto part = [this](const char* name, const char* what) {
+    auto* label = Named(new QLabel, name);
+    label->setAccessibleDescription(QLatin1String(what));
+    label->setToolTip(QLatin1String(what));
+    label->setTextFormat(Qt::PlainText);
+    label->hide();
+    statusBar()->addPermanentWidget(label);
+    return label;
+  };
+  sbReference_ = part("sbReference", "Server of the reference");
+  sbTarget_ = part("sbTarget", "Server of the target");
+  sbDialect_ = part("sbDialect", "How the databases are compared");
 }
 
 QWidget* TfmMain::MakeTreePanel() {

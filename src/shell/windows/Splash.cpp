@@ -15,9 +15,9 @@ namespace velmora {
 
 namespace {
 
-constexpr int kIconSize = 96;
+constexpr int kSplashIcon = 96;
 constexpr int kMargin = 32;
-constexpr double kTitleScale = 2.2;  // of the font around it
+constexpr double kSplashScale = 2.2;  // of the font around it
 
 }  // namespace
 
@@ -26,11 +26,11 @@ TfmSplash::TfmSplash() : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindow
   setWindowTitle(ToQt(kProgramTitle));
   setAttribute(Qt::WA_QuitOnClose, false);
   auto* icon = new QLabel;
-  icon->setPixmap(ProgramIcon().pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
+  icon->setPixmap(ProgramIcon().pixmap(QSize(kSplashIcon, kSplashIcon), devicePixelRatioF()));
   auto* title = new QLabel(ToQt(AppTitle()));
   title->setObjectName(QStringLiteral("lbTitle"));
   QFont font = title->font();
-  font.setPointSizeF(font.pointSizeF() * kTitleScale);
+  font.setPointSizeF(font.pointSizeF() * kSplashScale);
   font.setBold(true);
   title->setFont(font);
 

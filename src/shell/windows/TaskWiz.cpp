@@ -27,7 +27,7 @@ namespace {
 
 constexpr char kNext[] = "Next";
 constexpr char kFinish[] = "Finish";
-constexpr char kMySQL[] = "&Connection to MySQL database";
+constexpr char kMySQLEngine[] = "&Connection to MySQL database";
 constexpr int kWidthInLetters = 86;
 
 QFrame* NewLine() {
@@ -154,7 +154,7 @@ QVBoxLayout* TfmTaskWiz::NewPage(QWidget* page, const char* step, const char* he
 void TfmTaskWiz::MakeRefPage() {
   QVBoxLayout* rows = NewPage(tsRefConn_, "Step 1 of 2:", "Reference database",
                               "Database with which work database is compared and changed to match.");
-  cbLiveConn_ = Named(new QRadioButton(ToQt(kMySQL)), "cbLiveConn");
+  cbLiveConn_ = Named(new QRadioButton(ToQt(kMySQLEngine)), "cbLiveConn");
   cbScript_ = Named(new QRadioButton(ToQt("S&QL Creation Script")), "cbScript");
   rows->addWidget(cbLiveConn_);
   rows->addWidget(cbScript_);
@@ -172,7 +172,7 @@ void TfmTaskWiz::MakeRefPage() {
 void TfmTaskWiz::MakeTargetPage() {
   QVBoxLayout* rows = NewPage(tsTargetConn_, "Step 2 of 2:", "Target database",
                               "With this database we work. It is altered to match reference database.");
-  auto* live = Named(new QRadioButton(ToQt(kMySQL)), "cbTgtLiveConn");
+  auto* live = Named(new QRadioButton(ToQt(kMySQLEngine)), "cbTgtLiveConn");
   live->setChecked(true);
   rows->addWidget(live);
   rows->addLayout(Indented(frTgtConn_));

@@ -1,0 +1,60 @@
+// What the main window asks before a script runs.
+
+#include <algorithm>
+
+#include "app/SideNames.h"
+#include "core/Host.h"
+#include "shell/widgets/QtText.h"
+#include "shell/widgets/TopLevel.h"
+#include "shell/windows/Main.h"
+#include "shell/windows/RunQuestion.h"
+#include "util/Counted.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kRunQuestion[] = "Run %s on %s?";
+constexpr char kUnsafeQuestion[] = "\n\n%s of this script can lose data:";
+constexpr char kSafeScript[] = "\n\nNothing in it was found to lose data.";
+constexpr char kRowsQuestion[] = "Rows of the target stand in the way of the script, or could not be checked:";
+constexpr int kRowCheckSeconds = 30;  // for each question
+constexpr std::size_t kListedUnsafe = 12;
+constexpr qsizetype kUnsafeLetters = 200;
+
+// As many lines as a question has room for.
+std::string Listing(const TStringList& lines) {
+  std::string text;
+  for (std::size_t i = 0; i < std::min(lines.size(), kListedUnsafe); ++i)
+    text += "\n- " + FromQt(Shortened(ToQt(lines[i]), kUnsafeLetters));
+  if (lines.size() > kListedUnsafe) text += Format("\n(and %d more)", lines.size() - kListedUnsafe);
+  return text;
+}
+
+}  // namespace
+
+// Of what runs, whoever wrote it. A task that is marked so asks in every dialect.
+bool TfmMain::MayRun(const std::string& script) {
+  const TDialect& dialect = app_->Dialect();
+  const TTaskMarks& marks = task_->Marks;
+  const TStringList unsafe = app_->Dialect().UnsafeStatements(script);
+  const bool always = dialect.Traits().asks_before_run;
+  if (!always && !marks.confirm_database && unsafe.empty() && ScriptOf() != EScriptOf::User) return true;
+  TDBConn& target = *app_->connections.target;
+  const std::string statements = Counted(dialect.Statements(script).statements.size(), "statement");
+  TRunQuestion question{Format(kRunQuestion, statements, SideName(target)), {}, marks, DatabaseName(target)};
+  if (!unsafe.empty())
+    question.details = Format(kUnsafeQuestion, Counted(unsafe.size(), "change")) + Listing(unsafe);
+  else if (always)
+    question.details = kSafeScript;
+  return MayRunAfter(question, this);
+}
+
+bool TfmMain::RowsAllow() {
+  TStringList lines;
+  for (const TRowFinding& finding : app_->Dialect().CheckRows(kRowCheckSeconds)) lines.push_back(finding.text);
+  return lines.empty() || ConfirmYes(kRowsQuestion + Listing(lines) + "\n\nRun the script nevertheless?");
+}
+
+}  // namespace velmora

@@ -1,0 +1,70 @@
+#include "shell/windows/TaskMarksDialog.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QLabel>
+#include <QPixmap>
+#include <QPushButton>
+#include <cstddef>
+
+#include "shell/widgets/MarkBar.h"
+#include "shell/widgets/Named.h"
+#include "shell/widgets/TopLevel.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kPurpose[] =
+    "For a target that matters: the colour stands at the top of the window and in the question "
+    "before a run. Marks are kept when the task is saved.";
+constexpr int kSwatch = 16;
+
+QString ColourName(const char* word) {
+  QString name = QLatin1String(word);
+  name[0] = name[0].toUpper();
+  return name;
+}
+
+}  // namespace
+
+TfmTaskMarks::TfmTaskMarks(QWidget* parent)
+    : QDialog(parent),
+      colour_(Named(new QComboBox, "cColour")),
+      confirm_(Named(new QCheckBox(ToQt("Ask me to type the &database's name before a run")), "chkConfirmDatabase")) {
+  setObjectName(ToQt("fmTaskMarks"));
+  setWindowTitle(ToQt("Task"));
+  for (std::size_t i = 0; i < std::size(kTaskColours); ++i) {
+    const TMarkColours colours = ColoursOf(static_cast<ETaskColour>(i));
+    QPixmap swatch(kSwatch, kSwatch);
+    swatch.fill(colours.back.isValid() ? colours.back : QColor(Qt::transparent));
+    colour_->addItem(QIcon(swatch), ColourName(kTaskColours[i]));
+  }
+  auto* purpose = new QLabel(ToQt(kPurpose));
+  purpose->setWordWrap(true);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+  QPushButton* ok = Named(buttons->button(QDialogButtonBox::Ok), "butOK");
+  QPushButton* cancel = Named(buttons->button(QDialogButtonBox::Cancel), "butCancel");
+  ok->setDefault(true);
+  Handle(ok, &QPushButton::clicked, this, [this] { accept(); });
+  Handle(cancel, &QPushButton::clicked, this, [this] { reject(); });
+
+  auto* form = new QFormLayout(this);
+  form->addRow(purpose);
+  form->addRow(ToQt("&Colour"), colour_);
+  form->addRow(confirm_);
+  form->addRow(buttons);
+}
+
+bool TfmTaskMarks::Edit(TTaskMarks& marks) {
+  colour_->setCurrentIndex(static_cast<int>(marks.colour));
+  confirm_->setChecked(marks.confirm_database);
+  colour_->setFocus();
+  if (exec() != Accepted) return false;
+  marks = {static_cast<ETaskColour>(colour_->currentIndex()), confirm_->isChecked()};
+  return true;
+}
+
+}  // namespace velmora

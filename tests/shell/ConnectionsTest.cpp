@@ -1,0 +1,159 @@
+// The two databases of a task beside their comparison: marks of production, swapping, the status bar, and what the
+// window says while there are none.
+
+#include <QComboBox>
+#include <QPushButton>
+
+#include "persist/TaskPack.h"
+#include "shell/DesktopRig.h"
+#include "shell/widgets/MarkBar.h"
+#include "util/Files.h"
+
+namespace velmora {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::MatchesRegex;
+using ::testing::Not;
+using ::testing::StartsWith;
+using velmora::testing::TDesktopRig;
+using velmora::testing::TLiveDatabase;
+
+class ConnectionsTest : public ::testing::Test {
+ protected:
+  ConnectionsTest() : reference_("sides_ref"), target_("sides_tgt") { reference_.Run("create table t (a int)"); }
+
+  // Marks the open task by its dialog.
+  void Mark(ETaskColour colour, bool confirm) {
+    WhenModal([=](QWidget* dialog) {
+      Child<QComboBox>(*dialog, "cColour")->setCurrentIndex(static_cast<int>(colour));
+      Child<QAbstractButton>(*dialog, "chkConfirmDatabase")->setChecked(confirm);
+      Click(*dialog, "butOK");
+    });
+    rig_.Trigger("acTaskMarks");
+  }
+  std::string LabelText(const char* name) { return FromQt(rig_.Find<QLabel>(name)->text()); }
+
+  TLiveDatabase reference_;
+  TLiveDatabase target_;
+  TDesktopRig rig_;
+};
+
+TEST_F(ConnectionsTest, MarksAreShownAndKeptWithTheTask) {
+  rig_.NewTask("sides_ref", "sides_tgt");
+  EXPECT_FALSE(rig_.Shown("barMark"));
+  Mark(ETaskColour::Orange, false);
+  EXPECT_TRUE(rig_.Shown("barMark"));
+  EXPECT_EQ(LabelText("barMark"), "Target: Database sides_tgt of server localhost");
+  EXPECT_EQ(rig_.Find<QLabel>("barMark")->palette().color(QPalette::Window), ColoursOf(ETaskColour::Orange).back);
+
+  rig_.host->chosen = rig_.folder / "marked.vlt";
+  rig_.Trigger("acSaveTaskAs");
+  rig_.Trigger("acCloseTask");
+  EXPECT_FALSE(rig_.Shown("barMark"));
+  rig_.Trigger("acOpenTask");
+  EXPECT_TRUE(rig_.Shown("barMark"));
+  rig_.NewTask("sides_ref", "sides_tgt");
+  EXPECT_FALSE(rig_.Shown("barMark")) << "a new task has none";
+}
+
+// Also in the standard dialect, which asks nothing of its own.
+TEST_F(ConnectionsTest, AMarkedTaskRunsWhenTheNameWasTyped) {
+  rig_.NewTask("sides_ref", "sides_tgt");
+  rig_.Trigger("acAnalyze");
+  Mark(ETaskColour::Red, true);
+  for (const auto& [typed, may] : {std::pair("Sides_tgt", false), {"sides_tgt ", false}, {"sides_tgt", true}}) {
+    WhenModal([&](QWidget* question) {
+      EXPECT_THAT(FromQt(question->property("text").toString()),
+                  StartsWith("Run 3 statements on database sides_tgt of server localhost?"));
+      EXPECT_TRUE(Child(*question, "barMark")->isVisible());
+      EXPECT_EQ(question->focusWidget(), Child(*question, "edDatabase"));
+      EXPECT_FALSE(Child(*question, "bnYes")->isEnabled());
+      QTest::keyClicks(question->focusWidget(), QLatin1String(typed));
+      EXPECT_EQ(Child(*question, "bnYes")->isEnabled(), may) << typed;
+      if (may)
+        Click(*question, "bnYes");
+      else
+        QTest::keyClick(question->focusWidget(), Qt::Key_Return);
+    });
+    rig_.Trigger("acSynchronize");
+    const auto engine = target_.NewEngine();
+    engine->Connect();
+    EXPECT_EQ(engine->TableExists("t"), may);
+  }
+}
+
+TEST_F(ConnectionsTest, TheSidesChangePlacesAndTheWorkIsGone) {
+  rig_.NewTask("sides_ref", "sides_tgt");
+  EXPECT_TRUE(rig_.Enabled("acSwapSides"));
+  rig_.Trigger("acAnalyze");
+  Mark(ETaskColour::Green, false);
+  const auto script = [this] { return rig_.Text("mScript"); };
+  EXPECT_THAT(script(), HasSubstr("CREATE TABLE `t`"));
+  const auto headings = [this] { return LabelText("pnRefH") + LabelText("pnTgtH"); };
+  const std::string before = headings();
+  rig_.Trigger("acSwapSides");
+  EXPECT_THAT(before, AllOf(HasSubstr("Reference: localhost.sides_ref"), HasSubstr("localhost.sides_tgt")));
+  EXPECT_THAT(headings(), AllOf(HasSubstr("Reference: localhost.sides_tgt"), HasSubstr("localhost.sides_ref")));
+  EXPECT_THAT(LabelText("barMark"), HasSubstr("sides_ref"));
+  EXPECT_THAT(script(), IsEmpty());
+  EXPECT_FALSE(rig_.Enabled("acSynchronize"));
+  target_.Run("create table of_target (a int)");
+  rig_.Trigger("acAnalyze");
+  EXPECT_THAT(script(), AllOf(HasSubstr("CREATE TABLE `of_target`"), HasSubstr("drop table t;")));
+
+  dynamic_cast<TSqlEdit&>(*rig_.Find<QWidget>("mScript")).SetBytes("select 1;");
+  dynamic_cast<TSqlEdit&>(*rig_.Find<QWidget>("mScript")).setModified(true);
+  EXPECT_THAT(rig_.Ask("acSwapSides", "No"), HasSubstr("Discard it?"));
+  EXPECT_THAT(headings(), HasSubstr("Reference: localhost.sides_tgt"));
+  EXPECT_EQ(script(), "select 1;");
+}
+
+TEST_F(ConnectionsTest, AReferenceThatNoScriptCanChangeStaysOne) {
+  WriteFileText(rig_.folder / "t.csv", "a\tb\r\n1\t2\r\n");
+  WriteFileText(
+      rig_.folder / "text.vlt",
+      std::string(kTaskMagic) +
+          PackTask("<root><version>1.0</version><reference_engine>Text</reference_engine><reference><folder>" +
+                   rig_.folder.Path() +
+                   "</folder><HDR>Y</HDR><separator>,</separator></reference><target_engine>MySQL</target_engine>"
+                   "<target><server>localhost</server><database>sides_tgt</database><username>root</username>"
+                   "<password/><port>0</port></target></root>"));
+  rig_.host->chosen = rig_.folder / "text.vlt";
+  rig_.Trigger("acOpenTask");
+  EXPECT_TRUE(rig_.Shown("panMain"));
+  EXPECT_FALSE(rig_.Enabled("acSwapSides"));
+  EXPECT_THAT(FromQt(rig_.Main().Command("acSwapSides")->toolTip()), HasSubstr("cannot become the target"));
+}
+
+TEST_F(ConnectionsTest, TheStatusBarNamesServersAndDialect) {
+  for (const char* part : {"sbReference", "sbTarget", "sbDialect"}) EXPECT_FALSE(rig_.Shown(part));
+  rig_.NewTask("sides_ref", "sides_tgt");
+  EXPECT_THAT(LabelText("sbReference"), MatchesRegex("Reference: (MariaDB|MySQL) [0-9.]+"));
+  EXPECT_THAT(LabelText("sbTarget"), MatchesRegex("Target: (MariaDB|MySQL) [0-9.]+"));
+  EXPECT_TRUE(rig_.Shown("sbDialect"));
+  rig_.Trigger("acCloseTask");
+  EXPECT_FALSE(rig_.Shown("sbTarget"));
+}
+
+TEST_F(ConnectionsTest, WithoutATaskTheWindowSaysWhatToDo) {
+  EXPECT_TRUE(rig_.Shown("lbNoTask"));
+  EXPECT_FALSE(rig_.Shown("bnRecent1"));
+  rig_.NewTask("sides_ref", "sides_tgt");
+  rig_.host->chosen = rig_.folder / "R&D.vlt";
+  rig_.Trigger("acSaveTaskAs");
+  rig_.Trigger("acCloseTask");
+  EXPECT_TRUE(rig_.Shown("bnRecent1"));
+  EXPECT_THAT(FromQt(rig_.Find<QPushButton>("bnRecent1")->text()), HasSubstr("R&&D.vlt"));
+  EXPECT_FALSE(rig_.Shown("bnRecent2"));
+  Click(rig_.Main(), "bnRecent1");
+  EXPECT_TRUE(rig_.Shown("panMain"));
+  rig_.Trigger("acCloseTask");
+  WhenModal([](QWidget* wizard) { Click(*wizard, "bnCancel"); });
+  Click(rig_.Main(), "bnNewTask");
+}
+
+}  // namespace
+}  // namespace velmora
