@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "app/LineDifference.h"
+#include "app/AlignedTexts.h"
 #include "app/ScriptRunner.h"
 #include "exact/compare/Collations.h"
 #include "exact/run/PairReader.h"
@@ -112,8 +112,8 @@ class TDialect {
   // --- Tables
   // The creation texts to show; empty for a side without the table.
   virtual void TableTexts(const std::string& table, std::string& reference, std::string& target) = 0;
-  // The lines of these two texts that differ by what the comparison counts.
-  virtual TLinePair MarkedLines(const std::string& /*reference*/, const std::string& /*target*/) const { return {}; }
+  // These two texts side by side, by what the comparison counts.
+  virtual TAlignedRows Aligned(const std::string& /*reference*/, const std::string& /*target*/) const { return {}; }
 
   // --- The script
   virtual std::map<int, std::string> UnsafeActions() const { return {}; }  // why any that is left may lose data, by id

@@ -103,8 +103,8 @@ void TExactDialect::TableTexts(const std::string& table, std::string& reference,
   target = sync.TargetText(table);
 }
 
-TLinePair TExactDialect::MarkedLines(const std::string& reference, const std::string& target) const {
-  return DifferingLines(reference, target, sync.Equivalences);
+TAlignedRows TExactDialect::Aligned(const std::string& reference, const std::string& target) const {
+  return AlignTexts(reference, target, sync.Equivalences);
 }
 
 std::map<int, std::string> TExactDialect::UnsafeActions() const {

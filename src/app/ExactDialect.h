@@ -32,7 +32,7 @@ class TExactDialect final : public TDialect {
   bool Reads(const std::string& table) override;
   // As the servers print them.
   void TableTexts(const std::string& table, std::string& reference, std::string& target) override;
-  TLinePair MarkedLines(const std::string& reference, const std::string& target) const override;
+  TAlignedRows Aligned(const std::string& reference, const std::string& target) const override;
   std::map<int, std::string> UnsafeActions() const override;
   TStringList UnsafeStatements(const std::string& script) override;
   std::vector<TRowFinding> CheckRows(int seconds) override { return sync.CheckRows(seconds); }

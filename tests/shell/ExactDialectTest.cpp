@@ -21,7 +21,7 @@ using ::testing::StartsWith;
 using velmora::testing::TDesktopRig;
 using velmora::testing::TLiveDatabase;
 
-constexpr int kDifferenceMark = 2;  // of the editor
+constexpr unsigned kDifferenceMarks = 0b1111000;  // of a panel: changed, new, obsolete, moved
 
 // A pair with an unsafe change (a narrower column), one that the standard dialect does not know (a comment), and tables
 // of which one text is much longer than the other.
@@ -57,7 +57,7 @@ class ExactDialectTest : public ::testing::Test {
     TStringList lines;
     TSqlEdit& edit = Panel(panel);
     for (int line = 0; line < edit.lines(); ++line)
-      if ((edit.markersAtLine(line) & (1U << kDifferenceMark)) != 0) lines.push_back(edit.LineBytes(line));
+      if ((edit.markersAtLine(line) & kDifferenceMarks) != 0) lines.push_back(edit.LineBytes(line));
     return lines;
   }
   std::string Synchronize(const char* answer) { return rig_.Ask("acSynchronize", answer); }
@@ -119,8 +119,8 @@ TEST_F(ExactDialectTest, WhatOneDialectFoundIsGoneInTheOther) {
   const auto expect_nothing = [this](const char* when) {
     SCOPED_TRACE(when);
     EXPECT_EQ(Tree().topLevelItemCount(), 0);
-    for (const char* editor : {"mScript", "mDDLref", "mDDLtgt"}) EXPECT_THAT(rig_.Text(editor), IsEmpty()) << editor;
-    EXPECT_THAT(MarkedLines("mDDLref"), IsEmpty());
+    for (const char* editor : {"mScript", "mDDLref", "mDDLtgt", "mDiffRef", "mDiffTgt"})
+      EXPECT_THAT(rig_.Text(editor), IsEmpty()) << editor;
     EXPECT_TRUE(rig_.Shown("page"));
   };
   const auto analyze = [this] {
@@ -141,42 +141,31 @@ TEST_F(ExactDialectTest, WhatOneDialectFoundIsGoneInTheOther) {
   expect_nothing("a new task");
 }
 
-TEST_F(ExactDialectTest, PanelsShowTheServersTextsWithMarkedLines) {
+TEST_F(ExactDialectTest, PanelsShowTheServersTextsSideBySide) {
   rig_.Trigger("acAnalyze");
   Focus("narrow");
   EXPECT_THAT(rig_.Text("mDDLref"), Not(HasSubstr("COMMENT=")));
-  EXPECT_THAT(MarkedLines("mDDLref"), IsEmpty());
+  EXPECT_FALSE(rig_.Shown("diffView"));
 
   Toggle();
   rig_.Trigger("acAnalyze");
   Focus("narrow");
-  EXPECT_THAT(rig_.Text("mDDLref"), HasSubstr("COMMENT='R&D'"));
-  EXPECT_THAT(MarkedLines("mDDLref"), ::testing::ElementsAre(HasSubstr("`c` varchar(5)"), HasSubstr("COMMENT='R&D'")));
-  EXPECT_THAT(MarkedLines("mDDLtgt"), ::testing::ElementsAre(HasSubstr("`c` varchar(50)"), StartsWith(")")));
-}
+  EXPECT_TRUE(rig_.Shown("diffView"));
+  EXPECT_FALSE(rig_.Shown("mDDLref"));
+  EXPECT_THAT(FromQt(rig_.Find<QLabel>("pnDiffRefH")->text()), HasSubstr("exact_ref"));
+  EXPECT_THAT(rig_.Text("mDiffRef"), HasSubstr("COMMENT='R&D'"));
+  EXPECT_THAT(MarkedLines("mDiffRef"), ::testing::ElementsAre(HasSubstr("`c` varchar(5)"), HasSubstr("COMMENT='R&D'")));
+  EXPECT_THAT(MarkedLines("mDiffTgt"), ::testing::ElementsAre(HasSubstr("`c` varchar(50)"), StartsWith(")")));
+  rig_.Trigger("acNextPlace");
+  EXPECT_THAT(FromQt(rig_.Find<QLabel>("lbPlaces")->text()), StartsWith("Place 1 of "));
 
-TEST_F(ExactDialectTest, PanelsScrollTogetherUpToTheEndOfEach) {
-  const auto bar = [this](const char* panel) { return Panel(panel).verticalScrollBar(); };
-  const auto show = [this] {
-    rig_.Trigger("acAnalyze");
-    Focus("tall");
-    QCoreApplication::processEvents();
-  };
-  show();
-  bar("mDDLref")->setValue(10);
-  EXPECT_EQ(bar("mDDLtgt")->value(), 0);  // not in the standard dialect
-
+  Panel("mDiffTgt").setFocus();
+  rig_.Trigger("acSelectAll");
+  EXPECT_EQ(FromQt(Panel("mDiffTgt").selectedText()), rig_.Text("mDiffTgt"));
+  QTest::keyClick(&Panel("mDiffTgt"), Qt::Key_F, Qt::ControlModifier);
+  EXPECT_TRUE(rig_.Shown("barFind"));
   Toggle();
-  show();
-  bar("mDDLref")->setValue(10);
-  EXPECT_EQ(bar("mDDLtgt")->value(), 10);
-  bar("mDDLtgt")->setValue(5);
-  EXPECT_EQ(bar("mDDLref")->value(), 5);
-  ASSERT_GT(bar("mDDLtgt")->maximum(), 10);
-  ASSERT_LT(bar("mDDLtgt")->maximum(), 200);
-  bar("mDDLref")->setValue(200);  // beyond the other's end, which must not pull it back
-  EXPECT_EQ(bar("mDDLref")->value(), 200);
-  EXPECT_EQ(bar("mDDLtgt")->value(), bar("mDDLtgt")->maximum());
+  EXPECT_TRUE(rig_.Shown("mDDLref"));
 }
 
 TEST_F(ExactDialectTest, UnsafeActionsAreAskedForAndTheRunIsAnalyzed) {

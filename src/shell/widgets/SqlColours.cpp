@@ -48,7 +48,10 @@ TSqlColours LightColours() {
           .brace = QColor(0xCF, 0xE3, 0xFF),
           .fault = QColor(0xC6, 0x28, 0x28),
           .fault_line = QColor(0xFF, 0xDC, 0xDC),
-          .difference_line = QColor(0xFF, 0xF1, 0xC9)};
+          .difference_line = QColor(0xFF, 0xF6, 0xDC),
+          .difference_letters = QColor(0xFF, 0xD9, 0x80),
+          .new_line = QColor(0xDF, 0xF3, 0xE0),
+          .obsolete_line = QColor(0xFB, 0xE3, 0xE1)};
 }
 
 TSqlColours DarkColours() {
@@ -60,7 +63,10 @@ TSqlColours DarkColours() {
           .brace = QColor(0x2F, 0x4B, 0x72),
           .fault = QColor(0xFF, 0x6B, 0x6B),
           .fault_line = QColor(0x5A, 0x22, 0x22),
-          .difference_line = QColor(0x4A, 0x3F, 0x1E)};
+          .difference_line = QColor(0x3B, 0x34, 0x1E),
+          .difference_letters = QColor(0x6E, 0x56, 0x16),
+          .new_line = QColor(0x1F, 0x3D, 0x28),
+          .obsolete_line = QColor(0x4B, 0x27, 0x2A)};
 }
 
 QColor Mixed(const QColor& a, const QColor& b, double part) {
@@ -80,6 +86,8 @@ TSqlColours SqlColours(const QPalette& palette) {
   colours.current_line.setAlphaF(0.06F);
   colours.margin = Mixed(paper, text, 0.04);
   colours.margin_text = Mixed(paper, text, 0.55);
+  colours.gap = Mixed(paper, text, 0.15);
+  colours.fold = Mixed(paper, text, 0.07);
   return colours;
 }
 

@@ -12,7 +12,8 @@ namespace velmora {
 // What an SQL editor is painted with.
 struct TSqlColours {
   QColor text = {}, paper = {}, keyword, string, number, comment, name;
-  QColor current_line = {}, margin = {}, margin_text = {}, brace, fault, fault_line, difference_line;
+  QColor current_line = {}, margin = {}, margin_text = {}, brace, fault, fault_line;
+  QColor difference_line, difference_letters, new_line, obsolete_line, gap = {}, fold = {};
 };
 
 TSqlColours SqlColours(const QPalette& palette);  // by whether its base is light or dark

@@ -17,7 +17,6 @@ constexpr int kMarkMargin = 1;
 constexpr int kMarkMarginWidth = 16;
 constexpr int kArrowMark = 0;
 constexpr int kLineMark = 1;
-constexpr int kDifferenceMark = 2;
 constexpr unsigned kBothMarks = (1U << kArrowMark) | (1U << kLineMark);
 
 }  // namespace
@@ -37,7 +36,6 @@ TSqlEdit::TSqlEdit(QWidget* parent)
   setMarginWidth(2, 0);
   markerDefine(RightArrow, kArrowMark);
   markerDefine(Background, kLineMark);
-  markerDefine(Background, kDifferenceMark);
   SendScintilla(SCI_SETSCROLLWIDTHTRACKING, 1UL);
   SendScintilla(SCI_SETSCROLLWIDTH, 1UL);
   setLexer(MakeSqlLexer(this));
@@ -99,11 +97,6 @@ void TSqlEdit::ClearMarks() {
 
 bool TSqlEdit::IsMarked(int line) const { return (markersAtLine(line) & kBothMarks) != 0; }
 
-void TSqlEdit::MarkDifferences(const std::vector<std::size_t>& lines) {
-  markerDeleteAll(kDifferenceMark);
-  for (const std::size_t line : lines) markerAdd(static_cast<int>(line), kDifferenceMark);
-}
-
 void TSqlEdit::changeEvent(QEvent* event) {
   QsciScintilla::changeEvent(event);
   if (event->type() == QEvent::PaletteChange && !applying_) ApplyColours();
@@ -126,7 +119,7 @@ void TSqlEdit::ApplyColours() {
   setMarkerForegroundColor(colours.fault, kArrowMark);
   setMarkerBackgroundColor(colours.fault, kArrowMark);
   setMarkerBackgroundColor(colours.fault_line, kLineMark);
-  setMarkerBackgroundColor(colours.difference_line, kDifferenceMark);
+  ColoursChanged(colours);
   applying_ = false;
   digits_ = 0;
   FitLineNumbers();

@@ -2,11 +2,11 @@
 
 #include <Qsci/qsciscintilla.h>
 
-#include <cstddef>
 #include <string>
-#include <vector>
 
 namespace velmora {
+
+struct TSqlColours;
 
 // An SQL editor: MySQL highlighting, line numbers, the current line, matching brackets, line marks. Its text is bytes:
 // what is loaded comes back unchanged even where it is no UTF-8. Colours follow the palette, light or dark.
@@ -26,10 +26,10 @@ class TSqlEdit : public QsciScintilla {
   void MarkLine(int line);
   void ClearMarks();
   bool IsMarked(int line) const;
-  void MarkDifferences(const std::vector<std::size_t>& lines);  // in place of earlier ones
 
  protected:
   void changeEvent(QEvent* event) override;
+  virtual void ColoursChanged(const TSqlColours& /*colours*/) {}  // those that it is painted with from here on
 
  private:
   void ApplyColours();

@@ -6,6 +6,7 @@
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QScreen>
+#include <QStackedWidget>
 #include <QStatusBar>
 #include <algorithm>
 #include <filesystem>
@@ -44,14 +45,6 @@ constexpr int kEdgeHeight = 24;
 constexpr QSize kFrame(8, kEdgeHeight + 8);  // what a window system draws around a window, about
 constexpr int kReachedWidth = 48;
 constexpr int kFarthest = 1 << 20;  // of a place that any screen can show
-
-// A "&" in the name is none that underlines what follows. A name that is too long for its half is read in the hint.
-void ShowHeading(QLabel& heading, const char* caption, TDBConn& conn) {
-  std::string name;
-  conn.GetDisplayName(name);
-  heading.setText(QLatin1String(caption) + ToQt(name).replace(QLatin1Char('&'), QLatin1String("&&")));
-  heading.setToolTip(ToQt(name).toHtmlEscaped());
-}
 
 QFont TextFont(const std::string& family, int size, QFont::StyleHint hint) {
   QFont font(ToQt(family));
@@ -145,8 +138,6 @@ void TfmMain::showEvent(QShowEvent* event) {
 void TfmMain::FirstShow() {
   script_ = std::make_unique<TScriptPort>(*mScript_, [this] { page_->setTabVisible(page_->indexOf(tsScript_), true); });
   log_ = std::make_unique<TWindowLog>(SystemClock(), forms_->progress, *mLog_);
-  mDDLref_->SetBytes({});
-  mDDLtgt_->SetBytes({});
   app_ = std::make_unique<TApplication>(forms_->progress, *script_, *log_, SystemClock());
   app_->tree.SetView(tlActions_);
   task_ = std::make_unique<TTaskFile>(app_->connections, static_cast<TTaskHost&>(*this), setup_.clients);
@@ -210,8 +201,7 @@ void TfmMain::ShowTask(bool active) {
     app_->connections.target->Connect();
     app_->Settle();
     ShowDialect();
-    ShowHeading(*pnRefH_, " &Reference: ", *app_->connections.reference);
-    ShowHeading(*pnTgtH_, " Tar&get: ", *app_->connections.target);
+    ShowSides();
     if (log_->Lines().empty()) ShowLog(app_->ChoiceLog());
   } else {
     barFind_->hide();
@@ -230,10 +220,7 @@ void TfmMain::ClearWork() {
   empty_allowed_ = false;
   script_->Clear();
   ScriptIs(EScriptOf::Nobody);
-  for (TSqlEdit* edit : {mDDLref_, mDDLtgt_}) {
-    edit->SetBytes({});
-    edit->MarkDifferences({});
-  }
+  ClearDetails();
   log_->SetLines({});
   AdviseDialect(nullptr);
   tlActions_->SetHint({});
@@ -357,18 +344,6 @@ void TfmMain::ShowResult() {
   Command("acDelAction")->setEnabled(rows);
 }
 
-void TfmMain::ShowTableDDL(const std::string& table) {
-  if (!app_->connections.reference || !app_->connections.target) return;
-  std::string reference;
-  std::string target;
-  app_->Dialect().TableTexts(table, reference, target);
-  mDDLref_->SetBytes(reference);
-  mDDLtgt_->SetBytes(target);
-  const TLinePair lines = app_->Dialect().MarkedLines(reference, target);
-  mDDLref_->MarkDifferences(lines.first);
-  mDDLtgt_->MarkDifferences(lines.second);
-}
-
 // What was found in one dialect cannot be shown or run in the other.
 void TfmMain::SetDialect(const TDialectRow& dialect) {
   MarkDialect();
@@ -415,10 +390,7 @@ void TfmMain::UpdateExecute() {
 
 void TfmMain::ShowFind() {
   if (!panMain_->isVisible() || !page_->isVisible()) return;
-  TSqlEdit* edit = nullptr;
-  for (TSqlEdit* candidate : {mScript_, mDDLref_, mDDLtgt_})
-    if (candidate->hasFocus()) edit = candidate;
-  if (edit == nullptr) edit = page_->currentWidget() == tsScript_ ? mScript_ : mDDLref_;
+  TSqlEdit* edit = page_->currentWidget() == tsScript_ ? mScript_ : DetailsEditor();
   if (edit->isVisible()) barFind_->Open(*edit);
 }
 

@@ -26,6 +26,7 @@
 class QLabel;
 class QPlainTextEdit;
 class QPushButton;
+class QStackedWidget;
 
 namespace velmora {
 
@@ -37,6 +38,7 @@ class TfmTaskWiz;
 class TEmptyState;
 class TMarkBar;
 class TWindowLog;
+class TDiffView;
 struct TWindowPlace;
 
 // The forms that the main window shows, all of which outlive it.
@@ -103,6 +105,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void acRunScript();
   void acSynchronize();
   void acDelAction();
+  void acNextPlace();
+  void acPreviousPlace();
   void acGenScript();
   void acDumpDB();
 
@@ -170,8 +174,14 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   bool RowsAllow();
   void RestoreFocus(QWidget* focused);
   void ShowResult();
-  void ShowTableDDL(const std::string& table);
   void ShowFind();
+
+  // Details: the texts of a table, beside the tree
+  void ShowSides();  // what the headings say
+  void ShowTableDDL(const std::string& table);
+  void ClearDetails();
+  void ShowDetailsOfDialect();
+  TSqlEdit* DetailsEditor() const;  // that has the focus, else the first one in view
 
   TDesktopSetup setup_;
   TConnectionNotes notes_;
@@ -188,7 +198,6 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   bool active_ = false;         // a task is shown
   bool empty_allowed_ = false;  // a reference without tables was agreed to, of the open pair
   EScriptOf script_of_ = EScriptOf::Nobody;
-  bool following_ = false;            // one panel scrolls because the other did
   const QAction* running_ = nullptr;  // the command that is under way
 
   // Components, owned by the window
@@ -209,11 +218,13 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   QWidget* tsScript_ = nullptr;
   QSplitter* splitter_ = nullptr;
   TActionTreeView* tlActions_ = nullptr;
-  QWidget* pnDetails_ = nullptr;
+  QStackedWidget* pnDetails_ = nullptr;
   QLabel* pnRefH_ = nullptr;
   QLabel* pnTgtH_ = nullptr;
   TSqlEdit* mDDLref_ = nullptr;
   TSqlEdit* mDDLtgt_ = nullptr;
+  QWidget* plainTexts_ = nullptr;
+  TDiffView* diff_ = nullptr;
   QPlainTextEdit* mLog_ = nullptr;
   TSqlEdit* mScript_ = nullptr;
   TFindBar* barFind_ = nullptr;

@@ -6,12 +6,13 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QShortcut>
+#include <QStackedWidget>
 #include <QStatusBar>
 #include <QVBoxLayout>
 
 #include "shell/widgets/EmptyState.h"
+#include "shell/widgets/Headings.h"
 #include "shell/widgets/Icons.h"
 #include "shell/widgets/MarkBar.h"
 #include "shell/widgets/Named.h"
@@ -44,43 +45,6 @@ QLabel* BoldLabel(const char* name, const char* text) {
   label->setAlignment(Qt::AlignCenter);
   return label;
 }
-
-QLabel* Heading(const char* name, const char* text, QWidget* buddy) {
-  QLabel* heading = Named(new QLabel(QLatin1String(text)), name);
-  heading->setBuddy(buddy);
-  heading->setTextFormat(Qt::PlainText);
-  heading->setContentsMargins(2, 4, 2, 2);
-  heading->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);  // a long name must not widen the window
-  return heading;
-}
-
-// Two halves side by side: the first gets half of the width, rounded down. Placed without a layout, which would not let
-// the window become narrower than a width once given to the first half.
-class THalves final : public QWidget {
- public:
-  THalves(QWidget* first, QWidget* second) : first_(first), second_(second) {
-    first->setParent(this);
-    second->setParent(this);
-  }
-
-  QSize sizeHint() const override { return Doubled(first_->sizeHint().expandedTo(second_->sizeHint())); }
-  QSize minimumSizeHint() const override {
-    return Doubled(first_->minimumSizeHint().expandedTo(second_->minimumSizeHint()));
-  }
-
- protected:
-  void resizeEvent(QResizeEvent* /*event*/) override {
-    const int half = width() / 2;
-    first_->setGeometry(0, 0, half, height());
-    second_->setGeometry(half, 0, width() - half, height());
-  }
-
- private:
-  static QSize Doubled(QSize half) { return {2 * half.width(), half.height()}; }
-
-  QWidget* first_;
-  QWidget* second_;
-};
 
 }  // namespace
 
@@ -270,25 +234,9 @@ QWidget* TfmMain::MakeTreePanel() {
   auto* panel = new QWidget;
   tlActions_ = new TActionTreeView;
   QVBoxLayout* column = Column(panel);
-  column->addWidget(Heading("pnActionsH", " &Sync actions", tlActions_));
+  column->addWidget(NewHeading("pnActionsH", " &Sync actions", tlActions_));
   column->addWidget(tlActions_, 1);
   return panel;
-}
-
-QWidget* TfmMain::MakeDetails() {
-  const auto half = [](const char* name, TSqlEdit* edit, QLabel* heading) {
-    auto* widget = Named(new QWidget, name);
-    QVBoxLayout* column = Column(widget);
-    column->addWidget(heading);
-    column->addWidget(edit, 1);
-    return widget;
-  };
-  mDDLref_ = Named(new TSqlEdit, "mDDLref");
-  mDDLtgt_ = Named(new TSqlEdit, "mDDLtgt");
-  pnRefH_ = Heading("pnRefH", " &Reference: ", mDDLref_);
-  pnTgtH_ = Heading("pnTgtH", " Tar&get: ", mDDLtgt_);
-  pnDetails_ = Named(new THalves(half("pnRef", mDDLref_, pnRefH_), half("pnTgt", mDDLtgt_, pnTgtH_)), "pnDetails");
-  return pnDetails_;
 }
 
 void TfmMain::ConnectWorkArea() {
@@ -299,18 +247,6 @@ void TfmMain::ConnectWorkArea() {
     if (node != nullptr) ShowTableDDL(node->parent != nullptr ? node->parent->text : node->text);
   });
   tlActions_->OnDeleteKey = [this] { Command("acDelAction")->trigger(); };
-  // Side by side, the texts of servers are read line by line.
-  const auto follow = [this](TSqlEdit* moved, TSqlEdit* other) {
-    connect(moved->verticalScrollBar(), &QScrollBar::valueChanged, this, [this, other](int value) {
-      // The shorter text stops at its end, and must not hold back the longer one.
-      if (following_ || !app_ || !app_->Dialect().Traits().aligned_texts) return;
-      following_ = true;
-      other->verticalScrollBar()->setValue(value);
-      following_ = false;
-    });
-  };
-  follow(mDDLref_, mDDLtgt_);
-  follow(mDDLtgt_, mDDLref_);
   connect(page_, &QTabWidget::currentChanged, barFind_, &QWidget::hide);  // it searches what is in view
   auto* find = new QShortcut(QKeySequence(QKeySequence::Find), this);
   Handle(find, &QShortcut::activated, this, [this] { ShowFind(); });
