@@ -81,6 +81,7 @@ void TfmMain::ShowSides() {
   TDBConn& target = *app_->connections.target;
   for (QLabel* heading : {pnRefH_, &diff_->Heading(kLeft)}) ShowHeading(*heading, kReferenceCaption, reference);
   for (QLabel* heading : {pnTgtH_, &diff_->Heading(kRight)}) ShowHeading(*heading, kTargetCaption, target);
+  ShowDetailsOfDialect();
 }
 
 void TfmMain::ShowTableDDL(const std::string& table) {
