@@ -202,7 +202,7 @@ void TfmMain::ShowTask(bool active) {
     app_->connections.target->Connect();
     app_->Settle();
     ShowDialect();
-    ShowSides();
+    ShowHeadings();
     if (log_->Lines().empty()) ShowLog(app_->ChoiceLog());
   } else {
     barFind_->hide();

@@ -177,7 +177,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void ShowFind();
 
   // Details: the texts of a table, beside the tree
-  void ShowSides();  // what the headings say
+  void ShowHeadings();  // what the headings say
   void ShowTableDDL(const std::string& table);
   void ClearDetails();
   void ShowDetailsOfDialect();

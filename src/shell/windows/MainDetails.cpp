@@ -76,7 +76,7 @@ QWidget* TfmMain::MakeDetails() {
   return pnDetails_;
 }
 
-void TfmMain::ShowSides() {
+void TfmMain::ShowHeadings() {
   TDBConn& reference = *app_->connections.reference;
   TDBConn& target = *app_->connections.target;
   for (QLabel* heading : {pnRefH_, &diff_->Heading(kLeft)}) ShowHeading(*heading, kReferenceCaption, reference);
