@@ -21,7 +21,7 @@ if(VELMORA_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
-# Compiles a target's sources all at once: where the headers of the window system, the test framework, JSON or the
+# Compiles a target's sources all at once: where the headers of the test framework, JSON or the
 # command line take longer to read than the source itself, it more than halves the work. Names in unnamed namespaces
 # must then differ within a folder. VELMORA_TOGETHER=OFF compiles each alone, as clang-tidy does.
 function(velmora_together target)

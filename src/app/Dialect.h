@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "app/AlignedTexts.h"
+#include "app/Difference.h"
 #include "app/ScriptRunner.h"
 #include "exact/compare/Collations.h"
 #include "exact/run/PairReader.h"
@@ -53,6 +54,7 @@ struct TDialectTraits {
   bool connects_target = false;     // a comparison leaves a target that a script can run on
   bool tells_result = false;        // comparing again after a run tells what it has reached
   bool asks_before_run = false;     // a run is always asked about, as what it can lose is known of any text
+  bool ticked_actions = false;      // it tells its differences, which are ticked or not: see Differences
   bool aligned_texts = false;       // the texts of a table are read side by side, line by line
 };
 
@@ -98,6 +100,8 @@ class TDialect {
   virtual bool Identical() const = 0;
   virtual const TStringList& ActionLog() const = 0;
   virtual TFindings Findings() const { return {}; }
+  // One for each action row of the last comparison, whether that is still there or not; of `ticked_actions` alone.
+  virtual std::vector<TDifference> Differences() const { return {}; }
   virtual std::vector<TRemark> Remarks(TDBConn* compared) const = 0;  // `compared`: what Compare gave, or null
   // Whether the reference, once compared, turned out to have no table: a dump that failed, more often than a wish. What
   // to say of it: EmptyReferenceText.
@@ -121,6 +125,8 @@ class TDialect {
   // planned "TABLE: ACTION: REASON", of any other "line N: STATEMENT: REASONS". Nothing need have been compared; where
   // a statement's cost hangs on a table's structure, a connected target is asked for it.
   virtual TStringList UnsafeStatements(const std::string& /*script*/) { return {}; }
+  // The statements of `script` that the last comparison planned for the actions that are left, in order.
+  virtual std::vector<TPlannedStatement> Planned(const std::string& /*script*/) const { return {}; }
   // What the target's rows say to the actions that are left, each asked for at most `seconds`, 0 for as long as it
   // takes.
   virtual std::vector<TRowFinding> CheckRows(int /*seconds*/) { return {}; }

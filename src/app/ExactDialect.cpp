@@ -21,6 +21,7 @@ constexpr TDialectTraits kTraits = {.has_findings = true,
                                     .connects_target = true,
                                     .tells_result = true,
                                     .asks_before_run = true,
+                                    .ticked_actions = true,
                                     .aligned_texts = true};
 
 std::string UnsafeLine(const TChange& change) { return change.table + ": " + change.LogText() + ": " + change.unsafe; }

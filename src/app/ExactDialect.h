@@ -25,6 +25,7 @@ class TExactDialect final : public TDialect {
   bool Identical() const override { return sync.Identical(); }
   const TStringList& ActionLog() const override { return sync.ActionLog; }
   TFindings Findings() const override;
+  std::vector<TDifference> Differences() const override;
   std::vector<TRemark> Remarks(TDBConn* compared) const override;
   bool ReferenceIsEmpty() const override { return sync.ReferenceIsEmpty(); }
   const std::string& TableUnderWay() const override { return sync.TableUnderWay(); }
@@ -35,6 +36,7 @@ class TExactDialect final : public TDialect {
   TAlignedRows Aligned(const std::string& reference, const std::string& target) const override;
   std::map<int, std::string> UnsafeActions() const override;
   TStringList UnsafeStatements(const std::string& script) override;
+  std::vector<TPlannedStatement> Planned(const std::string& script) const override;
   std::vector<TRowFinding> CheckRows(int seconds) override { return sync.CheckRows(seconds); }
   int VerifyOnServer(const TScratchPorts& ports) override { return sync.VerifyOnServer(ports); }
   void GenerateScript() override { sync.GenerateScript(parts_.editor, parts_.clock, parts_.use.note); }

@@ -13,7 +13,6 @@ namespace velmora {
 
 namespace {
 
-constexpr char kNothingFocused[] = "Please select action before deletion";
 constexpr char kNoSuchRow[] = "Can't locate action!";
 constexpr std::int64_t kNoRow = -1;
 

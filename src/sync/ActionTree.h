@@ -73,9 +73,11 @@ class TTreeUpdate {
   TActionTree& tree_;
 };
 
+inline constexpr char kNothingFocused[] = "Please select action before deletion";
+
 // Deletes what `focused` (null for none) stands for: its rows, its node, and the node of its table if no action is left
 // there; then calls `regenerate`, which makes the script follow. Actions do not depend on each other: no other row
-// goes. Raises "Please select action before deletion" and "Can't locate action!"; what was deleted till then is gone.
+// goes. Raises kNothingFocused and "Can't locate action!"; what was deleted till then is gone.
 void DeleteAction(const TActionNode* focused, TActionTree& tree, TdmData& data,
                   const std::function<void()>& regenerate);
 

@@ -31,6 +31,8 @@ class TActionTable {
   void Clear() { rows_.clear(); }
   bool Delete(int id) { return rows_.erase(id) != 0; }  // false when there is no such row
 
+  void Restore(const TActionRow& row) { rows_.insert_or_assign(row.id, row); }  // one that was deleted, in its place
+
   bool Empty() const { return rows_.empty(); }
   std::size_t Count() const { return rows_.size(); }
   const TActionRow* Find(int id) const;  // null when there is none

@@ -19,8 +19,6 @@ namespace {
 
 constexpr char kNamelessElement[] = "Table %s: \"%s\" has no name by which it could be changed";
 constexpr char kUnknownElement[] = "Table %s: \"%s\" is of a kind that cannot be changed";
-constexpr char kOptionsItem[] = "options";
-constexpr char kPartitioningItem[] = "partitioning";
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 

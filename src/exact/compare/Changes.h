@@ -14,14 +14,18 @@
 
 namespace velmora {
 
+// The items of changes of a table's options.
+inline constexpr char kOptionsItem[] = "options";
+inline constexpr char kPartitioningItem[] = "partitioning";
+
 struct TChange {
   int id = 0;  // of its action row; 0 until it has one
   TSyncAction action = saCreateTable;
   std::string table;
   EElement kind = EElement::Column;  // of what changes; for options and whole tables it says nothing
-  std::string item;                  // element's name; empty for whole tables; for options "options", "partitioning"
-  TElementText old_text;             // as the target has it; empty for what is new
-  TElementText new_text;             // as the reference has it; empty for what goes
+  std::string item;       // element's name; empty for whole tables; for options kOptionsItem, kPartitioningItem
+  TElementText old_text;  // as the target has it; empty for what is new
+  TElementText new_text;  // as the reference has it; empty for what goes
   std::shared_ptr<const TColumnText> old_column{};  // of columns, what these texts say; null for an empty one
   std::shared_ptr<const TColumnText> new_column{};
   std::optional<std::string> after;   // of columns that are placed: the column before it, empty for the first

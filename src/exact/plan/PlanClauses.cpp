@@ -24,7 +24,7 @@ bool IsColumnChange(const TChange& change) {
   return change.action == saAddColumn || change.action == saModifyColumn || change.action == saDropColumn;
 }
 bool IsPartitionChange(const TChange& change) {
-  return change.action == saChangeTableType && change.options.empty() && change.item == "partitioning";
+  return change.action == saChangeTableType && change.options.empty() && change.item == kPartitioningItem;
 }
 bool SetsOption(const TChange& change, std::string_view name) {
   return std::any_of(change.options.begin(), change.options.end(),

@@ -62,16 +62,6 @@ bool IsOneOf(const TToken& token, const Words& words) {
                      [&token](std::string_view word) { return IsKeyword(token, word); });
 }
 
-// The script may have passed through an editor.
-std::string WithPlainLineEnds(std::string_view text) {
-  std::string result;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
-    result += text[i] == '\r' ? '\n' : text[i];
-  }
-  return result;
-}
-
 class TScriptJudge {
  public:
   TScriptJudge(const std::vector<TPlanStatement>& plan, const TStructureOf& structure_of) : tables_(structure_of) {
@@ -334,6 +324,15 @@ TScriptJudge::TReasons TScriptJudge::Select() {
 }
 
 }  // namespace
+
+std::string WithPlainLineEnds(std::string_view text) {
+  std::string result;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
+    result += text[i] == '\r' ? '\n' : text[i];
+  }
+  return result;
+}
 
 std::vector<TStatementRisk> ScriptRisks(std::string_view script, const std::vector<TPlanStatement>& plan,
                                         const TStructureOf& structure_of) {

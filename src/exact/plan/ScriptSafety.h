@@ -20,6 +20,9 @@ struct TStatementRisk {
   std::vector<std::string> reasons;         // never empty
 };
 
+// With LF at every end of a line: a script may have passed through an editor.
+std::string WithPlainLineEnds(std::string_view text);
+
 // The creation text of a table as the target has it; nothing where that is not known.
 using TStructureOf = std::function<std::optional<std::string>(const std::string& table)>;
 

@@ -176,7 +176,7 @@ std::string TExactSync::NothingLeft() const {
 }
 
 bool TExactSync::TablesIdentical() const {
-  return data_.mtActions.Empty() && read_.skipped.empty() && read_.not_followed.empty();
+  return changes_.empty() && read_.skipped.empty() && read_.not_followed.empty();
 }
 
 bool TExactSync::Identical() const { return TablesIdentical() && read_.objects.empty(); }

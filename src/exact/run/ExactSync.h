@@ -42,7 +42,7 @@ class TExactSync {
   void Compare();
   void Forget();  // what was compared last
 
-  bool TablesIdentical() const;  // no action, and nothing was skipped or not followed
+  bool TablesIdentical() const;  // no action was found, and nothing was skipped or not followed
   bool Identical() const;        // and no other object differs
   const std::vector<TSkippedTable>& Skipped() const { return read_.skipped; }
   const TStringList& CaseTwins() const { return case_twins_; }           // see sync/CaseTwins.h
@@ -51,6 +51,10 @@ class TExactSync {
   const std::vector<TObjectDifference>& Objects() const { return read_.objects; }
   std::vector<TChange> Changes() const;  // those whose rows are still there
   std::vector<TPlanStatement> Plan() const;
+  const std::vector<TChange>& AllChanges() const { return changes_; }
+  const std::vector<TPlanStatement>& WholePlan() const { return plan_; }  // for all of them
+  const TSchema& Reference() const { return read_.reference.schema; }     // as it was read
+  const TSchema& Target() const { return read_.target.schema; }
   int DifferencesLeft() const { return differences_left_; }  // by the proof, for the whole plan
   std::string NothingLeft() const;  // what a proof says that leaves none: a skipped table is in no proof
   const std::string& TableUnderWay() const { return table_under_way_; }

@@ -140,6 +140,8 @@ void TfmMain::FirstShow() {
   script_ = std::make_unique<TScriptPort>(*mScript_, [this] { page_->setTabVisible(page_->indexOf(tsScript_), true); });
   log_ = std::make_unique<TWindowLog>(SystemClock(), forms_->progress, *mLog_);
   app_ = std::make_unique<TApplication>(forms_->progress, *script_, *log_, SystemClock());
+  differences_ = std::make_unique<TDifferenceList>(app_->data);
+  pnDifferences_->Show(differences_.get());
   app_->tree.SetView(tlActions_);
   task_ = std::make_unique<TTaskFile>(app_->connections, static_cast<TTaskHost&>(*this), setup_.clients);
   page_->setCurrentWidget(tsActions_);
@@ -164,6 +166,8 @@ void TfmMain::Close() {
                mScript_->DetachParser();
                app_->tree.SetView(nullptr);
                tlActions_->Cleared();
+               pnDifferences_->Show(nullptr);
+               differences_.reset();
                task_.reset();
                app_.reset();
                former_.clear();
@@ -195,6 +199,7 @@ void TfmMain::ShowTask(bool active) {
   for (const auto& [dialect, command] : acDialects_) command->setEnabled(active);
   if (!active) ClearWork();
   UpdateExecute();
+  UpdateTree();
   SetDialect(StoredDialect(task_->Dialect));
   ShowTitle(active);
   if (active) {
@@ -224,7 +229,7 @@ void TfmMain::ClearWork() {
   ClearDetails();
   log_->SetLines({});
   AdviseDialect(nullptr);
-  tlActions_->SetHint({});
+  ForgetTree();
   statusBar()->clearMessage();
 }
 
@@ -274,7 +279,9 @@ void TfmMain::Analyze() {
   RunGuarded(
       [&] {
         app_->tree.Clear();
-        tlActions_->SetHint({});
+        differences_->Clear();
+        pnDifferences_->Reload();
+        SetTreeHint({});
         AdviseDialect(nullptr);
         analyze->setEnabled(false);
         panMain_->setEnabled(false);
@@ -282,11 +289,13 @@ void TfmMain::Analyze() {
         log_->LogLine("Comparing...");
         Compare();
         AskAboutEmptyReference();
+        TakeDifferences();
         acGenScript();
         ShowLog(app_->Log());
         ShowDialect();
         page_->setCurrentWidget(tsActions_);
         ShowResult();
+        pnDifferences_->SelectFirst();
       },
       [&] {
         app_->tree.EndUpdate();
@@ -337,12 +346,14 @@ void TfmMain::RestoreFocus(QWidget* focused) {
 void TfmMain::ShowResult() {
   const bool identical = app_->Dialect().Identical();
   const bool rows = !app_->data.mtActions.Empty();
+  const bool found = rows || differences_->Count() > 0;
   lbEqual_->setVisible(identical);
   page_->setVisible(!identical);
   if (identical) barFind_->hide();
-  if (!identical && !rows) page_->setCurrentWidget(tsMessages_);  // which names the tables that could not be read
+  if (!identical && !found) page_->setCurrentWidget(tsMessages_);  // which names the tables that could not be read
   ScriptIs(rows ? EScriptOf::Analysis : EScriptOf::Nobody);
-  Command("acDelAction")->setEnabled(rows);
+  Command("acDelAction")->setEnabled(found);
+  UpdateTree();
 }
 
 // What was found in one dialect cannot be shown or run in the other.
@@ -351,13 +362,14 @@ void TfmMain::SetDialect(const TDialectRow& dialect) {
   if (app_->Chosen().id == dialect.id) return;
   app_->Choose(dialect.id);
   ClearWork();
-  tlActions_->SetHint(ToQt(Format(kDialectHint, dialect.caption)));
+  SetTreeHint(Format(kDialectHint, dialect.caption));
   page_->setCurrentWidget(tsActions_);
 }
 
 void TfmMain::MarkDialect() { acDialects_.at(StoredDialect(task_->Dialect).id)->setChecked(true); }
 
 void TfmMain::ShowDialect() {
+  ShowTree();
   sbDialect_->setVisible(active_);
   sbDialect_->setText(ToQt(app_->DialectLine()));
   sbDialect_->setToolTip(ToQt(app_->Chosen().hint));

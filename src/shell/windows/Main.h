@@ -13,11 +13,13 @@
 #include <vector>
 
 #include "app/Application.h"
+#include "app/DifferenceList.h"
 #include "persist/OptionStore.h"
 #include "persist/Options.h"
 #include "persist/RecentList.h"
 #include "persist/TaskFile.h"
 #include "shell/widgets/ActionTreeView.h"
+#include "shell/widgets/DifferenceTree.h"
 #include "shell/widgets/FindBar.h"
 #include "shell/widgets/ScriptPort.h"
 #include "shell/widgets/SqlEdit.h"
@@ -110,6 +112,14 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void acGenScript();
   void acDumpDB();
 
+  // --- acTask, where a dialect's actions are ticked
+  void acUndoTick();
+  void acRedoTick();
+  void acNextDifference();
+  void acPreviousDifference();
+  void acFilterActions();
+  void acFollow();  // between an action and its statement
+
  protected:
   void showEvent(QShowEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
@@ -174,6 +184,22 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   bool RowsAllow();
   void RestoreFocus(QWidget* focused);
   void ShowResult();
+
+  // The tree of differences (MainTree.cpp), in place of the tree of actions where the dialect's actions are ticked
+  void ConnectTree();
+  bool TicksActions() const { return app_->Dialect().Traits().ticked_actions; }
+  void ShowTree();                // the one that the dialect has
+  void FollowTree(bool follows);  // whether the tree of actions shows those of the task
+  void ForgetTree();              // what it shows is of a former pair
+  void TakeDifferences();         // of the comparison that has just ended
+  void SetTreeHint(const std::string& hint);
+  void Tick(const std::vector<std::size_t>& places, bool on);
+  void DeleteDifferences();
+  void Decide(const std::function<bool()>& decision);  // which tells whether it changed anything; the script follows
+  void UpdateTree();
+  void GoToDifference(bool forward);
+  void FollowAction();
+  void FollowStatement(std::size_t line);
   void ShowFind();
 
   // Details: the texts of a table, beside the tree
@@ -217,8 +243,10 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   QWidget* tsMessages_ = nullptr;
   QWidget* tsScript_ = nullptr;
   QSplitter* splitter_ = nullptr;
+  QLabel* pnActionsH_ = nullptr;
   TActionTreeView* tlActions_ = nullptr;
   QStackedWidget* pnDetails_ = nullptr;
+  TDifferenceTree* pnDifferences_ = nullptr;
   QLabel* pnRefH_ = nullptr;
   QLabel* pnTgtH_ = nullptr;
   TSqlEdit* mDDLref_ = nullptr;
@@ -233,6 +261,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   std::unique_ptr<TScriptPort> script_;
   std::unique_ptr<TWindowLog> log_;
   std::unique_ptr<TApplication> app_;
+  std::unique_ptr<TDifferenceList> differences_;
   std::unique_ptr<TTaskFile> task_;
   std::vector<TTaskConnections> former_;  // pairs that a new task took the place of
 };

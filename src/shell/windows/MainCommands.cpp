@@ -201,6 +201,7 @@ void TfmMain::acAnalyze() {
 }
 
 void TfmMain::acDelAction() {
+  if (TicksActions()) return DeleteDifferences();
   DeleteAction(tlActions_->FocusedNode(), app_->tree, app_->data, [this] { acGenScript(); });
 }
 
@@ -234,6 +235,7 @@ void TfmMain::acSelectAll() {
   QWidget* focused = QApplication::focusWidget();
   if (auto* memo = dynamic_cast<QPlainTextEdit*>(focused); memo != nullptr) memo->selectAll();
   if (auto* edit = dynamic_cast<TSqlEdit*>(focused); edit != nullptr) edit->selectAll();
+  if (auto* view = dynamic_cast<TDifferenceView*>(focused); view != nullptr) view->selectAll();
 }
 
 void TfmMain::acVisitWeb() { OpenURL(HomePage()); }

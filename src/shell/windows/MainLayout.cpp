@@ -124,7 +124,8 @@ void TfmMain::MakeMenus() {
   for (QAction* recent : acRecent_) files->addAction(recent);
   AddCommands(*files, {nullptr, "acExit"});
   AddCommands(*menu("&Script"), {"acLoadScriptFromFile", "acSaveScriptToFile"});
-  AddCommands(*menu("&Actions"), {"acDelAction", nullptr, "acSynchronize"});
+  AddCommands(*menu("&Actions"), {"acDelAction", "acUndoTick", "acRedoTick", nullptr, "acNextDifference",
+                                  "acPreviousDifference", "acFilterActions", "acFollow", nullptr, "acSynchronize"});
   QMenu* tools = menu("&Tools");
   AddCommands(*tools, {"acCreateDB", "acDumpDB", nullptr, "acOptions"});
   tools->menuAction()->setVisible(false);  // Deliberate: its commands are reached by their shortcuts alone
@@ -234,8 +235,12 @@ QWidget* TfmMain::MakeTreePanel() {
   auto* panel = new QWidget;
   tlActions_ = new TActionTreeView;
   QVBoxLayout* column = Column(panel);
-  column->addWidget(NewHeading("pnActionsH", " &Sync actions", tlActions_));
+  pnDifferences_ = new TDifferenceTree;
+  pnDifferences_->hide();
+  pnActionsH_ = NewHeading("pnActionsH", " &Sync actions", tlActions_);
+  column->addWidget(pnActionsH_);
   column->addWidget(tlActions_, 1);
+  column->addWidget(pnDifferences_, 1);
   return panel;
 }
 
@@ -247,6 +252,7 @@ void TfmMain::ConnectWorkArea() {
     if (node != nullptr) ShowTableDDL(node->parent != nullptr ? node->parent->text : node->text);
   });
   tlActions_->OnDeleteKey = [this] { Command("acDelAction")->trigger(); };
+  ConnectTree();
   connect(page_, &QTabWidget::currentChanged, barFind_, &QWidget::hide);  // it searches what is in view
   auto* find = new QShortcut(QKeySequence(QKeySequence::Find), this);
   Handle(find, &QShortcut::activated, this, [this] { ShowFind(); });

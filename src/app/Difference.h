@@ -1,0 +1,38 @@
+#pragma once
+
+// A difference that a comparison found, as whoever decides about it reads it.
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora {
+
+enum class EDifferenceState { New, Changed, Obsolete };
+enum class EDifferenceKind { Table, Column, Index, ForeignKey, Constraint, Options, Partitioning };
+
+struct TDifference {
+  int id = 0;  // of its action row
+  std::string table;
+  std::string item;  // empty for a whole table
+  EDifferenceKind kind = EDifferenceKind::Table;
+  EDifferenceState state = EDifferenceState::Changed;
+  std::string text;           // "Changed column total"
+  std::string detail;         // what changes, on one line: "varchar(300) -> varchar(255)"; may be empty
+  std::string unsafe;         // why it may lose data; empty for what is safe
+  std::size_t statement = 0;  // the first that makes it, counted from 0 in the script of all differences
+};
+
+// A statement of a script that the comparison planned.
+struct TPlannedStatement {
+  std::size_t start = 0;     // its bytes in the script, from 0
+  std::size_t end = 0;       // after the last one
+  std::vector<int> actions;  // ids of the actions that it serves
+};
+
+std::string_view StateWord(EDifferenceState state);  // "new", "changed", "obsolete"
+std::string_view KindWord(EDifferenceKind kind);     // "table", "foreign key", ...
+std::string_view KindTitle(EDifferenceKind kind);    // "Tables", "Foreign keys", ...
+
+}  // namespace velmora

@@ -1,0 +1,103 @@
+#pragma once
+
+// The differences of the last comparison as the user works on them: which are done and which are left, how they are
+// found and arranged. The rows of the action table follow, and with them script, questions and run.
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "app/Difference.h"
+#include "sync/Data.h"
+#include "util/Lists.h"
+
+namespace velmora {
+
+enum class EGrouping { ByTable, ByKind };
+enum class ESorting { ByName, ByRunning };
+
+struct TDifferenceGroup {
+  std::string title;                 // the table's name, or the kind of its differences
+  std::vector<std::size_t> members;  // their places, in order; never empty
+  bool alone = false;                // its only member is the whole table, and has no line of its own
+};
+
+// What a difference is to the script.
+enum class EDecision : char { Ticked, Unticked, Deleted };
+
+class TDifferenceList {
+ public:
+  explicit TDifferenceList(TdmData& data) : data_(data) {}  // which outlives this object
+
+  // --- The differences, at places from 0 in the order of their ids
+  // Takes what a comparison has found, whose rows are all there. What was unticked of the same pair and is found again
+  // stays unticked; nothing can be undone any more.
+  void Take(std::vector<TDifference> found);
+  void Clear();   // before the pair is compared again
+  void Forget();  // the pair is another one
+  std::size_t Count() const { return entries_.size(); }
+  const TDifference& At(std::size_t place) const { return entries_[place].difference; }
+  const TActionRow& Row(std::size_t place) const { return entries_[place].row; }  // there or not
+  EDecision Decision(std::size_t place) const { return entries_[place].decision; }
+  bool Ticked(std::size_t place) const { return Decision(place) == EDecision::Ticked; }
+  std::optional<std::size_t> PlaceOf(int id) const;
+
+  // --- Decisions. Each call is one step that can be undone; false when it changes nothing. Deleted ones stay deleted.
+  bool Tick(const std::vector<std::size_t>& places, bool on);
+  bool Delete(const std::vector<std::size_t>& places);
+  bool CanUndo() const { return done_ > 0; }
+  bool CanRedo() const { return done_ < steps_.size(); }
+  bool Undo();
+  bool Redo();
+
+  // --- What is shown
+  // Every word of `filter` has to stand in a difference's name, kind, state ("new", "changed", "obsolete", "unsafe") or
+  // in what changes; letter case does not count.
+  void SetFilter(const std::string& filter);
+  void Arrange(EGrouping grouping, ESorting sorting);
+  EGrouping Grouping() const { return grouping_; }
+  const std::vector<TDifferenceGroup>& Groups() const { return groups_; }
+  // "12 tables: 3 new, 1 obsolete, 8 changed; 4 unsafe", of all that is not deleted, then how many are unticked and how
+  // many are shown where these are not all; empty where there is none.
+  std::string Heading() const;
+
+ private:
+  struct TEntry {
+    TDifference difference;
+    TActionRow row;
+    std::string table;  // lower case
+    std::string item;
+    std::string words;  // that a filter looks in, lower case
+    EDecision decision = EDecision::Ticked;
+  };
+  struct TDecided {
+    std::size_t place = 0;
+    EDecision from = EDecision::Ticked;
+    EDecision to = EDecision::Ticked;
+  };
+  using TStep = std::vector<TDecided>;
+
+  static std::string Mark(const TEntry& entry);
+  bool Decide(const std::vector<std::size_t>& places, EDecision to);
+  void Set(std::size_t place, EDecision decision);
+  bool SameGroup(std::size_t a, std::size_t b) const;
+  std::vector<std::size_t> Ranks() const;
+  void Sort();
+  void Group();
+  bool Shown(const TEntry& entry) const;
+
+  TdmData& data_;
+  std::vector<TEntry> entries_;
+  std::unordered_set<std::string> unticked_;  // marks of what is to be unticked if it is found again
+  std::vector<TStep> steps_;
+  std::size_t done_ = 0;  // of the steps; the others can be done again
+  TStringList filter_;    // its words
+  EGrouping grouping_ = EGrouping::ByTable;
+  ESorting sorting_ = ESorting::ByName;
+  std::vector<std::size_t> sorted_;  // all places
+  std::vector<TDifferenceGroup> groups_;
+};
+
+}  // namespace velmora

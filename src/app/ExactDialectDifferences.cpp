@@ -1,0 +1,73 @@
+// What the exact dialect's comparison found, told one by one.
+
+#include <unordered_map>
+
+#include "app/ExactDialect.h"
+#include "app/ScriptSplitter.h"
+#include "exact/compare/ChangeText.h"
+#include "exact/plan/ScriptSafety.h"
+
+namespace velmora {
+
+namespace {
+
+EDifferenceKind KindOf(const TChange& change) {
+  if (SyncAction(change.action).WholeTable()) return EDifferenceKind::Table;
+  if (change.action == saChangeTableType)
+    return change.item == kPartitioningItem ? EDifferenceKind::Partitioning : EDifferenceKind::Options;
+  if (IsKey(change.kind)) return EDifferenceKind::Index;
+  if (change.kind == EElement::Column) return EDifferenceKind::Column;
+  return change.kind == EElement::ForeignKey ? EDifferenceKind::ForeignKey : EDifferenceKind::Constraint;
+}
+
+EDifferenceState StateOf(const TChange& change) {
+  if (change.action == saDropTable) return EDifferenceState::Obsolete;
+  if (change.action == saCreateTable) return EDifferenceState::New;
+  switch (SyncAction(change.action).icon) {
+    case kIconNew:
+      return EDifferenceState::New;
+    case kIconObsolete:
+      return EDifferenceState::Obsolete;
+    default:
+      return EDifferenceState::Changed;
+  }
+}
+
+// The first statement of each action, by id.
+std::unordered_map<int, std::size_t> FirstStatements(const std::vector<TPlanStatement>& plan) {
+  std::unordered_map<int, std::size_t> first;
+  for (std::size_t i = 0; i < plan.size(); ++i)
+    for (const int action : plan[i].actions) first.emplace(action, i);
+  return first;
+}
+
+}  // namespace
+
+std::vector<TDifference> TExactDialect::Differences() const {
+  const auto first = FirstStatements(sync.WholePlan());
+  std::vector<TDifference> differences;
+  differences.reserve(sync.AllChanges().size());
+  for (const TChange& change : sync.AllChanges()) {
+    const auto statement = first.find(change.id);
+    const std::string detail =
+        ChangeDetail(change, sync.Target().Find(change.table), sync.Reference().Find(change.table));
+    differences.push_back({change.id, change.table, change.item, KindOf(change), StateOf(change), change.LogText(),
+                           detail, change.unsafe, statement == first.end() ? 0 : statement->second});
+  }
+  return differences;
+}
+
+std::vector<TPlannedStatement> TExactDialect::Planned(const std::string& script) const {
+  const std::vector<TPlanStatement> plan = sync.Plan();
+  std::unordered_map<std::string, const TPlanStatement*> by_text;
+  for (const TPlanStatement& statement : plan) by_text.emplace(WithPlainLineEnds(statement.text), &statement);
+  std::vector<TPlannedStatement> planned;
+  for (const TScriptStatement& statement : SplitExactScript(script).statements) {
+    const auto found = by_text.find(WithPlainLineEnds(statement.text));
+    if (found == by_text.end()) continue;
+    planned.push_back({statement.start, statement.start + statement.text.size(), found->second->actions});
+  }
+  return planned;
+}
+
+}  // namespace velmora

@@ -1,0 +1,211 @@
+#include "shell/widgets/DifferenceModel.h"
+
+#include <algorithm>
+
+#include "shell/widgets/Icons.h"
+#include "shell/widgets/QtText.h"
+#include "shell/widgets/TopLevel.h"
+#include "sync/SyncActions.h"
+#include "util/Counted.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr quintptr kTop = 0;  // a member's line has the number of its group, from 1
+constexpr qsizetype kHintLetters = 1200;
+
+TActionIcon IconOf(const TDifference& difference) {
+  const bool table = difference.kind == EDifferenceKind::Table;
+  switch (difference.state) {
+    case EDifferenceState::New:
+      return table ? kIconNewTable : kIconNew;
+    case EDifferenceState::Obsolete:
+      return table ? kIconObsoleteTable : kIconObsolete;
+    default:
+      return kIconChanged;
+  }
+}
+
+// What its group does not say; whether it is new, changed or obsolete says the icon.
+QString NameBeside(const TDifference& difference, EGrouping grouping) {
+  const QString table = ToQt(difference.table);
+  const bool named = difference.kind != EDifferenceKind::Options && difference.kind != EDifferenceKind::Partitioning;
+  if (difference.kind == EDifferenceKind::Table) return table;
+  if (grouping == EGrouping::ByKind) return named ? table + QLatin1Char('.') + ToQt(difference.item) : table;
+  const QString kind = ToQt(KindWord(difference.kind));
+  return named ? kind + QLatin1Char(' ') + ToQt(difference.item) : kind;
+}
+
+QString FullName(const TDifference& difference) {
+  const QString text = ToQt(difference.text);
+  return difference.kind == EDifferenceKind::Table ? text : ToQt(difference.table) + QStringLiteral(": ") + text;
+}
+
+}  // namespace
+
+TDifferenceModel::TDifferenceModel(QObject* parent)
+    : QAbstractItemModel(parent), icons_{Icon(QStringLiteral("diff-new")),
+                                         Icon(QStringLiteral("diff-changed")),
+                                         Icon(QStringLiteral("diff-obsolete")),
+                                         Icon(QStringLiteral("diff-table")),
+                                         Icon(QStringLiteral("diff-table-new")),
+                                         Icon(QStringLiteral("diff-table-obsolete"))} {}
+
+void TDifferenceModel::Show(const TDifferenceList* list) {
+  beginResetModel();
+  list_ = list;
+  groups_ = list == nullptr ? std::vector<TDifferenceGroup>() : list->Groups();
+  endResetModel();
+}
+
+void TDifferenceModel::TicksChanged() {
+  const int rows = rowCount({});
+  if (rows == 0) return;
+  emit dataChanged(index(0, 0, {}), index(rows - 1, 0, {}), {Qt::CheckStateRole});
+  for (int row = 0; row < rows; ++row) {
+    const QModelIndex top = index(row, 0, {});
+    if (const int members = rowCount(top); members > 0)
+      emit dataChanged(index(0, 0, top), index(members - 1, 0, top), {Qt::CheckStateRole});
+  }
+}
+
+// --- Lines and what they stand for
+
+const TDifferenceGroup& TDifferenceModel::Group(const QModelIndex& line) const {
+  const auto place = line.internalId() == kTop ? static_cast<std::size_t>(line.row())
+                                               : static_cast<std::size_t>(line.internalId() - 1);
+  return groups_.at(place);
+}
+
+const TDifferenceGroup* TDifferenceModel::GroupOf(const QModelIndex& line) const {
+  if (!line.isValid() || line.internalId() != kTop || Group(line).alone) return nullptr;
+  return &Group(line);
+}
+
+std::optional<std::size_t> TDifferenceModel::PlaceOf(const QModelIndex& line) const {
+  if (!line.isValid() || GroupOf(line) != nullptr) return std::nullopt;
+  return Group(line).members.at(line.internalId() == kTop ? 0 : static_cast<std::size_t>(line.row()));
+}
+
+std::vector<std::size_t> TDifferenceModel::PlacesOf(const QModelIndex& line) const {
+  if (!line.isValid()) return {};
+  if (const TDifferenceGroup* group = GroupOf(line); group != nullptr) return group->members;
+  return {*PlaceOf(line)};
+}
+
+QModelIndex TDifferenceModel::LineOf(std::size_t place) const {
+  for (std::size_t i = 0; i < groups_.size(); ++i) {
+    const auto member = std::ranges::find(groups_[i].members, place);
+    if (member == groups_[i].members.end()) continue;
+    const QModelIndex top = index(static_cast<int>(i), 0, {});
+    return groups_[i].alone ? top : index(static_cast<int>(member - groups_[i].members.begin()), 0, top);
+  }
+  return {};
+}
+
+QModelIndex TDifferenceModel::index(int row, int column, const QModelIndex& parent) const {
+  if (column != 0 || row < 0 || row >= rowCount(parent)) return {};
+  return createIndex(row, column, parent.isValid() ? static_cast<quintptr>(parent.row()) + 1 : kTop);
+}
+
+QModelIndex TDifferenceModel::parent(const QModelIndex& line) const {
+  if (!line.isValid() || line.internalId() == kTop) return {};
+  return createIndex(static_cast<int>(line.internalId() - 1), 0, kTop);
+}
+
+int TDifferenceModel::rowCount(const QModelIndex& parent) const {
+  if (!parent.isValid()) return static_cast<int>(groups_.size());
+  const TDifferenceGroup* group = GroupOf(parent);
+  return group == nullptr ? 0 : static_cast<int>(group->members.size());
+}
+
+// --- What a line shows
+
+QVariant TDifferenceModel::data(const QModelIndex& line, int role) const {
+  if (!line.isValid() || list_ == nullptr) return {};
+  switch (role) {
+    case Qt::DisplayRole:
+      return Text(line);
+    case Qt::DecorationRole:
+      return Picture(line);
+    case Qt::CheckStateRole:
+      return Check(line);
+    case Qt::ToolTipRole:
+      return Hint(line);
+    case Qt::AccessibleTextRole:
+      return Spoken(line);
+    case kDetailRole:
+      return Detail(line);
+    case kUnsafeRole:
+      return Unsafe(line);
+    default:
+      return {};
+  }
+}
+
+QString TDifferenceModel::Text(const QModelIndex& line) const {
+  if (GroupOf(line) != nullptr) return ToQt(Group(line).title);
+  return NameBeside(list_->At(*PlaceOf(line)), list_->Grouping());
+}
+
+QString TDifferenceModel::Detail(const QModelIndex& line) const {
+  const auto place = PlaceOf(line);
+  return place ? ToQt(list_->At(*place).detail) : QString();
+}
+
+// Of a group, how many of it are unsafe: a group that is folded must not hide it.
+QString TDifferenceModel::Unsafe(const QModelIndex& line) const {
+  if (const auto place = PlaceOf(line)) return ToQt(list_->At(*place).unsafe);
+  const auto count = std::ranges::count_if(Group(line).members,
+                                           [this](std::size_t place) { return !list_->At(place).unsafe.empty(); });
+  return count == 0 ? QString() : ToQt(Counted(static_cast<std::size_t>(count), "unsafe action"));
+}
+
+QString TDifferenceModel::Hint(const QModelIndex& line) const {
+  const auto place = PlaceOf(line);
+  if (!place) return Unsafe(line).toHtmlEscaped();
+  const TDifference& difference = list_->At(*place);
+  QString hint = FullName(difference);
+  if (!difference.detail.empty()) hint += QLatin1Char('\n') + ToQt(difference.detail);
+  const QString texts = Shortened(ToQt(ShownLines(list_->Row(*place).description)), kHintLetters);
+  const QString shown = hint + QStringLiteral("\n\n") + texts;
+  return QStringLiteral("<p style='white-space:pre-wrap'>%1</p>").arg(shown.toHtmlEscaped());
+}
+
+QString TDifferenceModel::Spoken(const QModelIndex& line) const {
+  const auto place = PlaceOf(line);
+  QString text = place ? FullName(list_->At(*place)) : Text(line);
+  if (const QString detail = Detail(line); !detail.isEmpty()) text += QStringLiteral(", ") + detail;
+  const QString unsafe = Unsafe(line);
+  if (unsafe.isEmpty()) return text;
+  return text + (place ? QStringLiteral(", unsafe: ") : QStringLiteral(", ")) + unsafe;
+}
+
+QIcon TDifferenceModel::Picture(const QModelIndex& line) const {
+  if (const auto place = PlaceOf(line)) return icons_.at(static_cast<std::size_t>(IconOf(list_->At(*place))));
+  return list_->Grouping() == EGrouping::ByTable ? icons_.at(kIconTableWithChanges) : QIcon();
+}
+
+// --- Ticks
+
+Qt::CheckState TDifferenceModel::Check(const QModelIndex& line) const {
+  const std::vector<std::size_t> places = PlacesOf(line);
+  const auto ticked = std::ranges::count_if(places, [this](std::size_t place) { return list_->Ticked(place); });
+  if (ticked == 0) return Qt::Unchecked;
+  return static_cast<std::size_t>(ticked) == places.size() ? Qt::Checked : Qt::PartiallyChecked;
+}
+
+// A group that is ticked in part is ticked whole.
+bool TDifferenceModel::setData(const QModelIndex& line, const QVariant& /*value*/, int role) {
+  if (role != Qt::CheckStateRole || !line.isValid() || !OnTick) return false;
+  OnTick(PlacesOf(line), Check(line) != Qt::Checked);
+  return true;
+}
+
+Qt::ItemFlags TDifferenceModel::flags(const QModelIndex& line) const {
+  return line.isValid() ? Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable : Qt::NoItemFlags;
+}
+
+}  // namespace velmora

@@ -1,0 +1,212 @@
+// The tree of differences, where the dialect's actions are ticked: by mouse and keys, with the script that follows.
+
+#include <QComboBox>
+#include <QTabWidget>
+
+#include "shell/DesktopRig.h"
+#include "shell/widgets/DifferenceTree.h"
+
+namespace velmora {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using velmora::testing::TDesktopRig;
+using velmora::testing::TLiveDatabase;
+
+class DifferenceTreeTest : public ::testing::Test {
+ protected:
+  DifferenceTreeTest() : reference_("tree_ref"), target_("tree_tgt") {
+    reference_.Run("create table orders (id int, total varchar(255), note text, key k (id))");
+    target_.Run("create table orders (id int, total varchar(300))");
+    target_.Run("create table old (a int)");
+    reference_.Run("create table fresh (a int)");
+    rig_.NewTask("tree_ref", "tree_tgt");
+    rig_.Find<QAction>("acExactDialect")->trigger();
+    rig_.Trigger("acAnalyze");
+    View().setFocus();
+  }
+
+  TDifferenceTree& Tree() { return dynamic_cast<TDifferenceTree&>(*rig_.Find<QWidget>("pnDifferences")); }
+  TDifferenceView& View() { return Tree().View(); }
+  TSqlEdit& Script() { return dynamic_cast<TSqlEdit&>(*rig_.Find<QWidget>("mScript")); }
+  QTabWidget& Page() { return *rig_.Find<QTabWidget>("page"); }
+  std::string Heading() { return FromQt(rig_.Find<QLabel>("lbCounts")->text()); }
+  QModelIndex Line(const char* text) {
+    const QModelIndexList found = View().model()->match(View().model()->index(0, 0), Qt::DisplayRole,
+                                                        QLatin1String(text), 1, Qt::MatchExactly | Qt::MatchRecursive);
+    EXPECT_FALSE(found.isEmpty()) << text;
+    return found.value(0);
+  }
+  std::string Current() { return FromQt(View().currentIndex().data().toString()); }
+  Qt::CheckState Check(const char* line) { return Line(line).data(Qt::CheckStateRole).value<Qt::CheckState>(); }
+  void Select(std::initializer_list<const char*> lines) {
+    View().selectionModel()->clear();
+    for (const char* line : lines) View().selectionModel()->setCurrentIndex(Line(line), QItemSelectionModel::Select);
+  }
+  void Key(Qt::Key key, Qt::KeyboardModifiers with = Qt::NoModifier) {
+    QTest::keyClick(&View(), key, with);
+    QCoreApplication::processEvents();
+  }
+  void ClickBox(const char* line) {
+    QStyleOptionViewItem option;
+    option.initFrom(&View());
+    option.rect = View().visualRect(Line(line));
+    option.features = QStyleOptionViewItem::HasCheckIndicator | QStyleOptionViewItem::HasDecoration;
+    const QRect box = View().style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, &View());
+    QTest::mouseClick(View().viewport(), Qt::LeftButton, Qt::NoModifier, box.center());
+  }
+
+  TLiveDatabase reference_;
+  TLiveDatabase target_;
+  TDesktopRig rig_;
+};
+
+TEST_F(DifferenceTreeTest, StandsInPlaceOfTheOtherTreeAndBeginsAtTheFirstDifference) {
+  EXPECT_FALSE(rig_.Shown("tlActions"));
+  EXPECT_TRUE(View().isVisible());
+  EXPECT_EQ(Heading(), "3 tables: 1 new, 1 obsolete, 1 changed; 2 unsafe");
+  EXPECT_EQ(Current(), "fresh");
+  EXPECT_THAT(rig_.Text("mDDLref"), HasSubstr("CREATE TABLE `fresh`"));
+  const QModelIndex total = Line("column total");
+  EXPECT_EQ(FromQt(total.data(TDifferenceModel::kDetailRole).toString()), "varchar(300) -> varchar(255)");
+  EXPECT_THAT(FromQt(total.data(Qt::AccessibleTextRole).toString()),
+              HasSubstr("orders: Changed column total, varchar(300) -> varchar(255), unsafe: varchar(300) to"));
+  EXPECT_THAT(FromQt(total.data(Qt::ToolTipRole).toString()), HasSubstr("Unsafe: varchar(300) to varchar(255)"));
+  EXPECT_EQ(FromQt(Line("orders").data(TDifferenceModel::kUnsafeRole).toString()), "1 unsafe action");
+
+  rig_.Find<QAction>("acExactDialect")->trigger();
+  EXPECT_TRUE(rig_.Shown("tlActions"));
+  EXPECT_FALSE(View().isVisible());
+  for (const char* command : {"acUndoTick", "acNextDifference", "acFilterActions", "acFollow"})
+    EXPECT_FALSE(rig_.Main().Command(command)->isVisible()) << command;
+}
+
+TEST_F(DifferenceTreeTest, TicksAreTakenByMouseAndKeysAndTheScriptFollows) {
+  ClickBox("column total");
+  EXPECT_EQ(Check("column total"), Qt::Unchecked);
+  EXPECT_EQ(Check("orders"), Qt::PartiallyChecked);
+  EXPECT_THAT(rig_.Text("mScript"), AllOf(Not(HasSubstr("varchar(255)")), HasSubstr("drop table")));
+  EXPECT_EQ(Page().currentIndex(), 0);
+
+  Select({"old", "column total", "index k"});
+  Key(Qt::Key_Space);  // not all of them were ticked
+  EXPECT_EQ(Check("orders"), Qt::Checked);
+  Key(Qt::Key_Space);
+  EXPECT_EQ(Check("old"), Qt::Unchecked);
+  EXPECT_THAT(Heading(), HasSubstr("; 3 of 5 actions unticked"));
+  EXPECT_THAT(rig_.Text("mScript"), AllOf(Not(HasSubstr("drop table")), HasSubstr("add column `note`")));
+  Select({"orders"});  // stands for its members
+  Key(Qt::Key_Space);
+  EXPECT_EQ(Check("orders"), Qt::Checked);
+  Key(Qt::Key_Z, Qt::ControlModifier);
+  Key(Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(Check("orders"), Qt::Checked);
+  EXPECT_EQ(Check("old"), Qt::Checked);
+  Key(Qt::Key_Y, Qt::ControlModifier);
+  EXPECT_EQ(Check("old"), Qt::Unchecked);
+  EXPECT_THAT(rig_.Text("mScript"), Not(HasSubstr("drop table")));
+}
+
+TEST_F(DifferenceTreeTest, DeletedLinesGoAndComeBackAndTheNextOneIsCurrent) {
+  Select({"column total", "column note"});
+  Key(Qt::Key_Delete);
+  EXPECT_EQ(View().model()->rowCount(Line("orders")), 1);
+  EXPECT_EQ(Current(), "index k");
+  EXPECT_EQ(Heading(), "3 tables: 1 new, 1 obsolete, 1 changed; 1 unsafe");
+  View().selectAll();
+  Key(Qt::Key_Delete);
+  EXPECT_EQ(View().model()->rowCount(), 0);
+  EXPECT_FALSE(rig_.Enabled("acSynchronize"));  // nothing is left to do
+  Key(Qt::Key_Z, Qt::ControlModifier);
+  Key(Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(View().model()->rowCount(Line("orders")), 3);
+  EXPECT_TRUE(rig_.Enabled("acSynchronize"));
+  EXPECT_FALSE(rig_.Enabled("acUndoTick"));
+}
+
+TEST_F(DifferenceTreeTest, AnEditedScriptIsNotOverwrittenUnasked) {
+  const auto answer = [](const char* button) {
+    WhenModal([button](QWidget* box) {
+      EXPECT_THAT(FromQt(box->property("text").toString()), HasSubstr("was edited and is not saved"));
+      for (QAbstractButton* each : box->findChildren<QAbstractButton*>())
+        if (each->text().remove(QLatin1Char('&')) == QLatin1String(button)) return each->click();
+    });
+  };
+  Script().append(QStringLiteral("-- mine\r\n"));
+  answer("No");
+  ClickBox("old");
+  EXPECT_EQ(Check("old"), Qt::Checked);
+  EXPECT_THAT(rig_.Text("mScript"), AllOf(HasSubstr("-- mine"), HasSubstr("drop table")));
+  answer("Yes");
+  ClickBox("old");
+  EXPECT_EQ(Check("old"), Qt::Unchecked);
+  EXPECT_THAT(rig_.Text("mScript"), AllOf(Not(HasSubstr("-- mine")), Not(HasSubstr("drop table"))));
+}
+
+TEST_F(DifferenceTreeTest, TheFilterAndTheKeysFindDifferences) {
+  QTest::keyClick(&rig_.Main(), Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+  auto* filter = rig_.Find<QLineEdit>("edFilter");
+  ASSERT_TRUE(filter->hasFocus());
+  QTest::keyClicks(filter, QStringLiteral("unsafe"));
+  EXPECT_THAT(Heading(), HasSubstr("; 2 of 5 actions shown"));
+  QTest::keyClick(filter, Qt::Key_Down);
+  EXPECT_TRUE(View().hasFocus());
+  EXPECT_EQ(Current(), "old");
+  View().selectAll();
+  Key(Qt::Key_Space);  // what is not shown stays ticked
+  QTest::keyClick(filter, Qt::Key_Escape);
+  EXPECT_EQ(Check("orders"), Qt::PartiallyChecked);
+
+  Page().setCurrentIndex(2);
+  std::vector<std::string> seen;
+  Select({"fresh"});
+  for (int i = 0; i < 5; ++i) {
+    rig_.Press(Qt::Key_F8);
+    seen.push_back(Current());
+  }
+  EXPECT_THAT(seen, ElementsAre("old", "index k", "column note", "column total", "column total"));
+  EXPECT_EQ(Page().currentIndex(), 0);
+  QTest::keyClick(&rig_.Main(), Qt::Key_F8, Qt::ShiftModifier);
+  EXPECT_EQ(Current(), "column note");
+  EXPECT_THAT(rig_.Text("mDDLref"), HasSubstr("CREATE TABLE `orders`"));
+
+  rig_.Find<QComboBox>("cGrouping")->setCurrentIndex(1);
+  EXPECT_EQ(Current(), "orders.note");
+  EXPECT_EQ(View().model()->rowCount(Line("Tables")), 2);
+}
+
+TEST_F(DifferenceTreeTest, ActionsAndStatementsLeadToEachOther) {
+  const auto caret_line = [this] {
+    int line = 0;
+    int index = 0;
+    Script().getCursorPosition(&line, &index);
+    return Script().LineBytes(line);
+  };
+  Select({"column total"});
+  Key(Qt::Key_Return);
+  EXPECT_EQ(Page().currentIndex(), 2);
+  EXPECT_TRUE(Script().hasFocus());
+  EXPECT_THAT(caret_line(), HasSubstr("`total` varchar(255)"));
+
+  const TStringList lines = LinesOf(rig_.Text("mScript"));
+  const auto drop = std::ranges::find_if(lines, [](const std::string& line) { return line.starts_with("drop table"); });
+  emit Script().SCN_DOUBLECLICK(0, static_cast<int>(drop - lines.begin()), 0);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(Page().currentIndex(), 0);
+  EXPECT_EQ(Current(), "old");
+
+  Key(Qt::Key_Space);
+  Key(Qt::Key_Return);
+  EXPECT_EQ(Page().currentIndex(), 0);  // it has no statement
+  Select({"index k"});
+  rig_.Press(Qt::Key_F12);
+  EXPECT_THAT(caret_line(), HasSubstr("`k`"));
+  rig_.Press(Qt::Key_F12);
+  EXPECT_EQ(Current(), "index k");
+}
+
+}  // namespace
+}  // namespace velmora
