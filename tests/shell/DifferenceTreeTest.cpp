@@ -23,8 +23,7 @@ class DifferenceTreeTest : public ::testing::Test {
     target_.Run("create table orders (id int, total varchar(300))");
     target_.Run("create table old (a int)");
     reference_.Run("create table fresh (a int)");
-    rig_.NewTask("tree_ref", "tree_tgt");
-    rig_.Find<QAction>("acExactDialect")->trigger();
+    rig_.NewTask("tree_ref", "tree_tgt", "acExactDialect");
     rig_.Trigger("acAnalyze");
     View().setFocus();
   }
@@ -77,7 +76,7 @@ TEST_F(DifferenceTreeTest, StandsInPlaceOfTheOtherTreeAndBeginsAtTheFirstDiffere
   EXPECT_THAT(FromQt(total.data(Qt::ToolTipRole).toString()), HasSubstr("Unsafe: varchar(300) to varchar(255)"));
   EXPECT_EQ(FromQt(Line("orders").data(TDifferenceModel::kUnsafeRole).toString()), "1 unsafe action");
 
-  rig_.Find<QAction>("acExactDialect")->trigger();
+  rig_.Find<QAction>("acStandardDialect")->trigger();
   EXPECT_TRUE(rig_.Shown("tlActions"));
   EXPECT_FALSE(View().isVisible());
   for (const char* command : {"acUndoTick", "acNextDifference", "acFilterActions", "acFollow"})
