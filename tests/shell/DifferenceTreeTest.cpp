@@ -68,7 +68,7 @@ TEST_F(DifferenceTreeTest, StandsInPlaceOfTheOtherTreeAndBeginsAtTheFirstDiffere
   EXPECT_TRUE(View().isVisible());
   EXPECT_EQ(Heading(), "3 tables: 1 new, 1 obsolete, 1 changed; 2 unsafe");
   EXPECT_EQ(Current(), "fresh");
-  EXPECT_THAT(rig_.Text("mDDLref"), HasSubstr("CREATE TABLE `fresh`"));
+  EXPECT_THAT(rig_.Text("mDiffRef"), HasSubstr("CREATE TABLE `fresh`"));
   const QModelIndex total = Line("column total");
   EXPECT_EQ(FromQt(total.data(TDifferenceModel::kDetailRole).toString()), "varchar(300) -> varchar(255)");
   EXPECT_THAT(FromQt(total.data(Qt::AccessibleTextRole).toString()),
@@ -170,7 +170,7 @@ TEST_F(DifferenceTreeTest, TheFilterAndTheKeysFindDifferences) {
   EXPECT_EQ(Page().currentIndex(), 0);
   QTest::keyClick(&rig_.Main(), Qt::Key_F8, Qt::ShiftModifier);
   EXPECT_EQ(Current(), "column note");
-  EXPECT_THAT(rig_.Text("mDDLref"), HasSubstr("CREATE TABLE `orders`"));
+  EXPECT_THAT(rig_.Text("mDiffRef"), HasSubstr("CREATE TABLE `orders`"));
 
   rig_.Find<QComboBox>("cGrouping")->setCurrentIndex(1);
   EXPECT_EQ(Current(), "orders.note");

@@ -15,9 +15,9 @@ namespace velmora {
 
 namespace {
 
-constexpr int kDifferencesWidth = 360;  // of the tree, whose lines say more than those of the other one
-constexpr int kWidestPart = 40;         // percent of the window
-constexpr std::size_t kLineEndBytes = 2;     // in the script's text
+constexpr int kDifferencesWidth = 360;    // of the tree, whose lines say more than those of the other one
+constexpr int kWidestPart = 40;           // percent of the window
+constexpr std::size_t kLineEndBytes = 2;  // in the script's text
 
 constexpr const char* kTreeCommands[] = {"acUndoTick",           "acRedoTick",      "acNextDifference",
                                          "acPreviousDifference", "acFilterActions", "acFollow"};
