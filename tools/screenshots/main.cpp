@@ -6,7 +6,7 @@
 #include <QMessageBox>
 #include <QPainter>
 #include <QTabWidget>
-#include <QTreeWidget>
+#include <QTreeView>
 #include <cstdio>
 
 #include "app/ScriptSplitter.h"
@@ -75,9 +75,12 @@ void TakeWizard(TDesktopRig& rig, const TCamera& camera) {
 
 void TakeDifferences(TDesktopRig& rig, const TCamera& camera, const char* name) {
   rig.Trigger("acAnalyze");
-  auto* tree = rig.Find<QTreeWidget>("tlActions");
-  for (int i = 0; i < tree->topLevelItemCount(); ++i)
-    if (tree->topLevelItem(i)->childCount() > 0) tree->setCurrentItem(tree->topLevelItem(i)->child(0));
+  auto* tree = rig.Find<QTreeView>("tlActions");
+  if (!tree->isVisible()) tree = rig.Find<QTreeView>("tlDifferences");
+  const QAbstractItemModel& lines = *tree->model();
+  for (int i = 0; i < lines.rowCount(); ++i)
+    if (const QModelIndex table = lines.index(i, 0); lines.rowCount(table) > 0)
+      tree->setCurrentIndex(lines.index(0, 0, table));
   tree->scrollToTop();
   tree->setFocus();
   camera.Take(rig.Main(), name);
