@@ -13,6 +13,7 @@ namespace velmora {
 namespace {
 
 constexpr char kFile[] = "Velmora.settings";
+constexpr char kConnections[] = "Velmora.connections";
 constexpr char kState[] = "Window/State";
 constexpr char kDocuments[] = "RecentDocuments/Document";
 constexpr char kFilename[] = "filename";
@@ -79,6 +80,10 @@ std::string SettingsFile() { return SettingsFileOf(ExeFolder(), VELMORA_BIN_FOLD
 
 std::string SettingsFileOf(const std::string& exe_folder, const std::string& installed_folder) {
   return IsSameFolder(exe_folder, installed_folder) ? UserConfigFile(kFile) : JoinPath(exe_folder, kFile);
+}
+
+std::string RecentConnectionsFile(const std::string& settings_file) {
+  return (std::filesystem::path(settings_file).parent_path() / kConnections).string();
 }
 
 void LoadSettings(const std::string& file, TWindowPlace& window, TRecentList& recent) {

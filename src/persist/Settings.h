@@ -25,6 +25,9 @@ struct TWindowPlace {
 std::string SettingsFile();
 std::string SettingsFileOf(const std::string& exe_folder, const std::string& installed_folder);
 
+// The file of recent connections, beside the settings.
+std::string RecentConnectionsFile(const std::string& settings_file);
+
 // `window` comes with the place that the window has, and leaves with the one that it shall have: maximised, or normal
 // with the four values of the file; any other state leaves it alone. Never raises: reading ends in silence at the first
 // fault, and what was read up to there counts.

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -480,7 +481,7 @@ TEST_F(TaskWizTest, KeysReachEverything) {
     QTest::keyClick(wizard.focusWidget(), Qt::Key_Tab);
   }
   EXPECT_THAT(order, ElementsAre("edServerMySQL", "edPortMySQL", "edUsernameMySQL", "edPasswordMySQL", "cDBMySQL",
-                                 "bnMoreMySQL", "bnNext", "bnCancel", "cbLiveConn", "edServerMySQL"));
+                                 "bnMoreMySQL", "chkKeepRef", "bnNext", "bnCancel", "cbLiveConn"));
   auto& fields = *Child(wizard, "frRefConn");
   wizard.move(0, wizard.screen()->availableGeometry().bottom() - wizard.height() - 50);
   Click(fields, "bnMoreMySQL");
@@ -491,7 +492,7 @@ TEST_F(TaskWizTest, KeysReachEverything) {
     const QString text = widget->isVisible() ? widget->property("text").toString() : QString();
     if (const qsizetype mark = text.indexOf(QLatin1Char('&')); mark >= 0) letters += text[mark + 1].toUpper();
   }
-  EXPECT_EQ(letters.size(), 15);
+  EXPECT_EQ(letters.size(), 16);
   for (const QChar letter : letters) EXPECT_EQ(letters.count(letter), 1) << FromQt(QString(letter));
   for (const char* name : {"edTlsCaMySQL", "bnTlsCaMySQL"})
     EXPECT_THAT(FromQt(Child(fields, name)->accessibleName()), HasSubstr("CA certificates"));
@@ -504,6 +505,82 @@ TEST_F(TaskWizTest, KeysReachEverything) {
   EXPECT_TRUE(QTest::qWaitFor([this] { return Page() == "tsRefConn"; })) << "the button is seen to be pressed first";
   QTest::keyClick(&wizard, Qt::Key_Escape);
   EXPECT_FALSE(wizard.isVisible());
+}
+
+TEST_F(TaskWizTest, TheSecondPageBeginsWithTheServerOfTheFirst) {
+  server->AddColumn("show tables", {});
+  server->AddColumn("show databases", {"live", "test"});
+  const QWidget& reference = *Child(wizard, "frRefConn");
+  const QWidget& target = *Child(wizard, "frTgtConn");
+  const auto fields = [](const QWidget& page) {
+    return TextOf(page, "edServerMySQL") + " " + TextOf(page, "edUsernameMySQL") + " " +
+           TextOf(page, "edPasswordMySQL") + " " + TextOf(page, "edTlsCaMySQL");
+  };
+  Type(reference, "edServerMySQL", "db1");
+  Type(reference, "edUsernameMySQL", "me");
+  Type(reference, "edPasswordMySQL", "secret");
+  Type(reference, "edTlsCaMySQL", "/ca.pem");
+  Child<QSpinBox>(reference, "edPortMySQL")->setValue(3307);
+  Click(wizard, "bnNext");
+  EXPECT_EQ(fields(target), "db1 me secret /ca.pem");
+  EXPECT_EQ(Child<QSpinBox>(target, "edPortMySQL")->value(), 3307);
+  EXPECT_TRUE(Shown(target, "panMoreMySQL")) << "what counts is in view";
+  auto* list = Child<QComboBox>(target, "cDBMySQL");
+  EXPECT_TRUE(QTest::qWaitFor([list] { return list->view()->isVisible(); })) << "only the database is left to choose";
+  EXPECT_THAT(ItemsOf(*list), ElementsAre("live", "test"));
+  list->hidePopup();
+
+  Click(wizard, "bnBack");
+  Type(reference, "edServerMySQL", "db2");
+  Click(wizard, "bnNext");
+  EXPECT_EQ(fields(target), "db2 me secret /ca.pem") << "nobody has typed there";
+  Type(target, "edUsernameMySQL", "other");
+  Click(wizard, "bnBack");
+  Type(reference, "edServerMySQL", "db3");
+  Click(wizard, "bnNext");
+  EXPECT_EQ(fields(target), "db2 other secret /ca.pem");
+}
+
+TEST(TaskWizRecentTest, ConnectionsMadeBeforeAreOfferedWithoutTheirPasswords) {
+  const testing::TScratchFolder folder;
+  auto server = std::make_shared<testing::TFakeMyServer>();
+  server->AddColumn("show tables", {});
+  const TEngineClients clients{
+      [&](const TEngineValues& /*own*/) { return std::make_unique<testing::TFakeMyConnection>(server); }};
+  const auto connect = [](TfmTaskWiz& wizard, const char* database, bool keep) {
+    wizard.show();
+    const QWidget& page = *Child(wizard, "frRefConn");
+    Type(page, "edUsernameMySQL", "me");
+    Type(page, "edPasswordMySQL", "secret");
+    Child<QComboBox>(page, "cDBMySQL")->addItem(ToQt(database));
+    Child<QComboBox>(page, "cDBMySQL")->setCurrentText(ToQt(database));
+    Child<QCheckBox>(wizard, "chkKeepRef")->setChecked(keep);
+    Click(wizard, "bnNext");
+  };
+  {
+    TfmTaskWiz wizard(clients, nullptr, {}, folder / "recent");
+    wizard.show();
+    EXPECT_FALSE(Shown(wizard, "panRecentRef"));
+    connect(wizard, "first", false);
+    wizard.close();
+    connect(wizard, "second", true);
+  }
+  TfmTaskWiz wizard(clients, nullptr, {}, folder / "recent");
+  wizard.show();
+  for (const char* list : {"cRecentRef", "cRecentTgt"})
+    EXPECT_THAT(ItemsOf(*Child<QComboBox>(wizard, list)),
+                ElementsAre("second on localhost (me)", "first on localhost (me)"));
+  const QWidget& page = *Child(wizard, "frRefConn");
+  for (const auto& [row, database, password] : {std::tuple(1, "first", ""), {0, "second", "secret"}}) {
+    auto* list = Child<QComboBox>(wizard, "cRecentRef");
+    list->setCurrentIndex(row);
+    emit list->activated(row);
+    EXPECT_EQ(FromQt(Child<QComboBox>(page, "cDBMySQL")->currentText()), database);
+    EXPECT_EQ(TextOf(page, "edPasswordMySQL"), password);
+    EXPECT_EQ(Child<QCheckBox>(wizard, "chkKeepRef")->isChecked(), *password != '\0');
+  }
+  Click(wizard, "bnForgetRef");
+  EXPECT_THAT(ItemsOf(*Child<QComboBox>(wizard, "cRecentTgt")), ElementsAre("first on localhost (me)"));
 }
 
 // --- Real servers

@@ -203,6 +203,26 @@ void TfrConn::AddMore(TEngineValues& values) const {
   if (mode != kTlsModes[static_cast<int>(ETls::Preferred)] || values.Has("tls_ca")) values.Set("tls", mode);
 }
 
+void TfrConn::TakeServer(const TEngineValues& values) {
+  SetEngine(kEngineMySQL);
+  for (const std::span<const TConnField> fields : {std::span<const TConnField>(kMySQL), {kMySQLMore}})
+    for (const TConnField& field : fields)
+      if (values.Has(field.key)) SetFieldText(field.field, values.Text(field.key));
+  if (values.Has("tls")) SetFieldText(kTlsField, values.Text("tls"));
+  TEngineValues more;
+  AddMore(more);
+  const auto given = [&more](const TEngineKey& key) { return more.Has(key.name); };
+  if (std::ranges::any_of(FindEngine(kEngineMySQL)->further, given))
+    findChild<QAbstractButton*>(ToQt("bnMoreMySQL"))->setChecked(true);
+}
+
+void TfrConn::ChooseDatabase() {
+  auto* list = findChild<QComboBox*>(ToQt("cDBMySQL"));
+  if (!list->isVisible()) return;
+  list->setFocus();
+  list->showPopup();
+}
+
 std::unique_ptr<TDBConn> TfrConn::CreateConnection() const {
   TEngineValues values = Values();
   if (engine_ == kEngineMySQL) SettleRoute(values);
@@ -215,6 +235,18 @@ std::string TfrConn::FieldText(const char* name) const {
   if (const auto* number = qobject_cast<QSpinBox*>(field)) return Format("%d", number->value());
   if (const auto* list = qobject_cast<QComboBox*>(field)) return FromQt(list->currentText());
   return FromQt(qobject_cast<QLineEdit*>(field)->text());
+}
+
+// What is not among a list's items becomes one: the server has not been asked yet.
+void TfrConn::SetFieldText(const char* name, const std::string& text) {
+  auto* field = findChild<QWidget*>(ToQt(name));
+  if (auto* button = qobject_cast<QAbstractButton*>(field)) button->setChecked(text == "Y");
+  if (auto* number = qobject_cast<QSpinBox*>(field)) number->setValue(ToQt(text).toInt());
+  if (auto* entry = qobject_cast<QLineEdit*>(field)) entry->setText(ToQt(text));
+  auto* list = qobject_cast<QComboBox*>(field);
+  if (list == nullptr) return;
+  if (!text.empty() && list->findText(ToQt(text)) < 0) list->addItem(ToQt(text));
+  list->setCurrentIndex(text.empty() ? -1 : list->findText(ToQt(text)));
 }
 
 bool TfrConn::Checked(const char* name) const { return findChild<QAbstractButton*>(ToQt(name))->isChecked(); }

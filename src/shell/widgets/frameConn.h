@@ -27,6 +27,10 @@ class TfrConn : public QWidget {
   // What the fields say, by the keys of the engine table. Raises for an engine that no fields can make, and for a
   // separator that is none.
   TEngineValues Values() const;
+  // Shows the MySQL page with these values, those that are not there as standard ones.
+  void TakeServer(const TEngineValues& values);
+  // Goes to the list of databases and opens it.
+  void ChooseDatabase();
   // A new engine from the fields, not connected. Fields are not checked: an empty one reaches the engine as empty.
   // Raises as Values and MakeEngine do.
   std::unique_ptr<TDBConn> CreateConnection() const;
@@ -46,6 +50,7 @@ class TfrConn : public QWidget {
   void ResetFields();
   void ShowPage(const char* name);
   std::string FieldText(const char* name) const;
+  void SetFieldText(const char* name, const std::string& text);
   bool Checked(const char* name) const;
   std::string Separator() const;
   void AddMore(TEngineValues& values) const;  // what the fold of the MySQL page says

@@ -65,7 +65,8 @@ void TDesktop::MakeForms() {
   confirm_ = std::make_unique<TfmConfirm>(main_.get());
   dump_ = std::make_unique<TfmDump>(main_.get());
   options_ = std::make_unique<TfmOptions>(main_.get());
-  wizard_ = std::make_unique<TfmTaskWiz>(main_->Clients(), main_.get(), MachineEnumerators());
+  wizard_ = std::make_unique<TfmTaskWiz>(main_->Clients(), main_.get(), MachineEnumerators(),
+                                         RecentConnectionsFile(setup_.settings_file));
   main_->SetForms({*progress_, *about_, *dump_, *options_, *wizard_});
 }
 

@@ -164,6 +164,7 @@ void TfmMain::acNewTask() {
   task_->Marks = {};
   ShowTask(true);
   open.target->Connect();
+  if (wizard.AnalyzeAtOnce) acAnalyze();
 }
 
 void TfmMain::acOpenTask() {

@@ -55,6 +55,7 @@ TfmRunQuestion::TfmRunQuestion(const TRunQuestion& question, QWidget* parent) : 
   QWidget* buttons = MakeButtons();
   if (question.marks.confirm_database) all->addWidget(MakeEntry(question));
   all->addWidget(buttons);
+  first_->setFocus();
 }
 
 QWidget* TfmRunQuestion::MakeText(const TRunQuestion& question) {
@@ -81,7 +82,7 @@ QWidget* TfmRunQuestion::MakeEntry(const TRunQuestion& question) {
   yes_->setEnabled(false);
   Handle(entry, &QLineEdit::textChanged, this,
          [this, entry, name = ToQt(question.database)] { yes_->setEnabled(entry->text() == name); });
-  entry->setFocus();
+  first_ = entry;
   return panel;
 }
 
@@ -93,7 +94,7 @@ QWidget* TfmRunQuestion::MakeButtons() {
   no->setDefault(true);
   Handle(yes_, &QPushButton::clicked, this, [this] { accept(); });
   Handle(no, &QPushButton::clicked, this, [this] { reject(); });
-  no->setFocus();
+  first_ = no;
   return buttons;
 }
 

@@ -5,7 +5,6 @@
 
 #include "persist/TaskMarks.h"
 
-class QLineEdit;
 class QPushButton;
 
 namespace velmora {
@@ -30,6 +29,7 @@ class TfmRunQuestion final : public QDialog {
   QWidget* MakeButtons();
 
   QPushButton* yes_ = nullptr;
+  QWidget* first_ = nullptr;  // what has the focus at first
 };
 
 bool MayRunAfter(const TRunQuestion& question, QWidget* parent);

@@ -1,6 +1,7 @@
 #include "shell/windows/TaskWiz.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -13,6 +14,7 @@
 #include <QShowEvent>
 #include <QStackedWidget>
 #include <QStyle>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -28,6 +30,10 @@ namespace {
 constexpr char kNext[] = "Next";
 constexpr char kFinish[] = "Finish";
 constexpr char kMySQLEngine[] = "&Connection to MySQL database";
+constexpr char kKeep[] = "Keep the password &in the list of recent connections";
+constexpr char kKeepHint[] =
+    "Enciphered as in a task file, with a key that is the same in every copy of the program: hidden from a casual look "
+    "and from nobody else. Without it the list has no passwords.";
 constexpr int kWidthInLetters = 86;
 
 QFrame* NewLine() {
@@ -87,7 +93,8 @@ class TPagesArea final : public QScrollArea {
 
 }  // namespace
 
-TfmTaskWiz::TfmTaskWiz(const TEngineClients& clients, QWidget* parent, const TEnumerators& enumerators)
+TfmTaskWiz::TfmTaskWiz(const TEngineClients& clients, QWidget* parent, const TEnumerators& enumerators,
+                       const std::string& recent_file)
     : QDialog(parent),
       pages_(Named(new QStackedWidget, "pages")),
       tsRefConn_(Named(new QWidget, "tsRefConn")),
@@ -95,9 +102,11 @@ TfmTaskWiz::TfmTaskWiz(const TEngineClients& clients, QWidget* parent, const TEn
       tsOptions_(Named(new QWidget, "tsOptions")),
       frRefConn_(Named(new TfrConn(clients, nullptr, enumerators), "frRefConn")),
       frTgtConn_(Named(new TfrConn(clients, nullptr, enumerators), "frTgtConn")),
+      recent_(recent_file),
       bnCancel_(Named(new QPushButton(ToQt("Cancel")), "bnCancel")),
       bnBack_(Named(new QPushButton(ToQt("Back")), "bnBack")),
-      bnNext_(Named(new QPushButton(ToQt(kNext)), "bnNext")) {
+      bnNext_(Named(new QPushButton(ToQt(kNext)), "bnNext")),
+      bnAnalyze_(Named(new QPushButton(ToQt("Finish and A&nalyze")), "bnAnalyze")) {
   setObjectName(ToQt("fmTaskWiz"));
   setWindowTitle(ToQt("Sync Wizard"));
   setMinimumWidth(kWidthInLetters * fontMetrics().averageCharWidth());
@@ -156,9 +165,11 @@ void TfmTaskWiz::MakeRefPage() {
                               "Database with which work database is compared and changed to match.");
   cbLiveConn_ = Named(new QRadioButton(ToQt(kMySQLEngine)), "cbLiveConn");
   cbScript_ = Named(new QRadioButton(ToQt("S&QL Creation Script")), "cbScript");
+  MakeRecent(*rows, "Ref", *frRefConn_, ref_extras_);
   rows->addWidget(cbLiveConn_);
   rows->addWidget(cbScript_);
   rows->addLayout(Indented(frRefConn_));
+  MakeKeep(*rows, "Ref", ref_extras_);
   cbScript_->hide();
   const auto on_checked = [this](QRadioButton* button, void (TfmTaskWiz::*click)()) {
     Handle(button, &QRadioButton::toggled, this, [this, button, click] {
@@ -174,8 +185,41 @@ void TfmTaskWiz::MakeTargetPage() {
                               "With this database we work. It is altered to match reference database.");
   auto* live = Named(new QRadioButton(ToQt(kMySQLEngine)), "cbTgtLiveConn");
   live->setChecked(true);
+  MakeRecent(*rows, "Tgt", *frTgtConn_, tgt_extras_);
   rows->addWidget(live);
   rows->addLayout(Indented(frTgtConn_));
+  MakeKeep(*rows, "Tgt", tgt_extras_);
+}
+
+void TfmTaskWiz::MakeRecent(QVBoxLayout& rows, const char* side, TfrConn& frame, TPageExtras& extras) {
+  extras.row = Named(new QWidget, (std::string("panRecent") + side).c_str());
+  extras.list = Named(new QComboBox, (std::string("cRecent") + side).c_str());
+  extras.list->setPlaceholderText(ToQt("Choose one that was used before"));
+  extras.list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  extras.list->setMinimumContentsLength(1);
+  auto* label = new QLabel(ToQt("&Recent connections"));
+  label->setBuddy(extras.list);
+  auto* row = new QHBoxLayout(extras.row);
+  row->setContentsMargins(0, 0, 0, 0);
+  row->addWidget(label);
+  row->addWidget(extras.list, 1);
+  auto* forget = Named(new QPushButton(ToQt("For&get")), (std::string("bnForget") + side).c_str());
+  forget->setToolTip(ToQt("Take the chosen connection out of the list, with its password"));
+  forget->setAutoDefault(false);
+  row->addWidget(forget);
+  rows.addWidget(extras.row);
+  Handle(forget, &QPushButton::clicked, this, [this, &extras] {
+    if (const int index = extras.list->currentIndex(); index >= 0) recent_.Forget(static_cast<std::size_t>(index));
+    ShowRecent();
+  });
+  Handle(extras.list, &QComboBox::activated, this,
+         [this, &extras, &frame] { TakeRecent(extras, frame, extras.list->currentIndex()); });
+}
+
+void TfmTaskWiz::MakeKeep(QVBoxLayout& rows, const char* side, TPageExtras& extras) {
+  extras.keep = Named(new QCheckBox(ToQt(kKeep)), (std::string("chkKeep") + side).c_str());
+  extras.keep->setToolTip(ToQt(kKeepHint));
+  rows.addLayout(Indented(extras.keep));
 }
 
 // No page leads here, and what is chosen here has no effect.
@@ -203,6 +247,7 @@ void TfmTaskWiz::MakeButtons() {
   row->addStretch();
   row->addWidget(bnBack_);
   row->addWidget(bnNext_);
+  row->addWidget(bnAnalyze_);
   row->addSpacing(margin / 2);
   row->addWidget(bnCancel_);
   all->addWidget(NewLine());
@@ -213,6 +258,7 @@ void TfmTaskWiz::MakeButtons() {
   Handle(bnCancel_, &QPushButton::clicked, this, [this] { reject(); });
   Handle(bnBack_, &QPushButton::clicked, this, [this] { bnBackClick(); });
   Handle(bnNext_, &QPushButton::clicked, this, [this] { bnNextClick(); });
+  Handle(bnAnalyze_, &QPushButton::clicked, this, [this] { bnAnalyzeClick(); });
 }
 
 // --- What it does
@@ -220,6 +266,7 @@ void TfmTaskWiz::MakeButtons() {
 void TfmTaskWiz::FormCreate() {
   cbLiveConn_->setChecked(true);
   frTgtConn_->SetEngine(kEngineMySQL);
+  offered_ = frTgtConn_->Values();
 }
 
 void TfmTaskWiz::showEvent(QShowEvent* event) {
@@ -230,6 +277,9 @@ void TfmTaskWiz::showEvent(QShowEvent* event) {
 void TfmTaskWiz::FormShow() {
   bnBack_->setEnabled(false);
   bnNext_->setText(ToQt(kNext));
+  bnAnalyze_->hide();
+  AnalyzeAtOnce = false;
+  ShowRecent();
   pages_->setCurrentWidget(tsRefConn_);
   frRefConn_->setFocus();
 }
@@ -240,25 +290,76 @@ void TfmTaskWiz::bnNextClick() {
     RefConn.reset();
     RefConn = frRefConn_->CreateConnection();
     ConnectBusy(*RefConn);
+    Remember(ref_extras_, *frRefConn_);
     pages_->setCurrentWidget(tsTargetConn_);
     frTgtConn_->setFocus();
+    OfferServer();
   } else if (pages_->currentWidget() == tsTargetConn_) {
     TgtConn.reset();
     TgtConn = frTgtConn_->CreateConnection();
     ConnectBusy(*TgtConn);
+    Remember(tgt_extras_, *frTgtConn_);
     accept();
   } else {
     accept();
   }
   bnBack_->setEnabled(true);
-  bnNext_->setText(ToQt(pages_->currentWidget() == tsTargetConn_ ? kFinish : kNext));
+  const bool last = pages_->currentWidget() == tsTargetConn_;
+  bnNext_->setText(ToQt(last ? kFinish : kNext));
+  bnAnalyze_->setVisible(last);
+}
+
+void TfmTaskWiz::bnAnalyzeClick() {
+  bnNextClick();
+  AnalyzeAtOnce = !isVisible();
 }
 
 // Deliberate: the caption of bnNext stays, so that it reads "Finish" on the first page too.
 void TfmTaskWiz::bnBackClick() {
   pages_->setCurrentIndex(pages_->currentIndex() - 1);
   bnBack_->setEnabled(pages_->currentIndex() > 0);
+  bnAnalyze_->hide();
   frRefConn_->setFocus();
+}
+
+// --- Connections made before
+
+void TfmTaskWiz::ShowRecent() {
+  for (const TPageExtras* extras : {&ref_extras_, &tgt_extras_}) {
+    extras->list->clear();
+    for (const TRecentConnection& connection : recent_.All())
+      extras->list->addItem(ToQt(ConnectionCaption(connection)));
+    extras->list->setCurrentIndex(-1);
+    extras->row->setVisible(!recent_.All().empty());
+  }
+}
+
+void TfmTaskWiz::TakeRecent(const TPageExtras& extras, TfrConn& frame, int index) {
+  if (index < 0) return;
+  const TRecentConnection& connection = recent_.All().at(static_cast<std::size_t>(index));
+  frame.TakeServer(connection.values);
+  extras.keep->setChecked(!connection.values.Text("password").empty());
+  frame.setFocus();
+}
+
+void TfmTaskWiz::Remember(const TPageExtras& extras, const TfrConn& frame) {
+  if (frame.Engine() != kEngineMySQL) return;
+  recent_.Add(*FindEngine(kEngineMySQL), frame.Values(), extras.keep->isChecked());
+}
+
+// Both databases often lie on one server: only the database is left to choose. What was typed stays.
+void TfmTaskWiz::OfferServer() {
+  const TEngineRow& engine = *FindEngine(kEngineMySQL);
+  if (frRefConn_->Engine() != engine.engine) return;
+  TEngineValues server = frRefConn_->Values();
+  const auto offered = [&](const TEngineValues& values) {
+    return SameConnection(engine, values, offered_, "database") && values.Text("password") == offered_.Text("password");
+  };
+  if (!offered(frTgtConn_->Values()) || offered(server) || server.Text("username").empty()) return;
+  server.Set("database", "");
+  frTgtConn_->TakeServer(server);
+  offered_ = server;
+  QTimer::singleShot(0, frTgtConn_, [this] { frTgtConn_->ChooseDatabase(); });
 }
 
 void TfmTaskWiz::cbLiveConnClick() { frRefConn_->SetEngine(kEngineMySQL); }
