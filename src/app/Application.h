@@ -2,6 +2,7 @@
 
 // The open task and what a user can do with it, without windows: the windows and the companion both drive this.
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -68,6 +69,8 @@ class TApplication {
   // Runs a text on the target, in the dialect of the task. `RunReport` tells how far it came. A connection that was
   // lost since it was last used, as while somebody read a question, is made anew first.
   void RunScript(const std::string& text);
+  // Called as a run goes on; see TScriptRunner.
+  void WatchRuns(std::function<void(const TRunReport& report)> watch) { runner_.OnProgress = std::move(watch); }
   const TRunReport& RunReport() const { return runner_.Report(); }
 
  private:

@@ -55,6 +55,7 @@ struct TDialectTraits {
   bool tells_result = false;        // comparing again after a run tells what it has reached
   bool asks_before_run = false;     // a run is always asked about, as what it can lose is known of any text
   bool ticked_actions = false;      // it tells its differences, which are ticked or not: see Differences
+  bool tells_statements = false;    // what became of each statement of a run is shown
   bool aligned_texts = false;       // the texts of a table are read side by side, line by line
 };
 

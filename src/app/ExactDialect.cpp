@@ -22,6 +22,7 @@ constexpr TDialectTraits kTraits = {.has_findings = true,
                                     .tells_result = true,
                                     .asks_before_run = true,
                                     .ticked_actions = true,
+                                    .tells_statements = true,
                                     .aligned_texts = true};
 
 std::string UnsafeLine(const TChange& change) { return change.table + ": " + change.LogText() + ": " + change.unsafe; }
@@ -159,7 +160,7 @@ void TExactDialect::RunScript(const std::string& text) {
   TVariant checks;
   target.GetResultSQL("select @@foreign_key_checks", checks);
   try {
-    parts_.runner.RunScript(text, true, SplitExactScript);
+    parts_.runner.RunScript(text, {.warnings = true}, SplitExactScript);
   } catch (...) {
     if (target.GetConnected()) RestoreChecks(target, VarToText(checks));
     throw;

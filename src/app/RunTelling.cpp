@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/FaultHints.h"
+#include "app/FaultPlace.h"
 #include "app/SideNames.h"
 #include "util/Counted.h"
 #include "util/Format.h"
@@ -50,35 +51,104 @@ std::string ForceLine(const TRunReport& report) {
          (unknown ? "and whether the others are is not known" : "the others were rolled back");
 }
 
-void AddWhatIsInForce(const TRunReport& report, TStringList& lines) {
-  if (report.executed == 0) {
-    lines.push_back(report.lost ? "no statement ran before it" : "no statement ran before it: the target is as it was");
-    return;
-  }
-  lines.push_back(ForceLine(report));
-  const std::size_t count = report.InForce();
+std::string SummaryOfForce(const TRunReport& report) {
+  if (report.executed > 0) return ForceLine(report);
+  return report.lost ? "no statement ran before it" : "no statement ran before it: the target is as it was";
+}
+
+// One statement of a run, its words below it.
+std::string StatementText(const TRunReport& report, std::size_t index, std::size_t line) {
+  const TStatementRun& run = report.runs[index];
+  TStringList facts = {StateWord(run.state)};
+  if (run.state != ERunState::NotRun) facts.push_back(DurationText(run.seconds));
+  if (run.rows) facts.push_back(Counted(static_cast<std::size_t>(*run.rows), "row"));
+  if (const std::string force = ForceWord(report, index); !force.empty()) facts.push_back(force);
+  std::string text = Format("%d: %s: line %d: %s\n", index + 1, JoinList(facts, ", "), line,
+                            ShownStatement(report.statements[index].text));
+  for (const std::string& words : LinesOf(run.words)) text += "    " + words + "\n";
+  return text;
+}
+
+}  // namespace
+
+void ListInForce(const TRunReport& report, TStringList& lines) {
+  const std::size_t count = report.executed > 0 ? report.InForce() : 0;
   const std::size_t from = count > kListedStatements ? count - kListedStatements : 0;
   if (from > 0) lines.push_back(Format("  (the first %d are not listed)", from));
   for (std::size_t i = from; i < count; ++i)
     lines.push_back(Format("  %d: %s", i + 1, ShownStatement(report.statements[i].text)));
 }
 
-}  // namespace
+TStringList FailureSummary(TDBConn& target, const TRunReport& report, const std::string& script,
+                           const std::string& error) {
+  TStringList lines;
+  if (report.failed) {
+    const std::size_t number = *report.failed;
+    const TScriptStatement& statement = report.statements[number];
+    const bool cancelled = number < report.runs.size() && report.runs[number].state == ERunState::Cancelled;
+    lines.push_back(Format("statement %d of %d %s at %s: %s", number + 1, report.statements.size(),
+                           cancelled ? "was cancelled" : "failed", PlaceIn(script, statement.start),
+                           ShownStatement(statement.text)));
+  }
+  lines.push_back(error);
+  if (report.lost || (report.statements.empty() && !StandsConnected(target)))
+    lines.push_back(Format("the connection to the target %s is lost", NameOf(target)) +
+                    WhatLossLeavesOpen(report, PacketHint(target, report)));
+  lines.push_back(SummaryOfForce(report));
+  return lines;
+}
 
 TStringList FailureLines(TDBConn& target, const TRunReport& report, const std::string& script,
                          const std::string& error) {
-  TStringList lines;
-  if (report.failed) {
-    const TScriptStatement& statement = report.statements[*report.failed];
-    lines.push_back(Format("statement %d of %d failed at %s: %s", *report.failed + 1, report.statements.size(),
-                           PlaceIn(script, statement.start), ShownStatement(statement.text)));
-  }
-  lines.push_back(error);
-  if (report.lost)
-    lines.push_back(Format("the connection to the target %s is lost", NameOf(target)) +
-                    WhatLossLeavesOpen(report, PacketHint(target, report)));
-  AddWhatIsInForce(report, lines);
+  TStringList lines = FailureSummary(target, report, script, error);
+  ListInForce(report, lines);
   return lines;
+}
+
+std::string RunSentence(const TRunReport& report) {
+  const std::size_t all = report.statements.size();
+  const std::string time = DurationText(report.seconds);
+  if (report.committed) return Format("%d of %s in %s.", report.executed, Counted(all, "statement"), time);
+  if (!report.ended) return Format("Running statement %d of %d.", std::min(report.executed + 1, all), all);
+  if (report.cancelled)
+    return Format("Cancelled after %d of %s, %s.", report.executed, Counted(all, "statement"), time);
+  if (!report.failed) return Format("Failed after %d of %s, %s.", report.executed, Counted(all, "statement"), time);
+  return Format("Statement %d of %d failed after %s.", *report.failed + 1, all, time);
+}
+
+std::string StateWord(ERunState state) {
+  constexpr const char* kWords[] = {"not run", "running", "done", "failed", "cancelled"};  // by ERunState
+  return kWords[static_cast<std::size_t>(state)];
+}
+
+std::string DurationText(double seconds) {
+  constexpr int kMinute = 60;
+  if (seconds < 1) return Format("%d ms", static_cast<int>(seconds * 1000));
+  if (seconds < kMinute) return Format("%.1f s", seconds);
+  const auto whole = static_cast<std::int64_t>(seconds);
+  return Format("%d min %d s", whole / kMinute, whole % kMinute);
+}
+
+std::string ForceWord(const TRunReport& report, std::size_t statement) {
+  if (!report.ended || report.runs[statement].state != ERunState::Done) return {};
+  if (statement < report.InForce()) return "in force";
+  return report.CommitUnknown() ? "not known" : "rolled back";
+}
+
+std::string RunText(const TRunReport& report, const std::string& script, const TStringList& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  text += "\n";
+  TLineCounter counter(script);
+  for (std::size_t i = 0; i < report.statements.size(); ++i)
+    text += StatementText(report, i, counter.LineAt(report.statements[i].start));
+  return text;
+}
+
+std::size_t TLineCounter::LineAt(std::size_t start) {
+  for (; counted_ < std::min(start, text_.size()); ++counted_)
+    if (text_[counted_] == '\n') ++line_;
+  return line_;
 }
 
 std::string SuccessLine(TDBConn& target, const TRunReport& report) {

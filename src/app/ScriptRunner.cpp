@@ -1,9 +1,12 @@
 #include "app/ScriptRunner.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "core/Host.h"
 #include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Lists.h"
 #include "util/Text.h"
 #include "util/Words.h"
 
@@ -19,39 +22,72 @@ bool CommitsByItself(const std::string& statement) {
   return InList(LowerText(word), {"create", "alter", "drop", "rename", "truncate"});
 }
 
+class TStopwatch {
+ public:
+  double Seconds() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count(); }
+
+ private:
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+// "Warning 1265: Data truncated for column 'a' at row 1", a line each. What can't be told is left out: the statement
+// ran.
+std::string Warnings(TDBConn& target) {
+  TStringList lines;
+  if (target.GetConnectionObject().WarningCount() == 0) return {};
+  try {
+    const std::unique_ptr<TDataset> rows = target.OpenQuery("show warnings");
+    for (; !rows->Eof(); rows->Next())
+      lines.push_back(
+          Format("%s %s: %s", VarToText(rows->Value(0)), VarToText(rows->Value(1)), VarToText(rows->Value(2))));
+  } catch (const EVelmora&) {
+  }
+  return JoinList(lines, "\n");
+}
+
 }  // namespace
 
 std::size_t TRunReport::InForce() const {
   if (committed) return executed;
   if (settled) return *settled;
   const auto end = statements.begin() + static_cast<std::ptrdiff_t>(executed);
-  const bool ended = std::any_of(statements.begin(), end,
-                                 [](const TScriptStatement& statement) { return CommitsByItself(statement.text); });
-  return ended ? executed : 0;
+  const bool committed_by_one = std::any_of(
+      statements.begin(), end, [](const TScriptStatement& statement) { return CommitsByItself(statement.text); });
+  return committed_by_one ? executed : 0;
 }
 
 bool TRunReport::CommitUnknown() const {
   return lost && !committed && (committing || (failed && CommitsByItself(statements[*failed].text)));
 }
 
-void TScriptRunner::RunScript(const std::string& text, bool useTransaction, TScriptSplitter split) {
+void TScriptRunner::RunScript(const std::string& text, const TRunWishes& wishes, TScriptSplitter split) {
   TDBConn& target = *connections_.target;
   report_ = {};
   bool done = false;
+  const TStopwatch watch;
   RunGuarded(
       [&] {
-        if (useTransaction) target.StartTransaction();
+        if (wishes.transaction) target.StartTransaction();
         progress_.ShowSimple("Analyzing script...");
         TScriptPieces cut = split(text);
         report_.statements = std::move(cut.statements);
-        Execute(target, cut.pieces);
+        report_.runs.resize(report_.statements.size());
+        Tell();
+        Execute(target, cut.pieces, wishes);
         report_.committing = true;
-        if (useTransaction) target.Commit();
+        if (wishes.transaction) target.Commit();
         report_.committed = done = true;
       },
       [&] {
+        report_.cancelled = !done && Host().Cancelling();
         if (!done) Settle(target, true);
-        RunGuarded([&] { RollBack(target, done); }, [&] { progress_.Finish(); });
+        report_.seconds = watch.Seconds();
+        RunGuarded([&] { RollBack(target, done); },
+                   [&] {
+                     progress_.Finish();
+                     report_.ended = true;
+                     Tell();
+                   });
       });
 }
 
@@ -75,14 +111,14 @@ void TScriptRunner::RollBack(TDBConn& target, bool done) {
 }
 
 // Deliberate: the bar's maximum counts the empty pieces of the cut too, so a script with comments ends short of it.
-void TScriptRunner::Execute(TDBConn& target, std::size_t pieces) {
+void TScriptRunner::Execute(TDBConn& target, std::size_t pieces, const TRunWishes& wishes) {
   progress_.ShowOneBar("Executing script...", static_cast<std::int64_t>(pieces));
   for (std::size_t i = 0; i < report_.statements.size(); ++i) {
-    const TScriptStatement& statement = report_.statements[i];
     progress_.StepTotal();
     try {
-      target.ExecSQL(statement.text);
+      RunOne(target, i, wishes.warnings);
     } catch (...) {
+      const TScriptStatement& statement = report_.statements[i];
       report_.failed = i;
       editor_.SetCaret(statement.position);
       editor_.ScrollToLine(editor_.CaretLine());
@@ -91,8 +127,30 @@ void TScriptRunner::Execute(TDBConn& target, std::size_t pieces) {
     }
     ++report_.executed;
     Settle(target, false);
+    Tell();
     Host().ProcessMessages();
   }
+}
+
+void TScriptRunner::RunOne(TDBConn& target, std::size_t index, bool warnings) {
+  TStatementRun& run = report_.runs[index];
+  run.state = ERunState::Running;
+  Tell();
+  const TStopwatch watch;
+  try {
+    const std::int64_t rows = target.ExecSQL(report_.statements[index].text);
+    run.seconds = watch.Seconds();
+    if (rows >= 0) run.rows = rows;
+  } catch (const std::exception& error) {
+    const auto* told = dynamic_cast<const EMySqlException*>(&error);
+    run.seconds = watch.Seconds();
+    run.error = told == nullptr ? 0 : told->Number();
+    run.words = error.what();
+    run.state = Host().Cancelling() ? ERunState::Cancelled : ERunState::Failed;
+    throw;
+  }
+  if (warnings) run.words = Warnings(target);
+  run.state = ERunState::Done;
 }
 
 }  // namespace velmora

@@ -2,7 +2,10 @@
 
 // Runs a script on the target, statement by statement, up to the first error.
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,9 +17,24 @@
 
 namespace velmora {
 
+enum class ERunState { NotRun, Running, Done, Failed, Cancelled };
+
+// What became of one statement.
+struct TStatementRun {
+  ERunState state = ERunState::NotRun;
+  double seconds = 0;                // that it took
+  std::optional<std::int64_t> rows;  // affected, where the engine tells
+  int error = 0;                     // the number of the server's error; 0: none, or none is known
+  std::string words;                 // the error; of a statement that ran the server's warnings, a line each
+};
+
 // What became of a run, also of one that failed or was cancelled.
 struct TRunReport {
   std::vector<TScriptStatement> statements;
+  std::vector<TStatementRun> runs;    // of each statement
+  double seconds = 0;                 // from the first statement to the end of the transaction
+  bool ended = false;                 // nothing more comes
+  bool cancelled = false;             // what ended it was the user's wish
   std::size_t executed = 0;           // statements that the server has accepted
   std::optional<std::size_t> failed;  // index of the statement that it refused
   bool committing = false;            // every statement ran, and the commit was sent
@@ -33,22 +51,35 @@ struct TRunReport {
   bool CommitUnknown() const;
 };
 
+struct TRunWishes {
+  bool transaction = true;  // one for the whole script
+  bool warnings = false;    // the server is asked for its warnings after a statement that has some
+};
+
 class TScriptRunner {
  public:
   // All outlive this object.
   TScriptRunner(TTaskConnections& connections, TScriptEditor& editor, TProgress& progress)
       : connections_(connections), editor_(editor), progress_(progress) {}
 
-  // Cuts `text` into statements by `split` and executes them on the target, in one transaction if `useTransaction` says
-  // so. The first error ends the run: the caret goes to the position of the failed statement, its line is marked, what
-  // the transaction still holds is rolled back, and the error passes on. The host may end it between two statements by
+  // Called with the report when the script is cut, when a statement begins and ends, and at the end of the run. Raises
+  // nothing.
+  std::function<void(const TRunReport& report)> OnProgress;
+
+  // Cuts `text` into statements by `split` and executes them on the target, in one transaction if that is wished. The
+  // first error ends the run: the caret goes to the position of the failed statement, its line is marked, what the
+  // transaction still holds is rolled back, and the error passes on. The host may end it between two statements by
   // raising from its message pump.
-  void RunScript(const std::string& text, bool useTransaction, TScriptSplitter split = SplitScript);
+  void RunScript(const std::string& text, const TRunWishes& wishes = {}, TScriptSplitter split = SplitScript);
   const TRunReport& Report() const { return report_; }  // of the last run
   void ForgetRun() { report_ = {}; }
 
  private:
-  void Execute(TDBConn& target, std::size_t pieces);
+  void Execute(TDBConn& target, std::size_t pieces, const TRunWishes& wishes);
+  void RunOne(TDBConn& target, std::size_t index, bool warnings);
+  void Tell() const {
+    if (OnProgress) OnProgress(report_);
+  }
   void Settle(TDBConn& target, bool after_error);
   static void RollBack(TDBConn& target, bool done);
 

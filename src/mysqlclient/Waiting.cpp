@@ -1,7 +1,5 @@
 #include "mysqlclient/Waiting.h"
 
-#include <sched.h>
-
 #include <utility>
 
 #include "mysqlclient/MyConnection.h"
@@ -26,7 +24,7 @@ std::atomic<int> left = 0;
 template <class Done>
 bool SpinUntil(Done done) {
   if (done()) return true;
-  for (const auto end = TSteady::now() + kSpin; TSteady::now() < end; sched_yield())
+  for (const auto end = TSteady::now() + kSpin; TSteady::now() < end; std::this_thread::yield())
     if (done()) return true;
   return false;
 }
@@ -174,6 +172,7 @@ void TWaiting::Do(TServerThread& thread, TMyConnection* connection, std::functio
     TCall* outer = std::exchange(call_, &call);
     Pump(call);
     call_ = outer;
+    if (over_) over_();
     if (call.given_up) {
       thread.Leave();
       throw EMySqlException(kGivenUp);

@@ -13,7 +13,7 @@
 #include <mutex>
 #include <optional>
 #include <thread>
-#include <type_traits>
+#include <utility>
 
 namespace velmora {
 
@@ -51,7 +51,9 @@ class TServerThread {
 class TWaiting {
  public:
   // `pump` lets messages run; it raises nothing, and no call of a connection that is waited for may come of it.
-  explicit TWaiting(std::function<void()> pump) : pump_(std::move(pump)) {}
+  // `over` is called after a call for which it ran, and raises nothing either.
+  explicit TWaiting(std::function<void()> pump, std::function<void()> over = nullptr)
+      : pump_(std::move(pump)), over_(std::move(over)) {}
 
   // --- For what the pump runs
   // How long the call under way has been waited for; none is: nothing.
@@ -72,6 +74,7 @@ class TWaiting {
   void Pump(TCall& call);
 
   std::function<void()> pump_;
+  std::function<void()> over_;
   TCall* call_ = nullptr;  // the one that is waited for; the innermost of several
 };
 

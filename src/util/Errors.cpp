@@ -10,6 +10,8 @@ EListError::EListError(std::int64_t index) : EVelmora(Format("List index out of 
 
 EAbort::EAbort() : EVelmora("Operation aborted") {}
 
+ECancelled::ECancelled() : EAbort("Cancelled") {}
+
 void RaiseError(const std::string& message) { throw EVelmora(message); }
 
 void RaiseAbstract() { throw EAbstractError(); }

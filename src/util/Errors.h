@@ -38,6 +38,15 @@ class EConvertError : public EVelmora {
 class EAbort : public EVelmora {
  public:
   EAbort();
+
+ protected:
+  using EVelmora::EVelmora;
+};
+
+// The user has ended the operation under way.
+class ECancelled : public EAbort {
+ public:
+  ECancelled();
 };
 
 // An error of a MySQL server or client, with its published number; 0 where there is none.

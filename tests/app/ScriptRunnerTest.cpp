@@ -25,7 +25,7 @@ class ScriptRunnerTest : public ::testing::Test {
   }
   void Run(const std::string& text, bool use_transaction = true) {
     editor_.SetText(text);
-    runner_.RunScript(editor_.Text(), use_transaction);
+    runner_.RunScript(editor_.Text(), {.transaction = use_transaction});
   }
 
   std::shared_ptr<testing::TFakeMyServer> server_ = std::make_shared<testing::TFakeMyServer>();

@@ -17,10 +17,11 @@ std::unique_ptr<TMyConnection> NewConnection(const TEngineClients& clients, cons
 
 }  // namespace
 
-TEngineClients TConnectionNotes::Watched(const TEngineClients& clients) const {
+TEngineClients TConnectionNotes::Watched(const TEngineClients& clients, std::shared_ptr<TWaiting> waiting) const {
   TEngineClients watched = clients;
-  watched.NewMyConnection = [clients, said = said_](const TEngineValues& values) {
+  watched.NewMyConnection = [clients, said = said_, waiting = std::move(waiting)](const TEngineValues& values) {
     auto connection = NewConnection(clients, values);
+    connection->Waiting = waiting;
     const TMyConnection* key = connection.get();
     said->erase(key);  // another one may have stood at this address
     connection->Notice = [said, key](const std::string& text) { (*said)[key] = text; };

@@ -10,11 +10,13 @@
 
 namespace velmora {
 
+class TWaiting;
+
 class TConnectionNotes {
  public:
-  // The same clients, whose connections to MySQL servers leave here what they have to say. They may outlive this
-  // object.
-  TEngineClients Watched(const TEngineClients& clients) const;
+  // The same clients, whose connections to MySQL servers leave here what they have to say, and wait by `waiting`, if it
+  // is any. They may outlive this object.
+  TEngineClients Watched(const TEngineClients& clients, std::shared_ptr<TWaiting> waiting) const;
 
   // A line for each thing said of a side, and for each socket that nobody has named.
   TStringList Of(const TTaskConnections& pair) const;

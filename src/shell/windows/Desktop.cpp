@@ -45,9 +45,11 @@ void Wait(int milliseconds) {
 }  // namespace
 
 TDesktop::TDesktop(TDesktopSetup setup, std::unique_ptr<TQtHost> host)
-    : setup_(std::move(setup)), host_(std::move(host)), host_guard_(std::make_unique<THostGuard>(*host_)) {}
+    : setup_(std::move(setup)), host_(std::move(host)), host_guard_(std::make_unique<THostGuard>(*host_)) {
+  setup_.wait = &host_->Wait();
+}
 
-TDesktop::~TDesktop() = default;
+TDesktop::~TDesktop() { host_->Wait().ShowBy(nullptr); }
 
 void TDesktop::Start(int splash_time) {
   main_ = std::make_unique<TfmMain>(setup_);
@@ -61,6 +63,8 @@ void TDesktop::Start(int splash_time) {
 
 void TDesktop::MakeForms() {
   progress_ = std::make_unique<TfmProgress>();
+  progress_->OnCancel = [this] { return host_->Wait().Cancel(); };
+  host_->Wait().ShowBy(progress_.get());
   about_ = std::make_unique<TfmAbout>(main_.get());
   confirm_ = std::make_unique<TfmConfirm>(main_.get());
   dump_ = std::make_unique<TfmDump>(main_.get());
@@ -77,7 +81,7 @@ int RunDesktop(int& argc, char** argv) {
   QApplication::setDesktopFileName(QStringLiteral("velmora"));
   QApplication::setWindowIcon(ProgramIcon());
   TUserOptions options;
-  TDesktop desktop({SettingsFile(), &options, {}});
+  TDesktop desktop({SettingsFile(), &options, {}, nullptr});
   desktop.Start();
   return QApplication::exec();
 }

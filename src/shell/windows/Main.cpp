@@ -21,10 +21,12 @@
 #include "shell/widgets/EmptyState.h"
 #include "shell/widgets/Icons.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/RunView.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/widgets/WindowLog.h"
 #include "shell/windows/Commands.h"
 #include "shell/windows/Progress.h"
+#include "shell/windows/WindowWait.h"
 #include "util/Clock.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -79,7 +81,7 @@ int Bounded(int value) { return std::clamp(value, -kFarthest, kFarthest); }
 }  // namespace
 
 TfmMain::TfmMain(TDesktopSetup setup) : setup_(std::move(setup)) {
-  setup_.clients = notes_.Watched(setup_.clients);
+  setup_.clients = notes_.Watched(setup_.clients, setup_.wait == nullptr ? nullptr : setup_.wait->Waiting());
   setObjectName(QStringLiteral("fmMain"));
   setWindowIcon(ProgramIcon());
   setContextMenuPolicy(Qt::NoContextMenu);  // nothing brings back a bar that was hidden by mistake
@@ -143,10 +145,16 @@ void TfmMain::FirstShow() {
   differences_ = std::make_unique<TDifferenceList>(app_->data);
   pnDifferences_->Show(differences_.get());
   app_->tree.SetView(tlActions_);
+  app_->WatchRuns([this](const TRunReport& report) { vRun_->Show(report); });
   task_ = std::make_unique<TTaskFile>(app_->connections, static_cast<TTaskHost&>(*this), setup_.clients);
   page_->setCurrentWidget(tsActions_);
   LoadOptions();
   ShowTask(false);
+}
+
+void TfmMain::resizeEvent(QResizeEvent* event) {
+  QMainWindow::resizeEvent(event);
+  FitBars();
 }
 
 void TfmMain::closeEvent(QCloseEvent* event) {
@@ -217,12 +225,14 @@ void TfmMain::ShowTask(bool active) {
 }
 
 void TfmMain::ShowPage() {
+  lbEqual_->setMaximumHeight(QWIDGETSIZE_MAX);
   page_->show();
   lbEqual_->hide();
 }
 
 void TfmMain::ClearWork() {
   app_->Forget();
+  ShowRunPage(false);
   empty_allowed_ = false;
   script_->Clear();
   ScriptIs(EScriptOf::Nobody);
@@ -287,7 +297,7 @@ void TfmMain::Analyze() {
         panMain_->setEnabled(false);
         if (app_->connections.reference) CheckComparable(*app_->connections.reference);
         log_->LogLine("Comparing...");
-        Compare();
+        CompareOrForget();
         AskAboutEmptyReference();
         TakeDifferences();
         acGenScript();

@@ -41,6 +41,8 @@ class TEmptyState;
 class TMarkBar;
 class TWindowLog;
 class TDiffView;
+class TRunView;
+class TWindowWait;
 struct TWindowPlace;
 
 // The forms that the main window shows, all of which outlive it.
@@ -57,6 +59,7 @@ struct TDesktopSetup {
   std::string settings_file;        // where the window's place and the recent list are kept
   TOptionStore* options = nullptr;  // outlives the window
   TEngineClients clients;
+  TWindowWait* wait = nullptr;  // how its connections wait, and are cancelled; outlives the window; the desktop sets it
 };
 
 // Whose work the script in the editor is, as far as the open pair goes.
@@ -123,6 +126,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
  protected:
   void showEvent(QShowEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
   // Layout
@@ -130,6 +134,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void MakeRecentCommands();
   void MakeMenus();
   void MakeBars();
+  void FitBars();
   void MakeWorkArea();
   QWidget* MakeEmptyState();
   void MakeStatusBar();
@@ -180,6 +185,16 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void UpdateExecute();
   bool MayRun(const std::string& script);
   void TellRun();
+  // Of MainRun.cpp: the page of the run, and what the user has cancelled
+  QWidget* MakeRunView();
+  void ShowRunPage(bool shown);
+  void BeginRun(const std::string& script);
+  void TellReached();
+  void GoToStatement(std::size_t start);
+  void Cancellable(const std::function<void()>& command);
+  void TellCancelled(const std::string& text);
+  void CompareOrForget();
+  void NameLostTarget(const std::function<void()>& asking);
   void TellFailedRun(const std::string& script, const std::string& error);
   bool RowsAllow();
   void RestoreFocus(QWidget* focused);
@@ -227,6 +242,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   const QAction* running_ = nullptr;  // the command that is under way
 
   // Components, owned by the window
+  QToolBar* barButtons_ = nullptr;
   QToolBar* barAnalyze_ = nullptr;
   QWidget* barAdvice_ = nullptr;
   QLabel* lbAdvice_ = nullptr;
@@ -242,6 +258,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   QWidget* tsActions_ = nullptr;
   QWidget* tsMessages_ = nullptr;
   QWidget* tsScript_ = nullptr;
+  QWidget* tsRun_ = nullptr;
+  TRunView* vRun_ = nullptr;
   QSplitter* splitter_ = nullptr;
   QLabel* pnActionsH_ = nullptr;
   TActionTreeView* tlActions_ = nullptr;

@@ -9,6 +9,7 @@
 #include "app/RunTelling.h"
 #include "core/Host.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/RunView.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/widgets/WindowLog.h"
 #include "shell/windows/About.h"
@@ -93,6 +94,7 @@ void TfmMain::acRunScript() {
   script_->ClearMarks();
   Host().ProcessMessages();
   const std::string script = script_->Text();
+  BeginRun(script);
   try {
     app_->RunScript(script);
   } catch (const EVelmora& error) {
@@ -109,10 +111,18 @@ void TfmMain::TellRun() {
 }
 
 void TfmMain::TellFailedRun(const std::string& script, const std::string& error) {
-  page_->setCurrentWidget(tsScript_);  // where the failed statement is marked
-  mScript_->setFocus();
-  const TStringList lines = FailureLines(*app_->connections.target, app_->RunReport(), script, error);
+  if (!app_->Dialect().Traits().tells_statements) {
+    page_->setCurrentWidget(tsScript_);  // where the failed statement is marked
+    mScript_->setFocus();
+  }
+  TStringList lines = FailureSummary(*app_->connections.target, app_->RunReport(), script, error);
+  vRun_->Tell(lines);
+  ListInForce(app_->RunReport(), lines);
   for (const std::string& line : lines) log_->LogLine(line);
+  if (app_->RunReport().cancelled) {
+    statusBar()->showMessage(ToQt(RunSentence(app_->RunReport())));
+    throw EAbort();
+  }
   RaiseError(JoinList(lines, "\n"));
 }
 
@@ -121,13 +131,16 @@ void TfmMain::acSynchronize() {
   const bool generated = script_of_ == EScriptOf::Analysis;
   {
     const TFrozen frozen(*mScript_);  // what is asked about is what runs
-    if (!MayRun(script_->Text()) || (generated && !RowsAllow())) return;
+    bool may_run = false;
+    NameLostTarget([&] { may_run = MayRun(script_->Text()) && (!generated || RowsAllow()); });
+    if (!may_run) return;
     const TDisabled disabled(Command("acSynchronize"));
     acRunScript();
   }
   if (!app_->Dialect().Traits().tells_result || !generated) return;
   Analyze();
   TellRun();
+  TellReached();
 }
 
 void TfmMain::acDialect(const TDialectRow& dialect) {

@@ -57,7 +57,7 @@ void TfmMain::OnCommand(QAction* command, std::function<void()> handler) {
       return;
     }
     running_ = command;
-    RunGuarded(handler, [this] { running_ = nullptr; });
+    RunGuarded([&] { Cancellable(handler); }, [this] { running_ = nullptr; });
   });
 }
 
@@ -144,9 +144,22 @@ void TfmMain::MakeBars() {
     made->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     return made;
   };
-  AddCommands(*bar("barButtons", "Button bar"), {"acNewTask", nullptr, "acOpenTask", "acSaveTask", nullptr, "acExit"});
+  barButtons_ = bar("barButtons", "Button bar");
+  AddCommands(*barButtons_, {"acNewTask", nullptr, "acOpenTask", "acSaveTask", nullptr, "acExit"});
   barAnalyze_ = bar("barAnalyze", "Second button bar");
   AddCommands(*barAnalyze_, {"acAnalyze", nullptr, "acDelAction", nullptr, "acSynchronize"});
+}
+
+// In a narrow window captions give way, those of the first bar first, so that no command is out of sight.
+void TfmMain::FitBars() {
+  const auto width_with = [](QToolBar* bar, Qt::ToolButtonStyle style) {
+    bar->setToolButtonStyle(style);
+    return bar->sizeHint().width();
+  };
+  const int commands = width_with(barButtons_, Qt::ToolButtonTextBesideIcon);
+  const int work = width_with(barAnalyze_, Qt::ToolButtonTextBesideIcon);
+  if (commands + work <= width()) return;
+  if (width_with(barButtons_, Qt::ToolButtonIconOnly) + work > width()) width_with(barAnalyze_, Qt::ToolButtonIconOnly);
 }
 
 void TfmMain::MakeWorkArea() {
@@ -185,6 +198,8 @@ void TfmMain::MakeWorkArea() {
   tsMessages_ = tab("tsMessages", "Messages", mLog_);
   mScript_ = Named(new TSqlEdit, "mScript");
   tsScript_ = tab("tsScript", "SQL Sync Script", mScript_);
+  tsRun_ = tab("tsRun", "Run", MakeRunView());
+  ShowRunPage(false);
 
   barFind_ = new TFindBar;
   column->addWidget(barFind_);

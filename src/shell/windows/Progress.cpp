@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QScreen>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -22,6 +23,12 @@ constexpr int kWidth = 460;
 constexpr int kHeight = 130;
 constexpr int kLeastLetters = 64;
 constexpr int kImageSize = 64;
+
+constexpr char kCancel[] = "Cancel";
+constexpr char kCutConnection[] = "Cut connection";
+constexpr char kCancelHint[] = "Ends what is under way (Esc)";
+constexpr char kCutHint[] = "Ends the connection without waiting for the server (Esc)";
+constexpr char kCancelling[] = "Cancelling...";
 
 int BarNumber(std::int64_t value) { return static_cast<int>(std::clamp<std::int64_t>(value, 0, 1 << 30)); }
 
@@ -76,12 +83,16 @@ TfmProgress::TfmProgress()
       detbar_(Named(new QProgressBar, "detbar")),
       lbDetail_(Named(new QLabel, "lbDetail")),
       lbStatus_(StatusLabel("lbStatus")),
-      lbErrors_(StatusLabel("lbErrors")) {
+      lbErrors_(StatusLabel("lbErrors")),
+      bnCancel_(Named(new QPushButton, "bnCancel")) {
   setObjectName(QStringLiteral("fmProgress"));
   setAttribute(Qt::WA_ShowWithoutActivating);
   // Deliberate: this window keeps its own light colours, which its navy titles and white picture are made for.
   setStyleSheet(
-      QStringLiteral("#fmProgress { background: #f4f6f9; border: 1px solid #8a97a8 } QLabel { color: black }"));
+      QStringLiteral("#fmProgress { background: #f4f6f9; border: 1px solid #8a97a8 } QLabel { color: black }"
+                     "QPushButton { color: black; background: white; border: 1px solid #8a97a8;"
+                     " border-radius: 3px; padding: 3px 14px }"
+                     "QPushButton:hover { background: #e6eef8 } QPushButton:pressed { background: #cfe0f4 }"));
   setAttribute(Qt::WA_StyledBackground);
   lbNaslovStatic_->setAlignment(Qt::AlignCenter);
   lbNaslovStatic_->setWordWrap(true);
@@ -106,6 +117,10 @@ TfmProgress::TfmProgress()
   auto* status = new QHBoxLayout;
   status->addWidget(lbStatus_, 1);
   status->addWidget(lbErrors_);
+  status->addWidget(bnCancel_);
+  bnCancel_->setFocusPolicy(Qt::NoFocus);
+  bnCancel_->setText(QLatin1String(kCutConnection));  // the longer of its captions, to make room for both
+  Handle(bnCancel_, &QPushButton::clicked, this, [this] { Cancel(); });
   column->addLayout(status);
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(1, 1, 1, 1);
@@ -116,6 +131,8 @@ TfmProgress::TfmProgress()
   setFixedSize(std::max(kWidth, kLeastLetters * fontMetrics().averageCharWidth()),
                std::max(kHeight, sizeHint().height()));
 }
+
+TfmProgress::~TfmProgress() = default;
 
 void TfmProgress::ShowSimple(const std::string& title) { Start(EShape::Simple, title, 0); }
 void TfmProgress::ShowOneBar(const std::string& title, std::int64_t max) { Start(EShape::OneBar, title, max); }
@@ -132,6 +149,8 @@ void TfmProgress::Start(EShape shape, const std::string& title, std::int64_t max
 
 void TfmProgress::DisableActiveForm() {
   // Another program may be in front: then it is the window that the user will come back to.
+  // Over a dialog only another one can be used.
+  setWindowModality(QApplication::activeModalWidget() != nullptr ? Qt::ApplicationModal : Qt::NonModal);
   QWidget* form = WorkingForm();
   disabled_form_ = form;
   if (form == nullptr) return;
@@ -158,7 +177,9 @@ void TfmProgress::BringUp() {
       const QRect desktop = screen->availableGeometry();
       move(desktop.center() - rect().center());
     }
+    OfferCancel();
     show();
+    qApp->installEventFilter(this);
   }
   raise();
   Host().ProcessMessages();
@@ -192,7 +213,32 @@ void TfmProgress::SetDetailText(const std::string& text) {
   lbDetail_->setText(metrics.elidedText(ToQt(text), Qt::ElideMiddle, width() - kImageSize - 60));
 }
 
+void TfmProgress::OfferCancel() {
+  bnCancel_->setText(QLatin1String(kCancel));
+  bnCancel_->setToolTip(QLatin1String(kCancelHint));
+  bnCancel_->setVisible(OnCancel != nullptr);
+}
+
+void TfmProgress::Cancel() {
+  if (!OnCancel) return;
+  lbStatus_->setText(QLatin1String(kCancelling));
+  if (!OnCancel()) return;
+  bnCancel_->setText(QLatin1String(kCutConnection));
+  bnCancel_->setToolTip(QLatin1String(kCutHint));
+}
+
+// The window that has the keyboard is another one, and out of use.
+bool TfmProgress::eventFilter(QObject* watched, QEvent* event) {
+  const QWidget* modal = QApplication::activeModalWidget();
+  const bool asked = modal != nullptr && modal != this && modal != disabled_form_;  // a question has Esc for itself
+  if (event->type() != QEvent::KeyPress || asked || dynamic_cast<QKeyEvent&>(*event).key() != Qt::Key_Escape)
+    return QWidget::eventFilter(watched, event);
+  AtTopLevel([this] { Cancel(); });
+  return true;
+}
+
 void TfmProgress::Finish() {
+  qApp->removeEventFilter(this);
   hide();
   if (!disabled_form_) return;
   QWidget* form = disabled_form_;

@@ -3,7 +3,9 @@
 #include <QLabel>
 #include <QPointer>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QWidget>
+#include <functional>
 
 #include "sync/Progress.h"
 
@@ -14,6 +16,11 @@ namespace velmora {
 class TfmProgress final : public QWidget, public TProgress {
  public:
   TfmProgress();
+  ~TfmProgress() override;
+
+  // The user ends what is under way, by the button or by Esc. Gives whether something is waited for that asking once
+  // more cuts off. Without it there is no button.
+  std::function<bool()> OnCancel;
 
   void ShowSimple(const std::string& title) override;
   void ShowOneBar(const std::string& title, std::int64_t max) override;
@@ -29,6 +36,7 @@ class TfmProgress final : public QWidget, public TProgress {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   enum class EShape { Simple, OneBar, TwoBars };
@@ -37,6 +45,8 @@ class TfmProgress final : public QWidget, public TProgress {
   void DisableActiveForm();
   void SetShape(EShape shape);
   void BringUp();
+  void OfferCancel();
+  void Cancel();
 
   QLabel* lbNaslovStatic_;  // title of the shape without bars
   QLabel* lbNaslovStd_;     // title of the others
@@ -46,6 +56,7 @@ class TfmProgress final : public QWidget, public TProgress {
   QLabel* lbDetail_;
   QLabel* lbStatus_;
   QLabel* lbErrors_;
+  QPushButton* bnCancel_;
 
   QPointer<QWidget> disabled_form_;
   QPointer<QWidget> focused_;  // in that form, to get the focus back

@@ -96,7 +96,10 @@ std::string FilterExtension(const std::string& filter) {
 TQtHost::TQtHost() = default;
 TQtHost::~TQtHost() = default;
 
-void TQtHost::ProcessMessages() { QCoreApplication::processEvents(); }
+void TQtHost::ProcessMessages() {
+  QCoreApplication::processEvents();
+  wait_.Check();
+}
 
 bool TQtHost::ConfirmOk(const std::string& message) { return Confirm(message, QMessageBox::Ok, QMessageBox::Cancel); }
 bool TQtHost::ConfirmYes(const std::string& message) { return Confirm(message, QMessageBox::Yes, QMessageBox::No); }

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "core/Host.h"
+#include "shell/windows/WindowWait.h"
 
 namespace velmora {
 
@@ -14,7 +15,9 @@ class TQtHost : public THost {
   TQtHost();
   ~TQtHost() override;
 
+  // Ends what is under way by ECancelled where the user has asked for that.
   void ProcessMessages() override;
+  bool Cancelling() const override { return wait_.Cancelling(); }
   bool ConfirmOk(const std::string& message) override;
   bool ConfirmYes(const std::string& message) override;
   bool OpenFile(const std::string& filter, std::string& path) override;
@@ -26,6 +29,8 @@ class TQtHost : public THost {
   void ShellOpen(const std::string& target, const std::string& parameters, const std::string& folder,
                  bool wait) override;
 
+  TWindowWait& Wait() { return wait_; }
+
  protected:
   // Hands an address, a document or a program to the system. False when nothing takes it.
   virtual bool OpenWithSystem(const std::string& target, const std::string& parameters, const std::string& folder,
@@ -34,6 +39,7 @@ class TQtHost : public THost {
  private:
   void ShowHelp();
 
+  TWindowWait wait_;
   std::unique_ptr<TfmHelp> help_;  // from its first showing on
 };
 

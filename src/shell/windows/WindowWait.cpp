@@ -1,0 +1,49 @@
+#include "shell/windows/WindowWait.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <chrono>
+#include <utility>
+
+#include "shell/widgets/TopLevel.h"
+#include "shell/windows/Progress.h"
+#include "util/Errors.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr std::chrono::milliseconds kLong{400};  // before a wait is shown
+constexpr char kWaiting[] = "Waiting for the server...";
+
+}  // namespace
+
+TWindowWait::TWindowWait() : waiting_(std::make_shared<TWaiting>([this] { Pump(); }, [this] { Over(); })) {}
+
+bool TWindowWait::Cancel() {
+  asked_ = true;
+  waiting_->Cancel();
+  return waiting_->Waited().has_value();
+}
+
+void TWindowWait::Check() {
+  if (asked_ && !waiting_->Waited() && !std::exchange(told_, true)) throw ECancelled();
+}
+
+// What the user does to a window that is still in use must not call the connection again: it is kept for later.
+void TWindowWait::Pump() {
+  AtTopLevel([this] {
+    if (progress_ != nullptr && !progress_->isVisible() && waiting_->Waited() > kLong) {
+      shows_ = true;
+      progress_->ShowSimple(kWaiting);
+    }
+    const bool shown = progress_ != nullptr && progress_->isVisible();
+    QCoreApplication::processEvents(shown ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
+  });
+}
+
+void TWindowWait::Over() {
+  if (std::exchange(shows_, false) && progress_ != nullptr) progress_->Finish();
+}
+
+}  // namespace velmora

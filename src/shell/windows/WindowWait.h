@@ -1,0 +1,40 @@
+#pragma once
+
+// How the window waits for its servers, and how the user ends what is under way.
+
+#include <memory>
+
+#include "mysqlclient/Waiting.h"
+
+namespace velmora {
+
+class TfmProgress;
+
+class TWindowWait {
+ public:
+  TWindowWait();
+
+  // Goes to each connection of the window's thread.
+  const std::shared_ptr<TWaiting>& Waiting() const { return waiting_; }
+  // Shows long waits by this window, unless it stands already. It outlives this object, or is taken away by null.
+  void ShowBy(TfmProgress* progress) { progress_ = progress; }
+
+  void Begin() { asked_ = told_ = false; }  // a new command; what was to be cancelled before is over
+  // By the user: ends the work at its next pause, and what is waited for meanwhile. True while something is waited for:
+  // asking once more cuts its connection.
+  bool Cancel();
+  bool Cancelling() const { return asked_; }
+  void Check();  // at a pause; raises ECancelled, once
+
+ private:
+  void Pump();
+  void Over();
+
+  TfmProgress* progress_ = nullptr;
+  bool shows_ = false;
+  bool asked_ = false;
+  bool told_ = false;
+  std::shared_ptr<TWaiting> waiting_;
+};
+
+}  // namespace velmora
