@@ -25,6 +25,7 @@ constexpr char kIgnoredNote[] = "Counts as equal: %s";
 constexpr char kMovedNote[] = "Moved: stands at line %d of the other text.";
 constexpr char kMovedChangedNote[] = "Changed and moved: stands at line %d of the other text.";
 
+constexpr std::size_t kMostAsked = 16;  // parts of a line of which each is asked whether it counts
 constexpr char kOneElement[] = "CREATE TABLE `t` (%s\n)";
 constexpr char kNoElement[] = "CREATE TABLE `t` (`c` int\n";
 
@@ -102,6 +103,8 @@ struct TLines {
 TLines LinesOfBlock(const TBlock& block) { return {block.first, block.last}; }
 
 bool OneLineEach(const TBlock& a, const TBlock& b) { return a.last == a.first + 1 && b.last == b.first + 1; }
+
+std::string ItemOf(const TBlock& block) { return block.element != nullptr ? block.element->name : block.key; }
 
 void Add(std::vector<TLetters>& all, TLetters letters) {
   if (letters.first < letters.last) all.push_back(letters);
@@ -208,13 +211,17 @@ void TAligner::AlignBlocks() {
   const auto other = [](const std::vector<TBlock>& blocks, std::size_t place) {
     return place == kNone ? nullptr : &blocks[place];
   };
-  for (const auto& [i, j] : order.steps)
+  for (const auto& [i, j] : order.steps) {
+    const std::size_t first = rows_.size();
     if (j == kNone)
       Alone(kLeft, left[i], other(right, order.matches[kLeft][i]));
     else if (i == kNone)
       Alone(kRight, right[j], other(left, order.matches[kRight][j]));
     else
       Beside(left[i], right[j]);
+    const std::string item = ItemOf(i != kNone ? left[i] : right[j]);
+    for (std::size_t row = first; row < rows_.size(); ++row) rows_[row].item = item;
+  }
 }
 
 void TAligner::AlignWholeTexts() {
@@ -262,7 +269,7 @@ void TAligner::AlignLines(TLines left, TLines right, const TVerdict& verdict) {
   const TOrder order = OrderOf(KeysOf(Lines(kLeft), left), KeysOf(Lines(kRight), right));
   const auto alone = [&](ESide side, std::size_t line) {
     const EAlignedRow kind = side == kLeft ? EAlignedRow::OnlyLeft : EAlignedRow::OnlyRight;
-    AddLine(side, line, {.kind = verdict.same ? EAlignedRow::Equal : kind, .sides = {}, .note = verdict.note});
+    AddLine(side, line, {.kind = verdict.same ? EAlignedRow::Equal : kind, .note = verdict.note});
   };
   std::deque<std::size_t> waiting;  // lines of the left that have nothing beside them yet
   const auto flush = [&] {
@@ -298,7 +305,7 @@ TAlignedRow TAligner::PairOf(std::size_t left, std::size_t right, const TVerdict
     row.note = kInheritedNote;
   }
   if ((CommaOf(a) == TLetters()) == (CommaOf(b) == TLetters())) return row;
-  if (row.kind == EAlignedRow::Same) row = {EAlignedRow::Equal, row.sides, kCommaNote};
+  if (row.kind == EAlignedRow::Same) row = {.kind = EAlignedRow::Equal, .sides = row.sides, .note = kCommaNote};
   Add(row.sides[kLeft].ignored, CommaOf(a));
   Add(row.sides[kRight].ignored, CommaOf(b));
   return row;
@@ -310,7 +317,7 @@ void TAligner::AddLetters(std::string_view a, std::string_view b, const TVerdict
   std::vector<bool> ignored(hunks.size(), verdict.same);
   row.kind = verdict.same ? EAlignedRow::Equal : EAlignedRow::Changed;
   row.note = verdict.note;
-  if (!verdict.same && block != nullptr) {
+  if (!verdict.same && block != nullptr && hunks.size() <= kMostAsked) {
     use_.ResetCounts();
     for (std::size_t i = 0; i < hunks.size(); ++i) ignored[i] = Ignorable(*block, ContentOf(a), ContentOf(b), hunks[i]);
     row.note = IgnoredNote(use_);

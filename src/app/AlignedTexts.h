@@ -31,9 +31,10 @@ struct TAlignedSide {
 
 struct TAlignedRow {
   EAlignedRow kind = EAlignedRow::Same;
-  std::array<TAlignedSide, 2> sides;  // by ESide; one has a line at least
-  std::string note;                   // what to know of it: equivalences by their names, where a moved line stands
-  bool moved = false;                 // the other text has the element too, elsewhere
+  std::array<TAlignedSide, 2> sides = {};  // by ESide; one has a line at least
+  std::string note = {};                   // what to know of it: equivalences by their names, where a moved line stands
+  bool moved = false;                      // the other text has the element too, elsewhere
+  std::string item = {};                   // of texts that are read: the element's name, "options", "partitioning"
 };
 
 inline bool Differs(const TAlignedRow& row) { return row.kind != EAlignedRow::Same && row.kind != EAlignedRow::Equal; }

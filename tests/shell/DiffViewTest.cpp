@@ -123,6 +123,29 @@ TEST_F(DiffViewTest, OneGoesFromPlaceToPlaceAndRound) {
   }
 }
 
+TEST_F(DiffViewTest, OneGoesToAnElementThatDiffers) {
+  for (const auto& [item, label] : {std::pair("C30", "Place 2 of 2"), {"new_too", "Place 1 of 2"}}) {
+    view_.GoToItem(item);
+    EXPECT_EQ(Label("lbPlaces"), label);
+  }
+  for (const char* item : {"c31", "not there", ""}) view_.GoToItem(item);  // stays
+  view_.GoToPlace(1);
+  EXPECT_EQ(Label("lbPlaces"), "Place 2 of 2");
+  view_.GoToItem("new_too");
+  view_.GoToPlace(-1);  // to the begin of the place
+  EXPECT_EQ(Label("lbPlaces"), "Place 1 of 2");
+}
+
+TEST_F(DiffViewTest, KeysLeadThroughItAndBothPanelsAreAsLarge) {
+  Left().setFocus();
+  QTest::keyClick(&Left(), Qt::Key_Tab);
+  EXPECT_TRUE(Right().hasFocus());
+  QTest::keyClick(&Right(), Qt::Key_Plus, Qt::ControlModifier);
+  Settle();
+  EXPECT_EQ(Left().LineHeight(), Right().LineHeight());
+  EXPECT_EQ(ShownAt(Left(), "`c31`"), ShownAt(Right(), "`c31`"));
+}
+
 TEST_F(DiffViewTest, NotesSayWhyLinesAreMarkedOrNot) {
   EXPECT_THAT(FromQt(NoteAt(Left(), 1)), HasSubstr("display-width"));
   EXPECT_THAT(FromQt(NoteAt(Right(), 2)), HasSubstr("Only in the reference."));

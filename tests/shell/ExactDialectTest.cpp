@@ -164,7 +164,14 @@ TEST_F(ExactDialectTest, PanelsShowTheServersTextsSideBySide) {
   EXPECT_THAT(MarkedLines("mDiffRef"), ::testing::ElementsAre(HasSubstr("`c` varchar(5)"), HasSubstr("COMMENT='R&D'")));
   EXPECT_THAT(MarkedLines("mDiffTgt"), ::testing::ElementsAre(HasSubstr("`c` varchar(50)"), StartsWith(")")));
   rig_.Trigger("acNextPlace");
-  EXPECT_THAT(FromQt(rig_.Find<QLabel>("lbPlaces")->text()), StartsWith("Place 1 of "));
+  EXPECT_EQ(FromQt(rig_.Find<QLabel>("lbPlaces")->text()), "Place 1 of 1");
+  for (const auto& [action, shown] : {std::pair("options of table", ") ENGINE"), {"column c", "  `c`"}}) {
+    Tree().setCurrentItem(Tree().findItems(QLatin1String(action), Qt::MatchContains | Qt::MatchRecursive).constFirst());
+    int line = 0;
+    int index = 0;
+    Panel("mDiffTgt").getCursorPosition(&line, &index);
+    EXPECT_THAT(Panel("mDiffTgt").LineBytes(line), StartsWith(shown));
+  }
 
   Panel("mDiffTgt").setFocus();
   rig_.Trigger("acSelectAll");

@@ -224,16 +224,25 @@ void TDiffView::GoToPlace(int step) {
   const TDiffPanel& panel = *panels_[panels_[kRight]->hasFocus() ? kRight : kLeft];
   const bool there = model_.place && panel.CaretRow() == panel.RowWithLine(model_.place->first);
   const std::size_t row = there ? model_.place->first : panel.CaretRow();
-  auto place = std::ranges::lower_bound(places_, row, {}, &TRowStretch::first);
+  const auto from = std::ranges::lower_bound(places_, row, {}, &TRowStretch::first);
+  const auto after = std::ranges::lower_bound(places_, there ? row + 1 : row, {}, &TRowStretch::first);
   if (step < 0)
-    place = (place == places_.begin() ? places_.end() : place) - 1;
-  else if (there)
-    ++place;
-  model_.place = place == places_.end() ? places_.front() : *place;
-  ShowPlace();
+    ShowPlace(from == places_.begin() ? places_.back() : *(from - 1));
+  else
+    ShowPlace(after == places_.end() ? places_.front() : *after);
 }
 
-void TDiffView::ShowPlace() {
+void TDiffView::GoToItem(const std::string& item) {
+  const auto holds = [&item](const TAlignedRow& row) { return Differs(row) && SameText(row.item, item); };
+  const auto first = std::ranges::find_if(model_.rows, holds);
+  if (item.empty() || first == model_.rows.end()) return;
+  const auto last = std::find_if_not(first, model_.rows.end(), holds);
+  const auto place = [this](auto row) { return static_cast<std::size_t>(row - model_.rows.begin()); };
+  ShowPlace({place(first), place(last)});
+}
+
+void TDiffView::ShowPlace(const TRowStretch& place) {
+  model_.place = place;
   for (TDiffPanel* panel : panels_) {
     panel->SetCaretRow(model_.place->first);
     panel->viewport()->update();
@@ -267,9 +276,8 @@ void TDiffView::TellPlaces() {
   if (model_.rows.empty() || !places_.empty()) lbNote_->clear();
   if (!model_.rows.empty() && places_.empty()) text = kNoPlace;
   if (model_.place) {
-    const auto number =
-        std::ranges::lower_bound(places_, model_.place->first, {}, &TRowStretch::first) - places_.begin();
-    text = Format("Place %d of %d", number + 1, places_.size());
+    const auto after = std::ranges::upper_bound(places_, model_.place->first, {}, &TRowStretch::first);
+    text = Format("Place %d of %d", after - places_.begin(), places_.size());
   }
   lbPlaces_->setText(ToQt(text));
   lbPlaces_->setToolTip(ToQt(Summary()));

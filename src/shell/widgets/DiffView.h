@@ -20,7 +20,8 @@ class TDiffView final : public QWidget {
 
   void Show(const std::string& reference, const std::string& target, TAlignedRows rows);  // from the first difference
   void Clear() { Show({}, {}, {}); }
-  void GoToPlace(int step);  // 1 for the next one, -1 for the one before; after the last comes the first
+  void GoToPlace(int step);                // 1 for the next one, -1 for the one before; after the last comes the first
+  void GoToItem(const std::string& item);  // an element that differs, "options", "partitioning", if it is there
 
   QLabel& Heading(ESide side) { return *headings_[side]; }
   TDiffPanel& Panel(ESide side) { return *panels_[side]; }
@@ -42,7 +43,7 @@ class TDiffView final : public QWidget {
   void ShareWidth();
   void ShareZoom(ESide side);
   void CaretMoved(ESide side);
-  void ShowPlace();
+  void ShowPlace(const TRowStretch& place);
   void TellPlaces();
   std::size_t LineOf(std::size_t row) const;  // of the model
   std::string NoteOf(const TDiffLine& line) const;

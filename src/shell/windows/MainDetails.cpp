@@ -7,6 +7,7 @@
 #include "shell/widgets/Headings.h"
 #include "shell/widgets/QtText.h"
 #include "shell/windows/Main.h"
+#include "util/Format.h"
 
 namespace velmora {
 
@@ -84,16 +85,24 @@ void TfmMain::ShowHeadings() {
   ShowDetailsOfDialect();
 }
 
-void TfmMain::ShowTableDDL(const std::string& table) {
+void TfmMain::ShowTableDDL(const std::string& table, const std::string& item) {
   if (!app_->connections.reference || !app_->connections.target) return;
   std::string reference;
   std::string target;
   app_->Dialect().TableTexts(table, reference, target);
   ShowDetailsOfDialect();
-  if (pnDetails_->currentWidget() == diff_)
-    return diff_->Show(reference, target, app_->Dialect().Aligned(reference, target));
+  if (pnDetails_->currentWidget() == diff_) {
+    diff_->Show(reference, target, app_->Dialect().Aligned(reference, target));
+    return diff_->GoToItem(item);
+  }
   mDDLref_->SetBytes(reference);
   mDDLtgt_->SetBytes(target);
+}
+
+void TfmMain::ShowNode(const TActionNode& node) {
+  const auto id = static_cast<int>(TryStrToInt(node.id).value_or(0));
+  const TActionRow* row = app_->data.mtActions.Find(id);
+  ShowTableDDL(node.parent != nullptr ? node.parent->text : node.text, row == nullptr ? "" : row->item);
 }
 
 void TfmMain::ClearDetails() {
