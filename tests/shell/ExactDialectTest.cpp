@@ -55,9 +55,10 @@ class ExactDialectTest : public ::testing::Test {
     return standard->isVisible() ? *standard : *rig_.Find<QTreeView>("tlDifferences");
   }
   int Groups() { return Tree().model()->rowCount(); }
-  void Focus(const char* table) {
+  void Focus(const char* line) {
     const QAbstractItemModel& model = *Tree().model();
-    Tree().setCurrentIndex(model.match(model.index(0, 0), Qt::DisplayRole, QLatin1String(table)).constFirst());
+    const auto flags = Qt::MatchContains | Qt::MatchRecursive;
+    Tree().setCurrentIndex(model.match(model.index(0, 0), Qt::DisplayRole, QLatin1String(line), 1, flags).constFirst());
   }
   TSqlEdit& Panel(const char* name) { return dynamic_cast<TSqlEdit&>(*rig_.Find<QWidget>(name)); }
   TStringList MarkedLines(const char* panel) {
@@ -165,8 +166,8 @@ TEST_F(ExactDialectTest, PanelsShowTheServersTextsSideBySide) {
   EXPECT_THAT(MarkedLines("mDiffTgt"), ::testing::ElementsAre(HasSubstr("`c` varchar(50)"), StartsWith(")")));
   rig_.Trigger("acNextPlace");
   EXPECT_EQ(FromQt(rig_.Find<QLabel>("lbPlaces")->text()), "Place 1 of 1");
-  for (const auto& [action, shown] : {std::pair("options of table", ") ENGINE"), {"column c", "  `c`"}}) {
-    Tree().setCurrentItem(Tree().findItems(QLatin1String(action), Qt::MatchContains | Qt::MatchRecursive).constFirst());
+  for (const auto& [action, shown] : {std::pair("options", ") ENGINE"), {"column c", "  `c`"}}) {
+    Focus(action);
     int line = 0;
     int index = 0;
     Panel("mDiffTgt").getCursorPosition(&line, &index);

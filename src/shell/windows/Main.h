@@ -220,7 +220,6 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   // Details: the texts of a table, beside the tree
   void ShowHeadings();                                                        // what the headings say
   void ShowTableDDL(const std::string& table, const std::string& item = {});  // from that element, if it differs
-  void ShowNode(const TActionNode& node);
   void ClearDetails();
   void ShowDetailsOfDialect();
   TSqlEdit* DetailsEditor() const;  // that has the focus, else the first one in view

@@ -7,7 +7,6 @@
 #include "shell/widgets/Headings.h"
 #include "shell/widgets/QtText.h"
 #include "shell/windows/Main.h"
-#include "util/Format.h"
 
 namespace velmora {
 
@@ -97,12 +96,6 @@ void TfmMain::ShowTableDDL(const std::string& table, const std::string& item) {
   }
   mDDLref_->SetBytes(reference);
   mDDLtgt_->SetBytes(target);
-}
-
-void TfmMain::ShowNode(const TActionNode& node) {
-  const auto id = static_cast<int>(TryStrToInt(node.id).value_or(0));
-  const TActionRow* row = app_->data.mtActions.Find(id);
-  ShowTableDDL(node.parent != nullptr ? node.parent->text : node.text, row == nullptr ? "" : row->item);
 }
 
 void TfmMain::ClearDetails() {

@@ -264,7 +264,7 @@ void TfmMain::ConnectWorkArea() {
   connect(mScript_, &QsciScintilla::modificationChanged, this, [this] { UpdateExecute(); });
   Handle(tlActions_, &QTreeWidget::currentItemChanged, this, [this] {
     const TActionNode* node = tlActions_->FocusedNode();
-    if (node != nullptr) ShowNode(*node);
+    if (node != nullptr) ShowTableDDL(node->parent != nullptr ? node->parent->text : node->text);
   });
   tlActions_->OnDeleteKey = [this] { Command("acDelAction")->trigger(); };
   ConnectTree();

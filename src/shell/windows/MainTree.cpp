@@ -41,7 +41,9 @@ bool Serves(const TPlannedStatement& statement, int action) {
 void TfmMain::ConnectTree() {
   pnDifferences_->OnTick = [this](const std::vector<std::size_t>& places, bool on) { Tick(places, on); };
   pnDifferences_->OnCurrent = [this] {
-    if (const std::string table = pnDifferences_->CurrentTable(); !table.empty()) ShowTableDDL(table);
+    const std::string table = pnDifferences_->CurrentTable();
+    const std::optional<std::size_t> place = pnDifferences_->Current();
+    if (!table.empty()) ShowTableDDL(table, place ? differences_->Row(*place).item : std::string());
   };
   pnDifferences_->OnDelete = [this] { Command("acDelAction")->trigger(); };
   pnDifferences_->OnFollow = [this] { FollowAction(); };
