@@ -255,9 +255,11 @@ void TDiffView::ShowPlace(const TRowStretch& place) {
 // As far to the right as it takes to see the first letters that differ.
 void TDiffView::ScrollToLetters(std::size_t row) {
   int offset = 0;
-  for (const TDiffPanel* panel : panels_)
-    if (const std::optional<int> letters = panel->LettersAt(row))
-      offset = std::max(offset, *letters - panel->viewport()->width() * 3 / 4);
+  for (const TDiffPanel* panel : panels_) {
+    const int width = panel->viewport()->width();
+    const int letters = panel->LettersAt(row).value_or(0);
+    if (letters > width) offset = std::max(offset, letters - width * 3 / 4);
+  }
   FollowHorizontal(offset);
 }
 
