@@ -111,8 +111,11 @@ void TfmMain::ReadSettings() {
 // Large enough for the contents, as far as the screen has room; where, the window system knows best.
 void TfmMain::PlaceFirst() {
   const QRect available = screen()->availableGeometry();
-  const QSize wanted = (available.size() * kFirstShare).expandedTo(minimumSizeHint());
-  resize(OnScreen(wanted, available));
+  QSize contents = minimumSizeHint();
+  int bars = 0;  // each of them gives way, but commands that are out of sight are not found
+  for (const QToolBar* bar : findChildren<QToolBar*>()) bars += bar->sizeHint().width();
+  contents.setWidth(std::max(contents.width(), bars));
+  resize(OnScreen((available.size() * kFirstShare).expandedTo(contents), available));
 }
 
 // A place that no screen has, or none at all, is left to the window system.
@@ -382,7 +385,7 @@ void TfmMain::ShowDialect() {
   ShowTree();
   sbDialect_->setVisible(active_);
   sbDialect_->setText(ToQt(app_->DialectLine()));
-  sbDialect_->setToolTip(ToQt(app_->Chosen().hint));
+  sbDialect_->setToolTip(sbDialect_->text() + QStringLiteral(". ") + ToQt(app_->Chosen().hint));
 }
 
 void TfmMain::AdviseDialect(const TDialectRow* fitting) {

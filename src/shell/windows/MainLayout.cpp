@@ -11,6 +11,7 @@
 #include <QStatusBar>
 #include <QVBoxLayout>
 
+#include "shell/widgets/ElidedLabel.h"
 #include "shell/widgets/EmptyState.h"
 #include "shell/widgets/Headings.h"
 #include "shell/widgets/Icons.h"
@@ -233,7 +234,7 @@ QWidget* TfmMain::MakeEmptyState() {
 
 void TfmMain::MakeStatusBar() {
   const auto part = [this](const char* name, const char* what) {
-    auto* label = Named(new QLabel, name);
+    auto* label = Named(new TElidedLabel, name);
     label->setAccessibleDescription(QLatin1String(what));
     label->setToolTip(QLatin1String(what));
     label->setTextFormat(Qt::PlainText);
