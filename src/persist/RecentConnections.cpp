@@ -87,6 +87,7 @@ std::string ConnectionCaption(const TRecentConnection& connection) {
   const bool usual = port.empty() || port == "0" || port == Format("%d", kMySqlPort);
   std::string caption = values.Text("database");
   caption += (caption.empty() ? "" : " on ") + values.Text("server") + (usual ? "" : ":" + port);
+  if (const std::string socket = values.Text("socket"); !socket.empty()) caption += ", " + socket;
   const std::string user = values.Text("username");
   return user.empty() ? caption : Format("%s (%s)", caption, user);
 }

@@ -21,7 +21,7 @@ struct TRecentConnection {
 bool SameConnection(const TEngineRow& engine, const TEngineValues& a, const TEngineValues& b,
                     std::string_view but = {});
 
-// "shop on db.example.org:3307 (reader)"
+// "shop on db.example.org:3307 (reader)"; behind the server a socket that was named.
 std::string ConnectionCaption(const TRecentConnection& connection);
 
 // The list of them, latest first, at most kRecentConnections. It lies in a file of its own, enciphered as a task file

@@ -186,6 +186,11 @@ void TakeAll(const TCamera& camera) {
 
   TakeMarks(rig, camera);
   QApplication::setPalette(DarkPalette());
+  rig.Trigger("acCloseTask");
+  camera.Take(rig.Main(), "dark-empty");
+  TakeDialog(rig, camera, "acNewTask", "dark-wizard");
+  TakeDialog(rig, camera, "acOptions", "dark-options");
+  TakeDialog(rig, camera, "acAbout", "dark-about");
   rig.NewTask("shop_reference", "shop_target");
   TakeDifferences(rig, camera, "dark");
   page->setCurrentIndex(2);

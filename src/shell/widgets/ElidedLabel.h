@@ -24,7 +24,7 @@ class TElidedLabel final : public QLabel {
   }
 
  private:
-  static constexpr int kLeastLetters = 12;
+  static constexpr int kLeastLetters = 16;
 };
 
 }  // namespace velmora

@@ -233,18 +233,21 @@ QWidget* TfmMain::MakeEmptyState() {
 }
 
 void TfmMain::MakeStatusBar() {
-  const auto part = [this](const char* name, const char* what) {
-    auto* label = Named(new TElidedLabel, name);
-    label->setAccessibleDescription(QLatin1String(what));
+  const auto part = [this](QLabel* label, const char* name, const char* what) {
+    Named(label, name)->setAccessibleDescription(QLatin1String(what));
     label->setToolTip(QLatin1String(what));
     label->setTextFormat(Qt::PlainText);
     label->hide();
     statusBar()->addPermanentWidget(label);
     return label;
   };
-  sbReference_ = part("sbReference", "Server of the reference");
-  sbTarget_ = part("sbTarget", "Server of the target");
-  sbDialect_ = part("sbDialect", "How the databases are compared");
+  sbReference_ = part(new QLabel, "sbReference", "Server of the reference");
+  sbTarget_ = part(new QLabel, "sbTarget", "Server of the target");
+  sbDialect_ = part(new TElidedLabel, "sbDialect", "How the databases are compared");
+  // Why this dialect was chosen gives way to what there is to tell.
+  connect(statusBar(), &QStatusBar::messageChanged, sbDialect_, [this](const QString& text) {
+    sbDialect_->setMaximumWidth(text.isEmpty() ? QWIDGETSIZE_MAX : sbDialect_->minimumSizeHint().width());
+  });
 }
 
 QWidget* TfmMain::MakeTreePanel() {

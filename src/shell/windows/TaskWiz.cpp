@@ -113,7 +113,10 @@ TfmTaskWiz::TfmTaskWiz(const TEngineClients& clients, QWidget* parent, const TEn
   auto* all = new QVBoxLayout(this);
   all->setContentsMargins(0, 0, 0, 0);
   all->setSpacing(0);
-  all->addWidget(new TPagesArea(pages_), 1);
+  auto* area = new TPagesArea(pages_);
+  all->addWidget(area, 1);
+  // Which page it is stands at its top.
+  connect(pages_, &QStackedWidget::currentChanged, area, [area] { area->verticalScrollBar()->setValue(0); });
   MakeRefPage();
   MakeTargetPage();
   MakeOptionsPage();
