@@ -114,6 +114,8 @@ bool TServerThread::CameBack(microseconds within) {
   return true;
 }
 
+bool TServerThread::Failed() const { return shared_->error != nullptr; }
+
 void TServerThread::PassOnError() {
   if (shared_->error) std::rethrow_exception(std::exchange(shared_->error, nullptr));
 }
@@ -172,7 +174,7 @@ void TWaiting::Do(TServerThread& thread, TMyConnection* connection, std::functio
     TCall* outer = std::exchange(call_, &call);
     Pump(call);
     call_ = outer;
-    if (over_) over_();
+    if (over_) over_(call.given_up || thread.Failed());
     if (call.given_up) {
       thread.Leave();
       throw EMySqlException(kGivenUp);

@@ -31,7 +31,8 @@ class TServerThread {
   void Start(std::function<void()> work);
   // Whether it came back within this time; by any thread.
   bool CameBack(std::chrono::microseconds within);
-  void PassOnError();  // after it came back
+  bool Failed() const;
+  void PassOnError();  // both after it came back
   // What is under way ends by itself some time, unheard; the next work gets a new thread.
   void Leave();
   bool IsHere() const;  // the caller runs on it
@@ -51,8 +52,8 @@ class TServerThread {
 class TWaiting {
  public:
   // `pump` lets messages run; it raises nothing, and no call of a connection that is waited for may come of it.
-  // `over` is called after a call for which it ran, and raises nothing either.
-  explicit TWaiting(std::function<void()> pump, std::function<void()> over = nullptr)
+  // `over` is called after a call for which it ran, and raises nothing either; with whether the call raises.
+  explicit TWaiting(std::function<void()> pump, std::function<void(bool failed)> over = nullptr)
       : pump_(std::move(pump)), over_(std::move(over)) {}
 
   // --- For what the pump runs
@@ -74,7 +75,7 @@ class TWaiting {
   void Pump(TCall& call);
 
   std::function<void()> pump_;
-  std::function<void()> over_;
+  std::function<void(bool failed)> over_;
   TCall* call_ = nullptr;  // the one that is waited for; the innermost of several
 };
 

@@ -24,9 +24,10 @@ class TPrivateServer {
   const std::string& Socket() const { return socket_; }
   int Port() const { return port_; }
 
-  void Kill();     // as if the machine had lost its power
-  void Stop();     // as an administrator does it
-  void Restart();  // with the same data, port and socket, whether it runs or not
+  void Kill();                                           // as if the machine had lost its power
+  void Stop();                                           // as an administrator does it
+  void Freeze(bool frozen) { process_.Freeze(frozen); }  // it hangs, and goes on
+  void Restart();                                        // with the same data, port and socket, whether it runs or not
 
  private:
   void Start();

@@ -62,6 +62,10 @@ void TServerProcess::Kill() {
   pid_ = 0;
 }
 
+void TServerProcess::Freeze(bool frozen) const {
+  if (pid_ != 0) kill(pid_, frozen ? SIGSTOP : SIGCONT);
+}
+
 void TServerProcess::Stop() {
   constexpr auto kPoll = 10ms;
   constexpr auto kGrace = 10s;

@@ -26,8 +26,9 @@ class TServerProcess {
 
   void Start(const std::vector<std::string>& command, const std::string& log) { pid_ = SpawnServer(command, log); }
   bool Running();
-  void Kill();  // as if the machine had lost its power
-  void Stop();  // as an administrator does it
+  void Kill();                     // as if the machine had lost its power
+  void Stop();                     // as an administrator does it
+  void Freeze(bool frozen) const;  // it hangs, and goes on
 
  private:
   pid_t pid_ = 0;

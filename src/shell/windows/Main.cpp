@@ -311,6 +311,7 @@ void TfmMain::Analyze() {
         pnDifferences_->SelectFirst();
       },
       [&] {
+        TooLateToCancel();
         app_->tree.EndUpdate();
         analyze->setEnabled(true);
         panMain_->setEnabled(true);
@@ -326,6 +327,7 @@ void TfmMain::Compare() {
   } catch (const EAbort&) {
     throw;
   } catch (const EVelmora& error) {
+    if (Host().Cancelling()) throw;  // nobody is asked why
     const TTaskConnections& pair = app_->connections;
     const TDialect& dialect = app_->Dialect();
     if (!dialect.TargetLost()) AdviseDialect(app_->DialectThatReads());

@@ -192,6 +192,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void TellReached();
   void GoToStatement(std::size_t start);
   void Cancellable(const std::function<void()>& command);
+  void BeginCancellable();
+  void TooLateToCancel();
   void TellCancelled(const std::string& text);
   void CompareOrForget();
   void NameLostTarget(const std::function<void()>& asking);

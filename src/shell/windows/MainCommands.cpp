@@ -105,12 +105,14 @@ void TfmMain::acRunScript() {
 }
 
 void TfmMain::TellRun() {
+  TooLateToCancel();
   const std::string line = SuccessLine(*app_->connections.target, app_->RunReport());
   log_->LogLine(line);
   statusBar()->showMessage(ToQt(line));
 }
 
 void TfmMain::TellFailedRun(const std::string& script, const std::string& error) {
+  TooLateToCancel();
   if (!app_->Dialect().Traits().tells_statements) {
     page_->setCurrentWidget(tsScript_);  // where the failed statement is marked
     mScript_->setFocus();
@@ -138,6 +140,7 @@ void TfmMain::acSynchronize() {
     acRunScript();
   }
   if (!app_->Dialect().Traits().tells_result || !generated) return;
+  BeginCancellable();
   Analyze();
   TellRun();
   TellReached();

@@ -90,7 +90,7 @@ void TfmMain::GoToStatement(std::size_t start) {
 
 // What ends because the user wants it to is told by log and status bar, not by a message box.
 void TfmMain::Cancellable(const std::function<void()>& command) {
-  if (setup_.wait != nullptr) setup_.wait->Begin();
+  BeginCancellable();
   try {
     command();
   } catch (const ECancelled& error) {
@@ -103,7 +103,16 @@ void TfmMain::Cancellable(const std::function<void()>& command) {
   }
 }
 
+void TfmMain::BeginCancellable() {
+  if (setup_.wait != nullptr) setup_.wait->Begin();
+}
+
+void TfmMain::TooLateToCancel() {
+  if (setup_.wait != nullptr) setup_.wait->TooLate();
+}
+
 void TfmMain::TellCancelled(const std::string& text) {
+  TooLateToCancel();
   const std::string line = text.starts_with(kCancelled) ? text : Format("%s: %s", kCancelled, text);
   if (log_) log_->LogLine(line);
   statusBar()->showMessage(ToQt(line));

@@ -18,7 +18,8 @@ constexpr char kWaiting[] = "Waiting for the server...";
 
 }  // namespace
 
-TWindowWait::TWindowWait() : waiting_(std::make_shared<TWaiting>([this] { Pump(); }, [this] { Over(); })) {}
+TWindowWait::TWindowWait()
+    : waiting_(std::make_shared<TWaiting>([this] { Pump(); }, [this](bool failed) { Over(failed); })) {}
 
 bool TWindowWait::Cancel() {
   asked_ = true;
@@ -42,7 +43,8 @@ void TWindowWait::Pump() {
   });
 }
 
-void TWindowWait::Over() {
+void TWindowWait::Over(bool failed) {
+  if (asked_ && failed) told_ = true;
   if (std::exchange(shows_, false) && progress_ != nullptr) progress_->Finish();
 }
 

@@ -24,11 +24,12 @@ class TWindowWait {
   // asking once more cuts its connection.
   bool Cancel();
   bool Cancelling() const { return asked_; }
-  void Check();  // at a pause; raises ECancelled, once
+  void Check();                     // at a pause; raises ECancelled, once, if no call has ended by it
+  void TooLate() { told_ = true; }  // what comes now is no work that could be cancelled
 
  private:
   void Pump();
-  void Over();
+  void Over(bool failed);
 
   TfmProgress* progress_ = nullptr;
   bool shows_ = false;
