@@ -49,14 +49,14 @@ class DifferenceTreeTest : public ::testing::Test {
     QTest::keyClick(&View(), key, with);
     QCoreApplication::processEvents();
   }
-  void ClickBox(const char* line) {
+  QPoint Box(const char* line) {
     QStyleOptionViewItem option;
     option.initFrom(&View());
     option.rect = View().visualRect(Line(line));
     option.features = QStyleOptionViewItem::HasCheckIndicator | QStyleOptionViewItem::HasDecoration;
-    const QRect box = View().style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, &View());
-    QTest::mouseClick(View().viewport(), Qt::LeftButton, Qt::NoModifier, box.center());
+    return View().style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, &View()).center();
   }
+  void ClickBox(const char* line) { QTest::mouseClick(View().viewport(), Qt::LeftButton, Qt::NoModifier, Box(line)); }
 
   TLiveDatabase reference_;
   TLiveDatabase target_;
@@ -184,8 +184,14 @@ TEST_F(DifferenceTreeTest, ActionsAndStatementsLeadToEachOther) {
     Script().getCursorPosition(&line, &index);
     return Script().LineBytes(line);
   };
-  Select({"column total"});
-  Key(Qt::Key_Return);
+  const auto double_click = [this](const QPoint& place) {
+    QTest::mouseDClick(View().viewport(), Qt::LeftButton, Qt::NoModifier, place);
+  };
+  double_click(Box("column total"));
+  double_click(View().visualRect(Line("orders")).center());  // folds it
+  EXPECT_EQ(Page().currentIndex(), 0);
+  double_click(View().visualRect(Line("orders")).center());
+  double_click(View().visualRect(Line("column total")).center());
   EXPECT_EQ(Page().currentIndex(), 2);
   EXPECT_TRUE(Script().hasFocus());
   EXPECT_THAT(caret_line(), HasSubstr("`total` varchar(255)"));

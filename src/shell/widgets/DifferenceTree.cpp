@@ -53,18 +53,31 @@ void TDifferenceView::keyPressEvent(QKeyEvent* event) {
   const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
   if (plain && event->key() == Qt::Key_Space && OnSpaceKey) return OnSpaceKey();
   if (plain && event->key() == Qt::Key_Delete && OnDeleteKey) return OnDeleteKey();
-  if (plain && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && OnEnter) return OnEnter();
+  if (plain && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) return Enter(currentIndex());
   QTreeView::keyPressEvent(event);
 }
 
 void TDifferenceView::mouseDoubleClickEvent(QMouseEvent* event) {
   QTreeView::mouseDoubleClickEvent(event);
-  const QModelIndex line = indexAt(event->position().toPoint());
-  if (event->button() != Qt::LeftButton || !line.isValid()) return;
+  const QPoint place = event->position().toPoint();
+  const QModelIndex line = indexAt(place);
+  if (event->button() == Qt::LeftButton && line.isValid() && !OnBox(line, place)) Enter(line);
+}
+
+void TDifferenceView::Enter(const QModelIndex& line) {
   if (model()->rowCount(line) > 0)
     setExpanded(line, !isExpanded(line));
-  else if (OnEnter)
+  else if (line.isValid() && OnEnter)
     OnEnter();
+}
+
+// Two quick clicks there are two ticks.
+bool TDifferenceView::OnBox(const QModelIndex& line, const QPoint& place) const {
+  QStyleOptionViewItem option;
+  initViewItemOption(&option);
+  option.rect = visualRect(line);
+  option.features |= QStyleOptionViewItem::HasCheckIndicator;
+  return place.x() <= style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, this).right();
 }
 
 void TDifferenceView::paintEvent(QPaintEvent* event) {

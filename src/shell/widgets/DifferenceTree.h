@@ -33,6 +33,9 @@ class TDifferenceView final : public QTreeView {
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  void Enter(const QModelIndex& line);  // folds and unfolds a group
+  bool OnBox(const QModelIndex& line, const QPoint& place) const;
+
   QString hint_;
 };
 

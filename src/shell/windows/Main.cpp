@@ -96,7 +96,10 @@ TfmMain::TfmMain(TDesktopSetup setup) : setup_(std::move(setup)) {
   ReadSettings();
 }
 
-TfmMain::~TfmMain() { tlActions_->disconnect(this); }
+TfmMain::~TfmMain() {
+  tlActions_->disconnect(this);
+  pnDifferences_->OnCurrent = nullptr;
+}
 
 // --- Start and end
 

@@ -46,7 +46,9 @@ void TfmMain::ConnectTree() {
     if (!table.empty()) ShowTableDDL(table, place ? differences_->Row(*place).item : std::string());
   };
   pnDifferences_->OnDelete = [this] { Command("acDelAction")->trigger(); };
-  pnDifferences_->OnFollow = [this] { FollowAction(); };
+  pnDifferences_->OnFollow = [this] {
+    if (running_ == nullptr) FollowAction();
+  };
   // Their keys are those of texts, too: they hold in the tree alone.
   for (const char* name : {"acUndoTick", "acRedoTick"}) {
     removeAction(Command(name));
