@@ -207,25 +207,27 @@ void TDifferenceList::Group() {
 
 std::string TDifferenceList::Heading() const {
   std::map<std::string, EDifferenceState> tables;
-  std::size_t there = 0;
   std::size_t unsafe = 0;
-  std::size_t unticked = 0;
   for (const TEntry& entry : entries_) {
     if (entry.decision == EDecision::Deleted) continue;
-    ++there;
     if (!entry.difference.unsafe.empty()) ++unsafe;
-    if (entry.decision == EDecision::Unticked) ++unticked;
     EDifferenceState& state = tables.emplace(entry.difference.table, EDifferenceState::Changed).first->second;
     if (WholeTable(entry.difference)) state = entry.difference.state;
   }
+  if (tables.empty()) return {};
+  const std::string text = Counted(tables.size(), "table") + ": " + StateCounts(tables);
+  return unsafe == 0 ? text : text + Format("; %d unsafe", unsafe);
+}
+
+std::string TDifferenceList::Footing() const {
+  const auto count = [this](EDecision decision) { return std::ranges::count(entries_, decision, &TEntry::decision); };
+  const auto ticked = count(EDecision::Ticked);
+  const auto there = static_cast<std::size_t>(ticked + count(EDecision::Unticked));
   if (there == 0) return {};
   std::size_t shown = 0;
   for (const TDifferenceGroup& group : groups_) shown += group.members.size();
-  std::string text = Counted(tables.size(), "table") + ": " + StateCounts(tables);
-  if (unsafe > 0) text += Format("; %d unsafe", unsafe);
-  if (unticked > 0) text += Format("; %d of %s unticked", unticked, Counted(there, "action"));
-  if (shown < there) text += Format("; %d of %s shown", shown, Counted(there, "action"));
-  return text;
+  const std::string text = Format("%d of %s ticked", ticked, Counted(there, "action"));
+  return shown == there ? text : text + Format(", %d shown", shown);
 }
 
 }  // namespace velmora

@@ -96,12 +96,14 @@ TDifferenceTree::TDifferenceTree(QWidget* parent)
       model_(new TDifferenceModel(this)),
       view_(new TDifferenceView),
       lbCounts_(Named(new QLabel, "lbCounts")),
+      lbTicked_(Named(new QLabel, "lbTicked")),
       edFilter_(Named(new QLineEdit, "edFilter")),
       cGrouping_(Choice("cGrouping", "How the actions are grouped", {"By table", "By kind"})),
       cSorting_(Choice("cSorting", "How the actions are sorted", {"By name", "By order of running"})) {
   setObjectName(QStringLiteral("pnDifferences"));
   lbCounts_->setWordWrap(true);
-  lbCounts_->setContentsMargins(4, 0, 2, 0);
+  for (QLabel* label : {lbCounts_, lbTicked_}) label->setContentsMargins(4, 0, 2, 0);
+  lbTicked_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
   edFilter_->setPlaceholderText(QStringLiteral("Filter (Ctrl+Shift+F)"));
   edFilter_->setToolTip(QStringLiteral("Words of a name, a kind, of what changes; new, changed, obsolete, unsafe"));
   edFilter_->setAccessibleName(QStringLiteral("Filter of the sync actions"));
@@ -119,6 +121,7 @@ TDifferenceTree::TDifferenceTree(QWidget* parent)
   choices->addWidget(cSorting_, 1);
   column->addLayout(choices);
   column->addWidget(view_, 1);
+  column->addWidget(lbTicked_);
   ConnectView();
 }
 
@@ -158,7 +161,7 @@ void TDifferenceTree::Show(TDifferenceList* list) {
 }
 
 void TDifferenceTree::Arrange() {
-  if (list_ == nullptr) return ShowHeading();
+  if (list_ == nullptr) return ShowCounts();
   list_->Arrange(cGrouping_->currentIndex() == 0 ? EGrouping::ByTable : EGrouping::ByKind,
                  cSorting_->currentIndex() == 0 ? ESorting::ByName : ESorting::ByRunning);
   list_->SetFilter(FromQt(edFilter_->text()));
@@ -174,12 +177,12 @@ void TDifferenceTree::Reload() {
   if (current)
     if (const QModelIndex line = model_->LineOf(*current); line.isValid()) view_->setCurrentIndex(line);
   reloading_ = false;
-  ShowHeading();
+  ShowCounts();
 }
 
 void TDifferenceTree::Refresh() {
   model_->TicksChanged();
-  ShowHeading();
+  ShowCounts();
 }
 
 void TDifferenceTree::Unfold() {
@@ -192,10 +195,13 @@ void TDifferenceTree::Unfold() {
 
 QString TDifferenceTree::GroupName(const QModelIndex& line) const { return line.data(Qt::DisplayRole).toString(); }
 
-void TDifferenceTree::ShowHeading() {
-  const QString counts = list_ == nullptr ? QString() : ToQt(list_->Heading());
-  lbCounts_->setText(counts);
-  lbCounts_->setVisible(!counts.isEmpty());
+void TDifferenceTree::ShowCounts() {
+  const auto show = [](QLabel& label, const std::string& text) {
+    label.setText(ToQt(text));
+    label.setVisible(!text.empty());
+  };
+  show(*lbCounts_, list_ == nullptr ? std::string() : list_->Heading());
+  show(*lbTicked_, list_ == nullptr ? std::string() : list_->Footing());
 }
 
 // --- Selecting

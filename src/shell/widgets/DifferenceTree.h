@@ -72,7 +72,7 @@ class TDifferenceTree final : public QWidget {
  private:
   void ConnectView();
   void Arrange();
-  void ShowHeading();
+  void ShowCounts();
   void Unfold();
   void TickSelected();
   QModelIndex NextLine(const QModelIndex& from, bool forward) const;
@@ -82,6 +82,7 @@ class TDifferenceTree final : public QWidget {
   TDifferenceModel* model_;
   TDifferenceView* view_;
   QLabel* lbCounts_;
+  QLabel* lbTicked_;  // below the tree, which must not move under the mouse when something is ticked
   QLineEdit* edFilter_;
   QComboBox* cGrouping_;
   QComboBox* cSorting_;

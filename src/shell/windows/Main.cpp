@@ -357,6 +357,8 @@ void TfmMain::AskAboutEmptyReference() {
 void TfmMain::RestoreFocus(QWidget* focused) {
   if (focused != nullptr && focused->isVisible())
     focused->setFocus();
+  else if (pnDifferences_->isVisible())
+    pnDifferences_->View().setFocus();
   else if (page_->isVisible())
     page_->setFocus();
 }
