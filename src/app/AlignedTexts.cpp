@@ -177,6 +177,9 @@ class TAligner {
   void AddLetters(std::string_view a, std::string_view b, const TVerdict& verdict, const TBlock* block,
                   TAlignedRow& row);
 
+  std::vector<bool> WhatCounts(const TBlock& block, std::string_view a, std::string_view b,
+                               const std::vector<TLetterHunk>& hunks, std::string& note);
+
   TVerdict Judge(const TBlock& left, const TBlock& right);
   bool SameMeaning(const TBlock& left, const TBlock& right);
   bool EndsInOptions() const;
@@ -313,25 +316,31 @@ TAlignedRow TAligner::PairOf(std::size_t left, std::size_t right, const TVerdict
 
 void TAligner::AddLetters(std::string_view a, std::string_view b, const TVerdict& verdict, const TBlock* block,
                           TAlignedRow& row) {
-  const std::vector<TLetterHunk> hunks = DifferingLetters(ContentOf(a), ContentOf(b));
-  std::vector<bool> ignored(hunks.size(), verdict.same);
   row.kind = verdict.same ? EAlignedRow::Equal : EAlignedRow::Changed;
   row.note = verdict.note;
-  if (!verdict.same && block != nullptr && hunks.size() <= kMostAsked) {
-    use_.ResetCounts();
-    for (std::size_t i = 0; i < hunks.size(); ++i) ignored[i] = Ignorable(*block, ContentOf(a), ContentOf(b), hunks[i]);
-    row.note = IgnoredNote(use_);
-  }
-  const bool any_counts = std::find(ignored.begin(), ignored.end(), false) != ignored.end();
+  const std::vector<TLetterHunk> hunks = DifferingLetters(ContentOf(a), ContentOf(b));
+  std::vector<bool> counts(hunks.size(), !verdict.same);
+  if (!verdict.same && block != nullptr && hunks.size() <= kMostAsked)
+    counts = WhatCounts(*block, a, b, hunks, row.note);
+  const auto add = [](TAlignedSide& side, bool counted, TLetters letters, std::string_view line) {
+    const auto indent = static_cast<std::size_t>(ContentOf(line).data() - line.data());
+    Add(counted ? side.counts : side.ignored, {letters.first + indent, letters.last + indent});
+  };
   for (std::size_t i = 0; i < hunks.size(); ++i) {
-    const bool counts = !verdict.same && (!any_counts || !ignored[i]);
-    const auto add = [&](TAlignedSide& side, TLetters letters, std::string_view line) {
-      const std::size_t indent = static_cast<std::size_t>(ContentOf(line).data() - line.data());
-      Add(counts ? side.counts : side.ignored, {letters.first + indent, letters.last + indent});
-    };
-    add(row.sides[kLeft], hunks[i].left, a);
-    add(row.sides[kRight], hunks[i].right, b);
+    add(row.sides[kLeft], counts[i], hunks[i].left, a);
+    add(row.sides[kRight], counts[i], hunks[i].right, b);
   }
+}
+
+// Of lines that do not mean the same. If by itself none of it counts, all of it does together.
+std::vector<bool> TAligner::WhatCounts(const TBlock& block, std::string_view a, std::string_view b,
+                                       const std::vector<TLetterHunk>& hunks, std::string& note) {
+  use_.ResetCounts();
+  std::vector<bool> counts;
+  for (const TLetterHunk& hunk : hunks) counts.push_back(!Ignorable(block, ContentOf(a), ContentOf(b), hunk));
+  if (std::ranges::find(counts, true) == counts.end()) return std::vector<bool>(hunks.size(), true);
+  note = IgnoredNote(use_);
+  return counts;
 }
 
 // --- Meaning
