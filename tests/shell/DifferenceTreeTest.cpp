@@ -113,6 +113,15 @@ TEST_F(DifferenceTreeTest, TicksAreTakenByMouseAndKeysAndTheScriptFollows) {
   EXPECT_THAT(rig_.Text("mScript"), Not(HasSubstr("drop table")));
 }
 
+TEST_F(DifferenceTreeTest, WhatWasLeftOutIsStillADifferenceAfterTheRun) {
+  for (const char* line : {"old", "column total"}) ClickBox(line);
+  rig_.Ask("acSynchronize", "Yes");
+  EXPECT_FALSE(rig_.Shown("lbEqual"));
+  EXPECT_EQ(Heading(), "2 tables: 1 obsolete, 1 changed; 2 unsafe");
+  EXPECT_EQ(Footing(), "0 of 2 actions ticked");
+  EXPECT_THAT(FromQt(rig_.Find<QLabel>("lbRun")->text()), HasSubstr(" 2 differences are left: the list shows what."));
+}
+
 TEST_F(DifferenceTreeTest, DeletedLinesGoAndComeBackAndTheNextOneIsCurrent) {
   Select({"column total", "column note"});
   Key(Qt::Key_Delete);

@@ -76,7 +76,7 @@ class RunTest : public ::testing::Test {
   int ticks_ = 0;
 };
 
-TEST_F(RunTest, EachStatementIsToldAndTheComparisonBehindItToo) {
+TEST_F(RunTest, EachStatementIsToldAndTheComparisonAfterItToo) {
   EXPECT_FALSE(rig_.Find<QTabWidget>("page")->isTabVisible(3));
   rig_.Trigger("acAnalyze");
   Run();

@@ -1,5 +1,5 @@
-// Drives the desktop program on the samples and writes pictures of its windows: velmora-screenshots FOLDER. They are
-// made without a screen, so they look the same everywhere.
+// Drives the desktop program on the samples and writes pictures of its windows: velmora-screenshots FOLDER, and the
+// steps of a moving one into FOLDER/steps. They are made without a screen, so they look the same everywhere.
 
 #include <QApplication>
 #include <QDir>
@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QTabWidget>
 #include <QTreeView>
+#include <QTreeWidget>
 #include <cstdio>
 
 #include "app/ScriptSplitter.h"
@@ -21,7 +22,7 @@ constexpr char kSamples[] = VELMORA_SOURCE_DIR "/examples/live/";
 
 class TCamera {
  public:
-  explicit TCamera(std::string folder) : folder_(std::move(folder)) { QDir().mkpath(ToQt(folder_)); }
+  explicit TCamera(std::string folder) : folder_(std::move(folder)) { QDir().mkpath(ToQt(folder_ + "/steps")); }
 
   void Take(QWidget& window, const char* name) const {
     QCoreApplication::processEvents();
@@ -73,17 +74,53 @@ void TakeWizard(TDesktopRig& rig, const TCamera& camera) {
   rig.Trigger("acNewTask");
 }
 
+// The line of the tree that shows this text.
+void Choose(QTreeView& tree, const char* text) {
+  const QAbstractItemModel& lines = *tree.model();
+  const QModelIndexList found =
+      lines.match(lines.index(0, 0), Qt::DisplayRole, QLatin1String(text), 1, Qt::MatchStartsWith | Qt::MatchRecursive);
+  if (found.isEmpty()) throw std::runtime_error(std::string("no line ") + text);
+  tree.setCurrentIndex(found.constFirst());
+  tree.setFocus();
+}
+
 void TakeDifferences(TDesktopRig& rig, const TCamera& camera, const char* name) {
   rig.Trigger("acAnalyze");
-  auto* tree = rig.Find<QTreeView>("tlActions");
-  if (!tree->isVisible()) tree = rig.Find<QTreeView>("tlDifferences");
-  const QAbstractItemModel& lines = *tree->model();
-  for (int i = 0; i < lines.rowCount(); ++i)
-    if (const QModelIndex table = lines.index(i, 0); lines.rowCount(table) > 0)
-      tree->setCurrentIndex(lines.index(0, 0, table));
-  tree->scrollToTop();
-  tree->setFocus();
+  Choose(*rig.Find<QTreeView>("tlDifferences"), "column last_name");
   camera.Take(rig.Main(), name);
+}
+
+void TakeStandard(TDesktopRig& rig, const TCamera& camera) {
+  rig.NewTask("shop_reference", "shop_target", "acStandardDialect");
+  rig.Trigger("acAnalyze");
+  auto* tree = rig.Find<QTreeWidget>("tlActions");
+  tree->setCurrentItem(tree->topLevelItem(2)->child(0));
+  tree->setFocus();
+  camera.Take(rig.Main(), "standard");
+}
+
+// Analyze, take out what would lose data, run.
+void TakeSteps(TDesktopRig& rig, const TCamera& camera) {
+  auto step = [&, number = 0]() mutable { camera.Take(rig.Main(), ("steps/" + std::to_string(++number)).c_str()); };
+  rig.NewTask("shop_reference", "shop_target", "acAutomaticDialect");
+  step();
+  rig.Trigger("acAnalyze");
+  step();
+  auto* tree = rig.Find<QTreeView>("tlDifferences");
+  for (const char* line : {"affiliate_clicks", "affiliates", "column icq_number"}) {
+    Choose(*tree, line);
+    QTest::keyClick(tree, Qt::Key_Space);
+    step();
+  }
+  WhenModal([&](QWidget* question) {
+    camera.TakeBoth(rig.Main(), *question, "steps/6");
+    Click(*question, "bnYes");
+  });
+  rig.Trigger("acSynchronize");
+  camera.Take(rig.Main(), "steps/8");
+  rig.Find<QTabWidget>("page")->setCurrentWidget(rig.Find<QWidget>("tsRun"));
+  camera.Take(rig.Main(), "steps/7");
+  camera.Take(rig.Main(), "run");
 }
 
 void TakeProgress(TDesktopRig& rig, const TCamera& camera) {
@@ -96,7 +133,7 @@ void TakeProgress(TDesktopRig& rig, const TCamera& camera) {
 }
 
 void TakeFailedRun(TDesktopRig& rig, const TCamera& camera) {
-  rig.NewTask("stop_reference", "stop_target");
+  rig.NewTask("stop_reference", "stop_target", "acStandardDialect");
   rig.Trigger("acAnalyze");
   WhenModal([&](QWidget* box) {
     camera.TakeBoth(rig.Main(), *box, "failed-run");
@@ -159,31 +196,29 @@ void TakeAll(const TCamera& camera) {
   rig.Main().resize(1000, 700);
   camera.Take(rig.Main(), "empty");
   TakeWizard(rig, camera);
+  rig.NewTask("shop_reference", "shop_target", "acAutomaticDialect");
+  camera.Take(rig.Main(), "hint");
   TakeDifferences(rig, camera, "differences");
+  WhenModal([&](QWidget* box) {
+    camera.TakeBoth(rig.Main(), *box, "question");
+    box->close();
+  });
+  rig.Trigger("acSynchronize");
   auto* page = rig.Find<QTabWidget>("page");
-  page->setCurrentIndex(2);
+  page->setCurrentWidget(rig.Find<QWidget>("tsScript"));
   camera.Take(rig.Main(), "script");
-  page->setCurrentIndex(1);
+  page->setCurrentWidget(rig.Find<QWidget>("tsMessages"));
   camera.Take(rig.Main(), "messages");
-  page->setCurrentIndex(0);
+  page->setCurrentWidget(rig.Find<QWidget>("tsActions"));
   TakeProgress(rig, camera);
   TakeDialog(rig, camera, "acOptions", "options");
   TakeDialog(rig, camera, "acAbout", "about");
   TakeDialog(rig, camera, "acDumpDB", "dump");
+  TakeStandard(rig, camera);
   TakeFailedRun(rig, camera);
 
-  rig.NewTask("shop_reference", "shop_target");
-  rig.Find<QAction>("acExactDialect")->trigger();
-  camera.Take(rig.Main(), "exact-hint");
-  TakeDifferences(rig, camera, "exact");
-  WhenModal([&](QWidget* box) {
-    camera.TakeBoth(rig.Main(), *box, "exact-question");
-    box->close();
-  });
-  rig.Trigger("acSynchronize");
-  page->setCurrentIndex(2);
-  camera.Take(rig.Main(), "exact-script");
-
+  rig.NewTask("shop_reference", "shop_target", "acAutomaticDialect");
+  rig.Trigger("acAnalyze");
   TakeMarks(rig, camera);
   QApplication::setPalette(DarkPalette());
   rig.Trigger("acCloseTask");
@@ -191,12 +226,14 @@ void TakeAll(const TCamera& camera) {
   TakeDialog(rig, camera, "acNewTask", "dark-wizard");
   TakeDialog(rig, camera, "acOptions", "dark-options");
   TakeDialog(rig, camera, "acAbout", "dark-about");
-  rig.NewTask("shop_reference", "shop_target");
+  rig.NewTask("shop_reference", "shop_target", "acAutomaticDialect");
   TakeDifferences(rig, camera, "dark");
-  page->setCurrentIndex(2);
+  page->setCurrentWidget(rig.Find<QWidget>("tsScript"));
   camera.Take(rig.Main(), "dark-script");
+  QApplication::setPalette(QPalette());
+  TakeSteps(rig, camera);
+  WhenModal([](QWidget* question) { Click(*question, "bnYes"); });
   rig.Trigger("acSynchronize");
-  rig.Trigger("acAnalyze");
   camera.Take(rig.Main(), "identical");
   rig.Main().close();
 }

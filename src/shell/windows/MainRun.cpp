@@ -54,11 +54,11 @@ void TfmMain::BeginRun(const std::string& script) {
   page_->setCurrentWidget(tsRun_);
 }
 
-// What a run has reached, by the comparison behind it. It stays in view beside the word that all is equal.
+// What a run has reached, by the comparison after it. It stays in view beside the word that all is equal.
 void TfmMain::TellReached() {
   if (!app_->Dialect().Traits().tells_statements) return;
   const bool identical = app_->Dialect().Identical();
-  const std::size_t left = app_->data.mtActions.Count();
+  const std::size_t left = TicksActions() ? differences_->Count() : app_->data.mtActions.Count();
   std::string line = RunSentence(app_->RunReport());
   if (identical)
     line += " The databases are identical.";
