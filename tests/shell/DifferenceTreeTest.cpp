@@ -57,6 +57,13 @@ class DifferenceTreeTest : public ::testing::Test {
     option.features = QStyleOptionViewItem::HasCheckIndicator | QStyleOptionViewItem::HasDecoration;
     return View().style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, &View()).center();
   }
+  std::string CaretLine(const char* editor) {
+    auto& edit = dynamic_cast<TSqlEdit&>(*rig_.Find<QWidget>(editor));
+    int line = 0;
+    int index = 0;
+    edit.getCursorPosition(&line, &index);
+    return edit.LineBytes(line);
+  }
   void ClickBox(const char* line) { QTest::mouseClick(View().viewport(), Qt::LeftButton, Qt::NoModifier, Box(line)); }
 
   TLiveDatabase reference_;
@@ -184,6 +191,10 @@ TEST_F(DifferenceTreeTest, TheFilterAndTheKeysFindDifferences) {
   QTest::keyClick(&rig_.Main(), Qt::Key_F8, Qt::ShiftModifier);
   EXPECT_EQ(Current(), "column note");
   EXPECT_THAT(rig_.Text("mDiffRef"), HasSubstr("CREATE TABLE `orders`"));
+  for (const auto& [action, line] : {std::pair("index k", "  KEY `k`"), std::pair("column note", "  `note` text")}) {
+    Select({action});
+    EXPECT_THAT(CaretLine("mDiffRef"), ::testing::StartsWith(line));
+  }
 
   rig_.Find<QComboBox>("cGrouping")->setCurrentIndex(1);
   EXPECT_EQ(Current(), "orders.note");
@@ -191,12 +202,6 @@ TEST_F(DifferenceTreeTest, TheFilterAndTheKeysFindDifferences) {
 }
 
 TEST_F(DifferenceTreeTest, ActionsAndStatementsLeadToEachOther) {
-  const auto caret_line = [this] {
-    int line = 0;
-    int index = 0;
-    Script().getCursorPosition(&line, &index);
-    return Script().LineBytes(line);
-  };
   const auto double_click = [this](const QPoint& place) {
     QTest::mouseDClick(View().viewport(), Qt::LeftButton, Qt::NoModifier, place);
   };
@@ -207,7 +212,7 @@ TEST_F(DifferenceTreeTest, ActionsAndStatementsLeadToEachOther) {
   double_click(View().visualRect(Line("column total")).center());
   EXPECT_EQ(Page().currentIndex(), 2);
   EXPECT_TRUE(Script().hasFocus());
-  EXPECT_THAT(caret_line(), HasSubstr("`total` varchar(255)"));
+  EXPECT_THAT(CaretLine("mScript"), HasSubstr("`total` varchar(255)"));
 
   const TStringList lines = LinesOf(rig_.Text("mScript"));
   const auto drop = std::ranges::find_if(lines, [](const std::string& line) { return line.starts_with("drop table"); });
@@ -221,7 +226,7 @@ TEST_F(DifferenceTreeTest, ActionsAndStatementsLeadToEachOther) {
   EXPECT_EQ(Page().currentIndex(), 0);  // it has no statement
   Select({"index k"});
   rig_.Press(Qt::Key_F12);
-  EXPECT_THAT(caret_line(), HasSubstr("`k`"));
+  EXPECT_THAT(CaretLine("mScript"), HasSubstr("`k`"));
   rig_.Press(Qt::Key_F12);
   EXPECT_EQ(Current(), "index k");
 }
