@@ -107,6 +107,7 @@ void TfmMain::ClearDetails() {
 void TfmMain::ShowDetailsOfDialect() {
   const bool aligned = app_->Dialect().Traits().aligned_texts;
   pnDetails_->setCurrentWidget(aligned ? static_cast<QWidget*>(diff_) : plainTexts_);
+  for (const char* name : {"acNextPlace", "acPreviousPlace"}) Command(name)->setVisible(aligned);
 }
 
 TSqlEdit* TfmMain::DetailsEditor() const {

@@ -125,8 +125,9 @@ void TfmMain::MakeMenus() {
   for (QAction* recent : acRecent_) files->addAction(recent);
   AddCommands(*files, {nullptr, "acExit"});
   AddCommands(*menu("&Script"), {"acLoadScriptFromFile", "acSaveScriptToFile"});
-  AddCommands(*menu("&Actions"), {"acDelAction", "acUndoTick", "acRedoTick", nullptr, "acNextDifference",
-                                  "acPreviousDifference", "acFilterActions", "acFollow", nullptr, "acSynchronize"});
+  AddCommands(*menu("&Actions"),
+              {"acDelAction", "acUndoTick", "acRedoTick", nullptr, "acNextDifference", "acPreviousDifference",
+               "acNextPlace", "acPreviousPlace", "acFilterActions", "acFollow", nullptr, "acSynchronize"});
   QMenu* tools = menu("&Tools");
   AddCommands(*tools, {"acCreateDB", "acDumpDB", nullptr, "acOptions"});
   tools->menuAction()->setVisible(false);  // Deliberate: its commands are reached by their shortcuts alone
