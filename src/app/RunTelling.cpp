@@ -65,7 +65,7 @@ std::string StatementText(const TRunReport& report, std::size_t index, std::size
   if (const std::string force = ForceWord(report, index); !force.empty()) facts.push_back(force);
   std::string text = Format("%d: %s: line %d: %s\n", index + 1, JoinList(facts, ", "), line,
                             ShownStatement(report.statements[index].text));
-  for (const std::string& words : LinesOf(run.words)) text += "    " + words + "\n";
+  for (const std::string& words : LinesOf(ServerWords(run))) text += "    " + words + "\n";
   return text;
 }
 
@@ -116,6 +116,10 @@ std::string RunSentence(const TRunReport& report) {
   return Format("Statement %d of %d failed after %s.", *report.failed + 1, all, time);
 }
 
+std::string ServerWords(const TStatementRun& run) {
+  return run.error == 0 ? run.words : Format("Error %d: %s", run.error, run.words);
+}
+
 std::string StateWord(ERunState state) {
   constexpr const char* kWords[] = {"not run", "running", "done", "failed", "cancelled"};  // by ERunState
   return kWords[static_cast<std::size_t>(state)];
@@ -123,6 +127,7 @@ std::string StateWord(ERunState state) {
 
 std::string DurationText(double seconds) {
   constexpr int kMinute = 60;
+  if (seconds < 0.001) return "<1 ms";
   if (seconds < 1) return Format("%d ms", static_cast<int>(seconds * 1000));
   if (seconds < kMinute) return Format("%.1f s", seconds);
   const auto whole = static_cast<std::int64_t>(seconds);

@@ -25,8 +25,9 @@ void ListInForce(const TRunReport& report, TStringList& lines);
 
 // How far a run has come, or how it ended: "12 of 12 statements in 3.4 s."
 std::string RunSentence(const TRunReport& report);
-std::string StateWord(ERunState state);    // "done", "failed", ...
-std::string DurationText(double seconds);  // "12 ms", "3.4 s", "2 min 5 s"
+std::string ServerWords(const TStatementRun& run);  // "Error 1264: Out of range ...", or the warnings
+std::string StateWord(ERunState state);             // "done", "failed", ...
+std::string DurationText(double seconds);           // "<1 ms", "12 ms", "3.4 s", "2 min 5 s"
 // Whether what a statement did is in force, of one that ran in a run that has ended: "in force", "rolled back", "not
 // known"; otherwise empty.
 std::string ForceWord(const TRunReport& report, std::size_t statement);

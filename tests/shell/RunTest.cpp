@@ -104,9 +104,9 @@ TEST_F(RunTest, TheStatementThatFailedIsNamedWithItsPlaceAndTheServersWords) {
   });
   EXPECT_THAT(box, HasSubstr("statement 3 of 5 failed at line 3, column 1"));
   EXPECT_EQ(Page(), "tsRun");
-  EXPECT_EQ(Rows(),
-            (TStringList{"done, in force, ", "done, in force, ", "failed, , Out of range value for column 'c' at row 1",
-                         "not run, , ", "not run, , "}));
+  EXPECT_EQ(Rows(), (TStringList{"done, in force, ", "done, in force, ",
+                                 "failed, , Error 1264: Out of range value for column 'c' at row 1", "not run, , ",
+                                 "not run, , "}));
   EXPECT_THAT(Heading(), StartsWith("Statement 3 of 5 failed after "));
   EXPECT_THAT(More(), HasSubstr("2 of 5 statements ran before it and are in force"));
 
@@ -123,7 +123,7 @@ TEST_F(RunTest, TheStatementThatFailedIsNamedWithItsPlaceAndTheServersWords) {
   Click(rig_.Main(), "bnSaveRun");
   EXPECT_THAT(ReadFileText(rig_.host->chosen),
               AllOf(HasSubstr("1: done, "), HasSubstr(", 2 rows, in force: line 1: insert into one"),
-                    HasSubstr("\n    Out of range value")));
+                    HasSubstr("\n    Error 1264: Out of range value")));
 }
 
 TEST_F(RunTest, WarningsOfTheServerAreShown) {
@@ -148,7 +148,8 @@ TEST_F(RunTest, AStatementThatWaitsForALockIsCancelled) {
     cancel_.disconnect();
     EXPECT_LT(time.elapsed(), 15000);
     EXPECT_GE(ticks_, 25);
-    EXPECT_EQ(Rows(), (TStringList{"done, in force, ", "cancelled, , Query execution was interrupted", "not run, , "}));
+    EXPECT_EQ(Rows(), (TStringList{"done, in force, ", "cancelled, , Error 1317: Query execution was interrupted",
+                                   "not run, , "}));
     EXPECT_THAT(Heading(), StartsWith("Cancelled after 1 of 3 statements, "));
     EXPECT_EQ(Status(), Heading());
     EXPECT_THAT(More(), AllOf(HasSubstr("statement 2 of 3 was cancelled at line 2, column 1: alter table two"),

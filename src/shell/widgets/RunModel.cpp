@@ -74,7 +74,8 @@ QVariant TRunModel::data(const QModelIndex& index, int role) const {
     case Qt::ToolTipRole:
       if (index.column() == kRunStatement)
         return ToQt(ShownLines(statements_[row].text)).left(kTipLetters).toHtmlEscaped();
-      return index.column() == kRunWords ? ToQt(ShownLines(run.words)).left(kTipLetters).toHtmlEscaped() : QVariant();
+      return index.column() == kRunWords ? ToQt(ShownLines(ServerWords(run))).left(kTipLetters).toHtmlEscaped()
+                                         : QVariant();
     case Qt::ForegroundRole:
       return Colour(run.state);
     case Qt::FontRole: {
@@ -108,7 +109,7 @@ QString TRunModel::Cell(std::size_t row, int column) const {
     case kRunForce:
       return ToQt(force_[row]);
     default:
-      return OnOneLine(run.words);
+      return OnOneLine(ServerWords(run));
   }
 }
 

@@ -22,7 +22,7 @@ namespace {
 
 constexpr int kLetters[] = {5, 11, 44, 9, 7, 6, 12, 30};  // that a column has room for, by ERunColumn
 constexpr int kDetailLines = 5;
-constexpr std::chrono::milliseconds kFollow{100};
+constexpr int kLater = 50;  // milliseconds
 
 QLabel* TextLabel(const char* name) {
   QLabel* label = Named(new QLabel, name);
@@ -54,6 +54,11 @@ TRunView::TRunView(QWidget* parent)
   column->addWidget(MakeHead());
   column->addWidget(lbRunMore_);
   column->addWidget(MakeList(), 1);
+  later_.setSingleShot(true);
+  later_.setInterval(kLater);
+  connect(&later_, &QTimer::timeout, this, [this] {
+    if (told_ != nullptr) ShowNow(*told_);
+  });
   Tell({});
 }
 
@@ -103,6 +108,8 @@ QWidget* TRunView::MakeList() {
 
 void TRunView::Begin(const std::string& script) {
   script_ = script;
+  later_.stop();
+  told_ = nullptr;
   model_->Clear();
   report_ = {};
   lbRun_->clear();
@@ -112,24 +119,28 @@ void TRunView::Begin(const std::string& script) {
 
 void TRunView::SetHeading(const std::string& heading) { lbRun_->setText(ToQt(heading)); }
 
+// Statements that are quick are shown some at a time, so that showing costs no more than running.
 void TRunView::Show(const TRunReport& report) {
+  told_ = &report;
+  if (report.ended || report.runs.size() != model_->Runs().size()) return ShowNow(report);
+  if (!later_.isActive()) later_.start();
+}
+
+void TRunView::ShowNow(const TRunReport& report) {
+  later_.stop();
   model_->SetPalette(palette());
   model_->Take(report, script_);
   lbRun_->setText(ToQt(RunSentence(report)));
-  if (report.ended) report_ = report;
+  if (report.ended) {
+    report_ = report;
+    told_ = nullptr;
+  }
   if (report.statements.empty()) return;
-  if (report.ended && report.failed)
-    lvRun_->setCurrentIndex(model_->index(static_cast<int>(*report.failed), 0));
-  else
-    Follow(std::min(report.executed, report.statements.size() - 1));
-}
-
-// To the statement that runs, not so often that it costs more than what it shows.
-void TRunView::Follow(std::size_t statement) {
-  const auto now = std::chrono::steady_clock::now();
-  if (now - followed_ < kFollow) return;
-  followed_ = now;
-  lvRun_->scrollTo(model_->index(static_cast<int>(statement), 0));
+  const bool failed = report.ended && report.failed;
+  const std::size_t row = failed ? *report.failed : std::min(report.executed, report.statements.size() - 1);
+  const QModelIndex index = model_->index(static_cast<int>(row), 0);
+  if (failed) lvRun_->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);  // its colour stays
+  lvRun_->scrollTo(index);
 }
 
 void TRunView::Tell(const TStringList& lines) {
@@ -141,7 +152,7 @@ void TRunView::Tell(const TStringList& lines) {
 void TRunView::ShowDetails() {
   const auto row = static_cast<std::size_t>(lvRun_->currentIndex().row());
   if (row >= model_->Runs().size()) return;
-  const std::string& words = model_->Runs()[row].words;
+  const std::string words = ServerWords(model_->Runs()[row]);
   mRunDetails_->setPlainText(ToQt(ShownLines((words.empty() ? "" : words + "\n\n") + model_->Statements()[row].text)));
 }
 

@@ -2,9 +2,9 @@
 
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QTimer>
 #include <QTreeView>
 #include <QWidget>
-#include <chrono>
 #include <functional>
 #include <string>
 
@@ -24,7 +24,7 @@ class TRunView final : public QWidget {
   std::function<void(std::size_t start)> OnGoTo;         // a double click, or Enter, on a statement of the script
   std::function<void(const std::string& text)> OnSave;   // the report goes to a file
   void Begin(const std::string& script);                 // a run of this text; what was shown is gone
-  void Show(const TRunReport& report);                   // as it goes on; quick, however many statements it has
+  void Show(const TRunReport& report);                   // as it goes on; it lives until it has ended
   void SetHeading(const std::string& heading);           // in place of how far it has come
   void Tell(const TStringList& lines);                   // what there is to say of its end
   const std::string& Script() const { return script_; }  // of the run; empty before the first
@@ -37,14 +37,15 @@ class TRunView final : public QWidget {
   QWidget* MakeHead();
   QWidget* MakeList();
   void ShowDetails();
-  void Follow(std::size_t statement);
+  void ShowNow(const TRunReport& report);
   void Copy() const;
   void GoTo(const QModelIndex& index) const;
 
   std::string script_;
   TStringList lines_;
-  TRunReport report_;  // once it has ended
-  std::chrono::steady_clock::time_point followed_;
+  TRunReport report_;                 // once it has ended
+  const TRunReport* told_ = nullptr;  // of a run that goes on, not yet shown
+  QTimer later_;
   TRunModel* model_;
   QLabel* lbRun_;
   QLabel* lbRunMore_;

@@ -121,10 +121,8 @@ void TfmMain::TellFailedRun(const std::string& script, const std::string& error)
   vRun_->Tell(lines);
   ListInForce(app_->RunReport(), lines);
   for (const std::string& line : lines) log_->LogLine(line);
-  if (app_->RunReport().cancelled) {
-    statusBar()->showMessage(ToQt(RunSentence(app_->RunReport())));
-    throw EAbort();
-  }
+  if (app_->Dialect().Traits().tells_statements) statusBar()->showMessage(ToQt(RunSentence(app_->RunReport())));
+  if (app_->RunReport().cancelled) throw EAbort();
   RaiseError(JoinList(lines, "\n"));
 }
 
