@@ -163,6 +163,7 @@ void TfmMain::TakeAdvice() {
 void TfmMain::acNewTask() {
   TfmTaskWiz& wizard = forms_->wizard;
   if (wizard.exec() != QDialog::Accepted) return;
+  BeginCancellable();  // what was cancelled within the wizard is over
   if (!MayLoseScript()) return;
   Host().ProcessMessages();
   ClearWork();
