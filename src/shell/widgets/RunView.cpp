@@ -33,7 +33,7 @@ QLabel* TextLabel(const char* name) {
   return label;
 }
 
-QPushButton* Button(const char* name, const char* caption, const char* hint) {
+QPushButton* ReportButton(const char* name, const char* caption, const char* hint) {
   QPushButton* button = Named(new QPushButton(QLatin1String(caption)), name);
   button->setToolTip(QLatin1String(hint));
   button->setAutoDefault(false);
@@ -69,8 +69,8 @@ QWidget* TRunView::MakeHead() {
   QFont bold = lbRun_->font();
   bold.setBold(true);
   lbRun_->setFont(bold);
-  QPushButton* copy = Button("bnCopyRun", "&Copy report", "Copy the report of the run as text");
-  QPushButton* save = Button("bnSaveRun", "Save re&port...", "Save the report of the run as a text file");
+  QPushButton* copy = ReportButton("bnCopyRun", "&Copy report", "Copy the report of the run as text");
+  QPushButton* save = ReportButton("bnSaveRun", "Save re&port...", "Save the report of the run as a text file");
   row->addWidget(lbRun_, 1);
   row->addWidget(copy);
   row->addWidget(save);
