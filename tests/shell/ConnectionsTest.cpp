@@ -2,8 +2,10 @@
 // window says while there are none.
 
 #include <QAbstractItemView>
+#include <QAccessible>
 #include <QComboBox>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QToolBar>
 
 #include "persist/TaskPack.h"
@@ -155,6 +157,51 @@ TEST_F(ConnectionsTest, WithoutATaskTheWindowSaysWhatToDo) {
   rig_.Trigger("acCloseTask");
   WhenModal([](QWidget* wizard) { Click(*wizard, "bnCancel"); });
   Click(rig_.Main(), "bnNewTask");
+}
+
+// What a reader of screens says of a widget that takes the keyboard.
+std::string SpokenName(QWidget& widget) {
+  QAccessibleInterface* spoken = QAccessible::queryAccessibleInterface(&widget);
+  return spoken == nullptr ? std::string() : FromQt(spoken->text(QAccessible::Name));
+}
+
+TStringList Unnamed(const QWidget& window) {
+  TStringList names;
+  for (QWidget* widget : window.findChildren<QWidget*>()) {
+    const bool inner = widget->objectName().startsWith(QLatin1String("qt_")) || widget->objectName().isEmpty();
+    const bool taken = widget->isVisible() && (widget->focusPolicy() & Qt::TabFocus) != 0;
+    if (taken && !inner && SpokenName(*widget).empty()) names.push_back(FromQt(widget->objectName()));
+  }
+  return names;
+}
+
+TEST_F(ConnectionsTest, WhatTakesTheKeyboardHasANameAndDialogsEndByEscape) {
+  EXPECT_THAT(Unnamed(rig_.Main()), IsEmpty());
+  rig_.NewTask("sides_ref", "sides_tgt");
+  rig_.Trigger("acAnalyze");
+  auto* page = rig_.Find<QTabWidget>("page");
+  for (int i = 0; i < page->count(); ++i) {
+    page->setCurrentIndex(i);
+    EXPECT_THAT(Unnamed(rig_.Main()), IsEmpty()) << i;
+  }
+  Mark(ETaskColour::Red, true);
+  for (const char* command : {"acTaskMarks", "acOptions", "acAbout", "acDumpDB", "acNewTask", "acSynchronize"}) {
+    bool came = false;
+    WhenModal([&](QWidget* dialog) {
+      came = true;
+      EXPECT_THAT(Unnamed(*dialog), IsEmpty()) << command;
+      EXPECT_LE(dialog->width(), 800) << command;
+      EXPECT_LE(dialog->height(), 560) << command;
+      const auto buttons = dialog->findChildren<QPushButton*>();
+      EXPECT_EQ(std::ranges::count_if(buttons, &QPushButton::isDefault), 1) << command;
+      ASSERT_NE(dialog->focusWidget(), nullptr) << command;
+      QTest::keyClick(dialog->focusWidget(), Qt::Key_Escape);
+      EXPECT_FALSE(dialog->isVisible()) << command;
+      dialog->close();
+    });
+    rig_.Trigger(command);
+    EXPECT_TRUE(came) << command;
+  }
 }
 
 // A user who has just started the program for the first time, and who knows an account and two names of databases.

@@ -27,7 +27,9 @@ TfmDump::TfmDump(QWidget* parent) : QDialog(parent) {
   setObjectName(QStringLiteral("fmDump"));
   setWindowTitle(QStringLiteral("Extract database structure"));
   auto* form = new QHBoxLayout;
-  form->addWidget(Named(new QListWidget, "CheckListBox1"), 1);
+  auto* tables = Named(new QListWidget, "CheckListBox1");
+  tables->setAccessibleName(ToQt("Tables"));
+  form->addWidget(tables, 1);
   form->addLayout(Choices());
 
   auto* buttons = new QDialogButtonBox;

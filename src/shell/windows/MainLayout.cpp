@@ -176,6 +176,7 @@ void TfmMain::MakeWorkArea() {
 
   lbEqual_ = BoldLabel("lbEqual", kIdentical);
   page_ = Named(new QTabWidget, "page");
+  page_->setAccessibleName(QStringLiteral("Differences, messages, script"));
   page_->setDocumentMode(true);
   QVBoxLayout* work = Column(panMain_);
   work->addWidget(lbEqual_, 1);
@@ -195,10 +196,12 @@ void TfmMain::MakeWorkArea() {
   };
   tsActions_ = tab("tsActions", "Differences", splitter_);
   mLog_ = Named(new QPlainTextEdit, "mLog");
+  mLog_->setAccessibleName(QStringLiteral("Messages"));
   mLog_->setReadOnly(true);
   mLog_->setLineWrapMode(QPlainTextEdit::NoWrap);
   tsMessages_ = tab("tsMessages", "Messages", mLog_);
   mScript_ = Named(new TSqlEdit, "mScript");
+  mScript_->setAccessibleName(QStringLiteral("SQL Sync Script"));
   tsScript_ = tab("tsScript", "SQL Sync Script", mScript_);
   tsRun_ = tab("tsRun", "Run", MakeRunView());
   ShowRunPage(false);
