@@ -12,6 +12,7 @@
 
 #include "app/ScriptSplitter.h"
 #include "shell/DesktopRig.h"
+#include "shell/windows/Help.h"
 #include "util/Files.h"
 
 namespace velmora::testing {
@@ -226,6 +227,10 @@ void TakeAll(const TCamera& camera) {
   TakeDialog(rig, camera, "acNewTask", "dark-wizard");
   TakeDialog(rig, camera, "acOptions", "dark-options");
   TakeDialog(rig, camera, "acAbout", "dark-about");
+  TfmHelp help;
+  help.show();
+  camera.Take(help, "dark-help");
+  help.close();
   rig.NewTask("shop_reference", "shop_target", "acAutomaticDialect");
   TakeDifferences(rig, camera, "dark");
   page->setCurrentWidget(rig.Find<QWidget>("tsScript"));

@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 
 #include "shell/widgets/Icons.h"
+#include "shell/widgets/LinkColour.h"
 #include "shell/widgets/QtText.h"
 #include "shell/widgets/TopLevel.h"
 #include "util/Version.h"
@@ -44,6 +45,7 @@ TfmAbout::TfmAbout(QWidget* parent) : QDialog(parent) {
   texts->addWidget(
       Link(QStringLiteral("lbContactSupport"), QStringLiteral("Contact support"), &TfmAbout::OnContactSupport));
   texts->addStretch();
+  ShowLinks();
   auto* head = new QHBoxLayout;
   head->setSpacing(16);
   head->addWidget(icon, 0, Qt::AlignTop);
@@ -64,8 +66,20 @@ TfmAbout::TfmAbout(QWidget* parent) : QDialog(parent) {
   layout->setSizeConstraint(QLayout::SetFixedSize);
 }
 
+// In the colours of the desktop as they are by then.
+void TfmAbout::ShowLinks() {
+  const QString link = QStringLiteral("<a href=\"#\" style=\"color: %1\">%2</a>");
+  for (const auto& [label, caption] : links_) label->setText(link.arg(LinkColour(palette()), caption.toHtmlEscaped()));
+}
+
+void TfmAbout::showEvent(QShowEvent* event) {
+  ShowLinks();
+  QDialog::showEvent(event);
+}
+
 QLabel* TfmAbout::Link(const QString& name, const QString& caption, std::function<void()> TfmAbout::*action) {
-  auto* link = new QLabel(QStringLiteral("<a href=\"#\">%1</a>").arg(caption.toHtmlEscaped()));
+  auto* link = new QLabel(caption);
+  links_.emplace_back(link, caption);
   link->setObjectName(name);
   link->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
   Handle(link, &QLabel::linkActivated, this, [this, action] {

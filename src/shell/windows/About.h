@@ -2,6 +2,8 @@
 
 #include <QDialog>
 #include <functional>
+#include <utility>
+#include <vector>
 
 class QLabel;
 
@@ -16,8 +18,14 @@ class TfmAbout final : public QDialog {
   std::function<void()> OnVisitWeb;
   std::function<void()> OnContactSupport;
 
+ protected:
+  void showEvent(QShowEvent* event) override;
+
  private:
+  void ShowLinks();
   QLabel* Link(const QString& name, const QString& caption, std::function<void()> TfmAbout::*action);
+
+  std::vector<std::pair<QLabel*, QString>> links_;  // and their captions
 };
 
 }  // namespace velmora

@@ -12,6 +12,7 @@
 #include <iterator>
 
 #include "shell/widgets/Icons.h"
+#include "shell/widgets/LinkColour.h"
 #include "shell/widgets/QtText.h"
 #include "shell/widgets/TopLevel.h"
 
@@ -72,7 +73,6 @@ TfmHelp::TfmHelp(QWidget* parent) : QMainWindow(parent, Qt::Window) {
   text_ = new TPageView;
   text_->setObjectName(QStringLiteral("tbText"));
   text_->setOpenExternalLinks(false);
-  text_->document()->setDefaultStyleSheet(ToQt(kStyle));
   text_->document()->setDocumentMargin(16);
   auto* halves = new QSplitter;
   halves->addWidget(pages_);
@@ -113,7 +113,11 @@ void TfmHelp::AddCommands() {
   Handle(shut, &QAction::triggered, this, [this] { close(); });
 }
 
-void TfmHelp::ShowRow(int row) { text_->setSource(Address(kHelpPages[row])); }
+void TfmHelp::ShowRow(int row) {
+  const QString links = QStringLiteral(" a { color: %1; }").arg(LinkColour(palette()));
+  text_->document()->setDefaultStyleSheet(ToQt(kStyle) + links);
+  text_->setSource(Address(kHelpPages[row]));
+}
 
 // The list goes where links and history lead.
 void TfmHelp::FollowPage() {
