@@ -28,6 +28,7 @@ class TPlanner {
   void FindObstacles(const TTableText& table);
   bool MovesAway(const TChange& change) const;
   void AddCauses(const std::string& table, const std::vector<std::string>& columns, TObstacle& obstacle) const;
+  void AddCheckCauses(const TTableText& table, const std::string& name, TObstacle& obstacle) const;
 
   void DropForeignKeys(const TTableWork& work);
   void DropTable(const TTableWork& work);
@@ -79,8 +80,8 @@ bool Drops(const std::vector<const TChange*>& changes) {
 }
 
 void TPlanner::FindObstacles() {
-  if (disturbed_.empty()) return;
   for (const TTableText& table : target_.Tables()) {
+    if (disturbed_.empty() && !by_name_.contains(table.name)) continue;
     const auto work = by_name_.find(table.name);
     if (work == by_name_.end() || !Drops(work->second->changes)) FindObstacles(table);
   }
@@ -92,6 +93,7 @@ void TPlanner::FindObstacles(const TTableText& table) {
     const TForeignKeyParts& parts = key.text.ForeignKey();
     TObstacle obstacle{&key, {}};
     AddCauses(table.name, parts.columns, obstacle);
+    AddCheckCauses(table, key.name, obstacle);
     if (parts.database.empty()) AddCauses(parts.table, parts.references, obstacle);
     if (obstacle.causes.empty()) continue;
     TTableWork& work = Work(table.name);
@@ -111,6 +113,18 @@ void TPlanner::AddCauses(const std::string& table, const std::vector<std::string
   };
   add({});
   for (const auto& column : columns) add(LowerText(column));
+}
+
+// "drop constraint" says too little to servers where a check and a foreign key have one name.
+void TPlanner::AddCheckCauses(const TTableText& table, const std::string& name, TObstacle& obstacle) const {
+  const TElement* check = table.Find(EElement::Check, name);
+  const auto work = by_name_.find(table.name);
+  if (check == nullptr || work == by_name_.end()) return;
+  for (const TChange* change : work->second->changes) {
+    const bool own =
+        change->kind == EElement::Check && change->action != saAddConstraint && SameText(change->item, name);
+    if (own || DisturbsCheck(*change, *check, *work->second)) obstacle.causes.push_back(change);
+  }
 }
 
 std::vector<TPlanStatement> TPlanner::Make() {
@@ -185,19 +199,17 @@ void TPlanner::RemovePartitioning(const TTableWork& work) {
 
 void TPlanner::AlterTable(const TTableWork& work) {
   if (work.target == nullptr) return;
-  TAlter alter(work.name);
-  TAlter later(work.name);
-  SetOptions(work, alter, later);
-  AddColumnClauses(work, alter);
-  RenewElements(work, alter);
+  TTableAlters alters(work.name);
+  SetOptions(work, alters);
+  AddColumnClauses(work, alters);
+  RenewElements(work, alters);
   for (const TChange* change : work.changes) {
     if (IsColumnChange(*change) || IsForeignKeyChange(*change)) continue;
     if (change->action == saChangeTableType || change->action == saDropTable) continue;
-    if (!MovesAway(*change)) ChangeElement(*change, work, alter);
+    if (!MovesAway(*change)) ChangeElement(*change, work, alters);
   }
-  SetPartitioning(work, alter);
-  alter.MoveTo(plan_);
-  later.MoveTo(plan_);
+  SetPartitioning(work, alters.main);
+  alters.MoveTo(plan_);
 }
 
 void TPlanner::CreateTable(const TTableWork& work) {

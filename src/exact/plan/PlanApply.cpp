@@ -101,6 +101,7 @@ class TAlteration {
   TColumnClause ReadColumn(const TClause& clause) const { return ReadColumn(clause, clause.first + 2); }
   TColumnClause ReadColumn(const TClause& clause, std::size_t definition) const;
   void DropElement(TTokens clause);
+  void KeepParser(TElement& key) const;
   void SetKeyUse(TTokens clause);
   void SetOptions();
   void DropColumns();
@@ -122,6 +123,7 @@ class TAlteration {
   std::vector<std::string> dropped_;
   std::vector<TColumnClause> column_clauses_;
   TElements added_;
+  TElements gone_;                         // keys, checks and foreign keys that are dropped
   const TServerTraits* server_ = nullptr;  // of a statement that people write
   TAlterationEffects effects_;
 };
@@ -145,6 +147,7 @@ void TAlteration::Apply() {
       return rivals && !element.name.empty() && SameText(other.name, element.name);
     });
     if (there) RaiseError(Format(kThere, table_.name, element.name));
+    KeepParser(element);
     others_.push_back(std::move(element));
   }
   table_.elements = std::move(columns_);
@@ -236,10 +239,20 @@ void TAlteration::DropElement(TTokens clause) {
       return form.holds(element.kind) && SameText(element.name, name);
     });
     if (found == others_.end()) FailMissing(form.what, name);
+    gone_.push_back(std::move(*found));
     others_.erase(found);
     return;
   }
   Fail();
+}
+
+// To servers a fulltext key that goes and comes again in one statement is the same one, whatever its parser.
+void TAlteration::KeepParser(TElement& key) const {
+  if (key.kind != EElement::FulltextKey) return;
+  const auto former = std::find_if(gone_.begin(), gone_.end(), [&key](const TElement& gone) {
+    return gone.kind == key.kind && SameText(gone.name, key.name) && KeyColumns(gone) == KeyColumns(key);
+  });
+  if (former != gone_.end()) key.text = former->text;
 }
 
 // alter index name visible, invisible, ignored, not ignored
@@ -587,6 +600,10 @@ void ApplyStatement(const std::string& statement, TSchema& schema) {
     TTableText table = ReadTableText(statement);
     if (schema.Find(table.name) != nullptr) RaiseError(Format(kTableThere, table.name));
     schema.Add(std::move(table));
+    return;
+  }
+  if (Starts(tokens, {"update"})) {  // of rows alone
+    if (schema.Find(NameOf(TokenAt(tokens, 1))) == nullptr) RaiseError(Format(kNoTable, NameOf(TokenAt(tokens, 1))));
     return;
   }
   const bool drops = Starts(tokens, {"drop", "table"});

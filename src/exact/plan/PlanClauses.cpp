@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "exact/compare/CanonicalForm.h"
+#include "exact/plan/PlanFilling.h"
 #include "exact/plan/PlanPartitions.h"
 #include "mysqltext/ColumnType.h"
 #include "mysqltext/ElementText.h"
@@ -84,7 +85,7 @@ void TAlter::Makes(const TChange& change) {
 }
 
 void TAlter::MoveTo(std::vector<TPlanStatement>& plan) {
-  if (clauses_.empty() && end_.empty()) return;
+  if (Empty()) return;
   const bool one_line = clauses_.size() + (end_.empty() ? 0 : 1) == 1;
   const char* gap = one_line ? " " : "\n  ";
   statement_.text = "alter table " + QuotedName(table_);
@@ -92,6 +93,67 @@ void TAlter::MoveTo(std::vector<TPlanStatement>& plan) {
   if (!end_.empty()) statement_.text += gap + end_;
   statement_.table = table_;
   plan.push_back(std::move(statement_));
+}
+
+// --- The statements of a table
+
+namespace {
+
+EElement KindOf(const TElement& element) {
+  const auto head = element.text.Empty() ? std::nullopt : ReadElementHead(element.text.Tokens());
+  return head ? head->kind : EElement::Other;
+}
+
+// The number of the reference system that the column's shapes are of; empty for any.
+std::string SridOf(const TElementText& column) {
+  const TTokens tokens = column.Tokens();
+  for (std::size_t at = 0; at < tokens.size(); ++at)
+    if (IsKeyword(tokens[at], "srid")) return std::string(TokenAt(tokens, at + 1).text);
+  return {};
+}
+
+bool ChangesSystem(const TChange& change, const TElement& key) {
+  if (change.action != saModifyColumn || SridOf(change.old_text) == SridOf(change.new_text)) return false;
+  const std::vector<TKeyPart>& parts = key.text.KeyParts();
+  return std::any_of(parts.begin(), parts.end(),
+                     [&change](const TKeyPart& part) { return SameText(part.column, change.item); });
+}
+
+// Servers do not change the reference system of a column with a spatial key, even if that goes in the same statement.
+bool HasToBeGone(const TElement& key, const TTableWork& work) {
+  if (KindOf(key) != EElement::SpatialKey) return false;
+  return std::any_of(work.changes.begin(), work.changes.end(),
+                     [&key](const TChange* change) { return ChangesSystem(*change, key); });
+}
+
+}  // namespace
+
+void TTableAlters::Replace(const TElement& had, const TElement& has, const TTableWork& work, const TChange* made,
+                           const std::vector<const TChange*>& changes) {
+  bool is_made = false;
+  const auto add = [&](TAlter& alter, std::string text) {
+    alter.Clause(std::move(text));
+    if (made != nullptr) is_made ? alter.Serves(*made) : alter.Makes(*made);
+    is_made = true;
+    for (const TChange* change : changes) alter.Serves(*change);
+  };
+  if (!had.text.Empty()) add(HasToBeGone(had, work) ? first : main, DropText(had.kind, had.name));
+  if (has.text.Empty()) return;
+  const std::string text = "add " + has.text.Str();
+  const bool is_fulltext = KindOf(has) == EElement::FulltextKey;
+  if (is_fulltext && (adds_fulltext || KindOf(had) == EElement::FulltextKey))
+    return add(fulltext.emplace_back(work.name), text);
+  adds_fulltext = adds_fulltext || is_fulltext;
+  add(has.kind == EElement::PrimaryKey && NamesFilledColumn(has.text, work) ? filled : main, text);
+}
+
+void TTableAlters::MoveTo(std::vector<TPlanStatement>& plan) {
+  first.MoveTo(plan);
+  main.MoveTo(plan);
+  if (!filling.text.empty()) plan.push_back(std::move(filling));
+  filled.MoveTo(plan);
+  later.MoveTo(plan);
+  for (TAlter& alter : fulltext) alter.MoveTo(plan);
 }
 
 // --- Columns
@@ -113,9 +175,10 @@ namespace {
 class TColumnClauses {
  public:
   explicit TColumnClauses(const TTableWork& work);
-  void AddTo(TAlter& alter) const;
+  void AddTo(TTableAlters& alters) const;
 
  private:
+  void Add(const TChange& change, TTableAlters& alters) const;
   std::string Text(const TChange& change) const;
   std::string Place(const TChange& change) const;
   std::size_t Position(const TChange& change) const;
@@ -165,7 +228,17 @@ std::string TColumnClauses::Place(const TChange& change) const {
   return " first";
 }
 
-void TColumnClauses::AddTo(TAlter& alter) const {
+void TColumnClauses::Add(const TChange& change, TTableAlters& alters) const {
+  const std::string text = Text(change);
+  const bool filled = IsFilledLater(change, work_);
+  alters.main.Clause("add column " + (filled ? TextWithoutDefault(text) : text) + Place(change));
+  if (!filled) return;
+  alters.filled.Clause("modify column " + text);
+  alters.filled.Serves(change);
+}
+
+void TColumnClauses::AddTo(TTableAlters& alters) const {
+  TAlter& alter = alters.main;
   for (const TChange* change : changes_) {
     const bool drops = change->action == saDropColumn;
     if (drops || IsReplaced(*change, work_)) alter.Clause("drop column " + QuotedName(change->item));
@@ -174,7 +247,7 @@ void TColumnClauses::AddTo(TAlter& alter) const {
   for (const TChange* change : changes_) {
     if (change->action == saDropColumn) continue;
     if (change->action == saAddColumn || IsReplaced(*change, work_))
-      alter.Clause("add column " + Text(*change) + Place(*change));
+      Add(*change, alters);
     else
       alter.Clause("modify column " + Text(*change) + (change->after ? Place(*change) : ""));
     alter.Makes(*change);
@@ -199,7 +272,10 @@ bool DisturbsForeignKeys(const TChange& change, const TTableWork& work) {
          MayHaveOtherMembers(to);
 }
 
-void AddColumnClauses(const TTableWork& work, TAlter& alter) { TColumnClauses(work).AddTo(alter); }
+void AddColumnClauses(const TTableWork& work, TTableAlters& alters) {
+  TColumnClauses(work).AddTo(alters);
+  alters.filling = FillingStatement(work);
+}
 
 // --- What columns take along
 
@@ -228,7 +304,9 @@ bool BringsDirections(const TChange& change, const TTableWork& work) {
 
 bool Disturbs(const TChange& change, const TElement& element, const TTableWork& work) {
   const bool is_check = element.kind == EElement::Check;
-  if (!is_check && BringsDirections(change, work)) return true;
+  if (!is_check &&
+      (BringsDirections(change, work) || (element.kind == EElement::SpatialKey && ChangesSystem(change, element))))
+    return true;
   if (is_check ? !DisturbsChecks(change, work) : !DisturbsKeys(change, work)) return false;
   const TTokens tokens = element.text.Tokens();
   return std::any_of(tokens.begin(), tokens.end(),
@@ -244,7 +322,11 @@ TElementText RemainingText(TElementText key, const TTableWork& work) {
 
 }  // namespace
 
-void RenewElements(const TTableWork& work, TAlter& alter) {
+bool DisturbsCheck(const TChange& change, const TElement& check, const TTableWork& work) {
+  return Disturbs(change, check, work);
+}
+
+void RenewElements(const TTableWork& work, TTableAlters& alters) {
   for (const TElement& element : work.target->elements) {
     const bool is_check = element.kind == EElement::Check;
     if ((!is_check && !IsKey(element.kind)) || element.name.empty()) continue;
@@ -253,15 +335,12 @@ void RenewElements(const TTableWork& work, TAlter& alter) {
       return same_kind && SameText(change->item, element.name);
     };
     if (std::any_of(work.changes.begin(), work.changes.end(), changes)) continue;
-    bool renewed = false;
-    for (const TChange* change : work.changes) {
-      if (!Disturbs(*change, element, work)) continue;
-      alter.Serves(*change);
-      renewed = true;
-    }
-    if (!renewed) continue;
-    alter.Clause(DropText(element.kind, element.name));
-    alter.Clause("add " + (is_check ? element.text : RemainingText(element.text, work)).Str());
+    std::vector<const TChange*> causes;
+    for (const TChange* change : work.changes)
+      if (Disturbs(*change, element, work)) causes.push_back(change);
+    if (causes.empty()) continue;
+    const TElementText text = is_check ? element.text : RemainingText(element.text, work);
+    alters.Replace(element, {element.kind, element.name, text}, work, nullptr, causes);
   }
 }
 
@@ -290,21 +369,19 @@ bool IsDisturbed(const TElement& element, const TTableWork& work) {
 // Servers take a key that goes and comes again in one statement for the same one where only its use or block size
 // differs, and leave it as it was, unless the table is made anew. For the use alone there is a clause that costs
 // nothing.
-void ChangeElement(const TChange& change, const TTableWork& work, TAlter& alter) {
-  alter.Makes(change);
+void ChangeElement(const TChange& change, const TTableWork& work, TTableAlters& alters) {
   const bool is_new = change.old_text.Empty();
   if (IsKey(change.kind) && !is_new && !change.new_text.Empty()) {
     const TKeyUse had = SplitKeyUse(change.old_text);
     const TKeyUse has = SplitKeyUse(change.new_text);
     if (had.text == has.text && had.word != has.word && !IsDisturbed(ElementOf(change), work)) {
       const std::string used = had.word == "ignored" ? "not ignored" : "visible";
-      alter.Clause("alter index " + QuotedName(change.item) + " " + (has.word.empty() ? used : has.word));
-      return;
+      alters.main.Clause("alter index " + QuotedName(change.item) + " " + (has.word.empty() ? used : has.word));
+      return alters.main.Makes(change);
     }
-    if (had.word != has.word || BlockSize(had.text) != BlockSize(has.text)) alter.Force();
+    if (had.word != has.word || BlockSize(had.text) != BlockSize(has.text)) alters.main.Force();
   }
-  if (!is_new) alter.Clause(DropText(change.kind, change.item));
-  if (!change.new_text.Empty()) alter.Clause("add " + change.new_text.Str());
+  alters.Replace(ElementOf(change), {change.kind, change.item, change.new_text}, work, &change, {});
 }
 
 // --- Options
@@ -323,8 +400,9 @@ bool NamesOnLeaving(const TTableWork& work) {
 
 }  // namespace
 
-void SetOptions(const TTableWork& work, TAlter& alter, TAlter& later) {
-  const auto set_later = [&later](const TChange& change, const TTableOption& option) {
+void SetOptions(const TTableWork& work, TTableAlters& alters) {
+  TAlter& alter = alters.main;
+  const auto set_later = [&later = alters.later](const TChange& change, const TTableOption& option) {
     later.Clause(OptionText(option));
     later.Serves(change);
   };

@@ -177,7 +177,7 @@ void TScriptJudge::Follow(const TPlanStatement& statement) {
     tables_.Alter(statement.table, statement.text);
   else if (statement.text.starts_with("create"))
     tables_.Make(statement.table, statement.text);
-  else
+  else if (!statement.text.starts_with("update"))
     tables_.Forget(statement.table);
 }
 
@@ -299,7 +299,8 @@ TScriptJudge::TReasons TScriptJudge::Insert() {
   return {};
 }
 
-// name = value, ...: values are no calls, names are those of the user or harmless settings of the session.
+// name = value, ...: values are no calls but of replace(), names are those of the user or harmless settings of the
+// session.
 TScriptJudge::TReasons TScriptJudge::Set() {
   while (!AtEnd()) {
     const bool of_letters = Next({"names"}) || Next({"character", "set"});
@@ -308,7 +309,7 @@ TScriptJudge::TReasons TScriptJudge::Set() {
     if (Next({"session"}) || Next({"local"})) at_ += TokenAt(tokens_, at_).Is(".") ? 1U : 0U;
     if (!of_letters && !of_user && !IsOneOf(TokenAt(tokens_, at_), kHarmlessSettings)) return {kNotKnown};
     for (; !AtEnd() && !tokens_[at_].Is(","); ++at_)
-      if (tokens_[at_].Is("(")) return {kNotKnown};
+      if (tokens_[at_].Is("(") && !IsKeyword(tokens_[at_ - 1], "replace")) return {kNotKnown};
     ++at_;
   }
   return {};
