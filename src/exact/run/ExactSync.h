@@ -63,7 +63,8 @@ class TExactSync {
   bool TargetLost() const { return target_lost_; }
 
   // Writes the script of the rows that are left: header as "-- " comments, reasons of what is unsafe as comments,
-  // statements, foreign key checks put back to what they were. `note` is a further line of the header, if not empty.
+  // statements, foreign key checks put back to what they were, and the same with the session's mode where
+  // tables have zero dates as defaults. `note` is a further line of the header, if not empty.
   void GenerateScript(TScriptEditor& editor, const TClock& clock, const std::string& note = {}) const;
 
   // Creation texts of a table as both servers print them; empty for a side without the table.
@@ -80,6 +81,7 @@ class TExactSync {
 
  private:
   void CompareSchemas(TDBConn& target);
+  bool MeetsZeroDates(const std::vector<TPlanStatement>& plan) const;
   void Prove();
   TTableNames TouchedTables() const;
   void FillLog();

@@ -1,7 +1,9 @@
 #include <algorithm>
 
 #include "exact/run/ExactSync.h"
+#include "mysqltext/ColumnType.h"
 #include "sync/ScriptGenerator.h"
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -10,6 +12,12 @@ namespace {
 constexpr char kSaveChecks[] = "set @velmora_foreign_key_checks = @@foreign_key_checks;";
 constexpr char kChecksOff[] = "set foreign_key_checks = 0;";
 constexpr char kRestoreChecks[] = "set foreign_key_checks = @velmora_foreign_key_checks;";
+// Servers of today refuse zero dates to a session that does not say otherwise, even in columns that stay as they are.
+constexpr char kSaveMode[] = "set @velmora_sql_mode = @@sql_mode;";
+constexpr char kZeroDates[] =
+    "set sql_mode = replace(replace(replace(@@sql_mode, 'NO_ZERO_DATE', ''), 'NO_ZERO_IN_DATE', ''), 'TRADITIONAL', "
+    "'');";
+constexpr char kRestoreMode[] = "set sql_mode = @velmora_sql_mode;";
 constexpr char kUnsafe[] = "unsafe: ";
 
 // Names may hold what would end the comment.
@@ -19,7 +27,33 @@ std::string Comment(std::string text) {
   return "-- " + text;
 }
 
+// '0000-00-00', '2020-00-01', '2020-01-00 00:00:00'
+bool IsZeroDate(const std::string& text) {
+  constexpr std::size_t kYear = 1;
+  constexpr std::size_t kMonth = 5;
+  constexpr std::size_t kDay = 8;
+  return text.starts_with("'") &&
+         (text.find("0000") == kYear || text.find("-00") == kMonth || text.find("-00", kDay) == kDay);
+}
+
+bool HasZeroDate(const TTableText* table) {
+  return table != nullptr &&
+         std::any_of(table->elements.begin(), table->elements.end(), [table](const TElement& element) {
+           if (element.kind != EElement::Column || element.text.Str().find("-00") == std::string::npos) return false;
+           const TColumnText column = ReadColumnText(element.text, *table);
+           return InList(column.type, {"date", "datetime", "timestamp"}) &&
+                  IsZeroDate(column.default_text.value_or(""));
+         });
+}
+
 }  // namespace
+
+bool TExactSync::MeetsZeroDates(const std::vector<TPlanStatement>& plan) const {
+  return std::any_of(plan.begin(), plan.end(), [this](const TPlanStatement& statement) {
+    return HasZeroDate(read_.reference.schema.Find(statement.table)) ||
+           HasZeroDate(read_.target.schema.Find(statement.table));
+  });
+}
 
 void TExactSync::GenerateScript(TScriptEditor& editor, const TClock& clock, const std::string& note) const {
   editor.Clear();
@@ -29,12 +63,19 @@ void TExactSync::GenerateScript(TScriptEditor& editor, const TClock& clock, cons
   editor.AddLine({});
   editor.AddLine(kSaveChecks);
   editor.AddLine(kChecksOff);
+  const std::vector<TPlanStatement> plan = Plan();
+  const bool zero_dates = MeetsZeroDates(plan);
+  if (zero_dates) {
+    editor.AddLine(kSaveMode);
+    editor.AddLine(kZeroDates);
+  }
   editor.AddLine({});
-  for (const TPlanStatement& statement : Plan()) {
+  for (const TPlanStatement& statement : plan) {
     for (const std::string& reason : statement.unsafe) editor.AddLine(Comment(kUnsafe + reason));
     editor.AddLine(statement.text + ";");
   }
   editor.AddLine({});
+  if (zero_dates) editor.AddLine(kRestoreMode);
   editor.AddLine(kRestoreChecks);
   editor.Show();
 }
