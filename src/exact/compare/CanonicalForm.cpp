@@ -51,10 +51,26 @@ std::size_t OuterBrackets(TTokens tokens, TTokenRange range) {
   return result;
 }
 
+// Any character set has these letters, and an introducer says nothing about them.
+bool IsPlainText(std::string_view value) {
+  return std::all_of(value.begin(), value.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
+}
+
+// "_latin1'x'" as "_utf8'x'": when a table changes, MySQL prints texts of its checks in the character set of the
+// columns that they are compared with.
+void ForgetIntroducer(TCanonicalToken& token) {
+  if (token.kind != EToken::String || !token.text.starts_with("_") || token.text.starts_with("_binary")) return;
+  const std::size_t quote = token.text.find('\'');
+  const bool unicode = token.text.starts_with("_utf8mb");
+  if (unicode || IsPlainText(std::string_view(token.text).substr(quote))) token.text.replace(0, quote, "_utf8");
+}
+
 // Without brackets around the whole: servers differ in how many they print.
 TCanonicalTokens Expression(TTokens tokens, TTokenRange range) {
   const std::size_t outer = OuterBrackets(tokens, range);
-  return Canonical(tokens, {range.first + outer, range.last - outer});
+  TCanonicalTokens result = Canonical(tokens, {range.first + outer, range.last - outer});
+  for (TCanonicalToken& token : result) ForgetIntroducer(token);
+  return result;
 }
 
 // --- Columns

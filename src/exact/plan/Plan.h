@@ -20,9 +20,9 @@ struct TPlanStatement {
 // 1. foreign keys that go, change, or stand on a column that changes (those come back at the end), 2. dropped tables,
 // checks whose names other tables get, 3. partitioning that is taken away or loses its columns, 4. one "alter table"
 // per table: options, columns dropped, then modified and added with first/after, keys dropped and added, checks,
-// partitioning (an option that outlives its engine has one of its own after it), 5. new tables without foreign
-// keys, 6. foreign keys added. Names in backticks. It holds what `changes` holds and nothing else: a change that was
-// struck out leaves its statement.
+// partitioning (what servers refuse in it has statements of its own before and after it, see TTableAlters), 5. new
+// tables without foreign keys, 6. foreign keys added. Names in backticks. It holds what `changes` holds and nothing
+// else: a change that was struck out leaves its statement.
 std::vector<TPlanStatement> MakePlan(const std::vector<TChange>& changes, const TSchema& reference,
                                      const TSchema& target);
 

@@ -104,13 +104,16 @@ EElement KindOf(const TElement& element) {
   return head ? head->kind : EElement::Other;
 }
 
-// The number of the reference system that the column's shapes are of; empty for any.
+}  // namespace
+
 std::string SridOf(const TElementText& column) {
   const TTokens tokens = column.Tokens();
   for (std::size_t at = 0; at < tokens.size(); ++at)
     if (IsKeyword(tokens[at], "srid")) return std::string(TokenAt(tokens, at + 1).text);
   return {};
 }
+
+namespace {
 
 bool ChangesSystem(const TChange& change, const TElement& key) {
   if (change.action != saModifyColumn || SridOf(change.old_text) == SridOf(change.new_text)) return false;
@@ -179,6 +182,8 @@ class TColumnClauses {
 
  private:
   void Add(const TChange& change, TTableAlters& alters) const;
+  void Modify(const TChange& change, TTableAlters& alters) const;
+  static void SetLater(const TChange& change, const std::string& text, TTableAlters& alters);
   std::string Text(const TChange& change) const;
   std::string Place(const TChange& change) const;
   std::size_t Position(const TChange& change) const;
@@ -228,13 +233,24 @@ std::string TColumnClauses::Place(const TChange& change) const {
   return " first";
 }
 
+void TColumnClauses::SetLater(const TChange& change, const std::string& text, TTableAlters& alters) {
+  alters.filled.Clause("modify column " + text);
+  alters.filled.Serves(change);
+}
+
 void TColumnClauses::Add(const TChange& change, TTableAlters& alters) const {
   const std::string text = Text(change);
   const bool filled = IsFilledLater(change, work_);
-  alters.main.Clause("add column " + (filled ? TextWithoutDefault(text) : text) + Place(change));
-  if (!filled) return;
-  alters.filled.Clause("modify column " + text);
-  alters.filled.Serves(change);
+  alters.main.Clause("add column " + (filled ? TextWithoutDefault(text, true) : text) + Place(change));
+  if (filled) SetLater(change, text, alters);
+}
+
+void TColumnClauses::Modify(const TChange& change, TTableAlters& alters) const {
+  const std::string text = Text(change);
+  const bool waits = GetsDefaultLater(change, work_);
+  const std::string place = change.after ? Place(change) : "";
+  alters.main.Clause("modify column " + (waits ? TextWithoutDefault(text, false) : text) + place);
+  if (waits) SetLater(change, text, alters);
 }
 
 void TColumnClauses::AddTo(TTableAlters& alters) const {
@@ -249,7 +265,7 @@ void TColumnClauses::AddTo(TTableAlters& alters) const {
     if (change->action == saAddColumn || IsReplaced(*change, work_))
       Add(*change, alters);
     else
-      alter.Clause("modify column " + Text(*change) + (change->after ? Place(*change) : ""));
+      Modify(*change, alters);
     alter.Makes(*change);
   }
 }

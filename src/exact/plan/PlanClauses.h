@@ -34,6 +34,9 @@ bool SetsOption(const TChange& change, std::string_view name);
 std::string DropText(EElement kind, const std::string& name);  // "drop key `k`"
 std::string Subject(const TChange& change);                    // "key k"
 
+// The number of the reference system that the column's shapes are of; empty for any.
+std::string SridOf(const TElementText& column);
+
 // An "alter table" as it grows; it may stay empty.
 class TAlter {
  public:

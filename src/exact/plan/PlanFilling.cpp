@@ -54,12 +54,29 @@ TStringList NotingColumns(const TTableWork& work) {
 
 }  // namespace
 
-bool IsFilledLater(const TChange& change, const TTableWork& work) {
-  const bool comes = change.action == saAddColumn || IsReplaced(change, work);
-  return comes && change.new_column->default_text && IsFickle(*change.new_column->default_text);
+namespace {
+
+bool Comes(const TChange& change, const TTableWork& work) {
+  return change.action == saAddColumn || IsReplaced(change, work);
 }
 
-std::string TextWithoutDefault(const std::string& column) {
+bool HasFickleDefault(const TChange& change) {
+  return change.new_column != nullptr && change.new_column->default_text && IsFickle(*change.new_column->default_text);
+}
+
+}  // namespace
+
+bool IsFilledLater(const TChange& change, const TTableWork& work) {
+  return Comes(change, work) && HasFickleDefault(change);
+}
+
+bool GetsDefaultLater(const TChange& change, const TTableWork& work) {
+  if (change.action != saModifyColumn || !HasFickleDefault(change)) return false;
+  return std::any_of(work.changes.begin(), work.changes.end(),
+                     [&work](const TChange* other) { return IsColumnChange(*other) && Comes(*other, work); });
+}
+
+std::string TextWithoutDefault(const std::string& column, bool nulls) {
   const std::vector<TToken> tokens = Tokens(column);
   const TColumnParts parts = ReadColumnParts(TTokens(tokens).first(tokens.size() - 1));
   std::string text;
@@ -69,7 +86,7 @@ std::string TextWithoutDefault(const std::string& column) {
   std::size_t from = 0;
   for (std::size_t at = 0; at + 1 < tokens.size(); at = AfterValue(tokens, at)) {
     const bool is_default = parts.default_value && at + 1 == parts.default_value->first;
-    const bool is_not_null = IsKeyword(tokens[at], "not") && IsKeyword(tokens[at + 1], "null");
+    const bool is_not_null = nulls && IsKeyword(tokens[at], "not") && IsKeyword(tokens[at + 1], "null");
     if (!is_default && !is_not_null) continue;
     add(from, at);
     from = is_default ? parts.default_value->last : at + 1;

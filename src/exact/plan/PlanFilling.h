@@ -12,8 +12,11 @@ namespace velmora {
 
 bool IsFilledLater(const TChange& change, const TTableWork& work);
 
-// A column's text without its default, and with NULL allowed.
-std::string TextWithoutDefault(const std::string& column);
+// A change of a column to such a default has to wait, too, where the statement adds any column.
+bool GetsDefaultLater(const TChange& change, const TTableWork& work);
+
+// A column's text without its default; `nulls` allows NULL.
+std::string TextWithoutDefault(const std::string& column, bool nulls);
 
 // Whether the key has such a column of the table's changes.
 bool NamesFilledColumn(const TElementText& key, const TTableWork& work);

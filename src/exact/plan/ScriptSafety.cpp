@@ -308,8 +308,13 @@ TScriptJudge::TReasons TScriptJudge::Set() {
     while (TokenAt(tokens_, at_).Is("@")) ++at_;
     if (Next({"session"}) || Next({"local"})) at_ += TokenAt(tokens_, at_).Is(".") ? 1U : 0U;
     if (!of_letters && !of_user && !IsOneOf(TokenAt(tokens_, at_), kHarmlessSettings)) return {kNotKnown};
-    for (; !AtEnd() && !tokens_[at_].Is(","); ++at_)
-      if (tokens_[at_].Is("(") && !IsKeyword(tokens_[at_ - 1], "replace")) return {kNotKnown};
+    std::size_t open = 0;
+    for (; !AtEnd() && (open > 0 || !tokens_[at_].Is(",")); ++at_) {
+      if (tokens_[at_].Is(")") && open > 0) --open;
+      if (!tokens_[at_].Is("(")) continue;
+      if (!IsKeyword(tokens_[at_ - 1], "replace")) return {kNotKnown};
+      ++open;
+    }
     ++at_;
   }
   return {};
