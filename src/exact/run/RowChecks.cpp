@@ -8,6 +8,8 @@
 
 #include "core/Host.h"
 #include "exact/compare/Safety.h"
+#include "exact/plan/PlanClauses.h"
+#include "exact/run/PartitionLimits.h"
 #include "mysqltext/ColumnType.h"
 #include "mysqltext/ElementText.h"
 #include "mysqltext/KeyText.h"
@@ -24,6 +26,12 @@ namespace {
 constexpr char kEqualRows[] = "%s with values that occur more than once (%d such values)";
 constexpr char kNulls[] = "%s with NULL, which will no longer be allowed";
 constexpr char kOrphans[] = "%s without the row referred to";
+constexpr char kAgainst[] = "%s that it does not allow";
+constexpr char kNoPlace[] = "%s for which there is no partition";
+constexpr char kComputedNull[] = "%s for which it is NULL, which will not be allowed";
+constexpr char kTooLarge[] = "%s for which it is out of range or too long";
+constexpr char kOtherSystem[] = "%s with shapes of another reference system (SRID)";
+constexpr char kSeveral[] = "it goes by several columns";
 constexpr char kConverted[] = "column %s changes its type";
 constexpr char kComputed[] = "the default of the new column %s is computed for each row";
 constexpr char kNewColumn[] = "column %s is new";
@@ -104,6 +112,26 @@ std::string KeySubject(const TElement& key) {
   return key.kind == EElement::PrimaryKey ? "primary key" : "unique key " + key.name;
 }
 
+struct TWholeRange {
+  const char* type;
+  const char* range;
+  const char* of_unsigned;
+};
+constexpr std::array<TWholeRange, 5> kWholeRanges = {
+    {{"tinyint", "-128 and 127", "0 and 255"},
+     {"smallint", "-32768 and 32767", "0 and 65535"},
+     {"mediumint", "-8388608 and 8388607", "0 and 16777215"},
+     {"int", "-2147483648 and 2147483647", "0 and 4294967295"},
+     {"bigint", "-9223372036854775808 and 9223372036854775807", "0 and 18446744073709551615"}}};
+
+// A condition of values, "%s", that the column does not take; empty where none is known.
+std::string OutOfType(const TColumnText& column) {
+  for (const TWholeRange& row : kWholeRanges)
+    if (column.type == row.type) return Format("%%s not between %s", column.is_unsigned ? row.of_unsigned : row.range);
+  const bool has_length = (column.type == "char" || column.type == "varchar") && column.Length();
+  return has_length ? Format("char_length(%%s) > %d", *column.Length()) : std::string();
+}
+
 template <class Values>
 std::string Joined(const Values& values, const char* between, const char* after) {
   std::string text;
@@ -139,11 +167,94 @@ class TRowInquiry {
     const bool adds = change.action == saAddKey || change.action == saModifyKey || change.action == saAddConstraint ||
                       change.action == saModifyConstraint;
     if (change.action == saModifyColumn) AskNull(change);
+    if (change.action == saModifyColumn) AskSystem(table, change);
+    if (change.action == saModifyColumn || change.action == saAddColumn) AskComputed(table, change);
+    if (change.action == saChangeTableType && change.item == kPartitioningItem) AskPlaces(table, change);
     if (!adds) return;
     const TElement* element = table.reference->Find(change.kind, change.item);
     if (element == nullptr) return;
     if (IsUnique(*element)) AskUnique(table, *element);
     if (element->kind == EElement::ForeignKey) AskOrphans(table, *element);
+    if (element->kind == EElement::Check) AskCheck(table, *element);
+  }
+
+  // The text of these tokens with the columns as they will be; nothing where that is refused.
+  std::optional<std::string> InRows(const TTableRows& table, const std::string& subject, TTokens tokens,
+                                    TTokenRange range) {
+    std::string result;
+    for (std::size_t at = range.first; at < range.last; ++at) {
+      const bool spaced = at > range.first && tokens[at - 1].End() != tokens[at].start;
+      result += spaced ? " " : "";
+      const bool is_column = IsName(tokens[at]) && !TokenAt(tokens, at + 1).Is("(") &&
+                             table.reference->Find(EElement::Column, NameOf(tokens[at])) != nullptr;
+      if (!is_column) {
+        result += tokens[at].text;
+        continue;
+      }
+      const TRowValue value = ValueOfColumn(table, NameOf(tokens[at]));
+      if (value.kind != EKind::Null && value.sql.empty()) {
+        Refuse(table, subject, WhyUnknown(value, NameOf(tokens[at])));
+        return std::nullopt;
+      }
+      result += value.kind == EKind::Null ? "null" : value.sql;
+    }
+    return "(" + result + ")";
+  }
+
+  void Ask(const TTableRows& table, const std::string& subject, const std::string& condition, const char* answer) {
+    const std::string rows = Format("count(*), 1 from %s where %s", QuotedName(table.target->name), condition);
+    questions_.push_back({table.target->name, subject, rows, answer});
+  }
+
+  void AskCheck(const TTableRows& table, const TElement& check) {
+    const std::string text = check.text.Str();
+    const std::vector<TToken> tokens = Tokens(text);
+    std::size_t open = 0;
+    while (open < tokens.size() && !IsKeyword(tokens[open], "check")) ++open;
+    open = NextBracket(tokens, open);
+    const std::size_t after = AfterGroup(tokens, open);
+    if (after >= tokens.size() || IsKeyword(TokenAt(tokens, after), "not")) return;  // not enforced
+    const std::string subject = "check " + check.name;
+    if (const auto condition = InRows(table, subject, tokens, {open + 1, after - 1}))
+      Ask(table, subject, "not " + *condition, kAgainst);
+  }
+
+  void AskSystem(const TTableRows& table, const TChange& change) {
+    const std::string system = SridOf(change.new_text);
+    if (system.empty() || system == SridOf(change.old_text)) return;
+    const std::string condition = Format("st_srid(%s) <> %s", QuotedName(change.item), system);
+    Ask(table, "column " + change.item, condition, kOtherSystem);
+  }
+
+  void AskPlaces(const TTableRows& table, const TChange& change) {
+    const std::string text = change.new_text.Str();
+    const std::vector<TToken> tokens = Tokens(text);
+    const TPartitionLimits limits = ReadPartitionLimits(text, tokens);
+    if (limits.condition.empty()) return;
+    if (limits.several) return Refuse(table, kPartitioningItem, kSeveral);
+    if (const auto value = InRows(table, kPartitioningItem, tokens, limits.expression))
+      Ask(table, kPartitioningItem, StrReplace(limits.condition, "%s", *value), kNoPlace);
+  }
+
+  // Of a column that is computed and stored, and of one that may not be NULL.
+  void AskComputed(const TTableRows& table, const TChange& change) {
+    const TColumnText& has = *change.new_column;
+    if (!has.generated || change.moved_only) return;
+    const TColumnText none;
+    const TColumnText& had = change.old_column == nullptr ? none : *change.old_column;
+    const bool same = had.generated == has.generated && had.stored == has.stored;
+    const bool same_values =
+        same && had.type == has.type && had.arguments == has.arguments && had.is_unsigned == has.is_unsigned;
+    const bool same_nulls = same && (had.not_null || !has.not_null);
+    const std::string limit = has.stored && !same_values ? OutOfType(has) : std::string();
+    const bool asks_null = has.not_null && !same_nulls;
+    if (limit.empty() && !asks_null) return;
+    const std::string subject = "column " + change.item;
+    const std::vector<TToken> tokens = Tokens(*has.generated);
+    const auto value = InRows(table, subject, tokens, {0, tokens.size() - 1});
+    if (!value) return;
+    if (asks_null) Ask(table, subject, *value + " is null", kComputedNull);
+    if (!limit.empty()) Ask(table, subject, StrReplace(limit, "%s", *value), kTooLarge);
   }
 
   void AskNull(const TChange& change) {

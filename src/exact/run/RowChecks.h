@@ -1,7 +1,8 @@
 #pragma once
 
 // What the rows that are there say to a script: equal rows under a new unique key, NULL where it is no longer allowed,
-// rows without the one that a new foreign key wants. The server is asked before the script runs, for it would stop in
+// rows without the one that a new foreign key wants, rows against a new check, rows without a place in new partitions,
+// values that a computed column does not take. The server is asked before the script runs, for it would stop in
 // the middle, and a foreign key it would take unasked, as foreign key checks are off.
 
 #include <string>
@@ -14,7 +15,7 @@ namespace velmora {
 
 struct TRowQuestion {
   std::string table;
-  std::string subject;  // "unique key u", "column c", "foreign key f"
+  std::string subject;  // "unique key u", "column c", "foreign key f", "check c", "partitioning"
   // Gives two numbers: rows that stand in the way, and different values in them. Without "select". Empty where nothing
   // can be asked, and `answer` then says why.
   std::string sql;
