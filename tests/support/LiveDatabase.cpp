@@ -32,7 +32,8 @@ std::string Answer(TMyConnection& connection, const std::string& sql) {
 TLiveDatabase::TLiveDatabase(const std::string& name, TPrivateServer& server)
     : server_(server), name_(name), connection_(ServerConnection(server)) {
   connection_->SetConnected(true);
-  Run("create or replace database `" + name_ + "` character set utf8mb4");
+  Run("drop database if exists `" + name_ + "`");
+  Run("create database `" + name_ + "` character set utf8mb4");
   Run("use `" + name_ + "`");
   connection_->Database = name_;
 }

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <thread>
@@ -152,6 +153,10 @@ int FreePort() {
 }
 
 TPrivateServer::TPrivateServer(std::vector<std::string> options) : options_(std::move(options)) {
+  if (const char* socket = std::getenv("VELMORA_SERVER_SOCKET")) {
+    socket_ = socket;
+    return;
+  }
   const std::string made = DataTemplate();
   folder_ = MakeFolder();
   lock_ = LockFolder(folder_);
@@ -167,6 +172,7 @@ TPrivateServer::TPrivateServer(std::vector<std::string> options) : options_(std:
 }
 
 TPrivateServer::~TPrivateServer() {
+  if (folder_.empty()) return;
   Stop();
   RemoveFolder();
 }

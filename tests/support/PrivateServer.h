@@ -10,6 +10,8 @@ namespace velmora::testing {
 // A MariaDB server of the test program's own: on loopback, with its data in a folder of its own, gone with it. The user
 // is root, without a password. Faults are std::runtime_error with the end of the server's log.
 //
+// With VELMORA_SERVER_SOCKET in the environment it is the server that listens there, which is left running.
+//
 // Should the program die, the server dies with it, and its folder is cleared away by the next server that is started.
 class TPrivateServer {
  public:

@@ -57,7 +57,8 @@ std::string KeyText(const TKeyModel& key) {
   static constexpr const char* kWords[] = {"primary key", "unique key", "key", "fulltext key", "spatial key"};
   std::string parts;
   for (const auto& part : key.parts) {
-    parts += (parts.empty() ? "" : ", ") + SqlName(part.column);
+    const std::string name = SqlName(part.column);
+    parts += (parts.empty() ? "" : ", ") + (part.expression.empty() ? name : WithName(part.expression, part.column));
     if (part.prefix > 0) parts += "(" + std::to_string(part.prefix) + ")";
     if (part.descending) parts += " desc";
   }
@@ -82,6 +83,7 @@ bool TTypeModel::InKeys() const {
     case EFamily::LongBytes:
     case EFamily::Json:
     case EFamily::Shape:
+    case EFamily::Vector:
       return false;
     default:
       return true;
@@ -138,7 +140,8 @@ std::string CreateStatement(const TTableModel& table) {
   for (const auto& column : table.columns) line(ColumnText(column));
   for (const auto& key : table.keys) line(KeyText(key));
   for (const auto& check : table.checks)
-    line("constraint " + SqlName(check.name) + " check (" + WithName(check.expression, check.column) + ")");
+    line("constraint " + SqlName(check.name) + " check (" + WithName(check.expression, check.column) + ")" +
+         check.enforcement);
   for (const auto& key : table.foreign_keys) line(ForeignKeyText(key));
   std::string text =
       "create table " + SqlName(table.name) + " (" + body + "\n) engine=" + table.engine + " default " + table.charset;

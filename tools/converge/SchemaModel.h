@@ -26,7 +26,21 @@ class TRandom {
   std::mt19937_64 engine_;
 };
 
-enum class EFamily { Whole, Number, Bit, Letters, LongLetters, Bytes, LongBytes, Members, Time, Json, Address, Shape };
+enum class EFamily {
+  Whole,
+  Number,
+  Bit,
+  Letters,
+  LongLetters,
+  Bytes,
+  LongBytes,
+  Members,
+  Time,
+  Json,
+  Address,
+  Shape,
+  Vector
+};
 
 struct TTypeModel {
   EFamily family = EFamily::Whole;
@@ -65,6 +79,7 @@ struct TKeyPartModel {
   std::string column;
   std::size_t prefix = 0;
   bool descending = false;
+  std::string expression{};  // over the column, in brackets; empty for the column itself
 };
 
 struct TKeyModel {
@@ -80,6 +95,7 @@ struct TCheckModel {
   std::string name;
   std::string column;
   std::string expression;
+  std::string enforcement{};  // with a blank in front
 };
 
 struct TForeignKeyModel {

@@ -235,8 +235,9 @@ TTypeModel Text(std::size_t length) {
 
 TTypeModel TypeOf(EFamily family, TRandom& r) {
   using TMaker = TTypeModel (*)(TRandom&);
-  static constexpr TMaker kMakers[] = {Whole,     nullptr, Bit,  Letters, LongLetters, Bytes,
-                                       LongBytes, Members, Time, Json,    Address,     Shape};
+  static constexpr TMaker kMakers[] = {Whole,   nullptr, Bit,  Letters, LongLetters, Bytes,  LongBytes,
+                                       Members, Time,    Json, Address, Shape,       nullptr};
+  if (family == EFamily::Vector) return Address(r);
   if (family == EFamily::Number) return r.Chance(60) ? Decimal(r) : Floating(r);
   return kMakers[static_cast<std::size_t>(family)](r);
 }
