@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "util/Errors.h"
+#include "util/Format.h"
 
 namespace velmora {
 
@@ -209,7 +210,10 @@ void TLibraryWire::TryToOpen(const TMyConnection& connection, const TMyRoute& ro
 void TLibraryWire::CheckError() {
   const unsigned number = mysql_errno(handle_.get());
   if (number == 0) return;
-  const EMySqlException error = LastError();
+  EMySqlException error = LastError();
+  // A line that breaks off within TLS is told of as a fault of TLS, whatever broke it.
+  if (number == CR_SSL_CONNECTION_ERROR)
+    error = {CR_SERVER_LOST, Format("Lost connection to server during query: %s", error.what())};
   if (IsLost(number) || mysql_get_socket(handle_.get()) == kNoSocket) Close();
   throw error;
 }

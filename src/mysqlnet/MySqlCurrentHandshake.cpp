@@ -25,7 +25,7 @@ constexpr std::size_t kScramble = 20;
 constexpr std::size_t kEd25519Nonce = 32;
 constexpr int kMostReplies = 16;  // no server has so much to say; a broken one could go on for ever
 
-constexpr std::uint8_t kOk = 0, kMoreData = 1, kSwitch = 254;
+constexpr std::uint8_t kOk = 0, kMoreData = 1, kNextFactor = 2, kSwitch = 254;
 constexpr char kSha2Quick = 3, kSha2Full = 4, kSha2WantKey = 2, kSha256WantKey = 1;
 
 constexpr char kUncheckedKey[] =
@@ -71,7 +71,7 @@ void TMySqlCurrentHandshake::ReadGreetingEnd() {
 
 void TMySqlCurrentHandshake::ChooseCapabilities(std::uint32_t flags) {
   constexpr std::uint32_t kAlways = kLongPassword | kLongFlag | kCurrentProtocol | kTransactions | kSecureConnection;
-  constexpr std::uint32_t kWhereOffered = kPluginAuth | kDeprecateEof;
+  constexpr std::uint32_t kWhereOffered = kPluginAuth | kDeprecateEof | kFurtherFactors;
   constexpr std::uint32_t kOnRequest = kCompression | kMultiResults;
   flags = (flags & kOnRequest) | kWhereOffered;
   if (!session_.login_.database.empty()) flags |= kConnectWithDatabase;
@@ -123,6 +123,9 @@ void TMySqlCurrentHandshake::ReadReplies() {
         if (plugin_ != kSha2) Refuse();
         ContinueSha2(net_.ReadRest());
         break;
+      case kNextFactor:  // to who announces that it listens; others are only told that access is denied
+        if ((session_.client_flag & kFurtherFactors) == 0) Refuse();
+        throw ClientError(kSecondFactor, net_.ReadString());
       default:
         Refuse();
     }

@@ -17,7 +17,7 @@ class TMySqlCurrentHandshake {
   static bool IsAnnounced(std::uint16_t server_capabilities) { return (server_capabilities & kCurrentProtocol) != 0; }
 
   // With the greeting just read. Sets what capabilities are in force. Raises the server's refusal, 2012, 2026, 2059,
-  // 2061.
+  // 2060, 2061.
   void Run(std::uint32_t flags);
 
  private:

@@ -67,6 +67,9 @@ constexpr TText kOthers[] = {
     {kPacketsOutOfOrder, "Net packets out of order: received[%d], expected[%d]"},
     {kNotInflated, "Couldn't uncompress communication packet"},
     {kUnknownPlugin, "The server asks for a way to log in that is not known here: %s; --client library may know it"},
+    {kSecondFactor,
+     "The account wants a second proof besides the password, by a way to log in that is not known here: %s; use an "
+     "account that needs the password alone"},
     {kLoginRefused, "The login was given up before the password left: %s"},
     {kFileRefused, "The server asked for the local file %s, which it was not offered"},
 };

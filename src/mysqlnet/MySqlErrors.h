@@ -30,6 +30,7 @@ enum EMySqlError {
   kUnknownPlugin = 2059,
   kLoginRefused = 2061,
   kFileRefused = 2068,
+  kSecondFactor = 2060,
   kPacketsOutOfOrder = 1156,  // these two have a server's numbers
   kNotInflated = 1157
 };

@@ -27,7 +27,8 @@ enum EMySqlCapability : std::uint32_t {
   kSecureConnection = 0x8000,
   kMultiResults = 0x20000,
   kPluginAuth = 0x80000,
-  kDeprecateEof = 0x1000000
+  kDeprecateEof = 0x1000000,
+  kFurtherFactors = 0x10000000
 };
 
 enum EMySqlStatus : std::uint16_t { kInTransaction = 1, kAutocommit = 2, kMoreResults = 8 };

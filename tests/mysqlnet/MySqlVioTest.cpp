@@ -82,7 +82,7 @@ TEST(MySqlVio, PeerThatClosesRaisesNoSignal) {
 }
 
 // A server of today, without TLS.
-const std::string kGreeting = Packet(0, Wire("0A '8.0.33' 00 4D000000 'abcdefgh' 00 FFF7 08 0200 8E10 15 00*10 "
+const std::string kGreeting = Packet(0, Wire("0A '8.0.33' 00 4D000000 'abcdefgh' 00 FFF7 08 0200 8E00 15 00*10 "
                                              "'ijklmnopqrst' 00 'mysql_native_password' 00"));
 
 // A listener whose queue is full answers nobody.
