@@ -25,6 +25,10 @@ inline TAnswer RunLive(std::vector<std::string> arguments,
                        std::function<std::string(const std::string&, bool)> ask = {}) {
   const bool local = std::ranges::any_of(
       arguments, [](const std::string& each) { return each.find("@localhost/") != std::string::npos; });
+  // Who cuts a line at a statement has to read what is said.
+  const bool distant = std::ranges::any_of(
+      arguments, [](const std::string& each) { return each.find("@127.0.0.1:") != std::string::npos; });
+  if (distant) arguments.insert(arguments.end(), {"--tls", "off"});
   if (local) arguments.insert(arguments.end(), {"--socket", TPrivateServer::Shared().Socket()});
   return RunInProcess(arguments, std::move(ask));
 }

@@ -16,6 +16,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include "util/Format.h"
+
 namespace velmora::testing {
 
 namespace {
@@ -29,13 +31,28 @@ constexpr auto kStartTime = 60s;
 
 [[noreturn]] void Fail(const std::string& message) { throw std::runtime_error("private server: " + message); }
 
-std::string UserName() {
-  const passwd* user = getpwuid(geteuid());
-  if (user == nullptr) Fail("the current user has no name");
-  return user->pw_name;
+std::string Environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? "" : value;
 }
 
-std::string MariaDbd() { return FindProgram("mariadbd", "mariadb-server-core"); }
+// The name of the server to run, empty for the system's own.
+std::string FetchedName() { return Environment("VELMORA_TEST_SERVER"); }
+
+// A program of the server that was fetched; raises where it was not.
+std::string Fetched(const std::string& program) {
+  const std::string cache = Environment("XDG_CACHE_HOME");
+  const std::string name = FetchedName();
+  std::string path = (cache.empty() ? Environment("HOME") + "/.cache" : cache) + "/velmora/servers/" + name + program;
+  if (access(path.c_str(), X_OK) != 0) Fail(path + " is missing; scripts/fetch-server " + name + " brings it");
+  return path;
+}
+
+// The server, without any option file.
+std::vector<std::string> ServerCommand() {
+  if (!FetchedName().empty()) return {Fetched("/server")};
+  return {FindProgram("mariadbd", "mariadb-server-core"), "--no-defaults"};
+}
 
 // The lock of a file for as long as this lives; other processes wait.
 class TFileLock {
@@ -51,28 +68,35 @@ class TFileLock {
   int file_;
 };
 
+// What makes the data of a new server in a folder.
+std::vector<std::string> DataMaker(const std::string& folder) {
+  const std::string scratch = fs::path(folder).parent_path();
+  if (!FetchedName().empty()) return {Fetched("/make-data"), folder, scratch};
+  return {FindProgram("mariadb-install-db", "mariadb-server-core"),
+          "--no-defaults",
+          "--user=" + UserName(),
+          "--datadir=" + folder,
+          "--tmpdir=" + scratch,
+          "--auth-root-authentication-method=normal",
+          "--skip-test-db",
+          "--innodb-log-file-size=32M"};
+}
+
 void MakeData(const std::string& folder, const std::string& log) {
-  const std::vector<std::string> command = {FindProgram("mariadb-install-db", "mariadb-server-core"),
-                                            "--no-defaults",
-                                            "--user=" + UserName(),
-                                            "--datadir=" + folder,
-                                            "--tmpdir=" + fs::path(folder).parent_path().string(),
-                                            "--auth-root-authentication-method=normal",
-                                            "--skip-test-db",
-                                            "--innodb-log-file-size=32M"};
   fs::remove(log);
   int status = 0;
-  if (waitpid(SpawnServer(command, log), &status, 0) < 0 || status != 0)
-    Fail("mariadb-install-db failed:\n" + FileEnd(log));
+  if (waitpid(SpawnServer(DataMaker(folder), log), &status, 0) < 0 || status != 0)
+    Fail("a new server's data could not be made:\n" + FileEnd(log));
 }
 
 // A fresh data folder to copy, made once per build folder and version of the server.
 std::string DataTemplate() {
-  const std::string server = MariaDbd();
+  const std::string server = ServerCommand().front();
   struct stat status {};
   if (stat(server.c_str(), &status) != 0) Fail("cannot read " + server);
   const std::string cache = VELMORA_TEST_CACHE;
-  const std::string made = cache + "/data-" + std::to_string(status.st_size) + "-" + std::to_string(status.st_mtime);
+  const std::string made =
+      Format("%s/data-%s%d-%d", cache, FetchedName(), static_cast<std::int64_t>(status.st_size), status.st_mtime);
   fs::create_directories(cache);
   const TFileLock lock(cache + "/lock");
   if (fs::exists(made)) return made;
@@ -137,7 +161,27 @@ bool Greets(const std::string& path) {
   return greets;
 }
 
+// Options that only one maker's servers take. Both have the same limits, for tests that go beyond them.
+constexpr const char* kMariaDbOptions[] = {"--skip-sync-frm", "--innodb-log-file-size=32M",
+                                           "--max-recursive-iterations=4294967295"};
+constexpr const char* kMySqlOptions[] = {"--skip-log-bin",           "--mysqlx=0",
+                                         "--secure-file-priv=",      "--innodb-redo-log-capacity=32M",
+                                         "--max-allowed-packet=16M", "--cte-max-recursion-depth=4294967295"};
+
 }  // namespace
+
+bool OnMySQL() { return FetchedName().starts_with("mysql"); }
+
+std::string Numbers(int last) {
+  return Format("(with recursive n as (select 1 seq union all select seq + 1 from n where seq < %d) select * from n) n",
+                last);
+}
+
+std::string UserName() {
+  const passwd* user = getpwuid(geteuid());
+  if (user == nullptr) Fail("the current user has no name");
+  return user->pw_name;
+}
 
 int FreePort() {
   sockaddr_in address{};
@@ -210,20 +254,18 @@ void TPrivateServer::Start() {
 }
 
 void TPrivateServer::Launch() {
-  std::vector<std::string> command = {MariaDbd(),
-                                      "--no-defaults",
-                                      "--user=" + UserName(),
-                                      "--datadir=" + folder_ + "/data",
-                                      "--tmpdir=" + folder_,  // a starting server clears its own of what others left
-                                      "--socket=" + socket_,
-                                      "--port=" + std::to_string(port_),
-                                      "--bind-address=127.0.0.1",
-                                      "--pid-file=" + folder_ + "/pid",
-                                      "--skip-sync-frm",
-                                      "--innodb-flush-method=nosync",
-                                      "--innodb-flush-log-at-trx-commit=0",
-                                      "--innodb-log-file-size=32M",
-                                      "--innodb-buffer-pool-size=32M"};
+  std::vector<std::string> command = ServerCommand();
+  const std::string usual[] = {"--user=" + UserName(),         "--datadir=" + folder_ + "/data",
+                               "--tmpdir=" + folder_,  // a starting server clears its own of what others left
+                               "--socket=" + socket_,          "--port=" + std::to_string(port_),
+                               "--bind-address=127.0.0.1",     "--pid-file=" + folder_ + "/pid",
+                               "--innodb-flush-method=nosync", "--innodb-flush-log-at-trx-commit=0",
+                               "--innodb-buffer-pool-size=32M"};
+  command.insert(command.end(), std::begin(usual), std::end(usual));
+  if (OnMySQL())
+    command.insert(command.end(), std::begin(kMySqlOptions), std::end(kMySqlOptions));
+  else
+    command.insert(command.end(), std::begin(kMariaDbOptions), std::end(kMariaDbOptions));
   command.insert(command.end(), options_.begin(), options_.end());
   fs::remove(socket_);  // a killed server leaves it
   process_.Start(command, folder_ + "/log");

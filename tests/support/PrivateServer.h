@@ -7,8 +7,17 @@
 
 namespace velmora::testing {
 
-// A MariaDB server of the test program's own: on loopback, with its data in a folder of its own, gone with it. The user
-// is root, without a password. Faults are std::runtime_error with the end of the server's log.
+// True when the servers of tests are MySQL's, whose words for tests' own needs are others than MariaDB's.
+bool OnMySQL();
+std::string UserName();  // of this process's user at the system
+// A table for a "from" that all of them know: the numbers from 1 in its column seq, in this order.
+std::string Numbers(int last);
+
+// A server of the test program's own: on loopback, with its data in a folder of its own, gone with it. The user is
+// root, without a password. Faults are std::runtime_error with the end of the server's log.
+//
+// It is the system's MariaDB, or what the environment variable VELMORA_TEST_SERVER names of what scripts/fetch-server
+// has brought.
 //
 // With VELMORA_SERVER_SOCKET in the environment it is the server that listens there, which is left running.
 //

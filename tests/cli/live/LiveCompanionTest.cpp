@@ -38,7 +38,7 @@ TEST_F(LiveCompanionTest, AStatementBeyondThePacketLimitIsNamedWithItsSize) {
 
 TEST_F(LiveCompanionTest, ALimitOfRowsLeavesTheRestOnTheServer) {
   TLiveDatabase database("limits");
-  database.Run("create view v as select seq, repeat('x', 100) as text from seq_1_to_1000000");
+  database.Run("create view v as select seq, repeat('x', 100) as text from " + testing::Numbers(1000000));
   const auto sent = [&] {
     return std::stoll(testing::Answer(database.Connection(), "show global status like 'Bytes_sent'"));
   };

@@ -128,7 +128,7 @@ TEST(LostSideTest, IsNamedWithWhatWasFoundAndLeavesNothing) {
 
 TEST(LostSideTest, RowsThatBreakOffAreAnError) {
   TLiveDatabase database("broken");
-  database.Run("create table t as select seq, repeat('x', 40) from seq_1_to_100");
+  database.Run("create table t as select seq, repeat('x', 40) from " + testing::Numbers(100));
   TRelay relay(TPrivateServer::Shared().Port(), [](const std::string& statement) {
     return statement.starts_with("select * from") ? EFate::CutWithin : EFate::Pass;
   });

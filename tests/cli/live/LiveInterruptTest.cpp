@@ -104,7 +104,8 @@ TEST_F(LiveInterruptTest, AStatementIsBrokenOff) {
 
 // The account has no second connection to ask by, so the only one is cut.
 TEST_F(LiveInterruptTest, ASecondCtrlCEndsTheRunWhereTheServerCannotBeAsked) {
-  database_.Run("create or replace user 'single'@'localhost' with max_user_connections 1");
+  database_.Run("drop user if exists 'single'@'localhost'");
+  database_.Run("create user 'single'@'localhost' with max_user_connections 1");
   database_.Run("grant all on processes.* to 'single'@'localhost'");
   database_.Connection().StartTransaction();
   database_.Run("insert into t values (5)");

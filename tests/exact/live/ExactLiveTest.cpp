@@ -322,7 +322,8 @@ TEST_F(ExactLiveTest, OtherObjectsThatAreTheSameAndThoseThatNobodyMayRead) {
   app_.Compare();
   EXPECT_TRUE(app_.Dialect().Identical()) << JoinList(app_.Dialect().ActionLog(), "\n");
 
-  RunAll(target_, {"create or replace user blind", "grant select, execute on exact_reference.* to blind"});
+  RunAll(target_,
+         {"drop user if exists blind", "create user blind", "grant select, execute on exact_reference.* to blind"});
   app_.TakeTask({reference_.NewEngine("blind"), target_.NewEngine()});
   app_.Compare();
   EXPECT_FALSE(app_.Dialect().Identical());

@@ -22,6 +22,7 @@ using testing::Answer;
 using testing::Execute;
 using ::testing::HasSubstr;
 using testing::MessageOf;
+using testing::OnMySQL;
 using testing::Packet;
 using testing::SendAll;
 using testing::ServerConnection;
@@ -83,7 +84,7 @@ TEST_P(LiveConnection, LocalServerBySocketOthersByTcp) {
 }
 
 TEST_P(LiveConnection, FailuresToConnect) {
-  database.Run("create or replace user 'limited'@'%' identified by 'secret'");
+  database.Run("create user 'limited'@'%' identified by 'secret'");
   const struct {
     void (*change)(TMyConnection& connection);
     const char* message;
@@ -110,6 +111,45 @@ TEST_P(LiveConnection, FailuresToConnect) {
     EXPECT_EQ(Answer(*connection, "select 1"), "1");
   }
   database.Run("drop user 'limited'@'%'");
+}
+
+// Why is told by the server, or by a client that listens.
+TEST_P(LiveConnection, AccountsThatLetNobodyIn) {
+  const bool mysql = OnMySQL();
+  const struct {
+    const char* made;
+    const char* message;
+  } kCases[] = {
+      {"identified by 'p' account lock", "locked"},
+      {"identified by 'p' password expire", mysql ? "Your password has expired" : "You must SET PASSWORD"},
+  };
+  for (const auto& [made, message] : kCases) {
+    database.Run(std::string("create user 'barred'@'%' ") + made);
+    const TConnections connection = NewTcp();
+    connection->Username = "barred", connection->Password = "p", connection->Database = "";
+    EXPECT_THAT(MessageOf([&] { connection->SetConnected(true), Answer(*connection, "select 1"); }),
+                HasSubstr(message));
+    database.Run("drop user 'barred'@'%'");
+  }
+}
+
+// A second proof that the server takes by itself is nothing that a client has to know.
+TEST_P(LiveConnection, AUserOfTheSystemBesidesThePassword) {
+  if (!OnMySQL()) GTEST_SKIP() << "MySQL's way to log in";
+  database.Run("install plugin auth_socket soname 'auth_socket.so'");
+  database.Run("set global authentication_policy = '*,*,'");
+  database.Run(
+      Format("create user twice@localhost identified with caching_sha2_password by 'p' "
+             "and identified with auth_socket as '%s'",
+             testing::UserName()));
+  for (const std::string server : {"", "127.0.0.1"}) {
+    const TConnections connection = New(server);
+    connection->Username = "twice", connection->Password = "p", connection->Database = "";
+    EXPECT_THAT(MessageOf([&] { connection->SetConnected(true); }),
+                HasSubstr(GetParam() && server.empty() ? "nothing raised" : "Access denied for user 'twice'@"));
+  }
+  database.Run("drop user twice@localhost");
+  database.Run("uninstall plugin auth_socket");
 }
 
 // Each stage of a login that never comes ends by the time-out; nor does a login take longer than any other silence.
@@ -229,9 +269,13 @@ TEST_P(LiveConnection, TlsAsWanted) {
 }
 
 TEST_P(LiveConnection, TlsOfAServerWithoutAny) {
-  EXPECT_EQ(Cipher(*NewTcp()), "");  // preferred
+  const TPrivateServer plain({OnMySQL() ? "--tls-version=" : "--skip-ssl"});
+  const TConnections preferred = ServerConnection(plain);
+  preferred->Server = "127.0.0.1";
+  EXPECT_EQ(Cipher(*preferred), "");
   for (const char* server : {"127.0.0.1", ""}) {
-    const TConnections required = New(server);
+    const TConnections required = ServerConnection(plain);
+    required->Server = server;
     required->Options.Tls = ETls::Required;
     EXPECT_THROW(required->SetConnected(true), EMySqlException);
     EXPECT_FALSE(required->GetConnected());
@@ -340,6 +384,7 @@ TEST_P(LiveConnection, AnotherServerAtTheSameAddressIsToldNothing) {
   });
   const TConnections connection = NewTcp();
   connection->Port = relay.Port();
+  connection->Options.Tls = ETls::Off;  // since the relay reads what is said
   connection->SetConnected(true);
   connection->StartTransaction();
   relay.LeadTo(other.Port());
@@ -461,7 +506,7 @@ TEST_P(LostConnection, WhileRowsComeInBlocks) {
   const auto query = connection->NewQuery();
   query->UniDirectional = true;
   query->FetchAll = false;
-  query->SQL = "select seq, repeat('x', 1000) from seq_1_to_1000000";
+  query->SQL = "select seq, repeat('x', 1000) from " + testing::Numbers(200000);
   query->Open();
   TPrivateServer::Shared().Kill();
   EXPECT_THAT(MessageOf([&] {

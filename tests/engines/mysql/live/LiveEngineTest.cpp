@@ -17,6 +17,7 @@ using testing::DumpMeta;
 using ::testing::HasSubstr;
 using testing::MessageOf;
 using ::testing::Not;
+using testing::OnMySQL;
 using testing::TLiveDatabase;
 using testing::TPrivateServer;
 
@@ -59,24 +60,33 @@ TEST_P(LiveEngine, FetchesStructure) {
       "born date, primary key (id), unique key ux (p_id, price), key ix (born), "
       "constraint fk foreign key (p_id) references p (id) on delete cascade on update set null)");
   Connect();
-  engine->ExecSQL("set sql_mode='MYSQL40'");
-  EXPECT_THAT(CreationText("p"), HasSubstr(") TYPE=InnoDB"));
+  if (!OnMySQL()) {
+    engine->ExecSQL("set sql_mode='MYSQL40'");
+    EXPECT_THAT(CreationText("p"), HasSubstr(") TYPE=InnoDB"));
+  }
   engine->FetchTableStructure("p");
   engine->FetchTableStructure("c d");
+  const std::string integer = OnMySQL() ? "<I4>" : "<I4>(11)";
   EXPECT_EQ(DumpMeta(engine->meta()),
             "table p InnoDB\n"
-            "column id <I4>(11) notnull\n"
-            "column name <VARCHAR>(40) notnull default='it'\n"
-            "key primary key(id) primary unique\n"
-            "table c d InnoDB\n"
-            "column id <I4>(11) notnull autoinc\n"
-            "column p_id <I4>(11)\n"
-            "column price <DECIMAL>(10,2) notnull default='0'\n"
-            "column born <DATE>\n"
-            "key primary key(id) primary unique\n"
-            "key ux(p_id,price) unique\n"
-            "key ix(born)\n"
-            "constraint fk(p_id)->p(id) delete=cascade update=set null\n");
+            "column id " +
+                integer +
+                " notnull\n"
+                "column name <VARCHAR>(40) notnull default='it'\n"
+                "key primary key(id) primary unique\n"
+                "table c d InnoDB\n"
+                "column id " +
+                integer +
+                " notnull autoinc\n"
+                "column p_id " +
+                integer +
+                "\n"
+                "column price <DECIMAL>(10,2) notnull default='0'\n"
+                "column born <DATE>\n"
+                "key primary key(id) primary unique\n"
+                "key ux(p_id,price) unique\n"
+                "key ix(born)\n"
+                "constraint fk(p_id)->p(id) delete=cascade update=set null\n");
 }
 
 TEST_P(LiveEngine, CloneIsAConnectionOfItsOwn) {
@@ -96,7 +106,7 @@ TEST_P(LiveEngine, CloneIsAConnectionOfItsOwn) {
 
 TEST_P(LiveEngine, ReadsRows) {
   database.Run("create table `t t` (a int, b varchar(10)) engine=InnoDB");
-  database.Run("insert into `t t` select seq, concat('v', seq) from seq_1_to_100");
+  database.Run("insert into `t t` select seq, concat('v', seq) from " + testing::Numbers(100));
   Connect();
   for (const bool chunks : {false, true}) {
     engine->fetch_in_chunks = chunks;
@@ -156,7 +166,8 @@ TEST_P(LiveEngine, StatementsOfTheDialect) {
     for (const std::string& statement : one.lines) {
       for (const char* sql : {"drop table if exists t, c, p", kParent, kChild}) engine->ExecSQL(sql);
       const std::string message = MessageOf([&] { engine->ExecSQL(statement); });
-      EXPECT_EQ(message == "nothing raised", one.name == "taken") << statement << ": " << message;
+      const bool taken = one.name == "taken" || (one.name == "taken by MariaDB" && !OnMySQL());
+      EXPECT_EQ(message == "nothing raised", taken) << statement << ": " << message;
     }
   }
   EXPECT_TRUE(engine->GetConnected());
@@ -168,7 +179,7 @@ TEST_P(LiveEngine, OperationsThatChangeTheStructure) {
   Connect();
   engine->AddColumn("p", "x int");
   engine->RenameColumn("p", "x", "y z");
-  EXPECT_THAT(CreationText("p"), HasSubstr("`y z` int(11)"));
+  EXPECT_THAT(CreationText("p"), HasSubstr("`y z` int"));
   engine->ModifyColumn("p", "y z", "y z", "varchar(7)");
   EXPECT_THAT(CreationText("p"), HasSubstr("`y z` varchar(7)"));
   engine->DropColumn("p", "y z");

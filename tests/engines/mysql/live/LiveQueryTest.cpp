@@ -15,6 +15,7 @@ namespace {
 
 using ::testing::HasSubstr;
 using testing::MessageOf;
+using testing::Numbers;
 using testing::TLiveDatabase;
 
 class LiveQuery : public testing::TWithBothClients {
@@ -43,7 +44,8 @@ class LiveQuery : public testing::TWithBothClients {
   // v, of one column a with one row.
   void MakeTable(const std::string& type, const std::string& literal) {
     database.Run("set sql_mode = 'ALLOW_INVALID_DATES'");
-    database.Run(Format("create or replace table v (a %s) engine=MyISAM", type));
+    database.Run("drop table if exists v");
+    database.Run(Format("create table v (a %s) engine=MyISAM", type));
     database.Run(Format("insert into v values (%s)", literal));
   }
   std::string Answer(const std::string& sql) { return testing::Answer(database.Connection(), sql); }
@@ -109,7 +111,7 @@ TEST_P(LiveQuery, SizesAreInCharactersOrBytes) {
 }
 
 TEST_P(LiveQuery, StoredRowsGoBackToTheFirst) {
-  const auto query = Opened("select seq from seq_1_to_100");
+  const auto query = Opened("select seq from " + Numbers(100));
   EXPECT_EQ(query->RecordCount(), 100);
   EXPECT_EQ(Sum(*query), 5050);
   query->First();
@@ -123,7 +125,7 @@ TEST_P(LiveQuery, StoredRowsGoBackToTheFirst) {
 
 TEST_P(LiveQuery, BlocksAtEveryEdge) {
   for (const int rows : {0, 1, 24, 25, 26, 50, 51}) {
-    const auto query = InBlocks(Format("select seq from seq_1_to_50 where seq <= %d", rows), 25);
+    const auto query = InBlocks(Format("select seq from %s where seq <= %d", Numbers(50), rows), 25);
     EXPECT_EQ(query->RecordCount(), std::min(rows, 25));
     EXPECT_EQ(query->Eof(), rows == 0);
     query->First();
@@ -137,8 +139,8 @@ TEST_P(LiveQuery, BlocksAtEveryEdge) {
 }
 
 TEST_P(LiveQuery, BlocksLeaveTheConnectionToOthers) {
-  const auto first = InBlocks("select seq from seq_1_to_1000", 10);
-  const auto second = InBlocks("select seq from seq_1_to_2000", 10);  // keeps the rest of the first
+  const auto first = InBlocks("select seq from " + Numbers(1000), 10);
+  const auto second = InBlocks("select seq from " + Numbers(2000), 10);  // keeps the rest of the first
   first->Next();
   EXPECT_EQ(Answer("select 7"), "7");
   EXPECT_EQ(Sum(*second), 2001000);
@@ -148,7 +150,7 @@ TEST_P(LiveQuery, BlocksLeaveTheConnectionToOthers) {
 
 // Nobody waits for rows that are not wanted, and no server is told to stop that may be another one.
 TEST_P(LiveQuery, BlocksClosedHalfWayEndTheConnection) {
-  const auto query = InBlocks("select seq, repeat('x', 1000) from seq_1_to_100000000", 10);
+  const auto query = InBlocks("select seq, repeat('x', 1000) from " + Numbers(200000), 10);
   query->Next();
   query->Close();
   EXPECT_FALSE(database.Connection().GetConnected());
@@ -158,7 +160,7 @@ TEST_P(LiveQuery, BlocksClosedHalfWayEndTheConnection) {
 }
 
 TEST_P(LiveQuery, BlocksAreCutOffByADisconnect) {
-  const auto query = InBlocks("select seq from seq_1_to_1000", 10);
+  const auto query = InBlocks("select seq from " + Numbers(1000), 10);
   database.Connection().SetConnected(false);
   EXPECT_EQ(MessageOf([&] {
               while (!query->Eof()) query->Next();
@@ -170,7 +172,7 @@ TEST_P(LiveQuery, BlocksAreCutOffByADisconnect) {
 
 TEST_P(LiveQuery, FaultInTheMiddleOfTheRows) {
   database.Run("create table t (a int)");
-  database.Run("insert into t select seq from seq_1_to_500");
+  database.Run("insert into t select seq from " + Numbers(500));
   const std::string sql = "select a, (select b.a from t b where b.a = t.a or t.a = 499) from t";
   EXPECT_THAT(MessageOf([&] {
                 const auto query = InBlocks(sql, 10);

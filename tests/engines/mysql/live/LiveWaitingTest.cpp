@@ -71,7 +71,7 @@ TEST_P(LiveWaitingTest, MessagesRunWhileAStatementDoesAndResultsAreTheSame) {
   EXPECT_EQ(Answer(*connection, "select sleep(0.4)"), "0");
   EXPECT_GT(pumped_, 10);
   EXPECT_EQ(waiting_->Waited(), std::nullopt);
-  EXPECT_EQ(NumberOf(*connection, "select no_such_function()"), 1305);
+  EXPECT_EQ(NumberOf(*connection, "select mysql.no_such_function()"), 1305);
 
   const auto rows = connection->NewQuery();  // in blocks, with another statement in between
   rows->UniDirectional = true;
@@ -122,7 +122,7 @@ TEST_P(LiveWaitingTest, ADeadServerIsSaidToBeLostAndAHungOneIsCutOff) {
   server.Restart();
   on_pump_ = nullptr;
   auto next = Connected(server);
-  Execute(*next, "create or replace user nobody");
+  Execute(*next, "create user if not exists nobody");
   Execute(*next, "alter user root@localhost account lock");
   CancelAfter(milliseconds(100));
   EXPECT_NE(NumberOf(*next, "do sleep(60)"), kInterrupted);
