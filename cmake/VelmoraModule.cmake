@@ -96,13 +96,14 @@ function(velmora_program name)
   install(TARGETS ${name} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endfunction()
 
-# velmora_tests(FOLDER [DEEP] [SINGLE] [PLAIN] LINKS targets... [WITHOUT patterns...]): the test program of tests/FOLDER but for the
+# velmora_tests(FOLDER [DEEP] [SINGLE [MYSQL]] [PLAIN] LINKS targets... [WITHOUT patterns...]): the test program of tests/FOLDER but for the
 # sources whose names fit a pattern, one CTest entry per test. DEEP
 # takes the folders below it too. SINGLE is for tests that share something slow to start:
-# the program is one entry, and writes a report of its own on what ran into the folder single-reports. PLAIN does without
+# the program is one entry, and writes a report of its own on what ran into the folder single-reports. MYSQL gives it a
+# second entry, on MySQL, where scripts/fetch-server has brought that. PLAIN does without
 # the precompiled header, which wants the same compiler flags everywhere.
 function(velmora_tests folder)
-  cmake_parse_arguments(ARG "DEEP;SINGLE;PLAIN" "" "LINKS;WITHOUT" ${ARGN})
+  cmake_parse_arguments(ARG "DEEP;SINGLE;PLAIN;MYSQL" "" "LINKS;WITHOUT" ${ARGN})
   string(REPLACE "/" "_" suffix "${folder}")
   set(glob GLOB)
   if(ARG_DEEP)
@@ -129,6 +130,10 @@ function(velmora_tests folder)
   if(ARG_SINGLE)
     add_test(NAME ${target} COMMAND ${target} "--gtest_output=xml:${PROJECT_BINARY_DIR}/single-reports/${target}.xml")
     set_tests_properties(${target} PROPERTIES TIMEOUT 300)
+    if(ARG_MYSQL AND EXISTS "${VELMORA_FETCHED_MYSQL}")
+      add_test(NAME ${target}_on_mysql COMMAND ${target} "--gtest_output=xml:${PROJECT_BINARY_DIR}/single-reports/${target}_on_mysql.xml")
+      set_tests_properties(${target}_on_mysql PROPERTIES TIMEOUT 300 ENVIRONMENT VELMORA_TEST_SERVER=mysql)
+    endif()
   else()
     gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
   endif()

@@ -9,6 +9,7 @@ namespace velmora::testing {
 
 // True when the servers of tests are MySQL's, whose words for tests' own needs are others than MariaDB's.
 bool OnMySQL();
+inline constexpr char kMariaDbAlone[] = "what is said and answered are MariaDB's";
 std::string UserName();  // of this process's user at the system
 // A table for a "from" that all of them know: the numbers from 1 in its column seq, in this order.
 std::string Numbers(int last);

@@ -50,6 +50,7 @@ class LiveViaServerTest : public testing::TLiveCompanion {
 
 // Each file of the folder: with the database that its statements make, and with an empty one of another character set.
 TEST_F(LiveViaServerTest, AFileIsIdenticalWithItsOwnDatabaseAndMakesOneAnew) {
+  if (testing::OnMySQL()) GTEST_SKIP() << testing::kMariaDbAlone;
   target_.Run("set global explicit_defaults_for_timestamp = 0");
   for (const auto& entry : std::filesystem::directory_iterator(kCases)) {
     SCOPED_TRACE(entry.path());
@@ -92,6 +93,7 @@ TEST_F(LiveViaServerTest, SignalsRemoveTheScratchDatabaseAndWhatAKilledRunLeftIs
 }
 
 TEST(LiveBinaryLogTest, ScratchStatementsStayOutOfItOrThatIsSaid) {
+  if (testing::OnMySQL()) GTEST_SKIP() << testing::kMariaDbAlone;
   TPrivateServer server({"--log-bin=bin", "--server-id=3"});
   TLiveDatabase target("via", server);
   target.Run("create user 'plain'@'localhost'");
