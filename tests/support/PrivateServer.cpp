@@ -217,7 +217,7 @@ TPrivateServer::TPrivateServer(std::vector<std::string> options) : options_(std:
 
 TPrivateServer::~TPrivateServer() {
   if (folder_.empty()) return;
-  Stop();
+  Kill();  // nobody reads its data again, and a clean end takes some servers seconds
   RemoveFolder();
 }
 

@@ -30,7 +30,9 @@ void Run(unsigned long long seed, std::size_t tables, TCounts& counts) {
   counts.dropped += result.dropped;
   if (result.fault.empty()) return;
   ++counts.misses;
-  const std::string again = tables > 0 ? "--tables " + std::to_string(tables) + " " : "1 ";
+  const char* server = std::getenv("VELMORA_TEST_SERVER");
+  const std::string on = server == nullptr ? "" : "--server " + std::string(server) + " ";
+  const std::string again = on + (tables > 0 ? "--tables " + std::to_string(tables) + " " : "1 ");
   std::printf("seed %llu missed: %s\nrepeat it with: scripts/converge %s%llu\n\n", seed, result.fault.c_str(),
               again.c_str(), seed);
   std::fflush(stdout);
