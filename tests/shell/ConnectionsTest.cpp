@@ -115,6 +115,31 @@ TEST_F(ConnectionsTest, TheSidesChangePlacesAndTheWorkIsGone) {
   EXPECT_EQ(script(), "select 1;");
 }
 
+// Whatever would put another text into the editor, or end it.
+TEST_F(ConnectionsTest, ATypedScriptIsNotLostUnasked) {
+  rig_.NewTask("sides_ref", "sides_tgt", "acExactDialect");
+  rig_.Trigger("acAnalyze");
+  auto& script = dynamic_cast<TSqlEdit&>(*rig_.Find<QWidget>("mScript"));
+  script.append(QStringLiteral("select 1;\r\n"));
+  const std::string typed = rig_.Text("mScript");
+  rig_.host->chosen = rig_.folder / "other.sql";
+  WriteFileText(rig_.host->chosen, "select 2;\r\n");
+  for (const char* command : {"acAnalyze", "acLoadScriptFromFile", "acExit"}) {
+    EXPECT_THAT(rig_.Ask(command, "No"), HasSubstr("Discard it?")) << command;
+    EXPECT_EQ(rig_.Text("mScript"), typed) << command;
+    EXPECT_TRUE(rig_.Main().isVisible()) << command;
+  }
+  std::string after;
+  rig_.Ask("acSynchronize", "Yes", [&after](QWidget* box) {
+    after = FromQt(box->property("text").toString());
+    box->close();
+  });
+  EXPECT_THAT(after, HasSubstr("Discard it?"));
+  EXPECT_EQ(rig_.Text("mScript"), typed);
+  EXPECT_THAT(rig_.Ask("acExit", "Yes"), HasSubstr("Discard it?"));
+  EXPECT_FALSE(rig_.Main().isVisible());
+}
+
 TEST_F(ConnectionsTest, AReferenceThatNoScriptCanChangeStaysOne) {
   WriteFileText(rig_.folder / "t.csv", "a\tb\r\n1\t2\r\n");
   WriteFileText(

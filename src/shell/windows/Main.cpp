@@ -169,6 +169,9 @@ void TfmMain::closeEvent(QCloseEvent* event) {
     event->ignore();
     return;
   }
+  bool stays = true;  // also where it could not be asked
+  AtTopLevel([&] { stays = !MayLoseScript(); });
+  if (stays) return event->ignore();
   AtTopLevel([this] { Close(); });
   event->accept();
 }

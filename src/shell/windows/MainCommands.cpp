@@ -62,7 +62,7 @@ class TFrozen {
 
 void TfmMain::acLoadScriptFromFile() {
   std::string path;
-  if (!Host().OpenFile(kScriptFilter, path)) return;
+  if (!Host().OpenFile(kScriptFilter, path) || !MayLoseScript()) return;
   const std::string text = ReadFileText(path);
   ShowPage();
   page_->setCurrentWidget(tsScript_);
@@ -137,7 +137,7 @@ void TfmMain::acSynchronize() {
     const TDisabled disabled(Command("acSynchronize"));
     acRunScript();
   }
-  if (!app_->Dialect().Traits().tells_result || !generated) return;
+  if (!app_->Dialect().Traits().tells_result || !generated || !MayLoseScript()) return;
   BeginCancellable();
   Analyze();
   TellRun();
@@ -212,12 +212,14 @@ void TfmMain::acSaveTaskAs() {
 }
 
 void TfmMain::acAnalyze() {
+  if (!MayLoseScript()) return;
   statusBar()->clearMessage();
   Analyze();
 }
 
 void TfmMain::acDelAction() {
   if (TicksActions()) return DeleteDifferences();
+  if (!MayLoseScript()) return;
   DeleteAction(tlActions_->FocusedNode(), app_->tree, app_->data, [this] { acGenScript(); });
 }
 
