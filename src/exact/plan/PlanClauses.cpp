@@ -307,10 +307,13 @@ bool DisturbsChecks(const TChange& change, const TTableWork& work) {
 
 // Keys keep the lengths that they had, which need not be ones of the new type.
 bool DisturbsKeys(const TChange& change, const TTableWork& work) {
-  if (!IsReplaced(change, work)) return false;
+  if (change.action != saModifyColumn || change.moved_only) return false;
   const TColumnText& from = *change.old_column;
   const TColumnText& to = *change.new_column;
-  return from.type != to.type || from.arguments != to.arguments;
+  const auto has_members = [](const TColumnText& column) { return column.type == "enum" || column.type == "set"; };
+  // MySQL takes the bytes of a member's number for letters.
+  if (has_members(from) && !has_members(to)) return true;
+  return IsReplaced(change, work) && (from.type != to.type || from.arguments != to.arguments);
 }
 
 // A table in memory keeps the directions of its keys, but does not print them: another engine then would.
