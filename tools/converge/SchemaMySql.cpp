@@ -45,6 +45,15 @@ void SpeakColumn(TColumnModel& column) {
 void SpeakTable(TTableModel& table) {
   if (table.engine == "Aria") table.engine = "InnoDB";
   for (TColumnModel& column : table.columns) SpeakColumn(column);
+  // Keys of MyISAM over members do not outlive another character set of these.
+  const auto has_members = [&table](const TKeyPartModel& part) {
+    const TColumnModel* column = table.Find(part.column);
+    return column != nullptr && column->type.family == EFamily::Members;
+  };
+  if (table.engine == "MyISAM") {
+    for (TKeyModel& key : table.keys) std::erase_if(key.parts, has_members);
+    std::erase_if(table.keys, [](const TKeyModel& key) { return key.parts.empty(); });
+  }
   for (TKeyModel& key : table.keys) key.options = StrReplace(key.options, " ignored", " invisible");
   table.partitioning = StrReplace(table.partitioning, "partition d default", "partition d values in (8, 9, null)");
   std::erase_if(table.options, [](const TOptionModel& option) {

@@ -321,12 +321,20 @@ bool BringsDirections(const TChange& change, const TTableWork& work) {
   return SetsOption(change, "ENGINE") && EngineOf(*work.target) == "memory";
 }
 
+// Servers do not let go of a column that a key computes something of, even if it comes again in the same statement.
+bool HasExpression(const TElement& key) {
+  if (!IsKey(key.kind)) return false;
+  const std::vector<TKeyPart>& parts = key.text.KeyParts();
+  return std::any_of(parts.begin(), parts.end(), [](const TKeyPart& part) { return part.column.empty(); });
+}
+
 bool Disturbs(const TChange& change, const TElement& element, const TTableWork& work) {
   const bool is_check = element.kind == EElement::Check;
   if (!is_check &&
       (BringsDirections(change, work) || (element.kind == EElement::SpatialKey && ChangesSystem(change, element))))
     return true;
-  if (is_check ? !DisturbsChecks(change, work) : !DisturbsKeys(change, work)) return false;
+  const bool disturbs_key = DisturbsKeys(change, work) || (HasExpression(element) && IsReplaced(change, work));
+  if (is_check ? !DisturbsChecks(change, work) : !disturbs_key) return false;
   const TTokens tokens = element.text.Tokens();
   return std::any_of(tokens.begin(), tokens.end(),
                      [&change](const TToken& token) { return IsName(token) && SameText(NameOf(token), change.item); });
