@@ -75,7 +75,7 @@ std::string NewName(const TTableModel& table, const char* prefix, TRandom& rando
 }
 
 void AddExpressionKey(TTableModel& table, TRandom& random) {
-  static const TTexts kOfNumbers = {"(%s div 2)", "(%s is null)", "(%s % 3)", "(case when %s > 3 then 1 else 0 end)"};
+  static const TTexts kOfNumbers = {"(%s > 2)", "(%s is null)", "(%s % 3)", "(case when %s > 3 then 1 else 0 end)"};
   static const TTexts kOfLetters = {"(char_length(%s))", "(cast(left(%s, 4) as char(9)))", "(md5(%s))"};
   static const TTexts kOfJson = {"(cast(json_extract(%s, '$.tags') as unsigned array))",
                                  "(cast(json_extract(%s, '$.names') as char(20) array))",

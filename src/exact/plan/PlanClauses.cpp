@@ -129,6 +129,17 @@ bool HasToBeGone(const TElement& key, const TTableWork& work) {
                      [&key](const TChange* change) { return ChangesSystem(*change, key); });
 }
 
+// Whether a column of the key goes in the table's main statement.
+bool LosesColumn(const TElement& key, const TTableWork& work) {
+  if (key.text.Empty()) return false;
+  const std::vector<TKeyPart>& parts = key.text.KeyParts();
+  return std::any_of(work.changes.begin(), work.changes.end(), [&](const TChange* change) {
+    if (change->action != saDropColumn && !IsReplaced(*change, work)) return false;
+    return std::any_of(parts.begin(), parts.end(),
+                       [change](const TKeyPart& part) { return SameText(part.column, change->item); });
+  });
+}
+
 }  // namespace
 
 void TTableAlters::Replace(const TElement& had, const TElement& has, const TTableWork& work, const TChange* made,
@@ -140,14 +151,16 @@ void TTableAlters::Replace(const TElement& had, const TElement& has, const TTabl
     is_made = true;
     for (const TChange* change : changes) alter.Serves(*change);
   };
-  if (!had.text.Empty()) add(HasToBeGone(had, work) ? first : main, DropText(had.kind, had.name));
+  const bool waits = has.kind == EElement::PrimaryKey && !has.text.Empty() && NamesFilledColumn(has.text, work);
+  TAlter& drops = HasToBeGone(had, work) ? first : waits && !LosesColumn(had, work) ? filled : main;
+  if (!had.text.Empty()) add(drops, DropText(had.kind, had.name));
   if (has.text.Empty()) return;
   const std::string text = "add " + has.text.Str();
   const bool is_fulltext = KindOf(has) == EElement::FulltextKey;
   if (is_fulltext && (adds_fulltext || KindOf(had) == EElement::FulltextKey))
     return add(fulltext.emplace_back(work.name), text);
   adds_fulltext = adds_fulltext || is_fulltext;
-  add(has.kind == EElement::PrimaryKey && NamesFilledColumn(has.text, work) ? filled : main, text);
+  add(waits ? filled : main, text);
 }
 
 void TTableAlters::MoveTo(std::vector<TPlanStatement>& plan) {
