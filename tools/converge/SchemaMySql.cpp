@@ -92,7 +92,8 @@ void AddExpressionKey(TTableModel& table, TRandom& random) {
   const TColumnModel* other = AnyColumn(table, {EFamily::Whole, EFamily::Number, EFamily::Time}, random);
   if (other != nullptr && random.Chance(40))
     key.parts.insert(key.parts.begin(), {other->name, 0, random.Chance(30), ""});
-  if (random.Chance(20)) key.options = " invisible";
+  // Servers make invisible what they then take for a primary key.
+  if (!key.Unique() && random.Chance(20)) key.options = " invisible";
   table.keys.push_back(std::move(key));
 }
 
