@@ -334,7 +334,7 @@ bool BringsDirections(const TChange& change, const TTableWork& work) {
   return SetsOption(change, "ENGINE") && EngineOf(*work.target) == "memory";
 }
 
-// Servers do not let go of a column that a key computes something of, even if it comes again in the same statement.
+// As checks do, such keys keep the columns that they compute something of, and those that these are computed of.
 bool HasExpression(const TElement& key) {
   if (!IsKey(key.kind)) return false;
   const std::vector<TKeyPart>& parts = key.text.KeyParts();
@@ -346,7 +346,7 @@ bool Disturbs(const TChange& change, const TElement& element, const TTableWork& 
   if (!is_check &&
       (BringsDirections(change, work) || (element.kind == EElement::SpatialKey && ChangesSystem(change, element))))
     return true;
-  const bool disturbs_key = DisturbsKeys(change, work) || (HasExpression(element) && IsReplaced(change, work));
+  const bool disturbs_key = DisturbsKeys(change, work) || (HasExpression(element) && DisturbsChecks(change, work));
   if (is_check ? !DisturbsChecks(change, work) : !disturbs_key) return false;
   const TTokens tokens = element.text.Tokens();
   return std::any_of(tokens.begin(), tokens.end(),
