@@ -166,9 +166,9 @@ std::size_t TRun::RowsFor(const std::string& table) {
     if (change.action != saAddColumn) continue;
     // There is no shape to fill the rows with, and a new counter numbers the rows before the others see them.
     const std::string text = LowerText(change.new_text.Str());
-    static const std::set<std::string> kShapes = {"vector",          "geometry",     "point",
-                                                  "linestring",      "polygon",      "multipoint",
-                                                  "multilinestring", "multipolygon", "geometrycollection"};
+    static const std::set<std::string> kShapes = {
+        "vector",     "geometry",        "point",        "linestring",         "polygon",
+        "multipoint", "multilinestring", "multipolygon", "geometrycollection", "geomcollection"};
     const std::size_t type = text.rfind("` ") == std::string::npos ? 0 : text.find("` ") + 2;
     if (kShapes.contains(text.substr(type, text.find_first_of(" (", type) - type))) rows = 0;
   }

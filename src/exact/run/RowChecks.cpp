@@ -10,6 +10,7 @@
 #include "exact/compare/Safety.h"
 #include "exact/plan/PlanClauses.h"
 #include "exact/run/PartitionLimits.h"
+#include "mysqltext/ColumnParts.h"
 #include "mysqltext/ColumnType.h"
 #include "mysqltext/ElementText.h"
 #include "mysqltext/KeyText.h"
@@ -30,6 +31,7 @@ constexpr char kAgainst[] = "%s that it does not allow";
 constexpr char kNoPlace[] = "%s for which there is no partition";
 constexpr char kComputedNull[] = "%s for which it is NULL, which will not be allowed";
 constexpr char kTooLarge[] = "%s for which it is out of range or too long";
+constexpr char kNoValue[] = "%s for which there is no value, and NULL is not allowed";
 constexpr char kOtherSystem[] = "%s with shapes of another reference system (SRID)";
 constexpr char kSeveral[] = "it goes by several columns";
 constexpr char kConverted[] = "column %s changes its type";
@@ -169,6 +171,7 @@ class TRowInquiry {
     if (change.action == saModifyColumn) AskNull(change);
     if (change.action == saModifyColumn) AskSystem(table, change);
     if (change.action == saModifyColumn || change.action == saAddColumn) AskComputed(table, change);
+    if (change.action == saAddColumn) AskFilled(change);
     if (change.action == saChangeTableType && change.item == kPartitioningItem) AskPlaces(table, change);
     if (!adds) return;
     const TElement* element = table.reference->Find(change.kind, change.item);
@@ -217,6 +220,15 @@ class TRowInquiry {
     const std::string subject = "check " + check.name;
     if (const auto condition = InRows(table, subject, tokens, {open + 1, after - 1}))
       Ask(table, subject, "not " + *condition, kAgainst);
+  }
+
+  // There is no shape and no vector that servers would fill rows with.
+  void AskFilled(const TChange& change) {
+    const TColumnText& has = *change.new_column;
+    const bool has_filling = !IsShapeType(has.type) && has.type != "vector";
+    if (has_filling || !has.not_null || has.default_text || has.generated) return;
+    questions_.push_back(
+        {change.table, "column " + change.item, Format("count(*), 1 from %s", QuotedName(change.table)), kNoValue});
   }
 
   void AskSystem(const TTableRows& table, const TChange& change) {
