@@ -254,7 +254,8 @@ void TColumnClauses::SetLater(const TChange& change, const std::string& text, TT
 void TColumnClauses::Add(const TChange& change, TTableAlters& alters) const {
   const std::string text = Text(change);
   const bool filled = IsFilledLater(change, work_);
-  alters.main.Clause("add column " + (filled ? TextWithoutDefault(text, true) : text) + Place(change));
+  alters.main.Clause("add column " + (filled ? TextWithoutDefault(text, !ComesNotNull(change, work_)) : text) +
+                     Place(change));
   if (filled) SetLater(change, text, alters);
 }
 

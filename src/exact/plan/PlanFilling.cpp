@@ -95,12 +95,28 @@ std::string TextWithoutDefault(const std::string& column, bool nulls) {
   return text;
 }
 
+bool ComesNotNull(const TChange& change, const TTableWork& work) {
+  const TElement* key = work.reference->Find(EElement::PrimaryKey, "PRIMARY");
+  if (key == nullptr) return false;
+  const std::vector<TKeyPart>& parts = key->text.KeyParts();
+  const auto is_it = [&change](const TKeyPart& part) { return SameText(part.column, change.item); };
+  const auto is_counter = [&work](const TKeyPart& part) {
+    const TElement* column = work.reference->Find(EElement::Column, part.column);
+    return column != nullptr && column->text.Column().auto_increment;
+  };
+  if (std::none_of(parts.begin(), parts.end(), is_it)) return false;
+  const bool changes = std::any_of(work.changes.begin(), work.changes.end(), [](const TChange* other) {
+    return !other->new_text.Empty() && other->kind == EElement::PrimaryKey;
+  });
+  return !changes || std::any_of(parts.begin(), parts.end(), is_counter);
+}
+
 bool NamesFilledColumn(const TElementText& key, const TTableWork& work) {
   const std::vector<TKeyPart>& parts = key.KeyParts();
   return std::any_of(work.changes.begin(), work.changes.end(), [&](const TChange* change) {
-    return IsFilledLater(*change, work) && std::any_of(parts.begin(), parts.end(), [change](const TKeyPart& part) {
-             return SameText(part.column, change->item);
-           });
+    return IsFilledLater(*change, work) && !ComesNotNull(*change, work) &&
+           std::any_of(parts.begin(), parts.end(),
+                       [change](const TKeyPart& part) { return SameText(part.column, change->item); });
   });
 }
 

@@ -18,7 +18,11 @@ bool GetsDefaultLater(const TChange& change, const TTableWork& work);
 // A column's text without its default; `nulls` allows NULL.
 std::string TextWithoutDefault(const std::string& column, bool nulls);
 
-// Whether the key has such a column of the table's changes.
+// Such a column comes with the server's own first value instead of NULL if it is in a primary key that is there
+// already, or that a counter makes different in every row.
+bool ComesNotNull(const TChange& change, const TTableWork& work);
+
+// Whether the key has such a column of the table's changes that comes with NULL.
 bool NamesFilledColumn(const TElementText& key, const TTableWork& work);
 
 // The "update" that gives values to those of them that may not be NULL, and leaves columns alone that note the time of
