@@ -199,7 +199,11 @@ TEST_F(RunOnOwnServerTest, AServerThatDiesInTheMiddleLeavesATrueReport) {
               AllOf(HasSubstr("statement 2 of 3 failed"), HasSubstr("the connection to the target localhost.run_tgt"),
                     HasSubstr(" is lost"), HasSubstr("1 of 3 statements ran before it and are in force")));
   EXPECT_THAT(Rows()[1], StartsWith("failed, , "));
+  EXPECT_THAT(rig_.MessageOfCommand("acSynchronize"), HasSubstr("run_tgt of server localhost, is lost: "));
   server_.Restart();
+  Script("select 1;\r\n");
+  Run();
+  EXPECT_EQ(Rows(), TStringList{"done, in force, "});
 }
 
 }  // namespace

@@ -133,11 +133,14 @@ void TfmMain::CompareOrForget() {
   }
 }
 
-// The client's message of a lost connection tells of no side.
+// The client's message of a lost connection tells of no side. One that was lost before is made anew, so that a script
+// that somebody has edited can run without another analysis.
 void TfmMain::NameLostTarget(const std::function<void()>& asking) {
   TDBConn& target = *app_->connections.target;
-  const bool stood = StandsConnected(target);
+  const bool again = !StandsConnected(target) && app_->Dialect().Traits().tells_statements;
+  const bool stood = again || StandsConnected(target);
   try {
+    if (again) target.Connect();
     asking();
   } catch (const EAbort&) {
     throw;
