@@ -337,6 +337,7 @@ std::vector<bool> TAligner::WhatCounts(const TBlock& block, std::string_view a, 
                                        const std::vector<TLetterHunk>& hunks, std::string& note) {
   use_.ResetCounts();
   std::vector<bool> counts;
+  counts.reserve(hunks.size());
   for (const TLetterHunk& hunk : hunks) counts.push_back(!Ignorable(block, ContentOf(a), ContentOf(b), hunk));
   if (std::ranges::find(counts, true) == counts.end()) return std::vector<bool>(hunks.size(), true);
   note = IgnoredNote(use_);
