@@ -5,12 +5,15 @@
 #include <QAccessible>
 #include <QComboBox>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QStyle>
 #include <QTabWidget>
 #include <QToolBar>
 
 #include "persist/TaskPack.h"
 #include "shell/DesktopRig.h"
 #include "shell/widgets/MarkBar.h"
+#include "shell/windows/RunQuestion.h"
 #include "util/Files.h"
 
 namespace velmora {
@@ -113,6 +116,16 @@ TEST_F(ConnectionsTest, TheSidesChangePlacesAndTheWorkIsGone) {
   EXPECT_THAT(rig_.Ask("acSwapSides", "No"), HasSubstr("Discard it?"));
   EXPECT_THAT(headings(), HasSubstr("Reference: localhost.sides_tgt"));
   EXPECT_EQ(script(), "select 1;");
+}
+
+TEST_F(ConnectionsTest, TheQuestionHasRoomForItsTextBesideAScrollBar) {
+  std::string text;
+  for (int words = 0; words < 80; ++words) {
+    TfmRunQuestion question({text += "a ", {}, {}, {}});
+    const auto* area = question.findChild<QScrollArea*>();
+    const int beside = area->sizeHint().width() - area->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    EXPECT_GE(area->sizeHint().height(), area->widget()->heightForWidth(beside)) << text;
+  }
 }
 
 // Whatever would put another text into the editor, or end it.

@@ -36,7 +36,8 @@ class TTextArea final : public QScrollArea {
 
   QSize sizeHint() const override {
     const int width = kLettersInWidth * fontMetrics().averageCharWidth();
-    return {width, std::min(widget()->heightForWidth(width), screen()->availableGeometry().height() / 2)};
+    const int text_width = width - style()->pixelMetric(QStyle::PM_ScrollBarExtent);  // a bar that came stays otherwise
+    return {width, std::min(widget()->heightForWidth(text_width), screen()->availableGeometry().height() / 2)};
   }
   QSize minimumSizeHint() const override { return sizeHint(); }
 };
