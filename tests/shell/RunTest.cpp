@@ -126,6 +126,15 @@ TEST_F(RunTest, TheStatementThatFailedIsNamedWithItsPlaceAndTheServersWords) {
                     HasSubstr("\n    Error 1264: Out of range value")));
 }
 
+TEST_F(RunTest, WhatIsLeftAloneIsNotSaidToBeUnknown) {
+  reference_.Run("create view v as select 1");
+  target_.Run("create view v as select 2");
+  rig_.Trigger("acAnalyze");
+  Run();
+  EXPECT_THAT(Heading(), HasSubstr("what still differs: it is left alone"));
+  EXPECT_EQ(Page(), "tsMessages");
+}
+
 TEST_F(RunTest, WarningsOfTheServerAreShown) {
   Script("insert ignore into two values ('x');\r\n");
   Run();
