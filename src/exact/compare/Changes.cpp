@@ -188,6 +188,7 @@ void TTableComparison::CompareColumns() {
   for (std::size_t i = 0; i < wanted.size(); ++i)
     if (matches[i] != kNone) common.push_back(i);
   std::vector<std::size_t> order;
+  order.reserve(common.size());
   for (const std::size_t i : common) order.push_back(matches[i]);
   std::vector<bool> stays(wanted.size(), false);
   for (const std::size_t place : LongestIncreasing(order)) stays[common[place]] = true;

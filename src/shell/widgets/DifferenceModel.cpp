@@ -30,7 +30,7 @@ TActionIcon IconOf(const TDifference& difference) {
 
 // What its group does not say; whether it is new, changed or obsolete says the icon.
 QString NameBeside(const TDifference& difference, EGrouping grouping) {
-  const QString table = ToQt(difference.table);
+  QString table = ToQt(difference.table);
   const bool named = difference.kind != EDifferenceKind::Options && difference.kind != EDifferenceKind::Partitioning;
   if (difference.kind == EDifferenceKind::Table) return table;
   if (grouping == EGrouping::ByKind) return named ? table + QLatin1Char('.') + ToQt(difference.item) : table;

@@ -211,8 +211,7 @@ std::vector<std::size_t> TDifferenceTree::Selected() const {
   for (const QModelIndex& line : view_->selectionModel()->selectedIndexes())
     for (const std::size_t place : model_->PlacesOf(line)) places.push_back(place);
   std::ranges::sort(places);
-  const auto repeated = std::ranges::unique(places);
-  places.erase(repeated.begin(), repeated.end());
+  places.erase(std::unique(places.begin(), places.end()), places.end());
   return places;
 }
 
