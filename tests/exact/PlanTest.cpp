@@ -11,6 +11,7 @@
 #include "exact/Cases.h"
 #include "exact/plan/PlanApply.h"
 #include "exact/run/PairReader.h"
+#include "exact/run/RowChecks.h"
 #include "mysqltext/StatementReader.h"
 #include "support/LineDiff.h"
 #include "support/MessageOf.h"
@@ -55,6 +56,23 @@ TEST(SchemaCases, HaveTheirStatementsAndAreEqualAfterThem) {
     RunPlan(plan, target);
     EXPECT_EQ(Outcome(NumberedChanges(reference, target), {}), "");
   }
+}
+
+TEST(PlanTest, TriggersThatAFillingWouldRunAreAskedFor) {
+  const TSchema target = SchemaOf({"t (`a` int)"});
+  bool asked_once = false;
+  for (const char* column :
+       {"`u` char(36) NOT NULL DEFAULT (uuid())", "`u` char(36) DEFAULT (uuid())", "`u` int NOT NULL"}) {
+    const TSchema reference = SchemaOf({std::string("t (`a` int, ") + column + ")"});
+    const bool filled = MakePlan(NumberedChanges(reference, target), reference, target).size() == 3;
+    const auto questions = RowQuestions(NumberedChanges(reference, target), reference, target);
+    const bool asked = std::ranges::any_of(questions, [](const TRowQuestion& question) {
+      return question.sql.find("from information_schema.triggers") != std::string::npos;
+    });
+    EXPECT_EQ(asked, filled) << column;
+    asked_once = asked_once || asked;
+  }
+  EXPECT_TRUE(asked_once);
 }
 
 TEST(PlanTest, WhatIsStruckOutLeavesItsStatement) {

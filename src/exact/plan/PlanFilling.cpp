@@ -70,6 +70,8 @@ bool IsFilledLater(const TChange& change, const TTableWork& work) {
   return Comes(change, work) && HasFickleDefault(change);
 }
 
+bool IsFilledByUpdate(const TChange& change) { return HasFickleDefault(change) && change.new_column->not_null; }
+
 bool GetsDefaultLater(const TChange& change, const TTableWork& work) {
   if (change.action != saModifyColumn || !HasFickleDefault(change)) return false;
   return std::any_of(work.changes.begin(), work.changes.end(),
@@ -124,7 +126,7 @@ TPlanStatement FillingStatement(const TTableWork& work) {
   TPlanStatement statement;
   std::string values;
   for (const TChange* change : work.changes) {
-    if (!IsFilledLater(*change, work) || !change->new_column->not_null) continue;
+    if (!IsFilledLater(*change, work) || !IsFilledByUpdate(*change)) continue;
     values += (values.empty() ? "" : ", ") + QuotedName(change->item) + " = " + *change->new_column->default_text;
     statement.actions.push_back(change->id);
   }

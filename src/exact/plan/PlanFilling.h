@@ -12,6 +12,9 @@ namespace velmora {
 
 bool IsFilledLater(const TChange& change, const TTableWork& work);
 
+// Whether a new column gets its values by an "update" of all rows, as it may not be NULL.
+bool IsFilledByUpdate(const TChange& change);
+
 // A change of a column to such a default has to wait, too, where the statement adds any column.
 bool GetsDefaultLater(const TChange& change, const TTableWork& work);
 

@@ -9,6 +9,7 @@
 #include "core/Host.h"
 #include "exact/compare/Safety.h"
 #include "exact/plan/PlanClauses.h"
+#include "exact/plan/PlanFilling.h"
 #include "exact/run/PartitionLimits.h"
 #include "mysqltext/ColumnParts.h"
 #include "mysqltext/ColumnType.h"
@@ -32,6 +33,11 @@ constexpr char kNoPlace[] = "%s for which there is no partition";
 constexpr char kComputedNull[] = "%s for which it is NULL, which will not be allowed";
 constexpr char kTooLarge[] = "%s for which it is out of range or too long";
 constexpr char kNoValue[] = "%s for which there is no value, and NULL is not allowed";
+constexpr char kTriggers[] = "it gets its values by an update of all rows, which runs the table's own triggers";
+constexpr char kTriggersOf[] =
+    "count(*), 1 from information_schema.triggers where event_manipulation = 'UPDATE' and event_object_schema = "
+    "database() "
+    "and event_object_table = %s";
 constexpr char kOtherSystem[] = "%s with shapes of another reference system (SRID)";
 constexpr char kSeveral[] = "it goes by several columns";
 constexpr char kConverted[] = "column %s changes its type";
@@ -172,6 +178,7 @@ class TRowInquiry {
     if (change.action == saModifyColumn) AskSystem(table, change);
     if (change.action == saModifyColumn || change.action == saAddColumn) AskComputed(table, change);
     if (change.action == saAddColumn) AskFilled(change);
+    if (change.action == saAddColumn) AskTriggers(change);
     if (change.action == saChangeTableType && change.item == kPartitioningItem) AskPlaces(table, change);
     if (!adds) return;
     const TElement* element = table.reference->Find(change.kind, change.item);
@@ -229,6 +236,13 @@ class TRowInquiry {
     if (has_filling || !has.not_null || has.default_text || has.generated) return;
     questions_.push_back(
         {change.table, "column " + change.item, Format("count(*), 1 from %s", QuotedName(change.table)), kNoValue});
+  }
+
+  // Rows are not in the way of that, but whoever wrote the triggers did not think of it.
+  void AskTriggers(const TChange& change) {
+    if (!IsFilledByUpdate(change)) return;
+    questions_.push_back(
+        {change.table, "column " + change.item, Format(kTriggersOf, QuotedText(change.table)), kTriggers});
   }
 
   void AskSystem(const TTableRows& table, const TChange& change) {
