@@ -35,7 +35,7 @@ void TellOfMemory() {
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
-  reserve = std::make_unique<char[]>(kReserve);
+  reserve = std::make_unique_for_overwrite<char[]>(kReserve);
   std::set_new_handler(TellOfMemory);
   velmora::TConsole console{std::cout, std::cerr, isatty(STDERR_FILENO) != 0, {}};
   console.out_is_terminal = isatty(STDOUT_FILENO) != 0;

@@ -68,8 +68,10 @@ class TNativeWire final : public TMyWire, private TReadAhead::TLine {
     if (session_) session_->Close();
   }
 
-  void Expect(const TStringList& statements) override {
-    if (reads_ahead_) ahead_.Expect(statements);
+  void Expect(const TStringList& statements, bool at_once) override {
+    if (!reads_ahead_) return;
+    ahead_.Expect(statements);
+    if (at_once) Guarded([&] { ahead_.Begin(*this); });
   }
   void Send(std::string_view sql) override {
     Guarded([&] {
@@ -111,7 +113,14 @@ class TNativeWire final : public TMyWire, private TReadAhead::TLine {
   }
 
  private:
-  void SendOnly(std::string_view sql) override { session_->SimpleCommand(kQuery, sql, true, sql.size()); }
+  void SendOnly(const std::vector<std::string_view>& statements) override {
+    session_->net.Hold();
+    RunGuarded(
+        [&] {
+          for (const std::string_view sql : statements) session_->SimpleCommand(kQuery, sql, true, sql.size());
+        },
+        [this] { session_->net.Release(); });
+  }
   void SkipReply() override {
     session_->AwaitReply();
     try {

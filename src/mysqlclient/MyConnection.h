@@ -132,7 +132,8 @@ class TMyConnection : public TClientConnection {
 
   // A hint: these statements will be run next, in this order, and they change nothing. The answers of a backend that
   // reads ahead do not differ from those of one that does not, and the error of one that nobody runs never shows.
-  virtual void ExpectStatements(const TStringList& /*statements*/) {}
+  // `at_once`: the server may begin with them while something else is done.
+  virtual void ExpectStatements(const TStringList& /*statements*/, bool /*at_once*/ = false) {}
 
  protected:
   void CheckConnected() const;  // raises "Not connected"

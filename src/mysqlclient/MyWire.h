@@ -80,8 +80,8 @@ class TMyWire {
 
   // Sends a statement and reads as much of the reply as says whether there are rows; they are then taken by Rows.
   virtual void Send(std::string_view sql) = 0;
-  // A hint: these statements will be sent next, in this order.
-  virtual void Expect(const TStringList& /*statements*/) {}
+  // A hint: these statements will be sent next, in this order; `at_once`: their answers may be begun with.
+  virtual void Expect(const TStringList& /*statements*/, bool /*at_once*/) {}
   // Null when there are none. `keep`: all are read at once. Otherwise nothing else may be sent before the last one.
   virtual std::unique_ptr<TMyRows> Rows(bool keep) = 0;
   // After the last row, or where there are none: what else a procedure gives is thrown away.

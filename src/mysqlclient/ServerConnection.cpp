@@ -146,8 +146,13 @@ class TServerConnection::TLink {
   // Asks the server who it is, so that a statement can be broken off from here on.
   void GetToKnow();
 
-  void Expect(const TStringList& statements) {
-    if (IsOpen()) wire_->Expect(statements);
+  void Expect(const TStringList& statements, bool at_once) {
+    if (!IsOpen()) return;
+    if (at_once) MakeRoom();
+    Guarded([&] {
+      wire_->Expect(statements, at_once);
+      return true;
+    });
   }
   // Send a statement and take what it gives. A procedure's further results are thrown away after the first one.
   std::unique_ptr<TMyRows> Store(std::string_view sql);                    // null when there are no rows
@@ -552,7 +557,9 @@ void TServerConnection::CancelRunning() { link_->CancelRunning(); }
 
 void TServerConnection::Sever() { link_->Sever(); }
 
-void TServerConnection::ExpectStatements(const TStringList& statements) { link_->Expect(statements); }
+void TServerConnection::ExpectStatements(const TStringList& statements, bool at_once) {
+  link_->Expect(statements, at_once);
+}
 
 void TServerConnection::DoConnect() {
   link_->WaitBy(Waiting, *this);

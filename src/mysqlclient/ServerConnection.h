@@ -39,7 +39,7 @@ class TServerConnection : public TMyConnection {
   void PrepareToCancel() override;
   void CancelRunning() override;
   void Sever() override;
-  void ExpectStatements(const TStringList& statements) override;
+  void ExpectStatements(const TStringList& statements, bool at_once = false) override;
 
  protected:
   TServerConnection();

@@ -177,7 +177,19 @@ void TMySqlNet::SendUnit(std::size_t position, std::size_t length) {
   WriteFrame(frame, kFrameHeader + packed);
 }
 
+void TMySqlNet::Hold() { holds_ = !compress; }
+
+void TMySqlNet::Release() {
+  holds_ = false;
+  const std::string held = std::exchange(held_, {});
+  if (!held.empty()) WriteFrame(held.data(), held.size());
+}
+
 void TMySqlNet::WriteFrame(const char* frame, std::size_t length) {
+  if (holds_) {
+    held_.append(frame, length);
+    return;
+  }
   if (!vio || vio->Write(frame, 0, length) != length) FailLost();
 }
 

@@ -48,6 +48,8 @@ class TMySqlNet {
   void WriteFill(char byte, std::size_t count);
   void DropLast();  // takes the last byte off, if there is one
   void Flush();     // sends what the buffer holds, then Clear
+  void Hold();      // from here on what is flushed waits, without compression
+  void Release();   // and is sent in one piece
 
   // --- Receiving
   void ReadPacket();                         // one logical packet into the buffer; an error packet is raised
@@ -98,6 +100,8 @@ class TMySqlNet {
 
   std::string buffer_;
   std::size_t position_ = 0;
+  bool holds_ = false;
+  std::string held_;      // to be sent
   std::string frame_;     // as sent or received
   std::string inflated_;  // what frames have brought
   std::size_t inflated_position_ = 0;

@@ -11,7 +11,9 @@ namespace {
 // A server that answers in order; what is asked for and what is thrown away is written down.
 class TLoggedLine final : public TReadAhead::TLine {
  public:
-  void SendOnly(std::string_view sql) override { wire.emplace_back(sql); }
+  void SendOnly(const std::vector<std::string_view>& statements) override {
+    wire.insert(wire.end(), statements.begin(), statements.end());
+  }
   void SkipReply() override {
     skipped.push_back(wire.at(0));
     wire.erase(wire.begin());
@@ -68,9 +70,13 @@ TEST(ReadAhead, TheWindowIsBoundedInStatementsAndBytes) {
   ahead.Expect(Numbered("s", 100));
   ahead.Ask("s0", line);
   EXPECT_EQ(line.wire.size(), 1 + TReadAhead::kWindow);
-  line.Reply();
-  ahead.Ask("s1", line);
-  EXPECT_EQ(line.wire.size(), 1 + TReadAhead::kWindow);
+  for (std::size_t i = 1; i < 100; ++i) {
+    line.Reply();
+    ahead.Ask("s" + std::to_string(i), line);
+    EXPECT_LE(line.wire.size(), 1 + TReadAhead::kWindow);
+    EXPECT_GE(line.wire.size(), std::min(100 - i, TReadAhead::kWindow / 2));
+  }
+  EXPECT_TRUE(line.skipped.empty());
 
   TReadAhead large;
   TLoggedLine wire;

@@ -75,7 +75,7 @@ std::unique_ptr<TMyConnection> TFakeMyConnection::NewConnection() const {
   return connection;
 }
 
-void TFakeMyConnection::ExpectStatements(const TStringList& statements) {
+void TFakeMyConnection::ExpectStatements(const TStringList& statements, bool /*at_once*/) {
   for (const std::string& statement : statements) server_->log.push_back("expect " + statement);
 }
 

@@ -45,7 +45,7 @@ class TFakeMyConnection : public TMyConnection {
   void Rollback() override { SetInTransaction(false, "rollback"); }
   std::unique_ptr<TMyQuery> NewQuery() override;
   std::unique_ptr<TMyConnection> NewConnection() const override;
-  void ExpectStatements(const TStringList& statements) override;
+  void ExpectStatements(const TStringList& statements, bool at_once = false) override;
 
  private:
   void DoConnect() override;

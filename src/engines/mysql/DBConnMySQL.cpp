@@ -28,8 +28,11 @@ constexpr char kInnoDB[] = "InnoDB";
 constexpr char kNoCreationText[] = "There is no whole creation text of table %s";
 constexpr char kNoColumns[] = "Table must have at least one column!";
 
+constexpr char kTimestampsSayAll[] = "set session explicit_defaults_for_timestamp=1";
+constexpr char kNamesWithKinds[] = "show full tables";
+// A trigger has its table's database; asked for by its own, servers would look through the tables of all databases.
 constexpr char kNamesBesidesTables[] =
-    "select trigger_name, 'trigger' from information_schema.triggers where trigger_schema = database() union all "
+    "select trigger_name, 'trigger' from information_schema.triggers where event_object_schema = database() union all "
     "select routine_name, routine_type from information_schema.routines where routine_schema = database() union all "
     "select event_name, 'event' from information_schema.events where event_schema = database()";
 
@@ -99,6 +102,13 @@ bool IsCreationText(const std::string& text) {
   const std::size_t open = text.find('(');
   if (open != std::string::npos) return text.find(')', open) != std::string::npos;
   return PosNoCase(" like ", text) != 0 || PosNoCase(" select ", text) != 0;
+}
+
+TStringList NamesOf(const std::vector<TOtherObject>& objects) {
+  TStringList names;
+  names.reserve(objects.size());
+  for (const TOtherObject& object : objects) names.push_back(object.name);
+  return names;
 }
 
 // The session's own mode without what is inexact.
@@ -228,7 +238,22 @@ void TDBConnMySQL::ListDatabases(TStringList& list) {
       });
 }
 
-void TDBConnMySQL::ListTables(TStringList& list) { MySqlQueryList("show tables", list, *connection_); }
+void TDBConnMySQL::ListTables(TStringList& list) {
+  if (exact_texts_)
+    list = NamesOf(ListKinds());
+  else
+    MySqlQueryList("show tables", list, *connection_);
+}
+
+// All that "show tables" lists, kept for OtherObjects.
+const std::vector<TOtherObject>& TDBConnMySQL::ListKinds() {
+  listed_.clear();
+  const std::unique_ptr<TDataset> rows = OpenQuery(kNamesWithKinds);
+  for (; !rows->Eof(); rows->Next())
+    listed_.push_back({KindBesidesTables(VarToText(rows->Value(1))), VarToText(rows->Value(0))});
+  rows->Close();
+  return listed_;
+}
 
 void TDBConnMySQL::NormalizeName(const std::string& name, std::string& normal) { normal = MySQLNormalName(name); }
 
@@ -384,7 +409,7 @@ void TDBConnMySQL::ExpectCreationTexts(const TStringList& tables) {
   TStringList statements;
   statements.reserve(tables.size());
   for (const std::string& table : tables) statements.push_back(ShowCreateStatement(table));
-  connection_->ExpectStatements(statements);
+  connection_->ExpectStatements(statements, exact_texts_);
 }
 
 void TDBConnMySQL::PrepareExactTexts(bool exact) {
@@ -395,12 +420,15 @@ void TDBConnMySQL::PrepareExactTexts(bool exact) {
 void TDBConnMySQL::SetUpExactSession() {
   std::vector<TVariant> row;
   MySqlQueryRow("select @@session.sql_mode", *connection_, row);
-  query_->SQL =
+  const std::string modes =
       Format("set session sql_quote_show_create=1, session sql_mode='%s'", ExactSqlMode(VarToText(row.at(0))));
+  // The lists are what takes its time: two servers may make theirs side by side.
+  connection_->ExpectStatements({modes, kTimestampsSayAll, kNamesWithKinds, kNamesBesidesTables}, true);
+  query_->SQL = modes;
   query_->Execute();
   // Texts say of every timestamp what it is; servers that do not let a session decide this go by their own rule.
   try {
-    query_->SQL = "set session explicit_defaults_for_timestamp=1";
+    query_->SQL = kTimestampsSayAll;
     query_->Execute();
   } catch (const EMySqlException&) {
     if (!connection_->GetConnected()) throw;
@@ -409,13 +437,12 @@ void TDBConnMySQL::SetUpExactSession() {
 
 std::vector<TOtherObject> TDBConnMySQL::OtherObjects() {
   std::vector<TOtherObject> objects;
-  for (const char* sql : {"show full tables", kNamesBesidesTables}) {
-    const std::unique_ptr<TDataset> rows = OpenQuery(sql);
-    for (; !rows->Eof(); rows->Next())
-      if (std::string kind = KindBesidesTables(VarToText(rows->Value(1))); !kind.empty())
-        objects.push_back({std::move(kind), VarToText(rows->Value(0))});
-    rows->Close();
-  }
+  std::ranges::copy_if(exact_texts_ ? listed_ : ListKinds(), std::back_inserter(objects),
+                       [](const TOtherObject& listed) { return !listed.kind.empty(); });
+  const std::unique_ptr<TDataset> rows = OpenQuery(kNamesBesidesTables);
+  for (; !rows->Eof(); rows->Next())
+    objects.push_back({LowerText(VarToText(rows->Value(1))), VarToText(rows->Value(0))});
+  rows->Close();
   TStringList statements;
   for (const TOtherObject& object : objects) statements.push_back(ShowObjectStatement(object));
   connection_->ExpectStatements(statements);

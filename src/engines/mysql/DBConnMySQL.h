@@ -112,10 +112,12 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   void ForgetTexts();
   void SetUpExactSession();
   std::string ShowCreateStatement(const std::string& table);
+  const std::vector<TOtherObject>& ListKinds();
   std::string ObjectText(const TOtherObject& object);
 
   std::unique_ptr<TMyConnection> connection_;
   bool exact_texts_ = false;
+  std::vector<TOtherObject> listed_;  // by the last list in exact texts; no kind: a table
   bool keeps_texts_ = false;
   std::unordered_map<std::string, std::string> kept_texts_;  // of fetched tables, whose row in the store lost them
   std::unique_ptr<TMyQuery> query_;                          // runs ExecSQL

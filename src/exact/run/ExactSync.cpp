@@ -42,11 +42,12 @@ void LogInAnew(TDBConn& conn) {
   conn.GetConnectionObject().SetConnected(true);
 }
 
+void Prepare(TDBConn& conn) {
+  if (auto* texts = dynamic_cast<TCreationTexts*>(&conn); texts != nullptr) texts->PrepareExactTexts();
+}
+
 void Connect(TDBConn& conn) {
-  auto* texts = dynamic_cast<TCreationTexts*>(&conn);
-  if (texts == nullptr) return;
-  texts->PrepareExactTexts();
-  conn.Connect();
+  if (dynamic_cast<TCreationTexts*>(&conn) != nullptr) conn.Connect();
 }
 
 // Scripts have CR LF at their ends of lines, within statements too.
@@ -82,6 +83,9 @@ void TExactSync::Compare() {
         LogInAnew(reference);
         LogInAnew(target);
         if (OnLogin) OnLogin();
+        // Both are to be at work before the first answer is waited for.
+        Prepare(reference);
+        Prepare(target);
         Connect(reference);
         Connect(target);
         ReadPair(reference, target, Collations, progress_, table_under_way_, read_);

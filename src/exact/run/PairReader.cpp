@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <deque>
+#include <exception>
 #include <memory>
 #include <unordered_map>
 #include <utility>
@@ -28,11 +30,21 @@ constexpr char kVersionedAlone[] = "Left alone: system-versioned table %s";
 constexpr char kIsVersioned[] = "it is system-versioned, and differs";
 constexpr char kIsOther[] = "there is a %s of this name";
 
+// Tables whose texts are taken of one side before those of the other: its server answers meanwhile.
+constexpr std::size_t kTurn = 32;
+
 enum class EState { Listed, Read, Failed };
 
 struct TListedTable {
   EState state = EState::Listed;
   const std::string* text = nullptr;  // once it is read
+};
+
+// What a server said when it was asked for a table.
+struct TFetched {
+  std::string text;
+  std::exception_ptr error;
+  bool lost = false;  // there was no connection any more
 };
 
 struct TSideReader {
@@ -63,6 +75,7 @@ struct TSideReader {
   std::unordered_map<std::string, std::string> others;  // kinds of views and sequences, by name
   TStringList tables;                                   // to be read, in order
   std::size_t next = 0;
+  std::deque<TFetched> fetched;                          // those from `next` on that were asked for
   std::unordered_map<std::string, TListedTable> listed;  // these by name
 };
 
@@ -194,10 +207,30 @@ class TPairReader {
     progress_.ShowTwoBars("Analyzing structure...", count);
     progress_.StartDetail("Reading tables", count);
     while (!reference_.AtEnd() || !target_.AtEnd()) {
-      ReadNext(reference_);
-      ReadNext(target_);
+      Fetch(reference_);
+      Fetch(target_);
+      for (std::size_t i = 0; i < kTurn; ++i) {
+        ReadNext(reference_);
+        ReadNext(target_);
+      }
     }
     FillSchemas();
+  }
+
+  void Fetch(TSideReader& side) {
+    if (side.file != nullptr) return;
+    const std::size_t end = std::min(side.next + kTurn, side.tables.size());
+    for (std::size_t i = side.next; i < end && (side.fetched.empty() || !side.fetched.back().lost); ++i) {
+      TFetched& answer = side.fetched.emplace_back();
+      try {
+        side.texts->ShowCreateTable(side.tables[i], answer.text);
+      } catch (const EAbort&) {
+        throw;
+      } catch (const EVelmora&) {
+        answer.error = std::current_exception();
+        answer.lost = !side.conn.GetConnected();
+      }
+    }
   }
 
   void ReadNext(TSideReader& side) {
@@ -213,21 +246,27 @@ class TPairReader {
   void ReadText(TSideReader& side, const std::string& table, TListedTable& listed) {
     // Lists are in order, so that the end is the place of almost every table.
     const auto text = side.read.texts.try_emplace(side.read.texts.end(), table);
+    bool lost = false;
     try {
-      if (side.file != nullptr)
-        text->second = FileText(*side.file, table);
-      else
-        side.texts->ShowCreateTable(table, text->second);
+      text->second = side.file != nullptr ? FileText(*side.file, table) : TakeFetched(side, lost);
       if (&side == &reference_) MapCollations(collations_, text->second);
       listed = {EState::Read, &text->second};
     } catch (const EAbort&) {
       throw;
     } catch (const EVelmora& error) {
       side.read.texts.erase(text);
-      if (!side.conn.GetConnected()) throw;
+      if (lost) throw;
       Skip(side, table, error.what(), true);
       listed.state = EState::Failed;
     }
+  }
+
+  static std::string TakeFetched(TSideReader& side, bool& lost) {
+    TFetched answer = std::move(side.fetched.front());
+    side.fetched.pop_front();
+    lost = answer.lost;
+    if (answer.error) std::rethrow_exception(answer.error);
+    return std::move(answer.text);
   }
 
   // What the script says may be all that it takes to see that both sides are the same.

@@ -501,8 +501,8 @@ TEST_F(ExactLiveTest, ARunThatFailsPutsForeignKeyChecksBack) {
 }
 
 TEST_F(ExactLiveTest, ASideThatGivesNoTextsAndALostServerEndTheComparison) {
-  target_.Run("create table t (a int)");
-  reference_.Run("create table t (a int)");
+  // More tables than the server is asked for at once.
+  for (int i = 0; i < 200; ++i) target_.Run("create table t" + std::to_string(i) + " (a int)");
   Open();
   app_.Compare();
   TMeddlingHost host(1, [this] {
@@ -511,7 +511,7 @@ TEST_F(ExactLiveTest, ASideThatGivesNoTextsAndALostServerEndTheComparison) {
   const THostGuard guard(host);
   EXPECT_NE(MessageOf([&] { app_.Compare(); }), "nothing raised");
   EXPECT_TRUE(app_.Dialect().TargetLost());
-  EXPECT_EQ(app_.Dialect().TableUnderWay(), "t");
+  EXPECT_NE(app_.Dialect().TableUnderWay(), "");
 }
 
 }  // namespace
