@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
+#include <mutex>
 #include <utility>
 
 #include "mysqlnet/MySqlErrors.h"
@@ -27,6 +29,41 @@ struct TFree {
   void operator()(SSL_CTX* context) const { SSL_CTX_free(context); }
   void operator()(SSL* ssl) const { SSL_free(ssl); }
   void operator()(BIO_METHOD* method) const { BIO_meth_free(method); }
+  void operator()(SSL_SESSION* session) const { SSL_SESSION_free(session); }
+};
+
+// Keys that were agreed on with a server, for the next connection to it, which saves both the dear part of agreeing.
+// They hold for the same settings alone, so that a server whose certificate was not looked at is looked at. Each is
+// used once: the server sends new ones with every connection. Whoever knows nothing of them agrees anew.
+class TAgreedKeys {
+ public:
+  using TSession = std::unique_ptr<SSL_SESSION, TFree>;
+
+  static TAgreedKeys& OfProgram() {
+    static TAgreedKeys keys;
+    return keys;
+  }
+  static std::string NameOf(const TMySqlTls& settings, const std::string& host) {
+    constexpr char kParted = '\0';
+    std::string name = host;
+    for (const std::string& part :
+         {std::to_string(static_cast<int>(settings.mode)), settings.ca_file, settings.cert_file, settings.key_file})
+      name += kParted + part;
+    return name;
+  }
+
+  void Keep(const std::string& name, SSL_SESSION* session) {
+    const std::lock_guard lock(guard_);
+    sessions_[name].reset(session);
+  }
+  TSession Take(const std::string& name) {
+    const std::lock_guard lock(guard_);
+    return std::exchange(sessions_[name], nullptr);
+  }
+
+ private:
+  std::mutex guard_;
+  std::map<std::string, TSession> sessions_;
 };
 
 [[noreturn]] void FailTls(const std::string& reason) {
@@ -94,6 +131,7 @@ class TMySqlVioTls::TState {
     ssl_.reset(SSL_new(context_.get()));
     if (!ssl_) FailTls(LibraryReason());
     NameHost(settings, host);
+    GoOnWhere(TAgreedKeys::NameOf(settings, host));
     BIO* bio = TransportBio(transport);
     SSL_set_bio(ssl_.get(), bio, bio);
   }
@@ -150,6 +188,18 @@ class TMySqlVioTls::TState {
     if (set != 1) FailTls(LibraryReason());
   }
 
+  void GoOnWhere(const std::string& name) {
+    keys_ = name;
+    SSL_CTX_set_session_cache_mode(context_.get(), SSL_SESS_CACHE_CLIENT | SSL_SESS_CACHE_NO_INTERNAL);
+    SSL_CTX_sess_set_new_cb(context_.get(), [](SSL* ssl, SSL_SESSION* session) {
+      TAgreedKeys::OfProgram().Keep(static_cast<TState*>(SSL_get_app_data(ssl))->keys_, session);
+      return 1;  // it is kept
+    });
+    SSL_set_app_data(ssl_.get(), this);
+    if (const TAgreedKeys::TSession agreed = TAgreedKeys::OfProgram().Take(name); agreed)
+      SSL_set_session(ssl_.get(), agreed.get());
+  }
+
   template <class Step>
   std::size_t Repeat(std::size_t count, Step step) {
     std::size_t done = 0;
@@ -170,6 +220,7 @@ class TMySqlVioTls::TState {
   TMySqlVio& transport_;
   std::unique_ptr<SSL_CTX, TFree> context_;
   std::unique_ptr<SSL, TFree> ssl_;
+  std::string keys_;  // under which name they are kept
   bool broken_ = false;
   std::string fault_;
 };
