@@ -36,21 +36,17 @@ std::string Environment(const char* name) {
   return value == nullptr ? "" : value;
 }
 
-// The name of the server to run, empty for the system's own.
-std::string FetchedName() { return Environment("VELMORA_TEST_SERVER"); }
-
-// A program of the server that was fetched; raises where it was not.
-std::string Fetched(const std::string& program) {
+// A program of a server that was fetched; raises where it was not.
+std::string Fetched(const std::string& name, const std::string& program) {
   const std::string cache = Environment("XDG_CACHE_HOME");
-  const std::string name = FetchedName();
   std::string path = (cache.empty() ? Environment("HOME") + "/.cache" : cache) + "/velmora/servers/" + name + program;
   if (access(path.c_str(), X_OK) != 0) Fail(path + " is missing; scripts/fetch-server " + name + " brings it");
   return path;
 }
 
 // The server, without any option file.
-std::vector<std::string> ServerCommand() {
-  if (!FetchedName().empty()) return {Fetched("/server")};
+std::vector<std::string> ServerCommand(const std::string& name) {
+  if (!name.empty()) return {Fetched(name, "/server")};
   return {FindProgram("mariadbd", "mariadb-server-core"), "--no-defaults"};
 }
 
@@ -69,9 +65,9 @@ class TFileLock {
 };
 
 // What makes the data of a new server in a folder.
-std::vector<std::string> DataMaker(const std::string& folder) {
+std::vector<std::string> DataMaker(const std::string& name, const std::string& folder) {
   const std::string scratch = fs::path(folder).parent_path();
-  if (!FetchedName().empty()) return {Fetched("/make-data"), folder, scratch};
+  if (!name.empty()) return {Fetched(name, "/make-data"), folder, scratch};
   return {FindProgram("mariadb-install-db", "mariadb-server-core"),
           "--no-defaults",
           "--user=" + UserName(),
@@ -82,27 +78,27 @@ std::vector<std::string> DataMaker(const std::string& folder) {
           "--innodb-log-file-size=32M"};
 }
 
-void MakeData(const std::string& folder, const std::string& log) {
+void MakeData(const std::string& name, const std::string& folder, const std::string& log) {
   fs::remove(log);
   int status = 0;
-  if (waitpid(SpawnServer(DataMaker(folder), log), &status, 0) < 0 || status != 0)
+  if (waitpid(SpawnServer(DataMaker(name, folder), log), &status, 0) < 0 || status != 0)
     Fail("a new server's data could not be made:\n" + FileEnd(log));
 }
 
 // A fresh data folder to copy, made once per build folder and version of the server.
-std::string DataTemplate() {
-  const std::string server = ServerCommand().front();
+std::string DataTemplate(const std::string& name) {
+  const std::string server = ServerCommand(name).front();
   struct stat status {};
   if (stat(server.c_str(), &status) != 0) Fail("cannot read " + server);
   const std::string cache = VELMORA_TEST_CACHE;
   const std::string made =
-      Format("%s/data-%s%d-%d", cache, FetchedName(), static_cast<std::int64_t>(status.st_size), status.st_mtime);
+      Format("%s/data-%s%d-%d", cache, name, static_cast<std::int64_t>(status.st_size), status.st_mtime);
   fs::create_directories(cache);
   const TFileLock lock(cache + "/lock");
   if (fs::exists(made)) return made;
   const std::string unfinished = cache + "/unfinished";
   fs::remove_all(unfinished);
-  MakeData(unfinished, cache + "/install.log");
+  MakeData(name, unfinished, cache + "/install.log");
   fs::rename(unfinished, made);
   return made;
 }
@@ -168,9 +164,13 @@ constexpr const char* kMySqlOptions[] = {"--skip-log-bin",           "--mysqlx=0
                                          "--secure-file-priv=",      "--innodb-redo-log-capacity=32M",
                                          "--max-allowed-packet=16M", "--cte-max-recursion-depth=4294967295"};
 
+bool IsMySql(const std::string& name) { return name.starts_with("mysql"); }
+
 }  // namespace
 
-bool OnMySQL() { return FetchedName().starts_with("mysql"); }
+std::string ChosenServer() { return Environment("VELMORA_TEST_SERVER"); }
+
+bool OnMySQL() { return IsMySql(ChosenServer()); }
 
 std::string Numbers(int last) {
   return Format("(with recursive n as (select 1 seq union all select seq + 1 from n where seq < %d) select * from n) n",
@@ -196,12 +196,13 @@ int FreePort() {
   return ntohs(address.sin_port);
 }
 
-TPrivateServer::TPrivateServer(std::vector<std::string> options) : options_(std::move(options)) {
+TPrivateServer::TPrivateServer(std::vector<std::string> options, std::string name)
+    : options_(std::move(options)), name_(std::move(name)) {
   if (const char* socket = std::getenv("VELMORA_SERVER_SOCKET")) {
     socket_ = socket;
     return;
   }
-  const std::string made = DataTemplate();
+  const std::string made = DataTemplate(name_);
   folder_ = MakeFolder();
   lock_ = LockFolder(folder_);
   socket_ = folder_ + "/socket";
@@ -254,7 +255,7 @@ void TPrivateServer::Start() {
 }
 
 void TPrivateServer::Launch() {
-  std::vector<std::string> command = ServerCommand();
+  std::vector<std::string> command = ServerCommand(name_);
   const std::string usual[] = {"--user=" + UserName(),         "--datadir=" + folder_ + "/data",
                                "--tmpdir=" + folder_,  // a starting server clears its own of what others left
                                "--socket=" + socket_,          "--port=" + std::to_string(port_),
@@ -262,7 +263,7 @@ void TPrivateServer::Launch() {
                                "--innodb-flush-method=nosync", "--innodb-flush-log-at-trx-commit=0",
                                "--innodb-buffer-pool-size=32M"};
   command.insert(command.end(), std::begin(usual), std::end(usual));
-  if (OnMySQL())
+  if (IsMySql(name_))
     command.insert(command.end(), std::begin(kMySqlOptions), std::end(kMySqlOptions));
   else
     command.insert(command.end(), std::begin(kMariaDbOptions), std::end(kMariaDbOptions));

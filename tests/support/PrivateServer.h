@@ -7,6 +7,8 @@
 
 namespace velmora::testing {
 
+// The name of the server that tests run on, empty for the system's own.
+std::string ChosenServer();
 // True when the servers of tests are MySQL's, whose words for tests' own needs are others than MariaDB's.
 bool OnMySQL();
 inline constexpr char kMariaDbAlone[] = "what is said and answered are MariaDB's";
@@ -17,16 +19,17 @@ std::string Numbers(int last);
 // A server of the test program's own: on loopback, with its data in a folder of its own, gone with it. The user is
 // root, without a password. Faults are std::runtime_error with the end of the server's log.
 //
-// It is the system's MariaDB, or what the environment variable VELMORA_TEST_SERVER names of what scripts/fetch-server
-// has brought.
+// It is the system's MariaDB, or what the environment variable VELMORA_TEST_SERVER or `name` names of what
+// scripts/fetch-server has brought.
 //
 // With VELMORA_SERVER_SOCKET in the environment it is the server that listens there, which is left running.
 //
 // Should the program die, the server dies with it, and its folder is cleared away by the next server that is started.
 class TPrivateServer {
  public:
-  explicit TPrivateServer(std::vector<std::string> options = {});  // started, with these options besides the usual ones
-  ~TPrivateServer();                                               // ended
+  // Started, with these options besides the usual ones.
+  explicit TPrivateServer(std::vector<std::string> options = {}, std::string name = ChosenServer());
+  ~TPrivateServer();  // ended
   TPrivateServer(const TPrivateServer&) = delete;
   TPrivateServer& operator=(const TPrivateServer&) = delete;
 
@@ -49,6 +52,7 @@ class TPrivateServer {
   void RemoveFolder();
 
   std::vector<std::string> options_;
+  std::string name_;
   std::string folder_;
   std::string socket_;
   int lock_ = -1;

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "support/PrivateServer.h"
+
 namespace velmora::testing {
 
 struct TConvergence {
@@ -13,12 +15,16 @@ struct TConvergence {
   std::size_t parts = 0;    // of the schemas that were made
   std::size_t dropped = 0;  // of them, because the server refuses them
   std::size_t rows = 0;     // that were there before, and were looked at afterwards
+  std::size_t tables = 0;   // of the reference
+  std::size_t skipped = 0;  // tables that were named and left alone
 };
 
 // Makes both databases, compares, synchronises with all that is unsafe, and looks whether: the proof in memory finds no
 // difference and has every table as the server then has it; the databases are identical; nothing is left to do; only
 // tables that differ were touched; rows that were loaded before are as they were wherever no unsafe action stands.
 // `tables` says how many tables the schema has; with 0 that number is random too.
-TConvergence Converge(std::uint64_t seed, std::size_t tables = 0);
+// The reference may stand on another server: then tables may be named and left alone for what the target's server does
+// not have, and nothing else. On one server a table is left alone that the server prints as nobody can read it.
+TConvergence Converge(std::uint64_t seed, std::size_t tables, TPrivateServer& reference, TPrivateServer& target);
 
 }  // namespace velmora::testing

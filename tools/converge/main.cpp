@@ -8,9 +8,12 @@
 
 namespace {
 
+using velmora::testing::TPrivateServer;
+
 constexpr char kUsage[] =
-    "usage: velmora-converge COUNT [FIRST_SEED]\n"
-    "       velmora-converge --tables TABLES SEED\n";
+    "usage: velmora-converge [--reference-server NAME] COUNT [FIRST_SEED]\n"
+    "       velmora-converge [--reference-server NAME] --tables TABLES SEED\n";
+constexpr char kSystemsOwn[] = "system";
 
 struct TCounts {
   std::size_t seeds = 0;
@@ -19,19 +22,52 @@ struct TCounts {
   std::size_t rows = 0;
   std::size_t parts = 0;
   std::size_t dropped = 0;
+  std::size_t tables = 0;
+  std::size_t skipped = 0;
 };
 
-void Run(unsigned long long seed, std::size_t tables, TCounts& counts) {
-  const auto result = velmora::testing::Converge(seed, tables);
+struct TSettings {
+  std::string reference_server;  // empty where one server has both sides
+  bool large = false;
+  unsigned long long numbers[2] = {0, 1};
+};
+
+bool ReadSettings(int argc, char** argv, TSettings& settings) {
+  int at = 1;
+  const auto is = [&](const char* word) { return at + 1 < argc && std::string(argv[at]) == word; };
+  if (is("--reference-server")) {
+    settings.reference_server = argv[at + 1];
+    at += 2;
+  }
+  settings.large = is("--tables");
+  if (settings.large) ++at;
+  const int left = argc - at;
+  for (int i = 0; i < left && i < 2; ++i) settings.numbers[i] = std::strtoull(argv[at + i], nullptr, 10);
+  return left == 2 || (left == 1 && !settings.large);
+}
+
+// Both are started by the first call, and end with the program.
+TPrivateServer& ReferenceServer(const std::string& name) {
+  if (name.empty()) return TPrivateServer::Shared();
+  static TPrivateServer server({}, name == kSystemsOwn ? "" : name);
+  return server;
+}
+
+void Run(unsigned long long seed, std::size_t tables, const std::string& reference_server, TCounts& counts) {
+  const auto result =
+      velmora::testing::Converge(seed, tables, ReferenceServer(reference_server), TPrivateServer::Shared());
   ++counts.seeds;
   counts.statements += result.statements;
   counts.rows += result.rows;
   counts.parts += result.parts;
   counts.dropped += result.dropped;
+  counts.tables += result.tables;
+  counts.skipped += result.skipped;
   if (result.fault.empty()) return;
   ++counts.misses;
-  const char* server = std::getenv("VELMORA_TEST_SERVER");
-  const std::string on = server == nullptr ? "" : "--server " + std::string(server) + " ";
+  const std::string server = velmora::testing::ChosenServer();
+  const std::string from = reference_server.empty() ? "" : "--reference-server " + reference_server + " ";
+  const std::string on = from + (server.empty() ? "" : "--server " + server + " ");
   const std::string again = on + (tables > 0 ? "--tables " + std::to_string(tables) + " " : "1 ");
   std::printf("seed %llu missed: %s\nrepeat it with: scripts/converge %s%llu\n\n", seed, result.fault.c_str(),
               again.c_str(), seed);
@@ -41,23 +77,22 @@ void Run(unsigned long long seed, std::size_t tables, TCounts& counts) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bool large = argc == 4 && std::string(argv[1]) == "--tables";
-  if (!large && argc != 2 && argc != 3) {
+  TSettings settings;
+  if (!ReadSettings(argc, argv, settings)) {
     std::fputs(kUsage, stderr);
     return 2;
   }
-  const auto number = [&](int at) { return std::strtoull(argv[at], nullptr, 10); };
+  const auto& [first_number, second_number] = settings.numbers;
   TCounts counts;
-  if (large) {
-    Run(number(3), number(2), counts);
-  } else {
-    const unsigned long long first = argc == 3 ? number(2) : 1;
-    for (unsigned long long i = 0; i < number(1); ++i) Run(first + i, 0, counts);
-  }
+  if (settings.large)
+    Run(second_number, first_number, settings.reference_server, counts);
+  else
+    for (unsigned long long i = 0; i < first_number; ++i) Run(second_number + i, 0, settings.reference_server, counts);
   std::printf("%zu seeds, %zu missed, %zu statements, %zu rows; the server refused %zu of %zu parts\n", counts.seeds,
               counts.misses, counts.statements, counts.rows, counts.dropped, counts.parts);
+  if (counts.skipped > 0) std::printf("%zu of %zu tables were named and left alone\n", counts.skipped, counts.tables);
   // Schemas that hardly differ would prove nothing.
-  const bool differ = large || counts.statements >= counts.seeds;
+  const bool differ = settings.large || counts.statements >= counts.seeds;
   if (!differ) std::puts("the schemas hardly differ");
   return counts.misses == 0 && differ ? 0 : 1;
 }

@@ -12,6 +12,7 @@
 #include "core/CreationTexts.h"
 #include "core/Host.h"
 #include "core/Meta.h"
+#include "exact/compare/PrintedTable.h"
 #include "exact/compare/Safety.h"
 #include "exact/compare/ServerCompletion.h"
 #include "exact/plan/FileSchema.h"
@@ -358,7 +359,10 @@ class TPairReader {
     }
     try {
       const bool maps = &of.side == &reference_ && !collations_.empty();
-      of.table = of.made != nullptr && !maps ? *of.made : ReadTableWithoutRawLineEnds(*of.text, Tokens(*of.text));
+      if (of.side.file == nullptr)
+        of.table = ReadPrintedTable(*of.text);
+      else
+        of.table = of.made != nullptr && !maps ? *of.made : ReadTableWithoutRawLineEnds(*of.text, Tokens(*of.text));
       // The reference's own sequences are to be the target's.
       if (&of.side == &reference_)
         MoveSequences(of.table, reference_.texts->TextsDatabase(), target_.texts->TextsDatabase());

@@ -1,0 +1,47 @@
+#include "exact/compare/PrintedTable.h"
+
+#include "exact/compare/ServerForm.h"
+#include "mysqltext/KeyText.h"
+#include "mysqltext/Lexer.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kZeroByte[] = "line %d: the server prints a default that nobody can read, with zero bytes";
+constexpr char kUndoubled[] = "the server prints a foreign key whose names nobody can read: %s";
+constexpr char kNotItsColumn[] = "column %s of foreign key %s is none of the table";
+constexpr char kOtherCount[] = "foreign key %s has other columns than it refers to";
+
+void CheckForeignKey(const TTableText& table, const TElement& key) {
+  const TForeignKeyParts& parts = key.text.ForeignKey();
+  for (const std::string& column : parts.columns)
+    if (table.Find(EElement::Column, column) == nullptr) RaiseError(Format(kNotItsColumn, column, key.name));
+  const TTokens tokens = key.text.Tokens();
+  const auto listed = [&tokens](std::size_t open) { return AfterGroup(tokens, open) - open - 1; };
+  const std::size_t own = NextBracket(tokens, key.text.Body());
+  const std::size_t count = 2 * parts.columns.size();  // with their commas and the closing bracket
+  if (listed(own) != count || listed(NextBracket(tokens, AfterGroup(tokens, own))) != count)
+    RaiseError(Format(kOtherCount, key.name));
+}
+
+}  // namespace
+
+TTableText ReadPrintedTable(const std::string& text) {
+  const std::size_t zero = text.find('\0');
+  if (zero != std::string::npos) RaiseError(Format(kZeroByte, LineOf(text, zero)));
+  const bool doubled = text.find("``") != std::string::npos && text.find(" FOREIGN KEY (") != std::string::npos;
+  try {
+    TTableText table = ReadTableWithoutRawLineEnds(text, Tokens(text));
+    for (const TElement& element : table.elements)
+      if (doubled && element.kind == EElement::ForeignKey) CheckForeignKey(table, element);
+    return table;
+  } catch (const EVelmora& error) {
+    if (!doubled) throw;
+    RaiseError(Format(kUndoubled, error.what()));
+  }
+}
+
+}  // namespace velmora

@@ -1,0 +1,16 @@
+#pragma once
+
+// Tables as servers print them, where some print what says something else than the table has.
+
+#include <string>
+
+#include "mysqltext/TableText.h"
+
+namespace velmora {
+
+// Takes a server's creation text apart. Raises for one in which the server has mistaken itself:
+// - MariaDB 10.5 prints defaults that are expressions of columns in ucs2 or utf16 as the bytes of that set
+// - MariaDB 10.5 and 11.8 print names in foreign keys without doubling their back quotes
+TTableText ReadPrintedTable(const std::string& text);
+
+}  // namespace velmora

@@ -1,0 +1,34 @@
+// Texts in which servers have mistaken themselves.
+
+#include "exact/compare/PrintedTable.h"
+
+#include <gtest/gtest.h>
+
+#include "support/MessageOf.h"
+
+namespace velmora::testing {
+namespace {
+
+TEST(PrintedTable, IsRefusedWhereItSaysSomethingElseThanTheTableHas) {
+  struct TCase {
+    std::string body;
+    std::string told;
+  };
+  using namespace std::string_literals;
+  const TCase cases[] = {
+      {"`a``b` int, KEY `f` (`a``b`), CONSTRAINT `f` FOREIGN KEY (`a``b`) REFERENCES `t` (`a``b`)", "nothing raised"},
+      {"`a` varchar(9) CHARACTER SET ucs2 DEFAULT \0c\0o"s,
+       "line 1: the server prints a default that nobody can read, with zero bytes"},
+      {"`a``b` int, CONSTRAINT `f` FOREIGN KEY (`a`b`) REFERENCES `t` (`c`)",
+       "the server prints a foreign key whose names nobody can read: line 1: unclosed back quote"},
+      {"`a``, ``b` int, CONSTRAINT `f` FOREIGN KEY (`a`, `b`) REFERENCES `t` (`c`)",
+       "the server prints a foreign key whose names nobody can read: column a of foreign key f is none of the table"},
+      {"`a``b` int, CONSTRAINT `f` FOREIGN KEY (`a``b`) REFERENCES `t` (`a`b`c`)",
+       "the server prints a foreign key whose names nobody can read: foreign key f has other columns than it refers "
+       "to"}};
+  for (const TCase& c : cases)
+    EXPECT_EQ(MessageOf([&] { ReadPrintedTable("CREATE TABLE `t` (" + c.body + ") ENGINE=InnoDB"); }), c.told);
+}
+
+}  // namespace
+}  // namespace velmora::testing
