@@ -8,6 +8,7 @@
 
 #include "app/TextBlocks.h"
 #include "exact/compare/Changes.h"
+#include "exact/compare/GeneratedKey.h"
 #include "exact/compare/OptionEquivalences.h"
 #include "mysqltext/LexicalRules.h"
 #include "util/Errors.h"
@@ -188,6 +189,7 @@ class TAligner {
 
   std::array<TTextBlocks, 2> texts_;
   TEquivalenceUse use_;
+  const TTableText* generated_ = nullptr;     // whose generated key does not count
   std::optional<TElementComparison> across_;  // of both tables
   std::optional<TElementComparison> within_;  // of the left one with itself
   TAlignedRows rows_;
@@ -203,6 +205,7 @@ TAlignedRows TAligner::Run() {
 }
 
 void TAligner::AlignBlocks() {
+  if (use_.On(EEquivalence::GeneratedKey)) generated_ = WithGeneratedKey(Table(kLeft), Table(kRight));
   across_.emplace(Table(kLeft), Table(kRight), use_);
   within_.emplace(Table(kLeft), Table(kLeft), use_);
   const std::vector<TBlock>& left = texts_[kLeft].Blocks();
@@ -247,6 +250,10 @@ void TAligner::Beside(const TBlock& left, const TBlock& right) {
 void TAligner::Alone(ESide side, const TBlock& block, const TBlock* other) {
   TAlignedRow row;
   row.kind = side == kLeft ? EAlignedRow::OnlyLeft : EAlignedRow::OnlyRight;
+  if (block.element != nullptr && &Table(side) == generated_ && IsOfGeneratedKey(*block.element)) {
+    row.kind = EAlignedRow::Equal;
+    row.note = IgnoredNote(EEquivalence::GeneratedKey);
+  }
   if (other != nullptr) {
     const TBlock& left = side == kLeft ? block : *other;
     const TBlock& right = side == kLeft ? *other : block;

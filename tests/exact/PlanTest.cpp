@@ -2,6 +2,7 @@
 
 #include "exact/plan/Plan.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,6 +19,8 @@
 
 namespace velmora::testing {
 namespace {
+
+using ::testing::HasSubstr;
 
 std::vector<TChange> NumberedChanges(const TSchema& reference, const TSchema& target) {
   TEquivalenceUse use;
@@ -73,6 +76,42 @@ TEST(PlanTest, TriggersThatAFillingWouldRunAreAskedFor) {
     asked_once = asked_once || asked;
   }
   EXPECT_TRUE(asked_once);
+}
+
+TEST(PlanTest, ServersAreAskedWhetherTheyTakeTablesWithoutAPrimaryKey) {
+  constexpr char kEither[] = "_primary_key */ /*!80030 + ";
+  constexpr char kUnlessMade[] = "_primary_key */ /*!80030 > ";
+  constexpr char kAny[] = "_primary_key */, 1";
+  struct TRow {
+    const char* wanted;
+    TStringList there;
+    const char* asked;  // of the query; null where the table will do
+  };
+  const TRow rows[] = {
+      {"t (`a` int) ENGINE=InnoDB", {}, kUnlessMade},
+      {"t (`a` int) ENGINE=MyISAM", {}, kAny},
+      {"t (`a` int) ENGINE=InnoDB PARTITION BY HASH (`a`)", {}, kEither},
+      {"t (`a` int NOT NULL, UNIQUE KEY `a` (`a`)) ENGINE=InnoDB", {}, nullptr},
+      {"t (`a` int NOT NULL) ENGINE=InnoDB", {"t (`a` int, PRIMARY KEY (`a`)) ENGINE=InnoDB"}, kEither},
+      {"t (`a` int) ENGINE=InnoDB", {"t (`a` bigint) ENGINE=InnoDB"}, kAny},
+      {"t (`a` int, PRIMARY KEY (`a`))", {"t (`a` bigint, PRIMARY KEY (`a`))"}, nullptr},
+      {"t (`a` int)", {"t (`a` int)", "p (`b` int)"}, nullptr}};
+  for (const TRow& row : rows) {
+    const TSchema reference = SchemaOf({row.wanted});
+    const TSchema target = SchemaOf(row.there);
+    const auto questions = RowQuestions(NumberedChanges(reference, target), reference, target);
+    const auto found = std::ranges::find(questions, "table", &TRowQuestion::subject);
+    EXPECT_EQ(found != questions.end(), row.asked != nullptr) << row.wanted;
+    if (found != questions.end() && row.asked != nullptr) EXPECT_THAT(found->sql, HasSubstr(row.asked));
+  }
+}
+
+TEST(PlanTest, ChecksGoByTheWordOfTheServer) {
+  const TSchema reference = SchemaOf({"t (`a` int)"});
+  const TSchema target = SchemaOf({"t (`a` int, CONSTRAINT `x` CHECK (`a` > 1))"});
+  const auto changes = NumberedChanges(reference, target);
+  EXPECT_EQ(MakePlan(changes, reference, target).at(0).text, "alter table `t` drop constraint `x`");
+  EXPECT_EQ(MakePlan(changes, reference, target, {.drops_checks = true}).at(0).text, "alter table `t` drop check `x`");
 }
 
 TEST(PlanTest, WhatIsStruckOutLeavesItsStatement) {

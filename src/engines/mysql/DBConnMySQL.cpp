@@ -28,6 +28,8 @@ constexpr char kInnoDB[] = "InnoDB";
 constexpr char kNoCreationText[] = "There is no whole creation text of table %s";
 constexpr char kNoColumns[] = "Table must have at least one column!";
 
+// Of MySQL, for a primary key that it made by itself.
+constexpr char kShowsGeneratedKeys[] = "/*!80030 , session show_gipk_in_create_table_and_information_schema=1 */";
 constexpr char kTimestampsSayAll[] = "set session explicit_defaults_for_timestamp=1";
 constexpr char kNamesWithKinds[] = "show full tables";
 // A trigger has its table's database; asked for by its own, servers would look through the tables of all databases.
@@ -420,8 +422,8 @@ void TDBConnMySQL::PrepareExactTexts(bool exact) {
 void TDBConnMySQL::SetUpExactSession() {
   std::vector<TVariant> row;
   MySqlQueryRow("select @@session.sql_mode", *connection_, row);
-  const std::string modes =
-      Format("set session sql_quote_show_create=1, session sql_mode='%s'", ExactSqlMode(VarToText(row.at(0))));
+  const std::string modes = Format("set session sql_quote_show_create=1%s, session sql_mode='%s'", kShowsGeneratedKeys,
+                                   ExactSqlMode(VarToText(row.at(0))));
   // The lists are what takes its time: two servers may make theirs side by side.
   connection_->ExpectStatements({modes, kTimestampsSayAll, kNamesWithKinds, kNamesBesidesTables}, true);
   query_->SQL = modes;

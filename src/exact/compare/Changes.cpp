@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "exact/compare/GeneratedKey.h"
 #include "exact/compare/OptionEquivalences.h"
 #include "exact/compare/Safety.h"
 #include "mysqltext/ElementText.h"
@@ -42,14 +43,6 @@ constexpr std::array<TGroup, 4> kOtherGroups{{
 
 using TElements = std::vector<const TElement*>;
 
-TElements ElementsOf(const TTableText& table, const TGroup& group) {
-  TElements elements;
-  elements.reserve(table.elements.size());
-  for (const auto& element : table.elements)
-    if (group.holds(element.kind)) elements.push_back(&element);
-  return elements;
-}
-
 std::string OptionsText(const TTableText& table) {
   std::string text;
   for (const auto& option : table.options) text += (text.empty() ? "" : " ") + option.name + "=" + option.value;
@@ -59,7 +52,10 @@ std::string OptionsText(const TTableText& table) {
 class TTableComparison {
  public:
   TTableComparison(const TTableText& reference, const TTableText& target, TEquivalenceUse& use)
-      : reference_(reference), target_(target), use_(use), elements_(reference, target, use) {}
+      : reference_(reference), target_(target), use_(use), elements_(reference, target, use) {
+    if (use.On(EEquivalence::GeneratedKey)) generated_ = WithGeneratedKey(reference, target);
+    if (generated_ != nullptr) use.Add(EEquivalence::GeneratedKey);
+  }
 
   std::vector<TChange> Run();
 
@@ -69,6 +65,7 @@ class TTableComparison {
   bool CompareGroup(const TGroup& group);
   void ComparePartitioning();
   void CompareOthers() const;
+  TElements ElementsOf(const TTableText& table, const TGroup& group) const;
 
   // For each element of the reference the place of its counterpart in the target, or kNone.
   std::vector<std::size_t> Match(const TElements& wanted, const TElements& there);
@@ -82,8 +79,19 @@ class TTableComparison {
   const TTableText& target_;
   TEquivalenceUse& use_;
   TElementComparison elements_;
+  const TTableText* generated_ = nullptr;  // the table whose generated key is passed over
   std::vector<TChange> changes_;
 };
+
+TElements TTableComparison::ElementsOf(const TTableText& table, const TGroup& group) const {
+  TElements elements;
+  elements.reserve(table.elements.size());
+  for (const auto& element : table.elements) {
+    const bool passes = &table == generated_ && IsOfGeneratedKey(element);
+    if (group.holds(element.kind) && !passes) elements.push_back(&element);
+  }
+  return elements;
+}
 
 std::vector<TChange> TTableComparison::Run() {
   CompareOthers();

@@ -22,6 +22,7 @@ enum class EEquivalence {
   NoAction,          // on delete/update restrict, no action, or nothing
   OptionOrder,       // the order of table options
   KeyOrder,          // the order of keys, checks and foreign keys; counted once a table, whether it is on or not
+  GeneratedKey,      // a primary key that a server made by itself where the other table has none; once a table
   kCount
 };
 inline constexpr int kEquivalenceCount = static_cast<int>(EEquivalence::kCount);

@@ -19,7 +19,8 @@ namespace {
 
 class TPlanner {
  public:
-  TPlanner(const std::vector<TChange>& changes, const TSchema& reference, const TSchema& target);
+  TPlanner(const std::vector<TChange>& changes, const TSchema& reference, const TSchema& target,
+           const TPlanWords& words);
   std::vector<TPlanStatement> Make();
 
  private:
@@ -41,6 +42,7 @@ class TPlanner {
 
   const TSchema& reference_;
   const TSchema& target_;
+  TPlanWords words_;
   std::deque<TTableWork> work_;  // in the order of the changes
   std::unordered_map<std::string, TTableWork*> by_name_;
   std::unordered_multimap<std::string, std::string> new_checks_;  // tables by lower-case name of the check
@@ -49,8 +51,9 @@ class TPlanner {
   std::vector<TPlanStatement> plan_;
 };
 
-TPlanner::TPlanner(const std::vector<TChange>& changes, const TSchema& reference, const TSchema& target)
-    : reference_(reference), target_(target) {
+TPlanner::TPlanner(const std::vector<TChange>& changes, const TSchema& reference, const TSchema& target,
+                   const TPlanWords& words)
+    : reference_(reference), target_(target), words_(words) {
   for (const TChange& change : changes) {
     TTableWork& work = Work(change.table);
     work.changes.push_back(&change);
@@ -71,6 +74,7 @@ TTableWork& TPlanner::Work(const std::string& table) {
     work->name = table;
     work->reference = reference_.Find(table);
     work->target = target_.Find(table);
+    work->words = words_;
   }
   return *work;
 }
@@ -93,7 +97,7 @@ void TPlanner::FindObstacles(const TTableText& table) {
     const TForeignKeyParts& parts = key.text.ForeignKey();
     TObstacle obstacle{&key, {}};
     AddCauses(table.name, parts.columns, obstacle);
-    AddCheckCauses(table, key.name, obstacle);
+    if (!words_.drops_checks) AddCheckCauses(table, key.name, obstacle);
     if (parts.database.empty()) AddCauses(parts.table, parts.references, obstacle);
     if (obstacle.causes.empty()) continue;
     TTableWork& work = Work(table.name);
@@ -142,11 +146,11 @@ void TPlanner::DropForeignKeys(const TTableWork& work) {
   TAlter alter(work.name);
   for (const TChange* change : work.changes) {
     if (!IsForeignKeyChange(*change) || change->action == saAddConstraint) continue;
-    alter.Clause(DropText(EElement::ForeignKey, change->item));
+    alter.Clause(DropText(EElement::ForeignKey, change->item, words_));
     alter.Makes(*change);
   }
   for (const TObstacle& obstacle : work.obstacles) {
-    alter.Clause(DropText(EElement::ForeignKey, obstacle.key->name));
+    alter.Clause(DropText(EElement::ForeignKey, obstacle.key->name, words_));
     for (const TChange* cause : obstacle.causes) alter.Serves(*cause);
   }
   alter.MoveTo(plan_);
@@ -176,7 +180,7 @@ void TPlanner::DropMovedChecks(const TTableWork& work) {
   TAlter alter(work.name);
   for (const TChange* change : work.changes) {
     if (!MovesAway(*change)) continue;
-    alter.Clause(DropText(change->kind, change->item));
+    alter.Clause(DropText(change->kind, change->item, words_));
     alter.Makes(*change);
   }
   alter.MoveTo(plan_);
@@ -208,7 +212,7 @@ void TPlanner::AlterTable(const TTableWork& work) {
     if (change->action == saChangeTableType || change->action == saDropTable) continue;
     if (!MovesAway(*change)) ChangeElement(*change, work, alters);
   }
-  SetPartitioning(work, alters.main);
+  SetPartitioning(work, alters);
   alters.MoveTo(plan_);
 }
 
@@ -259,7 +263,7 @@ void TPlanner::RenewHashKeys(const TTableWork& work) {
   if (std::all_of(keys.begin(), keys.end(), kept)) return;
   TAlter alter(work.name);
   for (const TElement& key : keys) {
-    alter.Clause(DropText(key.kind, key.name));
+    alter.Clause(DropText(key.kind, key.name, words_));
     alter.Clause("add " + key.text.Str());
     for (const TChange* change : work.changes) alter.Serves(*change);
     for (const TObstacle& obstacle : work.obstacles)
@@ -271,8 +275,8 @@ void TPlanner::RenewHashKeys(const TTableWork& work) {
 }  // namespace
 
 std::vector<TPlanStatement> MakePlan(const std::vector<TChange>& changes, const TSchema& reference,
-                                     const TSchema& target) {
-  return TPlanner(changes, reference, target).Make();
+                                     const TSchema& target, const TPlanWords& words) {
+  return TPlanner(changes, reference, target, words).Make();
 }
 
 }  // namespace velmora

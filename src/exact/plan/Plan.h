@@ -17,6 +17,10 @@ struct TPlanStatement {
   std::string table;                // that it is about
 };
 
+struct TPlanWords {
+  bool drops_checks = false;  // "drop check", as MySQL tells them from other constraints; otherwise "drop constraint"
+};
+
 // 1. foreign keys that go, change, or stand on a column that changes (those come back at the end), 2. dropped tables,
 // checks whose names other tables get, 3. partitioning that is taken away or loses its columns, 4. one "alter table"
 // per table: options, columns dropped, then modified and added with first/after, keys dropped and added, checks,
@@ -24,6 +28,6 @@ struct TPlanStatement {
 // tables without foreign keys, 6. foreign keys added. Names in backticks. It holds what `changes` holds and nothing
 // else: a change that was struck out leaves its statement.
 std::vector<TPlanStatement> MakePlan(const std::vector<TChange>& changes, const TSchema& reference,
-                                     const TSchema& target);
+                                     const TSchema& target, const TPlanWords& words = {});
 
 }  // namespace velmora

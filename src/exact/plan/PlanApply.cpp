@@ -230,6 +230,7 @@ void TAlteration::DropElement(TTokens clause) {
       {{"drop", "primary", "key"}, "primary key", [](EElement kind) { return kind == EElement::PrimaryKey; }},
       {{"drop", "foreign", "key"}, "foreign key", [](EElement kind) { return kind == EElement::ForeignKey; }},
       {{"drop", "constraint"}, "constraint", [](EElement kind) { return kind == EElement::Check; }},
+      {{"drop", "check"}, "check", [](EElement kind) { return kind == EElement::Check; }},
       {{"drop", "period", "for"}, "period", [](EElement kind) { return kind == EElement::Period; }},
       {{"drop", "key"}, "key", IsKey}};
   for (const TForm& form : kForms) {
@@ -500,7 +501,10 @@ void TAlteration::ReadWrittenDrop(TTokens clause) {
   } else if (word(1, "foreign")) {
     holds = [](EElement kind) { return kind == EElement::ForeignKey; };
     at = 3;
-  } else if (word(1, "constraint") || word(1, "check")) {
+  } else if (word(1, "check")) {
+    holds = [](EElement kind) { return kind == EElement::Check; };
+    at = 2;
+  } else if (word(1, "constraint")) {
     holds = [](EElement kind) { return kind != EElement::Column && kind != EElement::Key; };
     at = 2;
   } else if (word(1, "column")) {

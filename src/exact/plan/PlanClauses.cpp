@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "exact/compare/CanonicalForm.h"
+#include "exact/compare/GeneratedKey.h"
 #include "exact/plan/PlanFilling.h"
 #include "exact/plan/PlanPartitions.h"
 #include "mysqltext/ColumnType.h"
@@ -34,14 +35,14 @@ bool SetsOption(const TChange& change, std::string_view name) {
 
 // --- Texts
 
-std::string DropText(EElement kind, const std::string& name) {
+std::string DropText(EElement kind, const std::string& name, const TPlanWords& words) {
   switch (kind) {
     case EElement::PrimaryKey:
       return "drop primary key";
     case EElement::ForeignKey:
       return "drop foreign key " + QuotedName(name);
     case EElement::Check:
-      return "drop constraint " + QuotedName(name);
+      return (words.drops_checks ? "drop check " : "drop constraint ") + QuotedName(name);
     case EElement::Period:
       return "drop period for " + QuotedName(name);
     default:
@@ -115,11 +116,15 @@ std::string SridOf(const TElementText& column) {
 
 namespace {
 
-bool ChangesSystem(const TChange& change, const TElement& key) {
-  if (change.action != saModifyColumn || SridOf(change.old_text) == SridOf(change.new_text)) return false;
+bool NamesColumn(const TElement& key, const std::string& column) {
   const std::vector<TKeyPart>& parts = key.text.KeyParts();
   return std::any_of(parts.begin(), parts.end(),
-                     [&change](const TKeyPart& part) { return SameText(part.column, change.item); });
+                     [&column](const TKeyPart& part) { return SameText(part.column, column); });
+}
+
+bool ChangesSystem(const TChange& change, const TElement& key) {
+  if (change.action != saModifyColumn || SridOf(change.old_text) == SridOf(change.new_text)) return false;
+  return NamesColumn(key, change.item);
 }
 
 // Servers do not change the reference system of a column with a spatial key, even if that goes in the same statement.
@@ -129,15 +134,21 @@ bool HasToBeGone(const TElement& key, const TTableWork& work) {
                      [&key](const TChange* change) { return ChangesSystem(*change, key); });
 }
 
-// Whether a column of the key goes in the table's main statement.
+// Whether a column of the key goes and comes again in the table's main statement.
 bool LosesColumn(const TElement& key, const TTableWork& work) {
   if (key.text.Empty()) return false;
-  const std::vector<TKeyPart>& parts = key.text.KeyParts();
   return std::any_of(work.changes.begin(), work.changes.end(), [&](const TChange* change) {
-    if (change->action != saDropColumn && !IsReplaced(*change, work)) return false;
-    return std::any_of(parts.begin(), parts.end(),
-                       [change](const TKeyPart& part) { return SameText(part.column, change->item); });
+    return IsReplaced(*change, work) && NamesColumn(key, change->item);
   });
+}
+
+// Whether a column stays as long as the former primary key, whose place the new one takes once its columns are filled:
+// servers may refuse to be without a primary key in between.
+bool GoesWithKey(const TChange& change, const TTableWork& work) {
+  const TElement* had = work.target->Find(EElement::PrimaryKey, "PRIMARY");
+  const TElement* has = work.reference->Find(EElement::PrimaryKey, "PRIMARY");
+  return had != nullptr && has != nullptr && NamesColumn(*had, change.item) && NamesFilledColumn(has->text, work) &&
+         !LosesColumn(*had, work);
 }
 
 }  // namespace
@@ -153,7 +164,7 @@ void TTableAlters::Replace(const TElement& had, const TElement& has, const TTabl
   };
   const bool waits = has.kind == EElement::PrimaryKey && !has.text.Empty() && NamesFilledColumn(has.text, work);
   TAlter& drops = HasToBeGone(had, work) ? first : waits && !LosesColumn(had, work) ? filled : main;
-  if (!had.text.Empty()) add(drops, DropText(had.kind, had.name));
+  if (!had.text.Empty()) add(drops, DropText(had.kind, had.name, work.words));
   if (has.text.Empty()) return;
   const std::string text = "add " + has.text.Str();
   const bool is_fulltext = KindOf(has) == EElement::FulltextKey;
@@ -206,6 +217,7 @@ class TColumnClauses {
   std::vector<std::string> order_;  // names of the reference's columns
   std::unordered_map<std::string, std::size_t> positions_;
   std::unordered_set<std::string> there_;  // what the table has when the statement ran
+  bool keeps_generated_ = false;           // the column of a generated key stays the first one
   bool inherits_ = true;                   // the table will hand down what the reference's does
 };
 
@@ -226,6 +238,10 @@ TColumnClauses::TColumnClauses(const TTableWork& work) : work_(work) {
     if (element.kind == EElement::Column) there_.insert(LowerText(element.name));
   for (const TChange* change : changes_)
     if (change->action == saAddColumn) there_.insert(LowerText(change->item));
+  keeps_generated_ =
+      HasGeneratedKey(*work.target) && std::none_of(changes_.begin(), changes_.end(), [](const TChange* change) {
+        return change->action != saAddColumn && SameText(change->item, kGeneratedColumn);
+      });
   std::stable_sort(changes_.begin(), changes_.end(),
                    [this](const TChange* a, const TChange* b) { return Position(*a) < Position(*b); });
 }
@@ -243,7 +259,7 @@ std::string TColumnClauses::Text(const TChange& change) const {
 std::string TColumnClauses::Place(const TChange& change) const {
   for (std::size_t i = Position(change); i > 0; --i)
     if (there_.contains(LowerText(order_[i - 1]))) return " after " + QuotedName(order_[i - 1]);
-  return " first";
+  return keeps_generated_ ? " after " + QuotedName(kGeneratedColumn) : " first";
 }
 
 void TColumnClauses::SetLater(const TChange& change, const std::string& text, TTableAlters& alters) {
@@ -271,8 +287,9 @@ void TColumnClauses::AddTo(TTableAlters& alters) const {
   TAlter& alter = alters.main;
   for (const TChange* change : changes_) {
     const bool drops = change->action == saDropColumn;
-    if (drops || IsReplaced(*change, work_)) alter.Clause("drop column " + QuotedName(change->item));
-    if (drops) alter.Makes(*change);
+    TAlter& dropping = drops && GoesWithKey(*change, work_) ? alters.filled : alter;
+    if (drops || IsReplaced(*change, work_)) dropping.Clause("drop column " + QuotedName(change->item));
+    if (drops) dropping.Makes(*change);
   }
   for (const TChange* change : changes_) {
     if (change->action == saDropColumn) continue;

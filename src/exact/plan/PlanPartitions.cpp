@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "exact/compare/GeneratedKey.h"
+#include "exact/plan/PlanFilling.h"
 #include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
 #include "util/Text.h"
@@ -34,7 +36,13 @@ bool RemovesPartitioning(const TTableWork& work) {
   return (own != nullptr && own->new_text.Empty()) || !PartitionsDisturbed(work).empty();
 }
 
-void SetPartitioning(const TTableWork& work, TAlter& alter) {
+// Servers do not partition a table in the statement in which its generated key goes, nor before it has the columns of
+// its own one.
+void SetPartitioning(const TTableWork& work, TTableAlters& alters) {
+  if (work.reference == nullptr) return;
+  const TElement* key = work.reference->Find(EElement::PrimaryKey, "PRIMARY");
+  const bool waits = HasGeneratedKey(*work.target) || (key != nullptr && NamesFilledColumn(key->text, work));
+  TAlter& alter = waits ? alters.later : alters.main;
   const TChange* own = PartitionChange(work);
   if (own == nullptr && !PartitionsDisturbed(work).empty()) alter.AtEnd(work.target->partitioning);
   if (own == nullptr || own->new_text.Empty()) return;

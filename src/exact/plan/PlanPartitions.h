@@ -16,7 +16,7 @@ const TChange* PartitionChange(const TTableWork& work);
 std::vector<const TChange*> PartitionsDisturbed(const TTableWork& work);
 // Whether it is taken away in a statement before the others, for good or not.
 bool RemovesPartitioning(const TTableWork& work);
-// The end of the statement for everything else.
-void SetPartitioning(const TTableWork& work, TAlter& alter);
+// The end of the statement for everything else, or one of its own.
+void SetPartitioning(const TTableWork& work, TTableAlters& alters);
 
 }  // namespace velmora

@@ -92,6 +92,7 @@ void TExactSync::Compare() {
         table_under_way_.clear();
         case_twins_ = velmora::CaseTwins(reference, target);
         CompareSchemas(target);
+        words_ = WordsOf(target);
         Prove();
         FillLog();
         log_.LogLine("Done.");
@@ -137,10 +138,25 @@ TTableNames TExactSync::TouchedTables() const {
   return tables;
 }
 
+// The server is asked only where a check may have to go.
+TPlanWords TExactSync::WordsOf(TDBConn& target) const {
+  const auto* texts = dynamic_cast<TCreationTexts*>(&target);
+  const bool has_checks = std::any_of(changes_.begin(), changes_.end(), [this](const TChange& change) {
+    const TTableText* table = read_.target.schema.Find(change.table);
+    return table != nullptr && std::ranges::any_of(table->elements, [](const TElement& element) {
+             return element.kind == EElement::Check;
+           });
+  });
+  if (!has_checks || texts == nullptr || texts->StructureScript() != nullptr) return {};
+  TVariant version;
+  target.GetResultSQL("select version()", version);
+  return {.drops_checks = PosNoCase("mariadb", VarToText(version)) == 0};
+}
+
 // Every statement is read again from its text, so that what is proved is what will run.
 void TExactSync::Prove() {
   if (changes_.empty()) return;
-  plan_ = MakePlan(changes_, read_.reference.schema, read_.target.schema);
+  plan_ = MakePlan(changes_, read_.reference.schema, read_.target.schema, words_);
   const TTableNames touched = TouchedTables();
   TSchema after;
   for (const TTableText& table : read_.target.schema.Tables())
@@ -187,7 +203,7 @@ bool TExactSync::Identical() const { return TablesIdentical() && read_.objects.e
 
 std::vector<TRowFinding> TExactSync::CheckRows(int seconds) {
   TDBConn& target = Side(connections_.target, kNoTarget);
-  return AskRows(RowQuestions(Changes(), read_.reference.schema, read_.target.schema), target, seconds);
+  return AskRows(RowQuestions(Changes(), read_.reference.schema, read_.target.schema, Plan()), target, seconds);
 }
 
 std::vector<TChange> TExactSync::Changes() const {
@@ -200,7 +216,7 @@ std::vector<TChange> TExactSync::Changes() const {
 std::vector<TPlanStatement> TExactSync::Plan() const {
   const std::vector<TChange> left = Changes();
   if (left.size() == changes_.size()) return plan_;
-  return MakePlan(left, read_.reference.schema, read_.target.schema);
+  return MakePlan(left, read_.reference.schema, read_.target.schema, words_);
 }
 
 // A script may drop what it has made.

@@ -82,6 +82,7 @@ class TExactSync {
  private:
   void CompareSchemas(TDBConn& target);
   bool MeetsZeroDates(const std::vector<TPlanStatement>& plan) const;
+  TPlanWords WordsOf(TDBConn& target) const;
   void Prove();
   TTableNames TouchedTables() const;
   void FillLog();
@@ -94,6 +95,7 @@ class TExactSync {
   TReadPair read_;
   TStringList case_twins_;
   std::vector<TChange> changes_;
+  TPlanWords words_;
   std::vector<TPlanStatement> plan_;  // of all of them
   TStringList proof_;                 // its lines in the log
   int differences_left_ = 0;

@@ -41,10 +41,12 @@ int TExactSync::VerifyOnServer(const TScratchPorts& ports) {
   RunGuarded(
       [&] {
         scratch.RunWithin([&] {
+          scratch.SwitchKeyRules(false);
           for (const auto& [table, text] : read_.target.texts) {
             progress_.StepTotal();
             RunNamed(scratch, text, [&, &name = table](const char* error) { return Format(kNotMade, name, error); });
           }
+          scratch.SwitchKeyRules(true);
           for (std::size_t i = 0; i < plan.size(); ++i) {
             progress_.StepTotal();
             RunNamed(scratch, plan[i].text,

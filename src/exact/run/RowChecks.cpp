@@ -7,6 +7,8 @@
 #include <unordered_map>
 
 #include "core/Host.h"
+#include "exact/compare/CanonicalForm.h"
+#include "exact/compare/GeneratedKey.h"
 #include "exact/compare/Safety.h"
 #include "exact/plan/PlanClauses.h"
 #include "exact/plan/PlanFilling.h"
@@ -19,6 +21,7 @@
 #include "util/Counted.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/Lists.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -38,11 +41,22 @@ constexpr char kTriggersOf[] =
     "count(*), 1 from information_schema.triggers where event_manipulation = 'UPDATE' and event_object_schema = "
     "database() "
     "and event_object_table = %s";
+constexpr char kNoKey[] =
+    "it will have no primary key, which this server requires (sql_require_primary_key, "
+    "sql_generate_invisible_primary_key)";
+// What MySQL is told of tables without one; other servers know nothing of it. Not 0 where it refuses a table: one that
+// is made, and that gets a key from the server if this is told to; one that cannot get it; one that is altered.
+constexpr char kMadeWithoutKey[] =
+    "0 /*!80013 + @@sql_require_primary_key */ /*!80030 > @@sql_generate_invisible_primary_key */, 1";
+constexpr char kLeftWithoutKey[] =
+    "0 /*!80013 + @@sql_require_primary_key */ /*!80030 + @@sql_generate_invisible_primary_key */, 1";
+constexpr char kStaysWithoutKey[] = "0 /*!80013 + @@sql_require_primary_key */, 1";
 constexpr char kOtherSystem[] = "%s with shapes of another reference system (SRID)";
 constexpr char kSeveral[] = "it goes by several columns";
 constexpr char kConverted[] = "column %s changes its type";
 constexpr char kComputed[] = "the default of the new column %s is computed for each row";
 constexpr char kNewColumn[] = "column %s is new";
+constexpr char kTooDeep[] = "column %s is computed of too much";
 
 // A column's value in the rows that are there, as the run will have made it.
 struct TRowValue {
@@ -74,9 +88,59 @@ bool IsLiteral(const std::string& text) {
   return tokens.size() == sign + 2 && (kind == EToken::String || kind == EToken::Number);
 }
 
+// How deep computed columns may be computed of each other, and how long what they come to may be.
+constexpr int kDeepest = 20;
+constexpr std::size_t kLongest = 65536;
+
+TRowValue ValueOfColumn(const TTableRows& table, const std::string& column, int depth = 0);
+
+std::string WhyUnknown(const TRowValue& value, const std::string& column) {
+  return value.why.empty() ? Format(kNewColumn, column) : value.why;
+}
+
+// The text of these tokens with the columns as they will be, in brackets.
+TRowValue ValueOfTokens(const TTableRows& table, TTokens tokens, TTokenRange range, int depth = 0) {
+  std::string result;
+  for (std::size_t at = range.first; at < range.last; ++at) {
+    const bool spaced = at > range.first && tokens[at - 1].End() != tokens[at].start;
+    result += spaced ? " " : "";
+    const bool is_column = IsName(tokens[at]) && !TokenAt(tokens, at + 1).Is("(") &&
+                           table.reference->Find(EElement::Column, NameOf(tokens[at])) != nullptr;
+    if (!is_column) {
+      result += tokens[at].text;
+      continue;
+    }
+    const std::string column = NameOf(tokens[at]);
+    const TRowValue value = ValueOfColumn(table, column, depth + 1);
+    const bool is_null = value.kind == EKind::Null;
+    if (!is_null && value.sql.empty()) return {EKind::Unknown, {}, WhyUnknown(value, column)};
+    result += is_null ? "null" : value.sql;
+    if (depth > kDeepest || result.size() > kLongest) return {EKind::Unknown, {}, Format(kTooDeep, column)};
+  }
+  return {EKind::Stored, "(" + result + ")", {}};
+}
+
+// As a column of that type stores what is computed; as it is where nothing is lost with that, or no word says it.
+std::string StoredAs(const TColumnText& column, const std::string& value) {
+  if (IsWholeType(column.type)) return Format("cast(%s as %s)", value, column.is_unsigned ? "unsigned" : "signed");
+  if (column.type == "decimal" || InList(column.type, {"date", "datetime", "time"})) {
+    const std::string size = JoinList(column.arguments, ", ");
+    return Format("cast(%s as %s)", value, size.empty() ? column.type : column.type + "(" + size + ")");
+  }
+  if (!column.HasLetters() || column.charset.charset.empty()) return value;
+  const std::string collate = column.charset.collation.empty() ? "" : " collate " + column.charset.collation;
+  return Format("convert(%s using %s)%s", value, column.charset.charset, collate);
+}
+
+TRowValue ComputedColumn(const TTableRows& table, const TColumnText& column, int depth) {
+  const std::vector<TToken> tokens = Tokens(*column.generated);
+  TRowValue value = ValueOfTokens(table, tokens, {0, tokens.size() - 1}, depth);
+  if (value.kind == EKind::Stored) value.sql = StoredAs(column, value.sql);
+  return value;
+}
+
 TRowValue NewColumn(const TColumnText& column) {
   if (column.auto_increment) return {EKind::Numbered, {}, {}};
-  if (column.generated) return {EKind::Stored, "(" + *column.generated + ")", {}};
   const std::string text = column.default_text.value_or("");
   if (text.empty()) return {column.not_null ? EKind::Constant : EKind::Null, {}, {}};
   if (SameText(text, "null")) return {EKind::Null, {}, {}};
@@ -87,18 +151,17 @@ TRowValue NewColumn(const TColumnText& column) {
 
 // Text is compared by the collation that it will have.
 std::string Converted(const std::string& name, const TColumnText& had, const TColumnText& has) {
-  if (!had.HasLetters() || !has.HasLetters() || SameCharset(had.charset, has.charset)) return name;
-  const std::string collate = has.charset.collation.empty() ? "" : " collate " + has.charset.collation;
-  return Format("convert(%s using %s)%s", name, has.charset.charset, collate);
+  const bool converts = had.HasLetters() && has.HasLetters() && !SameCharset(had.charset, has.charset);
+  return converts ? StoredAs(has, name) : name;
 }
 
-TRowValue ValueOfColumn(const TTableRows& table, const std::string& column) {
+TRowValue ValueOfColumn(const TTableRows& table, const std::string& column, int depth) {
   const std::string name = QuotedName(column);
   const TChange* change = table.ColumnChange(column);
   if (change == nullptr || change->moved_only) return {EKind::Stored, name, {}};
   const TColumnText& has = *change->new_column;
+  if (has.generated) return ComputedColumn(table, has, depth);
   if (change->action == saAddColumn) return NewColumn(has);
-  if (has.generated) return {EKind::Stored, "(" + *has.generated + ")", {}};
   if (!KeepsValues(*change->old_column, has)) return {EKind::Unknown, {}, Format(kConverted, column)};
   return {EKind::Stored, Converted(name, *change->old_column, has), {}};
 }
@@ -106,12 +169,21 @@ TRowValue ValueOfColumn(const TTableRows& table, const std::string& column) {
 TRowValue ValueOfPart(const TTableRows& table, const TKeyPart& part) {
   if (part.column.empty()) {  // an expression, after which a direction may stand
     const std::vector<TToken> tokens = Tokens(part.text);
-    const std::size_t after = AfterGroup(tokens, 0);
-    return {EKind::Stored, TextOf(part.text, tokens, 0, std::min(after, tokens.size() - 1)), {}};
+    return ValueOfTokens(table, tokens, {0, std::min(AfterGroup(tokens, 0), tokens.size() - 1)});
   }
   TRowValue value = ValueOfColumn(table, part.column);
   if (value.kind == EKind::Stored && part.length > 0) value.sql = Format("left(%s, %d)", value.sql, part.length);
   return value;
+}
+
+// Whether the part will hold other values than now, or compare them otherwise.
+bool HoldsOthers(const TTableRows& table, const TKeyPart& part) {
+  const TTableRows as_they_are{table.reference, table.target, {}};
+  const TRowValue value = ValueOfPart(table, part);
+  if (value.kind == EKind::Stored) return value.sql != ValueOfPart(as_they_are, part).sql;
+  // A column of another type is told of by itself.
+  return value.kind == EKind::Unknown &&
+         (part.column.empty() || table.ColumnChange(part.column)->new_column->generated.has_value());
 }
 
 bool IsUnique(const TElement& key) { return key.kind == EElement::PrimaryKey || key.kind == EElement::UniqueKey; }
@@ -149,20 +221,26 @@ std::string Joined(const Values& values, const char* between, const char* after)
 
 class TRowInquiry {
  public:
-  TRowInquiry(const std::vector<TChange>& changes, const TSchema& reference, const TSchema& target) {
-    for (const TChange& change : changes) {
-      TTableRows& table = tables_[change.table];
-      table.reference = reference.Find(change.table);
-      table.target = target.Find(change.table);
-      table.changes.push_back(&change);
-      if (table.changes.size() == 1 && table.reference != nullptr && table.target != nullptr)
-        order_.push_back(change.table);
-    }
+  TRowInquiry(const std::vector<TChange>& changes, const TSchema& reference, const TSchema& target,
+              const std::vector<TPlanStatement>& plan) {
+    const auto take = [&](const std::string& name) -> TTableRows& {
+      const auto [found, is_new] = tables_.try_emplace(name);
+      TTableRows& table = found->second;
+      if (!is_new) return table;
+      table.reference = reference.Find(name);
+      table.target = target.Find(name);
+      if (table.reference != nullptr) order_.push_back(name);
+      return table;
+    };
+    for (const TChange& change : changes) take(change.table).changes.push_back(&change);
+    for (const TPlanStatement& statement : plan) take(statement.table);
   }
 
   std::vector<TRowQuestion> Questions() {
     for (const std::string& name : order_) {
       const TTableRows& table = tables_.at(name);
+      AskKey(table);
+      if (table.target == nullptr) continue;
       for (const TChange* change : table.changes) AskAbout(table, *change);
       for (const TElement& key : table.reference->elements)
         if (IsUnique(key) && IsSortedAnew(table, key)) AskUnique(table, key);
@@ -171,6 +249,26 @@ class TRowInquiry {
   }
 
  private:
+  static bool WillHavePrimaryKey(const TTableRows& table) {
+    if (table.target == nullptr) return HasPrimaryKey(*table.reference);
+    const auto found =
+        std::ranges::find_if(table.changes, [](const TChange* change) { return change->kind == EElement::PrimaryKey; });
+    return found == table.changes.end() ? HasPrimaryKey(*table.target) : !(*found)->new_text.Empty();
+  }
+
+  void AskKey(const TTableRows& table) {
+    const TTableText& has = *table.reference;
+    const TTableText* had = table.target;
+    const bool has_key = HasUniqueKeyWithoutNull(has);
+    if (WillHavePrimaryKey(table) || (had == nullptr && has_key)) return;
+    const bool had_key = had != nullptr && (HasPrimaryKey(*had) || HasUniqueKeyWithoutNull(*had));
+    const bool is_own = EngineOf(has) == "innodb";
+    const bool takes_key = had == nullptr && has.partitioning.empty() && !HasCounter(has);
+    const bool loses_key = had == nullptr || (had_key && !has_key);
+    const char* sql = !is_own || !loses_key ? kStaysWithoutKey : takes_key ? kMadeWithoutKey : kLeftWithoutKey;
+    questions_.push_back({has.name, "table", sql, kNoKey});
+  }
+
   void AskAbout(const TTableRows& table, const TChange& change) {
     const bool adds = change.action == saAddKey || change.action == saModifyKey || change.action == saAddConstraint ||
                       change.action == saModifyConstraint;
@@ -191,24 +289,10 @@ class TRowInquiry {
   // The text of these tokens with the columns as they will be; nothing where that is refused.
   std::optional<std::string> InRows(const TTableRows& table, const std::string& subject, TTokens tokens,
                                     TTokenRange range) {
-    std::string result;
-    for (std::size_t at = range.first; at < range.last; ++at) {
-      const bool spaced = at > range.first && tokens[at - 1].End() != tokens[at].start;
-      result += spaced ? " " : "";
-      const bool is_column = IsName(tokens[at]) && !TokenAt(tokens, at + 1).Is("(") &&
-                             table.reference->Find(EElement::Column, NameOf(tokens[at])) != nullptr;
-      if (!is_column) {
-        result += tokens[at].text;
-        continue;
-      }
-      const TRowValue value = ValueOfColumn(table, NameOf(tokens[at]));
-      if (value.kind != EKind::Null && value.sql.empty()) {
-        Refuse(table, subject, WhyUnknown(value, NameOf(tokens[at])));
-        return std::nullopt;
-      }
-      result += value.kind == EKind::Null ? "null" : value.sql;
-    }
-    return "(" + result + ")";
+    TRowValue value = ValueOfTokens(table, tokens, range);
+    if (value.kind == EKind::Stored) return std::move(value.sql);
+    Refuse(table, subject, value.why);
+    return std::nullopt;
   }
 
   void Ask(const TTableRows& table, const std::string& subject, const std::string& condition, const char* answer) {
@@ -292,15 +376,12 @@ class TRowInquiry {
     questions_.push_back({change.table, "column " + change.item, rows, kNulls});
   }
 
-  // A key that stays, over text that will be compared in another way.
+  // A key that stays, over values that do not.
   static bool IsSortedAnew(const TTableRows& table, const TElement& key) {
     const bool changes = std::ranges::any_of(
         table.changes, [&](const TChange* change) { return IsKey(change->kind) && SameText(change->item, key.name); });
     if (changes || table.target->Find(key.kind, key.name) == nullptr) return false;
-    return std::ranges::any_of(key.text.KeyParts(), [&](const TKeyPart& part) {
-      const TRowValue value = part.column.empty() ? TRowValue() : ValueOfColumn(table, part.column);
-      return value.kind == EKind::Stored && value.sql.starts_with("convert(");
-    });
+    return std::ranges::any_of(key.text.KeyParts(), [&](const TKeyPart& part) { return HoldsOthers(table, part); });
   }
 
   void AskUnique(const TTableRows& table, const TElement& key) {
@@ -364,10 +445,6 @@ class TRowInquiry {
       value = ValueOfColumn(*parent, column);
     value.sql = StrReplace(value.sql, name, "parent." + name);
     return value;
-  }
-
-  static std::string WhyUnknown(const TRowValue& value, const std::string& column) {
-    return value.why.empty() ? Format(kNewColumn, column) : value.why;
   }
 
   void Refuse(const TTableRows& table, const std::string& subject, const std::string& why) {
@@ -452,8 +529,8 @@ class TRowAsker {
 }  // namespace
 
 std::vector<TRowQuestion> RowQuestions(const std::vector<TChange>& changes, const TSchema& reference,
-                                       const TSchema& target) {
-  return TRowInquiry(changes, reference, target).Questions();
+                                       const TSchema& target, const std::vector<TPlanStatement>& plan) {
+  return TRowInquiry(changes, reference, target, plan).Questions();
 }
 
 std::vector<TRowFinding> AskRows(const std::vector<TRowQuestion>& questions, TDBConn& server, int seconds) {

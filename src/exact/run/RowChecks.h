@@ -2,8 +2,9 @@
 
 // What the rows that are there say to a script: equal rows under a new unique key, NULL where it is no longer allowed,
 // rows without the one that a new foreign key wants, rows against a new check, rows without a place in new partitions,
-// values that a computed column does not take. The server is asked before the script runs, for it would stop in
-// the middle, and a foreign key it would take unasked, as foreign key checks are off.
+// values that a computed column does not take. And whether the server takes tables without a primary key. The server is
+// asked before the script runs, for it would stop in the middle, and a foreign key it would take unasked, as foreign
+// key checks are off.
 
 #include <string>
 #include <vector>
@@ -21,10 +22,10 @@ struct TRowQuestion {
   std::string sql;
   std::string answer;  // what it means that there are such rows; the numbers go into it
 };
-// The questions about `changes`, which lead from `target` to `reference`: of tables that both have, and of columns as
-// they will be. What can't collide is not asked about.
+// The questions about `changes`, which lead from `target` to `reference`: of columns as they will be, and about
+// primary keys of the other tables that `plan` alters for them. What can't collide is not asked about.
 std::vector<TRowQuestion> RowQuestions(const std::vector<TChange>& changes, const TSchema& reference,
-                                       const TSchema& target);
+                                       const TSchema& target, const std::vector<TPlanStatement>& plan = {});
 
 struct TRowFinding {
   std::string text;     // "t: column c: 2 rows with NULL, which ..."

@@ -18,6 +18,9 @@ constexpr char kNoTarget[] = "There is no connected target whose server could ho
 constexpr std::string_view kPrefix = "velmora_scratch_";
 constexpr std::size_t kDigits = 16;  // that follow it
 constexpr char kChecks[] = "set session foreign_key_checks = %d";
+constexpr char kKeyRules[] =
+    "set session foreign_key_checks = @@foreign_key_checks /*!80013 , session sql_require_primary_key = %s */ "
+    "/*!80030 , session sql_generate_invisible_primary_key = %s */";
 constexpr char kBinaryLogOff[] = "set session sql_log_bin = 0";
 constexpr char kNotMade[] = "The scratch database %s cannot be made (the login needs all rights on `%s%%`.*): %s";
 constexpr char kLeftBehind[] = "The scratch database %s could not be removed: %s";
@@ -98,6 +101,15 @@ void TScratchDatabase::SwitchChecks(bool on) {
   if (checks_ == on) return;
   Run(Format(kChecks, on ? 1 : 0));
   checks_ = on;
+}
+
+void TScratchDatabase::SwitchKeyRules(bool on) {
+  try {
+    Run(on ? Format(kKeyRules, "@@global.sql_require_primary_key", "@@global.sql_generate_invisible_primary_key")
+           : Format(kKeyRules, "0", "0"));
+  } catch (const EMySqlException&) {
+    if (!conn_->GetConnected()) throw;  // the login may not
+  }
 }
 
 // Modes that say how a text is read stay out: what was checked is what runs.

@@ -37,6 +37,9 @@ class TScratchDatabase {
   // any client of this server. Exact texts need neither.
   void TakeServersDefaults();
   void SwitchChecks(bool on);  // of foreign keys
+  // Whether the server wants primary keys, or makes them, as it is told to: copies of tables that are there need
+  // neither.
+  void SwitchKeyRules(bool on);
   void Run(const std::string& statement);
   TStringList Tables();
   std::string CreationText(const std::string& table);

@@ -405,7 +405,8 @@ TEST_F(DBConnMySQL, FailedCreationTextLeavesTheResultAlone) {
 TEST_F(DBConnMySQL, ExactTextsAreSetUpOnceForEachConnection) {
   const TStringList set_up = {
       "open select @@session.sql_mode",
-      "exec set session sql_quote_show_create=1, session sql_mode='STRICT_TRANS_TABLES,STRICT_ALL_TABLES,"
+      "exec set session sql_quote_show_create=1/*!80030 , session "
+      "show_gipk_in_create_table_and_information_schema=1 */, session sql_mode='STRICT_TRANS_TABLES,STRICT_ALL_TABLES,"
       "NO_ENGINE_SUBSTITUTION,NO_AUTO_VALUE_ON_ZERO,ERROR_FOR_DIVISION_BY_ZERO'",
       "exec set session explicit_defaults_for_timestamp=1"};
   server->AddColumn("select @@session.sql_mode",
