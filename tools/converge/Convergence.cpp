@@ -7,6 +7,7 @@
 
 #include "app/Application.h"
 #include "app/ExactDialect.h"
+#include "converge/KeyRules.h"
 #include "converge/SchemaGenerator.h"
 #include "converge/SchemaMySql.h"
 #include "converge/SchemaTaken.h"
@@ -105,6 +106,10 @@ class TRun {
   void CheckRows();
   void CheckTouched();
   void Verify();
+  bool LacksKeys();
+  void CompareUnderRules();
+  void FindHistograms();
+  void CheckHistograms();
   void CheckGuard();
   void CheckAfter(TSchema after);
   TSchema Proved();
@@ -120,6 +125,8 @@ class TRun {
   // Names of their own: servers leave files behind that keep a database of the name from going.
   TLiveDatabase reference_;
   TLiveDatabase target_;
+  TKeyRules rules_{seed_, reference_, target_};
+  std::vector<THistogram> histograms_;  // of columns that no statement names
   TNoProgress progress_;
   TLineEditor editor_;
   TLineLog log_{SystemClock(), progress_};
@@ -346,11 +353,49 @@ void TRun::Verify() {
   }
 }
 
+// Whether it was told before the run that the server will refuse it for a table without a primary key.
+bool TRun::LacksKeys() {
+  const std::vector<TRowFinding> findings = Exact().CheckRows(0);
+  return std::ranges::any_of(findings, [](const TRowFinding& finding) {
+    return finding.text.find("sql_require_primary_key") != std::string::npos;
+  });
+}
+
+// The server's rules about primary keys stay in force where the plan keeps them; otherwise it has to refuse the plan.
+void TRun::CompareUnderRules() {
+  rules_.Set();
+  app_.Compare();
+  if (!LacksKeys()) return;
+  try {
+    Exact().VerifyOnServer();
+    Miss("the server takes tables without a key that were told to be refused");
+  } catch (const EVelmora&) {
+    rules_.Lift();
+    app_.Compare();
+  }
+}
+
+void TRun::FindHistograms() {
+  histograms_ = MakeHistograms(target_, there_, TRandom(seed_));
+  std::erase_if(histograms_, [this](const THistogram& histogram) {
+    return std::ranges::any_of(Exact().Plan(), [&histogram](const TPlanStatement& statement) {
+      const bool drops = statement.text.starts_with("drop table");
+      return statement.table == histogram.table &&
+             (drops || statement.text.find(SqlName(histogram.column)) != std::string::npos);
+    });
+  });
+}
+
+void TRun::CheckHistograms() {
+  for (const THistogram& histogram : histograms_)
+    if (!histogram.IsThere(target_)) Miss("lost the histogram of " + histogram.table + "." + histogram.column);
+}
+
 TConvergence TRun::Go() {
   MakeSchemas(tables_);
   app_.Choose(EDialect::Exact);
   app_.TakeTask({reference_.NewEngine(), target_.NewEngine()});
-  app_.Compare();
+  CompareUnderRules();
   CheckSkipped();
   if (Exact().DifferencesLeft() != 0) Miss("the proof finds differences left");
   constexpr std::uint64_t kVerifyOneOf = 8;  // it takes as long as all the rest
@@ -361,6 +406,7 @@ TConvergence TRun::Go() {
   TSchema proved = Proved();
   LoadRows();
   ReadRows();
+  FindHistograms();
   app_.Dialect().GenerateScript();
   const std::string script = editor_.Text();
   CheckGuard();
@@ -374,6 +420,7 @@ TConvergence TRun::Go() {
     for (const TPlanStatement& statement : Exact().Plan()) Miss("again: " + statement.text);
     if (!across_) CheckAfter(std::move(proved));
     CheckRows();
+    CheckHistograms();
   } catch (const EVelmora& error) {
     Miss(error.what());
   }

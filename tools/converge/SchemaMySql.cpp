@@ -121,8 +121,11 @@ void ChangeParser(TTableModel& table, TRandom& random) {
 
 void ChangeEnforcement(TTableModel& table, TRandom& random) {
   if (table.checks.empty()) {
+    // A key may have the same name.
+    const TKeyModel* key = table.keys.empty() ? nullptr : &random.Pick(table.keys);
+    const bool shares = key != nullptr && key->kind == EKeyModel::Unique;
     if (const TColumnModel* column = AnyColumn(table, {EFamily::Whole, EFamily::Number}, random))
-      table.checks.push_back({NewName(table, "u", random), column->name, "%s <> 0.125"});
+      table.checks.push_back({shares ? key->name : NewName(table, "u", random), column->name, "%s <> 0.125"});
     if (table.checks.empty()) return;
   }
   TCheckModel& check = random.Pick(table.checks);
