@@ -2,6 +2,7 @@
 
 // Names of character sets and collations.
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -26,6 +27,9 @@ struct TLetterBytes {
   long long most;
 };
 TLetterBytes LetterBytes(std::string_view charset);
+
+// What bytes say that are letters of a set, in UTF-8; nothing for a set that nobody knows, and for what are no letters.
+std::optional<std::string> LettersOf(std::string_view bytes, std::string_view charset);
 
 // A value of a default, a member or a comment as servers print it: "?" for each letter of four bytes.
 std::string PrintedText(std::string value);

@@ -205,6 +205,10 @@ void TColumnReader::ReadRest() {
 
 TColumnParts ReadColumnParts(TTokens tokens) { return TColumnReader(tokens).Read(); }
 
+bool IsByteType(std::string_view type) {
+  return InList(type, {"binary", "varbinary", "tinyblob", "blob", "mediumblob", "longblob"});
+}
+
 bool IsLetterType(std::string_view type) {
   return InList(type, {"char", "varchar", "tinytext", "text", "mediumtext", "longtext", "enum", "set"});
 }

@@ -37,6 +37,7 @@ struct TColumnParts {
 TColumnParts ReadColumnParts(TTokens tokens);
 
 bool IsLetterType(std::string_view type);  // char, varchar, the text types, enum, set
+bool IsByteType(std::string_view type);    // binary, varbinary, the blob types
 bool IsWholeType(std::string_view type);   // tinyint to bigint
 bool IsNumberType(std::string_view type);  // these, decimal, float, double
 bool IsTimeType(std::string_view type);    // with a fraction: time, datetime, timestamp

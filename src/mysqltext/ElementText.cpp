@@ -65,16 +65,41 @@ void MoveSequences(TTableText& table, const std::string& from, const std::string
   }
 }
 
-TElementText WithHexDefault(TElementText column) {
-  const auto wide = [](char c) { return static_cast<unsigned char>(c) > 0x7F; };
-  if (std::none_of(column.Str().begin(), column.Str().end(), wide)) return column;
-  const TColumnParts& parts = column.Column();
-  if (!InList(parts.type, {"binary", "varbinary"}) || !parts.default_value) return column;
-  const TToken& value = TokenAt(column.Tokens(), parts.default_value->first);
-  if (value.kind != EToken::String || !PrefixOf(value).empty()) return column;
-  std::string hex;
-  for (const char c : ValueOf(value)) hex += Format("%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));
-  return std::string(column.Str()).replace(value.start, value.text.size(), "x'" + hex + "'");
+namespace {
+
+bool HasWideBytes(std::string_view text) {
+  return std::any_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) > 0x7F; });
+}
+
+// Where the default of a binary column stands among its tokens; after them all where there is none.
+std::size_t DefaultOfBytes(EElement kind, const TElementText& element) {
+  if (kind != EElement::Column) return element.Tokens().size();
+  const TColumnParts& parts = element.Column();
+  const bool bytes = InList(parts.type, {"binary", "varbinary"}) && parts.default_value;
+  return bytes ? parts.default_value->first : element.Tokens().size();
+}
+
+}  // namespace
+
+TElementText WithHexLiterals(EElement kind, TElementText element) {
+  const std::string& written = element.Str();
+  if (!HasWideBytes(written)) return element;
+  const TTokens tokens = element.Tokens();
+  const std::size_t bytes = DefaultOfBytes(kind, element);
+  std::string text;
+  std::size_t done = 0;
+  for (std::size_t at = 0; at < tokens.size(); ++at) {
+    const TToken& token = tokens[at];
+    if (token.kind != EToken::String || !HasWideBytes(token.text)) continue;
+    const std::string set = LowerText(PrefixOf(token));
+    const bool of_other_set = set.starts_with('_') && !set.starts_with("_utf8");
+    if (!of_other_set && (at != bytes || !set.empty())) continue;
+    text += written.substr(done, token.start - done) + set + (set.empty() ? "x'" : " x'");
+    for (const char c : ValueOf(token)) text += Format("%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));
+    text += "'";
+    done = token.End();
+  }
+  return done == 0 ? std::move(element) : TElementText(text + written.substr(done));
 }
 
 std::string PinnedColumnText(const TElementText& column, const TTableText& from, const TTableText& to) {

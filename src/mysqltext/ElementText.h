@@ -23,9 +23,10 @@ TKeyUse SplitKeyUse(const TElementText& key);
 // Defaults name sequences with their database. Those of the one database become those of the other one.
 void MoveSequences(TTableText& table, const std::string& from, const std::string& to);
 
-// The column's text with a default of bytes in hexadecimal: servers print it as it is, which no text file, window or
-// client with a character set of its own hands on. Other texts stay as they are.
-TElementText WithHexDefault(TElementText column);
+// The element's text with its literals of bytes in hexadecimal: defaults of binary columns, and texts with a set that
+// is none of UTF-8 before them. Servers print these as they are, which no text file, window or client with a character
+// set of its own hands on. Other literals stay as they are.
+TElementText WithHexLiterals(EElement kind, TElementText element);
 
 // The column's text, which stands in `from`, so that it means the same in `to`: with a character set of its own where
 // the two tables hand down different ones.

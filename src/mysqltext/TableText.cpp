@@ -145,7 +145,7 @@ TElementText TTableReader::ElementText(EElement kind, TTokens element) const {
   const std::size_t end = at_ + element.size();
   TElementText text =
       IsPlain(text_, tokens_, at_, end) ? TElementText(text_, element) : TElementText(TextOf(text_, tokens_, at_, end));
-  return kind == EElement::Column ? WithHexDefault(std::move(text)) : text;
+  return WithHexLiterals(kind, std::move(text));
 }
 
 // What the readers of single elements rely on.

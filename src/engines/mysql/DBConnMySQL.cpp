@@ -31,6 +31,8 @@ constexpr char kNoColumns[] = "Table must have at least one column!";
 // Of MySQL, for a primary key that it made by itself.
 constexpr char kShowsGeneratedKeys[] = "/*!80030 , session show_gipk_in_create_table_and_information_schema=1 */";
 constexpr char kTimestampsSayAll[] = "set session explicit_defaults_for_timestamp=1";
+constexpr char kResultsAsTheyAre[] = "set session character_set_results=null";
+constexpr char kResultsInOurLetters[] = "set session character_set_results=@@character_set_client";
 constexpr char kNamesWithKinds[] = "show full tables";
 // A trigger has its table's database; asked for by its own, servers would look through the tables of all databases.
 constexpr char kNamesBesidesTables[] =
@@ -422,8 +424,10 @@ void TDBConnMySQL::PrepareExactTexts(bool exact) {
 void TDBConnMySQL::SetUpExactSession() {
   std::vector<TVariant> row;
   MySqlQueryRow("select @@session.sql_mode", *connection_, row);
-  const std::string modes = Format("set session sql_quote_show_create=1%s, session sql_mode='%s'", kShowsGeneratedKeys,
-                                   ExactSqlMode(VarToText(row.at(0))));
+  // With a set of letters for results bytes would come as "?", and on MySQL some letters.
+  const std::string modes =
+      Format("set session sql_quote_show_create=1%s, session character_set_results=null, session sql_mode='%s'",
+             kShowsGeneratedKeys, ExactSqlMode(VarToText(row.at(0))));
   // The lists are what takes its time: two servers may make theirs side by side.
   connection_->ExpectStatements({modes, kTimestampsSayAll, kNamesWithKinds, kNamesBesidesTables}, true);
   query_->SQL = modes;
@@ -445,15 +449,24 @@ std::vector<TOtherObject> TDBConnMySQL::OtherObjects() {
   for (; !rows->Eof(); rows->Next())
     objects.push_back({LowerText(VarToText(rows->Value(1))), VarToText(rows->Value(0))});
   rows->Close();
-  TStringList statements;
+  if (!objects.empty()) ReadObjectTexts(objects);
+  return objects;
+}
+
+// Servers keep their texts in the set of whoever made them, so that here the results need ours.
+void TDBConnMySQL::ReadObjectTexts(std::vector<TOtherObject>& objects) {
+  TStringList statements = {kResultsInOurLetters};
   for (const TOtherObject& object : objects) statements.push_back(ShowObjectStatement(object));
   connection_->ExpectStatements(statements);
   RunGuarded(
       [&] {
+        ExecSQL(kResultsInOurLetters);
         for (TOtherObject& object : objects) object.text = ObjectText(object);
       },
-      [this] { connection_->ExpectStatements({}); });
-  return objects;
+      [this] {
+        connection_->ExpectStatements({});
+        if (connection_->GetConnected()) ExecSQL(kResultsAsTheyAre);
+      });
 }
 
 // Empty where the login may not see it.

@@ -113,6 +113,7 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   void SetUpExactSession();
   std::string ShowCreateStatement(const std::string& table);
   const std::vector<TOtherObject>& ListKinds();
+  void ReadObjectTexts(std::vector<TOtherObject>& objects);
   std::string ObjectText(const TOtherObject& object);
 
   std::unique_ptr<TMyConnection> connection_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "exact/compare/ServerDefaults.h"
 #include "mysqltext/Charsets.h"
 #include "mysqltext/ColumnParts.h"
 #include "mysqltext/KeyText.h"
@@ -51,24 +52,31 @@ std::size_t OuterBrackets(TTokens tokens, TTokenRange range) {
   return result;
 }
 
-// Any character set has these letters, and an introducer says nothing about them.
-bool IsPlainText(std::string_view value) {
-  return std::all_of(value.begin(), value.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
-}
-
 // "_latin1'x'" as "_utf8'x'": when a table changes, MySQL prints texts of its checks in the character set of the
 // columns that they are compared with.
 void ForgetIntroducer(TCanonicalToken& token) {
   if (token.kind != EToken::String || !token.text.starts_with("_") || token.text.starts_with("_binary")) return;
   const std::size_t quote = token.text.find('\'');
-  const bool unicode = token.text.starts_with("_utf8mb");
-  if (unicode || IsPlainText(std::string_view(token.text).substr(quote))) token.text.replace(0, quote, "_utf8");
+  const auto letters = LettersOf(token.text.substr(quote + 1), CharsetName(token.text.substr(1, quote - 1)));
+  if (letters) token.text = "_utf8'" + *letters;
+}
+
+// A set and the bytes after it (_latin1 x'e9') as one text.
+void JoinIntroducers(TCanonicalTokens& tokens) {
+  for (std::size_t at = 0; at + 1 < tokens.size(); ++at) {
+    TCanonicalToken& value = tokens[at + 1];
+    if (tokens[at].kind != EToken::Word || !tokens[at].text.starts_with("_")) continue;
+    if (value.kind != EToken::String || !value.text.starts_with("x'")) continue;
+    value.text = tokens[at].text + "'" + BytesOf(value.text.substr(2), 4);
+    tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(at));
+  }
 }
 
 // Without brackets around the whole: servers differ in how many they print.
 TCanonicalTokens Expression(TTokens tokens, TTokenRange range) {
   const std::size_t outer = OuterBrackets(tokens, range);
   TCanonicalTokens result = Canonical(tokens, {range.first + outer, range.last - outer});
+  JoinIntroducers(result);
   for (TCanonicalToken& token : result) ForgetIntroducer(token);
   return result;
 }
@@ -96,6 +104,18 @@ void CompleteArguments(const TColumnParts& parts, TCanonicalTokens& arguments) {
 void PrintLetters(TCanonicalTokens& values) {
   for (TCanonicalToken& value : values)
     if (value.kind == EToken::String) value.text = PrintedText(std::move(value.text));
+}
+
+// A default in hexadecimal or as bits as the text that it is: servers print bytes and letters in one way or another.
+void SpellOut(const TCharset& charset, TCanonicalTokens& value) {
+  if (value.size() != 1) return;
+  TCanonicalToken& token = value[0];
+  const std::string_view text = token.text;
+  const bool number = token.kind == EToken::Number;
+  const bool hex = text.starts_with(number ? "0x" : "x'");
+  if (!hex && !text.starts_with(number ? "0b" : "b'")) return;
+  std::string bytes = BytesOf(text.substr(2), hex ? 4 : 1);
+  token = {EToken::String, "'" + LettersOf(bytes, charset.charset).value_or(bytes)};
 }
 
 // A column without "not null" may be null and has the default null, whether its text says so or not. Only of a
@@ -142,11 +162,13 @@ void AddColumn(const TElementText& text, TCanonicalForm& form) {
     for (TCanonicalToken& token : Canonical(tokens, range)) form[ESlot::Rest].push_back(std::move(token));
 
   form.own = {parts.charset, parts.collation};
+  if (IsByteType(parts.type)) SpellOut({}, form[ESlot::Default]);
   if (!IsLetterType(parts.type)) return;
-  PrintLetters(form[ESlot::Arguments]);
-  if (form[ESlot::Default].size() == 1) PrintLetters(form[ESlot::Default]);
   const bool named = form.own != TCharset();
   form.effective = named ? NamedCharset(parts.charset, parts.collation) : form.table;
+  SpellOut(form.effective, form[ESlot::Default]);
+  PrintLetters(form[ESlot::Arguments]);
+  if (form[ESlot::Default].size() == 1) PrintLetters(form[ESlot::Default]);
 }
 
 // --- Keys

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "exact/compare/ServerDefaults.h"
+#include "mysqltext/Charsets.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -402,6 +404,8 @@ class TExpressionReader {
     if (!IsName(token)) RaiseError(kUnreadable);
     if (TakeIf("case")) return ReadCase();
     if (token.kind == EToken::Word && Token(1).Is("(")) return ReadCall();
+    const bool bytes = Token(1).kind == EToken::String && SameText(PrefixOf(Token(1)), "x");
+    if (bytes && token.kind == EToken::Word && token.text.starts_with('_')) return ReadBytesOfSet();
     return ReadColumn();
   }
 
@@ -425,6 +429,16 @@ class TExpressionReader {
     const bool plain = any_set || (ascii && prefix != "_binary");
     known_ = known_ && plain;
     return {(plain ? "" : prefix) + QuotedText(value)};
+  }
+
+  // _latin1 x'e9'
+  TNode ReadBytesOfSet() {
+    const std::string set = LowerText(Token().text.substr(1));
+    const std::string bytes = BytesOf(ValueOf(Token(1)), 4);
+    at_ += 2;
+    const auto letters = LettersOf(bytes, CharsetName(set));
+    known_ = known_ && letters;
+    return {letters ? QuotedText(*letters) : "_" + set + QuotedText(bytes)};
   }
 
   TNode ReadColumn() {

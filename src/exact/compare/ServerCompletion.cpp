@@ -98,7 +98,7 @@ class TColumnRewriter {
     CompleteMembers();
     CompleteJson(counterpart);
     if (changed_) Write();
-    CompleteDefault(of_table);
+    CompleteDefault(of_table, server);
     CompleteTimestamp(server);
   }
 
@@ -229,18 +229,18 @@ class TColumnRewriter {
     column_.text = std::move(text);
   }
 
-  void CompleteDefault(const TCharset& of_table) {
+  void CompleteDefault(const TCharset& of_table, const TServerTraits& server) {
     const TElementText text = column_.text;
     const TColumnParts& parts = text.Column();
     if (!parts.default_value || parts.default_value->first == parts.default_value->last) return;
     const TTokens value =
         text.Tokens().subspan(parts.default_value->first, parts.default_value->last - parts.default_value->first);
     if (value.size() == 1 && IsKeyword(value[0], "null")) return;
-    const auto printed = PrintedDefault(ReadColumnText(text, of_table), value);
+    const auto printed = PrintedDefault(ReadColumnText(text, of_table), value, server.local_time_of_day);
     const std::size_t start = value.front().start;
     const std::size_t size = value.back().End() - start;
     if (printed && text.Str().compare(start, size, *printed) != 0)
-      column_.text = WithHexDefault(std::string(text.Str()).replace(start, size, *printed));
+      column_.text = WithHexLiterals(EElement::Column, std::string(text.Str()).replace(start, size, *printed));
   }
 
   // What nobody says of a timestamp. Where the server has them by themselves the first one of a table is special, which

@@ -24,19 +24,6 @@ struct TLiteral {
   std::string text;       // of numbers without a sign "+"
 };
 
-std::string BytesOf(std::string_view digits, int bits) {
-  const std::size_t per_byte = bits == 4 ? 2 : 8;
-  std::string all(digits);
-  while (all.size() % per_byte != 0) all.insert(all.begin(), '0');
-  std::string result;
-  for (std::size_t at = 0; at < all.size(); at += per_byte) {
-    int value = 0;
-    std::from_chars(all.data() + at, all.data() + at + per_byte, value, bits == 4 ? 16 : 2);
-    result += static_cast<char>(value);
-  }
-  return result;
-}
-
 std::optional<TLiteral> ReadLiteral(TTokens value) {
   if (value.empty() || value.size() > 2) return std::nullopt;
   const bool sign = value[0].Is("-") || value[0].Is("+");
@@ -284,7 +271,21 @@ std::optional<std::string> PrintedYear(const TColumnText& column, const TLiteral
 
 }  // namespace
 
-std::optional<std::string> PrintedDefault(const TColumnText& column, TTokens value) {
+std::string BytesOf(std::string_view digits, int bits) {
+  const std::size_t per_byte = bits == 4 ? 2 : 8;
+  std::string all(digits);
+  while (all.size() % per_byte != 0) all.insert(all.begin(), '0');
+  std::string result;
+  for (std::size_t at = 0; at < all.size(); at += per_byte) {
+    int value = 0;
+    std::from_chars(all.data() + at, all.data() + at + per_byte, value, bits == 4 ? 16 : 2);
+    result += static_cast<char>(value);
+  }
+  return result;
+}
+
+std::optional<std::string> PrintedDefault(const TColumnText& column, TTokens value, bool local_time_of_day) {
+  if (local_time_of_day && value.size() == 1 && IsKeyword(value[0], "localtime")) return "curtime()";
   if (!value.empty() && IsKeyword(value[0], "current_date")) return "curdate()";
   if (!value.empty() && IsKeyword(value[0], "current_time") && value.size() == 1) return "curtime()";
   const std::optional<TLiteral> literal = ReadLiteral(value);
@@ -301,8 +302,7 @@ std::optional<std::string> PrintedDefault(const TColumnText& column, TTokens val
   if (InList(column.type, {"char", "enum", "set"})) text.erase(text.find_last_not_of(' ') + 1);
   if (column.type == "binary")
     text.resize(std::max(text.size(), static_cast<std::size_t>(column.Length().value_or(1))));
-  if (column.HasLetters() || InList(column.type, {"binary", "varbinary", "tinyblob", "blob", "mediumblob", "longblob"}))
-    return QuotedText(text);
+  if (column.HasLetters() || IsByteType(column.type)) return QuotedText(text);
   return std::nullopt;
 }
 

@@ -18,6 +18,7 @@ struct TServerTraits {
   bool mysql = false;               // as against MariaDB
   bool inline_references = true;    // within a column they make foreign keys
   bool explicit_timestamps = true;  // a timestamp of which nothing else is said may be null
+  bool local_time_of_day = false;   // localtime has no date
 };
 
 // Texts with raw line ends say them by \r and \n from here on, which no editor and no script changes. Raises for a name

@@ -92,8 +92,11 @@ TServerTraits TraitsOf(TDBConn& conn, TCreationTexts& texts) {
   constexpr double kFirstWithInlineReferences = 9;
   traits.inline_references =
       !traits.mysql || std::strtod(VarToText(value).c_str(), nullptr) >= kFirstWithInlineReferences;
-  conn.GetResultSQL("select @@explicit_defaults_for_timestamp", value);
+  // What it is for whoever runs the file: our own session has every timestamp spelt out.
+  conn.GetResultSQL("select @@global.explicit_defaults_for_timestamp", value);
   traits.explicit_timestamps = VarToText(value) != "0";
+  conn.GetResultSQL("select length(localtime)", value);
+  traits.local_time_of_day = VarToText(value) == std::to_string(std::string_view("00:00:00").size());
   return traits;
 }
 

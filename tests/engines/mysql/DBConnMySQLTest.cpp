@@ -406,8 +406,9 @@ TEST_F(DBConnMySQL, ExactTextsAreSetUpOnceForEachConnection) {
   const TStringList set_up = {
       "open select @@session.sql_mode",
       "exec set session sql_quote_show_create=1/*!80030 , session "
-      "show_gipk_in_create_table_and_information_schema=1 */, session sql_mode='STRICT_TRANS_TABLES,STRICT_ALL_TABLES,"
-      "NO_ENGINE_SUBSTITUTION,NO_AUTO_VALUE_ON_ZERO,ERROR_FOR_DIVISION_BY_ZERO'",
+      "show_gipk_in_create_table_and_information_schema=1 */, session character_set_results=null, session "
+      "sql_mode='STRICT_TRANS_TABLES,STRICT_ALL_TABLES,NO_ENGINE_SUBSTITUTION,NO_AUTO_VALUE_ON_ZERO,"
+      "ERROR_FOR_DIVISION_BY_ZERO'",
       "exec set session explicit_defaults_for_timestamp=1"};
   server->AddColumn("select @@session.sql_mode",
                     {"ANSI_QUOTES,MYSQL40,NO_FIELD_OPTIONS,STRICT_TRANS_TABLES,NO_ZERO_IN_DATE,NO_ZERO_DATE,"

@@ -27,7 +27,7 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::Contains;
-using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -68,12 +68,25 @@ class ExactLiveTest : public ::testing::Test {
   std::string ScratchDatabases() {
     return Ask("select count(*) from information_schema.schemata where schema_name like 'velmora%'");
   }
-  static void RunAll(TLiveDatabase& database, std::initializer_list<const char*> statements) {
-    for (const char* statement : statements) database.Run(statement);
+  // Sequences and versioned tables are MariaDB's: of lines that speak of others, all are left elsewhere.
+  static TStringList OfThisServer(std::initializer_list<const char*> lines) {
+    TStringList kept;
+    for (const std::string line : lines) {
+      const bool foreign = line.find("sequence") != std::string::npos || line.find("system") != std::string::npos ||
+                           line.find("table h") != std::string::npos;
+      if (!foreign || !testing::OnMySQL()) kept.push_back(line);
+    }
+    return kept;
   }
-  static void RunFile(TLiveDatabase& database, const std::string& file, bool exact = false) {
+  static void RunAll(TLiveDatabase& database, std::initializer_list<const char*> statements) {
+    for (const std::string& statement : OfThisServer(statements)) database.Run(statement);
+  }
+  static bool Takes(TLiveDatabase& database, const std::string& statement) {
+    return MessageOf([&] { database.Run(statement); }) == "nothing raised";
+  }
+  static void RunFile(TLiveDatabase& database, const std::string& file) {
     const std::string script = ReadFileText(file);
-    TStatementReader reader(script, exact);
+    TStatementReader reader(script);
     for (TStatement statement; reader.Next(statement);) database.Run(std::string(statement.text));
   }
 
@@ -86,17 +99,46 @@ class ExactLiveTest : public ::testing::Test {
   TApplication app_{progress_, editor_, log_, SystemClock()};
 };
 
-// Whatever its style, a file is the database that its statements make.
+// The statement without those of its lines, but the first and the last, that the server refuses; empty where these are
+// refused themselves.
+std::string WithoutRefusedLines(const std::string& statement, const std::function<bool(const std::string&)>& takes) {
+  TStringList lines;
+  SplitPlain('\n', statement, lines);
+  if (lines.size() < 2 || !takes(lines.front() + lines.back())) return {};
+  std::string taken = lines.front();
+  for (std::size_t at = 1; at + 1 < lines.size(); ++at)
+    if (takes(taken + "\n" + lines[at] + lines.back())) taken += "\n" + lines[at];
+  return taken + "\n" + lines.back();
+}
+
+// Whatever its style, a file is the database that its statements make, those that the server takes.
 TEST_F(ExactLiveTest, FilesOfApplicationsAreTheirOwnDatabases) {
-  if (testing::OnMySQL()) GTEST_SKIP() << testing::kMariaDbAlone;
   for (const auto& entry : std::filesystem::directory_iterator(VELMORA_SOURCE_DIR "/tests/data/applications")) {
-    const std::string file = entry.path();
-    TLiveDatabase database("application");
-    RunFile(database, file, true);
+    const std::string whole = ReadFileText(entry.path());
+    TLiveDatabase database("application"), scratch("scratch");
+    for (TLiveDatabase* each : {&database, &scratch}) Takes(*each, "set restrict_fk_on_non_standard_key = 0");
+    std::string taken = "delimiter $$\n";
+    TStatementReader reader(whole, true);
+    for (TStatement read; reader.Next(read);) {
+      std::string statement(read.text);
+      const auto takes = [&](const std::string& attempt) {
+        scratch.Run("drop database scratch"), scratch.Run("create database scratch"), scratch.Run("use scratch");
+        return Takes(scratch, attempt);
+      };
+      bool ran = Takes(database, statement);
+      if (!ran) {
+        statement = WithoutRefusedLines(statement, takes);
+        ran = !statement.empty() && Takes(database, statement);
+      }
+      if (ran) taken += statement + "$$\n";
+    }
+    EXPECT_GT(taken.size(), whole.size() / 2) << entry.path();
+    const std::string file = folder_ / "application.sql";
+    WriteFileText(file, taken);
     app_.TakeTask({std::make_unique<TDBConnMySQLOffline>(file), database.NewEngine()});
     app_.Compare();
-    EXPECT_TRUE(app_.Dialect().Identical()) << file << "\n" << JoinList(app_.Dialect().ActionLog(), "\n");
-    EXPECT_THAT(Exact().Plan(), IsEmpty()) << file;
+    EXPECT_TRUE(app_.Dialect().Identical()) << entry.path() << "\n" << JoinList(app_.Dialect().ActionLog(), "\n");
+    EXPECT_THAT(Exact().Plan(), IsEmpty()) << entry.path();
   }
 }
 
@@ -133,16 +175,18 @@ class TExpressionMaker {
 };
 
 TEST_F(ExactLiveTest, ExpressionsAreThoseThatTheServerPrints) {
-  if (testing::OnMySQL()) GTEST_SKIP() << testing::kMariaDbAlone;
   TExpressionMaker make;
   std::string script;
+  int taken = 0;
   for (int number = 0; number < 150; ++number) {
     const std::string statement =
         Format("create table r%d (a int, b int, d varchar(20), c double as (%s), check (%s));\n", number,
                make.Number(2), make.Condition(number % 4));
-    target_.Run(statement);
+    if (!Takes(target_, statement)) continue;  // MySQL is stricter about what stands without brackets
     script += statement;
+    ++taken;
   }
+  EXPECT_GT(taken, 100);
   OpenWithReferenceFile(script);
   app_.Compare();
   EXPECT_TRUE(app_.Dialect().Identical()) << JoinList(app_.Dialect().ActionLog(), "\n");
@@ -179,22 +223,22 @@ TEST_F(ExactLiveTest, ThePairsOfTheExamplesConvergeAndKeepTheirRows) {
 
 // What the standard dialect refuses, loses or misreads; names that need their quotes; one sync makes them equal.
 TEST_F(ExactLiveTest, TheWholeLanguageOfTables) {
-  if (testing::OnMySQL()) GTEST_SKIP() << testing::kMariaDbAlone;
   reference_.Run("set sql_mode = 'NO_ENGINE_SUBSTITUTION'");
-  for (TLiveDatabase* database : {&reference_, &target_}) database->Run("create sequence numbers");
-  int number = 0;
-  for (const TTableCase& c : testing::TableCases("language.txt")) {
-    SCOPED_TRACE(c.wanted);
-    const std::string head = Format("create table `t %d;'\"` ", number++);
-    reference_.Run(head + c.wanted);
-    target_.Run(head + c.there);
+  for (TLiveDatabase* database : {&reference_, &target_}) RunAll(*database, {"create sequence numbers"});
+  std::size_t taken = 0;
+  const auto cases = testing::TableCases("language.txt");
+  for (const TTableCase& c : cases) {
+    const std::string name = Format("table `t %d;'\"` ", taken);
+    const bool both = Takes(reference_, "create " + name + c.wanted) && Takes(target_, "create " + name + c.there);
+    if (!both) reference_.Run("drop table if exists " + name.substr(6));
+    taken += both ? 1 : 0;
   }
-  RunAll(reference_,
-         {"create table `p``1` (id int primary key, o int, unique key (o))",
-          "create table c (p int, o int, constraint `f``1` foreign key (p) references `p``1` (id) on delete "
-          "cascade on update set null, foreign key (o) references `p``1` (o))"});
+  EXPECT_GT(taken, cases.size() * 2 / 3);
+  RunAll(reference_, {"create table `p``1` (id int primary key, o int, unique key (o))",
+                      "create table c (p int, o int, constraint `f;1` foreign key (p) references `p``1` (id) on delete "
+                      "cascade on update set null, foreign key (o) references `p``1` (o))"});
   RunAll(target_, {"create table `p``1` (id bigint primary key)",
-                   "create table c (p bigint, constraint `f``1` foreign key (p) references `p``1` (id))"});
+                   "create table c (p bigint, constraint `f;1` foreign key (p) references `p``1` (id))"});
   Open();
   Sync();
   EXPECT_EQ(Ask("select count(*) from information_schema.columns where column_default like '%`exact_reference`%' and "
@@ -203,14 +247,25 @@ TEST_F(ExactLiveTest, TheWholeLanguageOfTables) {
       << "the target counts by a sequence of its own";
 }
 
+// What a server prints of expressions is what it computes by, whatever set its letters are of.
+TEST_F(ExactLiveTest, LettersOfExpressionsArrive) {
+  reference_.Run(
+      "create table t (a varchar(9), b varchar(9) character set latin1, c varchar(20) as (concat(b, 'é')), "
+      "v varbinary(9) default x'ff00', check (a <> '😀'), check (a <> '雪'))");
+  Open();
+  Sync();
+  target_.Run("insert into t (b) values ('ü')");
+  EXPECT_EQ(Ask("select concat(hex(c), ' ', hex(v)) from t"), "C3BCC3A9 FF00");
+  EXPECT_FALSE(Takes(target_, "insert into t (a) values ('雪')"));
+  if (Ask("select version()").starts_with("10.5")) return;  // which does not print that letter
+  EXPECT_FALSE(Takes(target_, "insert into t (a) values ('😀')"));
+}
+
 // The cases of the comparison and of the plan, those of them that a server of this version takes.
 class ExactCasesLiveTest : public ExactLiveTest {
  protected:
   ExactCasesLiveTest() {
     for (TLiveDatabase* database : {&reference_, &target_}) database->Run("set foreign_key_checks = 0");
-  }
-  static bool Takes(TLiveDatabase& database, const std::string& statement) {
-    return MessageOf([&] { database.Run(statement); }) == "nothing raised";
   }
 };
 
@@ -229,7 +284,6 @@ TEST_F(ExactCasesLiveTest, TablesOfTheComparison) {
 }
 
 TEST_F(ExactCasesLiveTest, SchemasOfThePlan) {
-  if (testing::OnMySQL()) GTEST_SKIP() << testing::kMariaDbAlone;
   std::size_t taken = 0;
   const auto cases = testing::SchemaCases("plans.txt");
   for (const testing::TSchemaCase& c : cases) {
@@ -244,25 +298,25 @@ TEST_F(ExactCasesLiveTest, SchemasOfThePlan) {
     if (!takes(reference_, c.reference) || !takes(target_, c.target)) continue;
     ++taken;
     Open();
-    Sync();
+    EXPECT_EQ(MessageOf([&] { Sync(); }), "nothing raised");
   }
-  EXPECT_GT(taken, cases.size() * 3 / 4);
+  EXPECT_GT(taken, cases.size() * 2 / 3);
 }
 
 // Whatever the server's usual mode is: it is the session's that counts, also of later connections.
 TEST_F(ExactLiveTest, ASessionOfItsOwn) {
-  if (testing::OnMySQL()) GTEST_SKIP() << testing::kMariaDbAlone;
   reference_.Run(
       "create table t (id int not null auto_increment primary key, a timestamp not null, `b\"c` int) "
       "comment 'back\\\\slash'");
   target_.Run("create table t (id int not null)");
   target_.Run("insert into t values (0), (5)");
   const std::string mode = Ask("select @@global.sql_mode");
-  target_.Run("set global sql_mode = 'ANSI_QUOTES,ORACLE,NO_BACKSLASH_ESCAPES,TRADITIONAL,NO_KEY_OPTIONS'");
+  const char* more = testing::OnMySQL() ? "" : ",ORACLE,NO_KEY_OPTIONS";
+  target_.Run(Format("set global sql_mode = 'ANSI_QUOTES,NO_BACKSLASH_ESCAPES,TRADITIONAL%s'", more));
   target_.Run("set global sql_quote_show_create = 0");
   Open();
   app_.Compare();
-  EXPECT_THAT(Exact().ReferenceText("t"), HasSubstr("  `b\"c` int(11) DEFAULT NULL,\n"));
+  EXPECT_THAT(Exact().ReferenceText("t"), ::testing::ContainsRegex("  `b\"c` int(\\(11\\))? DEFAULT NULL,\n"));
   EXPECT_THAT(Exact().ReferenceText("t"), HasSubstr("COMMENT='back\\\\slash'"));
   TVariant session;
   app_.connections.target->Reconnect();
@@ -280,7 +334,6 @@ TEST_F(ExactLiveTest, ASessionOfItsOwn) {
 }
 
 TEST_F(ExactLiveTest, WhatIsNotHandledIsNamedFirstAndLeftAlone) {
-  if (testing::OnMySQL()) GTEST_SKIP() << testing::kMariaDbAlone;
   RunAll(target_, {"create table t (a int)", "create view v as select 1 as one", "create sequence s",
                    "create view clash as select 1", "create trigger g before insert on t for each row set new.a = 1",
                    "create procedure p() select 1", "create function f() returns int return 1",
@@ -292,31 +345,40 @@ TEST_F(ExactLiveTest, WhatIsNotHandledIsNamedFirstAndLeftAlone) {
   Open();
   app_.Compare();
   const TStringList log = app_.Dialect().ActionLog();
-  EXPECT_THAT(
-      log, ElementsAre("Left alone: view v of the reference", "Left alone: view clash of the target",
-                       "Left alone: sequence s of the target", "Left alone: view v of the target",
-                       "Left alone: trigger g of the target", "Left alone: function f of the target",
-                       "Left alone: procedure p of the target", "Left alone: event e of the target",
-                       "Left alone: system-versioned table h", "Left alone: system-versioned table hd",
-                       "Not the same: view v: differs", "Not the same: view clash: only in the target",
-                       "Not the same: sequence s: only in the target", "Not the same: trigger g: only in the target",
-                       "Not the same: function f: only in the target", "Not the same: procedure p: only in the target",
-                       "Not the same: event e: only in the target",
-                       "Skipped: table clash, target: there is a view of this name",
-                       "Skipped: table hd, target: it is system-versioned, and differs", "t: New column b",
-                       "Verified: 0 differences left in the tables that were compared",
-                       "Not verified: how the server takes the script beside table clash, which is skipped",
-                       "Not verified: how the server takes the script beside table hd, which is skipped"));
+  EXPECT_THAT(log, ElementsAreArray(OfThisServer(
+                       {"Left alone: view v of the reference",
+                        "Left alone: view clash of the target",
+                        "Left alone: sequence s of the target",
+                        "Left alone: view v of the target",
+                        "Left alone: trigger g of the target",
+                        "Left alone: function f of the target",
+                        "Left alone: procedure p of the target",
+                        "Left alone: event e of the target",
+                        "Left alone: system-versioned table h",
+                        "Left alone: system-versioned table hd",
+                        "Not the same: view v: differs",
+                        "Not the same: view clash: only in the target",
+                        "Not the same: sequence s: only in the target",
+                        "Not the same: trigger g: only in the target",
+                        "Not the same: function f: only in the target",
+                        "Not the same: procedure p: only in the target",
+                        "Not the same: event e: only in the target",
+                        "Skipped: table clash, target: there is a view of this name",
+                        "Skipped: table hd, target: it is system-versioned, and differs",
+                        "t: New column b",
+                        "Verified: 0 differences left in the tables that were compared",
+                        "Not verified: how the server takes the script beside table clash, which is skipped",
+                        "Not verified: how the server takes the script beside table hd, which is skipped"})));
   app_.RunScript(Script());
   app_.Compare();
   EXPECT_TRUE(app_.data.mtActions.Empty());
   EXPECT_FALSE(app_.Dialect().Identical()) << "two tables could not be made equal";
-  EXPECT_EQ(Ask("select count(*) from information_schema.tables where table_schema = 'exact_target'"), "6");
+  EXPECT_EQ(Ask("select count(*) from information_schema.tables where table_schema = 'exact_target'"),
+            testing::OnMySQL() ? "3" : "6");
 }
 
 // The same objects in databases of other names, by other definers; then as a login sees them that may not read them.
 TEST_F(ExactLiveTest, OtherObjectsThatAreTheSameAndThoseThatNobodyMayRead) {
-  if (testing::OnMySQL()) GTEST_SKIP() << testing::kMariaDbAlone;
   for (TLiveDatabase* database : {&reference_, &target_})
     RunAll(*database,
            {"create table t (a int)", "create sequence s", "create sql security invoker view v as select t.a from t",
@@ -391,14 +453,9 @@ TEST_F(ExactLiveTest, TheServerEndsALookAtRowsThatTakesTooLong) {
 }
 
 TEST_F(ExactLiveTest, ATableThatCannotBeReadIsSkippedAndTheOthersGoOn) {
-  if (testing::OnMySQL()) GTEST_SKIP() << testing::kMariaDbAlone;
   target_.Run("create table bad (a int)");
   target_.Run("create table good (a int)");
-  OpenWithReferenceFile(
-      "create table bad (a int, key k (a);\n"
-      "create table good (\n  `a` int(11) DEFAULT NULL,\n  `b` int(11) DEFAULT NULL\n) ENGINE=InnoDB DEFAULT "
-      "CHARSET=utf8mb4 "
-      "COLLATE=utf8mb4_general_ci;\n");
+  OpenWithReferenceFile("create table bad (a int, key k (a);\ncreate table good (a int, b int);\n");
   app_.Compare();
   EXPECT_THAT(Exact().Skipped(), SizeIs(1));
   EXPECT_EQ(Exact().Skipped()[0].table, "bad");
@@ -466,14 +523,13 @@ TEST_F(ExactLiveTest, TheScratchDatabaseIsRemovedWhateverHappens) {
 
 // The copy would lack what the script meets on the target.
 TEST_F(ExactLiveTest, ATableThatCannotBeReadMakesNoProof) {
-  if (testing::OnMySQL()) GTEST_SKIP() << testing::kMariaDbAlone;
   for (TLiveDatabase* database : {&reference_, &target_}) {
     database->Run("create table bad (a int primary key) engine=MyISAM");
     database->Run("create table t (a int)");
   }
   reference_.Run("alter table t add b int");
   target_.Run("flush tables");
-  const std::string definition = Ask("select @@datadir") + "exact_target/bad.frm";
+  const std::string definition = Ask("select @@datadir") + "exact_target/bad." + (testing::OnMySQL() ? "MYI" : "frm");
   const std::string whole = ReadFileText(definition);
   WriteFileText(definition, "no table");
   Open();
