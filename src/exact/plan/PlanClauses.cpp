@@ -116,15 +116,15 @@ std::string SridOf(const TElementText& column) {
 
 namespace {
 
-bool NamesColumn(const TElement& key, const std::string& column) {
-  const std::vector<TKeyPart>& parts = key.text.KeyParts();
+bool NamesColumn(const TElementText& key, const std::string& column) {
+  const std::vector<TKeyPart>& parts = key.KeyParts();
   return std::any_of(parts.begin(), parts.end(),
                      [&column](const TKeyPart& part) { return SameText(part.column, column); });
 }
 
 bool ChangesSystem(const TChange& change, const TElement& key) {
   if (change.action != saModifyColumn || SridOf(change.old_text) == SridOf(change.new_text)) return false;
-  return NamesColumn(key, change.item);
+  return NamesColumn(key.text, change.item);
 }
 
 // Servers do not change the reference system of a column with a spatial key, even if that goes in the same statement.
@@ -134,11 +134,20 @@ bool HasToBeGone(const TElement& key, const TTableWork& work) {
                      [&key](const TChange* change) { return ChangesSystem(*change, key); });
 }
 
-// Whether a column of the key goes and comes again in the table's main statement.
-bool LosesColumn(const TElement& key, const TTableWork& work) {
-  if (key.text.Empty()) return false;
+// Whether a column of the key goes in the table's main statement.
+bool LosesColumn(const TElementText& key, const TTableWork& work) {
   return std::any_of(work.changes.begin(), work.changes.end(), [&](const TChange* change) {
-    return IsReplaced(*change, work) && NamesColumn(key, change->item);
+    return (change->action == saDropColumn || IsReplaced(*change, work)) && NamesColumn(key, change->item);
+  });
+}
+
+// Whether the column may be null only once the former primary key is gone, which stays until the new one has values.
+bool LeavesKeyLater(const TChange& column, const TTableWork& work) {
+  if (column.action != saModifyColumn || column.moved_only || column.new_column->not_null) return false;
+  return std::any_of(work.changes.begin(), work.changes.end(), [&](const TChange* key) {
+    if (key->kind != EElement::PrimaryKey || key->old_text.Empty() || key->new_text.Empty()) return false;
+    return NamesColumn(key->old_text, column.item) && NamesFilledColumn(key->new_text, work) &&
+           !LosesColumn(key->old_text, work);
   });
 }
 
@@ -163,7 +172,9 @@ void TTableAlters::Replace(const TElement& had, const TElement& has, const TTabl
     for (const TChange* change : changes) alter.Serves(*change);
   };
   const bool waits = has.kind == EElement::PrimaryKey && !has.text.Empty() && NamesFilledColumn(has.text, work);
-  TAlter& drops = HasToBeGone(had, work) ? first : waits && !LosesColumn(had, work) ? filled : main;
+  TAlter& drops = HasToBeGone(had, work)                                        ? first
+                  : waits && (had.text.Empty() || !LosesColumn(had.text, work)) ? filled
+                                                                                : main;
   if (!had.text.Empty()) add(drops, DropText(had.kind, had.name, work.words));
   if (has.text.Empty()) return;
   const std::string text = "add " + has.text.Str();
@@ -279,6 +290,7 @@ void TColumnClauses::Modify(const TChange& change, TTableAlters& alters) const {
   const std::string text = Text(change);
   const bool waits = GetsDefaultLater(change, work_);
   const std::string place = change.after ? Place(change) : "";
+  if (LeavesKeyLater(change, work_)) return alters.filled.Clause("modify column " + text + place);
   alters.main.Clause("modify column " + (waits ? TextWithoutDefault(text, false) : text) + place);
   if (waits) SetLater(change, text, alters);
 }
@@ -297,7 +309,7 @@ void TColumnClauses::AddTo(TTableAlters& alters) const {
       Add(*change, alters);
     else
       Modify(*change, alters);
-    alter.Makes(*change);
+    (LeavesKeyLater(*change, work_) ? alters.filled : alter).Makes(*change);
   }
 }
 
