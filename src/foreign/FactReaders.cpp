@@ -1,0 +1,36 @@
+#include "foreign/FactReaders.h"
+
+#include <algorithm>
+
+#include "core/Engines.h"
+#include "foreign/TextFacts.h"
+
+namespace velmora {
+
+namespace {
+
+struct TRow {
+  int engine;
+  std::unique_ptr<TFactReader> (*make)(TDBConn& conn);  // null for an engine that is another one after all
+};
+
+// By engine number.
+constexpr TRow kReaders[] = {
+    {kEngineText, MakeTextFacts},
+};
+
+const TRow* RowOf(TDBConn& conn) {
+  const auto* found = std::ranges::find(kReaders, conn.GetEngine(), &TRow::engine);
+  return found == std::end(kReaders) ? nullptr : found;
+}
+
+}  // namespace
+
+bool HasFactReader(TDBConn& conn) { return RowOf(conn) != nullptr; }
+
+std::unique_ptr<TFactReader> MakeFactReader(TDBConn& conn) {
+  const TRow* row = RowOf(conn);
+  return row == nullptr ? nullptr : row->make(conn);
+}
+
+}  // namespace velmora
