@@ -91,12 +91,13 @@ void TApplication::TakeTask(TTaskConnections pair) { connections = std::move(pai
 std::unique_ptr<TDBConn> TApplication::Compare() {
   tree.Clear();
   data.mtActions.Clear();
-  if (connections.reference != nullptr) CheckComparable(*connections.reference);
   if (chosen_->id == EDialect::Automatic) Use(kPresumed, why_);  // which asks as soon as the target is connected
+  if (connections.reference != nullptr) CheckComparable(*connections.reference, dialect_->Traits().maps_foreign);
   try {
     return dialect_->Compare();
   } catch (const TOtherDialectFits& other) {
     Use(other.choice.dialect, other.choice.reason);
+    CheckComparable(*connections.reference, dialect_->Traits().maps_foreign);
     dialect_->Take(wishes_);
     return dialect_->Compare();
   }

@@ -15,6 +15,8 @@
 #include "exact/run/PairReader.h"
 #include "exact/run/RowChecks.h"
 #include "exact/run/ScratchDatabase.h"
+#include "exact/run/TextMaker.h"
+#include "foreign/ForeignWishes.h"
 #include "sync/ActionTree.h"
 #include "sync/Data.h"
 #include "sync/MessageLog.h"
@@ -57,6 +59,7 @@ struct TDialectTraits {
   bool ticked_actions = false;      // it tells its differences, which are ticked or not: see Differences
   bool tells_statements = false;    // what became of each statement of a run is shown
   bool aligned_texts = false;       // the texts of a table are read side by side, line by line
+  bool maps_foreign = false;        // references that are not MySQL can be compared
 };
 
 // What the user asks of a comparison beyond the pair.
@@ -64,6 +67,7 @@ struct TComparisonWishes {
   TCollationMap collations;       // names of the reference that the target has others for
   bool verify_on_server = false;  // VerifyOnServer will be called
   bool via_server = false;        // the reference's statements are read by the target's server
+  TForeignWishes foreign{};       // of a reference that is not MySQL
 };
 
 // What a comparison found beside its actions.
@@ -73,6 +77,8 @@ struct TFindings {
   std::vector<TObjectDifference> objects;  // those beside tables that differ
   int differences_left = 0;                // that the whole script would leave, by a proof in memory
   std::string nothing_left;                // what a proof says that leaves none
+  std::vector<TUnmadeElement> unmade{};    // what a reference that is not MySQL has and MySQL has no form for
+  std::vector<TMadeColumn> mapping{};      // what became of its columns
 };
 
 // What the user should hear of a comparison that ended well.

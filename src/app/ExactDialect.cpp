@@ -5,6 +5,8 @@
 #include "app/RunTelling.h"
 #include "core/CreationTexts.h"
 #include "exact/plan/ScriptSafety.h"
+#include "foreign/FactReaders.h"
+#include "foreign/ForeignTexts.h"
 #include "mysqltext/Lexer.h"
 #include "mysqltext/LexicalRules.h"
 #include "mysqltext/TableText.h"
@@ -23,7 +25,14 @@ constexpr TDialectTraits kTraits = {.has_findings = true,
                                     .asks_before_run = true,
                                     .ticked_actions = true,
                                     .tells_statements = true,
-                                    .aligned_texts = true};
+                                    .aligned_texts = true,
+                                    .maps_foreign = true};
+
+// "orders.total (NUMBER, decimal(65,30)): the source states no precision"; of a table "orders: it has no primary key".
+std::string MadeColumnText(const TMadeColumn& column) {
+  if (column.column.empty()) return column.table + ": " + column.text;
+  return Format("%s.%s (%s, %s): %s", column.table, column.column, column.source, column.type, column.text);
+}
 
 std::string UnsafeLine(const TChange& change) { return change.table + ": " + change.LogText() + ": " + change.unsafe; }
 
@@ -62,6 +71,15 @@ bool ReadsTable(TDBConn* conn, const std::string& table) {
 TExactDialect::TExactDialect(const TDialectParts& parts)
     : TDialect(kTraits), sync(parts.connections, parts.data, parts.tree, parts.progress, parts.log), parts_(parts) {
   sync.OnLogin = parts_.use.logged_in;
+  sync.MakeTexts = [this](TDBConn& reference) -> std::unique_ptr<TTextMaker> {
+    if (!HasFactReader(reference)) return nullptr;
+    return std::make_unique<TForeignTexts>(reference, foreign_);
+  };
+}
+
+void TExactDialect::Take(const TComparisonWishes& wishes) {
+  sync.Collations = wishes.collations;
+  foreign_ = wishes.foreign;
 }
 
 std::unique_ptr<TDBConn> TExactDialect::Compare() {
@@ -70,7 +88,8 @@ std::unique_ptr<TDBConn> TExactDialect::Compare() {
 }
 
 TFindings TExactDialect::Findings() const {
-  return {sync.Skipped(), sync.NotFollowed(), sync.Objects(), sync.DifferencesLeft(), sync.NothingLeft()};
+  return {sync.Skipped(),     sync.NotFollowed(), sync.Objects(),    sync.DifferencesLeft(),
+          sync.NothingLeft(), sync.Unmade(),      sync.MadeColumns()};
 }
 
 // What is left alone, could not be read, and could not be proved.
@@ -84,6 +103,10 @@ std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
   for (const std::string& statement : sync.NotFollowed()) tell(true, "not followed: " + statement);
   for (const TSkippedTable& skipped : sync.Skipped())
     tell(true, Format("%s: table %s is skipped: %s", skipped.side, skipped.table, skipped.reason));
+  for (const TMadeColumn& column : sync.MadeColumns())
+    if (column.level == EMadeLevel::Warning) tell(true, MadeColumnText(column));
+  for (const TUnmadeElement& element : sync.Unmade())
+    tell(true, Format("%s.%s has no form in MySQL: %s", element.table, element.element, element.reason));
   if (const int left = sync.DifferencesLeft(); left > 0)
     tell(true, Format("by the proof in memory the script would leave %s",
                       Counted(static_cast<std::size_t>(left), "difference")));

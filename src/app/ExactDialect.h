@@ -18,7 +18,7 @@ class TExactDialect final : public TDialect {
 
   TExactSync sync;
 
-  void Take(const TComparisonWishes& wishes) override { sync.Collations = wishes.collations; }
+  void Take(const TComparisonWishes& wishes) override;
   std::unique_ptr<TDBConn> Compare() override;  // the target stays what it is
   void Forget() override { sync.Forget(); }
   bool TablesIdentical() const override { return sync.TablesIdentical(); }
@@ -48,6 +48,7 @@ class TExactDialect final : public TDialect {
   std::optional<std::string> TargetStructure(const std::string& table);
 
   TDialectParts parts_;
+  TForeignWishes foreign_;
 };
 
 }  // namespace velmora

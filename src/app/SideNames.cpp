@@ -5,6 +5,7 @@
 #include "core/CreationTexts.h"
 #include "core/Engines.h"
 #include "engines/mysql/OfflineEngine.h"
+#include "foreign/FactReaders.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/MySqlFacts.h"
@@ -16,6 +17,8 @@ namespace {
 
 constexpr char kNotComparable[] =
     "%s cannot be compared: a reference has to be a MySQL server or a file of creation texts that ends in .sql";
+constexpr char kStandardOnly[] =
+    "%s can be compared by the exact dialect alone: the standard one takes a MySQL server or a file that ends in .sql";
 constexpr char kNoTarget[] = "%s cannot become the target: scripts change MySQL databases alone";
 constexpr char kEmptyReference[] = "%s has no tables: made equal to it, the target would lose all of its own";
 
@@ -50,13 +53,14 @@ std::string DatabaseName(TDBConn& conn) {
   return name;
 }
 
-void CheckComparable(TDBConn& reference) {
+void CheckComparable(TDBConn& reference, bool maps_foreign) {
   if (dynamic_cast<TCreationTexts*>(&reference) != nullptr) return;
+  if (maps_foreign && HasFactReader(reference)) return;
   try {
     reference.ApplyParams();  // some know their name only then
   } catch (const EAbstractError&) {
   }
-  RaiseError(Format(kNotComparable, SideName(reference)));
+  RaiseError(Format(HasFactReader(reference) ? kStandardOnly : kNotComparable, SideName(reference)));
 }
 
 std::string SwapObstacle(TDBConn& reference) {

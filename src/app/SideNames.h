@@ -21,8 +21,9 @@ std::string DatabaseName(TDBConn& conn);
 // several servers; otherwise empty.
 std::string SocketOf(TDBConn& conn);
 
-// Raises for a reference that no comparison can read truthfully: one that gives no creation texts.
-void CheckComparable(TDBConn& reference);
+// Raises for a reference that no comparison can read truthfully: one that gives no creation texts, unless the dialect
+// `maps_foreign` ones and their facts can be read.
+void CheckComparable(TDBConn& reference, bool maps_foreign);
 
 // Why the two sides cannot change places; empty where they can.
 std::string SwapObstacle(TDBConn& reference);

@@ -143,7 +143,7 @@ TSourceSettings TPairRun::AskingWithoutBar(TSourceSettings settings) {
 void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_script) {
   TTaskConnections connections = Make(pair, options);
   if (OnMade) OnMade(*connections.target);
-  CheckComparable(*connections.reference);
+  CheckComparable(*connections.reference, app_.Dialect().Traits().maps_foreign);
   app_.Take({pair.collations, pair.verify_on_server, pair.via_server});
   if (pair.via_server && (!IsFile(*connections.reference) || IsFile(*connections.target))) RaiseError(kFileAndServer);
   const TDialectTraits& dialect = app_.Dialect().Traits();

@@ -1,6 +1,7 @@
 #include "foreign/TextFacts.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <system_error>
 #include <variant>
@@ -88,19 +89,43 @@ class TDelimitedFacts final : public TTextFacts {
     const TDelimitedText text(name, JoinPath(folder_, name), separator_, hdr_);
     TForeignTable table{.name = name};
     for (const TFieldDef& field : text.Fields()) table.columns.push_back(ColumnOf(field));
-    text.ReadRows([&table](const TMemDataset::TRow& row) { Widen(table.columns, row); });
+    std::vector<TSeenNumbers> numbers(table.columns.size());
+    text.ReadRows([&](const TMemDataset::TRow& row) { See(row, table.columns, numbers); });
+    for (std::size_t i = 0; i < numbers.size(); ++i)
+      if (numbers[i].any && numbers[i].whole) TakeWhole(numbers[i].largest, table.columns[i]);
     return table;
   }
 
  private:
+  struct TSeenNumbers {
+    bool any = false;
+    bool whole = true;
+    double largest = 0;
+  };
+
   // The sample says the usual length; a longer text needs more.
-  static void Widen(std::vector<TForeignColumn>& columns, const TMemDataset::TRow& row) {
+  static void See(const TMemDataset::TRow& row, std::vector<TForeignColumn>& columns,
+                  std::vector<TSeenNumbers>& numbers) {
     for (std::size_t i = 0; i < columns.size(); ++i) {
+      if (const auto* number = std::get_if<double>(&row[i])) {
+        numbers[i].any = true;
+        numbers[i].whole = numbers[i].whole && std::trunc(*number) == *number;
+        numbers[i].largest = std::max(numbers[i].largest, std::abs(*number));
+      }
       const auto* text = std::get_if<std::string>(&row[i]);
       if (text == nullptr || !columns[i].length || static_cast<std::int64_t>(text->size()) <= *columns[i].length)
         continue;
       columns[i].length = std::max(*columns[i].length, static_cast<std::int64_t>(CharCount(*text)));
     }
+  }
+
+  // Numbers of which none has anything behind the point.
+  static void TakeWhole(double largest, TForeignColumn& column) {
+    constexpr double kInt = 2147483647;
+    constexpr double kExact = 9007199254740992;  // up to which doubles keep every digit
+    if (column.family != EFamily::Double || largest > kExact) return;
+    column.native = "whole number";
+    column.family = largest <= kInt ? EFamily::Int32 : EFamily::Int64;
   }
 
   static TForeignColumn ColumnOf(const TFieldDef& field) {

@@ -134,10 +134,10 @@ bool HasToBeGone(const TElement& key, const TTableWork& work) {
                      [&key](const TChange* change) { return ChangesSystem(*change, key); });
 }
 
-// Whether a column of the key goes in the table's main statement.
+// Whether a column of the key goes and comes again in the table's main statement.
 bool LosesColumn(const TElementText& key, const TTableWork& work) {
   return std::any_of(work.changes.begin(), work.changes.end(), [&](const TChange* change) {
-    return (change->action == saDropColumn || IsReplaced(*change, work)) && NamesColumn(key, change->item);
+    return IsReplaced(*change, work) && NamesColumn(key, change->item);
   });
 }
 
@@ -156,8 +156,8 @@ bool LeavesKeyLater(const TChange& column, const TTableWork& work) {
 bool GoesWithKey(const TChange& change, const TTableWork& work) {
   const TElement* had = work.target->Find(EElement::PrimaryKey, "PRIMARY");
   const TElement* has = work.reference->Find(EElement::PrimaryKey, "PRIMARY");
-  return had != nullptr && has != nullptr && NamesColumn(*had, change.item) && NamesFilledColumn(has->text, work) &&
-         !LosesColumn(*had, work);
+  return had != nullptr && has != nullptr && NamesColumn(had->text, change.item) &&
+         NamesFilledColumn(has->text, work) && !LosesColumn(had->text, work);
 }
 
 }  // namespace

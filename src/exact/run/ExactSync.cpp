@@ -22,6 +22,7 @@ constexpr char kNoTarget[] = "There is no target database";
 constexpr char kSkipped[] = "Skipped: table %s, %s: %s";
 constexpr char kStatement[] = "Not followed: %s";
 constexpr char kOtherObject[] = "Not the same: %s %s: %s";
+constexpr char kUnmade[] = "No form in MySQL: %s.%s: %s";
 constexpr char kTakenAsEqual[] = "Taken as equal: %s (%d)";
 constexpr char kVerified[] = "Verified: %s";
 constexpr char kNotVerified[] = "Not verified: %d differences left";
@@ -88,9 +89,10 @@ void TExactSync::Compare() {
         Prepare(target);
         Connect(reference);
         Connect(target);
-        ReadPair(reference, target, Collations, progress_, table_under_way_, read_);
+        const std::unique_ptr<TTextMaker> maker = MakerFor(reference);
+        ReadPair(reference, target, Collations, progress_, table_under_way_, maker.get(), read_);
         table_under_way_.clear();
-        case_twins_ = velmora::CaseTwins(reference, target);
+        if (maker == nullptr) case_twins_ = velmora::CaseTwins(reference, target);
         CompareSchemas(target);
         words_ = WordsOf(target);
         Prove();
@@ -102,6 +104,12 @@ void TExactSync::Compare() {
         tree_.EndUpdate();
         progress_.Finish();
       });
+}
+
+// Null for an engine that has creation texts, and where nobody makes any.
+std::unique_ptr<TTextMaker> TExactSync::MakerFor(TDBConn& reference) const {
+  if (!MakeTexts || dynamic_cast<TCreationTexts*>(&reference) != nullptr) return nullptr;
+  return MakeTexts(reference);
 }
 
 void TExactSync::Forget() {
@@ -184,7 +192,10 @@ void TExactSync::FillLog() {
   for (const std::string& statement : read_.not_followed) ActionLog.push_back(Format(kStatement, statement));
   for (const TSkippedTable& skipped : read_.skipped)
     ActionLog.push_back(Format(kSkipped, skipped.table, skipped.side, skipped.reason));
+  for (const TUnmadeElement& element : read_.unmade)
+    ActionLog.push_back(Format(kUnmade, element.table, element.element, element.reason));
   for (const TChange& change : changes_) ActionLog.push_back(LogLine(change));
+  ActionLog.insert(ActionLog.end(), read_.made_log.begin(), read_.made_log.end());
   for (const TEquivalence& row : velmora::Equivalences())
     if (const int count = Equivalences.Count(row.id); count > 0)
       ActionLog.push_back(Format(kTakenAsEqual, std::string(row.name), count));
@@ -196,7 +207,7 @@ std::string TExactSync::NothingLeft() const {
 }
 
 bool TExactSync::TablesIdentical() const {
-  return changes_.empty() && read_.skipped.empty() && read_.not_followed.empty();
+  return changes_.empty() && read_.skipped.empty() && read_.not_followed.empty() && read_.unmade.empty();
 }
 
 bool TExactSync::Identical() const { return TablesIdentical() && read_.objects.empty(); }

@@ -35,6 +35,8 @@ class TExactSync {
   TCollationMap Collations;       // names of the reference that the target has others for
   std::function<void()> OnLogin;  // called in a comparison when both sides have taken the login and were not asked for
                                   // more; what it raises ends the comparison; optional
+  // What makes the texts of a reference that has none; optional, and may give null.
+  std::function<std::unique_ptr<TTextMaker>(TDBConn& reference)> MakeTexts;
 
   // Reconnects both sides, reads every table that either lists, compares, and fills the action rows and the tree. A
   // table that cannot be read is skipped and named; the result is then not identical. Raises what the connections
@@ -42,13 +44,17 @@ class TExactSync {
   void Compare();
   void Forget();  // what was compared last
 
-  bool TablesIdentical() const;  // no action was found, and nothing was skipped or not followed
-  bool Identical() const;        // and no other object differs
+  // No action was found, nothing was skipped or not followed, and all has a form in MySQL.
+  bool TablesIdentical() const;
+  bool Identical() const;  // and no other object differs
   const std::vector<TSkippedTable>& Skipped() const { return read_.skipped; }
   const TStringList& CaseTwins() const { return case_twins_; }           // see sync/CaseTwins.h
   const TStringList& NotFollowed() const { return read_.not_followed; }  // statements of a script, with the reason
   const TStringList& LeftAlone() const { return read_.left_alone; }      // a line for each object that is not handled
   const std::vector<TObjectDifference>& Objects() const { return read_.objects; }
+  // Of a reference whose texts were made: what has no form in MySQL, and what became of its columns.
+  const std::vector<TUnmadeElement>& Unmade() const { return read_.unmade; }
+  const std::vector<TMadeColumn>& MadeColumns() const { return read_.made; }
   std::vector<TChange> Changes() const;  // those whose rows are still there
   std::vector<TPlanStatement> Plan() const;
   const std::vector<TChange>& AllChanges() const { return changes_; }
@@ -80,6 +86,7 @@ class TExactSync {
   int VerifyOnServer(const TScratchPorts& ports = {});
 
  private:
+  std::unique_ptr<TTextMaker> MakerFor(TDBConn& reference) const;
   void CompareSchemas(TDBConn& target);
   bool MeetsZeroDates(const std::vector<TPlanStatement>& plan) const;
   TPlanWords WordsOf(TDBConn& target) const;

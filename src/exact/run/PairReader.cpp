@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <deque>
 #include <exception>
+#include <initializer_list>
 #include <memory>
 #include <unordered_map>
 #include <utility>
@@ -27,6 +28,7 @@ namespace {
 
 constexpr char kNoTexts[] = "%s gives no creation texts, which the exact dialect compares";
 constexpr char kLeftAlone[] = "Left alone: %s %s of the %s";
+constexpr char kObsoleteAlone[] = "Left alone: table %s, which the target alone has";
 constexpr char kVersionedAlone[] = "Left alone: system-versioned table %s";
 constexpr char kIsVersioned[] = "it is system-versioned, and differs";
 constexpr char kIsOther[] = "there is a %s of this name";
@@ -49,17 +51,24 @@ struct TFetched {
 };
 
 struct TSideReader {
-  TSideReader(const char* side, TDBConn& connection, TReadSide& result) : name(side), conn(connection), read(result) {
+  // `made` gives the texts of a side that has none.
+  TSideReader(const char* side, TDBConn& connection, TTextMaker* made, TReadSide& result)
+      : name(side), conn(connection), maker(made), read(result) {
     texts = dynamic_cast<TCreationTexts*>(&conn);
     if (texts != nullptr) not_followed = texts->NotFollowed();
-    if (texts != nullptr) return;
+    if (texts != nullptr || maker != nullptr) return;
     std::string shown;
     conn.GetDisplayName(shown);
     RaiseError(Format(kNoTexts, shown));
   }
   bool AtEnd() const { return next == tables.size(); }
+  const TStructureScript* Script() const { return texts == nullptr ? nullptr : texts->StructureScript(); }
+  std::string Database() const { return texts == nullptr ? std::string() : texts->TextsDatabase(); }
+  void Expect(const TStringList& names) const {
+    if (texts != nullptr) texts->ExpectCreationTexts(names);
+  }
   void ReadFile(const TServerTraits& server) {
-    const TStructureScript* script = texts->StructureScript();
+    const TStructureScript* script = Script();
     if (script == nullptr) return;
     file = std::make_unique<TFileSchema>(*script, server);
     not_followed = file->Unknown();
@@ -69,7 +78,8 @@ struct TSideReader {
 
   const char* name;
   TDBConn& conn;
-  TCreationTexts* texts;
+  TTextMaker* maker;      // null for a side with texts of its own
+  TCreationTexts* texts;  // null for one without
   TReadSide& read;
   std::unique_ptr<TFileSchema> file;                    // of a side that is a script
   TStringList not_followed;                             // statements that may have made or changed tables unseen
@@ -83,9 +93,10 @@ struct TSideReader {
 constexpr char UpperChar(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
 // In what the server differs; the newest MariaDB where neither side is one.
-TServerTraits TraitsOf(TDBConn& conn, TCreationTexts& texts) {
+TServerTraits TraitsOf(TDBConn& conn) {
   TServerTraits traits;
-  if (texts.StructureScript() != nullptr) return traits;
+  const auto* texts = dynamic_cast<TCreationTexts*>(&conn);
+  if (texts == nullptr || texts->StructureScript() != nullptr) return traits;
   TVariant value;
   conn.GetResultSQL("select version()", value);
   traits.mysql = PosNoCase("mariadb", VarToText(value)) == 0;
@@ -131,10 +142,10 @@ bool MayReferTo(std::string_view text, const TTableNames& tables) {
 class TPairReader {
  public:
   TPairReader(TDBConn& reference, TDBConn& target, const TCollationMap& collations, TProgress& progress,
-              std::string& table_under_way, TReadPair& pair)
+              std::string& table_under_way, TTextMaker* maker, TReadPair& pair)
       : pair_(pair),
-        reference_(kReferenceSide, reference, pair.reference),
-        target_(kTargetSide, target, pair.target),
+        reference_(kReferenceSide, reference, maker, pair.reference),
+        target_(kTargetSide, target, nullptr, pair.target),
         collations_(collations),
         progress_(progress),
         table_under_way_(table_under_way) {}
@@ -143,13 +154,15 @@ class TPairReader {
     ReadFiles();
     const TDatabaseObjects wanted = ListOthers(reference_);
     const TDatabaseObjects there = ListOthers(target_);
-    pair_.objects = CompareObjects(wanted, there);
+    // What is no table is not known of a reference without texts.
+    if (reference_.maker == nullptr) pair_.objects = CompareObjects(wanted, there);
+    if (reference_.maker != nullptr) ReadReference(*reference_.maker);
     ListTables(reference_, target_);
     ListTables(target_, reference_);
     RunGuarded([this] { ReadTables(); },
                [this] {
-                 reference_.texts->ExpectCreationTexts({});
-                 target_.texts->ExpectCreationTexts({});
+                 reference_.Expect({});
+                 target_.Expect({});
                });
   }
 
@@ -161,15 +174,30 @@ class TPairReader {
       pair_.not_followed.insert(pair_.not_followed.end(), side->not_followed.begin(), side->not_followed.end());
   }
   void ReadScripts() {
-    const auto is_file = [](TSideReader& side) { return side.texts->StructureScript() != nullptr; };
+    const auto is_file = [](TSideReader& side) { return side.Script() != nullptr; };
     if (!is_file(reference_) && !is_file(target_)) return;
-    TSideReader& server = is_file(reference_) ? target_ : reference_;
-    server_ = TraitsOf(server.conn, *server.texts);
+    server_ = TraitsOf(is_file(reference_) ? target_.conn : reference_.conn);
     reference_.ReadFile(server_);
     target_.ReadFile(server_);
   }
 
+  // The whole of it, before its tables are made: they hang together.
+  void ReadReference(TTextMaker& maker) {
+    TStringList there = TablesOf(target_);
+    std::erase_if(there, [this](const std::string& table) { return target_.others.contains(table); });
+    bool first = true;
+    maker.Read(target_.conn, there, [&](const std::string& table, std::size_t count) {
+      if (first) progress_.ShowOneBar("Reading the reference...", static_cast<std::int64_t>(count));
+      first = false;
+      progress_.StepTotal();
+      Host().ProcessMessages();
+      table_under_way_ = table;
+    });
+    table_under_way_.clear();
+  }
+
   TDatabaseObjects ListOthers(TSideReader& side) {
+    if (side.texts == nullptr) return {};
     TDatabaseObjects others{side.texts->TextsDatabase(), side.texts->OtherObjects()};
     for (const TOtherObject& object : others.objects) {
       pair_.left_alone.push_back(Format(kLeftAlone, object.kind, object.name, side.name));
@@ -180,6 +208,7 @@ class TPairReader {
 
   static TStringList TablesOf(const TSideReader& side) {
     if (side.file != nullptr) return side.file->TableNames();
+    if (side.maker != nullptr) return side.maker->Tables();
     TStringList names;
     side.conn.meta().TableNames(names);
     return names;
@@ -205,24 +234,25 @@ class TPairReader {
   }
 
   void ReadTables() {
-    reference_.texts->ExpectCreationTexts(reference_.tables);
-    target_.texts->ExpectCreationTexts(target_.tables);
+    reference_.Expect(reference_.tables);
+    target_.Expect(target_.tables);
     const auto count = static_cast<std::int64_t>(reference_.tables.size() + target_.tables.size());
     progress_.ShowTwoBars("Analyzing structure...", count);
     progress_.StartDetail("Reading tables", count);
-    while (!reference_.AtEnd() || !target_.AtEnd()) {
-      Fetch(reference_);
-      Fetch(target_);
-      for (std::size_t i = 0; i < kTurn; ++i) {
-        ReadNext(reference_);
-        ReadNext(target_);
-      }
-    }
+    // What is made takes from the target.
+    while (reference_.maker != nullptr && !target_.AtEnd()) ReadTurn({&target_});
+    while (!reference_.AtEnd() || !target_.AtEnd()) ReadTurn({&reference_, &target_});
     FillSchemas();
   }
 
+  void ReadTurn(std::initializer_list<TSideReader*> sides) {
+    for (TSideReader* side : sides) Fetch(*side);
+    for (std::size_t i = 0; i < kTurn; ++i)
+      for (TSideReader* side : sides) ReadNext(*side);
+  }
+
   void Fetch(TSideReader& side) {
-    if (side.file != nullptr) return;
+    if (side.file != nullptr || side.maker != nullptr) return;
     const std::size_t end = std::min(side.next + kTurn, side.tables.size());
     for (std::size_t i = side.next; i < end && (side.fetched.empty() || !side.fetched.back().lost); ++i) {
       TFetched& answer = side.fetched.emplace_back();
@@ -252,7 +282,10 @@ class TPairReader {
     const auto text = side.read.texts.try_emplace(side.read.texts.end(), table);
     bool lost = false;
     try {
-      text->second = side.file != nullptr ? FileText(*side.file, table) : TakeFetched(side, lost);
+      if (side.file != nullptr)
+        text->second = FileText(*side.file, table);
+      else if (side.maker == nullptr)
+        text->second = TakeFetched(side, lost);
       if (&side == &reference_) MapCollations(collations_, text->second);
       listed = {EState::Read, &text->second};
     } catch (const EAbort&) {
@@ -298,6 +331,7 @@ class TPairReader {
       if (listed->second.state != EState::Read) return;
       of.text = listed->second.text;
     }
+    if (reference_.maker != nullptr) return TakeMade(reading[0], reading[1], table);
     const bool same = reading[0].text != nullptr && reading[1].text != nullptr && *reading[0].text == *reading[1].text;
     if (same && !SpeaksOfVersioning(*reading[0].text)) {
       taken_.push_back({reading[0].text, nullptr, nullptr});
@@ -327,6 +361,31 @@ class TPairReader {
       return std::make_unique<TTableText>(std::move(table));
     }
   };
+
+  // A table that the target alone has is the reference's, too, where it is left alone.
+  void TakeMade(TReading& reference, TReading& target, const std::string& table) {
+    if (target.text != nullptr && (!TakeApart(target, table, false) || !Complete(target, {reference_}))) return;
+    if (reference.text != nullptr && !MakeTable(reference, target, table)) return;
+    const bool kept = reference.text == nullptr && !reference_.maker->DropsObsolete();
+    if (kept) pair_.left_alone.push_back(Format(kObsoleteAlone, table));
+    if (LeftAlone(kept ? target.table : reference.table, target.table, table)) return;
+    TTaken& taken = taken_.emplace_back();
+    taken.target = target.Give();
+    taken.reference = kept ? std::make_unique<TTableText>(*taken.target) : reference.Give();
+  }
+
+  bool MakeTable(TReading& of, const TReading& there, const std::string& table) {
+    try {
+      TMadeTable made = of.side.maker->Make(table, there.text == nullptr ? nullptr : &there.table);
+      of.table = std::move(made.table);
+      of.side.read.texts.at(table) = std::move(made.shown);
+      return true;
+    } catch (const EVelmora& error) {
+      Skip(of.side, table, error.what(), true);
+      of.side.read.texts.erase(table);
+      return false;
+    }
+  }
 
   // A script leaves to its server what the other side tells. False where the table cannot be followed.
   bool Complete(TReading& of, const TReading& other) {
@@ -367,8 +426,7 @@ class TPairReader {
       else
         of.table = of.made != nullptr && !maps ? *of.made : ReadTableWithoutRawLineEnds(*of.text, Tokens(*of.text));
       // The reference's own sequences are to be the target's.
-      if (&of.side == &reference_)
-        MoveSequences(of.table, reference_.texts->TextsDatabase(), target_.texts->TextsDatabase());
+      if (&of.side == &reference_) MoveSequences(of.table, reference_.Database(), target_.Database());
       return true;
     } catch (const EVelmora& error) {
       if (!same) Skip(of.side, table, error.what());
@@ -452,8 +510,12 @@ TChange WholeTable(TSyncAction action, const TTableText& table) {
 }  // namespace
 
 void ReadPair(TDBConn& reference, TDBConn& target, const TCollationMap& collations, TProgress& progress,
-              std::string& table_under_way, TReadPair& pair) {
-  TPairReader(reference, target, collations, progress, table_under_way, pair).Read();
+              std::string& table_under_way, TTextMaker* maker, TReadPair& pair) {
+  TPairReader(reference, target, collations, progress, table_under_way, maker, pair).Read();
+  if (maker == nullptr) return;
+  pair.unmade = maker->Unmade();
+  pair.made = maker->Columns();
+  pair.made_log = maker->Log();
 }
 
 std::vector<TChange> SchemaChanges(const TSchema& reference, const TSchema& target, TEquivalenceUse& use,

@@ -11,6 +11,7 @@
 #include "exact/compare/Collations.h"
 #include "exact/objects/ObjectTexts.h"
 #include "exact/plan/Plan.h"
+#include "exact/run/TextMaker.h"
 #include "sync/Progress.h"
 #include "util/Lists.h"
 
@@ -40,13 +41,18 @@ struct TReadPair {
   TStringList not_followed;            // statements of a script that may have made or changed tables unseen
   TStringList left_alone;              // a line for each object that is not handled
   std::vector<TObjectDifference> objects;
+  // Of a reference whose texts were made.
+  std::vector<TUnmadeElement> unmade;
+  std::vector<TMadeColumn> made;
+  TStringList made_log;
 };
 
 // Both sides are connected and prepared. `table_under_way` follows the reading. A table that cannot be read or taken
 // apart is skipped; an error that leaves a side without a connection passes on, and so does one of a side that gives no
-// creation texts. The reference's texts name collations of the target in place of those that `collations` maps.
+// creation texts, unless it is the reference and `maker`, otherwise null, makes them. The reference's texts name
+// collations of the target in place of those that `collations` maps.
 void ReadPair(TDBConn& reference, TDBConn& target, const TCollationMap& collations, TProgress& progress,
-              std::string& table_under_way, TReadPair& pair);
+              std::string& table_under_way, TTextMaker* maker, TReadPair& pair);
 
 // What has to be changed in `target`: obsolete tables, changes within tables, new tables. Looks at the tables `only`,
 // or at all for null.

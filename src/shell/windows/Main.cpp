@@ -304,7 +304,8 @@ void TfmMain::Analyze() {
         AdviseDialect(nullptr);
         analyze->setEnabled(false);
         panMain_->setEnabled(false);
-        if (app_->connections.reference) CheckComparable(*app_->connections.reference);
+        if (app_->connections.reference)
+          CheckComparable(*app_->connections.reference, app_->Dialect().Traits().maps_foreign);
         log_->LogLine("Comparing...");
         CompareOrForget();
         AskAboutEmptyReference();

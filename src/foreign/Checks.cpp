@@ -1,0 +1,157 @@
+#include "foreign/Checks.h"
+
+#include <algorithm>
+#include <array>
+
+#include "mysqltext/Lexer.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr std::array<std::string_view, 8> kWords = {"and", "or", "not", "between", "in", "is", "null", "like"};
+constexpr std::array<std::string_view, 12> kSigns = {"<>", "!=", "<=", ">=", "=", "<", ">", "(", ")", ",", "+", "-"};
+
+bool IsNameStart(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || static_cast<signed char>(c) < 0;
+}
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+class TCheckReader {
+ public:
+  TCheckReader(const TForeignCheck& check, const TStringList& columns, const TStringList& names)
+      : text_(TrimView(check.text)), column_(check.column), columns_(columns), names_(names) {}
+
+  std::optional<std::string> Read() {
+    while (!failed_ && Skip()) Next();
+    if (failed_ || made_.empty() || depth_ != 0) return std::nullopt;
+    return made_;
+  }
+
+ private:
+  bool Skip() {
+    while (at_ < text_.size() && static_cast<unsigned char>(text_[at_]) <= ' ') ++at_;
+    return at_ < text_.size();
+  }
+
+  void Next() {
+    const char c = text_[at_];
+    if (c == '[')
+      Name(Until(']'));
+    else if (c == '`')
+      Name(Until('`'));
+    else if (c == '"')
+      NameOrText(Until('"'));
+    else if (c == '\'' || ((c == 'N' || c == 'n') && text_.substr(at_ + 1).starts_with('\'')))
+      Literal();
+    else if (IsDigit(c) || (c == '.' && IsDigit(text_.substr(at_ + 1).empty() ? ' ' : text_[at_ + 1])))
+      Number();
+    else if (IsNameStart(c))
+      Word();
+    else
+      Sign();
+  }
+
+  // What stands up to the sign, which is passed.
+  std::string_view Until(char sign) {
+    const std::size_t end = text_.find(sign, at_ + 1);
+    if (end == std::string_view::npos) {
+      failed_ = true;
+      return {};
+    }
+    const std::string_view inside = text_.substr(at_ + 1, end - at_ - 1);
+    at_ = end + 1;
+    return inside;
+  }
+
+  void Add(const std::string& piece) {
+    const bool tight = made_.empty() || made_.back() == '(' || piece == ")" || piece == ",";
+    made_ += (tight ? "" : " ") + piece;
+  }
+
+  std::optional<std::string> ColumnOf(std::string_view name) const {
+    for (std::size_t i = 0; i < columns_.size(); ++i)
+      if (SameText(columns_[i], name)) return QuotedName(names_[i]);
+    return std::nullopt;
+  }
+
+  void Name(std::string_view name) {
+    const auto column = ColumnOf(name);
+    if (!column) failed_ = true;
+    if (column) Add(*column);
+    after_value_ = true;
+  }
+
+  void NameOrText(std::string_view inside) {
+    if (ColumnOf(inside)) return Name(inside);
+    Add(QuotedText(inside));
+    after_value_ = true;
+  }
+
+  void Literal() {
+    if (text_[at_] != '\'') ++at_;
+    std::string value(Until('\''));
+    while (!failed_ && at_ < text_.size() && text_[at_] == '\'') value += "'" + std::string(Until('\''));
+    Add(QuotedText(value));
+    after_value_ = true;
+  }
+
+  void Number() {
+    const std::size_t start = at_;
+    while (at_ < text_.size() && (IsDigit(text_[at_]) || text_[at_] == '.')) ++at_;
+    if (at_ < text_.size() && IsNameStart(text_[at_])) failed_ = true;
+    Add(std::string(text_.substr(start, at_ - start)));
+    after_value_ = true;
+  }
+
+  // A bracket after a name makes it a function.
+  void Word() {
+    const std::size_t start = at_;
+    while (at_ < text_.size() && (IsNameStart(text_[at_]) || IsDigit(text_[at_]) || text_[at_] == '$')) ++at_;
+    const std::string word = LowerText(text_.substr(start, at_ - start));
+    if (std::ranges::find(kWords, word) != kWords.end()) {
+      // What a column's own check compares is the column.
+      if (!column_.empty() && !after_value_ && word != "not" && word != "null") Name(column_);
+      Add(word);
+      after_value_ = word == "null";
+      return;
+    }
+    if (Skip() && text_[at_] == '(') failed_ = true;
+    Name(text_.substr(start, word.size()));
+  }
+
+  void Sign() {
+    for (const std::string_view sign : kSigns) {
+      if (!text_.substr(at_).starts_with(sign)) continue;
+      at_ += sign.size();
+      depth_ += sign == "(" ? 1 : sign == ")" ? -1 : 0;
+      if (depth_ < 0) failed_ = true;
+      const bool compares = sign.find_first_of("<>=") != std::string_view::npos;
+      if (compares && !after_value_ && !column_.empty()) Name(column_);
+      Add(std::string(sign));
+      after_value_ = sign == ")";
+      return;
+    }
+    failed_ = true;
+  }
+
+  std::string_view text_;
+  std::string_view column_;
+  const TStringList& columns_;
+  const TStringList& names_;
+  std::size_t at_ = 0;
+  int depth_ = 0;
+  bool after_value_ = false;
+  bool failed_ = false;
+  std::string made_;
+};
+
+}  // namespace
+
+std::optional<std::string> MakeCheck(const TForeignCheck& check, const TStringList& columns, const TStringList& names) {
+  return TCheckReader(check, columns, names).Read();
+}
+
+}  // namespace velmora

@@ -1,0 +1,149 @@
+#include "foreign/CreationText.h"
+
+#include <algorithm>
+#include <array>
+
+#include "mysqltext/ColumnParts.h"
+#include "mysqltext/Lexer.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+struct TRuleWords {
+  EReferenceRule rule;
+  const char* words;
+};
+constexpr std::array<TRuleWords, 5> kRules = {{{EReferenceRule::NoAction, ""},
+                                               {EReferenceRule::Restrict, ""},
+                                               {EReferenceRule::Cascade, "CASCADE"},
+                                               {EReferenceRule::SetNull, "SET NULL"},
+                                               {EReferenceRule::SetDefault, "SET DEFAULT"}}};
+
+std::string RuleText(const char* when, EReferenceRule rule) {
+  const std::string words = std::ranges::find(kRules, rule, &TRuleWords::rule)->words;
+  return words.empty() ? "" : std::string(" ON ") + when + " " + words;
+}
+
+std::string NameList(const TStringList& names) {
+  TStringList quoted;
+  for (const std::string& name : names) quoted.push_back(QuotedName(name));
+  return JoinList(quoted, ",");
+}
+
+std::string KeyParts(const TMappedKey& key) {
+  TStringList parts;
+  for (const TMappedKeyPart& part : key.parts)
+    parts.push_back(QuotedName(part.column) + (part.letters > 0 ? Format("(%d)", part.letters) : "") +
+                    (part.descending ? " DESC" : ""));
+  return JoinList(parts, ",");
+}
+
+std::string CharsetText(const TColumnParts& parts) {
+  std::string text;
+  if (!parts.charset.empty()) text = "CHARACTER SET " + parts.charset;
+  if (!parts.collation.empty()) text += (text.empty() ? "" : " ") + ("COLLATE " + parts.collation);
+  return text;
+}
+
+std::string TypeText(const TElementText& text, const TColumnParts& parts) {
+  std::string type = parts.type;
+  if (parts.is_boolean) type = "tinyint(1)";
+  if (parts.arguments.first != parts.arguments.last) type += "(" + text.Part(parts.arguments) + ")";
+  return type + (parts.is_unsigned ? " unsigned" : "") + (parts.zerofill ? " zerofill" : "");
+}
+
+}  // namespace
+
+std::string TColumnPieces::Text() const {
+  std::string text = QuotedName(name);
+  const auto add = [&text](const std::string& piece) { text += piece.empty() ? "" : " " + piece; };
+  add(type);
+  add(charset);
+  if (!generated.empty()) add(generated);
+  if (not_null) add("NOT NULL");
+  if (null_word && !not_null) add("NULL");
+  if (!default_value.empty()) add("DEFAULT " + default_value);
+  if (!on_update.empty()) add("ON UPDATE " + on_update);
+  if (auto_increment) add("AUTO_INCREMENT");
+  if (!comment.empty()) add("COMMENT " + comment);
+  add(rest);
+  return text;
+}
+
+TColumnPieces PiecesOf(const TElement& column) {
+  const TElementText& text = column.text;
+  const TColumnParts& parts = text.Column();
+  TColumnPieces pieces;
+  pieces.name = column.name;
+  pieces.type = TypeText(text, parts);
+  pieces.charset = CharsetText(parts);
+  pieces.null_word = parts.null || parts.type == "timestamp";
+  pieces.not_null = parts.not_null;
+  if (parts.default_value) pieces.default_value = text.Part(*parts.default_value);
+  if (SameText(pieces.default_value, "null")) pieces.default_value.clear();
+  if (parts.on_update) pieces.on_update = text.Part(*parts.on_update);
+  pieces.auto_increment = parts.auto_increment;
+  if (parts.generated)
+    pieces.generated =
+        "GENERATED ALWAYS AS (" + text.Part(*parts.generated) + ")" + (parts.stored ? " STORED" : " VIRTUAL");
+  if (parts.comment) pieces.comment = text.Part({*parts.comment, *parts.comment + 1});
+  if (parts.invisible) pieces.rest = "INVISIBLE";
+  if (parts.check) pieces.rest += (pieces.rest.empty() ? "" : " ") + ("CHECK (" + text.Part(*parts.check) + ")");
+  return pieces;
+}
+
+TColumnPieces PiecesOf(const TMappedColumn& column) {
+  TColumnPieces pieces;
+  pieces.name = column.name;
+  pieces.type = column.type.type;
+  pieces.not_null = column.not_null.value_or(false);
+  pieces.null_word = SameText(LeftPart(pieces.type, 9), "timestamp");
+  pieces.auto_increment = column.counts;
+  if (!column.counts) pieces.default_value = column.default_value.text;
+  if (!column.source.comment.empty()) pieces.comment = QuotedText(column.source.comment);
+  return pieces;
+}
+
+TElement KeyElement(const TMappedKey& key) {
+  const std::string parts = "(" + KeyParts(key) + ")";
+  if (key.kind == EForeignKeyKind::Primary) return {EElement::PrimaryKey, "PRIMARY", "PRIMARY KEY " + parts};
+  const bool unique = key.kind == EForeignKeyKind::Unique;
+  const std::string text = (unique ? "UNIQUE KEY " : "KEY ") + QuotedName(key.name) + " " + parts;
+  return {unique ? EElement::UniqueKey : EElement::Key, key.name, text + (key.hashed ? " USING HASH" : "")};
+}
+
+TElement ReferenceElement(const TMappedReference& reference) {
+  return {EElement::ForeignKey, reference.name,
+          "CONSTRAINT " + QuotedName(reference.name) + " FOREIGN KEY (" + NameList(reference.columns) +
+              ") REFERENCES " + QuotedName(reference.table) + " (" + NameList(reference.references) + ")" +
+              RuleText("DELETE", reference.on_delete) + RuleText("UPDATE", reference.on_update)};
+}
+
+TElement CheckElement(const TMappedCheck& check) {
+  return {EElement::Check, check.name, "CONSTRAINT " + QuotedName(check.name) + " CHECK (" + check.text + ")"};
+}
+
+std::vector<TTableOption> NewTableOptions(const TMappedTable& table) {
+  std::vector<TTableOption> options = {{"ENGINE", "InnoDB"}, {"DEFAULT CHARSET", "utf8mb4"}};
+  if (!table.comment.empty()) options.push_back({"COMMENT", QuotedText(table.comment)});
+  return options;
+}
+
+// Two blanks part a line from its comment.
+std::string ShownCreationText(const TTableText& text, const TMappedTable& table) {
+  std::string shown = CreationTextOf(text);
+  for (const TMappedColumn& column : table.columns) {
+    const std::string begin = "\n  " + QuotedName(column.name) + " ";
+    const std::string folded = LowerText(shown);
+    const std::size_t start = folded.find(LowerText(begin));
+    if (start == std::string::npos) continue;
+    const std::size_t end = std::min(shown.find('\n', start + 1), shown.size());
+    shown.insert(end, "  -- " + ShownText(NativeText(column.source)));
+  }
+  return shown;
+}
+
+}  // namespace velmora

@@ -1,0 +1,44 @@
+#pragma once
+
+// A mapped table as creation text, and columns taken apart as far as they are put together anew.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "foreign/MappedSchema.h"
+#include "mysqltext/TableText.h"
+
+namespace velmora {
+
+// A column's attributes, each as it is written; empty for none.
+struct TColumnPieces {
+  std::string name{};
+  std::string type{};     // with its brackets, unsigned, zerofill
+  std::string charset{};  // "CHARACTER SET x COLLATE y"
+  bool null_word = false;
+  bool not_null = false;
+  std::string default_value{};
+  std::string on_update{};
+  bool auto_increment = false;
+  std::string generated{};  // the whole of it
+  std::string comment{};    // in quotes
+  std::string rest{};       // everything else: checks, visibility
+
+  std::string Text() const;
+};
+
+TColumnPieces PiecesOf(const TElement& column);       // of a column as a server prints it
+TColumnPieces PiecesOf(const TMappedColumn& column);  // of one that nothing is taken over for
+
+TElement KeyElement(const TMappedKey& key);
+TElement ReferenceElement(const TMappedReference& reference);
+TElement CheckElement(const TMappedCheck& check);
+
+// The options of a new table.
+std::vector<TTableOption> NewTableOptions(const TMappedTable& table);
+
+// The creation text with the source's types at the ends of its columns' lines, as comments.
+std::string ShownCreationText(const TTableText& text, const TMappedTable& table);
+
+}  // namespace velmora

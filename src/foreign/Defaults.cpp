@@ -1,0 +1,355 @@
+#include "foreign/Defaults.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+#include "mysqltext/ColumnParts.h"
+#include "mysqltext/Lexer.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNoForm[] = "%s has no form in MySQL";
+constexpr char kNotThere[] = "%s: %s has no such default";
+constexpr char kNoValue[] = "%s is no value of a %s";
+
+// The place after the quote that ends what begins at `at`; 0 where none does.
+std::size_t AfterQuote(std::string_view text, std::size_t at) {
+  const char quote = text[at];
+  for (++at; at < text.size(); ++at) {
+    if (text[at] != quote) continue;
+    if (at + 1 >= text.size() || text[at + 1] != quote) return at + 1;
+    ++at;
+  }
+  return 0;
+}
+
+bool IsQuote(char c) { return c == '\'' || c == '"'; }
+
+// The place after the bracket that closes the one at `at`; 0 where none does.
+std::size_t AfterBracket(std::string_view text, std::size_t at) {
+  int depth = 0;
+  while (at < text.size()) {
+    if (IsQuote(text[at])) {
+      at = AfterQuote(text, at);
+      if (at == 0) return 0;
+      continue;
+    }
+    if (text[at] == '(') ++depth;
+    if (text[at] == ')' && --depth == 0) return at + 1;
+    ++at;
+  }
+  return 0;
+}
+
+// The place of `what`, in lower case, outside quotes and brackets, from `at` on.
+std::size_t FindOutside(std::string_view text, std::string_view what, std::size_t at) {
+  while (at < text.size()) {
+    if (SameText(text.substr(at, what.size()), what)) return at;
+    std::size_t next = at + 1;
+    if (IsQuote(text[at])) next = AfterQuote(text, at);
+    if (text[at] == '(') next = AfterBracket(text, at);
+    if (next == 0) break;
+    at = next;
+  }
+  return std::string_view::npos;
+}
+
+// What stands between the brackets of a call of `function`, if that is all there is.
+std::optional<std::string_view> ArgumentOf(std::string_view text, std::string_view function) {
+  if (text.size() <= function.size() || !SameText(text.substr(0, function.size()), function)) return std::nullopt;
+  const std::size_t open = text.find_first_not_of(' ', function.size());
+  if (open == std::string_view::npos || text[open] != '(' || AfterBracket(text, open) != text.size())
+    return std::nullopt;
+  return TrimView(text.substr(open + 1, text.size() - open - 2));
+}
+
+// cast(x as t), convert(t, x), x::t.
+std::optional<std::string_view> WithoutCast(std::string_view text) {
+  if (const auto inside = ArgumentOf(text, "cast"))
+    if (const std::size_t as = FindOutside(*inside, " as ", 0); as != std::string_view::npos)
+      return inside->substr(0, as);
+  if (const auto inside = ArgumentOf(text, "convert"))
+    if (const std::size_t comma = FindOutside(*inside, ",", 0);
+        comma != std::string_view::npos && FindOutside(*inside, ",", comma + 1) == std::string_view::npos)
+      return inside->substr(comma + 1);
+  const std::size_t colons = FindOutside(text, "::", 0);
+  if (colons != std::string_view::npos && colons > 0) return text.substr(0, colons);
+  return std::nullopt;
+}
+
+// Without what stands around a value: the word "default", "=", brackets, casts.
+std::string_view Core(std::string_view text) {
+  for (;;) {
+    text = TrimView(text);
+    constexpr std::string_view kDefault = "default ";
+    if (SameText(text.substr(0, kDefault.size()), kDefault))
+      text.remove_prefix(kDefault.size());
+    else if (text.starts_with('='))
+      text.remove_prefix(1);
+    else if (text.starts_with('(') && AfterBracket(text, 0) == text.size())
+      text = text.substr(1, text.size() - 2);
+    else if (const auto inner = WithoutCast(text))
+      text = *inner;
+    else
+      return text;
+  }
+}
+
+// The text of a literal in quotes, N'..' too.
+std::optional<std::string> TextLiteral(std::string_view core) {
+  if (core.size() > 1 && (core[0] == 'N' || core[0] == 'n') && IsQuote(core[1])) core.remove_prefix(1);
+  if (core.empty() || !IsQuote(core.front()) || AfterQuote(core, 0) != core.size()) return std::nullopt;
+  const std::string quote(1, core.front());
+  return StrReplace(core.substr(1, core.size() - 2), quote + quote, quote);
+}
+
+// --- Calls
+
+enum class ECall { Moment, UtcMoment, Day, Clock, Uuid };
+
+struct TCall {
+  std::string_view name;  // in lower case, without brackets
+  ECall call;
+};
+constexpr TCall kCalls[] = {
+    {"getdate", ECall::Moment},
+    {"sysdatetime", ECall::Moment},
+    {"sysdatetimeoffset", ECall::Moment},
+    {"now", ECall::Moment},
+    {"current_timestamp", ECall::Moment},
+    {"localtimestamp", ECall::Moment},
+    {"sysdate", ECall::Moment},
+    {"systimestamp", ECall::Moment},
+    {"datetime", ECall::Moment},
+    {"'now'", ECall::Moment},
+    {"getutcdate", ECall::UtcMoment},
+    {"sysutcdatetime", ECall::UtcMoment},
+    {"current_date", ECall::Day},
+    {"date", ECall::Day},
+    {"curdate", ECall::Day},
+    {"'today'", ECall::Day},
+    {"trunc(sysdate)", ECall::Day},
+    {"current_time", ECall::Clock},
+    {"time", ECall::Clock},
+    {"localtime", ECall::Clock},
+    {"newid", ECall::Uuid},
+    {"newsequentialid", ECall::Uuid},
+    {"sys_guid", ECall::Uuid},
+    {"gen_uuid", ECall::Uuid},
+    {"uuid", ECall::Uuid},
+    {"genguid", ECall::Uuid},
+    {"uuid_to_char(gen_uuid())", ECall::Uuid},
+};
+
+std::optional<ECall> CallOf(std::string_view core) {
+  std::string name = LowerText(core);
+  std::erase(name, ' ');
+  for (const TCall& row : kCalls)
+    if (row.name == name) return row.call;
+  // An argument says how many digits of a second are meant.
+  const std::size_t open = name.find('(');
+  if (open == std::string::npos || name.back() != ')') return std::nullopt;
+  const std::string inside = name.substr(open + 1, name.size() - open - 2);
+  if (inside.find_first_not_of("0123456789") != std::string::npos) return std::nullopt;
+  name.resize(open);
+  for (const TCall& row : kCalls)
+    if (row.name == name) return row.call;
+  return std::nullopt;
+}
+
+// --- Values
+
+struct TWordValue {
+  std::string_view word;
+  int value;
+};
+constexpr TWordValue kBooleans[] = {{"true", 1}, {"false", 0}, {".t.", 1}, {".f.", 0}, {".y.", 1},
+                                    {".n.", 0},  {"yes", 1},   {"no", 0},  {"on", 1},  {"off", 0},
+                                    {"y", 1},    {"n", 0},     {"t", 1},   {"f", 0}};
+
+std::optional<int> BooleanOf(std::string_view word) {
+  for (const TWordValue& row : kBooleans)
+    if (SameText(word, row.word)) return row.value;
+  return std::nullopt;
+}
+
+// The digits of a number, a sign in front.
+std::optional<std::string> NumberOf(std::string_view core) {
+  std::string text(TrimView(core));
+  if (text.starts_with('+')) text.erase(0, 1);
+  if (text.starts_with('.')) text.insert(0, 1, '0');
+  if (text.starts_with("-.")) text.insert(1, 1, '0');
+  if (text.ends_with('.')) text.pop_back();
+  return TryStrToFloat(text) ? std::optional(text) : std::nullopt;
+}
+
+bool IsDigits(std::string_view text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+// "2024-05-31" or "5/31/2024" as the first.
+std::optional<std::string> DayOf(std::string_view text) {
+  const char sign = text.find('/') != std::string_view::npos ? '/' : '-';
+  const std::size_t first = text.find(sign);
+  const std::size_t second = first == std::string_view::npos ? first : text.find(sign, first + 1);
+  if (second == std::string_view::npos) return std::nullopt;
+  std::array<std::string_view, 3> parts = {text.substr(0, first), text.substr(first + 1, second - first - 1),
+                                           text.substr(second + 1)};
+  if (sign == '/') parts = {parts[2], parts[0], parts[1]};
+  constexpr std::size_t kYearDigits = 4;
+  for (const std::string_view part : parts)
+    if (!IsDigits(part) || part.size() > kYearDigits) return std::nullopt;
+  if (parts[0].size() != kYearDigits) return std::nullopt;
+  const auto two = [](std::string_view part) { return (part.size() == 1 ? "0" : "") + std::string(part); };
+  return std::string(parts[0]) + "-" + two(parts[1]) + "-" + two(parts[2]);
+}
+
+// "10:20" and "10:20:30.5" as they are, with seconds.
+std::optional<std::string> ClockOf(std::string_view text) {
+  const std::size_t colons = static_cast<std::size_t>(std::ranges::count(text, ':'));
+  if (text.empty() || colons == 0 || colons > 2 || text.find_first_not_of("0123456789:.") != std::string_view::npos)
+    return std::nullopt;
+  return std::string(text) + (colons == 1 ? ":00" : "");
+}
+
+// A date, a time or both, as MySQL writes them for the type; nothing for what is neither.
+std::optional<std::string> MomentOf(std::string_view text, const std::string& type) {
+  text = TrimView(text);
+  const std::size_t gap = text.find_first_of(" T");
+  const auto day = DayOf(text.substr(0, gap));
+  const auto clock = gap == std::string_view::npos ? ClockOf(text) : ClockOf(TrimView(text.substr(gap + 1)));
+  if (type == "time") return clock;
+  if (!day || (gap != std::string_view::npos && !clock)) return std::nullopt;
+  if (type == "date") return day;
+  return *day + " " + clock.value_or("00:00:00");
+}
+
+bool IsTextType(const TColumnText& type) {
+  return type.type.ends_with("text") || type.type.ends_with("blob") || type.type == "json" || IsShapeType(type.type);
+}
+
+bool IsMomentType(const TColumnText& type) { return IsTimeType(type.type) || type.type == "date"; }
+
+class TDefaultMaker {
+ public:
+  TDefaultMaker(const TForeignColumn& column, const TColumnText& type, const TTargetServer& server)
+      : column_(column), type_(type), server_(server) {}
+
+  TMadeDefault Make() {
+    if (!column_.default_text || column_.counting == ECounting::Counts) return {};
+    core_ = Core(*column_.default_text);
+    if (core_.empty() || SameText(core_, "null") || SameText(core_, ".null.")) return {};
+    const auto call = CallOf(core_);
+    const auto text = TextLiteral(core_);
+    // A text that says "NOW" is one where texts are kept.
+    if (call && !(text && type_.HasLetters())) return OfCall(*call);
+    if (text) return OfText(*text);
+    return OfWord();
+  }
+
+ private:
+  TMadeDefault NoForm() const { return {{}, Format(kNoForm, *column_.default_text)}; }
+  TMadeDefault NoValue() const { return {{}, Format(kNoValue, *column_.default_text, type_.type)}; }
+
+  TMadeDefault Expression(const std::string& text) const {
+    if (server_.HasExpressionDefaults()) return {"(" + text + ")"};
+    return {{}, Format(kNotThere, *column_.default_text, server_.Text())};
+  }
+
+  TMadeDefault OfCall(ECall call) const {
+    switch (call) {
+      case ECall::Moment:
+        return OfMoment();
+      case ECall::UtcMoment:
+        return IsMomentType(type_) ? Expression("utc_timestamp()") : NoForm();
+      case ECall::Day:
+        return type_.type == "date" || type_.type == "datetime" ? Expression("curdate()") : NoForm();
+      case ECall::Clock:
+        return type_.type == "time" ? Expression("curtime()") : NoForm();
+      case ECall::Uuid:
+        return OfUuid();
+    }
+    return NoForm();
+  }
+
+  TMadeDefault OfMoment() const {
+    if (type_.type == "date") return Expression("curdate()");
+    if (type_.type == "time") return Expression("curtime()");
+    if (type_.type != "datetime" && type_.type != "timestamp") return NoForm();
+    const long long fraction = type_.Fraction().value_or(0);
+    if (type_.type == "datetime" && !server_.HasMomentDefaults())
+      return {{}, Format(kNotThere, *column_.default_text, server_.Text())};
+    return {fraction == 0 ? "current_timestamp()" : Format("current_timestamp(%d)", fraction)};
+  }
+
+  TMadeDefault OfUuid() const {
+    if (type_.type == "uuid" || (type_.HasLetters() && !IsTextType(type_))) return Expression("uuid()");
+    if (type_.type == "binary" || type_.type == "varbinary") return Expression("unhex(replace(uuid(),'-',''))");
+    return NoForm();
+  }
+
+  TMadeDefault OfText(const std::string& text) const {
+    if (type_.HasLetters()) return Quoted(text);
+    if (Trim(text).empty() && type_.IsNumber()) return {};
+    if (IsMomentType(type_)) {
+      const auto moment = MomentOf(text, type_.type);
+      return moment ? TMadeDefault{QuotedText(*moment)} : NoValue();
+    }
+    if (type_.IsNumber()) return OfNumber(text);
+    return type_.type == "binary" || type_.type == "varbinary" ? Quoted(text) : NoForm();
+  }
+
+  TMadeDefault Quoted(const std::string& text) const {
+    if (!IsTextType(type_)) return {QuotedText(text)};
+    if (server_.HasExpressionDefaults()) return {server_.mariadb ? QuotedText(text) : "(" + QuotedText(text) + ")"};
+    return {{}, Format(kNotThere, *column_.default_text, server_.Text())};
+  }
+
+  TMadeDefault OfNumber(std::string_view text) const {
+    const auto number = NumberOf(text);
+    if (!number) {
+      const auto word = BooleanOf(Trim(std::string(text)));
+      return word && column_.family == EFamily::Boolean ? TMadeDefault{Format("%d", *word)} : NoValue();
+    }
+    if (column_.family == EFamily::Boolean) return {TryStrToFloat(*number) == 0.0 ? "0" : "1"};
+    return {*number};
+  }
+
+  // Numbers, words, dates in signs of their own.
+  TMadeDefault OfWord() const {
+    if (core_.size() > 2 && core_.front() == '#' && core_.back() == '#')
+      return OfText(std::string(core_.substr(1, core_.size() - 2)));
+    if (core_.starts_with("{") && core_.ends_with("}"))
+      return OfText(RemoveChar(RemoveChar(RemoveChar(core_, '{'), '}'), '^'));
+    const auto number = NumberOf(core_);
+    if (type_.IsNumber()) {
+      if (!number && !(BooleanOf(core_) && column_.family == EFamily::Boolean)) return NoForm();
+      return OfNumber(core_);
+    }
+    if (type_.type == "bit") return number ? TMadeDefault{*number} : NoForm();
+    if (number && type_.HasLetters()) return Quoted(std::string(core_));
+    const bool bytes = type_.type == "binary" || type_.type == "varbinary";
+    if (bytes && SameText(core_.substr(0, 2), "0x") && core_.size() % 2 == 0 &&
+        core_.find_first_not_of("0123456789abcdefABCDEF", 2) == std::string_view::npos)
+      return core_.size() == 2 ? TMadeDefault{"''"} : TMadeDefault{"x'" + std::string(core_.substr(2)) + "'"};
+    return NoForm();
+  }
+
+  const TForeignColumn& column_;
+  const TColumnText& type_;
+  const TTargetServer& server_;
+  std::string_view core_;
+};
+
+}  // namespace
+
+TMadeDefault MakeDefault(const TForeignColumn& column, const TColumnText& type, const TTargetServer& server) {
+  return TDefaultMaker(column, type, server).Make();
+}
+
+}  // namespace velmora

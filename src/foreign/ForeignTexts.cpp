@@ -1,0 +1,163 @@
+#include "foreign/ForeignTexts.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "core/CreationTexts.h"
+#include "foreign/CreationText.h"
+#include "foreign/FactReaders.h"
+#include "util/Counted.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNoReader[] = "The structure of this source cannot be read for MySQL";
+constexpr char kNoTable[] = "There is no table %s";
+constexpr char kWider[] = "Taken as equal: types that hold more than the source's (%d)";
+constexpr char kUnique[] = "Taken as equal: a unique key in place of a plain one (%d)";
+constexpr char kUnknown[] = "Not compared, as the source does not say it: %s (%d)";
+constexpr char kAccepted[] = "Accepted: %s without a form in MySQL";
+
+struct TFactName {
+  EFact fact;
+  const char* name;
+};
+constexpr std::array<TFactName, static_cast<std::size_t>(EFact::kCount)> kFactNames = {
+    {{EFact::Nullability, "not null"},
+     {EFact::Defaults, "defaults"},
+     {EFact::Counting, "auto_increment"},
+     {EFact::PrimaryKey, "primary keys"},
+     {EFact::OtherKeys, "other keys"},
+     {EFact::References, "foreign keys"},
+     {EFact::Rules, "rules of foreign keys"},
+     {EFact::Checks, "checks"},
+     {EFact::ColumnComments, "comments of columns"},
+     {EFact::TableComment, "comments of tables"},
+     {EFact::Order, "order of columns"}}};
+
+TTargetServer ServerOf(TDBConn& target) {
+  const auto* texts = dynamic_cast<TCreationTexts*>(&target);
+  if (texts == nullptr || texts->StructureScript() != nullptr) return {};
+  TVariant version;
+  target.GetResultSQL("select version()", version);
+  return ReadTargetServer(VarToText(version));
+}
+
+std::vector<std::string> TypesOf(const TTableText& made, const TMappedTable& table) {
+  std::vector<std::string> types;
+  for (const TMappedColumn& column : table.columns) {
+    const TElement* element = made.Find(EElement::Column, column.name);
+    types.push_back(element == nullptr ? std::string() : PiecesOf(*element).type);
+  }
+  return types;
+}
+
+}  // namespace
+
+TForeignTexts::TForeignTexts(TDBConn& reference, TForeignWishes wishes)
+    : reader_(MakeFactReader(reference)), context_{{}, std::move(wishes)} {
+  if (reader_ == nullptr) RaiseError(kNoReader);
+}
+
+void TForeignTexts::Read(TDBConn& target, const TStringList& target_tables,
+                         const std::function<void(const std::string& table, std::size_t count)>& step) {
+  Read(ServerOf(target), target_tables, step);
+}
+
+void TForeignTexts::Read(const TTargetServer& server, const TStringList& target_tables,
+                         const std::function<void(const std::string& table, std::size_t count)>& step) {
+  context_.server = server;
+  const TStringList names = reader_->Tables();
+  std::vector<TReadTable> read;
+  read.reserve(names.size());
+  for (const std::string& name : names) {
+    step(name, names.size());
+    read.push_back({ReadTable(name), reader_->PlainName(name)});
+  }
+  tables_ = MapSchema(std::move(read), reader_->Known(), target_tables, context_);
+  places_.clear();
+  settled_.clear();
+  counts_ = {};
+  for (std::size_t i = 0; i < tables_.size(); ++i) places_.emplace(tables_[i].name, i);
+}
+
+TForeignTable TForeignTexts::ReadTable(const std::string& name) const {
+  try {
+    return reader_->Table(name);
+  } catch (const EAbort&) {
+    throw;
+  } catch (const EVelmora& error) {
+    if (!reader_->Reachable()) throw;
+    return {.name = name, .problem = error.what()};
+  }
+}
+
+TStringList TForeignTexts::Tables() const {
+  TStringList names;
+  for (const TMappedTable& table : tables_) names.push_back(table.name);
+  return names;
+}
+
+TMadeTable TForeignTexts::Make(const std::string& table, const TTableText* there) {
+  const auto place = places_.find(table);
+  if (place == places_.end()) RaiseError(Format(kNoTable, table));
+  const TMappedTable& mapped = tables_[place->second];
+  if (!mapped.refused.empty()) RaiseError(mapped.refused);
+  const TSettledTypes settled = [this](const TColumnPlace& root) {
+    const auto found = settled_.find(root.table);
+    return found == settled_.end() ? std::string() : found->second[root.column];
+  };
+  TMadeTable made;
+  made.table = TTolerance(context_, counts_).Complete(mapped, there, settled);
+  settled_[place->second] = TypesOf(made.table, mapped);
+  made.shown = ShownCreationText(made.table, mapped);
+  return made;
+}
+
+bool TForeignTexts::Accepted(const TUnmadeElement& element) const {
+  const std::string name = element.table + "." + element.element;
+  return std::ranges::any_of(context_.wishes.accepted,
+                             [&](const std::string& accepted) { return SameText(Trim(accepted), name); });
+}
+
+std::vector<TUnmadeElement> TForeignTexts::Unmade() const {
+  std::vector<TUnmadeElement> unmade;
+  for (const TMappedTable& table : tables_)
+    for (const TUnmadeElement& element : table.unmade)
+      if (!Accepted(element)) unmade.push_back(element);
+  return unmade;
+}
+
+std::vector<TMadeColumn> TForeignTexts::Columns() const {
+  std::vector<TMadeColumn> columns;
+  for (const TMappedTable& table : tables_) {
+    columns.insert(columns.end(), table.told.begin(), table.told.end());
+    if (!table.refused.empty()) columns.push_back({table.name, "", "", "", EMadeLevel::Refused, table.refused});
+    for (const TUnmadeElement& element : table.unmade)
+      columns.push_back({table.name, "", "", "", Accepted(element) ? EMadeLevel::Info : EMadeLevel::Refused,
+                         element.element + ": " + element.reason});
+  }
+  return columns;
+}
+
+TStringList TForeignTexts::Log() const {
+  TStringList lines;
+  if (counts_.wider > 0) lines.push_back(Format(kWider, counts_.wider));
+  if (counts_.unique_for_plain > 0) lines.push_back(Format(kUnique, counts_.unique_for_plain));
+  for (const TFactName& row : kFactNames)
+    if (const int count = counts_.unknown[static_cast<std::size_t>(row.fact)]; count > 0)
+      lines.push_back(Format(kUnknown, row.name, count));
+  std::size_t accepted = 0;
+  for (const TMappedTable& table : tables_)
+    accepted += static_cast<std::size_t>(
+        std::ranges::count_if(table.unmade, [this](const TUnmadeElement& element) { return Accepted(element); }));
+  if (accepted > 0) lines.push_back(Format(kAccepted, Counted(accepted, "element")));
+  return lines;
+}
+
+}  // namespace velmora

@@ -1,0 +1,48 @@
+#pragma once
+
+// Creation texts of a reference that is not MySQL: facts, mapped, completed from the target.
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "exact/run/TextMaker.h"
+#include "foreign/Facts.h"
+#include "foreign/MappedSchema.h"
+#include "foreign/Tolerance.h"
+
+namespace velmora {
+
+class TForeignTexts final : public TTextMaker {
+ public:
+  // Of a connected engine that has a fact reader, and outlives this object.
+  TForeignTexts(TDBConn& reference, TForeignWishes wishes);
+
+  // For a target that is not there: only this server is known of it.
+  void Read(const TTargetServer& server, const TStringList& target_tables,
+            const std::function<void(const std::string& table, std::size_t count)>& step);
+
+  void Read(TDBConn& target, const TStringList& target_tables,
+            const std::function<void(const std::string& table, std::size_t count)>& step) override;
+  TStringList Tables() const override;
+  TMadeTable Make(const std::string& table, const TTableText* there) override;
+  bool DropsObsolete() const override { return context_.wishes.drop_obsolete; }
+  std::vector<TUnmadeElement> Unmade() const override;
+  std::vector<TMadeColumn> Columns() const override;
+  TStringList Log() const override;
+
+ private:
+  TForeignTable ReadTable(const std::string& name) const;
+  bool Accepted(const TUnmadeElement& element) const;
+
+  std::unique_ptr<TFactReader> reader_;
+  TMapContext context_;
+  std::vector<TMappedTable> tables_;  // parents before those that refer to them
+  std::map<std::string, std::size_t> places_;
+  std::map<std::size_t, std::vector<std::string>> settled_;  // types of columns, by table
+  TToleranceCounts counts_;
+};
+
+}  // namespace velmora

@@ -1,0 +1,146 @@
+#include "foreign/Keys.h"
+
+#include <algorithm>
+
+#include "mysqltext/ColumnParts.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr int kLetterBytes = 4;
+constexpr long long kLongestPrefix = 255;  // letters
+constexpr long long kWholeKey = 3072;      // bytes
+constexpr std::size_t kMostParts = 16;
+constexpr std::size_t kMostKeys = 64;
+
+constexpr char kPrefix[] = "key %s: the first %d letters of %s count";
+constexpr char kNotUnique[] = "key %s is too long to be unique in MySQL: a plain key takes its place";
+constexpr char kTooLong[] = "longer than keys of the target can be (%d bytes)";
+constexpr char kNoColumn[] = "key %s: there is no column %s";
+constexpr char kTooManyParts[] = "key %s has %d parts, of which MySQL takes %d";
+constexpr char kTooManyKeys[] = "key %s: MySQL takes %d keys of a table";
+constexpr char kLettersByCase[] = "unique key %s: MySQL's usual collations compare letters without their case";
+
+class TKeyMapper {
+ public:
+  TKeyMapper(const TForeignTable& facts, const TTargetServer& server, TMappedTable& table)
+      : facts_(facts), server_(server), table_(table) {}
+
+  void Map() {
+    for (const TForeignKey& key : facts_.keys) Map(key);
+  }
+
+ private:
+  void Tell(std::string text, EMadeLevel level = EMadeLevel::Warning) {
+    table_.told.push_back({table_.name, "", "", "", level, std::move(text)});
+  }
+  void LeaveOut(const TForeignKey& key, const std::string& reason) {
+    const bool primary = key.kind == EForeignKeyKind::Primary;
+    table_.unmade.push_back({table_.name, primary ? "primary key" : "key " + key.name, reason});
+  }
+
+  const TMappedColumn* Find(const std::string& column) const {
+    const auto found = std::ranges::find_if(
+        table_.columns, [&](const TMappedColumn& mapped) { return SameText(mapped.source.name, column); });
+    return found == table_.columns.end() ? nullptr : &*found;
+  }
+
+  void Map(const TForeignKey& key) {
+    if (!key.remark.empty()) Tell("key " + key.name + ": " + key.remark, EMadeLevel::Info);
+    if (!key.problem.empty()) return LeaveOut(key, key.problem);
+    if (key.parts.empty()) return;
+    if (key.parts.size() > kMostParts)
+      return LeaveOut(key, Format(kTooManyParts, key.name, key.parts.size(), kMostParts));
+    if (key.kind != EForeignKeyKind::Primary && table_.keys.size() >= kMostKeys)
+      return LeaveOut(key, Format(kTooManyKeys, key.name, kMostKeys));
+    TMappedKey mapped{.name = NameOf(key), .kind = key.kind};
+    for (const TForeignKeyPart& part : key.parts) {
+      const TMappedColumn* column = Find(part.column);
+      if (column == nullptr) return LeaveOut(key, Format(kNoColumn, key.name, part.column));
+      mapped.parts.push_back({column->name, 0, part.descending && server_.HasDescendingKeys()});
+    }
+    if (!Fit(key, mapped)) return;
+    TellCase(mapped);
+    table_.keys.push_back(std::move(mapped));
+  }
+
+  std::string NameOf(const TForeignKey& key) {
+    if (key.kind == EForeignKeyKind::Primary) return "PRIMARY";
+    const std::string name = MakeName(key.name, key.parts.empty() ? "key" : key.parts.front().column);
+    return names_.Take(SameText(name, "PRIMARY") ? "PRIMARY_KEY" : name);
+  }
+
+  TColumnText TypeOf(const std::string& name) const {
+    const auto found =
+        std::ranges::find_if(table_.columns, [&](const TMappedColumn& column) { return column.name == name; });
+    return ReadType(found->type.type);
+  }
+
+  static bool NeedsPrefix(const TColumnText& type) {
+    return type.type.ends_with("text") || type.type.ends_with("blob") || type.type == "json";
+  }
+  static int UnitBytes(const TColumnText& type) { return type.HasLetters() ? kLetterBytes : 1; }
+  static bool IsString(const TColumnText& type) {
+    return type.HasLetters() || type.type.ends_with("binary") || type.type.ends_with("blob");
+  }
+  static long long Bytes(const TColumnText& type) {
+    constexpr long long kNumber = 8;
+    if (!IsString(type)) return kNumber;
+    return type.Length().value_or(1) * UnitBytes(type);
+  }
+
+  // Whether the key stays; parts of plain ones are cut to what the server takes.
+  bool Fit(const TForeignKey& key, TMappedKey& mapped) {
+    long long all = 0;
+    bool fits = true;
+    for (const TMappedKeyPart& part : mapped.parts) {
+      const TColumnText type = TypeOf(part.column);
+      fits = fits && !NeedsPrefix(type) && Bytes(type) <= server_.KeyBytes();
+      all += Bytes(type);
+    }
+    if (fits && all <= kWholeKey) return true;
+    if (mapped.kind == EForeignKeyKind::Unique && server_.HasLongUniqueKeys()) return mapped.hashed = true;
+    if (mapped.kind != EForeignKeyKind::Plain) {
+      const bool primary = mapped.kind == EForeignKeyKind::Primary;
+      LeaveOut(key, Format(kTooLong, server_.KeyBytes()));
+      Tell(Format(kNotUnique, mapped.name));
+      mapped.kind = EForeignKeyKind::Plain;
+      if (primary) mapped.name = names_.Take("PRIMARY_KEY");
+    }
+    Cut(mapped);
+    return true;
+  }
+
+  void Cut(TMappedKey& mapped) {
+    const long long share = std::min<long long>(server_.KeyBytes(), kWholeKey / std::ssize(mapped.parts));
+    for (TMappedKeyPart& part : mapped.parts) {
+      const TColumnText type = TypeOf(part.column);
+      if (!IsString(type) || (!NeedsPrefix(type) && Bytes(type) <= share)) continue;
+      part.letters = std::min({share / UnitBytes(type), kLongestPrefix, type.Length().value_or(kLongestPrefix)});
+      Tell(Format(kPrefix, mapped.name, part.letters, part.column));
+    }
+  }
+
+  void TellCase(const TMappedKey& mapped) {
+    if (mapped.kind == EForeignKeyKind::Plain) return;
+    const bool letters =
+        std::ranges::any_of(mapped.parts, [&](const TMappedKeyPart& part) { return TypeOf(part.column).HasLetters(); });
+    if (letters) Tell(Format(kLettersByCase, mapped.name), EMadeLevel::Info);
+  }
+
+  const TForeignTable& facts_;
+  const TTargetServer& server_;
+  TMappedTable& table_;
+  TNames names_;
+};
+
+}  // namespace
+
+void MapKeys(const TForeignTable& facts, const TTargetServer& server, TMappedTable& table) {
+  TKeyMapper(facts, server, table).Map();
+}
+
+}  // namespace velmora

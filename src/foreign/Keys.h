@@ -1,0 +1,15 @@
+#pragma once
+
+// Keys of a source in MySQL, which limits their bytes.
+
+#include <functional>
+
+#include "foreign/MappedSchema.h"
+#include "foreign/Names.h"
+
+namespace velmora {
+
+// The keys of `facts` over the columns of `table`, whose types are settled. What is left out or changed is told there.
+void MapKeys(const TForeignTable& facts, const TTargetServer& server, TMappedTable& table);
+
+}  // namespace velmora

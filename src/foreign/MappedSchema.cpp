@@ -1,0 +1,412 @@
+#include "foreign/MappedSchema.h"
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <utility>
+
+#include "foreign/Checks.h"
+#include "foreign/Keys.h"
+#include "foreign/Names.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr long long kRowRoom = 65535;         // bytes
+constexpr std::size_t kColumnComment = 1024;  // letters
+constexpr std::size_t kTableComment = 2048;
+
+constexpr char kColumnRefused[] = "column %s (%s): %s";
+constexpr char kNoColumns[] = "it has no columns";
+constexpr char kOutOfRow[] = "rows of the table have no room for it";
+constexpr char kLikeParent[] = "as %s.%s, which it refers to";
+constexpr char kCannotCountHere[] = "counts, but no key of the table begins with it: auto_increment is left out";
+constexpr char kCountsTwice[] = "counts, as another column does: MySQL takes one for a table";
+constexpr char kUnclearCounting[] = "a trigger may count it: auto_increment is left out";
+constexpr char kNoParent[] = "the table that it refers to, %s, is not there";
+constexpr char kNoParentColumn[] = "the table that it refers to, %s, has no column %s";
+constexpr char kOtherCount[] = "it refers to %d columns with %d";
+constexpr char kNoParentKey[] = "table %s has no key that begins with %s";
+constexpr char kRuleGone[] = "reference %s: the target has no \"%s\" here: no action takes its place";
+constexpr char kNoPrimaryKey[] = "the source states no primary key";
+constexpr char kNoCheck[] = "only comparisons of columns with values have a form in MySQL: %s";
+constexpr char kNoChecks[] = "%s checks nothing: %s";
+constexpr char kRenamed[] = "table %s of the source is called %s";
+
+void AddText(TMappedType& type, const std::string& text, EMadeLevel level) {
+  if (text.empty()) return;
+  type.text += (type.text.empty() ? "" : "; ") + text;
+  type.level = std::max(type.level, level);
+}
+
+class TSchemaMapper {
+ public:
+  TSchemaMapper(std::vector<TReadTable> tables, TKnownFacts known, const TStringList& target_tables,
+                const TMapContext& context)
+      : read_(std::move(tables)), known_(known), context_(context) {
+    for (const std::string& table : target_tables) {
+      spellings_.emplace(table, table);
+      spellings_.emplace(LowerText(table), table);
+    }
+  }
+
+  std::vector<TMappedTable> Map() {
+    NameTables();
+    for (std::size_t i = 0; i < read_.size(); ++i) MapColumns(i);
+    for (std::size_t i = 0; i < read_.size(); ++i) FindRoots(i);
+    for (std::size_t i = 0; i < read_.size(); ++i) UnifyTypes(i);
+    for (std::size_t i = 0; i < read_.size(); ++i) Finish(i);
+    for (std::size_t i = 0; i < read_.size(); ++i) MapReferences(i);
+    for (std::size_t i = 0; i < read_.size(); ++i) Tell(i);
+    return InOrder();
+  }
+
+ private:
+  const TForeignTable& Facts(std::size_t at) const { return read_[at].facts; }
+
+  // --- Names
+
+  std::string Cased(std::string name) const {
+    return context_.wishes.names == ENameCase::Lower ? LowerText(name) : name;
+  }
+
+  std::string Spelled(const std::string& name) const {
+    auto found = spellings_.find(name);
+    if (found == spellings_.end()) found = spellings_.find(LowerText(name));
+    return found == spellings_.end() ? name : found->second;
+  }
+
+  // Of tables whose plain names are the same the second and later ones keep what tells them apart.
+  void NameTables() {
+    TNames names;
+    mapped_.resize(read_.size());
+    for (std::size_t i = 0; i < read_.size(); ++i) {
+      TMappedTable& table = mapped_[i];
+      table.source_name = Facts(i).name;
+      table.known = Facts(i).known.value_or(known_);
+      table.refused = Facts(i).problem;
+      std::string plain = Cased(MakeName(read_[i].plain_name, "table"));
+      if (names.Has(plain)) plain = Cased(MakeName(table.source_name, "table"));
+      table.name = Spelled(names.Take(plain));
+      places_.emplace(table.source_name, i);
+      if (!SameText(table.name, read_[i].plain_name))
+        table.told.push_back(
+            {table.name, "", "", "", EMadeLevel::Info, Format(kRenamed, table.source_name, table.name)});
+    }
+  }
+
+  // --- Columns
+
+  void MapColumns(std::size_t at) {
+    TMappedTable& table = mapped_[at];
+    TNames names;
+    for (const TForeignColumn& column : Facts(at).columns) {
+      TMappedColumn mapped{.source = column};
+      mapped.name = names.Take(Cased(MakeName(column.name, Format("column_%d", table.columns.size() + 1))));
+      mapped.type = MapType(column, {table.source_name, read_[at].plain_name, table.name}, context_);
+      mapped.root = {at, table.columns.size()};
+      if (mapped.type.level == EMadeLevel::Refused && table.refused.empty())
+        table.refused = Format(kColumnRefused, column.name, NativeText(column), mapped.type.text);
+      table.columns.push_back(std::move(mapped));
+    }
+    if (table.columns.empty() && table.refused.empty()) table.refused = kNoColumns;
+    if (table.refused.empty()) MakeRoom(table);
+  }
+
+  // What is longest goes out of the row first.
+  static void MakeRoom(TMappedTable& table) {
+    long long all = 0;
+    for (const TMappedColumn& column : table.columns) all += RowBytes(ReadType(column.type.type));
+    while (all > kRowRoom) {
+      const auto longest = std::ranges::max_element(
+          table.columns, {}, [](const TMappedColumn& column) { return RowBytes(ReadType(column.type.type)); });
+      const long long had = RowBytes(ReadType(longest->type.type));
+      TMappedType out = MapOutOfRow(longest->source);
+      const bool letters = longest->source.family == EFamily::Char || longest->source.family == EFamily::VarChar;
+      const bool bytes = longest->source.family == EFamily::Binary || longest->source.family == EFamily::VarBinary;
+      if ((!letters && !bytes) || longest->type.by_rule) return;
+      longest->type = std::move(out);
+      AddText(longest->type, kOutOfRow, EMadeLevel::Info);
+      const long long has = RowBytes(ReadType(longest->type.type));
+      if (has >= had) return;
+      all += has - had;
+    }
+  }
+
+  // --- References
+
+  std::optional<std::size_t> ParentOf(const TForeignReference& reference) const {
+    const auto exact = places_.find(reference.table);
+    if (exact != places_.end()) return exact->second;
+    for (const auto& [name, place] : places_)
+      if (SameText(name, reference.table)) return place;
+    return std::nullopt;
+  }
+
+  static std::optional<std::size_t> ColumnAt(const TMappedTable& table, const std::string& name) {
+    for (std::size_t i = 0; i < table.columns.size(); ++i)
+      if (SameText(table.columns[i].source.name, name)) return i;
+    return std::nullopt;
+  }
+
+  // The parent's columns of a reference, in the source's words.
+  TStringList ReferencedOf(const TForeignReference& reference, std::size_t parent) const {
+    if (!reference.references.empty()) return reference.references;
+    TStringList columns;
+    for (const TForeignKey& key : Facts(parent).keys)
+      if (key.kind == EForeignKeyKind::Primary)
+        for (const TForeignKeyPart& part : key.parts) columns.push_back(part.column);
+    return columns;
+  }
+
+  void FindRoots(std::size_t at) {
+    for (const TForeignReference& reference : Facts(at).references) {
+      const auto parent = ParentOf(reference);
+      if (!parent) continue;
+      const TStringList columns = ReferencedOf(reference, *parent);
+      for (std::size_t i = 0; i < std::min(columns.size(), reference.columns.size()); ++i) {
+        const auto own = ColumnAt(mapped_[at], reference.columns[i]);
+        const auto theirs = ColumnAt(mapped_[*parent], columns[i]);
+        if (own && theirs) parents_.emplace(std::pair(at, *own), TColumnPlace{*parent, *theirs});
+      }
+    }
+  }
+
+  TColumnPlace RootOf(TColumnPlace place) const {
+    for (std::size_t steps = 0; steps <= parents_.size(); ++steps) {
+      const auto next = parents_.find({place.table, place.column});
+      if (next == parents_.end() || next->second == place) break;
+      place = next->second;
+    }
+    return place;
+  }
+
+  const TMappedColumn& ColumnAt(const TColumnPlace& place) const { return mapped_[place.table].columns[place.column]; }
+
+  // A server joins only what is alike; letters may differ in length.
+  void UnifyTypes(std::size_t at) {
+    for (std::size_t i = 0; i < mapped_[at].columns.size(); ++i) {
+      TMappedColumn& column = mapped_[at].columns[i];
+      const TColumnPlace root = RootOf({at, i});
+      const TMappedColumn& parent = ColumnAt(root);
+      if (&parent == &column || column.type.by_rule || parent.type.level == EMadeLevel::Refused) continue;
+      if (column.type.level == EMadeLevel::Refused) continue;
+      const TColumnText own = ReadType(column.type.type);
+      const TColumnText theirs = ReadType(parent.type.type);
+      if (own.HasLetters() && theirs.HasLetters()) continue;
+      column.root = root;
+      if (SameType(own, theirs)) continue;
+      column.type.type = parent.type.type;
+      AddText(column.type, Format(kLikeParent, mapped_[root.table].name, parent.name), EMadeLevel::Info);
+    }
+  }
+
+  // --- What hangs on the types
+
+  void Finish(std::size_t at) {
+    TMappedTable& table = mapped_[at];
+    if (!table.refused.empty()) return;
+    MapKeys(Facts(at), context_.server, table);
+    for (TMappedColumn& column : table.columns) {
+      SetNull(column, table);
+      column.default_value = MakeDefault(column.source, ReadType(column.type.type), context_.server);
+      if (!column.default_value.reason.empty() && table.known.Has(EFact::Defaults))
+        table.unmade.push_back({table.name, "default of " + column.name, column.default_value.reason});
+      column.source.comment = CutChars(column.source.comment, kColumnComment);
+      AddText(column.type, column.source.remark, EMadeLevel::Info);
+    }
+    SetCounting(table);
+    MapChecks(Facts(at), table);
+    table.comment = CutChars(Facts(at).comment, kTableComment);
+    for (const std::string& remark : Facts(at).remarks) TellOf(table, remark, EMadeLevel::Info);
+    const bool keyed =
+        std::ranges::any_of(table.keys, [](const TMappedKey& key) { return key.kind == EForeignKeyKind::Primary; });
+    if (!keyed)
+      TellOf(table, kNoPrimaryKey, table.known.Has(EFact::PrimaryKey) ? EMadeLevel::Warning : EMadeLevel::Info);
+  }
+
+  static void TellOf(TMappedTable& table, const std::string& text, EMadeLevel level) {
+    table.told.push_back({table.name, "", "", "", level, text});
+  }
+
+  static void SetNull(TMappedColumn& column, const TMappedTable& table) {
+    if (column.source.nullable && table.known.Has(EFact::Nullability)) column.not_null = !*column.source.nullable;
+    for (const TMappedKey& key : table.keys)
+      for (const TMappedKeyPart& part : key.parts)
+        if (key.kind == EForeignKeyKind::Primary && part.column == column.name) column.not_null = true;
+  }
+
+  static bool LeadsKey(const TMappedColumn& column, const TMappedTable& table) {
+    return std::ranges::any_of(table.keys, [&](const TMappedKey& key) {
+      return key.parts.front().column == column.name && key.parts.front().letters == 0;
+    });
+  }
+
+  static void SetCounting(TMappedTable& table) {
+    bool counts = false;
+    for (TMappedColumn& column : table.columns) {
+      if (column.source.counting == ECounting::Unclear) AddText(column.type, kUnclearCounting, EMadeLevel::Warning);
+      if (column.source.counting != ECounting::Counts) continue;
+      const bool leads = LeadsKey(column, table);
+      column.counts = leads && !counts && CanCount(ReadType(column.type.type));
+      if (!column.counts) AddText(column.type, counts ? kCountsTwice : kCannotCountHere, EMadeLevel::Warning);
+      if (!column.counts)
+        table.unmade.push_back({table.name, "counting of " + column.name, counts ? kCountsTwice : kCannotCountHere});
+      if (column.counts) column.not_null = true;
+      counts = counts || column.counts;
+    }
+  }
+
+  static bool CanCount(const TColumnText& type) {
+    return InList(type.type, {"tinyint", "smallint", "mediumint", "int", "bigint"});
+  }
+
+  void MapChecks(const TForeignTable& facts, TMappedTable& table) {
+    TStringList columns, names;
+    for (const TMappedColumn& column : table.columns) {
+      columns.push_back(column.source.name);
+      names.push_back(column.name);
+    }
+    for (const TForeignCheck& check : facts.checks) {
+      const std::string of_column = check.column.empty() ? "" : "of " + check.column;
+      const std::string element = "check " + (check.name.empty() ? of_column : check.name);
+      const auto text = MakeCheck(check, columns, names);
+      if (!text || !context_.server.HasChecks()) {
+        table.unmade.push_back(
+            {table.name, element,
+             !text ? Format(kNoCheck, check.text) : Format(kNoChecks, context_.server.Text(), check.text)});
+        continue;
+      }
+      const std::string name = MakeName(check.name, "chk_" + table.name + "_" + Format("%d", table.checks.size() + 1));
+      table.checks.push_back({check_names_.Take(name), *text});
+    }
+  }
+
+  // --- References again
+
+  void MapReferences(std::size_t at) {
+    TMappedTable& table = mapped_[at];
+    if (!table.refused.empty()) return;
+    for (const TForeignReference& reference : Facts(at).references) {
+      TMappedReference mapped;
+      const std::string fault = MapReference(reference, table, mapped);
+      if (fault.empty())
+        table.references.push_back(std::move(mapped));
+      else
+        table.unmade.push_back(
+            {table.name, "reference " + (reference.name.empty() ? "to " + reference.table : reference.name), fault});
+    }
+  }
+
+  // Gives why there is no such reference; empty where there is one.
+  std::string MapReference(const TForeignReference& reference, TMappedTable& table, TMappedReference& mapped) {
+    const auto place = ParentOf(reference);
+    if (!place || !mapped_[*place].refused.empty()) return Format(kNoParent, reference.table);
+    const TMappedTable& parent = mapped_[*place];
+    const TStringList columns = ReferencedOf(reference, *place);
+    if (columns.size() != reference.columns.size() || columns.empty())
+      return Format(kOtherCount, columns.size(), reference.columns.size());
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      const auto own = ColumnAt(table, reference.columns[i]);
+      const auto theirs = ColumnAt(parent, columns[i]);
+      if (!own) return Format(kNoParentColumn, table.name, reference.columns[i]);
+      if (!theirs) return Format(kNoParentColumn, parent.name, columns[i]);
+      mapped.columns.push_back(table.columns[*own].name);
+      mapped.references.push_back(parent.columns[*theirs].name);
+    }
+    if (!HasKeyFor(parent, mapped.references))
+      return Format(kNoParentKey, parent.name, JoinList(mapped.references, ", "));
+    mapped.table = parent.name;
+    const std::string made = "fk_" + table.name + "_" + Format("%d", table.references.size() + 1);
+    mapped.name = reference_names_.Take(MakeName(reference.name.empty() ? made : reference.name, made));
+    mapped.on_delete = RuleFor(reference.on_delete, table, mapped);
+    mapped.on_update = RuleFor(reference.on_update, table, mapped);
+    return {};
+  }
+
+  // Where the source's keys are not known the target may have one.
+  static bool HasKeyFor(const TMappedTable& parent, const TStringList& columns) {
+    if (!parent.known.Has(EFact::OtherKeys)) return true;
+    return std::ranges::any_of(parent.keys, [&](const TMappedKey& key) {
+      if (key.parts.size() < columns.size()) return false;
+      for (std::size_t i = 0; i < columns.size(); ++i)
+        if (key.parts[i].column != columns[i] || key.parts[i].letters != 0) return false;
+      return true;
+    });
+  }
+
+  EReferenceRule RuleFor(EReferenceRule rule, TMappedTable& table, const TMappedReference& mapped) const {
+    const char* gone = nullptr;
+    if (rule == EReferenceRule::SetDefault && !context_.server.HasSetDefault()) gone = "set default";
+    if (rule == EReferenceRule::SetNull)
+      for (const TMappedColumn& column : table.columns)
+        if (std::ranges::find(mapped.columns, column.name) != mapped.columns.end() && column.not_null.value_or(false))
+          gone = "set null";
+    if (gone == nullptr) return rule;
+    TellOf(table, Format(kRuleGone, mapped.name, gone), EMadeLevel::Warning);
+    return EReferenceRule::NoAction;
+  }
+
+  // --- The end
+
+  void Tell(std::size_t at) {
+    TMappedTable& table = mapped_[at];
+    std::vector<TMadeColumn> told;
+    for (const TMappedColumn& column : table.columns)
+      told.push_back(
+          {table.name, column.name, NativeText(column.source), column.type.type, column.type.level, column.type.text});
+    told.insert(told.end(), table.told.begin(), table.told.end());
+    table.told = std::move(told);
+  }
+
+  std::vector<TMappedTable> InOrder() {
+    std::vector<TMappedTable> ordered;
+    std::vector<char> seen(mapped_.size(), 0);
+    for (std::size_t start = 0; start < mapped_.size(); ++start) {
+      // Without recursion: chains may be long.
+      std::vector<std::size_t> stack{start};
+      while (!stack.empty()) {
+        const std::size_t at = stack.back();
+        const bool first = seen[at] == 0;
+        if (first) seen[at] = 1;
+        if (first)
+          for (const TForeignReference& reference : Facts(at).references)
+            if (const auto parent = ParentOf(reference); parent && seen[*parent] == 0) stack.push_back(*parent);
+        if (stack.back() != at) continue;
+        stack.pop_back();
+        if (seen[at] == 2) continue;
+        seen[at] = 2;
+        order_.push_back(at);
+      }
+    }
+    std::vector<std::size_t> place(order_.size());
+    for (std::size_t i = 0; i < order_.size(); ++i) place[order_[i]] = i;
+    for (const std::size_t at : order_) ordered.push_back(std::move(mapped_[at]));
+    for (TMappedTable& table : ordered)
+      for (TMappedColumn& column : table.columns) column.root.table = place[column.root.table];
+    return ordered;
+  }
+
+  std::vector<TReadTable> read_;
+  TKnownFacts known_;
+  const TMapContext& context_;
+  std::map<std::string, std::string> spellings_;  // the target's, by name and by the name in lower case
+  std::vector<TMappedTable> mapped_;
+  std::map<std::string, std::size_t> places_;                            // of tables, by the source's names
+  std::map<std::pair<std::size_t, std::size_t>, TColumnPlace> parents_;  // of columns that refer to others
+  TNames reference_names_;
+  TNames check_names_;
+  std::vector<std::size_t> order_;
+};
+
+}  // namespace
+
+std::vector<TMappedTable> MapSchema(std::vector<TReadTable> tables, TKnownFacts known, const TStringList& target_tables,
+                                    const TMapContext& context) {
+  return TSchemaMapper(std::move(tables), known, target_tables, context).Map();
+}
+
+}  // namespace velmora

@@ -1,0 +1,86 @@
+#pragma once
+
+// The tables of a source as MySQL has them: names, types, keys and references that hold together.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "exact/run/TextMaker.h"
+#include "foreign/Defaults.h"
+#include "foreign/Facts.h"
+#include "foreign/Mapping.h"
+#include "util/Lists.h"
+
+namespace velmora {
+
+// A column of a table, by their places in the schema.
+struct TColumnPlace {
+  std::size_t table = 0;
+  std::size_t column = 0;
+  bool operator==(const TColumnPlace&) const = default;
+};
+
+struct TMappedColumn {
+  TForeignColumn source{};
+  std::string name{};
+  TMappedType type{};
+  TColumnPlace root{};  // whose type it has: its own, or that of the column that it refers to, along all references
+  std::optional<bool> not_null{};  // nothing where nobody knows
+  TMadeDefault default_value{};
+  bool counts = false;
+};
+
+struct TMappedKeyPart {
+  std::string column;
+  long long letters = 0;  // that count; 0 for all
+  bool descending = false;
+};
+
+struct TMappedKey {
+  std::string name{};
+  EForeignKeyKind kind = EForeignKeyKind::Plain;
+  std::vector<TMappedKeyPart> parts{};
+  bool hashed = false;  // unique over more than the server's keys take
+};
+
+struct TMappedReference {
+  std::string name{};
+  TStringList columns{};
+  std::string table{};
+  TStringList references{};
+  EReferenceRule on_delete = EReferenceRule::NoAction;
+  EReferenceRule on_update = EReferenceRule::NoAction;
+};
+
+struct TMappedCheck {
+  std::string name{};
+  std::string text{};  // in MySQL's language
+};
+
+struct TMappedTable {
+  std::string source_name{};
+  std::string name{};
+  TKnownFacts known{};
+  std::vector<TMappedColumn> columns{};
+  std::vector<TMappedKey> keys{};
+  std::vector<TMappedReference> references{};
+  std::vector<TMappedCheck> checks{};
+  std::string comment{};
+  std::vector<TMadeColumn> told{};       // of each column, then what is said of the table
+  std::vector<TUnmadeElement> unmade{};  // whether accepted or not
+  std::string refused{};                 // why there is no such table in MySQL
+};
+
+// A table that was read, and what it is called without what only the source needs.
+struct TReadTable {
+  TForeignTable facts;
+  std::string plain_name;
+};
+
+// `known` are the facts of a table that says nothing itself; `target_tables` lend their spelling. Parents come before
+// tables that refer to them, as far as can be.
+std::vector<TMappedTable> MapSchema(std::vector<TReadTable> tables, TKnownFacts known, const TStringList& target_tables,
+                                    const TMapContext& context);
+
+}  // namespace velmora

@@ -1,0 +1,47 @@
+#pragma once
+
+// What a column of a source is in MySQL, and which other types of a target count as equal: those that hold every value
+// of the source, of the same family.
+
+#include <string>
+
+#include "exact/run/TextMaker.h"
+#include "foreign/Facts.h"
+#include "foreign/ForeignWishes.h"
+#include "foreign/TargetServer.h"
+#include "mysqltext/ColumnType.h"
+
+namespace velmora {
+
+struct TMapContext {
+  TTargetServer server{};
+  TForeignWishes wishes{};
+};
+
+// MySQL's type of a column, with what the user should know of it. Refused ones have none.
+struct TMappedType {
+  std::string type{};
+  EMadeLevel level = EMadeLevel::Info;
+  std::string text{};
+  bool by_rule = false;  // the user's own, beside which no other counts
+};
+
+// The type in the source's words: "NUMBER(10,2)", "nvarchar(40)".
+std::string NativeText(const TForeignColumn& column);
+
+// `table`: as the source and as the target name it. Counting columns get a type that can count.
+TMappedType MapType(const TForeignColumn& column, const TStringList& table, const TMapContext& context);
+// Of letters or bytes that find no room in their row: the text or blob type that takes as many.
+TMappedType MapOutOfRow(const TForeignColumn& column);
+
+// What MySQL says of a type alone, as in "decimal(10,2) unsigned".
+TColumnText ReadType(const std::string& type);
+// Whether two columns have the same type, whatever the width that they are shown in.
+bool SameType(const TColumnText& a, const TColumnText& b);
+// Whether the target's type counts as equal to the one that the column is mapped to, though it is another one.
+bool HoldsAll(const TForeignColumn& column, const TColumnText& there, const TMapContext& context);
+
+// Bytes that a column of this type takes in a row at most; what is kept outside counts little.
+long long RowBytes(const TColumnText& column);
+
+}  // namespace velmora

@@ -1,0 +1,27 @@
+#pragma once
+
+// Names of a source in MySQL: not too long, of letters that it takes, and unlike their neighbours.
+
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+inline constexpr std::size_t kLongestName = 64;  // letters
+
+// As MySQL takes it: letters that need four bytes become "_", blanks at the end go, what is longer than 64 letters
+// keeps the first 55 and gets a number of its own, the same in each run. `nameless` is for what is empty.
+std::string MakeName(std::string_view name, std::string_view nameless);
+
+// Names of one table or database, which are told apart ignoring case.
+class TNames {
+ public:
+  std::string Take(const std::string& name);  // or with "_2", "_3" at its end
+  bool Has(const std::string& name) const;
+
+ private:
+  std::set<std::string> taken_;
+};
+
+}  // namespace velmora
