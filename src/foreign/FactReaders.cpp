@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "core/Engines.h"
+#include "foreign/DbfFacts.h"
+#include "foreign/ParadoxFacts.h"
 #include "foreign/TextFacts.h"
 
 namespace velmora {
@@ -16,7 +18,10 @@ struct TRow {
 
 // By engine number.
 constexpr TRow kReaders[] = {
+    {kEngineDBF, MakeDBaseFacts},
+    {kEngineParadox, MakeParadoxFacts},
     {kEngineText, MakeTextFacts},
+    {kEngineFoxPro, MakeFoxProFacts},
 };
 
 const TRow* RowOf(TDBConn& conn) {

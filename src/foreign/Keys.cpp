@@ -37,7 +37,9 @@ class TKeyMapper {
   void Tell(std::string text, EMadeLevel level = EMadeLevel::Warning) {
     table_.told.push_back({table_.name, "", "", "", level, std::move(text)});
   }
+  // A key that only makes queries quicker is told of; one that rows have to keep is missed.
   void LeaveOut(const TForeignKey& key, const std::string& reason) {
+    if (key.kind == EForeignKeyKind::Plain) return Tell("key " + key.name + " is left out: " + reason);
     const bool primary = key.kind == EForeignKeyKind::Primary;
     table_.unmade.push_back({table_.name, primary ? "primary key" : "key " + key.name, reason});
   }

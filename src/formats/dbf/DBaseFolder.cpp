@@ -9,6 +9,7 @@
 
 #include "formats/dbf/DbfFolder.h"
 #include "formats/dbf/DbfIndexes.h"
+#include "formats/dbf/DbfStructure.h"
 
 namespace velmora {
 namespace {
@@ -39,7 +40,7 @@ constexpr TDbfTypeRow kTypes[] = {
     {'Q', 0, kDbTypeBytes, 0, VarBytes, EDbfSize::Bytes, DbfBytes},
 };
 
-class TDBaseFolder final : public TFileReader {
+class TDBaseFolder final : public TFileReader, public TDbfStructures {
  public:
   explicit TDBaseFolder(std::string folder) : folder_(std::move(folder)) { TDBaseFolder::Tables(); }
 
@@ -47,6 +48,14 @@ class TDBaseFolder final : public TFileReader {
     std::vector<TOLEDBTableRow> tables;
     for (const std::string& name : DbfTableNames(folder_)) tables.push_back({name, "TABLE"});
     return tables;
+  }
+
+  TStringList TableNames() override { return DbfTableNames(folder_); }
+
+  TDbfStructure StructureOf(const std::string& table) override {
+    const TDbfFile file(DbfPathOf(folder_, table), kCodePage);
+    return {
+        .fields = ShownFields(file), .visual = file.Head().IsVisualFoxPro(), .indexes = ReadDBaseIndexes(file.Path())};
   }
 
   TFileTable Structure(const std::string& table) override {
@@ -67,6 +76,10 @@ class TDBaseFolder final : public TFileReader {
 };
 
 }  // namespace
+
+std::unique_ptr<TDbfStructures> OpenDBaseStructures(const std::string& folder) {
+  return std::make_unique<TDBaseFolder>(folder);
+}
 
 std::unique_ptr<TFileReader> OpenDBaseFolder(const std::string& folder) {
   return std::make_unique<TDBaseFolder>(folder);

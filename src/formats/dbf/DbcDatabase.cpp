@@ -24,7 +24,12 @@ constexpr char kCodePage[] = "CP1252";
 
 // Numbers of properties.
 constexpr unsigned char kPathId = 1;
+constexpr unsigned char kCommentId = 7;
+constexpr unsigned char kRuleId = 9;
 constexpr unsigned char kDefaultId = 11;
+constexpr unsigned char kChildTagId = 13;
+constexpr unsigned char kParentId = 18;
+constexpr unsigned char kParentTagId = 19;
 constexpr unsigned char kPrimaryTagId = 20;
 
 // A property: its whole length, the length of its number (always 1), its number, its value.
@@ -50,7 +55,11 @@ class TObjects {
         parent_(FieldNamed(file, "PARENTID", 'I')),
         type_(FieldNamed(file, "OBJECTTYPE", 'C')),
         name_(FieldNamed(file, "OBJECTNAME", 'C')),
-        properties_(FieldNamed(file, "PROPERTY", 'M')) {}
+        properties_(FieldNamed(file, "PROPERTY", 'M')) {
+    const auto rules = std::ranges::find_if(
+        file.Fields(), [](const TDbfField& each) { return SameText(each.name, "RIINFO") && each.type == 'C'; });
+    if (rules != file.Fields().end()) rules_ = &*rules;
+  }
 
   bool Next() {
     while (records_.Next())
@@ -62,6 +71,8 @@ class TObjects {
   std::string Type() { return VarToText(DbfText(Cell(type_))); }
   std::string Name() { return VarToText(DbfText(Cell(name_))); }
   std::map<unsigned char, std::string> Properties();
+  // A letter for what a relation does on update, delete, insert.
+  std::string Rules() { return rules_ == nullptr ? std::string() : std::string(Cell(*rules_).bytes); }
 
  private:
   TDbfCell Cell(const TDbfField& field) {
@@ -72,6 +83,7 @@ class TObjects {
   TDbfRecords records_;
   TDbfMemoFile memos_;
   const TDbfField &id_, &parent_, &type_, &name_, &properties_;
+  const TDbfField* rules_ = nullptr;
 };
 
 // Texts as UTF-8, without the zero byte at the end.
@@ -89,6 +101,16 @@ std::map<unsigned char, std::string> TObjects::Properties() {
     rest.remove_prefix(length);
   }
   return properties;
+}
+
+TDbcRelation RelationOf(TObjects& objects) {
+  auto properties = objects.Properties();
+  const std::string rules = objects.Rules() + "   ";
+  return {.tag = properties[kChildTagId],
+          .parent = properties[kParentId],
+          .parent_tag = properties[kParentTagId],
+          .on_update = rules[0],
+          .on_delete = rules[1]};
 }
 
 }  // namespace
@@ -109,14 +131,21 @@ TDbcDatabase::TDbcDatabase(const std::string& path) : path_(path) {
       tables_.push_back({.name = std::move(name),
                          .path = DbfResolvePath(folder, file_name),
                          .primary_tag = properties[kPrimaryTagId],
-                         .fields = {}});
+                         .fields = {},
+                         .rule = properties[kRuleId],
+                         .comment = properties[kCommentId]});
     } else if (SameText(type, "Field")) {
       const auto place = places.find(objects.Parent());
       if (place == places.end()) continue;  // of a view
       TDbcField field{.name = objects.Name(), .default_value = {}};
       auto properties = objects.Properties();
       if (!properties[kDefaultId].empty()) field.default_value = properties[kDefaultId];
+      field.rule = properties[kRuleId];
+      field.comment = properties[kCommentId];
       tables_[place->second].fields.push_back(std::move(field));
+    } else if (SameText(type, "Relation")) {
+      const auto place = places.find(objects.Parent());
+      if (place != places.end()) tables_[place->second].relations.push_back(RelationOf(objects));
     }
   }
 }

@@ -13,6 +13,17 @@ namespace velmora {
 struct TDbcField {
   std::string name;
   std::optional<std::string> default_value;  // as an expression of FoxPro
+  std::string rule{};                        // the same, of what values have to be
+  std::string comment{};
+};
+
+// From an index of the table that it stands with to one of another table.
+struct TDbcRelation {
+  std::string tag;
+  std::string parent;
+  std::string parent_tag;
+  char on_update = ' ';  // C: cascade, R: restrict; anything else is not looked after
+  char on_delete = ' ';
 };
 
 struct TDbcTable {
@@ -20,6 +31,9 @@ struct TDbcTable {
   std::string path;         // of its file, whether that is there or not
   std::string primary_tag;  // empty: it has no primary key
   std::vector<TDbcField> fields;
+  std::vector<TDbcRelation> relations{};
+  std::string rule{};  // of its rows
+  std::string comment{};
 };
 
 class TDbcDatabase {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "formats/dbf/DbfMemo.h"
+#include "formats/dbf/DbfStructure.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -68,6 +69,13 @@ TMemDataset::TRow RowOf(const TDbfFile& file, const std::vector<TColumn>& column
 }
 
 }  // namespace
+
+std::vector<TDbfField> ShownFields(const TDbfFile& file) {
+  std::vector<TDbfField> fields;
+  for (const TDbfField& field : file.Fields())
+    if (!field.Is(kDbfHidden)) fields.push_back(field);
+  return fields;
+}
 
 TStringList DbfTableNames(const std::string& folder) {
   TStringList names;

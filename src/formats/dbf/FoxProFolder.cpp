@@ -14,6 +14,7 @@
 #include "formats/dbf/DbcDatabase.h"
 #include "formats/dbf/DbfFolder.h"
 #include "formats/dbf/DbfIndexes.h"
+#include "formats/dbf/DbfStructure.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -60,7 +61,7 @@ constexpr TDbfTypeRow kTypes[] = {
     {'Q', 0, kDbTypeBytes, 0, VarBytes, EDbfSize::Bytes, DbfBytes},
 };
 
-class TFoxProFolder final : public TFileReader {
+class TFoxProFolder final : public TFileReader, public TDbfStructures {
  public:
   explicit TFoxProFolder(const std::string& path) : path_(path) {
     std::error_code error;
@@ -69,6 +70,8 @@ class TFoxProFolder final : public TFileReader {
   }
 
   std::vector<TOLEDBTableRow> Tables() override;
+  TStringList TableNames() override;
+  TDbfStructure StructureOf(const std::string& table) override;
   TFileTable Structure(const std::string& table) override;
   TFileRows Rows(const std::string& table, std::int64_t limit) override {
     return ReadDbfRows(TDbfFile(PathOf(table), kCodePage), kTypes, false, limit);
@@ -108,6 +111,27 @@ std::vector<TOLEDBTableRow> TFoxProFolder::Tables() {
   return tables;
 }
 
+// The tags beside the table.
+std::vector<TDbfIndex> TagsOf(const TDbfFile& file) {
+  if ((file.Head().flags & kDbfHasTags) == 0) return {};
+  const fs::path path(file.Path());
+  return ReadFoxProTags(FindFileNoCase(path.parent_path().string(), path.stem().string(), ".cdx"));
+}
+
+TStringList TFoxProFolder::TableNames() {
+  TStringList names;
+  for (const TOLEDBTableRow& row : Tables()) names.push_back(row.TABLE_NAME);
+  return names;
+}
+
+TDbfStructure TFoxProFolder::StructureOf(const std::string& table) {
+  const TDbfFile file(PathOf(table), kCodePage);
+  TDbfStructure structure{.fields = ShownFields(file), .visual = file.Head().IsVisualFoxPro()};
+  if (const TDbcTable* entry = Entry(file, table)) structure.entry = *entry;
+  structure.indexes = TagsOf(file);
+  return structure;
+}
+
 TFileTable TFoxProFolder::Structure(const std::string& table) {
   const TDbfFile file(PathOf(table), kCodePage);
   TFileTable described = DescribeDbf(file, table, kTypes);
@@ -116,10 +140,7 @@ TFileTable TFoxProFolder::Structure(const std::string& table) {
   for (const TOLEDBColumnRow& column : described.columns) short_names.push_back(column.COLUMN_NAME);
   const TDbcTable* entry = Entry(file, table);
   if (entry != nullptr) Complete(described, *entry);
-  if ((file.Head().flags & kDbfHasTags) == 0) return described;
-  const fs::path path(file.Path());
-  for (const TDbfIndex& index :
-       ReadFoxProTags(FindFileNoCase(path.parent_path().string(), path.stem().string(), ".cdx")))
+  for (const TDbfIndex& index : TagsOf(file))
     AddDbfIndex(index, entry != nullptr && SameText(index.name, entry->primary_tag), short_names, described);
   return described;
 }
@@ -158,6 +179,10 @@ const TDbcTable* TFoxProFolder::Entry(const TDbfFile& file, const std::string& t
 }
 
 }  // namespace
+
+std::unique_ptr<TDbfStructures> OpenFoxProStructures(const std::string& path) {
+  return std::make_unique<TFoxProFolder>(path);
+}
 
 std::unique_ptr<TFileReader> OpenFoxProFolder(const std::string& folder) {
   return std::make_unique<TFoxProFolder>(folder);

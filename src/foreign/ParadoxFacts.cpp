@@ -1,0 +1,159 @@
+#include "foreign/ParadoxFacts.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "engines/file/DBConnParadox.h"
+#include "formats/paradox/ParadoxReader.h"
+#include "util/Errors.h"
+#include "util/Files.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kNoFolder[] = "Cannot open %s: there is no such folder";
+constexpr char kUnknownType[] = "its type, number %d, is not known";
+constexpr char kUnreadKey[] = "the file %s says not which columns it is over";
+constexpr char kHint[] = "Hint";  // the last field of a secondary key's file
+
+struct TTypeRow {
+  std::uint8_t type;
+  const char* native;  // the letter by which users know the type
+  EFamily family;
+};
+
+constexpr int kMilliseconds = 3;
+constexpr int kBcdDigits = 32;
+
+constexpr TTypeRow kTypes[] = {
+    {pxAlpha, "A", EFamily::VarChar},  {pxDate, "D", EFamily::Date},          {pxShort, "S", EFamily::Int16},
+    {pxLong, "I", EFamily::Int32},     {pxAutoInc, "+", EFamily::Int32},      {pxCurrency, "$", EFamily::FloatMoney},
+    {pxNumber, "N", EFamily::Double},  {pxBCD, "#", EFamily::Decimal},        {pxLogical, "L", EFamily::Boolean},
+    {pxMemo, "M", EFamily::LongText},  {pxFmtMemo, "F", EFamily::LongText},   {pxBinary, "B", EFamily::LongBinary},
+    {pxOLE, "O", EFamily::LongBinary}, {pxGraphic, "G", EFamily::LongBinary}, {pxBytes, "Y", EFamily::VarBinary},
+    {pxTime, "T", EFamily::Time},      {pxTimestamp, "@", EFamily::DateTime},
+};
+
+TForeignColumn ColumnOf(const TPxField& field) {
+  TForeignColumn column{.name = field.name};
+  const auto* row = std::ranges::find(kTypes, field.type, &TTypeRow::type);
+  if (row == std::end(kTypes)) {
+    column.native = Format("%d", field.type);
+    column.problem = Format(kUnknownType, field.type);
+    return column;
+  }
+  column.native = row->native;
+  column.family = row->family;
+  if (field.type == pxAlpha || field.type == pxBytes) column.length = static_cast<std::int64_t>(field.size);
+  if (field.type == pxTime || field.type == pxTimestamp) column.fraction = kMilliseconds;
+  // Of a number in decimal digits the size is that of what stands behind the point.
+  if (field.type == pxBCD) {
+    column.precision = kBcdDigits;
+    column.scale = static_cast<int>(std::min<std::size_t>(field.size, kBcdDigits));
+  }
+  if (field.type == pxAutoInc) column.counting = ECounting::Counts;
+  return column;
+}
+
+// The number that two hexadecimal digits are; nothing for any other text.
+std::optional<std::size_t> HexNumber(std::string_view digits) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::size_t number = 0;
+  for (const char c : digits) {
+    const std::size_t digit = kDigits.find(LowerChar(c));
+    if (digit == std::string_view::npos) return std::nullopt;
+    number = number * kDigits.size() + digit;
+  }
+  return digits.empty() ? std::nullopt : std::optional(number);
+}
+
+class TParadoxFacts final : public TFactReader {
+ public:
+  explicit TParadoxFacts(TDBConnParadox& conn) : conn_(conn) {}
+
+  TKnownFacts Known() const override { return {EFact::Order, EFact::PrimaryKey, EFact::Counting}; }
+  TStringList Tables() override {
+    if (!Reachable()) RaiseError(Format(kNoFolder, conn_.Folder()));
+    TStringList tables;
+    conn_.ListTables(tables);
+    return tables;
+  }
+  bool Reachable() override {
+    std::error_code ignored;
+    return fs::is_directory(conn_.Folder(), ignored);
+  }
+
+  TForeignTable Table(const std::string& name) override {
+    const TPxTable file(FindFileNoCase(conn_.Folder(), name, ".db"), true);
+    TForeignTable table{.name = name};
+    for (const TPxField& field : file.Fields()) table.columns.push_back(ColumnOf(field));
+    const std::size_t width = file.Header().primaryKeyFields;
+    TForeignKey primary{.kind = EForeignKeyKind::Primary};
+    for (std::size_t i = 0; i < width; ++i) primary.parts.push_back({table.columns[i].name});
+    if (width > 0) table.keys.push_back(std::move(primary));
+    AddSecondaryKeys(name, width, table);
+    return table;
+  }
+
+ private:
+  // The files TABLE.Xnn, of which nn is a field's number in hexadecimal digits, or Gn for a key over several fields.
+  void AddSecondaryKeys(const std::string& name, std::size_t width, TForeignTable& table) {
+    TStringList files;
+    std::error_code error;
+    for (fs::directory_iterator entry(conn_.Folder(), error); !error && entry != fs::directory_iterator();
+         entry.increment(error)) {
+      const fs::path path = entry->path();
+      const std::string extension = path.extension().string();
+      constexpr std::size_t kExtension = 4;  // ".X04"
+      if (extension.size() == kExtension && LowerChar(extension[1]) == 'x' && SameText(path.stem().string(), name))
+        files.push_back(path.string());
+    }
+    if (error || files.empty()) return;
+    std::ranges::sort(files);
+    for (const std::string& file : files) table.keys.push_back(SecondaryKey(file, width, table));
+    table.known = Known();
+    table.known->Add(EFact::OtherKeys);
+  }
+
+  static TForeignKey SecondaryKey(const std::string& path, std::size_t width, const TForeignTable& table) {
+    const std::string digits = fs::path(path).extension().string().substr(2);
+    if (const auto number = HexNumber(digits); number && *number > 0 && *number <= table.columns.size()) {
+      const std::string& column = table.columns[*number - 1].name;
+      return {.name = column, .parts = {{column}}};
+    }
+    TForeignKey key{.name = "key_" + digits};
+    try {
+      const TPxTable file(path, true);
+      const std::vector<TPxField>& fields = file.Fields();
+      // The key's own fields, those of the primary key, and a hint where the record is.
+      std::size_t own = fields.size();
+      if (own > 0 && SameText(fields.back().name, kHint)) --own;
+      own -= std::min(own, width);
+      for (std::size_t i = 0; i < own; ++i) key.parts.push_back({fields[i].name});
+    } catch (const EVelmora& fault) {
+      key.problem = fault.what();
+    }
+    if (key.parts.empty() && key.problem.empty()) key.problem = Format(kUnreadKey, path);
+    return key;
+  }
+
+  TDBConnParadox& conn_;
+};
+
+}  // namespace
+
+std::unique_ptr<TFactReader> MakeParadoxFacts(TDBConn& conn) {
+  auto* engine = dynamic_cast<TDBConnParadox*>(&conn);
+  return engine == nullptr ? nullptr : std::make_unique<TParadoxFacts>(*engine);
+}
+
+}  // namespace velmora

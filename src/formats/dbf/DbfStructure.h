@@ -1,0 +1,38 @@
+#pragma once
+
+// What table files say themselves, and FoxPro's databases of them: more than providers hand on.
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "formats/dbf/DbcDatabase.h"
+#include "formats/dbf/DbfFile.h"
+#include "formats/dbf/DbfIndexes.h"
+#include "util/Lists.h"
+
+namespace velmora {
+
+struct TDbfStructure {
+  std::vector<TDbfField> fields{};  // without hidden ones, by the names of the file
+  bool visual = false;              // of Visual FoxPro, whose flags say what may be null
+  std::vector<TDbfIndex> indexes{};
+  std::optional<TDbcTable> entry{};  // what the database says that the table belongs to; a field for each of the file's
+};
+
+class TDbfStructures {
+ public:
+  virtual ~TDbfStructures() = default;
+  virtual TStringList TableNames() = 0;                             // raises where they cannot be listed
+  virtual TDbfStructure StructureOf(const std::string& table) = 0;  // raises what reading the files raises
+};
+
+// Raise an error that names the folder or file and the fault. `path` is a folder or a database.
+std::unique_ptr<TDbfStructures> OpenDBaseStructures(const std::string& folder);
+std::unique_ptr<TDbfStructures> OpenFoxProStructures(const std::string& path);
+
+// The fields that are not hidden.
+std::vector<TDbfField> ShownFields(const TDbfFile& file);
+
+}  // namespace velmora
