@@ -26,7 +26,6 @@ constexpr const char* kFlagHelp[] = {
     "Without TLS: seal passwords with the key that the server sends, whoever it is",
     "Allow logins that show the server the password itself, or of servers before 4.1 without TLS"};
 static_assert(std::size(kTextHelp) == std::size(kMyTextOptions) && std::size(kFlagHelp) == std::size(kMyFlagOptions));
-constexpr int kLongestTimeout = 1000000;
 constexpr std::size_t kLongestPassword = 65535;  // bytes
 constexpr char kNoPassword[] = "%s: its first line is no password: it has more than %d bytes";
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
@@ -81,10 +80,13 @@ void TSourceOptions::DeclareOne(CLI::App& app) {
     app.add_option(Spelt(kMyTextOptions[i]), client_.*kMyTextOptions[i].field, kTextHelp[i])->type_name("FILE");
   for (std::size_t i = 0; i < std::size(kMyFlagOptions); ++i)
     app.add_flag(Spelt(kMyFlagOptions[i]), client_.*kMyFlagOptions[i].field, kFlagHelp[i]);
-  DeclareNumber(app, "--read-timeout", 0, kLongestTimeout,
+  DeclareNumber(app, "--read-timeout", 0, kLongestReadTimeout,
                 "Give a server up that is silent for N seconds in a login or while structure is read; 0 for never "
                 "(600). The statements of a script may take any time",
                 [this](std::int64_t seconds) { client_.ReadTimeout = static_cast<int>(seconds); });
+  DeclareNumber(app, "--connections", 1, kMostConnections,
+                "Read the creation texts of many tables by up to N connections a side (1); the results are the same",
+                [this](std::int64_t count) { client_.Connections = static_cast<int>(count); });
   app.add_flag("--allow-incomplete", allow_incomplete_, "Read a dump that ends before its closing line");
   app.add_flag("--verbose", verbose_, "Name every statement of a file that is passed over");
 }

@@ -35,6 +35,7 @@ struct TMyOptions {
   ETls Tls = ETls::Preferred;
   bool TimesAsSent = false;  // see TMyValueReader; otherwise a moment stands for every time that it can come near to
   bool ReadAhead = true;     // sends statements that are expected before they are run, where the backend can
+  int Connections = 1;       // at most so many read the creation texts of many tables side by side
   std::string CaFile;        // certificates to trust; empty means those of the system
   std::string CertFile;      // our own certificate for servers that ask for one; empty means none
   std::string KeyFile;       // its private key; empty means that it stands in CertFile

@@ -15,7 +15,6 @@ namespace velmora {
 
 namespace {
 
-constexpr int kLongestTime = 1000000;  // seconds
 constexpr char kKeyAlone[] = "A private key (tls_key, --tls-key) needs its certificate (tls_cert, --tls-cert)";
 constexpr std::string_view kTls = "tls";
 constexpr std::string_view kTlsCa = "tls_ca";
@@ -33,8 +32,8 @@ std::size_t WordOf(const TMyOptionKey& key, const std::string& text) {
 
 int NumberOf(const TMyOptionKey& key, const std::string& text) {
   const std::optional<std::int64_t> number = TryStrToInt(text);
-  if (!number || *number < 0 || *number > kLongestTime)
-    RaiseValue(key, text, Format("a number from 0 to %d", kLongestTime));
+  if (!number || *number < key.least || *number > key.most)
+    RaiseValue(key, text, Format("a number from %d to %d", key.least, key.most));
   return static_cast<int>(*number);
 }
 

@@ -20,11 +20,16 @@ namespace velmora {
 inline constexpr const char* kNoYes[] = {"N", "Y"};
 inline constexpr const char* kClients[] = {"library", "native"};
 
+inline constexpr int kLongestReadTimeout = 1000000;  // seconds
+inline constexpr int kMostConnections = 16;
+
 // A key whose value is one of `words`, the number of which is the field's value; without words a path or a number.
 struct TMyOptionKey {
   std::string_view name;
   std::variant<ETls TMyOptions::*, bool TMyOptions::*, std::string TMyOptions::*, int TMyOptions::*> field;
   std::span<const char* const> words = {};
+  int least = 0;  // of a number
+  int most = kLongestReadTimeout;
 };
 
 // In the order in which they are written.
@@ -38,7 +43,8 @@ inline constexpr TMyOptionKey kMyOptionKeys[] = {{"tls", &TMyOptions::Tls, kTlsM
                                                  {"get_server_public_key", &TMyOptions::GetServerPublicKey, kNoYes},
                                                  {"allow_old_login", &TMyOptions::AllowOldLogin, kNoYes},
                                                  {"read_timeout", &TMyOptions::ReadTimeout},
-                                                 {"read_ahead", &TMyOptions::ReadAhead, kNoYes}};
+                                                 {"read_ahead", &TMyOptions::ReadAhead, kNoYes},
+                                                 {"connections", &TMyOptions::Connections, {}, 1, kMostConnections}};
 
 // The same keys as the engine table lists them.
 inline constexpr auto kMyEngineKeys = [] {

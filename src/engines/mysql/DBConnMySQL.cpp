@@ -115,6 +115,12 @@ TStringList NamesOf(const std::vector<TOtherObject>& objects) {
   return names;
 }
 
+void Execute(const std::string& statement, TMyConnection& connection) {
+  const std::unique_ptr<TMyQuery> query = connection.NewQuery();
+  query->SQL = statement;
+  query->Execute();
+}
+
 // The session's own mode without what is inexact.
 std::string ExactSqlMode(const std::string& own) {
   TStringList modes = ExactModes();
@@ -123,6 +129,26 @@ std::string ExactSqlMode(const std::string& own) {
   for (const std::string& mode : given)
     if (!mode.empty() && !IsInexactMode(mode) && IndexOf(modes, mode) == kNotInList) modes.push_back(mode);
   return JoinList(modes, ",");
+}
+
+// A session that prints texts without loss. `next` are the statements that are run after these.
+void SetUpExact(TMyConnection& connection, const TStringList& next) {
+  std::vector<TVariant> row;
+  MySqlQueryRow("select @@session.sql_mode", connection, row);
+  // With a set of letters for results bytes would come as "?", and on MySQL some letters.
+  const std::string modes =
+      Format("set session sql_quote_show_create=1%s, session character_set_results=null, session sql_mode='%s'",
+             kShowsGeneratedKeys, ExactSqlMode(VarToText(row.at(0))));
+  TStringList expected = {modes, kTimestampsSayAll};
+  expected.insert(expected.end(), next.begin(), next.end());
+  connection.ExpectStatements(expected, true);
+  Execute(modes, connection);
+  // Texts say of every timestamp what it is; servers that do not let a session decide this go by their own rule.
+  try {
+    Execute(kTimestampsSayAll, connection);
+  } catch (const EMySqlException&) {
+    if (!connection.GetConnected()) throw;
+  }
 }
 
 }  // namespace
@@ -164,12 +190,14 @@ void TDBConnMySQL::SaveParams(const std::string& path, TXMLAccess& store) {
 
 TMyConnection& TDBConnMySQL::GetConnectionObject() { return *connection_; }
 
-void TDBConnMySQL::ApplyParams() {
-  connection_->Server = server_;
-  connection_->Port = port_;
-  connection_->Database = database_;
-  connection_->Username = username_;
-  connection_->Password = password_;
+void TDBConnMySQL::ApplyParams() { SetParams(*connection_); }
+
+void TDBConnMySQL::SetParams(TMyConnection& connection) const {
+  connection.Server = server_;
+  connection.Port = port_;
+  connection.Database = database_;
+  connection.Username = username_;
+  connection.Password = password_;
 }
 
 void TDBConnMySQL::GetDisplayName(std::string& text) {
@@ -391,7 +419,7 @@ void TDBConnMySQL::ShowCreateTable(const std::string& table, std::string& ddl) {
     text = kept->second;
   } else {
     std::vector<TVariant> row;
-    MySqlQueryRow(ShowCreateStatement(table), *connection_, row);
+    text_readers_.QueryRow(ShowCreateStatement(table), *connection_, row);
     if (row.size() > 1) text = VarToText(std::move(row[1]));
     if (!IsCreationText(text)) RaiseError(Format(kNoCreationText, table));
   }
@@ -413,7 +441,11 @@ void TDBConnMySQL::ExpectCreationTexts(const TStringList& tables) {
   TStringList statements;
   statements.reserve(tables.size());
   for (const std::string& table : tables) statements.push_back(ShowCreateStatement(table));
-  connection_->ExpectStatements(statements, exact_texts_);
+  if (exact_texts_)
+    text_readers_.Start(
+        *connection_, [this] { return ExactConnection(); }, statements);
+  else
+    connection_->ExpectStatements(statements);
 }
 
 void TDBConnMySQL::PrepareExactTexts(bool exact) {
@@ -422,23 +454,16 @@ void TDBConnMySQL::PrepareExactTexts(bool exact) {
 }
 
 void TDBConnMySQL::SetUpExactSession() {
-  std::vector<TVariant> row;
-  MySqlQueryRow("select @@session.sql_mode", *connection_, row);
-  // With a set of letters for results bytes would come as "?", and on MySQL some letters.
-  const std::string modes =
-      Format("set session sql_quote_show_create=1%s, session character_set_results=null, session sql_mode='%s'",
-             kShowsGeneratedKeys, ExactSqlMode(VarToText(row.at(0))));
   // The lists are what takes its time: two servers may make theirs side by side.
-  connection_->ExpectStatements({modes, kTimestampsSayAll, kNamesWithKinds, kNamesBesidesTables}, true);
-  query_->SQL = modes;
-  query_->Execute();
-  // Texts say of every timestamp what it is; servers that do not let a session decide this go by their own rule.
-  try {
-    query_->SQL = kTimestampsSayAll;
-    query_->Execute();
-  } catch (const EMySqlException&) {
-    if (!connection_->GetConnected()) throw;
-  }
+  SetUpExact(*connection_, {kNamesWithKinds, kNamesBesidesTables});
+}
+
+std::unique_ptr<TMyConnection> TDBConnMySQL::ExactConnection() const {
+  std::unique_ptr<TMyConnection> another = connection_->NewConnection();
+  SetParams(*another);
+  another->SetConnected(true);
+  SetUpExact(*another, {});
+  return another;
 }
 
 std::vector<TOtherObject> TDBConnMySQL::OtherObjects() {
@@ -486,6 +511,7 @@ std::string TDBConnMySQL::ObjectText(const TOtherObject& object) {
 void TDBConnMySQL::ForgetTexts() {
   keeps_texts_ = false;
   kept_texts_.clear();
+  text_readers_.Stop();
 }
 
 }  // namespace velmora

@@ -8,6 +8,7 @@
 
 #include "core/CreationTexts.h"
 #include "core/DBConn.h"
+#include "engines/mysql/TextReaders.h"
 #include "mysqlclient/MyConnection.h"
 
 namespace velmora {
@@ -111,12 +112,15 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
  private:
   void ForgetTexts();
   void SetUpExactSession();
+  void SetParams(TMyConnection& connection) const;
+  std::unique_ptr<TMyConnection> ExactConnection() const;
   std::string ShowCreateStatement(const std::string& table);
   const std::vector<TOtherObject>& ListKinds();
   void ReadObjectTexts(std::vector<TOtherObject>& objects);
   std::string ObjectText(const TOtherObject& object);
 
   std::unique_ptr<TMyConnection> connection_;
+  TTextReaders text_readers_;
   bool exact_texts_ = false;
   std::vector<TOtherObject> listed_;  // by the last list in exact texts; no kind: a table
   bool keeps_texts_ = false;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "core/Meta.h"
 #include "mysqlclient/mysqlUtil.h"
 #include "support/FakeMyConnection.h"
@@ -431,6 +433,41 @@ TEST_F(DBConnMySQL, ExactTextsAreSetUpOnceForEachConnection) {
   engine->PrepareExactTexts(false);
   engine->Reconnect();
   EXPECT_EQ(server->TakeLog().size(), 3u) << "disconnect, connect, show tables";
+}
+
+// As many as are allowed, worth their login, and let in.
+TEST_F(DBConnMySQL, ManyTextsAreReadBySeveralConnections) {
+  struct TCase {
+    int allowed;
+    std::size_t tables;
+    const char* refusal;
+    std::ptrdiff_t further;
+  };
+  server->AddColumn("select @@session.sql_mode", {""});
+  server->answers["show full tables"] = {{TFieldDef{"a"}, TFieldDef{"b"}}, {}, ""};
+  TStringList tables;
+  for (int i = 0; i < 1200; ++i) {
+    tables.push_back("t" + std::to_string(i));
+    server->AddTable(tables.back(), "create table " + tables.back() + " (a int)");
+  }
+  for (const TCase& one : {TCase{1, 1200, "", 0}, TCase{2, 1200, "", 1}, TCase{8, 1200, "", 2}, TCase{8, 400, "", 0},
+                           TCase{8, 1200, "Too many connections", 0}}) {
+    SCOPED_TRACE(::testing::Message() << one.allowed << " " << one.tables << " " << one.refusal);
+    auto connection = std::make_unique<TFakeMyConnection>(server);
+    connection->Options.Connections = one.allowed;
+    engine = std::make_unique<TDBConnMySQL>(std::move(connection), "host", 3306, "db", "user", "pw");
+    engine->PrepareExactTexts();
+    engine->Connect();
+    server->TakeLog();
+    server->connect_error = one.refusal;
+    engine->ExpectCreationTexts({tables.begin(), tables.begin() + static_cast<std::ptrdiff_t>(one.tables)});
+    server->connect_error.clear();
+    const TStringList log = server->TakeLog();
+    EXPECT_EQ(std::ranges::count(log, "exec set session explicit_defaults_for_timestamp=1"), one.further);
+    for (const std::string& table : tables) EXPECT_EQ(CreationText(table), "create table " + table + " (a int)");
+    engine->ExpectCreationTexts({});
+    EXPECT_EQ(std::ranges::count(server->TakeLog(), "disconnect"), one.further);
+  }
 }
 
 // The default dialect has never done it, and for what it reads from files it would be wrong.
