@@ -94,6 +94,8 @@ TEST(PlanTest, ServersAreAskedWhetherTheyTakeTablesWithoutAPrimaryKey) {
       {"t (`a` int NOT NULL, UNIQUE KEY `a` (`a`)) ENGINE=InnoDB", {}, nullptr},
       {"t (`a` int NOT NULL) ENGINE=InnoDB", {"t (`a` int, PRIMARY KEY (`a`)) ENGINE=InnoDB"}, kEither},
       {"t (`a` int) ENGINE=InnoDB", {"t (`a` bigint) ENGINE=InnoDB"}, kAny},
+      {"t (`a` int NOT NULL, UNIQUE KEY `a` (`a`))", {"t (`a` bigint NOT NULL)"}, nullptr},
+      {"t (`a` int NOT NULL, UNIQUE KEY `a` (`a`))", {"t (`a` bigint NOT NULL, UNIQUE KEY `a` (`a`))"}, kAny},
       {"t (`a` int, PRIMARY KEY (`a`))", {"t (`a` bigint, PRIMARY KEY (`a`))"}, nullptr},
       {"t (`a` int)", {"t (`a` int)", "p (`b` int)"}, nullptr}};
   for (const TRow& row : rows) {

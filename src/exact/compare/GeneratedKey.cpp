@@ -44,14 +44,17 @@ bool HasCounter(const TTableText& table) {
   });
 }
 
-bool HasUniqueKeyWithoutNull(const TTableText& table) {
+bool IsKeyWithoutNull(const TElement& key, const TTableText& table) {
   const auto never_null = [&table](const TKeyPart& part) {
     const TElement* column = table.Find(EElement::Column, part.column);
     return part.length == 0 && column != nullptr && ReadColumnText(column->text, table).not_null;
   };
-  return std::ranges::any_of(table.elements, [&never_null](const TElement& key) {
-    return key.kind == EElement::UniqueKey && std::ranges::all_of(key.text.KeyParts(), never_null);
-  });
+  return key.kind == EElement::UniqueKey && std::ranges::all_of(key.text.KeyParts(), never_null);
+}
+
+bool HasUniqueKeyWithoutNull(const TTableText& table) {
+  return std::ranges::any_of(table.elements,
+                             [&table](const TElement& element) { return IsKeyWithoutNull(element, table); });
 }
 
 const TTableText* WithGeneratedKey(const TTableText& reference, const TTableText& target) {

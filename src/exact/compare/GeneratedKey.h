@@ -23,7 +23,8 @@ const TTableText* WithGeneratedKey(const TTableText& reference, const TTableText
 bool IsOfGeneratedKey(const TElement& element);
 
 bool HasPrimaryKey(const TTableText& table);
-// One that servers may take for the primary key where there is none.
+// A unique key that servers may take for the primary one where there is none.
+bool IsKeyWithoutNull(const TElement& key, const TTableText& table);
 bool HasUniqueKeyWithoutNull(const TTableText& table);
 
 }  // namespace velmora

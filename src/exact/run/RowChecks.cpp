@@ -72,6 +72,7 @@ struct TTableRows {
   const TTableText* reference = nullptr;
   const TTableText* target = nullptr;
   std::vector<const TChange*> changes;
+  std::size_t statements = 0;  // of the plan
 
   const TChange* ColumnChange(const std::string& column) const {
     const auto found = std::ranges::find_if(changes, [&](const TChange* change) {
@@ -233,7 +234,7 @@ class TRowInquiry {
       return table;
     };
     for (const TChange& change : changes) take(change.table).changes.push_back(&change);
-    for (const TPlanStatement& statement : plan) take(statement.table);
+    for (const TPlanStatement& statement : plan) ++take(statement.table).statements;
   }
 
   std::vector<TRowQuestion> Questions() {
@@ -256,15 +257,24 @@ class TRowInquiry {
     return found == table.changes.end() ? HasPrimaryKey(*table.target) : !(*found)->new_text.Empty();
   }
 
+  // Servers take a unique key without NULL for a primary one in the statement that adds it, and in no other.
+  static bool GetsUniqueKey(const TTableRows& table) {
+    if (table.target == nullptr) return true;
+    return table.statements <= 1 && std::ranges::any_of(table.changes, [&table](const TChange* change) {
+             const TElement* key = table.reference->Find(EElement::UniqueKey, change->item);
+             return IsKey(change->kind) && key != nullptr && IsKeyWithoutNull(*key, *table.reference);
+           });
+  }
+
   void AskKey(const TTableRows& table) {
     const TTableText& has = *table.reference;
     const TTableText* had = table.target;
     const bool has_key = HasUniqueKeyWithoutNull(has);
-    if (WillHavePrimaryKey(table) || (had == nullptr && has_key)) return;
+    if (WillHavePrimaryKey(table) || (has_key && GetsUniqueKey(table))) return;
     const bool had_key = had != nullptr && (HasPrimaryKey(*had) || HasUniqueKeyWithoutNull(*had));
     const bool is_own = EngineOf(has) == "innodb";
     const bool takes_key = had == nullptr && has.partitioning.empty() && !HasCounter(has);
-    const bool loses_key = had == nullptr || (had_key && !has_key);
+    const bool loses_key = had == nullptr || (had_key && !has_key && has.partitioning.empty());
     const char* sql = !is_own || !loses_key ? kStaysWithoutKey : takes_key ? kMadeWithoutKey : kLeftWithoutKey;
     questions_.push_back({has.name, "table", sql, kNoKey});
   }
