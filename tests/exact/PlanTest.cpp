@@ -108,12 +108,23 @@ TEST(PlanTest, ServersAreAskedWhetherTheyTakeTablesWithoutAPrimaryKey) {
   }
 }
 
+TEST(PlanTest, ServersThatMakeKeysForForeignKeysAreToldThatTheyStay) {
+  const std::string keys =
+      "KEY `f` (`b`), FULLTEXT KEY `x` (`b`), CONSTRAINT `f` FOREIGN KEY (`b`) REFERENCES `p` (`b`)";
+  const TSchema reference = SchemaOf({"t (`a` int, `b` text, " + keys + ")"});
+  const TSchema target = SchemaOf({"t (`b` text, " + keys + ")"});
+  const auto changes = NumberedChanges(reference, target);
+  EXPECT_EQ(Outcome({}, MakePlan(changes, reference, target)), "alter table `t` add column `a` int first -- 1\n");
+  EXPECT_EQ(Outcome({}, MakePlan(changes, reference, target, {.mysql = true})),
+            "alter table `t`\n  add column `a` int first,\n  drop key `f`,\n  add KEY `f` (`b`) -- 1\n");
+}
+
 TEST(PlanTest, ChecksGoByTheWordOfTheServer) {
   const TSchema reference = SchemaOf({"t (`a` int)"});
   const TSchema target = SchemaOf({"t (`a` int, CONSTRAINT `x` CHECK (`a` > 1))"});
   const auto changes = NumberedChanges(reference, target);
   EXPECT_EQ(MakePlan(changes, reference, target).at(0).text, "alter table `t` drop constraint `x`");
-  EXPECT_EQ(MakePlan(changes, reference, target, {.drops_checks = true}).at(0).text, "alter table `t` drop check `x`");
+  EXPECT_EQ(MakePlan(changes, reference, target, {.mysql = true}).at(0).text, "alter table `t` drop check `x`");
 }
 
 TEST(PlanTest, WhatIsStruckOutLeavesItsStatement) {

@@ -20,7 +20,7 @@ namespace {
 class TPlanner {
  public:
   TPlanner(const std::vector<TChange>& changes, const TSchema& reference, const TSchema& target,
-           const TPlanWords& words);
+           const TPlanServer& server);
   std::vector<TPlanStatement> Make();
 
  private:
@@ -42,7 +42,7 @@ class TPlanner {
 
   const TSchema& reference_;
   const TSchema& target_;
-  TPlanWords words_;
+  TPlanServer server_;
   std::deque<TTableWork> work_;  // in the order of the changes
   std::unordered_map<std::string, TTableWork*> by_name_;
   std::unordered_multimap<std::string, std::string> new_checks_;  // tables by lower-case name of the check
@@ -52,8 +52,8 @@ class TPlanner {
 };
 
 TPlanner::TPlanner(const std::vector<TChange>& changes, const TSchema& reference, const TSchema& target,
-                   const TPlanWords& words)
-    : reference_(reference), target_(target), words_(words) {
+                   const TPlanServer& server)
+    : reference_(reference), target_(target), server_(server) {
   for (const TChange& change : changes) {
     TTableWork& work = Work(change.table);
     work.changes.push_back(&change);
@@ -74,7 +74,7 @@ TTableWork& TPlanner::Work(const std::string& table) {
     work->name = table;
     work->reference = reference_.Find(table);
     work->target = target_.Find(table);
-    work->words = words_;
+    work->server = server_;
   }
   return *work;
 }
@@ -97,7 +97,7 @@ void TPlanner::FindObstacles(const TTableText& table) {
     const TForeignKeyParts& parts = key.text.ForeignKey();
     TObstacle obstacle{&key, {}};
     AddCauses(table.name, parts.columns, obstacle);
-    if (!words_.drops_checks) AddCheckCauses(table, key.name, obstacle);
+    if (!server_.mysql) AddCheckCauses(table, key.name, obstacle);
     if (parts.database.empty()) AddCauses(parts.table, parts.references, obstacle);
     if (obstacle.causes.empty()) continue;
     TTableWork& work = Work(table.name);
@@ -146,11 +146,11 @@ void TPlanner::DropForeignKeys(const TTableWork& work) {
   TAlter alter(work.name);
   for (const TChange* change : work.changes) {
     if (!IsForeignKeyChange(*change) || change->action == saAddConstraint) continue;
-    alter.Clause(DropText(EElement::ForeignKey, change->item, words_));
+    alter.Clause(DropText(EElement::ForeignKey, change->item, server_));
     alter.Makes(*change);
   }
   for (const TObstacle& obstacle : work.obstacles) {
-    alter.Clause(DropText(EElement::ForeignKey, obstacle.key->name, words_));
+    alter.Clause(DropText(EElement::ForeignKey, obstacle.key->name, server_));
     for (const TChange* cause : obstacle.causes) alter.Serves(*cause);
   }
   alter.MoveTo(plan_);
@@ -180,7 +180,7 @@ void TPlanner::DropMovedChecks(const TTableWork& work) {
   TAlter alter(work.name);
   for (const TChange* change : work.changes) {
     if (!MovesAway(*change)) continue;
-    alter.Clause(DropText(change->kind, change->item, words_));
+    alter.Clause(DropText(change->kind, change->item, server_));
     alter.Makes(*change);
   }
   alter.MoveTo(plan_);
@@ -263,7 +263,7 @@ void TPlanner::RenewHashKeys(const TTableWork& work) {
   if (std::all_of(keys.begin(), keys.end(), kept)) return;
   TAlter alter(work.name);
   for (const TElement& key : keys) {
-    alter.Clause(DropText(key.kind, key.name, words_));
+    alter.Clause(DropText(key.kind, key.name, server_));
     alter.Clause("add " + key.text.Str());
     for (const TChange* change : work.changes) alter.Serves(*change);
     for (const TObstacle& obstacle : work.obstacles)
@@ -275,8 +275,8 @@ void TPlanner::RenewHashKeys(const TTableWork& work) {
 }  // namespace
 
 std::vector<TPlanStatement> MakePlan(const std::vector<TChange>& changes, const TSchema& reference,
-                                     const TSchema& target, const TPlanWords& words) {
-  return TPlanner(changes, reference, target, words).Make();
+                                     const TSchema& target, const TPlanServer& server) {
+  return TPlanner(changes, reference, target, server).Make();
 }
 
 }  // namespace velmora

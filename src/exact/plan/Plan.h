@@ -17,8 +17,9 @@ struct TPlanStatement {
   std::string table;                // that it is about
 };
 
-struct TPlanWords {
-  bool drops_checks = false;  // "drop check", as MySQL tells them from other constraints; otherwise "drop constraint"
+// In what servers differ that take the statements.
+struct TPlanServer {
+  bool mysql = false;  // has "drop check", and lets go of a foreign key's own key where a fulltext key has its columns
 };
 
 // 1. foreign keys that go, change, or stand on a column that changes (those come back at the end), 2. dropped tables,
@@ -28,6 +29,6 @@ struct TPlanWords {
 // tables without foreign keys, 6. foreign keys added. Names in backticks. It holds what `changes` holds and nothing
 // else: a change that was struck out leaves its statement.
 std::vector<TPlanStatement> MakePlan(const std::vector<TChange>& changes, const TSchema& reference,
-                                     const TSchema& target, const TPlanWords& words = {});
+                                     const TSchema& target, const TPlanServer& server = {});
 
 }  // namespace velmora

@@ -35,14 +35,14 @@ bool SetsOption(const TChange& change, std::string_view name) {
 
 // --- Texts
 
-std::string DropText(EElement kind, const std::string& name, const TPlanWords& words) {
+std::string DropText(EElement kind, const std::string& name, const TPlanServer& server) {
   switch (kind) {
     case EElement::PrimaryKey:
       return "drop primary key";
     case EElement::ForeignKey:
       return "drop foreign key " + QuotedName(name);
     case EElement::Check:
-      return (words.drops_checks ? "drop check " : "drop constraint ") + QuotedName(name);
+      return (server.mysql ? "drop check " : "drop constraint ") + QuotedName(name);
     case EElement::Period:
       return "drop period for " + QuotedName(name);
     default:
@@ -175,7 +175,7 @@ void TTableAlters::Replace(const TElement& had, const TElement& has, const TTabl
   TAlter& drops = HasToBeGone(had, work)                                        ? first
                   : waits && (had.text.Empty() || !LosesColumn(had.text, work)) ? filled
                                                                                 : main;
-  if (!had.text.Empty()) add(drops, DropText(had.kind, had.name, work.words));
+  if (!had.text.Empty()) add(drops, DropText(had.kind, had.name, work.server));
   if (has.text.Empty()) return;
   const std::string text = "add " + has.text.Str();
   const bool is_fulltext = KindOf(has) == EElement::FulltextKey;
@@ -390,6 +390,36 @@ TElementText RemainingText(TElementText key, const TTableWork& work) {
   return key;
 }
 
+bool BeginsWith(const TElement& key, const std::vector<std::string>& columns) {
+  const std::vector<TKeyPart>& parts = key.text.KeyParts();
+  return parts.size() >= columns.size() &&
+         std::equal(columns.begin(), columns.end(), parts.begin(),
+                    [](const std::string& column, const TKeyPart& part) { return SameText(column, part.column); });
+}
+
+bool HasFulltextKey(const TTableText* table, const std::vector<std::string>& columns) {
+  return table != nullptr && std::any_of(table->elements.begin(), table->elements.end(), [&](const TElement& key) {
+           return key.kind == EElement::FulltextKey && BeginsWith(key, columns);
+         });
+}
+
+// MySQL would let go of a key that it made for a foreign key wherever a fulltext key has its columns, and then refuses
+// every statement about the table, but for one that says of the key that it is to be there.
+bool IsToBeNamed(const TElement& key, const TTableWork& work) {
+  if (!work.server.mysql || key.kind != EElement::Key) return false;
+  const TElement* foreign = work.target->Find(EElement::ForeignKey, key.name);
+  if (foreign == nullptr) return false;
+  const auto is_it = [&key](const std::string& name) { return SameText(name, key.name); };
+  const bool goes =
+      std::any_of(work.changes.begin(), work.changes.end(),
+                  [&](const TChange* change) { return IsForeignKeyChange(*change) && is_it(change->item); }) ||
+      std::any_of(work.obstacles.begin(), work.obstacles.end(),
+                  [&](const TObstacle& obstacle) { return is_it(obstacle.key->name); });
+  const std::vector<std::string>& columns = foreign->text.ForeignKey().columns;
+  return !goes && BeginsWith(key, columns) &&
+         (HasFulltextKey(work.target, columns) || HasFulltextKey(work.reference, columns));
+}
+
 }  // namespace
 
 bool DisturbsCheck(const TChange& change, const TElement& check, const TTableWork& work) {
@@ -408,6 +438,7 @@ void RenewElements(const TTableWork& work, TTableAlters& alters) {
     std::vector<const TChange*> causes;
     for (const TChange* change : work.changes)
       if (Disturbs(*change, element, work)) causes.push_back(change);
+    if (causes.empty() && IsToBeNamed(element, work)) causes = work.changes;
     if (causes.empty()) continue;
     const TElementText text = is_check ? element.text : RemainingText(element.text, work);
     alters.Replace(element, {element.kind, element.name, text}, work, nullptr, causes);

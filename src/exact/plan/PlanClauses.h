@@ -24,7 +24,7 @@ struct TTableWork {
   const TTableText* target = nullptr;
   std::vector<const TChange*> changes;
   std::vector<TObstacle> obstacles;
-  TPlanWords words{};
+  TPlanServer server{};
 };
 
 bool IsForeignKeyChange(const TChange& change);
@@ -32,8 +32,8 @@ bool IsColumnChange(const TChange& change);
 bool IsPartitionChange(const TChange& change);
 bool SetsOption(const TChange& change, std::string_view name);
 
-std::string DropText(EElement kind, const std::string& name, const TPlanWords& words);  // "drop key `k`"
-std::string Subject(const TChange& change);                                             // "key k"
+std::string DropText(EElement kind, const std::string& name, const TPlanServer& server);  // "drop key `k`"
+std::string Subject(const TChange& change);                                               // "key k"
 
 // The number of the reference system that the column's shapes are of; empty for any.
 std::string SridOf(const TElementText& column);

@@ -94,7 +94,7 @@ void TExactSync::Compare() {
         table_under_way_.clear();
         if (maker == nullptr) case_twins_ = velmora::CaseTwins(reference, target);
         CompareSchemas(target);
-        words_ = WordsOf(target);
+        server_ = PlanServerOf(target);
         Prove();
         FillLog();
         log_.LogLine("Done.");
@@ -146,25 +146,25 @@ TTableNames TExactSync::TouchedTables() const {
   return tables;
 }
 
-// The server is asked only where a check may have to go.
-TPlanWords TExactSync::WordsOf(TDBConn& target) const {
+// The server is asked only where that may matter.
+TPlanServer TExactSync::PlanServerOf(TDBConn& target) const {
   const auto* texts = dynamic_cast<TCreationTexts*>(&target);
-  const bool has_checks = std::any_of(changes_.begin(), changes_.end(), [this](const TChange& change) {
+  const bool matters = std::any_of(changes_.begin(), changes_.end(), [this](const TChange& change) {
     const TTableText* table = read_.target.schema.Find(change.table);
     return table != nullptr && std::ranges::any_of(table->elements, [](const TElement& element) {
-             return element.kind == EElement::Check;
+             return element.kind == EElement::Check || element.kind == EElement::FulltextKey;
            });
   });
-  if (!has_checks || texts == nullptr || texts->StructureScript() != nullptr) return {};
+  if (!matters || texts == nullptr || texts->StructureScript() != nullptr) return {};
   TVariant version;
   target.GetResultSQL("select version()", version);
-  return {.drops_checks = PosNoCase("mariadb", VarToText(version)) == 0};
+  return {.mysql = PosNoCase("mariadb", VarToText(version)) == 0};
 }
 
 // Every statement is read again from its text, so that what is proved is what will run.
 void TExactSync::Prove() {
   if (changes_.empty()) return;
-  plan_ = MakePlan(changes_, read_.reference.schema, read_.target.schema, words_);
+  plan_ = MakePlan(changes_, read_.reference.schema, read_.target.schema, server_);
   const TTableNames touched = TouchedTables();
   TSchema after;
   for (const TTableText& table : read_.target.schema.Tables())
@@ -227,7 +227,7 @@ std::vector<TChange> TExactSync::Changes() const {
 std::vector<TPlanStatement> TExactSync::Plan() const {
   const std::vector<TChange> left = Changes();
   if (left.size() == changes_.size()) return plan_;
-  return MakePlan(left, read_.reference.schema, read_.target.schema, words_);
+  return MakePlan(left, read_.reference.schema, read_.target.schema, server_);
 }
 
 // A script may drop what it has made.

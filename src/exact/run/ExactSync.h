@@ -89,7 +89,7 @@ class TExactSync {
   std::unique_ptr<TTextMaker> MakerFor(TDBConn& reference) const;
   void CompareSchemas(TDBConn& target);
   bool MeetsZeroDates(const std::vector<TPlanStatement>& plan) const;
-  TPlanWords WordsOf(TDBConn& target) const;
+  TPlanServer PlanServerOf(TDBConn& target) const;
   void Prove();
   TTableNames TouchedTables() const;
   void FillLog();
@@ -102,7 +102,7 @@ class TExactSync {
   TReadPair read_;
   TStringList case_twins_;
   std::vector<TChange> changes_;
-  TPlanWords words_;
+  TPlanServer server_;
   std::vector<TPlanStatement> plan_;  // of all of them
   TStringList proof_;                 // its lines in the log
   int differences_left_ = 0;

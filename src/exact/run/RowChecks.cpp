@@ -274,7 +274,8 @@ class TRowInquiry {
     const bool had_key = had != nullptr && (HasPrimaryKey(*had) || HasUniqueKeyWithoutNull(*had));
     const bool is_own = EngineOf(has) == "innodb";
     const bool takes_key = had == nullptr && has.partitioning.empty() && !HasCounter(has);
-    const bool loses_key = had == nullptr || (had_key && !has_key && has.partitioning.empty());
+    const bool partitioned = had != nullptr && !had->partitioning.empty() && !has.partitioning.empty();
+    const bool loses_key = had == nullptr || (had_key && !has_key && !partitioned);
     const char* sql = !is_own || !loses_key ? kStaysWithoutKey : takes_key ? kMadeWithoutKey : kLeftWithoutKey;
     questions_.push_back({has.name, "table", sql, kNoKey});
   }
