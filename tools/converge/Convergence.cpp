@@ -99,9 +99,10 @@ class TRun {
   void CheckSkipped();
   void Make(TLiveDatabase& database, TSchemaModel& schema);
   void LoadRows();
-  void LoadRows(const TTableModel& table, std::size_t count);
+  void ClearTheWay();
+  void LoadRows(const TTableModel& table);
   TExactSync& Exact() { return dynamic_cast<TExactDialect&>(app_.Dialect()).sync; }
-  std::size_t RowsFor(const std::string& table);
+  bool TakesRows(const std::string& table);
   void ReadRows();
   void CheckRows();
   void CheckTouched();
@@ -171,38 +172,20 @@ void TRun::Make(TLiveDatabase& database, TSchemaModel& schema) {
   result_.dropped += taken.dropped;
 }
 
-// How many rows the table may have so that nothing but a loss can come of them: servers refuse some changes over rows.
-std::size_t TRun::RowsFor(const std::string& table) {
-  std::size_t rows = 2;
-  for (const TChange& change : Exact().Changes()) {
-    if (change.table != table) continue;
-    if (change.action == saModifyColumn && !change.unsafe.empty()) return 0;
-    if (change.action == saChangeTableType && !change.unsafe.empty()) return 0;
-    // Rows may have no place in other partitions, and shapes another reference system.
-    const bool bounded = change.new_text.Str().find(" VALUES ") != std::string::npos;
-    if (change.action == saChangeTableType && bounded) return 0;
-    if (change.action == saModifyColumn && SridOf(change.old_text) != SridOf(change.new_text)) return 0;
-    const bool unique = change.kind == EElement::PrimaryKey || change.kind == EElement::UniqueKey;
-    if (unique && !change.new_text.Empty()) rows = std::min<std::size_t>(rows, 1);
-    // Rows may break a new check.
-    if (change.new_text.Str().find("json_valid") != change.old_text.Str().find("json_valid")) rows = 0;
-    if (change.action != saAddColumn) continue;
-    // There is no shape to fill the rows with, and a new counter numbers the rows before the others see them.
-    const std::string text = LowerText(change.new_text.Str());
-    static const std::set<std::string> kShapes = {
-        "vector",     "geometry",        "point",        "linestring",         "polygon",
-        "multipoint", "multilinestring", "multipolygon", "geometrycollection", "geomcollection"};
-    const std::size_t type = text.rfind("` ") == std::string::npos ? 0 : text.find("` ") + 2;
-    if (kShapes.contains(text.substr(type, text.find_first_of(" (", type) - type))) rows = 0;
-  }
-  return rows;
+// Servers refuse some changes that may lose data only where there are rows.
+bool TRun::TakesRows(const std::string& table) {
+  return std::ranges::none_of(Exact().Changes(), [&table](const TChange& change) {
+    const bool changes = change.action == saModifyColumn || change.action == saChangeTableType;
+    return change.table == table && changes && !change.unsafe.empty();
+  });
 }
 
-void TRun::LoadRows(const TTableModel& table, std::size_t count) {
+void TRun::LoadRows(const TTableModel& table) {
+  constexpr std::size_t kRows = 2;
   std::string names;
   for (const TColumnModel& column : table.columns)
     if (!column.Generated()) names += (names.empty() ? "" : ", ") + SqlName(column.name);
-  for (std::size_t row = 0; row < count; ++row) {
+  for (std::size_t row = 0; row < kRows; ++row) {
     std::string values;
     for (const TColumnModel& column : table.columns) {
       if (column.Generated()) continue;
@@ -222,7 +205,19 @@ void TRun::LoadRows(const TTableModel& table, std::size_t count) {
 }
 
 void TRun::LoadRows() {
-  for (const TTableModel& table : there_.tables) LoadRows(table, RowsFor(table.name));
+  for (const TTableModel& table : there_.tables)
+    if (TakesRows(table.name)) LoadRows(table);
+}
+
+// Rows of which is told before the run that they stand in its way, or that nobody knows: a server would refuse it.
+void TRun::ClearTheWay() {
+  for (const TRowFinding& finding : Exact().CheckRows(0)) {
+    for (const TTableModel& table : there_.tables) {
+      if (!finding.text.starts_with(table.name + ": ") || loaded_.erase(table.name) == 0) continue;
+      result_.rows -= std::stoul(Answer(target_.Connection(), "select count(*) from " + SqlName(table.name)));
+      target_.Run("delete from " + SqlName(table.name));
+    }
+  }
 }
 
 void TRun::ReadRows() {
@@ -405,6 +400,7 @@ TConvergence TRun::Go() {
   CheckTouched();
   TSchema proved = Proved();
   LoadRows();
+  ClearTheWay();
   ReadRows();
   FindHistograms();
   app_.Dialect().GenerateScript();

@@ -16,9 +16,8 @@ bool IsMySql(TLiveDatabase& database) {
 
 TKeyRules::TKeyRules(std::uint64_t seed, TLiveDatabase& reference, TLiveDatabase& target)
     : target_(target), mysql_(IsMySql(target)), random_(seed) {
-  if (!mysql_) return;
   for (TLiveDatabase* side : {&reference, &target})
-    if (random_.Chance(20)) side->Run("set sql_generate_invisible_primary_key = 1");
+    if (IsMySql(*side) && random_.Chance(20)) side->Run("set sql_generate_invisible_primary_key = 1");
 }
 
 void TKeyRules::Set() {
