@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "exact/compare/ExpressionForm.h"
 #include "exact/compare/ServerDefaults.h"
 #include "mysqltext/Charsets.h"
 #include "mysqltext/ColumnParts.h"
@@ -270,6 +271,17 @@ void AddCheck(TTokens tokens, std::size_t body, TCanonicalForm& form) {
 
 bool IsEngineWord(const TToken& token) { return IsKeyword(token, "engine"); }
 
+// What partitions are chosen by, in brackets at `at`; products print it in spellings of their own.
+bool AddPartitionExpression(TTokens tokens, std::size_t& at, TCanonicalTokens& result) {
+  const TToken& kind = TokenAt(tokens, at - 1);
+  if (!tokens[at].Is("(") || !(kind.Is("hash") || kind.Is("range") || kind.Is("list"))) return false;
+  const std::size_t after = AfterGroup(tokens, at);
+  const auto form = ReadExpressionForm(tokens.subspan(at, after - at));
+  if (form) result.push_back({EToken::Word, form->text});
+  if (form) at = after - 1;
+  return form.has_value();
+}
+
 }  // namespace
 
 std::string EngineOf(const TTableText& table) {
@@ -314,6 +326,7 @@ TCanonicalTokens CanonicalPartitioning(const TTableText& table) {
   TCanonicalTokens result;
   for (std::size_t at = 0; at + 1 < tokens.size(); ++at) {
     if (tokens[at].Is("=")) continue;
+    if (at > 0 && AddPartitionExpression(tokens, at, result)) continue;
     const std::size_t value = TokenAt(tokens, at + 1).Is("=") ? at + 2 : at + 1;
     // The engine of a partition is that of its table.
     if (IsEngineWord(tokens[at]) && SameText(TokenAt(tokens, value).text, engine)) {

@@ -98,15 +98,22 @@ bool ServerKnows(TDBConn& server, const TSetName& set) {
   return true;
 }
 
-std::string UnknownNames(TDBConn& target, const std::string& text, const std::map<std::string, std::string>& texts,
-                         std::map<TSetName, bool>& known) {
+bool IsPlainName(std::string_view name) {
+  return !name.empty() &&
+         std::ranges::all_of(name, [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_'; });
+}
+
+}  // namespace
+
+std::string TKnownSets::UnknownIn(const std::string& text) {
   std::string reasons;
   for (const TSetName& set : NamesIn(text)) {
-    const auto [entry, fresh] = known.emplace(set, true);
+    const auto [entry, fresh] = known_.emplace(std::pair(set.name, set.collation), true);
     if (fresh) {
-      const bool used = std::ranges::any_of(
-          texts, [&](const auto& table) { return table.second.find(set.name) != std::string::npos; });
-      entry->second = used || ServerKnows(target, set);
+      const bool used = texts_ != nullptr && std::ranges::any_of(*texts_, [&](const auto& table) {
+                          return table.second.find(set.name) != std::string::npos;
+                        });
+      entry->second = used || ServerKnows(server_, set);
     }
     if (entry->second) continue;
     reasons += (reasons.empty() ? "" : "; ") +
@@ -114,13 +121,6 @@ std::string UnknownNames(TDBConn& target, const std::string& text, const std::ma
   }
   return reasons;
 }
-
-bool IsPlainName(std::string_view name) {
-  return !name.empty() &&
-         std::ranges::all_of(name, [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_'; });
-}
-
-}  // namespace
 
 void AddToCollationMap(const std::string& mapping, TCollationMap& map) {
   const std::size_t sign = mapping.find('=');
@@ -149,9 +149,10 @@ void MapCollations(const TCollationMap& map, std::string& ddl) {
 
 void MarkUnknownCollations(TDBConn& target, const std::map<std::string, std::string>& texts,
                            std::vector<TChange>& changes) {
-  std::map<TSetName, bool> known;
+  TKnownSets known(target);
+  known.Believe(texts);
   for (TChange& change : changes) {
-    const std::string reasons = UnknownNames(target, change.new_text.Str(), texts, known);
+    const std::string reasons = known.UnknownIn(change.new_text.Str());
     if (!reasons.empty()) change.unsafe += (change.unsafe.empty() ? "" : "; ") + reasons;
   }
 }

@@ -424,9 +424,11 @@ class TExpressionReader {
     ++at_;
     if (prefix == "x" || prefix == "b") return {Hexadecimal(value, prefix == "b")};
     while (Token().kind == EToken::String && PrefixOf(Token()).empty()) value += ValueOf(tokens_[at_++]);
-    const bool ascii = std::all_of(value.begin(), value.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
     const bool any_set = prefix.empty() || prefix == "n" || prefix.starts_with("_utf8");
-    const bool plain = any_set || (ascii && prefix != "_binary");
+    const auto letters =
+        prefix == "_binary" || any_set ? std::nullopt : LettersOf(value, CharsetName(prefix.substr(1)));
+    const bool plain = any_set || letters;
+    value = letters.value_or(value);
     known_ = known_ && plain;
     return {(plain ? "" : prefix) + QuotedText(value)};
   }
@@ -612,6 +614,19 @@ class TExpressionReader {
 };
 
 }  // namespace
+
+bool IsSharedFunction(std::string_view name) {
+  static constexpr std::string_view kWords =
+      " in and or xor not is between like when then else case div mod as interval cast convert trim extract position "
+      "substring mid date_add date_sub adddate subdate timestampadd char rand signed unsigned decimal binary regexp "
+      "hash key range columns list values than linear by to_seconds partition subpartition partitions isnull instr "
+      "date "
+      "time ";
+  if (name == "regexp_like") return false;  // MySQL's name of what both have as an operator
+  const std::string_view synonym = Mapped(kSynonyms, name);
+  const std::string word = " " + std::string(synonym.empty() ? name : synonym) + " ";
+  return kFunctions.find(word) != std::string_view::npos || kWords.find(word) != std::string_view::npos;
+}
 
 std::optional<TExpressionForm> ReadExpressionForm(TTokens tokens) {
   try {

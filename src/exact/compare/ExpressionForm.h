@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "mysqltext/KeyText.h"
 
@@ -18,5 +19,9 @@ struct TExpressionForm {
 
 // Nothing for what cannot be read to its end. Bounded in depth, to which operators in a row count.
 std::optional<TExpressionForm> ReadExpressionForm(TTokens tokens);
+
+// Whether MySQL and MariaDB both have the function, in lower case, and print calls of it alike but for what the form of
+// an expression settles; true for words that are no functions and may stand before a bracket.
+bool IsSharedFunction(std::string_view name);
 
 }  // namespace velmora

@@ -16,6 +16,7 @@ namespace velmora {
 // In what servers differ.
 struct TServerTraits {
   bool mysql = false;               // as against MariaDB
+  int version = 0;                  // 101106 for 10.11.6; 0 where nobody knows, for the newest
   bool inline_references = true;    // within a column they make foreign keys
   bool explicit_timestamps = true;  // a timestamp of which nothing else is said may be null
   bool local_time_of_day = false;   // localtime has no date

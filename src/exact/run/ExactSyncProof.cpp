@@ -1,6 +1,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "exact/compare/SameExpressions.h"
 #include "exact/run/ExactSync.h"
 #include "exact/run/ScratchDatabase.h"
 #include "util/Errors.h"
@@ -24,6 +25,20 @@ void RunNamed(TScratchDatabase& scratch, const std::string& statement, Message m
   } catch (const EMySqlException& error) {
     RaiseError(message(error.what()));
   }
+}
+
+// The reference with the expressions that the server has printed, where they say the same.
+TSchema PrintedAs(const TSchema& after, const TSchema& reference) {
+  TSchema printed;
+  for (TTableText table : reference.Tables()) {
+    const TTableText* there = after.Find(table.name);
+    try {
+      if (there != nullptr) AdoptExpressions(table, *there);
+    } catch (const EVelmora&) {  // nobody knows, and so they differ
+    }
+    printed.Add(std::move(table));
+  }
+  return printed;
 }
 
 }  // namespace
@@ -60,7 +75,7 @@ int TExactSync::VerifyOnServer(const TScratchPorts& ports) {
       },
       [this] { progress_.Finish(); });
   TEquivalenceUse use = Equivalences;
-  return static_cast<int>(SchemaChanges(read_.reference.schema, after, use).size());
+  return static_cast<int>(SchemaChanges(PrintedAs(after, read_.reference.schema), after, use).size());
 }
 
 }  // namespace velmora

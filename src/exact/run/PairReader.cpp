@@ -13,9 +13,12 @@
 #include "core/CreationTexts.h"
 #include "core/Host.h"
 #include "core/Meta.h"
+#include "exact/compare/Dependence.h"
 #include "exact/compare/PrintedTable.h"
 #include "exact/compare/Safety.h"
 #include "exact/compare/ServerCompletion.h"
+#include "exact/compare/ServerLanguage.h"
+#include "exact/compare/Translation.h"
 #include "exact/plan/FileSchema.h"
 #include "mysqltext/ElementText.h"
 #include "util/Errors.h"
@@ -31,6 +34,8 @@ constexpr char kLeftAlone[] = "Left alone: %s %s of the %s";
 constexpr char kObsoleteAlone[] = "Left alone: table %s, which the target alone has";
 constexpr char kVersionedAlone[] = "Left alone: system-versioned table %s";
 constexpr char kIsVersioned[] = "it is system-versioned, and differs";
+constexpr char kMissing[] = "%s does not have: %s";
+constexpr char kBeside[] = "it refers to table %s, which is skipped";
 constexpr char kIsOther[] = "there is a %s of this name";
 
 // Tables whose texts are taken of one side before those of the other: its server answers meanwhile.
@@ -92,17 +97,18 @@ struct TSideReader {
 
 constexpr char UpperChar(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
+TServerTraits VersionOf(TDBConn& server) {
+  TVariant value;
+  server.GetResultSQL("select version()", value);
+  return ReadServerTraits(VarToText(value));
+}
+
 // In what the server differs; the newest MariaDB where neither side is one.
 TServerTraits TraitsOf(TDBConn& conn) {
-  TServerTraits traits;
   const auto* texts = dynamic_cast<TCreationTexts*>(&conn);
-  if (texts == nullptr || texts->StructureScript() != nullptr) return traits;
+  if (texts == nullptr || texts->StructureScript() != nullptr) return {};
+  TServerTraits traits = VersionOf(conn);
   TVariant value;
-  conn.GetResultSQL("select version()", value);
-  traits.mysql = PosNoCase("mariadb", VarToText(value)) == 0;
-  constexpr double kFirstWithInlineReferences = 9;
-  traits.inline_references =
-      !traits.mysql || std::strtod(VarToText(value).c_str(), nullptr) >= kFirstWithInlineReferences;
   // What it is for whoever runs the file: our own session has every timestamp spelt out.
   conn.GetResultSQL("select @@global.explicit_defaults_for_timestamp", value);
   traits.explicit_timestamps = VarToText(value) != "0";
@@ -152,6 +158,7 @@ class TPairReader {
 
   void Read() {
     ReadFiles();
+    AskLanguages();
     const TDatabaseObjects wanted = ListOthers(reference_);
     const TDatabaseObjects there = ListOthers(target_);
     // What is no table is not known of a reference without texts.
@@ -194,6 +201,14 @@ class TPairReader {
       table_under_way_ = table;
     });
     table_under_way_.clear();
+  }
+
+  // Servers of two products or releases do not have the same things.
+  void AskLanguages() {
+    if (reference_.file != nullptr || target_.file != nullptr || reference_.maker != nullptr) return;
+    reference_server_ = VersionOf(reference_.conn);
+    server_ = VersionOf(target_.conn);
+    across_ = !SpeakAlike(reference_server_, server_);
   }
 
   TDatabaseObjects ListOthers(TSideReader& side) {
@@ -342,6 +357,7 @@ class TPairReader {
     if (!Complete(reading[0], reading[1]) || !Complete(reading[1], reading[0])) return;
     if (MayDifferUnseen(reading[0], reading[1], table)) return;
     if (LeftAlone(reading[0].table, reading[1].table, table)) return;
+    if (across_ && !TakeAcross(reading[0], reading[1])) return;
     TTaken& taken = taken_.emplace_back();
     taken.reference = reading[0].Give();
     taken.target = reading[1].Give();
@@ -387,6 +403,23 @@ class TPairReader {
     }
   }
 
+  // The reference's table as the target's server would have it. False where that has no words for it.
+  bool TakeAcross(TReading& reference, const TReading& target) {
+    if (reference.text == nullptr) return true;
+    TTableText& table = reference.table;
+    try {
+      TranslateTable(table, reference_server_, server_);
+      const TStringList missing = MissingOn(server_, table, reference_server_.mysql != server_.mysql);
+      if (!missing.empty()) RaiseError(Format(kMissing, ServerName(server_), JoinList(missing, "; ")));
+      if (reference_server_.mysql != server_.mysql)
+        CompleteTable(table, target.text == nullptr ? nullptr : &target.table, server_);
+      return true;
+    } catch (const EVelmora& error) {
+      Skip(reference.side, table.name, error.what());
+      return false;
+    }
+  }
+
   // A script leaves to its server what the other side tells. False where the table cannot be followed.
   bool Complete(TReading& of, const TReading& other) {
     if (of.side.file == nullptr || of.text == nullptr) return true;
@@ -422,7 +455,7 @@ class TPairReader {
     try {
       const bool maps = &of.side == &reference_ && !collations_.empty();
       if (of.side.file == nullptr)
-        of.table = ReadPrintedTable(*of.text);
+        of.table = ReadPrintedTable(across_ ? WithoutMarks(*of.text) : *of.text);
       else
         of.table = of.made != nullptr && !maps ? *of.made : ReadTableWithoutRawLineEnds(*of.text, Tokens(*of.text));
       // The reference's own sequences are to be the target's.
@@ -452,6 +485,9 @@ class TPairReader {
   };
 
   void FillSchemas() {
+    if (across_) LeaveTogether();
+    while (!pair_.skipped.empty() && LeaveDependents()) {
+    }
     TTableNames changing;
     for (const TTaken& taken : taken_) {
       if (taken.reference != nullptr) changing.insert(LowerText(taken.reference->name));
@@ -463,6 +499,43 @@ class TPairReader {
       if (taken.reference != nullptr) pair_.reference.schema.Add(std::move(*taken.reference));
       if (taken.target != nullptr) pair_.target.schema.Add(std::move(*taken.target));
     }
+  }
+
+  // Leaves what the reference's tables cannot have together on the target's server, and names that this does not know.
+  void LeaveTogether() {
+    std::vector<const TTableText*> tables;
+    for (const TTaken& taken : taken_)
+      if (taken.reference != nullptr) tables.push_back(taken.reference.get());
+    std::map<std::string, std::string> reasons = MissingTogether(server_, tables);
+    TKnownSets known(target_.conn);
+    for (const TTableText* table : tables)
+      if (std::string unknown = known.UnknownIn(reference_.read.texts.at(table->name)); !unknown.empty())
+        reasons[table->name] = std::move(unknown);
+    LeaveWhere([&](const TTaken& taken) {
+      const auto reason = reasons.find(taken.reference == nullptr ? "" : taken.reference->name);
+      return reason == reasons.end() ? "" : Format(kMissing, ServerName(server_), reason->second);
+    });
+  }
+
+  // Tables whose changes need what a skipped table may not have. False when there is none.
+  bool LeaveDependents() {
+    TTableNames skipped;
+    for (const TSkippedTable& table : pair_.skipped) skipped.insert(table.table);
+    return LeaveWhere([&](const TTaken& taken) {
+      const std::string parent = ChangesBeside(taken.reference.get(), taken.target.get(), skipped);
+      return parent.empty() ? "" : Format(kBeside, parent);
+    });
+  }
+
+  // Skips tables for which there is a reason.
+  template <class Reason>
+  bool LeaveWhere(Reason reason) {
+    const auto left = std::erase_if(taken_, [&](const TTaken& taken) {
+      const std::string why = reason(taken);
+      if (!why.empty()) Skip(reference_, taken.reference->name, why);
+      return !why.empty();
+    });
+    return left > 0;
   }
 
   // Two scripts may both leave to the server what it makes of the table.
@@ -495,8 +568,10 @@ class TPairReader {
   const TCollationMap& collations_;
   TProgress& progress_;
   std::string& table_under_way_;
-  TServerTraits server_;
-  std::vector<TTaken> taken_;  // in the order in which they were read
+  TServerTraits server_;            // the target's, or of a script's other side
+  TServerTraits reference_server_;  // where both sides are servers
+  bool across_ = false;             // and do not speak alike
+  std::vector<TTaken> taken_;       // in the order in which they were read
 };
 
 TChange WholeTable(TSyncAction action, const TTableText& table) {

@@ -1,0 +1,54 @@
+// Tables of one server as another one would have them.
+
+#include <gtest/gtest.h>
+
+#include "exact/compare/ServerLanguage.h"
+#include "exact/compare/Translation.h"
+#include "support/CaseFile.h"
+
+namespace velmora::testing {
+namespace {
+
+std::string Across(const TServerTraits& from, const TServerTraits& to, const std::string& table) {
+  const std::size_t options = table.find(" @");
+  TTableText read =
+      ReadTableText(WithoutMarks("create table t (" + table.substr(0, options) + ") " + table.substr(options + 2)));
+  TranslateTable(read, from, to);
+  const TStringList missing = MissingOn(to, read, from.mysql != to.mysql);
+  if (!missing.empty()) return "without " + JoinList(missing, "; ");
+  std::string told;
+  for (const TElement& element : read.elements) told += (told.empty() ? "" : ", ") + element.text.Str();
+  for (const TTableOption& option : read.options) told += " " + option.name + "=" + option.value;
+  return told;
+}
+
+TEST(AcrossServers, TablesAreTranslatedOrWhatIsMissingIsNamed) {
+  for (TStringList& cells : CaseRows("exact/across.txt")) {
+    cells.resize(4);
+    EXPECT_EQ(Across(ReadServerTraits(cells[0]), ReadServerTraits(cells[1]), cells[2]), cells[3])
+        << cells[0] << " | " << cells[1] << " | " << cells[2];
+  }
+}
+
+TEST(AcrossServers, TablesMayNotStandTogether) {
+  const TTableText tables[] = {
+      ReadTableText("create table a (x int, key (x), constraint c check (x > 0))"),
+      ReadTableText(
+          "create table b (x int, constraint C check (x > 0), constraint f foreign key (x) references a (x))"),
+      ReadTableText("create table d (x int, constraint f foreign key (x) references a (x))")};
+  const std::vector<const TTableText*> all = {&tables[0], &tables[1], &tables[2]};
+  const auto told = [&](const char* version) {
+    std::string lines;
+    for (const auto& [table, reason] : MissingTogether(ReadServerTraits(version), all))
+      lines += table + ": " + reason + "\n";
+    return lines;
+  };
+  EXPECT_EQ(told("10.11.6-MariaDB"), "");
+  EXPECT_EQ(told("8.0.36"), "b: check C, a name that a check of table a has, too, which MySQL does not take\n");
+  EXPECT_EQ(told("9.7.4"),
+            "b: foreign key f, to columns that no unique key of table a consists of\n"
+            "d: foreign key f, to columns that no unique key of table a consists of\n");
+}
+
+}  // namespace
+}  // namespace velmora::testing
