@@ -63,7 +63,7 @@ constexpr std::array<TReset, 34> kResets = {{{"AUTO_INCREMENT", "1"},
                                              {"STATS_PERSISTENT", "DEFAULT"},
                                              {"STATS_SAMPLE_PAGES", "DEFAULT"},
                                              {"STORAGE", ""},
-                                             {"TABLESPACE", ""},
+                                             {"TABLESPACE", "`innodb_file_per_table`"},
                                              {"TRANSACTIONAL", "DEFAULT"},
                                              {"UNION", "()"}}};
 

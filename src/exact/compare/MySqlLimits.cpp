@@ -20,6 +20,7 @@ constexpr char kOfCounter[] = "what is computed of a counter (%s %s)";
 constexpr char kOfLater[] = "what is computed of a later column with a computed default (%s %s)";
 constexpr char kMemory[] = "computed defaults in this engine (%s %s)";
 constexpr char kVirtualKey[] = "keys over virtual columns in this engine (%s %s)";
+constexpr char kPartitioned[] = "such keys of partitioned tables (%s %s)";
 constexpr char kDescending[] = "descending keys in this engine (%s %s)";
 constexpr char kVirtualParent[] = "foreign keys to virtual columns (%s %s)";
 constexpr char kCheckedRule[] = "checks of columns that a foreign key changes (%s %s)";
@@ -99,6 +100,8 @@ class TLimits {
   void FindInKey(const TElement& key) {
     const std::vector<std::string> columns = KeyColumns(key);
     const bool on_virtual = std::any_of(columns.begin(), columns.end(), [&](auto& name) { return IsVirtual(name); });
+    const bool plain = key.kind != EElement::FulltextKey && key.kind != EElement::SpatialKey;
+    if (!plain && !table_.partitioning.empty()) Add(kPartitioned, key);
     if (engine_ == "innodb") return;
     if (on_virtual) Add(kVirtualKey, key);
     const TTokens tokens = key.text.Tokens();

@@ -1,6 +1,7 @@
 #include "exact/compare/PrintedTable.h"
 
 #include "exact/compare/ServerForm.h"
+#include "exact/compare/Translation.h"
 #include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
 #include "util/Errors.h"
@@ -29,12 +30,14 @@ void CheckForeignKey(const TTableText& table, const TElement& key) {
 
 }  // namespace
 
-TTableText ReadPrintedTable(const std::string& text) {
+TTableText ReadPrintedTable(const std::string& text, bool marks) {
   const std::size_t zero = text.find('\0');
   if (zero != std::string::npos) RaiseError(Format(kZeroByte, LineOf(text, zero)));
   const bool doubled = text.find("``") != std::string::npos && text.find(" FOREIGN KEY (") != std::string::npos;
   try {
-    TTableText table = ReadTableWithoutRawLineEnds(text, Tokens(text));
+    const std::string unmarked = marks ? "" : WithoutMarks(text);
+    const std::string& read = marks ? text : unmarked;
+    TTableText table = ReadTableWithoutRawLineEnds(read, Tokens(read));
     for (const TElement& element : table.elements)
       if (doubled && element.kind == EElement::ForeignKey) CheckForeignKey(table, element);
     return table;

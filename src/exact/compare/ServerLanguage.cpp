@@ -172,8 +172,7 @@ class TMissing {
   void FindInForeignKey(const TElement& key) {
     constexpr int kPrints = 101119;
     if (server_.mysql || (server_.version >= kPrints && server_.version / 100 == kPrints / 100)) return;
-    if (key.text.Str().find("``", key.text.Tokens()[std::min<std::size_t>(2, key.text.Tokens().size() - 1)].start) !=
-        std::string::npos)
+    if (key.text.Str().find("``") != std::string::npos)
       Add("names with back quotes, so that it prints them,", "foreign key", place_);
   }
 

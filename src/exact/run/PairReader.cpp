@@ -455,7 +455,7 @@ class TPairReader {
     try {
       const bool maps = &of.side == &reference_ && !collations_.empty();
       if (of.side.file == nullptr)
-        of.table = ReadPrintedTable(across_ ? WithoutMarks(*of.text) : *of.text);
+        of.table = ReadPrintedTable(*of.text, !across_);
       else
         of.table = of.made != nullptr && !maps ? *of.made : ReadTableWithoutRawLineEnds(*of.text, Tokens(*of.text));
       // The reference's own sequences are to be the target's.
