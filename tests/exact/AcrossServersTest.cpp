@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "exact/compare/Dependence.h"
 #include "exact/compare/ServerLanguage.h"
 #include "exact/compare/Translation.h"
 #include "support/CaseFile.h"
@@ -48,6 +49,32 @@ TEST(AcrossServers, TablesMayNotStandTogether) {
   EXPECT_EQ(told("9.7.4"),
             "b: foreign key f, to columns that no unique key of table a consists of\n"
             "d: foreign key f, to columns that no unique key of table a consists of\n");
+}
+
+TEST(AcrossServers, TablesAreSkippedWithThoseOnWhichTheirChangesHang) {
+  struct TCase {
+    std::string there;
+    std::string wanted;
+    std::string told;
+  };
+  const TTableText skipped = ReadTableText("create table s (p int, constraint f foreign key (p) references t (a))");
+  const TCase cases[] = {{"a int, b int, key (a)", "a bigint, b int, key (a)", "below s"},
+                         {"a int, b int, unique key k (a)", "a int, b int, key k (a)", "below s"},
+                         {"a int, b int, key (a)", "a int, b bigint, key (a)", ""},
+                         {"a int, b int", "a int, b int, constraint g foreign key (b) references s (p)", "beside s"},
+                         {"a int, b int, constraint g foreign key (b) references s (p)",
+                          "a int, b bigint, constraint g foreign key (b) references s (p)", "beside s"},
+                         {"a int, b int, constraint g foreign key (b) references s (p)",
+                          "a int, b int, c int, constraint g foreign key (b) references s (p)", ""},
+                         {"a int, b int, constraint g foreign key (b) references s (p)", "a int, b int", ""}};
+  for (const TCase& c : cases) {
+    const TTableText there = ReadTableText("create table t (" + c.there + ")");
+    const TTableText wanted = ReadTableText("create table t (" + c.wanted + ")");
+    const std::string beside = ChangesBeside(&wanted, &there, {"s"});
+    const std::string below = ChangesBelow(&wanted, &there, {skipped});
+    EXPECT_EQ((beside.empty() ? "" : "beside " + beside) + (below.empty() ? "" : "below " + below), c.told)
+        << c.there << " | " << c.wanted;
+  }
 }
 
 }  // namespace

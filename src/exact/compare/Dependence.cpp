@@ -19,11 +19,23 @@ std::vector<const TElement*> ForeignKeysTo(const TTableText* table, const std::u
   return found;
 }
 
+bool Holds(const std::vector<std::string>& names, const std::string& name) {
+  return std::any_of(names.begin(), names.end(), [&](auto& other) { return SameText(other, name); });
+}
+
 bool Touches(const TChange& change, const TElement& foreign_key) {
   if (change.kind == EElement::ForeignKey) return SameText(change.item, foreign_key.name);
-  const std::vector<std::string>& columns = foreign_key.text.ForeignKey().columns;
   return change.kind == EElement::Column && !change.moved_only &&
-         std::any_of(columns.begin(), columns.end(), [&](auto& column) { return SameText(column, change.item); });
+         Holds(foreign_key.text.ForeignKey().columns, change.item);
+}
+
+// Whether what changes is one of these columns, or a key that they may need.
+bool ChangesOneOf(const TChange& change, const std::vector<std::string>& columns) {
+  if (change.old_text.Empty() || change.moved_only) return false;
+  if (change.kind == EElement::Column) return Holds(columns, change.item);
+  if (!IsKey(change.kind)) return false;
+  const std::vector<TKeyPart>& parts = change.old_text.KeyParts();
+  return !parts.empty() && Holds(columns, parts.front().column);
 }
 
 }  // namespace
@@ -38,6 +50,19 @@ std::string ChangesBeside(const TTableText* reference, const TTableText* target,
   for (const TElement* key : wanted)
     for (const TChange& change : changes)
       if (Touches(change, *key)) return key->text.ForeignKey().table;
+  return {};
+}
+
+std::string ChangesBelow(const TTableText* reference, const TTableText* target, const std::vector<TTableText>& others) {
+  if (reference == nullptr || target == nullptr) return {};
+  for (const TTableText& other : others) {
+    const auto keys = ForeignKeysTo(&other, {target->name});
+    if (keys.empty()) continue;
+    TEquivalenceUse use;
+    for (const TChange& change : CompareTableTexts(*reference, *target, use))
+      for (const TElement* key : keys)
+        if (ChangesOneOf(change, key->text.ForeignKey().references)) return other.name;
+  }
   return {};
 }
 

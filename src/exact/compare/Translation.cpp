@@ -220,7 +220,7 @@ class TTranslator {
     std::erase_if(table_.options, [](const TTableOption& option) {
       if (!InList(option.name, {"COMPRESSION", "ENCRYPTION", "AUTOEXTEND_SIZE", "SECONDARY_ENGINE"})) return false;
       const auto reset = OptionResetValue(option);
-      return reset && OptionValue(option) == OptionValue({option.name, std::string(*reset)});
+      return reset && SameText(OptionValue(option), OptionValue({option.name, std::string(*reset)}));
     });
   }
 

@@ -36,6 +36,7 @@ constexpr char kVersionedAlone[] = "Left alone: system-versioned table %s";
 constexpr char kIsVersioned[] = "it is system-versioned, and differs";
 constexpr char kMissing[] = "%s does not have: %s";
 constexpr char kBeside[] = "it refers to table %s, which is skipped";
+constexpr char kBelow[] = "table %s, which is skipped, refers to what changes of it";
 constexpr char kIsOther[] = "there is a %s of this name";
 
 // Tables whose texts are taken of one side before those of the other: its server answers meanwhile.
@@ -517,14 +518,26 @@ class TPairReader {
     });
   }
 
-  // Tables whose changes need what a skipped table may not have. False when there is none.
+  // Tables whose changes need what a skipped table may not have, or what it refers to. False when there is none.
   bool LeaveDependents() {
     TTableNames skipped;
     for (const TSkippedTable& table : pair_.skipped) skipped.insert(table.table);
+    std::vector<TTableText> stay;
+    for (const std::string& name : skipped)
+      if (const auto text = target_.read.texts.find(name); text != target_.read.texts.end()) AddTo(stay, text->second);
     return LeaveWhere([&](const TTaken& taken) {
       const std::string parent = ChangesBeside(taken.reference.get(), taken.target.get(), skipped);
-      return parent.empty() ? "" : Format(kBeside, parent);
+      if (!parent.empty()) return Format(kBeside, parent);
+      const std::string child = ChangesBelow(taken.reference.get(), taken.target.get(), stay);
+      return child.empty() ? "" : Format(kBelow, child);
     });
+  }
+  static void AddTo(std::vector<TTableText>& tables, const std::string& text) {
+    try {
+      tables.push_back(ReadPrintedTable(text));
+    } catch (const EVelmora&) {
+      // It is skipped for that, and told.
+    }
   }
 
   // Skips tables for which there is a reason.
