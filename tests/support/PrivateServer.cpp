@@ -198,10 +198,6 @@ int FreePort() {
 
 TPrivateServer::TPrivateServer(std::vector<std::string> options, std::string name)
     : options_(std::move(options)), name_(std::move(name)) {
-  if (const char* socket = std::getenv("VELMORA_SERVER_SOCKET")) {
-    socket_ = socket;
-    return;
-  }
   const std::string made = DataTemplate(name_);
   folder_ = MakeFolder();
   lock_ = LockFolder(folder_);
@@ -217,7 +213,6 @@ TPrivateServer::TPrivateServer(std::vector<std::string> options, std::string nam
 }
 
 TPrivateServer::~TPrivateServer() {
-  if (folder_.empty()) return;
   Kill();  // nobody reads its data again, and a clean end takes some servers seconds
   RemoveFolder();
 }

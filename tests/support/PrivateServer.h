@@ -11,7 +11,6 @@ namespace velmora::testing {
 std::string ChosenServer();
 // True when the servers of tests are MySQL's, whose words for tests' own needs are others than MariaDB's.
 bool OnMySQL();
-inline constexpr char kMariaDbAlone[] = "what is said and answered are MariaDB's";
 std::string UserName();  // of this process's user at the system
 // A table for a "from" that all of them know: the numbers from 1 in its column seq, in this order.
 std::string Numbers(int last);
@@ -21,8 +20,6 @@ std::string Numbers(int last);
 //
 // It is the system's MariaDB, or what the environment variable VELMORA_TEST_SERVER or `name` names of what
 // scripts/fetch-server has brought.
-//
-// With VELMORA_SERVER_SOCKET in the environment it is the server that listens there, which is left running.
 //
 // Should the program die, the server dies with it, and its folder is cleared away by the next server that is started.
 class TPrivateServer {

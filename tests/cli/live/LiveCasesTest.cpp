@@ -51,7 +51,6 @@ class TCaseDatabases {
 class LiveCases : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(LiveCases, PrintWhatIsWritten) {
-  if (OnMySQL() && !InList(GetParam(), {"connections", "user_scripts"})) GTEST_SKIP() << kMariaDbAlone;
   TCaseDatabases databases;
   EXPECT_EQ(
       TranscriptDifference(kCases + GetParam() + ".txt", {RunLive, std::bind_front(&TCaseDatabases::Step, &databases)}),

@@ -3,7 +3,9 @@
 create table child (id int primary key, p int, q int references later (id),
   foreign key (p) references later (id) on delete cascade, unique (p, q), unique key (q));
 create table later (id int primary key, at timestamp, name char(3), key (name), fulltext (name));
-create or replace table later (id int primary key, code varchar(2000), key (code), constraint `check` check (id <> 7));
+/*M!100100 create or replace table later (id int primary key, code varchar(2000), key (code), constraint `check` check (id <> 7)) */;
+/*!80000 drop table later */;
+/*!80000 create table later (id int primary key, code varchar(2000), key (code(700)), constraint `check` check (id <> 7)) */;
 create temporary table work (a int);
 drop temporary table work;
 create table gone (a int); drop table gone;

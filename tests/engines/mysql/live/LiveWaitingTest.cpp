@@ -69,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(Clients, LiveWaitingTest, ::testing::Bool(), testing::C
 TEST_P(LiveWaitingTest, MessagesRunWhileAStatementDoesAndResultsAreTheSame) {
   auto connection = Connected();
   EXPECT_EQ(Answer(*connection, "select sleep(0.4)"), "0");
-  EXPECT_GT(pumped_, 10);
+  EXPECT_GT(pumped_, 2);  // however busy the machine is
   EXPECT_EQ(waiting_->Waited(), std::nullopt);
   EXPECT_EQ(NumberOf(*connection, "select mysql.no_such_function()"), 1305);
 
