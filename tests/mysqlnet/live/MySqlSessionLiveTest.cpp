@@ -85,23 +85,6 @@ TEST_F(SessionLive, WaysToLogIn) {
   if (!OnMySQL()) Run("set global secure_auth = 1");
 }
 
-// The password is shown once, sealed; after that the server knows enough to believe a token.
-TEST_F(SessionLive, ASealedPasswordIsAskedForOnce) {
-  if (!OnMySQL()) GTEST_SKIP() << "MySQL's way to log in";
-  Connect();
-  Run("drop user if exists once");
-  Run("create user once identified with caching_sha2_password by 'se cret'");
-  for (const bool known : {false, true}) {
-    session.login_rules.guarded = true;
-    EXPECT_THAT(MessageOf([&] { Connect("once", "se cret"); }),
-                HasSubstr(known ? "nothing raised" : "sealed with a key"));
-    session.login_rules.guarded = false;
-    Connect("once", "se cret");
-  }
-  Connect();
-  Run("drop user once");
-}
-
 TEST_F(SessionLive, LongPacketsAndFrames) {
   Connect();
   Run("set global max_allowed_packet = 67108864");

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <thread>
 
 #include "support/LiveDatabase.h"
@@ -13,6 +14,7 @@
 #include "support/Relay.h"
 #include "support/ScratchFolder.h"
 #include "util/Errors.h"
+
 #include "util/Format.h"
 
 namespace velmora {
@@ -131,6 +133,44 @@ TEST_P(LiveConnection, AccountsThatLetNobodyIn) {
                 HasSubstr(message));
     database.Run("drop user 'barred'@'%'");
   }
+}
+
+// A password that a server does not know yet leaves over TLS or sealed; caching_sha2_password then believes a token.
+TEST_P(LiveConnection, WaysToProveAPassword) {
+  constexpr char kIn[] = "nothing raised";
+  const char* const unsealed = GetParam() ? "sealed with a key" : kIn;  // the library asks for the key by itself
+  const struct {
+    const char* identified;  // where the server has this way
+    ETls tls;
+    bool key;  // that the server sends may be used
+    const char* first;
+    const char* later;  // without TLS and key
+  } kCases[] = {
+      {"identified with caching_sha2_password by 'p'", ETls::Preferred, false, kIn, kIn},
+      {"identified with caching_sha2_password by 'p'", ETls::Off, true, kIn, kIn},
+      {"identified with caching_sha2_password by 'p'", ETls::Off, false, unsealed, unsealed},
+      {"identified with sha256_password by 'p'", ETls::Preferred, false, kIn, unsealed},
+      {"identified with sha256_password by 'p'", ETls::Off, true, kIn, unsealed},
+      {"identified with mysql_native_password by 'p'", ETls::Off, false, kIn, kIn},
+      {"identified via mysql_native_password using password('p')", ETls::Off, false, kIn, kIn},
+  };
+  int ways = 0;
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(Format("%s, %s, %d", c.identified, kTlsModes[static_cast<int>(c.tls)], c.key ? 1 : 0));
+    if (MessageOf([&] { database.Run(std::string("create user 'proves'@'%' ") + c.identified); }) != kIn) continue;
+    ++ways;
+    const auto login = [&](ETls tls, bool key, const char* password) {
+      const TConnections connection = NewTcp();
+      connection->Username = "proves", connection->Password = password, connection->Database = "";
+      connection->Options.Tls = tls, connection->Options.GetServerPublicKey = key;
+      return MessageOf([&] { connection->SetConnected(true), Answer(*connection, "select 1"); });
+    };
+    EXPECT_THAT(login(c.tls, c.key, "p"), HasSubstr(c.first));
+    EXPECT_THAT(login(ETls::Off, false, "p"), HasSubstr(c.later));
+    EXPECT_THAT(login(ETls::Preferred, true, "q"), HasSubstr("Access denied for user 'proves'@"));
+    database.Run("drop user 'proves'@'%'");
+  }
+  EXPECT_EQ(ways, OnMySQL() ? 5 : 1);
 }
 
 // A second proof that the server takes by itself is nothing that a client has to know.
@@ -272,6 +312,31 @@ TEST_P(LiveConnection, TlsAsWanted) {
   required->Options.Tls = ETls::VerifyCa;
   EXPECT_THAT(MessageOf([&] { required->SetConnected(true); }),
               HasSubstr(GetParam() ? "nothing raised" : "--client native"));
+}
+
+// It vouches for the server, but names nobody.
+TEST_P(LiveConnection, TlsByACertificateOfTheServersOwnMaking) {
+  const std::string ca = Answer(database.Connection(), "select @@datadir") + "ca.pem";
+  if (!std::filesystem::exists(ca)) GTEST_SKIP() << "the server leaves no certificate of its own for others to trust";
+  const struct {
+    ETls tls;
+    std::string ca;
+    const char* message;
+  } kCases[] = {{ETls::Off, "", ""},
+                {ETls::Preferred, "", ""},
+                {ETls::VerifyCa, ca, GetParam() ? "" : "--client native"},
+                {ETls::VerifyCa, "", GetParam() ? "certificate" : "--client native"},
+                {ETls::Required, ca, "certificate"},
+                {ETls::Required, "", "certificate"}};
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(Format("%s, %s", kTlsModes[static_cast<int>(c.tls)], c.ca));
+    const TConnections connection = NewTcp();
+    connection->Options.Tls = c.tls, connection->Options.CaFile = c.ca;
+    std::string cipher;
+    const std::string message = MessageOf([&] { cipher = Cipher(*connection); });
+    EXPECT_THAT(message, HasSubstr(c.message));
+    EXPECT_EQ(cipher.empty(), c.tls == ETls::Off || *c.message != '\0') << message;
+  }
 }
 
 TEST_P(LiveConnection, TlsOfAServerWithoutAny) {
