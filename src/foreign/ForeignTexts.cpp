@@ -59,10 +59,13 @@ std::vector<std::string> TypesOf(const TTableText& made, const TMappedTable& tab
 
 }  // namespace
 
-TForeignTexts::TForeignTexts(TDBConn& reference, TForeignWishes wishes)
-    : reader_(MakeFactReader(reference)), context_{{}, std::move(wishes)} {
+TForeignTexts::TForeignTexts(std::unique_ptr<TFactReader> reader, TForeignWishes wishes)
+    : reader_(std::move(reader)), context_{{}, std::move(wishes)} {
   if (reader_ == nullptr) RaiseError(kNoReader);
 }
+
+TForeignTexts::TForeignTexts(TDBConn& reference, TForeignWishes wishes)
+    : TForeignTexts(MakeFactReader(reference), std::move(wishes)) {}
 
 void TForeignTexts::Read(TDBConn& target, const TStringList& target_tables,
                          const std::function<void(const std::string& table, std::size_t count)>& step) {

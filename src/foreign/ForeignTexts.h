@@ -17,6 +17,7 @@ namespace velmora {
 
 class TForeignTexts final : public TTextMaker {
  public:
+  TForeignTexts(std::unique_ptr<TFactReader> reader, TForeignWishes wishes);
   // Of a connected engine that has a fact reader, and outlives this object.
   TForeignTexts(TDBConn& reference, TForeignWishes wishes);
 

@@ -1,0 +1,158 @@
+// What sources become on a real server, and what of a target counts as equal.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "exact/run/ExactSync.h"
+#include "foreign/ForeignTexts.h"
+#include "foreign/PlayedFacts.h"
+#include "support/CaseFile.h"
+#include "support/FakeConn.h"
+#include "support/LiveDatabase.h"
+#include "support/RecordingPorts.h"
+#include "sync/ScriptEditor.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+namespace {
+
+using testing::Answer;
+using testing::CaseRows;
+using ::testing::IsEmpty;
+using testing::kAllFacts;
+using testing::ReadColumnFacts;
+using testing::ReadFacts;
+using testing::TPlayedFacts;
+
+class MappingLiveTest : public ::testing::Test {
+ protected:
+  MappingLiveTest() {
+    connections_.reference = std::make_unique<testing::TFakeConn>();
+    connections_.target = target_.NewEngine();
+    sync_.MakeTexts = [this](TDBConn&) {
+      return std::make_unique<TForeignTexts>(std::make_unique<TPlayedFacts>(facts_, known_), wishes_);
+    };
+  }
+
+  void Compare() { sync_.Compare(); }
+  // Compares, tries the script in a scratch database, runs it, and compares again.
+  void Sync() {
+    Compare();
+    EXPECT_EQ(sync_.DifferencesLeft(), 0) << JoinList(sync_.ActionLog, "\n");
+    EXPECT_EQ(sync_.VerifyOnServer(), 0);
+    for (const TPlanStatement& statement : sync_.Plan()) target_.Run(statement.text);
+    Compare();
+  }
+  // The columns that are to change.
+  std::set<std::string> Changed() const {
+    std::set<std::string> columns;
+    for (const TChange& change : sync_.Changes()) columns.insert(change.item);
+    return columns;
+  }
+  std::string TypeOf(const std::string& column) {
+    return Answer(target_.Connection(),
+                  "select column_type from information_schema.columns where table_schema = database() and table_name = "
+                  "'m' and column_name = '" +
+                      column + "'");
+  }
+
+  testing::TLiveDatabase target_;
+  std::vector<TForeignTable> facts_;
+  TKnownFacts known_ = kAllFacts;
+  TForeignWishes wishes_;
+  TTaskConnections connections_;
+  TdmData data_;
+  TActionTree tree_;
+  testing::TRecordingProgress progress_;
+  testing::TRecordingLog log_;
+  TExactSync sync_{connections_, data_, tree_, progress_, log_};
+};
+
+struct TMappingCase {
+  std::string source;
+  std::string made;
+  TStringList equal;
+  TStringList other;
+};
+
+TStringList Types(const std::string& cell) {
+  TStringList types;
+  if (Trim(cell) == "-") return types;
+  SplitText(";", cell, types);
+  for (std::string& type : types) type = Trim(type);
+  return types;
+}
+
+std::vector<TMappingCase> MappingCases() {
+  std::vector<TMappingCase> cases;
+  for (const TStringList& cells : CaseRows("foreign/mapping.txt"))
+    cases.push_back({Trim(cells.at(0)), Trim(cells.at(1)), Types(cells.at(2)), Types(cells.at(3))});
+  return cases;
+}
+
+// A table with a column for each case, by the number of the case.
+class MappingTableTest : public MappingLiveTest {
+ protected:
+  MappingTableTest() {
+    TForeignTable table{.name = "m"};
+    for (std::size_t i = 0; i < cases_.size(); ++i)
+      table.columns.push_back(ReadColumnFacts(Name(i) + " " + cases_[i].source));
+    facts_ = {table};
+  }
+  static std::string Name(std::size_t number) { return Format("c%d", number); }
+
+  // Gives each column the type in this place of a list, if it has one, and says which those are.
+  std::set<std::string> Retype(TStringList TMappingCase::*list, std::size_t place) {
+    std::set<std::string> columns;
+    target_.Run("drop table if exists m");
+    TStringList lines;
+    for (std::size_t i = 0; i < cases_.size(); ++i) {
+      const bool has = place < (cases_[i].*list).size();
+      if (has) columns.insert(Name(i));
+      lines.push_back(Name(i) + " " + (has ? (cases_[i].*list)[place] : cases_[i].made));
+    }
+    target_.Run("create table m (" + JoinList(lines, ", ") + ") row_format=dynamic default charset utf8mb4");
+    return columns;
+  }
+
+  const std::vector<TMappingCase> cases_ = MappingCases();
+};
+
+TEST_F(MappingTableTest, BecomesItsTypeAndIsIdenticalThen) {
+  Sync();
+  EXPECT_TRUE(sync_.Identical()) << JoinList(sync_.ActionLog, "\n");
+  for (std::size_t i = 0; i < cases_.size(); ++i) {
+    const TColumnText there = ReadType(TypeOf(Name(i)));
+    EXPECT_TRUE(SameType(there, ReadType(cases_[i].made))) << cases_[i].source << " is " << TypeOf(Name(i));
+  }
+}
+
+TEST_F(MappingTableTest, TakesTypesThatHoldEveryValueAsEqual) {
+  std::set<std::string> columns;
+  for (std::size_t place = 0; !(columns = Retype(&TMappingCase::equal, place)).empty(); ++place) {
+    Compare();
+    EXPECT_TRUE(sync_.Identical()) << "place " << place << "\n" << JoinList(sync_.ActionLog, "\n");
+  }
+}
+
+TEST_F(MappingTableTest, TellsTypesThatDoNot) {
+  std::set<std::string> columns;
+  for (std::size_t place = 0; !(columns = Retype(&TMappingCase::other, place)).empty(); ++place) {
+    Compare();
+    EXPECT_EQ(Changed(), columns) << "place " << place;
+  }
+}
+
+TEST_F(MappingTableTest, WithStrictTypesTellsWiderOnesToo) {
+  wishes_.strict_types = true;
+  Retype(&TMappingCase::equal, 0);
+  Compare();
+  std::set<std::string> wider;
+  for (std::size_t i = 0; i < cases_.size(); ++i)
+    if (!SameType(ReadType(cases_[i].equal.at(0)), ReadType(cases_[i].made))) wider.insert(Name(i));
+  EXPECT_EQ(Changed(), wider);
+}
+
+}  // namespace
+}  // namespace velmora
