@@ -178,9 +178,10 @@ std::optional<int> BooleanOf(std::string_view word) {
   return std::nullopt;
 }
 
-// The digits of a number, a sign in front.
+// The digits of a number, a sign in front; (-(1)) and $5 are numbers, too.
 std::optional<std::string> NumberOf(std::string_view core) {
   std::string text(TrimView(core));
+  std::erase_if(text, [](char c) { return c == '(' || c == ')' || c == ' ' || c == '$'; });
   if (text.starts_with('+')) text.erase(0, 1);
   if (text.starts_with('.')) text.insert(0, 1, '0');
   if (text.starts_with("-.")) text.insert(1, 1, '0');

@@ -16,7 +16,7 @@ constexpr long long kWholeKey = 3072;      // bytes
 constexpr std::size_t kMostParts = 16;
 constexpr std::size_t kMostKeys = 64;
 
-constexpr char kPrefix[] = "key %s: the first %d letters of %s count";
+constexpr char kPrefix[] = "key %s: the first %d %s of %s count";
 constexpr char kNotUnique[] = "key %s is too long to be unique in MySQL: a plain key takes its place";
 constexpr char kTooLong[] = "longer than keys of the target can be (%d bytes)";
 constexpr char kNoColumn[] = "key %s: there is no column %s";
@@ -122,7 +122,7 @@ class TKeyMapper {
       const TColumnText type = TypeOf(part.column);
       if (!IsString(type) || (!NeedsPrefix(type) && Bytes(type) <= share)) continue;
       part.letters = std::min({share / UnitBytes(type), kLongestPrefix, type.Length().value_or(kLongestPrefix)});
-      Tell(Format(kPrefix, mapped.name, part.letters, part.column));
+      Tell(Format(kPrefix, mapped.name, part.letters, type.HasLetters() ? "letters" : "bytes", part.column));
     }
   }
 

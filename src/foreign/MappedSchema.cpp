@@ -222,8 +222,8 @@ class TSchemaMapper {
     MapChecks(Facts(at), table);
     table.comment = CutChars(Facts(at).comment, kTableComment);
     for (const std::string& remark : Facts(at).remarks) TellOf(table, remark, EMadeLevel::Info);
-    const bool keyed =
-        std::ranges::any_of(table.keys, [](const TMappedKey& key) { return key.kind == EForeignKeyKind::Primary; });
+    const bool keyed = std::ranges::any_of(Facts(at).keys,
+                                           [](const TForeignKey& key) { return key.kind == EForeignKeyKind::Primary; });
     if (!keyed)
       TellOf(table, kNoPrimaryKey, table.known.Has(EFact::PrimaryKey) ? EMadeLevel::Warning : EMadeLevel::Info);
   }

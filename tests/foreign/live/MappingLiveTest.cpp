@@ -154,5 +154,18 @@ TEST_F(MappingTableTest, WithStrictTypesTellsWiderOnesToo) {
   EXPECT_EQ(Changed(), wider);
 }
 
+// Whole tables, with all that hangs together in them.
+class StructureLiveTest : public MappingLiveTest, public ::testing::WithParamInterface<testing::TCaseText> {};
+
+TEST_P(StructureLiveTest, IsThereAfterARun) {
+  facts_ = ReadFacts(GetParam().Parts().at(0));
+  Sync();
+  EXPECT_THAT(sync_.Changes(), IsEmpty()) << JoinList(sync_.ActionLog, "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Facts, StructureLiveTest,
+                         ::testing::ValuesIn(testing::ReadCaseFile("foreign/structure.txt").cases),
+                         [](const auto& each) { return "Case" + std::to_string(each.index); });
+
 }  // namespace
 }  // namespace velmora
