@@ -4,6 +4,7 @@
 
 #include "core/Engines.h"
 #include "foreign/DbfFacts.h"
+#include "foreign/InterbaseFacts.h"
 #include "foreign/ParadoxFacts.h"
 #include "foreign/TextFacts.h"
 
@@ -18,10 +19,8 @@ struct TRow {
 
 // By engine number.
 constexpr TRow kReaders[] = {
-    {kEngineDBF, MakeDBaseFacts},
-    {kEngineParadox, MakeParadoxFacts},
-    {kEngineText, MakeTextFacts},
-    {kEngineFoxPro, MakeFoxProFacts},
+    {kEngineDBF, MakeDBaseFacts}, {kEngineInterbase, MakeInterbaseFacts}, {kEngineParadox, MakeParadoxFacts},
+    {kEngineText, MakeTextFacts}, {kEngineFoxPro, MakeFoxProFacts},
 };
 
 const TRow* RowOf(TDBConn& conn) {
