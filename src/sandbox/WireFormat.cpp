@@ -68,6 +68,8 @@ void TWireWriter::Indexes(const std::vector<TOLEDBIndexRow>& indexes) {
     Number(index.UNIQUE ? 1 : 0);
     Number(index.ORDINAL_POSITION);
     Text(index.COLUMN_NAME);
+    Number(index.DESCENDING ? 1 : 0);
+    Number(index.NOT_NULL ? 1 : 0);
   }
 }
 
@@ -94,6 +96,34 @@ void TWireWriter::Structure(const TFileTable& table) {
   Columns(table.columns);
   Indexes(table.indexes);
   Fields(table.fields, table.is_autoincrement);
+  Number(static_cast<std::int64_t>(table.properties.size()));
+  for (const auto& [column, properties] : table.properties) {
+    Text(column);
+    Number(static_cast<std::int64_t>(properties.size()));
+    for (const auto& [name, value] : properties) {
+      Text(name);
+      Text(value);
+    }
+  }
+  References(table.references);
+}
+
+void TWireWriter::Texts(const TStringList& texts) {
+  Number(static_cast<std::int64_t>(texts.size()));
+  for (const std::string& text : texts) Text(text);
+}
+
+void TWireWriter::References(const std::vector<TFileReference>& references) {
+  Number(static_cast<std::int64_t>(references.size()));
+  for (const TFileReference& reference : references) {
+    Text(reference.name);
+    Texts(reference.columns);
+    Text(reference.parent);
+    Texts(reference.parent_columns);
+    Number(reference.enforced ? 1 : 0);
+    Text(reference.on_update);
+    Text(reference.on_delete);
+  }
 }
 
 void TWireWriter::Rows(const TFileRows& rows) {
@@ -185,6 +215,8 @@ std::vector<TOLEDBIndexRow> TWireReader::Indexes() {
     index.UNIQUE = Number() != 0;
     index.ORDINAL_POSITION = Whole<std::uint32_t>();
     index.COLUMN_NAME = Text();
+    index.DESCENDING = Number() != 0;
+    index.NOT_NULL = Number() != 0;
   }
   return indexes;
 }
@@ -216,7 +248,35 @@ TFileTable TWireReader::Structure() {
   table.columns = Columns();
   table.indexes = Indexes();
   Fields(table.fields, table.is_autoincrement);
+  for (std::size_t owners = Count(); owners > 0; --owners) {
+    auto& properties = table.properties[Text()];
+    for (std::size_t count = Count(); count > 0; --count) {
+      std::string name = Text();
+      properties[std::move(name)] = Text();
+    }
+  }
+  table.references = References();
   return table;
+}
+
+TStringList TWireReader::Texts() {
+  TStringList texts(Count());
+  for (std::string& text : texts) text = Text();
+  return texts;
+}
+
+std::vector<TFileReference> TWireReader::References() {
+  std::vector<TFileReference> references(Count());
+  for (TFileReference& reference : references) {
+    reference.name = Text();
+    reference.columns = Texts();
+    reference.parent = Text();
+    reference.parent_columns = Texts();
+    reference.enforced = Number() != 0;
+    reference.on_update = Text();
+    reference.on_delete = Text();
+  }
+  return references;
 }
 
 TFileRows TWireReader::Rows() {

@@ -30,6 +30,9 @@ class TWireWriter {
   std::string Take() { return std::move(bytes_); }
 
  private:
+  void Texts(const TStringList& texts);
+  void References(const std::vector<TFileReference>& references);
+
   std::string bytes_;
 };
 
@@ -51,6 +54,8 @@ class TWireReader {
   TFileRows Rows();
 
  private:
+  TStringList Texts();
+  std::vector<TFileReference> References();
   std::string_view Bytes(std::size_t count);
   template <class T>
   T Whole();

@@ -26,6 +26,8 @@ constexpr char kNoProvider[] = "No provider named \"%s\" is part of this program
 constexpr char kLeftOut[] = "This program was built without %s. Install the package %s and build it again.";
 constexpr char kNoPath[] = "The connection names no file or folder";
 constexpr char kDataSource[] = "Data Source";
+constexpr std::string_view kMdbLibrary = "mdbtools";
+constexpr std::string_view kMdbPackage = "mdbtools-dev";
 constexpr std::string_view kExcelOptions = "Excel 8.0";
 
 using TMaker = std::unique_ptr<TOLEDBProvider> (*)(const TInitString&);
@@ -115,7 +117,7 @@ constexpr TProviderRow kProviders[] = {
     {kJet, "dBASE", "", NewDBase, "", ""},
     {kJet, kExcelOptions, "", NewExcel, "freexl", "libfreexl-dev"},
     {kJet, "", "66", NewLotus, "libwps", "libwps-dev"},
-    {kJet, "", "", NewAccess, "mdbtools", "mdbtools-dev"},
+    {kJet, "", "", NewAccess, kMdbLibrary, kMdbPackage},
 };
 
 bool Fits(const TProviderRow& row, const TInitString& properties) {
@@ -132,6 +134,14 @@ std::unique_ptr<TOLEDBProvider> MakeOLEDBProvider(const TInitString& properties)
   if (row == std::end(kProviders)) RaiseError(Format(kNoProvider, properties.Value("Provider")));
   if (row->make == nullptr) RaiseError(Format(kLeftOut, row->library, row->package));
   return row->make(properties);
+}
+
+std::unique_ptr<TFileReader> OpenAccessTables([[maybe_unused]] const std::string& path) {
+#ifdef VELMORA_MDB
+  return OpenMdbFile(path);
+#else
+  RaiseError(Format(kLeftOut, kMdbLibrary, kMdbPackage));
+#endif
 }
 
 std::function<std::unique_ptr<TDataset>()> ODBCSourcesLister() { return ListOdbcSources; }

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 
+#include "formats/port/FileReader.h"
 #include "formats/port/Provider.h"
 
 namespace velmora {
@@ -17,6 +18,10 @@ namespace velmora {
 // Raises an error that names the provider when there is no such one; for one that was left out when the program was
 // built, also the package that has what it needs.
 std::unique_ptr<TOLEDBProvider> MakeOLEDBProvider(const TInitString& properties);
+
+// The tables of an Access file, with what providers do not hand on. Raises an error that names the file and the fault,
+// or, where that was left out of the program, the package that has what it needs.
+std::unique_ptr<TFileReader> OpenAccessTables(const std::string& path);
 
 // What lists the ODBC data sources of this machine (see OdbcDataSources); empty when that was left out of the program.
 std::function<std::unique_ptr<TDataset>()> ODBCSourcesLister();

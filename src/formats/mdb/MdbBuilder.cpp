@@ -115,6 +115,12 @@ std::uint32_t TMdbBuilder::AddTable(const std::string& name, const TMdbTable& ta
   return page;
 }
 
+void TMdbBuilder::SetRelationships(const std::vector<TMdbValues>& rows) {
+  TMdbTable table{.columns = RelationshipsColumns(), .indexes = {}, .rows = {}, .system = true};
+  for (const TMdbValues& values : rows) table.rows.push_back({layout_.row(table.columns, values)});
+  PutTable(kMdbCatalogPage + std::size(kSystemTables) - 1, table);
+}
+
 std::string TMdbBuilder::Bytes() && {
   TMdbTable catalog{.columns = CatalogColumns(), .indexes = {}, .rows = {}, .system = true};
   for (const TObject& object : objects_) catalog.rows.push_back({layout_.row(catalog.columns, CatalogValues(object))});

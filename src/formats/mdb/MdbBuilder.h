@@ -24,6 +24,9 @@ class TMdbBuilder {
   std::vector<std::uint32_t> AddRows(std::uint32_t owner, const std::vector<TMdbRow>& rows);
   // `properties` is the stored form of the column LvProp. Gives the first page of the definition.
   std::uint32_t AddTable(const std::string& name, const TMdbTable& table, std::optional<std::string> properties = {});
+  // The rows of MSysRelationships, by its columns: ccolumn, grbit, icolumn, szColumn, szObject, szReferencedColumn,
+  // szReferencedObject, szRelationship.
+  void SetRelationships(const std::vector<TMdbValues>& rows);
   std::string Bytes() &&;  // the whole file
 
  private:

@@ -24,8 +24,7 @@ constexpr char kUnreadable[] = "Cannot read %s: %s";
 
 constexpr char kEmpty[] = "the file is empty";
 constexpr char kNoDatabase[] = "it is no Access database";
-constexpr char kNewer[] =
-    "it is an Access database of the newer kind (.accdb); only those of Access 97 to 2003 (.mdb) can be read";
+constexpr char kNewer[] = "it is an Access database of a version that is not known here (%d)";
 constexpr char kOtherProgram[] = "it is a database of another program, though its format is akin to that of Access";
 constexpr char kEncrypted[] = "it is encrypted, in a way that is not known here";
 
@@ -115,9 +114,10 @@ void TMdbDatabase::CheckKind() const {
   if (count == 0) Fail(kEmpty);
   const std::string_view name(head.data() + kNameAt, kVersionAt - kNameAt);
   if (name.starts_with("MSISAM Database")) Fail(kOtherProgram);
-  const bool newer = name.starts_with("Standard ACE DB");
-  if (count < head.size() || head[0] != 0 || (!newer && !name.starts_with("Standard Jet DB"))) Fail(kNoDatabase);
-  if (newer || static_cast<unsigned char>(head[kVersionAt]) > MDB_VER_JET4) Fail(kNewer);
+  const bool ace = name.starts_with("Standard ACE DB");
+  if (count < head.size() || head[0] != 0 || (!ace && !name.starts_with("Standard Jet DB"))) Fail(kNoDatabase);
+  const int version = static_cast<unsigned char>(head[kVersionAt]);
+  if (version > (ace ? MDB_VER_ACCDB_2019 : MDB_VER_JET4)) Fail(Format(kNewer, version));
 }
 
 bool TMdbDatabase::IsJet3() const { return library_->mdb->f->jet_version == MDB_VER_JET3; }
@@ -203,6 +203,22 @@ void TMdbTableDef::ReadColumns() {
   const GPtrArray* columns = mdb_read_columns(table);
   for (guint i = 0; i < columns->len; ++i)
     columns_.push_back(ColumnOf(*static_cast<const MdbColumn*>(g_ptr_array_index(columns, i))));
+  if (!database_.IsJet3()) MarkComputed();
+}
+
+// By the second byte of a column's flags, of which the library says nothing.
+void TMdbTableDef::MarkComputed() {
+  constexpr std::size_t kNumberAt = 5;
+  constexpr std::size_t kFlagsAt = 16;
+  const MdbFormatConstants& layout = *library_->entry.mdb->fmt;
+  std::size_t at = 0;
+  Part(at, layout.tab_cols_start_offset + std::size_t{library_->table->num_real_idxs} * layout.tab_ridx_entry_size);
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    const std::string_view block = Part(at, layout.tab_col_entry_size);
+    const auto column = std::ranges::find(columns_, Number16(block, kNumberAt), &TMdbColumn::number);
+    const auto flags = static_cast<unsigned char>(block[kFlagsAt]);
+    if (column != columns_.end()) column->computed = (flags & kMdbComputed) == kMdbComputed;
+  }
 }
 
 // Its first page, and the others but for their heads.
@@ -223,6 +239,12 @@ std::string TMdbTableDef::ReadDefinition() const {
 // The columns that the table has ever had.
 std::uint16_t TMdbTableDef::MaxColumns() const {
   return Number16(definition_, library_->entry.mdb->fmt->tab_num_cols_offset - std::size_t{4});
+}
+
+std::size_t TMdbTableDef::PlaceOf(std::string_view column) const {
+  const auto found = std::ranges::find(columns_, column, &TMdbColumn::name);
+  if (found == columns_.end()) Damaged(Format("it has no column %s", column));
+  return static_cast<std::size_t>(found - columns_.begin());
 }
 
 std::uint32_t TMdbTableDef::RowCount() const { return library_->table->num_rows; }

@@ -1,7 +1,7 @@
 #pragma once
 
-// Jet database files as libmdb sees them: pages, rows and the definitions of tables. What the library would follow
-// blindly is checked against the file first; still, it may end the process over a damaged file.
+// Database files of Jet and ACE (.mdb, .accdb) as libmdb sees them: pages, rows and the definitions of tables. What the
+// library would follow blindly is checked against the file first; still, it may end the process over a damaged file.
 
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +18,7 @@ namespace velmora {
 
 class TMdbDatabase {
  public:
-  explicit TMdbDatabase(const std::string& path);  // raises for what is no database of Jet 3 or 4
+  explicit TMdbDatabase(const std::string& path);  // raises for what is no database of Jet 3, 4 or ACE
   ~TMdbDatabase();
 
   const std::string& Path() const { return file_.Path(); }
@@ -58,7 +58,8 @@ class TMdbTableDef {
 
   const std::string& Name() const { return name_; }
   const std::vector<TMdbColumn>& Columns() const { return columns_; }
-  std::uint32_t RowCount() const;  // as the definition has it
+  std::size_t PlaceOf(std::string_view column) const;  // raises where there is none of that name
+  std::uint32_t RowCount() const;                      // as the definition has it
   std::vector<TMdbIndex> Indexes() const;
   std::vector<std::uint32_t> Pages() const;  // that belong to it
   // None on a page that is not one of this table's pages of rows.
@@ -69,6 +70,7 @@ class TMdbTableDef {
   struct TLibrary;
 
   void ReadColumns();
+  void MarkComputed();
   std::uint16_t MaxColumns() const;
   std::string ReadDefinition() const;
   std::string_view Part(std::size_t& at, std::size_t size) const;

@@ -60,7 +60,7 @@ void PutColumn(TFields& fields, const TMdbLayout& layout, const TMdbColumn& colu
     fields.Put(text ? kMdbGeneralOrder : column.precision | column.scale << 8, 4);
   }
   fields.Put(column.flags, 1);
-  fields.PutWide(0, 5);
+  fields.PutWide(column.computed ? kMdbComputed : 0, 5);
   fields.Put(column.fixed_offset, 2);
   fields.Put(column.size, 2);
 }

@@ -28,7 +28,10 @@ enum class EMdbType : std::uint8_t {
   Ole = 11,
   Memo = 12,
   RepId = 15,
-  Numeric = 16
+  Numeric = 16,
+  Complex = 18,  // attachments, or several values: the number under which they stand in another table
+  BigInt = 19,
+  LongDateTime = 20
 };
 
 // Flags of columns.
@@ -36,6 +39,7 @@ inline constexpr std::uint8_t kMdbFixed = 0x01;
 inline constexpr std::uint8_t kMdbNullable = 0x02;
 inline constexpr std::uint8_t kMdbAutoNumber = 0x04;
 inline constexpr std::uint8_t kMdbAutoGuid = 0x40;
+inline constexpr std::uint8_t kMdbComputed = 0xC0;  // of the second byte of flags
 
 struct TMdbColumn {
   std::string name;
@@ -47,12 +51,14 @@ struct TMdbColumn {
   std::uint16_t number = 0;  // from 0; a deleted column keeps its own
   std::uint16_t fixed_offset = 0;
   std::uint16_t var_index = 0;
+  bool computed = false;  // from an expression
 
   bool Has(std::uint8_t flag) const { return (flags & flag) != 0; }
 };
 
-// Flag, and kinds, of indexes.
+// Flags, and kinds, of indexes.
 inline constexpr std::uint8_t kMdbUnique = 0x01;
+inline constexpr std::uint8_t kMdbNotNull = 0x08;  // of its columns
 inline constexpr std::uint8_t kMdbPrimaryKey = 1;
 inline constexpr std::uint8_t kMdbRelation = 2;  // one end of a relation between tables
 

@@ -20,15 +20,19 @@ std::uint16_t SizeOf(EMdbType type) {
       return 2;
     case EMdbType::LongInt:
     case EMdbType::Float:
+    case EMdbType::Complex:
       return 4;
     case EMdbType::Money:
     case EMdbType::Double:
     case EMdbType::DateTime:
+    case EMdbType::BigInt:
       return 8;
     case EMdbType::RepId:
       return 16;
     case EMdbType::Numeric:
       return 17;
+    case EMdbType::LongDateTime:
+      return 42;
     default:
       return 0;
   }
@@ -94,7 +98,8 @@ std::string EncodeMdbRow(const std::vector<TMdbColumn>& columns, const TMdbValue
   return row + mask;
 }
 
-const TMdbLayout kMdbJet4 = {.version = 1,
+const TMdbLayout kMdbJet4 = {.name = "Standard Jet DB",
+                             .version = 1,
                              .wide = true,
                              .page_size = 4096,
                              .secret_size = 128,
@@ -163,10 +168,9 @@ std::string MdbPageOfRows(const TMdbLayout& layout, std::uint32_t owner, const T
 
 std::string MdbHeaderPage(const TMdbLayout& layout, TDateTime created) {
   constexpr std::string_view kKey = "\xC7\xDA\x39\x6B";
-  constexpr std::string_view kName = "Standard Jet DB";
   constexpr std::size_t kSecretAt = 0x18;
   std::string page = NewMdbPage(layout, 0);
-  page.replace(4, kName.size(), kName);
+  page.replace(4, layout.name.size(), layout.name);
   page[0x14] = static_cast<char>(layout.version);
   PutAt(page, 0x3A, layout.wide ? 0 : kMdbGeneralOrder, 2);
   PutAt(page, 0x3C, kMdbCodePage, 2);

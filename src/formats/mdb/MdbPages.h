@@ -32,6 +32,7 @@ using TMdbValues = std::vector<std::optional<std::string>>;
 
 // What the versions of the format differ in.
 struct TMdbLayout {
+  std::string_view name;
   std::uint8_t version;  // byte 0x14 of the file
   bool wide;             // with the fields that Jet 4 has added
   std::size_t page_size;

@@ -12,6 +12,7 @@ namespace velmora {
 namespace {
 
 constexpr std::uint16_t kNames = 0x80;
+constexpr std::uint16_t kOfTable = 0;
 constexpr std::uint16_t kOfColumn = 1;
 constexpr std::uint8_t kBool = 1;
 constexpr std::uint8_t kText = 10;
@@ -57,7 +58,8 @@ class TPropertyReader {
   bool Chunk(TParts chunk) {
     const auto kind = chunk.Number<std::uint16_t>();
     if (kind == kNames) return Names(chunk);
-    return kind != kOfColumn || Column(chunk);
+    if (kind == kOfTable) Owner(chunk, true);  // no column depends on them
+    return kind != kOfColumn || Owner(chunk, false);
   }
   TMdbProperties Take() { return std::move(found_); }
 
@@ -71,12 +73,12 @@ class TPropertyReader {
     return true;
   }
 
-  bool Column(TParts& chunk) {
+  bool Owner(TParts& chunk, bool is_table) {
     TParts head = chunk.Block<std::uint32_t>();
-    const std::optional<std::string> column = text_(head.Counted());
-    if (!chunk.Whole() || !head.Whole() || !column) return false;
+    const std::optional<std::string> name = text_(head.Counted());
+    if (!chunk.Whole() || !head.Whole() || !name) return false;
     while (!chunk.AtEnd())
-      if (!Value(chunk.Block<std::uint16_t>(), found_[*column]) || !chunk.Whole()) return false;
+      if (!Value(chunk.Block<std::uint16_t>(), found_[is_table ? "" : *name]) || !chunk.Whole()) return false;
     return true;
   }
 

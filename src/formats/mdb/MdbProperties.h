@@ -1,6 +1,6 @@
 #pragma once
 
-// Properties of a table's columns, as the column LvProp of a Jet database's catalog keeps them.
+// Properties of a table and its columns, as the column LvProp of a Jet database's catalog keeps them.
 
 #include <functional>
 #include <map>
@@ -12,10 +12,11 @@ namespace velmora {
 
 using TMdbTextDecoder = std::function<std::optional<std::string>(std::string_view stored)>;
 
-// By column, then by property. Texts as they are, truth values as "yes" and "no", others left out.
+// By column, of the table itself under the empty name, then by property. Texts as they are, truth values as "yes" and
+// "no", others left out.
 using TMdbProperties = std::map<std::string, std::map<std::string, std::string>>;
 
-// Nothing where the bytes do not fit together. Properties of the table itself are left out.
+// Nothing where the bytes do not fit together.
 std::optional<TMdbProperties> ReadMdbProperties(std::string_view stored, const TMdbTextDecoder& text);
 
 }  // namespace velmora

@@ -1,21 +1,19 @@
 #include "formats/mdb/MdbReader.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <iterator>
 #include <map>
 #include <optional>
-#include <set>
 #include <string_view>
 #include <utility>
 
 #include "formats/mdb/MdbDatabase.h"
 #include "formats/mdb/MdbProperties.h"
-#include "formats/mdb/MdbText.h"
+#include "formats/mdb/MdbRelations.h"
+#include "formats/mdb/MdbRows.h"
 #include "util/Errors.h"
 #include "util/Format.h"
-#include "util/LittleEndian.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -24,129 +22,12 @@ namespace {
 
 constexpr char kLibrary[] = "mdbtools";
 constexpr char kUnknownTable[] = "There is no table %s in %s";
+constexpr char kComplex[] = "Cannot read %s: table %s: column %s holds attachments or several values in one";
+constexpr char kRelationsTable[] = "MSysRelationships";
 
 constexpr std::uint32_t kPageOfId = 0x00FFFFFF;  // the part of an object's number that is its page
 constexpr std::uint32_t kSystemFlags = 0x80000002;
 constexpr std::int64_t kTableObject = 1;
-
-// --- Values
-
-class TMdbValueReader {
- public:
-  TMdbValueReader(const TMdbDatabase& database, const TMdbTableDef& table) : database_(database), table_(table) {}
-
-  TMemDataset::TRow Row(const TMdbStoredRow& stored) const {
-    TMemDataset::TRow row;
-    for (std::size_t i = 0; i < stored.size(); ++i) row.push_back(Value(table_.Columns()[i], stored[i]));
-    return row;
-  }
-
- private:
-  TVariant Value(const TMdbColumn& column, const std::optional<std::string>& stored) const {
-    if (column.type == EMdbType::Bool) return stored.has_value();
-    if (!stored) return {};
-    std::optional<TVariant> value = KnownValue(column, *stored);
-    if (!value) Broken(column, "is broken");
-    return std::move(*value);
-  }
-
-  std::optional<TVariant> KnownValue(const TMdbColumn& column, const std::string& stored) const;
-
-  template <class T>
-  static std::optional<TVariant> Integer(const std::string& stored) {
-    if (stored.size() != sizeof(T)) return std::nullopt;
-    return static_cast<std::int64_t>(LittleAt<T>(stored.data()));
-  }
-  template <class T, class Bits>
-  static std::optional<TVariant> Float(const std::string& stored) {
-    if (stored.size() != sizeof(T)) return std::nullopt;
-    return static_cast<double>(std::bit_cast<T>(LittleAt<Bits>(stored.data())));
-  }
-  static std::optional<TVariant> Moment(const std::string& stored) {
-    const std::optional<TDateTime> moment = MomentOf(stored);
-    if (!moment) return std::nullopt;
-    return TMoment{*moment};
-  }
-
-  std::string LongValue(const TMdbColumn& column, const std::string& stored) const;
-  std::string Chain(const TMdbColumn& column, std::uint32_t pointer, std::size_t length) const;
-  [[noreturn]] void Broken(const TMdbColumn& column, const char* why) const {
-    table_.Damaged(Format("a value of column %s %s", column.name, why));
-  }
-
-  const TMdbDatabase& database_;
-  const TMdbTableDef& table_;
-};
-
-std::optional<TVariant> TMdbValueReader::KnownValue(const TMdbColumn& column, const std::string& stored) const {
-  switch (column.type) {
-    case EMdbType::Byte:
-      return Integer<std::uint8_t>(stored);
-    case EMdbType::Int:
-      return Integer<std::int16_t>(stored);
-    case EMdbType::LongInt:
-      return Integer<std::int32_t>(stored);
-    case EMdbType::Money:
-      return TextOfMoney(stored);
-    case EMdbType::Float:
-      return Float<float, std::uint32_t>(stored);
-    case EMdbType::Double:
-      return Float<double, std::uint64_t>(stored);
-    case EMdbType::DateTime:
-      return Moment(stored);
-    case EMdbType::Binary:
-      return stored;
-    case EMdbType::Text:
-      return database_.Text(stored);
-    case EMdbType::Ole:
-      return LongValue(column, stored);
-    case EMdbType::Memo:
-      return database_.Text(LongValue(column, stored));
-    case EMdbType::RepId:
-      return TextOfGuid(stored);
-    case EMdbType::Numeric:
-      return TextOfNumeric(stored, column.scale);
-    default:
-      return std::nullopt;
-  }
-}
-
-// In the row itself, in another row, or in a chain of rows, by the highest bits of the length.
-std::string TMdbValueReader::LongValue(const TMdbColumn& column, const std::string& stored) const {
-  constexpr std::size_t kHead = 12;
-  constexpr std::uint32_t kInline = 0x80000000;
-  constexpr std::uint32_t kOneRow = 0x40000000;
-  if (stored.empty()) return {};
-  if (stored.size() < kHead) Broken(column, "is broken");
-  const auto head = LittleAt<std::uint32_t>(stored.data());
-  const auto pointer = LittleAt<std::uint32_t>(stored.data() + sizeof head);
-  const std::size_t length = head & ~(kInline | kOneRow);
-  if (length > database_.FileSize()) Broken(column, "is longer than the file");
-  std::string value;
-  if ((head & kInline) != 0)
-    value = stored.substr(kHead);
-  else if ((head & kOneRow) != 0)
-    value = database_.RowAt(pointer);
-  else
-    value = Chain(column, pointer, length);
-  if (value.size() < length) Broken(column, "is cut short");
-  value.resize(length);
-  return value;
-}
-
-// Of each row all but its first bytes, which lead to the next.
-std::string TMdbValueReader::Chain(const TMdbColumn& column, std::uint32_t pointer, std::size_t length) const {
-  std::string value;
-  std::set<std::uint32_t> passed;
-  while (value.size() < length && pointer != 0) {
-    if (!passed.insert(pointer).second) Broken(column, "runs in a circle");
-    const std::string row = database_.RowAt(pointer);
-    if (row.size() <= sizeof pointer) break;
-    value.append(row, sizeof pointer);
-    pointer = LittleAt<std::uint32_t>(row.data());
-  }
-  return value;
-}
 
 // --- Structure
 
@@ -157,6 +38,8 @@ struct TTypeRow {
   EFieldKind kind;
   std::uint16_t precision = 0;
 };
+
+constexpr std::int16_t kLongFraction = 7;  // digits behind the second, of a date and time in digits
 
 constexpr TTypeRow kTypes[] = {
     {EMdbType::Bool, kDbTypeBool, kColumnIsFixedLength, EFieldKind::Boolean},
@@ -173,6 +56,8 @@ constexpr TTypeRow kTypes[] = {
     {EMdbType::Memo, kDbTypeWStr, kColumnIsLong, EFieldKind::Memo},
     {EMdbType::RepId, kDbTypeGuid, kColumnIsFixedLength, EFieldKind::Guid},
     {EMdbType::Numeric, kDbTypeNumeric, kColumnIsFixedLength, EFieldKind::Bcd},
+    {EMdbType::BigInt, kDbTypeI8, kColumnIsFixedLength, EFieldKind::LargeInt},
+    {EMdbType::LongDateTime, kDbTypeDate, kColumnIsFixedLength, EFieldKind::DateTime},
 };
 
 // The rows of the schema rowsets for one table.
@@ -185,6 +70,7 @@ class TMdbStructure {
     for (const TMdbColumn& column : table_.Columns()) PutColumn(column);
     for (const TMdbIndex& index : table_.Indexes())
       if (index.kind != kMdbRelation) PutIndex(index);
+    result_.properties = properties_;
     return std::move(result_);
   }
 
@@ -203,12 +89,14 @@ class TMdbStructure {
     const bool numeric = column.type == EMdbType::Numeric;
     row.NUMERIC_PRECISION = numeric ? column.precision : type.precision;
     row.NUMERIC_SCALE = numeric ? column.scale : 0;
+    if (column.type == EMdbType::LongDateTime) row.NUMERIC_SCALE = kLongFraction;
     result_.fields.push_back({column.name, KindOf(column, type), row.CHARACTER_MAXIMUM_LENGTH});
     result_.is_autoincrement.push_back(column.Has(kMdbAutoNumber));
     result_.columns.push_back(std::move(row));
   }
 
   const TTypeRow& TypeOf(const TMdbColumn& column) const {
+    if (column.type == EMdbType::Complex) RaiseError(Format(kComplex, database_.Path(), table_.Name(), column.name));
     const auto* row = std::ranges::find(kTypes, column.type, &TTypeRow::type);
     if (row == std::end(kTypes))
       table_.Damaged(Format("column %s has an unknown type: %d", column.name, static_cast<int>(column.type)));
@@ -251,7 +139,9 @@ class TMdbStructure {
                                  .PRIMARY_KEY = index.kind == kMdbPrimaryKey,
                                  .UNIQUE = (index.flags & kMdbUnique) != 0,
                                  .ORDINAL_POSITION = ++ordinal,
-                                 .COLUMN_NAME = column->name});
+                                 .COLUMN_NAME = column->name,
+                                 .DESCENDING = part.descending,
+                                 .NOT_NULL = (index.flags & kMdbNotNull) != 0});
     }
   }
 
@@ -280,7 +170,9 @@ class TMdbReader final : public TFileReader {
     if (!entry.properties.empty())
       properties = ReadMdbProperties(entry.properties, [this](std::string_view text) { return database_.Text(text); });
     if (!properties) table.Damaged("its properties are broken");
-    return TMdbStructure(database_, table, *properties).Take();
+    TFileTable found = TMdbStructure(database_, table, *properties).Take();
+    found.references = ReferencesOf(name);
+    return found;
   }
 
   TFileRows Rows(const std::string& asked, std::int64_t limit) override {
@@ -316,8 +208,15 @@ class TMdbReader final : public TFileReader {
   }
 
   void ReadCatalog();
+  std::vector<TFileReference> ReferencesOf(const std::string& table) {
+    if (!relations_) relations_ = relations_page_ == 0 ? TMdbRelations() : ReadMdbRelations(database_, relations_page_);
+    const auto found = relations_->find(LowerText(table));
+    return found == relations_->end() ? std::vector<TFileReference>() : found->second;
+  }
 
   TMdbDatabase database_;
+  std::uint32_t relations_page_ = 0;  // the first of the definition of their table; 0: there is none
+  std::optional<TMdbRelations> relations_;
   std::map<std::string, TEntry> tables_;
 };
 
@@ -325,23 +224,19 @@ class TMdbReader final : public TFileReader {
 void TMdbReader::ReadCatalog() {
   const TMdbTableDef catalog(database_, "MSysObjects", kMdbCatalogPage);
   const TMdbValueReader values(database_, catalog);
-  const auto column = [&](std::string_view name) {
-    const auto found = std::ranges::find(catalog.Columns(), name, &TMdbColumn::name);
-    if (found == catalog.Columns().end()) catalog.Damaged(Format("it has no column %s", name));
-    return static_cast<std::size_t>(found - catalog.Columns().begin());
-  };
-  const std::size_t id = column("Id");
-  const std::size_t name = column("Name");
-  const std::size_t type = column("Type");
-  const std::size_t flags = column("Flags");
-  const std::size_t properties = column("LvProp");
+  const std::size_t id = catalog.PlaceOf("Id");
+  const std::size_t name = catalog.PlaceOf("Name");
+  const std::size_t type = catalog.PlaceOf("Type");
+  const std::size_t flags = catalog.PlaceOf("Flags");
+  const std::size_t properties = catalog.PlaceOf("LvProp");
   for (const std::uint32_t page : catalog.Pages()) {
     for (const TMdbStoredRow& stored : catalog.RowsOn(page)) {
       const TMemDataset::TRow row = values.Row(stored);
+      const std::uint32_t page_of = static_cast<std::uint32_t>(VarToInt(row[id])) & kPageOfId;
+      if (VarToInt(row[type]) == kTableObject && VarToText(row[name]) == kRelationsTable) relations_page_ = page_of;
       const bool system = (static_cast<std::uint32_t>(VarToInt(row[flags])) & kSystemFlags) != 0;
       if (VarToInt(row[type]) != kTableObject || system) continue;
-      tables_[VarToText(row[name])] = {static_cast<std::uint32_t>(VarToInt(row[id])) & kPageOfId,
-                                       VarToText(row[properties])};
+      tables_[VarToText(row[name])] = {page_of, VarToText(row[properties])};
     }
   }
 }

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <system_error>
 
 #include "util/Format.h"
 #include "util/LittleEndian.h"
@@ -157,13 +159,42 @@ std::optional<std::string> TextOfGuid(std::string_view stored) {
   return text + "}";
 }
 
+namespace {
+
+bool IsDay(double days) {
+  static const TDateTime first = EncodeDate(1, 1, 1);
+  static const TDateTime last = EncodeDate(9999, 12, 31);
+  return days >= first && days <= last;
+}
+
+std::optional<double> NumberOf(std::string_view digits) {
+  std::uint64_t number = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  if (error != std::errc() || end != digits.data() + digits.size()) return std::nullopt;
+  return static_cast<double>(number);
+}
+
+}  // namespace
+
 std::optional<TDateTime> MomentOf(std::string_view stored) {
   if (stored.size() != sizeof(double)) return std::nullopt;
   const double days = std::bit_cast<double>(LittleAt<std::uint64_t>(stored.data()));
-  static const TDateTime first = EncodeDate(1, 1, 1);
-  static const TDateTime last = EncodeDate(9999, 12, 31);
-  if (!(std::trunc(days) >= first && std::trunc(days) <= last)) return std::nullopt;
+  if (!IsDay(std::trunc(days))) return std::nullopt;
   return std::trunc(days) + std::abs(days - std::trunc(days));
+}
+
+std::optional<TDateTime> MomentOfDigits(std::string_view stored) {
+  constexpr std::size_t kDigits = 19;
+  constexpr std::string_view kTail(":7\0", 3);  // seven digits behind the second
+  constexpr double kUnitsOfDay = 864e9;
+  if (stored.size() != 2 * kDigits + 1 + kTail.size() || stored[kDigits] != ':' || !stored.ends_with(kTail))
+    return std::nullopt;
+  const std::optional<double> days = NumberOf(stored.substr(0, kDigits));
+  const std::optional<double> units = NumberOf(stored.substr(kDigits + 1, kDigits));
+  if (!days || !units || *units >= kUnitsOfDay) return std::nullopt;
+  const double day = EncodeDate(1, 1, 1) + *days;
+  if (!IsDay(day)) return std::nullopt;
+  return day + *units / kUnitsOfDay;
 }
 
 }  // namespace velmora

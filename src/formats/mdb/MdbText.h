@@ -24,5 +24,7 @@ std::optional<std::string> TextOfNumeric(std::string_view stored, int scale);
 std::optional<std::string> TextOfGuid(std::string_view stored);
 // 8 bytes: days since 1899-12-30; before that day the fraction still counts forward from midnight.
 std::optional<TDateTime> MomentOf(std::string_view stored);
+// 42 bytes of digits: days since the year 1, and the day's units of 100 nanoseconds.
+std::optional<TDateTime> MomentOfDigits(std::string_view stored);
 
 }  // namespace velmora

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,11 +15,28 @@
 
 namespace velmora {
 
+// A foreign key in SQL's sense.
+struct TFileReference {
+  std::string name;
+  TStringList columns;
+  std::string parent;
+  TStringList parent_columns;
+  bool enforced = true;
+  std::string on_update{};  // "CASCADE", "SET NULL", "NO ACTION", as in the schema rowset FOREIGN_KEYS
+  std::string on_delete{};
+};
+
+// By column, of the table itself under the empty name, then by the property's name in the file.
+using TFileProperties = std::map<std::string, std::map<std::string, std::string>>;
+
 struct TFileTable {
   std::vector<TOLEDBColumnRow> columns;
   std::vector<TOLEDBIndexRow> indexes;
   std::vector<TFieldDef> fields;       // one per column, in their order
   std::vector<bool> is_autoincrement;  // one per field
+  // Of formats that have them; providers do not hand them on.
+  TFileProperties properties{};
+  std::vector<TFileReference> references{};
 };
 
 struct TFileRows {

@@ -73,6 +73,8 @@ struct TOLEDBIndexRow {
   bool UNIQUE = false;
   std::uint32_t ORDINAL_POSITION = 0;  // of the column in the index, from 1
   std::string COLUMN_NAME;
+  bool DESCENDING = false;  // what COLLATION says
+  bool NOT_NULL = false;    // NULLS: a null in the column is refused
 };
 
 using TRowsOfValues = std::vector<TMemDataset::TRow>;

@@ -7,6 +7,7 @@
 
 #include "formats/mdb/MdbBuilder.h"
 #include "formats/mdb/MdbText.h"
+#include "support/AceFile.h"
 #include "support/FormatCase.h"
 #include "support/MessageOf.h"
 #include "support/ReaderText.h"
@@ -86,6 +87,38 @@ TEST_F(MdbReaderTest, EncodedDatabases) {
   }
 }
 
+TEST_F(MdbReaderTest, AceDatabases) {
+  const TFormatCase files = FormatCase("jet4");
+  for (const char version : {'\2', '\3', '\4', '\5', '\6'})
+    EXPECT_EQ(ReaderText(*Open(AsAce(files.Bytes("shop.mdb"), version))), files.asks[0].answer)
+        << static_cast<int>(version);
+}
+
+// Of a computed column: a head that ends with the size of the value, the value, a tail.
+std::string Computed(const std::string& value) {
+  return std::string(16, '\x01') + LittleBytes(value.size(), 4) + value + std::string(3, '\0');
+}
+
+TEST_F(MdbReaderTest, WhatAceHasAdded) {
+  TMdbTable table = TableOf({MdbFixedColumn("big", EMdbType::BigInt), MdbFixedColumn("at", EMdbType::LongDateTime),
+                             MdbVarColumn("sum", EMdbType::LongInt, 4), MdbVarColumn("text", EMdbType::Memo),
+                             MdbVarColumn("both", EMdbType::Bool)},
+                            {});
+  for (std::size_t i = 2; i < table.columns.size(); ++i) table.columns[i].computed = true;
+  TMdbBuilder builder(kMdbJet4, kDay);
+  const std::string moment = "0000000000000730518:0000000432000000000:7";  // 2001-02-03, noon
+  table.rows.push_back({kMdbJet4.row(
+      table.columns, {LittleBytes(0x8000000000000001, 8), moment + '\0', Computed(LittleBytes(42, 4)),
+                      LongValue(builder, Computed(Utf16OfText("ö")), ELongValue::Inline), Computed("\xFF")})});
+  builder.AddTable("T", table);
+  builder.AddTable("U", TableOf({MdbFixedColumn("files", EMdbType::Complex)}, {}));
+  const auto reader = Open(AsAce(std::move(builder).Bytes(), 5));
+  EXPECT_EQ(RowsText(reader->Rows("T", kAllRows)),
+            "row int -9223372036854775807|moment 2001-02-03 12:00:00|int 42|text ö|truth True\n");
+  EXPECT_EQ(MessageOf([&] { reader->Structure("U"); }),
+            "Cannot read " + path_ + ": table U: column files holds attachments or several values in one");
+}
+
 TEST_F(MdbReaderTest, LongValues) {
   const struct {
     std::size_t size;
@@ -152,6 +185,7 @@ TEST_F(MdbReaderTest, ValuesThatAreNone) {
   } kValues[] = {
       {MdbFixedColumn("v", EMdbType::DateTime), DoubleBytes(1e9)},
       {MdbFixedColumn("v", EMdbType::DateTime), DoubleBytes(std::numeric_limits<double>::quiet_NaN())},
+      {MdbFixedColumn("v", EMdbType::LongDateTime), std::string(42, '0')},
       {MdbVarColumn("v", EMdbType::Text, 20), "odd"},
       {MdbVarColumn("v", EMdbType::Memo), "short"},
   };
