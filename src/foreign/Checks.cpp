@@ -94,6 +94,8 @@ class TCheckReader {
     if (text_[at_] != '\'') ++at_;
     std::string value(Until('\''));
     while (!failed_ && at_ < text_.size() && text_[at_] == '\'') value += "'" + std::string(Until('\''));
+    // MySQL's patterns have no sets of letters.
+    if (word_ == "like" && value.find('[') != std::string::npos) failed_ = true;
     Add(QuotedText(value));
     after_value_ = true;
   }
@@ -110,7 +112,7 @@ class TCheckReader {
   void Word() {
     const std::size_t start = at_;
     while (at_ < text_.size() && (IsNameStart(text_[at_]) || IsDigit(text_[at_]) || text_[at_] == '$')) ++at_;
-    const std::string word = LowerText(text_.substr(start, at_ - start));
+    const std::string word = word_ = LowerText(text_.substr(start, at_ - start));
     if (std::ranges::find(kWords, word) != kWords.end()) {
       // What a column's own check compares is the column.
       if (!column_.empty() && !after_value_ && word != "not" && word != "null") Name(column_);
@@ -143,6 +145,7 @@ class TCheckReader {
   const TStringList& names_;
   std::size_t at_ = 0;
   int depth_ = 0;
+  std::string word_;  // the last one, in lower case
   bool after_value_ = false;
   bool failed_ = false;
   std::string made_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/Engines.h"
+#include "foreign/AccessFacts.h"
 #include "foreign/DbfFacts.h"
 #include "foreign/InterbaseFacts.h"
 #include "foreign/ParadoxFacts.h"
@@ -19,8 +20,8 @@ struct TRow {
 
 // By engine number.
 constexpr TRow kReaders[] = {
-    {kEngineDBF, MakeDBaseFacts}, {kEngineInterbase, MakeInterbaseFacts}, {kEngineParadox, MakeParadoxFacts},
-    {kEngineText, MakeTextFacts}, {kEngineFoxPro, MakeFoxProFacts},
+    {kEngineDBF, MakeDBaseFacts},       {kEngineAccess, MakeAccessFacts}, {kEngineInterbase, MakeInterbaseFacts},
+    {kEngineParadox, MakeParadoxFacts}, {kEngineText, MakeTextFacts},     {kEngineFoxPro, MakeFoxProFacts},
 };
 
 const TRow* RowOf(TDBConn& conn) {

@@ -23,6 +23,7 @@ namespace {
 constexpr char kLibrary[] = "mdbtools";
 constexpr char kUnknownTable[] = "There is no table %s in %s";
 constexpr char kComplex[] = "Cannot read %s: table %s: column %s holds attachments or several values in one";
+constexpr char kDefaultValue[] = "DefaultValue";
 constexpr char kRelationsTable[] = "MSysRelationships";
 
 constexpr std::uint32_t kPageOfId = 0x00FFFFFF;  // the part of an object's number that is its page
@@ -70,7 +71,7 @@ class TMdbStructure {
     for (const TMdbColumn& column : table_.Columns()) PutColumn(column);
     for (const TMdbIndex& index : table_.Indexes())
       if (index.kind != kMdbRelation) PutIndex(index);
-    result_.properties = properties_;
+    TakeProperties();
     return std::move(result_);
   }
 
@@ -81,7 +82,7 @@ class TMdbStructure {
     row.TABLE_NAME = table_.Name();
     row.COLUMN_NAME = column.name;
     row.ORDINAL_POSITION = static_cast<std::uint32_t>(result_.columns.size() + 1);
-    row.COLUMN_DEFAULT = Property(column, "DefaultValue");
+    row.COLUMN_DEFAULT = Property(column, kDefaultValue);
     row.COLUMN_FLAGS = IsFixedText(column) ? kColumnIsFixedLength : type.flags;
     row.IS_NULLABLE = !IsAutoNumber(column) && Property(column, "Required") != "yes";
     row.DATA_TYPE = type.db_type;
@@ -93,6 +94,14 @@ class TMdbStructure {
     result_.fields.push_back({column.name, KindOf(column, type), row.CHARACTER_MAXIMUM_LENGTH});
     result_.is_autoincrement.push_back(column.Has(kMdbAutoNumber));
     result_.columns.push_back(std::move(row));
+  }
+
+  // A column of random GUIDs says by its flag alone what its default is.
+  void TakeProperties() {
+    result_.properties = properties_;
+    for (const TMdbColumn& column : table_.Columns())
+      if (IsAutoNumber(column) && !column.Has(kMdbAutoNumber))
+        result_.properties[column.name].emplace(kDefaultValue, "GenGUID()");
   }
 
   const TTypeRow& TypeOf(const TMdbColumn& column) const {
