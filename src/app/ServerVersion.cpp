@@ -27,11 +27,9 @@ TServerVersion ReadServerVersion(const std::string& version) {
 }
 
 std::optional<TServerVersion> ServerVersionOf(TDBConn& conn) {
-  const auto* texts = dynamic_cast<TCreationTexts*>(&conn);
+  auto* texts = dynamic_cast<TCreationTexts*>(&conn);
   if (texts == nullptr || texts->StructureScript() != nullptr) return std::nullopt;
-  TVariant version;
-  conn.GetResultSQL("select version()", version);
-  return ReadServerVersion(VarToText(version));
+  return ReadServerVersion(texts->ServerVersion());
 }
 
 }  // namespace velmora

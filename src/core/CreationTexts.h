@@ -47,6 +47,8 @@ class TCreationTexts {
   virtual std::string TextsDatabase() const { return {}; }
   // What the database holds besides tables: views, sequences, triggers, routines, events.
   virtual std::vector<TOtherObject> OtherObjects() { return {}; }
+  // What the connected server says of itself by `select version()`; empty for files.
+  virtual std::string ServerVersion() { return {}; }
   // Of a side that is a script: its statements, in order, which live until it connects anew; null for servers.
   virtual const TStructureScript* StructureScript() const { return nullptr; }
   // Statements that may have made or changed tables of this side, and whose work it does not show; each with its place.

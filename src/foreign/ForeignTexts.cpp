@@ -41,11 +41,9 @@ constexpr std::array<TFactName, static_cast<std::size_t>(EFact::kCount)> kFactNa
      {EFact::Order, "order of columns"}}};
 
 TTargetServer ServerOf(TDBConn& target) {
-  const auto* texts = dynamic_cast<TCreationTexts*>(&target);
+  auto* texts = dynamic_cast<TCreationTexts*>(&target);
   if (texts == nullptr || texts->StructureScript() != nullptr) return {};
-  TVariant version;
-  target.GetResultSQL("select version()", version);
-  return ReadTargetServer(VarToText(version));
+  return ReadTargetServer(texts->ServerVersion());
 }
 
 std::vector<std::string> TypesOf(const TTableText& made, const TMappedTable& table) {

@@ -113,6 +113,7 @@ class TLibraryWire final : public TMyWire {
     if (mariadb_get_infov(handle_.get(), MARIADB_CONNECTION_SERVER_STATUS, &status) != 0) return std::nullopt;
     return (status & SERVER_STATUS_IN_TRANS) != 0;
   }
+  std::string ServerVersion() const override { return mysql_get_server_info(handle_.get()); }
   std::uint64_t ThreadId() const override { return mysql_thread_id(handle_.get()); }
   int Handle() const override { return static_cast<int>(mysql_get_socket(handle_.get())); }
 

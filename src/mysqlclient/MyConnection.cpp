@@ -59,6 +59,13 @@ void TMyConnection::CopyOptions(const TMyConnection& source) {
   Waiting = source.Waiting;
 }
 
+std::string TMyConnection::ServerVersion() {
+  const std::unique_ptr<TMyQuery> query = NewQuery();
+  query->SQL = "select version()";
+  query->Open();
+  return VarToText(query->Value(0));
+}
+
 void TMyQuery::Open() {
   Close();
   Show(DoOpen());

@@ -116,6 +116,9 @@ class TMyConnection : public TClientConnection {
   // at rest; nothing happens while not connected.
   virtual void PrepareToCancel() {}
 
+  // Of a connected server: what `select version()` gives, as a rule without asking.
+  virtual std::string ServerVersion();
+
   // Where the server was reached: a socket's path, or HOST:PORT; empty while not connected.
   virtual std::string ReachedAt() const { return {}; }
 

@@ -91,8 +91,9 @@ class TMyWire {
   virtual std::size_t WarningCount() const = 0;           // that the server has to what was answered last
   virtual std::optional<bool> InTransaction() const = 0;  // as the server has said last
 
-  virtual std::uint64_t ThreadId() const = 0;  // the server's number of this connection
-  virtual int Handle() const = 0;              // the system's number of the socket; -1: there is none
+  virtual std::string ServerVersion() const = 0;  // as `select version()` gives it
+  virtual std::uint64_t ThreadId() const = 0;     // the server's number of this connection
+  virtual int Handle() const = 0;                 // the system's number of the socket; -1: there is none
 };
 
 // The server is that of this machine, which may be reached by its socket.

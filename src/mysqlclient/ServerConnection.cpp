@@ -143,6 +143,7 @@ class TServerConnection::TLink {
     if (IsOpen()) wire_->SetAnswerTime(seconds);
   }
   bool IsUnchecked() const { return wire_->IsUnchecked(); }
+  std::string ServerVersion() const { return wire_->ServerVersion(); }
   // Asks the server who it is, so that a statement can be broken off from here on.
   void GetToKnow();
 
@@ -512,6 +513,11 @@ TServerConnection::~TServerConnection() = default;
 bool TServerConnection::GetConnected() const { return link_->IsOpen(); }
 
 std::string TServerConnection::ReachedAt() const { return link_->IsOpen() ? link_->reached_at : std::string(); }
+
+std::string TServerConnection::ServerVersion() {
+  CheckConnected();
+  return link_->ServerVersion();
+}
 
 bool TServerConnection::InTransaction() const { return link_->in_transaction; }
 

@@ -29,6 +29,7 @@ class TServerConnection : public TMyConnection {
   bool GetConnected() const override;
   bool InTransaction() const override;
   std::string ReachedAt() const override;
+  std::string ServerVersion() override;
   std::optional<bool> TransactionOpen(bool refresh) override;
   std::size_t WarningCount() const override;
   void StartTransaction() override;  // raises for an unknown IsolationLevel

@@ -148,7 +148,7 @@ TTableNames TExactSync::TouchedTables() const {
 
 // The server is asked only where that may matter.
 TPlanServer TExactSync::PlanServerOf(TDBConn& target) const {
-  const auto* texts = dynamic_cast<TCreationTexts*>(&target);
+  auto* texts = dynamic_cast<TCreationTexts*>(&target);
   const bool matters = std::any_of(changes_.begin(), changes_.end(), [this](const TChange& change) {
     const TTableText* table = read_.target.schema.Find(change.table);
     return table != nullptr && std::ranges::any_of(table->elements, [](const TElement& element) {
@@ -156,9 +156,7 @@ TPlanServer TExactSync::PlanServerOf(TDBConn& target) const {
            });
   });
   if (!matters || texts == nullptr || texts->StructureScript() != nullptr) return {};
-  TVariant version;
-  target.GetResultSQL("select version()", version);
-  return {.mysql = PosNoCase("mariadb", VarToText(version)) == 0};
+  return {.mysql = PosNoCase("mariadb", texts->ServerVersion()) == 0};
 }
 
 // Every statement is read again from its text, so that what is proved is what will run.

@@ -98,17 +98,11 @@ struct TSideReader {
 
 constexpr char UpperChar(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
-TServerTraits VersionOf(TDBConn& server) {
-  TVariant value;
-  server.GetResultSQL("select version()", value);
-  return ReadServerTraits(VarToText(value));
-}
-
 // In what the server differs; the newest MariaDB where neither side is one.
 TServerTraits TraitsOf(TDBConn& conn) {
-  const auto* texts = dynamic_cast<TCreationTexts*>(&conn);
+  auto* texts = dynamic_cast<TCreationTexts*>(&conn);
   if (texts == nullptr || texts->StructureScript() != nullptr) return {};
-  TServerTraits traits = VersionOf(conn);
+  TServerTraits traits = ReadServerTraits(texts->ServerVersion());
   TVariant value;
   // What it is for whoever runs the file: our own session has every timestamp spelt out.
   conn.GetResultSQL("select @@global.explicit_defaults_for_timestamp", value);
@@ -207,8 +201,10 @@ class TPairReader {
   // Servers of two products or releases do not have the same things.
   void AskLanguages() {
     if (reference_.file != nullptr || target_.file != nullptr || reference_.maker != nullptr) return;
-    reference_server_ = VersionOf(reference_.conn);
-    server_ = VersionOf(target_.conn);
+    const std::string versions[] = {reference_.texts->ServerVersion(), target_.texts->ServerVersion()};
+    if (versions[0].empty() || versions[1].empty()) return;  // the target's server has read the file
+    reference_server_ = ReadServerTraits(versions[0]);
+    server_ = ReadServerTraits(versions[1]);
     across_ = !SpeakAlike(reference_server_, server_);
   }
 
