@@ -140,6 +140,11 @@ TRowValue ComputedColumn(const TTableRows& table, const TColumnText& column, int
   return value;
 }
 
+bool ComputesTheSame(const TColumnText* had, const TColumnText& has) {
+  return had != nullptr && had->generated == has.generated && had->type == has.type &&
+         had->arguments == has.arguments && had->is_unsigned == has.is_unsigned && had->charset == has.charset;
+}
+
 TRowValue NewColumn(const TColumnText& column) {
   if (column.auto_increment) return {EKind::Numbered, {}, {}};
   const std::string text = column.default_text.value_or("");
@@ -161,7 +166,7 @@ TRowValue ValueOfColumn(const TTableRows& table, const std::string& column, int 
   const TChange* change = table.ColumnChange(column);
   if (change == nullptr || change->moved_only) return {EKind::Stored, name, {}};
   const TColumnText& has = *change->new_column;
-  if (has.generated) return ComputedColumn(table, has, depth);
+  if (has.generated && !ComputesTheSame(change->old_column.get(), has)) return ComputedColumn(table, has, depth);
   if (change->action == saAddColumn) return NewColumn(has);
   if (!KeepsValues(*change->old_column, has)) return {EKind::Unknown, {}, Format(kConverted, column)};
   return {EKind::Stored, Converted(name, *change->old_column, has), {}};
