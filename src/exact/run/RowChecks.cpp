@@ -56,6 +56,7 @@ constexpr char kSeveral[] = "it goes by several columns";
 constexpr char kConverted[] = "column %s changes its type";
 constexpr char kComputed[] = "the default of the new column %s is computed for each row";
 constexpr char kNewColumn[] = "column %s is new";
+constexpr char kArray[] = "it has several values for one row";
 constexpr char kTooDeep[] = "column %s is computed of too much";
 
 // A column's value in the rows that are there, as the run will have made it.
@@ -175,6 +176,8 @@ TRowValue ValueOfColumn(const TTableRows& table, const std::string& column, int 
 TRowValue ValueOfPart(const TTableRows& table, const TKeyPart& part) {
   if (part.column.empty()) {  // an expression, after which a direction may stand
     const std::vector<TToken> tokens = Tokens(part.text);
+    if (std::ranges::any_of(tokens, [](const TToken& token) { return IsKeyword(token, "array"); }))
+      return {EKind::Unknown, {}, kArray};
     return ValueOfTokens(table, tokens, {0, std::min(AfterGroup(tokens, 0), tokens.size() - 1)});
   }
   TRowValue value = ValueOfColumn(table, part.column);
@@ -186,10 +189,11 @@ TRowValue ValueOfPart(const TTableRows& table, const TKeyPart& part) {
 bool HoldsOthers(const TTableRows& table, const TKeyPart& part) {
   const TTableRows as_they_are{table.reference, table.target, {}};
   const TRowValue value = ValueOfPart(table, part);
-  if (value.kind == EKind::Stored) return value.sql != ValueOfPart(as_they_are, part).sql;
+  const TRowValue now = ValueOfPart(as_they_are, part);
+  if (value.kind == EKind::Stored) return value.sql != now.sql;
+  if (value.kind != EKind::Unknown || now.kind != EKind::Stored) return false;
   // A column of another type is told of by itself.
-  return value.kind == EKind::Unknown &&
-         (part.column.empty() || table.ColumnChange(part.column)->new_column->generated.has_value());
+  return part.column.empty() || table.ColumnChange(part.column)->new_column->generated.has_value();
 }
 
 bool IsUnique(const TElement& key) { return key.kind == EElement::PrimaryKey || key.kind == EElement::UniqueKey; }
