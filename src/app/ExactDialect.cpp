@@ -105,8 +105,7 @@ std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
     tell(true, Format("%s: table %s is skipped: %s", skipped.side, skipped.table, skipped.reason));
   for (const TMadeColumn& column : sync.MadeColumns())
     if (column.level == EMadeLevel::Warning) tell(true, MadeColumnText(column));
-  for (const TUnmadeElement& element : sync.Unmade())
-    tell(true, Format("%s.%s has no form in MySQL: %s", element.table, element.element, element.reason));
+  for (const TUnmadeElement& element : sync.Unmade()) tell(true, "no form in MySQL: " + element.Text());
   if (const int left = sync.DifferencesLeft(); left > 0)
     tell(true, Format("by the proof in memory the script would leave %s",
                       Counted(static_cast<std::size_t>(left), "difference")));

@@ -41,6 +41,7 @@ TMadeTask MakeTask(const std::string& path, const TSourceSettings& reference, co
     TMadeTask task;
     task.dialect = StoredDialect(reader.Dialect()).id;
     task.marks = reader.Marks();
+    task.foreign = ReadForeignWishes(reader.Foreign());
     task.connections.reference = MakeSide(reader.Reference(), reference);
     task.connections.target = MakeSide(reader.Target(), target);
     CheckTarget(*task.connections.target);
@@ -53,15 +54,17 @@ void CheckTaskName(const std::string& path) {
 }
 
 void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target, EDialect dialect,
-                 const TTaskMarks& marks) {
+                 const TTaskMarks& marks, const TForeignWishes& foreign) {
   CheckTaskName(path);
-  Named(path, [&] { WriteTask(path, reference, target, DialectRow(dialect).Stored(), marks); });
+  Named(path,
+        [&] { WriteTask(path, reference, target, DialectRow(dialect).Stored(), marks, ForeignWishesText(foreign)); });
 }
 
 TTaskValues ShowTaskFile(const std::string& path) {
   return Named(path, [&] {
     TTaskValues values = ReadTaskValues(path);
     StoredDialect(values.dialect);
+    ReadForeignWishes(values.foreign);
     return values;
   });
 }

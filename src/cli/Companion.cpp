@@ -10,6 +10,7 @@
 #include "app/Tasks.h"
 #include "cli/Command.h"
 #include "cli/CompareCommand.h"
+#include "cli/MappingCommand.h"
 #include "cli/RowsCommand.h"
 #include "cli/ScriptCommand.h"
 #include "cli/SplitCommand.h"
@@ -66,6 +67,7 @@ std::vector<std::unique_ptr<TCommand>> MakeCommands() {
   commands.push_back(std::make_unique<TCompareCommand>());
   commands.push_back(std::make_unique<TScriptCommand>());
   commands.push_back(std::make_unique<TSyncCommand>());
+  commands.push_back(std::make_unique<TMappingCommand>());
   commands.push_back(std::make_unique<TSchemaCommand>());
   commands.push_back(std::make_unique<TParseCommand>());
   commands.push_back(std::make_unique<TReplayCommand>());
@@ -123,11 +125,43 @@ void DeclarePair(CLI::App& app, TPair& pair) {
           throw CLI::ValidationError(error.what());
         }
       });
+  DeclareForeign(app, pair.foreign);
   app.callback([&pair] {
     const bool is_task = IsTaskFile(pair.reference);
     if (is_task && !pair.target.empty()) throw CLI::ValidationError("TARGET", "a task file holds both sides already");
     if (!is_task && pair.target.empty()) throw CLI::RequiredError("TARGET");
   });
+}
+
+void DeclareMapping(CLI::App& app, TForeignWishes& wishes) {
+  app.add_option("--map",
+                 "A reference that is not MySQL: the MySQL type of a column (TABLE.COLUMN=type) or of all columns of a "
+                 "type ('number(10,2)=type', number=type); may be given several times")
+      ->type_name("WHAT=TYPE")
+      ->each([&wishes](const std::string& rule) {
+        try {
+          wishes.rules.push_back(ReadMapRule(rule));
+        } catch (const EVelmora& error) {
+          throw CLI::ValidationError(error.what());
+        }
+      });
+  DeclareChoice(app, "--names", {"keep", "lower"},
+                "A reference that is not MySQL: its names as they are, or in lower case",
+                [&wishes](std::size_t choice) { wishes.names = choice == 0 ? ENameCase::Keep : ENameCase::Lower; });
+}
+
+void DeclareForeign(CLI::App& app, TForeignWishes& wishes) {
+  DeclareMapping(app, wishes);
+  app.add_option("--accept", wishes.accepted,
+                 "A reference that is not MySQL: what it has and MySQL has no form for, such as a default, need not be "
+                 "there for the databases to be identical; may be given several times")
+      ->type_name("TABLE.ELEMENT");
+  app.add_flag("--strict-types", wishes.strict_types,
+               "A reference that is not MySQL: a type of the target that holds more than the source's is a difference");
+  app.add_flag("--accept-timestamp", wishes.accept_timestamp,
+               "A reference that is not MySQL: timestamp, which ends in 2038, counts as equal to datetime");
+  app.add_flag("--drop-obsolete", wishes.drop_obsolete,
+               "A reference that is not MySQL: tables that the target alone has go, which is unsafe");
 }
 
 void DeclareDialect(CLI::App& app, const std::string& help, const std::function<void(EDialect)>& choose) {

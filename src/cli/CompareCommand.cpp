@@ -7,6 +7,7 @@
 
 #include "cli/ComparisonText.h"
 #include "cli/Json.h"
+#include "cli/MappingCommand.h"
 #include "cli/PairRun.h"
 
 namespace velmora {
@@ -29,6 +30,8 @@ void AddFindings(const TDialect& dialect, bool failed, const std::optional<int>&
   for (const TObjectDifference& object : findings.objects)
     objects.push_back({{"kind", object.kind}, {"name", object.name}, {"difference", object.difference}});
   document["objects"] = std::move(objects);
+  document["mapping"] = MappingJson(findings.mapping);
+  document["unmade"] = UnmadeJson(findings.unmade);
   const bool proved = !failed && (findings.skipped.empty() || findings.differences_left > 0);
   document["verified"] = proved ? TJson(findings.differences_left) : TJson();
   document["verified_on_server"] = on_server ? TJson(*on_server) : TJson();
@@ -64,7 +67,8 @@ TJson LeastDocument(const TApplication& app) {
   TJson document = {
       {"identical", false}, {"actions", TJson::array()}, {"log", TJson::array()}, {"dialect", DialectJson(app)}};
   if (app.Dialect().Traits().has_findings) {
-    for (const char* list : {"skipped", "not_followed", "objects"}) document[list] = TJson::array();
+    for (const char* list : {"skipped", "not_followed", "objects", "mapping", "unmade"})
+      document[list] = TJson::array();
     for (const char* proof : {"verified", "verified_on_server"}) document[proof] = TJson();
   }
   document["error"] = kOutOfMemory;

@@ -15,6 +15,8 @@ namespace {
 
 constexpr char kOthersAlone[] = " (views, triggers, routines, events), left alone\n";
 
+constexpr char kUnmade[] = " no form in MySQL; --accept TABLE.ELEMENT goes on without\n";
+
 using TReasons = std::map<int, std::string>;  // why actions are unsafe, by the ids of their rows
 
 // One sign per kind of difference, as in a patch.
@@ -85,6 +87,8 @@ void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
   if (dialect.Traits().has_findings && count > 0)
     out << TellLeft("Verified", "Not verified", findings, findings.differences_left) << '\n';
   if (!findings.skipped.empty()) out << Counted(findings.skipped.size(), "table") << " could not be compared\n";
+  if (const std::size_t unmade = findings.unmade.size(); unmade > 0)
+    out << Counted(unmade, "element") << (unmade == 1 ? " has" : " have") << kUnmade;
   if (const std::size_t unfollowed = findings.not_followed.size(); unfollowed > 0)
     out << Counted(unfollowed, "statement") << " could not be followed, so nobody knows whether tables are identical\n";
   const std::size_t objects = findings.objects.size();

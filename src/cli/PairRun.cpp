@@ -12,6 +12,7 @@
 #include "cli/SourceRun.h"
 #include "cli/TerminalProgress.h"
 #include "engines/mysql/OfflineEngine.h"
+#include "foreign/FactReaders.h"
 #include "mysqlclient/MyConnection.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -23,6 +24,10 @@ namespace {
 constexpr char kAllowEmpty[] = "; if that is meant, give --allow-empty-reference";
 constexpr char kReads[] = "--dialect %s reads this table";
 constexpr char kFileAndServer[] = "--via-server takes a reference that ends in .sql and a target on a server";
+
+constexpr char kForeignAlone[] =
+    "--map, --names, --accept, --strict-types, --accept-timestamp and --drop-obsolete are for references that are not "
+    "MySQL";
 
 constexpr int kGrace = 3000;  // milliseconds
 
@@ -115,11 +120,13 @@ std::optional<std::string> TPairRun::GenerateScript() {
 
 TTaskConnections TPairRun::Make(const TPair& pair, const TSourceOptions& options) {
   if (pair.dialect) app_.Choose(*pair.dialect);
+  foreign_ = pair.foreign;
   if (IsTaskFile(pair.reference)) {
     TMadeTask task = MakeTask(pair.reference, AskingWithoutBar(options.ForTaskReference(console_)),
                               AskingWithoutBar(options.ForTaskTarget(console_)));
     if (!pair.dialect) app_.Choose(task.dialect);
     marks_ = task.marks;
+    foreign_ = JoinWishes(pair.foreign, task.foreign);
     SettleSocket({task.connections.reference.get(), task.connections.target.get()}, true);
     return std::move(task.connections);
   }
@@ -144,7 +151,8 @@ void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_s
   TTaskConnections connections = Make(pair, options);
   if (OnMade) OnMade(*connections.target);
   CheckComparable(*connections.reference, app_.Dialect().Traits().maps_foreign);
-  app_.Take({pair.collations, pair.verify_on_server, pair.via_server});
+  if (foreign_.Any() && !HasFactReader(*connections.reference)) RaiseError(kForeignAlone);
+  app_.Take({pair.collations, pair.verify_on_server, pair.via_server, foreign_});
   if (pair.via_server && (!IsFile(*connections.reference) || IsFile(*connections.target))) RaiseError(kFileAndServer);
   const TDialectTraits& dialect = app_.Dialect().Traits();
   // A server that is only compared need not be asked for its tables more often than the comparison does.

@@ -66,6 +66,7 @@ class TPairRun {
   std::unique_ptr<TDBConn> compared_;  // the target that a copy has taken the place of; freed with the run
   TApplication app_;
   TTaskMarks marks_;
+  TForeignWishes foreign_;  // of the command and the task file
 };
 
 // Progress on the console's terminal, or none where it is no terminal.

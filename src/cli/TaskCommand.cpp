@@ -7,6 +7,7 @@
 #include "app/Sources.h"
 #include "app/Tasks.h"
 #include "util/Format.h"
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -55,6 +56,7 @@ void TTaskCommand::Declare(CLI::App& app) {
                 [this](std::size_t choice) { marks_.colour = static_cast<ETaskColour>(choice); });
   create->add_flag("--ask-for-database", marks_.confirm_database,
                    "Have the target database's name typed before a script runs on it");
+  DeclareForeign(*create, foreign_);
   options_.DeclarePair(*create);
   CLI::App* show = app.add_subcommand("show", "Show what a task file holds; nothing is connected");
   show->add_option("FILE", file_, "The file")->required();
@@ -69,7 +71,7 @@ int TTaskCommand::WriteNew(TConsole& console) {
   const std::unique_ptr<TDBConn> reference = MakeSource(reference_, options_.ForStoredReference(console));
   const std::unique_ptr<TDBConn> target = MakeTarget(target_, options_.ForStoredTarget(console));
   SettleSocket({reference.get(), target.get()});
-  NewTaskFile(file_, *reference, *target, dialect_, marks_);
+  NewTaskFile(file_, *reference, *target, dialect_, marks_, foreign_);
   return kExitSuccess;
 }
 
@@ -80,6 +82,9 @@ int TTaskCommand::Show(TConsole& console) {
   if (task.dialect) console.out << "dialect: " << *task.dialect << '\n';
   if (task.marks.colour != ETaskColour::None) console.out << "colour: " << ColourWord(task.marks.colour) << '\n';
   if (task.marks.confirm_database) console.out << "asks for the database's name before a run\n";
+  TStringList foreign;
+  SplitText("\n", task.foreign, foreign);
+  for (const std::string& wish : foreign) console.out << "foreign: " << ShownText(wish) << '\n';
   return kExitSuccess;
 }
 

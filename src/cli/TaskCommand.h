@@ -26,6 +26,7 @@ class TTaskCommand final : public TCommand {
   std::string file_, reference_, target_;
   EDialect dialect_ = kDefaultDialect;
   TTaskMarks marks_;
+  TForeignWishes foreign_;
   TSourceOptions options_;
   bool show_passwords_ = false;
 };

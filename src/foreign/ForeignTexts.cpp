@@ -17,10 +17,13 @@ namespace velmora {
 namespace {
 
 constexpr char kNoReader[] = "The structure of this source cannot be read for MySQL";
+constexpr char kNoTables[] = "The reference has no tables: is it the right place?";
 constexpr char kNoTable[] = "There is no table %s";
 constexpr char kWider[] = "Taken as equal: types that hold more than the source's (%d)";
 constexpr char kUnique[] = "Taken as equal: a unique key in place of a plain one (%d)";
 constexpr char kUnknown[] = "Not compared, as the source does not say it: %s (%d)";
+constexpr char kNoForm[] = "no form in MySQL: %s";
+constexpr char kNotThere[] = "Accepted, but not there: %s";
 constexpr char kAccepted[] = "Accepted: %s without a form in MySQL";
 
 struct TFactName {
@@ -74,6 +77,7 @@ void TForeignTexts::Read(const TTargetServer& server, const TStringList& target_
                          const std::function<void(const std::string& table, std::size_t count)>& step) {
   context_.server = server;
   const TStringList names = reader_->Tables();
+  if (names.empty()) RaiseError(kNoTables);
   std::vector<TReadTable> read;
   read.reserve(names.size());
   for (const std::string& name : names) {
@@ -126,6 +130,13 @@ bool TForeignTexts::Accepted(const TUnmadeElement& element) const {
                              [&](const std::string& accepted) { return SameText(Trim(accepted), name); });
 }
 
+bool TForeignTexts::IsThere(const std::string& accepted) const {
+  for (const TMappedTable& table : tables_)
+    for (const TUnmadeElement& element : table.unmade)
+      if (SameText(Trim(accepted), element.table + "." + element.element)) return true;
+  return false;
+}
+
 std::vector<TUnmadeElement> TForeignTexts::Unmade() const {
   std::vector<TUnmadeElement> unmade;
   for (const TMappedTable& table : tables_)
@@ -141,7 +152,7 @@ std::vector<TMadeColumn> TForeignTexts::Columns() const {
     if (!table.refused.empty()) columns.push_back({table.name, "", "", "", EMadeLevel::Refused, table.refused});
     for (const TUnmadeElement& element : table.unmade)
       columns.push_back({table.name, "", "", "", Accepted(element) ? EMadeLevel::Info : EMadeLevel::Refused,
-                         element.element + ": " + element.reason});
+                         Format(kNoForm, element.Text().substr(element.table.size() + 1))});
   }
   return columns;
 }
@@ -157,6 +168,8 @@ TStringList TForeignTexts::Log() const {
   for (const TMappedTable& table : tables_)
     accepted += static_cast<std::size_t>(
         std::ranges::count_if(table.unmade, [this](const TUnmadeElement& element) { return Accepted(element); }));
+  for (const std::string& name : context_.wishes.accepted)
+    if (!IsThere(name)) lines.push_back(Format(kNotThere, name));
   if (accepted > 0) lines.push_back(Format(kAccepted, Counted(accepted, "element")));
   return lines;
 }

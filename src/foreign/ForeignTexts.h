@@ -21,7 +21,8 @@ class TForeignTexts final : public TTextMaker {
   // Of a connected engine that has a fact reader, and outlives this object.
   TForeignTexts(TDBConn& reference, TForeignWishes wishes);
 
-  // For a target that is not there: only this server is known of it.
+  // Raises for a source without tables, too: that is a wrong place more often than a wish.
+  // The first is for a target that is not there: only this server is known of it.
   void Read(const TTargetServer& server, const TStringList& target_tables,
             const std::function<void(const std::string& table, std::size_t count)>& step);
 
@@ -37,6 +38,7 @@ class TForeignTexts final : public TTextMaker {
  private:
   TForeignTable ReadTable(const std::string& name) const;
   bool Accepted(const TUnmadeElement& element) const;
+  bool IsThere(const std::string& accepted) const;
 
   std::unique_ptr<TFactReader> reader_;
   TMapContext context_;

@@ -14,6 +14,7 @@ namespace velmora {
 struct TMapRule {
   std::string what;
   std::string type;  // MySQL's
+  bool operator==(const TMapRule&) const = default;
 };
 
 enum class ENameCase { Keep, Lower };
@@ -25,7 +26,18 @@ struct TForeignWishes {
   bool drop_obsolete = false;     // tables that the target alone has go
   bool accept_timestamp = false;  // timestamp stands for datetime, though it ends in 2038
   ENameCase names = ENameCase::Keep;
+
+  bool operator==(const TForeignWishes&) const = default;
+  bool Any() const { return *this != TForeignWishes(); }
 };
+
+// One wish a line, as a task file keeps them: "map WHAT=TYPE", "accept TABLE.ELEMENT", "strict-types", "drop-obsolete",
+// "accept-timestamp", "names lower"; empty for none.
+std::string ForeignWishesText(const TForeignWishes& wishes);
+// Raises for a line that is none of these.
+TForeignWishes ReadForeignWishes(const std::string& text);
+// What is asked for now, before what `kept` has.
+TForeignWishes JoinWishes(TForeignWishes now, const TForeignWishes& kept);
 
 // "WHAT=TYPE". Raises where either is missing, and for what is no type of MySQL's.
 TMapRule ReadMapRule(const std::string& text);

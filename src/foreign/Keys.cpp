@@ -41,7 +41,7 @@ class TKeyMapper {
   void LeaveOut(const TForeignKey& key, const std::string& reason) {
     if (key.kind == EForeignKeyKind::Plain) return Tell("key " + key.name + " is left out: " + reason);
     const bool primary = key.kind == EForeignKeyKind::Primary;
-    table_.unmade.push_back({table_.name, primary ? "primary key" : "key " + key.name, reason});
+    table_.unmade.push_back({table_.name, primary ? "PRIMARY" : key.name, primary ? "primary key" : "key", reason});
   }
 
   const TMappedColumn* Find(const std::string& column) const {

@@ -214,7 +214,7 @@ class TSchemaMapper {
       SetNull(column, table);
       column.default_value = MakeDefault(column.source, ReadType(column.type.type), context_.server);
       if (!column.default_value.reason.empty() && table.known.Has(EFact::Defaults))
-        table.unmade.push_back({table.name, "default of " + column.name, column.default_value.reason});
+        table.unmade.push_back({table.name, column.name, "default", column.default_value.reason});
       column.source.comment = CutChars(column.source.comment, kColumnComment);
       AddText(column.type, column.source.remark, EMadeLevel::Info);
     }
@@ -254,7 +254,7 @@ class TSchemaMapper {
       column.counts = leads && !counts && CanCount(ReadType(column.type.type));
       if (!column.counts) AddText(column.type, counts ? kCountsTwice : kCannotCountHere, EMadeLevel::Warning);
       if (!column.counts)
-        table.unmade.push_back({table.name, "counting of " + column.name, counts ? kCountsTwice : kCannotCountHere});
+        table.unmade.push_back({table.name, column.name, "counting", counts ? kCountsTwice : kCannotCountHere});
       if (column.counts) column.not_null = true;
       counts = counts || column.counts;
     }
@@ -271,12 +271,11 @@ class TSchemaMapper {
       names.push_back(column.name);
     }
     for (const TForeignCheck& check : facts.checks) {
-      const std::string of_column = check.column.empty() ? "" : "of " + check.column;
-      const std::string element = "check " + (check.name.empty() ? of_column : check.name);
       const auto text = MakeCheck(check, columns, names);
       if (!text || !context_.server.HasChecks()) {
+        const std::string element = !check.name.empty() ? check.name : check.column;
         table.unmade.push_back(
-            {table.name, element,
+            {table.name, element.empty() ? "check" : element, "check",
              !text ? Format(kNoCheck, check.text) : Format(kNoChecks, context_.server.Text(), check.text)});
         continue;
       }
@@ -297,7 +296,7 @@ class TSchemaMapper {
         table.references.push_back(std::move(mapped));
       else
         table.unmade.push_back(
-            {table.name, "reference " + (reference.name.empty() ? "to " + reference.table : reference.name), fault});
+            {table.name, reference.name.empty() ? reference.table : reference.name, "reference", fault});
     }
   }
 

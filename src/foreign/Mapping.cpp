@@ -337,31 +337,7 @@ std::vector<std::string> PlainArguments(const TColumnText& column) {
   return arguments;
 }
 
-constexpr char kNoRule[] = "%s is no rule of the mapping: write TABLE.COLUMN=type, or a type of the source=type";
-constexpr char kNoType[] = "%s: %s is no type of MySQL's";
-
 }  // namespace
-
-TMapRule ReadMapRule(const std::string& text) {
-  const std::size_t sign = text.find('=');
-  TMapRule rule;
-  if (sign != std::string::npos) rule = {Trim(text.substr(0, sign)), Trim(text.substr(sign + 1))};
-  if (rule.what.empty() || rule.type.empty()) RaiseError(Format(kNoRule, text));
-  try {
-    const TTableText table = ReadTableText("create table t (`c` " + rule.type + ")");
-    const TColumnText column = ReadColumnText(table.elements.at(0).text, table);
-    const bool alone = table.elements.size() == 1 && !column.not_null && !column.default_text && !column.generated;
-    const bool known = column.IsNumber() || column.HasLetters() || IsTimeType(column.type) ||
-                       IsShapeType(column.type) ||
-                       InList(column.type, {"date", "year", "bit", "binary", "varbinary", "tinyblob", "blob",
-                                            "mediumblob", "longblob", "json", "uuid", "inet6", "inet4", "vector"});
-    if (alone && known) return rule;
-  } catch (const EVelmora&) {
-  }
-  RaiseError(Format(kNoType, text, rule.type));
-}
-
-std::string MapRuleText(const TMapRule& rule) { return rule.what + "=" + rule.type; }
 
 std::string NativeText(const TForeignColumn& column) {
   if (column.native.find('(') != std::string::npos) return column.native;

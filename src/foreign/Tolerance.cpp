@@ -353,7 +353,7 @@ class TCompletion {
   // which.
   void AddChecks() {
     const bool tells = Known(EFact::Checks) && std::ranges::none_of(table_.unmade, [](const TUnmadeElement& unmade) {
-                         return unmade.element.starts_with("check ");
+                         return unmade.kind == "check";
                        });
     for (const TMappedCheck& check : table_.checks) {
       if (!Known(EFact::Checks)) break;

@@ -28,6 +28,7 @@ constexpr char kUnhandledColour[] = "\"%s\" is no colour of a task: it must be o
 constexpr char kDialectKey[] = "dialect";
 constexpr char kColourKey[] = "colour";
 constexpr char kConfirmKey[] = "confirm_database";
+constexpr char kForeignKey[] = "foreign";
 
 constexpr std::size_t kMaxFileSize = std::size_t{64} * 1024 * 1024;
 constexpr unsigned kOwnerOnly = 0600;
@@ -109,6 +110,8 @@ TTaskMarks TTaskReader::Marks() const {
   return marks;
 }
 
+std::string TTaskReader::Foreign() const { return HasElement(kForeignKey) ? cfgGetStr(kForeignKey) : std::string(); }
+
 std::unique_ptr<TDBConn> MakeTaskEngine(const TTaskSide& side, const TEngineClients& clients) {
   return MakeEngine(*side.engine, side.values, clients);
 }
@@ -117,11 +120,11 @@ TTaskValues ReadTaskValues(const std::string& path) {
   const TTaskReader reader(path);
   TTaskSide reference = reader.Reference();
   TTaskSide target = reader.Target();
-  return {std::move(reference), std::move(target), reader.Dialect(), reader.Marks()};
+  return {std::move(reference), std::move(target), reader.Dialect(), reader.Marks(), reader.Foreign()};
 }
 
 void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target, const std::optional<std::string>& dialect,
-               const TTaskMarks& marks) {
+               const TTaskMarks& marks, const std::string& foreign) {
   cfgReset();
   cfgSetStr(kVersionKey, kVersion);
   WriteSide(kReference, reference);
@@ -129,6 +132,7 @@ void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target, con
   if (dialect) cfgSetStr(kDialectKey, *dialect);
   if (marks.colour != ETaskColour::None) cfgSetStr(kColourKey, ColourWord(marks.colour));
   if (marks.confirm_database) cfgSetBool(kConfirmKey, true);
+  if (!foreign.empty()) cfgSetStr(kForeignKey, foreign);
   const std::string bytes = std::string(kTaskMagic) + PackTask(cfgText());
   WriteFileText(path, bytes, false, kOwnerOnly);
 }

@@ -36,6 +36,7 @@ void TTaskFile::CloseTask() {
   connections_.target.reset();
   Dialect.reset();
   Marks = {};
+  Foreign.clear();
   host_.ShowTask(false);
 }
 
@@ -48,6 +49,7 @@ void TTaskFile::OpenTask(std::string path) {
   host_.CheckDialect(reader.Dialect());
   Dialect = reader.Dialect();
   Marks = reader.Marks();
+  Foreign = reader.Foreign();
   connections_.reference = MakeTaskEngine(reader.Reference(), clients_);
   connections_.target = MakeTaskEngine(reader.Target(), clients_);
   ConnectSide("Reference", *connections_.reference);
@@ -58,7 +60,7 @@ void TTaskFile::OpenTask(std::string path) {
 
 void TTaskFile::SaveTask(const std::string& path) {
   if (!connections_.reference || !connections_.target) RaiseError(kNothingToSave);
-  WriteTask(path, *connections_.reference, *connections_.target, Dialect, Marks);
+  WriteTask(path, *connections_.reference, *connections_.target, Dialect, Marks, Foreign);
   TaskIsUnsaved = false;
   TaskFileName = path;
   host_.RecentAdd(path);

@@ -22,7 +22,7 @@ constexpr char kNoTarget[] = "There is no target database";
 constexpr char kSkipped[] = "Skipped: table %s, %s: %s";
 constexpr char kStatement[] = "Not followed: %s";
 constexpr char kOtherObject[] = "Not the same: %s %s: %s";
-constexpr char kUnmade[] = "No form in MySQL: %s.%s: %s";
+constexpr char kUnmade[] = "No form in MySQL: %s";
 constexpr char kTakenAsEqual[] = "Taken as equal: %s (%d)";
 constexpr char kVerified[] = "Verified: %s";
 constexpr char kNotVerified[] = "Not verified: %d differences left";
@@ -190,8 +190,7 @@ void TExactSync::FillLog() {
   for (const std::string& statement : read_.not_followed) ActionLog.push_back(Format(kStatement, statement));
   for (const TSkippedTable& skipped : read_.skipped)
     ActionLog.push_back(Format(kSkipped, skipped.table, skipped.side, skipped.reason));
-  for (const TUnmadeElement& element : read_.unmade)
-    ActionLog.push_back(Format(kUnmade, element.table, element.element, element.reason));
+  for (const TUnmadeElement& element : read_.unmade) ActionLog.push_back(Format(kUnmade, element.Text()));
   for (const TChange& change : changes_) ActionLog.push_back(LogLine(change));
   ActionLog.insert(ActionLog.end(), read_.made_log.begin(), read_.made_log.end());
   for (const TEquivalence& row : velmora::Equivalences())

@@ -27,8 +27,11 @@ struct TMadeColumn {
 // What the source has and MySQL has no form for, so that a database cannot be called identical.
 struct TUnmadeElement {
   std::string table;
-  std::string element;  // "default of COLUMN", "check NAME"
+  std::string element;  // its name, or that of its column: it is accepted as "TABLE.ELEMENT"
+  std::string kind;     // "default", "check", "key", "primary key", "reference", "counting"
   std::string reason;
+
+  std::string Text() const { return table + "." + element + " (" + kind + "): " + reason; }
 };
 
 // A table in the target's language.
@@ -43,7 +46,7 @@ class TTextMaker {
 
   // Reads all tables of the reference, which is connected, for this target: a connected server, or a script. `step` is
   // called before each table with the number of all. A table that cannot be read stays, and Make raises the reason.
-  // Raises where the tables cannot be listed, and where the source is gone.
+  // Raises where the tables cannot be listed, where there are none, and where the source is gone.
   virtual void Read(TDBConn& target, const TStringList& target_tables,
                     const std::function<void(const std::string& table, std::size_t count)>& step) = 0;
   // As the target spells them.
