@@ -1,7 +1,6 @@
 #include "app/SideNames.h"
 
 #include "app/ServerVersion.h"
-
 #include "core/CreationTexts.h"
 #include "core/Engines.h"
 #include "engines/mysql/OfflineEngine.h"
@@ -20,6 +19,7 @@ constexpr char kNotComparable[] =
 constexpr char kStandardOnly[] =
     "%s can be compared by the exact dialect alone: the standard one takes a MySQL server or a file that ends in .sql";
 constexpr char kNoTarget[] = "%s cannot become the target: scripts change MySQL databases alone";
+constexpr char kNothingToCompare[] = "%s has no tables: there is nothing to compare with";
 constexpr char kEmptyReference[] = "%s has no tables: made equal to it, the target would lose all of its own";
 
 }  // namespace
@@ -79,6 +79,8 @@ std::string ServerText(TDBConn& conn) {
   }
 }
 
-std::string EmptyReferenceText(TDBConn& reference) { return Format(kEmptyReference, SideName(reference)); }
+std::string EmptyReferenceText(TDBConn& reference) {
+  return Format(HasFactReader(reference) ? kNothingToCompare : kEmptyReference, SideName(reference));
+}
 
 }  // namespace velmora
