@@ -33,6 +33,14 @@ const TRow* RowOf(TDBConn& conn) {
 
 bool HasFactReader(TDBConn& conn) { return RowOf(conn) != nullptr; }
 
+std::vector<int> EnginesWithFacts() {
+  std::vector<int> engines;
+  for (const TRow& row : kReaders)
+    if (row.make != nullptr) engines.push_back(row.engine);
+  std::ranges::sort(engines);
+  return engines;
+}
+
 std::unique_ptr<TFactReader> MakeFactReader(TDBConn& conn) {
   const TRow* row = RowOf(conn);
   return row == nullptr ? nullptr : row->make(conn);

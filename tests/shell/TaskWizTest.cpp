@@ -25,6 +25,7 @@
 #include "support/MessageOf.h"
 #include "support/RecordingHost.h"
 #include "support/ScratchFolder.h"
+#include "util/Files.h"
 #include "util/Format.h"
 
 namespace velmora {
@@ -472,6 +473,29 @@ TEST_F(TaskWizTest, WhatCannotBeMadeStaysOnThePage) {
   EXPECT_EQ(frame->Engine(), 8);
 }
 
+// Each source that can be compared, with its own fields.
+TEST_F(TaskWizTest, AReferenceMayBeAnotherDatabaseOrFile) {
+  auto* frame = dynamic_cast<TfrConn*>(Child(wizard, "frRefConn"));
+  auto* engines = Child<QComboBox>(wizard, "cEngine");
+  EXPECT_FALSE(Child(wizard, "chkKeepRef")->isHidden());
+  for (int i = 0; i < engines->count(); ++i) {
+    engines->setCurrentIndex(i);
+    emit engines->activated(i);
+    EXPECT_TRUE(Child<QRadioButton>(wizard, "cbOther")->isChecked());
+    EXPECT_EQ(frame->Engine(), engines->itemData(i).toInt());
+  }
+  EXPECT_TRUE(Child(wizard, "chkKeepRef")->isHidden()) << "no list has such connections";
+  const testing::TScratchFolder folder;
+  WriteFileText(folder / "t.csv", "a,b\n1,x\n");
+  engines->setCurrentIndex(engines->findData(kEngineText));
+  emit engines->activated(engines->currentIndex());
+  Type(*frame, "edTextFolder", folder / "");
+  Click(*frame, "rbTextSepComma");
+  Click(wizard, "bnNext");
+  EXPECT_EQ(Page(), "tsTargetConn");
+  EXPECT_EQ(wizard.RefConn->GetEngine(), kEngineText);
+}
+
 TEST_F(TaskWizTest, KeysReachEverything) {
   server->AddColumn("show tables", {});
   EXPECT_TRUE(QTest::qWaitForWindowActive(&wizard));
@@ -492,7 +516,7 @@ TEST_F(TaskWizTest, KeysReachEverything) {
     const QString text = widget->isVisible() ? widget->property("text").toString() : QString();
     if (const qsizetype mark = text.indexOf(QLatin1Char('&')); mark >= 0) letters += text[mark + 1].toUpper();
   }
-  EXPECT_EQ(letters.size(), 16);
+  EXPECT_EQ(letters.size(), 17);
   for (const QChar letter : letters) EXPECT_EQ(letters.count(letter), 1) << FromQt(QString(letter));
   for (const char* name : {"edTlsCaMySQL", "bnTlsCaMySQL"})
     EXPECT_THAT(FromQt(Child(fields, name)->accessibleName()), HasSubstr("CA certificates"));

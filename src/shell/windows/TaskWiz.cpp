@@ -18,6 +18,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "core/Engines.h"
+#include "foreign/FactReaders.h"
 #include "shell/widgets/BusyCursor.h"
 #include "shell/widgets/Named.h"
 #include "shell/widgets/QtText.h"
@@ -169,8 +171,19 @@ void TfmTaskWiz::MakeRefPage() {
   cbLiveConn_ = Named(new QRadioButton(ToQt(kMySQLEngine)), "cbLiveConn");
   cbScript_ = Named(new QRadioButton(ToQt("S&QL Creation Script")), "cbScript");
   MakeRecent(*rows, "Ref", *frRefConn_, ref_extras_);
+  cbOther_ = Named(new QRadioButton(ToQt("Anot&her database or file:")), "cbOther");
+  cEngine_ = Named(new QComboBox, "cEngine");
+  for (const int engine : EnginesWithFacts()) {
+    std::string name;
+    StrEngine(engine, name);
+    cEngine_->addItem(ToQt(name), engine);
+  }
+  auto* other = new QHBoxLayout;
+  other->addWidget(cbOther_);
+  other->addWidget(cEngine_, 1);
   rows->addWidget(cbLiveConn_);
   rows->addWidget(cbScript_);
+  rows->addLayout(other);
   rows->addLayout(Indented(frRefConn_));
   MakeKeep(*rows, "Ref", ref_extras_);
   cbScript_->hide();
@@ -181,6 +194,9 @@ void TfmTaskWiz::MakeRefPage() {
   };
   on_checked(cbLiveConn_, &TfmTaskWiz::cbLiveConnClick);
   on_checked(cbScript_, &TfmTaskWiz::cbScriptClick);
+  on_checked(cbOther_, &TfmTaskWiz::cbOtherClick);
+  // Whoever chooses an engine means it.
+  Handle(cEngine_, &QComboBox::activated, this, [this] { cbOther_->isChecked() ? cbOtherClick() : cbOther_->click(); });
 }
 
 void TfmTaskWiz::MakeTargetPage() {
@@ -365,8 +381,15 @@ void TfmTaskWiz::OfferServer() {
   QTimer::singleShot(0, frTgtConn_, [this] { frTgtConn_->ChooseDatabase(); });
 }
 
-void TfmTaskWiz::cbLiveConnClick() { frRefConn_->SetEngine(kEngineMySQL); }
+void TfmTaskWiz::cbLiveConnClick() { SetReference(kEngineMySQL); }
 
-void TfmTaskWiz::cbScriptClick() { frRefConn_->SetEngine(kEngineMySQLScript); }
+void TfmTaskWiz::cbOtherClick() { SetReference(cEngine_->currentData().toInt()); }
+
+void TfmTaskWiz::cbScriptClick() { SetReference(kEngineMySQLScript); }
+
+void TfmTaskWiz::SetReference(int engine) {
+  if (ref_extras_.keep != nullptr) ref_extras_.keep->setVisible(engine == kEngineMySQL);  // others are in no list
+  frRefConn_->SetEngine(engine);
+}
 
 }  // namespace velmora

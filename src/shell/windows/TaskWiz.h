@@ -44,6 +44,8 @@ class TfmTaskWiz : public QDialog {
   void bnBackClick();
   void cbLiveConnClick();
   void cbScriptClick();
+  void cbOtherClick();
+  void SetReference(int engine);
   void bnAnalyzeClick();
   void ShowRecent();
   void OfferServer();
@@ -70,6 +72,8 @@ class TfmTaskWiz : public QDialog {
   QWidget* tsOptions_;
   QRadioButton* cbLiveConn_ = nullptr;
   QRadioButton* cbScript_ = nullptr;
+  QRadioButton* cbOther_ = nullptr;
+  QComboBox* cEngine_ = nullptr;  // for cbOther; its items hold the engines' numbers
   TfrConn* frRefConn_;
   TfrConn* frTgtConn_;
   TPageExtras ref_extras_;
