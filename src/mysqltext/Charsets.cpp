@@ -75,7 +75,8 @@ constexpr std::array<TSystemName, 30> kSystemNames{
 // What the system gives for a converter that it has not.
 iconv_t NoConverter() { return reinterpret_cast<iconv_t>(static_cast<std::intptr_t>(-1)); }
 
-// Collations that one server or another gives to a Unicode set by itself.
+// Collations that one server or another gives to a Unicode set by itself: MySQL up to 5.7 and MariaDB up to 10.11,
+// MySQL from 8.0 (MySQL 8.4 Reference Manual, 12.2 Character Sets and Collations in MySQL), MariaDB 11.8.
 constexpr std::array<std::string_view, 3> kUnicodeOwn = {"_general_ci", "_0900_ai_ci", "_uca1400_ai_ci"};
 
 bool IsUnicode(std::string_view charset) { return InList(charset, {"utf8mb4", "utf8mb3", "ucs2", "utf16", "utf32"}); }

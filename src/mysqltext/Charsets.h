@@ -17,7 +17,9 @@ struct TCharset {
   bool operator==(const TCharset&) const = default;
 };
 
-std::string CharsetName(std::string_view written);    // lower case; utf8 is utf8mb3
+// Lower case; utf8 is utf8mb3, as later servers print it (MySQL 8.4 Reference Manual, 12.9.2 The utf8mb3 Character
+// Set).
+std::string CharsetName(std::string_view written);
 std::string CollationName(std::string_view written);  // the same: utf8_bin is utf8mb3_bin
 
 // Bytes that letters of a set take at least and at most; one for sets that nobody knows.

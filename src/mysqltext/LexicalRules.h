@@ -23,7 +23,8 @@ std::size_t CommentEnd(std::string_view text, std::size_t at);
 
 // The length of what opens a comment that servers may run: "/*!", "/*M!"; 0 for none.
 std::size_t MarkOpening(std::string_view text, std::size_t at);
-// The same with the version after it (/*!50001, /*M!100401); 0 for one of fewer digits, and for the version 999999,
+// The same with the version after it (/*!50001, /*M!100401; of five digits or six: MySQL 8.4 Reference Manual, 11.7
+// Comments); 0 for one of fewer digits, and for the version 999999,
 // which no server has.
 constexpr std::size_t kVersionDigits = 5;
 std::size_t VersionMark(std::string_view text, std::size_t at, std::size_t least_digits = kVersionDigits);

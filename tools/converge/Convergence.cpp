@@ -289,7 +289,10 @@ void TRun::CheckTouched() {
 }
 
 std::string TRun::TargetText(const std::string& table) {
-  return Answer(target_.Connection(), "show create table " + SqlName(table));
+  target_.Run("set @letters = @@character_set_results, character_set_results = null");  // as it is compared
+  std::string text = Answer(target_.Connection(), "show create table " + SqlName(table));
+  target_.Run("set character_set_results = @letters");
+  return text;
 }
 
 bool IsReadable(const std::string& text) {

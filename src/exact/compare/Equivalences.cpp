@@ -19,7 +19,8 @@ namespace {
 // it.
 using TApply = bool (*)(TCanonicalForm& form);
 
-// Deliberate: tinyint(1) keeps its width, for clients take it for a boolean.
+// MySQL prints widths up to 8.0.18, and later only where they mean something (MySQL 8.4 Reference Manual, 13.1.1
+// Numeric Data Type Syntax). Deliberate: tinyint(1) keeps its width, for clients take it for a boolean.
 bool DropDisplayWidth(TCanonicalForm& form) {
   TCanonicalTokens& width = form[ESlot::Arguments];
   const TCanonicalTokens& sign = form[ESlot::Sign];

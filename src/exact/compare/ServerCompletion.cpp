@@ -282,6 +282,7 @@ void CompleteTimestamps(TTableText& table) {
 
 // --- Keys
 
+// In bytes (MySQL 8.4 Reference Manual, 17.21 InnoDB Limits, and 18.2 The MyISAM Storage Engine).
 long long LongestKey(const TTableText& table) {
   constexpr long long kInnoDb = 3072;
   constexpr long long kOldFormat = 767;

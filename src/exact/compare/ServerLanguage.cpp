@@ -329,6 +329,7 @@ TServerTraits ReadServerTraits(const std::string& version) {
     at = read.ptr < end && *read.ptr == '.' ? read.ptr + 1 : end;
   }
   traits.version = (numbers[0] * 100 + numbers[1]) * 100 + numbers[2];
+  // Earlier ones read them and make nothing of them: MySQL 8.4 Reference Manual, 15.1.20.5 FOREIGN KEY Constraints.
   constexpr int kFirstWithInlineReferences = 90000;
   traits.inline_references = !traits.mysql || traits.version >= kFirstWithInlineReferences;
   return traits;

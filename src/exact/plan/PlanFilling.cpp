@@ -13,7 +13,8 @@ namespace velmora {
 
 namespace {
 
-// What MySQL takes for unsafe to repeat on a replica, and allows in defaults.
+// What MySQL takes for unsafe to repeat on a replica (MySQL 8.4 Reference Manual, 19.2.1.3 Determination of Safe and
+// Unsafe Statements in Binary Logging), and allows in defaults.
 constexpr std::array<std::string_view, 9> kFickleCalls = {
     "rand", "uuid", "uuid_short", "random_bytes", "sysdate", "user", "current_user", "session_user", "system_user"};
 
