@@ -6,6 +6,7 @@
 #include "foreign/AccessFacts.h"
 #include "foreign/DbfFacts.h"
 #include "foreign/InterbaseFacts.h"
+#include "foreign/OdbcFacts.h"
 #include "foreign/ParadoxFacts.h"
 #include "foreign/TextFacts.h"
 
@@ -22,6 +23,7 @@ struct TRow {
 constexpr TRow kReaders[] = {
     {kEngineDBF, MakeDBaseFacts},       {kEngineAccess, MakeAccessFacts}, {kEngineInterbase, MakeInterbaseFacts},
     {kEngineParadox, MakeParadoxFacts}, {kEngineText, MakeTextFacts},     {kEngineFoxPro, MakeFoxProFacts},
+    {kEngineODBC, MakeOdbcFacts},
 };
 
 const TRow* RowOf(TDBConn& conn) {

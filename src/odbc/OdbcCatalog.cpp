@@ -47,20 +47,25 @@ bool IsMissing(const EOdbcError& error) {  // a call that the driver does not ha
   return error.State() == "IM001" || error.State() == "HYC00" || error.State() == "S1C00";
 }
 
-// The rows of a catalog call. Each call has a statement of its own: used a second time, one shows some drivers' old
-// columns.
+// The rows of a catalog call, nothing where the driver has no such call. Each call has a statement of its own: used a
+// second time, one shows some drivers' old columns.
 template <class Call>
-std::vector<TOdbcTexts> RowsOf(const TOdbcConnection& connection, Call call) {
+std::optional<std::vector<TOdbcTexts>> RowsOfKnown(const TOdbcConnection& connection, Call call) {
   try {
     TOdbcStatement statement(connection);
     const SQLRETURN result = call(statement.Get());
-    if (result == SQL_NO_DATA) return {};
+    if (result == SQL_NO_DATA) return std::vector<TOdbcTexts>();
     statement.Check(result);
     return FetchOdbcTexts(statement);
   } catch (const EOdbcError& error) {
-    if (IsMissing(error)) return {};
+    if (IsMissing(error)) return std::nullopt;
     throw;
   }
+}
+
+template <class Call>
+std::vector<TOdbcTexts> RowsOf(const TOdbcConnection& connection, Call call) {
+  return RowsOfKnown(connection, std::move(call)).value_or(std::vector<TOdbcTexts>());
 }
 
 // --- Catalogs and tables
@@ -79,13 +84,33 @@ struct TArgument {
   SQLSMALLINT length;
 };
 
+// --- Calls about a table
+
+SQLRETURN CallColumns(SQLHSTMT statement, const TArgument& in, const std::string& pattern) {
+  return SQLColumns(statement, in.text, in.length, nullptr, 0, OdbcText(pattern), OdbcLength(pattern), nullptr, 0);
+}
+
+SQLRETURN CallPrimaryKey(SQLHSTMT statement, const TArgument& in, const std::string& table) {
+  return SQLPrimaryKeys(statement, in.text, in.length, nullptr, 0, OdbcText(table), OdbcLength(table));
+}
+
+SQLRETURN CallForeignKeys(SQLHSTMT statement, const TArgument& in, const std::string& table) {
+  return SQLForeignKeys(statement, nullptr, 0, nullptr, 0, nullptr, 0, in.text, in.length, nullptr, 0, OdbcText(table),
+                        OdbcLength(table));
+}
+
+SQLRETURN CallStatistics(SQLHSTMT statement, const TArgument& in, const std::string& table) {
+  return SQLStatistics(statement, in.text, in.length, nullptr, 0, OdbcText(table), OdbcLength(table), SQL_INDEX_ALL,
+                       SQL_QUICK);
+}
+
 // Drops rows of other catalogs: the argument for it is a pattern to some calls and drivers. Some drivers name the
 // current one in other letters than their rows.
-void KeepIn(std::vector<TOdbcTexts>& rows, const std::string& catalog) {
+void KeepIn(std::vector<TOdbcTexts>& rows, const std::string& catalog, std::size_t column = kCatalog) {
   if (catalog.empty()) return;
-  const bool exact = std::ranges::any_of(rows, [&](const TOdbcTexts& row) { return TextAt(row, kCatalog) == catalog; });
+  const bool exact = std::ranges::any_of(rows, [&](const TOdbcTexts& row) { return TextAt(row, column) == catalog; });
   std::erase_if(rows, [&](const TOdbcTexts& row) {
-    const std::string own = TextAt(row, kCatalog);
+    const std::string own = TextAt(row, column);
     return !own.empty() && !(exact ? own == catalog : SameText(own, catalog));
   });
 }
@@ -152,12 +177,17 @@ bool IsInteger(const TOdbcTexts& row) {
   return type != nullptr && IsOdbcInteger(*type);
 }
 
-// The names of columns that have no sign; right for whole numbers only, as some drivers give it for texts as well.
-std::set<std::string> UnsignedColumns(const TOdbcConnection& connection, const std::string& table) {
+// What a query without rows tells of the table's columns.
+std::vector<TOdbcColumn> ProbedColumns(const TOdbcConnection& connection, const std::string& table) {
   TOdbcStatement statement(connection);
   statement.Execute("select * from " + OdbcName(table, connection.Info(SQL_IDENTIFIER_QUOTE_CHAR)) + " where 1=0");
+  return OdbcColumnsOf(statement);
+}
+
+// The names of columns that have no sign; right for whole numbers only, as some drivers give it for texts as well.
+std::set<std::string> UnsignedColumns(const TOdbcConnection& connection, const std::string& table) {
   std::set<std::string> names;
-  for (const TOdbcColumn& column : OdbcColumnsOf(statement))
+  for (const TOdbcColumn& column : ProbedColumns(connection, table))
     if (column.is_unsigned) names.insert(column.name);
   return names;
 }
@@ -179,10 +209,8 @@ std::vector<TOLEDBIndexRow> Statistics(const TOdbcConnection& connection, const 
                                        const std::string& table) {
   constexpr std::size_t kName = 6, kType = 7, kOrdinal = 8;
   const TArgument in(catalog);
-  std::vector<TOdbcTexts> rows = RowsOf(connection, [&](SQLHSTMT statement) {
-    return SQLStatistics(statement, in.text, in.length, nullptr, 0, OdbcText(table), OdbcLength(table), SQL_INDEX_ALL,
-                         SQL_QUICK);
-  });
+  std::vector<TOdbcTexts> rows =
+      RowsOf(connection, [&](SQLHSTMT statement) { return CallStatistics(statement, in, table); });
   KeepOf(rows, catalog, table);
   std::vector<TOLEDBIndexRow> indexes;
   std::map<std::string, std::uint32_t> counts;
@@ -204,9 +232,8 @@ struct TPrimaryKey {
 TPrimaryKey PrimaryKey(const TOdbcConnection& connection, const std::string& catalog, const std::string& table) {
   constexpr std::size_t kColumn = 4, kPlace = 5, kName = 6;
   const TArgument in(catalog);
-  std::vector<TOdbcTexts> rows = RowsOf(connection, [&](SQLHSTMT statement) {
-    return SQLPrimaryKeys(statement, in.text, in.length, nullptr, 0, OdbcText(table), OdbcLength(table));
-  });
+  std::vector<TOdbcTexts> rows =
+      RowsOf(connection, [&](SQLHSTMT statement) { return CallPrimaryKey(statement, in, table); });
   KeepOf(rows, catalog, table);
   TPrimaryKey key;
   if (rows.empty()) return key;
@@ -254,7 +281,94 @@ void MarkPrimaryKey(std::vector<TOLEDBIndexRow>& indexes, const TPrimaryKey& key
     if (!name.empty() && row.INDEX_NAME == name) row.PRIMARY_KEY = true;
 }
 
+// --- Rows as they are
+
+struct TCallRow {
+  ECatalogRows kind;
+  SQLRETURN (*call)(SQLHSTMT statement, const TArgument& in, const std::string& table);
+  bool takes_pattern;
+  std::size_t catalog;  // the columns with the names of catalog and table
+  std::size_t table;
+  std::vector<const char*> fields;
+};
+
+const TCallRow& CallOf(ECatalogRows kind) {
+  static const TCallRow kCalls[] = {
+      {ECatalogRows::Columns,
+       CallColumns,
+       true,
+       kCatalog,
+       kTable,
+       {"TABLE_CAT", "TABLE_SCHEM", "TABLE_NAME", "COLUMN_NAME", "DATA_TYPE", "TYPE_NAME", "COLUMN_SIZE",
+        "BUFFER_LENGTH", "DECIMAL_DIGITS", "NUM_PREC_RADIX", "NULLABLE", "REMARKS", "COLUMN_DEF", "SQL_DATA_TYPE",
+        "SQL_DATETIME_SUB", "CHAR_OCTET_LENGTH", "ORDINAL_POSITION", "IS_NULLABLE"}},
+      {ECatalogRows::PrimaryKey,
+       CallPrimaryKey,
+       false,
+       kCatalog,
+       kTable,
+       {"TABLE_CAT", "TABLE_SCHEM", "TABLE_NAME", "COLUMN_NAME", "KEY_SEQ", "PK_NAME"}},
+      {ECatalogRows::ForeignKeys,
+       CallForeignKeys,
+       false,
+       5,
+       7,
+       {"PKTABLE_CAT", "PKTABLE_SCHEM", "PKTABLE_NAME", "PKCOLUMN_NAME", "FKTABLE_CAT", "FKTABLE_SCHEM", "FKTABLE_NAME",
+        "FKCOLUMN_NAME", "KEY_SEQ", "UPDATE_RULE", "DELETE_RULE", "FK_NAME", "PK_NAME", "DEFERRABILITY"}},
+      {ECatalogRows::Statistics,
+       CallStatistics,
+       false,
+       kCatalog,
+       kTable,
+       {"TABLE_CAT", "TABLE_SCHEM", "TABLE_NAME", "NON_UNIQUE", "INDEX_QUALIFIER", "INDEX_NAME", "TYPE",
+        "ORDINAL_POSITION", "COLUMN_NAME", "ASC_OR_DESC", "CARDINALITY", "PAGES", "FILTER_CONDITION"}}};
+  return *std::ranges::find(kCalls, kind, &TCallRow::kind);
+}
+
+// Behind each row of a column what a query tells of it; drivers may spell its name there in other letters.
+void AddProbed(const std::vector<TOdbcColumn>& probed, std::size_t width, std::vector<TOdbcTexts>& rows) {
+  constexpr std::size_t kName = 4;
+  for (TOdbcTexts& row : rows) {
+    row.resize(width);
+    const auto found = std::ranges::find_if(
+        probed, [&](const TOdbcColumn& column) { return SameText(column.name, TextAt(row, kName)); });
+    const bool there = found != probed.end();
+    row.emplace_back(there && found->is_unsigned && IsInteger(row) ? "1" : "0");
+    row.emplace_back(there && found->is_autoincrement ? "1" : "0");
+    row.emplace_back(there ? std::optional(std::to_string(found->size)) : std::nullopt);
+  }
+}
+
+TMemDataset::TRow ValuesOf(TOdbcTexts texts, std::size_t width) {
+  texts.resize(width);
+  TMemDataset::TRow row;
+  row.reserve(width);
+  for (std::optional<std::string>& text : texts) row.push_back(text ? TVariant(std::move(*text)) : TVariant());
+  return row;
+}
+
 }  // namespace
+
+TOLEDBRowset OdbcCatalogRows(const TOdbcConnection& connection, ECatalogRows kind, const std::string& table) {
+  const TCallRow& call = CallOf(kind);
+  const std::string catalog = CurrentCatalog(connection);
+  const std::string name = call.takes_pattern ? EscapedPattern(connection, table) : table;
+  const TArgument in(catalog);
+  auto rows = RowsOfKnown(connection, [&](SQLHSTMT statement) { return call.call(statement, in, name); });
+  if (!rows) return {};
+  std::erase_if(*rows, [&](const TOdbcTexts& row) { return TextAt(row, call.table) != table; });
+  KeepIn(*rows, catalog, call.catalog);
+  std::size_t width = rows->empty() ? call.fields.size() : 0;
+  for (const TOdbcTexts& row : *rows) width = std::max(width, std::min(row.size(), call.fields.size()));
+  TOLEDBRowset rowset;
+  for (std::size_t i = 0; i < width; ++i) rowset.fields.push_back({call.fields[i]});
+  if (kind == ECatalogRows::Columns) {
+    AddProbed(ProbedColumns(connection, table), width, *rows);
+    for (const char* field : {"IS_UNSIGNED", "IS_AUTOINCREMENT", "RESULT_SIZE"}) rowset.fields.push_back({field});
+  }
+  for (TOdbcTexts& row : *rows) rowset.rows.push_back(ValuesOf(std::move(row), rowset.fields.size()));
+  return rowset;
+}
 
 TStringList OdbcCatalogs(const TOdbcConnection& connection) {
   const std::string all = SQL_ALL_CATALOGS, none;
@@ -287,9 +401,8 @@ std::vector<TOLEDBColumnRow> OdbcColumns(const TOdbcConnection& connection, cons
   const std::string catalog = CurrentCatalog(connection);
   const std::string pattern = EscapedPattern(connection, table);
   const TArgument in(catalog);
-  std::vector<TOdbcTexts> rows = RowsOf(connection, [&](SQLHSTMT statement) {
-    return SQLColumns(statement, in.text, in.length, nullptr, 0, OdbcText(pattern), OdbcLength(pattern), nullptr, 0);
-  });
+  std::vector<TOdbcTexts> rows =
+      RowsOf(connection, [&](SQLHSTMT statement) { return CallColumns(statement, in, pattern); });
   KeepOf(rows, catalog, table);
   const std::set<std::string> without_sign =
       std::ranges::any_of(rows, IsInteger) ? UnsignedColumns(connection, table) : std::set<std::string>();

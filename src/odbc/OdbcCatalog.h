@@ -17,5 +17,7 @@ std::vector<TOLEDBTableRow> OdbcTables(const TOdbcConnection& connection);
 // Looks at the table's columns by a query without rows too, for those that are unsigned.
 std::vector<TOLEDBColumnRow> OdbcColumns(const TOdbcConnection& connection, const std::string& table);
 std::vector<TOLEDBIndexRow> OdbcIndexes(const TOdbcConnection& connection, const std::string& table);
+// The same calls' rows as they are: TOLEDBProvider::CatalogRows.
+TOLEDBRowset OdbcCatalogRows(const TOdbcConnection& connection, ECatalogRows kind, const std::string& table);
 
 }  // namespace velmora

@@ -56,6 +56,10 @@ class TOdbcProvider : public TOLEDBProvider {
     return Guarded([&](TOdbcConnection& connection) { return OdbcIndexes(connection, table); });
   }
 
+  TOLEDBRowset CatalogRows(ECatalogRows kind, const std::string& table) override {
+    return Guarded([&](TOdbcConnection& connection) { return OdbcCatalogRows(connection, kind, table); });
+  }
+
   TOLEDBRowset Open(const std::string& sql) override {
     return Guarded([&](TOdbcConnection& connection) {
       const TOdbcCommand command = CommandOf(sql, connection);

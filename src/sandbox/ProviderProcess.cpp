@@ -22,6 +22,7 @@ enum class EQuestion : std::int64_t {
   Execute,
   StartTransaction,
   Commit,
+  CatalogRows,
   IsOpen
 };
 
@@ -90,6 +91,9 @@ std::string Answer(TOLEDBProvider& provider, const std::string& question) {
     case EQuestion::Commit:
       provider.Commit();
       break;
+    case EQuestion::CatalogRows:
+      PutRowset(provider.CatalogRows(static_cast<ECatalogRows>(words.Number()), text), answer);
+      break;
     case EQuestion::IsOpen:
       answer.Number(provider.Initialized() ? 1 : 0);
       break;
@@ -117,6 +121,7 @@ class TProviderProcess final : public TOLEDBProvider {
   std::vector<TOLEDBTableRow> Tables() override;
   std::vector<TOLEDBColumnRow> Columns(const std::string& table) override;
   std::vector<TOLEDBIndexRow> Indexes(const std::string& table) override;
+  TOLEDBRowset CatalogRows(ECatalogRows kind, const std::string& table) override;
   TOLEDBRowset Open(const std::string& sql) override;
   std::int64_t Execute(const std::string& sql) override;
   void StartTransaction(std::uint32_t isolation) override { Ask(EQuestion::StartTransaction, {}, isolation); }
@@ -172,6 +177,12 @@ std::vector<TOLEDBColumnRow> TProviderProcess::Columns(const std::string& table)
 std::vector<TOLEDBIndexRow> TProviderProcess::Indexes(const std::string& table) {
   const std::string answer = Ask(EQuestion::Indexes, table);
   return TWireReader(answer).Indexes();
+}
+
+TOLEDBRowset TProviderProcess::CatalogRows(ECatalogRows kind, const std::string& table) {
+  const std::string answer = Ask(EQuestion::CatalogRows, table, static_cast<std::int64_t>(kind));
+  TWireReader words(answer);
+  return TakeRowset(words);
 }
 
 TOLEDBRowset TProviderProcess::Open(const std::string& sql) {

@@ -32,6 +32,10 @@ std::vector<TOLEDBIndexRow> TOLEDBSession::GetIndexes(const std::string& table) 
   return source_.Provider().Indexes(table);
 }
 
+TOLEDBRowset TOLEDBSession::GetCatalogRows(ECatalogRows kind, const std::string& table) {
+  return source_.Provider().CatalogRows(kind, table);
+}
+
 void TOLEDBSession::StartTransaction(std::uint32_t isolation) { source_.Provider().StartTransaction(isolation); }
 
 void TOLEDBSession::Commit(bool retaining, std::uint32_t flags) {

@@ -29,6 +29,7 @@ class TOLEDBSession {
   std::vector<TOLEDBTableRow> GetTables();
   std::vector<TOLEDBColumnRow> GetColumns(const std::string& table);
   std::vector<TOLEDBIndexRow> GetIndexes(const std::string& table);
+  TOLEDBRowset GetCatalogRows(ECatalogRows kind, const std::string& table);
   void StartTransaction(std::uint32_t isolation);
   void Commit(bool retaining, std::uint32_t flags);  // raises for what is not (false, kSyncCommit)
 

@@ -77,6 +77,9 @@ struct TOLEDBIndexRow {
   bool NOT_NULL = false;    // NULLS: a null in the column is refused
 };
 
+// What ODBC's catalog calls of these names say of a table.
+enum class ECatalogRows { Columns, PrimaryKey, ForeignKeys, Statistics };
+
 using TRowsOfValues = std::vector<TMemDataset::TRow>;
 
 // What a statement that gives rows gave. Where `read_rows` is set the rows are not there yet: it is called once, when
@@ -103,6 +106,10 @@ class TOLEDBProvider {
   virtual std::vector<TOLEDBTableRow> Tables() = 0;
   virtual std::vector<TOLEDBColumnRow> Columns(const std::string& table) = 0;  // in any order
   virtual std::vector<TOLEDBIndexRow> Indexes(const std::string& table) = 0;
+  // The rows as they come, all values as texts, in the columns of the call's description, of which drivers may leave
+  // out the last. Those of columns have what a query shows of them besides: IS_UNSIGNED and IS_AUTOINCREMENT ("0",
+  // "1"), and RESULT_SIZE. No fields where the driver has no such call. Raises where the provider is not one of ODBC.
+  virtual TOLEDBRowset CatalogRows(ECatalogRows kind, const std::string& table);
   virtual TOLEDBRowset Open(const std::string& sql) = 0;
   virtual std::int64_t Execute(const std::string& sql) = 0;  // rows affected
   virtual void StartTransaction(std::uint32_t isolation) = 0;

@@ -2,6 +2,8 @@
 // companion. Beside the steps of any case they have
 //
 //   firebird NAME      a database file is made by the indented statements
+//   sqlite NAME        so is one of SQLite, which is the data source of this name
+//   odbc NAME DATABASE a data source of this name leads to a database of the target's server
 //   on NAME            the indented statements run on this database of the target, which is new when it is named first
 //   ask NAME QUERY     the indented lines are the first column of what this gives there
 
@@ -11,9 +13,13 @@
 #include <functional>
 #include <map>
 
+#include "engines/oledb/OLEDBClient.h"
+#include "engines/oledb/Providers.h"
 #include "mysqltext/StatementReader.h"
 #include "support/LiveRun.h"
+#include "support/OdbcSources.h"
 #include "support/PrivateFirebird.h"
+#include "support/ScratchFolder.h"
 #include "support/Transcript.h"
 #include "util/Text.h"
 
@@ -25,11 +31,11 @@ constexpr char kCases[] = VELMORA_SOURCE_DIR "/tests/data/foreign/servers/";
 class ServerCases : public ::testing::TestWithParam<std::string> {
  public:
   std::string Step(const std::string& word, const std::string& rest, const std::string& below) {
-    if (word == "firebird") {
-      std::filesystem::copy_file(firebird_.NewDatabaseOf(rest, below), rest);
-      return below;
-    }
     const std::string name = rest.substr(0, rest.find(' '));
+    if (word == "firebird") std::filesystem::copy_file(firebird_.NewDatabaseOf(rest, below), rest);
+    if (word == "sqlite") NewSqlite(name, below);
+    if (word == "odbc") NewOdbc(name, rest.substr(name.size() + 1));
+    if (word != "on" && word != "ask") return below;
     const std::string query = rest.substr(std::min(name.size() + 1, rest.size()));
     std::unique_ptr<TLiveDatabase>& database = databases_[name];
     if (!database) database = std::make_unique<TLiveDatabase>(name);
@@ -40,6 +46,19 @@ class ServerCases : public ::testing::TestWithParam<std::string> {
   }
 
  private:
+  void NewSqlite(const std::string& name, const std::string& script) {
+    AddOdbcSource(name, OdbcDriverFile("libsqlite3odbc.so"), "Database=" + (folder_ / (name + ".db")));
+    TOLEDBDataSource source(MakeOLEDBProvider);
+    source.SetInitializationString("Provider=MSDASQL;Data Source=" + name);
+    source.SetConnected(true);
+    TStatementReader reader(script);
+    for (TStatement statement; reader.Next(statement);) source.Execute(std::string(statement.text));
+  }
+  static void NewOdbc(const std::string& name, const std::string& database) {
+    const std::string port = std::to_string(TPrivateServer::Shared().Port());
+    AddOdbcSource(name, OdbcDriverFile("libmaodbc.so"),
+                  "Server=127.0.0.1\nUser=root\nPort=" + port + "\nDatabase=" + database);
+  }
   static std::string Answers(const std::string& query, TLiveDatabase& database) {
     TStringList answers;
     MySqlQueryList(query, answers, database.Connection());
@@ -47,6 +66,7 @@ class ServerCases : public ::testing::TestWithParam<std::string> {
   }
 
   TFirebirdFolder firebird_;
+  TScratchFolder folder_;
   std::map<std::string, std::unique_ptr<TLiveDatabase>> databases_;
 };
 
