@@ -36,6 +36,12 @@ class TCatalogRow {
 // A rule by the catalog's word: "CASCADE", "SET NULL", with a blank or "_". Any other word is no action.
 EReferenceRule ReferenceRuleOf(std::string_view word);
 
+// A question that a reader asks, by the name that played servers know it by.
+struct TCatalogQuery {
+  const char* name;
+  const char* sql;
+};
+
 class TCatalogFacts : public TFactReader {
  public:
   TKnownFacts Known() const override;  // all of them

@@ -8,6 +8,7 @@
 #include "foreign/InterbaseFacts.h"
 #include "foreign/OdbcFacts.h"
 #include "foreign/ParadoxFacts.h"
+#include "foreign/SqlServerFacts.h"
 #include "foreign/TextFacts.h"
 
 namespace velmora {
@@ -21,9 +22,9 @@ struct TRow {
 
 // By engine number.
 constexpr TRow kReaders[] = {
-    {kEngineDBF, MakeDBaseFacts},       {kEngineAccess, MakeAccessFacts}, {kEngineInterbase, MakeInterbaseFacts},
-    {kEngineParadox, MakeParadoxFacts}, {kEngineText, MakeTextFacts},     {kEngineFoxPro, MakeFoxProFacts},
-    {kEngineODBC, MakeOdbcFacts},
+    {kEngineDBF, MakeDBaseFacts},           {kEngineAccess, MakeAccessFacts}, {kEngineInterbase, MakeInterbaseFacts},
+    {kEngineParadox, MakeParadoxFacts},     {kEngineText, MakeTextFacts},     {kEngineFoxPro, MakeFoxProFacts},
+    {kEngineSQLServer, MakeSqlServerFacts}, {kEngineODBC, MakeOdbcFacts},
 };
 
 const TRow* RowOf(TDBConn& conn) {

@@ -4,6 +4,8 @@
 //   firebird NAME      a database file is made by the indented statements
 //   sqlite NAME        so is one of SQLite, which is the data source of this name
 //   odbc NAME DATABASE a data source of this name leads to a database of the target's server
+//   sqlserver          the indented lines are what a SQL Server answers, at the place PLAYED, with the names that its
+//                      reader has for its questions
 //   on NAME            the indented statements run on this database of the target, which is new when it is named first
 //   ask NAME QUERY     the indented lines are the first column of what this gives there
 
@@ -12,15 +14,19 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <optional>
 
 #include "engines/oledb/OLEDBClient.h"
 #include "engines/oledb/Providers.h"
+#include "foreign/SqlServerFacts.h"
 #include "mysqltext/StatementReader.h"
 #include "support/LiveRun.h"
 #include "support/OdbcSources.h"
 #include "support/PrivateFirebird.h"
 #include "support/ScratchFolder.h"
 #include "support/Transcript.h"
+#include "support/tds/FakeTdsServer.h"
+#include "util/Files.h"
 #include "util/Text.h"
 
 namespace velmora::testing {
@@ -30,11 +36,19 @@ constexpr char kCases[] = VELMORA_SOURCE_DIR "/tests/data/foreign/servers/";
 
 class ServerCases : public ::testing::TestWithParam<std::string> {
  public:
+  TAnswer Run(std::vector<std::string> arguments, const TAsk& ask) const {
+    if (sql_server_)
+      for (std::string& argument : arguments)
+        argument = StrReplace(argument, "PLAYED", "127.0.0.1," + std::to_string(sql_server_->Port()));
+    return RunLive(std::move(arguments), ask);
+  }
+
   std::string Step(const std::string& word, const std::string& rest, const std::string& below) {
     const std::string name = rest.substr(0, rest.find(' '));
     if (word == "firebird") std::filesystem::copy_file(firebird_.NewDatabaseOf(rest, below), rest);
     if (word == "sqlite") NewSqlite(name, below);
     if (word == "odbc") NewOdbc(name, rest.substr(name.size() + 1));
+    if (word == "sqlserver") PlaySqlServer(below);
     if (word != "on" && word != "ask") return below;
     const std::string query = rest.substr(std::min(name.size() + 1, rest.size()));
     std::unique_ptr<TLiveDatabase>& database = databases_[name];
@@ -59,20 +73,33 @@ class ServerCases : public ::testing::TestWithParam<std::string> {
     AddOdbcSource(name, OdbcDriverFile("libmaodbc.so"),
                   "Server=127.0.0.1\nUser=root\nPort=" + port + "\nDatabase=" + database);
   }
+  void PlaySqlServer(const std::string& text) {
+    AddOdbcSource("nobody", "/nowhere");  // leads the driver manager to files of the test's
+    WriteFileText(getenv("ODBCSYSINI") + std::string("/odbcinst.ini"), "[FreeTDS]\nDriver=libtdsodbc.so\n");
+    WriteFileText(folder_ / "freetds.conf", "[global]\n");
+    setenv("FREETDSCONF", (folder_ / "freetds.conf").c_str(), 1);
+    WriteFileText(folder_ / "answers", text);
+    sql_server_.emplace();
+    sql_server_->password = "sesam";
+    sql_server_->answers = ReadPlayedAnswers(folder_ / "answers");
+    for (const TCatalogQuery& query : SqlServerQueries())
+      sql_server_->answers[query.sql] = sql_server_->answers[query.name];
+  }
   static std::string Answers(const std::string& query, TLiveDatabase& database) {
     TStringList answers;
     MySqlQueryList(query, answers, database.Connection());
     return JoinList(answers, "\n") + "\n";
   }
 
+  std::optional<TFakeTdsServer> sql_server_;
   TFirebirdFolder firebird_;
   TScratchFolder folder_;
   std::map<std::string, std::unique_ptr<TLiveDatabase>> databases_;
 };
 
 TEST_P(ServerCases, PrintWhatIsWritten) {
-  EXPECT_EQ(TranscriptDifference(kCases + GetParam() + ".txt", {RunLive, std::bind_front(&ServerCases::Step, this)}),
-            "");
+  const TStepRunner runner = {std::bind_front(&ServerCases::Run, this), std::bind_front(&ServerCases::Step, this)};
+  EXPECT_EQ(TranscriptDifference(kCases + GetParam() + ".txt", runner), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Foreign, ServerCases, ::testing::ValuesIn(TranscriptNames(kCases)),
