@@ -18,7 +18,6 @@ macro(velmora_provider option prefix packages)
 endmacro()
 
 velmora_provider(VELMORA_MDB Mdb "libmdb;glib-2.0")
-velmora_provider(VELMORA_EXCEL Excel freexl)
 velmora_provider(VELMORA_LOTUS Lotus "libwps-0.4;librevenge-0.0")
 
 velmora_module(formats LINKS velmora_core HIDDEN ${hidden} WITHOUT ${without})

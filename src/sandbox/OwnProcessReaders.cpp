@@ -1,12 +1,10 @@
 #include "sandbox/OwnProcessReaders.h"
 
+#include "formats/sheet/ExcelFile.h"
 #include "sandbox/ReaderProcess.h"
 #include "util/InputFile.h"
 #ifdef VELMORA_MDB
 #include "formats/mdb/MdbReader.h"
-#endif
-#ifdef VELMORA_EXCEL
-#include "formats/sheet/ExcelFile.h"
 #endif
 #ifdef VELMORA_LOTUS
 #include "formats/sheet/LotusFile.h"
@@ -21,12 +19,10 @@ std::unique_ptr<TFileReader> OpenMdbFile(const std::string& path) {
 }
 #endif
 
-#ifdef VELMORA_EXCEL
 std::unique_ptr<TFileReader> OpenExcelFile(const std::string& path, bool names, bool mixed_as_text) {
-  return ReadInOwnProcess([=] { return OpenExcelFileHere(path, names, mixed_as_text); }, path, "freexl",
+  return ReadInOwnProcess([=] { return OpenExcelFileHere(path, names, mixed_as_text); }, path, "its reader",
                           ReaderLimits(TInputFile(path).Size()));
 }
-#endif
 
 #ifdef VELMORA_LOTUS
 std::unique_ptr<TFileReader> OpenLotusFile(const std::string& path) {

@@ -51,12 +51,10 @@ constexpr TFormat kFormats[] = {
 #ifdef VELMORA_MDB
     {"access", [](const auto& path, const auto&) { return ReaderText(*OpenMdbFileHere(path)); }},
 #endif
-#ifdef VELMORA_EXCEL
     {"excel",
      [](const auto& path, const auto& words) {
        return ReaderText(*OpenExcelFileHere(path, Has(words, "HDR"), Has(words, "IMEX")));
      }},
-#endif
 #ifdef VELMORA_LOTUS
     {"lotus", [](const auto& path, const auto&) { return ReaderText(*OpenLotusFileHere(path)); }},
 #endif

@@ -178,6 +178,8 @@ TEST_P(SpoiltFiles, EndInRowsOrInAMessage) {
   EXPECT_LT(ended, count / kBatch / 2 + 1) << "most must be read to the end";
 }
 
+const TRead kReadExcel = ByReader([](const auto& path) { return OpenExcelFileHere(path, true, true); }, "shop.xls");
+
 const TSource kSources[] = {
     {"dbase-iii", ByReader(OpenDBaseFolder)},
     {"dbase-iv", ByReader(OpenDBaseFolder)},
@@ -188,9 +190,9 @@ const TSource kSources[] = {
     {"jet4", ByReader(OpenMdbFileHere, "shop.mdb"), true},
     {"jet3", ByReader(OpenMdbFileHere, "shop.mdb"), true},
 #endif
-#ifdef VELMORA_EXCEL
-    {"excel-5", ByReader([](const auto& path) { return OpenExcelFileHere(path, true, true); }, "shop.xls"), true},
-#endif
+    {"excel-5", kReadExcel},
+    {"excel-95", kReadExcel},
+    {"excel-97", kReadExcel},
 #ifdef VELMORA_LOTUS
     {"lotus", ByReader(OpenLotusFileHere, "shop.wk4"), true},
 #endif

@@ -32,10 +32,8 @@ const std::vector<TSource> kSources = {
 #ifdef VELMORA_MDB
     {"jet4", "access shop.mdb", "shop.mdb", OpenMdbFile},
 #endif
-#ifdef VELMORA_EXCEL
     {"excel-5", "excel shop.xls HDR IMEX", "shop.xls",
      [](const auto& path) { return OpenExcelFile(path, true, true); }},
-#endif
 #ifdef VELMORA_LOTUS
     {"lotus", "lotus shop.wk4", "shop.wk4", OpenLotusFile},
 #endif

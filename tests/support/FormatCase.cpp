@@ -20,9 +20,6 @@ constexpr const char* kWithout[] = {
 #ifndef VELMORA_MDB
     "jet",
 #endif
-#ifndef VELMORA_EXCEL
-    "excel",
-#endif
 #ifndef VELMORA_LOTUS
     "lotus",
 #endif

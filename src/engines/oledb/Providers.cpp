@@ -55,7 +55,6 @@ std::unique_ptr<TOLEDBProvider> NewAccess(const TInitString& properties) {
 constexpr TMaker NewAccess = nullptr;
 #endif
 
-#ifdef VELMORA_EXCEL
 std::unique_ptr<TOLEDBProvider> NewExcel(const TInitString& properties) {
   // A list in the manner of the whole string: "Excel 8.0;HDR=Yes;IMEX=1".
   const std::string options = properties.Value("Extended Properties").substr(kExcelOptions.size());
@@ -65,9 +64,6 @@ std::unique_ptr<TOLEDBProvider> NewExcel(const TInitString& properties) {
     return OpenExcelFile(path, names, mixed_as_text);
   });
 }
-#else
-constexpr TMaker NewExcel = nullptr;
-#endif
 
 #ifdef VELMORA_LOTUS
 std::unique_ptr<TOLEDBProvider> NewLotus(const TInitString& properties) {
@@ -115,7 +111,7 @@ constexpr TProviderRow kProviders[] = {
     {"SQLOLEDB.1", "", "", NewSQLServer, "unixODBC", "unixodbc-dev"},
     {"VFPOLEDB.1", "", "", NewFoxPro, "", ""},
     {kJet, "dBASE", "", NewDBase, "", ""},
-    {kJet, kExcelOptions, "", NewExcel, "freexl", "libfreexl-dev"},
+    {kJet, kExcelOptions, "", NewExcel, "", ""},
     {kJet, "", "66", NewLotus, "libwps", "libwps-dev"},
     {kJet, "", "", NewAccess, kMdbLibrary, kMdbPackage},
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-// Excel workbooks as freexl reads them, within this process.
+// Excel workbooks, read within this process.
 
 #include <memory>
 #include <string>
@@ -11,9 +11,8 @@
 
 namespace velmora {
 
-// The sheets of a workbook (BIFF5, BIFF8) in their order, all of them read. Cells with formulas are empty here and
-// named ranges are left out, since the library passes both over; truth values are 1 and 0, and, as it cannot be told
-// apart, a faulty value such as #N/A is 1 too. Raises an error that names the file, the fault, and what to do about it.
+// The sheets of a workbook of Excel 5 to 2003 in their order, all of them read: see ReadBiffWorkbook. Raises an error
+// that names the file, the fault, and what to do about it.
 std::vector<TSheet> ReadExcelSheets(const std::string& path);
 
 // OpenExcelFile without a process around it.

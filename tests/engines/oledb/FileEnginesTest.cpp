@@ -66,7 +66,6 @@ TEST(FileEnginesTest, FoxProCountsDeletedRowsInItsChunks) {
   EXPECT_EQ(names(5, 9), "");
 }
 
-#ifdef VELMORA_EXCEL
 TEST(FileEnginesTest, SheetsHaveSeveralNames) {
   const TScratchFolder folder;
   FormatCase("excel-5").PutInto(folder.Path());
@@ -77,7 +76,6 @@ TEST(FileEnginesTest, SheetsHaveSeveralNames) {
   EXPECT_EQ(conn.GetRecordCount("'My Sheet$'"), 2);
   EXPECT_FALSE(conn.SupportsChunks("My Sheet$"));
 }
-#endif
 
 }  // namespace
 }  // namespace velmora::testing
