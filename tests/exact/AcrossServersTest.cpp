@@ -57,7 +57,9 @@ TEST(AcrossServers, TablesAreSkippedWithThoseOnWhichTheirChangesHang) {
     std::string wanted;
     std::string told;
   };
-  const TTableText skipped = ReadTableText("create table s (p int, constraint f foreign key (p) references t (a))");
+  const std::string text = "create table s (p int, constraint f foreign key (p) references t (a))";
+  const TStayingTable skipped = {"s", text, ReadTableText(text)};
+  const TStayingTable unread = {"s", "FOREIGN KEY (`p`p`) REFERENCES `t` (`a`)", {}};
   const TCase cases[] = {{"a int, b int, key (a)", "a bigint, b int, key (a)", "below s"},
                          {"a int, b int, unique key k (a)", "a int, b int, key k (a)", "below s"},
                          {"a int, b int, key (a)", "a int, b bigint, key (a)", ""},
@@ -75,6 +77,10 @@ TEST(AcrossServers, TablesAreSkippedWithThoseOnWhichTheirChangesHang) {
     EXPECT_EQ((beside.empty() ? "" : "beside " + beside) + (below.empty() ? "" : "below " + below), c.told)
         << c.there << " | " << c.wanted;
   }
+  const TTableText there = ReadTableText("create table t (a int, b int)");
+  EXPECT_EQ(ChangesBelow(&there, &there, {unread}), "");
+  const TTableText wanted = ReadTableText("create table t (a int, b bigint)");
+  EXPECT_EQ(ChangesBelow(&wanted, &there, {unread}), "s") << "nobody knows which column it refers to";
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "exact/compare/Changes.h"
+#include "mysqltext/Lexer.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -38,6 +39,21 @@ bool ChangesOneOf(const TChange& change, const std::vector<std::string>& columns
   return !parts.empty() && Holds(columns, parts.front().column);
 }
 
+bool MayReferTo(const TStayingTable& other, const std::string& table) {
+  if (other.table) return !ForeignKeysTo(&*other.table, {table}).empty();
+  return other.text.find("REFERENCES `" + table + "` (") != std::string::npos ||
+         other.text.find("REFERENCES " + QuotedName(table) + " (") != std::string::npos;
+}
+
+// Of a table that cannot be read nobody knows to which columns it refers.
+bool ReachesInto(const TStayingTable& other, const std::string& table, const TChange& change) {
+  if (!other.table)
+    return !change.old_text.Empty() && !change.moved_only && (change.kind == EElement::Column || IsKey(change.kind));
+  const auto keys = ForeignKeysTo(&*other.table, {table});
+  return std::any_of(keys.begin(), keys.end(),
+                     [&](auto* key) { return ChangesOneOf(change, key->text.ForeignKey().references); });
+}
+
 }  // namespace
 
 std::string ChangesBeside(const TTableText* reference, const TTableText* target,
@@ -53,15 +69,14 @@ std::string ChangesBeside(const TTableText* reference, const TTableText* target,
   return {};
 }
 
-std::string ChangesBelow(const TTableText* reference, const TTableText* target, const std::vector<TTableText>& others) {
+std::string ChangesBelow(const TTableText* reference, const TTableText* target,
+                         const std::vector<TStayingTable>& others) {
   if (reference == nullptr || target == nullptr) return {};
-  for (const TTableText& other : others) {
-    const auto keys = ForeignKeysTo(&other, {target->name});
-    if (keys.empty()) continue;
+  for (const TStayingTable& other : others) {
+    if (!MayReferTo(other, target->name)) continue;
     TEquivalenceUse use;
     for (const TChange& change : CompareTableTexts(*reference, *target, use))
-      for (const TElement* key : keys)
-        if (ChangesOneOf(change, key->text.ForeignKey().references)) return other.name;
+      if (ReachesInto(other, target->name, change)) return other.name;
   }
   return {};
 }

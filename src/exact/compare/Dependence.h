@@ -2,6 +2,7 @@
 
 // What changes of a table need of other tables.
 
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -15,8 +16,16 @@ namespace velmora {
 std::string ChangesBeside(const TTableText* reference, const TTableText* target,
                           const std::unordered_set<std::string>& others);
 
-// The table among `others`, which stay as the target has them, that refers to a column or a key which changes from the
-// one text to the other; empty for none.
-std::string ChangesBelow(const TTableText* reference, const TTableText* target, const std::vector<TTableText>& others);
+// A table that stays as the target has it.
+struct TStayingTable {
+  std::string name;
+  std::string text;                 // its creation text
+  std::optional<TTableText> table;  // nothing where that cannot be read
+};
+
+// The table among `others` that refers to a column which changes from the one text to the other, or may need a key that
+// does; empty for none.
+std::string ChangesBelow(const TTableText* reference, const TTableText* target,
+                         const std::vector<TStayingTable>& others);
 
 }  // namespace velmora

@@ -38,7 +38,6 @@ constexpr char kZeros[] = "%s to %s: values are filled up with zero bytes";
 constexpr char kMembers[] = "%s to %s: members are taken away or change their order";
 constexpr char kFamily[] = "%s to %s: values may change";
 constexpr char kReplaced[] = "%s to %s: values are not kept";
-constexpr char kUnprintedByte[] = "a ? in its default may stand for a byte that the server does not print";
 constexpr char kUnprinted[] = "a ? in its %s may stand for a letter that the server does not print";
 constexpr char kLetters[] = "%s to %s: letters may be lost";
 
@@ -357,8 +356,6 @@ namespace {
 
 // Of letters of four bytes servers print "?" in defaults and members, which would be written.
 std::string UnprintedLetters(const TColumnText& text) {
-  const bool printed = text.default_text && text.default_text->find('?') != std::string::npos;
-  if (IsBytes(text)) return printed && text.default_text->starts_with('\'') ? kUnprintedByte : "";
   const std::string& charset = text.charset.charset;
   if (!text.HasLetters() || !(charset.empty() || HoldsAllLetters(charset))) return {};
   const auto has = [](const std::string& value) { return value.find('?') != std::string::npos; };

@@ -73,7 +73,6 @@ constexpr TFeature kDefaultPartition = {"default partitions", kNever, 100202};
 constexpr TFeature kSystemTime = {"partitions by system time", kNever, 100304};
 constexpr TFeature kPartitionedEngine = {"partitions of this engine", 50100, kAlways};
 // As far as was measured: in 10.11.19 and 11.8.6, not in 10.5.23.
-constexpr TFeature kPrintedBytes = {"defaults of such bytes, so that it prints them", kAlways, 101100};
 constexpr TFeature kPrintedWide = {"computed defaults of wide character sets, so that it prints them", kAlways, 101100};
 constexpr TFeature kPartitionedShapes = {"shapes in partitions", kNever, 110800};
 constexpr TFeature kOldCollations = {"collations of Unicode 9.0", 80001, kNever};
@@ -204,12 +203,6 @@ class TMissing {
     const bool computed = last.Is(")") && !first.Is("current_timestamp");
     if (computed) Need(kComputedDefault, "column");
     if (computed && InList(read.charset.charset, {"ucs2", "utf16", "utf32"})) Need(kPrintedWide, "column");
-    const bool bytes = read.type.ends_with("binary") || read.type.ends_with("blob");
-    const bool spelled = last.text.starts_with("0x") || PrefixOf(last) == "x";
-    if (bytes && (spelled || !IsAscii(last))) Need(kPrintedBytes, "column");
-  }
-  static bool IsAscii(const TToken& token) {
-    return std::all_of(token.text.begin(), token.text.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
   }
 
   void FindInCheck(const TElement& check) {

@@ -7,6 +7,7 @@
 #include <exception>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 
@@ -518,9 +519,10 @@ class TPairReader {
   bool LeaveDependents() {
     TTableNames skipped;
     for (const TSkippedTable& table : pair_.skipped) skipped.insert(table.table);
-    std::vector<TTableText> stay;
+    std::vector<TStayingTable> stay;
     for (const std::string& name : skipped)
-      if (const auto text = target_.read.texts.find(name); text != target_.read.texts.end()) AddTo(stay, text->second);
+      if (const auto text = target_.read.texts.find(name); text != target_.read.texts.end())
+        stay.push_back({name, text->second, ReadIfPossible(text->second)});
     return LeaveWhere([&](const TTaken& taken) {
       const std::string parent = ChangesBeside(taken.reference.get(), taken.target.get(), skipped);
       if (!parent.empty()) return Format(kBeside, parent);
@@ -528,11 +530,11 @@ class TPairReader {
       return child.empty() ? "" : Format(kBelow, child);
     });
   }
-  static void AddTo(std::vector<TTableText>& tables, const std::string& text) {
+  static std::optional<TTableText> ReadIfPossible(const std::string& text) {
     try {
-      tables.push_back(ReadPrintedTable(text));
+      return ReadPrintedTable(text);
     } catch (const EVelmora&) {
-      // It is skipped for that, and told.
+      return std::nullopt;
     }
   }
 

@@ -155,6 +155,7 @@ class TRowInquiry {
     if (change.action == saModifyColumn) AskNull(change);
     if (change.action == saModifyColumn) AskSystem(table, change);
     if (change.action == saModifyColumn || change.action == saAddColumn) AskComputed(table, change);
+    if (change.action == saModifyColumn || change.action == saAddColumn) AskOwnCheck(table, change);
     if (change.action == saAddColumn) AskFilled(change);
     if (change.action == saAddColumn) AskTriggers(change);
     if (change.action == saChangeTableType && change.item == kPartitioningItem) AskPlaces(table, change);
@@ -190,6 +191,19 @@ class TRowInquiry {
     if (after >= tokens.size() || IsKeyword(TokenAt(tokens, after), "not")) return;  // not enforced
     const std::string subject = "check " + check.name;
     if (const auto condition = InRows(table, subject, tokens, {open + 1, after - 1}))
+      Ask(table, subject, "not " + *condition, kAgainst);
+  }
+
+  // A check within a column is the column's own.
+  void AskOwnCheck(const TTableRows& table, const TChange& change) {
+    const std::optional<TTokenRange>& has = change.new_text.Column().check;
+    if (!has || change.moved_only) return;
+    const TElementText& old_text = change.old_text;
+    const bool same = !old_text.Empty() && old_text.Column().check &&
+                      old_text.Part(*old_text.Column().check) == change.new_text.Part(*has);
+    const std::string subject = "check of column " + change.item;
+    if (same) return;
+    if (const auto condition = InRows(table, subject, change.new_text.Tokens(), *has))
       Ask(table, subject, "not " + *condition, kAgainst);
   }
 

@@ -56,10 +56,17 @@ bool ComputesTheSame(const TColumnText* had, const TColumnText& has) {
          had->arguments == has.arguments && had->is_unsigned == has.is_unsigned && had->charset == has.charset;
 }
 
+// What servers fill rows with where a column may not be null and has no default; empty where no short text says it.
+std::string FillingOf(const TColumnText& column) {
+  if (!column.not_null) return {};
+  if (column.IsNumber()) return "0";
+  return column.HasLetters() && !InList(column.type, {"enum", "set"}) ? "''" : "";
+}
+
 TRowValue NewColumn(const TColumnText& column) {
   if (column.auto_increment) return {EKind::Numbered, {}, {}};
   const std::string text = column.default_text.value_or("");
-  if (text.empty()) return {column.not_null ? EKind::Constant : EKind::Null, {}, {}};
+  if (text.empty()) return {column.not_null ? EKind::Constant : EKind::Null, FillingOf(column), {}};
   if (SameText(text, "null")) return {EKind::Null, {}, {}};
   if (IsLiteral(text)) return {EKind::Constant, text, {}};
   if (PosNoCase("current_timestamp", text) == 1) return {EKind::Constant, {}, {}};
