@@ -31,6 +31,7 @@ class TKeyMapper {
 
   void Map() {
     for (const TForeignKey& key : facts_.keys) Map(key);
+    std::ranges::stable_partition(table_.keys, [](auto& key) { return key.kind == EForeignKeyKind::Primary; });
   }
 
  private:
