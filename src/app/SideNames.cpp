@@ -19,7 +19,6 @@ constexpr char kNotComparable[] =
 constexpr char kStandardOnly[] =
     "%s can be compared by the exact dialect alone: the standard one takes a MySQL server or a file that ends in .sql";
 constexpr char kNoTarget[] = "%s cannot become the target: scripts change MySQL databases alone";
-constexpr char kNothingToCompare[] = "%s has no tables: there is nothing to compare with";
 constexpr char kEmptyReference[] = "%s has no tables: made equal to it, the target would lose all of its own";
 
 }  // namespace
@@ -79,8 +78,6 @@ std::string ServerText(TDBConn& conn) {
   }
 }
 
-std::string EmptyReferenceText(TDBConn& reference) {
-  return Format(HasFactReader(reference) ? kNothingToCompare : kEmptyReference, SideName(reference));
-}
+std::string EmptyReferenceText(TDBConn& reference) { return Format(kEmptyReference, SideName(reference)); }
 
 }  // namespace velmora

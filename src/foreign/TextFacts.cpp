@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <optional>
 #include <system_error>
-#include <variant>
+#include <utility>
+#include <vector>
 
 #include "engines/file/DBConnTextDelim.h"
 #include "engines/file/DBConnTextFixed.h"
-#include "formats/text/DelimitedText.h"
+#include "formats/text/DelimitedRecords.h"
+#include "formats/text/TypeGuess.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -18,6 +21,7 @@ namespace velmora {
 
 namespace {
 
+constexpr char kNoLines[] = "the file is empty";
 constexpr char kNoFolder[] = "Cannot open %s: there is no such folder";
 
 // "p.csv" as "p".
@@ -31,26 +35,13 @@ bool IsFolder(const std::string& path) {
   return std::filesystem::is_directory(path, ignored);
 }
 
-struct TKindRow {
-  EFieldKind kind;
-  const char* native;
-  EFamily family;
-};
-
-constexpr TKindRow kDelimitedKinds[] = {
-    {EFieldKind::String, "text", EFamily::VarChar},
-    {EFieldKind::Integer, "integer", EFamily::Int32},
-    {EFieldKind::Float, "number", EFamily::Double},
-    {EFieldKind::DateTime, "date and time", EFamily::DateTime},
-};
-
-struct TImportRow {
+struct TTypeRow {
   int type;
   const char* native;
   EFamily family;
 };
 
-constexpr TImportRow kFixedTypes[] = {
+constexpr TTypeRow kTypes[] = {
     {kSMString, "text", EFamily::VarChar},
     {kSMInteger, "integer", EFamily::Int32},
     {kSMFloat, "number", EFamily::Double},
@@ -79,66 +70,74 @@ class TTextFacts : public TFactReader {
   std::string folder_;
 };
 
+// A column, as all its values say it.
+class TSeenColumn {
+ public:
+  explicit TSeenColumn(std::string name = {}) : name_(std::move(name)) {}
+
+  void See(const TDelimitedValue& value) {
+    longest_ = std::max(longest_, static_cast<std::int64_t>(CharCount(value.text)));
+    quoted_ = quoted_ || value.quoted;
+    if (value.text.empty()) return;
+    type_.See(value.text);
+    if (const std::optional<double> number = TryStrToFloat(value.text)) {
+      whole_ = whole_ && std::trunc(*number) == *number;
+      largest_ = std::max(largest_, std::abs(*number));
+    }
+  }
+
+  // What stands in quotes is text.
+  TForeignColumn Column(std::size_t number) const {
+    constexpr double kExact = 9007199254740992;  // up to which doubles keep every digit
+    const int type = quoted_ ? kSMString : type_.Type();
+    TForeignColumn column{.name = name_.empty() ? Format("Column%d", number) : name_};
+    for (const TTypeRow& row : kTypes) {
+      if (row.type != type) continue;
+      column.native = row.native;
+      column.family = row.family;
+    }
+    if (type == kSMFloat && whole_ && largest_ <= kExact) {
+      column.native = "whole number";
+      column.family = EFamily::Int64;
+    }
+    if (type == kSMString) column.length = std::max(longest_, kUsualText);
+    return column;
+  }
+
+ private:
+  static constexpr std::int64_t kUsualText = 255;
+
+  std::string name_;
+  TTypeGuess type_;
+  std::int64_t longest_ = 0;  // in letters
+  bool quoted_ = false;
+  bool whole_ = true;
+  double largest_ = 0;
+};
+
+// Read by itself: the engine takes text without quotes for a bad value.
 class TDelimitedFacts final : public TTextFacts {
  public:
   explicit TDelimitedFacts(TDBConnTextDelim& conn)
       : TTextFacts(conn, conn.folder()), separator_(conn.separator()), hdr_(conn.hdr()) {}
 
-  // All rows are read: a file with a bad value has no structure.
   TForeignTable Table(const std::string& name) override {
-    const TDelimitedText text(name, JoinPath(folder_, name), separator_, hdr_);
+    std::vector<TSeenColumn> columns;
+    bool first = true;
+    ReadDelimitedRecords(JoinPath(folder_, name), separator_, [&](const std::vector<TDelimitedValue>& values) {
+      const bool names = std::exchange(first, false) && hdr_;
+      if (names)
+        for (const TDelimitedValue& value : values) columns.emplace_back(Trim(value.text));
+      if (values.size() > columns.size()) columns.resize(values.size());
+      for (std::size_t i = 0; i < values.size() && !names; ++i) columns[i].See(values[i]);
+    });
     TForeignTable table{.name = name};
-    for (const TFieldDef& field : text.Fields()) table.columns.push_back(ColumnOf(field));
-    std::vector<TSeenNumbers> numbers(table.columns.size());
-    text.ReadRows([&](const TMemDataset::TRow& row) { See(row, table.columns, numbers); });
-    for (std::size_t i = 0; i < numbers.size(); ++i)
-      if (numbers[i].any && numbers[i].whole) TakeWhole(numbers[i].largest, table.columns[i]);
+    for (const TSeenColumn& column : columns) table.columns.push_back(column.Column(table.columns.size()));
+    if (columns.empty()) table.problem = kNoLines;
     return table;
   }
 
  private:
-  struct TSeenNumbers {
-    bool any = false;
-    bool whole = true;
-    double largest = 0;
-  };
-
-  // The sample says the usual length; a longer text needs more.
-  static void See(const TMemDataset::TRow& row, std::vector<TForeignColumn>& columns,
-                  std::vector<TSeenNumbers>& numbers) {
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-      if (const auto* number = std::get_if<double>(&row[i])) {
-        numbers[i].any = true;
-        numbers[i].whole = numbers[i].whole && std::trunc(*number) == *number;
-        numbers[i].largest = std::max(numbers[i].largest, std::abs(*number));
-      }
-      const auto* text = std::get_if<std::string>(&row[i]);
-      if (text == nullptr || !columns[i].length || static_cast<std::int64_t>(text->size()) <= *columns[i].length)
-        continue;
-      columns[i].length = std::max(*columns[i].length, static_cast<std::int64_t>(CharCount(*text)));
-    }
-  }
-
-  // Numbers of which none has anything behind the point.
-  static void TakeWhole(double largest, TForeignColumn& column) {
-    constexpr double kInt = 2147483647;
-    constexpr double kExact = 9007199254740992;  // up to which doubles keep every digit
-    if (column.family != EFamily::Double || largest > kExact) return;
-    column.native = "whole number";
-    column.family = largest <= kInt ? EFamily::Int32 : EFamily::Int64;
-  }
-
-  static TForeignColumn ColumnOf(const TFieldDef& field) {
-    TForeignColumn column{.name = field.name};
-    for (const TKindRow& row : kDelimitedKinds) {
-      if (row.kind != field.kind) continue;
-      column.native = row.native;
-      column.family = row.family;
-    }
-    if (column.family == EFamily::VarChar) column.length = field.size;
-    return column;
-  }
-
   std::string separator_;
   bool hdr_;
 };
@@ -164,7 +163,7 @@ class TFixedFacts final : public TTextFacts {
  private:
   static TForeignColumn ColumnOf(const TSMColumn& found) {
     TForeignColumn column{.name = found.name};
-    for (const TImportRow& row : kFixedTypes) {
+    for (const TTypeRow& row : kTypes) {
       if (row.type != found.type) continue;
       column.native = row.native;
       column.family = row.family;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "formats/text/TextFile.h"
+#include "formats/text/TypeGuess.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -14,10 +15,8 @@ namespace velmora {
 namespace {
 
 constexpr std::size_t kLineEnd = std::numeric_limits<std::size_t>::max();
-constexpr std::size_t kExactDigits = 15;  // of a whole number, in a float
 
 constexpr bool IsBlank(char c) { return static_cast<unsigned char>(c) <= ' '; }
-constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 std::size_t NextChar(std::string_view text, std::size_t at) {
   return at + (static_cast<unsigned char>(text[at]) < 0x80 ? 1 : CharSize(text, at));
@@ -84,30 +83,6 @@ void WalkValues(std::string_view line, const std::vector<TSpan>& spans, Take tak
 
 // --- What columns hold
 
-// Whether a number would lose something that the text says.
-bool IsCode(std::string_view text) {
-  if (text.starts_with('-') || text.starts_with('+')) text.remove_prefix(1);
-  if (text.size() > 1 && text[0] == '0' && IsDigit(text[1])) return true;
-  return text.size() > kExactDigits && std::ranges::all_of(text, IsDigit);
-}
-
-bool IsOfType(std::string_view text, int type) {
-  switch (type) {
-    case kSMInteger:
-      return !text.starts_with('$') && !IsCode(text) && TextToInteger(text);
-    case kSMFloat:
-      return !IsCode(text) && TryStrToFloat(text);
-    case kSMDate:
-      return TextToDate(text).has_value();
-    case kSMTime:
-      return TextToTime(text).has_value();
-    case kSMDateTime:
-      return TextToDateTime(text) && !TextToTime(text);
-    default:
-      return true;
-  }
-}
-
 TVariant ValueOf(std::string_view text, int type) {
   switch (type) {
     case kSMInteger:
@@ -122,30 +97,6 @@ TVariant ValueOf(std::string_view text, int type) {
       return std::string(text);
   }
 }
-
-// The types that take all values seen so far, the first one first.
-class TTypeGuess {
- public:
-  void See(std::string_view text) {
-    seen_ = true;
-    while (first_ + 1 < std::size(kTypes) && !IsOfType(text, kTypes[first_])) Refuse();
-    for (std::size_t i = first_ + 1; i + 1 < std::size(kTypes); ++i)
-      refused_[i] = refused_[i] || !IsOfType(text, kTypes[i]);
-  }
-  int Type() const { return seen_ ? kTypes[first_] : kSMString; }
-
- private:
-  static constexpr int kTypes[] = {kSMInteger, kSMFloat, kSMDate, kSMTime, kSMDateTime, kSMString};
-
-  void Refuse() {
-    do ++first_;
-    while (refused_[first_]);
-  }
-
-  bool seen_ = false;
-  std::size_t first_ = 0;
-  bool refused_[std::size(kTypes)] = {};
-};
 
 // --- The whole file
 
