@@ -26,6 +26,15 @@ constexpr char kTwice[] = "check %s, a name that a check of table %s has, too, w
 constexpr char kNotUnique[] = "foreign key %s, to columns that no unique key of table %s consists of";
 
 // --- What there is, and since when
+//
+// Of versions that were not reached their manuals say it. MySQL 8.0 Reference Manual: 10.3.12 Invisible
+// Indexes, 10.3.13 Descending Indexes, 12.10.1 Unicode Character Sets, 13.4.1 Spatial Data Types, 13.6 Data Type
+// Default Values, 14.17 JSON Functions, 15.1.15 CREATE INDEX Statement, 15.1.20 CREATE TABLE Statement (15.1.20.6 CHECK
+// Constraints, 15.1.20.8 CREATE TABLE and Generated Columns, 15.1.20.10 Invisible Columns), 26.6.2 Partitioning
+// Limitations Relating to Storage Engines; MySQL 5.7 Reference Manual, 11.5 The JSON Data Type; MySQL 9.0 Reference
+// Manual, 13.3.5 The VECTOR Type. MariaDB Server Documentation: CREATE TABLE, Generated Columns, Invisible Columns,
+// Ignored Indexes, System-Versioned Tables, Application-Time Periods, Storage-Engine Independent Column Compression,
+// and the pages of the types.
 
 constexpr int kNever = 0;
 constexpr int kAlways = 1;
