@@ -30,5 +30,15 @@ TEST(PrintedTable, IsRefusedWhereItSaysSomethingElseThanTheTableHas) {
     EXPECT_EQ(MessageOf([&] { ReadPrintedTable("CREATE TABLE `t` (" + c.body + ") ENGINE=InnoDB"); }), c.told);
 }
 
+TEST(PrintedTable, HasPrefixesOfShapesInKeys) {
+  const TTableText table = ReadPrintedTable(
+      "CREATE TABLE `t` (`a` int, `b` linestring NOT NULL, UNIQUE KEY `k` (`a`,`b`), UNIQUE KEY `h` (`b`(8)) USING "
+      "HASH, "
+      "SPATIAL KEY `s` (`b`))");
+  EXPECT_EQ(table.Find(EElement::UniqueKey, "k")->text.Str(), "UNIQUE KEY `k` (`a`,`b`(4))");
+  EXPECT_EQ(table.Find(EElement::UniqueKey, "h")->text.Str(), "UNIQUE KEY `h` (`b`(8)) USING HASH");
+  EXPECT_EQ(table.Find(EElement::SpatialKey, "s")->text.Str(), "SPATIAL KEY `s` (`b`)");
+}
+
 }  // namespace
 }  // namespace velmora::testing

@@ -20,6 +20,7 @@ constexpr char kOfCounter[] = "what is computed of a counter (%s %s)";
 constexpr char kOfLater[] = "what is computed of a later column with a computed default (%s %s)";
 constexpr char kMemory[] = "computed defaults in this engine (%s %s)";
 constexpr char kVirtualKey[] = "keys over virtual columns in this engine (%s %s)";
+constexpr char kShapes[] = "shapes in other keys than spatial ones (%s %s)";
 constexpr char kPartitioned[] = "such keys of partitioned tables (%s %s)";
 constexpr char kDescending[] = "descending keys in this engine (%s %s)";
 constexpr char kVirtualParent[] = "foreign keys to virtual columns (%s %s)";
@@ -102,6 +103,11 @@ class TLimits {
     const bool on_virtual = std::any_of(columns.begin(), columns.end(), [&](auto& name) { return IsVirtual(name); });
     const bool plain = key.kind != EElement::FulltextKey && key.kind != EElement::SpatialKey;
     if (!plain && !table_.partitioning.empty()) Add(kPartitioned, key);
+    const auto is_shape = [this](auto& name) {
+      const TColumnParts* parts = Column(name);
+      return parts != nullptr && IsShapeType(parts->type);
+    };
+    if (plain && std::any_of(columns.begin(), columns.end(), is_shape)) Add(kShapes, key);
     if (engine_ == "innodb") return;
     if (on_virtual) Add(kVirtualKey, key);
     const TTokens tokens = key.text.Tokens();

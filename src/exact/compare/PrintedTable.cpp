@@ -2,6 +2,7 @@
 
 #include "exact/compare/ServerForm.h"
 #include "exact/compare/Translation.h"
+#include "mysqltext/ColumnParts.h"
 #include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
 #include "util/Errors.h"
@@ -28,6 +29,31 @@ void CheckForeignKey(const TTableText& table, const TElement& key) {
     RaiseError(Format(kOtherCount, key.name));
 }
 
+bool IsSorted(EElement kind) {
+  return kind == EElement::PrimaryKey || kind == EElement::UniqueKey || kind == EElement::Key;
+}
+
+// Most tables have no shapes, which is seen without reading their columns.
+bool MayHaveShapes(std::string_view text) {
+  return text.find("point") != std::string_view::npos || text.find("line") != std::string_view::npos ||
+         text.find("polygon") != std::string_view::npos || text.find("geom") != std::string_view::npos;
+}
+
+// A whole shape is in no key but a spatial one.
+void AddPrefixes(const TTableText& table, TElement& key) {
+  constexpr char kPrefix[] = "(4)";
+  const TTokens tokens = key.text.Tokens();
+  std::string text = key.text.Str();
+  const std::vector<TTokenRange> parts = ListParts(tokens, NextBracket(tokens, 0));
+  for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
+    const TToken& name = tokens[part->first];
+    const TElement* column = IsName(name) ? table.Find(EElement::Column, NameOf(name)) : nullptr;
+    const bool prefixed = TokenAt(tokens, part->first + 1).Is("(");
+    if (column != nullptr && !prefixed && IsShapeType(column->text.Column().type)) text.insert(name.End(), kPrefix);
+  }
+  if (text != key.text.Str()) key.text = std::move(text);
+}
+
 }  // namespace
 
 TTableText ReadPrintedTable(const std::string& text, bool marks) {
@@ -40,6 +66,9 @@ TTableText ReadPrintedTable(const std::string& text, bool marks) {
     TTableText table = ReadTableWithoutRawLineEnds(read, Tokens(read));
     for (const TElement& element : table.elements)
       if (doubled && element.kind == EElement::ForeignKey) CheckForeignKey(table, element);
+    if (MayHaveShapes(read))
+      for (TElement& element : table.elements)
+        if (IsSorted(element.kind)) AddPrefixes(table, element);
     return table;
   } catch (const EVelmora& error) {
     if (!doubled) throw;

@@ -198,20 +198,29 @@ class TTranslator {
 
   void TranslateKey(TElement& key) {
     if (to_.mysql == from_.mysql) return;
-    const bool trees = to_.mysql && InList(EngineOf(table_), {"innodb", "myisam"});
     const TTokens tokens = key.text.Tokens();
     for (std::size_t at = AfterGroup(tokens, NextBracket(tokens, 0)); at < tokens.size(); ++at) {
-      const TToken token = tokens[at];
-      if (IsKeyword(token, "comment")) ++at;
-      if (IsKeyword(token, to_.mysql ? "ignored" : "invisible"))
-        return Replace(key, token, token, to_.mysql ? "INVISIBLE" : "IGNORED");
-      // These engines make trees of them.
-      if (trees && IsKeyword(token, "using") && IsKeyword(TokenAt(tokens, at + 1), "hash")) {
-        Replace(key, token, tokens[at + 1], "");
+      if (IsKeyword(tokens[at], "comment")) ++at;
+      if (IsKeyword(TokenAt(tokens, at), to_.mysql ? "ignored" : "invisible"))
+        return Replace(key, tokens[at], tokens[at], to_.mysql ? "INVISIBLE" : "IGNORED");
+      if (const std::size_t count = Forgotten(tokens, at); count > 0) {
+        Replace(key, tokens[at], tokens[at + count - 1], "");
         key.text = Trim(key.text.Str());
         return TranslateKey(key);
       }
     }
+  }
+
+  // How many tokens stand here that MySQL forgets: methods of keys of which the engine makes trees, and sizes of their
+  // blocks where the table names none.
+  std::size_t Forgotten(TTokens tokens, std::size_t at) const {
+    const std::string engine = EngineOf(table_);
+    if (!to_.mysql || at + 1 >= tokens.size()) return 0;
+    const bool trees = InList(engine, {"innodb", "myisam"});
+    if (trees && IsKeyword(tokens[at], "using") && IsKeyword(tokens[at + 1], "hash")) return 2;
+    const bool sized = engine != "innodb" || table_.FindOption("KEY_BLOCK_SIZE") != nullptr;
+    if (sized || !IsKeyword(tokens[at], "key_block_size")) return 0;
+    return std::min<std::size_t>(tokens[at + 1].Is("=") ? 3 : 2, tokens.size() - at);
   }
 
   // Those of one product that say what holds without them, too.
