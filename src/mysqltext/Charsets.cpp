@@ -62,15 +62,18 @@ struct TSystemName {
   std::string_view charset;
   const char* name;
 };
-constexpr std::array<TSystemName, 30> kSystemNames{
-    {{"latin1", "CP1252"},     {"latin2", "ISO-8859-2"}, {"latin5", "ISO-8859-9"}, {"latin7", "ISO-8859-13"},
-     {"greek", "ISO-8859-7"},  {"hebrew", "ISO-8859-8"}, {"cp1250", "CP1250"},     {"cp1251", "CP1251"},
-     {"cp1256", "CP1256"},     {"cp1257", "CP1257"},     {"cp850", "CP850"},       {"cp852", "CP852"},
-     {"cp866", "CP866"},       {"koi8r", "KOI8-R"},      {"koi8u", "KOI8-U"},      {"macroman", "MACINTOSH"},
-     {"tis620", "TIS-620"},    {"sjis", "SJIS"},         {"cp932", "CP932"},       {"ujis", "EUC-JP"},
-     {"eucjpms", "EUC-JP-MS"}, {"euckr", "EUC-KR"},      {"gb2312", "GB2312"},     {"gbk", "GBK"},
-     {"gb18030", "GB18030"},   {"big5", "BIG5"},         {"ucs2", "UCS-2BE"},      {"utf16", "UTF-16BE"},
-     {"utf16le", "UTF-16LE"},  {"utf32", "UTF-32BE"}}};
+constexpr std::array<TSystemName, 33> kSystemNames{
+    {{"utf8mb4", "UTF-8"},      {"utf8mb3", "UTF-8"},     {"utf8", "UTF-8"},
+     {"latin1", "CP1252"},      {"latin2", "ISO-8859-2"}, {"latin5", "ISO-8859-9"},
+     {"latin7", "ISO-8859-13"}, {"greek", "ISO-8859-7"},  {"hebrew", "ISO-8859-8"},
+     {"cp1250", "CP1250"},      {"cp1251", "CP1251"},     {"cp1256", "CP1256"},
+     {"cp1257", "CP1257"},      {"cp850", "CP850"},       {"cp852", "CP852"},
+     {"cp866", "CP866"},        {"koi8r", "KOI8-R"},      {"koi8u", "KOI8-U"},
+     {"macroman", "MACINTOSH"}, {"tis620", "TIS-620"},    {"sjis", "SJIS"},
+     {"cp932", "CP932"},        {"ujis", "EUC-JP"},       {"eucjpms", "EUC-JP-MS"},
+     {"euckr", "EUC-KR"},       {"gb2312", "GB2312"},     {"gbk", "GBK"},
+     {"gb18030", "GB18030"},    {"big5", "BIG5"},         {"ucs2", "UCS-2BE"},
+     {"utf16", "UTF-16BE"},     {"utf16le", "UTF-16LE"},  {"utf32", "UTF-32BE"}}};
 
 // What the system gives for a converter that it has not.
 iconv_t NoConverter() { return reinterpret_cast<iconv_t>(static_cast<std::intptr_t>(-1)); }
@@ -108,9 +111,7 @@ TLetterBytes LetterBytes(std::string_view charset) {
 
 std::optional<std::string> LettersOf(std::string_view bytes, std::string_view charset) {
   const auto ascii = [](char c) { return static_cast<signed char>(c) >= 0; };
-  const bool same = charset.starts_with("utf8") ||
-                    (LetterBytes(charset).least == 1 && std::all_of(bytes.begin(), bytes.end(), ascii));
-  if (same) return std::string(bytes);
+  if (LetterBytes(charset).least == 1 && std::all_of(bytes.begin(), bytes.end(), ascii)) return std::string(bytes);
   const auto row =
       std::find_if(kSystemNames.begin(), kSystemNames.end(), [&](auto& r) { return r.charset == charset; });
   const iconv_t converter = row == kSystemNames.end() ? NoConverter() : iconv_open("UTF-8", row->name);

@@ -92,7 +92,7 @@ TElementText WithHexLiterals(EElement kind, TElementText element) {
     const TToken& token = tokens[at];
     if (token.kind != EToken::String || !HasWideBytes(token.text)) continue;
     const std::string set = LowerText(PrefixOf(token));
-    const bool of_other_set = set.starts_with('_') && !set.starts_with("_utf8");
+    const bool of_other_set = set.starts_with('_') && !LettersOf(ValueOf(token), "utf8mb4");
     if (!of_other_set && (at != bytes || !set.empty())) continue;
     text += written.substr(done, token.start - done) + set + (set.empty() ? "x'" : " x'");
     for (const char c : ValueOf(token)) text += Format("%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));

@@ -23,8 +23,8 @@ TKeyUse SplitKeyUse(const TElementText& key);
 // Defaults name sequences with their database. Those of the one database become those of the other one.
 void MoveSequences(TTableText& table, const std::string& from, const std::string& to);
 
-// The element's text with its literals of bytes in hexadecimal: defaults of binary columns, and texts with a set that
-// is none of UTF-8 before them. Servers print these as they are, which no text file, window or client with a character
+// The element's text with its literals of bytes in hexadecimal: defaults of binary columns, and texts with a set before
+// them that are no UTF-8. Servers print these as they are, which no text file, window or client with a character
 // set of its own hands on. Other literals stay as they are.
 TElementText WithHexLiterals(EElement kind, TElementText element);
 

@@ -83,6 +83,7 @@ constexpr TFeature kSystemTime = {"partitions by system time", kNever, 100304};
 constexpr TFeature kPartitionedEngine = {"partitions of this engine", 50100, kAlways};
 // As far as was measured: in 10.11.19 and 11.8.6, not in 10.5.23.
 constexpr TFeature kPrintedWide = {"computed defaults of wide character sets, so that it prints them", kAlways, 101100};
+constexpr TFeature kPrintedLetters = {"letters of four bytes in expressions, so that it prints them", kAlways, 101100};
 constexpr TFeature kPartitionedShapes = {"shapes in partitions", kNever, 110800};
 constexpr TFeature kOldCollations = {"collations of Unicode 9.0", 80001, kNever};
 
@@ -286,6 +287,10 @@ class TMissing {
   }
 
   void FindInExpression(TTokens tokens, std::string_view kind) {
+    const auto is_lost = [](const TToken& token) {
+      return token.kind == EToken::String && PrintedText(std::string(token.text)) != token.text;
+    };
+    if (tokens.size() > 1 && std::any_of(tokens.begin(), tokens.end(), is_lost)) Need(kPrintedLetters, kind);
     for (std::size_t at = 0; at < tokens.size(); ++at) {
       if (tokens[at].kind != EToken::Word || !TokenAt(tokens, at + 1).Is("(")) continue;
       const std::string name = LowerText(tokens[at].text);

@@ -6,6 +6,7 @@
 
 #include "exact/compare/CanonicalForm.h"
 #include "exact/compare/ServerCompletion.h"
+#include "exact/compare/ServerDefaults.h"
 #include "mysqltext/Charsets.h"
 #include "mysqltext/ColumnParts.h"
 #include "mysqltext/ElementText.h"
@@ -85,12 +86,20 @@ class TTranslator {
     const TTokens tokens = element.text.Tokens();
     std::string text = element.text.Str();
     for (auto token = tokens.rbegin(); token != tokens.rend(); ++token) {
-      const std::string prefix = LowerText(token->kind == EToken::String ? PrefixOf(*token) : "");
-      if (!prefix.starts_with('_') || prefix == "_binary") continue;
-      const std::string value = ValueOf(*token);
+      if (token->kind != EToken::String) continue;
+      std::string set = LowerText(PrefixOf(*token));
+      std::string value = ValueOf(*token);
+      std::size_t start = token->start;
+      const auto before = token + 1;
+      if (set == "x" && before != tokens.rend() && before->kind == EToken::Word && before->text.starts_with('_')) {
+        set = LowerText(before->text);
+        value = BytesOf(value, 4);
+        start = before->start;
+      }
       const auto letters =
-          prefix == "_utf8mb4" ? std::optional(value) : LettersOf(value, CharsetName(prefix.substr(1)));
-      if (letters) text.replace(token->start, token->text.size(), QuotedText(*letters));
+          set == "_binary" || !set.starts_with('_') ? std::nullopt : LettersOf(value, CharsetName(set.substr(1)));
+      if (letters) text.replace(start, token->End() - start, QuotedText(*letters));
+      if (set == "_binary") text.erase(start, token->start - start);  // bytes are no letters anyway
     }
     if (text != element.text.Str()) element.text = std::move(text);
   }
