@@ -152,10 +152,11 @@ void DeclareMapping(CLI::App& app, TForeignWishes& wishes) {
 
 void DeclareForeign(CLI::App& app, TForeignWishes& wishes) {
   DeclareMapping(app, wishes);
-  app.add_option("--accept", wishes.accepted,
+  app.add_option("--accept",
                  "A reference that is not MySQL: what it has and MySQL has no form for, such as a default, need not be "
                  "there for the databases to be identical; may be given several times")
-      ->type_name("TABLE.ELEMENT");
+      ->type_name("TABLE.ELEMENT")
+      ->each([&wishes](const std::string& element) { wishes.accepted.push_back(element); });
   app.add_flag("--strict-types", wishes.strict_types,
                "A reference that is not MySQL: a type of the target that holds more than the source's is a difference");
   app.add_flag("--accept-timestamp", wishes.accept_timestamp,

@@ -44,8 +44,12 @@ void TellColumn(const TMadeColumn& column, TConsole& console) {
 }
 
 void PrintTexts(const std::vector<TMappedText>& tables, const TForeignTexts& texts, TConsole& console) {
-  for (const TMappedText& table : tables)
-    if (!table.error) console.out << ShownLines(table.text) << ";\n\n";
+  bool first = true;
+  for (const TMappedText& table : tables) {
+    if (table.error) continue;
+    console.out << (first ? "" : "\n") << ShownLines(table.text) << ";\n";
+    first = false;
+  }
   for (const TMadeColumn& column : texts.Columns()) TellColumn(column, console);
 }
 

@@ -183,6 +183,8 @@ TLines RunStep(const TStep& step, const TStepRunner& runner, const std::string& 
   if (word == "$") return RunCommand(step, runner, folder);
   if (word == "show") return MarkedLines("  ", ReadFileBytes(rest));
   if (word != "file") return MarkedLines("  ", runner.further(word, rest, Unmarked(step.below)));
+  if (const std::filesystem::path within = std::filesystem::path(rest).parent_path(); !within.empty())
+    std::filesystem::create_directories(within);
   WriteFileText(rest, Unmarked(step.below));
   return step.below;
 }

@@ -4,7 +4,7 @@
 // steps, which run in an empty folder:
 //
 //   # a comment
-//   file NAME      the indented lines below become this file
+//   file NAME      the indented lines below become this file, in a folder if the name has one
 //   $ ARGUMENTS    the companion runs; '...' quotes. Below stands what it gives: its results indented, a line of
 //                  "? QUESTION" for each question, a line of "! TEXT" for each one on standard error, and "= N" for an
 //                  exit status other than 0
