@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "foreign/Sequences.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -99,6 +100,17 @@ TForeignTable* TCatalogFacts::Find(const std::string& table) {
 TForeignColumn* TCatalogFacts::FindColumn(TForeignTable& table, std::string_view column) {
   const auto found = std::ranges::find(table.columns, column, &TForeignColumn::name);
   return found == table.columns.end() ? nullptr : &*found;
+}
+
+void TCatalogFacts::ForEachTable(const std::function<void(TForeignTable& table)>& change) {
+  for (TForeignTable& table : tables_) change(table);
+}
+
+void TCatalogFacts::TakeCounting(std::string_view body, TForeignTable& table) {
+  for (TForeignColumn& column : table.columns)
+    if (const ECounting counting = CountingBy(body, column.name);
+        counting != ECounting::None && column.counting != ECounting::Counts)
+      column.counting = counting;
 }
 
 bool TCatalogFacts::SameAsBefore(const TForeignTable& table, const std::string& id) {

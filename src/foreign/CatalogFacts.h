@@ -61,6 +61,9 @@ class TCatalogFacts : public TFactReader {
   void AddTable(TForeignTable table);
   TForeignTable* Find(const std::string& table);  // null for one that is no table to be compared
   static TForeignColumn* FindColumn(TForeignTable& table, std::string_view column);
+  void ForEachTable(const std::function<void(TForeignTable& table)>& change);
+  // What a trigger before inserts does with the table's columns.
+  static void TakeCounting(std::string_view body, TForeignTable& table);
   // The last one if `id` is that of the row before, else a new one. Ids count within a table and name no key.
   TForeignKey& KeyOf(TForeignTable& table, const std::string& id, const TForeignKey& otherwise);
   TForeignReference& ReferenceOf(TForeignTable& table, const std::string& id, const TForeignReference& otherwise);

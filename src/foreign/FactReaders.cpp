@@ -7,6 +7,7 @@
 #include "foreign/DbfFacts.h"
 #include "foreign/InterbaseFacts.h"
 #include "foreign/OdbcFacts.h"
+#include "foreign/OracleFacts.h"
 #include "foreign/ParadoxFacts.h"
 #include "foreign/SqlServerFacts.h"
 #include "foreign/TextFacts.h"
@@ -24,7 +25,7 @@ struct TRow {
 constexpr TRow kReaders[] = {
     {kEngineDBF, MakeDBaseFacts},           {kEngineAccess, MakeAccessFacts}, {kEngineInterbase, MakeInterbaseFacts},
     {kEngineParadox, MakeParadoxFacts},     {kEngineText, MakeTextFacts},     {kEngineFoxPro, MakeFoxProFacts},
-    {kEngineSQLServer, MakeSqlServerFacts}, {kEngineODBC, MakeOdbcFacts},
+    {kEngineSQLServer, MakeSqlServerFacts}, {kEngineOracle, MakeOracleFacts}, {kEngineODBC, MakeOdbcFacts},
 };
 
 const TRow* RowOf(TDBConn& conn) {

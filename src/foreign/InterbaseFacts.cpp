@@ -6,7 +6,6 @@
 
 #include "engines/server/DBConnInterbase.h"
 #include "foreign/CatalogFacts.h"
-#include "foreign/Sequences.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -20,34 +19,34 @@ constexpr char kProbe[] = "select 1 from rdb$database";
 
 // What not every version has.
 constexpr char kExtras[] =
-    "select rdb$field_name as name from rdb$relation_fields where rdb$relation_name in ('RDB$RELATION_FIELDS', "
+    "select rdb$field_name as column_name from rdb$relation_fields where rdb$relation_name in ('RDB$RELATION_FIELDS', "
     "'RDB$INDICES') and rdb$field_name in ('RDB$IDENTITY_TYPE', 'RDB$CONDITION_SOURCE')";
 
 constexpr char kTables[] =
-    "select rdb$relation_name as table_name, rdb$description as comment, rdb$external_file as external_file "
-    "from rdb$relations where coalesce(rdb$system_flag, 0) <> 1 and rdb$view_blr is null order by 1";
+    "select rdb$relation_name as table_name, rdb$description as remarks, rdb$external_file as external_file "
+    "from rdb$relations where (rdb$system_flag is null or rdb$system_flag <> 1) and rdb$view_blr is null order by 1";
 
 constexpr char kColumns[] =
-    "select r.rdb$relation_name as table_name, r.rdb$field_name as name, f.rdb$field_type as type, "
+    "select r.rdb$relation_name as table_name, r.rdb$field_name as column_name, f.rdb$field_type as type_number, "
     "f.rdb$field_sub_type as sub_type, f.rdb$field_length as bytes, f.rdb$field_precision as digits, "
-    "f.rdb$field_scale as scale, f.rdb$character_length as letters, f.rdb$character_set_id as charset, "
+    "f.rdb$field_scale as decimals, f.rdb$character_length as letters, f.rdb$character_set_id as charset, "
     "f.rdb$dimensions as dimensions, r.rdb$null_flag as not_null, f.rdb$null_flag as domain_not_null, "
-    "r.rdb$default_source as default_text, f.rdb$default_source as domain_default, r.rdb$description as comment, "
-    "f.rdb$computed_source as computed, f.rdb$validation_source as domain_check, %s as identity_type "
+    "r.rdb$default_source as default_text, f.rdb$default_source as domain_default, r.rdb$description as remarks, "
+    "f.rdb$computed_source as computed_text, f.rdb$validation_source as domain_check, %s as identity_type "
     "from rdb$relation_fields r join rdb$fields f on f.rdb$field_name = r.rdb$field_source "
-    "where coalesce(r.rdb$system_flag, 0) <> 1 order by 1, r.rdb$field_position, 2";
+    "where (r.rdb$system_flag is null or r.rdb$system_flag <> 1) order by 1, r.rdb$field_position, 2";
 
 constexpr char kKeys[] =
-    "select i.rdb$relation_name as table_name, i.rdb$index_name as id, c.rdb$constraint_type as type, "
-    "c.rdb$constraint_name as name, i.rdb$unique_flag as is_unique, i.rdb$index_type as descending, "
-    "i.rdb$index_inactive as inactive, i.rdb$expression_source as expression, %s as condition, "
+    "select i.rdb$relation_name as table_name, i.rdb$index_name as id, c.rdb$constraint_type as key_type, "
+    "c.rdb$constraint_name as key_name, i.rdb$unique_flag as is_unique, i.rdb$index_type as is_descending, "
+    "i.rdb$index_inactive as is_inactive, i.rdb$expression_source as expression_text, %s as condition_text, "
     "s.rdb$field_name as part "
     "from rdb$indices i left join rdb$index_segments s on s.rdb$index_name = i.rdb$index_name "
     "left join rdb$relation_constraints c on c.rdb$index_name = i.rdb$index_name "
-    "where coalesce(i.rdb$system_flag, 0) <> 1 order by 1, i.rdb$index_id, s.rdb$field_position";
+    "where (i.rdb$system_flag is null or i.rdb$system_flag <> 1) order by 1, i.rdb$index_id, s.rdb$field_position";
 
 constexpr char kReferences[] =
-    "select c.rdb$relation_name as table_name, c.rdb$constraint_name as name, s.rdb$field_name as part, "
+    "select c.rdb$relation_name as table_name, c.rdb$constraint_name as key_name, s.rdb$field_name as part, "
     "p.rdb$relation_name as parent, t.rdb$field_name as parent_part, r.rdb$delete_rule as delete_rule, "
     "r.rdb$update_rule as update_rule "
     "from rdb$ref_constraints r join rdb$relation_constraints c on c.rdb$constraint_name = r.rdb$constraint_name "
@@ -58,14 +57,16 @@ constexpr char kReferences[] =
 
 // A check is kept as triggers, one of them before inserts.
 constexpr char kChecks[] =
-    "select c.rdb$relation_name as table_name, c.rdb$constraint_name as name, t.rdb$trigger_source as source "
+    "select c.rdb$relation_name as table_name, c.rdb$constraint_name as check_name, t.rdb$trigger_source as "
+    "source_text "
     "from rdb$relation_constraints c join rdb$check_constraints k on k.rdb$constraint_name = c.rdb$constraint_name "
     "join rdb$triggers t on t.rdb$trigger_name = k.rdb$trigger_name "
     "where c.rdb$constraint_type = 'CHECK' and t.rdb$trigger_type = 1 order by 1, 2";
 
 constexpr char kTriggers[] =
-    "select rdb$relation_name as table_name, rdb$trigger_type as type, rdb$trigger_source as source "
-    "from rdb$triggers where coalesce(rdb$system_flag, 0) = 0 and coalesce(rdb$trigger_inactive, 0) = 0 "
+    "select rdb$relation_name as table_name, rdb$trigger_type as trigger_type, rdb$trigger_source as source_text "
+    "from rdb$triggers where (rdb$system_flag is null or rdb$system_flag = 0) and (rdb$trigger_inactive is null or "
+    "rdb$trigger_inactive = 0) "
     "and rdb$relation_name is not null order by 1, rdb$trigger_sequence";
 
 constexpr char kIdentity[] = "RDB$IDENTITY_TYPE";
@@ -136,7 +137,7 @@ void TakeLetters(const TCatalogRow& row, TForeignColumn& column) {
 // Numbers with decimals are kept as whole ones, and in old databases as doubles.
 void TakeDigits(const TCatalogRow& row, int digits, TForeignColumn& column) {
   const int sub_type = row.Int("SUB_TYPE").value_or(0);
-  const int scale = row.Int("SCALE").value_or(0);
+  const int scale = row.Int("DECIMALS").value_or(0);
   if (digits == 0 || (scale == 0 && sub_type != kNumeric && sub_type != kDecimal)) return;
   column.native = sub_type == kDecimal ? "decimal" : "numeric";
   column.family = EFamily::Decimal;
@@ -145,7 +146,7 @@ void TakeDigits(const TCatalogRow& row, int digits, TForeignColumn& column) {
 }
 
 void TakeType(const TCatalogRow& row, TForeignColumn& column) {
-  const int type = row.Int("TYPE").value_or(0);
+  const int type = row.Int("TYPE_NUMBER").value_or(0);
   const auto* known = std::ranges::find(kTypes, type, &TTypeRow::type);
   if (known == std::end(kTypes)) {
     column.native = Format("%d", type);
@@ -219,8 +220,8 @@ class TInterbaseFacts final : public TCatalogFacts {
   void ReadCatalog() override {
     bool identities = false, conditions = false;
     ForEach(kExtras, [&](const TCatalogRow& row) {
-      identities = identities || row.Text("NAME") == kIdentity;
-      conditions = conditions || row.Text("NAME") == kCondition;
+      identities = identities || row.Text("COLUMN_NAME") == kIdentity;
+      conditions = conditions || row.Text("COLUMN_NAME") == kCondition;
     });
     const auto column = [](bool there, const char* name) { return there ? std::string(name) : "null"; };
     ForEach(kTables, [this](const TCatalogRow& row) { TakeTable(row); });
@@ -239,19 +240,19 @@ class TInterbaseFacts final : public TCatalogFacts {
   }
 
   void TakeTable(const TCatalogRow& row) {
-    TForeignTable table{.name = row.Text("TABLE_NAME"), .comment = row.Text("COMMENT")};
+    TForeignTable table{.name = row.Text("TABLE_NAME"), .comment = row.Text("REMARKS")};
     if (row.Has("EXTERNAL_FILE")) table.remarks.push_back(Format(kExternal, row.Text("EXTERNAL_FILE")));
     AddTable(std::move(table));
   }
 
   void TakeColumn(const TCatalogRow& row, TForeignTable& table) {
-    TForeignColumn column{.name = row.Text("NAME"), .comment = row.Text("COMMENT")};
+    TForeignColumn column{.name = row.Text("COLUMN_NAME"), .comment = row.Text("REMARKS")};
     TakeType(row, column);
     column.nullable = !row.Yes("NOT_NULL") && !row.Yes("DOMAIN_NOT_NULL");
     for (const char* source : {"DOMAIN_DEFAULT", "DEFAULT_TEXT"})
       if (row.Has(source)) column.default_text = DefaultOf(row.Text(source));
     if (row.Has("IDENTITY_TYPE")) column.counting = ECounting::Counts;
-    if (row.Has("COMPUTED")) column.remark = Format(kComputed, Trim(row.Text("COMPUTED")));
+    if (row.Has("COMPUTED_TEXT")) column.remark = Format(kComputed, Trim(row.Text("COMPUTED_TEXT")));
     if (row.Has("DOMAIN_CHECK"))
       table.checks.push_back(
           {.column = column.name, .text = ForColumn(ConditionOf(row.Text("DOMAIN_CHECK")), column.name)});
@@ -267,23 +268,23 @@ class TInterbaseFacts final : public TCatalogFacts {
   }
 
   void TakeKeyPart(const TCatalogRow& row, TForeignTable& table) {
-    const std::string type = row.Text("TYPE");
+    const std::string type = row.Text("KEY_TYPE");
     if (type == "FOREIGN KEY") return;  // MySQL makes such a key by itself
-    TForeignKey first{.name = NameOf(row.Text(row.Has("NAME") ? "NAME" : "ID"))};
+    TForeignKey first{.name = NameOf(row.Text(row.Has("KEY_NAME") ? "KEY_NAME" : "ID"))};
     if (type == "PRIMARY KEY")
       first.kind = EForeignKeyKind::Primary;
     else if (row.Yes("IS_UNIQUE"))
       first.kind = EForeignKeyKind::Unique;
-    if (row.Yes("INACTIVE")) first.problem = kInactive;
-    if (row.Has("CONDITION")) first.problem = Format(kFilter, Trim(row.Text("CONDITION")));
-    if (row.Has("EXPRESSION")) first.problem = Format(kExpression, Trim(row.Text("EXPRESSION")));
+    if (row.Yes("IS_INACTIVE")) first.problem = kInactive;
+    if (row.Has("CONDITION_TEXT")) first.problem = Format(kFilter, Trim(row.Text("CONDITION_TEXT")));
+    if (row.Has("EXPRESSION_TEXT")) first.problem = Format(kExpression, Trim(row.Text("EXPRESSION_TEXT")));
     TForeignKey& key = KeyOf(table, row.Text("ID"), first);
-    if (row.Has("PART")) key.parts.push_back({row.Text("PART"), row.Yes("DESCENDING")});
+    if (row.Has("PART")) key.parts.push_back({row.Text("PART"), row.Yes("IS_DESCENDING")});
   }
 
   void TakeReferencePart(const TCatalogRow& row, TForeignTable& table) {
-    TForeignReference& reference = ReferenceOf(table, row.Text("NAME"),
-                                               {.name = NameOf(row.Text("NAME")),
+    TForeignReference& reference = ReferenceOf(table, row.Text("KEY_NAME"),
+                                               {.name = NameOf(row.Text("KEY_NAME")),
                                                 .table = row.Text("PARENT"),
                                                 .on_delete = ReferenceRuleOf(row.Text("DELETE_RULE")),
                                                 .on_update = ReferenceRuleOf(row.Text("UPDATE_RULE"))});
@@ -292,16 +293,11 @@ class TInterbaseFacts final : public TCatalogFacts {
   }
 
   void TakeCheck(const TCatalogRow& row, TForeignTable& table) {
-    table.checks.push_back({.name = NameOf(row.Text("NAME")), .text = ConditionOf(row.Text("SOURCE"))});
+    table.checks.push_back({.name = NameOf(row.Text("CHECK_NAME")), .text = ConditionOf(row.Text("SOURCE_TEXT"))});
   }
 
   void TakeTrigger(const TCatalogRow& row, TForeignTable& table) {
-    if (!RunsBeforeInsert(row.Number("TYPE"))) return;
-    const std::string body = row.Text("SOURCE");
-    for (TForeignColumn& column : table.columns)
-      if (const ECounting counting = CountingBy(body, column.name);
-          counting != ECounting::None && column.counting != ECounting::Counts)
-        column.counting = counting;
+    if (RunsBeforeInsert(row.Number("TRIGGER_TYPE"))) TakeCounting(row.Text("SOURCE_TEXT"), table);
   }
 };
 

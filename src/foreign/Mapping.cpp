@@ -292,14 +292,23 @@ const TMappingRow* RowOf(EFamily family) {
 
 constexpr char kCannotCount[] = "%s cannot count in MySQL: %s takes its place";
 
-// The integer in which numbers of this column can be counted; empty where it is one by itself, or none will do.
+constexpr char kCountsFar[] = "%s cannot count in MySQL: %s takes its place, and ends at 9223372036854775807";
+constexpr int kBigintDigits = 18;
+
+// Whether the source's column may hold more than what takes its place.
+bool CountsFar(const TForeignColumn& column) {
+  return column.family == EFamily::Number || column.family == EFamily::Int128 ||
+         DigitsOf(column).digits > kBigintDigits;
+}
+
+// The integer in which numbers of this column can be counted; empty where it is one by itself, or none will do. Whole
+// numbers without a bound are what some sources' identities usually are.
 const char* CountingType(const TForeignColumn& column) {
   constexpr int kIntDigits = 9;
-  constexpr int kBigintDigits = 19;
   if (column.family == EFamily::Number || column.family == EFamily::Int128) return "bigint";
   if (column.family != EFamily::Decimal && column.family != EFamily::FieldWidth) return "";
   const TDigits digits = DigitsOf(column);
-  if (digits.decimals > 0 || digits.digits > kBigintDigits) return "";
+  if (digits.decimals > 0) return "";
   return digits.digits <= kIntDigits ? "int" : "bigint";
 }
 
@@ -358,7 +367,8 @@ TMappedType MapType(const TForeignColumn& column, const TStringList& tables, con
   }
   if (column.counting == ECounting::Counts)
     if (const std::string type = CountingType(column); !type.empty())
-      return {.type = type, .text = Format(kCannotCount, NativeText(column), type)};
+      return CountsFar(column) ? Warned(type, Format(kCountsFar, NativeText(column), type))
+                               : TMappedType{.type = type, .text = Format(kCannotCount, NativeText(column), type)};
   if (row->make != nullptr) return row->make(column, context);
   return {.type = row->type, .level = row->level, .text = row->text == nullptr ? "" : row->text};
 }

@@ -86,10 +86,12 @@ class TBody {
     return Is(word, "new") && Is(word + 1, ".") && Is(word + 2, column) ? word + 3 : 0;
   }
 
-  // Where the select begins that ends in the "into" at `into`.
-  std::size_t SelectOf(std::size_t into) const {
-    while (into > 0 && !Is(into, "select") && !Is(into, ";")) --into;
-    return into;
+  // Whether the select before the "into" at `into` gives the next value and nothing else.
+  bool SelectsNextValue(std::size_t into) const {
+    std::size_t select = into;
+    while (select > 0 && !Is(select, "select") && !Is(select, ";")) --select;
+    const std::size_t after = AfterNextValue(select + 1);
+    return after != 0 && (after == into || Is(after, "from"));
   }
 
   bool ReadsSequence() const {
@@ -125,7 +127,7 @@ ECounting CountingBy(std::string_view text, std::string_view column) {
     const bool into = at > 0 && body.Is(at - 1, "into");
     const bool assigned = body.Is(after, ":=") || (body.Is(after, "=") && body.Begins(at));
     if (assigned && body.Ends(body.AfterValue(after + 1, column))) return ECounting::Counts;
-    if (into && body.AfterNextValue(body.SelectOf(at - 1) + 1) != 0) return ECounting::Counts;
+    if (into && body.SelectsNextValue(at - 1)) return ECounting::Counts;
     sets = sets || into || assigned;
   }
   return sets && body.ReadsSequence() ? ECounting::Unclear : ECounting::None;

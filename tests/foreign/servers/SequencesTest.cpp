@@ -23,6 +23,7 @@ TEST(SequencesTest, TriggersThatCountAColumn) {
       {"begin select shop.s.nextval into :new.id from dual; end;", Counts},
       {"declare n number; begin select s.nextval into n from dual; :new.id := n; end;", Unclear},
       {"begin :new.id := s.nextval * 10; end;", Unclear},
+      {"begin select s.nextval * 10 into :new.id from dual; end;", Unclear},
       {"as begin new.id = gen_id(g, 10); end", Unclear},
       {"as begin new.id = 1; end", None},
       {"as begin new.other = gen_id(g, 1); end", None},

@@ -6,6 +6,7 @@
 //   odbc NAME DATABASE a data source of this name leads to a database of the target's server
 //   sqlserver          the indented lines are what a SQL Server answers, at the place PLAYED, with the names that its
 //                      reader has for its questions
+//   oracle             the indented lines are what an Oracle server answers, likewise
 //   on NAME            the indented statements run on this database of the target, which is new when it is named first
 //   ask NAME QUERY     the indented lines are the first column of what this gives there
 
@@ -18,8 +19,10 @@
 
 #include "engines/oledb/OLEDBClient.h"
 #include "engines/oledb/Providers.h"
+#include "foreign/OracleFacts.h"
 #include "foreign/SqlServerFacts.h"
 #include "mysqltext/StatementReader.h"
+#include "support/FakeOracle.h"
 #include "support/LiveRun.h"
 #include "support/OdbcSources.h"
 #include "support/PrivateFirebird.h"
@@ -32,6 +35,7 @@
 namespace velmora::testing {
 namespace {
 
+constexpr char kOracle[] = VELMORA_FAKE_CLIENTS "/oracle";
 constexpr char kCases[] = VELMORA_SOURCE_DIR "/tests/data/foreign/servers/";
 
 class ServerCases : public ::testing::TestWithParam<std::string> {
@@ -49,6 +53,7 @@ class ServerCases : public ::testing::TestWithParam<std::string> {
     if (word == "sqlite") NewSqlite(name, below);
     if (word == "odbc") NewOdbc(name, rest.substr(name.size() + 1));
     if (word == "sqlserver") PlaySqlServer(below);
+    if (word == "oracle") PlayOracle(below);
     if (word != "on" && word != "ask") return below;
     const std::string query = rest.substr(std::min(name.size() + 1, rest.size()));
     std::unique_ptr<TLiveDatabase>& database = databases_[name];
@@ -84,6 +89,12 @@ class ServerCases : public ::testing::TestWithParam<std::string> {
     sql_server_->answers = ReadPlayedAnswers(folder_ / "answers");
     for (const TCatalogQuery& query : SqlServerQueries())
       sql_server_->answers[query.sql] = sql_server_->answers[query.name];
+  }
+  static void PlayOracle(const std::string& text) {
+    setenv("ORACLE_HOME", kOracle, 1);
+    TFakeOracle& server = FakeOracleOf(kOracle);
+    AddOracleAnswers(server, text);
+    for (const TCatalogQuery& query : OracleQueries()) server.answers[query.sql] = server.answers[query.name];
   }
   static std::string Answers(const std::string& query, TLiveDatabase& database) {
     TStringList answers;
