@@ -20,7 +20,7 @@ endmacro()
 velmora_provider(VELMORA_MDB Mdb "libmdb;glib-2.0")
 velmora_provider(VELMORA_LOTUS Lotus "libwps-0.4;librevenge-0.0")
 
-velmora_module(formats LINKS velmora_core HIDDEN ${hidden} WITHOUT ${without})
+velmora_module(formats LINKS velmora_core HIDDEN ${hidden} LibXml2::LibXml2 PkgConfig::LIBZIP WITHOUT ${without})
 velmora_module(sandbox LINKS velmora_formats)
 set(odbc)
 if(VELMORA_ODBC)

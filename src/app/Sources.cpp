@@ -128,6 +128,8 @@ constexpr TFileForm kFileForms[] = {
     {".mdb", "Access:filename=%s", false},
     {".accdb", "Access:filename=%s", false},
     {".xls", "Excel:filename=%s;HDR=Y", false},
+    {".xlsx", "Excel:filename=%s;HDR=Y", false},
+    {".xlsm", "Excel:filename=%s;HDR=Y", false},
     {".wk1", "Lotus 1-2-3:filename=%s", false},
     {".wk3", "Lotus 1-2-3:filename=%s", false},
     {".wk4", "Lotus 1-2-3:filename=%s", false},

@@ -14,8 +14,8 @@ namespace velmora {
 
 // Access (Jet 3 and 4) over libmdb, which asks for no password. Others may have the file open meanwhile.
 std::unique_ptr<TFileReader> OpenMdbFile(const std::string& path);
-// A workbook of Excel (BIFF5, BIFF8). `names`: the first row of a sheet holds the names of its columns;
-// `mixed_as_text`: a column of several kinds is text, else it is of the kind that most of its cells have.
+// A workbook of Excel (BIFF5, BIFF8, or from 2007 on). `names`: the first row of a sheet holds the names of its
+// columns; `mixed_as_text`: a column of several kinds is text, else it is of the kind that most of its cells have.
 std::unique_ptr<TFileReader> OpenExcelFile(const std::string& path, bool names, bool mixed_as_text);
 // A sheet of Lotus 1-2-3 (wk3, wk4) over libwps; the first row holds names, mixed columns are text.
 std::unique_ptr<TFileReader> OpenLotusFile(const std::string& path);

@@ -102,7 +102,7 @@ class FormatCases : public ::testing::TestWithParam<std::string> {
       if (change == "removed")
         std::filesystem::remove(folder_ / file);
       else
-        PutFile(folder_ / file, BytesOver(files.Bytes(file), change));
+        files.With(file, BytesOver(files.Bytes(file), change)).PutInto(folder_.Path());
       text += change + " => " + Outcome(sound, Read(format, words)) + "\n";
     }
     files.PutInto(folder_.Path());

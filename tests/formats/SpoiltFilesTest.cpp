@@ -136,10 +136,9 @@ class TBatchReader final : public TFileReader {
   bool Reads(std::size_t number) const {
     const auto [file, at] = places_[number / 3];
     const auto& [name, bytes] = files_.files[file];
-    PutFile(folder_ + "/" + name, Changed(bytes, at, number % 3));
+    files_.With(name, Changed(bytes, at, number % 3)).PutInto(folder_);
     int refused = 0;
     refused += Refused(folder_, [&] { refused += source_.read(folder_); });
-    PutFile(folder_ + "/" + name, bytes);
     return refused == 0;
   }
 
@@ -178,7 +177,9 @@ TEST_P(SpoiltFiles, EndInRowsOrInAMessage) {
   EXPECT_LT(ended, count / kBatch / 2 + 1) << "most must be read to the end";
 }
 
-const TRead kReadExcel = ByReader([](const auto& path) { return OpenExcelFileHere(path, true, true); }, "shop.xls");
+TRead ReadExcel(const std::string& file) {
+  return ByReader([](const auto& path) { return OpenExcelFileHere(path, true, true); }, file);
+}
 
 const TSource kSources[] = {
     {"dbase-iii", ByReader(OpenDBaseFolder)},
@@ -190,9 +191,10 @@ const TSource kSources[] = {
     {"jet4", ByReader(OpenMdbFileHere, "shop.mdb"), true},
     {"jet3", ByReader(OpenMdbFileHere, "shop.mdb"), true},
 #endif
-    {"excel-5", kReadExcel},
-    {"excel-95", kReadExcel},
-    {"excel-97", kReadExcel},
+    {"excel-5", ReadExcel("shop.xls")},
+    {"excel-95", ReadExcel("shop.xls")},
+    {"excel-97", ReadExcel("shop.xls")},
+    {"excel-2007", ReadExcel("shop.xlsx")},
 #ifdef VELMORA_LOTUS
     {"lotus", ByReader(OpenLotusFileHere, "shop.wk4"), true},
 #endif

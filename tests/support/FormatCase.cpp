@@ -1,9 +1,11 @@
 #include "support/FormatCase.h"
 
 #include <stdio.h>
+#include <zip.h>
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <sstream>
 #include <stdexcept>
 
@@ -34,6 +36,16 @@ void RunScript(const std::string& script, const std::string& folder, const std::
   if (pclose(program) != 0 || !written) throw std::runtime_error(script + ": no files; is its package there?");
 }
 
+// The archive `path` with those parts.
+void PutArchive(const std::string& path, const std::vector<std::pair<std::string, std::string>>& parts) {
+  std::filesystem::remove(path);
+  zip_t* zip = zip_open(path.c_str(), ZIP_CREATE, nullptr);
+  if (zip == nullptr) throw std::runtime_error("cannot write " + path);
+  for (const auto& [name, bytes] : parts)
+    zip_file_add(zip, name.c_str(), zip_source_buffer(zip, bytes.data(), bytes.size(), 0), 0);
+  if (zip_close(zip) != 0) throw std::runtime_error("cannot write " + path);
+}
+
 std::vector<std::string> WordsOf(const std::string& text) {
   std::istringstream stream(text);
   std::vector<std::string> words;
@@ -44,14 +56,27 @@ std::vector<std::string> WordsOf(const std::string& text) {
 }  // namespace
 
 void TFormatCase::PutInto(const std::string& folder) const {
+  std::map<std::string, std::vector<std::pair<std::string, std::string>>> archives;
   for (const auto& [name, bytes] : files) {
     if (name.starts_with('!')) {
       RunScript(name.substr(1), folder, bytes);
       continue;
     }
-    std::filesystem::create_directories(std::filesystem::path(folder + "/" + name).parent_path());
-    PutFile(folder + "/" + name, bytes);
+    const std::size_t part = name.find('!');
+    const std::string path = folder + "/" + name.substr(0, part);
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    if (part == name.npos)
+      PutFile(path, bytes);
+    else
+      archives[path].emplace_back(name.substr(part + 1), bytes);
   }
+  for (const auto& [path, parts] : archives) PutArchive(path, parts);
+}
+
+TFormatCase TFormatCase::With(const std::string& file, const std::string& bytes) const {
+  TFormatCase changed = *this;
+  std::ranges::find(changed.files, file, &std::pair<std::string, std::string>::first)->second = bytes;
+  return changed;
 }
 
 const std::string& TFormatCase::Bytes(const std::string& file) const {

@@ -3,6 +3,7 @@
 // Files of the formats that are read, with what has to come of them: tests/data/formats. A case is a text:
 //
 //   --- NAME         a file; its bytes follow as ByteText.h describes them
+//   --- NAME!PART    a part of a Zip archive of that name
 //   --- !SCRIPT ARGS a script of tests/formats/data writes files into the folder; its input follows
 //   === WORDS        something to do, as each test program knows its own; the expected text follows
 //
@@ -25,6 +26,7 @@ struct TFormatCase {
   std::vector<TAsk> asks;
 
   void PutInto(const std::string& folder) const;
+  TFormatCase With(const std::string& file, const std::string& bytes) const;  // in place of that file's
   const std::string& Bytes(const std::string& file) const;
 };
 

@@ -7,6 +7,7 @@
 #include "formats/sheet/BiffWorkbook.h"
 #include "formats/sheet/CompoundFile.h"
 #include "formats/sheet/SheetReader.h"
+#include "formats/sheet/XlsxWorkbook.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/InputFile.h"
@@ -16,11 +17,13 @@ namespace velmora {
 namespace {
 
 constexpr char kFault[] = "Cannot read %s: %s";
-constexpr char kAdvice[] = "%s. Open it in a spreadsheet program and save it as an Excel 97-2003 workbook (.xls)";
+constexpr char kAdvice[] = "%s. Open it in a spreadsheet program and save it as an Excel workbook (.xlsx or .xls)";
 constexpr char kEmptyFile[] = "the file is empty";
-constexpr char kNoWorkbook[] =
-    "it holds no workbook that can be read: it is of another program, or of Excel 2007 or later and protected by a "
-    "password";
+constexpr char kNoWorkbook[] = "it holds no workbook: it is of another program";
+constexpr char kProtected[] =
+    "the workbook is protected by a password. Open it in a spreadsheet program and save it without one";
+
+constexpr std::string_view kZipStart = "PK";
 
 constexpr TSheetNaming kExcelNaming = {.suffix = "$", .quotes = true};
 
@@ -32,7 +35,6 @@ struct TOtherKind {
 };
 
 constexpr TOtherKind kOtherKinds[] = {
-    {"PK\x03\x04", "it is a workbook of Excel 2007 or later, or another Zip archive"},
     {"<", "it is a web page or an XML document, whatever its name says"},
     {"\xEF\xBB\xBF<", "it is a web page or an XML document, whatever its name says"},
     {"{\\rtf", "it is a text document, whatever its name says"},
@@ -58,11 +60,13 @@ std::string WorkbookStream(std::string_view bytes) {
   const TCompoundFile file(bytes);
   for (const std::string_view name : {"Workbook", "Book"})
     if (std::optional<std::string> stream = file.Stream(name)) return std::move(*stream);
+  if (file.Stream("EncryptedPackage")) RaiseError(kProtected);  // a workbook of Excel 2007 or later
   RaiseOther(kNoWorkbook);
 }
 
 std::vector<TSheet> SheetsOf(std::string_view bytes) {
   if (bytes.empty()) RaiseError(kEmptyFile);
+  if (bytes.starts_with(kZipStart)) return ReadXlsxWorkbook(bytes);
   if (IsBareStream(bytes)) return ReadBiffWorkbook(bytes);
   if (!bytes.starts_with(kCompoundFileStart.substr(0, 4))) RaiseOtherKind(bytes);
   return ReadBiffWorkbook(WorkbookStream(bytes));

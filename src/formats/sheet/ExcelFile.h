@@ -11,8 +11,8 @@
 
 namespace velmora {
 
-// The sheets of a workbook of Excel 5 to 2003 in their order, all of them read: see ReadBiffWorkbook. Raises an error
-// that names the file, the fault, and what to do about it.
+// The sheets of a workbook of Excel from release 5 on in their order, all of them read: see ReadBiffWorkbook and
+// ReadXlsxWorkbook. Its name does not matter. Raises an error that names the file, the fault, and what to do about it.
 std::vector<TSheet> ReadExcelSheets(const std::string& path);
 
 // OpenExcelFile without a process around it.
