@@ -96,6 +96,13 @@ function(velmora_program name)
   install(TARGETS ${name} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endfunction()
 
+# Where scripts/fetch-server puts the program.
+set(cache "$ENV{XDG_CACHE_HOME}")
+if(NOT cache)
+  set(cache "$ENV{HOME}/.cache")
+endif()
+set(VELMORA_FETCHED_MYSQL "${cache}/velmora/servers/mysql/server")
+
 # velmora_tests(FOLDER [DEEP] [SINGLE [MYSQL]] [PLAIN] LINKS targets... [WITHOUT patterns...]): the test program of tests/FOLDER but for the
 # sources whose names fit a pattern, one CTest entry per test. DEEP
 # takes the folders below it too. SINGLE is for tests that share something slow to start:
