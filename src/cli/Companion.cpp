@@ -103,6 +103,19 @@ void DeclareFormat(CLI::App& app, EFormat& format) {
                 [&format](std::size_t choice) { format = choice == 0 ? EFormat::Text : EFormat::Json; });
 }
 
+// An option that may be given several times, each time with one text; what `take` raises is a fault of the argument.
+void DeclareEach(CLI::App& app, const std::string& name, const std::string& type, const std::string& help,
+                 const std::function<void(const std::string&)>& take) {
+  const auto take_all = [take](const TStringList& texts) {
+    try {
+      for (const std::string& text : texts) take(text);
+    } catch (const EVelmora& error) {
+      throw CLI::ValidationError(error.what());
+    }
+  };
+  app.add_option_function<TStringList>(name, take_all, help)->type_name(type)->allow_extra_args(false);
+}
+
 void DeclarePair(CLI::App& app, TPair& pair) {
   app.add_option("REFERENCE", pair.reference, "The database as it should be, or a task file (.vlt) for both sides")
       ->required();
@@ -113,18 +126,11 @@ void DeclarePair(CLI::App& app, TPair& pair) {
       "without loss; standard: the statements that the program has always written; otherwise as the task file says, "
       "and auto where there is none",
       [&pair](EDialect dialect) { pair.dialect = dialect; });
-  app.add_option(
-         "--map-collation",
-         "Exact dialect: where the reference names the collation or character set A, write B, which the target's "
-         "server knows; may be given several times")
-      ->type_name("A=B")
-      ->each([&pair](const std::string& mapping) {
-        try {
-          AddToCollationMap(mapping, pair.collations);
-        } catch (const EVelmora& error) {
-          throw CLI::ValidationError(error.what());
-        }
-      });
+  DeclareEach(
+      app, "--map-collation", "A=B",
+      "Exact dialect: where the reference names the collation or character set A, write B, which the target's server "
+      "knows; may be given several times",
+      [&pair](const std::string& mapping) { AddToCollationMap(mapping, pair.collations); });
   DeclareForeign(app, pair.foreign);
   app.callback([&pair] {
     const bool is_task = IsTaskFile(pair.reference);
@@ -134,17 +140,11 @@ void DeclarePair(CLI::App& app, TPair& pair) {
 }
 
 void DeclareMapping(CLI::App& app, TForeignWishes& wishes) {
-  app.add_option("--map",
-                 "A reference that is not MySQL: the MySQL type of a column (TABLE.COLUMN=type) or of all columns of a "
-                 "type ('number(10,2)=type', number=type); may be given several times")
-      ->type_name("WHAT=TYPE")
-      ->each([&wishes](const std::string& rule) {
-        try {
-          wishes.rules.push_back(ReadMapRule(rule));
-        } catch (const EVelmora& error) {
-          throw CLI::ValidationError(error.what());
-        }
-      });
+  DeclareEach(
+      app, "--map", "WHAT=TYPE",
+      "A reference that is not MySQL: the MySQL type of a column (TABLE.COLUMN=type) or of all columns of a type "
+      "('number(10,2)=type', number=type); may be given several times",
+      [&wishes](const std::string& rule) { wishes.rules.push_back(ReadMapRule(rule)); });
   DeclareChoice(app, "--names", {"keep", "lower"},
                 "A reference that is not MySQL: its names as they are, or in lower case",
                 [&wishes](std::size_t choice) { wishes.names = choice == 0 ? ENameCase::Keep : ENameCase::Lower; });
@@ -152,11 +152,11 @@ void DeclareMapping(CLI::App& app, TForeignWishes& wishes) {
 
 void DeclareForeign(CLI::App& app, TForeignWishes& wishes) {
   DeclareMapping(app, wishes);
-  app.add_option("--accept",
+  app.add_option("--accept", wishes.accepted,
                  "A reference that is not MySQL: what it has and MySQL has no form for, such as a default, need not be "
                  "there for the databases to be identical; may be given several times")
       ->type_name("TABLE.ELEMENT")
-      ->each([&wishes](const std::string& element) { wishes.accepted.push_back(element); });
+      ->allow_extra_args(false);
   app.add_flag("--strict-types", wishes.strict_types,
                "A reference that is not MySQL: a type of the target that holds more than the source's is a difference");
   app.add_flag("--accept-timestamp", wishes.accept_timestamp,

@@ -79,22 +79,23 @@ class TSchemaMapper {
     return found == spellings_.end() ? name : found->second;
   }
 
-  // Of tables whose plain names are the same the second and later ones keep what tells them apart.
+  // Tables whose plain names are the same keep what tells them apart.
   void NameTables() {
     TNames names;
+    std::map<std::string, int> likes;
+    for (const TReadTable& table : read_) ++likes[LowerText(table.plain_name)];
     mapped_.resize(read_.size());
     for (std::size_t i = 0; i < read_.size(); ++i) {
       TMappedTable& table = mapped_[i];
       table.source_name = Facts(i).name;
       table.known = Facts(i).known.value_or(known_);
       table.refused = Facts(i).problem;
-      std::string plain = Cased(MakeName(read_[i].plain_name, "table"));
-      if (names.Has(plain)) plain = Cased(MakeName(table.source_name, "table"));
-      table.name = Spelled(names.Take(plain));
+      const bool alone = likes[LowerText(read_[i].plain_name)] == 1;
+      const std::string& wanted = alone ? read_[i].plain_name : table.source_name;
+      table.name = Spelled(names.Take(Cased(MakeName(wanted, "table"))));
       places_.emplace(table.source_name, i);
-      if (!SameText(table.name, read_[i].plain_name))
-        table.told.push_back(
-            {table.name, "", "", "", EMadeLevel::Info, Format(kRenamed, table.source_name, table.name)});
+      if (!SameText(table.name, wanted))
+        TellOf(table, Format(kRenamed, table.source_name, table.name), EMadeLevel::Info);
     }
   }
 
