@@ -9,6 +9,7 @@
 #include "foreign/OdbcFacts.h"
 #include "foreign/OracleFacts.h"
 #include "foreign/ParadoxFacts.h"
+#include "foreign/SheetFacts.h"
 #include "foreign/SqlServerFacts.h"
 #include "foreign/TextFacts.h"
 
@@ -23,9 +24,17 @@ struct TRow {
 
 // By engine number.
 constexpr TRow kReaders[] = {
-    {kEngineDBF, MakeDBaseFacts},           {kEngineAccess, MakeAccessFacts}, {kEngineInterbase, MakeInterbaseFacts},
-    {kEngineParadox, MakeParadoxFacts},     {kEngineText, MakeTextFacts},     {kEngineFoxPro, MakeFoxProFacts},
-    {kEngineSQLServer, MakeSqlServerFacts}, {kEngineOracle, MakeOracleFacts}, {kEngineODBC, MakeOdbcFacts},
+    {kEngineDBF, MakeDBaseFacts},
+    {kEngineLotus, MakeLotusFacts},
+    {kEngineInterbase, MakeInterbaseFacts},
+    {kEngineAccess, MakeAccessFacts},
+    {kEngineSQLServer, MakeSqlServerFacts},
+    {kEngineOracle, MakeOracleFacts},
+    {kEngineParadox, MakeParadoxFacts},
+    {kEngineText, MakeTextFacts},
+    {kEngineExcel, MakeExcelFacts},
+    {kEngineFoxPro, MakeFoxProFacts},
+    {kEngineODBC, MakeOdbcFacts},
 };
 
 const TRow* RowOf(TDBConn& conn) {
