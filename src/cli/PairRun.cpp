@@ -50,6 +50,7 @@ std::optional<std::string> TPairRun::Compare(const TPair& pair, const TSourceOpt
   return Reported([&] {
     Open(pair, options, for_script);
     compared_ = app_.Compare();
+    TellWarnings(*app_.connections.reference, console_);
     LookAtReference(pair, for_script);
     TellRemarks(app_, compared_.get(), console_);
   });

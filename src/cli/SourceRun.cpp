@@ -9,6 +9,7 @@
 #include "cli/PairRun.h"
 #include "cli/StructureText.h"
 #include "engines/mysql/OfflineEngine.h"
+#include "engines/oledb/DBConnOLEDB.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -27,7 +28,14 @@ void WarnOfNoTables(TDBConn& conn, TConsole& console) {
 
 }  // namespace
 
+void TellWarnings(TDBConn& conn, TConsole& console) {
+  auto* source = dynamic_cast<TDBConnOLEDB*>(&conn);
+  if (source == nullptr) return;
+  for (const std::string& warning : source->TakeWarnings()) console.Warn(warning);
+}
+
 void WarnOfSource(TDBConn& conn, bool verbose, TConsole& console, bool applies_statements) {
+  TellWarnings(conn, console);
   auto* offline = dynamic_cast<TDBConnMySQLOffline*>(&conn);
   if (offline == nullptr) return;
   const TOfflineConnection& file = offline->GetConnectionObject();
@@ -134,6 +142,7 @@ void FetchTables(TDBConn& conn, const TStringList& tables, bool verbose, TConsol
       RaiseError(Format("The connection is lost: what follows table %s was not read", name));
   }
   progress->Finish();
+  TellWarnings(conn, console);
 }
 
 }  // namespace velmora

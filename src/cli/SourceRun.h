@@ -18,6 +18,8 @@ namespace velmora {
 // What is known of a connected source that the user should hear of; with `verbose` all of it. `applies_statements`: the
 // statements of a file are applied, so that nothing is said of those that others pass over.
 void WarnOfSource(TDBConn& conn, bool verbose, TConsole& console, bool applies_statements = false);
+// Of these what became known since it was last told: a file that was made, what was passed over.
+void TellWarnings(TDBConn& conn, TConsole& console);
 
 // Connects; an error names the source.
 void ConnectNamed(TDBConn& conn);

@@ -93,8 +93,9 @@ TForeignKey KeyOf(const TDbfIndex& index, const TDbfStructure& structure) {
 
 class TDbfFacts : public TFactReader {
  public:
-  using TOpen = std::unique_ptr<TDbfStructures> (*)(const std::string& path);
-  TDbfFacts(std::string path, TOpen open) : path_(std::move(path)), open_(open) {}
+  using TOpen = std::unique_ptr<TDbfStructures> (*)(const std::string& path, const std::string& code_page);
+  TDbfFacts(std::string path, std::string code_page, TOpen open)
+      : path_(std::move(path)), code_page_(std::move(code_page)), open_(open) {}
 
   TKnownFacts Known() const override { return {EFact::Order}; }
   TStringList Tables() override { return Files().TableNames(); }
@@ -105,7 +106,7 @@ class TDbfFacts : public TFactReader {
 
   TForeignTable Table(const std::string& name) override {
     const TDbfStructure structure = Files().StructureOf(name);
-    TForeignTable table{.name = name, .known = KnownOf(structure)};
+    TForeignTable table{.name = name, .known = KnownOf(structure), .remarks = structure.warnings};
     for (std::size_t i = 0; i < structure.fields.size(); ++i) {
       table.columns.push_back(ColumnOf(structure.fields[i], structure.visual));
       if (structure.entry) Complete(structure.entry->fields[i], table);
@@ -120,7 +121,7 @@ class TDbfFacts : public TFactReader {
 
  private:
   TDbfStructures& Files() {
-    if (files_ == nullptr) files_ = open_(path_);
+    if (files_ == nullptr) files_ = open_(path_, code_page_);
     return *files_;
   }
 
@@ -132,6 +133,8 @@ class TDbfFacts : public TFactReader {
     for (const EFact fact : {EFact::Defaults, EFact::PrimaryKey, EFact::OtherKeys, EFact::References, EFact::Rules,
                              EFact::Checks, EFact::ColumnComments, EFact::TableComment})
       known.Add(fact);
+    if (!structure.tags_missing) return known;
+    for (const EFact fact : {EFact::PrimaryKey, EFact::OtherKeys, EFact::References, EFact::Rules}) known.Remove(fact);
     return known;
   }
 
@@ -180,6 +183,7 @@ class TDbfFacts : public TFactReader {
   }
 
   std::string path_;
+  std::string code_page_;
   TOpen open_;
   std::unique_ptr<TDbfStructures> files_;
   std::map<std::string, std::string> names_;  // of tables, by the name in lower case
@@ -190,13 +194,13 @@ class TDbfFacts : public TFactReader {
 std::unique_ptr<TFactReader> MakeDBaseFacts(TDBConn& conn) {
   const auto* engine = dynamic_cast<TDBConnDBF*>(&conn);
   if (engine == nullptr) return nullptr;
-  return std::make_unique<TDbfFacts>(engine->folder(), OpenDBaseStructures);
+  return std::make_unique<TDbfFacts>(engine->folder(), engine->code_page(), OpenDBaseStructures);
 }
 
 std::unique_ptr<TFactReader> MakeFoxProFacts(TDBConn& conn) {
   const auto* engine = dynamic_cast<TDBConnFoxPro*>(&conn);
   if (engine == nullptr) return nullptr;
-  return std::make_unique<TDbfFacts>(engine->folder(), OpenFoxProStructures);
+  return std::make_unique<TDbfFacts>(engine->folder(), engine->code_page(), OpenFoxProStructures);
 }
 
 }  // namespace velmora

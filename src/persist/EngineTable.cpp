@@ -37,6 +37,7 @@ constexpr char kFolderKey[] = "folder";
 constexpr char kFilenameKey[] = "filename";
 constexpr char kDsnKey[] = "dsn";
 constexpr TEngineKey kFolder[] = {{kFolderKey}};
+constexpr TEngineKey kCodePage[] = {{"codepage"}};  // of files of dBASE and FoxPro, where they do not say it
 constexpr TEngineKey kFilename[] = {{kFilenameKey}};
 constexpr TEngineKey kDsn[] = {{kDsnKey}};
 constexpr TEngineKey kInterbase[] = {{"server"}, {"database"}, {"username"}, {"password", EKeyKind::Secret}};
@@ -131,6 +132,11 @@ std::unique_ptr<TDBConn> MakeOLEDB(const TEngineValues& values, const TEngineCli
   return std::make_unique<Conn>(values.Text(key), ProvidersOf(clients));
 }
 
+template <class Conn>
+std::unique_ptr<TDBConn> MakeDbf(const TEngineValues& values, const TEngineClients& clients) {
+  return std::make_unique<Conn>(values.Text(kFolderKey), values.Text("codepage"), ProvidersOf(clients));
+}
+
 std::unique_ptr<TDBConn> MakeAccess(const TEngineValues& values, const TEngineClients& clients) {
   return std::make_unique<TDBConnAccess>(values.Text("filename"), values.Text("password"),
                                          values.Text("sysdb_filename"), ProvidersOf(clients));
@@ -154,9 +160,10 @@ void SaveByEngine(TDBConn& conn, const std::string& path, TXMLAccess& store) { c
 constexpr TEngineRow kEngines[] = {
     {.engine = kEngineDBF,
      .keys = kFolder,
+     .further = kCodePage,
      .reference = true,
      .target = false,
-     .make = MakeOLEDB<TDBConnDBF, kFolderKey>,
+     .make = MakeDbf<TDBConnDBF>,
      .write = SaveByEngine},
     {.engine = kEngineLotus,
      .keys = kFilename,
@@ -222,9 +229,10 @@ constexpr TEngineRow kEngines[] = {
      .write = SaveByEngine},
     {.engine = kEngineFoxPro,
      .keys = kFolder,
+     .further = kCodePage,
      .reference = true,
      .target = false,
-     .make = MakeOLEDB<TDBConnFoxPro, kFolderKey>,
+     .make = MakeDbf<TDBConnFoxPro>,
      .write = SaveByEngine},
     {.engine = kEngineODBC,
      .keys = kDsn,

@@ -96,6 +96,7 @@ void TWireWriter::Structure(const TFileTable& table) {
   Columns(table.columns);
   Indexes(table.indexes);
   Fields(table.fields, table.is_autoincrement);
+  Texts(table.warnings);
   Number(static_cast<std::int64_t>(table.properties.size()));
   for (const auto& [column, properties] : table.properties) {
     Text(column);
@@ -248,6 +249,7 @@ TFileTable TWireReader::Structure() {
   table.columns = Columns();
   table.indexes = Indexes();
   Fields(table.fields, table.is_autoincrement);
+  table.warnings = Texts();
   for (std::size_t owners = Count(); owners > 0; --owners) {
     auto& properties = table.properties[Text()];
     for (std::size_t count = Count(); count > 0; --count) {

@@ -182,10 +182,10 @@ TRead ReadExcel(const std::string& file) {
 }
 
 const TSource kSources[] = {
-    {"dbase-iii", ByReader(OpenDBaseFolder)},
-    {"dbase-iv", ByReader(OpenDBaseFolder)},
-    {"foxpro-2", ByReader(OpenFoxProFolder)},
-    {"foxpro-visual", ByReader(OpenFoxProFolder)},
+    {"dbase-iii", ByReader([](const std::string& path) { return OpenDBaseFolder(path); })},
+    {"dbase-iv", ByReader([](const std::string& path) { return OpenDBaseFolder(path); })},
+    {"foxpro-2", ByReader([](const std::string& path) { return OpenFoxProFolder(path); })},
+    {"foxpro-visual", ByReader([](const std::string& path) { return OpenFoxProFolder(path); })},
     {"paradox-types", ByEngine<TDBConnParadox>()},
 #ifdef VELMORA_MDB
     {"jet4", ByReader(OpenMdbFileHere, "shop.mdb"), true},

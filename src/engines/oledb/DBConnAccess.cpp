@@ -17,6 +17,7 @@ namespace {
 constexpr char kJet[] = "Microsoft.Jet.OLEDB.4.0";
 constexpr char kConnection[] = "Provider=%s;User ID=Admin;Password=%s;Data Source=%s;%s";
 constexpr char kDatabasePassword[] = "Jet OLEDB:Database Password=%s;";
+constexpr char kMade[] = "%s was made, empty";
 constexpr char kJet4[] = "5";  // the engine type of a new file
 
 constexpr std::int64_t kLongestText = 255;  // a longer one is a memo
@@ -43,6 +44,7 @@ void TDBConnAccess::Connect() {
     source.SetProperty("Data Source", filename_);
     source.SetProperty("Jet OLEDB:Engine Type", kJet4);
     source.CreateDataSource();
+    Warn(Format(kMade, filename_));
   }
   TDBConnOLEDB::Connect();
 }

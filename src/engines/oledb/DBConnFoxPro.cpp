@@ -23,8 +23,8 @@ constexpr char kGetProvider[] =
 
 }  // namespace
 
-TDBConnFoxPro::TDBConnFoxPro(std::string folder, TOLEDBProviderMaker maker)
-    : TDBConnOLEDB(std::move(maker)), folder_(std::move(folder)) {
+TDBConnFoxPro::TDBConnFoxPro(std::string folder, std::string code_page, TOLEDBProviderMaker maker)
+    : TDBConnOLEDB(std::move(maker)), folder_(std::move(folder)), code_page_(std::move(code_page)) {
   NationalTypes = false;
 }
 
@@ -42,10 +42,11 @@ void TDBConnFoxPro::Connect() {
 
 void TDBConnFoxPro::SaveParams(const std::string& path, TXMLAccess& store) {
   store.xmlSetVal(path + "/folder", folder_);
+  if (!code_page_.empty()) store.xmlSetVal(path + "/codepage", code_page_);
 }
 
 void TDBConnFoxPro::ApplyParams() {
-  GetConnectionObject().SetInitializationString(Format(kConnection, InitValue(folder_)));
+  GetConnectionObject().SetInitializationString(Format(kConnection, InitValue(folder_)) + CodePageProperty(code_page_));
 }
 
 void TDBConnFoxPro::GetDisplayName(std::string& text) { text = folder_; }
@@ -63,7 +64,7 @@ std::unique_ptr<TDataset> TDBConnFoxPro::OpenTableDataChunk(const std::string& t
 int TDBConnFoxPro::GetEngine() { return kEngineFoxPro; }
 
 std::unique_ptr<TDBConn> TDBConnFoxPro::Clone() {
-  return ConnectedAsThis(std::make_unique<TDBConnFoxPro>(folder_, maker()));
+  return ConnectedAsThis(std::make_unique<TDBConnFoxPro>(folder_, code_page_, maker()));
 }
 
 }  // namespace velmora

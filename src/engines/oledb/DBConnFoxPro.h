@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "engines/oledb/DBConnOLEDB.h"
 #include "engines/oledb/Providers.h"
@@ -11,9 +12,13 @@ namespace velmora {
 // The engine of a folder of FoxPro files, or of a FoxPro database (.dbc).
 class TDBConnFoxPro : public TDBConnOLEDB {
  public:
-  explicit TDBConnFoxPro(std::string folder, TOLEDBProviderMaker maker = MakeOLEDBProvider);
+  explicit TDBConnFoxPro(std::string folder, TOLEDBProviderMaker maker = MakeOLEDBProvider)
+      : TDBConnFoxPro(std::move(folder), {}, std::move(maker)) {}
+  // `code_page`: of all files, whatever they say; empty: of each its own.
+  TDBConnFoxPro(std::string folder, std::string code_page, TOLEDBProviderMaker maker = MakeOLEDBProvider);
 
   const std::string& folder() const { return folder_; }
+  const std::string& code_page() const { return code_page_; }
 
   // --- Connection
   // Where the provider is missing, asks whether to open the page that has it, and raises EAbort.
@@ -32,6 +37,7 @@ class TDBConnFoxPro : public TDBConnOLEDB {
 
  private:
   std::string folder_;
+  std::string code_page_;
 };
 
 }  // namespace velmora

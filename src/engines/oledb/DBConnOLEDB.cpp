@@ -149,6 +149,12 @@ std::string TDBConnOLEDB::ChunkAfter(const std::string& table, const std::string
                 first - 1, key, QuoteName(table));
 }
 
+TStringList TDBConnOLEDB::TakeWarnings() {
+  TStringList warnings = std::exchange(warnings_, {});
+  for (std::string& warning : data_source_.TakeWarnings()) warnings.push_back(std::move(warning));
+  return warnings;
+}
+
 // --- Names
 
 void TDBConnOLEDB::ListDatabases(TStringList& list) {

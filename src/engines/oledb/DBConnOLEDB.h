@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "core/DBConn.h"
 #include "engines/oledb/OLEDBClient.h"
@@ -18,6 +19,9 @@ class TDBConnOLEDB : public TDBConn {
   ~TDBConnOLEDB() override;
 
   bool NationalTypes = true;  // wide texts of the provider become national types
+
+  // What is to be known of the source beside its structure, since the last call.
+  TStringList TakeWarnings();
 
   // --- Connection: the connection string is made anew each time it connects
   void Reconnect() override;  // Deliberate: the store stays as it is
@@ -64,6 +68,7 @@ class TDBConnOLEDB : public TDBConn {
   void DropConstraint(const std::string& table, const std::string& constraint) override;
 
  protected:
+  void Warn(std::string warning) { warnings_.push_back(std::move(warning)); }
   explicit TDBConnOLEDB(TOLEDBProviderMaker maker);  // makes the provider of a connection string
 
   const TOLEDBProviderMaker& maker() const { return maker_; }
@@ -86,6 +91,7 @@ class TDBConnOLEDB : public TDBConn {
 
   TOLEDBProviderMaker maker_;
   TOLEDBDataSource data_source_;
+  TStringList warnings_;
 };
 
 }  // namespace velmora

@@ -57,6 +57,7 @@ class TOLEDBDataSource final : public TClientConnection {
 
   std::string DBName() const;  // "Data Source" of the string as it stands
   std::int64_t Execute(const std::string& sql);
+  TStringList TakeWarnings() { return provider_ == nullptr ? TStringList() : provider_->TakeWarnings(); }
   TOLEDBSession& Session() { return session_; }
   TOLEDBProvider& Provider();                     // raises "Not connected"
   int Connection() const { return connection_; }  // another number after each Close

@@ -26,6 +26,7 @@ constexpr char kNoProvider[] = "No provider named \"%s\" is part of this program
 constexpr char kLeftOut[] = "This program was built without %s. Install the package %s and build it again.";
 constexpr char kNoPath[] = "The connection names no file or folder";
 constexpr char kDataSource[] = "Data Source";
+constexpr char kCodePage[] = "Code Page";
 constexpr std::string_view kMdbLibrary = "mdbtools";
 constexpr std::string_view kMdbPackage = "mdbtools-dev";
 constexpr std::string_view kExcelOptions = "Excel 8.0";
@@ -39,11 +40,15 @@ std::string PathOf(const TInitString& properties) {
 }
 
 std::unique_ptr<TOLEDBProvider> NewDBase(const TInitString& properties) {
-  return NewFileProvider([folder = PathOf(properties)] { return OpenDBaseFolder(folder); });
+  return NewFileProvider([folder = PathOf(properties), code_page = properties.Value(kCodePage)] {
+    return OpenDBaseFolder(folder, code_page);
+  });
 }
 
 std::unique_ptr<TOLEDBProvider> NewFoxPro(const TInitString& properties) {
-  return NewFileProvider([folder = PathOf(properties)] { return OpenFoxProFolder(folder); });
+  return NewFileProvider([folder = PathOf(properties), code_page = properties.Value(kCodePage)] {
+    return OpenFoxProFolder(folder, code_page);
+  });
 }
 
 #ifdef VELMORA_MDB
@@ -130,6 +135,10 @@ std::unique_ptr<TOLEDBProvider> MakeOLEDBProvider(const TInitString& properties)
   if (row == std::end(kProviders)) RaiseError(Format(kNoProvider, properties.Value("Provider")));
   if (row->make == nullptr) RaiseError(Format(kLeftOut, row->library, row->package));
   return row->make(properties);
+}
+
+std::string CodePageProperty(const std::string& code_page) {
+  return code_page.empty() ? "" : Format(";%s=%s", kCodePage, InitValue(code_page));
 }
 
 std::unique_ptr<TFileReader> OpenAccessTables([[maybe_unused]] const std::string& path) {

@@ -19,6 +19,10 @@ namespace velmora {
 // built, also the package that has what it needs.
 std::unique_ptr<TOLEDBProvider> MakeOLEDBProvider(const TInitString& properties);
 
+// What a connection string for files of dBASE or FoxPro has more where their code page is stated; empty where it is
+// not.
+std::string CodePageProperty(const std::string& code_page);
+
 // The tables of an Access file, with what providers do not hand on. Raises an error that names the file and the fault,
 // or, where that was left out of the program, the package that has what it needs.
 std::unique_ptr<TFileReader> OpenAccessTables(const std::string& path);

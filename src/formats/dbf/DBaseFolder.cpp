@@ -42,7 +42,10 @@ constexpr TDbfTypeRow kTypes[] = {
 
 class TDBaseFolder final : public TFileReader, public TDbfStructures {
  public:
-  explicit TDBaseFolder(std::string folder) : folder_(std::move(folder)) { TDBaseFolder::Tables(); }
+  TDBaseFolder(std::string folder, std::string code_page)
+      : folder_(std::move(folder)), code_page_(CheckedCodePage(std::move(code_page))) {
+    TDBaseFolder::Tables();
+  }
 
   std::vector<TOLEDBTableRow> Tables() override {
     std::vector<TOLEDBTableRow> tables;
@@ -53,13 +56,15 @@ class TDBaseFolder final : public TFileReader, public TDbfStructures {
   TStringList TableNames() override { return DbfTableNames(folder_); }
 
   TDbfStructure StructureOf(const std::string& table) override {
-    const TDbfFile file(DbfPathOf(folder_, table), kCodePage);
-    return {
-        .fields = ShownFields(file), .visual = file.Head().IsVisualFoxPro(), .indexes = ReadDBaseIndexes(file.Path())};
+    const TDbfFile file = File(table);
+    return {.fields = ShownFields(file),
+            .visual = file.Head().IsVisualFoxPro(),
+            .indexes = ReadDBaseIndexes(file.Path()),
+            .warnings = file.Warnings()};
   }
 
   TFileTable Structure(const std::string& table) override {
-    const TDbfFile file(DbfPathOf(folder_, table), kCodePage);
+    const TDbfFile file = File(table);
     TFileTable described = DescribeDbf(file, table, kTypes);
     std::vector<std::string> names;
     for (const TOLEDBColumnRow& column : described.columns) names.push_back(column.COLUMN_NAME);
@@ -68,21 +73,24 @@ class TDBaseFolder final : public TFileReader, public TDbfStructures {
   }
 
   TFileRows Rows(const std::string& table, std::int64_t limit) override {
-    return ReadDbfRows(TDbfFile(DbfPathOf(folder_, table), kCodePage), kTypes, true, limit);
+    return ReadDbfRows(File(table), kTypes, true, limit);
   }
 
  private:
+  TDbfFile File(const std::string& table) const { return {DbfPathOf(folder_, table), kCodePage, code_page_}; }
+
   std::string folder_;
+  std::string code_page_;
 };
 
 }  // namespace
 
-std::unique_ptr<TDbfStructures> OpenDBaseStructures(const std::string& folder) {
-  return std::make_unique<TDBaseFolder>(folder);
+std::unique_ptr<TDbfStructures> OpenDBaseStructures(const std::string& folder, const std::string& code_page) {
+  return std::make_unique<TDBaseFolder>(folder, code_page);
 }
 
-std::unique_ptr<TFileReader> OpenDBaseFolder(const std::string& folder) {
-  return std::make_unique<TDBaseFolder>(folder);
+std::unique_ptr<TFileReader> OpenDBaseFolder(const std::string& folder, const std::string& code_page) {
+  return std::make_unique<TDBaseFolder>(folder, code_page);
 }
 
 }  // namespace velmora

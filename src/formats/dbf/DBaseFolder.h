@@ -10,6 +10,7 @@
 namespace velmora {
 
 // Raises an error that names the folder and the fault.
-std::unique_ptr<TFileReader> OpenDBaseFolder(const std::string& folder);
+// `code_page`: of all files, whatever they say; empty: of each its own.
+std::unique_ptr<TFileReader> OpenDBaseFolder(const std::string& folder, const std::string& code_page = {});
 
 }  // namespace velmora

@@ -116,8 +116,8 @@ TDbcRelation RelationOf(TObjects& objects) {
 }  // namespace
 
 // Objects stand after their parents, fields of a table in their order.
-TDbcDatabase::TDbcDatabase(const std::string& path) : path_(path) {
-  const TDbfFile file(path, kCodePage);
+TDbcDatabase::TDbcDatabase(const std::string& path, const std::string& code_page) : path_(path) {
+  const TDbfFile file(path, kCodePage, code_page);
   const std::string folder = std::filesystem::path(path).parent_path().string();
   TObjects objects(file);
   std::map<std::int64_t, std::size_t> places;  // of tables, by their numbers

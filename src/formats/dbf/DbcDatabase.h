@@ -39,7 +39,7 @@ struct TDbcTable {
 class TDbcDatabase {
  public:
   // Reads the whole. Raises for what is no database, and for what is wrong with it.
-  explicit TDbcDatabase(const std::string& path);
+  explicit TDbcDatabase(const std::string& path, const std::string& code_page = {});
 
   const std::string& Path() const { return path_; }
   const std::vector<TDbcTable>& Tables() const { return tables_; }

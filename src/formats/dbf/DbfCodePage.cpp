@@ -9,6 +9,7 @@
 
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/Text.h"
 
 namespace velmora {
 namespace {
@@ -67,7 +68,7 @@ TDbfCodePage::TDbfCodePage(std::uint8_t number, const char* unstated) {
 std::string TDbfCodePage::Decode(std::string_view bytes) const {
   if (IsAscii(bytes)) return std::string(bytes);
   if (!converter_) {
-    const iconv_t converter = iconv_open("UTF-8", name_);
+    const iconv_t converter = iconv_open("UTF-8", name_.c_str());
     if (reinterpret_cast<std::intptr_t>(converter) == -1)
       RaiseError(Format(kCannotConvert, name_, std::generic_category().message(errno)));
     converter_.reset(converter);
@@ -77,18 +78,45 @@ std::string TDbfCodePage::Decode(std::string_view bytes) const {
   std::array<char, 1024> room{};
   char* from = const_cast<char*>(bytes.data());  // never written to
   std::size_t left = bytes.size();
-  while (left > 0) {
+  // Without bytes to read the converter lets go of a letter that it has kept for what might follow.
+  const auto convert = [&](char** source) {
     char* to = room.data();
     std::size_t space = room.size();
-    const bool done = iconv(converter_.get(), &from, &left, &to, &space) != static_cast<std::size_t>(-1);
+    const bool done = iconv(converter_.get(), source, &left, &to, &space) != static_cast<std::size_t>(-1);
     const int error = done ? 0 : errno;
     text.append(room.data(), to);
-    if (done || error == E2BIG) continue;
+    return error;
+  };
+  while (left > 0) {
+    const int error = convert(&from);
+    if (error == 0 || error == E2BIG) continue;
+    convert(nullptr);
     text += kNoLetter;
     ++from;
     --left;
   }
+  convert(nullptr);
   return text;
+}
+
+std::optional<std::string> CodePageNamed(std::string_view text) {
+  std::string name = LowerText(Trim(text));
+  for (const std::string_view word : {"ansi ", "oem ", "windows-", "cp"})
+    if (name.starts_with(word)) name = Trim(name.substr(word.size()));
+  if (name == "65001" || name == "utf8") name = "utf-8";
+  constexpr std::string_view kIso = "8859";
+  if (name.starts_with(kIso)) {
+    const std::string part = name.substr(kIso.size());
+    name = "iso-8859-" + (part.starts_with('-') ? part.substr(1) : part);
+  } else if (!name.empty() && name.find_first_not_of("0123456789") == std::string::npos) {
+    name = "cp" + name;
+  }
+  // What would follow a slash is not for names: how letters are made fit.
+  if (name.empty() || name.find('/') != std::string::npos) return std::nullopt;
+  const iconv_t converter = iconv_open("UTF-8", name.c_str());
+  if (reinterpret_cast<std::intptr_t>(converter) == -1) return std::nullopt;
+  iconv_close(converter);
+  return name;
 }
 
 }  // namespace velmora

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <iterator>
+#include <system_error>
 #include <utility>
 
 #include "util/Errors.h"
@@ -50,6 +52,7 @@ constexpr char kUnknownType[] = "field \"%s\" is of an unknown type (0x%02X)";
 constexpr char kFieldSize[] = "field \"%s\" of type %s has %d bytes";
 constexpr char kRecordTooShort[] = "a record of %d bytes cannot hold its fields, which have %d";
 constexpr char kNoNullFlags[] = "field \"%s\" has a bit among the null flags, which have %d bits";
+constexpr char kNoCodePage[] = "%s: there is no code page %s";
 constexpr char kTooManyRecords[] = "%d records of %d bytes, but only %d bytes after the head";
 constexpr char kCut[] = "record %d of %d is missing";
 
@@ -134,12 +137,26 @@ std::string DbfResolvePath(const std::string& folder, std::string_view path) {
   return found;
 }
 
-TDbfFile::TDbfFile(const std::string& path, const char* code_page)
-    : file_(path, ESharing::Full), head_(ReadHead(file_)), page_(head_.code_page, code_page) {
+TDbfFile::TDbfFile(const std::string& path, const char* unstated, const std::string& stated)
+    : file_(path, ESharing::Full), head_(ReadHead(file_)), page_(CodePageOf(unstated, stated)) {
   ReadFields();
   PlaceFields();
   NumberBits();
   CheckRecords();
+}
+
+TDbfCodePage TDbfFile::CodePageOf(const char* unstated, const std::string& stated) {
+  constexpr std::size_t kLongestName = 64;
+  if (const auto name = CodePageNamed(stated)) return TDbfCodePage(*name);
+  const std::filesystem::path path(Path());
+  const std::string beside = FindFileNoCase(path.parent_path().string(), path.stem().string(), ".cpg");
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(beside, error)) return TDbfCodePage(head_.code_page, unstated);
+  std::string text(kLongestName, '\0');
+  text.resize(TInputFile(beside, ESharing::Full).ReadAt(0, text));
+  if (const auto name = CodePageNamed(text)) return TDbfCodePage(*name);
+  warnings_.push_back(Format(kNoCodePage, beside, ShownText(Trim(text))));
+  return TDbfCodePage(head_.code_page, unstated);
 }
 
 const TDbfField* TDbfFile::NullFlags() const {
@@ -198,9 +215,12 @@ void TDbfFile::PlaceFields() {
   if (Place(wide) == head_.record_size) fields_ = std::move(wide);
 }
 
-// A field of variable length has its length bit in front of its null bit.
+// A field of variable length has its length bit in front of its null bit. Some programs mark fields as nullable and
+// write no null flags: no value is null then.
 void TDbfFile::NumberBits() {
   const TDbfField* null_flags = NullFlags();
+  const bool varies = std::ranges::any_of(fields_, [](const TDbfField& f) { return f.type == 'V' || f.type == 'Q'; });
+  if (null_flags == nullptr && !varies) return;
   const int bits = null_flags == nullptr ? 0 : static_cast<int>(null_flags->size) * 8;
   int next = 0;
   for (TDbfField& field : fields_) {

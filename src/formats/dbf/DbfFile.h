@@ -13,6 +13,7 @@
 
 #include "formats/dbf/DbfCodePage.h"
 #include "util/InputFile.h"
+#include "util/Lists.h"
 #include "util/LittleEndian.h"
 
 namespace velmora {
@@ -67,21 +68,24 @@ std::string DbfResolvePath(const std::string& folder, std::string_view path);
 // An open table file. Others may go on writing to it meanwhile, as its makers' programs share their tables.
 class TDbfFile {
  public:
-  // Reads head and fields. `code_page` is that of a file that names none. Raises for what is no such file, for fields
-  // that do not fit the record, and for more records than the file has bytes for.
-  TDbfFile(const std::string& path, const char* code_page);
+  // Reads head and fields. Raises for what is no such file, for fields that do not fit the record, and for more records
+  // than the file has bytes for. The code page is `stated`, if that is not empty; else that of a file of the same name
+  // that ends in .cpg; else that of the head; else `unstated`.
+  TDbfFile(const std::string& path, const char* unstated, const std::string& stated = {});
 
   const std::string& Path() const { return file_.Path(); }
   const TInputFile& File() const { return file_; }
   const TDbfHead& Head() const { return head_; }
   const std::vector<TDbfField>& Fields() const { return fields_; }  // hidden ones too
   const TDbfCodePage& CodePage() const { return page_; }
+  const TStringList& Warnings() const { return warnings_; }  // what was passed over
   // The field of the null flags; null where there is none.
   const TDbfField* NullFlags() const;
   // The path of the database that a table of Visual FoxPro belongs to, as it stands; empty: to none.
   std::string DatabaseLink() const;
 
  private:
+  TDbfCodePage CodePageOf(const char* unstated, const std::string& stated);
   void ReadFields();
   void AddField(const char* descriptor);
   void PlaceFields();
@@ -89,6 +93,7 @@ class TDbfFile {
   void CheckRecords() const;
 
   TInputFile file_;
+  TStringList warnings_;
   TDbfHead head_;
   TDbfCodePage page_;
   std::vector<TDbfField> fields_;

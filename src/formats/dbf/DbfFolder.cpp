@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr char kExtension[] = ".dbf";
 constexpr char kCannotOpen[] = "Cannot open %s: %s";
+constexpr char kNoCodePage[] = "There is no code page %s: give a number, such as 1251, or UTF-8";
 constexpr char kUnmapped[] = "%s: field \"%s\" is of type %s, which is not one of this product's";
 
 const TDbfTypeRow& TypeOf(const TDbfFile& file, const TDbfField& field, TDbfMapping mapping) {
@@ -97,8 +98,13 @@ std::string DbfPathOf(const std::string& folder, const std::string& table) {
   return FindFileNoCase(folder, table, kExtension);
 }
 
+std::string CheckedCodePage(std::string code_page) {
+  if (!code_page.empty() && !CodePageNamed(code_page)) RaiseError(Format(kNoCodePage, code_page));
+  return code_page;
+}
+
 TFileTable DescribeDbf(const TDbfFile& file, const std::string& table, TDbfMapping mapping) {
-  TFileTable described;
+  TFileTable described{.warnings = file.Warnings()};
   for (const TColumn& column : ColumnsOf(file, mapping)) {
     described.columns.push_back(ColumnRow(column, table));
     described.columns.back().ORDINAL_POSITION = static_cast<std::uint32_t>(described.columns.size());

@@ -35,6 +35,9 @@ inline constexpr std::uint16_t kDbfDoublePrecision = 15;
 TStringList DbfTableNames(const std::string& folder);  // the files *.dbf, by name, without the extension
 std::string DbfPathOf(const std::string& folder, const std::string& table);
 
+// The text, if it is empty or names a code page. Raises an error otherwise.
+std::string CheckedCodePage(std::string code_page);
+
 // The columns of the fields that are not hidden, all nullable, and their fields.
 TFileTable DescribeDbf(const TDbfFile& file, const std::string& table, TDbfMapping mapping);
 // Rows of the fields that are not hidden. Deleted rows come with `with_deleted`; without them `numbers` may be set.

@@ -18,6 +18,8 @@ struct TDbfStructure {
   std::vector<TDbfField> fields{};  // without hidden ones, by the names of the file
   bool visual = false;              // of Visual FoxPro, whose flags say what may be null
   std::vector<TDbfIndex> indexes{};
+  bool tags_missing = false;         // the file with the indexes is not there
+  TStringList warnings{};            // what was passed over
   std::optional<TDbcTable> entry{};  // what the database says that the table belongs to; a field for each of the file's
 };
 
@@ -28,9 +30,10 @@ class TDbfStructures {
   virtual TDbfStructure StructureOf(const std::string& table) = 0;  // raises what reading the files raises
 };
 
-// Raise an error that names the folder or file and the fault. `path` is a folder or a database.
-std::unique_ptr<TDbfStructures> OpenDBaseStructures(const std::string& folder);
-std::unique_ptr<TDbfStructures> OpenFoxProStructures(const std::string& path);
+// Raise an error that names the folder or file and the fault. `path` is a folder or a database; `code_page` that of all
+// files, whatever they say; empty: of each its own.
+std::unique_ptr<TDbfStructures> OpenDBaseStructures(const std::string& folder, const std::string& code_page);
+std::unique_ptr<TDbfStructures> OpenFoxProStructures(const std::string& path, const std::string& code_page);
 
 // The fields that are not hidden.
 std::vector<TDbfField> ShownFields(const TDbfFile& file);

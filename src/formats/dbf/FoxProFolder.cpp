@@ -8,8 +8,10 @@
 #include <iterator>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "formats/dbf/DbcDatabase.h"
 #include "formats/dbf/DbfFolder.h"
@@ -29,6 +31,8 @@ constexpr char kCodePage[] = "CP1252";
 
 constexpr char kNoTable[] = "%s: there is no table \"%s\"";
 constexpr char kBelongs[] = "%s; the table in %s belongs to it";
+constexpr char kNoDatabase[] = "%s is not there: long names, defaults and keys of the table in %s are not known";
+constexpr char kNoTags[] = "%s is not there: indexes of the table in %s are not known";
 constexpr char kNotListed[] = "%s: the table in %s says that it belongs here, but is not among its tables";
 constexpr char kOtherFields[] = "%s: table \"%s\" has %d fields here, but %d in %s";
 
@@ -63,7 +67,8 @@ constexpr TDbfTypeRow kTypes[] = {
 
 class TFoxProFolder final : public TFileReader, public TDbfStructures {
  public:
-  explicit TFoxProFolder(const std::string& path) : path_(path) {
+  TFoxProFolder(const std::string& path, std::string code_page)
+      : path_(path), code_page_(CheckedCodePage(std::move(code_page))) {
     std::error_code error;
     if (fs::exists(path, error) && !fs::is_directory(path, error)) opened_ = &Database(path);
     TFoxProFolder::Tables();
@@ -74,16 +79,18 @@ class TFoxProFolder final : public TFileReader, public TDbfStructures {
   TDbfStructure StructureOf(const std::string& table) override;
   TFileTable Structure(const std::string& table) override;
   TFileRows Rows(const std::string& table, std::int64_t limit) override {
-    return ReadDbfRows(TDbfFile(PathOf(table), kCodePage), kTypes, false, limit);
+    return ReadDbfRows(File(table), kTypes, false, limit);
   }
 
  private:
+  TDbfFile File(const std::string& table) const { return {PathOf(table), kCodePage, code_page_}; }
   const TDbcDatabase& Database(const std::string& path);
   std::string PathOf(const std::string& table) const;
-  // What the database that the file belongs to says about it; null: it belongs to none.
-  const TDbcTable* Entry(const TDbfFile& file, const std::string& table);
+  // What the database that the file belongs to says about it; null: it belongs to none, or that is missing.
+  const TDbcTable* Entry(const TDbfFile& file, const std::string& table, TStringList& warnings);
 
   std::string path_;
+  std::string code_page_;
   std::map<std::string, std::unique_ptr<TDbcDatabase>> databases_;  // by path, read once
   const TDbcDatabase* opened_ = nullptr;                            // where not a folder was opened
 };
@@ -111,11 +118,27 @@ std::vector<TOLEDBTableRow> TFoxProFolder::Tables() {
   return tables;
 }
 
-// The tags beside the table.
-std::vector<TDbfIndex> TagsOf(const TDbfFile& file) {
-  if ((file.Head().flags & kDbfHasTags) == 0) return {};
+// The file of the same name with that extension, whether it is there or not.
+std::string Beside(const TDbfFile& file, std::string_view extension) {
   const fs::path path(file.Path());
-  return ReadFoxProTags(FindFileNoCase(path.parent_path().string(), path.stem().string(), ".cdx"));
+  return FindFileNoCase(path.parent_path().string(), path.stem().string(), extension);
+}
+
+bool IsThere(const std::string& path) {
+  std::error_code ignored;
+  return fs::exists(path, ignored);
+}
+
+// The tags beside the table; nothing where their file is missing. In tables of dBASE IV the same flag speaks of an .mdx
+// file.
+std::optional<std::vector<TDbfIndex>> TagsOf(const TDbfFile& file, TStringList& warnings) {
+  const TDbfHead& head = file.Head();
+  if ((head.flags & kDbfHasTags) == 0 || head.Memo() == EDbfMemo::DBase4) return std::vector<TDbfIndex>();
+  const std::string path = Beside(file, ".cdx");
+  if (IsThere(path)) return ReadFoxProTags(path);
+  if (!head.IsVisualFoxPro() && IsThere(Beside(file, ".mdx"))) return std::vector<TDbfIndex>();
+  warnings.push_back(Format(kNoTags, path, file.Path()));
+  return std::nullopt;
 }
 
 TStringList TFoxProFolder::TableNames() {
@@ -125,29 +148,33 @@ TStringList TFoxProFolder::TableNames() {
 }
 
 TDbfStructure TFoxProFolder::StructureOf(const std::string& table) {
-  const TDbfFile file(PathOf(table), kCodePage);
-  TDbfStructure structure{.fields = ShownFields(file), .visual = file.Head().IsVisualFoxPro()};
-  if (const TDbcTable* entry = Entry(file, table)) structure.entry = *entry;
-  structure.indexes = TagsOf(file);
+  const TDbfFile file = File(table);
+  TDbfStructure structure{
+      .fields = ShownFields(file), .visual = file.Head().IsVisualFoxPro(), .warnings = file.Warnings()};
+  if (const TDbcTable* entry = Entry(file, table, structure.warnings)) structure.entry = *entry;
+  auto tags = TagsOf(file, structure.warnings);
+  structure.tags_missing = !tags;
+  if (tags) structure.indexes = *std::move(tags);
   return structure;
 }
 
 TFileTable TFoxProFolder::Structure(const std::string& table) {
-  const TDbfFile file(PathOf(table), kCodePage);
+  const TDbfFile file = File(table);
   TFileTable described = DescribeDbf(file, table, kTypes);
   SetNullable(file, described);
   std::vector<std::string> short_names;
   for (const TOLEDBColumnRow& column : described.columns) short_names.push_back(column.COLUMN_NAME);
-  const TDbcTable* entry = Entry(file, table);
+  const TDbcTable* entry = Entry(file, table, described.warnings);
   if (entry != nullptr) Complete(described, *entry);
-  for (const TDbfIndex& index : TagsOf(file))
+  const auto tags = TagsOf(file, described.warnings);
+  for (const TDbfIndex& index : tags.value_or(std::vector<TDbfIndex>()))
     AddDbfIndex(index, entry != nullptr && SameText(index.name, entry->primary_tag), short_names, described);
   return described;
 }
 
 const TDbcDatabase& TFoxProFolder::Database(const std::string& path) {
   auto& database = databases_[path];
-  if (!database) database = std::make_unique<TDbcDatabase>(path);
+  if (!database) database = std::make_unique<TDbcDatabase>(path, code_page_);
   return *database;
 }
 
@@ -158,13 +185,18 @@ std::string TFoxProFolder::PathOf(const std::string& table) const {
   return entry->path;
 }
 
-const TDbcTable* TFoxProFolder::Entry(const TDbfFile& file, const std::string& table) {
+const TDbcTable* TFoxProFolder::Entry(const TDbfFile& file, const std::string& table, TStringList& warnings) {
   const TDbcDatabase* database = opened_;
   if (database == nullptr) {
     const std::string link = file.DatabaseLink();
     if (link.empty()) return nullptr;
+    const std::string path = DbfResolvePath(fs::path(file.Path()).parent_path().string(), link);
+    if (!IsThere(path)) {
+      warnings.push_back(Format(kNoDatabase, path, file.Path()));
+      return nullptr;
+    }
     try {
-      database = &Database(DbfResolvePath(fs::path(file.Path()).parent_path().string(), link));
+      database = &Database(path);
     } catch (const EVelmora& error) {
       RaiseError(Format(kBelongs, error.what(), file.Path()));
     }
@@ -180,12 +212,12 @@ const TDbcTable* TFoxProFolder::Entry(const TDbfFile& file, const std::string& t
 
 }  // namespace
 
-std::unique_ptr<TDbfStructures> OpenFoxProStructures(const std::string& path) {
-  return std::make_unique<TFoxProFolder>(path);
+std::unique_ptr<TDbfStructures> OpenFoxProStructures(const std::string& path, const std::string& code_page) {
+  return std::make_unique<TFoxProFolder>(path, code_page);
 }
 
-std::unique_ptr<TFileReader> OpenFoxProFolder(const std::string& folder) {
-  return std::make_unique<TFoxProFolder>(folder);
+std::unique_ptr<TFileReader> OpenFoxProFolder(const std::string& folder, const std::string& code_page) {
+  return std::make_unique<TFoxProFolder>(folder, code_page);
 }
 
 }  // namespace velmora

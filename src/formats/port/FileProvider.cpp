@@ -36,6 +36,7 @@ class TFileProvider final : public TOLEDBProvider {
   std::vector<TOLEDBIndexRow> Indexes(const std::string& table) override;
   TOLEDBRowset Open(const std::string& sql) override;
   std::int64_t Execute(const std::string& /*sql*/) override { RaiseError(kReadOnly); }
+  TStringList TakeWarnings() override { return std::exchange(warnings_, {}); }
   void StartTransaction(std::uint32_t /*isolation*/) override { RaiseError(kReadOnly); }
   void Commit() override { RaiseError(kReadOnly); }
 
@@ -50,11 +51,13 @@ class TFileProvider final : public TOLEDBProvider {
   std::shared_ptr<TFileReader> reader_;  // rowsets that have not read their rows yet share it
   // Columns and indexes of a table are asked for one after the other and come from one reading.
   std::optional<std::pair<std::string, TFileTable>> fetched_;
+  TStringList warnings_;
 };
 
 std::vector<TOLEDBColumnRow> TFileProvider::Columns(const std::string& table) {
   fetched_.reset();
   fetched_.emplace(table, Reader()->Structure(table));
+  for (const std::string& warning : fetched_->second.warnings) warnings_.push_back(warning);
   return fetched_->second.columns;
 }
 

@@ -30,10 +30,11 @@ struct TFileReference {
 using TFileProperties = std::map<std::string, std::map<std::string, std::string>>;
 
 struct TFileTable {
-  std::vector<TOLEDBColumnRow> columns;
-  std::vector<TOLEDBIndexRow> indexes;
-  std::vector<TFieldDef> fields;       // one per column, in their order
-  std::vector<bool> is_autoincrement;  // one per field
+  std::vector<TOLEDBColumnRow> columns{};
+  std::vector<TOLEDBIndexRow> indexes{};
+  std::vector<TFieldDef> fields{};       // one per column, in their order
+  std::vector<bool> is_autoincrement{};  // one per field
+  TStringList warnings{};                // of what was passed over, for the user
   // Of formats that have them; providers do not hand them on.
   TFileProperties properties{};
   std::vector<TFileReference> references{};

@@ -112,6 +112,7 @@ class TOLEDBProvider {
   virtual TOLEDBRowset CatalogRows(ECatalogRows kind, const std::string& table);
   virtual TOLEDBRowset Open(const std::string& sql) = 0;
   virtual std::int64_t Execute(const std::string& sql) = 0;  // rows affected
+  virtual TStringList TakeWarnings() { return {}; }  // of what was passed over since the last call, for the user
   virtual void StartTransaction(std::uint32_t isolation) = 0;
   virtual void Commit() = 0;
 };

@@ -24,6 +24,7 @@ class AccessEngineTest : public ::testing::Test {
 TEST_F(AccessEngineTest, MakesAMissingFile) {
   engine.Connect();
   EXPECT_THAT(backend.TakeLog(), ElementsAre("create " + path + " 5", "open " + path, "tables"));
+  EXPECT_THAT(engine.TakeWarnings(), ElementsAre(path + " was made, empty"));
   WriteFileText(path, "");
   engine.Connect();
   EXPECT_THAT(backend.TakeLog(), ElementsAre("tables")) << "an open one stays open";
@@ -32,6 +33,7 @@ TEST_F(AccessEngineTest, MakesAMissingFile) {
   EXPECT_THAT(backend.TakeLog(), ElementsAre("close", "open " + path, "tables"));
   EXPECT_EQ(engine.GetConnectionObject().InitializationString(),
             "Provider=Microsoft.Jet.OLEDB.4.0;User ID=Admin;Password=;Data Source=" + path + ";");
+  EXPECT_TRUE(engine.TakeWarnings().empty()) << "told once";
 
   TDBConnAccess other("/nowhere/a.mdb", "", "", backend.Maker());
   backend.errors["create /nowhere/a.mdb 5"] = "Cannot write";

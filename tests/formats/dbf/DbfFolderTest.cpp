@@ -71,6 +71,46 @@ TEST_F(DbfFolderTest, TablesOfADatabase) {
   EXPECT_EQ(Failure([&] { database->Structure("free"); }), "shop.dbc: there is no table \"free\"");
 }
 
+TEST_F(DbfFolderTest, CodePages) {
+  const struct {
+    const char *head, *beside, *stated, *rows;
+  } kCases[] = {
+      {"00", "1251", "", "row text Д"},
+      {"C8", " ansi 1251\r\n", "", "row text Д"},
+      {"00", "ISO-8859-7", "", "row text Δ"},
+      {"00", "88597", "", "row text Δ"},
+      {"C8", "windows-1251", "1253", "row text Δ"},
+      {"C8", "none", "", "row text Ä"},
+      {"00", "1252//TRANSLIT", "", "row text ─"},
+      {"00", "", "UTF8", "row text \uFFFD"},
+  };
+  for (const auto& c : kCases) {
+    Put("t.dbf", Format("@29 %s @66 C4 20", c.head));
+    PutFile(folder_ / "T.CPG", c.beside);
+    const auto reader = OpenDBaseFolder(folder_.Path(), c.stated);
+    EXPECT_EQ(RowsText(reader->Rows("t", 1)), std::string(c.rows) + "\n") << c.head << " " << c.beside;
+  }
+  EXPECT_THAT(DBase()->Structure("t").warnings, ::testing::ElementsAre(folder_ / "T.CPG: there is no code page "));
+  EXPECT_EQ(Failure([&] { OpenFoxProFolder(folder_.Path(), "cp9999"); }),
+            "There is no code page cp9999: give a number, such as 1251, or UTF-8");
+}
+
+// What is missing beside a table does not keep it from being read.
+TEST_F(DbfFolderTest, MissingCompanions) {
+  FormatCase("foxpro-visual").PutInto(folder_.Path());
+  std::filesystem::remove(folder_ / "items.cdx");
+  std::filesystem::remove(folder_ / "shop.dbc");
+  const TFileTable table = FoxPro()->Structure("items");
+  EXPECT_FALSE(table.columns.empty());
+  EXPECT_TRUE(table.indexes.empty());
+  EXPECT_EQ(StrReplace(JoinList(table.warnings, "\n"), folder_.Path() + "/", ""),
+            "shop.dbc is not there: long names, defaults and keys of the table in items.dbf are not known\n"
+            "items.cdx is not there: indexes of the table in items.dbf are not known");
+  Put("t.dbf", "@28 01");
+  PutFile(folder_ / "t.mdx", "");
+  EXPECT_TRUE(FoxPro()->Structure("t").warnings.empty()) << "the indexes are those of dBASE";
+}
+
 // More than a block of them.
 TEST_F(DbfFolderTest, ManyRecords) {
   constexpr int kCount = 12345, kSize = 40;

@@ -1,0 +1,74 @@
+// Sources that are files of other programs, made equal on a server; what they become there.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "app/Sources.h"
+#include "exact/run/ExactSync.h"
+#include "foreign/ForeignTexts.h"
+#include "support/FormatCase.h"
+#include "support/LiveDatabase.h"
+#include "support/RecordingPorts.h"
+#include "support/ScratchFolder.h"
+#include "sync/ScriptEditor.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+namespace {
+
+struct TFileCase {
+  const char* files;   // a case of tests/data/formats
+  const char* source;  // with %s for the folder
+  const char* table;   // and what its columns become
+  const char* columns;
+};
+
+constexpr TFileCase kCases[] = {
+    {"excel-8", "Excel:filename=%s/shop.xls;HDR=Y;IMEX=Y", "Orders",
+     "Order No#:double,Name:varchar,day:date,at:time,when:datetime,sum:varchar"},
+    {"lotus", "Lotus 1-2-3:filename=%s/shop.wk4", "Orders",
+     "id:bigint,café:varchar,day:date,at:time,mixed:varchar,sum:double"},
+    {"dbase-iv", "DBF:folder=%s", "PEOPLE", "NAME:char,STRAßE:char,PAY:decimal,BORN:date,IN:tinyint,NOTE:longtext"},
+    {"foxpro-visual", "FoxPro:folder=%s/shop.dbc", "orders", "order_number:int,customer_name:char"},
+    {"jet3", "Access:filename=%s/shop.mdb", "Words", "id:int,word:varchar,left:smallint,late:smallint"},
+};
+
+class FileSourcesLiveTest : public ::testing::TestWithParam<TFileCase> {
+ protected:
+  testing::TScratchFolder folder_;
+  testing::TLiveDatabase target_;
+  TTaskConnections connections_;
+  TdmData data_;
+  TActionTree tree_;
+  testing::TRecordingProgress progress_;
+  testing::TRecordingLog log_;
+  TExactSync sync_{connections_, data_, tree_, progress_, log_};
+};
+
+TEST_P(FileSourcesLiveTest, AreThereAfterARun) {
+  const std::vector<std::string> there = testing::FormatCaseNames();
+  if (std::ranges::find(there, GetParam().files) == there.end()) GTEST_SKIP() << "left out of this build";
+  testing::FormatCase(GetParam().files).PutInto(folder_.Path());
+  connections_.reference = MakeSource(Format(GetParam().source, folder_.Path()));
+  connections_.target = target_.NewEngine();
+  sync_.MakeTexts = [](TDBConn& reference) { return std::make_unique<TForeignTexts>(reference, TForeignWishes()); };
+  sync_.Compare();
+  EXPECT_EQ(sync_.DifferencesLeft(), 0) << JoinList(sync_.ActionLog, "\n");
+  EXPECT_EQ(sync_.VerifyOnServer(), 0);
+  EXPECT_FALSE(sync_.Plan().empty());
+  for (const TPlanStatement& statement : sync_.Plan()) target_.Run(statement.text);
+  sync_.Compare();
+  EXPECT_THAT(sync_.Changes(), ::testing::IsEmpty()) << JoinList(sync_.ActionLog, "\n");
+  EXPECT_EQ(testing::Answer(target_.Connection(),
+                            "select group_concat(column_name, ':', data_type order by ordinal_position) from "
+                            "information_schema.columns where table_schema = database() and table_name = '" +
+                                std::string(GetParam().table) + "'"),
+            GetParam().columns);
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, FileSourcesLiveTest, ::testing::ValuesIn(kCases),
+                         [](const auto& each) { return StrReplace(each.param.files, "-", "_"); });
+
+}  // namespace
+}  // namespace velmora
