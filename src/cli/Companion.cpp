@@ -106,11 +106,11 @@ void DeclareFormat(CLI::App& app, EFormat& format) {
 // An option that may be given several times, each time with one text; what `take` raises is a fault of the argument.
 void DeclareEach(CLI::App& app, const std::string& name, const std::string& type, const std::string& help,
                  const std::function<void(const std::string&)>& take) {
-  const auto take_all = [take](const TStringList& texts) {
+  const auto take_all = [name, take](const TStringList& texts) {
     try {
       for (const std::string& text : texts) take(text);
     } catch (const EVelmora& error) {
-      throw CLI::ValidationError(error.what());
+      throw CLI::ValidationError(name, error.what());
     }
   };
   app.add_option_function<TStringList>(name, take_all, help)->type_name(type)->allow_extra_args(false);

@@ -24,17 +24,10 @@ struct TRow {
 
 // By engine number.
 constexpr TRow kReaders[] = {
-    {kEngineDBF, MakeDBaseFacts},
-    {kEngineLotus, MakeLotusFacts},
-    {kEngineInterbase, MakeInterbaseFacts},
-    {kEngineAccess, MakeAccessFacts},
-    {kEngineSQLServer, MakeSqlServerFacts},
-    {kEngineOracle, MakeOracleFacts},
-    {kEngineParadox, MakeParadoxFacts},
-    {kEngineText, MakeTextFacts},
-    {kEngineExcel, MakeExcelFacts},
-    {kEngineFoxPro, MakeFoxProFacts},
-    {kEngineODBC, MakeOdbcFacts},
+    {kEngineDBF, MakeDBaseFacts},       {kEngineLotus, MakeLotusFacts},         {kEngineInterbase, MakeInterbaseFacts},
+    {kEngineAccess, MakeAccessFacts},   {kEngineSQLServer, MakeSqlServerFacts}, {kEngineOracle, MakeOracleFacts},
+    {kEngineParadox, MakeParadoxFacts}, {kEngineText, MakeTextFacts},           {kEngineExcel, MakeExcelFacts},
+    {kEngineFoxPro, MakeFoxProFacts},   {kEngineODBC, MakeOdbcFacts},
 };
 
 const TRow* RowOf(TDBConn& conn) {

@@ -26,7 +26,7 @@ struct TFileCase {
 
 constexpr TFileCase kCases[] = {
     {"excel-8", "Excel:filename=%s/shop.xls;HDR=Y;IMEX=Y", "Orders",
-     "Order No#:double,Name:varchar,day:date,at:time,when:datetime,sum:varchar"},
+     "Order No#:double,Name:varchar,day:date,at:time,when:datetime,sum:int"},
     {"lotus", "Lotus 1-2-3:filename=%s/shop.wk4", "Orders",
      "id:bigint,café:varchar,day:date,at:time,mixed:varchar,sum:double"},
     {"dbase-iv", "DBF:folder=%s", "PEOPLE", "NAME:char,STRAßE:char,PAY:decimal,BORN:date,IN:tinyint,NOTE:longtext"},
