@@ -236,7 +236,8 @@ class TTranslator {
   void DropOptions() {
     if (to_.mysql == from_.mysql) return;
     std::erase_if(table_.options, [](const TTableOption& option) {
-      if (!InList(option.name, {"COMPRESSION", "ENCRYPTION", "AUTOEXTEND_SIZE", "SECONDARY_ENGINE"})) return false;
+      if (!InList(option.name, {"COMPRESSION", "ENCRYPTION", "AUTOEXTEND_SIZE", "SECONDARY_ENGINE", "TABLESPACE"}))
+        return false;
       const auto reset = OptionResetValue(option);
       return reset && SameText(OptionValue(option), OptionValue({option.name, std::string(*reset)}));
     });
