@@ -13,7 +13,6 @@ namespace velmora {
 
 namespace {
 
-constexpr char kNoForm[] = "%s has no form in MySQL";
 constexpr char kNotThere[] = "%s: %s has no such default";
 constexpr char kNoValue[] = "%s is no value of a %s";
 
@@ -254,7 +253,7 @@ class TDefaultMaker {
   }
 
  private:
-  TMadeDefault NoForm() const { return {{}, Format(kNoForm, *column_.default_text)}; }
+  TMadeDefault NoForm() const { return {{}, *column_.default_text}; }
   TMadeDefault NoValue() const { return {{}, Format(kNoValue, *column_.default_text, type_.type)}; }
 
   TMadeDefault Expression(const std::string& text) const {

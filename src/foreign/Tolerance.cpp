@@ -406,7 +406,19 @@ class TCompletion {
     AddElements(std::move(others), true, server, made_);
     SettleTable(made_);
     CompleteTable(made_, nullptr, server);
+    TakeSpellings();
     return std::move(made_);
+  }
+
+  // What says the same is written as the target has it, so that nothing is counted that this program has written.
+  void TakeSpellings() {
+    if (there_ == nullptr) return;
+    TEquivalenceUse use;
+    TElementComparison comparison(made_, *there_, use);
+    for (TElement& element : made_.elements) {
+      const TElement* there = there_->Find(element.kind, element.name);
+      if (there != nullptr && comparison.Same(element, *there)) element.text = there->text;
+    }
   }
 
   const TMappedTable& table_;

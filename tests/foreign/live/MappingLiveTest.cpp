@@ -167,5 +167,26 @@ INSTANTIATE_TEST_SUITE_P(Facts, StructureLiveTest,
                          ::testing::ValuesIn(testing::ReadCaseFile("foreign/structure.txt").cases),
                          [](const auto& each) { return "Case" + std::to_string(each.index); });
 
+// Facts beside tables that are there.
+class ToleranceLiveTest : public MappingLiveTest, public ::testing::WithParamInterface<testing::TCaseText> {};
+
+TEST_P(ToleranceLiveTest, ToldAsWrittenAndEqualAfterARun) {
+  const TStringList parts = GetParam().Parts();
+  facts_ = ReadFacts(parts.at(0));
+  if (GetParam().name.ends_with("structure alone")) known_ = {EFact::Order, EFact::PrimaryKey};
+  TStringList statements;
+  SplitText(";\n", parts.at(1) + "\n", statements);
+  for (const std::string& statement : statements)
+    if (!Trim(statement).empty()) target_.Run(statement);
+  Compare();
+  EXPECT_EQ(JoinList(sync_.ActionLog, "\n"), parts.at(2));
+  Sync();
+  EXPECT_THAT(sync_.Changes(), IsEmpty()) << JoinList(sync_.ActionLog, "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Facts, ToleranceLiveTest,
+                         ::testing::ValuesIn(testing::ReadCaseFile("foreign/tolerance.txt").cases),
+                         [](const auto& each) { return "Case" + std::to_string(each.index); });
+
 }  // namespace
 }  // namespace velmora
