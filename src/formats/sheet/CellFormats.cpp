@@ -71,17 +71,21 @@ class TPatternScanner {
 
 }  // namespace
 
-// The first part that shows anything decides; places for digits outweigh letters, as in "0 Stk".
+// The parts are for positive and negative numbers, zero and texts, or have conditions. One that is for moments is
+// enough, since zero often shows as something else. Places for digits outweigh letters, as in "0 Std".
 bool IsMomentPattern(std::string_view pattern) {
   TPatternScanner scanner(pattern);
-  bool is_moment = false;
+  bool has_letters = false, has_digits = false;
   while (!scanner.AtEnd()) {
     const EMark mark = scanner.Next();
-    if (mark == EMark::Number) return false;
-    if (mark == EMark::EndOfPart && is_moment) return true;
-    is_moment = is_moment || mark == EMark::Moment;
+    if (mark == EMark::EndOfPart) {
+      if (has_letters && !has_digits) return true;
+      has_letters = has_digits = false;
+    }
+    has_letters = has_letters || mark == EMark::Moment;
+    has_digits = has_digits || mark == EMark::Number;
   }
-  return is_moment;
+  return has_letters && !has_digits;
 }
 
 bool TCellFormats::IsMoment(std::size_t style) const {

@@ -59,10 +59,10 @@ TEST(ExcelFileTest, ASmallArchiveThatUnpacksToMuchIsRefused) {
 
 TEST(ExcelFileTest, WhichPatternsAreThoseOfMoments) {
   for (const char* pattern : {"yyyy-mm-dd", "D/M/YY h:mm AM/PM", "[h]:mm:ss", "[ss].00", "mm:ss.0;@", "[$-409]d-mmm;@",
-                              "[Red]hh\\:mm", "\"0\"yyyy;0", "ggge", "_(d_)"})
+                              "[Red]hh\\:mm", "\"0\"yyyy;0", "ggge", "_(d_)", "[=0]?;[<1][hh]:mm"})
     EXPECT_TRUE(IsMomentPattern(pattern)) << pattern;
   for (const char* pattern : {"General", "0.00E+00", "#,##0 \"days\"", "[Red]0;[Blue]-0", "@", "", "0 Std", "# ?/?",
-                              "0;yyyy", "\\d0", "[$DM-407] 0", "\"d", "[", "\\"})
+                              "0 Std;-0 Std", "\\d0", "[$DM-407] 0", "\"d", "[", "\\"})
     EXPECT_FALSE(IsMomentPattern(pattern)) << pattern;
 }
 
