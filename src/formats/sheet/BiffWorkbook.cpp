@@ -10,6 +10,7 @@
 
 #include "formats/sheet/BiffRecords.h"
 #include "formats/sheet/CellFormats.h"
+#include "formats/sheet/SheetBudget.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 
@@ -91,6 +92,7 @@ struct TBook {
   std::vector<std::string> texts;   // shared
   std::vector<TSheetEntry> sheets;  // worksheets alone
   bool names_sheets = false;
+  TSheetBudget budget;
 
   std::string Text(TBiffReader& reader) const { return is_biff8 ? reader.WideText() : reader.PlainText(page); }
   std::string ShortText(TBiffReader& reader) const {
@@ -166,7 +168,7 @@ TBook ReadBook(std::string_view stream) {
 
 class TSheetRecords {
  public:
-  TSheetRecords(const TBook& book, const TSheetEntry& entry, std::string_view stream)
+  TSheetRecords(TBook& book, const TSheetEntry& entry, std::string_view stream)
       : book_(book), records_(stream, entry.at), sheet_{.name = entry.name} {}
 
   TSheet Read();
@@ -188,7 +190,7 @@ class TSheetRecords {
     if (!text.empty()) Put(place, std::move(text));
   }
 
-  const TBook& book_;
+  TBook& book_;
   TBiffRecords records_;
   TSheet sheet_;
   std::optional<TPlace> formula_;  // whose text a record of its own will hold
@@ -240,7 +242,9 @@ void TSheetRecords::Take(const TBiffRecord& record) {
 void TSheetRecords::Put(const TPlace& place, TVariant value) {
   formula_.reset();
   if (place.column >= kMostColumns) RaiseError(Format(kStray, sheet_.name, place.column + 1));
-  if (!VarIsNull(value)) sheet_.cells.push_back({place.row, place.column, std::move(value)});
+  if (VarIsNull(value)) return;
+  book_.budget.Take(value);
+  sheet_.cells.push_back({place.row, place.column, std::move(value)});
 }
 
 void TSheetRecords::TakeNumber(TBiffReader& reader) {
@@ -305,7 +309,7 @@ void TSheetRecords::TakeFormulaText(TBiffReader& reader) {
 }  // namespace
 
 std::vector<TSheet> ReadBiffWorkbook(std::string_view stream) {
-  const TBook book = ReadBook(stream);
+  TBook book = ReadBook(stream);
   std::vector<TSheet> sheets;
   for (const TSheetEntry& entry : book.sheets) sheets.push_back(TSheetRecords(book, entry, stream).Read());
   return sheets;

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "formats/sheet/CellFormats.h"
+#include "formats/sheet/SheetBudget.h"
 #include "formats/sheet/XmlPart.h"
 #include "formats/sheet/ZipParts.h"
 #include "util/Dates.h"
@@ -27,12 +28,8 @@ constexpr char kNoSheet[] = "the workbook is damaged: it does not say where its 
 constexpr char kNoSheetPart[] = "the workbook is damaged: its sheet \"%s\" is none";
 constexpr char kNoText[] = "the workbook is damaged: sheet \"%s\" uses shared text %s of %d";
 constexpr char kStray[] = "the workbook is damaged: sheet \"%s\" has a cell at \"%s\"";
-constexpr char kManyCells[] = "it has more than %d cells that hold something";
-constexpr char kMuchText[] = "the texts of its cells have more than %d bytes";
 
 constexpr std::uint32_t kMostRows = 1048576, kMostColumns = 16384;
-constexpr std::uint64_t kMostCells = 20'000'000;
-constexpr std::uint64_t kMostText = 1ULL << 30U;  // a text of a few bytes may be shared by all cells
 
 std::optional<std::uint32_t> WholeOf(std::string_view digits) {
   std::uint32_t number = 0;
@@ -96,8 +93,7 @@ struct TSheetEntry {
 struct TBook {
   TCellFormats formats;
   std::vector<std::string> texts;  // shared
-  std::uint64_t cell_count = 0;
-  std::uint64_t text_size = 0;
+  TSheetBudget budget;
 };
 
 std::string WorkbookPart(TZipParts& parts) {
@@ -277,8 +273,7 @@ TVariant TSheetPart::ValueOf(std::string_view type, std::size_t style, std::stri
 void TSheetPart::Put(TVariant value) {
   const auto* text = std::get_if<std::string>(&value);
   if (VarIsNull(value) || (text != nullptr && text->empty())) return;
-  if (++book_.cell_count > kMostCells) RaiseError(Format(kManyCells, kMostCells));
-  if (text != nullptr && (book_.text_size += text->size()) > kMostText) RaiseError(Format(kMuchText, kMostText));
+  book_.budget.Take(value);
   sheet_.cells.push_back({row_ - 1, column_ - 1, std::move(value)});
 }
 
