@@ -180,6 +180,10 @@ std::optional<int> BooleanOf(std::string_view word) {
 // The digits of a number, a sign in front; (-(1)) and $5 are numbers, too.
 std::optional<std::string> NumberOf(std::string_view core) {
   std::string text(TrimView(core));
+  // Of two numbers side by side nobody makes one.
+  const std::size_t last = text.find_last_of("0123456789.");
+  if (text.find_first_of(" ()", std::min(text.find_first_of("0123456789."), text.size())) < last + 1)
+    return std::nullopt;
   std::erase_if(text, [](char c) { return c == '(' || c == ')' || c == ' ' || c == '$'; });
   if (text.starts_with('+')) text.erase(0, 1);
   if (text.starts_with('.')) text.insert(0, 1, '0');
