@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 
 #include "mysqltext/ColumnParts.h"
@@ -239,6 +240,24 @@ bool IsTextType(const TColumnText& type) {
 
 bool IsMomentType(const TColumnText& type) { return IsTimeType(type.type) || type.type == "date"; }
 
+struct TBits {
+  std::string_view type;
+  int bits;
+};
+constexpr TBits kBits[] = {{"tinyint", 8}, {"smallint", 16}, {"mediumint", 24}, {"int", 32}, {"bigint", 64}};
+
+// Sources take a default that their column cannot hold; servers refuse the table.
+bool FitsType(double value, const TColumnText& type) {
+  constexpr double kTen = 10;
+  constexpr long long kUsualDigits = 10;
+  if (type.type == "decimal")
+    return std::abs(value) < std::pow(kTen, type.Length().value_or(kUsualDigits) - type.Fraction().value_or(0));
+  const auto* row = std::ranges::find(kBits, type.type, &TBits::type);
+  if (row == std::end(kBits)) return true;
+  const double half = std::ldexp(1.0, row->bits - 1);
+  return type.is_unsigned ? value >= 0 && value < 2 * half : value >= -half && value < half;
+}
+
 class TDefaultMaker {
  public:
   TDefaultMaker(const TForeignColumn& column, const TColumnText& type, const TTargetServer& server)
@@ -309,6 +328,8 @@ class TDefaultMaker {
   }
 
   TMadeDefault Quoted(const std::string& text) const {
+    const bool sized = type_.type == "char" || type_.type == "varchar";
+    if (sized && static_cast<long long>(CharCount(text)) > type_.Length().value_or(1)) return NoValue();
     if (!IsTextType(type_)) return {QuotedText(text)};
     if (server_.HasExpressionDefaults()) return {server_.mariadb ? QuotedText(text) : "(" + QuotedText(text) + ")"};
     return {{}, Format(kNotThere, *column_.default_text, server_.Text())};
@@ -321,7 +342,7 @@ class TDefaultMaker {
       return word && column_.family == EFamily::Boolean ? TMadeDefault{Format("%d", *word)} : NoValue();
     }
     if (column_.family == EFamily::Boolean) return {TryStrToFloat(*number) == 0.0 ? "0" : "1"};
-    return {*number};
+    return FitsType(TryStrToFloat(*number).value_or(0), type_) ? TMadeDefault{*number} : NoValue();
   }
 
   // Numbers, words, dates in signs of their own.

@@ -17,7 +17,9 @@ struct TTargetServer {
   bool HasExpressionDefaults() const { return version >= (mariadb ? 100201 : 80013); }  // and defaults of texts
   bool HasChecks() const { return version >= (mariadb ? 100201 : 80016); }
   bool HasDescendingKeys() const { return version >= (mariadb ? 100800 : 80000); }
-  bool HasSetDefault() const { return version >= (mariadb ? 100200 : 80000); }
+  bool HasSetDefault() const {
+    return !mariadb && version >= 80000;
+  }  // MariaDB takes the word, and makes nothing of it
   bool HasUuid() const { return mariadb && version >= 100700; }
   // Makes unique keys over any length by itself.
   bool HasLongUniqueKeys() const { return mariadb && version >= 100400; }
