@@ -17,9 +17,7 @@ struct TTargetServer {
   bool HasExpressionDefaults() const { return version >= (mariadb ? 100201 : 80013); }  // and defaults of texts
   bool HasChecks() const { return version >= (mariadb ? 100201 : 80016); }
   bool HasDescendingKeys() const { return version >= (mariadb ? 100800 : 80000); }
-  bool HasSetDefault() const {
-    return !mariadb && version >= 80000;
-  }  // MariaDB takes the word, and makes nothing of it
+  bool HasSetDefault() const { return !mariadb && version >= 80000; }  // MariaDB takes the word and keeps none
   bool HasUuid() const { return mariadb && version >= 100700; }
   // Makes unique keys over any length by itself.
   bool HasLongUniqueKeys() const { return mariadb && version >= 100400; }
