@@ -110,7 +110,7 @@ Files.: Cannot read FILE: table Files: column a holds attachments or several val
 Order.exact: fractions of seconds: 7 digits become 6
 Order.sum: computed: [price]*[tiny]
 Order.: unique key by name: MySQL's usual collations compare letters without their case
-Order.: check of small: only comparisons of columns with values have a form in MySQL: <Year(Date())
+Order.: no form in MySQL: small (check): only comparisons of columns with values have a form in MySQL: <Year(Date())
 Line.: relation Old to Order: Access does not enforce it, so it is no foreign key
 Line.: the source states no primary key
 )";
