@@ -23,7 +23,7 @@ constexpr char kVirtualKey[] = "keys over virtual columns in this engine (%s %s)
 constexpr char kShapes[] = "shapes in other keys than spatial ones (%s %s)";
 constexpr char kPartitioned[] = "such keys of partitioned tables (%s %s)";
 constexpr char kDescending[] = "descending keys in this engine (%s %s)";
-constexpr char kVirtualParent[] = "foreign keys to virtual columns (%s %s)";
+constexpr char kVirtualParent[] = "foreign keys over virtual columns (%s %s)";
 constexpr char kCheckedRule[] = "checks of columns that a foreign key changes (%s %s)";
 
 bool NamesIn(TTokens tokens, std::string_view column) {
@@ -120,7 +120,8 @@ class TLimits {
     const TForeignKeyParts& parts = key.text.ForeignKey();
     const auto is_virtual = [&](auto& name) { return IsVirtual(name); };
     const bool own = parts.table == table_.name;
-    if (own && std::any_of(parts.references.begin(), parts.references.end(), is_virtual)) Add(kVirtualParent, key);
+    const bool refers = own && std::any_of(parts.references.begin(), parts.references.end(), is_virtual);
+    if (refers || std::any_of(parts.columns.begin(), parts.columns.end(), is_virtual)) Add(kVirtualParent, key);
     if (!Changes(key)) return;
     for (const TElement& check : table_.elements)
       for (const std::string& column : parts.columns)

@@ -23,6 +23,7 @@ namespace velmora {
 namespace {
 
 constexpr char kTwice[] = "check %s, a name that a check of table %s has, too, which MySQL does not take";
+constexpr char kToVirtual[] = "foreign key %s, to a virtual column of table %s";
 constexpr char kNotUnique[] = "foreign key %s, to columns that no unique key of table %s consists of";
 
 // --- What there is, and since when
@@ -372,6 +373,12 @@ std::map<std::string, std::string> MissingTogether(const TServerTraits& server,
       const bool unique =
           parent == nullptr || std::any_of(parent->elements.begin(), parent->elements.end(),
                                            [&](auto& key) { return ConsistsOf(key, parts.references); });
+      const bool computed =
+          parent != nullptr && std::ranges::any_of(parts.references, [parent](auto& name) {
+            const TElement* column = parent->Find(EElement::Column, name);
+            return column != nullptr && column->text.Column().generated && !column->text.Column().stored;
+          });
+      if (computed) found[table->name] = Format(kToVirtual, element.name, parts.table);
       if (!unique) found[table->name] = Format(kNotUnique, element.name, parts.table);
     }
   return found;
