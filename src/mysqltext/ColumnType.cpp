@@ -63,8 +63,10 @@ TColumnText ReadColumnText(const TElementText& column, const TCharset& of_table)
 
 // Numbers and times, addresses of each type, and shapes are strangers to each other; letters and bytes are to nobody.
 bool Converts(const TColumnText& from, const TColumnText& to) {
-  const auto family = [](const std::string& type) -> std::string {
-    if (InList(type, {"uuid", "inet6", "inet4"})) return type;
+  const auto is_address = [](const std::string& type) { return InList(type, {"uuid", "inet6", "inet4"}); };
+  if ((is_address(from.type) && to.type == "vector") || (from.type == "vector" && is_address(to.type))) return false;
+  const auto family = [&is_address](const std::string& type) -> std::string {
+    if (is_address(type)) return type;
     if (IsShapeType(type)) return "shape";
     const bool counts = IsNumberType(type) || IsTimeType(type) || InList(type, {"bit", "date", "year"});
     return counts ? "number" : "";

@@ -213,7 +213,8 @@ class TMissing {
     const TToken& last = column.text.Tokens()[range->last - 1];
     const bool computed = last.Is(")") && !first.Is("current_timestamp");
     if (computed) Need(kComputedDefault, "column");
-    if (computed && InList(read.charset.charset, {"ucs2", "utf16", "utf32"})) Need(kPrintedWide, "column");
+    const bool apart = computed || column.text.Column().type.ends_with("text");  // from the column's definition
+    if (apart && InList(read.charset.charset, {"ucs2", "utf16", "utf32"})) Need(kPrintedWide, "column");
   }
 
   void FindInCheck(const TElement& check) {

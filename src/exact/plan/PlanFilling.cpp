@@ -90,7 +90,9 @@ std::string TextWithoutDefault(const std::string& column, bool nulls) {
   for (std::size_t at = 0; at + 1 < tokens.size(); at = AfterValue(tokens, at)) {
     const bool is_default = parts.default_value && at + 1 == parts.default_value->first;
     const bool is_not_null = nulls && IsKeyword(tokens[at], "not") && IsKeyword(tokens[at + 1], "null");
-    if (!is_default && !is_not_null) continue;
+    // MariaDB wants a default for a column that nobody fills.
+    const bool is_invisible = IsKeyword(tokens[at], "invisible");
+    if (!is_default && !is_not_null && !is_invisible) continue;
     add(from, at);
     from = is_default ? parts.default_value->last : at + 1;
   }

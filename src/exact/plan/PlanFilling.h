@@ -18,7 +18,7 @@ bool IsFilledByUpdate(const TChange& change);
 // A change of a column to such a default has to wait, too, where the statement adds any column.
 bool GetsDefaultLater(const TChange& change, const TTableWork& work);
 
-// A column's text without its default; `nulls` allows NULL.
+// A column's text without its default, and visible; `nulls` allows NULL.
 std::string TextWithoutDefault(const std::string& column, bool nulls);
 
 // Such a column comes with the server's own first value instead of NULL if it is in a primary key that is there
