@@ -46,11 +46,11 @@ std::vector<std::unique_ptr<TCommand>> MakeCommands();
 
 // An option that is one of a few words, case ignored; `choose` gets the number of the word.
 void DeclareChoice(CLI::App& app, const std::string& name, const TStringList& words, const std::string& help,
-                   std::function<void(std::size_t)> choose);
+                   const std::function<void(std::size_t)>& choose);
 
 // An option that is a whole number from `least` to `most`; a fault says so.
 void DeclareNumber(CLI::App& app, const std::string& name, std::int64_t least, std::int64_t most,
-                   const std::string& help, std::function<void(std::int64_t)> take);
+                   const std::string& help, const std::function<void(std::int64_t)>& take);
 
 // Arguments and options that several commands take.
 void DeclareFormat(CLI::App& app, EFormat& format);

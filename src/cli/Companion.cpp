@@ -78,7 +78,7 @@ std::vector<std::unique_ptr<TCommand>> MakeCommands() {
 }
 
 void DeclareChoice(CLI::App& app, const std::string& name, const TStringList& words, const std::string& help,
-                   std::function<void(std::size_t)> choose) {
+                   const std::function<void(std::size_t)>& choose) {
   const auto take = [name, words, choose](const std::string& given) {
     const std::ptrdiff_t place = IndexOf(words, given);
     if (place == kNotInList) throw CLI::ValidationError(name, "\"" + given + "\" is none of " + JoinList(words, ", "));
@@ -88,7 +88,7 @@ void DeclareChoice(CLI::App& app, const std::string& name, const TStringList& wo
 }
 
 void DeclareNumber(CLI::App& app, const std::string& name, std::int64_t least, std::int64_t most,
-                   const std::string& help, std::function<void(std::int64_t)> take) {
+                   const std::string& help, const std::function<void(std::int64_t)>& take) {
   const auto check = [name, least, most, take](const std::string& given) {
     const std::optional<std::int64_t> value = TryStrToInt(given);
     if (!value || *value < least || *value > most)

@@ -2,7 +2,7 @@
 
 // Ctrl+C, and the signals that ask a process to end, while a script runs.
 
-#include <signal.h>
+#include <signal.h>  // NOLINT(modernize-deprecated-headers): for sigaction
 
 #include <array>
 #include <mutex>

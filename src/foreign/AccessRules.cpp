@@ -21,15 +21,13 @@ std::string PlainPattern(std::string_view pattern) {
   std::string plain;
   bool in_set = false;
   for (const char c : pattern) {
-    if (in_set)
-      plain += c;
-    else if (c == '*')
+    if (!in_set && c == '*')
       plain += '%';
-    else if (c == '?')
+    else if (!in_set && c == '?')
       plain += '_';
-    else if (c == '#')
+    else if (!in_set && c == '#')
       plain += "[0-9]";
-    else if (c == '%' || c == '_')
+    else if (!in_set && (c == '%' || c == '_'))
       plain += std::string("[") + c + "]";
     else
       plain += c;

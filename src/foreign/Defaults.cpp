@@ -226,8 +226,8 @@ std::optional<std::string> ClockOf(std::string_view text) {
 std::optional<std::string> MomentOf(std::string_view text, const std::string& type) {
   text = TrimView(text);
   const std::size_t gap = text.find_first_of(" T");
-  const auto day = DayOf(text.substr(0, gap));
-  const auto clock = gap == std::string_view::npos ? ClockOf(text) : ClockOf(TrimView(text.substr(gap + 1)));
+  auto day = DayOf(text.substr(0, gap));
+  auto clock = gap == std::string_view::npos ? ClockOf(text) : ClockOf(TrimView(text.substr(gap + 1)));
   if (type == "time") return clock;
   if (!day || (gap != std::string_view::npos && !clock)) return std::nullopt;
   if (type == "date") return day;

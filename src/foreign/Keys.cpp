@@ -31,7 +31,8 @@ class TKeyMapper {
 
   void Map() {
     for (const TForeignKey& key : facts_.keys) Map(key);
-    std::ranges::stable_partition(table_.keys, [](auto& key) { return key.kind == EForeignKeyKind::Primary; });
+    std::stable_partition(table_.keys.begin(), table_.keys.end(),
+                          [](auto& key) { return key.kind == EForeignKeyKind::Primary; });
   }
 
  private:

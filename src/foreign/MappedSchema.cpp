@@ -69,7 +69,7 @@ class TSchemaMapper {
 
   // --- Names
 
-  std::string Cased(std::string name) const {
+  std::string Cased(const std::string& name) const {
     return context_.wishes.names == ENameCase::Lower ? LowerText(name) : name;
   }
 

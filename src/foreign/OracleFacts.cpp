@@ -181,7 +181,7 @@ std::string FilledColumn(const std::string& condition) {
   const std::string text = Trim(condition);
   if (text.size() <= kFilled.size() || !SameText(text.substr(text.size() - kFilled.size()), kFilled)) return {};
   const std::string name = Trim(text.substr(0, text.size() - kFilled.size()));
-  if (const std::string quoted = ColumnIn(name); !quoted.empty()) return quoted;
+  if (std::string quoted = ColumnIn(name); !quoted.empty()) return quoted;
   return name.find_first_of(" ()'\"") == std::string::npos ? name : std::string();
 }
 

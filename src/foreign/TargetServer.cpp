@@ -49,7 +49,7 @@ TTargetServer ReadTargetServer(const std::string& version) {
 }
 
 std::string TTargetServer::Text() const {
-  const std::string product = mariadb ? "MariaDB" : "MySQL";
+  std::string product = mariadb ? "MariaDB" : "MySQL";
   if (version == kNewest) return product;
   return product + Format(" %d.%d.%d", version / (kPlace * kPlace), version / kPlace % kPlace, version % kPlace);
 }

@@ -398,9 +398,8 @@ class TCompletion {
   // As a server would print it: keys that references bring along, defaults in its words.
   TTableText Settled() {
     const TServerTraits server{.mysql = !context_.server.mariadb};
-    const auto first = std::ranges::stable_partition(made_.elements, [](const TElement& element) {
-                         return element.kind == EElement::Column;
-                       }).begin();
+    const auto first = std::stable_partition(made_.elements.begin(), made_.elements.end(),
+                                             [](const TElement& element) { return element.kind == EElement::Column; });
     std::vector<TElement> others(std::make_move_iterator(first), std::make_move_iterator(made_.elements.end()));
     made_.elements.erase(first, made_.elements.end());
     AddElements(std::move(others), true, server, made_);

@@ -76,7 +76,9 @@ constexpr std::array<TSystemName, 33> kSystemNames{
      {"utf16", "UTF-16BE"},     {"utf16le", "UTF-16LE"},  {"utf32", "UTF-32BE"}}};
 
 // What the system gives for a converter that it has not.
-iconv_t NoConverter() { return reinterpret_cast<iconv_t>(static_cast<std::intptr_t>(-1)); }
+iconv_t NoConverter() {
+  return reinterpret_cast<iconv_t>(static_cast<std::intptr_t>(-1));  // NOLINT(performance-no-int-to-ptr): its own word
+}
 
 // Collations that one server or another gives to a Unicode set by itself: MySQL up to 5.7 and MariaDB up to 10.11,
 // MySQL from 8.0 (MySQL 8.4 Reference Manual, 12.2 Character Sets and Collations in MySQL), MariaDB 11.8.

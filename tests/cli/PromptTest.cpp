@@ -32,7 +32,7 @@ class PromptTest : public ::testing::Test {
       }
       return 0;
     });
-    const termios before = run.Settings();
+    const termios before = run.FirstSettings();
     EXPECT_TRUE(run.Await("Well? "));
     EXPECT_EQ((run.Settings().c_lflag & ECHO) == 0, secret);
     run.Type(keys);

@@ -47,6 +47,7 @@ void TTerminalRun::Start(const std::function<int()>& body) {
       ptsname_r(keyboard_, name.data(), name.size()) != 0)
     throw std::runtime_error("no terminal");
   terminal_ = open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  first_ = Settings();
   child_ = fork();
   if (terminal_ < 0 || child_ < 0) throw std::runtime_error("no process on a terminal");
   if (child_ > 0) return;

@@ -23,6 +23,7 @@ class TTerminalRun {
   bool Await(const std::string& text);
   void Type(const std::string& keys) const;
   termios Settings() const;
+  termios FirstSettings() const { return first_; }  // before the program began
   int End();                   // waits; the exit status, or less than 0 the signal that ended it, or -1000
   const std::string& Shown();  // all that was written so far, as it came
   static std::string Screen(const std::string& shown);  // what is to be seen of it: lines, the last written over
@@ -33,6 +34,7 @@ class TTerminalRun {
 
   int keyboard_ = -1;
   int terminal_ = -1;  // held open so that its settings outlive the process
+  termios first_{};
   pid_t child_ = 0;
   std::string shown_;
 };

@@ -89,7 +89,7 @@ std::unique_ptr<TDBConn> TDBConnAccess::Clone() {
 // Deliberate: brackets at both ends of a default go, whether they belong together or not.
 void TDBConnAccess::ColumnDescription(const TMetaColumn& column, bool detailed, std::string& text) {
   std::string whole;
-  TDBConn::ColumnDescription(column, detailed, whole);
+  TDBConn::ColumnDescription(column, detailed, whole);  // NOLINT(bugprone-parent-virtual-call): the plain words
   if (detailed) {
     if (column.notnull) whole += " not null";
     if (column.autoinc) whole += " identity";

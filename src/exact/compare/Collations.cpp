@@ -61,7 +61,7 @@ void EachName(std::string_view text, Visit visit) {
 struct TSetName {
   std::string name;
   bool collation;
-  auto operator<=>(const TSetName&) const = default;
+  auto operator<=>(const TSetName&) const = default;  // NOLINT(modernize-use-nullptr): there is no pointer
 };
 
 std::set<TSetName> NamesIn(const std::string& text) {

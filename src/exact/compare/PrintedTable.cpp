@@ -1,5 +1,7 @@
 #include "exact/compare/PrintedTable.h"
 
+#include <algorithm>
+
 #include "exact/compare/ServerForm.h"
 #include "exact/compare/Translation.h"
 #include "mysqltext/ColumnParts.h"
@@ -44,11 +46,12 @@ void AddPrefixes(const TTableText& table, TElement& key) {
   constexpr char kPrefix[] = "(4)";
   const TTokens tokens = key.text.Tokens();
   std::string text = key.text.Str();
-  const std::vector<TTokenRange> parts = ListParts(tokens, NextBracket(tokens, 0));
-  for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
-    const TToken& name = tokens[part->first];
+  std::vector<TTokenRange> parts = ListParts(tokens, NextBracket(tokens, 0));
+  std::reverse(parts.begin(), parts.end());  // so that places in front stay
+  for (const TTokenRange& part : parts) {
+    const TToken& name = tokens[part.first];
     const TElement* column = IsName(name) ? table.Find(EElement::Column, NameOf(name)) : nullptr;
-    const bool prefixed = TokenAt(tokens, part->first + 1).Is("(");
+    const bool prefixed = TokenAt(tokens, part.first + 1).Is("(");
     if (column != nullptr && !prefixed && IsShapeType(column->text.Column().type)) text.insert(name.End(), kPrefix);
   }
   if (text != key.text.Str()) key.text = std::move(text);

@@ -169,7 +169,7 @@ class TColumnRewriter {
     }
   }
 
-  void SetCharset(std::string charset) {
+  void SetCharset(const std::string& charset) {
     charset_ = NamedCharset(charset, "");
     SetType(type_ + " CHARACTER SET " + charset);
   }

@@ -175,7 +175,7 @@ void TMdbDatabase::Fail(const std::string& fault) const { RaiseError(Format(kUnr
 
 struct TMdbTableDef::TLibrary {
   struct TFree {
-    void operator()(MdbTableDef* table) const { mdb_free_tabledef(table); }
+    void operator()(MdbTableDef* definition) const { mdb_free_tabledef(definition); }
   };
   MdbCatalogEntry entry{};
   std::unique_ptr<MdbTableDef, TFree> table;

@@ -57,7 +57,7 @@ void PutColumn(TFields& fields, const TMdbLayout& layout, const TMdbColumn& colu
     fields.Put(text ? kMdbGeneralOrder : 0, 2);
     fields.Put(text ? kMdbCodePage : 0, 4);
   } else {
-    fields.Put(text ? kMdbGeneralOrder : column.precision | column.scale << 8, 4);
+    fields.Put(text ? kMdbGeneralOrder : static_cast<std::uint64_t>(column.precision | column.scale << 8), 4);
   }
   fields.Put(column.flags, 1);
   fields.PutWide(column.computed ? kMdbComputed : 0, 5);

@@ -20,7 +20,6 @@ namespace velmora {
 
 namespace {
 
-constexpr char kLibrary[] = "mdbtools";
 constexpr char kUnknownTable[] = "There is no table %s in %s";
 constexpr char kComplex[] = "Cannot read %s: table %s: column %s holds attachments or several values in one";
 constexpr char kDefaultValue[] = "DefaultValue";

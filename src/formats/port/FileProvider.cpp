@@ -63,7 +63,7 @@ std::vector<TOLEDBColumnRow> TFileProvider::Columns(const std::string& table) {
 
 std::vector<TOLEDBIndexRow> TFileProvider::Indexes(const std::string& table) {
   if (!fetched_ || fetched_->first != table) Columns(table);
-  const auto indexes = std::move(fetched_->second.indexes);
+  auto indexes = std::move(fetched_->second.indexes);
   fetched_.reset();
   return indexes;
 }

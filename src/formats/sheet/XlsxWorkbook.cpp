@@ -288,6 +288,7 @@ std::vector<TSheet> ReadXlsxWorkbook(std::string_view bytes) {
   if (const TRelation* styles = FindKind(relations, "styles")) ReadStyles(parts, styles->part, book.formats);
   if (const TRelation* texts = FindKind(relations, "sharedStrings")) ReadTexts(parts, texts->part, book.texts);
   std::vector<TSheet> sheets;
+  sheets.reserve(entries.size());
   for (const TSheetEntry& entry : entries) sheets.push_back(TSheetPart(book, entry, parts).Read());
   return sheets;
 }

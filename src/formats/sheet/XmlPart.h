@@ -9,7 +9,7 @@
 
 #include "formats/sheet/ZipParts.h"
 
-struct _xmlTextReader;
+struct _xmlTextReader;  // NOLINT(bugprone-reserved-identifier): libxml2's own name
 
 namespace velmora {
 
