@@ -129,7 +129,7 @@ std::string EscapedPattern(const TOdbcConnection& connection, const std::string&
   if (escape.empty()) return name;
   std::string pattern = StrReplace(name, escape, escape + escape);
   for (const char* letter : {"_", "%"})
-    if (escape != letter) pattern = StrReplace(pattern, letter, escape + letter);
+    if (escape != letter) pattern = StrReplace(pattern, letter, std::string(escape).append(letter));
   return pattern;
 }
 
@@ -392,6 +392,7 @@ std::vector<TOLEDBTableRow> OdbcTables(const TOdbcConnection& connection) {
   });
   KeepIn(rows, catalog);
   std::vector<TOLEDBTableRow> tables;
+  tables.reserve(rows.size());
   for (const TOdbcTexts& row : rows) tables.push_back({TextAt(row, kTable), TextAt(row, kType)});
   return tables;
 }

@@ -40,6 +40,7 @@ void TTaskFile::CloseTask() {
   host_.ShowTask(false);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the path may be that of the task, which is closed
 void TTaskFile::OpenTask(std::string path) {
   CloseTask();
   Host().ProcessMessages();

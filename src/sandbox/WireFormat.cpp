@@ -232,7 +232,7 @@ void TWireReader::Fields(std::vector<TFieldDef>& fields, std::vector<bool>& is_a
     field.size = Number();
   }
   is_autoincrement.resize(Count());
-  for (std::size_t i = 0; i < is_autoincrement.size(); ++i) is_autoincrement[i] = Number() != 0;
+  for (auto&& counts : is_autoincrement) counts = Number() != 0;
 }
 
 TRowsOfValues TWireReader::Values() {
