@@ -286,7 +286,9 @@ std::vector<TSheet> ReadXlsxWorkbook(std::string_view bytes) {
   const TRelations relations = RelationsOf(parts, part);
   const std::vector<TSheetEntry> entries = ReadWorkbook(parts, part, relations, book);
   if (const TRelation* styles = FindKind(relations, "styles")) ReadStyles(parts, styles->part, book.formats);
-  if (const TRelation* texts = FindKind(relations, "sharedStrings")) ReadTexts(parts, texts->part, book.texts);
+  // Some writers name the part without writing it where no cell has a shared text.
+  if (const TRelation* texts = FindKind(relations, "sharedStrings"); texts != nullptr && parts.Has(texts->part))
+    ReadTexts(parts, texts->part, book.texts);
   std::vector<TSheet> sheets;
   sheets.reserve(entries.size());
   for (const TSheetEntry& entry : entries) sheets.push_back(TSheetPart(book, entry, parts).Read());

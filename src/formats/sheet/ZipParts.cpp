@@ -36,10 +36,15 @@ TZipParts::TZipParts(std::string_view bytes) {
       [&] { zip_error_fini(&error); });
 }
 
+std::int64_t TZipParts::Find(const std::string& name) const {
+  const zip_int64_t index = zip_name_locate(archive_.get(), name.c_str(), 0);
+  return index >= 0 ? index : zip_name_locate(archive_.get(), name.c_str(), ZIP_FL_NOCASE);
+}
+
+bool TZipParts::Has(const std::string& name) const { return Find(name) >= 0; }
+
 TZipPart TZipParts::Open(const std::string& name) {
-  zip_int64_t index = -1;
-  for (const zip_flags_t flags : {zip_flags_t{0}, zip_flags_t{ZIP_FL_NOCASE}})
-    if (index < 0) index = zip_name_locate(archive_.get(), name.c_str(), flags);
+  const std::int64_t index = Find(name);
   if (index < 0) RaiseError(Format(kNoPart, name));
   zip_stat_t info;
   zip_file_t* file = zip_fopen_index(archive_.get(), static_cast<zip_uint64_t>(index), 0);

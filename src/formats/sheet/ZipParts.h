@@ -28,12 +28,15 @@ class TZipParts {
   // The part of that name; where none has it, the one whose name differs in the case of letters. Raises an error when
   // there is none. It must not outlive the archive.
   TZipPart Open(const std::string& name);
+  bool Has(const std::string& name) const;
 
  private:
   friend class TZipPart;
   struct TClose {
     void operator()(zip* archive) const;
   };
+
+  std::int64_t Find(const std::string& name) const;  // its place; -1: there is none
 
   std::unique_ptr<zip, TClose> archive_;
   std::uint64_t unpacked_ = 0;
