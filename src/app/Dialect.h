@@ -12,6 +12,7 @@
 #include "app/Difference.h"
 #include "app/ScriptRunner.h"
 #include "exact/compare/Collations.h"
+#include "exact/run/ExactWishes.h"
 #include "exact/run/PairReader.h"
 #include "exact/run/RowChecks.h"
 #include "exact/run/ScratchDatabase.h"
@@ -68,6 +69,7 @@ struct TComparisonWishes {
   bool verify_on_server = false;  // VerifyOnServer will be called
   bool via_server = false;        // the reference's statements are read by the target's server
   TForeignWishes foreign{};       // of a reference that is not MySQL
+  TExactWishes exact{};           // which the exact dialect alone can grant
 };
 
 // What a comparison found beside its actions.

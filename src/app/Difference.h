@@ -10,7 +10,21 @@
 namespace velmora {
 
 enum class EDifferenceState { New, Changed, Obsolete };
-enum class EDifferenceKind { Table, Column, Index, ForeignKey, Constraint, Options, Partitioning };
+enum class EDifferenceKind {
+  Table,
+  Column,
+  Index,
+  ForeignKey,
+  Constraint,
+  Options,
+  Partitioning,
+  // What stands beside tables: `table` is the kind's title, `item` the object.
+  View,
+  Trigger,
+  Procedure,
+  Function,
+  Event
+};
 
 struct TDifference {
   int id = 0;  // of its action row
@@ -34,5 +48,6 @@ struct TPlannedStatement {
 std::string_view StateWord(EDifferenceState state);  // "new", "changed", "obsolete"
 std::string_view KindWord(EDifferenceKind kind);     // "table", "foreign key", ...
 std::string_view KindTitle(EDifferenceKind kind);    // "Tables", "Foreign keys", ...
+bool OfTable(EDifferenceKind kind);                  // false for what stands beside tables
 
 }  // namespace velmora

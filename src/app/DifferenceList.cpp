@@ -167,7 +167,9 @@ void TDifferenceList::Sort() {
   const auto key = [&](std::size_t place) {
     const TEntry& e = entries_[place];
     const bool named = by_name || by_table;
-    return std::tuple(ranks[place], by_table ? 0 : static_cast<int>(e.difference.kind),
+    // What stands beside tables has its own groups, whatever the others go by.
+    const bool by_kind = !by_table || !OfTable(e.difference.kind);
+    return std::tuple(ranks[place], by_kind ? static_cast<int>(e.difference.kind) : 0,
                       named ? std::string_view(e.table) : std::string_view(),
                       named ? std::string_view(e.difference.table) : std::string_view(),
                       by_name ? std::size_t{0} : e.difference.statement,
@@ -186,7 +188,8 @@ bool TDifferenceList::Shown(const TEntry& entry) const {
 }
 
 bool TDifferenceList::SameGroup(std::size_t a, std::size_t b) const {
-  return grouping_ == EGrouping::ByTable ? At(a).table == At(b).table : At(a).kind == At(b).kind;
+  const bool by_table = grouping_ == EGrouping::ByTable && OfTable(At(a).kind) && OfTable(At(b).kind);
+  return by_table ? At(a).table == At(b).table : At(a).kind == At(b).kind;
 }
 
 void TDifferenceList::Group() {
@@ -207,16 +210,23 @@ void TDifferenceList::Group() {
 
 std::string TDifferenceList::Heading() const {
   std::map<std::string, EDifferenceState> tables;
+  std::size_t objects = 0;
   std::size_t unsafe = 0;
   for (const TEntry& entry : entries_) {
     if (entry.decision == EDecision::Deleted) continue;
     if (!entry.difference.unsafe.empty()) ++unsafe;
+    if (!OfTable(entry.difference.kind)) {
+      ++objects;
+      continue;
+    }
     EDifferenceState& state = tables.emplace(entry.difference.table, EDifferenceState::Changed).first->second;
     if (WholeTable(entry.difference)) state = entry.difference.state;
   }
-  if (tables.empty()) return {};
-  const std::string text = Counted(tables.size(), "table") + ": " + StateCounts(tables);
-  return unsafe == 0 ? text : text + Format("; %d unsafe", unsafe);
+  TStringList parts;
+  if (!tables.empty()) parts.push_back(Counted(tables.size(), "table") + ": " + StateCounts(tables));
+  if (objects > 0) parts.push_back(Counted(objects, "other object"));
+  if (unsafe > 0) parts.push_back(Format("%d unsafe", unsafe));
+  return JoinList(parts, "; ");
 }
 
 std::string TDifferenceList::Footing() const {

@@ -80,6 +80,7 @@ TExactDialect::TExactDialect(const TDialectParts& parts)
 void TExactDialect::Take(const TComparisonWishes& wishes) {
   sync.Collations = wishes.collations;
   foreign_ = wishes.foreign;
+  sync.Wishes = wishes.exact;
 }
 
 std::unique_ptr<TDBConn> TExactDialect::Compare() {
@@ -135,6 +136,8 @@ std::map<int, std::string> TExactDialect::UnsafeActions() const {
   std::map<int, std::string> reasons;
   for (const TChange& change : sync.Changes())
     if (!change.unsafe.empty()) reasons.emplace(change.id, change.unsafe);
+  for (const TObjectChange& change : sync.ObjectChanges())
+    if (!change.unsafe.empty()) reasons.emplace(change.id, change.unsafe);
   return reasons;
 }
 
@@ -153,6 +156,9 @@ TStringList TExactDialect::UnsafeStatements(const std::string& script) {
   }
   for (const TChange& change : sync.Changes())
     if (!change.unsafe.empty() && actions.contains(change.id)) planned.push_back(UnsafeLine(change));
+  for (const TObjectChange& change : sync.ObjectChanges())
+    if (!change.unsafe.empty() && actions.contains(change.id))
+      planned.push_back(change.LogText() + ": " + change.unsafe);
   planned.insert(planned.end(), others.begin(), others.end());
   return planned;
 }
@@ -175,6 +181,27 @@ std::optional<std::string> TExactDialect::TargetStructure(const std::string& tab
   return text.empty() ? std::nullopt : std::optional(text);
 }
 
+// Bodies are kept as they are sent: with line ends as the reference has them, not as the script does.
+TRunWishes TExactDialect::RunWishes() const {
+  auto planned = std::make_shared<std::map<std::string, TPlanStatement>>();
+  for (TPlanStatement& statement : sync.Plan())
+    if (!statement.object.empty()) {
+      std::string text = WithPlainLineEnds(statement.text);
+      planned->emplace(std::move(text), std::move(statement));
+    }
+  const auto find = [planned](const std::string& text) { return planned->find(WithPlainLineEnds(text)); };
+  TRunWishes wishes{.warnings = true};
+  wishes.sent = [planned, find](const std::string& text) {
+    const auto found = find(text);
+    return found == planned->end() ? text : found->second.text;
+  };
+  wishes.put_back = [planned, find](const std::string& text) {
+    const auto found = find(text);
+    return found == planned->end() ? TStringList() : found->second.put_back;
+  };
+  return wishes;
+}
+
 // A script that ends early has not come to the line that puts the checks back.
 void TExactDialect::RunScript(const std::string& text) {
   TDBConn& target = *parts_.connections.target;
@@ -182,7 +209,7 @@ void TExactDialect::RunScript(const std::string& text) {
   TVariant checks;
   target.GetResultSQL("select @@foreign_key_checks", checks);
   try {
-    parts_.runner.RunScript(text, {.warnings = true}, SplitExactScript);
+    parts_.runner.RunScript(text, RunWishes(), SplitExactScript);
   } catch (...) {
     if (target.GetConnected()) RestoreChecks(target, VarToText(checks));
     throw;

@@ -46,6 +46,7 @@ class TExactDialect final : public TDialect {
 
  private:
   std::optional<std::string> TargetStructure(const std::string& table);
+  TRunWishes RunWishes() const;
 
   TDialectParts parts_;
   TForeignWishes foreign_;

@@ -6,6 +6,7 @@
 #include "app/ScriptSplitter.h"
 #include "exact/compare/ChangeText.h"
 #include "exact/plan/ScriptSafety.h"
+#include "util/Lists.h"
 
 namespace velmora {
 
@@ -33,6 +34,19 @@ EDifferenceState StateOf(const TChange& change) {
   }
 }
 
+EDifferenceKind KindOf(const TObjectChange& change) {
+  for (auto kind = EDifferenceKind::View; kind != EDifferenceKind::Event;
+       kind = static_cast<EDifferenceKind>(static_cast<int>(kind) + 1))
+    if (KindWord(kind) == change.kind) return kind;
+  return EDifferenceKind::Event;
+}
+
+EDifferenceState StateOf(TSyncAction action) {
+  return action == saCreateObject ? EDifferenceState::New
+         : action == saDropObject ? EDifferenceState::Obsolete
+                                  : EDifferenceState::Changed;
+}
+
 // The first statement of each action, by id.
 std::unordered_map<int, std::size_t> FirstStatements(const std::vector<TPlanStatement>& plan) {
   std::unordered_map<int, std::size_t> first;
@@ -46,14 +60,21 @@ std::unordered_map<int, std::size_t> FirstStatements(const std::vector<TPlanStat
 std::vector<TDifference> TExactDialect::Differences() const {
   const auto first = FirstStatements(sync.WholePlan());
   std::vector<TDifference> differences;
-  differences.reserve(sync.AllChanges().size());
+  differences.reserve(sync.AllChanges().size() + sync.AllObjectChanges().size());
+  const auto first_of = [&first](int id) {
+    const auto statement = first.find(id);
+    return statement == first.end() ? 0 : statement->second;
+  };
   for (const TChange& change : sync.AllChanges()) {
-    const auto statement = first.find(change.id);
     const std::string detail =
         ChangeDetail(change, sync.Target().Find(change.table), sync.Reference().Find(change.table));
     differences.push_back({change.id, change.table, change.item, KindOf(change), StateOf(change), change.LogText(),
-                           detail, change.unsafe, statement == first.end() ? 0 : statement->second});
+                           detail, change.unsafe, first_of(change.id)});
   }
+  for (const TObjectChange& change : sync.AllObjectChanges())
+    differences.push_back({change.id, std::string(KindsTitle(change.kind)), change.name, KindOf(change),
+                           StateOf(change.action), change.LogText(), JoinList(change.elements, ", "), change.unsafe,
+                           first_of(change.id)});
   return differences;
 }
 

@@ -66,6 +66,7 @@ std::string StatementText(const TRunReport& report, std::size_t index, std::size
   std::string text = Format("%d: %s: line %d: %s\n", index + 1, JoinList(facts, ", "), line,
                             ShownStatement(report.statements[index].text));
   for (const std::string& words : LinesOf(ServerWords(run))) text += "    " + words + "\n";
+  if (!run.put_back.empty()) text += "    " + run.put_back + "\n";
   return text;
 }
 
@@ -91,6 +92,8 @@ TStringList FailureSummary(TDBConn& target, const TRunReport& report, const std:
                            ShownStatement(statement.text)));
   }
   lines.push_back(error);
+  if (report.failed && !report.runs[*report.failed].put_back.empty())
+    lines.push_back(report.runs[*report.failed].put_back);
   if (report.lost || (report.statements.empty() && !StandsConnected(target)))
     lines.push_back(Format("the connection to the target %s is lost", NameOf(target)) +
                     WhatLossLeavesOpen(report, PacketHint(target, report)));

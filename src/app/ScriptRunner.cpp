@@ -14,6 +14,10 @@ namespace velmora {
 
 namespace {
 
+constexpr char kPutBack[] = "What it was to replace was put back";
+constexpr char kNotPutBack[] = "What it was to replace could not be put back: %s; the statement was: %s";
+constexpr char kLost[] = "What it was to replace may be gone; this statement brings it back: %s";
+
 // Whether a server commits at this statement, whatever the transaction.
 bool CommitsByItself(const std::string& statement) {
   std::size_t start = 0;
@@ -116,8 +120,9 @@ void TScriptRunner::Execute(TDBConn& target, std::size_t pieces, const TRunWishe
   for (std::size_t i = 0; i < report_.statements.size(); ++i) {
     progress_.StepTotal();
     try {
-      RunOne(target, i, wishes.warnings);
+      RunOne(target, i, wishes);
     } catch (...) {
+      PutBack(target, i, wishes);
       const TScriptStatement& statement = report_.statements[i];
       report_.failed = i;
       editor_.SetCaret(statement.position);
@@ -132,13 +137,33 @@ void TScriptRunner::Execute(TDBConn& target, std::size_t pieces, const TRunWishe
   }
 }
 
-void TScriptRunner::RunOne(TDBConn& target, std::size_t index, bool warnings) {
+// What made the run fail matters more than an error of this, which is told beside it.
+void TScriptRunner::PutBack(TDBConn& target, std::size_t index, const TRunWishes& wishes) {
+  TStatementRun& run = report_.runs[index];
+  const TStringList statements = wishes.put_back ? wishes.put_back(report_.statements[index].text) : TStringList();
+  if (statements.empty()) return;
+  if (!target.GetConnected()) {
+    run.put_back = Format(kLost, statements.front());
+    return;
+  }
+  run.put_back = kPutBack;
+  for (const std::string& statement : statements) {
+    try {
+      target.ExecSQL(statement);
+    } catch (const EVelmora& error) {
+      run.put_back = Format(kNotPutBack, error.what(), statement);
+    }
+  }
+}
+
+void TScriptRunner::RunOne(TDBConn& target, std::size_t index, const TRunWishes& wishes) {
   TStatementRun& run = report_.runs[index];
   run.state = ERunState::Running;
   Tell();
   const TStopwatch watch;
   try {
-    const std::int64_t rows = target.ExecSQL(report_.statements[index].text);
+    const std::string& text = report_.statements[index].text;
+    const std::int64_t rows = target.ExecSQL(wishes.sent ? wishes.sent(text) : text);
     run.seconds = watch.Seconds();
     if (rows >= 0) run.rows = rows;
   } catch (const std::exception& error) {
@@ -149,7 +174,7 @@ void TScriptRunner::RunOne(TDBConn& target, std::size_t index, bool warnings) {
     run.state = Host().Cancelling() ? ERunState::Cancelled : ERunState::Failed;
     throw;
   }
-  if (warnings) run.words = Warnings(target);
+  if (wishes.warnings) run.words = Warnings(target);
   run.state = ERunState::Done;
 }
 

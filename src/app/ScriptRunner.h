@@ -14,6 +14,7 @@
 #include "sync/Progress.h"
 #include "sync/ScriptEditor.h"
 #include "sync/TaskConnections.h"
+#include "util/Lists.h"
 
 namespace velmora {
 
@@ -26,6 +27,7 @@ struct TStatementRun {
   std::optional<std::int64_t> rows;  // affected, where the engine tells
   int error = 0;                     // the number of the server's error; 0: none, or none is known
   std::string words;                 // the error; of a statement that ran the server's warnings, a line each
+  std::string put_back{};            // what became of the old text that a refused one was to replace
 };
 
 // What became of a run, also of one that failed or was cancelled.
@@ -54,6 +56,10 @@ struct TRunReport {
 struct TRunWishes {
   bool transaction = true;  // one for the whole script
   bool warnings = false;    // the server is asked for its warnings after a statement that has some
+  // What goes to the server for the text of a statement; none: the text itself.
+  std::function<std::string(const std::string& text)> sent{};
+  // What restores what the statement was to replace, once it was refused; none: nothing does.
+  std::function<TStringList(const std::string& text)> put_back{};
 };
 
 class TScriptRunner {
@@ -76,7 +82,8 @@ class TScriptRunner {
 
  private:
   void Execute(TDBConn& target, std::size_t pieces, const TRunWishes& wishes);
-  void RunOne(TDBConn& target, std::size_t index, bool warnings);
+  void RunOne(TDBConn& target, std::size_t index, const TRunWishes& wishes);
+  void PutBack(TDBConn& target, std::size_t index, const TRunWishes& wishes);
   void Tell() const {
     if (OnProgress) OnProgress(report_);
   }

@@ -29,8 +29,9 @@ struct TScriptPieces {
 // grows by the piece and the character that is lost, and not by the ";", so it falls behind by one for each statement.
 TScriptPieces SplitScript(std::string_view script);
 
-// The same for scripts of the exact dialect: cut at ";" outside quotes, backticks and comments, nothing taken out but
-// what stands around a statement. A statement's position is its start.
+// The same for scripts of the exact dialect: cut at ";", or at what a `delimiter` line has put in its place, outside
+// quotes, backticks and comments; nothing taken out but what stands around a statement. A statement's position is its
+// start.
 TScriptPieces SplitExactScript(std::string_view script);
 
 using TScriptSplitter = TScriptPieces (*)(std::string_view script);

@@ -4,6 +4,7 @@
 #include "core/Meta.h"
 #include "sync/CaseTwins.h"
 #include "util/Errors.h"
+#include "util/Format.h"
 
 namespace velmora {
 
@@ -13,7 +14,7 @@ constexpr TDialectTraits kTraits{};
 
 constexpr char kVerifies[] = "Only a script of the exact dialect can be verified on the server";
 constexpr char kReadsByServer[] = "Only the exact dialect can read a reference by the server (--via-server)";
-constexpr char kMapsCollations[] = "--map-collation belongs to the exact dialect (--dialect exact)";
+constexpr char kExactAlone[] = "--%s belongs to the exact dialect (--dialect exact)";
 
 std::string BuiltText(TDBConn* conn, const std::string& table) {
   std::string text;
@@ -32,7 +33,9 @@ TStandardDialect::TStandardDialect(const TDialectParts& parts)
 void TStandardDialect::Take(const TComparisonWishes& wishes) {
   if (wishes.verify_on_server) RaiseError(kVerifies);
   if (wishes.via_server) RaiseError(kReadsByServer);
-  if (!wishes.collations.empty()) RaiseError(kMapsCollations);
+  if (!wishes.collations.empty()) RaiseError(Format(kExactAlone, "map-collation"));
+  for (const TExactOption& option : ExactOptions())
+    if (!option.given(wishes.exact).empty()) RaiseError(Format(kExactAlone, std::string(option.word)));
 }
 
 std::unique_ptr<TDBConn> TStandardDialect::Compare() {

@@ -42,6 +42,7 @@ TMadeTask MakeTask(const std::string& path, const TSourceSettings& reference, co
     task.dialect = StoredDialect(reader.Dialect()).id;
     task.marks = reader.Marks();
     task.foreign = ReadForeignWishes(reader.Foreign());
+    task.exact = ReadExactWishes(reader.Exact());
     task.connections.reference = MakeSide(reader.Reference(), reference);
     task.connections.target = MakeSide(reader.Target(), target);
     CheckTarget(*task.connections.target);
@@ -54,10 +55,12 @@ void CheckTaskName(const std::string& path) {
 }
 
 void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target, EDialect dialect,
-                 const TTaskMarks& marks, const TForeignWishes& foreign) {
+                 const TTaskMarks& marks, const TForeignWishes& foreign, const TExactWishes& exact) {
   CheckTaskName(path);
-  Named(path,
-        [&] { WriteTask(path, reference, target, DialectRow(dialect).Stored(), marks, ForeignWishesText(foreign)); });
+  Named(path, [&] {
+    WriteTask(path, reference, target, DialectRow(dialect).Stored(), marks, ForeignWishesText(foreign),
+              ExactWishesText(exact));
+  });
 }
 
 TTaskValues ShowTaskFile(const std::string& path) {
@@ -65,6 +68,7 @@ TTaskValues ShowTaskFile(const std::string& path) {
     TTaskValues values = ReadTaskValues(path);
     StoredDialect(values.dialect);
     ReadForeignWishes(values.foreign);
+    ReadExactWishes(values.exact);
     return values;
   });
 }

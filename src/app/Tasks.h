@@ -6,6 +6,7 @@
 
 #include "app/Dialects.h"
 #include "app/Sources.h"
+#include "exact/run/ExactWishes.h"
 #include "foreign/ForeignWishes.h"
 #include "persist/TaskDocument.h"
 #include "sync/TaskConnections.h"
@@ -19,6 +20,7 @@ struct TMadeTask {
   EDialect dialect = kDefaultDialect;
   TTaskMarks marks;
   TForeignWishes foreign;
+  TExactWishes exact;
 };
 
 // Both sides of a task file; passwords are those of the file, unless the settings have one. Raises for a side that
@@ -30,7 +32,7 @@ void CheckTaskName(const std::string& path);  // raises for a name that does not
 // Writes a task file, an old one being replaced in one step. Raises for a name that does not end in .vlt and for a file
 // of creation texts, which cannot be part of a task.
 void NewTaskFile(const std::string& path, TDBConn& reference, TDBConn& target, EDialect dialect = kDefaultDialect,
-                 const TTaskMarks& marks = {}, const TForeignWishes& foreign = {});
+                 const TTaskMarks& marks = {}, const TForeignWishes& foreign = {}, const TExactWishes& exact = {});
 
 TTaskValues ShowTaskFile(const std::string& path);
 

@@ -13,6 +13,7 @@
 #include "app/Dialects.h"
 #include "cli/Console.h"
 #include "exact/compare/Collations.h"
+#include "exact/run/ExactWishes.h"
 #include "foreign/ForeignWishes.h"
 #include "util/Counted.h"
 #include "util/Lists.h"
@@ -61,6 +62,7 @@ struct TPair {
   std::optional<EDialect> dialect;  // as given; otherwise that of the task file
   TCollationMap collations;         // the exact dialect alone has it
   TForeignWishes foreign;           // of a reference that is not MySQL, before those of the task file
+  TExactWishes exact;               // likewise before those of the task file
   bool allow_empty_reference = false;
   bool verify_on_server = false;  // of the commands that can; the exact dialect alone has it, and the next one
   bool via_server = false;        // the reference's statements are read by the target's server
@@ -69,6 +71,7 @@ void DeclarePair(CLI::App& app, TPair& pair);
 // What can be asked for a source that is not MySQL, as far as it needs no target.
 void DeclareMapping(CLI::App& app, TForeignWishes& wishes);
 void DeclareForeign(CLI::App& app, TForeignWishes& wishes);  // all of it
+void DeclareExact(CLI::App& app, TExactWishes& wishes);
 void DeclareDialect(CLI::App& app, const std::string& help, const std::function<void(EDialect)>& choose);
 void DeclareAllowEmpty(CLI::App& app, TPair& pair);  // --allow-empty-reference
 void DeclareScratch(CLI::App& app, TPair& pair);     // --via-server, --verify-on-server

@@ -131,6 +131,7 @@ void DeclarePair(CLI::App& app, TPair& pair) {
       "Exact dialect: where the reference names the collation or character set A, write B, which the target's server "
       "knows; may be given several times",
       [&pair](const std::string& mapping) { AddToCollationMap(mapping, pair.collations); });
+  DeclareExact(app, pair.exact);
   DeclareForeign(app, pair.foreign);
   app.callback([&pair] {
     const bool is_task = IsTaskFile(pair.reference);
@@ -163,6 +164,18 @@ void DeclareForeign(CLI::App& app, TForeignWishes& wishes) {
                "A reference that is not MySQL: timestamp, which ends in 2038, counts as equal to datetime");
   app.add_flag("--drop-obsolete", wishes.drop_obsolete,
                "A reference that is not MySQL: tables that the target alone has go, which is unsafe");
+}
+
+void DeclareExact(CLI::App& app, TExactWishes& wishes) {
+  for (const TExactOption& option : ExactOptions()) {
+    const std::string name = "--" + std::string(option.word);
+    const auto take = [&wishes, &option](const std::string& argument) { option.take(wishes, argument); };
+    if (option.argument.empty())
+      app.add_flag_callback(
+          name, [take] { take({}); }, std::string(option.help));
+    else
+      DeclareEach(app, name, std::string(option.argument), std::string(option.help), take);
+  }
 }
 
 void DeclareDialect(CLI::App& app, const std::string& help, const std::function<void(EDialect)>& choose) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <ostream>
+#include <set>
 #include <sstream>
 
 #include "cli/Command.h"
@@ -13,7 +14,7 @@ namespace velmora {
 
 namespace {
 
-constexpr char kOthersAlone[] = " (views, triggers, routines, events), left alone\n";
+constexpr char kOthersAlone[] = " (views, triggers, routines, events), left alone: see the notes\n";
 
 constexpr char kUnmade[] = " no form in MySQL; --accept TABLE.ELEMENT goes on without\n";
 
@@ -37,6 +38,21 @@ char SignOf(TActionIcon icon) {
 std::string TopText(const TApplication& app, const TActionNode& node) {
   const TActionRow* row = node.id.empty() ? nullptr : app.data.mtActions.Find(StrToInt(node.id));
   return row == nullptr ? node.text : SyncAction(row->action_id).LogText(node.text, row->item);
+}
+
+// "3 tables", "3 tables and 2 other objects"
+std::string WhereThey(const TdmData& data) {
+  std::set<std::string> tables;
+  std::size_t objects = 0;
+  for (const TActionRow* row = data.mtActions.First(); row != nullptr; row = data.mtActions.After(row->id))
+    if (SyncAction(row->action_id).OfObject())
+      ++objects;
+    else
+      tables.insert(row->table);
+  TStringList parts;
+  if (!tables.empty()) parts.push_back(Counted(tables.size(), "table"));
+  if (objects > 0) parts.push_back(Counted(objects, tables.empty() ? "object" : "other object"));
+  return JoinList(parts, " and ");
 }
 
 void PrintReason(const TReasons& reasons, const TActionNode& node, const char* indent, std::ostream& out) {
@@ -83,7 +99,7 @@ void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
   if (dialect.Identical())
     out << kIdentical;
   else if (count > 0)
-    out << '\n' << Counted(count, "difference") << " in " << Counted(app.tree.Top().size(), "table") << '\n';
+    out << '\n' << Counted(count, "difference") << " in " << WhereThey(app.data) << '\n';
   if (dialect.Traits().has_findings && count > 0)
     out << TellLeft("Verified", "Not verified", findings, findings.differences_left) << '\n';
   if (!findings.skipped.empty()) out << Counted(findings.skipped.size(), "table") << " could not be compared\n";
@@ -92,7 +108,7 @@ void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
   if (const std::size_t unfollowed = findings.not_followed.size(); unfollowed > 0)
     out << Counted(unfollowed, "statement") << " could not be followed, so nobody knows whether tables are identical\n";
   const std::size_t objects = findings.objects.size();
-  if (objects > 0 && dialect.TablesIdentical()) out << "All tables are identical.\n";
+  if (!dialect.Identical() && dialect.TablesIdentical()) out << "All tables are identical.\n";
   if (objects > 0) out << Counted(objects, "other object") << (objects == 1 ? " differs" : " differ") << kOthersAlone;
 }
 

@@ -122,12 +122,14 @@ std::optional<std::string> TPairRun::GenerateScript() {
 TTaskConnections TPairRun::Make(const TPair& pair, const TSourceOptions& options) {
   if (pair.dialect) app_.Choose(*pair.dialect);
   foreign_ = pair.foreign;
+  exact_ = pair.exact;
   if (IsTaskFile(pair.reference)) {
     TMadeTask task = MakeTask(pair.reference, AskingWithoutBar(options.ForTaskReference(console_)),
                               AskingWithoutBar(options.ForTaskTarget(console_)));
     if (!pair.dialect) app_.Choose(task.dialect);
     marks_ = task.marks;
     foreign_ = JoinWishes(pair.foreign, task.foreign);
+    exact_ = JoinWishes(pair.exact, task.exact);
     SettleSocket({task.connections.reference.get(), task.connections.target.get()}, true);
     return std::move(task.connections);
   }
@@ -153,7 +155,7 @@ void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_s
   if (OnMade) OnMade(*connections.target);
   CheckComparable(*connections.reference, app_.Dialect().Traits().maps_foreign);
   if (foreign_.Any() && !HasFactReader(*connections.reference)) RaiseError(kForeignAlone);
-  app_.Take({pair.collations, pair.verify_on_server, pair.via_server, foreign_});
+  app_.Take({pair.collations, pair.verify_on_server, pair.via_server, foreign_, exact_});
   if (pair.via_server && (!IsFile(*connections.reference) || IsFile(*connections.target))) RaiseError(kFileAndServer);
   const TDialectTraits& dialect = app_.Dialect().Traits();
   // A server that is only compared need not be asked for its tables more often than the comparison does.

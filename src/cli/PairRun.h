@@ -67,6 +67,7 @@ class TPairRun {
   TApplication app_;
   TTaskMarks marks_;
   TForeignWishes foreign_;  // of the command and the task file
+  TExactWishes exact_;      // likewise
 };
 
 // Progress on the console's terminal, or none where it is no terminal.

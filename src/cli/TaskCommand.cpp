@@ -41,6 +41,12 @@ void PrintSide(const char* name, const TTaskSide& side, bool show_passwords, std
     if (side.values.Has(key.name)) print(key);
 }
 
+void PrintWishes(const char* what, const std::string& wishes, std::ostream& out) {
+  TStringList lines;
+  SplitText("\n", wishes, lines);
+  for (const std::string& wish : lines) out << what << ": " << ShownText(wish) << '\n';
+}
+
 }  // namespace
 
 void TTaskCommand::Declare(CLI::App& app) {
@@ -56,6 +62,7 @@ void TTaskCommand::Declare(CLI::App& app) {
                 [this](std::size_t choice) { marks_.colour = static_cast<ETaskColour>(choice); });
   create->add_flag("--ask-for-database", marks_.confirm_database,
                    "Have the target database's name typed before a script runs on it");
+  DeclareExact(*create, exact_);
   DeclareForeign(*create, foreign_);
   options_.DeclarePair(*create);
   CLI::App* show = app.add_subcommand("show", "Show what a task file holds; nothing is connected");
@@ -71,7 +78,7 @@ int TTaskCommand::WriteNew(TConsole& console) {
   const std::unique_ptr<TDBConn> reference = MakeSource(reference_, options_.ForStoredReference(console));
   const std::unique_ptr<TDBConn> target = MakeTarget(target_, options_.ForStoredTarget(console));
   SettleSocket({reference.get(), target.get()});
-  NewTaskFile(file_, *reference, *target, dialect_, marks_, foreign_);
+  NewTaskFile(file_, *reference, *target, dialect_, marks_, foreign_, exact_);
   return kExitSuccess;
 }
 
@@ -82,9 +89,8 @@ int TTaskCommand::Show(TConsole& console) {
   if (task.dialect) console.out << "dialect: " << *task.dialect << '\n';
   if (task.marks.colour != ETaskColour::None) console.out << "colour: " << ColourWord(task.marks.colour) << '\n';
   if (task.marks.confirm_database) console.out << "asks for the database's name before a run\n";
-  TStringList foreign;
-  SplitText("\n", task.foreign, foreign);
-  for (const std::string& wish : foreign) console.out << "foreign: " << ShownText(wish) << '\n';
+  PrintWishes("foreign", task.foreign, console.out);
+  PrintWishes("exact", task.exact, console.out);
   return kExitSuccess;
 }
 

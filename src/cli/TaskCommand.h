@@ -27,6 +27,7 @@ class TTaskCommand final : public TCommand {
   EDialect dialect_ = kDefaultDialect;
   TTaskMarks marks_;
   TForeignWishes foreign_;
+  TExactWishes exact_;
   TSourceOptions options_;
   bool show_passwords_ = false;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,10 +10,19 @@
 
 namespace velmora {
 
+// What a session had set when a trigger, routine or event was made: its server sets it again whenever the body runs.
+struct TObjectContext {
+  std::optional<std::string> sql_mode{};  // nothing where nobody knows; so are the others where they are empty
+  std::string collation{};                // of the connection: that of literals
+  std::string time_zone{};                // of events
+};
+
 struct TOtherObject {
   std::string kind;  // "view", "sequence", "trigger", "procedure", "function", "event", ...
   std::string name;
   std::string text{};  // its creation text where it can be had, else empty
+  TObjectContext context{};
+  int order = 0;  // of a trigger: its place, from 1, among those of its table, time and event; 0 where nobody knows
 };
 
 // A statement of a script on tables, indexes or databases: create, alter, rename, drop; a setting that new tables
@@ -47,6 +57,9 @@ class TCreationTexts {
   virtual std::string TextsDatabase() const { return {}; }
   // What the database holds besides tables: views, sequences, triggers, routines, events.
   virtual std::vector<TOtherObject> OtherObjects() { return {}; }
+  // The kinds of these of which there may be more than OtherObjects lists: the login may not see all of them, or a
+  // script has none, as dumps leave some out. After OtherObjects.
+  virtual TStringList KindsNotAllSeen() { return {}; }
   // What the connected server says of itself by `select version()`; empty for files.
   virtual std::string ServerVersion() { return {}; }
   // Of a side that is a script: its statements, in order, which live until it connects anew; null for servers.

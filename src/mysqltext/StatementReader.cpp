@@ -61,18 +61,29 @@ bool TStatementReader::SkipToStatement() {
   return false;
 }
 
-// A line of the command line client, not of the server. Without an argument it changes nothing.
-bool TStatementReader::TakeDelimiterLine() {
-  const std::string_view rest = script_.substr(pos_);
-  if (!SameText(rest.substr(0, kDelimiterWord.size()), kDelimiterWord)) return false;
-  if (rest.size() > kDelimiterWord.size() && !IsBlank(rest[kDelimiterWord.size()])) return false;
+namespace {
+
+// A line of the command line client, not of the server: its length where one begins here, and what it says from there
+// on ends statements. Without an argument it changes nothing.
+std::size_t DelimiterLine(std::string_view rest, std::string_view& delimiter) {
+  if (!SameText(rest.substr(0, kDelimiterWord.size()), kDelimiterWord)) return 0;
+  if (rest.size() > kDelimiterWord.size() && !IsBlank(rest[kDelimiterWord.size()])) return 0;
   const std::string_view line = rest.substr(0, rest.find('\n'));
   std::string_view argument = TrimView(line.substr(kDelimiterWord.size()));
   argument = argument.substr(
       0, static_cast<std::size_t>(std::find_if(argument.begin(), argument.end(), IsBlank) - argument.begin()));
-  if (!argument.empty()) SetDelimiter(argument);
-  pos_ += line.size();
-  return true;
+  if (!argument.empty()) delimiter = argument;
+  return line.size();
+}
+
+}  // namespace
+
+bool TStatementReader::TakeDelimiterLine() {
+  std::string_view delimiter = delimiter_;
+  const std::size_t length = DelimiterLine(script_.substr(pos_), delimiter);
+  if (delimiter != delimiter_) SetDelimiter(delimiter);
+  pos_ += length;
+  return length > 0;
 }
 
 // Goes past the statement and its delimiter; gives where its text ends.
@@ -163,13 +174,15 @@ class TScanner {
  private:
   // Goes to `end`, or to that of the script where what began is never closed.
   void GoTo(std::size_t end) { at_ = std::min(end, script_.size()); }
+  bool TakeDelimiterLine();
   void TakeContent();
   void EndStatement();
 
   std::string_view script_;
   std::size_t at_ = 0;
-  std::size_t start_ = 0;   // of the statement under way
-  std::size_t end_ = 0;     // after what it has so far; at most start_ while it has nothing
+  std::size_t start_ = 0;  // of the statement under way
+  std::size_t end_ = 0;    // after what it has so far; at most start_ while it has nothing
+  std::string_view delimiter_ = ";";
   bool versioned_ = false;  // in a comment for servers of a version, which ends like any other
   std::vector<TScriptRange> found_;
 };
@@ -191,9 +204,16 @@ void TScanner::TakeContent() {
   end_ = at_;
 }
 
+bool TScanner::TakeDelimiterLine() {
+  if (end_ > start_) return false;
+  const std::size_t length = DelimiterLine(script_.substr(at_), delimiter_);
+  at_ += length;
+  return length > 0;
+}
+
 void TScanner::EndStatement() {
   if (end_ > start_) found_.push_back({start_, end_ - start_});
-  ++at_;
+  at_ += delimiter_.size();
   start_ = end_ = at_;
   versioned_ = false;
 }
@@ -204,9 +224,9 @@ std::vector<TScriptRange> TScanner::Scan() {
       ++at_;
     else if (MarkOpening(script_, at_) == 0 && CommentEnd(script_, at_) != at_)
       GoTo(CommentEnd(script_, at_));
-    else if (script_[at_] == ';' && !versioned_)
+    else if (!versioned_ && script_.substr(at_).starts_with(delimiter_))
       EndStatement();
-    else
+    else if (!TakeDelimiterLine())
       TakeContent();
   EndStatement();
   return std::move(found_);

@@ -29,6 +29,7 @@ constexpr char kDialectKey[] = "dialect";
 constexpr char kColourKey[] = "colour";
 constexpr char kConfirmKey[] = "confirm_database";
 constexpr char kForeignKey[] = "foreign";
+constexpr char kExactKey[] = "exact";
 
 constexpr std::size_t kMaxFileSize = std::size_t{64} * 1024 * 1024;
 constexpr unsigned kOwnerOnly = 0600;
@@ -53,6 +54,9 @@ bool HasElement(const std::string& key) {
   cfgGetList(key, "item", elements);
   return !elements.empty();
 }
+
+// Empty where the file has none.
+std::string WishesOf(const char* key) { return HasElement(key) ? cfgGetStr(key) : std::string(); }
 
 void ReadKey(const TSideKeys& side, std::string_view key, TEngineValues& values) {
   values.Set(key, cfgGetStr(Format("%s/%s", side.parent, key)));
@@ -110,7 +114,9 @@ TTaskMarks TTaskReader::Marks() const {
   return marks;
 }
 
-std::string TTaskReader::Foreign() const { return HasElement(kForeignKey) ? cfgGetStr(kForeignKey) : std::string(); }
+std::string TTaskReader::Foreign() const { return WishesOf(kForeignKey); }
+
+std::string TTaskReader::Exact() const { return WishesOf(kExactKey); }
 
 std::unique_ptr<TDBConn> MakeTaskEngine(const TTaskSide& side, const TEngineClients& clients) {
   return MakeEngine(*side.engine, side.values, clients);
@@ -120,11 +126,11 @@ TTaskValues ReadTaskValues(const std::string& path) {
   const TTaskReader reader(path);
   TTaskSide reference = reader.Reference();
   TTaskSide target = reader.Target();
-  return {std::move(reference), std::move(target), reader.Dialect(), reader.Marks(), reader.Foreign()};
+  return {std::move(reference), std::move(target), reader.Dialect(), reader.Marks(), reader.Foreign(), reader.Exact()};
 }
 
 void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target, const std::optional<std::string>& dialect,
-               const TTaskMarks& marks, const std::string& foreign) {
+               const TTaskMarks& marks, const std::string& foreign, const std::string& exact) {
   cfgReset();
   cfgSetStr(kVersionKey, kVersion);
   WriteSide(kReference, reference);
@@ -133,6 +139,7 @@ void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target, con
   if (marks.colour != ETaskColour::None) cfgSetStr(kColourKey, ColourWord(marks.colour));
   if (marks.confirm_database) cfgSetBool(kConfirmKey, true);
   if (!foreign.empty()) cfgSetStr(kForeignKey, foreign);
+  if (!exact.empty()) cfgSetStr(kExactKey, exact);
   const std::string bytes = std::string(kTaskMagic) + PackTask(cfgText());
   WriteFileText(path, bytes, false, kOwnerOnly);
 }

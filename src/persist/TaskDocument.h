@@ -33,6 +33,7 @@ class TTaskReader {
   std::optional<std::string> Dialect() const;  // the word that stands for it; what it means is not this file's affair
   TTaskMarks Marks() const;                    // raises for a colour that there is not
   std::string Foreign() const;  // what is asked for a reference that is not MySQL; likewise not its affair
+  std::string Exact() const;    // what is asked of the exact dialect; likewise
 };
 
 // The engine of a side, not connected. Raises as MakeEngine does.
@@ -44,17 +45,18 @@ struct TTaskValues {
   std::optional<std::string> dialect{};
   TTaskMarks marks{};
   std::string foreign{};
+  std::string exact{};
 };
 
 // A whole file as values, for showing it: nothing is made of them.
 TTaskValues ReadTaskValues(const std::string& path);
 
-// Writes both connections, the word of the dialect where there is one, the marks that are set and `foreign` where it is
-// not empty to the file, in one step and readable for its owner alone. Raises "StrEngine error" for the script engine,
-// "SaveTask: Unhandled engine " and the name for an engine that a task cannot hold on its side, the path store's error
-// for a value that XML cannot hold, and "Cannot write %s: %s". The old file is then as it was.
+// Writes both connections, the word of the dialect where there is one, the marks that are set and of `foreign` and
+// `exact` what is not empty to the file, in one step and readable for its owner alone. Raises "StrEngine error" for the
+// script engine, "SaveTask: Unhandled engine " and the name for an engine that a task cannot hold on its side, the path
+// store's error for a value that XML cannot hold, and "Cannot write %s: %s". The old file is then as it was.
 void WriteTask(const std::string& path, TDBConn& reference, TDBConn& target,
                const std::optional<std::string>& dialect = {}, const TTaskMarks& marks = {},
-               const std::string& foreign = {});
+               const std::string& foreign = {}, const std::string& exact = {});
 
 }  // namespace velmora

@@ -37,6 +37,7 @@ void TTaskFile::CloseTask() {
   Dialect.reset();
   Marks = {};
   Foreign.clear();
+  Exact.clear();
   host_.ShowTask(false);
 }
 
@@ -51,6 +52,7 @@ void TTaskFile::OpenTask(std::string path) {
   Dialect = reader.Dialect();
   Marks = reader.Marks();
   Foreign = reader.Foreign();
+  Exact = reader.Exact();
   connections_.reference = MakeTaskEngine(reader.Reference(), clients_);
   connections_.target = MakeTaskEngine(reader.Target(), clients_);
   ConnectSide("Reference", *connections_.reference);
@@ -61,7 +63,7 @@ void TTaskFile::OpenTask(std::string path) {
 
 void TTaskFile::SaveTask(const std::string& path) {
   if (!connections_.reference || !connections_.target) RaiseError(kNothingToSave);
-  WriteTask(path, *connections_.reference, *connections_.target, Dialect, Marks, Foreign);
+  WriteTask(path, *connections_.reference, *connections_.target, Dialect, Marks, Foreign, Exact);
   TaskIsUnsaved = false;
   TaskFileName = path;
   host_.RecentAdd(path);

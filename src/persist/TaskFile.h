@@ -39,6 +39,7 @@ class TTaskFile {
   std::optional<std::string> Dialect;  // of the open task, by its word: read with it, saved with it
   TTaskMarks Marks;                    // likewise
   std::string Foreign;                 // likewise: what is asked for a reference that is not MySQL, as text
+  std::string Exact;                   // likewise: what is asked of the exact dialect
 
   // Frees both connections and hides the task. With TaskIsUnsaved the user is asked first, and an answer of no raises
   // "Cancelled task closing".

@@ -29,6 +29,7 @@ void DeleteRowOf(const TActionNode& node, TdmData& data) {
 
 void TActionTree::Clear() {
   by_name_.clear();
+  by_title_.clear();
   top_.clear();
   if (view_ != nullptr) view_->Cleared();
 }
@@ -49,14 +50,15 @@ void TActionTree::AddToTree(TSyncAction action, const std::string& table, int ro
 }
 
 TActionNode& TActionTree::TopOf(const TSyncActionInfo& action, const std::string& table, int row_id) {
-  if (const auto found = by_name_.find(table); found != by_name_.end()) return *found->second;
+  auto& index = action.OfObject() ? by_title_ : by_name_;
+  if (const auto found = index.find(table); found != index.end()) return *found->second;
   TActionNode node{table, {}, kIconTableWithChanges, nullptr, {}};
   if (action.WholeTable()) {
     node.id = std::to_string(row_id);
     node.icon = action.icon;
   }
   TActionNode& top = AddNode(top_, std::move(node));
-  by_name_.emplace(table, std::prev(top_.end()));
+  index.emplace(table, std::prev(top_.end()));
   return top;
 }
 
@@ -69,9 +71,13 @@ TActionNode& TActionTree::AddNode(std::list<TActionNode>& list, TActionNode node
 void TActionTree::Remove(const TActionNode& node) {
   if (view_ != nullptr) view_->NodeRemoved(node);
   if (node.parent == nullptr) {
-    const auto found = by_name_.find(node.text);
-    top_.erase(found->second);
-    by_name_.erase(found);
+    const auto is_it = [&node](const auto& entry) { return &*entry.second == &node; };
+    for (auto* index : {&by_name_, &by_title_})
+      if (const auto found = index->find(node.text); found != index->end() && is_it(*found)) {
+        top_.erase(found->second);
+        index->erase(found);
+        return;
+      }
   } else {
     std::list<TActionNode>& siblings = node.parent->children;
     siblings.erase(std::find_if(siblings.begin(), siblings.end(), [&](const TActionNode& n) { return &n == &node; }));

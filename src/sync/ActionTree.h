@@ -1,6 +1,7 @@
 #pragma once
 
-// The tree of sync actions: a top node per table, below it a node per action. Rows live in the action table; the only
+// The tree of sync actions: a top node per table, below it a node per action; a top node for all views, one for all
+// triggers and so on. Rows live in the action table; the only
 // link from a node to its row is the row's id.
 
 #include <functional>
@@ -47,7 +48,8 @@ class TActionTree {
   void BeginUpdate();
   void EndUpdate();
 
-  // Adds the node of an action, and first the top node of its table if there is none.
+  // Adds the node of an action, and first the top node of its table if there is none; of an object `table` is the title
+  // of its kind, which is another node than that of a table with this name.
   void AddToTree(TSyncAction action, const std::string& table, int row_id, const std::string& log_text);
   void Remove(const TActionNode& node);  // a node of this tree, with its children
 
@@ -56,7 +58,8 @@ class TActionTree {
   TActionNode& AddNode(std::list<TActionNode>& list, TActionNode node);
 
   std::list<TActionNode> top_;
-  std::unordered_map<std::string, std::list<TActionNode>::iterator> by_name_;
+  std::unordered_map<std::string, std::list<TActionNode>::iterator> by_name_;   // tables
+  std::unordered_map<std::string, std::list<TActionNode>::iterator> by_title_;  // kinds of objects
   TTreeView* view_ = nullptr;
   int updates_ = 0;
 };

@@ -93,6 +93,9 @@ std::string ChangeTableTypeStatement(TDBConn& reference, TDBConn&, const TAction
   return Format("alter table %s type=%s", row.table, reference.meta().tTables.Current().type);
 }
 
+// The exact dialect writes its statements by itself.
+[[noreturn]] std::string NoStatement(TDBConn&, TDBConn&, const TActionRow&) { RaiseError(kUnhandledAction); }
+
 constexpr auto kTable = ELogSubject::Table;
 constexpr auto kItem = ELogSubject::Item;
 
@@ -109,6 +112,9 @@ constexpr std::array<TSyncActionInfo, kSyncActionCount> kActions{{
     {saModifyConstraint, "Modify constraint", "Changed constraint ", kItem, kIconChanged, ModifyConstraintStatement},
     {saDropConstraint, "Drop constraint", "Obsolete constraint ", kItem, kIconObsolete, DropConstraintStatement},
     {saChangeTableType, "Change table type", "Changed type of table ", kTable, kIconChanged, ChangeTableTypeStatement},
+    {saCreateObject, "Create object", "New ", kItem, kIconNew, NoStatement},
+    {saChangeObject, "Change object", "Changed ", kItem, kIconChanged, NoStatement},
+    {saDropObject, "Drop object", "Obsolete ", kItem, kIconObsolete, NoStatement},
 }};
 
 }  // namespace

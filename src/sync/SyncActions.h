@@ -1,6 +1,6 @@
 #pragma once
 
-// The twelve sync actions, one row of data each.
+// The sync actions, one row of data each: twelve on tables and what is in them, three on what stands beside tables.
 
 #include <array>
 #include <string>
@@ -23,9 +23,13 @@ enum TSyncAction : int {
   saAddConstraint,
   saModifyConstraint,
   saDropConstraint,
-  saChangeTableType
+  saChangeTableType,
+  // Of the exact dialect alone: views, triggers, procedures, functions, events.
+  saCreateObject,
+  saChangeObject,
+  saDropObject
 };
-inline constexpr int kSyncActionCount = 12;
+inline constexpr int kSyncActionCount = 15;
 
 // Icons of the action tree: positions in the image list of differences.
 enum TActionIcon : int {
@@ -51,6 +55,7 @@ struct TSyncActionInfo {
   TStatementMaker statement;
 
   bool WholeTable() const { return id == saCreateTable || id == saDropTable; }
+  bool OfObject() const { return id >= saCreateObject; }
   std::string LogText(const std::string& table, const std::string& item) const;
 };
 

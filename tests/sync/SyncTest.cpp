@@ -205,9 +205,10 @@ TEST(Sync, RefusesUnknownActions) {
   const TScriptFile file("");
   TSyncRig rig(file.Path(), file.Path());
   std::string word;
-  EXPECT_EQ(MessageOf([&] { rig.sync.AddToActions(12, "t", "", ""); }), "AddToActions: Unhandled action type");
+  EXPECT_EQ(MessageOf([&] { rig.sync.AddToActions(kSyncActionCount, "t", "", ""); }),
+            "AddToActions: Unhandled action type");
   EXPECT_TRUE(rig.sync.ActionLog.empty());
-  EXPECT_EQ(MessageOf([&] { rig.sync.ActionName(12, word); }), "Unhandled sync action");
+  EXPECT_EQ(MessageOf([&] { rig.sync.ActionName(kSyncActionCount, word); }), "Unhandled sync action");
   rig.sync.ActionName(saChangeTableType, word);
   EXPECT_EQ(word, "Change table type");
 }

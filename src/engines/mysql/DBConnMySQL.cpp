@@ -35,10 +35,12 @@ constexpr char kResultsAsTheyAre[] = "set session character_set_results=null";
 constexpr char kResultsInOurLetters[] = "set session character_set_results=@@character_set_client";
 constexpr char kNamesWithKinds[] = "show full tables";
 // A trigger has its table's database; asked for by its own, servers would look through the tables of all databases.
+// Their order says in which one they fire; servers of old, which have one of a kind, say 0.
 constexpr char kNamesBesidesTables[] =
-    "select trigger_name, 'trigger' from information_schema.triggers where event_object_schema = database() union all "
-    "select routine_name, routine_type from information_schema.routines where routine_schema = database() union all "
-    "select event_name, 'event' from information_schema.events where event_schema = database()";
+    "select trigger_name, 'trigger', action_order from information_schema.triggers "
+    "where event_object_schema = database() union all "
+    "select routine_name, routine_type, 0 from information_schema.routines where routine_schema = database() union all "
+    "select event_name, 'event', 0 from information_schema.events where event_schema = database()";
 
 // The word for what a server lists with this type; none for tables.
 std::string KindBesidesTables(const std::string& type) {
@@ -46,19 +48,22 @@ std::string KindBesidesTables(const std::string& type) {
   return type.ends_with("VIEW") ? "view" : LowerText(type);
 }
 
-// Where a server shows the creation text of what is no table.
-struct TObjectText {
+// Where a server shows the creation text of what is no table, and what it was made under; 0 where it shows none.
+struct TShownObject {
   std::string_view kind;
-  std::size_t column;
+  std::size_t text;
+  std::size_t mode;
+  std::size_t zone;
+  std::size_t collation;
 };
-constexpr std::array<TObjectText, 8> kObjectTexts = {{{"view", 1},
-                                                      {"sequence", 1},
-                                                      {"trigger", 2},
-                                                      {"procedure", 2},
-                                                      {"function", 2},
-                                                      {"package", 2},
-                                                      {"package body", 2},
-                                                      {"event", 3}}};
+constexpr std::array<TShownObject, 8> kShownObjects = {{{"view", 1, 0, 0, 0},
+                                                        {"sequence", 1, 0, 0, 0},
+                                                        {"trigger", 2, 1, 0, 4},
+                                                        {"procedure", 2, 1, 0, 4},
+                                                        {"function", 2, 1, 0, 4},
+                                                        {"package", 2, 1, 0, 4},
+                                                        {"package body", 2, 1, 0, 4},
+                                                        {"event", 3, 1, 2, 5}}};
 
 std::string ShowObjectStatement(const TOtherObject& object) {
   return Format("show create %s `%s`", object.kind, StrReplace(object.name, "`", "``"));
@@ -472,7 +477,11 @@ std::vector<TOtherObject> TDBConnMySQL::OtherObjects() {
                        [](const TOtherObject& listed) { return !listed.kind.empty(); });
   const std::unique_ptr<TDataset> rows = OpenQuery(kNamesBesidesTables);
   for (; !rows->Eof(); rows->Next())
-    objects.push_back({LowerText(VarToText(rows->Value(1))), VarToText(rows->Value(0))});
+    objects.push_back({LowerText(VarToText(rows->Value(1))),
+                       VarToText(rows->Value(0)),
+                       {},
+                       {},
+                       static_cast<int>(TryStrToInt(VarToText(rows->Value(2))).value_or(0))});
   rows->Close();
   if (!objects.empty()) ReadObjectTexts(objects);
   return objects;
@@ -486,7 +495,7 @@ void TDBConnMySQL::ReadObjectTexts(std::vector<TOtherObject>& objects) {
   RunGuarded(
       [&] {
         ExecSQL(kResultsInOurLetters);
-        for (TOtherObject& object : objects) object.text = ObjectText(object);
+        for (TOtherObject& object : objects) ReadObject(object);
       },
       [this] {
         connection_->ExpectStatements({});
@@ -494,17 +503,22 @@ void TDBConnMySQL::ReadObjectTexts(std::vector<TOtherObject>& objects) {
       });
 }
 
-// Empty where the login may not see it.
-std::string TDBConnMySQL::ObjectText(const TOtherObject& object) {
-  const auto shown = std::ranges::find(kObjectTexts, object.kind, &TObjectText::kind);
-  if (shown == kObjectTexts.end()) return {};
+// Its text stays empty where the login may not see it.
+void TDBConnMySQL::ReadObject(TOtherObject& object) {
+  const auto* const shown = std::ranges::find(kShownObjects, object.kind, &TShownObject::kind);
+  if (shown == kShownObjects.end()) return;
   try {
     std::vector<TVariant> row;
     MySqlQueryRow(ShowObjectStatement(object), *connection_, row);
-    return row.size() > shown->column ? VarToText(row[shown->column]) : std::string();
+    const auto value = [&row](std::size_t column) {
+      return column > 0 && column < row.size() ? VarToText(row[column]) : std::string();
+    };
+    object.text = value(shown->text);
+    if (shown->mode > 0 && shown->mode < row.size()) object.context.sql_mode = value(shown->mode);
+    object.context.collation = value(shown->collation);
+    object.context.time_zone = value(shown->zone);
   } catch (const EMySqlException&) {
     if (!connection_->GetConnected()) throw;
-    return {};
   }
 }
 

@@ -118,7 +118,7 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   std::string ShowCreateStatement(const std::string& table);
   const std::vector<TOtherObject>& ListKinds();
   void ReadObjectTexts(std::vector<TOtherObject>& objects);
-  std::string ObjectText(const TOtherObject& object);
+  void ReadObject(TOtherObject& object);
 
   std::unique_ptr<TMyConnection> connection_;
   TTextReaders text_readers_;

@@ -15,11 +15,16 @@ struct TPlanStatement {
   std::vector<int> actions;         // ids of the changes it serves
   std::vector<std::string> unsafe;  // reasons, "column c: ..." each
   std::string table;                // that it is about
+  // Of a statement about no table: "view v", "trigger t", ...; "session" where it sets what others need.
+  std::string object{};
+  // Statements that restore what was there, should the server refuse it after one before it has taken that away.
+  std::vector<std::string> put_back{};
 };
 
-// In what servers differ that take the statements.
+// In what servers differ that take the statements; neither where nobody knows.
 struct TPlanServer {
   bool mysql = false;  // has "drop check", and lets go of a foreign key's own key where a fulltext key has its columns
+  bool mariadb = false;  // replaces triggers, routines and events in one statement
 };
 
 // 1. foreign keys that go, change, or stand on a column that changes (those come back at the end), 2. dropped tables,

@@ -173,6 +173,7 @@ TStatementRisk TScriptJudge::Judge(std::string text) {
 }
 
 void TScriptJudge::Follow(const TPlanStatement& statement) {
+  if (!statement.object.empty()) return;
   if (statement.text.starts_with("alter"))
     tables_.Alter(statement.table, statement.text);
   else if (statement.text.starts_with("create"))

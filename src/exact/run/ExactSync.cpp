@@ -94,6 +94,7 @@ void TExactSync::Compare() {
         table_under_way_.clear();
         if (maker == nullptr) case_twins_ = velmora::CaseTwins(reference, target);
         CompareSchemas(target);
+        CompareOthers();
         server_ = PlanServerOf(target);
         Prove();
         FillLog();
@@ -119,6 +120,7 @@ void TExactSync::Forget() {
   read_ = {};
   case_twins_.clear();
   changes_.clear();
+  objects_ = {};
   plan_.clear();
   proof_.clear();
   differences_left_ = 0;
@@ -138,11 +140,22 @@ void TExactSync::CompareSchemas(TDBConn& target) {
   }
 }
 
+void TExactSync::CompareOthers() {
+  objects_ = CompareObjects(read_.wanted_objects, read_.target_objects, Wishes.definers);
+  for (TObjectChange& change : objects_.changes) {
+    const std::string group(KindsTitle(change.kind));
+    const TActionRow& row = data_.mtActions.Append(change.action, group, change.Object(), change.Description());
+    change.id = row.id;
+    tree_.AddToTree(change.action, group, row.id, change.LogText());
+  }
+}
+
 // The others were just found to be equal, and stay as they are.
 TTableNames TExactSync::TouchedTables() const {
   TTableNames tables;
   for (const TChange& change : changes_) tables.insert(change.table);
-  for (const TPlanStatement& statement : plan_) tables.insert(statement.table);
+  for (const TPlanStatement& statement : plan_)
+    if (statement.object.empty()) tables.insert(statement.table);
   return tables;
 }
 
@@ -155,19 +168,22 @@ TPlanServer TExactSync::PlanServerOf(TDBConn& target) const {
              return element.kind == EElement::Check || element.kind == EElement::FulltextKey;
            });
   });
-  if (!matters || texts == nullptr || texts->StructureScript() != nullptr) return {};
-  return {.mysql = PosNoCase("mariadb", texts->ServerVersion()) == 0};
+  const bool asked = matters || !objects_.changes.empty();
+  if (!asked || texts == nullptr || texts->StructureScript() != nullptr) return {};
+  const bool mariadb = PosNoCase("mariadb", texts->ServerVersion()) != 0;
+  return {.mysql = !mariadb, .mariadb = mariadb};
 }
 
 // Every statement is read again from its text, so that what is proved is what will run.
 void TExactSync::Prove() {
-  if (changes_.empty()) return;
-  plan_ = MakePlan(changes_, read_.reference.schema, read_.target.schema, server_);
+  if (changes_.empty() && objects_.changes.empty()) return;
+  plan_ = PlanOf(changes_, objects_.changes);
   const TTableNames touched = TouchedTables();
   TSchema after;
   for (const TTableText& table : read_.target.schema.Tables())
     if (touched.contains(table.name)) after.Add(table);
   for (const TPlanStatement& statement : plan_) {
+    if (!statement.object.empty()) continue;
     try {
       ApplyStatement(AsSent(statement.text), after);
     } catch (const EVelmora& error) {
@@ -176,22 +192,51 @@ void TExactSync::Prove() {
   }
   TEquivalenceUse use = Equivalences;
   const std::vector<TChange> left = SchemaChanges(read_.reference.schema, after, use, &touched);
-  differences_left_ = static_cast<int>(left.size());
-  proof_.push_back(left.empty() ? Format(kVerified, NothingLeft()) : Format(kNotVerified, left.size()));
+  TStringList objects_left = ObjectsLeft();
+  differences_left_ = static_cast<int>(left.size() + objects_left.size());
+  proof_.push_back(differences_left_ == 0 ? Format(kVerified, NothingLeft()) : Format(kNotVerified, differences_left_));
   for (const TChange& change : left) proof_.push_back("  " + change.table + ": " + change.LogText());
+  for (const std::string& object : objects_left) proof_.push_back("  " + object);
   for (const TSkippedTable& skipped : read_.skipped) proof_.push_back(Format(kNotProved, skipped.table));
+}
+
+// What the plan would leave of the differences beside tables; what it cannot change is none of its affair.
+TStringList TExactSync::ObjectsLeft() {
+  TDatabaseObjects after = read_.target_objects;
+  for (const TPlanStatement& statement : plan_) {
+    if (statement.object.empty()) continue;
+    try {
+      ApplyObjectStatement(AsSent(statement.text), after);
+    } catch (const EVelmora& error) {
+      proof_.push_back(Format(kNotFollowed, error.what()));
+    }
+  }
+  TStringList left;
+  for (const TObjectChange& change : CompareObjects(read_.wanted_objects, after, Wishes.definers).changes)
+    left.push_back(change.LogText());
+  return left;
+}
+
+std::vector<TPlanStatement> TExactSync::PlanOf(const std::vector<TChange>& changes,
+                                               const std::vector<TObjectChange>& objects) const {
+  TObjectPlan beside = MakeObjectPlan(objects, server_);
+  std::vector<TPlanStatement> plan = std::move(beside.before);
+  std::ranges::move(MakePlan(changes, read_.reference.schema, read_.target.schema, server_), std::back_inserter(plan));
+  std::ranges::move(beside.after, std::back_inserter(plan));
+  return plan;
 }
 
 void TExactSync::FillLog() {
   ActionLog = case_twins_;
   ActionLog.insert(ActionLog.end(), read_.left_alone.begin(), read_.left_alone.end());
-  for (const TObjectDifference& object : read_.objects)
+  for (const TObjectDifference& object : objects_.differences)
     ActionLog.push_back(Format(kOtherObject, object.kind, object.name, object.difference));
   for (const std::string& statement : read_.not_followed) ActionLog.push_back(Format(kStatement, statement));
   for (const TSkippedTable& skipped : read_.skipped)
     ActionLog.push_back(Format(kSkipped, skipped.table, skipped.side, skipped.reason));
   for (const TUnmadeElement& element : read_.unmade) ActionLog.push_back(Format(kUnmade, element.Text()));
   for (const TChange& change : changes_) ActionLog.push_back(LogLine(change));
+  for (const TObjectChange& change : objects_.changes) ActionLog.push_back(change.LogText());
   ActionLog.insert(ActionLog.end(), read_.made_log.begin(), read_.made_log.end());
   for (const TEquivalence& row : velmora::Equivalences())
     if (const int count = Equivalences.Count(row.id); count > 0)
@@ -207,7 +252,9 @@ bool TExactSync::TablesIdentical() const {
   return changes_.empty() && read_.skipped.empty() && read_.not_followed.empty() && read_.unmade.empty();
 }
 
-bool TExactSync::Identical() const { return TablesIdentical() && read_.objects.empty(); }
+bool TExactSync::Identical() const {
+  return TablesIdentical() && objects_.changes.empty() && objects_.differences.empty();
+}
 
 std::vector<TRowFinding> TExactSync::CheckRows(int seconds) {
   TDBConn& target = Side(connections_.target, kNoTarget);
@@ -223,8 +270,16 @@ std::vector<TChange> TExactSync::Changes() const {
 
 std::vector<TPlanStatement> TExactSync::Plan() const {
   const std::vector<TChange> left = Changes();
-  if (left.size() == changes_.size()) return plan_;
-  return MakePlan(left, read_.reference.schema, read_.target.schema, server_);
+  const std::vector<TObjectChange> objects = ObjectChanges();
+  if (left.size() == changes_.size() && objects.size() == objects_.changes.size()) return plan_;
+  return PlanOf(left, objects);
+}
+
+std::vector<TObjectChange> TExactSync::ObjectChanges() const {
+  std::vector<TObjectChange> left;
+  std::ranges::copy_if(objects_.changes, std::back_inserter(left),
+                       [this](const TObjectChange& change) { return data_.mtActions.Find(change.id) != nullptr; });
+  return left;
 }
 
 // A script may drop what it has made.

@@ -10,7 +10,9 @@
 
 #include "exact/compare/Changes.h"
 #include "exact/compare/Collations.h"
+#include "exact/objects/ObjectPlan.h"
 #include "exact/plan/Plan.h"
+#include "exact/run/ExactWishes.h"
 #include "exact/run/PairReader.h"
 #include "exact/run/RowChecks.h"
 #include "exact/run/ScratchDatabase.h"
@@ -32,6 +34,7 @@ class TExactSync {
   TStringList ActionLog;  // names alike but for case, objects that are left alone, those that differ, tables that could
                           // not be read, actions, equivalences, proof
   TEquivalenceUse Equivalences;
+  TExactWishes Wishes;
   TCollationMap Collations;       // names of the reference that the target has others for
   std::function<void()> OnLogin;  // called in a comparison when both sides have taken the login and were not asked for
                                   // more; what it raises ends the comparison; optional
@@ -44,20 +47,23 @@ class TExactSync {
   void Compare();
   void Forget();  // what was compared last
 
-  // No action was found, nothing was skipped or not followed, and all has a form in MySQL.
+  // No action on tables was found, nothing was skipped or not followed, and all has a form in MySQL.
   bool TablesIdentical() const;
-  bool Identical() const;  // and no other object differs
+  bool Identical() const;  // and nothing beside tables differs
   const std::vector<TSkippedTable>& Skipped() const { return read_.skipped; }
   const TStringList& CaseTwins() const { return case_twins_; }           // see sync/CaseTwins.h
   const TStringList& NotFollowed() const { return read_.not_followed; }  // statements of a script, with the reason
   const TStringList& LeftAlone() const { return read_.left_alone; }      // a line for each object that is not handled
-  const std::vector<TObjectDifference>& Objects() const { return read_.objects; }
+  // Of what stands beside tables: what no action changes, and why.
+  const std::vector<TObjectDifference>& Objects() const { return objects_.differences; }
   // Of a reference whose texts were made: what has no form in MySQL, and what became of its columns.
   const std::vector<TUnmadeElement>& Unmade() const { return read_.unmade; }
   const std::vector<TMadeColumn>& MadeColumns() const { return read_.made; }
-  std::vector<TChange> Changes() const;  // those whose rows are still there
+  std::vector<TChange> Changes() const;              // those whose rows are still there
+  std::vector<TObjectChange> ObjectChanges() const;  // likewise
   std::vector<TPlanStatement> Plan() const;
   const std::vector<TChange>& AllChanges() const { return changes_; }
+  const std::vector<TObjectChange>& AllObjectChanges() const { return objects_.changes; }
   const std::vector<TPlanStatement>& WholePlan() const { return plan_; }  // for all of them
   const TSchema& Reference() const { return read_.reference.schema; }     // as it was read
   const TSchema& Target() const { return read_.target.schema; }
@@ -88,6 +94,10 @@ class TExactSync {
  private:
   std::unique_ptr<TTextMaker> MakerFor(TDBConn& reference) const;
   void CompareSchemas(TDBConn& target);
+  void CompareOthers();
+  std::vector<TPlanStatement> PlanOf(const std::vector<TChange>& changes,
+                                     const std::vector<TObjectChange>& objects) const;
+  TStringList ObjectsLeft();
   bool MeetsZeroDates(const std::vector<TPlanStatement>& plan) const;
   TPlanServer PlanServerOf(TDBConn& target) const;
   void Prove();
@@ -102,6 +112,7 @@ class TExactSync {
   TReadPair read_;
   TStringList case_twins_;
   std::vector<TChange> changes_;
+  TObjectComparison objects_;
   TPlanServer server_;
   std::vector<TPlanStatement> plan_;  // of all of them
   TStringList proof_;                 // its lines in the log

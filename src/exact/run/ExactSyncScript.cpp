@@ -36,6 +36,21 @@ bool IsZeroDate(const std::string& text) {
          (text.find("0000") == kYear || text.find("-00") == kMonth || text.find("-00", kDay) == kDay);
 }
 
+// Bodies may hold what ends statements: then another end is agreed on with whoever runs the script.
+std::string DelimiterFor(const std::string& text) {
+  if (text.find(';') == std::string::npos) return ";";
+  std::string delimiter = "$$";
+  while (text.find(delimiter) != std::string::npos) delimiter += '$';
+  return delimiter;
+}
+
+void AddStatement(const TPlanStatement& statement, TScriptEditor& editor) {
+  const std::string delimiter = statement.object.empty() ? ";" : DelimiterFor(statement.text);
+  if (delimiter != ";") editor.AddLine("delimiter " + delimiter);
+  editor.AddLine(statement.text + delimiter);
+  if (delimiter != ";") editor.AddLine("delimiter ;");
+}
+
 bool HasZeroDate(const TTableText* table) {
   return table != nullptr &&
          std::any_of(table->elements.begin(), table->elements.end(), [table](const TElement& element) {
@@ -72,7 +87,7 @@ void TExactSync::GenerateScript(TScriptEditor& editor, const TClock& clock, cons
   editor.AddLine({});
   for (const TPlanStatement& statement : plan) {
     for (const std::string& reason : statement.unsafe) editor.AddLine(Comment(kUnsafe + reason));
-    editor.AddLine(statement.text + ";");
+    AddStatement(statement, editor);
   }
   editor.AddLine({});
   if (zero_dates) editor.AddLine(kRestoreMode);

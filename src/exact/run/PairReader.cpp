@@ -155,10 +155,12 @@ class TPairReader {
   void Read() {
     ReadFiles();
     AskLanguages();
-    const TDatabaseObjects wanted = ListOthers(reference_);
-    const TDatabaseObjects there = ListOthers(target_);
-    // What is no table is not known of a reference without texts.
-    if (reference_.maker == nullptr) pair_.objects = CompareObjects(wanted, there);
+    TDatabaseObjects wanted = ListOthers(reference_);
+    TDatabaseObjects there = ListOthers(target_);
+    if (reference_.maker == nullptr) {
+      pair_.wanted_objects = std::move(wanted);
+      pair_.target_objects = std::move(there);
+    }
     if (reference_.maker != nullptr) ReadReference(*reference_.maker);
     ListTables(reference_, target_);
     ListTables(target_, reference_);
@@ -212,11 +214,21 @@ class TPairReader {
   TDatabaseObjects ListOthers(TSideReader& side) {
     if (side.texts == nullptr) return {};
     TDatabaseObjects others{side.texts->TextsDatabase(), side.texts->OtherObjects()};
+    others.not_all_seen = side.texts->KindsNotAllSeen();
     for (const TOtherObject& object : others.objects) {
-      pair_.left_alone.push_back(Format(kLeftAlone, object.kind, object.name, side.name));
+      if (reference_.maker != nullptr || !IsScriptedKind(object.kind))
+        pair_.left_alone.push_back(Format(kLeftAlone, object.kind, object.name, side.name));
       if (object.kind == "view" || object.kind == "sequence") side.others.emplace(object.name, object.kind);
     }
     return others;
+  }
+
+  // A view in the place of a table is dropped for no table that is left out of the comparison.
+  void LeaveAlone(const TSideReader& side, const std::string& name, const std::string& kind) {
+    auto& objects = (&side == &reference_ ? pair_.wanted_objects : pair_.target_objects).objects;
+    const auto is_it = [&](const TOtherObject& object) { return object.kind == kind && object.name == name; };
+    if (IsScriptedKind(kind) && std::erase_if(objects, is_it) > 0)
+      pair_.left_alone.push_back(Format(kLeftAlone, kind, name, side.name));
   }
 
   static TStringList TablesOf(const TSideReader& side) {
@@ -235,6 +247,7 @@ class TPairReader {
       if (side.others.contains(table)) continue;
       if (const auto object = other.others.find(table); object != other.others.end()) {
         Skip(other, table, Format(kIsOther, object->second));
+        LeaveAlone(other, table, object->second);
         continue;
       }
       if (other.MayHideMore() && !theirs.contains(table)) {

@@ -9,7 +9,7 @@
 
 #include "core/DBConn.h"
 #include "exact/compare/Collations.h"
-#include "exact/objects/ObjectTexts.h"
+#include "exact/objects/ObjectChanges.h"
 #include "exact/plan/Plan.h"
 #include "exact/run/TextMaker.h"
 #include "sync/Progress.h"
@@ -40,7 +40,9 @@ struct TReadPair {
   std::vector<TSkippedTable> skipped;  // in neither schema
   TStringList not_followed;            // statements of a script that may have made or changed tables unseen
   TStringList left_alone;              // a line for each object that is not handled
-  std::vector<TObjectDifference> objects;
+  // Of what stands beside tables: none where a reference's texts are made, which says nothing of them.
+  TDatabaseObjects wanted_objects;
+  TDatabaseObjects target_objects;
   // Of a reference whose texts were made.
   std::vector<TUnmadeElement> unmade;
   std::vector<TMadeColumn> made;

@@ -1,0 +1,211 @@
+#include "exact/objects/ObjectChanges.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <optional>
+#include <set>
+#include <utility>
+
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kOnlyReference[] = "only in the reference";
+constexpr char kOnlyTarget[] = "only in the target";
+constexpr char kDiffers[] = "differs";
+constexpr char kNotRead[] = "not read";
+constexpr char kNotFollowed[] = "not followed, %s";
+constexpr char kMayBeHidden[] = "not read: the %s may have it and does not show all of its kind";
+constexpr char kTextGoes[] = "the target alone has it, and nothing keeps its text";
+
+struct TKindRow {
+  std::string_view kind;
+  std::string_view title;
+  bool case_counts;  // in its name, on the servers where it counts in those of tables
+};
+constexpr std::array<TKindRow, 5> kKinds = {{{"view", "Views", true},
+                                             {"trigger", "Triggers", true},
+                                             {"procedure", "Procedures", false},
+                                             {"function", "Functions", false},
+                                             {"event", "Events", false}}};
+
+const TKindRow* FindKind(std::string_view kind) {
+  const auto* const row = std::ranges::find(kKinds, kind, &TKindRow::kind);
+  return row == kKinds.end() ? nullptr : row;
+}
+
+bool Holds(const TStringList& list, const std::string& kind) { return std::ranges::find(list, kind) != list.end(); }
+
+using TKey = std::pair<std::string, std::string>;
+
+TKey KeyOf(const TOtherObject& object) {
+  const TKindRow* row = FindKind(object.kind);
+  return {object.kind, row == nullptr || row->case_counts ? object.name : LowerText(object.name)};
+}
+
+// Modes of a session, in order, without those that servers of today no longer know.
+std::set<std::string> ModesOf(const std::string& sql_mode) {
+  TStringList list;
+  SplitPlain(',', sql_mode, list);
+  std::set<std::string> modes(list.begin(), list.end());
+  for (const char* gone : {"", "NO_AUTO_CREATE_USER"}) modes.erase(gone);
+  return modes;
+}
+
+// Names of the elements that are not the same.
+TStringList DifferentElements(const TObjectText& reference, const TObjectText& target) {
+  TStringList names;
+  const auto compare = [&](const TObjectText& in, const TObjectText& other, bool both) {
+    for (const TObjectElement& element : in.elements) {
+      const TObjectElement* there = other.Find(element.name);
+      if (there == nullptr || (both && there->text != element.text)) names.push_back(element.name);
+    }
+  };
+  compare(reference, target, true);
+  compare(target, reference, false);
+  return names;
+}
+
+class TComparison {
+ public:
+  TComparison(const TDatabaseObjects& reference, const TDatabaseObjects& target, const TDefinerWishes& wishes)
+      : reference_(reference), target_(target), wishes_(wishes) {}
+
+  TObjectComparison Compare() {
+    std::map<TKey, const TOtherObject*> there;
+    std::set<TKey> wanted;
+    for (const TOtherObject& object : target_.objects) there.emplace(KeyOf(object), &object);
+    for (const TOtherObject& object : reference_.objects) {
+      if (!wanted.insert(KeyOf(object)).second) continue;
+      const auto found = there.find(KeyOf(object));
+      if (found == there.end())
+        OnlyReference(object);
+      else
+        Both(object, *found->second);
+    }
+    for (const TOtherObject& object : target_.objects)
+      if (!wanted.contains(KeyOf(object))) OnlyTarget(object);
+    return std::move(result_);
+  }
+
+ private:
+  void Tell(const TOtherObject& object, std::string difference) {
+    result_.differences.push_back({object.kind, object.name, std::move(difference)});
+  }
+
+  // Null after it was told why there is none.
+  std::shared_ptr<const TObjectText> Read(const TOtherObject& object, const TDatabaseObjects& side) {
+    if (object.text.empty()) {
+      Tell(object, kNotRead);
+      return nullptr;
+    }
+    try {
+      return std::make_shared<const TObjectText>(ReadObjectText(object.text, side.database));
+    } catch (const EVelmora& error) {
+      Tell(object, Format(kNotFollowed, error.what()));
+      return nullptr;
+    }
+  }
+
+  void OnlyReference(const TOtherObject& object) {
+    if (Holds(target_.not_all_seen, object.kind)) return Tell(object, Format(kMayBeHidden, "target"));
+    if (FindKind(object.kind) == nullptr) return Tell(object, kOnlyReference);
+    TObjectChange change{0, saCreateObject, object.kind, object.name};
+    change.new_text = Read(object, reference_);
+    change.new_object = object;
+    if (change.new_text == nullptr) return;
+    if (wishes_.policy != EDefiners::Strip) change.definer = MappedAccount(change.new_text->definer, wishes_);
+    result_.changes.push_back(std::move(change));
+  }
+
+  void OnlyTarget(const TOtherObject& object) {
+    if (Holds(reference_.not_all_seen, object.kind)) return Tell(object, Format(kMayBeHidden, "reference"));
+    if (FindKind(object.kind) == nullptr) return Tell(object, kOnlyTarget);
+    TObjectChange change{0, saDropObject, object.kind, object.name};
+    change.old_text = Read(object, target_);
+    change.old_object = object;
+    if (change.old_text == nullptr) return;
+    change.unsafe = kTextGoes;
+    result_.changes.push_back(std::move(change));
+  }
+
+  void Both(const TOtherObject& object, const TOtherObject& other) {
+    if (object.text.empty() || other.text.empty()) return Tell(object, kNotRead);
+    if (FindKind(object.kind) == nullptr) {
+      if (!SayTheSame(object, other)) Tell(object, kDiffers);
+      return;
+    }
+    TObjectChange change{0, saChangeObject, object.kind, object.name};
+    change.new_text = Read(object, reference_);
+    change.old_text = change.new_text == nullptr ? nullptr : Read(other, target_);
+    if (change.old_text == nullptr) return;
+    change.new_object = object;
+    change.old_object = other;
+    change.elements = DifferentElements(*change.new_text, *change.old_text);
+    CompareContexts(change);
+    SettleDefiner(change);
+    if (!change.elements.empty()) result_.changes.push_back(std::move(change));
+  }
+
+  bool SayTheSame(const TOtherObject& object, const TOtherObject& other) const {
+    try {
+      return PlainMeaning(object.text, reference_.database) == PlainMeaning(other.text, target_.database);
+    } catch (const EVelmora&) {  // no text that can be taken apart
+      return object.text == other.text;
+    }
+  }
+
+  static void CompareContexts(TObjectChange& change) {
+    const TObjectContext& reference = change.new_object.context;
+    const TObjectContext& target = change.old_object.context;
+    if (reference.sql_mode && target.sql_mode && ModesOf(*reference.sql_mode) != ModesOf(*target.sql_mode))
+      change.elements.emplace_back("sql_mode");
+    const bool zones = !reference.time_zone.empty() && !target.time_zone.empty();
+    if (zones && reference.time_zone != target.time_zone) change.elements.emplace_back("time zone");
+  }
+
+  void SettleDefiner(TObjectChange& change) const {
+    const std::string wanted = MappedAccount(change.new_text->definer, wishes_);
+    const bool compares = wishes_.policy == EDefiners::Compare || wishes_.policy == EDefiners::Map;
+    if (wishes_.policy != EDefiners::Strip) change.definer = compares ? wanted : change.old_text->definer;
+    if (compares && !wanted.empty() && wanted != change.old_text->definer) change.elements.emplace_back("definer");
+  }
+
+  const TDatabaseObjects& reference_;
+  const TDatabaseObjects& target_;
+  const TDefinerWishes& wishes_;
+  TObjectComparison result_;
+};
+
+}  // namespace
+
+std::string TObjectChange::LogText() const {
+  const std::string text = SyncAction(action).LogText({}, Object());
+  return elements.empty() ? text : text + ": " + JoinList(elements, ", ");
+}
+
+std::string TObjectChange::Description() const {
+  std::string text = old_object.text;
+  if (!old_object.text.empty() && !new_object.text.empty()) text += "\n->\n";
+  text += new_object.text;
+  return unsafe.empty() ? text : text + "\nunsafe: " + unsafe;
+}
+
+TObjectComparison CompareObjects(const TDatabaseObjects& reference, const TDatabaseObjects& target,
+                                 const TDefinerWishes& wishes) {
+  return TComparison(reference, target, wishes).Compare();
+}
+
+bool IsScriptedKind(std::string_view kind) { return FindKind(kind) != nullptr; }
+
+std::string_view KindsTitle(std::string_view kind) {
+  const TKindRow* row = FindKind(kind);
+  return row == nullptr ? kind : row->title;
+}
+
+}  // namespace velmora

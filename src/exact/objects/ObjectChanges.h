@@ -1,0 +1,65 @@
+#pragma once
+
+// What has to be changed in a target so that its views, triggers, procedures, functions and events are the reference's.
+// Sequences and packages are compared and left alone.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/CreationTexts.h"
+#include "exact/objects/Definers.h"
+#include "exact/objects/ObjectText.h"
+#include "sync/SyncActions.h"
+#include "util/Lists.h"
+
+namespace velmora {
+
+struct TDatabaseObjects {
+  std::string database;  // its name, with which texts may qualify their names; empty where nobody knows it
+  std::vector<TOtherObject> objects;
+  TStringList not_all_seen{};  // kinds of which there may be more
+};
+
+// What is told of an object that no action changes.
+struct TObjectDifference {
+  std::string kind;
+  std::string name;
+  std::string difference;  // "only in the reference", "only in the target", "differs", "not read", with a reason
+};
+
+struct TObjectChange {
+  int id = 0;                                     // of its action row; 0 until it has one
+  TSyncAction action = saCreateObject;            // or saChangeObject, saDropObject
+  std::string kind;                               // "view", "trigger", "procedure", "function", "event"
+  std::string name;                               // as the reference has it; of an obsolete one as the target has it
+  std::shared_ptr<const TObjectText> old_text{};  // null for a new one
+  std::shared_ptr<const TObjectText> new_text{};  // null for an obsolete one
+  TOtherObject old_object{};                      // as their servers have them
+  TOtherObject new_object{};
+  TStringList elements{};  // that differ: "body", "sql security", "definer", "order", ...
+  std::string definer{};   // of the new text; empty for who runs the script
+  std::string order{};     // of a trigger that has others beside it: "follows `a`", "precedes `b`"
+  std::string unsafe{};    // why it may lose something, or may not do what it says; empty for what is safe
+
+  std::string Object() const { return kind + " " + name; }
+  std::string LogText() const;      // "New view v", "Changed trigger t", "Obsolete event e"
+  std::string Description() const;  // old and new text, and why it is unsafe
+};
+
+struct TObjectComparison {
+  std::vector<TObjectChange> changes;  // in the order of the reference, then what the target alone has
+  std::vector<TObjectDifference> differences;
+};
+
+// White space and comments outside bodies, how names are quoted, the database's own name before a name, and what is the
+// default never count; of views redundant brackets neither; definers as `wishes` say. Bodies are compared letter by
+// letter, but for line ends. An object whose text cannot be read on a side is told as a difference and left alone, and
+// so is one that only one side has where the other does not see all of its kind.
+TObjectComparison CompareObjects(const TDatabaseObjects& reference, const TDatabaseObjects& target,
+                                 const TDefinerWishes& wishes = {});
+
+bool IsScriptedKind(std::string_view kind);          // one of the five that actions change
+std::string_view KindsTitle(std::string_view kind);  // "Views", "Triggers", ... for these
+
+}  // namespace velmora

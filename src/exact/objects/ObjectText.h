@@ -1,0 +1,62 @@
+#pragma once
+
+// A creation text of a view, trigger, procedure, function or event, taken apart as far as comparing it and writing it
+// anew need. The grammar is that of "show create ..." and of dumps: MySQL Reference Manual and MariaDB Documentation,
+// "CREATE VIEW", "CREATE TRIGGER", "CREATE PROCEDURE and CREATE FUNCTION", "CREATE EVENT".
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "mysqltext/Lexer.h"
+
+namespace velmora {
+
+// What an object consists of, by name: "query", "body", "sql security", ...
+struct TObjectElement {
+  std::string name;
+  std::string text;  // what it says, in a spelling of its own; of a body its text as written, with LF for line ends
+  bool operator==(const TObjectElement&) const = default;
+};
+
+// What the text is written anew with.
+struct TObjectSpelling {
+  std::string definer;  // "user@host"; empty: the text names none, so that who runs it becomes the definer
+  bool or_replace = false;
+  std::string order{};  // of a trigger: "follows `t`", "precedes `t`"; empty for none
+  std::string name{};   // another name; empty for its own
+};
+
+struct TObjectText {
+  std::string kind;  // "view", "trigger", "procedure", "function", "event"
+  std::string name;
+  std::string definer;  // "user@host" or a role; empty where the text names none
+  std::string table;    // of a trigger
+  std::string moment;   // of a trigger: "before insert"
+  std::string order;    // of a trigger: "follows `t`" where the text says so
+  // In a fixed order; what is as it is where the text says nothing is left out.
+  std::vector<TObjectElement> elements;
+
+  const TObjectElement* Find(std::string_view element) const;  // null for none
+  // Its creation text: names in backticks where it had them, without the own database.
+  std::string Creation(const TObjectSpelling& spelling) const;
+  // What stands between the word for the kind, or the name, and the body; written as it was.
+  std::string algorithm;  // of a view: "algorithm = merge"; of a function "aggregate"
+  std::string security;   // of a view: "sql security invoker"
+  std::string header;     // after the name, up to the body or query
+  std::string body;       // with LF for line ends
+};
+
+// `database` is the own one, whose name before others is left out; empty where nobody knows it. Raises "line %d: ..."
+// for what is none of these, and for what cannot be followed.
+TObjectText ReadObjectText(std::string_view text, const std::string& database);
+
+// What a text of any other kind says, definers included, in a spelling of its own. Raises as the lexer does.
+std::string PlainMeaning(std::string_view text, const std::string& database);
+
+// The text without this database before names of it; what may be a column of something that has the database's name
+// stays.
+std::string WithoutDatabase(std::string_view text, TTokens tokens, TTokenRange range, const std::string& database);
+
+}  // namespace velmora

@@ -1,0 +1,40 @@
+#pragma once
+
+// What the user asks of a comparison in the exact dialect: the options of the companion, kept in task files.
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "exact/objects/Definers.h"
+#include "util/Lists.h"
+
+namespace velmora {
+
+struct TExactWishes {
+  TDefinerWishes definers{};
+
+  bool operator==(const TExactWishes&) const = default;
+  bool Any() const { return *this != TExactWishes(); }
+};
+
+// An option, one row of data each.
+struct TExactOption {
+  std::string_view word;      // of the option after "--", and in front of its line in a task file
+  std::string_view argument;  // as the help shows it; empty for a switch
+  bool many = false;          // it may be given several times, and those of a task file are added
+  std::string_view help;
+  void (*take)(TExactWishes& wishes, const std::string& argument);  // raises for an argument that cannot be
+  TStringList (*given)(
+      const TExactWishes& wishes);  // its arguments, none where it was not given; one empty for a switch
+};
+std::span<const TExactOption> ExactOptions();
+
+// One option a line, as a task file keeps them: "definer strip"; empty for none.
+std::string ExactWishesText(const TExactWishes& wishes);
+// Raises for a line that is none of these.
+TExactWishes ReadExactWishes(const std::string& text);
+// What is asked for now, and of each option that is not what `kept` asks for.
+TExactWishes JoinWishes(const TExactWishes& now, const TExactWishes& kept);
+
+}  // namespace velmora
