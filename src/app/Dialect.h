@@ -65,7 +65,7 @@ struct TDialectTraits {
 
 // What the user asks of a comparison beyond the pair.
 struct TComparisonWishes {
-  TCollationMap collations;       // names of the reference that the target has others for
+  TCollationMap collations{};     // names of the reference that the target has others for
   bool verify_on_server = false;  // VerifyOnServer will be called
   bool via_server = false;        // the reference's statements are read by the target's server
   TForeignWishes foreign{};       // of a reference that is not MySQL
@@ -80,6 +80,7 @@ struct TFindings {
   int differences_left = 0;                // that the whole script would leave, by a proof in memory
   std::string nothing_left;                // what a proof says that leaves none
   std::vector<TUnmadeElement> unmade{};    // what a reference that is not MySQL has and MySQL has no form for
+  std::vector<TUnmadeElement> accepted{};  // of what has none, that the user goes on without
   std::vector<TMadeColumn> mapping{};      // what became of its columns
 };
 

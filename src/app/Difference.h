@@ -36,6 +36,7 @@ struct TDifference {
   std::string detail;         // what changes, on one line: "varchar(300) -> varchar(255)"; may be empty
   std::string unsafe;         // why it may lose data; empty for what is safe
   std::size_t statement = 0;  // the first that makes it, counted from 0 in the script of all differences
+  std::string note{};         // what a reference that is not MySQL has here, and what to know of it; may have lines
 };
 
 // A statement of a script that the comparison planned.

@@ -8,11 +8,11 @@
 #include "foreign/FactReaders.h"
 #include "foreign/ForeignTexts.h"
 #include "mysqltext/Lexer.h"
-#include "mysqltext/LexicalRules.h"
 #include "mysqltext/TableText.h"
 #include "util/Counted.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/OneLine.h"
 
 namespace velmora {
 
@@ -28,24 +28,7 @@ constexpr TDialectTraits kTraits = {.has_findings = true,
                                     .aligned_texts = true,
                                     .maps_foreign = true};
 
-// "orders.total (NUMBER, decimal(65,30)): the source states no precision"; of a table "orders: it has no primary key".
-std::string MadeColumnText(const TMadeColumn& column) {
-  if (column.column.empty()) return column.table + ": " + column.text;
-  return Format("%s.%s (%s, %s): %s", column.table, column.column, column.source, column.type, column.text);
-}
-
 std::string UnsafeLine(const TChange& change) { return change.table + ": " + change.LogText() + ": " + change.unsafe; }
-
-// Every run of white space as one blank.
-std::string OnOneLine(const std::string& text) {
-  std::string line;
-  for (const char c : text)
-    if (!IsSpace(c))
-      line += c;
-    else if (!line.empty() && line.back() != ' ')
-      line += ' ';
-  return line;
-}
 
 // What made the run fail matters more than an error of this.
 void RestoreChecks(TDBConn& target, const std::string& checks) {
@@ -89,8 +72,8 @@ std::unique_ptr<TDBConn> TExactDialect::Compare() {
 }
 
 TFindings TExactDialect::Findings() const {
-  return {sync.Skipped(),     sync.NotFollowed(), sync.Objects(),    sync.DifferencesLeft(),
-          sync.NothingLeft(), sync.Unmade(),      sync.MadeColumns()};
+  return {sync.Skipped(),     sync.NotFollowed(), sync.Objects(),  sync.DifferencesLeft(),
+          sync.NothingLeft(), sync.Unmade(),      sync.Accepted(), sync.MadeColumns()};
 }
 
 // What is left alone, could not be read, and could not be proved.
@@ -105,7 +88,7 @@ std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
   for (const TSkippedTable& skipped : sync.Skipped())
     tell(true, Format("%s: table %s is skipped: %s", skipped.side, skipped.table, skipped.reason));
   for (const TMadeColumn& column : sync.MadeColumns())
-    if (column.level == EMadeLevel::Warning) tell(true, MadeColumnText(column));
+    if (column.level == EMadeLevel::Warning) tell(true, column.Text());
   for (const TUnmadeElement& element : sync.Unmade()) tell(true, "no form in MySQL: " + element.Text());
   if (const int left = sync.DifferencesLeft(); left > 0)
     tell(true, Format("by the proof in memory the script would leave %s",

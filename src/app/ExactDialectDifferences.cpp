@@ -6,11 +6,15 @@
 #include "app/ScriptSplitter.h"
 #include "exact/compare/ChangeText.h"
 #include "exact/plan/ScriptSafety.h"
+#include "util/Format.h"
 #include "util/Lists.h"
+#include "util/Text.h"
 
 namespace velmora {
 
 namespace {
+
+constexpr char kSource[] = "In the source: %s";
 
 EDifferenceKind KindOf(const TChange& change) {
   if (SyncAction(change.action).WholeTable()) return EDifferenceKind::Table;
@@ -55,10 +59,43 @@ std::unordered_map<int, std::size_t> FirstStatements(const std::vector<TPlanStat
   return first;
 }
 
+// What is told of a source's columns and tables, by the target's names.
+class TMappingNotes {
+ public:
+  explicit TMappingNotes(const std::vector<TMadeColumn>& columns) {
+    for (const TMadeColumn& column : columns) {
+      const std::string told = column.text.empty() ? std::string() : "\n" + column.text;
+      if (!column.column.empty()) notes_[LowerText(column.Place())] = Format(kSource, column.source) + told;
+      if (column.level == EMadeLevel::Info) continue;
+      std::string& of_table = notes_[LowerText(column.table)];
+      const std::string line = column.column.empty() ? column.text : column.column + ": " + column.text;
+      (column.column.empty() ? of_table : of_columns_[LowerText(column.table)]) += line + "\n";
+    }
+  }
+
+  std::string Of(const TChange& change) const {
+    const std::string table = LowerText(change.table);
+    if (change.kind == EElement::Column && !SyncAction(change.action).WholeTable())
+      return At(notes_, table + "." + LowerText(change.item));
+    return Trim(At(notes_, table) + (change.action == saCreateTable ? At(of_columns_, table) : std::string()));
+  }
+
+ private:
+  using TNotes = std::unordered_map<std::string, std::string>;
+  static std::string At(const TNotes& notes, const std::string& name) {
+    const auto found = notes.find(name);
+    return found == notes.end() ? std::string() : found->second;
+  }
+
+  TNotes notes_;
+  TNotes of_columns_;  // what is told of the columns, by their table
+};
+
 }  // namespace
 
 std::vector<TDifference> TExactDialect::Differences() const {
   const auto first = FirstStatements(sync.WholePlan());
+  const TMappingNotes notes(sync.MadeColumns());
   std::vector<TDifference> differences;
   differences.reserve(sync.AllChanges().size() + sync.AllObjectChanges().size());
   const auto first_of = [&first](int id) {
@@ -69,7 +106,7 @@ std::vector<TDifference> TExactDialect::Differences() const {
     const std::string detail =
         ChangeDetail(change, sync.Target().Find(change.table), sync.Reference().Find(change.table));
     differences.push_back({change.id, change.table, change.item, KindOf(change), StateOf(change), change.LogText(),
-                           detail, change.unsafe, first_of(change.id)});
+                           detail, change.unsafe, first_of(change.id), notes.Of(change)});
   }
   for (const TObjectChange& change : sync.AllObjectChanges())
     differences.push_back({change.id, std::string(KindsTitle(change.kind)), change.name, KindOf(change),

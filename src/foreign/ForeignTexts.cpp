@@ -24,6 +24,7 @@ constexpr char kUnique[] = "Taken as equal: a unique key in place of a plain one
 constexpr char kUnknown[] = "Not compared, as the source does not say it: %s (%d)";
 constexpr char kNoForm[] = "no form in MySQL: %s";
 constexpr char kNotThere[] = "Accepted, but not there: %s";
+constexpr char kIdleRule[] = "A rule of the mapping that decides for no column: %s";
 constexpr char kAccepted[] = "Accepted: %s without a form in MySQL";
 
 struct TFactName {
@@ -125,23 +126,28 @@ TMadeTable TForeignTexts::Make(const std::string& table, const TTableText* there
 }
 
 bool TForeignTexts::Accepted(const TUnmadeElement& element) const {
-  const std::string name = element.table + "." + element.element;
   return std::ranges::any_of(context_.wishes.accepted,
-                             [&](const std::string& accepted) { return SameText(Trim(accepted), name); });
+                             [&](const std::string& accepted) { return SameElement(accepted, element.Name()); });
 }
 
 bool TForeignTexts::IsThere(const std::string& accepted) const {
   for (const TMappedTable& table : tables_)
     for (const TUnmadeElement& element : table.unmade)
-      if (SameText(Trim(accepted), element.table + "." + element.element)) return true;
+      if (SameElement(accepted, element.Name())) return true;
   return false;
 }
 
-std::vector<TUnmadeElement> TForeignTexts::Unmade() const {
+bool TForeignTexts::Decides(const TMapRule& rule) const {
+  return std::ranges::any_of(tables_, [&](const TMappedTable& table) {
+    return std::ranges::any_of(table.columns, [&](const auto& column) { return column.type.rule == rule.what; });
+  });
+}
+
+std::vector<TUnmadeElement> TForeignTexts::Unmade(bool accepted) const {
   std::vector<TUnmadeElement> unmade;
   for (const TMappedTable& table : tables_)
     for (const TUnmadeElement& element : table.unmade)
-      if (!Accepted(element)) unmade.push_back(element);
+      if (Accepted(element) == accepted) unmade.push_back(element);
   return unmade;
 }
 
@@ -164,13 +170,12 @@ TStringList TForeignTexts::Log() const {
   for (const TFactName& row : kFactNames)
     if (const int count = counts_.unknown[static_cast<std::size_t>(row.fact)]; count > 0)
       lines.push_back(Format(kUnknown, row.name, count));
-  std::size_t accepted = 0;
-  for (const TMappedTable& table : tables_)
-    accepted += static_cast<std::size_t>(
-        std::ranges::count_if(table.unmade, [this](const TUnmadeElement& element) { return Accepted(element); }));
+  for (const TMapRule& rule : context_.wishes.rules)
+    if (!Decides(rule)) lines.push_back(Format(kIdleRule, MapRuleText(rule)));
   for (const std::string& name : context_.wishes.accepted)
     if (!IsThere(name)) lines.push_back(Format(kNotThere, name));
-  if (accepted > 0) lines.push_back(Format(kAccepted, Counted(accepted, "element")));
+  if (const std::size_t accepted = Accepted().size(); accepted > 0)
+    lines.push_back(Format(kAccepted, Counted(accepted, "element")));
   return lines;
 }
 

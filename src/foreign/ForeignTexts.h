@@ -31,7 +31,8 @@ class TForeignTexts final : public TTextMaker {
   TStringList Tables() const override;
   TMadeTable Make(const std::string& table, const TTableText* there) override;
   bool DropsObsolete() const override { return context_.wishes.drop_obsolete; }
-  std::vector<TUnmadeElement> Unmade() const override;
+  std::vector<TUnmadeElement> Unmade() const override { return Unmade(false); }
+  std::vector<TUnmadeElement> Accepted() const override { return Unmade(true); }
   std::vector<TMadeColumn> Columns() const override;
   TStringList Log() const override;
 
@@ -39,6 +40,8 @@ class TForeignTexts final : public TTextMaker {
   TForeignTable ReadTable(const std::string& name) const;
   bool Accepted(const TUnmadeElement& element) const;
   bool IsThere(const std::string& accepted) const;
+  bool Decides(const TMapRule& rule) const;
+  std::vector<TUnmadeElement> Unmade(bool accepted) const;
 
   std::unique_ptr<TFactReader> reader_;
   TMapContext context_;

@@ -7,6 +7,7 @@
 #include "mysqltext/TableText.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/OneLine.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -49,6 +50,13 @@ void ReadWish(std::string line, TForeignWishes& wishes) {
     RaiseError(Format(kNoWish, whole));
 }
 
+// Without blanks, in lower case.
+std::string RuleKey(const std::string& text) {
+  std::string key = LowerText(OnOneLine(text));
+  std::erase(key, ' ');
+  return key;
+}
+
 // Whether it is a type that servers have, and nothing more than that.
 bool IsType(const std::string& type) {
   try {
@@ -68,9 +76,9 @@ bool IsType(const std::string& type) {
 }  // namespace
 
 TMapRule ReadMapRule(const std::string& text) {
-  const std::size_t sign = text.find('=');
+  const std::size_t sign = text.rfind('=');
   TMapRule rule;
-  if (sign != std::string::npos) rule = {Trim(text.substr(0, sign)), Trim(text.substr(sign + 1))};
+  if (sign != std::string::npos) rule = {OnOneLine(text.substr(0, sign)), OnOneLine(text.substr(sign + 1))};
   if (rule.what.empty() || rule.type.empty()) RaiseError(Format(kNoRule, text));
   if (!IsType(rule.type)) RaiseError(Format(kNoType, text, rule.type));
   return rule;
@@ -78,10 +86,22 @@ TMapRule ReadMapRule(const std::string& text) {
 
 std::string MapRuleText(const TMapRule& rule) { return rule.what + "=" + rule.type; }
 
+const TMapRule* FindMapRule(const std::vector<TMapRule>& rules, const TStringList& names) {
+  if (rules.empty()) return nullptr;
+  for (const std::string& name : names) {
+    const std::string key = RuleKey(name);
+    for (const TMapRule& rule : rules)
+      if (RuleKey(rule.what) == key) return &rule;
+  }
+  return nullptr;
+}
+
+bool SameElement(const std::string& a, const std::string& b) { return SameText(OnOneLine(a), OnOneLine(b)); }
+
 std::string ForeignWishesText(const TForeignWishes& wishes) {
   TStringList lines;
   for (const TMapRule& rule : wishes.rules) lines.push_back(std::string(kMap) + " " + MapRuleText(rule));
-  for (const std::string& element : wishes.accepted) lines.push_back(std::string(kAccept) + " " + element);
+  for (const std::string& element : wishes.accepted) lines.push_back(std::string(kAccept) + " " + OnOneLine(element));
   for (const TFlag& row : kFlags)
     if (wishes.*row.flag) lines.emplace_back(row.word);
   if (wishes.names == ENameCase::Lower) lines.push_back(std::string(kNames) + " " + kLower);

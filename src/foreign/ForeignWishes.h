@@ -42,5 +42,10 @@ TForeignWishes JoinWishes(TForeignWishes now, const TForeignWishes& kept);
 // "WHAT=TYPE". Raises where either is missing, and for what is no type of MySQL's.
 TMapRule ReadMapRule(const std::string& text);
 std::string MapRuleText(const TMapRule& rule);
+// The rule for the first of these names that has one; null for none.
+const TMapRule* FindMapRule(const std::vector<TMapRule>& rules, const TStringList& names);
+
+// Whether these are names of one element, "TABLE.ELEMENT". Case does not count, and any white space is one blank.
+bool SameElement(const std::string& a, const std::string& b);
 
 }  // namespace velmora

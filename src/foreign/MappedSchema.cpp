@@ -107,7 +107,10 @@ class TSchemaMapper {
     for (const TForeignColumn& column : Facts(at).columns) {
       TMappedColumn mapped{.source = column};
       mapped.name = names.Take(Cased(MakeName(column.name, Format("column_%d", table.columns.size() + 1))));
-      mapped.type = MapType(column, {table.source_name, read_[at].plain_name, table.name}, context_);
+      mapped.rule_names =
+          RuleNames(column, {table.source_name + "." + column.name, read_[at].plain_name + "." + column.name,
+                             table.name + "." + column.name, table.name + "." + mapped.name});
+      mapped.type = MapType(column, mapped.rule_names, context_);
       mapped.root = {at, table.columns.size()};
       if (mapped.type.level == EMadeLevel::Refused && table.refused.empty())
         table.refused = Format(kColumnRefused, column.name, NativeText(column), mapped.type.text);
@@ -128,7 +131,7 @@ class TSchemaMapper {
       TMappedType out = MapOutOfRow(longest->source);
       const bool letters = longest->source.family == EFamily::Char || longest->source.family == EFamily::VarChar;
       const bool bytes = longest->source.family == EFamily::Binary || longest->source.family == EFamily::VarBinary;
-      if ((!letters && !bytes) || longest->type.by_rule) return;
+      if ((!letters && !bytes) || longest->type.ByRule()) return;
       longest->type = std::move(out);
       AddText(longest->type, kOutOfRow, EMadeLevel::Info);
       const long long has = RowBytes(ReadType(longest->type.type));
@@ -193,7 +196,7 @@ class TSchemaMapper {
       TMappedColumn& column = mapped_[at].columns[i];
       const TColumnPlace root = RootOf({at, i});
       const TMappedColumn& parent = ColumnAt(root);
-      if (&parent == &column || column.type.by_rule || parent.type.level == EMadeLevel::Refused) continue;
+      if (&parent == &column || column.type.ByRule() || parent.type.level == EMadeLevel::Refused) continue;
       if (column.type.level == EMadeLevel::Refused) continue;
       const TColumnText own = ReadType(column.type.type);
       const TColumnText theirs = ReadType(parent.type.type);
@@ -356,8 +359,8 @@ class TSchemaMapper {
     TMappedTable& table = mapped_[at];
     std::vector<TMadeColumn> told;
     for (const TMappedColumn& column : table.columns)
-      told.push_back(
-          {table.name, column.name, NativeText(column.source), column.type.type, column.type.level, column.type.text});
+      told.push_back({table.name, column.name, NativeText(column.source), column.type.type, column.type.level,
+                      column.type.text, column.rule_names, column.type.rule});
     told.insert(told.end(), table.told.begin(), table.told.end());
     table.told = std::move(told);
   }

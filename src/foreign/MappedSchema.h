@@ -24,6 +24,7 @@ struct TColumnPlace {
 struct TMappedColumn {
   TForeignColumn source{};
   std::string name{};
+  TStringList rule_names{};  // see RuleNames
   TMappedType type{};
   TColumnPlace root{};  // whose type it has: its own, or that of the column that it refers to, along all references
   std::optional<bool> not_null{};  // nothing where nobody knows

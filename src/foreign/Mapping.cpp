@@ -312,29 +312,6 @@ const char* CountingType(const TForeignColumn& column) {
   return digits.digits <= kIntDigits ? "int" : "bigint";
 }
 
-// --- Rules of the user
-
-// Without blanks, in lower case.
-std::string RuleKey(std::string_view text) {
-  std::string key = LowerText(text);
-  std::erase(key, ' ');
-  return key;
-}
-
-const TMapRule* FindRule(const TMapContext& context, const std::string& key) {
-  for (const TMapRule& rule : context.wishes.rules)
-    if (RuleKey(rule.what) == key) return &rule;
-  return nullptr;
-}
-
-const TMapRule* RuleFor(const TForeignColumn& column, const TStringList& tables, const TMapContext& context) {
-  if (context.wishes.rules.empty()) return nullptr;
-  for (const std::string& table : tables)
-    if (const TMapRule* rule = FindRule(context, RuleKey(table + "." + column.name))) return rule;
-  if (const TMapRule* rule = FindRule(context, RuleKey(NativeText(column)))) return rule;
-  return FindRule(context, RuleKey(column.native));
-}
-
 // Without the width in which whole numbers are shown, and with what a type has where nothing is said.
 std::vector<std::string> PlainArguments(const TColumnText& column) {
   if (WholeType(column.type) != nullptr || column.type == "year") return {};
@@ -358,8 +335,17 @@ std::string NativeText(const TForeignColumn& column) {
   return column.native;
 }
 
-TMappedType MapType(const TForeignColumn& column, const TStringList& tables, const TMapContext& context) {
-  if (const TMapRule* rule = RuleFor(column, tables, context)) return {.type = rule->type, .by_rule = true};
+TStringList RuleNames(const TForeignColumn& column, const TStringList& places) {
+  TStringList names;
+  for (const std::string& place : places)
+    if (std::ranges::find(names, place) == names.end()) names.push_back(place);
+  names.push_back(NativeText(column));
+  if (column.native != names.back()) names.push_back(column.native);
+  return names;
+}
+
+TMappedType MapType(const TForeignColumn& column, const TStringList& names, const TMapContext& context) {
+  if (const TMapRule* rule = FindMapRule(context.wishes.rules, names)) return {.type = rule->type, .rule = rule->what};
   const TMappingRow* row = RowOf(column.family);
   if (row == nullptr || !column.problem.empty()) {
     const std::string reason = column.problem.empty() ? "has no form in MySQL" : column.problem;

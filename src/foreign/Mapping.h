@@ -23,14 +23,19 @@ struct TMappedType {
   std::string type{};
   EMadeLevel level = EMadeLevel::Info;
   std::string text{};
-  bool by_rule = false;  // the user's own, beside which no other counts
+  std::string rule{};  // the left side of the user's own, beside whose type no other counts; empty for none
+
+  bool ByRule() const { return !rule.empty(); }
 };
 
 // The type in the source's words: "NUMBER(10,2)", "nvarchar(40)".
 std::string NativeText(const TForeignColumn& column);
 
-// `table`: as the source and as the target name it. Counting columns get a type that can count.
-TMappedType MapType(const TForeignColumn& column, const TStringList& table, const TMapContext& context);
+// By what a rule of the user may mean the column: by its places, "TABLE.COLUMN", then its type with a size, then the
+// type.
+TStringList RuleNames(const TForeignColumn& column, const TStringList& places);
+// `names`: these. Counting columns get a type that can count.
+TMappedType MapType(const TForeignColumn& column, const TStringList& names, const TMapContext& context);
 // Of letters or bytes that find no room in their row: the text or blob type that takes as many.
 TMappedType MapOutOfRow(const TForeignColumn& column);
 

@@ -130,7 +130,7 @@ class TCompletion {
     const TColumnText type = ReadType(theirs.type);
     const TColumnText wanted = ReadType(pieces.type);
     const bool same = SameType(wanted, type);
-    const bool free = settled_(column.root).empty() && !column.type.by_rule && !context_.wishes.strict_types;
+    const bool free = settled_(column.root).empty() && !column.type.ByRule() && !context_.wishes.strict_types;
     const bool holds = !same && free && HoldsAll(column.source, type, context_);
     if (same || holds) pieces.type = theirs.type;
     if (holds) ++counts_.wider;

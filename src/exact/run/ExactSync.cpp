@@ -23,6 +23,7 @@ constexpr char kSkipped[] = "Skipped: table %s, %s: %s";
 constexpr char kStatement[] = "Not followed: %s";
 constexpr char kOtherObject[] = "Not the same: %s %s: %s";
 constexpr char kUnmade[] = "No form in MySQL: %s";
+constexpr char kMapping[] = "Mapping: %s";
 constexpr char kTakenAsEqual[] = "Taken as equal: %s (%d)";
 constexpr char kVerified[] = "Verified: %s";
 constexpr char kNotVerified[] = "Not verified: %d differences left";
@@ -235,6 +236,8 @@ void TExactSync::FillLog() {
   for (const TSkippedTable& skipped : read_.skipped)
     ActionLog.push_back(Format(kSkipped, skipped.table, skipped.side, skipped.reason));
   for (const TUnmadeElement& element : read_.unmade) ActionLog.push_back(Format(kUnmade, element.Text()));
+  for (const TMadeColumn& column : read_.made)
+    if (column.level == EMadeLevel::Warning) ActionLog.push_back(Format(kMapping, column.Text()));
   for (const TChange& change : changes_) ActionLog.push_back(LogLine(change));
   for (const TObjectChange& change : objects_.changes) ActionLog.push_back(change.LogText());
   ActionLog.insert(ActionLog.end(), read_.made_log.begin(), read_.made_log.end());

@@ -32,7 +32,7 @@ class TExactSync {
   TExactSync(TTaskConnections& connections, TdmData& data, TActionTree& tree, TProgress& progress, TMessageLog& log);
 
   TStringList ActionLog;  // names alike but for case, objects that are left alone, those that differ, tables that could
-                          // not be read, actions, equivalences, proof
+                          // not be read, warnings of the mapping, actions, equivalences, proof
   TEquivalenceUse Equivalences;
   TExactWishes Wishes;
   TCollationMap Collations;       // names of the reference that the target has others for
@@ -56,8 +56,10 @@ class TExactSync {
   const TStringList& LeftAlone() const { return read_.left_alone; }      // a line for each object that is not handled
   // Of what stands beside tables: what no action changes, and why.
   const std::vector<TObjectDifference>& Objects() const { return objects_.differences; }
-  // Of a reference whose texts were made: what has no form in MySQL, and what became of its columns.
+  // Of a reference whose texts were made: what has no form in MySQL, what of that was accepted and is no longer there,
+  // and what became of its columns.
   const std::vector<TUnmadeElement>& Unmade() const { return read_.unmade; }
+  const std::vector<TUnmadeElement>& Accepted() const { return read_.accepted; }
   const std::vector<TMadeColumn>& MadeColumns() const { return read_.made; }
   std::vector<TChange> Changes() const;              // those whose rows are still there
   std::vector<TObjectChange> ObjectChanges() const;  // likewise

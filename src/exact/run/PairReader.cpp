@@ -613,6 +613,7 @@ void ReadPair(TDBConn& reference, TDBConn& target, const TCollationMap& collatio
   TPairReader(reference, target, collations, progress, table_under_way, maker, pair).Read();
   if (maker == nullptr) return;
   pair.unmade = maker->Unmade();
+  pair.accepted = maker->Accepted();
   pair.made = maker->Columns();
   pair.made_log = maker->Log();
 }

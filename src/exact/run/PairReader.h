@@ -45,6 +45,7 @@ struct TReadPair {
   TDatabaseObjects target_objects;
   // Of a reference whose texts were made.
   std::vector<TUnmadeElement> unmade;
+  std::vector<TUnmadeElement> accepted;
   std::vector<TMadeColumn> made;
   TStringList made_log;
 };

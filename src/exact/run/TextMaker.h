@@ -21,7 +21,14 @@ struct TMadeColumn {
   std::string source;  // the type in the source's words: "NUMBER(10,2)"
   std::string type;    // in MySQL's; empty where it has none
   EMadeLevel level = EMadeLevel::Info;
-  std::string text;  // what the user should know; empty for nothing
+  std::string text;     // what the user should know; empty for nothing
+  TStringList names{};  // by which a rule of the user may mean it, the nearest first
+  std::string rule{};   // that has decided, by the name that it has; empty for none
+
+  std::string Place() const { return column.empty() ? table : table + "." + column; }
+  // "orders.total (NUMBER, decimal(65,30)): the source states no precision"; of a table "orders: it has no primary
+  // key".
+  std::string Text() const { return Place() + (column.empty() ? "" : " (" + source + ", " + type + ")") + ": " + text; }
 };
 
 // What the source has and MySQL has no form for, so that a database cannot be called identical.
@@ -31,7 +38,8 @@ struct TUnmadeElement {
   std::string kind;     // "default", "check", "key", "primary key", "reference", "counting"
   std::string reason;
 
-  std::string Text() const { return table + "." + element + " (" + kind + "): " + reason; }
+  std::string Name() const { return table + "." + element; }
+  std::string Text() const { return Name() + " (" + kind + "): " + reason; }
 };
 
 // A table in the target's language.
@@ -55,8 +63,9 @@ class TTextMaker {
   // compared, or that is within tolerance. Raises for one that has no form in MySQL.
   virtual TMadeTable Make(const std::string& table, const TTableText* there) = 0;
   virtual bool DropsObsolete() const = 0;  // tables that the target alone has go
-  // After all tables are made.
+  // After all tables are made; what the user has accepted is apart.
   virtual std::vector<TUnmadeElement> Unmade() const = 0;
+  virtual std::vector<TUnmadeElement> Accepted() const = 0;
   virtual std::vector<TMadeColumn> Columns() const = 0;
   virtual TStringList Log() const = 0;  // what was counted
 };

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace velmora {
+
+// Every run of white space as one blank, none at the ends.
+std::string OnOneLine(const std::string& text);
+
+}  // namespace velmora
