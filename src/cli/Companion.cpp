@@ -146,6 +146,20 @@ void DeclareMapping(CLI::App& app, TForeignWishes& wishes) {
       "A reference that is not MySQL: the MySQL type of a column (TABLE.COLUMN=type) or of all columns of a type "
       "('number(10,2)=type', number=type); may be given several times",
       [&wishes](const std::string& rule) { wishes.rules.push_back(ReadMapRule(rule)); });
+  app.add_flag("--whole-numbers", wishes.whole_numbers,
+               "A reference that is not MySQL: decimals and number fields without digits behind the point become "
+               "integers that hold as many digits");
+  const auto take_collation = [&wishes](const std::string& name) {
+    try {
+      wishes.collation = ReadCollation(name);
+    } catch (const EVelmora& error) {
+      throw CLI::ValidationError("--collation", error.what());
+    }
+  };
+  app.add_option_function<std::string>("--collation", take_collation,
+                                       "A reference that is not MySQL: the collation of tables and columns that are "
+                                       "new in the target, as in utf8mb4_bin; those that are there keep theirs")
+      ->type_name("NAME");
   DeclareChoice(app, "--names", {"keep", "lower"},
                 "A reference that is not MySQL: its names as they are, or in lower case",
                 [&wishes](std::size_t choice) { wishes.names = choice == 0 ? ENameCase::Keep : ENameCase::Lower; });

@@ -26,8 +26,9 @@ constexpr char kReads[] = "--dialect %s reads this table";
 constexpr char kFileAndServer[] = "--via-server takes a reference that ends in .sql and a target on a server";
 
 constexpr char kForeignAlone[] =
-    "--map, --names, --accept, --strict-types, --accept-timestamp and --drop-obsolete are for references that are not "
-    "MySQL";
+    "--map, --whole-numbers, --collation, --names, --accept, --strict-types, --accept-timestamp and --drop-obsolete "
+    "are "
+    "for references that are not MySQL";
 
 constexpr int kGrace = 3000;  // milliseconds
 

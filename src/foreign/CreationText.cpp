@@ -12,6 +12,8 @@ namespace velmora {
 
 namespace {
 
+constexpr char kCharset[] = "utf8mb4";
+
 struct TRuleWords {
   EReferenceRule rule;
   const char* words;
@@ -126,8 +128,13 @@ TElement CheckElement(const TMappedCheck& check) {
   return {EElement::Check, check.name, "CONSTRAINT " + QuotedName(check.name) + " CHECK (" + check.text + ")"};
 }
 
-std::vector<TTableOption> NewTableOptions(const TMappedTable& table) {
-  std::vector<TTableOption> options = {{"ENGINE", "InnoDB"}, {"DEFAULT CHARSET", "utf8mb4"}};
+std::string CollationText(const std::string& collation) {
+  return Format("CHARACTER SET %s COLLATE %s", kCharset, collation);
+}
+
+std::vector<TTableOption> NewTableOptions(const TMappedTable& table, const std::string& collation) {
+  std::vector<TTableOption> options = {{"ENGINE", "InnoDB"}, {"DEFAULT CHARSET", kCharset}};
+  if (!collation.empty()) options.push_back({"COLLATE", collation});
   if (!table.comment.empty()) options.push_back({"COMMENT", QuotedText(table.comment)});
   return options;
 }

@@ -35,8 +35,10 @@ TElement KeyElement(const TMappedKey& key);
 TElement ReferenceElement(const TMappedReference& reference);
 TElement CheckElement(const TMappedCheck& check);
 
-// The options of a new table.
-std::vector<TTableOption> NewTableOptions(const TMappedTable& table);
+// The options of a new table; the collation may be empty.
+std::vector<TTableOption> NewTableOptions(const TMappedTable& table, const std::string& collation);
+// What a column says whose collation is not its table's.
+std::string CollationText(const std::string& collation);
 
 // The creation text with the source's types at the ends of its columns' lines, as comments.
 std::string ShownCreationText(const TTableText& text, const TMappedTable& table);

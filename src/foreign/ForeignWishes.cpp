@@ -1,5 +1,6 @@
 #include "foreign/ForeignWishes.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "mysqltext/ColumnParts.h"
@@ -16,12 +17,15 @@ namespace {
 
 constexpr char kNoRule[] = "%s is no rule of the mapping: write TABLE.COLUMN=type, or a type of the source=type";
 constexpr char kNoType[] = "%s: %s is no type of MySQL's";
+constexpr char kNoCollation[] =
+    "%s is no collation of utf8mb4, in which every letter has a place: write a name like utf8mb4_bin";
 constexpr char kNoWish[] = "The task asks for \"%s\", which this version does not know";
 
 constexpr char kMap[] = "map";
 constexpr char kAccept[] = "accept";
 constexpr char kNames[] = "names";
 constexpr char kLower[] = "lower";
+constexpr char kCollation[] = "collation";
 
 struct TFlag {
   std::string_view word;
@@ -29,7 +33,8 @@ struct TFlag {
 };
 constexpr TFlag kFlags[] = {{"strict-types", &TForeignWishes::strict_types},
                             {"drop-obsolete", &TForeignWishes::drop_obsolete},
-                            {"accept-timestamp", &TForeignWishes::accept_timestamp}};
+                            {"accept-timestamp", &TForeignWishes::accept_timestamp},
+                            {"whole-numbers", &TForeignWishes::whole_numbers}};
 
 bool TakeFlag(std::string_view word, TForeignWishes& wishes) {
   for (const TFlag& row : kFlags)
@@ -46,6 +51,8 @@ void ReadWish(std::string line, TForeignWishes& wishes) {
     wishes.accepted.push_back(line);
   else if (word == kNames && line == kLower)
     wishes.names = ENameCase::Lower;
+  else if (word == kCollation)
+    wishes.collation = ReadCollation(line);
   else if (!TakeFlag(whole, wishes))
     RaiseError(Format(kNoWish, whole));
 }
@@ -98,12 +105,21 @@ const TMapRule* FindMapRule(const std::vector<TMapRule>& rules, const TStringLis
 
 bool SameElement(const std::string& a, const std::string& b) { return SameText(OnOneLine(a), OnOneLine(b)); }
 
+std::string ReadCollation(const std::string& text) {
+  std::string name = LowerText(Trim(text));
+  const bool unicode = name.starts_with("utf8mb4_") || name.starts_with("uca1400_");
+  const auto fits = [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_'; };
+  if (!unicode || !std::ranges::all_of(name, fits)) RaiseError(Format(kNoCollation, text));
+  return name;
+}
+
 std::string ForeignWishesText(const TForeignWishes& wishes) {
   TStringList lines;
   for (const TMapRule& rule : wishes.rules) lines.push_back(std::string(kMap) + " " + MapRuleText(rule));
   for (const std::string& element : wishes.accepted) lines.push_back(std::string(kAccept) + " " + OnOneLine(element));
   for (const TFlag& row : kFlags)
     if (wishes.*row.flag) lines.emplace_back(row.word);
+  if (!wishes.collation.empty()) lines.push_back(std::string(kCollation) + " " + wishes.collation);
   if (wishes.names == ENameCase::Lower) lines.push_back(std::string(kNames) + " " + kLower);
   return JoinList(lines, "\n");
 }
@@ -121,6 +137,7 @@ TForeignWishes JoinWishes(TForeignWishes now, const TForeignWishes& kept) {
   now.rules.insert(now.rules.end(), kept.rules.begin(), kept.rules.end());
   now.accepted.insert(now.accepted.end(), kept.accepted.begin(), kept.accepted.end());
   for (const TFlag& row : kFlags) now.*row.flag = now.*row.flag || kept.*row.flag;
+  if (now.collation.empty()) now.collation = kept.collation;
   if (now.names == ENameCase::Keep) now.names = kept.names;
   return now;
 }

@@ -25,6 +25,8 @@ struct TForeignWishes {
   bool strict_types = false;      // a type that holds all values is a difference, too
   bool drop_obsolete = false;     // tables that the target alone has go
   bool accept_timestamp = false;  // timestamp stands for datetime, though it ends in 2038
+  bool whole_numbers = false;     // decimals without digits behind the point become integers
+  std::string collation{};        // of new tables and columns; empty for the server's own of utf8mb4
   ENameCase names = ENameCase::Keep;
 
   bool operator==(const TForeignWishes&) const = default;
@@ -32,7 +34,7 @@ struct TForeignWishes {
 };
 
 // One wish a line, as a task file keeps them: "map WHAT=TYPE", "accept TABLE.ELEMENT", "strict-types", "drop-obsolete",
-// "accept-timestamp", "names lower"; empty for none.
+// "accept-timestamp", "whole-numbers", "collation NAME", "names lower"; empty for none.
 std::string ForeignWishesText(const TForeignWishes& wishes);
 // Raises for a line that is none of these.
 TForeignWishes ReadForeignWishes(const std::string& text);
@@ -47,5 +49,9 @@ const TMapRule* FindMapRule(const std::vector<TMapRule>& rules, const TStringLis
 
 // Whether these are names of one element, "TABLE.ELEMENT". Case does not count, and any white space is one blank.
 bool SameElement(const std::string& a, const std::string& b);
+
+// The name of a collation, in lower case. Raises for what is none, and for those of character sets in which not every
+// letter has a place.
+std::string ReadCollation(const std::string& text);
 
 }  // namespace velmora

@@ -126,8 +126,19 @@ constexpr char kTooManyDigits[] =
 constexpr char kFractionCut[] = "fractions of seconds: %d digits become %d";
 constexpr char kOffsetLost[] = "the offset from UTC is lost: keep the moments as UTC";
 
-TMappedType MakeDecimal(const TForeignColumn& column, const TMapContext& /*context*/) {
+// The integer that holds all whole numbers of as many digits; null where none does. What users say of whole numbers is
+// one of the usual four.
+const char* IntegerFor(int digits) {
+  constexpr std::array kUsual = {"tinyint", "smallint", "int", "bigint"};
+  for (const char* type : kUsual)
+    if (WholeType(type)->digits >= digits) return type;
+  return nullptr;
+}
+
+TMappedType MakeDecimal(const TForeignColumn& column, const TMapContext& context) {
   const TDigits digits = DigitsOf(column);
+  const bool whole = context.wishes.whole_numbers && digits.decimals == 0;
+  if (const char* integer = whole ? IntegerFor(digits.digits) : nullptr) return Plain(integer);
   if (!digits.Fit()) return Warned("double", Format(kTooManyDigits, digits.digits, digits.decimals));
   return Plain(Format("decimal(%d,%d)", digits.digits, digits.decimals));
 }

@@ -42,7 +42,7 @@ class TCompletion {
 
   TTableText Make() {
     made_.name = table_.name;
-    made_.options = there_ == nullptr ? NewTableOptions(table_) : OptionsOf(*there_);
+    made_.options = there_ == nullptr ? NewTableOptions(table_, context_.wishes.collation) : OptionsOf(*there_);
     if (there_ != nullptr) made_.partitioning = there_->partitioning;
     AddHiddenKey();
     for (const TMappedColumn& column : table_.columns) AddColumn(column);
@@ -97,8 +97,20 @@ class TCompletion {
     pieces.type = WantedType(column);
     if (!Known(EFact::ColumnComments)) pieces.comment.clear();
     if (!Known(EFact::Defaults)) pieces.default_value.clear();
-    if (const TElement* there = FindColumn(column.name)) TakeOver(column, *there, pieces);
+    if (const TElement* there = FindColumn(column.name))
+      TakeOver(column, *there, pieces);
+    else if (there_ != nullptr)
+      pieces.charset = OwnCharset(pieces);
     made_.elements.push_back({EElement::Column, pieces.name, pieces.Text()});
+  }
+
+  // Of a column that comes to a table: the collation asked for, unless a type of the user's own says another.
+  std::string OwnCharset(const TColumnPieces& pieces) const {
+    const TElement element{EElement::Column, pieces.name, pieces.Text()};
+    const TColumnParts& parts = element.text.Column();
+    const bool asked = !context_.wishes.collation.empty() && parts.charset.empty() && parts.collation.empty();
+    return asked && ReadColumnText(element.text, TCharset()).HasLetters() ? CollationText(context_.wishes.collation)
+                                                                          : std::string();
   }
 
   void TakeOver(const TMappedColumn& column, const TElement& there, TColumnPieces& pieces) {

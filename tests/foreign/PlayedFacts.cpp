@@ -11,6 +11,8 @@ namespace velmora::testing {
 
 namespace {
 
+constexpr char kWish[] = "wish ";
+
 enum class ENumbers { None, Digits, Length, Fraction };
 
 struct TFamilyWord {
@@ -170,7 +172,7 @@ std::vector<TForeignTable> ReadFacts(const std::string& text) {
   SplitText("\n", text, lines);
   for (std::string line : lines) {
     line = Trim(line);
-    if (line.empty()) continue;
+    if (line.empty() || line.starts_with(kWish)) continue;
     if (!line.starts_with("table ")) {
       ReadLine(line, tables.at(tables.size() - 1));
       continue;
@@ -181,6 +183,14 @@ std::vector<TForeignTable> ReadFacts(const std::string& text) {
     tables.push_back(table);
   }
   return tables;
+}
+
+TForeignWishes ReadWishes(const std::string& text) {
+  TStringList lines, wishes;
+  SplitText("\n", text, lines);
+  for (const std::string& line : lines)
+    if (line.starts_with(kWish)) wishes.push_back(line.substr(std::size(kWish) - 1));
+  return ReadForeignWishes(JoinList(wishes, "\n"));
 }
 
 TStringList TPlayedFacts::Tables() {

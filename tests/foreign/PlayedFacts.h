@@ -9,6 +9,7 @@
 //     check [COLUMN:] TEXT
 //     problem TEXT
 //
+// Lines before the first table may be wishes, as a task file keeps them: "wish WISH".
 // Numbers are precision and scale, a length or a fraction, as the family has them; with a "b" a length is one of bytes.
 
 #include <functional>
@@ -17,6 +18,7 @@
 #include <vector>
 
 #include "foreign/Facts.h"
+#include "foreign/ForeignWishes.h"
 
 namespace velmora::testing {
 
@@ -25,6 +27,7 @@ inline constexpr TKnownFacts kAllFacts = {
     EFact::Rules,       EFact::Checks,   EFact::Order,    EFact::ColumnComments, EFact::TableComment};
 
 std::vector<TForeignTable> ReadFacts(const std::string& text);
+TForeignWishes ReadWishes(const std::string& text);       // of the same text
 TForeignColumn ReadColumnFacts(const std::string& text);  // "COLUMN FAMILY ..."
 
 class TPlayedFacts final : public TFactReader {

@@ -23,7 +23,7 @@ std::string LevelWord(EMadeLevel level) {
 
 // The texts, then what is told of them.
 std::string MadeOf(const std::string& server, const std::string& facts) {
-  TForeignTexts texts(std::make_unique<TPlayedFacts>(ReadFacts(facts)), {});
+  TForeignTexts texts(std::make_unique<TPlayedFacts>(ReadFacts(facts)), testing::ReadWishes(facts));
   texts.Read(ReadTargetServer(server), {}, [](const std::string&, std::size_t) {});
   std::string made;
   for (const std::string& table : texts.Tables()) {

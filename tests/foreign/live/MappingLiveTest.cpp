@@ -23,6 +23,7 @@ using ::testing::IsEmpty;
 using testing::kAllFacts;
 using testing::ReadColumnFacts;
 using testing::ReadFacts;
+using testing::ReadWishes;
 using testing::TPlayedFacts;
 
 class MappingLiveTest : public ::testing::Test {
@@ -159,6 +160,7 @@ class StructureLiveTest : public MappingLiveTest, public ::testing::WithParamInt
 
 TEST_P(StructureLiveTest, IsThereAfterARun) {
   facts_ = ReadFacts(GetParam().Parts().at(0));
+  wishes_ = ReadWishes(GetParam().Parts().at(0));
   Sync();
   EXPECT_THAT(sync_.Changes(), IsEmpty()) << JoinList(sync_.ActionLog, "\n");
 }
@@ -173,6 +175,7 @@ class ToleranceLiveTest : public MappingLiveTest, public ::testing::WithParamInt
 TEST_P(ToleranceLiveTest, ToldAsWrittenAndEqualAfterARun) {
   const TStringList parts = GetParam().Parts();
   facts_ = ReadFacts(parts.at(0));
+  wishes_ = ReadWishes(parts.at(0));
   if (GetParam().name.ends_with("structure alone")) known_ = {EFact::Order, EFact::PrimaryKey};
   TStringList statements;
   SplitText(";\n", parts.at(1) + "\n", statements);
