@@ -4,20 +4,14 @@
 //   new NAME           the same, on a new one in any case
 //   load NAME FILE     so do those of a file of examples/live
 //   ask NAME QUERY     the indented lines are the first column of what this gives there
-//   files NAME         those of a case of tests/data/formats
-//
-// The examples of docs/foreign.md are such cases, too: its blocks of "console", and the steps in its comments.
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <functional>
 #include <map>
 
 #include "mysqltext/StatementReader.h"
-#include "support/FormatCase.h"
 #include "support/LiveRun.h"
-#include "support/ScratchFolder.h"
 #include "support/Transcript.h"
 #include "util/Files.h"
 #include "util/Text.h"
@@ -30,10 +24,6 @@ constexpr char kCases[] = VELMORA_SOURCE_DIR "/tests/data/companion/live/";
 class TCaseDatabases {
  public:
   std::string Step(const std::string& word, const std::string& rest, const std::string& below) {
-    if (word == "files") {
-      FormatCase(rest).PutInto(std::filesystem::current_path().string());
-      return below;
-    }
     const std::string name = rest.substr(0, rest.find(' '));
     const std::string argument = rest.substr(std::min(name.size() + 1, rest.size()));
     std::unique_ptr<TLiveDatabase>& database = databases_[name];
@@ -65,30 +55,6 @@ TEST_P(LiveCases, PrintWhatIsWritten) {
   EXPECT_EQ(
       TranscriptDifference(kCases + GetParam() + ".txt", {RunLive, std::bind_front(&TCaseDatabases::Step, &databases)}),
       "");
-}
-
-// As a transcript: what users type names the program, and the server is the shared one.
-std::string TranscriptIn(const std::string& page) {
-  TStringList lines, steps;
-  SplitText("\n", page, lines);
-  bool inside = false;
-  for (const std::string& line : lines)
-    if (line.starts_with("```")) {
-      if (inside) steps.emplace_back();
-      inside = line == "```console";
-    } else if (inside)
-      steps.push_back(StrReplace(StrReplace(line, "$ velmora-cli ", "$ "), "root@localhost", "root:@localhost"));
-    else if (std::string step; Between(line, "<!-- step ", " -->", false, step))
-      steps.push_back(step);
-  return JoinList(steps, "\n");
-}
-
-TEST(LiveDocs, TheExamplesOfForeignReferencesAreTrue) {
-  const TScratchFolder folder;
-  const std::string path = folder / "foreign.txt";
-  WriteFileText(path, TranscriptIn(ReadFileText(VELMORA_SOURCE_DIR "/docs/foreign.md")));
-  TCaseDatabases databases;
-  EXPECT_EQ(TranscriptDifference(path, {RunLive, std::bind_front(&TCaseDatabases::Step, &databases)}), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Companion, LiveCases, ::testing::ValuesIn(TranscriptNames(kCases)),

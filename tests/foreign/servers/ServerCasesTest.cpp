@@ -5,10 +5,14 @@
 //   sqlite NAME        so is one of SQLite, which is the data source of this name
 //   odbc NAME DATABASE a data source of this name leads to a database of the target's server
 //   sqlserver          the indented lines are what a SQL Server answers, at the place PLAYED, with the names that its
-//                      reader has for its questions
+//                      reader has for its questions; with a name, those of a file of tests/data/foreign/played
 //   oracle             the indented lines are what an Oracle server answers, likewise
+//   files NAME         those of a case of tests/data/formats
 //   on NAME            the indented statements run on this database of the target, which is new when it is named first
+//   new NAME           the same, on a new one in any case
 //   ask NAME QUERY     the indented lines are the first column of what this gives there
+//
+// The examples of docs/foreign.md are such cases, too: its blocks of "console", and the steps in its comments.
 
 #include <gtest/gtest.h>
 
@@ -23,6 +27,7 @@
 #include "foreign/SqlServerFacts.h"
 #include "mysqltext/StatementReader.h"
 #include "support/FakeOracle.h"
+#include "support/FormatCase.h"
 #include "support/LiveRun.h"
 #include "support/OdbcSources.h"
 #include "support/PrivateFirebird.h"
@@ -37,9 +42,15 @@ namespace {
 
 constexpr char kOracle[] = VELMORA_FAKE_CLIENTS "/oracle";
 constexpr char kCases[] = VELMORA_SOURCE_DIR "/tests/data/foreign/servers/";
+constexpr char kPlayed[] = VELMORA_SOURCE_DIR "/tests/data/foreign/played/";
 
-class ServerCases : public ::testing::TestWithParam<std::string> {
+class TServerSources {
  public:
+  TStepRunner Runner() {
+    return {std::bind_front(&TServerSources::Run, this), std::bind_front(&TServerSources::Step, this)};
+  }
+
+ private:
   TAnswer Run(std::vector<std::string> arguments, const TAsk& ask) const {
     if (sql_server_)
       for (std::string& argument : arguments)
@@ -52,11 +63,13 @@ class ServerCases : public ::testing::TestWithParam<std::string> {
     if (word == "firebird") std::filesystem::copy_file(firebird_.NewDatabaseOf(rest, below), rest);
     if (word == "sqlite") NewSqlite(name, below);
     if (word == "odbc") NewOdbc(name, rest.substr(name.size() + 1));
-    if (word == "sqlserver") PlaySqlServer(below);
-    if (word == "oracle") PlayOracle(below);
-    if (word != "on" && word != "ask") return below;
+    if (word == "sqlserver") PlaySqlServer(Played(name, below));
+    if (word == "oracle") PlayOracle(Played(name, below));
+    if (word == "files") FormatCase(name).PutInto(std::filesystem::current_path().string());
+    if (word != "on" && word != "new" && word != "ask") return below;
     const std::string query = rest.substr(std::min(name.size() + 1, rest.size()));
     std::unique_ptr<TLiveDatabase>& database = databases_[name];
+    if (word == "new") database.reset();
     if (!database) database = std::make_unique<TLiveDatabase>(name);
     if (word == "ask") return Answers(query, *database);
     TStatementReader reader(below);
@@ -64,7 +77,9 @@ class ServerCases : public ::testing::TestWithParam<std::string> {
     return below;
   }
 
- private:
+  static std::string Played(const std::string& name, const std::string& below) {
+    return name.empty() ? below : ReadFileText(kPlayed + name + ".txt");
+  }
   void NewSqlite(const std::string& name, const std::string& script) {
     AddOdbcSource(name, OdbcDriverFile("libsqlite3odbc.so"), "Database=" + (folder_ / (name + ".db")));
     TOLEDBDataSource source(MakeOLEDBProvider);
@@ -108,9 +123,41 @@ class ServerCases : public ::testing::TestWithParam<std::string> {
   std::map<std::string, std::unique_ptr<TLiveDatabase>> databases_;
 };
 
+class ServerCases : public ::testing::TestWithParam<std::string> {};
+
 TEST_P(ServerCases, PrintWhatIsWritten) {
-  const TStepRunner runner = {std::bind_front(&ServerCases::Run, this), std::bind_front(&ServerCases::Step, this)};
-  EXPECT_EQ(TranscriptDifference(kCases + GetParam() + ".txt", runner), "");
+  TServerSources sources;
+  EXPECT_EQ(TranscriptDifference(kCases + GetParam() + ".txt", sources.Runner()), "");
+}
+
+// What users type names the program and servers of theirs.
+std::string AsStep(const std::string& line) {
+  const std::string step = StrReplace(StrReplace(line, "$ velmora-cli ", "$ "), "root@localhost", "root:@localhost");
+  return StrReplace(step, "mssql.example.org", "PLAYED");
+}
+
+// The page as a transcript.
+std::string TranscriptIn(const std::string& page) {
+  TStringList lines, steps;
+  SplitText("\n", page, lines);
+  bool inside = false;
+  for (const std::string& line : lines)
+    if (line.starts_with("```")) {
+      if (inside) steps.emplace_back();
+      inside = line == "```console";
+    } else if (inside)
+      steps.push_back(AsStep(line));
+    else if (std::string step; Between(line, "<!-- step ", " -->", false, step))
+      steps.push_back(step);
+  return JoinList(steps, "\n");
+}
+
+TEST(ForeignDocs, TheExamplesAreTrue) {
+  const TScratchFolder folder;
+  const std::string path = folder / "foreign.txt";
+  WriteFileText(path, TranscriptIn(ReadFileText(VELMORA_SOURCE_DIR "/docs/foreign.md")));
+  TServerSources sources;
+  EXPECT_EQ(TranscriptDifference(path, sources.Runner()), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Foreign, ServerCases, ::testing::ValuesIn(TranscriptNames(kCases)),
