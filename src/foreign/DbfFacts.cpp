@@ -106,7 +106,7 @@ class TDbfFacts : public TFactReader {
 
   TForeignTable Table(const std::string& name) override {
     const TDbfStructure structure = Files().StructureOf(name);
-    TForeignTable table{.name = name, .known = KnownOf(structure), .remarks = structure.warnings};
+    TForeignTable table{.name = name, .known = KnownOf(structure), .warnings = structure.warnings};
     for (std::size_t i = 0; i < structure.fields.size(); ++i) {
       table.columns.push_back(ColumnOf(structure.fields[i], structure.visual));
       if (structure.entry) Complete(structure.entry->fields[i], table);

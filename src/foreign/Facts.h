@@ -166,6 +166,7 @@ struct TForeignTable {
   std::string comment{};
   std::optional<TKnownFacts> known{};  // of a table of which the reader knows other facts than of most
   TStringList remarks{};               // what else the source has of the table, for the user
+  TStringList warnings{};              // what of it is not compared, though the source has it
   std::string problem{};               // why the table cannot be mapped; it is then skipped with this reason
 };
 

@@ -226,6 +226,7 @@ class TSchemaMapper {
     MapChecks(Facts(at), table);
     table.comment = CutChars(Facts(at).comment, kTableComment);
     for (const std::string& remark : Facts(at).remarks) TellOf(table, remark, EMadeLevel::Info);
+    for (const std::string& warning : Facts(at).warnings) TellOf(table, warning, EMadeLevel::Warning);
     const bool keyed = std::ranges::any_of(Facts(at).keys,
                                            [](const TForeignKey& key) { return key.kind == EForeignKeyKind::Primary; });
     if (!keyed)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -23,6 +24,10 @@ namespace fs = std::filesystem;
 constexpr char kNoFolder[] = "Cannot open %s: there is no such folder";
 constexpr char kUnknownType[] = "its type, number %d, is not known";
 constexpr char kUnreadKey[] = "the file %s says not which columns it is over";
+constexpr char kUnreadFolder[] = "Cannot read %s: %s";
+constexpr char kUnreadChecks[] =
+    "%s is not read: required fields, defaults, checks and references that it states are not compared";
+constexpr char kValidityChecks[] = ".val";
 constexpr char kHint[] = "Hint";  // the last field of a secondary key's file
 
 struct TTypeRow {
@@ -83,6 +88,7 @@ class TParadoxFacts final : public TFactReader {
   TKnownFacts Known() const override { return {EFact::Order, EFact::PrimaryKey, EFact::Counting}; }
   TStringList Tables() override {
     if (!Reachable()) RaiseError(Format(kNoFolder, conn_.Folder()));
+    ListFiles();
     TStringList tables;
     conn_.ListTables(tables);
     return tables;
@@ -100,32 +106,48 @@ class TParadoxFacts final : public TFactReader {
     TForeignKey primary{.kind = EForeignKeyKind::Primary};
     for (std::size_t i = 0; i < width; ++i) primary.parts.push_back({table.columns[i].name});
     if (width > 0) table.keys.push_back(std::move(primary));
-    AddSecondaryKeys(name, width, table);
+    const std::map<std::string, std::string> beside = Beside(name);
+    AddSecondaryKeys(beside, width, table);
+    if (const auto checks = beside.find(kValidityChecks); checks != beside.end())
+      table.warnings.push_back(Format(kUnreadChecks, fs::path(checks->second).filename().string()));
     return table;
   }
 
  private:
-  // The files TABLE.Xnn, of which nn is a field's number in hexadecimal digits, or Gn for a key over several fields.
-  void AddSecondaryKeys(const std::string& name, std::size_t width, TForeignTable& table) {
-    TStringList files;
+  // The files of the folder that have the table's name, whatever the case of letters, by their extensions in lower
+  // case. Among files that differ in case alone the one with the very name is taken.
+  std::map<std::string, std::string> Beside(const std::string& name) const {
+    std::map<std::string, std::string> beside;
+    const auto [first, last] = files_.equal_range(LowerText(name));
+    for (auto file = first; file != last; ++file) {
+      std::string& path = beside[LowerText(file->second.extension().string())];
+      if (path.empty() || file->second.stem() == name) path = file->second.string();
+    }
+    return beside;
+  }
+
+  void ListFiles() {
+    files_.clear();
     std::error_code error;
     for (fs::directory_iterator entry(conn_.Folder(), error); !error && entry != fs::directory_iterator();
-         entry.increment(error)) {
-      const fs::path path = entry->path();
-      const std::string extension = path.extension().string();
-      constexpr std::size_t kExtension = 4;  // ".X04"
-      if (extension.size() == kExtension && LowerChar(extension[1]) == 'x' && SameText(path.stem().string(), name))
-        files.push_back(path.string());
-    }
-    if (error || files.empty()) return;
-    std::ranges::sort(files);
-    for (const std::string& file : files) table.keys.push_back(SecondaryKey(file, width, table));
-    table.known = Known();
-    table.known->Add(EFact::OtherKeys);
+         entry.increment(error))
+      files_.emplace(LowerText(entry->path().stem().string()), entry->path());
+    if (error) RaiseError(Format(kUnreadFolder, conn_.Folder(), error.message()));
+  }
+
+  // The files TABLE.Xnn, of which nn is a field's number in hexadecimal digits, or Gn for a key over several fields.
+  void AddSecondaryKeys(const std::map<std::string, std::string>& beside, std::size_t width, TForeignTable& table) {
+    constexpr std::size_t kExtension = 4;  // ".x04"
+    for (const auto& [extension, path] : beside)
+      if (extension.size() == kExtension && extension[1] == 'x') {
+        table.keys.push_back(SecondaryKey(path, width, table));
+        table.known = Known();
+        table.known->Add(EFact::OtherKeys);
+      }
   }
 
   static TForeignKey SecondaryKey(const std::string& path, std::size_t width, const TForeignTable& table) {
-    const std::string digits = fs::path(path).extension().string().substr(2);
+    const std::string digits = LowerText(fs::path(path).extension().string().substr(2));
     if (const auto number = HexNumber(digits); number && *number > 0 && *number <= table.columns.size()) {
       const std::string& column = table.columns[*number - 1].name;
       return {.name = column, .parts = {{column}}};
@@ -147,6 +169,7 @@ class TParadoxFacts final : public TFactReader {
   }
 
   TDBConnParadox& conn_;
+  std::multimap<std::string, fs::path> files_;  // of the folder, by their names without extension in lower case
 };
 
 }  // namespace
