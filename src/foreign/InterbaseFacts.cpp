@@ -20,10 +20,12 @@ constexpr char kProbe[] = "select 1 from rdb$database";
 // What not every version has.
 constexpr char kExtras[] =
     "select rdb$field_name as column_name from rdb$relation_fields where rdb$relation_name in ('RDB$RELATION_FIELDS', "
-    "'RDB$INDICES') and rdb$field_name in ('RDB$IDENTITY_TYPE', 'RDB$CONDITION_SOURCE')";
+    "'RDB$INDICES', 'RDB$RELATIONS') and rdb$field_name in ('RDB$IDENTITY_TYPE', 'RDB$CONDITION_SOURCE', "
+    "'RDB$RELATION_TYPE')";
 
 constexpr char kTables[] =
-    "select rdb$relation_name as table_name, rdb$description as remarks, rdb$external_file as external_file "
+    "select rdb$relation_name as table_name, rdb$description as remarks, rdb$external_file as external_file, "
+    "%s as relation_type "
     "from rdb$relations where (rdb$system_flag is null or rdb$system_flag <> 1) and rdb$view_blr is null order by 1";
 
 constexpr char kColumns[] =
@@ -43,7 +45,7 @@ constexpr char kKeys[] =
     "s.rdb$field_name as part "
     "from rdb$indices i left join rdb$index_segments s on s.rdb$index_name = i.rdb$index_name "
     "left join rdb$relation_constraints c on c.rdb$index_name = i.rdb$index_name "
-    "where (i.rdb$system_flag is null or i.rdb$system_flag <> 1) order by 1, i.rdb$index_id, s.rdb$field_position";
+    "where (i.rdb$system_flag is null or i.rdb$system_flag <> 1) order by 1, i.rdb$index_id, 2, s.rdb$field_position";
 
 constexpr char kReferences[] =
     "select c.rdb$relation_name as table_name, c.rdb$constraint_name as key_name, s.rdb$field_name as part, "
@@ -71,6 +73,7 @@ constexpr char kTriggers[] =
 
 constexpr char kIdentity[] = "RDB$IDENTITY_TYPE";
 constexpr char kCondition[] = "RDB$CONDITION_SOURCE";
+constexpr char kRelationType[] = "RDB$RELATION_TYPE";
 
 // --- What is told
 
@@ -80,6 +83,8 @@ constexpr char kComputed[] = "computed: %s";
 constexpr char kExpression[] = "it is over an expression: %s";
 constexpr char kFilter[] = "it holds only rows with %s";
 constexpr char kInactive[] = "it is switched off";
+constexpr char kTemporary[] =
+    "it is temporary: each session has rows of its own there, which MySQL's table does not keep apart";
 constexpr char kExternal[] = "rows are kept in the file %s";
 
 // --- Types
@@ -207,6 +212,9 @@ bool RunsBeforeInsert(std::int64_t type) {
          (((bits >> 1) & kKind) == kInsert || ((bits >> 3) & kKind) == kInsert || ((bits >> 5) & kKind) == kInsert);
 }
 
+// By Firebird's number or InterBase's word for the kind of table.
+bool IsTemporary(const std::string& type) { return type == "4" || type == "5" || type.starts_with("GLOBAL_TEMPORARY"); }
+
 // Names that the server has made say nothing.
 std::string NameOf(const std::string& name) {
   return name.starts_with("RDB$") || name.starts_with("INTEG_") ? std::string() : name;
@@ -218,13 +226,15 @@ class TInterbaseFacts final : public TCatalogFacts {
 
  private:
   void ReadCatalog() override {
-    bool identities = false, conditions = false;
+    bool identities = false, conditions = false, relation_types = false;
     ForEach(kExtras, [&](const TCatalogRow& row) {
       identities = identities || row.Text("COLUMN_NAME") == kIdentity;
       conditions = conditions || row.Text("COLUMN_NAME") == kCondition;
+      relation_types = relation_types || row.Text("COLUMN_NAME") == kRelationType;
     });
     const auto column = [](bool there, const char* name) { return there ? std::string(name) : "null"; };
-    ForEach(kTables, [this](const TCatalogRow& row) { TakeTable(row); });
+    ForEach(Format(kTables, column(relation_types, "rdb$relation_type")),
+            [this](const TCatalogRow& row) { TakeTable(row); });
     Each(Format(kColumns, column(identities, "r.rdb$identity_type")), &TInterbaseFacts::TakeColumn);
     Each(Format(kKeys, column(conditions, "i.rdb$condition_source")), &TInterbaseFacts::TakeKeyPart);
     Each(kReferences, &TInterbaseFacts::TakeReferencePart);
@@ -242,6 +252,7 @@ class TInterbaseFacts final : public TCatalogFacts {
   void TakeTable(const TCatalogRow& row) {
     TForeignTable table{.name = row.Text("TABLE_NAME"), .comment = row.Text("REMARKS")};
     if (row.Has("EXTERNAL_FILE")) table.remarks.push_back(Format(kExternal, row.Text("EXTERNAL_FILE")));
+    if (IsTemporary(row.Text("RELATION_TYPE"))) table.remarks.emplace_back(kTemporary);
     AddTable(std::move(table));
   }
 

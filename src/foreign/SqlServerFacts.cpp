@@ -26,11 +26,14 @@ constexpr char kTables[] =
     "left join sys.extended_properties p on p.class = 1 and p.major_id = t.object_id and p.minor_id = 0 "
     "and p.name = 'MS_Description' where t.is_ms_shipped = 0 order by s.name, t.name";
 
-// The type of the system that an alias stands for has the same two numbers.
+// The type of the system that an alias stands for has the same two numbers. A default of old is an object of its own;
+// the texts of others are shown to logins with the right to view definitions alone.
 constexpr char kColumns[] =
     "select c.object_id as id, c.name as name, coalesce(b.name, y.name) as type, y.name as declared, "
     "c.max_length as bytes, c.precision as digits, c.scale as scale, c.is_nullable as is_nullable, "
-    "c.is_identity as is_identity, d.definition as default_text, m.definition as computed, "
+    "c.is_identity as is_identity, coalesce(d.definition, object_definition(c.default_object_id), "
+    "case when c.default_object_id <> 0 then 'its text is not shown to this login' end) as default_text, m.definition "
+    "as computed, "
     "cast(p.value as nvarchar(4000)) as comment "
     "from sys.columns c join sys.tables t on t.object_id = c.object_id "
     "join sys.types y on y.user_type_id = c.user_type_id "
