@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "foreign/Names.h"
 #include "mysqltext/Lexer.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -72,40 +73,44 @@ class TCheckReader {
   }
 
   std::optional<std::string> ColumnOf(std::string_view name) const {
-    for (std::size_t i = 0; i < columns_.size(); ++i)
-      if (SameText(columns_[i], name)) return QuotedName(names_[i]);
-    return std::nullopt;
+    const auto found = FindNamed(columns_, name);
+    if (found == columns_.end()) return std::nullopt;
+    return QuotedName(names_[static_cast<std::size_t>(found - columns_.begin())]);
+  }
+
+  // Two values side by side, as in "date '2024-05-31'", are none that MySQL would know.
+  void Value(const std::string& text) {
+    failed_ = failed_ || after_value_;
+    after_value_ = true;
+    Add(text);
   }
 
   void Name(std::string_view name) {
     const auto column = ColumnOf(name);
     if (!column) failed_ = true;
-    if (column) Add(*column);
-    after_value_ = true;
+    Value(column.value_or(""));
   }
 
   void NameOrText(std::string_view inside) {
     if (ColumnOf(inside)) return Name(inside);
-    Add(QuotedText(inside));
-    after_value_ = true;
+    Value(QuotedText(inside));
   }
 
   void Literal() {
     if (text_[at_] != '\'') ++at_;
     std::string value(Until('\''));
     while (!failed_ && at_ < text_.size() && text_[at_] == '\'') value += "'" + std::string(Until('\''));
-    // MySQL's patterns have no sets of letters.
-    if (word_ == "like" && value.find('[') != std::string::npos) failed_ = true;
-    Add(QuotedText(value));
-    after_value_ = true;
+    // MySQL's patterns have no sets of letters, and "\" is an escape in them alone.
+    if (word_ == "like" && value.find_first_of("[\\") != std::string::npos) failed_ = true;
+    Value(QuotedText(value));
   }
 
   void Number() {
     const std::size_t start = at_;
     while (at_ < text_.size() && (IsDigit(text_[at_]) || text_[at_] == '.')) ++at_;
-    if (at_ < text_.size() && IsNameStart(text_[at_])) failed_ = true;
-    Add(std::string(text_.substr(start, at_ - start)));
-    after_value_ = true;
+    const std::string number(text_.substr(start, at_ - start));
+    if ((at_ < text_.size() && IsNameStart(text_[at_])) || !TryStrToFloat(number)) failed_ = true;
+    Value(number);
   }
 
   // A bracket after a name makes it a function.
@@ -132,6 +137,8 @@ class TCheckReader {
       if (depth_ < 0) failed_ = true;
       const bool compares = sign.find_first_of("<>=") != std::string_view::npos;
       if (compares && !after_value_ && !column_.empty()) Name(column_);
+      // "+" joins texts elsewhere, and dates are counted with in other units.
+      if ((sign == "+" || sign == "-") && after_value_) failed_ = true;
       Add(std::string(sign));
       after_value_ = sign == ")";
       return;

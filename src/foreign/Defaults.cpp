@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 
 #include "mysqltext/ColumnParts.h"
 #include "mysqltext/Lexer.h"
@@ -197,8 +199,22 @@ bool IsDigits(std::string_view text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-// "2024-05-31" or "5/31/2024" as the first.
+// Whether there is such a day, and servers take it whatever their mode.
+bool IsDay(std::string_view year, std::string_view month, std::string_view day) {
+  const auto number = [](std::string_view digits) { return std::atoi(std::string(digits).c_str()); };
+  const std::chrono::year_month_day date(std::chrono::year(number(year)),
+                                         std::chrono::month(static_cast<unsigned>(number(month))),
+                                         std::chrono::day(static_cast<unsigned>(number(day))));
+  return number(year) > 0 && date.ok();
+}
+
+// "2024-05-31", or "20240531" or "5/31/2024" as the first.
 std::optional<std::string> DayOf(std::string_view text) {
+  constexpr std::size_t kBareDigits = 8;
+  if (IsDigits(text) && text.size() == kBareDigits) {
+    const std::string day = Format("%s-%s-%s", text.substr(0, 4), text.substr(4, 2), text.substr(6));
+    return DayOf(day);
+  }
   const char sign = text.find('/') != std::string_view::npos ? '/' : '-';
   const std::size_t first = text.find(sign);
   const std::size_t second = first == std::string_view::npos ? first : text.find(sign, first + 1);
@@ -209,17 +225,34 @@ std::optional<std::string> DayOf(std::string_view text) {
   constexpr std::size_t kYearDigits = 4;
   for (const std::string_view part : parts)
     if (!IsDigits(part) || part.size() > kYearDigits) return std::nullopt;
-  if (parts[0].size() != kYearDigits) return std::nullopt;
+  if (parts[0].size() != kYearDigits || !IsDay(parts[0], parts[1], parts[2])) return std::nullopt;
   const auto two = [](std::string_view part) { return (part.size() == 1 ? "0" : "") + std::string(part); };
   return std::string(parts[0]) + "-" + two(parts[1]) + "-" + two(parts[2]);
 }
 
-// "10:20" and "10:20:30.5" as they are, with seconds.
+// "10:20" and "10:20:30.5" as they are, with seconds; "1:20:00 PM" as "13:20:00".
 std::optional<std::string> ClockOf(std::string_view text) {
-  const std::size_t colons = static_cast<std::size_t>(std::ranges::count(text, ':'));
-  if (text.empty() || colons == 0 || colons > 2 || text.find_first_not_of("0123456789:.") != std::string_view::npos)
-    return std::nullopt;
-  return std::string(text) + (colons == 1 ? ":00" : "");
+  constexpr int kNoon = 12, kHours = 24, kSixty = 60;
+  const bool evening = SameText(text.substr(std::max<std::size_t>(text.size(), 2) - 2), "pm");
+  const bool half = evening || SameText(text.substr(std::max<std::size_t>(text.size(), 2) - 2), "am");
+  if (half) text = TrimView(text.substr(0, text.size() - 2));
+  TStringList parts;
+  SplitText(":", text, parts);
+  if (parts.size() < 2 || parts.size() > 3) return std::nullopt;
+  std::string fraction;
+  if (const std::size_t point = parts.back().find('.'); parts.size() == 3 && point != std::string::npos) {
+    fraction = parts[2].substr(point);
+    parts[2].resize(point);
+  }
+  if (parts.size() == 2) parts.emplace_back("00");
+  for (const std::string& part : parts)
+    if (!IsDigits(part) || part.size() > 2) return std::nullopt;
+  if (!fraction.empty() && !IsDigits(fraction.substr(1))) return std::nullopt;
+  int hour = StrToInt(parts[0]);
+  if (half && (hour < 1 || hour > kNoon)) return std::nullopt;
+  if (half) hour = hour % kNoon + (evening ? kNoon : 0);
+  if (hour >= kHours || StrToInt(parts[1]) >= kSixty || StrToInt(parts[2]) >= kSixty) return std::nullopt;
+  return Format("%02d:%s:%s%s", hour, parts[1], parts[2], fraction);
 }
 
 // A date, a time or both, as MySQL writes them for the type; nothing for what is neither.
@@ -227,7 +260,8 @@ std::optional<std::string> MomentOf(std::string_view text, const std::string& ty
   text = TrimView(text);
   const std::size_t gap = text.find_first_of(" T");
   auto day = DayOf(text.substr(0, gap));
-  auto clock = gap == std::string_view::npos ? ClockOf(text) : ClockOf(TrimView(text.substr(gap + 1)));
+  const std::string_view rest = !day ? text : gap == std::string_view::npos ? "" : TrimView(text.substr(gap + 1));
+  auto clock = ClockOf(rest);
   if (type == "time") return clock;
   if (!day || (gap != std::string_view::npos && !clock)) return std::nullopt;
   if (type == "date") return day;

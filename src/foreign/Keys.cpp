@@ -41,14 +41,17 @@ class TKeyMapper {
   }
   // A key that only makes queries quicker is told of; one that rows have to keep is missed.
   void LeaveOut(const TForeignKey& key, const std::string& reason) {
+    TStringList columns;
+    for (const TForeignKeyPart& part : key.parts)
+      if (const TMappedColumn* column = Find(part.column)) columns.push_back(column->name);
+    if (!columns.empty()) table_.open_keys.push_back(std::move(columns));
     if (key.kind == EForeignKeyKind::Plain) return Tell("key " + key.name + " is left out: " + reason);
     const bool primary = key.kind == EForeignKeyKind::Primary;
     table_.unmade.push_back({table_.name, primary ? "PRIMARY" : key.name, primary ? "primary key" : "key", reason});
   }
 
   const TMappedColumn* Find(const std::string& column) const {
-    const auto found = std::ranges::find_if(
-        table_.columns, [&](const TMappedColumn& mapped) { return SameText(mapped.source.name, column); });
+    const auto found = FindNamed(table_.columns, column, &TMappedColumn::SourceName);
     return found == table_.columns.end() ? nullptr : &*found;
   }
 
@@ -83,9 +86,6 @@ class TKeyMapper {
     return ReadType(found->type.type);
   }
 
-  static bool NeedsPrefix(const TColumnText& type) {
-    return type.type.ends_with("text") || type.type.ends_with("blob") || type.type == "json";
-  }
   static int UnitBytes(const TColumnText& type) { return type.HasLetters() ? kLetterBytes : 1; }
   static bool IsString(const TColumnText& type) {
     return type.HasLetters() || type.type.ends_with("binary") || type.type.ends_with("blob");
@@ -142,6 +142,10 @@ class TKeyMapper {
 };
 
 }  // namespace
+
+bool NeedsPrefix(const TColumnText& type) {
+  return type.type.ends_with("text") || type.type.ends_with("blob") || type.type == "json";
+}
 
 void MapKeys(const TForeignTable& facts, const TTargetServer& server, TMappedTable& table) {
   TKeyMapper(facts, server, table).Map();

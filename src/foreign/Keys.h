@@ -9,6 +9,9 @@
 
 namespace velmora {
 
+// Whether a key over a column of this type needs to say how much of it counts.
+bool NeedsPrefix(const TColumnText& type);
+
 // The keys of `facts` over the columns of `table`, whose types are settled. What is left out or changed is told there.
 void MapKeys(const TForeignTable& facts, const TTargetServer& server, TMappedTable& table);
 

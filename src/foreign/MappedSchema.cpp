@@ -8,6 +8,7 @@
 #include "foreign/Checks.h"
 #include "foreign/Keys.h"
 #include "foreign/Names.h"
+#include "mysqltext/Lexer.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -16,11 +17,15 @@ namespace velmora {
 namespace {
 
 constexpr long long kRowRoom = 65535;         // bytes
+constexpr long long kPageRoom = 8100;         // what InnoDB takes of a row in a page
+constexpr std::size_t kMostColumns = 1017;    // of InnoDB
 constexpr std::size_t kColumnComment = 1024;  // letters
 constexpr std::size_t kTableComment = 2048;
 
 constexpr char kColumnRefused[] = "column %s (%s): %s";
 constexpr char kNoColumns[] = "it has no columns";
+constexpr char kTooManyColumns[] = "it has %d columns, of which MySQL takes %d";
+constexpr char kNoRoom[] = "MySQL has no room for a row of so many columns";
 constexpr char kOutOfRow[] = "rows of the table have no room for it";
 constexpr char kLikeParent[] = "as %s.%s, which it refers to";
 constexpr char kCannotCountHere[] = "counts, but no key of the table begins with it: auto_increment is left out";
@@ -30,10 +35,13 @@ constexpr char kNoParent[] = "the table that it refers to, %s, is not there";
 constexpr char kNoParentColumn[] = "the table that it refers to, %s, has no column %s";
 constexpr char kOtherCount[] = "it refers to %d columns with %d";
 constexpr char kNoParentKey[] = "table %s has no key that begins with %s";
+constexpr char kNoUniqueParent[] = "%s wants a unique key there, and table %s has none over %s alone";
 constexpr char kRuleGone[] = "reference %s: the target has no \"%s\" here: no action takes its place";
 constexpr char kNoPrimaryKey[] = "the source states no primary key";
 constexpr char kNoCheck[] = "only comparisons of columns with values have a form in MySQL: %s";
 constexpr char kNoChecks[] = "%s checks nothing: %s";
+constexpr char kCheckOfCounter[] = "MySQL takes no check of a column that counts, as %s does: %s";
+constexpr char kCheckOfReference[] = "MySQL takes no check of a column that a foreign key's rule changes, as %s: %s";
 constexpr char kRenamed[] = "table %s of the source is called %s";
 
 void AddText(TMappedType& type, const std::string& text, EMadeLevel level) {
@@ -60,6 +68,7 @@ class TSchemaMapper {
     for (std::size_t i = 0; i < read_.size(); ++i) UnifyTypes(i);
     for (std::size_t i = 0; i < read_.size(); ++i) Finish(i);
     for (std::size_t i = 0; i < read_.size(); ++i) MapReferences(i);
+    for (std::size_t i = 0; i < read_.size(); ++i) MapChecks(i);
     for (std::size_t i = 0; i < read_.size(); ++i) Tell(i);
     return InOrder();
   }
@@ -117,27 +126,57 @@ class TSchemaMapper {
       table.columns.push_back(std::move(mapped));
     }
     if (table.columns.empty() && table.refused.empty()) table.refused = kNoColumns;
-    if (table.refused.empty()) MakeRoom(table);
+    if (!table.refused.empty()) return;
+    const TTargetServer& server = context_.server;
+    const auto in_row = [](const std::string& type) { return RowBytes(ReadType(type)); };
+    const auto in_page = [&](const std::string& type) { return PageBytes(ReadType(type), server); };
+    MakeRoom(at, kRowRoom, in_row);
+    const long long bitmap = std::ssize(table.columns) / 8;
+    const bool fits = MakeRoom(at, kPageRoom - bitmap, in_page);
+    // A table that is there may be one of another kind.
+    const bool there = spellings_.contains(table.name);
+    if (!there && table.columns.size() > kMostColumns)
+      table.refused = Format(kTooManyColumns, table.columns.size(), kMostColumns);
+    else if (!there && !fits)
+      table.refused = kNoRoom;
   }
 
-  // What is longest goes out of the row first.
-  static void MakeRoom(TMappedTable& table) {
+  bool InKey(std::size_t at, const TForeignColumn& column) const {
+    const auto of_key = [&](const TForeignKey& key) {
+      return std::ranges::find(key.parts, column.name, &TForeignKeyPart::column) != key.parts.end();
+    };
+    return std::ranges::any_of(Facts(at).keys, of_key) ||
+           std::ranges::any_of(Facts(at).references, [&](const TForeignReference& reference) {
+             return IndexOf(reference.columns, column.name) != kNotInList;
+           });
+  }
+
+  // What is longest goes out of the row first, what keys need last. Gives whether there is room then.
+  bool MakeRoom(std::size_t at, long long room, const std::function<long long(const std::string& type)>& bytes) {
+    TMappedTable& table = mapped_[at];
     long long all = 0;
-    for (const TMappedColumn& column : table.columns) all += RowBytes(ReadType(column.type.type));
-    while (all > kRowRoom) {
-      const auto longest = std::ranges::max_element(
-          table.columns, {}, [](const TMappedColumn& column) { return RowBytes(ReadType(column.type.type)); });
-      const long long had = RowBytes(ReadType(longest->type.type));
-      TMappedType out = MapOutOfRow(longest->source);
-      const bool letters = longest->source.family == EFamily::Char || longest->source.family == EFamily::VarChar;
-      const bool bytes = longest->source.family == EFamily::Binary || longest->source.family == EFamily::VarBinary;
-      if ((!letters && !bytes) || longest->type.ByRule()) return;
-      longest->type = std::move(out);
-      AddText(longest->type, kOutOfRow, EMadeLevel::Info);
-      const long long has = RowBytes(ReadType(longest->type.type));
-      if (has >= had) return;
-      all += has - had;
+    std::vector<std::pair<std::pair<bool, long long>, TMappedColumn*>> movable;
+    for (TMappedColumn& column : table.columns) {
+      const long long size = bytes(column.type.type);
+      all += size;
+      if (GoesOut(column)) movable.push_back({{InKey(at, column.source), -size}, &column});
     }
+    std::ranges::stable_sort(movable, {}, [](const auto& entry) { return entry.first; });
+    for (auto next = movable.begin(); all > room && next != movable.end(); ++next) {
+      TMappedType out = MapOutOfRow(next->second->source);
+      const long long saved = -next->first.second - bytes(out.type);
+      if (saved <= 0) continue;
+      next->second->type = std::move(out);
+      AddText(next->second->type, kOutOfRow, EMadeLevel::Info);
+      all -= saved;
+    }
+    return all <= room;
+  }
+
+  static bool GoesOut(const TMappedColumn& column) {
+    const EFamily family = column.source.family;
+    return !column.type.ByRule() && (family == EFamily::Char || family == EFamily::VarChar ||
+                                    family == EFamily::Binary || family == EFamily::VarBinary);
   }
 
   // --- References
@@ -151,9 +190,9 @@ class TSchemaMapper {
   }
 
   static std::optional<std::size_t> ColumnAt(const TMappedTable& table, const std::string& name) {
-    for (std::size_t i = 0; i < table.columns.size(); ++i)
-      if (SameText(table.columns[i].source.name, name)) return i;
-    return std::nullopt;
+    const auto found = FindNamed(table.columns, name, &TMappedColumn::SourceName);
+    if (found == table.columns.end()) return std::nullopt;
+    return static_cast<std::size_t>(found - table.columns.begin());
   }
 
   // The parent's columns of a reference, in the source's words.
@@ -200,7 +239,7 @@ class TSchemaMapper {
       if (column.type.level == EMadeLevel::Refused) continue;
       const TColumnText own = ReadType(column.type.type);
       const TColumnText theirs = ReadType(parent.type.type);
-      if (own.HasLetters() && theirs.HasLetters()) continue;
+      if (own.HasLetters() && theirs.HasLetters() && NeedsPrefix(own) == NeedsPrefix(theirs)) continue;
       column.root = root;
       if (SameType(own, theirs)) continue;
       column.type.type = parent.type.type;
@@ -223,7 +262,6 @@ class TSchemaMapper {
       AddText(column.type, column.source.remark, EMadeLevel::Info);
     }
     SetCounting(table);
-    MapChecks(Facts(at), table);
     table.comment = CutChars(Facts(at).comment, kTableComment);
     for (const std::string& remark : Facts(at).remarks) TellOf(table, remark, EMadeLevel::Info);
     for (const std::string& warning : Facts(at).warnings) TellOf(table, warning, EMadeLevel::Warning);
@@ -253,6 +291,7 @@ class TSchemaMapper {
   static void SetCounting(TMappedTable& table) {
     bool counts = false;
     for (TMappedColumn& column : table.columns) {
+      column.may_count = column.source.counting != ECounting::None;
       if (column.source.counting == ECounting::Unclear) AddText(column.type, kUnclearCounting, EMadeLevel::Warning);
       if (column.source.counting != ECounting::Counts) continue;
       const bool leads = LeadsKey(column, table);
@@ -261,6 +300,7 @@ class TSchemaMapper {
       if (!column.counts)
         table.unmade.push_back({table.name, column.name, "counting", counts ? kCountsTwice : kCannotCountHere});
       if (column.counts) column.not_null = true;
+      if (column.counts) column.may_count = false;
       counts = counts || column.counts;
     }
   }
@@ -269,19 +309,46 @@ class TSchemaMapper {
     return InList(type.type, {"tinyint", "smallint", "mediumint", "int", "bigint"});
   }
 
-  void MapChecks(const TForeignTable& facts, TMappedTable& table) {
+  // --- Checks, when it is known which columns references change
+
+  // Whether a reference's rule may change the column, which servers do not let a check look at then.
+  static bool IsChangedByRule(const std::string& column, const TMappedTable& table) {
+    return std::ranges::any_of(table.references, [&](const TMappedReference& reference) {
+      const auto changes = [](EReferenceRule rule) {
+        return rule == EReferenceRule::SetNull || rule == EReferenceRule::SetDefault;
+      };
+      return IndexOf(reference.columns, column) != kNotInList &&
+             (changes(reference.on_delete) || changes(reference.on_update) ||
+              reference.on_update == EReferenceRule::Cascade);
+    });
+  }
+
+  // Why the target has no such check; empty where it has.
+  std::string CheckFault(const TForeignCheck& check, const std::optional<std::string>& text,
+                         const TMappedTable& table) const {
+    if (!text) return Format(kNoCheck, check.text);
+    if (!context_.server.HasChecks()) return Format(kNoChecks, context_.server.Text(), check.text);
+    for (const TMappedColumn& column : table.columns) {
+      if (text->find(QuotedName(column.name)) == std::string::npos) continue;
+      if (column.counts) return Format(kCheckOfCounter, column.name, check.text);
+      if (IsChangedByRule(column.name, table)) return Format(kCheckOfReference, column.name, check.text);
+    }
+    return {};
+  }
+
+  void MapChecks(std::size_t at) {
+    TMappedTable& table = mapped_[at];
+    if (!table.refused.empty()) return;
     TStringList columns, names;
     for (const TMappedColumn& column : table.columns) {
       columns.push_back(column.source.name);
       names.push_back(column.name);
     }
-    for (const TForeignCheck& check : facts.checks) {
+    for (const TForeignCheck& check : Facts(at).checks) {
       const auto text = MakeCheck(check, columns, names);
-      if (!text || !context_.server.HasChecks()) {
+      if (std::string fault = CheckFault(check, text, table); !fault.empty()) {
         const std::string element = !check.name.empty() ? check.name : check.column;
-        table.unmade.push_back(
-            {table.name, element.empty() ? "check" : element, "check",
-             !text ? Format(kNoCheck, check.text) : Format(kNoChecks, context_.server.Text(), check.text)});
+        table.unmade.push_back({table.name, element.empty() ? "check" : element, "check", std::move(fault)});
         continue;
       }
       const std::string name = MakeName(check.name, "chk_" + table.name + "_" + Format("%d", table.checks.size() + 1));
@@ -300,9 +367,16 @@ class TSchemaMapper {
       if (fault.empty())
         table.references.push_back(std::move(mapped));
       else
-        table.unmade.push_back(
-            {table.name, reference.name.empty() ? reference.table : reference.name, "reference", fault});
+        LeaveOut(reference, fault, table);
     }
+  }
+
+  static void LeaveOut(const TForeignReference& reference, const std::string& fault, TMappedTable& table) {
+    table.unmade.push_back({table.name, reference.name.empty() ? reference.table : reference.name, "reference", fault});
+    TStringList columns;
+    for (const std::string& name : reference.columns)
+      if (const auto own = ColumnAt(table, name)) columns.push_back(table.columns[*own].name);
+    table.open_references.push_back(std::move(columns));
   }
 
   // Gives why there is no such reference; empty where there is one.
@@ -321,8 +395,10 @@ class TSchemaMapper {
       mapped.columns.push_back(table.columns[*own].name);
       mapped.references.push_back(parent.columns[*theirs].name);
     }
-    if (!HasKeyFor(parent, mapped.references))
-      return Format(kNoParentKey, parent.name, JoinList(mapped.references, ", "));
+    const std::string wanted = JoinList(mapped.references, ", ");
+    if (!FitToKey(parent, mapped)) return Format(kNoParentKey, parent.name, wanted);
+    if (context_.server.WantsUniqueParents() && !IsUnique(parent, mapped.references))
+      return Format(kNoUniqueParent, context_.server.Text(), parent.name, wanted);
     mapped.table = parent.name;
     const std::string made = "fk_" + table.name + "_" + Format("%d", table.references.size() + 1);
     mapped.name = reference_names_.Take(MakeName(reference.name.empty() ? made : reference.name, made));
@@ -331,14 +407,33 @@ class TSchemaMapper {
     return {};
   }
 
-  // Where the source's keys are not known the target may have one.
-  static bool HasKeyFor(const TMappedTable& parent, const TStringList& columns) {
+  // Puts the pairs of columns into the order of a key of the parent's, which MySQL wants: sources take any order. Where
+  // their keys are not known the target may have one.
+  static bool FitToKey(const TMappedTable& parent, TMappedReference& mapped) {
+    std::vector<TStringList> orders;
+    for (const TMappedKey& key : parent.keys) {
+      TStringList order;
+      for (const TMappedKeyPart& part : key.parts) {
+        if (order.size() == mapped.references.size() || part.letters != 0) break;
+        order.push_back(part.column);
+      }
+      if (order == mapped.references) return true;
+      if (std::ranges::is_permutation(order, mapped.references)) orders.push_back(std::move(order));
+    }
+    if (orders.empty()) return !parent.known.Has(EFact::OtherKeys);
+    TStringList columns;
+    for (const std::string& column : orders.front())
+      columns.push_back(mapped.columns[static_cast<std::size_t>(IndexOf(mapped.references, column))]);
+    mapped.columns = std::move(columns);
+    mapped.references = std::move(orders.front());
+    return true;
+  }
+
+  // Whether a key of the parent's is unique over these columns and no others.
+  static bool IsUnique(const TMappedTable& parent, const TStringList& columns) {
     if (!parent.known.Has(EFact::OtherKeys)) return true;
     return std::ranges::any_of(parent.keys, [&](const TMappedKey& key) {
-      if (key.parts.size() < columns.size()) return false;
-      for (std::size_t i = 0; i < columns.size(); ++i)
-        if (key.parts[i].column != columns[i] || key.parts[i].letters != 0) return false;
-      return true;
+      return key.kind != EForeignKeyKind::Plain && std::ranges::equal(key.parts, columns, {}, &TMappedKeyPart::column);
     });
   }
 

@@ -30,6 +30,9 @@ struct TMappedColumn {
   std::optional<bool> not_null{};  // nothing where nobody knows
   TMadeDefault default_value{};
   bool counts = false;
+  bool may_count = false;  // in the source, or nobody can tell: what the target does stays
+
+  const std::string& SourceName() const { return source.name; }
 };
 
 struct TMappedKeyPart {
@@ -67,6 +70,9 @@ struct TMappedTable {
   std::vector<TMappedKey> keys{};
   std::vector<TMappedReference> references{};
   std::vector<TMappedCheck> checks{};
+  // The columns of keys and references that are left out: what the target has over these may stand for them.
+  std::vector<TStringList> open_keys{};
+  std::vector<TStringList> open_references{};
   std::string comment{};
   std::vector<TMadeColumn> told{};       // of each column, then what is said of the table
   std::vector<TUnmadeElement> unmade{};  // whether accepted or not

@@ -48,5 +48,7 @@ bool HoldsAll(const TForeignColumn& column, const TColumnText& there, const TMap
 
 // Bytes that a column of this type takes in a row at most; what is kept outside counts little.
 long long RowBytes(const TColumnText& column);
+// The same in a page of InnoDB, where long values stand in pages of their own.
+long long PageBytes(const TColumnText& column, const TTargetServer& server);
 
 }  // namespace velmora

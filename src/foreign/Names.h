@@ -2,9 +2,13 @@
 
 // Names of a source in MySQL: not too long, of letters that it takes, and unlike their neighbours.
 
+#include <algorithm>
+#include <functional>
 #include <set>
 #include <string>
 #include <string_view>
+
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -23,5 +27,15 @@ class TNames {
  private:
   std::set<std::string> taken_;
 };
+
+// The element of this very name, as `name_of` gives it, or else the first one that differs from it in case alone: of
+// some sources "Id" and "ID" are two columns. The end where there is none.
+template <class TRange, class TNameOf = std::identity>
+auto FindNamed(TRange& range, std::string_view name, TNameOf name_of = {}) {
+  const auto exact = std::ranges::find(range, name, name_of);
+  if (exact != std::ranges::end(range)) return exact;
+  return std::ranges::find_if(
+      range, [&](const std::string& other) { return SameText(other, name); }, name_of);
+}
 
 }  // namespace velmora

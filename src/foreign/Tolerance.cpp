@@ -122,9 +122,9 @@ class TCompletion {
     pieces.on_update = theirs.on_update;
     pieces.rest = theirs.rest;
     TakeNull(column, theirs, pieces);
-    if (!Known(EFact::Counting)) {
+    if (!Known(EFact::Counting) || column.may_count) {
       pieces.auto_increment = theirs.auto_increment;
-      if (theirs.auto_increment) Count(EFact::Counting);
+      if (theirs.auto_increment && !column.may_count) Count(EFact::Counting);
     }
     if (!Known(EFact::ColumnComments)) {
       pieces.comment = theirs.comment;
@@ -301,8 +301,22 @@ class TCompletion {
       Count(fact);
       return true;
     }
+    if (IsOpen(table_.open_keys, columns) || ServesCounting(columns.front())) return true;
     // What a table's references and those to it stand on is no surplus.
     return there.kind == EElement::Key && ServesReference(columns);
+  }
+
+  static bool IsOpen(const std::vector<TStringList>& open, const std::vector<std::string>& columns) {
+    return std::ranges::any_of(open, [&](const TStringList& names) { return SameNames(names, columns); });
+  }
+
+  // Whether the target has given a column that counts in the source the key that MySQL wants for it.
+  bool ServesCounting(const std::string& column) const {
+    const TElement* there = FindColumn(column);
+    return there != nullptr && there->text.Column().auto_increment &&
+           std::ranges::any_of(table_.columns, [&](const TMappedColumn& mapped) {
+             return mapped.may_count && SameText(mapped.name, column);
+           });
   }
 
   bool ServesReference(const std::vector<std::string>& key) const {
@@ -316,7 +330,7 @@ class TCompletion {
     if (std::ranges::any_of(table_.references, [&](const auto& reference) { return exactly(reference.columns); }))
       return true;
     return std::ranges::any_of(there_->elements, [&](const TElement& element) {
-      return element.kind == EElement::ForeignKey && !Known(EFact::References) &&
+      return element.kind == EElement::ForeignKey && KeepsReference(element) &&
              leads(element.text.ForeignKey().columns);
     });
   }
@@ -346,12 +360,18 @@ class TCompletion {
       if (match != nullptr && (!Known(EFact::Rules) || SameElement(element, *match))) element = *match;
       made_.elements.push_back(std::move(element));
     }
-    if (there_ == nullptr || Known(EFact::References)) return;
+    if (there_ == nullptr) return;
     for (const TElement& there : there_->elements) {
-      if (there.kind != EElement::ForeignKey || !HasColumns(there.text.ForeignKey().columns)) continue;
-      Count(EFact::References);
+      if (there.kind != EElement::ForeignKey || taken_.contains(&there) || !KeepsReference(there)) continue;
+      if (!HasColumns(there.text.ForeignKey().columns)) continue;
+      if (!Known(EFact::References)) Count(EFact::References);
       made_.elements.push_back(there);
     }
+  }
+
+  // Whether a reference of the target's stays though the source has none that could be made.
+  bool KeepsReference(const TElement& there) const {
+    return !Known(EFact::References) || IsOpen(table_.open_references, there.text.ForeignKey().columns);
   }
 
   bool SameElement(const TElement& a, const TElement& b) const {
