@@ -38,16 +38,6 @@ const TWholeType* WholeType(std::string_view type) {
   return found == kWholeTypes.end() ? nullptr : found;
 }
 
-struct TSizedType {
-  std::string_view text;
-  std::string_view blob;
-  long long bytes;
-};
-constexpr std::array<TSizedType, 4> kSizedTypes = {{{"tinytext", "tinyblob", 255},
-                                                    {"text", "blob", 65535},
-                                                    {"mediumtext", "mediumblob", 16777215},
-                                                    {"longtext", "longblob", 4294967295}}};
-
 bool IsDecimal(const TColumnText& there) { return there.type == "decimal" && !there.is_unsigned; }
 
 // A decimal with as many digits on either side of the point.
@@ -68,14 +58,14 @@ bool HoldsWhole(const TColumnText& there, int digits) {
 bool HoldsLetters(const TColumnText& there, std::int64_t length, bool fixed) {
   if (there.type == "varchar" || (fixed && there.type == "char"))
     return there.Length().value_or(there.type == "char" ? 1 : 0) >= length;
-  const auto* sized = std::ranges::find(kSizedTypes, there.type, &TSizedType::text);
-  return sized != kSizedTypes.end() && sized->bytes / kLetterBytes >= length;
+  const TSizedType* sized = SizedText(there.type);
+  return sized != nullptr && sized->bytes / kLetterBytes >= length;
 }
 
 bool HoldsBytes(const TColumnText& there, std::int64_t length) {
   if (there.type == "varbinary") return there.Length().value_or(0) >= length;
-  const auto* sized = std::ranges::find(kSizedTypes, there.type, &TSizedType::blob);
-  return sized != kSizedTypes.end() && sized->bytes >= length;
+  const TSizedType* sized = SizedBlob(there.type);
+  return sized != nullptr && sized->bytes >= length;
 }
 
 bool HoldsMoments(const TColumnText& there, int fraction, const TMapContext& context) {

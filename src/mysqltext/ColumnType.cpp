@@ -34,6 +34,16 @@ std::optional<long long> NumberAt(const std::vector<std::string>& arguments, std
 
 }  // namespace
 
+const TSizedType* SizedText(std::string_view type) {
+  const auto* row = std::ranges::find(kSizedTypes, type, &TSizedType::text);
+  return row == kSizedTypes.end() ? nullptr : row;
+}
+
+const TSizedType* SizedBlob(std::string_view type) {
+  const auto* row = std::ranges::find(kSizedTypes, type, &TSizedType::blob);
+  return row == kSizedTypes.end() ? nullptr : row;
+}
+
 TColumnText ReadColumnText(const TElementText& column, const TTableText& table) {
   return ReadColumnText(column, IsLetterType(column.Column().type) ? TableCharset(table) : TCharset());
 }

@@ -2,8 +2,10 @@
 
 // A column's own text taken apart as far as safety and equivalence need it.
 
+#include <array>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "mysqltext/Charsets.h"
@@ -30,6 +32,19 @@ struct TColumnText {
   std::optional<long long> Length() const;    // the first argument, as a number; one too large for servers is less
   std::optional<long long> Fraction() const;  // the second one; of a time type the first
 };
+
+// A type of letters without a length of their own, the type of bytes that is its like, and the bytes that either takes.
+struct TSizedType {
+  std::string_view text;
+  std::string_view blob;
+  long long bytes;
+};
+inline constexpr std::array<TSizedType, 4> kSizedTypes = {{{"tinytext", "tinyblob", 255},
+                                                           {"text", "blob", 65535},
+                                                           {"mediumtext", "mediumblob", 16777215},
+                                                           {"longtext", "longblob", 4294967295}}};
+const TSizedType* SizedText(std::string_view type);  // null for other types
+const TSizedType* SizedBlob(std::string_view type);
 
 // Of a column's text; the table is the one that it stands in.
 TColumnText ReadColumnText(const TElementText& column, const TTableText& table);

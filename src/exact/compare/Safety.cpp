@@ -52,15 +52,6 @@ struct TIntegerType {
 constexpr std::array<TIntegerType, 5> kIntegers{
     {{"tinyint", 1, 3, 3}, {"smallint", 2, 5, 5}, {"mediumint", 3, 7, 8}, {"int", 4, 10, 10}, {"bigint", 8, 19, 20}}};
 
-struct TBytesType {
-  std::string_view type;
-  long long bytes;
-};
-constexpr std::array<TBytesType, 4> kTexts{
-    {{"tinytext", 255}, {"text", 65535}, {"mediumtext", 16777215}, {"longtext", 4294967295}}};
-constexpr std::array<TBytesType, 4> kBlobs{
-    {{"tinyblob", 255}, {"blob", 65535}, {"mediumblob", 16777215}, {"longblob", 4294967295}}};
-
 template <class Rows>
 auto Find(const Rows& rows, std::string_view type) {
   const auto row = std::find_if(rows.begin(), rows.end(), [type](const auto& r) { return r.type == type; });
@@ -85,8 +76,8 @@ bool IsOneOf(const TColumnText& c, std::initializer_list<std::string_view> types
 bool IsInteger(const TColumnText& c) { return Find(kIntegers, c.type) != nullptr; }
 bool IsFloating(const TColumnText& c) { return IsOneOf(c, {"float", "double"}); }
 bool IsUnsigned(const TColumnText& c) { return c.is_unsigned || c.zerofill; }
-bool IsText(const TColumnText& c) { return IsOneOf(c, {"char", "varchar"}) || Find(kTexts, c.type) != nullptr; }
-bool IsBytes(const TColumnText& c) { return IsOneOf(c, {"binary", "varbinary"}) || Find(kBlobs, c.type) != nullptr; }
+bool IsText(const TColumnText& c) { return IsOneOf(c, {"char", "varchar"}) || SizedText(c.type) != nullptr; }
+bool IsBytes(const TColumnText& c) { return IsOneOf(c, {"binary", "varbinary"}) || SizedBlob(c.type) != nullptr; }
 bool IsMembers(const TColumnText& c) { return IsOneOf(c, {"enum", "set"}); }
 bool IsTime(const TColumnText& c) { return IsOneOf(c, {"date", "datetime", "timestamp", "time"}); }
 
@@ -119,7 +110,7 @@ bool HasFixedDigits(const TColumnText& c) { return c.arguments.size() == 2; }
 std::optional<long long> LettersNeeded(const TColumnText& c) {
   constexpr long long kSign = 1;
   if (IsOneOf(c, {"char", "varchar"})) return LengthOr(c, 1);
-  if (const auto* text = Find(kTexts, c.type)) return text->bytes / LetterBytes(c.charset.charset).least;
+  if (const auto* text = SizedText(c.type)) return text->bytes / LetterBytes(c.charset.charset).least;
   if (IsInteger(c)) {
     const long long digits = IntegerDigits(c) + (IsUnsigned(c) ? 0 : kSign);
     return c.zerofill ? std::max(digits, LengthOr(c, 0)) : digits;
@@ -144,15 +135,15 @@ std::optional<long long> LettersNeeded(const TColumnText& c) {
 bool LettersFit(const TColumnText& from, const TColumnText& to) {
   const auto needed = LettersNeeded(from);
   if (!needed) return false;
-  const auto* room = Find(kTexts, to.type);
+  const auto* room = SizedText(to.type);
   if (room == nullptr) return *needed <= LengthOr(to, 1);
-  const auto* taken = Find(kTexts, from.type);
+  const auto* taken = SizedText(from.type);
   if (taken != nullptr && SameBytes(from.charset.charset, to.charset.charset)) return taken->bytes <= room->bytes;
   return *needed * LetterBytes(to.charset.charset).most <= room->bytes;
 }
 
 long long BytesRoom(const TColumnText& c) {
-  const auto* blob = Find(kBlobs, c.type);
+  const auto* blob = SizedBlob(c.type);
   return blob != nullptr ? blob->bytes : LengthOr(c, 1);
 }
 
@@ -202,7 +193,7 @@ const char* TimeToTime(const TColumnText& from, const TColumnText& to) {
 const char* ToText(const TColumnText& from, const TColumnText& to) {
   if (!LettersNeeded(from)) return kFamily;
   if (!LettersFit(from, to)) return kCuts;
-  const bool keeps_blanks = from.type == "varchar" || Find(kTexts, from.type) != nullptr;
+  const bool keeps_blanks = from.type == "varchar" || SizedText(from.type) != nullptr;
   return keeps_blanks && to.type == "char" ? kBlanks : nullptr;
 }
 
@@ -363,7 +354,7 @@ std::string UnprintedLetters(const TColumnText& text) {
   if (IsMembers(text) && std::any_of(text.arguments.begin(), text.arguments.end(), has))
     AddReason(reasons, Format(kUnprinted, "members"));
   // Defaults of long texts are expressions, which are printed whole.
-  const bool literal = text.default_text && text.default_text->starts_with('\'') && Find(kTexts, text.type) == nullptr;
+  const bool literal = text.default_text && text.default_text->starts_with('\'') && SizedText(text.type) == nullptr;
   if (literal && has(*text.default_text)) AddReason(reasons, Format(kUnprinted, "default"));
   return reasons;
 }

@@ -55,16 +55,6 @@ void CompleteOptions(TTableText& table, const TTableText* counterpart) {
 
 // --- Columns
 
-struct TSizedType {
-  std::string_view text;
-  std::string_view blob;
-  long long bytes;
-};
-constexpr std::array<TSizedType, 4> kSizedTypes = {{{"tinytext", "tinyblob", 255},
-                                                    {"text", "blob", 65535},
-                                                    {"mediumtext", "mediumblob", 16777215},
-                                                    {"longtext", "longblob", 4294967295}}};
-
 struct TBytesType {
   std::string_view letters;
   std::string_view bytes;
@@ -294,15 +284,12 @@ long long LongestKey(const TTableText& table) {
   return old ? kOldFormat : kInnoDb;
 }
 
-bool IsBlob(std::string_view type) {
-  return std::any_of(kSizedTypes.begin(), kSizedTypes.end(),
-                     [&](auto& row) { return row.text == type || row.blob == type; });
-}
+bool IsBlob(std::string_view type) { return SizedText(type) != nullptr || SizedBlob(type) != nullptr; }
 
 // The bytes of the longest value, as far as keys ask for it; 0 for types that are never cut.
 long long BytesOf(const TColumnText& column) {
-  for (const TSizedType& row : kSizedTypes)
-    if (column.type == row.text || column.type == row.blob) return row.bytes;
+  for (const TSizedType* row : {SizedText(column.type), SizedBlob(column.type)})
+    if (row != nullptr) return row->bytes;
   if (!InList(column.type, {"char", "varchar", "binary", "varbinary"})) return 0;
   return column.Length().value_or(1) * LetterBytes(column.charset.charset).most;
 }
@@ -385,8 +372,8 @@ void ConvertColumn(TElement& column, const TTableText& before, const std::vector
     --at;
   }
   column.text = Rewritten(column.text, gone, "");
-  const auto row = std::find_if(kSizedTypes.begin(), kSizedTypes.end(), [&](auto& r) { return r.text == had.type; });
-  if (row == kSizedTypes.end()) return;
+  const TSizedType* row = SizedText(had.type);
+  if (row == nullptr) return;
   if (had.charset == TCharset()) RaiseError(Format(kNoCharset, before.name, column.name));
   const long long bytes =
       row->bytes / LetterBytes(had.charset.charset).most * LetterBytes(TableCharset(after).charset).most;
