@@ -1,21 +1,16 @@
 // Access files of random structure, made equal on a server.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <random>
 
 #include "engines/oledb/DBConnAccess.h"
-#include "exact/run/ExactSync.h"
 #include "foreign/AccessSamples.h"
-#include "foreign/ForeignTexts.h"
+#include "foreign/live/ForeignSync.h"
 #include "formats/mdb/MdbPages.h"
 #include "support/ByteText.h"
-#include "support/LiveDatabase.h"
-#include "support/RecordingPorts.h"
 #include "support/ScratchFolder.h"
-#include "sync/ScriptEditor.h"
 #include "util/Format.h"
 
 namespace velmora {
@@ -107,31 +102,13 @@ class TRandomAccess {
   std::vector<TAccessRelation> relations_;
 };
 
-class AccessLiveTest : public ::testing::TestWithParam<unsigned> {
- protected:
-  testing::TScratchFolder folder_;
-  testing::TLiveDatabase target_;
-  TTaskConnections connections_;
-  TdmData data_;
-  TActionTree tree_;
-  testing::TRecordingProgress progress_;
-  testing::TRecordingLog log_;
-  TExactSync sync_{connections_, data_, tree_, progress_, log_};
-};
+class AccessLiveTest : public testing::TForeignSync, public ::testing::TestWithParam<unsigned> {};
 
 TEST_P(AccessLiveTest, IsThereAfterARun) {
-  const std::string path = folder_ / "shop.mdb";
+  const testing::TScratchFolder folder;
+  const std::string path = folder / "shop.mdb";
   testing::PutFile(path, TRandomAccess(GetParam()).Make());
-  connections_.reference = std::make_unique<TDBConnAccess>(path, "", "");
-  connections_.target = target_.NewEngine();
-  sync_.MakeTexts = [](TDBConn& reference) { return std::make_unique<TForeignTexts>(reference, TForeignWishes()); };
-  sync_.Compare();
-  EXPECT_EQ(sync_.DifferencesLeft(), 0) << JoinList(sync_.ActionLog, "\n");
-  EXPECT_EQ(sync_.VerifyOnServer(), 0);
-  EXPECT_THAT(sync_.Plan(), ::testing::Not(::testing::IsEmpty()));
-  for (const TPlanStatement& statement : sync_.Plan()) target_.Run(statement.text);
-  sync_.Compare();
-  EXPECT_THAT(sync_.Changes(), ::testing::IsEmpty()) << JoinList(sync_.ActionLog, "\n");
+  SyncFrom(std::make_unique<TDBConnAccess>(path, "", ""));
 }
 
 // A few dozen, or as many as are asked for.

@@ -1,16 +1,11 @@
 // Sources that are files of other programs, made equal on a server; what they become there.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "app/Sources.h"
-#include "exact/run/ExactSync.h"
-#include "foreign/ForeignTexts.h"
+#include "foreign/live/ForeignSync.h"
 #include "support/FormatCase.h"
-#include "support/LiveDatabase.h"
-#include "support/RecordingPorts.h"
 #include "support/ScratchFolder.h"
-#include "sync/ScriptEditor.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -34,32 +29,14 @@ constexpr TFileCase kCases[] = {
     {"jet3", "Access:filename=%s/shop.mdb", "Words", "id:int,word:varchar,left:smallint,late:smallint"},
 };
 
-class FileSourcesLiveTest : public ::testing::TestWithParam<TFileCase> {
- protected:
-  testing::TScratchFolder folder_;
-  testing::TLiveDatabase target_;
-  TTaskConnections connections_;
-  TdmData data_;
-  TActionTree tree_;
-  testing::TRecordingProgress progress_;
-  testing::TRecordingLog log_;
-  TExactSync sync_{connections_, data_, tree_, progress_, log_};
-};
+class FileSourcesLiveTest : public testing::TForeignSync, public ::testing::TestWithParam<TFileCase> {};
 
 TEST_P(FileSourcesLiveTest, AreThereAfterARun) {
   const std::vector<std::string> there = testing::FormatCaseNames();
   if (std::ranges::find(there, GetParam().files) == there.end()) GTEST_SKIP() << "left out of this build";
-  testing::FormatCase(GetParam().files).PutInto(folder_.Path());
-  connections_.reference = MakeSource(Format(GetParam().source, folder_.Path()));
-  connections_.target = target_.NewEngine();
-  sync_.MakeTexts = [](TDBConn& reference) { return std::make_unique<TForeignTexts>(reference, TForeignWishes()); };
-  sync_.Compare();
-  EXPECT_EQ(sync_.DifferencesLeft(), 0) << JoinList(sync_.ActionLog, "\n");
-  EXPECT_EQ(sync_.VerifyOnServer(), 0);
-  EXPECT_FALSE(sync_.Plan().empty());
-  for (const TPlanStatement& statement : sync_.Plan()) target_.Run(statement.text);
-  sync_.Compare();
-  EXPECT_THAT(sync_.Changes(), ::testing::IsEmpty()) << JoinList(sync_.ActionLog, "\n");
+  const testing::TScratchFolder folder;
+  testing::FormatCase(GetParam().files).PutInto(folder.Path());
+  SyncFrom(MakeSource(Format(GetParam().source, folder.Path())));
   EXPECT_EQ(testing::Answer(target_.Connection(),
                             "select group_concat(column_name, ':', data_type order by ordinal_position) from "
                             "information_schema.columns where table_schema = database() and table_name = '" +

@@ -1,16 +1,11 @@
 // What sources become on a real server, and what of a target counts as equal.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "exact/run/ExactSync.h"
-#include "foreign/ForeignTexts.h"
 #include "foreign/PlayedFacts.h"
+#include "foreign/live/ForeignSync.h"
 #include "support/CaseFile.h"
 #include "support/FakeConn.h"
-#include "support/LiveDatabase.h"
-#include "support/RecordingPorts.h"
-#include "sync/ScriptEditor.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -26,25 +21,16 @@ using testing::ReadFacts;
 using testing::ReadWishes;
 using testing::TPlayedFacts;
 
-class MappingLiveTest : public ::testing::Test {
+class MappingLiveTest : public testing::TForeignSync, public ::testing::Test {
  protected:
   MappingLiveTest() {
     connections_.reference = std::make_unique<testing::TFakeConn>();
-    connections_.target = target_.NewEngine();
     sync_.MakeTexts = [this](TDBConn&) {
       return std::make_unique<TForeignTexts>(std::make_unique<TPlayedFacts>(facts_, known_), wishes_);
     };
   }
 
   void Compare() { sync_.Compare(); }
-  // Compares, tries the script in a scratch database, runs it, and compares again.
-  void Sync() {
-    Compare();
-    EXPECT_EQ(sync_.DifferencesLeft(), 0) << JoinList(sync_.ActionLog, "\n");
-    EXPECT_EQ(sync_.VerifyOnServer(), 0);
-    for (const TPlanStatement& statement : sync_.Plan()) target_.Run(statement.text);
-    Compare();
-  }
   // The columns that are to change.
   std::set<std::string> Changed() const {
     std::set<std::string> columns;
@@ -58,16 +44,9 @@ class MappingLiveTest : public ::testing::Test {
                       column + "'");
   }
 
-  testing::TLiveDatabase target_;
   std::vector<TForeignTable> facts_;
   TKnownFacts known_ = kAllFacts;
   TForeignWishes wishes_;
-  TTaskConnections connections_;
-  TdmData data_;
-  TActionTree tree_;
-  testing::TRecordingProgress progress_;
-  testing::TRecordingLog log_;
-  TExactSync sync_{connections_, data_, tree_, progress_, log_};
 };
 
 struct TMappingCase {
