@@ -1,21 +1,12 @@
 #include "formats/dbf/DbfCodePage.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstdint>
 #include <iterator>
-#include <system_error>
 
-#include "util/Errors.h"
-#include "util/Format.h"
 #include "util/Text.h"
 
 namespace velmora {
 namespace {
-
-constexpr char kCannotConvert[] = "Cannot convert from %s: %s";
-constexpr std::string_view kNoLetter = "\xEF\xBF\xBD";
 
 struct TPageRow {
   const char* name;
@@ -52,51 +43,13 @@ constexpr TPageRow kPages[] = {
     {"MAC-CENTRALEUROPE", "\x97"},
 };
 
-bool IsAscii(std::string_view bytes) {
-  return std::ranges::all_of(bytes, [](unsigned char byte) { return byte < 0x80; });
-}
-
 }  // namespace
 
-TDbfCodePage::TDbfCodePage(std::uint8_t number, const char* unstated) {
+TCodePage DbfCodePage(std::uint8_t number, const char* unstated) {
   const auto* row = std::ranges::find_if(kPages, [number](const TPageRow& page) {
     return page.numbers.find(static_cast<char>(number)) != std::string_view::npos;
   });
-  name_ = row == std::end(kPages) ? unstated : row->name;
-}
-
-std::string TDbfCodePage::Decode(std::string_view bytes) const {
-  if (IsAscii(bytes)) return std::string(bytes);
-  if (!converter_) {
-    const iconv_t converter = iconv_open("UTF-8", name_.c_str());
-    if (reinterpret_cast<std::intptr_t>(converter) == -1)
-      RaiseError(Format(kCannotConvert, name_, std::generic_category().message(errno)));
-    converter_.reset(converter);
-  }
-  iconv(converter_.get(), nullptr, nullptr, nullptr, nullptr);
-  std::string text;
-  std::array<char, 1024> room{};
-  char* from = const_cast<char*>(bytes.data());  // never written to
-  std::size_t left = bytes.size();
-  // Without bytes to read the converter lets go of a letter that it has kept for what might follow.
-  const auto convert = [&](char** source) {
-    char* to = room.data();
-    std::size_t space = room.size();
-    const bool done = iconv(converter_.get(), source, &left, &to, &space) != static_cast<std::size_t>(-1);
-    const int error = done ? 0 : errno;
-    text.append(room.data(), to);
-    return error;
-  };
-  while (left > 0) {
-    const int error = convert(&from);
-    if (error == 0 || error == E2BIG) continue;
-    convert(nullptr);
-    text += kNoLetter;
-    ++from;
-    --left;
-  }
-  convert(nullptr);
-  return text;
+  return TCodePage(row == std::end(kPages) ? unstated : row->name);
 }
 
 std::optional<std::string> CodePageNamed(std::string_view text) {
@@ -113,9 +66,7 @@ std::optional<std::string> CodePageNamed(std::string_view text) {
   }
   // What would follow a slash is not for names: how letters are made fit.
   if (name.empty() || name.find('/') != std::string::npos) return std::nullopt;
-  const iconv_t converter = iconv_open("UTF-8", name.c_str());
-  if (reinterpret_cast<std::intptr_t>(converter) == -1) return std::nullopt;
-  iconv_close(converter);
+  if (!TCodePage(name).Known()) return std::nullopt;
   return name;
 }
 

@@ -145,18 +145,18 @@ TDbfFile::TDbfFile(const std::string& path, const char* unstated, const std::str
   CheckRecords();
 }
 
-TDbfCodePage TDbfFile::CodePageOf(const char* unstated, const std::string& stated) {
+TCodePage TDbfFile::CodePageOf(const char* unstated, const std::string& stated) {
   constexpr std::size_t kLongestName = 64;
-  if (const auto name = CodePageNamed(stated)) return TDbfCodePage(*name);
+  if (const auto name = CodePageNamed(stated)) return TCodePage(*name);
   const std::filesystem::path path(Path());
   const std::string beside = FindFileNoCase(path.parent_path().string(), path.stem().string(), ".cpg");
   std::error_code error;
-  if (!std::filesystem::is_regular_file(beside, error)) return TDbfCodePage(head_.code_page, unstated);
+  if (!std::filesystem::is_regular_file(beside, error)) return DbfCodePage(head_.code_page, unstated);
   std::string text(kLongestName, '\0');
   text.resize(TInputFile(beside, ESharing::Full).ReadAt(0, text));
-  if (const auto name = CodePageNamed(text)) return TDbfCodePage(*name);
+  if (const auto name = CodePageNamed(text)) return TCodePage(*name);
   warnings_.push_back(Format(kNoCodePage, beside, ShownText(Trim(text))));
-  return TDbfCodePage(head_.code_page, unstated);
+  return DbfCodePage(head_.code_page, unstated);
 }
 
 const TDbfField* TDbfFile::NullFlags() const {

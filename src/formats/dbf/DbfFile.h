@@ -77,7 +77,7 @@ class TDbfFile {
   const TInputFile& File() const { return file_; }
   const TDbfHead& Head() const { return head_; }
   const std::vector<TDbfField>& Fields() const { return fields_; }  // hidden ones too
-  const TDbfCodePage& CodePage() const { return page_; }
+  const TCodePage& CodePage() const { return page_; }
   const TStringList& Warnings() const { return warnings_; }  // what was passed over
   // The field of the null flags; null where there is none.
   const TDbfField* NullFlags() const;
@@ -85,7 +85,7 @@ class TDbfFile {
   std::string DatabaseLink() const;
 
  private:
-  TDbfCodePage CodePageOf(const char* unstated, const std::string& stated);
+  TCodePage CodePageOf(const char* unstated, const std::string& stated);
   void ReadFields();
   void AddField(const char* descriptor);
   void PlaceFields();
@@ -95,7 +95,7 @@ class TDbfFile {
   TInputFile file_;
   TStringList warnings_;
   TDbfHead head_;
-  TDbfCodePage page_;
+  TCodePage page_;
   std::vector<TDbfField> fields_;
   std::size_t fields_end_ = 0;  // in the file
 };

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cerrno>
 #include <iterator>
 
 #include "util/Errors.h"
@@ -16,7 +15,6 @@ namespace {
 
 constexpr char kEndsEarly[] = "the workbook is damaged: it ends at byte %d, in the middle of a record";
 constexpr char kShortRecord[] = "the workbook is damaged: a record near byte %d is too short for what it holds";
-constexpr char kUnknownPage[] = "its texts are in code page %d, which is not known here";
 
 constexpr std::uint16_t kContinue = 0x003C;
 constexpr std::size_t kHeadSize = 4;
@@ -38,11 +36,6 @@ constexpr TPageName kPageNames[] = {
     {10079, "MACICELAND"}, {10081, "MACTURKISH"},   {32768, "MACINTOSH"},
     {32769, "CP1252"},
 };
-
-std::string PageName(unsigned number) {
-  const auto* row = std::ranges::find(kPageNames, number, &TPageName::number);
-  return row == std::end(kPageNames) ? Format("CP%d", number) : row->name;
-}
 
 // UTF-8 out of the units of UTF-16, one at a time; half a pair becomes U+FFFD.
 class TUnitsToText {
@@ -111,36 +104,9 @@ bool TBiffRecords::NextIsContinuation() const {
 
 // --- Code pages
 
-void TCodePage::Convert(char** from, std::size_t* left, std::string& text) const {
-  std::array<char, 1024> room{};
-  std::size_t result = 0;
-  do {
-    char* to = room.data();
-    std::size_t space = room.size();
-    result = iconv(converter_.get(), from, left, &to, &space);
-    text.append(room.data(), to);
-  } while (result == static_cast<std::size_t>(-1) && errno == E2BIG);
-}
-
-std::string TCodePage::Decode(std::string_view bytes) const {
-  if (std::ranges::all_of(bytes, [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
-    return std::string(bytes);
-  if (!converter_) {
-    const iconv_t converter = iconv_open("UTF-8", PageName(number_).c_str());
-    if (reinterpret_cast<std::intptr_t>(converter) == -1) RaiseError(Format(kUnknownPage, number_));
-    converter_.reset(converter);
-  }
-  iconv(converter_.get(), nullptr, nullptr, nullptr, nullptr);
-  std::string text;
-  char* from = const_cast<char*>(bytes.data());  // never written to
-  std::size_t left = bytes.size();
-  for (Convert(&from, &left, text); left > 0; Convert(&from, &left, text)) {
-    text += kNoLetter;
-    ++from;
-    --left;
-  }
-  Convert(nullptr, nullptr, text);  // a letter that the converter holds back, since an accent might have followed
-  return text;
+TCodePage BiffCodePage(unsigned number) {
+  const auto* row = std::ranges::find(kPageNames, number, &TPageName::number);
+  return TCodePage(row == std::end(kPageNames) ? Format("CP%d", number) : row->name);
 }
 
 // --- What records hold

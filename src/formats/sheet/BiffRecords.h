@@ -3,14 +3,12 @@
 // The records of an Excel workbook before 2007 and the texts in them (BIFF5 and BIFF8: Microsoft's published [MS-XLS],
 // and the description of the format that OpenOffice published).
 
-#include <iconv.h>
-
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <type_traits>
+
+#include "util/CodePage.h"
 
 namespace velmora {
 
@@ -33,25 +31,7 @@ class TBiffRecords {
   std::size_t at_;
 };
 
-// The letters of a code page, by the number that workbooks know it by. The system's iconv does the work and is asked
-// when first needed.
-class TCodePage {
- public:
-  explicit TCodePage(unsigned number) : number_(number) {}
-
-  // As UTF-8; what is no letter of the page becomes U+FFFD. Raises an error for a page that is not known here, unless
-  // the letters are of ASCII alone.
-  std::string Decode(std::string_view bytes) const;
-
- private:
-  struct TClose {
-    void operator()(iconv_t converter) const { iconv_close(converter); }
-  };
-  void Convert(char** from, std::size_t* left, std::string& text) const;
-
-  unsigned number_;
-  mutable std::unique_ptr<std::remove_pointer_t<iconv_t>, TClose> converter_;
-};
+TCodePage BiffCodePage(unsigned number);  // by the number that workbooks know a page by
 
 // Reads what a record holds, and the continuations after it as if they were one. Every read beyond the last of them
 // raises an error.

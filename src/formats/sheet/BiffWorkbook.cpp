@@ -87,7 +87,7 @@ struct TSheetEntry {
 
 struct TBook {
   bool is_biff8 = false;
-  TCodePage page{kUnstatedPage};
+  TCodePage page = BiffCodePage(kUnstatedPage);
   TCellFormats formats;
   std::vector<std::string> texts;   // shared
   std::vector<TSheetEntry> sheets;  // worksheets alone
@@ -100,7 +100,7 @@ struct TBook {
   }
 };
 
-void TakePage(TBook& book, TBiffReader& reader) { book.page = TCodePage(reader.Word()); }
+void TakePage(TBook& book, TBiffReader& reader) { book.page = BiffCodePage(reader.Word()); }
 
 void TakeDateMode(TBook& book, TBiffReader& reader) {
   if (reader.Word() != 0) book.formats.CountFrom1904();
