@@ -9,6 +9,7 @@
 #include "mysqlclient/ReadAhead.h"
 #include "mysqlnet/MySqlResultSet.h"
 #include "mysqlnet/MySqlSession.h"
+#include "mysqltext/ServerVersion.h"
 #include "util/Errors.h"
 
 namespace velmora {
@@ -92,13 +93,7 @@ class TNativeWire final : public TMyWire, private TReadAhead::TLine {
   std::int64_t RowsAffected() const override { return static_cast<std::int64_t>(session_->affected_rows); }
   std::size_t WarningCount() const override { return session_->warning_count; }
   std::optional<bool> InTransaction() const override { return (session_->server_status & kInTransaction) != 0; }
-  std::string ServerVersion() const override {
-    // What MariaDB puts in front in its greeting, so that replicas of old clients took it.
-    constexpr std::string_view kReplicationPrefix = "5.5.5-";
-    const std::string& told = session_->server_version;
-    const bool prefixed = told.starts_with(kReplicationPrefix) && told.find("MariaDB") != std::string::npos;
-    return told.substr(prefixed ? kReplicationPrefix.size() : 0);
-  }
+  std::string ServerVersion() const override { return std::string(PlainServerVersion(session_->server_version)); }
   std::uint64_t ThreadId() const override { return session_->thread_id; }
   int Handle() const override { return session_->net.vio->Handle(); }
 

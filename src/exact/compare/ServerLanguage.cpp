@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <map>
 #include <optional>
 #include <utility>
@@ -14,6 +13,7 @@
 #include "mysqltext/ColumnType.h"
 #include "mysqltext/ElementText.h"
 #include "mysqltext/KeyText.h"
+#include "mysqltext/ServerVersion.h"
 #include "mysqltext/TableOptions.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -327,17 +327,8 @@ const TTableText* FindTable(const std::vector<const TTableText*>& tables, std::s
 }  // namespace
 
 TServerTraits ReadServerTraits(const std::string& version) {
-  TServerTraits traits;
-  traits.mysql = PosNoCase("mariadb", version) == 0;
-  std::array<int, 3> numbers{};
-  const char* at = version.data();
-  const char* const end = at + version.size();
-  for (int& number : numbers) {
-    const auto read = std::from_chars(at, end, number);
-    if (read.ec != std::errc()) break;
-    at = read.ptr < end && *read.ptr == '.' ? read.ptr + 1 : end;
-  }
-  traits.version = (numbers[0] * 100 + numbers[1]) * 100 + numbers[2];
+  const TServerVersion read = ReadServerVersion(version);
+  TServerTraits traits{.mysql = !read.mariadb, .version = read.version};
   // Earlier ones read them and make nothing of them: MySQL 8.4 Reference Manual, 15.1.20.5 FOREIGN KEY Constraints.
   constexpr int kFirstWithInlineReferences = 90000;
   traits.inline_references = !traits.mysql || traits.version >= kFirstWithInlineReferences;
