@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFormLayout>
 #include <QLineEdit>
 #include <QRadioButton>
 #include <QSpinBox>
@@ -41,6 +42,8 @@ struct TConnField {
 };
 
 constexpr TConnField kFolder[] = {{"folder", "edFolder"}};
+// A further key, given where it is not empty.
+constexpr TConnField kCodePage = {"codepage", "edCodePage"};
 constexpr TConnField kFile[] = {{"filename", "edFilename"}};
 constexpr TConnField kExcel[] = {{"filename", "edFilename"}, {"HDR", "cbFileHDR"}};
 constexpr TConnField kInterbase[] = {
@@ -104,6 +107,8 @@ const TConnPage* PageOf(int engine) {
   return page == std::end(kPages) ? nullptr : page;
 }
 
+bool HasCodePage(int engine) { return engine == kEngineDBF || engine == kEngineFoxPro; }
+
 // What was typed or chosen stays; a choice does not when it is no longer among the items.
 void SetItems(QComboBox& list, const TStringList& items) {
   const QString text = list.currentText();
@@ -157,6 +162,9 @@ void TfrConn::SetEngine(int engine) {
   auto* header = findChild<QCheckBox*>(ToQt("cbFileHDR"));
   header->setChecked(false);
   header->setVisible(engine == kEngineExcel);
+  auto* folder = findChild<QWidget*>(ToQt("tabFolder"));
+  auto* code_page = folder->findChild<QLineEdit*>(ToQt(kCodePage.field));
+  qobject_cast<QFormLayout*>(folder->layout())->setRowVisible(code_page, HasCodePage(engine));
 }
 
 // Deliberate: what was chosen with radio buttons stays, but for the kind of columns.
@@ -187,6 +195,8 @@ TEngineValues TfrConn::Values() const {
   TEngineValues values;
   for (const TConnField& field : page->fields) values.Set(field.key, FieldText(field.field));
   if (engine_ == kEngineMySQL) AddMore(values);
+  if (const std::string page_of_files = FieldText(kCodePage.field); HasCodePage(engine_) && !page_of_files.empty())
+    values.Set(kCodePage.key, page_of_files);
   if (engine_ == kEngineExcel) values.Set("IMEX", "Y");
   if (engine_ == kEngineText) {
     values.Set("separator", Separator());

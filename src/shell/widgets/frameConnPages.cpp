@@ -26,6 +26,9 @@ constexpr char kPortHint[] =
     "The usual port is 3306. With it, a server on localhost is reached by its socket, if there is one, and by TCP "
     "otherwise. Write 127.0.0.1 for TCP alone.";
 
+constexpr char kCodePageHint[] =
+    "For files of dBASE and FoxPro that do not name theirs, or name a wrong one: 850, CP1252, KOI8-R";
+
 void OnChecked(QAbstractButton* button, const std::function<void()>& handler) {
   Handle(button, &QAbstractButton::toggled, button, [button, handler] {
     if (button->isChecked()) handler();
@@ -193,6 +196,9 @@ void TfrConn::MakeMoreOfMySQL(QWidget& fold) {
 void TfrConn::MakeFolderPage() {
   TPageMaker page(this, "tabFolder");
   page.Browsed("edFolder", "bnFolder", "Database &folder", [this](QLineEdit& field) { BrowseFolder(field); });
+  QLineEdit* code_page = page.Entry("edCodePage", "Code &page");
+  code_page->setPlaceholderText(ToQt("as the files say"));
+  code_page->setToolTip(ToQt(kCodePageHint));
 }
 
 void TfrConn::MakeFilePage() {

@@ -23,6 +23,7 @@ namespace {
 
 constexpr char kHelpFile[] = "Help.chm";
 constexpr char kAllMasks[] = "*.*";
+constexpr char kAllFiles[] = "|All files|*.*";
 
 bool Confirm(const std::string& message, QMessageBox::StandardButton yes, QMessageBox::StandardButton no) {
   QMessageBox box(QMessageBox::Question, ToQt(kProgramTitle), ToQt(message), yes | no, WorkingForm());
@@ -48,6 +49,11 @@ std::vector<TFilterPart> FilterParts(const std::string& filter) {
     parts.push_back(std::move(part));
   }
   return parts;
+}
+
+// What can be read may be called otherwise than the filter has it: workbooks end in .xls or .xlsx.
+std::string WithAllFiles(const std::string& filter) {
+  return filter.find(kAllMasks) == std::string::npos ? filter + kAllFiles : filter;
 }
 
 bool Choose(QFileDialog& dialog, const std::string& filter, std::string& path) {
@@ -107,7 +113,7 @@ bool TQtHost::ConfirmYes(const std::string& message) { return Confirm(message, Q
 bool TQtHost::OpenFile(const std::string& filter, std::string& path) {
   QFileDialog dialog(WorkingForm());
   dialog.setFileMode(QFileDialog::ExistingFile);
-  return Choose(dialog, filter, path);
+  return Choose(dialog, WithAllFiles(filter), path);
 }
 
 bool TQtHost::SaveFile(const std::string& filter, std::string& path) {
