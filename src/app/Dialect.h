@@ -126,6 +126,8 @@ class TDialect {
   // --- Tables
   // The creation texts to show; empty for a side without the table.
   virtual void TableTexts(const std::string& table, std::string& reference, std::string& target) = 0;
+  // Those of a view, trigger, routine or event that an action is about, by the action's id.
+  virtual void ObjectTexts(int /*action*/, std::string& /*reference*/, std::string& /*target*/) {}
   // These two texts side by side, by what the comparison counts.
   virtual TAlignedRows Aligned(const std::string& /*reference*/, const std::string& /*target*/) const { return {}; }
 

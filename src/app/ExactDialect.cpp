@@ -1,5 +1,6 @@
 #include "app/ExactDialect.h"
 
+#include <algorithm>
 #include <set>
 
 #include "app/RunTelling.h"
@@ -109,6 +110,14 @@ bool TExactDialect::Reads(const std::string& table) {
 void TExactDialect::TableTexts(const std::string& table, std::string& reference, std::string& target) {
   reference = sync.ReferenceText(table);
   target = sync.TargetText(table);
+}
+
+void TExactDialect::ObjectTexts(int action, std::string& reference, std::string& target) {
+  const std::vector<TObjectChange>& changes = sync.AllObjectChanges();
+  const auto change = std::ranges::find(changes, action, &TObjectChange::id);
+  if (change == changes.end()) return;
+  reference = change->new_object.text;
+  target = change->old_object.text;
 }
 
 TAlignedRows TExactDialect::Aligned(const std::string& reference, const std::string& target) const {

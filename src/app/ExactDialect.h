@@ -33,6 +33,7 @@ class TExactDialect final : public TDialect {
   bool Reads(const std::string& table) override;
   // As the servers print them.
   void TableTexts(const std::string& table, std::string& reference, std::string& target) override;
+  void ObjectTexts(int action, std::string& reference, std::string& target) override;
   TAlignedRows Aligned(const std::string& reference, const std::string& target) const override;
   std::map<int, std::string> UnsafeActions() const override;
   TStringList UnsafeStatements(const std::string& script) override;

@@ -176,7 +176,7 @@ class TSchemaMapper {
   static bool GoesOut(const TMappedColumn& column) {
     const EFamily family = column.source.family;
     return !column.type.ByRule() && (family == EFamily::Char || family == EFamily::VarChar ||
-                                    family == EFamily::Binary || family == EFamily::VarBinary);
+                                     family == EFamily::Binary || family == EFamily::VarBinary);
   }
 
   // --- References

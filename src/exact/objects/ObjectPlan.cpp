@@ -90,7 +90,6 @@ class TMaker {
     TPlanStatement statement{std::move(text), {change.id}, {}, {}, change.Object(), std::move(put_back)};
     if (!change.unsafe.empty()) statement.unsafe.push_back(change.Object() + ": " + change.unsafe);
     statements.push_back(std::move(statement));
-    last_ = change.id;
   }
 
   void DropAndMake(const TObjectChange& change) {
@@ -114,7 +113,6 @@ class TMaker {
   }
 
   void SetContext(const TObjectChange& change) {
-    last_ = change.id;
     const TObjectContext& context = change.new_object.context;
     if (context.sql_mode) Need(kMode, QuotedText(*context.sql_mode));
     if (!context.collation.empty()) Need(kCollation, QuotedText(context.collation));
@@ -133,11 +131,10 @@ class TMaker {
     Session(Format("set %s = %s", std::string(setting.variable), value));
   }
 
-  void Session(std::string text) { statements.push_back({std::move(text), {last_}, {}, {}, "session", {}}); }
+  void Session(std::string text) { statements.push_back({std::move(text), {}, {}, {}, "session", {}}); }
 
   const TPlanServer& server_;
   std::map<std::string_view, std::string> kept_;  // what settings are now, as written
-  int last_ = 0;                                  // the change that the statements belong to
 };
 
 bool IsObject(const TOtherObject& object, std::string_view kind, const std::string& name) {

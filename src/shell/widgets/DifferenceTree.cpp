@@ -221,7 +221,8 @@ std::string TDifferenceTree::CurrentTable() const {
   const std::vector<std::size_t> places = model_->PlacesOf(view_->currentIndex());
   if (places.empty()) return {};
   const std::string& table = list_->At(places.front()).table;
-  const bool same = std::ranges::all_of(places, [&](std::size_t place) { return list_->At(place).table == table; });
+  const bool same = std::ranges::all_of(
+      places, [&](std::size_t place) { return list_->At(place).table == table && OfTable(list_->At(place).kind); });
   return same ? table : std::string();
 }
 

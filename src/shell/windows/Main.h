@@ -220,7 +220,9 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void ShowFind();
 
   // Details: the texts of a table, beside the tree
-  void ShowHeadings();                                                        // what the headings say
+  void ShowHeadings();  // what the headings say
+  void ShowObjectTexts(int action);
+  void ShowTexts(const std::string& reference, const std::string& target);
   void ShowTableDDL(const std::string& table, const std::string& item = {});  // from that element, if it differs
   void ClearDetails();
   void ShowDetailsOfDialect();

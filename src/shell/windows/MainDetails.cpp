@@ -89,11 +89,21 @@ void TfmMain::ShowTableDDL(const std::string& table, const std::string& item) {
   std::string reference;
   std::string target;
   app_->Dialect().TableTexts(table, reference, target);
+  ShowTexts(reference, target);
+  if (pnDetails_->currentWidget() == diff_) diff_->GoToItem(item);
+}
+
+void TfmMain::ShowObjectTexts(int action) {
+  std::string reference;
+  std::string target;
+  app_->Dialect().ObjectTexts(action, reference, target);
+  ShowTexts(reference, target);
+}
+
+void TfmMain::ShowTexts(const std::string& reference, const std::string& target) {
   ShowDetailsOfDialect();
-  if (pnDetails_->currentWidget() == diff_) {
-    diff_->Show(reference, target, app_->Dialect().Aligned(reference, target));
-    return diff_->GoToItem(item);
-  }
+  if (pnDetails_->currentWidget() == diff_)
+    return diff_->Show(reference, target, app_->Dialect().Aligned(reference, target));
   mDDLref_->SetBytes(reference);
   mDDLtgt_->SetBytes(target);
 }

@@ -43,6 +43,7 @@ void TfmMain::ConnectTree() {
   pnDifferences_->OnCurrent = [this] {
     const std::string table = pnDifferences_->CurrentTable();
     const std::optional<std::size_t> place = pnDifferences_->Current();
+    if (place && !OfTable(differences_->At(*place).kind)) return ShowObjectTexts(differences_->At(*place).id);
     if (!table.empty()) ShowTableDDL(table, place ? differences_->At(*place).item : std::string());
   };
   pnDifferences_->OnDelete = [this] { Command("acDelAction")->trigger(); };
