@@ -30,8 +30,11 @@ void ConnectSide(const char* side, TDBConn& conn) {
 
 }  // namespace
 
+bool TTaskFile::MayClose() const { return !TaskIsUnsaved || ConfirmYes(kCloseQuestion); }
+
 void TTaskFile::CloseTask() {
-  if (TaskIsUnsaved && !ConfirmYes(kCloseQuestion)) RaiseError(kCloseCancelled);
+  if (!MayClose()) RaiseError(kCloseCancelled);
+  TaskIsUnsaved = false;
   connections_.reference.reset();
   connections_.target.reset();
   Dialect.reset();
@@ -49,6 +52,7 @@ void TTaskFile::OpenTask(std::string path) {
   TaskIsUntitled = false;
   const TTaskReader reader(path);
   host_.CheckDialect(reader.Dialect());
+  host_.CheckForeign(reader.Foreign());
   Dialect = reader.Dialect();
   Marks = reader.Marks();
   Foreign = reader.Foreign();

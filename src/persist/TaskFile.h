@@ -24,6 +24,8 @@ class TTaskHost {
   virtual void RecentAdd(const std::string& path) = 0;  // the path goes to the head of the recent list
   // Raises for the word of a dialect that nobody knows.
   virtual void CheckDialect(const std::optional<std::string>& word) = 0;
+  // Likewise for what is asked for a reference that is not MySQL.
+  virtual void CheckForeign(const std::string& text) = 0;
 };
 
 // Nothing is rolled back when an operation raises: see each.
@@ -35,14 +37,17 @@ class TTaskFile {
 
   std::string TaskFileName;
   bool TaskIsUntitled = false;         // the next save asks for a name. Deliberate: only OpenTask clears it
-  bool TaskIsUnsaved = false;          // Deliberate: nothing sets it, so closing asks nothing
+  bool TaskIsUnsaved = false;          // Deliberate: a changed mapping alone sets it, or closing asks nothing
   std::optional<std::string> Dialect;  // of the open task, by its word: read with it, saved with it
   TTaskMarks Marks;                    // likewise
   std::string Foreign;                 // likewise: what is asked for a reference that is not MySQL, as text
   std::string Exact;                   // likewise: what is asked of the exact dialect
 
-  // Frees both connections and hides the task. With TaskIsUnsaved the user is asked first, and an answer of no raises
-  // "Cancelled task closing".
+  // With TaskIsUnsaved the user is asked, and the answer is given.
+  bool MayClose() const;
+
+  // Frees both connections and hides the task; it counts as saved then. Where MayClose says no it raises "Cancelled
+  // task closing" beforehand.
   void CloseTask();
 
   // Closes the open task, reads the file, connects both sides, shows the task and enters the path in the recent list.

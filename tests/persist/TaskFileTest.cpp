@@ -46,6 +46,9 @@ class TTaskHostLog : public TTaskHost {
   void CheckDialect(const std::optional<std::string>& word) override {
     if (word == "other") RaiseError("unknown dialect");
   }
+  void CheckForeign(const std::string& text) override {
+    if (text == "other") RaiseError("unknown wish");
+  }
 };
 
 class TaskFileTest : public ::testing::Test {
@@ -208,6 +211,8 @@ TEST_F(TaskFileTest, TheWordOfADialectIsWrittenOnlyWhereThereIsOne) {
   WriteXml(StrReplace(xml, ">exact<", ">other<"));
   EXPECT_EQ(MessageOf([&] { task_.OpenTask(path_); }), "unknown dialect");
   EXPECT_FALSE(task_.Dialect);
+  WriteXml(StrReplace(xml, "</dialect>", "</dialect><foreign>other</foreign>"));
+  EXPECT_EQ(MessageOf([&] { task_.OpenTask(path_); }), "unknown wish");
 }
 
 TEST_F(TaskFileTest, ClosingAsksOnlyForAnUnsavedTask) {
@@ -217,10 +222,11 @@ TEST_F(TaskFileTest, ClosingAsksOnlyForAnUnsavedTask) {
   task_.TaskIsUnsaved = true;
   EXPECT_EQ(MessageOf([&] { task_.CloseTask(); }), "Cancelled task closing");
   EXPECT_NE(connections_.target, nullptr);
-  task_.TaskIsUnsaved = false;
+  user.yes_answer = true;
   task_.CloseTask();
+  EXPECT_FALSE(task_.TaskIsUnsaved) << "the next task would be asked about";
   EXPECT_TRUE(connections_.reference == nullptr && connections_.target == nullptr);
-  EXPECT_EQ(user.calls.size(), 1U);
+  EXPECT_EQ(user.calls.size(), 2U);
   EXPECT_THAT(server_->TakeLog(), ElementsAre("hide"));
 }
 

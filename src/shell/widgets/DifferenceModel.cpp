@@ -169,6 +169,7 @@ QString TDifferenceModel::Hint(const QModelIndex& line) const {
   const TDifference& difference = list_->At(*place);
   QString hint = FullName(difference);
   if (!difference.detail.empty()) hint += QLatin1Char('\n') + ToQt(difference.detail);
+  if (!difference.note.empty()) hint += QLatin1Char('\n') + Shortened(ToQt(difference.note), kHintLetters);
   const QString texts = Shortened(ToQt(ShownLines(list_->Row(*place).description)), kHintLetters);
   const QString shown = hint + QStringLiteral("\n\n") + texts;
   return QStringLiteral("<p style='white-space:pre-wrap'>%1</p>").arg(shown.toHtmlEscaped());

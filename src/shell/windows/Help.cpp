@@ -26,12 +26,10 @@ struct TPage {
 };
 
 constexpr TPage kHelpPages[] = {
-    {"index", "What Velmora does"},   {"task", "A new task"},
-    {"analysis", "Analysis"},         {"differences", "Differences"},
-    {"script", "The script"},         {"failed-run", "When a run fails"},
-    {"task-files", "Task files"},     {"exact", "Dialects"},
-    {"options", "Options"},           {"keyboard", "Keyboard"},
-    {"engines", "Kinds of database"},
+    {"index", "What Velmora does"}, {"task", "A new task"},   {"analysis", "Analysis"},
+    {"differences", "Differences"}, {"script", "The script"}, {"failed-run", "When a run fails"},
+    {"task-files", "Task files"},   {"exact", "Dialects"},    {"mapping", "A reference that is not MySQL"},
+    {"options", "Options"},         {"keyboard", "Keyboard"}, {"engines", "Kinds of database"},
 };
 
 constexpr int kPictureSize = 16;

@@ -170,7 +170,7 @@ void TfmMain::closeEvent(QCloseEvent* event) {
     return;
   }
   bool stays = true;  // also where it could not be asked
-  AtTopLevel([&] { stays = !MayLoseScript(); });
+  AtTopLevel([&] { stays = !MayLoseScript() || (task_ && !task_->MayClose()); });
   if (stays) return event->ignore();
   AtTopLevel([this] { Close(); });
   event->accept();
@@ -248,6 +248,7 @@ void TfmMain::ClearWork() {
   ClearDetails();
   log_->SetLines({});
   AdviseDialect(nullptr);
+  barUnmade_->hide();
   ForgetTree();
   statusBar()->clearMessage();
 }
@@ -302,6 +303,7 @@ void TfmMain::Analyze() {
         pnDifferences_->Reload();
         SetTreeHint({});
         AdviseDialect(nullptr);
+        barUnmade_->hide();
         analyze->setEnabled(false);
         panMain_->setEnabled(false);
         if (app_->connections.reference)
@@ -313,6 +315,7 @@ void TfmMain::Analyze() {
         acGenScript();
         ShowLog(app_->Log());
         ShowDialect();
+        ShowUnmade();
         page_->setCurrentWidget(tsActions_);
         ShowResult();
         pnDifferences_->SelectFirst();
@@ -330,6 +333,7 @@ void TfmMain::Analyze() {
 // A connection that is lost is named with its side: the client's message tells of none.
 void TfmMain::Compare() {
   try {
+    app_->Take({.foreign = Wishes()});
     app_->Compare();
   } catch (const EAbort&) {
     throw;
@@ -394,6 +398,7 @@ void TfmMain::MarkDialect() { acDialects_.at(StoredDialect(task_->Dialect).id)->
 
 void TfmMain::ShowDialect() {
   ShowTree();
+  ShowMapping();
   sbDialect_->setVisible(active_);
   sbDialect_->setText(ToQt(app_->DialectLine()));
   sbDialect_->setToolTip(sbDialect_->text() + QStringLiteral(". ") + ToQt(app_->Chosen().hint));

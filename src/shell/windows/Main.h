@@ -44,6 +44,7 @@ class TDiffView;
 class TRunView;
 class TWindowWait;
 struct TWindowPlace;
+enum class EMappingPage;
 
 // The forms that the main window shows, all of which outlive it.
 struct TForms {
@@ -101,6 +102,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void acDialect(const TDialectRow& dialect);  // of the open task
   void acSwapSides();
   void acTaskMarks();
+  void acMapping();
+  void acMapColumn();  // of the focused action
 
   // --- acTask
   void acCloseTask();
@@ -141,6 +144,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   QWidget* MakeTreePanel();
   QWidget* MakeDetails();
   QWidget* MakeAdvice();
+  QWidget* MakeBar(const char* name, QLabel* label, QPushButton* button, const std::function<void()>& click);
   void MakeExtras();
   void ConnectWorkArea();
   void AddCommands(QWidget& menu_or_bar, std::initializer_list<const char*> names);  // null stands for a separator
@@ -161,6 +165,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void ShowTask(bool active) override;
   void RecentAdd(const std::string& path) override;
   void CheckDialect(const std::optional<std::string>& word) override { StoredDialect(word); }
+  void CheckForeign(const std::string& text) override { ReadForeignWishes(text); }
   void ShowRecent();
   void ShowTitle(bool active);
   void ShowSides(bool active);  // where the pair is told of beside its work: marks, servers, whether sides can swap
@@ -219,6 +224,16 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void FollowStatement(std::size_t line);
   void ShowFind();
 
+  // A reference that is not MySQL (MainMapping.cpp)
+  QWidget* MakeUnmadeBar();
+  bool MapsReference() const;  // its columns are mapped, in the dialect that is in use
+  TForeignWishes Wishes() const;
+  void EditMapping(EMappingPage page);
+  void TakeWishes(const TForeignWishes& wishes);
+  const TDifference* FocusedColumn() const;  // an action's, in the tree; null for none
+  void ShowMapping();                        // what of it can be used
+  void ShowUnmade();                         // of the last comparison, above the work area
+
   // Details: the texts of a table, beside the tree
   void ShowHeadings();  // what the headings say
   void ShowObjectTexts(int action);
@@ -251,6 +266,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   QWidget* barAdvice_ = nullptr;
   QLabel* lbAdvice_ = nullptr;
   QPushButton* bnAdvice_ = nullptr;
+  QWidget* barUnmade_ = nullptr;
+  QLabel* lbUnmade_ = nullptr;
   TEmptyState* panNoTask_ = nullptr;
   TMarkBar* barMark_ = nullptr;
   QLabel* sbReference_ = nullptr;

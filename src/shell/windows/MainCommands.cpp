@@ -164,7 +164,7 @@ void TfmMain::acNewTask() {
   TfmTaskWiz& wizard = forms_->wizard;
   if (wizard.exec() != QDialog::Accepted) return;
   BeginCancellable();  // what was cancelled within the wizard is over
-  if (!MayLoseScript()) return;
+  if (!MayLoseScript() || !task_->MayClose()) return;
   Host().ProcessMessages();
   ClearWork();
   said_.clear();
@@ -177,6 +177,8 @@ void TfmMain::acNewTask() {
   task_->TaskIsUntitled = true;
   task_->Dialect = DialectRow(kDefaultDialect).Stored();
   task_->Marks = {};
+  task_->Foreign.clear();
+  task_->TaskIsUnsaved = false;
   ShowTask(true);
   open.target->Connect();
   if (wizard.AnalyzeAtOnce) acAnalyze();

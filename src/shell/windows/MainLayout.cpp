@@ -125,15 +125,15 @@ void TfmMain::MakeMenus() {
   for (QAction* recent : acRecent_) files->addAction(recent);
   AddCommands(*files, {nullptr, "acExit"});
   AddCommands(*menu("&Script"), {"acLoadScriptFromFile", "acSaveScriptToFile"});
-  AddCommands(*menu("&Actions"),
-              {"acDelAction", "acUndoTick", "acRedoTick", nullptr, "acNextDifference", "acPreviousDifference",
-               "acNextPlace", "acPreviousPlace", "acFilterActions", "acFollow", nullptr, "acSynchronize"});
+  AddCommands(*menu("&Actions"), {"acDelAction", "acUndoTick", "acRedoTick", nullptr, "acNextDifference",
+                                  "acPreviousDifference", "acNextPlace", "acPreviousPlace", "acFilterActions",
+                                  "acFollow", "acMapColumn", nullptr, "acSynchronize"});
   QMenu* tools = menu("&Tools");
   AddCommands(*tools, {"acCreateDB", "acDumpDB", nullptr, "acOptions"});
   tools->menuAction()->setVisible(false);  // Deliberate: its commands are reached by their shortcuts alone
   QMenu* extras = menu("E&xtras");
   for (const auto& [dialect, command] : acDialects_) extras->addAction(command);
-  AddCommands(*extras, {nullptr, "acSwapSides", "acTaskMarks"});
+  AddCommands(*extras, {nullptr, "acSwapSides", "acTaskMarks", "acMapping"});
   extras->setToolTipsVisible(true);  // which say why a command cannot be used
   AddCommands(*menu("&Help"),
               {"acHelp", "acInnoDBStatus", nullptr, "acVisitWeb", "acContactSupport", nullptr, "acAbout"});
@@ -171,6 +171,7 @@ void TfmMain::MakeWorkArea() {
   panMain_ = Named(new QWidget, "panMain");
   column->addWidget(barMark_);
   column->addWidget(MakeAdvice());
+  column->addWidget(MakeUnmadeBar());
   column->addWidget(MakeEmptyState(), 1);
   column->addWidget(panMain_, 1);
 
@@ -212,22 +213,27 @@ void TfmMain::MakeWorkArea() {
   MakeStatusBar();
 }
 
-QWidget* TfmMain::MakeAdvice() {
-  auto* bar = Named(new QFrame, "barAdvice");
+// A line above the work area, with a command to the right of what it tells.
+QWidget* TfmMain::MakeBar(const char* name, QLabel* label, QPushButton* button, const std::function<void()>& click) {
+  auto* bar = Named(new QFrame, name);
   bar->setFrameShape(QFrame::StyledPanel);
-  lbAdvice_ = Named(new QLabel, "lbAdvice");
-  lbAdvice_->setTextFormat(Qt::PlainText);
-  bnAdvice_ = Named(new QPushButton, "bnAdvice");
+  label->setTextFormat(Qt::PlainText);
   auto* row = new QHBoxLayout(bar);
-  row->addWidget(lbAdvice_);
-  row->addWidget(bnAdvice_);
+  row->addWidget(label);
+  row->addWidget(button);
   row->addStretch();
   bar->hide();
   // The command's own way: nothing else may be under way.
   auto* take = new QAction(bar);
-  OnCommand(take, [this] { TakeAdvice(); });
-  connect(bnAdvice_, &QPushButton::clicked, take, &QAction::trigger);
-  return barAdvice_ = bar;
+  OnCommand(take, click);
+  connect(button, &QPushButton::clicked, take, &QAction::trigger);
+  return bar;
+}
+
+QWidget* TfmMain::MakeAdvice() {
+  lbAdvice_ = Named(new QLabel, "lbAdvice");
+  bnAdvice_ = Named(new QPushButton, "bnAdvice");
+  return barAdvice_ = MakeBar("barAdvice", lbAdvice_, bnAdvice_, [this] { TakeAdvice(); });
 }
 
 QWidget* TfmMain::MakeEmptyState() {

@@ -65,7 +65,7 @@ void TfmMain::TellReached() {
   else if (left > 0)
     line += Format(" %s left: the list shows what.", Counted(left, "difference") + (left == 1 ? " is" : " are"));
   else
-    line += " The messages name what still differs: it is left alone, or could not be compared.";
+    line += " The messages name what still differs: it is left alone, has no form in MySQL, or could not be compared.";
   vRun_->SetHeading(line);
   log_->LogLine(line);
   statusBar()->showMessage(ToQt(line));

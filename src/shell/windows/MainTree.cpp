@@ -45,6 +45,7 @@ void TfmMain::ConnectTree() {
     const std::optional<std::size_t> place = pnDifferences_->Current();
     if (place && !OfTable(differences_->At(*place).kind)) return ShowObjectTexts(differences_->At(*place).id);
     if (!table.empty()) ShowTableDDL(table, place ? differences_->At(*place).item : std::string());
+    ShowMapping();
   };
   pnDifferences_->OnDelete = [this] { Command("acDelAction")->trigger(); };
   pnDifferences_->OnFollow = [this] {
@@ -56,6 +57,8 @@ void TfmMain::ConnectTree() {
     Command(name)->setShortcutContext(Qt::WidgetShortcut);
     pnDifferences_->View().addAction(Command(name));
   }
+  for (const char* name : {"acFollow", "acDelAction", "acMapColumn"}) pnDifferences_->View().addAction(Command(name));
+  pnDifferences_->View().setContextMenuPolicy(Qt::ActionsContextMenu);
   // In a text that somebody works on a double click chooses a word and nothing else.
   connect(mScript_, &QsciScintillaBase::SCN_DOUBLECLICK, this, [this](int /*position*/, int line, int /*keys*/) {
     if (!app_ || !TicksActions() || ScriptOf() != EScriptOf::Analysis || line < 0) return;
