@@ -61,6 +61,7 @@ struct TDialectTraits {
   bool tells_statements = false;    // what became of each statement of a run is shown
   bool aligned_texts = false;       // the texts of a table are read side by side, line by line
   bool maps_foreign = false;        // references that are not MySQL can be compared
+  bool has_options = false;         // what TExactWishes asks for can be granted
 };
 
 // What the user asks of a comparison beyond the pair.

@@ -27,7 +27,8 @@ constexpr TDialectTraits kTraits = {.has_findings = true,
                                     .ticked_actions = true,
                                     .tells_statements = true,
                                     .aligned_texts = true,
-                                    .maps_foreign = true};
+                                    .maps_foreign = true,
+                                    .has_options = true};
 
 std::string UnsafeLine(const TChange& change) { return change.table + ": " + change.LogText() + ": " + change.unsafe; }
 

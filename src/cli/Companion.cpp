@@ -184,11 +184,12 @@ void DeclareExact(CLI::App& app, TExactWishes& wishes) {
   for (const TExactOption& option : ExactOptions()) {
     const std::string name = "--" + std::string(option.word);
     const auto take = [&wishes, &option](const std::string& argument) { option.take(wishes, argument); };
+    const std::string help = "Exact dialect: " + std::string(option.help);
     if (option.argument.empty())
       app.add_flag_callback(
-          name, [take] { take({}); }, std::string(option.help));
+          name, [take] { take({}); }, help);
     else
-      DeclareEach(app, name, std::string(option.argument), std::string(option.help), take);
+      DeclareEach(app, name, std::string(option.argument), help, take);
   }
 }
 

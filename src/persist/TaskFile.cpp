@@ -53,6 +53,7 @@ void TTaskFile::OpenTask(std::string path) {
   const TTaskReader reader(path);
   host_.CheckDialect(reader.Dialect());
   host_.CheckForeign(reader.Foreign());
+  host_.CheckExact(reader.Exact());
   Dialect = reader.Dialect();
   Marks = reader.Marks();
   Foreign = reader.Foreign();

@@ -26,6 +26,7 @@ class TTaskHost {
   virtual void CheckDialect(const std::optional<std::string>& word) = 0;
   // Likewise for what is asked for a reference that is not MySQL.
   virtual void CheckForeign(const std::string& text) = 0;
+  virtual void CheckExact(const std::string& text) = 0;  // and of the exact dialect
 };
 
 // Nothing is rolled back when an operation raises: see each.

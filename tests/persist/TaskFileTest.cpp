@@ -46,6 +46,7 @@ class TTaskHostLog : public TTaskHost {
   void CheckDialect(const std::optional<std::string>& word) override {
     if (word == "other") RaiseError("unknown dialect");
   }
+  void CheckExact(const std::string& /*text*/) override {}
   void CheckForeign(const std::string& text) override {
     if (text == "other") RaiseError("unknown wish");
   }

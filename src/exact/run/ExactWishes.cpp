@@ -13,9 +13,9 @@ namespace {
 constexpr char kNoWish[] = "The task asks for \"%s\", which this version does not know";
 
 constexpr std::array kOptions = {
-    TExactOption{"definer", "POLICY", true,
-                 "Exact dialect: the definers of views, triggers, routines and events: ignore (as it is), compare, "
-                 "strip (the script names none), or 'map A@B=C@D', which may be given several times",
+    TExactOption{"definer", "POLICY", true, "Definers",
+                 "The definers of views, triggers, routines and events: ignore (as it is), compare, strip (the script "
+                 "names none), or 'map A@B=C@D', which may be given several times",
                  [](TExactWishes& wishes, const std::string& text) { TakeDefinerWish(text, wishes.definers); },
                  [](const TExactWishes& wishes) { return DefinerWishTexts(wishes.definers); }},
 };

@@ -22,7 +22,8 @@ struct TExactWishes {
 struct TExactOption {
   std::string_view word;      // of the option after "--", and in front of its line in a task file
   std::string_view argument;  // as the help shows it; empty for a switch
-  bool many = false;          // it may be given several times, and those of a task file are added
+  bool many = false;          // it may be given several times
+  std::string_view caption;   // of its field in the window
   std::string_view help;
   void (*take)(TExactWishes& wishes, const std::string& argument);  // raises for an argument that cannot be
   TStringList (*given)(

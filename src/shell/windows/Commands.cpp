@@ -34,6 +34,7 @@ constexpr TCommand kCommands[] = {
     {"acSwapSides", "Swap sides", nullptr, nullptr, acTask, &TfmMain::acSwapSides},
     {"acTaskMarks", "Task...", nullptr, nullptr, acTask, &TfmMain::acTaskMarks,
      "Colour of the task, and what is asked before a run"},
+    {"acComparison", "Comparison...", "Ctrl+Shift+M", nullptr, acTask, &TfmMain::acComparison},
     {"acMapping", "Mapping...", "Ctrl+M", nullptr, acTask, &TfmMain::acMapping},
     {"acMapColumn", "Map column to...", nullptr, nullptr, acTask, &TfmMain::acMapColumn,
      "A type of your own for the column of the focused action"},

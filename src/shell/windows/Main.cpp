@@ -333,7 +333,7 @@ void TfmMain::Analyze() {
 // A connection that is lost is named with its side: the client's message tells of none.
 void TfmMain::Compare() {
   try {
-    app_->Take({.foreign = Wishes()});
+    app_->Take({.foreign = Wishes(), .exact = ExactOptionsOfTask()});
     app_->Compare();
   } catch (const EAbort&) {
     throw;

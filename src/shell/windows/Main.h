@@ -103,6 +103,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void acSwapSides();
   void acTaskMarks();
   void acMapping();
+  void acComparison();
   void acMapColumn();  // of the focused action
 
   // --- acTask
@@ -166,6 +167,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void RecentAdd(const std::string& path) override;
   void CheckDialect(const std::optional<std::string>& word) override { StoredDialect(word); }
   void CheckForeign(const std::string& text) override { ReadForeignWishes(text); }
+  void CheckExact(const std::string& text) override { ReadExactWishes(text); }
   void ShowRecent();
   void ShowTitle(bool active);
   void ShowSides(bool active);  // where the pair is told of beside its work: marks, servers, whether sides can swap
@@ -230,9 +232,11 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   TForeignWishes Wishes() const;
   void EditMapping(EMappingPage page);
   void TakeWishes(const TForeignWishes& wishes);
+  void WishesChanged(bool compared);
   const TDifference* FocusedColumn() const;  // an action's, in the tree; null for none
-  void ShowMapping();                        // what of it can be used
-  void ShowUnmade();                         // of the last comparison, above the work area
+  TExactWishes ExactOptionsOfTask() const;
+  void ShowMapping();  // what of it can be used
+  void ShowUnmade();   // of the last comparison, above the work area
 
   // Details: the texts of a table, beside the tree
   void ShowHeadings();  // what the headings say

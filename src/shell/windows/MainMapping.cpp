@@ -1,4 +1,5 @@
-// A reference that is not MySQL: what its columns become, the user's rules for that, and what is accepted.
+// What the task asks of a comparison: options of the exact dialect, and of a reference that is not MySQL what its
+// columns become, the user's rules for that, and what is accepted.
 
 #include <QLabel>
 #include <QPushButton>
@@ -7,6 +8,7 @@
 #include "app/MappingDraft.h"
 #include "foreign/FactReaders.h"
 #include "shell/widgets/Named.h"
+#include "shell/windows/ComparisonDialog.h"
 #include "shell/windows/Main.h"
 #include "shell/windows/MappingDialog.h"
 #include "util/Counted.h"
@@ -19,12 +21,14 @@ namespace {
 
 constexpr char kMappingHint[] =
     "What the columns of the reference become in MySQL, your own rules, and what is accepted without a form there";
+constexpr char kOptionsHint[] = "What is compared, and how it is written: definers and more";
+constexpr char kNotExact[] = "For the automatic or the exact dialect";
 constexpr char kNotForeign[] = "For a reference that is not MySQL, in the automatic or the exact dialect";
 constexpr char kUnmade[] =
     "No form in MySQL: %s of the reference. The databases are not identical before that is accepted.";
 constexpr char kNotThere[] = "The reference has no column %s";
 constexpr char kAccepted[] = "Accepted: %s without a form in MySQL";
-constexpr char kLater[] = "The mapping is kept when the task is saved. Press F9 to analyze.";
+constexpr char kLater[] = "This is kept when the task is saved. Press F9 to analyze.";
 
 }  // namespace
 
@@ -51,7 +55,15 @@ const TDifference* TfmMain::FocusedColumn() const {
   return &differences_->At(*place);
 }
 
+// A dialect without them passes over what a task keeps for the other.
+TExactWishes TfmMain::ExactOptionsOfTask() const {
+  return app_->Dialect().Traits().has_options ? ReadExactWishes(task_->Exact) : TExactWishes();
+}
+
 void TfmMain::ShowMapping() {
+  const bool options = active_ && app_->Dialect().Traits().has_options;
+  Command("acComparison")->setEnabled(options);
+  Command("acComparison")->setToolTip(QLatin1String(options ? kOptionsHint : kNotExact));
   const bool maps = MapsReference();
   QAction* mapping = Command("acMapping");
   mapping->setEnabled(maps);
@@ -87,10 +99,21 @@ void TfmMain::acMapColumn() {
   if (TfmMapping::MapColumn(draft, *column, this)) TakeWishes(draft.Wishes());
 }
 
+void TfmMain::acComparison() {
+  TfmComparison dialog(this);
+  TExactWishes wishes = ReadExactWishes(task_->Exact);
+  if (!dialog.Edit(wishes)) return;
+  task_->Exact = ExactWishesText(wishes);
+  WishesChanged(differences_->Count() > 0);
+}
+
 void TfmMain::TakeWishes(const TForeignWishes& wishes) {
   task_->Foreign = ForeignWishesText(wishes);
+  WishesChanged(!app_->Dialect().Findings().mapping.empty());
+}
+
+void TfmMain::WishesChanged(bool compared) {
   task_->TaskIsUnsaved = true;
-  const bool compared = !app_->Dialect().Findings().mapping.empty();
   statusBar()->clearMessage();
   if (compared && MayLoseScript()) return Analyze();
   statusBar()->showMessage(QLatin1String(kLater));
