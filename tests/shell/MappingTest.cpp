@@ -104,9 +104,11 @@ TEST_F(MappingTest, RulesAndWhatIsAcceptedBelongToTheTask) {
   InDialog("butOK", [](QWidget& dialog) {
     EXPECT_EQ(Child<QTableView>(dialog, "tvColumns")->model()->rowCount(), 0) << "nothing was compared yet";
     Child<QCheckBox>(dialog, "chkLowerNames")->click();
+    Child<QLineEdit>(dialog, "edCollation")->setText(QStringLiteral("utf8mb4_bin"));
   });
   rig_.Trigger("acAnalyze");
-  EXPECT_THAT(rig_.Text("mScript"), HasSubstr("`a` char(1)")) << "which is A in the source";
+  EXPECT_THAT(rig_.Text("mScript"), AllOf(HasSubstr("`a` char(1)"), HasSubstr("COLLATE=utf8mb4_bin")))
+      << "which is A in the source";
   rig_.Ask("acSynchronize", "Yes");
   InDialog("butOK", [](QWidget& dialog) { Accept(dialog, Qt::Checked); });
   EXPECT_TRUE(Identical());

@@ -178,6 +178,7 @@ void TfmMain::acNewTask() {
   task_->Dialect = DialectRow(kDefaultDialect).Stored();
   task_->Marks = {};
   task_->Foreign.clear();
+  task_->Exact.clear();
   task_->TaskIsUnsaved = false;
   ShowTask(true);
   open.target->Connect();

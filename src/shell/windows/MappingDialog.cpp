@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QFormLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -38,9 +39,10 @@ struct TSwitch {
   bool TForeignWishes::*member;
 };
 constexpr TSwitch kSwitches[] = {
+    {"chkWholeNumbers", "Decimals &without digits behind the point become integers", &TForeignWishes::whole_numbers},
     {"chkStrictTypes", "&Strict types: one that holds more than the source's is a difference, too",
      &TForeignWishes::strict_types},
-    {"chkAcceptTimestamp", "&timestamp may stand for datetime, though it ends in 2038",
+    {"chkAcceptTimestamp", "ti&mestamp may stand for datetime, though it ends in 2038",
      &TForeignWishes::accept_timestamp},
     {"chkDropObsolete", "&Drop tables that the target alone has (unsafe)", &TForeignWishes::drop_obsolete}};
 
@@ -309,13 +311,21 @@ QWidget* TfmMapping::MakeOptions() {
     box->setChecked(before_.*row.member);
     rows->addWidget(box);
   }
+  collation_ = Named(new QLineEdit(ToQt(before_.collation)), "edCollation");
+  collation_->setPlaceholderText(ToQt("the server's own of utf8mb4"));
+  auto* form = new QFormLayout;
+  form->addRow(ToQt("Colla&tion of new tables and columns"), collation_);
+  rows->addLayout(form);
   rows->addStretch();
   page->setFocusProxy(lower_);
   return page;
 }
 
 void TfmMapping::TakeOptions() {
+  const std::string collation = FromQt(collation_->text().trimmed());
+  const std::string read = collation.empty() ? collation : ReadCollation(collation);
   wishes_ = draft_.Wishes();
+  wishes_.collation = read;
   wishes_.names = lower_->isChecked() ? ENameCase::Lower : ENameCase::Keep;
   for (const TSwitch& row : kSwitches) wishes_.*row.member = findChild<QCheckBox*>(ToQt(row.name))->isChecked();
 }

@@ -68,6 +68,7 @@ class TfmMapping final : public QDialog {
   QPushButton* remove_ = nullptr;
   QTreeWidget* elements_ = nullptr;
   QCheckBox* lower_ = nullptr;
+  QLineEdit* collation_ = nullptr;
 };
 
 }  // namespace velmora
