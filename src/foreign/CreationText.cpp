@@ -43,13 +43,6 @@ std::string KeyParts(const TMappedKey& key) {
   return JoinList(parts, ",");
 }
 
-std::string CharsetText(const TColumnParts& parts) {
-  std::string text;
-  if (!parts.charset.empty()) text = "CHARACTER SET " + parts.charset;
-  if (!parts.collation.empty()) text += (text.empty() ? "" : " ") + ("COLLATE " + parts.collation);
-  return text;
-}
-
 std::string TypeText(const TElementText& text, const TColumnParts& parts) {
   std::string type = parts.type;
   if (parts.is_boolean) type = "tinyint(1)";
@@ -81,7 +74,7 @@ TColumnPieces PiecesOf(const TElement& column) {
   TColumnPieces pieces;
   pieces.name = column.name;
   pieces.type = TypeText(text, parts);
-  pieces.charset = CharsetText(parts);
+  pieces.charset = CharsetText({parts.charset, parts.collation});
   pieces.null_word = parts.null || parts.type == "timestamp";
   pieces.not_null = parts.not_null;
   if (parts.default_value) pieces.default_value = text.Part(*parts.default_value);
@@ -128,8 +121,13 @@ TElement CheckElement(const TMappedCheck& check) {
   return {EElement::Check, check.name, "CONSTRAINT " + QuotedName(check.name) + " CHECK (" + check.text + ")"};
 }
 
-std::string CollationText(const std::string& collation) {
-  return Format("CHARACTER SET %s COLLATE %s", kCharset, collation);
+TCharset NewCharset(const std::string& collation) { return {kCharset, collation}; }
+
+std::string CharsetText(const TCharset& charset) {
+  std::string text;
+  if (!charset.charset.empty()) text = "CHARACTER SET " + charset.charset;
+  if (!charset.collation.empty()) text += (text.empty() ? "" : " ") + ("COLLATE " + charset.collation);
+  return text;
 }
 
 std::vector<TTableOption> NewTableOptions(const TMappedTable& table, const std::string& collation) {

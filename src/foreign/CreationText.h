@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "foreign/MappedSchema.h"
+#include "mysqltext/Charsets.h"
 #include "mysqltext/TableText.h"
 
 namespace velmora {
@@ -37,8 +38,10 @@ TElement CheckElement(const TMappedCheck& check);
 
 // The options of a new table; the collation may be empty.
 std::vector<TTableOption> NewTableOptions(const TMappedTable& table, const std::string& collation);
+// What new tables and columns have; the collation may be empty here, too.
+TCharset NewCharset(const std::string& collation);
 // What a column says whose collation is not its table's.
-std::string CollationText(const std::string& collation);
+std::string CharsetText(const TCharset& charset);
 
 // The creation text with the source's types at the ends of its columns' lines, as comments.
 std::string ShownCreationText(const TTableText& text, const TMappedTable& table);

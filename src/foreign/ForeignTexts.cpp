@@ -50,13 +50,14 @@ TTargetServer ServerOf(TDBConn& target) {
   return ReadTargetServer(texts->ServerVersion());
 }
 
-std::vector<std::string> TypesOf(const TTableText& made, const TMappedTable& table) {
-  std::vector<std::string> types;
+std::vector<TSettledColumn> ColumnsOf(const TTableText& made, const TMappedTable& table) {
+  std::vector<TSettledColumn> columns;
   for (const TMappedColumn& column : table.columns) {
     const TElement* element = made.Find(EElement::Column, column.name);
-    types.push_back(element == nullptr ? std::string() : PiecesOf(*element).type);
+    TSettledColumn& settled = columns.emplace_back();
+    if (element != nullptr) settled = {PiecesOf(*element).type, ReadColumnText(element->text, made).charset};
   }
-  return types;
+  return columns;
 }
 
 }  // namespace
@@ -114,13 +115,13 @@ TMadeTable TForeignTexts::Make(const std::string& table, const TTableText* there
   if (place == places_.end()) RaiseError(Format(kNoTable, table));
   const TMappedTable& mapped = tables_[place->second];
   if (!mapped.refused.empty()) RaiseError(mapped.refused);
-  const TSettledTypes settled = [this](const TColumnPlace& root) {
+  const TSettledColumns settled = [this](const TColumnPlace& root) {
     const auto found = settled_.find(root.table);
-    return found == settled_.end() ? std::string() : found->second[root.column];
+    return found == settled_.end() ? TSettledColumn() : found->second[root.column];
   };
   TMadeTable made;
   made.table = TTolerance(context_, counts_).Complete(mapped, there, settled);
-  settled_[place->second] = TypesOf(made.table, mapped);
+  settled_[place->second] = ColumnsOf(made.table, mapped);
   made.shown = ShownCreationText(made.table, mapped);
   return made;
 }

@@ -47,7 +47,7 @@ class TForeignTexts final : public TTextMaker {
   TMapContext context_;
   std::vector<TMappedTable> tables_;  // parents before those that refer to them
   std::map<std::string, std::size_t> places_;
-  std::map<std::size_t, std::vector<std::string>> settled_;  // types of columns, by table
+  std::map<std::size_t, std::vector<TSettledColumn>> settled_;  // by table
   TToleranceCounts counts_;
 };
 

@@ -120,7 +120,7 @@ class TSchemaMapper {
           RuleNames(column, {table.source_name + "." + column.name, read_[at].plain_name + "." + column.name,
                              table.name + "." + column.name, table.name + "." + mapped.name});
       mapped.type = MapType(column, mapped.rule_names, context_);
-      mapped.root = {at, table.columns.size()};
+      mapped.root = mapped.letters_root = {at, table.columns.size()};
       if (mapped.type.level == EMadeLevel::Refused && table.refused.empty())
         table.refused = Format(kColumnRefused, column.name, NativeText(column), mapped.type.text);
       table.columns.push_back(std::move(mapped));
@@ -229,7 +229,7 @@ class TSchemaMapper {
 
   const TMappedColumn& ColumnAt(const TColumnPlace& place) const { return mapped_[place.table].columns[place.column]; }
 
-  // A server joins only what is alike; letters may differ in length.
+  // A server joins only what is alike; letters may differ in length, not in their collation.
   void UnifyTypes(std::size_t at) {
     for (std::size_t i = 0; i < mapped_[at].columns.size(); ++i) {
       TMappedColumn& column = mapped_[at].columns[i];
@@ -239,6 +239,7 @@ class TSchemaMapper {
       if (column.type.level == EMadeLevel::Refused) continue;
       const TColumnText own = ReadType(column.type.type);
       const TColumnText theirs = ReadType(parent.type.type);
+      if (own.HasLetters() && theirs.HasLetters()) column.letters_root = root;
       if (own.HasLetters() && theirs.HasLetters() && NeedsPrefix(own) == NeedsPrefix(theirs)) continue;
       column.root = root;
       if (SameType(own, theirs)) continue;
@@ -485,7 +486,8 @@ class TSchemaMapper {
     for (std::size_t i = 0; i < order_.size(); ++i) place[order_[i]] = i;
     for (const std::size_t at : order_) ordered.push_back(std::move(mapped_[at]));
     for (TMappedTable& table : ordered)
-      for (TMappedColumn& column : table.columns) column.root.table = place[column.root.table];
+      for (TMappedColumn& column : table.columns)
+        for (TColumnPlace* root : {&column.root, &column.letters_root}) root->table = place[root->table];
     return ordered;
   }
 

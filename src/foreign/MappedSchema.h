@@ -27,6 +27,7 @@ struct TMappedColumn {
   TStringList rule_names{};  // see RuleNames
   TMappedType type{};
   TColumnPlace root{};  // whose type it has: its own, or that of the column that it refers to, along all references
+  TColumnPlace letters_root{};     // the same of its collation, where both have letters
   std::optional<bool> not_null{};  // nothing where nobody knows
   TMadeDefault default_value{};
   bool counts = false;

@@ -36,7 +36,7 @@ bool SameExpression(const std::string& a, const std::string& b) {
 
 class TCompletion {
  public:
-  TCompletion(const TMappedTable& table, const TTableText* there, const TSettledTypes& settled,
+  TCompletion(const TMappedTable& table, const TTableText* there, const TSettledColumns& settled,
               const TMapContext& context, TToleranceCounts& counts)
       : table_(table), there_(there), settled_(settled), context_(context), counts_(counts) {}
 
@@ -88,7 +88,7 @@ class TCompletion {
 
   // What a reference makes of the type, and else the mapping.
   std::string WantedType(const TMappedColumn& column) const {
-    const std::string settled = settled_(column.root);
+    const std::string settled = settled_(column.root).type;
     return settled.empty() ? column.type.type : settled;
   }
 
@@ -99,18 +99,22 @@ class TCompletion {
     if (!Known(EFact::Defaults)) pieces.default_value.clear();
     if (const TElement* there = FindColumn(column.name))
       TakeOver(column, *there, pieces);
-    else if (there_ != nullptr)
-      pieces.charset = OwnCharset(pieces);
+    else
+      pieces.charset = OwnCharset(column, pieces);
     made_.elements.push_back({EElement::Column, pieces.name, pieces.Text()});
   }
 
-  // Of a column that comes to a table: the collation asked for, unless a type of the user's own says another.
-  std::string OwnCharset(const TColumnPieces& pieces) const {
+  // Of a new column: the collation of what it refers to, else the one asked for, where its table has another; nothing
+  // where a type of the user's own says one.
+  std::string OwnCharset(const TMappedColumn& column, const TColumnPieces& pieces) const {
     const TElement element{EElement::Column, pieces.name, pieces.Text()};
     const TColumnParts& parts = element.text.Column();
-    const bool asked = !context_.wishes.collation.empty() && parts.charset.empty() && parts.collation.empty();
-    return asked && ReadColumnText(element.text, TCharset()).HasLetters() ? CollationText(context_.wishes.collation)
-                                                                          : std::string();
+    if (!IsLetterType(parts.type) || !parts.charset.empty() || !parts.collation.empty()) return {};
+    const TCharset of_table = TableCharset(made_);
+    TCharset wanted = of_table;
+    if (!context_.wishes.collation.empty()) wanted = NewCharset(context_.wishes.collation);
+    if (const TCharset of_root = settled_(column.letters_root).charset; of_root != TCharset()) wanted = of_root;
+    return wanted == of_table ? std::string() : CharsetText(wanted);
   }
 
   void TakeOver(const TMappedColumn& column, const TElement& there, TColumnPieces& pieces) {
@@ -142,7 +146,7 @@ class TCompletion {
     const TColumnText type = ReadType(theirs.type);
     const TColumnText wanted = ReadType(pieces.type);
     const bool same = SameType(wanted, type);
-    const bool free = settled_(column.root).empty() && !column.type.ByRule() && !context_.wishes.strict_types;
+    const bool free = settled_(column.root).type.empty() && !column.type.ByRule() && !context_.wishes.strict_types;
     const bool holds = !same && free && HoldsAll(column.source, type, context_);
     if (same || holds) pieces.type = theirs.type;
     if (holds) ++counts_.wider;
@@ -454,7 +458,7 @@ class TCompletion {
 
   const TMappedTable& table_;
   const TTableText* there_;
-  const TSettledTypes& settled_;
+  const TSettledColumns& settled_;
   const TMapContext& context_;
   TToleranceCounts& counts_;
   TTableText made_;
@@ -465,7 +469,7 @@ class TCompletion {
 
 }  // namespace
 
-TTableText TTolerance::Complete(const TMappedTable& table, const TTableText* there, const TSettledTypes& settled) {
+TTableText TTolerance::Complete(const TMappedTable& table, const TTableText* there, const TSettledColumns& settled) {
   return TCompletion(table, there, settled, context_, counts_).Make();
 }
 

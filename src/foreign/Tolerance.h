@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "foreign/MappedSchema.h"
+#include "mysqltext/Charsets.h"
 #include "mysqltext/TableText.h"
 
 namespace velmora {
@@ -20,16 +21,20 @@ struct TToleranceCounts {
   int unique_for_plain = 0;                                            // keys
 };
 
-// The type that a column got in its completed table; empty for none yet.
-using TSettledTypes = std::function<std::string(const TColumnPlace& place)>;
+// What a column got in its completed table.
+struct TSettledColumn {
+  std::string type{};  // empty for none yet
+  TCharset charset{};
+};
+using TSettledColumns = std::function<TSettledColumn(const TColumnPlace& place)>;
 
 class TTolerance {
  public:
   TTolerance(const TMapContext& context, TToleranceCounts& counts) : context_(context), counts_(counts) {}
 
   // `there` is the target's table, null for none. Columns that refer to others take the types that these have
-  // `settled`.
-  TTableText Complete(const TMappedTable& table, const TTableText* there, const TSettledTypes& settled);
+  // `settled`, and new ones their collations.
+  TTableText Complete(const TMappedTable& table, const TTableText* there, const TSettledColumns& settled);
 
  private:
   const TMapContext& context_;
