@@ -10,7 +10,7 @@
 namespace velmora {
 
 void TSeenValues::See(const TMemDataset::TRow& row) {
-  for (std::size_t i = 0; i < columns_.size(); ++i) {
+  for (std::size_t i = 0; i < std::min(columns_.size(), row.size()); ++i) {
     TColumn& column = columns_[i];
     if (const auto* number = std::get_if<double>(&row[i])) {
       column.numbers = true;

@@ -15,8 +15,14 @@ namespace velmora {
 namespace {
 
 TForeignColumn ColumnOf(const TOLEDBColumnRow& row) {
+  constexpr std::uint32_t kShort = 255;
   TForeignColumn column{.name = row.COLUMN_NAME, .native = "text", .family = EFamily::VarChar};
-  if (row.DATA_TYPE == kDbTypeR8) {
+  if ((row.COLUMN_FLAGS & kColumnIsMixedLong) != 0) {
+    column.native = "long text";
+    column.family = EFamily::LongText;
+  } else if ((row.COLUMN_FLAGS & kColumnIsMixed) != 0) {
+    column.length = kShort;
+  } else if (row.DATA_TYPE == kDbTypeR8) {
     column.native = "number";
     column.family = EFamily::Double;
   } else if (row.DATA_TYPE == kDbTypeDate) {

@@ -47,6 +47,10 @@ enum TDBType : std::uint16_t {
 // Bits of COLUMN_FLAGS.
 inline constexpr std::uint32_t kColumnIsFixedLength = 16;
 inline constexpr std::uint32_t kColumnIsLong = 128;
+// Of our own, for columns of sheets: some cells hold what is not of the column's kind, and is no value of it; one of
+// these cells has more than 255 letters.
+inline constexpr std::uint32_t kColumnIsMixed = 1U << 30U;
+inline constexpr std::uint32_t kColumnIsMixedLong = 1U << 31U;
 
 struct TOLEDBTableRow {
   std::string TABLE_NAME;

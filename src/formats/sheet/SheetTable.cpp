@@ -91,6 +91,7 @@ TOLEDBColumnRow ColumnRow(const TSheetColumn& column) {
       row.CHARACTER_MAXIMUM_LENGTH = column.is_long ? 0 : kTextSize;
       break;
   }
+  row.COLUMN_FLAGS |= column.mixed;
   return row;
 }
 
@@ -148,11 +149,18 @@ void TSheetTable::FindColumns() {
   MakeDistinct(names);
 
   std::vector<TTally> tallies(columns_.size());
+  const std::size_t first = next;
   for (; next < cells_.size() && cells_[next].row - first_row_ < kDecidingRows; ++next)
     tallies[cells_[next].column - first_column_].Add(cells_[next].value);
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     const ESheetKind kind = tallies[i].Kind(rule_.mixed_as_text);
     columns_[i] = {std::move(names[i]), kind, kind == ESheetKind::Text && tallies[i].IsLong()};
+  }
+  for (next = first; next < cells_.size(); ++next) {
+    TSheetColumn& column = columns_[cells_[next].column - first_column_];
+    if (column.kind == ESheetKind::Text || KindOf(cells_[next].value) == column.kind) continue;
+    column.mixed |= kColumnIsMixed;
+    if (CharCount(TextOf(cells_[next].value)) > kTextSize) column.mixed |= kColumnIsMixedLong;
   }
 }
 

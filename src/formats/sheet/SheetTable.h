@@ -34,7 +34,8 @@ enum class ESheetKind { Number, Date, Text };
 struct TSheetColumn {
   std::string name;
   ESheetKind kind = ESheetKind::Text;
-  bool is_long = false;  // of a text column: most texts have more than 255 letters
+  bool is_long = false;     // of a text column: most texts have more than 255 letters
+  std::uint32_t mixed = 0;  // kColumnIsMixed, kColumnIsMixedLong
 };
 
 // The table starts at the first row and column that hold something and ends with the last ones. The first 8 rows of
