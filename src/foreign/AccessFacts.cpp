@@ -140,8 +140,9 @@ class TAccessFacts final : public TFactReader {
     }
     column->comment = description;
     if (const std::string value = Property(properties, "DefaultValue"); !value.empty()) column->default_text = value;
-    if (const std::string expression = Property(properties, "Expression"); !expression.empty())
-      column->remark = Format(kComputed, expression);
+    const std::string expression = Property(properties, "Expression");
+    column->computed = !expression.empty();
+    if (column->computed) column->remark = Format(kComputed, expression);
   }
 
   // The rows of an index follow one another.

@@ -85,6 +85,7 @@ struct TForeignColumn {
   std::optional<bool> nullable{};             // nothing where the source does not say
   std::optional<std::string> default_text{};  // as the source writes it, brackets and quotes included
   ECounting counting = ECounting::None;
+  bool computed = false;  // by an expression; or nobody can tell
   std::string comment{};
   std::string remark{};   // what the source has of it beyond these, for the user: "computed: [a]+[b]"
   std::string problem{};  // why the column cannot be mapped; empty where it can

@@ -263,7 +263,8 @@ class TInterbaseFacts final : public TCatalogFacts {
     for (const char* source : {"DOMAIN_DEFAULT", "DEFAULT_TEXT"})
       if (row.Has(source)) column.default_text = DefaultOf(row.Text(source));
     if (row.Has("IDENTITY_TYPE")) column.counting = ECounting::Counts;
-    if (row.Has("COMPUTED_TEXT")) column.remark = Format(kComputed, Trim(row.Text("COMPUTED_TEXT")));
+    column.computed = row.Has("COMPUTED_TEXT");
+    if (column.computed) column.remark = Format(kComputed, Trim(row.Text("COMPUTED_TEXT")));
     if (row.Has("DOMAIN_CHECK"))
       table.checks.push_back(
           {.column = column.name, .text = ForColumn(ConditionOf(row.Text("DOMAIN_CHECK")), column.name)});

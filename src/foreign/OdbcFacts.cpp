@@ -219,6 +219,7 @@ TForeignColumn ColumnOf(const TRows& rows, std::size_t row) {
   constexpr std::int64_t kNoNulls = 0, kNullable = 1;
   TForeignColumn column{.name = rows.Text(row, "COLUMN_NAME"),
                         .native = Trim(rows.Text(row, "TYPE_NAME")),
+                        .computed = true,  // for all that a driver says
                         .comment = rows.Text(row, "REMARKS")};
   TakeType(rows, row, column);
   const auto nullable = rows.Number(row, "NULLABLE");

@@ -221,7 +221,8 @@ class TOracleFacts final : public TCatalogFacts {
     TakeType(row, column);
     column.nullable = row.Text("nullable") != "N";
     const std::string text = Trim(row.Text("default_text"));
-    if (row.Text("is_virtual") == "YES")
+    column.computed = row.Text("is_virtual") == "YES";
+    if (column.computed)
       column.remark = Format(kComputed, text);
     else if (!text.empty())
       column.default_text = text;

@@ -225,7 +225,8 @@ class TSqlServerFacts final : public TCatalogFacts {
     if (row.Has("default_text")) column.default_text = row.Text("default_text");
     if (row.Yes("is_identity") || (column.default_text && IsNextValue(*column.default_text)))
       column.counting = ECounting::Counts;
-    if (row.Has("computed")) column.remark = Format(kComputed, row.Text("computed"));
+    column.computed = row.Has("computed");
+    if (column.computed) column.remark = Format(kComputed, row.Text("computed"));
     table.columns.push_back(std::move(column));
   }
 

@@ -122,9 +122,10 @@ class TCompletion {
     pieces.name = theirs.name;
     TakeType(column, theirs, pieces);
     pieces.null_word = theirs.null_word;
-    pieces.generated = theirs.generated;
+    // An expression in place of values that are kept is no equal.
+    if (column.source.computed || !Known(EFact::Defaults)) pieces.generated = theirs.generated;
     pieces.on_update = theirs.on_update;
-    pieces.rest = theirs.rest;
+    pieces.rest = KeepsCheck(there) ? theirs.rest : there.text.Column().invisible ? "INVISIBLE" : "";
     TakeNull(column, theirs, pieces);
     if (!Known(EFact::Counting) || column.may_count) {
       pieces.auto_increment = theirs.auto_increment;
@@ -140,6 +141,27 @@ class TCompletion {
       pieces.default_value.clear();
       pieces.auto_increment = false;
     }
+  }
+
+  // MariaDB's checks of columns stay where they are among the source's, or nobody can tell.
+  bool KeepsCheck(const TElement& column) const {
+    const auto& check = column.text.Column().check;
+    return !check || !TellsChecks() || std::ranges::any_of(table_.checks, [&](const TMappedCheck& own) {
+      return SameExpression(column.text.Part(*check), own.text);
+    });
+  }
+
+  bool IsCheckOfColumn(const TMappedCheck& own) const {
+    return there_ != nullptr && std::ranges::any_of(there_->elements, [&](const TElement& there) {
+             return there.kind == EElement::Column && there.text.Column().check &&
+                    SameExpression(there.text.Part(*there.text.Column().check), own.text);
+           });
+  }
+
+  // Where some of the source's checks have no form nobody can tell which of the target's stands for which.
+  bool TellsChecks() const {
+    return Known(EFact::Checks) &&
+           std::ranges::none_of(table_.unmade, [](const TUnmadeElement& unmade) { return unmade.kind == "check"; });
   }
 
   void TakeType(const TMappedColumn& column, const TColumnPieces& theirs, TColumnPieces& pieces) {
@@ -385,20 +407,17 @@ class TCompletion {
 
   // --- Checks
 
-  // The target's checks stay where the source's are unknown, or some of them have no form: nobody can tell which is
-  // which.
+  // The target's checks stay where the source's are unknown, or some of them have no form.
   void AddChecks() {
-    const bool tells = Known(EFact::Checks) && std::ranges::none_of(table_.unmade, [](const TUnmadeElement& unmade) {
-                         return unmade.kind == "check";
-                       });
     for (const TMappedCheck& check : table_.checks) {
       if (!Known(EFact::Checks)) break;
+      if (IsCheckOfColumn(check)) continue;
       const TElement own = CheckElement(check);
       const TElement* match = there_ == nullptr ? nullptr : MatchingCheck(check);
       if (match != nullptr) taken_.insert(match);
       made_.elements.push_back(match != nullptr ? *match : own);
     }
-    if (there_ == nullptr || tells) return;
+    if (there_ == nullptr || TellsChecks()) return;
     for (const TElement& there : there_->elements) {
       if (there.kind != EElement::Check || taken_.contains(&there)) continue;
       if (std::ranges::any_of(made_.elements, [&](const TElement& made) {
