@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/CreationTexts.h"
+#include "foreign/CatalogFacts.h"
 #include "foreign/CreationText.h"
 #include "foreign/FactReaders.h"
 #include "util/Counted.h"
@@ -50,6 +51,22 @@ TTargetServer ServerOf(TDBConn& target) {
   return ReadTargetServer(texts->ServerVersion());
 }
 
+// The tables of foreign keys and checks, by their names in lower case; none of a target that is a file.
+std::map<std::string, std::string> ConstraintsOf(TDBConn& target) {
+  std::map<std::string, std::string> tables;
+  auto* texts = dynamic_cast<TCreationTexts*>(&target);
+  if (texts == nullptr || texts->StructureScript() != nullptr) return tables;
+  const std::unique_ptr<TDataset> rows = target.OpenQuery(
+      "select constraint_name as name_there, table_name as table_there from information_schema.table_constraints "
+      "where constraint_schema = database() and constraint_type in ('FOREIGN KEY', 'CHECK')");
+  for (; !rows->Eof(); rows->Next()) {
+    const TCatalogRow row(*rows);
+    tables.emplace(LowerText(row.Text("name_there")), row.Text("table_there"));
+  }
+  rows->Close();
+  return tables;
+}
+
 std::vector<TSettledColumn> ColumnsOf(const TTableText& made, const TMappedTable& table) {
   std::vector<TSettledColumn> columns;
   for (const TMappedColumn& column : table.columns) {
@@ -72,10 +89,10 @@ TForeignTexts::TForeignTexts(TDBConn& reference, TForeignWishes wishes)
 
 void TForeignTexts::Read(TDBConn& target, const TStringList& target_tables,
                          const std::function<void(const std::string& table, std::size_t count)>& step) {
-  Read(ServerOf(target), target_tables, step);
+  Read(ServerOf(target), {target_tables, ConstraintsOf(target)}, step);
 }
 
-void TForeignTexts::Read(const TTargetServer& server, const TStringList& target_tables,
+void TForeignTexts::Read(const TTargetServer& server, const TTargetNames& names_there,
                          const std::function<void(const std::string& table, std::size_t count)>& step) {
   context_.server = server;
   const TStringList names = reader_->Tables();
@@ -86,7 +103,7 @@ void TForeignTexts::Read(const TTargetServer& server, const TStringList& target_
     step(name, names.size());
     read.push_back({ReadTable(name), reader_->PlainName(name)});
   }
-  tables_ = MapSchema(std::move(read), reader_->Known(), target_tables, context_);
+  tables_ = MapSchema(std::move(read), reader_->Known(), names_there, context_);
   places_.clear();
   settled_.clear();
   counts_ = {};

@@ -23,7 +23,7 @@ class TForeignTexts final : public TTextMaker {
 
   // Raises for a source without tables, too: that is a wrong place more often than a wish.
   // The first is for a target that is not there: only this server is known of it.
-  void Read(const TTargetServer& server, const TStringList& target_tables,
+  void Read(const TTargetServer& server, const TTargetNames& names_there,
             const std::function<void(const std::string& table, std::size_t count)>& step);
 
   void Read(TDBConn& target, const TStringList& target_tables,

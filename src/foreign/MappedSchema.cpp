@@ -52,10 +52,10 @@ void AddText(TMappedType& type, const std::string& text, EMadeLevel level) {
 
 class TSchemaMapper {
  public:
-  TSchemaMapper(std::vector<TReadTable> tables, TKnownFacts known, const TStringList& target_tables,
+  TSchemaMapper(std::vector<TReadTable> tables, TKnownFacts known, const TTargetNames& target,
                 const TMapContext& context)
-      : read_(std::move(tables)), known_(known), context_(context) {
-    for (const std::string& table : target_tables) {
+      : read_(std::move(tables)), known_(known), target_(target), context_(context) {
+    for (const std::string& table : target.tables) {
       spellings_.emplace(table, table);
       spellings_.emplace(LowerText(table), table);
     }
@@ -312,6 +312,15 @@ class TSchemaMapper {
 
   // --- Checks, when it is known which columns references change
 
+  // Names of constraints are unique in a database: one that another table of the target's has is not to be had.
+  std::string FreeName(const std::string& name, const TMappedTable& table, TNames& names) const {
+    for (;;) {
+      std::string free = names.Take(name);
+      const auto taken = target_.constraints.find(LowerText(free));
+      if (taken == target_.constraints.end() || SameText(taken->second, table.name)) return free;
+    }
+  }
+
   // Whether a reference's rule may change the column, which servers do not let a check look at then.
   static bool IsChangedByRule(const std::string& column, const TMappedTable& table) {
     return std::ranges::any_of(table.references, [&](const TMappedReference& reference) {
@@ -353,7 +362,7 @@ class TSchemaMapper {
         continue;
       }
       const std::string name = MakeName(check.name, "chk_" + table.name + "_" + Format("%d", table.checks.size() + 1));
-      table.checks.push_back({check_names_.Take(name), *text});
+      table.checks.push_back({FreeName(name, table, check_names_), *text});
     }
   }
 
@@ -402,7 +411,7 @@ class TSchemaMapper {
       return Format(kNoUniqueParent, context_.server.Text(), parent.name, wanted);
     mapped.table = parent.name;
     const std::string made = "fk_" + table.name + "_" + Format("%d", table.references.size() + 1);
-    mapped.name = reference_names_.Take(MakeName(reference.name.empty() ? made : reference.name, made));
+    mapped.name = FreeName(MakeName(reference.name.empty() ? made : reference.name, made), table, reference_names_);
     mapped.on_delete = RuleFor(reference.on_delete, table, mapped);
     mapped.on_update = RuleFor(reference.on_update, table, mapped);
     return {};
@@ -493,6 +502,7 @@ class TSchemaMapper {
 
   std::vector<TReadTable> read_;
   TKnownFacts known_;
+  const TTargetNames& target_;
   const TMapContext& context_;
   std::map<std::string, std::string> spellings_;  // the target's, by name and by the name in lower case
   std::vector<TMappedTable> mapped_;
@@ -505,9 +515,9 @@ class TSchemaMapper {
 
 }  // namespace
 
-std::vector<TMappedTable> MapSchema(std::vector<TReadTable> tables, TKnownFacts known, const TStringList& target_tables,
+std::vector<TMappedTable> MapSchema(std::vector<TReadTable> tables, TKnownFacts known, const TTargetNames& target,
                                     const TMapContext& context) {
-  return TSchemaMapper(std::move(tables), known, target_tables, context).Map();
+  return TSchemaMapper(std::move(tables), known, target, context).Map();
 }
 
 }  // namespace velmora

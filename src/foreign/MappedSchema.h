@@ -2,6 +2,7 @@
 
 // The tables of a source as MySQL has them: names, types, keys and references that hold together.
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -86,9 +87,15 @@ struct TReadTable {
   std::string plain_name;
 };
 
-// `known` are the facts of a table that says nothing itself; `target_tables` lend their spelling. Parents come before
-// tables that refer to them, as far as can be.
-std::vector<TMappedTable> MapSchema(std::vector<TReadTable> tables, TKnownFacts known, const TStringList& target_tables,
+// What the target has by now.
+struct TTargetNames {
+  TStringList tables{};                              // lend their spelling
+  std::map<std::string, std::string> constraints{};  // the tables of foreign keys and checks, by names in lower case
+};
+
+// `known` are the facts of a table that says nothing itself. Parents come before tables that refer to them, as far as
+// can be.
+std::vector<TMappedTable> MapSchema(std::vector<TReadTable> tables, TKnownFacts known, const TTargetNames& target,
                                     const TMapContext& context);
 
 }  // namespace velmora
