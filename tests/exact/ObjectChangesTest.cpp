@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include "exact/objects/ViewQuery.h"
+
 #include "support/CaseFile.h"
 
 namespace velmora {
@@ -19,6 +21,11 @@ TEST(ObjectChangesTest, WhatCountsInTheirTexts) {
     const std::string differs = found.changes.empty() ? "same" : JoinList(found.changes[0].elements, ", ");
     EXPECT_EQ(told ? found.differences[0].difference : differs, row[1]);
   }
+}
+
+TEST(ObjectChangesTest, ViewsAsServersPrintThem) {
+  for (const TStringList& row : testing::CaseRows("exact/views.txt"))
+    EXPECT_EQ(QueryMeaning(row[0]), QueryMeaning(row.at(1))) << row[1];
 }
 
 TEST(ObjectChangesTest, EachObjectIsNamedByKindAndName) {

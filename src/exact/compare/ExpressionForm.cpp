@@ -130,6 +130,15 @@ TNode Asked(const std::string& what, TNode node) {
   return what == "true" ? std::move(node) : Not(std::move(node));
 }
 
+// Of what holds or not: "is true" says nothing, and "is false" what "not" says.
+TNode Condition(TNode node) {
+  if (node.op == "is true" && !node.args.empty()) return Condition(std::move(node.args[0]));
+  if (node.op == "is false" && !node.args.empty()) return Not(std::move(node.args[0]));
+  if (node.op == "and" || node.op == "or")
+    for (TNode& arg : node.args) arg = Condition(std::move(arg));
+  return Truth(std::move(node));
+}
+
 bool IsNumber(std::string_view leaf) {
   if (leaf.starts_with('-')) leaf.remove_prefix(1);
   return !leaf.empty() && leaf[0] >= '0' && leaf[0] <= '9' && !leaf.starts_with("0x");
@@ -199,12 +208,13 @@ std::string Hexadecimal(std::string_view digits, bool bits) {
 
 class TExpressionReader {
  public:
-  explicit TExpressionReader(TTokens tokens) : tokens_(tokens) {}
+  TExpressionReader(TTokens tokens, const TExpressionReading& reading) : tokens_(tokens), reading_(reading) {}
 
   TExpressionForm Read() {
     TExpressionForm form;
-    const TNode node = ReadOr();
+    TNode node = ReadOr();
     if (at_ < tokens_.size()) RaiseError(kUnreadable);
+    if (reading_.condition) node = Condition(std::move(node));
     Print(node, form.text);
     form.known = known_ && !MayBeFolded(node);
     return form;
@@ -450,11 +460,15 @@ class TExpressionReader {
     if (word && name == "null") return {"null"};
     if (word && Token().kind == EToken::String) RaiseError(kUnreadable);  // date'2020-01-01'
     if (word && IsOneOf(name, kBareCalls)) return Call(name, {});
+    std::string qualifiers;  // in which letter case may count
+    std::string written = NameOf(tokens_[at_ - 1]);
     while (TakeIf(".")) {
       if (!IsName(Token())) RaiseError(kUnreadable);
-      name = LowerText(NameOf(tokens_[at_++]));
+      if (reading_.keeps_qualifiers) qualifiers += QuotedName(written) + ".";
+      written = NameOf(tokens_[at_++]);
+      name = LowerText(written);
     }
-    return {QuotedName(name)};
+    return {qualifiers + QuotedName(name)};
   }
 
   TNode ReadCase() {
@@ -608,6 +622,7 @@ class TExpressionReader {
   }
 
   TTokens tokens_;
+  const TExpressionReading& reading_;
   std::size_t at_ = 0;
   int depth_ = 0;
   bool known_ = true;
@@ -628,9 +643,9 @@ bool IsSharedFunction(std::string_view name) {
   return kFunctions.find(word) != std::string_view::npos || kWords.find(word) != std::string_view::npos;
 }
 
-std::optional<TExpressionForm> ReadExpressionForm(TTokens tokens) {
+std::optional<TExpressionForm> ReadExpressionForm(TTokens tokens, const TExpressionReading& reading) {
   try {
-    return TExpressionReader(tokens).Read();
+    return TExpressionReader(tokens, reading).Read();
   } catch (const EVelmora&) {
     return std::nullopt;
   }

@@ -177,10 +177,10 @@ class TReader {
   }
 
   void ReadView() {
+    std::vector<std::string> columns;
     if (Token().Is("(")) {
-      const std::size_t open = at_;
-      at_ = std::min(AfterGroup(tokens_, open), end_);
-      Say("columns", Meaning(Span(open, at_)));
+      for (const TTokenRange part : ListParts(tokens_, at_)) columns.push_back(NameOf(tokens_[part.first]));
+      at_ = std::min(AfterGroup(tokens_, at_), end_);
     }
     Expect({"as"});
     read_.header = Written(header_, at_);
@@ -195,7 +195,7 @@ class TReader {
     }
     if (first >= last) Unexpected();
     read_.body = WithoutDatabase(text_, tokens_, {first, end_}, database_);
-    Say("query", QueryMeaning(WithoutDatabase(text_, tokens_, {first, last}, database_)));
+    Say("query", QueryMeaning(WithoutDatabase(text_, tokens_, {first, last}, database_), columns));
     Say("check option", option);
   }
 

@@ -4,11 +4,14 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace velmora {
 
-// In a spelling of its own: white space, comments, letter case of keywords, how names are quoted and redundant brackets
-// do not count. The own database is out of it already. Raises where the text cannot be taken apart.
-std::string QueryMeaning(std::string_view query);
+// In a spelling of its own: white space, comments, letter case of keywords, how names are quoted, redundant brackets,
+// the form of joins, names of columns where there is but one table, and what ExpressionForm knows do not count. Two
+// queries that may say different things never have the same. `columns` are those of the view, if it names them. The own
+// database is out of it already. Raises where the text cannot be taken apart.
+std::string QueryMeaning(std::string_view query, const std::vector<std::string>& columns = {});
 
 }  // namespace velmora
