@@ -2,7 +2,6 @@
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
-#include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -28,6 +27,7 @@ constexpr char kFault[] = "%s: %s";
 constexpr int kLines = 3;    // of a field for several
 constexpr int kWidth = 560;  // of the dialog, in pixels
 constexpr int kHeight = 480;
+constexpr int kGap = 8;  // below each field
 
 QString Shown(std::string_view text) { return ToQt(std::string(text)); }
 
@@ -63,6 +63,12 @@ void Show(QWidget& field, const TStringList& arguments) {
   if (auto* line = qobject_cast<QLineEdit*>(&field)) line->setText(text);
 }
 
+QLabel* Caption(std::string_view text, QWidget* field) {
+  auto* label = new QLabel(Shown(text));
+  label->setBuddy(field);
+  return label;
+}
+
 QLabel* Small(std::string_view text) {
   auto* label = new QLabel(Shown(text));
   label->setWordWrap(true);
@@ -78,13 +84,16 @@ TfmComparison::TfmComparison(QWidget* parent) : QDialog(parent) {
   auto* purpose = new QLabel(ToQt(kPurpose));
   purpose->setWordWrap(true);
   auto* page = new QWidget;
-  auto* form = new QFormLayout(page);
+  auto* form = new QVBoxLayout(page);
   for (const TExactOption& option : ExactOptions()) {
     QWidget* field = fields_.emplace_back(FieldOf(option));
     field->setAccessibleDescription(Shown(option.help));
-    form->addRow(option.argument.empty() ? QString() : Shown(option.caption), field);
-    form->addRow(QString(), Small(option.help));
+    if (!option.argument.empty()) form->addWidget(Caption(option.caption, field));
+    form->addWidget(field);
+    form->addWidget(Small(option.help));
+    form->addSpacing(kGap);
   }
+  form->addStretch();
   auto* scroll = new QScrollArea;
   scroll->setWidget(page);
   scroll->setWidgetResizable(true);
