@@ -137,7 +137,7 @@ void TApplication::RunScript(const std::string& text) {
   unknown_language_ = false;
   RenewIfLost(*connections.target);
   try {
-    dialect_->RunScript(text);
+    dialect_->RunScript(text, Care);
   } catch (const EMySqlException& error) {
     unknown_language_ = std::ranges::find(kUnknownLanguage, error.Number()) != kUnknownLanguage.end();
     throw;

@@ -66,6 +66,7 @@ class TApplication {
   // language; null for none.
   const TDialectRow* DialectThatFits();
 
+  TRunCare Care;  // of the runs from here on
   // Runs a text on the target, in the dialect of the task. `RunReport` tells how far it came. A connection that was
   // lost since it was last used, as while somebody read a question, is made anew first.
   void RunScript(const std::string& text);

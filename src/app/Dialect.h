@@ -10,6 +10,7 @@
 
 #include "app/AlignedTexts.h"
 #include "app/Difference.h"
+#include "app/RunCare.h"
 #include "app/ScriptRunner.h"
 #include "exact/compare/Collations.h"
 #include "exact/run/ExactWishes.h"
@@ -147,8 +148,8 @@ class TDialect {
   virtual int VerifyOnServer(const TScratchPorts& ports) = 0;
   virtual void GenerateScript() = 0;  // for the actions that are left, into the editor
   virtual TScriptPieces Statements(const std::string& script) const = 0;  // that a run of it executes
-  // Runs a text on the connected target in one transaction; see TScriptRunner.
-  virtual void RunScript(const std::string& text) = 0;
+  // Runs a text on the connected target in one transaction; see TScriptRunner. A dialect takes of `care` what it can.
+  virtual void RunScript(const std::string& text, const TRunCare& care) = 0;
 
  private:
   const TDialectTraits& traits_;

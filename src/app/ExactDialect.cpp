@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <set>
 
+#include "app/LockWaits.h"
+#include "app/MovedTarget.h"
 #include "app/RunTelling.h"
 #include "core/CreationTexts.h"
 #include "exact/plan/ScriptSafety.h"
@@ -29,6 +31,8 @@ constexpr TDialectTraits kTraits = {.has_findings = true,
                                     .aligned_texts = true,
                                     .maps_foreign = true,
                                     .has_options = true};
+
+constexpr char kMoved[] = "The target has changed since it was compared, and nothing was run: %s. Compare anew";
 
 std::string UnsafeLine(const TChange& change) { return change.table + ": " + change.LogText() + ": " + change.unsafe; }
 
@@ -69,6 +73,7 @@ void TExactDialect::Take(const TComparisonWishes& wishes) {
 }
 
 std::unique_ptr<TDBConn> TExactDialect::Compare() {
+  has_run_ = false;
   sync.Compare();
   return nullptr;
 }
@@ -195,18 +200,41 @@ TRunWishes TExactDialect::RunWishes() const {
   return wishes;
 }
 
+// What a run has changed before is no stranger's work.
+void TExactDialect::CheckUnmoved(const std::string& script) const {
+  std::set<std::string> texts;
+  for (const TScriptStatement& statement : SplitExactScript(script).statements)
+    texts.insert(WithPlainLineEnds(statement.text));
+  std::vector<TPlanStatement> planned = sync.Plan();
+  std::erase_if(planned, [&](const TPlanStatement& statement) {
+    return statement.object == "session" || !texts.contains(WithPlainLineEnds(statement.text));
+  });
+  if (has_run_ || planned.empty()) return;
+  const TStringList moved = MovedSince(sync, planned, *parts_.connections.target);
+  if (!moved.empty()) RaiseError(Format(kMoved, JoinList(moved, "; ")));
+}
+
 // A script that ends early has not come to the line that puts the checks back.
-void TExactDialect::RunScript(const std::string& text) {
+void TExactDialect::RunScript(const std::string& text, const TRunCare& care) {
   TDBConn& target = *parts_.connections.target;
   if (auto* texts = dynamic_cast<TCreationTexts*>(&target)) texts->PrepareExactTexts();
+  CheckUnmoved(text);
+  has_run_ = true;
   TVariant checks;
   target.GetResultSQL("select @@foreign_key_checks", checks);
-  try {
-    parts_.runner.RunScript(text, RunWishes(), SplitExactScript);
-  } catch (...) {
-    if (target.GetConnected()) RestoreChecks(target, VarToText(checks));
-    throw;
-  }
+  TLockWaits waits(target, care, parts_.progress);
+  TRunWishes wishes = RunWishes();
+  wishes.execute = [&waits](const std::string& sent, TStatementRun& run) { return waits.Execute(sent, run); };
+  RunGuarded(
+      [&] {
+        try {
+          parts_.runner.RunScript(text, wishes, SplitExactScript);
+        } catch (...) {
+          if (target.GetConnected()) RestoreChecks(target, VarToText(checks));
+          throw;
+        }
+      },
+      [&waits] { waits.PutBack(); });
 }
 
 }  // namespace velmora

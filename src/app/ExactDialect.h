@@ -42,15 +42,19 @@ class TExactDialect final : public TDialect {
   int VerifyOnServer(const TScratchPorts& ports) override { return sync.VerifyOnServer(ports); }
   void GenerateScript() override { sync.GenerateScript(parts_.editor, parts_.clock, parts_.use.note); }
   TScriptPieces Statements(const std::string& script) const override { return SplitExactScript(script); }
-  // Foreign key checks are after a failure as they were before.
-  void RunScript(const std::string& text) override;
+  // Statements of the last comparison's plan run only on what that has compared: what has moved since ends the first
+  // run of it before any statement. Foreign key checks are after a failure as they were before, and so is how long the
+  // session waits for locks.
+  void RunScript(const std::string& text, const TRunCare& care) override;
 
  private:
   std::optional<std::string> TargetStructure(const std::string& table);
   TRunWishes RunWishes() const;
+  void CheckUnmoved(const std::string& script) const;
 
   TDialectParts parts_;
   TForeignWishes foreign_;
+  bool has_run_ = false;  // since the last comparison
 };
 
 }  // namespace velmora

@@ -61,6 +61,7 @@ std::string StatementText(const TRunReport& report, std::size_t index, std::size
   const TStatementRun& run = report.runs[index];
   TStringList facts = {StateWord(run.state)};
   if (run.state != ERunState::NotRun) facts.push_back(DurationText(run.seconds));
+  if (run.tries > 1) facts.push_back(Format("%d tries", run.tries));
   if (run.rows) facts.push_back(Counted(static_cast<std::size_t>(*run.rows), "row"));
   if (const std::string force = ForceWord(report, index); !force.empty()) facts.push_back(force);
   std::string text = Format("%d: %s: line %d: %s\n", index + 1, JoinList(facts, ", "), line,

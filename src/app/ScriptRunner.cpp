@@ -163,7 +163,8 @@ void TScriptRunner::RunOne(TDBConn& target, std::size_t index, const TRunWishes&
   const TStopwatch watch;
   try {
     const std::string& text = report_.statements[index].text;
-    const std::int64_t rows = target.ExecSQL(wishes.sent ? wishes.sent(text) : text);
+    const std::string sent = wishes.sent ? wishes.sent(text) : text;
+    const std::int64_t rows = wishes.execute ? wishes.execute(sent, run) : target.ExecSQL(sent);
     run.seconds = watch.Seconds();
     if (rows >= 0) run.rows = rows;
   } catch (const std::exception& error) {
@@ -174,7 +175,7 @@ void TScriptRunner::RunOne(TDBConn& target, std::size_t index, const TRunWishes&
     run.state = Host().Cancelling() ? ERunState::Cancelled : ERunState::Failed;
     throw;
   }
-  if (wishes.warnings) run.words = Warnings(target);
+  if (wishes.warnings && run.words.empty()) run.words = Warnings(target);
   run.state = ERunState::Done;
 }
 

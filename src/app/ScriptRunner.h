@@ -28,6 +28,7 @@ struct TStatementRun {
   int error = 0;                     // the number of the server's error; 0: none, or none is known
   std::string words;                 // the error; of a statement that ran the server's warnings, a line each
   std::string put_back{};            // what became of the old text that a refused one was to replace
+  int tries = 1;                     // that it took
 };
 
 // What became of a run, also of one that failed or was cancelled.
@@ -58,6 +59,9 @@ struct TRunWishes {
   bool warnings = false;    // the server is asked for its warnings after a statement that has some
   // What goes to the server for the text of a statement; none: the text itself.
   std::function<std::string(const std::string& text)> sent{};
+  // Executes what goes to the server, and gives the rows affected, -1 where that is not known; may fill the run's tries
+  // and words. none: the target does.
+  std::function<std::int64_t(const std::string& sent, TStatementRun& run)> execute{};
   // What restores what the statement was to replace, once it was refused; none: nothing does.
   std::function<TStringList(const std::string& text)> put_back{};
 };
@@ -68,8 +72,8 @@ class TScriptRunner {
   TScriptRunner(TTaskConnections& connections, TScriptEditor& editor, TProgress& progress)
       : connections_(connections), editor_(editor), progress_(progress) {}
 
-  // Called with the report when the script is cut, when a statement begins and ends, and at the end of the run. Raises
-  // nothing.
+  // Called with the report when the script is cut, when a statement begins and ends, and at the end of the run. What it
+  // raises before a statement ends the run there; at the end of the run it raises nothing.
   std::function<void(const TRunReport& report)> OnProgress;
 
   // Cuts `text` into statements by `split` and executes them on the target, in one transaction if that is wished. The

@@ -29,7 +29,7 @@ class TStandardDialect final : public TDialect {
   int VerifyOnServer(const TScratchPorts& ports) override;  // always raises
   void GenerateScript() override;
   TScriptPieces Statements(const std::string& script) const override { return SplitScript(script); }
-  void RunScript(const std::string& text) override { parts_.runner.RunScript(text); }
+  void RunScript(const std::string& text, const TRunCare& /*care*/) override { parts_.runner.RunScript(text); }
 
  private:
   TDialectParts parts_;

@@ -6,13 +6,15 @@
 
 #include "cli/Json.h"
 #include "cli/PairRun.h"
+#include "exact/run/StructureDigest.h"
 #include "util/Files.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr std::size_t kHeaderLines = 2;  // and one for a dialect that was not chosen by the user
+// And one for a dialect that was not chosen by the user, and those of structures.
+constexpr std::size_t kHeaderLines = 2;
 constexpr char kStandardOutput[] = "-";
 
 // Whether the script leaves nothing that a comparison would find. What it leaves is told by the comparison.
@@ -22,7 +24,8 @@ bool ReachesReference(const TApplication& app) {
 }
 
 std::string JsonText(const TApplication& app, const TStringList& lines, const std::optional<std::string>& error) {
-  const std::size_t head = kHeaderLines + (app.Why().empty() ? 0 : 1);
+  std::size_t head = kHeaderLines + (app.Why().empty() ? 0 : 1);
+  while (head < lines.size() && lines[head].starts_with(kStructureLine)) ++head;
   const auto body = lines.begin() + static_cast<std::ptrdiff_t>(std::min(head, lines.size()));
   return TextOf({{"header", TStringList(lines.begin(), body)},
                  {"lines", TStringList(body, lines.end())},

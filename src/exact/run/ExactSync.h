@@ -104,6 +104,7 @@ class TExactSync {
   TPlanServer PlanServerOf(TDBConn& target) const;
   void Prove();
   TTableNames TouchedTables() const;
+  TStringList DigestLines() const;
   void FillLog();
 
   TTaskConnections& connections_;

@@ -1,6 +1,8 @@
 #include <algorithm>
 
+#include "core/CreationTexts.h"
 #include "exact/run/ExactSync.h"
+#include "exact/run/StructureDigest.h"
 #include "mysqltext/ColumnType.h"
 #include "sync/ScriptGenerator.h"
 #include "util/Text.h"
@@ -70,11 +72,21 @@ bool TExactSync::MeetsZeroDates(const std::vector<TPlanStatement>& plan) const {
   });
 }
 
+// Of a file nobody knows how a server would print it, and of what was skipped not what it says.
+TStringList TExactSync::DigestLines() const {
+  auto* texts = dynamic_cast<TCreationTexts*>(connections_.target.get());
+  if (texts == nullptr || texts->StructureScript() != nullptr || !read_.skipped.empty()) return {};
+  const bool others = read_.unmade.empty() && read_.made.empty();  // otherwise nobody has asked for them
+  return {DigestLine(kReferenceSide, DigestOf(read_.reference.texts, others ? &read_.wanted_objects : nullptr)),
+          DigestLine(kTargetSide, DigestOf(read_.target.texts, others ? &read_.target_objects : nullptr))};
+}
+
 void TExactSync::GenerateScript(TScriptEditor& editor, const TClock& clock, const std::string& note) const {
   editor.Clear();
   editor.AddLine(Comment(ScriptOrigin(clock)));
   editor.AddLine(Comment(ScriptPurpose(connections_)));
   if (!note.empty()) editor.AddLine(Comment(note));
+  for (const std::string& line : DigestLines()) editor.AddLine(Comment(line));
   editor.AddLine({});
   editor.AddLine(kSaveChecks);
   editor.AddLine(kChecksOff);

@@ -1,0 +1,78 @@
+#include "app/MovedTarget.h"
+
+#include <algorithm>
+#include <set>
+#include <vector>
+
+#include "core/CreationTexts.h"
+#include "exact/run/StructureDigest.h"
+#include "util/Errors.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr int kNoSuchTable = 1146;
+
+// Empty for a table that is not there.
+std::string TextNow(TCreationTexts& texts, TDBConn& target, const std::string& table) {
+  std::string text;
+  try {
+    texts.ShowCreateTable(table, text);
+  } catch (const EMySqlException& error) {
+    if (!target.GetConnected() || error.Number() != kNoSuchTable) throw;
+  }
+  return text;
+}
+
+void Tell(const std::string& what, const std::string& before, const std::string& now, TStringList& moved) {
+  if (before == now) return;
+  if (before.empty())
+    moved.push_back(what + " has come");
+  else
+    moved.push_back(what + (now.empty() ? " is gone" : " is not as it was"));
+}
+
+void LookAtTables(const TExactSync& sync, const TStringList& tables, TDBConn& target, TStringList& moved) {
+  auto& texts = dynamic_cast<TCreationTexts&>(target);
+  texts.ExpectCreationTexts(tables);
+  RunGuarded(
+      [&] {
+        for (const std::string& table : tables)
+          Tell("table " + table, WithoutCounter(sync.TargetText(table)), WithoutCounter(TextNow(texts, target, table)),
+               moved);
+      },
+      [&] { texts.ExpectCreationTexts({}); });
+}
+
+// A new view also stands where a table would; those that were listed before are listed still.
+void LookAtObjects(const TExactSync& sync, const std::set<std::string>& touched, TDBConn& target, TStringList& moved) {
+  auto& texts = dynamic_cast<TCreationTexts&>(target);
+  const std::vector<TOtherObject> now = texts.OtherObjects();
+  for (const TObjectChange& change : sync.AllObjectChanges()) {
+    if (!touched.contains(change.Object())) continue;
+    const auto found = std::ranges::find_if(
+        now, [&](const TOtherObject& object) { return object.kind == change.kind && object.name == change.name; });
+    std::string text = found == now.end() ? std::string() : found->text;
+    if (text.empty() && change.kind == "view" && change.old_object.text.empty())
+      text = TextNow(texts, target, change.name);
+    Tell(change.Object(), change.old_object.text, text, moved);
+  }
+}
+
+}  // namespace
+
+TStringList MovedSince(const TExactSync& sync, const std::vector<TPlanStatement>& statements, TDBConn& target) {
+  TStringList moved, tables;
+  std::set<std::string> seen, objects;
+  for (const TPlanStatement& statement : statements)
+    if (!statement.object.empty())
+      objects.insert(statement.object);
+    else if (seen.insert(statement.table).second)
+      tables.push_back(statement.table);
+  LookAtTables(sync, tables, target, moved);
+  if (!objects.empty()) LookAtObjects(sync, objects, target, moved);
+  return moved;
+}
+
+}  // namespace velmora

@@ -1,0 +1,15 @@
+#pragma once
+
+// Whether a target is still what a plan was made for.
+
+#include "core/DBConn.h"
+#include "exact/run/ExactSync.h"
+#include "util/Lists.h"
+
+namespace velmora {
+
+// "table t is not as it was", "view v is gone", "table n has come": what these statements of the last comparison's plan
+// are about and is no longer as it was read then. Asks the connected target for the creation texts of that alone.
+TStringList MovedSince(const TExactSync& sync, const std::vector<TPlanStatement>& statements, TDBConn& target);
+
+}  // namespace velmora
