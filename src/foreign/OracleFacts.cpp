@@ -77,7 +77,8 @@ constexpr char kOutside[] = "a %s leads to what is not in the table";
 constexpr char kComputed[] = "computed: %s";
 constexpr char kExpression[] = "it is over an expression: %s";
 constexpr char kDomain[] = "MySQL has no such index: %s";
-constexpr char kDisabled[] = "%s is switched off";
+constexpr char kDisabled[] = "it is switched off";
+constexpr char kDisabledElement[] = "%s is left out: it is switched off";
 
 // --- Types
 
@@ -235,10 +236,9 @@ class TOracleFacts final : public TCatalogFacts {
   void TakeConstraintPart(const TCatalogRow& row, TForeignTable& table) {
     const std::string name = row.Text("name");
     const bool primary = row.Text("kind") == "P";
-    const std::size_t before = table.keys.size();
     TForeignKey& key =
         KeyOf(table, name, {.name = name, .kind = primary ? EForeignKeyKind::Primary : EForeignKeyKind::Unique});
-    if (IsOff(row) && table.keys.size() > before) table.remarks.push_back(Format(kDisabled, name));
+    if (IsOff(row)) key.problem = kDisabled;
     key.parts.push_back({row.Text("part")});
   }
 
@@ -271,11 +271,10 @@ class TOracleFacts final : public TCatalogFacts {
 
   void TakeReferencePart(const TCatalogRow& row, TForeignTable& table) {
     const std::string name = row.Text("name");
-    const std::size_t before = table.references.size();
+    if (IsOff(row)) return LeaveOut(name, table);
     TForeignReference& reference =
         ReferenceOf(table, name,
                     {.name = name, .table = row.Text("parent"), .on_delete = ReferenceRuleOf(row.Text("delete_rule"))});
-    if (IsOff(row) && table.references.size() > before) table.remarks.push_back(Format(kDisabled, name));
     reference.columns.push_back(row.Text("part"));
     reference.references.push_back(row.Text("parent_part"));
   }
@@ -291,9 +290,15 @@ class TOracleFacts final : public TCatalogFacts {
       if (!IsOff(row)) column->nullable = false;
       return;
     }
+    if (IsOff(row)) return LeaveOut(name, table);
     const bool own = row.Text("generated") == "USER NAME";
     table.checks.push_back({.name = own ? name : std::string(), .text = condition});
-    if (IsOff(row)) table.remarks.push_back(Format(kDisabled, name));
+  }
+
+  // What is not in force there would be here. Of several columns there is a row each.
+  static void LeaveOut(const std::string& name, TForeignTable& table) {
+    const std::string remark = Format(kDisabledElement, name);
+    if (table.warnings.empty() || table.warnings.back() != remark) table.warnings.push_back(remark);
   }
 
   void TakeTrigger(const TCatalogRow& row, TForeignTable& table) { TakeCounting(row.Text("body"), table); }
