@@ -49,6 +49,7 @@ class MappingTest : public ::testing::Test {
   // Opens the dialog and ends it by that button.
   void InDialog(const char* button, const std::function<void(QWidget&)>& work) {
     WhenModal([&work, button](QWidget* dialog) {
+      EXPECT_LE(dialog->width(), 800) << "which small screens have";
       work(*dialog);
       Click(*dialog, button);
     });

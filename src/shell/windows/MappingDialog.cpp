@@ -30,7 +30,7 @@ constexpr char kUnmadeText[] =
     "identical; what is accepted stays in the target as it is.";
 constexpr char kRulesText[] = "Your own types come before the usual ones.";
 constexpr char kKept[] = "Kept when the task is saved. OK compares again what was compared.";
-constexpr QSize kSize(860, 520);
+constexpr QSize kSize(790, 520);
 constexpr int kCellLetters = 36;  // of a column that its contents would make wider
 
 struct TSwitch {
