@@ -4,6 +4,7 @@
 #include "exact/compare/SameExpressions.h"
 #include "exact/run/ExactSync.h"
 #include "exact/run/ScratchDatabase.h"
+#include "exact/run/ScratchObjects.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 
@@ -50,6 +51,8 @@ int TExactSync::VerifyOnServer(const TScratchPorts& ports) {
     if (skipped.unread && skipped.side == kTargetSide) RaiseError(Format(kUnread, skipped.table, skipped.reason));
   const std::vector<TPlanStatement> plan = Plan();
   TScratchDatabase scratch(*connections_.target, ports);
+  TScratchObjects objects(scratch, server_);
+  std::size_t objects_left = 0;
   TSchema after;
   const auto steps = static_cast<std::int64_t>(read_.target.texts.size() + plan.size());
   progress_.ShowOneBar("Verifying on the server...", steps);
@@ -62,8 +65,10 @@ int TExactSync::VerifyOnServer(const TScratchPorts& ports) {
             RunNamed(scratch, text, [&, &name = table](const char* error) { return Format(kNotMade, name, error); });
           }
           scratch.SwitchKeyRules(true);
+          objects.Copy(read_.target_objects);
           for (std::size_t i = 0; i < plan.size(); ++i) {
             progress_.StepTotal();
+            if (!objects.Tries(plan[i])) continue;
             RunNamed(scratch, plan[i].text,
                      [&](const char* error) { return Format(kRefused, i + 1, plan.size(), error); });
           }
@@ -71,11 +76,13 @@ int TExactSync::VerifyOnServer(const TScratchPorts& ports) {
           for (const std::string& table : scratch.Tables())
             if (read_.reference.schema.Find(table) != nullptr || read_.target.schema.Find(table) != nullptr)
               after.Add(ReadTableText(scratch.CreationText(table)));
+          objects_left = objects.Left(read_.wanted_objects).size();
         });
       },
       [this] { progress_.Finish(); });
   TEquivalenceUse use = Equivalences;
-  return static_cast<int>(SchemaChanges(PrintedAs(after, read_.reference.schema), after, use).size());
+  const TSchema reference = PrintedAs(after, read_.reference.schema);
+  return static_cast<int>(SchemaChanges(reference, after, use).size() + objects_left);
 }
 
 }  // namespace velmora

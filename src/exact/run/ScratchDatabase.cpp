@@ -147,6 +147,11 @@ std::string TScratchDatabase::CreationText(const std::string& table) {
   return text;
 }
 
+TDatabaseObjects TScratchDatabase::Objects() {
+  conn_->RefreshTableList();
+  return {name_, texts_->OtherObjects()};
+}
+
 // By a new connection where this one is lost. Foreign keys within must not stand in the way.
 void TScratchDatabase::Remove() {
   if (!made_) return;

@@ -9,6 +9,7 @@
 
 #include "core/CreationTexts.h"
 #include "core/DBConn.h"
+#include "exact/objects/ObjectChanges.h"
 #include "util/Lists.h"
 
 namespace velmora {
@@ -43,6 +44,7 @@ class TScratchDatabase {
   void Run(const std::string& statement);
   TStringList Tables();
   std::string CreationText(const std::string& table);
+  TDatabaseObjects Objects();  // what stands beside the tables
   bool Connected() const { return conn_->GetConnected(); }
 
  private:
