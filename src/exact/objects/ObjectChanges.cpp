@@ -7,6 +7,7 @@
 #include <set>
 #include <utility>
 
+#include "exact/objects/ObjectContext.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -15,6 +16,7 @@ namespace velmora {
 
 namespace {
 
+constexpr std::string_view kTrigger = "trigger";
 constexpr char kOnlyReference[] = "only in the reference";
 constexpr char kOnlyTarget[] = "only in the target";
 constexpr char kDiffers[] = "differs";
@@ -88,6 +90,7 @@ class TComparison {
       else
         Both(object, *found->second);
     }
+    PlaceTriggers();
     for (const TOtherObject& object : target_.objects)
       if (!wanted.contains(KeyOf(object))) OnlyTarget(object);
     return std::move(result_);
@@ -104,8 +107,13 @@ class TComparison {
       Tell(object, kNotRead);
       return nullptr;
     }
+    const std::string mode = object.context.sql_mode.value_or("");
+    if (const std::string reason = UnreadableIn(mode, object.text); !reason.empty() && object.kind != "view") {
+      Tell(object, Format(kNotFollowed, reason));
+      return nullptr;
+    }
     try {
-      return std::make_shared<const TObjectText>(ReadObjectText(object.text, side.database));
+      return std::make_shared<const TObjectText>(ReadObjectText(object.text, side.database, QuotesNames(mode)));
     } catch (const EVelmora& error) {
       Tell(object, Format(kNotFollowed, error.what()));
       return nullptr;
@@ -149,7 +157,38 @@ class TComparison {
     change.elements = DifferentElements(*change.new_text, *change.old_text);
     CompareContexts(change);
     SettleDefiner(change);
-    if (!change.elements.empty()) result_.changes.push_back(std::move(change));
+    if (!change.elements.empty())
+      result_.changes.push_back(std::move(change));
+    else if (change.kind == kTrigger)
+      same_triggers_.push_back(std::move(change));
+  }
+
+  // Those whose place alone is another become changes, too.
+  void PlaceTriggers() {
+    std::map<std::string, std::size_t> listed;
+    for (const TOtherObject& object : target_.objects)
+      if (object.kind == kTrigger) listed.emplace(object.name, listed.size());
+    std::map<std::string, TObjectChange*> all;
+    for (auto* changes : {&result_.changes, &same_triggers_})
+      for (TObjectChange& change : *changes)
+        if (change.kind == kTrigger) all.emplace(change.name, &change);
+    std::vector<TOrderedTrigger> triggers;
+    for (const TOtherObject& object : reference_.objects) {
+      const auto found = object.kind == kTrigger ? all.find(object.name) : all.end();
+      if (found == all.end()) continue;
+      const TObjectChange& change = *found->second;
+      triggers.push_back({change.name, change.new_text.get(), change.old_text.get(), change.new_object.order,
+                          change.old_object.order, listed[change.old_object.name],
+                          !change.elements.empty() || change.action == saCreateObject});
+    }
+    OrderTriggers(triggers);
+    for (TOrderedTrigger& trigger : triggers) {
+      TObjectChange& change = *all[trigger.name];
+      change.place = std::move(trigger.place);
+      if (trigger.moved) change.elements.emplace_back("order");
+    }
+    for (TObjectChange& change : same_triggers_)
+      if (!change.elements.empty()) result_.changes.push_back(std::move(change));
   }
 
   bool SayTheSame(const TOtherObject& object, const TOtherObject& other) const {
@@ -180,6 +219,7 @@ class TComparison {
   const TDatabaseObjects& target_;
   const TDefinerWishes& wishes_;
   TObjectComparison result_;
+  std::vector<TObjectChange> same_triggers_;  // but for their places
 };
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "core/CreationTexts.h"
 #include "exact/objects/Definers.h"
 #include "exact/objects/ObjectText.h"
+#include "exact/objects/TriggerOrder.h"
 #include "sync/SyncActions.h"
 #include "util/Lists.h"
 
@@ -39,7 +40,7 @@ struct TObjectChange {
   TOtherObject new_object{};
   TStringList elements{};  // that differ: "body", "sql security", "definer", "order", ...
   std::string definer{};   // of the new text; empty for who runs the script
-  std::string order{};     // of a trigger that has others beside it: "follows `a`", "precedes `b`"
+  TTriggerPlace place{};   // of a trigger that has others beside it
   std::string unsafe{};    // why it may lose something, or may not do what it says; empty for what is safe
 
   std::string Object() const { return kind + " " + name; }

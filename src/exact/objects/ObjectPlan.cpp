@@ -2,8 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
+#include <functional>
+#include <optional>
 #include <set>
+#include <utility>
+
+#include "exact/objects/ObjectContext.h"
+#include "exact/objects/ViewQuery.h"
 
 #include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
@@ -15,6 +20,7 @@ namespace velmora {
 
 namespace {
 
+constexpr char kNoSuchTrigger[] = "trigger %s is to stand beside %s, which does not fire with it";
 constexpr char kNotFollowed[] = "the statement is none that changes an object: %s";
 
 // Settings that an object is made under, and where the session's own are kept meanwhile.
@@ -33,40 +39,97 @@ std::string DropText(const TObjectChange& change) {
   return "drop " + change.kind + " " + QuotedName(change.old_text->name);
 }
 
-// Names in a text, as servers have them.
+// Names of what a query may read from, as servers have them: those that stand where tables do.
 std::set<std::string> NamesIn(const std::string& text) {
+  const std::vector<TToken> tokens = Tokens(text);
   std::set<std::string> names;
-  for (const TToken& token : Tokens(text))
-    if (IsName(token)) names.insert(NameOf(token));
+  for (std::size_t at = 1; at < tokens.size(); ++at) {
+    const TToken& before = tokens[at - 1];
+    const bool table =
+        before.Is("from") || before.Is("join") || before.Is("straight_join") || before.Is(",") || before.Is("(");
+    if (table && IsName(tokens[at])) names.insert(NameOf(tokens[at]));
+  }
   return names;
 }
 
-// Views after those that they name.
-std::vector<const TObjectChange*> InOrder(std::vector<const TObjectChange*> views) {
+// Views after those that they name. Where each waits for another, the first is made as a view of its columns' names
+// alone, and once more at its place.
+struct TViewStep {
+  const TObjectChange* view;
+  bool placeholder;
+};
+std::vector<TViewStep> InOrder(const std::vector<const TObjectChange*>& views) {
+  std::map<std::string, const TObjectChange*> waiting;
   std::map<std::string, std::set<std::string>> named;
-  for (const TObjectChange* view : views) named.emplace(view->name, NamesIn(view->new_text->body));
-  std::vector<const TObjectChange*> ordered;
-  while (!views.empty()) {
-    auto next = std::ranges::find_if(views, [&](const TObjectChange* view) {
-      return std::ranges::none_of(
-          views, [&](const TObjectChange* other) { return other != view && named[view->name].contains(other->name); });
-    });
-    if (next == views.end()) next = views.begin();  // a circle
-    ordered.push_back(*next);
-    views.erase(next);
+  for (const TObjectChange* view : views) {
+    waiting.emplace(view->name, view);
+    named.emplace(view->name, NamesIn(view->new_text->body));
   }
-  return ordered;
+  std::vector<TViewStep> steps;
+  std::set<std::string> open, held;
+  const std::function<void(const TObjectChange&)> visit = [&](const TObjectChange& view) {
+    open.insert(view.name);
+    for (const std::string& name : named[view.name]) {
+      const auto other = name == view.name ? waiting.end() : waiting.find(name);
+      if (other == waiting.end()) continue;
+      if (!open.contains(name))
+        visit(*other->second);
+      else if (other->second->action == saCreateObject && held.insert(name).second)
+        steps.push_back({other->second, true});
+    }
+    waiting.erase(view.name);
+    steps.push_back({&view, false});
+  };
+  for (const TObjectChange* view : views)
+    if (waiting.contains(view->name)) visit(*view);
+  return steps;
+}
+
+// "1 as `a`, 1 as `b`"
+std::string PlaceholderQuery(const TObjectChange& view) {
+  std::string query;
+  for (const std::string& column : QueryColumns(view.new_text->body))
+    query += (query.empty() ? "1 as " : ", 1 as ") + QuotedName(column);
+  return "create or replace view " + QuotedName(view.name) + " as select " + (query.empty() ? "1 as `c1`" : query);
+}
+
+// Elements that "alter procedure" and "alter function" take.
+bool AltersInPlace(const TObjectChange& change) {
+  return (change.kind == "procedure" || change.kind == "function") &&
+         std::ranges::all_of(change.elements, [](const std::string& element) {
+           return InList(element, {"comment", "sql security", "data access"});
+         });
+}
+
+std::string AlterText(const TObjectChange& change) {
+  std::string text = "alter " + change.kind + " " + QuotedName(change.old_text->name);
+  for (const std::string& element : change.elements) {
+    const TObjectElement* said = change.new_text->Find(element);
+    if (element == "comment")
+      text += " comment " + (said == nullptr ? "''" : said->text);
+    else if (element == "sql security")
+      text += " sql security " + (said == nullptr ? "definer" : said->text);
+    else
+      text += " " + (said == nullptr ? "contains sql" : said->text);
+  }
+  return text;
 }
 
 class TMaker {
  public:
-  explicit TMaker(const TPlanServer& server) : server_(server) {}
+  TMaker(const std::vector<TObjectChange>& changes, const TPlanServer& server) : server_(server) {
+    for (const TObjectChange& change : changes)
+      if (change.action == saCreateObject && change.kind == "trigger") coming_.insert(change.name);
+  }
 
   std::vector<TPlanStatement> statements;
 
+  void MakePlaceholder(const TObjectChange& view) { Add(view, PlaceholderQuery(view)); }
+
   void Make(const TObjectChange& change) {
-    SetContext(change);
     const bool replaces = change.action == saChangeObject;
+    if (replaces && !server_.mariadb && AltersInPlace(change)) return Add(change, AlterText(change));
+    SetContext(change);
     if (!replaces || server_.mariadb || change.kind == "view")
       Add(change, Creation(change, replaces));
     else if (change.kind == "event")
@@ -82,8 +145,20 @@ class TMaker {
   }
 
  private:
-  static std::string Creation(const TObjectChange& change, bool or_replace) {
-    return change.new_text->Creation({change.definer, or_replace, change.order});
+  std::string Creation(const TObjectChange& change, bool or_replace) const {
+    TObjectSpelling spelling{change.definer, or_replace, OrderOf(change)};
+    const bool same_schedule = change.old_text != nullptr && change.old_text->interval == change.new_text->interval;
+    if (same_schedule) spelling.starts = change.old_text->starts;
+    return change.new_text->Creation(spelling);
+  }
+
+  // Beside one that stands where it belongs by then: a new one may have been struck out.
+  std::string OrderOf(const TObjectChange& change) const {
+    for (const std::string& name : change.place.before) {
+      const bool added = std::ranges::find(change.place.added, name) != change.place.added.end();
+      if (!added || coming_.contains(name)) return "follows " + QuotedName(name);
+    }
+    return change.place.next.empty() ? std::string() : "precedes " + QuotedName(change.place.next);
   }
 
   void Add(const TObjectChange& change, std::string text, std::vector<std::string> put_back = {}) {
@@ -99,7 +174,7 @@ class TMaker {
     if (trigger) Add(change, "lock tables " + Locked(change));
     Add(change, DropText(change), unlock);
     std::vector<std::string> put_back = {
-        change.old_text->Creation({change.old_text->definer, false, change.old_text->order})};
+        change.old_text->Creation({change.old_text->definer, false, change.place.old})};
     put_back.insert(put_back.end(), unlock.begin(), unlock.end());
     Add(change, Creation(change, false), put_back);
     if (trigger) Add(change, "unlock tables");
@@ -114,7 +189,7 @@ class TMaker {
 
   void SetContext(const TObjectChange& change) {
     const TObjectContext& context = change.new_object.context;
-    if (context.sql_mode) Need(kMode, QuotedText(*context.sql_mode));
+    if (context.sql_mode) Need(kMode, QuotedText(ModesFor(*context.sql_mode, server_)));
     if (!context.collation.empty()) Need(kCollation, QuotedText(context.collation));
     if (change.kind == "event" && !context.time_zone.empty()) Need(kZone, QuotedText(context.time_zone));
   }
@@ -134,18 +209,15 @@ class TMaker {
   void Session(std::string text) { statements.push_back({std::move(text), {}, {}, {}, "session", {}}); }
 
   const TPlanServer& server_;
+  std::set<std::string> coming_;                  // triggers that the plan makes
   std::map<std::string_view, std::string> kept_;  // what settings are now, as written
 };
-
-bool IsObject(const TOtherObject& object, std::string_view kind, const std::string& name) {
-  return object.kind == kind && object.name == name;
-}
 
 }  // namespace
 
 TObjectPlan MakeObjectPlan(const std::vector<TObjectChange>& changes, const TPlanServer& server) {
   TObjectPlan plan;
-  TMaker maker(server);
+  TMaker maker(changes, server);
   for (const TObjectChange& change : changes)
     if (change.action == saDropObject)
       plan.before.push_back(
@@ -154,26 +226,90 @@ TObjectPlan MakeObjectPlan(const std::vector<TObjectChange>& changes, const TPla
     std::vector<const TObjectChange*> made;
     for (const TObjectChange& change : changes)
       if (change.kind == kind && change.action != saDropObject) made.push_back(&change);
-    for (const TObjectChange* change : kind == "view" ? InOrder(made) : made) maker.Make(*change);
+    if (kind != "view")
+      for (const TObjectChange* change : made) maker.Make(*change);
+    else
+      for (const TViewStep& step : InOrder(made))
+        step.placeholder ? maker.MakePlaceholder(*step.view) : maker.Make(*step.view);
   }
   maker.PutBack();
   plan.after = std::move(maker.statements);
   return plan;
 }
 
-void ApplyObjectStatement(const std::string& statement, TDatabaseObjects& objects) {
+void TObjectProof::Apply(const std::string& statement) {
   const std::vector<TToken> tokens = Tokens(statement);
-  const auto forget = [&](const std::string& kind, const std::string& name) {
-    std::erase_if(objects.objects, [&](const TOtherObject& object) { return IsObject(object, kind, name); });
-  };
-  if (tokens[0].Is("set") || tokens[0].Is("lock") || tokens[0].Is("unlock")) return;
-  if (tokens[0].Is("drop")) return forget(LowerText(TokenAt(tokens, 1).text), NameOf(TokenAt(tokens, 2)));
+  if (tokens[0].Is("lock") || tokens[0].Is("unlock")) return;
+  if (tokens[0].Is("set")) return Set(tokens);
+  if (tokens[0].Is("drop")) return Forget(LowerText(TokenAt(tokens, 1).text), NameOf(TokenAt(tokens, 2)));
   const bool alters = tokens[0].Is("alter");
   if (!alters && !tokens[0].Is("create")) RaiseError(Format(kNotFollowed, statement));
-  const std::string text = alters ? "create" + statement.substr(tokens[0].End()) : statement;
-  const TObjectText read = ReadObjectText(text, objects.database);
-  forget(read.kind, read.name);
-  objects.objects.push_back({read.kind, read.name, text});
+  if (alters && !tokens[1].Is("event") && !tokens[1].Is("definer")) return Alter(statement, tokens);
+  std::string text = alters ? "create" + statement.substr(tokens[0].End()) : statement;
+  const TObjectText read = ReadObjectText(text, objects_.database, IsAnsi());
+  Forget(read.kind, read.name);
+  objects_.objects.push_back({read.kind, read.name, std::move(text), context_});
+  if (read.kind == "trigger") PutInOrder(read);
+}
+
+// Only what is set to a value is known.
+void TObjectProof::Set(const std::vector<TToken>& tokens) {
+  const bool said = TokenAt(tokens, 3).kind == EToken::String;
+  const std::string value = said ? ValueOf(tokens[3]) : std::string();
+  if (TokenAt(tokens, 1).Is("sql_mode")) context_.sql_mode = said ? std::optional(value) : std::nullopt;
+  if (TokenAt(tokens, 1).Is("collation_connection")) context_.collation = value;
+  if (TokenAt(tokens, 1).Is("time_zone")) context_.time_zone = value;
+}
+
+bool TObjectProof::IsAnsi() const { return context_.sql_mode && QuotesNames(*context_.sql_mode); }
+
+void TObjectProof::Forget(const std::string& kind, const std::string& name) {
+  std::erase_if(objects_.objects,
+                [&](const TOtherObject& object) { return object.kind == kind && object.name == name; });
+}
+
+// Of a routine; what its text says last holds.
+void TObjectProof::Alter(const std::string& statement, const std::vector<TToken>& tokens) {
+  const std::string kind = LowerText(TokenAt(tokens, 1).text);
+  const std::string name = NameOf(TokenAt(tokens, 2));
+  const auto found = std::ranges::find_if(
+      objects_.objects, [&](const TOtherObject& object) { return object.kind == kind && object.name == name; });
+  if (found == objects_.objects.end() || tokens.size() < 4) RaiseError(Format(kNotFollowed, statement));
+  const bool ansi = found->context.sql_mode && QuotesNames(*found->context.sql_mode);
+  TObjectText text = ReadObjectText(found->text, objects_.database, ansi);
+  text.header += " " + statement.substr(tokens[3].start);
+  found->text = text.Creation({text.definer});
+}
+
+// The new one is the last of them.
+void TObjectProof::PutInOrder(const TObjectText& made) {
+  TOtherObject& added = objects_.objects.back();
+  std::vector<TOtherObject*> group;
+  for (TOtherObject& object : objects_.objects)
+    if (&object != &added && object.kind == "trigger" && FiresAt(object) == FiresAt(added)) group.push_back(&object);
+  std::ranges::stable_sort(group, {}, &TOtherObject::order);
+  std::string other = made.order;
+  const std::string word = StrChop(" ", other, true);
+  const std::string beside = other.empty() ? std::string() : NameOf({EToken::Name, other, 0});
+  auto place = std::ranges::find(group, beside, &TOtherObject::name);
+  if (place == group.end() && !other.empty()) RaiseError(Format(kNoSuchTrigger, made.name, beside));
+  if (place != group.end() && word == "follows") ++place;
+  group.insert(place, &added);
+  for (std::size_t i = 0; i < group.size(); ++i) group[i]->order = static_cast<int>(i) + 1;
+}
+
+// Table and moment of a trigger, read once.
+const std::string& TObjectProof::FiresAt(const TOtherObject& trigger) {
+  const auto [found, added] = fires_at_.try_emplace(trigger.text);
+  if (!added) return found->second;
+  try {
+    const bool ansi = trigger.context.sql_mode && QuotesNames(*trigger.context.sql_mode);
+    const TObjectText text = ReadObjectText(trigger.text, objects_.database, ansi);
+    found->second = text.moment + " " + text.table;
+  } catch (const EVelmora&) {  // nobody knows, and so it is left where it is
+    found->second = trigger.name;
+  }
+  return found->second;
 }
 
 }  // namespace velmora

@@ -2,6 +2,7 @@
 
 // The statements that make the changes of views, triggers, routines and events.
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -21,8 +22,26 @@ struct TObjectPlan {
 // refused. Triggers are replaced while their table is locked, so that no row slips through.
 TObjectPlan MakeObjectPlan(const std::vector<TObjectChange>& changes, const TPlanServer& server);
 
-// What such a statement makes of the objects of a database; settings of a session and locks make nothing. Raises for a
-// statement that cannot be followed.
-void ApplyObjectStatement(const std::string& statement, TDatabaseObjects& objects);
+// What such statements make of the objects of a database, as servers would.
+class TObjectProof {
+ public:
+  explicit TObjectProof(TDatabaseObjects& objects) : objects_(objects) {}
+
+  // Settings of a session hold for what is made after them; locks make nothing. Raises for a statement that cannot be
+  // followed.
+  void Apply(const std::string& statement);
+
+ private:
+  void Set(const std::vector<TToken>& tokens);
+  bool IsAnsi() const;
+  void Forget(const std::string& kind, const std::string& name);
+  void Alter(const std::string& statement, const std::vector<TToken>& tokens);
+  void PutInOrder(const TObjectText& made);
+  const std::string& FiresAt(const TOtherObject& trigger);
+
+  TDatabaseObjects& objects_;
+  TObjectContext context_{};
+  std::map<std::string, std::string> fires_at_;  // by text
+};
 
 }  // namespace velmora

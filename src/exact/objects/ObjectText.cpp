@@ -60,10 +60,21 @@ std::string Meaning(TTokens tokens) {
   return meaning;
 }
 
+std::string Joined(std::initializer_list<std::string_view> parts) {
+  std::string text;
+  for (const std::string_view part : parts) {
+    if (!part.empty() && !text.empty() && text.back() != '\n') text += ' ';
+    text += part;
+  }
+  return text;
+}
+
 class TReader {
  public:
-  TReader(std::string_view text, const std::string& database)
+  TReader(std::string_view text, const std::string& database, bool quotes_names)
       : text_(text), tokens_(Tokens(text)), end_(tokens_.size() - 1), database_(database) {
+    for (TToken& token : tokens_)
+      if (quotes_names && token.text.starts_with('"')) token.kind = EToken::Name;
     // A script may end a body by one that servers do not keep.
     while (end_ > 0 && tokens_[end_ - 1].Is(";")) --end_;
   }
@@ -235,15 +246,31 @@ class TReader {
       if (Token().Is("ends")) stops = at_;
     }
     SaySchedule(first, last, starts, stops);
+    ReadEventRest(stops != 0 ? Written(stops, last) : std::string());
+    ReadBody();
+  }
+
+  // What an event is altered to says all of it, as what is left out stays as it is.
+  void ReadEventRest(const std::string& ends) {
+    bool preserves = false;
     if (Take({"on", "completion"})) {
-      if (!Take({"not"})) Say("on completion", "preserve");
+      preserves = !Take({"not"});
+      if (preserves) Say("on completion", "preserve");
       Expect({"preserve"});
     }
-    ReadStatus();
-    if (Take({"comment"})) Say("comment", QuotedText(ValueOf(tokens_[at_++])));
+    const std::string status = ReadStatus();
+    Say("status", status == "enable" ? "" : status);
+    std::string comment = "''";
+    std::string written = comment;  // which its mode may read otherwise
+    if (Take({"comment"})) {
+      comment = QuotedText(ValueOf(Token()));
+      written = Token().text;
+      ++at_;
+    }
+    if (comment != "''") Say("comment", comment);
     Expect({"do"});
-    read_.header = Written(header_, at_);
-    ReadBody();
+    read_.rest = Joined(
+        {ends, preserves ? "on completion preserve" : "on completion not preserve", status, "comment", written, "do"});
   }
 
   // A server writes the start of a repeated event where nobody has, so it does not count.
@@ -252,14 +279,16 @@ class TReader {
     std::string schedule = Meaning(Span(first, interval_end));
     if (stops != 0) schedule += " " + Meaning(Span(stops, last));
     Say("schedule", schedule);
+    read_.interval = "on schedule " + Written(first, interval_end);
+    if (starts != 0) read_.starts = Written(starts, stops != 0 ? stops : last);
   }
 
-  void ReadStatus() {
-    if (Take({"enable"})) return;
-    if (!Take({"disable"})) return;
-    if (!Take({"on"})) return Say("status", "disable");
+  // In words that every server takes.
+  std::string ReadStatus() {
+    if (Take({"enable"}) || !Take({"disable"})) return "enable";
+    if (!Take({"on"})) return "disable";
     if (!Take({"slave"}) && !Take({"replica"})) Unexpected();
-    Say("status", "disable on replica");
+    return "disable on slave";
   }
 
   void ReadRoutine() {
@@ -320,15 +349,6 @@ class TReader {
   TObjectText read_;
 };
 
-std::string Joined(std::initializer_list<std::string_view> parts) {
-  std::string text;
-  for (const std::string_view part : parts) {
-    if (!part.empty() && !text.empty() && text.back() != '\n') text += ' ';
-    text += part;
-  }
-  return text;
-}
-
 }  // namespace
 
 const TObjectElement* TObjectText::Find(std::string_view element) const {
@@ -339,14 +359,16 @@ const TObjectElement* TObjectText::Find(std::string_view element) const {
 std::string TObjectText::Creation(const TObjectSpelling& spelling) const {
   const std::string by = spelling.definer.empty() ? std::string() : "definer = " + QuotedAccount(spelling.definer);
   const std::string shown = QuotedName(spelling.name.empty() ? name : spelling.name);
+  const std::string when = starts.empty() || spelling.starts.empty() ? starts : spelling.starts;
+  const std::string said = kind == "event" ? Joined({interval, when, rest}) : header;
   const bool tight = header.starts_with("(") && kind != "view";  // procedure `p`(a int)
   const std::string head = Joined({"create", spelling.or_replace ? "or replace" : "", algorithm, by, security, kind,
-                                   tight ? shown + header : Joined({shown, header}), spelling.order});
+                                   tight ? shown + said : Joined({shown, said}), spelling.order});
   return head + (kind == "view" ? " " : "\n") + body;
 }
 
-TObjectText ReadObjectText(std::string_view text, const std::string& database) {
-  return TReader(text, database).Read();
+TObjectText ReadObjectText(std::string_view text, const std::string& database, bool quotes_names) {
+  return TReader(text, database, quotes_names).Read();
 }
 
 std::string PlainMeaning(std::string_view text, const std::string& database) {

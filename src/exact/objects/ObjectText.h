@@ -24,8 +24,9 @@ struct TObjectElement {
 struct TObjectSpelling {
   std::string definer;  // "user@host"; empty: the text names none, so that who runs it becomes the definer
   bool or_replace = false;
-  std::string order{};  // of a trigger: "follows `t`", "precedes `t`"; empty for none
-  std::string name{};   // another name; empty for its own
+  std::string order{};   // of a trigger: "follows `t`", "precedes `t`"; empty for none
+  std::string name{};    // another name; empty for its own
+  std::string starts{};  // of a repeated event whose text says when it starts: "starts '...'" in place of that
 };
 
 struct TObjectText {
@@ -46,11 +47,15 @@ struct TObjectText {
   std::string security;   // of a view: "sql security invoker"
   std::string header;     // after the name, up to the body or query
   std::string body;       // with LF for line ends
+  // Of an event, whose header has these in turn.
+  std::string interval{};
+  std::string starts{};
+  std::string rest{};  // all that it says of itself, and "do"
 };
 
 // `database` is the own one, whose name before others is left out; empty where nobody knows it. Raises "line %d: ..."
-// for what is none of these, and for what cannot be followed.
-TObjectText ReadObjectText(std::string_view text, const std::string& database);
+// for what is none of these, and for what cannot be followed. `quotes_names`: names may stand in double quotes.
+TObjectText ReadObjectText(std::string_view text, const std::string& database, bool quotes_names = false);
 
 // What a text of any other kind says, definers included, in a spelling of its own. Raises as the lexer does.
 std::string PlainMeaning(std::string_view text, const std::string& database);

@@ -61,6 +61,7 @@ class TQueryReader {
       : text_(text), tokens_(tokens), columns_(columns) {}
 
   std::string Read() { return Query({0, tokens_.size() - 1}, true); }
+  const std::vector<TItem>& Columns() const { return items_; }  // of what was read
 
  private:
   [[noreturn]] void Unreadable(std::size_t at) const {
@@ -143,6 +144,7 @@ class TQueryReader {
       meaning += "(" + Term(terms[i], closed, i == 0) + ")";
       if (i == 0) items = items_;
     }
+    items_ = items;
     for (TItem& item : items) item.meaning = QuotedName(LowerText(item.alias));  // its order names columns alone
     if (order < whole_end) meaning += " order " + Order({order + 2, limit}, Names(), items);
     if (limit < whole_end) meaning += Limit({limit + 1, whole_end});
@@ -511,6 +513,20 @@ std::string QueryMeaning(std::string_view query, const std::vector<std::string>&
   } catch (const EVelmora&) {  // what is not known says what its tokens say
     return PlainTokens(tokens, columns);
   }
+}
+
+std::vector<std::string> QueryColumns(std::string_view query) {
+  const std::vector<TToken> tokens = Tokens(query);
+  std::vector<std::string> names;
+  try {
+    TQueryReader reader(query, tokens, {});
+    reader.Read();
+    for (const TItem& item : reader.Columns()) names.push_back(item.alias);
+  } catch (const EVelmora&) {
+    names.clear();
+  }
+  if (std::ranges::find(names, "") != names.end()) names.clear();
+  return names;
 }
 
 }  // namespace velmora

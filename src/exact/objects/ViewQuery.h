@@ -14,4 +14,7 @@ namespace velmora {
 // database is out of it already. Raises where the text cannot be taken apart.
 std::string QueryMeaning(std::string_view query, const std::vector<std::string>& columns = {});
 
+// Names of the columns that it gives; none where they are not known.
+std::vector<std::string> QueryColumns(std::string_view query);
+
 }  // namespace velmora

@@ -204,10 +204,11 @@ void TExactSync::Prove() {
 // What the plan would leave of the differences beside tables; what it cannot change is none of its affair.
 TStringList TExactSync::ObjectsLeft() {
   TDatabaseObjects after = read_.target_objects;
+  TObjectProof made(after);
   for (const TPlanStatement& statement : plan_) {
     if (statement.object.empty()) continue;
     try {
-      ApplyObjectStatement(AsSent(statement.text), after);
+      made.Apply(AsSent(statement.text));
     } catch (const EVelmora& error) {
       proof_.push_back(Format(kNotFollowed, error.what()));
     }

@@ -1,0 +1,24 @@
+#pragma once
+
+// The modes of a session in which an object was made: its server reads and runs the body in them ever after.
+
+#include <string>
+#include <string_view>
+
+#include "exact/plan/Plan.h"
+
+namespace velmora {
+
+// Without the modes that this server does not know; all where nobody knows the server.
+std::string ModesFor(const std::string& sql_mode, const TPlanServer& server);
+// The first of the modes without which a body would be read in another way, and which this server does not know; empty
+// for none.
+std::string MissingMode(const std::string& sql_mode, const TPlanServer& server);
+
+// Whether names stand in double quotes in them.
+bool QuotesNames(std::string_view sql_mode);
+// What makes a text that was written in these modes unreadable here, with its line; empty for nothing: a backslash that
+// is a letter.
+std::string UnreadableIn(std::string_view sql_mode, std::string_view text);
+
+}  // namespace velmora

@@ -1,0 +1,98 @@
+#include "exact/objects/TriggerOrder.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+using TGroup = std::vector<TOrderedTrigger*>;
+
+std::size_t PlaceOf(const TGroup& group, const std::string& name) {
+  return static_cast<std::size_t>(std::ranges::find(group, name, &TOrderedTrigger::name) - group.begin());
+}
+
+// "follows `a`" of texts whose server did not say the order.
+void PutWhereTextsSay(TGroup& group) {
+  for (TOrderedTrigger* trigger : TGroup(group)) {
+    std::string other = trigger->wanted->order;
+    const std::string word = StrChop(" ", other, true);
+    if (trigger->wanted_order != 0 || other.empty()) continue;
+    const std::string name = NameOf({EToken::Name, other, 0});
+    if (name == trigger->name || PlaceOf(group, name) == group.size()) continue;
+    std::erase(group, trigger);
+    const std::size_t place = PlaceOf(group, name) + (word == "follows" ? 1 : 0);
+    group.insert(group.begin() + static_cast<std::ptrdiff_t>(place), trigger);
+  }
+}
+
+// Those that keep their places: a longest run of them that rises in the target, too.
+TGroup LongestRise(const TGroup& group) {
+  std::vector<std::size_t> length(group.size(), 1), previous(group.size(), group.size());
+  std::size_t last = 0;
+  for (std::size_t i = 0; i < group.size(); ++i) {
+    for (std::size_t j = 0; j < i; ++j)
+      if (group[j]->there_place < group[i]->there_place && length[j] + 1 > length[i]) {
+        length[i] = length[j] + 1;
+        previous[i] = j;
+      }
+    if (length[i] > length[last]) last = i;
+  }
+  TGroup rise;
+  for (std::size_t i = last; i < group.size(); i = previous[i]) rise.push_back(group[i]);
+  return rise;
+}
+
+// Where it stands now, said by one that both have.
+void SayOldPlaces(const TGroup& there) {
+  for (std::size_t i = 0; i < there.size() && there.size() > 1; ++i)
+    there[i]->place.old =
+        i > 0 ? "follows " + QuotedName(there[i - 1]->name) : "precedes " + QuotedName(there[1]->name);
+}
+
+void OrderGroup(TGroup& group) {
+  PutWhereTextsSay(group);
+  TGroup staying;
+  for (TOrderedTrigger* trigger : group)
+    if (!trigger->recreated) staying.push_back(trigger);
+  const TGroup kept = LongestRise(staying);
+  for (TOrderedTrigger* trigger : staying) trigger->moved = std::ranges::find(kept, trigger) == kept.end();
+  for (std::size_t i = 0; i < group.size(); ++i) {
+    TTriggerPlace& place = group[i]->place;
+    for (std::size_t j = i; j-- > 0;) {
+      place.before.push_back(group[j]->name);
+      if (group[j]->there == nullptr) place.added.push_back(group[j]->name);
+    }
+    const auto next =
+        std::find_if(group.begin() + static_cast<std::ptrdiff_t>(i) + 1, group.end(),
+                     [&](TOrderedTrigger* other) { return std::ranges::find(kept, other) != kept.end(); });
+    if (next != group.end()) place.next = (*next)->name;
+  }
+}
+
+}  // namespace
+
+void OrderTriggers(std::vector<TOrderedTrigger>& triggers) {
+  std::map<std::pair<std::string, std::string>, TGroup> wanted, there;
+  for (TOrderedTrigger& trigger : triggers) {
+    wanted[{trigger.wanted->table, trigger.wanted->moment}].push_back(&trigger);
+    if (trigger.there != nullptr) there[{trigger.there->table, trigger.there->moment}].push_back(&trigger);
+  }
+  for (auto& [key, group] : there) {
+    std::ranges::sort(group, {}, [](const TOrderedTrigger* trigger) {
+      return std::pair(trigger->there_order, trigger->there_place);
+    });
+    for (std::size_t i = 0; i < group.size(); ++i) group[i]->there_place = i;
+    SayOldPlaces(group);
+  }
+  for (auto& [key, group] : wanted) {
+    std::ranges::stable_sort(group, {}, &TOrderedTrigger::wanted_order);
+    if (group.size() > 1) OrderGroup(group);
+  }
+}
+
+}  // namespace velmora
