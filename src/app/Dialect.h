@@ -147,6 +147,8 @@ class TDialect {
   // Tries the script in a scratch database of the target's server. Gives the differences that are left there.
   virtual int VerifyOnServer(const TScratchPorts& ports) = 0;
   virtual void GenerateScript() = 0;  // for the actions that are left, into the editor
+  // The script that leads back from what a run of that script makes of the target; empty where nobody can tell.
+  virtual std::string UndoScript() const { return {}; }
   virtual TScriptPieces Statements(const std::string& script) const = 0;  // that a run of it executes
   // Runs a text on the connected target in one transaction; see TScriptRunner. A dialect takes of `care` what it can.
   virtual void RunScript(const std::string& text, const TRunCare& care) = 0;

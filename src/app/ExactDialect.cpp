@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "app/CopyTool.h"
 #include "app/LockWaits.h"
 #include "app/MovedTarget.h"
 #include "app/RunTelling.h"
@@ -200,6 +201,12 @@ TRunWishes TExactDialect::RunWishes() const {
   return wishes;
 }
 
+std::string TExactDialect::UndoScript() const {
+  TLineEditor editor;
+  sync.GenerateUndo(editor, parts_.clock);
+  return editor.Text();
+}
+
 // What a run has changed before is no stranger's work.
 void TExactDialect::CheckUnmoved(const std::string& script) const {
   std::set<std::string> texts;
@@ -224,7 +231,12 @@ void TExactDialect::RunScript(const std::string& text, const TRunCare& care) {
   target.GetResultSQL("select @@foreign_key_checks", checks);
   TLockWaits waits(target, care, parts_.progress);
   TRunWishes wishes = RunWishes();
-  wishes.execute = [&waits](const std::string& sent, TStatementRun& run) { return waits.Execute(sent, run); };
+  TCopyToolRuns tool(target, care);
+  wishes.execute = [&](const std::string& sent, TStatementRun& run) -> std::int64_t {
+    if (!tool.Takes(sent)) return waits.Execute(sent, run);
+    tool.Run(sent);
+    return -1;
+  };
   RunGuarded(
       [&] {
         try {

@@ -41,6 +41,7 @@ class TExactDialect final : public TDialect {
   std::vector<TRowFinding> CheckRows(int seconds) override { return sync.CheckRows(seconds); }
   int VerifyOnServer(const TScratchPorts& ports) override { return sync.VerifyOnServer(ports); }
   void GenerateScript() override { sync.GenerateScript(parts_.editor, parts_.clock, parts_.use.note); }
+  std::string UndoScript() const override;
   TScriptPieces Statements(const std::string& script) const override { return SplitExactScript(script); }
   // Statements of the last comparison's plan run only on what that has compared: what has moved since ends the first
   // run of it before any statement. Foreign key checks are after a failure as they were before, and so is how long the

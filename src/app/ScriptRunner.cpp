@@ -159,9 +159,9 @@ void TScriptRunner::PutBack(TDBConn& target, std::size_t index, const TRunWishes
 void TScriptRunner::RunOne(TDBConn& target, std::size_t index, const TRunWishes& wishes) {
   TStatementRun& run = report_.runs[index];
   run.state = ERunState::Running;
-  Tell();
   const TStopwatch watch;
   try {
+    Tell();
     const std::string& text = report_.statements[index].text;
     const std::string sent = wishes.sent ? wishes.sent(text) : text;
     const std::int64_t rows = wishes.execute ? wishes.execute(sent, run) : target.ExecSQL(sent);

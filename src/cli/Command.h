@@ -63,6 +63,7 @@ struct TPair {
   TCollationMap collations;         // the exact dialect alone has it
   TForeignWishes foreign;           // of a reference that is not MySQL, before those of the task file
   TExactWishes exact;               // likewise before those of the task file
+  bool target_alone = false;        // one source is enough, and is the target: nothing is compared
   bool allow_empty_reference = false;
   bool verify_on_server = false;  // of the commands that can; the exact dialect alone has it, and the next one
   bool via_server = false;        // the reference's statements are read by the target's server

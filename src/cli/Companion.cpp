@@ -135,6 +135,7 @@ void DeclarePair(CLI::App& app, TPair& pair) {
   DeclareForeign(app, pair.foreign);
   app.callback([&pair] {
     const bool is_task = IsTaskFile(pair.reference);
+    if (pair.target_alone && !is_task && pair.target.empty()) pair.target = pair.reference;
     if (is_task && !pair.target.empty()) throw CLI::ValidationError("TARGET", "a task file holds both sides already");
     if (!is_task && pair.target.empty()) throw CLI::RequiredError("TARGET");
   });

@@ -26,6 +26,11 @@ constexpr char kFits[] = "the target's server knows the language of --dialect %s
 constexpr char kRowsInTheWay[] =
     "nothing was run: change these rows or the reference; --no-row-checks runs the script without looking at rows";
 
+constexpr char kNoWayBack[] = "This dialect does not know the way back that --undo asks for";
+constexpr char kScriptGoesOn[] =
+    "A run of a file does not go on by itself: compare anew, or take what has run out of the file and give another "
+    "journal";
+
 constexpr char kNameNeeded[] =
     "The task asks for the database's name before a run, and there is no terminal to ask on: give --confirm-database "
     "NAME";
@@ -91,10 +96,18 @@ void TSyncCommand::Declare(CLI::App& app) {
   DeclareNumber(app, "--row-check-time", 0, kLongestRowCheck,
                 "Let the server look at most N seconds for each of them; 0 waits for it (30)",
                 [this](std::int64_t seconds) { row_check_time_ = static_cast<int>(seconds); });
-  app.add_option("--script", script_, "Run the text of FILE instead of comparing")
+  app.add_option_function<std::string>(
+         "--script",
+         [this](const std::string& file) {
+           script_ = file;
+           pair_.target_alone = true;
+         },
+         "Run the text of FILE instead of comparing; REFERENCE may be left out")
       ->type_name("FILE")
       ->excludes(app.get_option("--verify-on-server"))
       ->excludes(app.get_option("--via-server"));
+  DeclareRun(app, run_);
+  app.get_option("--undo")->excludes(app.get_option("--script"));
   options_.DeclarePair(app);
   app.footer(kHowRunsEnd + app.get_footer());
 }
@@ -147,20 +160,55 @@ bool TSyncCommand::MayRun(TPairRun& run, const std::string& script, TConsole& co
   return false;
 }
 
+// Before anything is compared: what the run before has left under way is to be over.
+void TSyncCommand::OpenJournal(TDBConn& target, TConsole& console) {
+  if (run_.journal.empty()) return;
+  journal_ = std::make_unique<TJournal>(run_.journal, SideName(target), SystemClock());
+  const std::optional<TUnfinishedRun>& unfinished = journal_->Unfinished();
+  if (!unfinished) return;
+  GoOnFrom(*unfinished, target, run_.care.lock_wait, console);
+  if (!script_.empty()) RaiseError(kScriptGoesOn);
+}
+
+// What stands around a run that is about to begin.
+void TSyncCommand::TakeCare(TPairRun& run, TConsole& console) {
+  if (!run_.undo.empty()) {
+    const std::string undo = run.app().Dialect().UndoScript();
+    if (undo.empty()) RaiseError(kNoWayBack);
+    const bool kept = journal_ && journal_->Unfinished() && journal_->Unfinished()->undo == run_.undo;
+    WriteUndo(run_.undo, undo, kept, console);
+  }
+  run_.care.tell = [&](const std::string& text) {
+    run.EndProgress();
+    console.Note(text);
+  };
+  if (journal_) {
+    journal_->Undo = run_.undo;
+    run_.care.tool_runs = [this](int process) { journal_->ToolRuns(process); };
+    run.app().WatchRuns([this](const TRunReport& report) { journal_->Told(report); });
+  }
+  run.app().Care = run_.care;
+}
+
 int TSyncCommand::Execute(TConsole& console) {
   if (!yes_ && !console.CanAsk())
     RaiseError("There is no terminal to ask on: give --yes to run the script without a question");
   TPairRun run(console, SystemClock());
-  run.OnMade = [&](TDBConn& target) { CheckDatabaseName(run.Marks(), target, console); };
+  run.OnMade = [&](TDBConn& target) {
+    CheckDatabaseName(run.Marks(), target, console);
+    OpenJournal(target, console);
+  };
   int status = kExitSuccess;
   if (!script_.empty()) {
     run.editor().SetText(ReadTextFile(script_));
     run.OpenTarget(pair_, options_);
+    if (!run_.allow_moved) CheckStructure(run.editor().Text(), *run.app().connections.target);
   } else if (!Prepare(run, console, status)) {
     return status;
   }
   const std::string script = run.editor().Text();
   if (!MayRun(run, script, console)) return kExitFailure;
+  TakeCare(run, console);
   status = RunOn(run, script, console);
   const TDialectRow* fits = script_.empty() ? run.app().DialectThatFits() : nullptr;
   if (fits != nullptr) console.Note(Format(kFits, fits->word));

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "cli/Command.h"
+#include "cli/Journal.h"
+#include "cli/RunOptions.h"
 #include "cli/SourceOptions.h"
 #include "persist/TaskMarks.h"
 
@@ -26,10 +29,14 @@ class TSyncCommand final : public TCommand {
   void CheckDatabaseName(const TTaskMarks& marks, TDBConn& target, const TConsole& console) const;
   bool DatabaseConfirmed(TPairRun& run, TConsole& console) const;
   bool MayRun(TPairRun& run, const std::string& script, TConsole& console);
+  void OpenJournal(TDBConn& target, TConsole& console);
+  void TakeCare(TPairRun& run, TConsole& console);
 
   TPair pair_;
   std::string script_;  // a file to run instead of the plan; empty for none
   TSourceOptions options_;
+  TRunOptions run_;
+  std::unique_ptr<TJournal> journal_;
   bool allow_unsafe_ = false;
   bool no_row_checks_ = false;
   int row_check_time_ = 30;  // seconds

@@ -176,21 +176,41 @@ TPlanServer TExactSync::PlanServerOf(TDBConn& target) const {
 }
 
 // Every statement is read again from its text, so that what is proved is what will run.
-void TExactSync::Prove() {
-  if (changes_.empty() && objects_.changes.empty()) return;
-  plan_ = PlanOf(changes_, objects_.changes);
+TSchema TExactSync::TablesAfter(const std::vector<TPlanStatement>& plan, TStringList& faults) const {
   const TTableNames touched = TouchedTables();
   TSchema after;
   for (const TTableText& table : read_.target.schema.Tables())
     if (touched.contains(table.name)) after.Add(table);
-  for (const TPlanStatement& statement : plan_) {
+  for (const TPlanStatement& statement : plan) {
     if (!statement.object.empty()) continue;
     try {
       ApplyStatement(AsSent(statement.text), after);
     } catch (const EVelmora& error) {
-      proof_.push_back(Format(kNotFollowed, error.what()));
+      faults.push_back(Format(kNotFollowed, error.what()));
     }
   }
+  return after;
+}
+
+TDatabaseObjects TExactSync::ObjectsAfter(const std::vector<TPlanStatement>& plan, TStringList& faults) const {
+  TDatabaseObjects after = read_.target_objects;
+  TObjectProof made(after);
+  for (const TPlanStatement& statement : plan) {
+    if (statement.object.empty()) continue;
+    try {
+      made.Apply(AsSent(statement.text));
+    } catch (const EVelmora& error) {
+      faults.push_back(Format(kNotFollowed, error.what()));
+    }
+  }
+  return after;
+}
+
+void TExactSync::Prove() {
+  if (changes_.empty() && objects_.changes.empty()) return;
+  plan_ = PlanOf(changes_, objects_.changes);
+  const TTableNames touched = TouchedTables();
+  const TSchema after = TablesAfter(plan_, proof_);
   TEquivalenceUse use = Equivalences;
   const std::vector<TChange> left = SchemaChanges(read_.reference.schema, after, use, &touched);
   TStringList objects_left = ObjectsLeft();
@@ -203,16 +223,7 @@ void TExactSync::Prove() {
 
 // What the plan would leave of the differences beside tables; what it cannot change is none of its affair.
 TStringList TExactSync::ObjectsLeft() {
-  TDatabaseObjects after = read_.target_objects;
-  TObjectProof made(after);
-  for (const TPlanStatement& statement : plan_) {
-    if (statement.object.empty()) continue;
-    try {
-      made.Apply(AsSent(statement.text));
-    } catch (const EVelmora& error) {
-      proof_.push_back(Format(kNotFollowed, error.what()));
-    }
-  }
+  const TDatabaseObjects after = ObjectsAfter(plan_, proof_);
   TStringList left;
   for (const TObjectChange& change : CompareObjects(read_.wanted_objects, after, Wishes.definers).changes)
     left.push_back(change.LogText());

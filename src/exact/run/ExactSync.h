@@ -81,6 +81,10 @@ class TExactSync {
   // tables have zero dates as defaults. `note` is a further line of the header, if not empty.
   void GenerateScript(TScriptEditor& editor, const TClock& clock, const std::string& note = {}) const;
 
+  // Writes the script that leads back from what the rows that are left make of the target to what it is, and says in
+  // front of it what that cannot bring back.
+  void GenerateUndo(TScriptEditor& editor, const TClock& clock) const;
+
   // Creation texts of a table as both servers print them; empty for a side without the table.
   std::string ReferenceText(const std::string& table) const;
   std::string TargetText(const std::string& table) const;
@@ -102,6 +106,10 @@ class TExactSync {
   TStringList ObjectsLeft();
   bool MeetsZeroDates(const std::vector<TPlanStatement>& plan) const;
   TPlanServer PlanServerOf(TDBConn& target) const;
+  // What a plan makes of the target's tables and objects; statements that cannot be followed are told in `faults`.
+  TSchema TablesAfter(const std::vector<TPlanStatement>& plan, TStringList& faults) const;
+  TDatabaseObjects ObjectsAfter(const std::vector<TPlanStatement>& plan, TStringList& faults) const;
+  void WriteStatements(const std::vector<TPlanStatement>& plan, TScriptEditor& editor) const;
   void Prove();
   TTableNames TouchedTables() const;
   TStringList DigestLines() const;

@@ -87,10 +87,13 @@ void TExactSync::GenerateScript(TScriptEditor& editor, const TClock& clock, cons
   editor.AddLine(Comment(ScriptPurpose(connections_)));
   if (!note.empty()) editor.AddLine(Comment(note));
   for (const std::string& line : DigestLines()) editor.AddLine(Comment(line));
+  WriteStatements(Plan(), editor);
+}
+
+void TExactSync::WriteStatements(const std::vector<TPlanStatement>& plan, TScriptEditor& editor) const {
   editor.AddLine({});
   editor.AddLine(kSaveChecks);
   editor.AddLine(kChecksOff);
-  const std::vector<TPlanStatement> plan = Plan();
   const bool zero_dates = MeetsZeroDates(plan);
   if (zero_dates) {
     editor.AddLine(kSaveMode);

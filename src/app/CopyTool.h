@@ -1,0 +1,37 @@
+#pragma once
+
+// Changes of large tables by a tool of the user's: it makes a copy with the new structure, fills it while others go on
+// with the table, and puts it in its place.
+
+#include <optional>
+#include <string>
+
+#include "app/RunCare.h"
+#include "core/DBConn.h"
+
+namespace velmora {
+
+// Why a command cannot be one; empty where it can.
+std::string FaultOfCopyTool(const std::string& command);
+
+class TCopyToolRuns {
+ public:
+  // Both outlive this object.
+  TCopyToolRuns(TDBConn& target, const TRunCare& care) : target_(target), care_(care) {}
+
+  // Whether the tool is to have the statement: an "alter table" that may copy or rebuild a table that is as large. One
+  // that names constraints is not for a tool, which gives the copy's constraints other names; care.tell hears of it.
+  bool Takes(const std::string& statement);
+  // Has the tool make the change, of a statement that it takes. It is started without a shell, in a group of processes
+  // of its own, and gets the login by a file that is gone afterwards. Raises where it fails, with its last lines. The
+  // host ends it by raising from its message pump; the tool then has half a minute to clear away.
+  void Run(const std::string& statement);
+
+ private:
+  std::int64_t SizeOf(const std::string& table);
+
+  TDBConn& target_;
+  const TRunCare& care_;
+};
+
+}  // namespace velmora

@@ -1,0 +1,156 @@
+#include "cli/RunOptions.h"
+
+#include <fcntl.h>
+#include <signal.h>  // NOLINT(modernize-deprecated-headers): for kill
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <thread>
+
+#include "app/CopyTool.h"
+#include "app/RunTelling.h"
+#include "app/SideNames.h"
+#include "cli/Command.h"
+#include "exact/plan/ScriptSafety.h"
+#include "exact/run/StructureDigest.h"
+#include "util/Errors.h"
+#include "util/Files.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr int kLongestLockWait = 86400;  // seconds
+constexpr int kMostRetries = 1000;
+constexpr auto kPoll = std::chrono::milliseconds(500);
+constexpr std::size_t kComparedBytes = 200;  // of a statement; servers may show no more
+
+constexpr char kTold[] = "the run of %s did not come to its end: %d of %s were done%s";
+constexpr char kUnderWay[] = "statement %d was under way: %s";
+constexpr char kWaits[] = "connection %s still runs it: waiting for at most %d seconds";
+constexpr char kRuns[] =
+    "Statement %d of the run before is still under way on the target, as connection %s: %s. Wait for its end, or end "
+    "that connection, and run this again";
+constexpr char kToolRuns[] =
+    "The tool that the run before started for statement %d is still at work, as process %d. Wait for its end, or end "
+    "it, and run this again";
+constexpr char kThere[] = "%s is there already: give the way back another file";
+constexpr char kKept[] = "%s stays as it is: it leads back to what was before the run that goes on here";
+constexpr char kCannotWrite[] = "Cannot write %s: %s";
+constexpr char kOther[] =
+    "The script was made for another structure than the target has now, and nothing was run: compare anew, or give "
+    "--allow-moved";
+
+std::int64_t ReadSize(const std::string& text) {
+  constexpr std::string_view kUnits = "KMGT";
+  std::string digits = text;
+  std::int64_t unit = 1;
+  if (!digits.empty())
+    if (const std::size_t place = kUnits.find(static_cast<char>(std::toupper(digits.back())));
+        place != std::string_view::npos) {
+      unit = std::int64_t{1} << (10 * (place + 1));
+      digits.pop_back();
+    }
+  const std::optional<std::int64_t> number = TryStrToInt(digits);
+  if (!number || *number < 0 || *number > std::numeric_limits<std::int64_t>::max() / unit)
+    throw CLI::ValidationError("--osc-min-size", "\"" + text + "\" is no size, as in 500M or 2G");
+  return *number * unit;
+}
+
+void DeclareFile(CLI::App& app, const std::string& name, std::string& file, const std::string& help) {
+  app.add_option(name, file, help)->type_name("FILE")->check([](const std::string& given) {
+    return given.empty() ? std::string("an empty name is no file") : std::string();
+  });
+}
+
+// The connection that runs it; nothing where none does.
+std::optional<std::string> ConnectionThatRuns(const std::string& statement, TDBConn& target) {
+  const std::string wanted = WithPlainLineEnds(statement).substr(0, kComparedBytes);
+  const std::unique_ptr<TDataset> rows = target.OpenQuery("show full processlist");
+  const std::string database = DatabaseName(target);
+  constexpr std::size_t kDatabase = 3;
+  constexpr std::size_t kInfo = 7;
+  for (; !rows->Eof(); rows->Next())
+    if (VarToText(rows->Value(kDatabase)) == database &&
+        WithPlainLineEnds(VarToText(rows->Value(kInfo))).starts_with(wanted))
+      return VarToText(rows->Value(0));
+  return std::nullopt;
+}
+
+void WaitForStatement(const TUnfinishedRun::TUnderWay& statement, TDBConn& target, int seconds, TConsole& console) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+  for (bool told = false;; std::this_thread::sleep_for(kPoll)) {
+    const std::optional<std::string> connection = ConnectionThatRuns(statement.text, target);
+    if (!connection) return;
+    if (std::chrono::steady_clock::now() >= end)
+      RaiseError(Format(kRuns, statement.number, *connection, ShownStatement(statement.text)));
+    if (!told) console.Note(Format(kWaits, *connection, seconds));
+    told = true;
+  }
+}
+
+}  // namespace
+
+void DeclareRun(CLI::App& app, TRunOptions& options) {
+  DeclareNumber(app, "--lock-wait", 0, kLongestLockWait,
+                "Exact dialect: a statement waits at most N seconds for its lock (10); 0: as long as the server has it",
+                [&options](std::int64_t seconds) { options.care.lock_wait = static_cast<int>(seconds); });
+  DeclareNumber(app, "--retries", 0, kMostRetries,
+                "Exact dialect: a change of structure that did not get its lock is tried N times more, after pauses "
+                "that grow (5)",
+                [&options](std::int64_t count) { options.care.retries = static_cast<int>(count); });
+  DeclareFile(app, "--journal", options.journal,
+              "Keep a journal of the run in FILE, by which a run goes on that was ended in its middle");
+  DeclareFile(app, "--undo", options.undo,
+              "Exact dialect: write the script that leads back to FILE, which must be new, before anything runs");
+  app.add_flag("--allow-moved", options.allow_moved,
+               "Run the script of --script on a target that has another structure than its header says");
+  app.add_option("--osc", options.care.copy_tool.command,
+                 "Exact dialect: hand changes of large tables to this command, in which {DATABASE}, {TABLE}, "
+                 "{CLAUSES} and {DEFAULTS}, a file with the login, are filled in")
+      ->type_name("COMMAND")
+      ->check([](const std::string& command) { return FaultOfCopyTool(command); });
+  app.add_option_function<std::string>(
+         "--osc-min-size", [&options](const std::string& size) { options.care.copy_tool.least_size = ReadSize(size); },
+         "The size from which on a table with its keys is large: bytes, or with K, M or G (0)")
+      ->type_name("SIZE")
+      ->needs(app.get_option("--osc"));
+}
+
+void GoOnFrom(const TUnfinishedRun& run, TDBConn& target, int seconds, TConsole& console) {
+  console.Note(Format(kTold, run.begun, run.done, Counted(run.all, "statement"),
+                      run.error.empty() ? "" : "; it ended with: " + run.error));
+  if (!run.under_way) return;
+  console.Note(Format(kUnderWay, run.under_way->number, ShownStatement(run.under_way->text)));
+  if (run.under_way->process != 0 && kill(run.under_way->process, 0) == 0)
+    RaiseError(Format(kToolRuns, run.under_way->number, run.under_way->process));
+  target.Connect();
+  WaitForStatement(*run.under_way, target, seconds, console);
+}
+
+void WriteUndo(const std::string& path, const std::string& script, bool kept, TConsole& console) {
+  constexpr mode_t kOwnerAlone = 0600;
+  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerAlone);
+  if (file < 0 && errno == EEXIST && kept) return console.Note(Format(kKept, path));
+  if (file < 0) RaiseError(errno == EEXIST ? Format(kThere, path) : Format(kCannotWrite, path, std::strerror(errno)));
+  close(file);
+  WriteFileText(path, script, false, kOwnerAlone);
+}
+
+void CheckStructure(const std::string& script, TDBConn& target) {
+  const std::optional<TStructureDigest> made_for = TargetDigestIn(script);
+  if (!made_for) return;
+  std::optional<TStructureDigest> now = DigestNow(target);
+  if (!now) return;
+  if (made_for->others.empty()) now->others.clear();
+  if (*now != *made_for) RaiseError(kOther);
+}
+
+}  // namespace velmora
