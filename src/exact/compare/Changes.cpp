@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "exact/compare/CopiedNames.h"
 #include "exact/compare/GeneratedKey.h"
 #include "exact/compare/OptionEquivalences.h"
 #include "exact/compare/Safety.h"
@@ -289,6 +290,9 @@ void ReadColumns(TChange& change, const TTableText& target, const TTableText& re
 }
 
 std::vector<TChange> CompareTableTexts(const TTableText& reference, const TTableText& target, TEquivalenceUse& use) {
+  if (use.On(EEquivalence::CopiedName))
+    if (const std::unique_ptr<const TTableText> renamed = WithoutCopiedNames(reference, target, use))
+      return TTableComparison(reference, *renamed, use).Run();
   return TTableComparison(reference, target, use).Run();
 }
 

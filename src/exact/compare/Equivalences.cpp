@@ -98,8 +98,8 @@ struct TRule {
   TApply apply;
   std::array<ESlot, 2> slots;  // it looks for something here
 };
-// AutoIncrement and OptionOrder are of options, KeyOrder and GeneratedKey of tables, not of elements; charsets are
-// compared in pairs, by CharsetsAgree.
+// AutoIncrement and OptionOrder are of options, KeyOrder, GeneratedKey and CopiedName of tables, not of elements;
+// charsets are compared in pairs, by CharsetsAgree.
 constexpr std::array<TRule, 5> kRules = {
     {{EEquivalence::DisplayWidth, DropDisplayWidth, {ESlot::Arguments, ESlot::Arguments}},
      {EEquivalence::QuotedNumber, UnquoteNumber, {ESlot::Default, ESlot::Default}},
@@ -118,8 +118,9 @@ constexpr std::array<TEquivalence, kEquivalenceCount> kEquivalences = {
      {EEquivalence::NoAction, "no-action", "ON DELETE and ON UPDATE with RESTRICT, NO ACTION or not at all"},
      {EEquivalence::OptionOrder, "option-order", "the order of table options"},
      {EEquivalence::KeyOrder, "key-order", "the order of keys, checks and foreign keys"},
-     {EEquivalence::GeneratedKey, "generated-key",
-      "the invisible primary key that a server makes for a table without"}}};
+     {EEquivalence::GeneratedKey, "generated-key", "the invisible primary key that a server makes for a table without"},
+     {EEquivalence::CopiedName, "copied-name",
+      "underscores before the name of a foreign key or check, as tools for large tables put them there"}}};
 
 // --- Elements
 

@@ -23,6 +23,7 @@ enum class EEquivalence {
   OptionOrder,       // the order of table options
   KeyOrder,          // the order of keys, checks and foreign keys; counted once a table, whether it is on or not
   GeneratedKey,      // a primary key that a server made by itself where the other table has none; once a table
+  CopiedName,        // underscores that a tool for large tables has put before the name of a constraint
   kCount
 };
 inline constexpr int kEquivalenceCount = static_cast<int>(EEquivalence::kCount);
