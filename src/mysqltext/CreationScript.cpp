@@ -7,7 +7,9 @@
 #include <unordered_set>
 #include <utility>
 
+#include "mysqltext/Lexer.h"
 #include "mysqltext/LexicalRules.h"
+#include "mysqltext/SessionSettings.h"
 #include "mysqltext/StatementHead.h"
 #include "mysqltext/StatementReader.h"
 #include "util/Errors.h"
@@ -195,18 +197,41 @@ class TCreationScript::TCollector {
       case EStatementKind::Object:
         Forget(head.object, NameIn(statement.text, head));
         dropped_.erase(LowerText(NameIn(statement.text, head)));  // dumps drop a view's stand-in as a table
-        if (chosen_.empty() || database_.empty() || database_ == chosen_)
-          others_.push_back({std::string(head.object), NameIn(statement.text, head), WithoutMarks(statement.text)});
+        if (chosen_.empty() || database_.empty() || database_ == chosen_) TakeObject(statement, head);
         return;
       case EStatementKind::Other:
+        settings_.Take(statement.text);
         return;
       case EStatementKind::Drop:
         if (!head.object.empty()) Forget(head.object, NameIn(statement.text, head));
         [[fallthrough]];
       default:
+        if (head.kind == EStatementKind::Setting) settings_.Take(statement.text);
         const auto start = static_cast<std::size_t>(statement.text.data() - script.data());
         spans_.push_back({start, start + statement.text.size(), head, statement.line, database_, versioned});
     }
+  }
+
+  void TakeObject(const TStatement& statement, const TStatementHead& head) {
+    TOtherObject object{std::string(head.object), NameIn(statement.text, head), WithoutMarks(statement.text)};
+    if (object.kind != "view") object.context = settings_.Context();
+    if (object.kind == "view" && IsStandIn(object.text)) object.text.clear();
+    others_.push_back(std::move(object));
+  }
+
+  // Dumps make a view of nothing in the place of each one that they make later; where that never comes, nobody knows
+  // what it is: create view v as select 1 as `a`, 1 as `b`
+  static bool IsStandIn(std::string_view text) {
+    constexpr std::size_t kLongestHead = 200;
+    const std::size_t select = PosNoCase(" as select\n", std::string(text.substr(0, kLongestHead)));
+    if (select == 0 || PosNoCase("definer", std::string(text.substr(0, select))) != 0) return false;
+    const std::vector<TToken> tokens = Tokens(text.substr(select));
+    for (std::size_t at = 2; at + 1 < tokens.size(); at += 4) {
+      const bool nothing = tokens[at].Is("null") || tokens[at].text == "1";
+      if (!nothing || !tokens[at + 1].Is("as")) return false;
+      if (at + 3 < tokens.size() && tokens[at + 3].kind != EToken::End && !tokens[at + 3].Is(",")) return false;
+    }
+    return true;
   }
 
   void Forget(std::string_view object, const std::string& name) {
@@ -277,6 +302,7 @@ class TCreationScript::TCollector {
   std::vector<TOtherObject>& others_;
   std::vector<TScriptWarning>& warnings_;
   const std::string& chosen_;
+  TSessionSettings settings_;
   std::string database_;
   std::unordered_set<std::string> dropped_;  // tables, in lower case, that nobody has made since
   std::array<std::size_t, static_cast<std::size_t>(EStatementKind::Other) + 1> counts_{};

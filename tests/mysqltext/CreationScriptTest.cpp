@@ -36,6 +36,32 @@ TStringList Outcome(const TCreationScript& script) {
   return lines;
 }
 
+// As dumps write it: what was is kept first; what a script sets for itself says nothing of its objects.
+TEST(CreationScript, KnowsWhatObjectsWereMadeUnder) {
+  const TCreationScript script(R"(
+SET SQL_MODE='NO_AUTO_VALUE_ON_ZERO';
+create procedure p() select 1;
+/*!50003 SET @saved_sql_mode       = @@sql_mode */ ;
+/*!50003 SET @saved_col_connection = @@collation_connection */ ;
+/*!50003 SET sql_mode              = 'ANSI_QUOTES,STRICT_ALL_TABLES' */ ;
+/*!50003 SET collation_connection  = latin1_bin */ ;
+DELIMITER ;;
+/*!50003 CREATE*/ /*!50017 DEFINER=`a`@`b`*/ /*!50003 TRIGGER `g` BEFORE INSERT ON `t` FOR EACH ROW begin end
+*/;;
+DELIMITER ;
+/*!50003 SET sql_mode              = @saved_sql_mode */ ;
+create procedure q() select 2;
+/*!50001 CREATE VIEW `v` AS SELECT
+ 1 AS `a`,
+ NULL AS `b`*/;
+)");
+  std::string found;
+  for (const TOtherObject& object : script.OtherObjects())
+    found += object.name + ":" + object.context.sql_mode.value_or("-") + ":" + object.context.collation + ":" +
+             (object.text.empty() ? "nothing" : "text") + " ";
+  EXPECT_EQ(found, "p:-::text g:ANSI_QUOTES,STRICT_ALL_TABLES:latin1_bin:text q:-:latin1_bin:text v:-::nothing ");
+}
+
 TEST(CreationScript, TakesTablesAndTellsTheRest) {
   for (const TCaseText& one : ReadCaseFile("creation/tables.txt").cases) {
     const TStringList parts = one.Parts();

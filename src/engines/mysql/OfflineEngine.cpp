@@ -1,5 +1,6 @@
 #include "engines/mysql/OfflineEngine.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "util/Errors.h"
@@ -25,6 +26,22 @@ void TDBConnMySQLOffline::GetDisplayName(std::string& text) { text = offline_.Pa
 
 std::unique_ptr<TDBConnMySQL> TDBConnMySQLOffline::NewEngine() const {
   return std::make_unique<TDBConnMySQLOffline>(offline_.NewOfflineConnection());
+}
+
+// Dumps leave triggers, routines and events out unless they are asked for; procedures and functions come together, and
+// views with tables.
+TStringList TDBConnMySQLOffline::KindsNotAllSeen() {
+  const std::vector<TOtherObject>& objects = offline_.OtherObjects();
+  const auto has = [&](std::string_view kind) {
+    return std::ranges::find(objects, kind, &TOtherObject::kind) != objects.end();
+  };
+  TStringList kinds;
+  if (!has("trigger")) kinds.emplace_back("trigger");
+  if (!has("procedure") && !has("function")) kinds.insert(kinds.end(), {"procedure", "function"});
+  if (!has("event")) kinds.emplace_back("event");
+  const auto& statements = offline_.Structure().statements;
+  if (statements.empty() && !has("view")) kinds.emplace_back("view");
+  return kinds;
 }
 
 }  // namespace velmora

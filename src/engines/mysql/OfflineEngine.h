@@ -25,6 +25,7 @@ class TDBConnMySQLOffline : public TDBConnMySQL {
   // A file is read as it stands.
   void PrepareExactTexts(bool /*exact*/ = true) override {}
   std::vector<TOtherObject> OtherObjects() override { return offline_.OtherObjects(); }
+  TStringList KindsNotAllSeen() override;
   std::string ServerVersion() override { return {}; }
   const TStructureScript* StructureScript() const override { return &offline_.Structure(); }
 

@@ -226,6 +226,8 @@ TObjectPlan MakeObjectPlan(const std::vector<TObjectChange>& changes, const TPla
     std::vector<const TObjectChange*> made;
     for (const TObjectChange& change : changes)
       if (change.kind == kind && change.action != saDropObject) made.push_back(&change);
+    // Each beside one that is there by then.
+    std::ranges::stable_sort(made, {}, [](const TObjectChange* change) { return change->place.rank; });
     if (kind != "view")
       for (const TObjectChange* change : made) maker.Make(*change);
     else

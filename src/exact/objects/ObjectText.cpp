@@ -69,6 +69,30 @@ std::string Joined(std::initializer_list<std::string_view> parts) {
   return text;
 }
 
+// Whether it is what a server takes for a character set by itself; which one that is hangs on the server.
+bool IsOwnCollation(const std::string& collation) {
+  return collation.ends_with("_general_ci") ||
+         InList(collation, {"utf8mb4_0900_ai_ci", "utf8mb4_uca1400_ai_ci", "latin1_swedish_ci", "binary"});
+}
+
+// Of types as servers of either product print them: how wide integers are shown, and a collation that goes without
+// saying, do not count.
+std::string TypeMeaning(TTokens tokens) {
+  std::vector<TToken> counted;
+  for (std::size_t at = 0; at < tokens.size(); ++at) {
+    const bool shown = tokens[at].Is("(") && at > 0 && TokenAt(tokens, at + 2).Is(")") &&
+                       InList(LowerText(tokens[at - 1].text), {"tinyint", "smallint", "mediumint", "int", "bigint"});
+    const bool filled = TokenAt(tokens, at + 3).Is("zerofill") || TokenAt(tokens, at + 4).Is("zerofill");
+    if (shown && !filled)
+      at += 2;
+    else if (tokens[at].Is("collate") && IsOwnCollation(LowerText(TokenAt(tokens, at + 1).text)))
+      ++at;
+    else
+      counted.push_back(tokens[at]);
+  }
+  return Meaning(counted);
+}
+
 class TReader {
  public:
   TReader(std::string_view text, const std::string& database, bool quotes_names)
@@ -295,11 +319,11 @@ class TReader {
     if (!Token().Is("(")) Unexpected();
     const std::size_t open = at_;
     at_ = std::min(AfterGroup(tokens_, open), end_);
-    Say("parameters", Meaning(Span(open + 1, at_ - 1)));
+    Say("parameters", TypeMeaning(Span(open + 1, at_ - 1)));
     if (Take({"returns"})) {
       const std::size_t first = at_;
       PassType();
-      Say("returns", Meaning(Span(first, at_)));
+      Say("returns", TypeMeaning(Span(first, at_)));
     }
     while (ReadCharacteristic()) {
     }

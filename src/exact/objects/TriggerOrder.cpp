@@ -63,6 +63,7 @@ void OrderGroup(TGroup& group) {
   for (TOrderedTrigger* trigger : staying) trigger->moved = std::ranges::find(kept, trigger) == kept.end();
   for (std::size_t i = 0; i < group.size(); ++i) {
     TTriggerPlace& place = group[i]->place;
+    place.rank = i;
     for (std::size_t j = i; j-- > 0;) {
       place.before.push_back(group[j]->name);
       if (group[j]->there == nullptr) place.added.push_back(group[j]->name);

@@ -13,6 +13,7 @@ namespace velmora {
 
 // Where a trigger is to stand among those that fire with it.
 struct TTriggerPlace {
+  std::size_t rank = 0;  // among them, from 0
   TStringList before{};  // that fire before it in the reference, the nearest first
   TStringList added{};   // those of them that the target does not have yet
   std::string next{};    // the first that fires after it and stays where it is; empty for none
