@@ -1,0 +1,101 @@
+// Runs beside others who use the target meanwhile.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "support/LiveCompanion.h"
+
+namespace velmora {
+namespace {
+
+using testing::Answer;
+using ::testing::HasSubstr;
+using testing::RunLive;
+using testing::TAnswer;
+using testing::TLiveDatabase;
+
+class LiveRunsTest : public testing::TLiveCompanion {
+ protected:
+  LiveRunsTest() {
+    database_.Run("create table t (a int primary key) engine=InnoDB");
+    database_.Run("create view v as select 1 one");
+    File("wanted.sql",
+         "create table t (a int primary key, b int) engine=InnoDB; create table n (a int) engine=InnoDB;");
+  }
+  std::vector<std::string> Sync(std::vector<std::string> more = {}) {
+    more.insert(more.begin(), {"sync", folder_ / "wanted.sql", testing::LiveSource("beside"), "--allow-unsafe"});
+    return more;
+  }
+  std::string Ask(const std::string& query) { return Answer(database_.Connection(), query); }
+  std::string ColumnsOfT() {
+    return Ask("select count(*) from information_schema.columns where table_schema = 'beside' and table_name = 't'");
+  }
+
+  TLiveDatabase database_{"beside"};
+};
+
+// The question before the run takes as long as the user does.
+TEST_F(LiveRunsTest, NothingRunsOnATargetThatMoved) {
+  const struct {
+    const char* meanwhile;
+    const char* told;
+  } cases[] = {
+      {"alter table t comment 'moved'", "table t is not as it was"},
+      {"drop table t", "table t is gone"},
+      {"create table n (x int)", "table n has come"},
+      {"drop view v", "view v is gone"},
+  };
+  for (const auto& c : cases) {
+    for (const char* undo : {"drop table if exists t, n", "create table t (a int primary key) engine=InnoDB",
+                             "create or replace view v as select 1 one"})
+      database_.Run(undo);
+    const TAnswer answer = RunLive(Sync(), [&](const std::string&, bool) {
+      database_.Run(c.meanwhile);
+      return "yes";
+    });
+    EXPECT_EQ(answer.status, 2) << c.meanwhile;
+    EXPECT_THAT(answer.err, HasSubstr(std::string("nothing was run: ") + c.told + ". Compare anew"));
+    EXPECT_NE(ColumnsOfT(), "2") << c.meanwhile;
+  }
+}
+
+TEST_F(LiveRunsTest, ALockThatIsGivenBackInTimeHoldsNobodyUp) {
+  database_.Run("lock tables t read");
+  File("err", "");
+  Start(Sync({"--yes", "--lock-wait", "1", "--retries", "9", "--dialect", "exact"}));
+  WaitUntil("it is told", [&] { return Told().find("try 2 of 10 follows") != std::string::npos; });
+  database_.Run("unlock tables");
+  const TAnswer answer = End();
+  EXPECT_EQ(answer.status, 0) << answer.err;
+  EXPECT_EQ(ColumnsOfT(), "2");
+}
+
+// Rows would still come, and a comparison would see what is about to change.
+TEST_F(LiveRunsTest, ARunDoesNotGoOnWhileTheServerIsStillAtIt) {
+  File(
+      "j",
+      R"J({"run":"begins","version":1,"at":"now","target":"database beside of server localhost","statements":2,"undo":""}
+{"statement":1,"state":"begins","hash":"1","text":"select get_lock('beside', 60)"}
+)J");
+  ASSERT_EQ(Ask("select get_lock('beside', 60)"), "1");
+  const auto other = testing::ServerConnection(testing::TPrivateServer::Shared(), "beside");
+  other->SetConnected(true);
+  const std::string id = Answer(*other, "select connection_id()");
+  std::thread at_work([&] { Answer(*other, "select get_lock('beside', 60)"); });
+  WaitUntil("it waits", [&] {
+    return Ask("select count(*) from information_schema.processlist where info like 'select get_lock%'") != "0";
+  });
+  const std::vector<std::string> sync = Sync({"--yes", "--lock-wait", "1", "--journal", folder_ / "j"});
+  const TAnswer refused = RunLive(sync);
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_THAT(refused.err, HasSubstr("still under way on the target, as connection " + id));
+  database_.Run("do release_lock('beside')");
+  at_work.join();
+  const TAnswer answer = RunLive(sync);
+  EXPECT_EQ(answer.status, 0) << answer.err;
+}
+
+}  // namespace
+}  // namespace velmora
