@@ -254,15 +254,20 @@ void TAligner::Alone(ESide side, const TBlock& block, const TBlock* other) {
     row.kind = EAlignedRow::Equal;
     row.note = IgnoredNote(EEquivalence::GeneratedKey);
   }
+  if (block.kind == EBlock::Partitioning && use_.On(EEquivalence::Partitions)) {
+    row.kind = EAlignedRow::Equal;
+    row.note = IgnoredNote(EEquivalence::Partitions);
+  }
   if (other != nullptr) {
     const TBlock& left = side == kLeft ? block : *other;
     const TBlock& right = side == kLeft ? *other : block;
     const TVerdict verdict = Judge(left, right);
     row.moved = true;
     row.note = Format(verdict.same ? kMovedNote : kMovedChangedNote, other->first + 1);
-    if (verdict.same && block.element->kind != EElement::Column) {
+    const bool column = block.element->kind == EElement::Column;
+    if (verdict.same && (!column || use_.On(EEquivalence::ColumnOrder))) {
       row.kind = EAlignedRow::Equal;
-      row.note = IgnoredNote(EEquivalence::KeyOrder) + "\n" + row.note;
+      row.note = IgnoredNote(column ? EEquivalence::ColumnOrder : EEquivalence::KeyOrder) + "\n" + row.note;
     }
     if (OneLineEach(left, right)) row.sides[side] = PairOf(left.first, right.first, verdict, &left).sides[side];
   }
@@ -369,9 +374,9 @@ bool TAligner::SameMeaning(const TBlock& left, const TBlock& right) {
     case EBlock::Element:
       return across_->Same(*left.element, *right.element);
     case EBlock::Options:
-      return SameOptions(a, b, use_) && (!EndsInOptions() || SamePartitioning(a, b));
+      return SameOptions(a, b, use_) && (!EndsInOptions() || SamePartitioning(a, b, use_));
     case EBlock::Partitioning:
-      return SamePartitioning(a, b);
+      return SamePartitioning(a, b, use_);
   }
   return false;
 }
@@ -401,7 +406,7 @@ bool TAligner::MeansWhatItMeant(const TBlock& block, const std::string& line) {
   const bool element = block.kind == EBlock::Element;
   if (!element && block.kind != EBlock::Options) return false;
   const TTableText table = ReadTableText(element ? Format(kOneElement, line) : kNoElement + line);
-  if (!element) return SameOptions(Table(kLeft), table, use_) && SamePartitioning(Table(kLeft), table);
+  if (!element) return SameOptions(Table(kLeft), table, use_) && SamePartitioning(Table(kLeft), table, use_);
   return table.elements.size() == 1 && within_->Same(*block.element, table.elements.front());
 }
 

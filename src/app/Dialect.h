@@ -84,6 +84,7 @@ struct TFindings {
   std::vector<TUnmadeElement> unmade{};    // what a reference that is not MySQL has and MySQL has no form for
   std::vector<TUnmadeElement> accepted{};  // of what has none, that the user goes on without
   std::vector<TMadeColumn> mapping{};      // what became of its columns
+  TLeftOut left_out{};                     // by the selection
 };
 
 // What the user should hear of a comparison that ended well.

@@ -80,8 +80,8 @@ std::unique_ptr<TDBConn> TExactDialect::Compare() {
 }
 
 TFindings TExactDialect::Findings() const {
-  return {sync.Skipped(),     sync.NotFollowed(), sync.Objects(),  sync.DifferencesLeft(),
-          sync.NothingLeft(), sync.Unmade(),      sync.Accepted(), sync.MadeColumns()};
+  return {sync.Skipped(), sync.NotFollowed(), sync.Objects(),     sync.DifferencesLeft(), sync.NothingLeft(),
+          sync.Unmade(),  sync.Accepted(),    sync.MadeColumns(), sync.LeftOut()};
 }
 
 // What is left alone, could not be read, and could not be proved.
@@ -89,6 +89,8 @@ std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
   std::vector<TRemark> remarks;
   const auto tell = [&](bool warning, std::string text) { remarks.push_back({warning, std::move(text)}); };
   for (const std::string& line : sync.CaseTwins()) tell(false, line);
+  if (sync.LeftOut().Any()) tell(false, "Left out: " + sync.LeftOut().Text());
+  for (const std::string& line : sync.KeysToNothing()) tell(true, line);
   for (const std::string& line : sync.LeftAlone()) tell(false, line);
   for (const TObjectDifference& object : sync.Objects())
     tell(false, Format("Not the same: %s %s: %s", object.kind, object.name, object.difference));

@@ -30,6 +30,8 @@ void AddFindings(const TDialect& dialect, bool failed, const std::optional<int>&
   for (const TObjectDifference& object : findings.objects)
     objects.push_back({{"kind", object.kind}, {"name", object.name}, {"difference", object.difference}});
   document["objects"] = std::move(objects);
+  const TLeftOut& left = findings.left_out;
+  document["left_out"] = {{"tables", left.tables}, {"objects", left.objects}, {"differences", left.changes}};
   document["mapping"] = MappingJson(findings.mapping);
   document["unmade"] = UnmadeJson(findings.unmade);
   const bool proved = !failed && (findings.skipped.empty() || findings.differences_left > 0);

@@ -133,7 +133,7 @@ void TTableComparison::CompareOptions() {
 }
 
 void TTableComparison::ComparePartitioning() {
-  if (SamePartitioning(reference_, target_)) return;
+  if (SamePartitioning(reference_, target_, use_)) return;
   TChange change;
   change.action = saChangeTableType;
   change.item = kPartitioningItem;
@@ -203,6 +203,7 @@ void TTableComparison::CompareColumns() {
   for (const std::size_t place : LongestIncreasing(order)) stays[common[place]] = true;
 
   const auto place = [&wanted](std::size_t i) { return i == 0 ? std::string() : wanted[i - 1]->name; };
+  const bool ordered = !use_.On(EEquivalence::ColumnOrder);
   std::vector<std::size_t> moved;
   for (const std::size_t i : common) {
     if (Same(*wanted[i], *there[matches[i]])) {
@@ -210,9 +211,12 @@ void TTableComparison::CompareColumns() {
       continue;
     }
     TChange change = Change(saModifyColumn, there[matches[i]], wanted[i]);
-    if (!stays[i]) change.after = place(i);
+    if (!stays[i] && ordered) change.after = place(i);
     Add(std::move(change));
   }
+  if (!ordered && std::ranges::any_of(common, [&stays](std::size_t i) { return !stays[i]; }))
+    use_.Add(EEquivalence::ColumnOrder);
+  if (!ordered) moved.clear();
   for (const std::size_t i : moved) {
     TChange change = Change(saModifyColumn, there[matches[i]], wanted[i]);
     change.after = place(i);

@@ -93,19 +93,26 @@ bool DropRestricts(TCanonicalForm& form) {
   return of_delete || of_update;
 }
 
+bool DropComment(TCanonicalForm& form) {
+  const bool found = !form[ESlot::Comment].empty();
+  form[ESlot::Comment].clear();
+  return found;
+}
+
 struct TRule {
   EEquivalence id;
   TApply apply;
   std::array<ESlot, 2> slots;  // it looks for something here
 };
-// AutoIncrement and OptionOrder are of options, KeyOrder, GeneratedKey and CopiedName of tables, not of elements;
-// charsets are compared in pairs, by CharsetsAgree.
-constexpr std::array<TRule, 5> kRules = {
+// AutoIncrement and OptionOrder are of options, KeyOrder, GeneratedKey, CopiedName, ColumnOrder and Partitions of
+// tables, not of elements; charsets are compared in pairs, by CharsetsAgree.
+constexpr std::array<TRule, 6> kRules = {
     {{EEquivalence::DisplayWidth, DropDisplayWidth, {ESlot::Arguments, ESlot::Arguments}},
      {EEquivalence::QuotedNumber, UnquoteNumber, {ESlot::Default, ESlot::Default}},
      {EEquivalence::CurrentTimestamp, ShortenTimestamps, {ESlot::Default, ESlot::OnUpdate}},
      {EEquivalence::UsingBtree, DropBtree, {ESlot::Using, ESlot::Using}},
-     {EEquivalence::NoAction, DropRestricts, {ESlot::DeleteRule, ESlot::UpdateRule}}}};
+     {EEquivalence::NoAction, DropRestricts, {ESlot::DeleteRule, ESlot::UpdateRule}},
+     {EEquivalence::Comments, DropComment, {ESlot::Comment, ESlot::Comment}}}};
 
 constexpr std::array<TEquivalence, kEquivalenceCount> kEquivalences = {
     {{EEquivalence::AutoIncrement, "auto-increment", "the counter of a table, AUTO_INCREMENT=N"},
@@ -116,11 +123,15 @@ constexpr std::array<TEquivalence, kEquivalenceCount> kEquivalences = {
      {EEquivalence::CurrentTimestamp, "current-timestamp", "current_timestamp, current_timestamp(), now(), localtime"},
      {EEquivalence::UsingBtree, "using-btree", "USING BTREE where the engine makes such keys by itself"},
      {EEquivalence::NoAction, "no-action", "ON DELETE and ON UPDATE with RESTRICT, NO ACTION or not at all"},
-     {EEquivalence::OptionOrder, "option-order", "the order of table options"},
-     {EEquivalence::KeyOrder, "key-order", "the order of keys, checks and foreign keys"},
+     {EEquivalence::OptionOrder, "option-order", "the order of table options", true, false},
+     {EEquivalence::KeyOrder, "key-order", "the order of keys, checks and foreign keys", true, false},
      {EEquivalence::GeneratedKey, "generated-key", "the invisible primary key that a server makes for a table without"},
      {EEquivalence::CopiedName, "copied-name",
-      "underscores before the name of a foreign key or check, as tools for large tables put them there"}}};
+      "underscores before the name of a foreign key or check, as tools for large tables put them there"},
+     {EEquivalence::ColumnOrder, "column-order", "the order of columns", false},
+     {EEquivalence::Comments, "comments", "comments of tables, columns and keys", false},
+     {EEquivalence::Partitions, "partitions", "how tables are partitioned, and whether they are", false},
+     {EEquivalence::Charset, "charset", "character sets and collations of tables and columns", false}}};
 
 // --- Elements
 
@@ -157,6 +168,11 @@ bool Differ(const TCanonicalForm& a, const TCanonicalForm& b, const std::array<E
 TNeeded TakeOut(TCanonicalForm& a, TCanonicalForm& b, const TEquivalenceUse& use) {
   TNeeded needed{};
   needed[kInherited] = use.On(EEquivalence::InheritedCharset) && a.own != b.own;
+  if (use.On(EEquivalence::Charset) && !CharsetsAgree(a, b, needed[kInherited])) {
+    needed[kInherited] = false;
+    needed[static_cast<std::size_t>(EEquivalence::Charset)] = true;
+    for (TCanonicalForm* form : {&a, &b}) form->own = form->effective = {};
+  }
   for (const TRule& rule : kRules) {
     if (!use.On(rule.id) || !Differ(a, b, rule.slots)) continue;
     const bool in_a = rule.apply(a);
@@ -169,6 +185,16 @@ TNeeded TakeOut(TCanonicalForm& a, TCanonicalForm& b, const TEquivalenceUse& use
 }  // namespace
 
 std::span<const TEquivalence, kEquivalenceCount> Equivalences() { return kEquivalences; }
+
+const TEquivalence* FindEquivalence(std::string_view name) {
+  const auto* const row =
+      std::ranges::find_if(kEquivalences, [name](const TEquivalence& of) { return SameText(of.name, name); });
+  return row == kEquivalences.end() ? nullptr : row;
+}
+
+TEquivalenceUse::TEquivalenceUse() {
+  for (const TEquivalence& row : kEquivalences) Switch(row.id, row.on);
+}
 
 TInheritance InheritanceOf(const TTableText& table) {
   TInheritance result;
@@ -198,8 +224,11 @@ bool TElementComparison::Same(const TElement& in_a, const TElement& in_b) {
   return true;
 }
 
-bool SamePartitioning(const TTableText& a, const TTableText& b) {
-  return a.partitioning == b.partitioning || CanonicalPartitioning(a) == CanonicalPartitioning(b);
+bool SamePartitioning(const TTableText& a, const TTableText& b, TEquivalenceUse& use) {
+  if (a.partitioning == b.partitioning || CanonicalPartitioning(a) == CanonicalPartitioning(b)) return true;
+  if (!use.On(EEquivalence::Partitions)) return false;
+  use.Add(EEquivalence::Partitions);
+  return true;
 }
 
 }  // namespace velmora

@@ -24,6 +24,11 @@ enum class EEquivalence {
   KeyOrder,          // the order of keys, checks and foreign keys; counted once a table, whether it is on or not
   GeneratedKey,      // a primary key that a server made by itself where the other table has none; once a table
   CopiedName,        // underscores that a tool for large tables has put before the name of a constraint
+  // Not taken as equal unless it is switched on.
+  ColumnOrder,  // the order of columns; once a table
+  Comments,     // of tables, columns and keys
+  Partitions,   // by what a table is partitioned, or whether
+  Charset,      // character sets and collations of tables and columns
   kCount
 };
 inline constexpr int kEquivalenceCount = static_cast<int>(EEquivalence::kCount);
@@ -32,13 +37,19 @@ struct TEquivalence {
   EEquivalence id;
   std::string_view name;  // as the log shows it and a switch names it: "auto-increment", "display-width", ...
   std::string_view help;
+  bool on = true;       // at first
+  bool follows = true;  // what differs can be changed; the order of keys and options is none that a statement sets
 };
 std::span<const TEquivalence, kEquivalenceCount> Equivalences();
 
-// Which of them count, all at first, and how often each made two texts equal that are written differently.
+// Null for a name that none of them has; letter case does not count.
+const TEquivalence* FindEquivalence(std::string_view name);
+
+// Which of them count, at first those of the table that do, and how often each made two texts equal that are written
+// differently.
 class TEquivalenceUse {
  public:
-  TEquivalenceUse() { on_.fill(true); }
+  TEquivalenceUse();
   void Switch(EEquivalence id, bool on) { on_[static_cast<std::size_t>(id)] = on; }
   bool On(EEquivalence id) const { return on_[static_cast<std::size_t>(id)]; }
   int Count(EEquivalence id) const { return counts_[static_cast<std::size_t>(id)]; }
@@ -51,7 +62,7 @@ class TEquivalenceUse {
 };
 
 // Whether the partitioning of two tables means the same.
-bool SamePartitioning(const TTableText& a, const TTableText& b);
+bool SamePartitioning(const TTableText& a, const TTableText& b, TEquivalenceUse& use);
 
 // What a table hands down to elements whose own text is silent.
 struct TInheritance {

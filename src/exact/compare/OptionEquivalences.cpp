@@ -15,6 +15,7 @@ namespace velmora {
 namespace {
 
 constexpr std::string_view kAutoIncrement = "AUTO_INCREMENT";
+constexpr std::string_view kComment = "COMMENT";
 
 bool IsCharsetOption(const TTableOption& option) {
   return option.name == "DEFAULT CHARSET" || option.name == "COLLATE";
@@ -40,6 +41,7 @@ bool IsReset(const TTableText& table, const TTableText& other, const TTableOptio
 // Options that are compared one by one: not the character set, which is a pair, and not the counter when it is off.
 bool Counts(const TTableOption& option, const TEquivalenceUse& use) {
   if (IsCharsetOption(option)) return false;
+  if (option.name == kComment && use.On(EEquivalence::Comments)) return false;
   return option.name != kAutoIncrement || !use.On(EEquivalence::AutoIncrement);
 }
 
@@ -73,8 +75,14 @@ bool CharsetsMeanTheSame(const TTableText& a, const TTableText& b) {
 }
 
 bool SameTableCharset(const TTableText& a, const TTableText& b, const TEquivalenceUse& use) {
-  if (OwnCharset(a) == OwnCharset(b)) return true;
+  if (OwnCharset(a) == OwnCharset(b) || use.On(EEquivalence::Charset)) return true;
   return use.On(EEquivalence::InheritedCharset) && CharsetsMeanTheSame(a, b);
+}
+
+// Of two that are not written alike and count as the same.
+EEquivalence CharsetReason(const TTableText& a, const TTableText& b, const TEquivalenceUse& use) {
+  const bool same = use.On(EEquivalence::InheritedCharset) && CharsetsMeanTheSame(a, b);
+  return same ? EEquivalence::InheritedCharset : EEquivalence::Charset;
 }
 
 // Names of the options that the other one has too.
@@ -91,9 +99,9 @@ bool SameTexts(const std::vector<TTableOption>& a, const std::vector<TTableOptio
   });
 }
 
-bool SameCounter(const TTableText& a, const TTableText& b) {
-  const TTableOption* in_a = a.FindOption(kAutoIncrement);
-  const TTableOption* in_b = b.FindOption(kAutoIncrement);
+bool SameValue(const TTableText& a, const TTableText& b, std::string_view name) {
+  const TTableOption* in_a = a.FindOption(name);
+  const TTableOption* in_b = b.FindOption(name);
   if (in_a == nullptr || in_b == nullptr) return in_a == in_b;
   return in_a->value == in_b->value;
 }
@@ -107,8 +115,9 @@ bool SameOptions(const TTableText& a, const TTableText& b, TEquivalenceUse& use)
   const bool ordered = SharedOrder(a, b) == SharedOrder(b, a);
   if (!ordered && !use.On(EEquivalence::OptionOrder)) return false;
   if (!ordered) use.Add(EEquivalence::OptionOrder);
-  if (!SameCounter(a, b)) use.Add(EEquivalence::AutoIncrement);
-  if (OwnCharset(a) != OwnCharset(b)) use.Add(EEquivalence::InheritedCharset);
+  if (!SameValue(a, b, kAutoIncrement)) use.Add(EEquivalence::AutoIncrement);
+  if (use.On(EEquivalence::Comments) && !SameValue(a, b, kComment)) use.Add(EEquivalence::Comments);
+  if (OwnCharset(a) != OwnCharset(b)) use.Add(CharsetReason(a, b, use));
   return true;
 }
 

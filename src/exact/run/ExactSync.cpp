@@ -21,6 +21,7 @@ constexpr char kNoReference[] = "There is no reference database";
 constexpr char kNoTarget[] = "There is no target database";
 constexpr char kSkipped[] = "Skipped: table %s, %s: %s";
 constexpr char kStatement[] = "Not followed: %s";
+constexpr char kLeftOut[] = "Left out: %s";
 constexpr char kOtherObject[] = "Not the same: %s %s: %s";
 constexpr char kUnmade[] = "No form in MySQL: %s";
 constexpr char kMapping[] = "Mapping: %s";
@@ -91,7 +92,7 @@ void TExactSync::Compare() {
         Connect(reference);
         Connect(target);
         const std::unique_ptr<TTextMaker> maker = MakerFor(reference);
-        ReadPair(reference, target, Collations, progress_, table_under_way_, maker.get(), read_);
+        ReadPair(reference, target, Collations, Wishes.selection, progress_, table_under_way_, maker.get(), read_);
         table_under_way_.clear();
         if (maker == nullptr) case_twins_ = velmora::CaseTwins(reference, target);
         CompareSchemas(target);
@@ -117,9 +118,10 @@ std::unique_ptr<TTextMaker> TExactSync::MakerFor(TDBConn& reference) const {
 void TExactSync::Forget() {
   data_.mtActions.Clear();
   ActionLog.clear();
-  Equivalences.ResetCounts();
+  Equivalences = SwitchedEquivalences(Wishes);
   read_ = {};
   case_twins_.clear();
+  keys_to_nothing_.clear();
   changes_.clear();
   objects_ = {};
   plan_.clear();
@@ -129,10 +131,19 @@ void TExactSync::Forget() {
   target_lost_ = false;
 }
 
+// What is left out of the comparison is no difference, whenever it is looked for.
+std::vector<TChange> TExactSync::ChangesOf(const TSchema& target, TEquivalenceUse& use, const TTableNames* only,
+                                           TLeftOut* left) const {
+  std::vector<TChange> changes = SchemaChanges(read_.reference.schema, target, use, only);
+  velmora::LeaveOut(Wishes.selection, changes, left);
+  return changes;
+}
+
 void TExactSync::CompareSchemas(TDBConn& target) {
   progress_.SetTitle("Comparing tables...");
   Host().ProcessMessages();
-  changes_ = SchemaChanges(read_.reference.schema, read_.target.schema, Equivalences);
+  changes_ = ChangesOf(read_.target.schema, Equivalences, nullptr, &read_.left_out);
+  keys_to_nothing_ = ForeignKeysToNothing(changes_, read_.reference.schema, read_.left_out);
   MarkUnknownCollations(target, read_.target.texts, changes_);
   for (TChange& change : changes_) {
     const TActionRow& row = data_.mtActions.Append(change.action, change.table, change.item, change.Description());
@@ -212,7 +223,7 @@ void TExactSync::Prove() {
   const TTableNames touched = TouchedTables();
   const TSchema after = TablesAfter(plan_, proof_);
   TEquivalenceUse use = Equivalences;
-  const std::vector<TChange> left = SchemaChanges(read_.reference.schema, after, use, &touched);
+  const std::vector<TChange> left = ChangesOf(after, use, &touched);
   TStringList objects_left = ObjectsLeft();
   differences_left_ = static_cast<int>(left.size() + objects_left.size());
   proof_.push_back(differences_left_ == 0 ? Format(kVerified, NothingLeft()) : Format(kNotVerified, differences_left_));
@@ -241,6 +252,8 @@ std::vector<TPlanStatement> TExactSync::PlanOf(const std::vector<TChange>& chang
 
 void TExactSync::FillLog() {
   ActionLog = case_twins_;
+  if (read_.left_out.Any()) ActionLog.push_back(Format(kLeftOut, read_.left_out.Text()));
+  ActionLog.insert(ActionLog.end(), keys_to_nothing_.begin(), keys_to_nothing_.end());
   ActionLog.insert(ActionLog.end(), read_.left_alone.begin(), read_.left_alone.end());
   for (const TObjectDifference& object : objects_.differences)
     ActionLog.push_back(Format(kOtherObject, object.kind, object.name, object.difference));

@@ -53,6 +53,8 @@ class TExactSync {
   const std::vector<TSkippedTable>& Skipped() const { return read_.skipped; }
   const TStringList& CaseTwins() const { return case_twins_; }           // see sync/CaseTwins.h
   const TStringList& NotFollowed() const { return read_.not_followed; }  // statements of a script, with the reason
+  const TLeftOut& LeftOut() const { return read_.left_out; }             // by the selection
+  const TStringList& KeysToNothing() const { return keys_to_nothing_; }  // see ForeignKeysToNothing
   const TStringList& LeftAlone() const { return read_.left_alone; }      // a line for each object that is not handled
   // Of what stands beside tables: what no action changes, and why.
   const std::vector<TObjectDifference>& Objects() const { return objects_.differences; }
@@ -100,6 +102,8 @@ class TExactSync {
  private:
   std::unique_ptr<TTextMaker> MakerFor(TDBConn& reference) const;
   void CompareSchemas(TDBConn& target);
+  std::vector<TChange> ChangesOf(const TSchema& target, TEquivalenceUse& use, const TTableNames* only = nullptr,
+                                 TLeftOut* left = nullptr) const;
   void CompareOthers();
   std::vector<TPlanStatement> PlanOf(const std::vector<TChange>& changes,
                                      const std::vector<TObjectChange>& objects) const;
@@ -122,6 +126,7 @@ class TExactSync {
   TMessageLog& log_;
   TReadPair read_;
   TStringList case_twins_;
+  TStringList keys_to_nothing_;
   std::vector<TChange> changes_;
   TObjectComparison objects_;
   TPlanServer server_;

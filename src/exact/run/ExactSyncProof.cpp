@@ -81,8 +81,9 @@ int TExactSync::VerifyOnServer(const TScratchPorts& ports) {
       },
       [this] { progress_.Finish(); });
   TEquivalenceUse use = Equivalences;
-  const TSchema reference = PrintedAs(after, read_.reference.schema);
-  return static_cast<int>(SchemaChanges(reference, after, use).size() + objects_left);
+  std::vector<TChange> left = SchemaChanges(PrintedAs(after, read_.reference.schema), after, use);
+  LeaveOut(Wishes.selection, left, nullptr);
+  return static_cast<int>(left.size() + objects_left);
 }
 
 }  // namespace velmora

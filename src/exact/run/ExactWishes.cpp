@@ -10,9 +10,51 @@ namespace velmora {
 
 namespace {
 
+constexpr char kNoEquivalence[] = "\"%s\" is nothing that can be taken as equal; there are: %s";
+constexpr char kNeverCounts[] = "\"%s\" cannot be asked for strictly: no statement changes it";
 constexpr char kNoWish[] = "The task asks for \"%s\", which this version does not know";
 
+// As a message lists them.
+std::string EquivalenceNames(bool strict) {
+  TStringList names;
+  for (const TEquivalence& row : Equivalences())
+    if (row.follows || !strict) names.emplace_back(row.name);
+  return JoinList(names, ", ");
+}
+
+void TakeEquivalence(const std::string& name, bool strict, TStringList& names) {
+  const TEquivalence* row = FindEquivalence(name);
+  if (row == nullptr) RaiseError(Format(kNoEquivalence, name, EquivalenceNames(strict)));
+  if (strict && !row->follows) RaiseError(Format(kNeverCounts, name));
+  if (std::string known(row->name); IndexOf(names, known) == kNotInList) names.push_back(std::move(known));
+}
+
+TStringList TextsOf(const std::vector<TPattern>& patterns) {
+  TStringList texts;
+  for (const TPattern& pattern : patterns) texts.push_back(pattern.text);
+  return texts;
+}
+
 constexpr std::array kOptions = {
+    TExactOption{
+        "only", "PATTERN", true, "Only",
+        "Compare only what such a pattern names, as in 'orders*' (tables, with their triggers), 'view:v_*', "
+        "'orders.total', 'index:orders.ix_*'; * stands for any letters, ? for one",
+        [](TExactWishes& wishes, const std::string& text) { wishes.selection.only.push_back(ReadPattern(text)); },
+        [](const TExactWishes& wishes) { return TextsOf(wishes.selection.only); }},
+    TExactOption{
+        "except", "PATTERN", true, "Except", "Leave out what such a pattern names, as in 'tmp_*', 'triggers:*'",
+        [](TExactWishes& wishes, const std::string& text) { wishes.selection.except.push_back(ReadPattern(text)); },
+        [](const TExactWishes& wishes) { return TextsOf(wishes.selection.except); }},
+    TExactOption{"ignore", "NAME", true, "Take as equal",
+                 "What need not be the same: column-order, comments, partitions, charset",
+                 [](TExactWishes& wishes, const std::string& text) { TakeEquivalence(text, false, wishes.ignored); },
+                 [](const TExactWishes& wishes) { return wishes.ignored; }},
+    TExactOption{"strict", "NAME", true, "Strictly",
+                 "What is otherwise taken as equal and is to differ, as in display-width, auto-increment, "
+                 "inherited-charset",
+                 [](TExactWishes& wishes, const std::string& text) { TakeEquivalence(text, true, wishes.strict); },
+                 [](const TExactWishes& wishes) { return wishes.strict; }},
     TExactOption{"definer", "POLICY", true, "Definers",
                  "The definers of views, triggers, routines and events: ignore (as it is), compare, strip (the script "
                  "names none), or 'map A@B=C@D', which may be given several times",
@@ -33,6 +75,13 @@ void TakeLine(const std::string& line, TExactWishes& wishes) {
 }  // namespace
 
 std::span<const TExactOption> ExactOptions() { return kOptions; }
+
+TEquivalenceUse SwitchedEquivalences(const TExactWishes& wishes) {
+  TEquivalenceUse use;
+  for (const std::string& name : wishes.ignored) use.Switch(FindEquivalence(name)->id, true);
+  for (const std::string& name : wishes.strict) use.Switch(FindEquivalence(name)->id, false);
+  return use;
+}
 
 std::string ExactWishesText(const TExactWishes& wishes) {
   TStringList lines;

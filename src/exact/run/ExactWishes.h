@@ -6,17 +6,24 @@
 #include <string>
 #include <string_view>
 
+#include "exact/compare/Equivalences.h"
 #include "exact/objects/Definers.h"
+#include "exact/run/Selection.h"
 #include "util/Lists.h"
 
 namespace velmora {
 
 struct TExactWishes {
   TDefinerWishes definers{};
+  TSelection selection{};
+  TStringList ignored{};  // equivalences that are switched on, by their names
+  TStringList strict{};   // that are switched off, whatever is ignored
 
   bool operator==(const TExactWishes&) const = default;
   bool Any() const { return *this != TExactWishes(); }
 };
+
+TEquivalenceUse SwitchedEquivalences(const TExactWishes& wishes);
 
 // An option, one row of data each.
 struct TExactOption {

@@ -143,12 +143,13 @@ bool MayReferTo(std::string_view text, const TTableNames& tables) {
 
 class TPairReader {
  public:
-  TPairReader(TDBConn& reference, TDBConn& target, const TCollationMap& collations, TProgress& progress,
-              std::string& table_under_way, TTextMaker* maker, TReadPair& pair)
+  TPairReader(TDBConn& reference, TDBConn& target, const TCollationMap& collations, const TSelection& selection,
+              TProgress& progress, std::string& table_under_way, TTextMaker* maker, TReadPair& pair)
       : pair_(pair),
         reference_(kReferenceSide, reference, maker, pair.reference),
         target_(kTargetSide, target, nullptr, pair.target),
         collations_(collations),
+        selection_(selection),
         progress_(progress),
         table_under_way_(table_under_way) {}
 
@@ -215,11 +216,12 @@ class TPairReader {
     if (side.texts == nullptr) return {};
     TDatabaseObjects others{side.texts->TextsDatabase(), side.texts->OtherObjects()};
     others.not_all_seen = side.texts->KindsNotAllSeen();
-    for (const TOtherObject& object : others.objects) {
+    for (const TOtherObject& object : others.objects)
+      if (object.kind == "view" || object.kind == "sequence") side.others.emplace(object.name, object.kind);
+    LeaveOut(selection_, others, pair_.left_out);
+    for (const TOtherObject& object : others.objects)
       if (reference_.maker != nullptr || !IsScriptedKind(object.kind))
         pair_.left_alone.push_back(Format(kLeftAlone, object.kind, object.name, side.name));
-      if (object.kind == "view" || object.kind == "sequence") side.others.emplace(object.name, object.kind);
-    }
     return others;
   }
 
@@ -244,7 +246,7 @@ class TPairReader {
     if (other.MayHideMore())
       for (std::string& table : TablesOf(other)) theirs.insert(std::move(table));
     for (std::string& table : TablesOf(side)) {
-      if (side.others.contains(table)) continue;
+      if (side.others.contains(table) || LeftOut(side, table)) continue;
       if (const auto object = other.others.find(table); object != other.others.end()) {
         Skip(other, table, Format(kIsOther, object->second));
         LeaveAlone(other, table, object->second);
@@ -257,6 +259,14 @@ class TPairReader {
       side.listed.emplace(table, TListedTable());
       side.tables.push_back(std::move(table));
     }
+  }
+
+  bool LeftOut(const TSideReader& side, const std::string& table) {
+    if (selection_.ReadsTable(table)) return false;
+    if (&side == &target_) pair_.left_out.target.push_back(table);
+    if (&side == &reference_ || !reference_tables_.contains(table)) pair_.left_out.tables.push_back(table);
+    if (&side == &reference_) reference_tables_.insert(table);
+    return true;
   }
 
   void ReadTables() {
@@ -590,11 +600,13 @@ class TPairReader {
   TSideReader reference_;
   TSideReader target_;
   const TCollationMap& collations_;
+  const TSelection& selection_;
   TProgress& progress_;
   std::string& table_under_way_;
   TServerTraits server_;            // the target's, or of a script's other side
   TServerTraits reference_server_;  // where both sides are servers
   bool across_ = false;             // and do not speak alike
+  TTableNames reference_tables_;    // of those that are left out
   std::vector<TTaken> taken_;       // in the order in which they were read
 };
 
@@ -608,11 +620,12 @@ TChange WholeTable(TSyncAction action, const TTableText& table) {
 
 }  // namespace
 
-void ReadPair(TDBConn& reference, TDBConn& target, const TCollationMap& collations, TProgress& progress,
-              std::string& table_under_way, TTextMaker* maker, TReadPair& pair) {
-  TPairReader(reference, target, collations, progress, table_under_way, maker, pair).Read();
+void ReadPair(TDBConn& reference, TDBConn& target, const TCollationMap& collations, const TSelection& selection,
+              TProgress& progress, std::string& table_under_way, TTextMaker* maker, TReadPair& pair) {
+  TPairReader(reference, target, collations, selection, progress, table_under_way, maker, pair).Read();
   if (maker == nullptr) return;
   pair.unmade = maker->Unmade();
+  std::erase_if(pair.unmade, [&](const TUnmadeElement& of) { return !selection.ReadsTable(of.table); });
   pair.accepted = maker->Accepted();
   pair.made = maker->Columns();
   pair.made_log = maker->Log();

@@ -11,6 +11,7 @@
 #include "exact/compare/Collations.h"
 #include "exact/objects/ObjectChanges.h"
 #include "exact/plan/Plan.h"
+#include "exact/run/Selection.h"
 #include "exact/run/TextMaker.h"
 #include "sync/Progress.h"
 #include "util/Lists.h"
@@ -40,6 +41,7 @@ struct TReadPair {
   std::vector<TSkippedTable> skipped;  // in neither schema
   TStringList not_followed;            // statements of a script that may have made or changed tables unseen
   TStringList left_alone;              // a line for each object that is not handled
+  TLeftOut left_out;                   // by the selection; of differences none yet
   // Of what stands beside tables: none where a reference's texts are made, which says nothing of them.
   TDatabaseObjects wanted_objects;
   TDatabaseObjects target_objects;
@@ -53,9 +55,9 @@ struct TReadPair {
 // Both sides are connected and prepared. `table_under_way` follows the reading. A table that cannot be read or taken
 // apart is skipped; an error that leaves a side without a connection passes on, and so does one of a side that gives no
 // creation texts, unless it is the reference and `maker`, otherwise null, makes them. The reference's texts name
-// collations of the target in place of those that `collations` maps.
-void ReadPair(TDBConn& reference, TDBConn& target, const TCollationMap& collations, TProgress& progress,
-              std::string& table_under_way, TTextMaker* maker, TReadPair& pair);
+// collations of the target in place of those that `collations` maps. What `selection` leaves out is not read.
+void ReadPair(TDBConn& reference, TDBConn& target, const TCollationMap& collations, const TSelection& selection,
+              TProgress& progress, std::string& table_under_way, TTextMaker* maker, TReadPair& pair);
 
 // What has to be changed in `target`: obsolete tables, changes within tables, new tables. Looks at the tables `only`,
 // or at all for null.

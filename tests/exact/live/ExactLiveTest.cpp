@@ -99,6 +99,52 @@ class ExactLiveTest : public ::testing::Test {
   TApplication app_{progress_, editor_, log_, SystemClock()};
 };
 
+// What is left out is neither read nor changed; a foreign key into it stays.
+TEST_F(ExactLiveTest, SelectionsLeaveAloneWhatTheyDoNotName) {
+  RunAll(reference_,
+         {"create table tmp_p (id int primary key, n int)",
+          "create table o (id int primary key, total int, pid int, key ix_a (total), constraint f foreign "
+          "key (pid) references tmp_p (id))",
+          "create trigger tr before insert on o for each row set new.total = 1", "create view v as select 1 as a"});
+  RunAll(target_, {"create table tmp_p (id int primary key)", "create table tmp_q (a int)",
+                   "create table o (id int primary key, total bigint)", "insert into tmp_q values (1)"});
+  Open();
+  TExactWishes wishes = ReadExactWishes("except tmp_*\nexcept view:*\nexcept index:o.ix_*");
+  app_.Take({.exact = wishes});
+  TStringList log = Sync();
+  EXPECT_THAT(log, Contains("Left out: 2 tables, 1 object beside tables, 1 difference in tables"));
+  EXPECT_EQ(Ask("select (select count(*) from tmp_q) + (select count(*) from information_schema.columns where "
+                "table_schema = database() and table_name = 'tmp_p')"),
+            "2");
+  EXPECT_EQ(Exact().TargetText("tmp_p"), "");
+  wishes = ReadExactWishes("only trigger:t?");
+  app_.Take({.exact = wishes});
+  app_.Compare();
+  EXPECT_TRUE(app_.Dialect().Identical());
+  EXPECT_EQ(Exact().TargetText("o"), "");
+  // What is named here would be refused with checks on: nothing that is compared makes the other table.
+  target_.Run("drop table o, tmp_p");
+  app_.Take({.exact = ReadExactWishes("only o")});
+  EXPECT_THAT(Sync(),
+              Contains("Foreign key f of table o refers to table tmp_p, which is left out and not in the target"));
+}
+
+// A switch makes differences equal on a server as in memory.
+TEST_F(ExactLiveTest, WhatIsToBeIgnoredIsNoDifference) {
+  reference_.Run("create table t (a varchar(3) comment 'x', b int) charset=latin1 comment='t' partition by hash (b)");
+  target_.Run("create table t (b int, a varchar(3) character set utf8mb4) charset=latin1");
+  Open();
+  app_.Take({.exact = ReadExactWishes("ignore column-order\nignore comments\nignore charset\nignore partitions")});
+  app_.Compare();
+  EXPECT_TRUE(app_.Dialect().Identical()) << JoinList(app_.Dialect().ActionLog(), "\n");
+  EXPECT_THAT(app_.Dialect().ActionLog(), Contains("Taken as equal: comments (2)"));
+  app_.Take({.exact = ReadExactWishes("ignore column-order\nignore charset\nignore partitions")});
+  Sync();
+  EXPECT_EQ(Ask("select concat(ordinal_position, column_comment) from information_schema.columns where table_schema = "
+                "database() and column_name = 'a'"),
+            "2x");
+}
+
 // The statement without those of its lines, but the first and the last, that the server refuses; empty where these are
 // refused themselves.
 std::string WithoutRefusedLines(const std::string& statement, const std::function<bool(const std::string&)>& takes) {
