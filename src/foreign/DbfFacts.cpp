@@ -80,6 +80,25 @@ std::string ColumnIn(const std::string& expression, const TDbfStructure& structu
   return {};
 }
 
+// An expression in the common form: texts stand in ", \' or brackets, ".and." for "and".
+std::string PlainExpression(const std::string& text) {
+  std::string plain;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char open = text[at], close = open == '[' ? ']' : open;
+    const std::size_t end = open == '"' || open == '\'' || open == '[' ? text.find(close, at + 1) : std::string::npos;
+    if (end == std::string::npos) {
+      plain += open;
+      continue;
+    }
+    plain += "'" + StrReplace(text.substr(at + 1, end - at - 1), "'", "''") + "'";
+    at = end;
+  }
+  for (const char* word : {"and", "or", "not"})
+    for (std::size_t at; (at = PosNoCase("." + std::string(word) + ".", plain)) != 0;)
+      plain.replace(at - 1, std::string_view(word).size() + 2, " " + std::string(word) + " ");
+  return plain;
+}
+
 TForeignKey KeyOf(const TDbfIndex& index, const TDbfStructure& structure) {
   TForeignKey key{.name = index.name, .kind = index.unique ? EForeignKeyKind::Unique : EForeignKeyKind::Plain};
   if (structure.entry && SameText(index.name, structure.entry->primary_tag)) key.kind = EForeignKeyKind::Primary;
@@ -114,7 +133,7 @@ class TDbfFacts : public TFactReader {
     for (const TDbfIndex& index : structure.indexes) table.keys.push_back(KeyOf(index, structure));
     if (!structure.entry) return table;
     table.comment = structure.entry->comment;
-    if (!structure.entry->rule.empty()) table.checks.push_back({.text = structure.entry->rule});
+    if (!structure.entry->rule.empty()) table.checks.push_back({.text = PlainExpression(structure.entry->rule)});
     for (const TDbcRelation& relation : structure.entry->relations) AddReference(relation, structure, table);
     return table;
   }
@@ -142,9 +161,9 @@ class TDbfFacts : public TFactReader {
   static void Complete(const TDbcField& field, TForeignTable& table) {
     TForeignColumn& column = table.columns.back();
     column.name = field.name;
-    column.default_text = field.default_value;
+    if (field.default_value) column.default_text = PlainExpression(*field.default_value);
     column.comment = field.comment;
-    if (!field.rule.empty()) table.checks.push_back({.column = field.name, .text = field.rule});
+    if (!field.rule.empty()) table.checks.push_back({.column = field.name, .text = PlainExpression(field.rule)});
   }
 
   static std::string ColumnOfTag(const std::string& tag, const TDbfStructure& structure) {

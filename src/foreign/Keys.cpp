@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "foreign/Names.h"
 #include "mysqltext/ColumnParts.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -76,8 +77,7 @@ class TKeyMapper {
 
   std::string NameOf(const TForeignKey& key) {
     if (key.kind == EForeignKeyKind::Primary) return "PRIMARY";
-    const std::string name = MakeName(key.name, key.parts.empty() ? "key" : key.parts.front().column);
-    return names_.Take(SameText(name, "PRIMARY") ? "PRIMARY_KEY" : name);
+    return names_.Take(MakeKeyName(key.name, key.parts.empty() ? "key" : key.parts.front().column));
   }
 
   TColumnText TypeOf(const std::string& name) const {

@@ -101,7 +101,7 @@ class TSchemaMapper {
       table.refused = Facts(i).problem;
       const bool alone = likes[LowerText(read_[i].plain_name)] == 1;
       const std::string& wanted = alone ? read_[i].plain_name : table.source_name;
-      table.name = Spelled(names.Take(Cased(MakeName(wanted, "table"))));
+      table.name = Spelled(names.Take(Cased(MakeTableName(wanted, "table"))));
       places_.emplace(table.source_name, i);
       if (!SameText(table.name, wanted))
         TellOf(table, Format(kRenamed, table.source_name, table.name), EMadeLevel::Info);
@@ -115,7 +115,7 @@ class TSchemaMapper {
     TNames names;
     for (const TForeignColumn& column : Facts(at).columns) {
       TMappedColumn mapped{.source = column};
-      mapped.name = names.Take(Cased(MakeName(column.name, Format("column_%d", table.columns.size() + 1))));
+      mapped.name = names.Take(Cased(MakeColumnName(column.name, Format("column_%d", table.columns.size() + 1))));
       mapped.rule_names =
           RuleNames(column, {table.source_name + "." + column.name, read_[at].plain_name + "." + column.name,
                              table.name + "." + column.name, table.name + "." + mapped.name});
@@ -411,10 +411,19 @@ class TSchemaMapper {
       return Format(kNoUniqueParent, context_.server.Text(), parent.name, wanted);
     mapped.table = parent.name;
     const std::string made = "fk_" + table.name + "_" + Format("%d", table.references.size() + 1);
-    mapped.name = FreeName(MakeName(reference.name.empty() ? made : reference.name, made), table, reference_names_);
+    const std::string name = MakeKeyName(reference.name.empty() ? made : reference.name, made);
+    do mapped.name = FreeName(name, table, reference_names_);
+    while (NamesOtherKey(mapped, table));
     mapped.on_delete = RuleFor(reference.on_delete, table, mapped);
     mapped.on_update = RuleFor(reference.on_update, table, mapped);
     return {};
+  }
+
+  // The server makes a key of the reference's name, where none serves it.
+  static bool NamesOtherKey(const TMappedReference& reference, const TMappedTable& table) {
+    return std::ranges::any_of(table.keys, [&](const TMappedKey& key) {
+      return SameText(key.name, reference.name) && key.parts.front().column != reference.columns.front();
+    });
   }
 
   // Puts the pairs of columns into the order of a key of the parent's, which MySQL wants: sources take any order. Where

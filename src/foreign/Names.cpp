@@ -1,5 +1,9 @@
 #include "foreign/Names.h"
 
+#include <locale.h>
+#include <wctype.h>
+
+#include <array>
 #include <cstdint>
 
 #include "util/Format.h"
@@ -29,6 +33,30 @@ std::string HexDigits(std::uint32_t number) {
   return text;
 }
 
+// InnoDB's own columns, in lower case.
+constexpr std::array<std::string_view, 4> kStorageColumns = {"db_row_id", "db_trx_id", "db_roll_ptr", "fts_doc_id"};
+// What follows is the name of a file, and not of a table.
+constexpr std::string_view kFileNameMark = "#mysql50#";
+
+char32_t CodePointOf(std::string_view letter) {
+  constexpr unsigned kTail = 0x3F, kTailBits = 6;
+  constexpr std::array<unsigned, 5> kLead = {0, 0x7F, 0x1F, 0x0F, 0x07};  // by size
+  char32_t code = static_cast<unsigned char>(letter[0]) & (letter.size() == 1 ? 0xFFU : kLead.at(letter.size()));
+  for (const char c : letter.substr(1)) code = code << kTailBits | (static_cast<unsigned char>(c) & kTail);
+  return code;
+}
+
+// Servers ignore the case of all letters, not only of the plain ones.
+std::u32string Folded(std::string_view name) {
+  static const locale_t kLetters = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+  std::u32string folded;
+  for (std::size_t at = 0; at < name.size(); at += CharSize(name, at)) {
+    const char32_t code = CodePointOf(name.substr(at, CharSize(name, at)));
+    folded += kLetters == nullptr ? code : static_cast<char32_t>(towlower_l(static_cast<wint_t>(code), kLetters));
+  }
+  return folded;
+}
+
 }  // namespace
 
 std::string MakeName(std::string_view name, std::string_view nameless) {
@@ -48,13 +76,30 @@ std::string MakeName(std::string_view name, std::string_view nameless) {
   return CutChars(made, kKeptLetters) + "_" + HexDigits(Hash(made));
 }
 
+std::string MakeColumnName(std::string_view name, std::string_view nameless) {
+  std::string made = MakeName(name, nameless);
+  if (std::ranges::find(kStorageColumns, LowerText(made)) != kStorageColumns.end()) made += '_';
+  return made;
+}
+
+std::string MakeTableName(std::string_view name, std::string_view nameless) {
+  std::string made = MakeName(name, nameless);
+  if (made.starts_with(kFileNameMark)) made.front() = '_';
+  return made;
+}
+
+std::string MakeKeyName(std::string_view name, std::string_view nameless) {
+  std::string made = MakeName(name, nameless);
+  return SameText(made, "PRIMARY") ? "PRIMARY_KEY" : made;
+}
+
 std::string TNames::Take(const std::string& name) {
   std::string free = name;
-  for (int number = 2; !taken_.insert(LowerText(free)).second; ++number)
+  for (int number = 2; !taken_.insert(Folded(free)).second; ++number)
     free = CutChars(name, kKeptLetters) + Format("_%d", number);
   return free;
 }
 
-bool TNames::Has(const std::string& name) const { return taken_.contains(LowerText(name)); }
+bool TNames::Has(const std::string& name) const { return taken_.contains(Folded(name)); }
 
 }  // namespace velmora

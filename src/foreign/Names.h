@@ -17,15 +17,21 @@ inline constexpr std::size_t kLongestName = 64;  // letters
 // As MySQL takes it: letters that need four bytes become "_", blanks at the end go, what is longer than 64 letters
 // keeps the first 55 and gets a number of its own, the same in each run. `nameless` is for what is empty.
 std::string MakeName(std::string_view name, std::string_view nameless);
+// The same for columns: some names are the storage's own.
+std::string MakeColumnName(std::string_view name, std::string_view nameless);
+// The same for tables: some beginnings say where a file is.
+std::string MakeTableName(std::string_view name, std::string_view nameless);
+// The same for keys and references: the primary key alone is called as it is.
+std::string MakeKeyName(std::string_view name, std::string_view nameless);
 
-// Names of one table or database, which are told apart ignoring case.
+// Names of one table or database, which are told apart ignoring case, that of all letters.
 class TNames {
  public:
   std::string Take(const std::string& name);  // or with "_2", "_3" at its end
   bool Has(const std::string& name) const;
 
  private:
-  std::set<std::string> taken_;
+  std::set<std::u32string> taken_;
 };
 
 // The element of this very name, as `name_of` gives it, or else the first one that differs from it in case alone: of

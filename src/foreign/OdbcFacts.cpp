@@ -191,7 +191,7 @@ bool IsLetters(EFamily family) {
 }
 
 // A default as its source would write it. Texts and dates ought to come with their quotes, and from some drivers do
-// not: what no expression without a function can be is one.
+// not, its own quotes doubled: what no expression without a function can be is one.
 std::string DefaultOf(const std::string& text, EFamily family) {
   const bool moment = family == EFamily::Date || family == EFamily::Time || family == EFamily::DateTime;
   const bool digit = !text.empty() && text[0] >= '0' && text[0] <= '9';
@@ -200,7 +200,9 @@ std::string DefaultOf(const std::string& text, EFamily family) {
       "user",           "current_user", "session_user", "system_user",       "current_role", "current_catalog",
       "current_schema", "current_date", "current_time", "current_timestamp", "localtime",    "localtimestamp",
       "sysdate",        "systimestamp", "uid"};
-  const bool expression = text.find_first_of("'\"()|:@[") != std::string::npos || IndexOf(kWords, text) != kNotInList;
+  const bool expression = text.starts_with('\'') ||
+                          StrReplace(text, "''", "").find_first_of("'\"()|:@[") != std::string::npos ||
+                          IndexOf(kWords, text) != kNotInList;
   return expression ? text : "'" + text + "'";
 }
 
@@ -296,6 +298,12 @@ TForeignKey PrimaryIndexOf(const std::vector<TForeignKey>& indexes) {
   return {.name = index->name, .kind = EForeignKeyKind::Primary, .parts = index->parts};
 }
 
+// Where there is no primary key some drivers take the first unique one for it.
+bool IsUniqueAlone(const TForeignKey& primary, const std::vector<TForeignKey>& indexes) {
+  const bool listed = std::ranges::find(indexes, primary.name, &TForeignKey::name) != indexes.end();
+  return primary.name.starts_with("sqlite_autoindex_") || (primary.name == "PRIMARY" && !listed && !indexes.empty());
+}
+
 EReferenceRule RuleOf(std::optional<std::int64_t> number) {
   constexpr EReferenceRule kRules[] = {EReferenceRule::Cascade, EReferenceRule::Restrict, EReferenceRule::SetNull,
                                        EReferenceRule::NoAction, EReferenceRule::SetDefault};
@@ -377,6 +385,7 @@ class TOdbcFacts final : public TFactReader {
     if (!index_rows.Known()) table.known->Remove(EFact::OtherKeys);
     TForeignKey primary = PrimaryKeyOf(key_rows);
     std::vector<TForeignKey> indexes = IndexesOf(index_rows, table.columns);
+    if (IsUniqueAlone(primary, indexes)) primary.parts.clear();
     if (primary.parts.empty()) primary = PrimaryIndexOf(indexes);
     if (!primary.parts.empty()) {
       TakeIndexOf(primary, indexes);

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "engines/server/DBConnOracle.h"
+#include "foreign/Names.h"
 #include "foreign/Sequences.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -284,8 +285,7 @@ class TOracleFacts final : public TCatalogFacts {
     const std::string name = row.Text("name");
     const std::string condition = Trim(row.Text("condition"));
     const std::string filled = FilledColumn(condition);
-    const auto column =
-        std::ranges::find_if(table.columns, [&](const TForeignColumn& each) { return SameText(each.name, filled); });
+    const auto column = FindNamed(table.columns, filled, &TForeignColumn::name);
     if (column != table.columns.end()) {
       if (!IsOff(row)) column->nullable = false;
       return;
