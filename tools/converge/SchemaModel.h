@@ -4,27 +4,13 @@
 // parts of it go together on a server.
 
 #include <cstdint>
-#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Random.h"
+
 namespace velmora::testing {
-
-// The same numbers on every machine and with every library.
-class TRandom {
- public:
-  explicit TRandom(std::uint64_t seed) : engine_(seed) {}
-  std::size_t Below(std::size_t limit) { return static_cast<std::size_t>(engine_() % limit); }
-  bool Chance(std::size_t percent) { return Below(100) < percent; }
-  template <class Container>
-  auto& Pick(Container& container) {
-    return container[Below(std::size(container))];
-  }
-
- private:
-  std::mt19937_64 engine_;
-};
 
 enum class EFamily {
   Whole,

@@ -1,0 +1,175 @@
+#include "foreign/Road.h"
+
+#include <algorithm>
+#include <map>
+
+#include "app/Sources.h"
+#include "exact/run/ExactSync.h"
+#include "foreign/ForeignTexts.h"
+#include "mysqlclient/mysqlUtil.h"
+#include "support/LiveDatabase.h"
+#include "support/RecordingPorts.h"
+#include "support/ScratchFolder.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora::testing {
+
+namespace {
+
+// The list that a query has for each table, which its first column names.
+std::map<std::string, TStringList> ByTable(TLiveDatabase& database, const std::string& query) {
+  TStringList rows;
+  MySqlQueryList("select concat(t, '\\n', coalesce(v, '')) from (" + query + ") q", rows, database.Connection());
+  std::map<std::string, TStringList> lists;
+  for (std::string row : rows) {
+    const std::string table = StrChop("\n", row);
+    lists[table].push_back(row);
+  }
+  return lists;
+}
+
+constexpr char kColumns[] =
+    "select table_name t, is_nullable v from information_schema.columns where table_schema = database() "
+    "order by table_name, ordinal_position limit 100000";
+constexpr char kPrimary[] =
+    "select s.table_name t, c.ordinal_position v from information_schema.statistics s join information_schema.columns "
+    "c "
+    "on c.table_schema = s.table_schema and binary c.table_name = binary s.table_name and binary c.column_name = "
+    "binary s.column_name where s.table_schema = database() and s.index_name = 'PRIMARY' "
+    "order by s.table_name, s.seq_in_index limit 100000";
+constexpr char kReferences[] =
+    "select k.table_name t, concat(' ', c.ordinal_position, '>', p.ordinal_position) v "
+    "from information_schema.key_column_usage k "
+    "join information_schema.columns c on c.table_schema = k.table_schema and binary c.table_name = binary "
+    "k.table_name and "
+    "binary c.column_name = binary k.column_name join information_schema.columns p on p.table_schema = k.table_schema "
+    "and "
+    "binary p.table_name = binary k.referenced_table_name and binary p.column_name = binary k.referenced_column_name "
+    "where k.table_schema = database()";
+
+// As ShapeOf has it.
+TStringList ShapeThere(TLiveDatabase& database, bool nullability) {
+  auto primary = ByTable(database, kPrimary);
+  auto references = ByTable(database, kReferences);
+  TStringList shape;
+  for (const auto& [table, columns] : ByTable(database, kColumns)) {
+    std::string line;
+    for (const std::string& nullable : columns) line += nullability && nullable == "NO" ? 'N' : '0';
+    if (!primary[table].empty()) line += " primary " + JoinList(primary[table], ",");
+    std::ranges::sort(references[table]);
+    shape.push_back(line + JoinList(references[table], ""));
+  }
+  std::ranges::sort(shape);
+  return shape;
+}
+
+class TTraveller {
+ public:
+  TTraveller(TSourceMaker& maker, unsigned long long seed) : maker_(maker), random_(seed) {}
+
+  TRoadResult Travel() {
+    try {
+      Run();
+    } catch (const std::exception& error) {
+      Miss(error.what());
+    }
+    return std::move(result_);
+  }
+
+ private:
+  void Miss(const std::string& fault) { result_.fault += (result_.fault.empty() ? "" : "\n") + fault; }
+
+  void Run() {
+    TSketch sketch = DrawSketch(maker_.Dialect(), random_);
+    const std::string source = maker_.Make(sketch, folder_.Path(), random_);
+    connections_.reference = MakeSource(source);
+    connections_.target = target_.NewEngine();
+    sync_.MakeTexts = [this](TDBConn& reference) { return std::make_unique<TForeignTexts>(reference, wishes_); };
+    sync_.Compare();
+    for (const TUnmadeElement& element : sync_.Unmade()) {
+      result_.unmade.push_back(element.Text());
+      const auto expected = [&](const char* part) { return element.Text().find(part) != std::string::npos; };
+      if (std::ranges::none_of(maker_.Dialect().without_form, expected)) Miss("without a form: " + element.Text());
+      wishes_.accepted.push_back(element.table + "." + element.element);
+    }
+    for (const TSkippedTable& table : sync_.Skipped()) Miss("skipped: " + table.table + ": " + table.reason);
+    if (sync_.DifferencesLeft() != 0) Miss("the proof leaves differences:\n" + JoinList(sync_.ActionLog, "\n"));
+    result_.statements = sync_.Plan().size();
+    result_.tables = sketch.size();
+    RunPlan();
+    if (!result_.fault.empty()) return;
+    sync_.Compare();
+    if (!sync_.Plan().empty() || !sync_.Identical()) Miss("not identical then:\n" + JoinList(sync_.ActionLog, "\n"));
+    LookThere(sketch);
+  }
+
+  void RunPlan() {
+    if (std::getenv("VELMORA_TELL_PLAN") != nullptr)
+      for (const TPlanStatement& statement : sync_.Plan()) std::puts(statement.text.c_str());
+    for (const TPlanStatement& statement : sync_.Plan()) try {
+        target_.Run(statement.text);
+      } catch (const EVelmora& error) {
+        Miss(std::string(error.what()) + ": " + statement.text);
+      }
+  }
+
+  // What is there, asked otherwise than by the comparison.
+  void LookThere(const TSketch& sketch) {
+    const TSketchDialect& dialect = maker_.Dialect();
+    const TStringList there = ShapeThere(target_, dialect.nullability), wanted = ShapeOf(sketch, dialect);
+    if (dialect.shaped && result_.unmade.empty() && there != wanted)
+      Miss("another shape:\n" + JoinList(there, "\n") + "\nin place of\n" + JoinList(wanted, "\n"));
+    if (!dialect.shaped) return;
+    TStringList tables;
+    MySqlQueryList("show tables", tables, target_.Connection());
+    target_.Run("set foreign_key_checks = 0, sql_mode = 'STRICT_ALL_TABLES'");
+    for (const TSketchTable& table : sketch) Fill(table, tables);
+  }
+
+  // Tables of a simple name are known again.
+  void Fill(const TSketchTable& table, const TStringList& there) {
+    const auto found = std::ranges::find_if(there, [&](const auto& name) { return SameText(name, table.name); });
+    if (found == there.end()) return;
+    TStringList most;
+    for (const TSketchColumn& column : table.columns) most.push_back(column.Most());
+    if (table.rows.empty()) Insert(*found, most);
+    for (const auto& row : table.rows) {
+      TStringList values;
+      for (const auto& [source, value] : row) values.push_back(value);
+      Insert(*found, values);
+    }
+  }
+
+  // A check, or a column that may not be null, is none of the types' doing.
+  void Insert(const std::string& table, const TStringList& values) {
+    try {
+      target_.Run("insert into `" + StrReplace(table, "`", "``") + "` values (" + JoinList(values, ", ") + ")");
+    } catch (const EVelmora& error) {
+      const std::string_view text = error.what();
+      for (const char* other : {"CONSTRAINT", "heck constraint", "cannot be null"})
+        if (text.find(other) != text.npos) return;
+      Miss("values do not fit: " + std::string(text) + ": " + JoinList(values, ", ").substr(0, 500));
+    }
+  }
+
+  TSourceMaker& maker_;
+  TRandom random_;
+  TScratchFolder folder_;
+  TLiveDatabase target_{"foreign"};
+  TForeignWishes wishes_;
+  TTaskConnections connections_;
+  TdmData data_;
+  TActionTree tree_;
+  TRecordingProgress progress_;
+  TRecordingLog log_;
+  TExactSync sync_{connections_, data_, tree_, progress_, log_};
+  TRoadResult result_;
+};
+
+}  // namespace
+
+TRoadResult Travel(TSourceMaker& maker, unsigned long long seed) { return TTraveller(maker, seed).Travel(); }
+
+}  // namespace velmora::testing

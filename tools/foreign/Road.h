@@ -1,0 +1,21 @@
+#pragma once
+
+// The whole road of a reference that is not MySQL: compared with an empty database, run there, and compared again.
+
+#include <string>
+
+#include "foreign/Sources.h"
+
+namespace velmora::testing {
+
+struct TRoadResult {
+  std::string fault;  // empty: nothing was missed
+  std::size_t tables = 0;
+  std::size_t statements = 0;
+  TStringList unmade{};  // what has no form in MySQL
+};
+
+// On the shared server.
+TRoadResult Travel(TSourceMaker& maker, unsigned long long seed);
+
+}  // namespace velmora::testing
