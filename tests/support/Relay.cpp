@@ -16,8 +16,8 @@ namespace velmora::testing {
 
 namespace {
 
-constexpr std::size_t kHeader = 4;  // of a packet: three bytes of size, one number
-constexpr char kQuery = 3;          // the command that carries a statement
+constexpr std::size_t kHeader = 4;         // of a packet: three bytes of size, one number
+constexpr char kQuery = 3, kPrepare = 22;  // the commands that carry a statement
 
 sockaddr_in Loopback(int port) {
   sockaddr_in address{};
@@ -55,7 +55,8 @@ std::string TakePacket(std::string& bytes) {
 }
 
 bool IsStatement(const std::string& packet) {
-  return packet.size() > kHeader && packet[kHeader - 1] == 0 && packet[kHeader] == kQuery;
+  return packet.size() > kHeader && packet[kHeader - 1] == 0 &&
+         (packet[kHeader] == kQuery || packet[kHeader] == kPrepare);
 }
 
 }  // namespace

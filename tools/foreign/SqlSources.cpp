@@ -265,7 +265,6 @@ const TSketchDialect kServer = {
          {.word = "longblob", .literal = "x'ff'"},
          {.word = "date", .literal = "'9999-12-31'", .defaults = {"'2024-02-29'", "(curdate())"}, .keyed = true},
          {.word = "datetime(%d)", .first = 0, .last = 6, .literal = "'9999-12-31 23:59:59'", .keyed = true},
-         {.word = "timestamp null", .literal = "'2037-12-31 23:59:59'", .defaults = {"current_timestamp"}},
          {.word = "time(%d)", .first = 0, .last = 6, .literal = "'-838:59:59'", .keyed = true},
          {.word = "year", .literal = "2155"},
          {.word = "bit(1)", .literal = "1"},

@@ -4,8 +4,10 @@
 //   firebird NAME      a database file is made by the indented statements
 //   sqlite NAME        so is one of SQLite, which is the data source of this name
 //   odbc NAME DATABASE a data source of this name leads to a database of the target's server
+//   killed NAME DATABASE WORD  the same, but the server ends the connection when a statement with this word comes
 //   sqlserver          the indented lines are what a SQL Server answers, at the place PLAYED, with the names that its
 //                      reader has for its questions; with a name, those of a file of tests/data/foreign/played
+//   served COUNT       that server closes connections after so many requests
 //   oracle             the indented lines are what an Oracle server answers, likewise
 //   files NAME         those of a case of tests/data/formats
 //   on NAME            the indented statements run on this database of the target, which is new when it is named first
@@ -31,6 +33,7 @@
 #include "support/LiveRun.h"
 #include "support/OdbcSources.h"
 #include "support/PrivateFirebird.h"
+#include "support/Relay.h"
 #include "support/ScratchFolder.h"
 #include "support/Transcript.h"
 #include "support/tds/FakeTdsServer.h"
@@ -52,17 +55,20 @@ class TServerSources {
 
  private:
   TAnswer Run(std::vector<std::string> arguments, const TAsk& ask) const {
-    if (sql_server_)
-      for (std::string& argument : arguments)
-        argument = StrReplace(argument, "PLAYED", "127.0.0.1," + std::to_string(sql_server_->Port()));
-    return RunLive(std::move(arguments), ask);
+    const std::string address = "127.0.0.1," + std::to_string(sql_server_ ? sql_server_->Port() : 0);
+    for (std::string& argument : arguments) argument = StrReplace(argument, "PLAYED", address);
+    TAnswer answer = RunLive(std::move(arguments), ask);
+    answer.err = StrReplace(answer.err, address, "PLAYED");
+    return answer;
   }
 
   std::string Step(const std::string& word, const std::string& rest, const std::string& below) {
     const std::string name = rest.substr(0, rest.find(' '));
     if (word == "firebird") std::filesystem::copy_file(firebird_.NewDatabaseOf(rest, below), rest);
     if (word == "sqlite") NewSqlite(name, below);
-    if (word == "odbc") NewOdbc(name, rest.substr(name.size() + 1));
+    if (word == "odbc") NewOdbc(name, rest.substr(name.size() + 1), TPrivateServer::Shared().Port());
+    if (word == "killed") NewKilled(name, rest.substr(name.size() + 1));
+    if (word == "served") sql_server_->served = std::stoi(rest);
     if (word == "sqlserver") PlaySqlServer(Played(name, below));
     if (word == "oracle") PlayOracle(Played(name, below));
     if (word == "files") FormatCase(name).PutInto(std::filesystem::current_path().string());
@@ -88,10 +94,23 @@ class TServerSources {
     TStatementReader reader(script);
     for (TStatement statement; reader.Next(statement);) source.Execute(std::string(statement.text));
   }
-  static void NewOdbc(const std::string& name, const std::string& database) {
-    const std::string port = std::to_string(TPrivateServer::Shared().Port());
+  static void NewOdbc(const std::string& name, const std::string& database, int port) {
     AddOdbcSource(name, OdbcDriverFile("libmaodbc.so"),
-                  "Server=127.0.0.1\nUser=root\nPort=" + port + "\nDatabase=" + database);
+                  "Server=127.0.0.1\nUser=root\nPort=" + std::to_string(port) + "\nDatabase=" + database);
+  }
+  void NewKilled(const std::string& name, std::string database) {
+    const std::string word = database.substr(database.find(' ') + 1);
+    database.resize(database.find(' '));
+    relay_.emplace(TPrivateServer::Shared().Port(), [=](const std::string& statement) {
+      if (statement.find(word) == std::string::npos) return EFate::Pass;
+      const auto connection = ServerConnection(TPrivateServer::Shared());
+      connection->SetConnected(true);
+      const std::string of_source =
+          "select max(id) from information_schema.processlist where db = '" + database + "' and user = 'root'";
+      Execute(*connection, "kill " + testing::Answer(*connection, of_source));
+      return EFate::Pass;
+    });
+    NewOdbc(name, database, relay_->Port());
   }
   void PlaySqlServer(const std::string& text) {
     AddOdbcSource("nobody", "/nowhere");  // leads the driver manager to files of the test's
@@ -118,6 +137,7 @@ class TServerSources {
   }
 
   std::optional<TFakeTdsServer> sql_server_;
+  std::optional<TRelay> relay_;
   TFirebirdFolder firebird_;
   TScratchFolder folder_;
   std::map<std::string, std::unique_ptr<TLiveDatabase>> databases_;
