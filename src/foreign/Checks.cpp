@@ -41,10 +41,8 @@ class TCheckReader {
     const char c = text_[at_];
     if (c == '[')
       Name(Until(']'));
-    else if (c == '`')
-      Name(Until('`'));
-    else if (c == '"')
-      NameOrText(Until('"'));
+    else if (c == '`' || c == '"')
+      Name(Until(c));
     else if (c == '\'' || ((c == 'N' || c == 'n') && text_.substr(at_ + 1).starts_with('\'')))
       Literal();
     else if (IsDigit(c) || (c == '.' && IsDigit(text_.substr(at_ + 1).empty() ? ' ' : text_[at_ + 1])))
@@ -55,15 +53,18 @@ class TCheckReader {
       Sign();
   }
 
-  // What stands up to the sign, which is passed.
-  std::string_view Until(char sign) {
-    const std::size_t end = text_.find(sign, at_ + 1);
-    if (end == std::string_view::npos) {
-      failed_ = true;
-      return {};
+  // What stands up to the sign, which is passed; a doubled one is part of it.
+  std::string Until(char sign) {
+    std::string inside;
+    for (++at_; at_ < text_.size(); ++at_) {
+      if (text_[at_] == sign && !text_.substr(at_ + 1).starts_with(sign)) {
+        ++at_;
+        return inside;
+      }
+      if (text_[at_] == sign) ++at_;
+      inside += text_[at_];
     }
-    const std::string_view inside = text_.substr(at_ + 1, end - at_ - 1);
-    at_ = end + 1;
+    failed_ = true;
     return inside;
   }
 
@@ -91,15 +92,9 @@ class TCheckReader {
     Value(column.value_or(""));
   }
 
-  void NameOrText(std::string_view inside) {
-    if (ColumnOf(inside)) return Name(inside);
-    Value(QuotedText(inside));
-  }
-
   void Literal() {
     if (text_[at_] != '\'') ++at_;
-    std::string value(Until('\''));
-    while (!failed_ && at_ < text_.size() && text_[at_] == '\'') value += "'" + std::string(Until('\''));
+    const std::string value = Until('\'');
     // MySQL's patterns have no sets of letters, and "\" is an escape in them alone.
     if (word_ == "like" && value.find_first_of("[\\") != std::string::npos) failed_ = true;
     Value(QuotedText(value));

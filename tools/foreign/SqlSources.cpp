@@ -137,6 +137,7 @@ const TSketchDialect kFirebird = {
     .table_bytes = 31,
     .key_bytes = 31,
     .refused = "😀",
+    .end_blanks = false,  // its catalog pads names with them
     .case_counts = true,
     .keys = true,
     .plain_keys = true,
@@ -150,7 +151,7 @@ const TSketchDialect kFirebird = {
     .delete_rules = {"", " on delete cascade", " on delete set null", " on delete set default", " on delete no action"},
     .update_rules = {"", " on update cascade", " on update set null", " on update set default"},
     .key_size = 50,
-    .without_form = {"(default): user", "is no value of", "Like", "cannot count", "counts, as"}};
+    .without_form = {"(default): user", "is no value of", "Like", "cannot count", "checks no column that counts"}};
 
 class TFirebirdSources final : public TSourceMaker {
  public:
