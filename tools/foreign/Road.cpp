@@ -1,6 +1,7 @@
 #include "foreign/Road.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
 
 #include "app/Sources.h"
@@ -11,6 +12,7 @@
 #include "support/RecordingPorts.h"
 #include "support/ScratchFolder.h"
 #include "util/Errors.h"
+#include "util/Files.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -69,6 +71,23 @@ class TTraveller {
  public:
   TTraveller(TSourceMaker& maker, unsigned long long seed) : maker_(maker), random_(seed) {}
 
+  TRoadResult TravelDamaged() {
+    try {
+      Open();
+      Damage();
+      sync_.Compare();
+      for (const TSkippedTable& table : sync_.Skipped())
+        if (table.table.empty() || table.reason.empty()) Miss("skipped without a name or a reason");
+      result_.statements = sync_.Plan().size() + 1;
+      if (sync_.DifferencesLeft() != 0) Miss("the proof leaves differences:\n" + JoinList(sync_.ActionLog, "\n"));
+    } catch (const EVelmora& error) {
+      result_.statements = 1;
+      if (std::string_view(error.what()).find(folder_.Path()) == std::string_view::npos)
+        Miss("no file is named: " + std::string(error.what()));
+    }
+    return std::move(result_);
+  }
+
   TRoadResult Travel() {
     try {
       Run();
@@ -81,12 +100,33 @@ class TTraveller {
  private:
   void Miss(const std::string& fault) { result_.fault += (result_.fault.empty() ? "" : "\n") + fault; }
 
-  void Run() {
+  TSketch Open() {
     TSketch sketch = DrawSketch(maker_.Dialect(), random_);
     const std::string source = maker_.Make(sketch, folder_.Path(), random_);
     connections_.reference = MakeSource(source);
     connections_.target = target_.NewEngine();
     sync_.MakeTexts = [this](TDBConn& reference) { return std::make_unique<TForeignTexts>(reference, wishes_); };
+    result_.tables = sketch.size();
+    return sketch;
+  }
+
+  // Cuts one of the files, or changes some of its bytes.
+  void Damage() {
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.Path())) files.push_back(entry.path());
+    if (files.empty()) return;
+    std::ranges::sort(files);
+    const std::string& path = random_.Pick(files);
+    std::string bytes = ReadFileText(path);
+    if (random_.Chance(30)) bytes.resize(random_.Below(bytes.size() + 1));
+    for (std::size_t i = random_.Below(20); i > 0 && !bytes.empty(); --i)
+      bytes[random_.Below(random_.Chance(50) ? std::min<std::size_t>(bytes.size(), 600) : bytes.size())] =
+          static_cast<char>(random_.Below(256));
+    WriteFileText(path, bytes);
+  }
+
+  void Run() {
+    const TSketch sketch = Open();
     sync_.Compare();
     for (const TUnmadeElement& element : sync_.Unmade()) {
       result_.unmade.push_back(element.Text());
@@ -97,7 +137,6 @@ class TTraveller {
     for (const TSkippedTable& table : sync_.Skipped()) Miss("skipped: " + table.table + ": " + table.reason);
     if (sync_.DifferencesLeft() != 0) Miss("the proof leaves differences:\n" + JoinList(sync_.ActionLog, "\n"));
     result_.statements = sync_.Plan().size();
-    result_.tables = sketch.size();
     RunPlan();
     if (!result_.fault.empty()) return;
     sync_.Compare();
@@ -171,5 +210,8 @@ class TTraveller {
 }  // namespace
 
 TRoadResult Travel(TSourceMaker& maker, unsigned long long seed) { return TTraveller(maker, seed).Travel(); }
+TRoadResult TravelDamaged(TSourceMaker& maker, unsigned long long seed) {
+  return TTraveller(maker, seed).TravelDamaged();
+}
 
 }  // namespace velmora::testing

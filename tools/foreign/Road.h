@@ -18,4 +18,8 @@ struct TRoadResult {
 // On the shared server.
 TRoadResult Travel(TSourceMaker& maker, unsigned long long seed);
 
+// Compares a source of files of which one is damaged: it ends in an error with a message, or the tables that cannot be
+// read are named and the others are compared.
+TRoadResult TravelDamaged(TSourceMaker& maker, unsigned long long seed);
+
 }  // namespace velmora::testing
