@@ -124,7 +124,7 @@ class TDbfFacts : public TFactReader {
   }
 
   TForeignTable Table(const std::string& name) override {
-    const TDbfStructure structure = Files().StructureOf(name);
+    const TDbfStructure structure = StructureOf(name);
     TForeignTable table{.name = name, .known = KnownOf(structure), .warnings = structure.warnings};
     for (std::size_t i = 0; i < structure.fields.size(); ++i) {
       table.columns.push_back(ColumnOf(structure.fields[i], structure.visual));
@@ -134,7 +134,7 @@ class TDbfFacts : public TFactReader {
     if (!structure.entry) return table;
     table.comment = structure.entry->comment;
     if (!structure.entry->rule.empty()) table.checks.push_back({.text = PlainExpression(structure.entry->rule)});
-    for (const TDbcRelation& relation : structure.entry->relations) AddReference(relation, structure, table);
+    for (const TDbcRelation& relation : structure.entry->relations) AddReference(relation, table);
     return table;
   }
 
@@ -142,6 +142,21 @@ class TDbfFacts : public TFactReader {
   TDbfStructures& Files() {
     if (files_ == nullptr) files_ = open_(path_, code_page_);
     return *files_;
+  }
+
+  // A parent was read with the first table that refers to it.
+  TDbfStructure StructureOf(const std::string& name) {
+    if (auto parent = parents_.extract(name)) return std::move(parent.mapped());
+    TDbfStructure structure = Files().StructureOf(name);
+    KeepTags(name, structure);
+    return structure;
+  }
+
+  void KeepTags(const std::string& name, const TDbfStructure& structure) {
+    if (!structure.entry) return;
+    TTags& tags = tags_[name];
+    for (const TDbfIndex& index : structure.indexes)
+      tags.emplace(LowerText(index.name), ColumnIn(index.expression, structure));
   }
 
   static TKnownFacts KnownOf(const TDbfStructure& structure) {
@@ -166,26 +181,33 @@ class TDbfFacts : public TFactReader {
     if (!field.rule.empty()) table.checks.push_back({.column = field.name, .text = PlainExpression(field.rule)});
   }
 
-  static std::string ColumnOfTag(const std::string& tag, const TDbfStructure& structure) {
-    for (const TDbfIndex& index : structure.indexes)
-      if (SameText(index.name, tag)) return ColumnIn(index.expression, structure);
-    return {};
+  // Empty for none, and where the table cannot be read: it says by itself what is wrong with it.
+  std::string ColumnOfTag(const std::string& tag, const std::string& table) {
+    if (!tags_.contains(table)) ReadAhead(table);
+    const TTags& tags = tags_[table];
+    const auto found = tags.find(LowerText(tag));
+    return found == tags.end() ? std::string() : found->second;
+  }
+
+  void ReadAhead(const std::string& table) {
+    try {
+      TDbfStructure structure = Files().StructureOf(table);
+      KeepTags(table, structure);
+      parents_.emplace(table, std::move(structure));
+    } catch (const EVelmora&) {
+    }
   }
 
   static EReferenceRule RuleOf(char letter) {
     return letter == 'C' || letter == 'c' ? EReferenceRule::Cascade : EReferenceRule::NoAction;
   }
 
-  void AddReference(const TDbcRelation& relation, const TDbfStructure& structure, TForeignTable& table) {
+  void AddReference(const TDbcRelation& relation, TForeignTable& table) {
     TForeignReference reference{.table = NameIn(relation.parent),
                                 .on_delete = RuleOf(relation.on_delete),
                                 .on_update = RuleOf(relation.on_update)};
-    const std::string column = ColumnOfTag(relation.tag, structure);
-    std::string parent;
-    try {
-      parent = ColumnOfTag(relation.parent_tag, Files().StructureOf(reference.table));
-    } catch (const EVelmora&) {  // the parent says by itself what is wrong with it
-    }
+    const std::string column = ColumnOfTag(relation.tag, table.name);
+    const std::string parent = ColumnOfTag(relation.parent_tag, reference.table);
     if (!column.empty()) reference.columns.push_back(column);
     if (!parent.empty()) reference.references.push_back(parent);
     if (relation.on_delete == ' ' && relation.on_update == ' ')
@@ -205,7 +227,10 @@ class TDbfFacts : public TFactReader {
   std::string code_page_;
   TOpen open_;
   std::unique_ptr<TDbfStructures> files_;
-  std::map<std::string, std::string> names_;  // of tables, by the name in lower case
+  using TTags = std::map<std::string, std::string>;  // columns by tags in lower case
+  std::map<std::string, std::string> names_;         // of tables, by the name in lower case
+  std::map<std::string, TTags> tags_;                // of tables that were read
+  std::map<std::string, TDbfStructure> parents_;     // that were read before it was their turn
 };
 
 }  // namespace

@@ -36,16 +36,6 @@ std::string UpperText(std::string_view text) {
   return upper;
 }
 
-// The names in `folder` that are equal to `name` but for the case of letters, in order.
-TStringList NamesNoCase(const std::string& folder, std::string_view name) {
-  TStringList names;
-  std::error_code error;
-  for (fs::directory_iterator entry(folder, error); !error && entry != fs::directory_iterator(); entry.increment(error))
-    if (std::string found = entry->path().filename().string(); SameText(found, name)) names.push_back(std::move(found));
-  std::ranges::sort(names);
-  return names;
-}
-
 }  // namespace
 
 // Without O_NONBLOCK a FIFO of that name would hold us until somebody writes to it.
@@ -83,14 +73,33 @@ std::size_t TInputFile::ReadAt(std::uint64_t offset, std::span<char> buffer) con
   return done;
 }
 
+const TStringList& TFolderNames::Like(const std::string& folder, std::string_view name) {
+  static const TStringList kNone;
+  const auto [known, is_new] = folders_.try_emplace(folder);
+  auto& names = known->second;
+  if (is_new) {
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error); !error && entry != fs::directory_iterator();
+         entry.increment(error)) {
+      std::string found = entry->path().filename().string();
+      names[LowerText(found)].push_back(std::move(found));
+    }
+    for (auto& [lower, spellings] : names) std::ranges::sort(spellings);
+  }
+  const auto found = names.find(LowerText(name));
+  return found == names.end() ? kNone : found->second;
+}
+
 // Both usual spellings of an extension are tried before the folder is gone through: folders hold thousands of tables.
-std::string FindFileNoCase(std::string_view folder, std::string_view stem, std::string_view extension) {
+std::string FindFileNoCase(std::string_view folder, std::string_view stem, std::string_view extension,
+                           TFolderNames* known) {
   const std::string name = std::string(stem) + std::string(extension);
   const std::string expected = JoinPath(folder, name);
   std::error_code error;
   for (const std::string& path : {expected, JoinPath(folder, std::string(stem) + UpperText(extension))})
     if (fs::exists(path, error)) return path;
-  const TStringList names = NamesNoCase(folder.empty() ? "." : std::string(folder), name);
+  TFolderNames here;
+  const TStringList& names = (known == nullptr ? here : *known).Like(folder.empty() ? "." : std::string(folder), name);
   if (names.empty()) return expected;
   const auto same_stem = std::ranges::find_if(names, [&](const std::string& found) { return found.starts_with(stem); });
   return JoinPath(folder, same_stem == names.end() ? names.front() : *same_stem);

@@ -4,9 +4,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+
+#include "util/Lists.h"
 
 namespace velmora {
 
@@ -42,9 +46,21 @@ class TInputFile {
   int fd_ = -1;
 };
 
+// The names in folders, each of which is gone through once, when it is first asked for: what comes into being later is
+// not among them.
+class TFolderNames {
+ public:
+  // Those that are equal to `name` but for the case of letters, in order.
+  const TStringList& Like(const std::string& folder, std::string_view name);
+
+ private:
+  std::map<std::string, std::unordered_map<std::string, TStringList>> folders_;  // names by those in lower case
+};
+
 // The path of the file `stem` + `extension` in `folder`. The case of letters plays no part where none has exactly that
 // name; among several the one with the very stem is taken, else the first by name. Without such a file: the path that
-// it would have.
-std::string FindFileNoCase(std::string_view folder, std::string_view stem, std::string_view extension);
+// it would have. Who looks for many files keeps the `known` names, so that the folder is gone through once.
+std::string FindFileNoCase(std::string_view folder, std::string_view stem, std::string_view extension,
+                           TFolderNames* known = nullptr);
 
 }  // namespace velmora

@@ -49,17 +49,20 @@ class TDBaseFolder final : public TFileReader, public TDbfStructures {
 
   std::vector<TOLEDBTableRow> Tables() override {
     std::vector<TOLEDBTableRow> tables;
-    for (const std::string& name : DbfTableNames(folder_)) tables.push_back({name, "TABLE"});
+    for (const std::string& name : TDBaseFolder::TableNames()) tables.push_back({name, "TABLE"});
     return tables;
   }
 
-  TStringList TableNames() override { return DbfTableNames(folder_); }
+  TStringList TableNames() override {
+    known_ = {};
+    return DbfTableNames(folder_);
+  }
 
   TDbfStructure StructureOf(const std::string& table) override {
     const TDbfFile file = File(table);
     return {.fields = ShownFields(file),
             .visual = file.Head().IsVisualFoxPro(),
-            .indexes = ReadDBaseIndexes(file.Path()),
+            .indexes = ReadDBaseIndexes(file.Path(), &known_),
             .warnings = file.Warnings()};
   }
 
@@ -68,7 +71,7 @@ class TDBaseFolder final : public TFileReader, public TDbfStructures {
     TFileTable described = DescribeDbf(file, table, kTypes);
     std::vector<std::string> names;
     for (const TOLEDBColumnRow& column : described.columns) names.push_back(column.COLUMN_NAME);
-    for (const TDbfIndex& index : ReadDBaseIndexes(file.Path())) AddDbfIndex(index, false, names, described);
+    for (const TDbfIndex& index : ReadDBaseIndexes(file.Path(), &known_)) AddDbfIndex(index, false, names, described);
     return described;
   }
 
@@ -77,10 +80,13 @@ class TDBaseFolder final : public TFileReader, public TDbfStructures {
   }
 
  private:
-  TDbfFile File(const std::string& table) const { return {DbfPathOf(folder_, table), kCodePage, code_page_}; }
+  TDbfFile File(const std::string& table) {
+    return {DbfPathOf(folder_, table, known_), kCodePage, code_page_, &known_};
+  }
 
   std::string folder_;
   std::string code_page_;
+  TFolderNames known_;  // since the tables were listed
 };
 
 }  // namespace

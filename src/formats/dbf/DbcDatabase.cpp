@@ -113,11 +113,13 @@ TDbcRelation RelationOf(TObjects& objects) {
           .on_delete = rules[1]};
 }
 
+std::string FileKey(const std::string& path) { return LowerText(std::filesystem::path(path).filename().string()); }
+
 }  // namespace
 
 // Objects stand after their parents, fields of a table in their order.
-TDbcDatabase::TDbcDatabase(const std::string& path, const std::string& code_page) : path_(path) {
-  const TDbfFile file(path, kCodePage, code_page);
+TDbcDatabase::TDbcDatabase(const std::string& path, const std::string& code_page, TFolderNames* known) : path_(path) {
+  const TDbfFile file(path, kCodePage, code_page, known);
   const std::string folder = std::filesystem::path(path).parent_path().string();
   TObjects objects(file);
   std::map<std::int64_t, std::size_t> places;  // of tables, by their numbers
@@ -129,7 +131,7 @@ TDbcDatabase::TDbcDatabase(const std::string& path, const std::string& code_page
       std::string name = objects.Name();
       const std::string file_name = properties[kPathId].empty() ? name + ".dbf" : properties[kPathId];
       tables_.push_back({.name = std::move(name),
-                         .path = DbfResolvePath(folder, file_name),
+                         .path = DbfResolvePath(folder, file_name, known),
                          .primary_tag = properties[kPrimaryTagId],
                          .fields = {},
                          .rule = properties[kRuleId],
@@ -148,18 +150,27 @@ TDbcDatabase::TDbcDatabase(const std::string& path, const std::string& code_page
       if (place != places.end()) tables_[place->second].relations.push_back(RelationOf(objects));
     }
   }
+  for (std::size_t i = 0; i < tables_.size(); ++i) {
+    by_name_[LowerText(tables_[i].name)].push_back(i);
+    by_file_[FileKey(tables_[i].path)].push_back(i);
+  }
 }
 
 const TDbcTable* TDbcDatabase::TableNamed(const std::string& name) const {
-  const auto table = std::ranges::find_if(tables_, [&](const TDbcTable& each) { return SameText(each.name, name); });
-  return table == tables_.end() ? nullptr : &*table;
+  const auto places = by_name_.find(LowerText(name));
+  return places == by_name_.end() ? nullptr : &tables_[places->second.front()];
 }
 
+// Most files are called as here; asking the system about each of the others takes long.
 const TDbcTable* TDbcDatabase::TableIn(const std::string& dbf_path) const {
-  const auto table = std::ranges::find_if(tables_, [&](const TDbcTable& each) {
+  const auto is_it = [&](const TDbcTable& table) {
     std::error_code error;
-    return std::filesystem::equivalent(each.path, dbf_path, error);
-  });
+    return std::filesystem::equivalent(table.path, dbf_path, error);
+  };
+  if (const auto places = by_file_.find(FileKey(dbf_path)); places != by_file_.end())
+    for (const std::size_t place : places->second)
+      if (is_it(tables_[place])) return &tables_[place];
+  const auto table = std::ranges::find_if(tables_, is_it);
   return table == tables_.end() ? nullptr : &*table;
 }
 

@@ -6,7 +6,10 @@
 
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
+
+#include "util/InputFile.h"
 
 namespace velmora {
 
@@ -39,7 +42,7 @@ struct TDbcTable {
 class TDbcDatabase {
  public:
   // Reads the whole. Raises for what is no database, and for what is wrong with it.
-  explicit TDbcDatabase(const std::string& path, const std::string& code_page = {});
+  explicit TDbcDatabase(const std::string& path, const std::string& code_page = {}, TFolderNames* known = nullptr);
 
   const std::string& Path() const { return path_; }
   const std::vector<TDbcTable>& Tables() const { return tables_; }
@@ -48,8 +51,12 @@ class TDbcDatabase {
   const TDbcTable* TableIn(const std::string& dbf_path) const;
 
  private:
+  using TPlaces = std::unordered_map<std::string, std::vector<std::size_t>>;
+
   std::string path_;
   std::vector<TDbcTable> tables_;
+  TPlaces by_name_;  // in lower case
+  TPlaces by_file_;  // the file's name alone, likewise
 };
 
 }  // namespace velmora

@@ -126,30 +126,31 @@ void RaiseDbfFault(const std::string& path, std::uint64_t offset, std::string_vi
   RaiseError(Format("%s: offset 0x%02X: %s", path, offset, fault));
 }
 
-std::string DbfResolvePath(const std::string& folder, std::string_view path) {
+std::string DbfResolvePath(const std::string& folder, std::string_view path, TFolderNames* known) {
   std::string rest = StrReplace(path, "\\", "/");
   if (rest.starts_with('/') || rest.find(':') != std::string::npos) rest.erase(0, rest.find_last_of("/:") + 1);
   std::string found = folder;
   TStringList parts;
   SplitText("/", rest, parts);
   for (const std::string& part : parts)
-    if (!part.empty() && part != ".") found = part == ".." ? JoinPath(found, part) : FindFileNoCase(found, part, "");
+    if (!part.empty() && part != ".")
+      found = part == ".." ? JoinPath(found, part) : FindFileNoCase(found, part, "", known);
   return found;
 }
 
-TDbfFile::TDbfFile(const std::string& path, const char* unstated, const std::string& stated)
-    : file_(path, ESharing::Full), head_(ReadHead(file_)), page_(CodePageOf(unstated, stated)) {
+TDbfFile::TDbfFile(const std::string& path, const char* unstated, const std::string& stated, TFolderNames* known)
+    : file_(path, ESharing::Full), head_(ReadHead(file_)), page_(CodePageOf(unstated, stated, known)) {
   ReadFields();
   PlaceFields();
   NumberBits();
   CheckRecords();
 }
 
-TCodePage TDbfFile::CodePageOf(const char* unstated, const std::string& stated) {
+TCodePage TDbfFile::CodePageOf(const char* unstated, const std::string& stated, TFolderNames* known) {
   constexpr std::size_t kLongestName = 64;
   if (const auto name = CodePageNamed(stated)) return TCodePage(*name);
   const std::filesystem::path path(Path());
-  const std::string beside = FindFileNoCase(path.parent_path().string(), path.stem().string(), ".cpg");
+  const std::string beside = FindFileNoCase(path.parent_path().string(), path.stem().string(), ".cpg", known);
   std::error_code error;
   if (!std::filesystem::is_regular_file(beside, error)) return DbfCodePage(head_.code_page, unstated);
   std::string text(kLongestName, '\0');

@@ -63,7 +63,7 @@ inline std::uint32_t DbfBigAt(const char* bytes) { return __builtin_bswap32(Litt
 
 // A path that stands in a file, seen from `folder`: with the delimiters of another system, in any case of letters. Of
 // one that begins at a drive or a root the last part counts.
-std::string DbfResolvePath(const std::string& folder, std::string_view path);
+std::string DbfResolvePath(const std::string& folder, std::string_view path, TFolderNames* known = nullptr);
 
 // An open table file. Others may go on writing to it meanwhile, as its makers' programs share their tables.
 class TDbfFile {
@@ -71,7 +71,8 @@ class TDbfFile {
   // Reads head and fields. Raises for what is no such file, for fields that do not fit the record, and for more records
   // than the file has bytes for. The code page is `stated`, if that is not empty; else that of a file of the same name
   // that ends in .cpg; else that of the head; else `unstated`.
-  TDbfFile(const std::string& path, const char* unstated, const std::string& stated = {});
+  TDbfFile(const std::string& path, const char* unstated, const std::string& stated = {},
+           TFolderNames* known = nullptr);
 
   const std::string& Path() const { return file_.Path(); }
   const TInputFile& File() const { return file_; }
@@ -85,7 +86,7 @@ class TDbfFile {
   std::string DatabaseLink() const;
 
  private:
-  TCodePage CodePageOf(const char* unstated, const std::string& stated);
+  TCodePage CodePageOf(const char* unstated, const std::string& stated, TFolderNames* known);
   void ReadFields();
   void AddField(const char* descriptor);
   void PlaceFields();

@@ -94,8 +94,8 @@ TStringList DbfTableNames(const std::string& folder) {
   return names;
 }
 
-std::string DbfPathOf(const std::string& folder, const std::string& table) {
-  return FindFileNoCase(folder, table, kExtension);
+std::string DbfPathOf(const std::string& folder, const std::string& table, TFolderNames& known) {
+  return FindFileNoCase(folder, table, kExtension, &known);
 }
 
 std::string CheckedCodePage(std::string code_page) {

@@ -33,7 +33,7 @@ inline constexpr std::uint16_t kDbfDoublePrecision = 15;
 
 // Raises "Cannot open %s: %s" for a folder that is not there or cannot be read.
 TStringList DbfTableNames(const std::string& folder);  // the files *.dbf, by name, without the extension
-std::string DbfPathOf(const std::string& folder, const std::string& table);
+std::string DbfPathOf(const std::string& folder, const std::string& table, TFolderNames& known);
 
 // The text, if it is empty or names a code page. Raises an error otherwise.
 std::string CheckedCodePage(std::string code_page);

@@ -62,10 +62,10 @@ bool IsNumbered(std::string_view key, std::string_view word) {
 
 }  // namespace
 
-std::vector<TDbfIndex> ReadDBaseIndexes(const std::string& table_path) {
+std::vector<TDbfIndex> ReadDBaseIndexes(const std::string& table_path, TFolderNames* known) {
   const fs::path table(table_path);
   const std::string folder = table.parent_path().string();
-  const std::string path = FindFileNoCase(folder, table.stem().string(), ".inf");
+  const std::string path = FindFileNoCase(folder, table.stem().string(), ".inf", known);
   std::error_code error;
   if (!fs::exists(path, error)) return {};
   std::vector<TDbfIndex> indexes;
@@ -76,7 +76,7 @@ std::vector<TDbfIndex> ReadDBaseIndexes(const std::string& table_path) {
     if (key.starts_with('[')) counts = PosNoCase("[dBASE", key) == 1;
     const bool unique = IsNumbered(key, "UNDX");
     if (!counts || (!unique && !IsNumbered(key, "NDX"))) continue;
-    indexes.push_back(ReadNdx(DbfResolvePath(folder, Trim(value)), unique));
+    indexes.push_back(ReadNdx(DbfResolvePath(folder, Trim(value), known), unique));
   }
   return indexes;
 }

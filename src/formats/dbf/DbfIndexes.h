@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "formats/port/FileReader.h"
+#include "util/InputFile.h"
 
 namespace velmora {
 
@@ -20,7 +21,7 @@ struct TDbfIndex {
 
 // Indexes of the dBASE table in the file `table_path`; none without TABLE.INF. Entries for multiple index files (MDX)
 // are passed over. Raises for a file that is listed and cannot be read.
-std::vector<TDbfIndex> ReadDBaseIndexes(const std::string& table_path);
+std::vector<TDbfIndex> ReadDBaseIndexes(const std::string& table_path, TFolderNames* known = nullptr);
 // Tags of the file, in the order of their names. Raises for what its links and counts cannot mean.
 std::vector<TDbfIndex> ReadFoxProTags(const std::string& path);
 

@@ -83,9 +83,9 @@ class TFoxProFolder final : public TFileReader, public TDbfStructures {
   }
 
  private:
-  TDbfFile File(const std::string& table) const { return {PathOf(table), kCodePage, code_page_}; }
+  TDbfFile File(const std::string& table) { return {PathOf(table), kCodePage, code_page_, &known_}; }
   const TDbcDatabase& Database(const std::string& path);
-  std::string PathOf(const std::string& table) const;
+  std::string PathOf(const std::string& table);
   // What the database that the file belongs to says about it; null: it belongs to none, or that is missing.
   const TDbcTable* Entry(const TDbfFile& file, const std::string& table, TStringList& warnings);
 
@@ -93,6 +93,7 @@ class TFoxProFolder final : public TFileReader, public TDbfStructures {
   std::string code_page_;
   std::map<std::string, std::unique_ptr<TDbcDatabase>> databases_;  // by path, read once
   const TDbcDatabase* opened_ = nullptr;                            // where not a folder was opened
+  TFolderNames known_;                                              // since the tables were listed
 };
 
 // Long names and defaults, which the table's file has no room for.
@@ -110,6 +111,7 @@ void SetNullable(const TDbfFile& file, TFileTable& table) {
 }
 
 std::vector<TOLEDBTableRow> TFoxProFolder::Tables() {
+  known_ = {};
   std::vector<TOLEDBTableRow> tables;
   if (opened_ == nullptr)
     for (const std::string& name : DbfTableNames(path_)) tables.push_back({name, "TABLE"});
@@ -119,9 +121,9 @@ std::vector<TOLEDBTableRow> TFoxProFolder::Tables() {
 }
 
 // The file of the same name with that extension, whether it is there or not.
-std::string Beside(const TDbfFile& file, std::string_view extension) {
+std::string Beside(const TDbfFile& file, std::string_view extension, TFolderNames& known) {
   const fs::path path(file.Path());
-  return FindFileNoCase(path.parent_path().string(), path.stem().string(), extension);
+  return FindFileNoCase(path.parent_path().string(), path.stem().string(), extension, &known);
 }
 
 bool IsThere(const std::string& path) {
@@ -131,12 +133,12 @@ bool IsThere(const std::string& path) {
 
 // The tags beside the table; nothing where their file is missing. In tables of dBASE IV the same flag speaks of an .mdx
 // file.
-std::optional<std::vector<TDbfIndex>> TagsOf(const TDbfFile& file, TStringList& warnings) {
+std::optional<std::vector<TDbfIndex>> TagsOf(const TDbfFile& file, TFolderNames& known, TStringList& warnings) {
   const TDbfHead& head = file.Head();
   if ((head.flags & kDbfHasTags) == 0 || head.Memo() == EDbfMemo::DBase4) return std::vector<TDbfIndex>();
-  const std::string path = Beside(file, ".cdx");
+  const std::string path = Beside(file, ".cdx", known);
   if (IsThere(path)) return ReadFoxProTags(path);
-  if (!head.IsVisualFoxPro() && IsThere(Beside(file, ".mdx"))) return std::vector<TDbfIndex>();
+  if (!head.IsVisualFoxPro() && IsThere(Beside(file, ".mdx", known))) return std::vector<TDbfIndex>();
   warnings.push_back(Format(kNoTags, path, file.Path()));
   return std::nullopt;
 }
@@ -152,7 +154,7 @@ TDbfStructure TFoxProFolder::StructureOf(const std::string& table) {
   TDbfStructure structure{
       .fields = ShownFields(file), .visual = file.Head().IsVisualFoxPro(), .warnings = file.Warnings()};
   if (const TDbcTable* entry = Entry(file, table, structure.warnings)) structure.entry = *entry;
-  auto tags = TagsOf(file, structure.warnings);
+  auto tags = TagsOf(file, known_, structure.warnings);
   structure.tags_missing = !tags;
   if (tags) structure.indexes = *std::move(tags);
   return structure;
@@ -166,7 +168,7 @@ TFileTable TFoxProFolder::Structure(const std::string& table) {
   for (const TOLEDBColumnRow& column : described.columns) short_names.push_back(column.COLUMN_NAME);
   const TDbcTable* entry = Entry(file, table, described.warnings);
   if (entry != nullptr) Complete(described, *entry);
-  const auto tags = TagsOf(file, described.warnings);
+  const auto tags = TagsOf(file, known_, described.warnings);
   for (const TDbfIndex& index : tags.value_or(std::vector<TDbfIndex>()))
     AddDbfIndex(index, entry != nullptr && SameText(index.name, entry->primary_tag), short_names, described);
   return described;
@@ -174,12 +176,12 @@ TFileTable TFoxProFolder::Structure(const std::string& table) {
 
 const TDbcDatabase& TFoxProFolder::Database(const std::string& path) {
   auto& database = databases_[path];
-  if (!database) database = std::make_unique<TDbcDatabase>(path, code_page_);
+  if (!database) database = std::make_unique<TDbcDatabase>(path, code_page_, &known_);
   return *database;
 }
 
-std::string TFoxProFolder::PathOf(const std::string& table) const {
-  if (opened_ == nullptr) return DbfPathOf(path_, table);
+std::string TFoxProFolder::PathOf(const std::string& table) {
+  if (opened_ == nullptr) return DbfPathOf(path_, table, known_);
   const TDbcTable* entry = opened_->TableNamed(table);
   if (entry == nullptr) RaiseError(Format(kNoTable, path_, table));
   return entry->path;
@@ -190,7 +192,7 @@ const TDbcTable* TFoxProFolder::Entry(const TDbfFile& file, const std::string& t
   if (database == nullptr) {
     const std::string link = file.DatabaseLink();
     if (link.empty()) return nullptr;
-    const std::string path = DbfResolvePath(fs::path(file.Path()).parent_path().string(), link);
+    const std::string path = DbfResolvePath(fs::path(file.Path()).parent_path().string(), link, &known_);
     if (!IsThere(path)) {
       warnings.push_back(Format(kNoDatabase, path, file.Path()));
       return nullptr;
