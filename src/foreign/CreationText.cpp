@@ -139,16 +139,20 @@ std::vector<TTableOption> NewTableOptions(const TMappedTable& table, const std::
 
 // Two blanks part a line from its comment.
 std::string ShownCreationText(const TTableText& text, const TMappedTable& table) {
-  std::string shown = CreationTextOf(text);
-  for (const TMappedColumn& column : table.columns) {
-    const std::string begin = "\n  " + QuotedName(column.name) + " ";
-    const std::string folded = LowerText(shown);
-    const std::size_t start = folded.find(LowerText(begin));
-    if (start == std::string::npos) continue;
-    const std::size_t end = std::min(shown.find('\n', start + 1), shown.size());
-    shown.insert(end, "  -- " + ShownText(NativeText(column.source)));
+  const std::string plain = CreationTextOf(text);
+  std::string shown;
+  std::size_t done = 0;
+  std::size_t end = QuotedName(text.name).size();
+  for (const TElement& element : text.elements) {
+    if (element.kind != EElement::Column) continue;
+    const auto column = std::ranges::find_if(
+        table.columns, [&](const TMappedColumn& mapped) { return SameText(mapped.name, element.name); });
+    if (column == table.columns.end()) continue;
+    end = std::min(plain.find('\n', plain.find(element.text.Str(), end)), plain.size());
+    shown.append(plain, done, end - done).append("  -- ").append(ShownText(NativeText(column->source)));
+    done = end;
   }
-  return shown;
+  return shown.append(plain, done);
 }
 
 }  // namespace velmora

@@ -26,6 +26,7 @@ struct TColumnPieces {
   std::string comment{};    // in quotes
   std::string rest{};       // everything else: checks, visibility
 
+  bool operator==(const TColumnPieces&) const = default;
   std::string Text() const;
 };
 

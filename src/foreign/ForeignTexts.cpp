@@ -106,8 +106,14 @@ void TForeignTexts::Read(const TTargetServer& server, const TTargetNames& names_
   tables_ = MapSchema(std::move(read), reader_->Known(), names_there, context_);
   places_.clear();
   settled_.clear();
+  parents_.clear();
   counts_ = {};
-  for (std::size_t i = 0; i < tables_.size(); ++i) places_.emplace(tables_[i].name, i);
+  for (std::size_t i = 0; i < tables_.size(); ++i) {
+    places_.emplace(tables_[i].name, i);
+    for (const TMappedColumn& column : tables_[i].columns)
+      for (const std::size_t parent : {column.root.table, column.letters_root.table})
+        if (parent != i) parents_.insert(parent);
+  }
 }
 
 TForeignTable TForeignTexts::ReadTable(const std::string& name) const {
@@ -138,7 +144,7 @@ TMadeTable TForeignTexts::Make(const std::string& table, const TTableText* there
   };
   TMadeTable made;
   made.table = TTolerance(context_, counts_).Complete(mapped, there, settled);
-  settled_[place->second] = ColumnsOf(made.table, mapped);
+  if (parents_.contains(place->second)) settled_[place->second] = ColumnsOf(made.table, mapped);
   made.shown = ShownCreationText(made.table, mapped);
   return made;
 }

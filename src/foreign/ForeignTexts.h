@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -47,7 +48,8 @@ class TForeignTexts final : public TTextMaker {
   TMapContext context_;
   std::vector<TMappedTable> tables_;  // parents before those that refer to them
   std::map<std::string, std::size_t> places_;
-  std::map<std::size_t, std::vector<TSettledColumn>> settled_;  // by table
+  std::set<std::size_t> parents_;                               // tables whose types or collations others take
+  std::map<std::size_t, std::vector<TSettledColumn>> settled_;  // of these, by table
   TToleranceCounts counts_;
 };
 

@@ -27,8 +27,8 @@ constexpr char kLettersByCase[] = "unique key %s: MySQL's usual collations compa
 
 class TKeyMapper {
  public:
-  TKeyMapper(const TForeignTable& facts, const TTargetServer& server, TMappedTable& table)
-      : facts_(facts), server_(server), table_(table) {}
+  TKeyMapper(const TForeignTable& facts, const TMapContext& context, TMappedTable& table)
+      : facts_(facts), context_(context), server_(context.server), table_(table) {}
 
   void Map() {
     for (const TForeignKey& key : facts_.keys) Map(key);
@@ -80,10 +80,10 @@ class TKeyMapper {
     return names_.Take(MakeKeyName(key.name, key.parts.empty() ? "key" : key.parts.front().column));
   }
 
-  TColumnText TypeOf(const std::string& name) const {
+  const TColumnText& TypeOf(const std::string& name) const {
     const auto found =
         std::ranges::find_if(table_.columns, [&](const TMappedColumn& column) { return column.name == name; });
-    return ReadType(found->type.type);
+    return context_.read_type(found->type.type);
   }
 
   static int UnitBytes(const TColumnText& type) { return type.HasLetters() ? kLetterBytes : 1; }
@@ -101,7 +101,7 @@ class TKeyMapper {
     long long all = 0;
     bool fits = true;
     for (const TMappedKeyPart& part : mapped.parts) {
-      const TColumnText type = TypeOf(part.column);
+      const TColumnText& type = TypeOf(part.column);
       fits = fits && !NeedsPrefix(type) && Bytes(type) <= server_.KeyBytes();
       all += Bytes(type);
     }
@@ -121,7 +121,7 @@ class TKeyMapper {
   void Cut(TMappedKey& mapped) {
     const long long share = std::min<long long>(server_.KeyBytes(), kWholeKey / std::ssize(mapped.parts));
     for (TMappedKeyPart& part : mapped.parts) {
-      const TColumnText type = TypeOf(part.column);
+      const TColumnText& type = TypeOf(part.column);
       if (!IsString(type) || (!NeedsPrefix(type) && Bytes(type) <= share)) continue;
       part.letters = std::min({share / UnitBytes(type), kLongestPrefix, type.Length().value_or(kLongestPrefix)});
       Tell(Format(kPrefix, mapped.name, part.letters, type.HasLetters() ? "letters" : "bytes", part.column));
@@ -136,6 +136,7 @@ class TKeyMapper {
   }
 
   const TForeignTable& facts_;
+  const TMapContext& context_;
   const TTargetServer& server_;
   TMappedTable& table_;
   TNames names_;
@@ -147,8 +148,8 @@ bool NeedsPrefix(const TColumnText& type) {
   return type.type.ends_with("text") || type.type.ends_with("blob") || type.type == "json";
 }
 
-void MapKeys(const TForeignTable& facts, const TTargetServer& server, TMappedTable& table) {
-  TKeyMapper(facts, server, table).Map();
+void MapKeys(const TForeignTable& facts, const TMapContext& context, TMappedTable& table) {
+  TKeyMapper(facts, context, table).Map();
 }
 
 }  // namespace velmora

@@ -13,6 +13,6 @@ namespace velmora {
 bool NeedsPrefix(const TColumnText& type);
 
 // The keys of `facts` over the columns of `table`, whose types are settled. What is left out or changed is told there.
-void MapKeys(const TForeignTable& facts, const TTargetServer& server, TMappedTable& table);
+void MapKeys(const TForeignTable& facts, const TMapContext& context, TMappedTable& table);
 
 }  // namespace velmora

@@ -103,6 +103,7 @@ class TSchemaMapper {
       const std::string& wanted = alone ? read_[i].plain_name : table.source_name;
       table.name = Spelled(names.Take(Cased(MakeTableName(wanted, "table"))));
       places_.emplace(table.source_name, i);
+      like_places_.emplace(LowerText(table.source_name), i);
       if (!SameText(table.name, wanted))
         TellOf(table, Format(kRenamed, table.source_name, table.name), EMadeLevel::Info);
     }
@@ -113,23 +114,26 @@ class TSchemaMapper {
   void MapColumns(std::size_t at) {
     TMappedTable& table = mapped_[at];
     TNames names;
-    for (const TForeignColumn& column : Facts(at).columns) {
-      TMappedColumn mapped{.source = column};
-      mapped.name = names.Take(Cased(MakeColumnName(column.name, Format("column_%d", table.columns.size() + 1))));
+    table.columns.reserve(read_[at].facts.columns.size());
+    for (TForeignColumn& column : read_[at].facts.columns) {
+      TMappedColumn mapped{.source = std::move(column)};
+      const std::string& name = mapped.source.name;
+      const std::string number = std::to_string(table.columns.size() + 1);
+      mapped.name = names.Take(Cased(MakeColumnName(name, "column_" + number)));
       mapped.rule_names =
-          RuleNames(column, {table.source_name + "." + column.name, read_[at].plain_name + "." + column.name,
-                             table.name + "." + column.name, table.name + "." + mapped.name});
-      mapped.type = MapType(column, mapped.rule_names, context_);
+          RuleNames(mapped.source, {table.source_name + "." + name, read_[at].plain_name + "." + name,
+                                    table.name + "." + name, table.name + "." + mapped.name});
+      mapped.type = MapType(mapped.source, mapped.rule_names, context_);
       mapped.root = mapped.letters_root = {at, table.columns.size()};
       if (mapped.type.level == EMadeLevel::Refused && table.refused.empty())
-        table.refused = Format(kColumnRefused, column.name, NativeText(column), mapped.type.text);
+        table.refused = Format(kColumnRefused, mapped.source.name, NativeText(mapped.source), mapped.type.text);
       table.columns.push_back(std::move(mapped));
     }
     if (table.columns.empty() && table.refused.empty()) table.refused = kNoColumns;
     if (!table.refused.empty()) return;
     const TTargetServer& server = context_.server;
-    const auto in_row = [](const std::string& type) { return RowBytes(ReadType(type)); };
-    const auto in_page = [&](const std::string& type) { return PageBytes(ReadType(type), server); };
+    const auto in_row = [this](const std::string& type) { return RowBytes(context_.read_type(type)); };
+    const auto in_page = [&](const std::string& type) { return PageBytes(context_.read_type(type), server); };
     MakeRoom(at, kRowRoom, in_row);
     const long long bitmap = std::ssize(table.columns) / 8;
     const bool fits = MakeRoom(at, kPageRoom - bitmap, in_page);
@@ -155,11 +159,12 @@ class TSchemaMapper {
   bool MakeRoom(std::size_t at, long long room, const std::function<long long(const std::string& type)>& bytes) {
     TMappedTable& table = mapped_[at];
     long long all = 0;
+    for (const TMappedColumn& column : table.columns) all += bytes(column.type.type);
+    if (all <= room) return true;
     std::vector<std::pair<std::pair<bool, long long>, TMappedColumn*>> movable;
     for (TMappedColumn& column : table.columns) {
-      const long long size = bytes(column.type.type);
-      all += size;
-      if (GoesOut(column)) movable.push_back({{InKey(at, column.source), -size}, &column});
+      if (!GoesOut(column)) continue;
+      movable.push_back({{InKey(at, column.source), -bytes(column.type.type)}, &column});
     }
     std::ranges::stable_sort(movable, {}, [](const auto& entry) { return entry.first; });
     for (auto next = movable.begin(); all > room && next != movable.end(); ++next) {
@@ -182,11 +187,10 @@ class TSchemaMapper {
   // --- References
 
   std::optional<std::size_t> ParentOf(const TForeignReference& reference) const {
-    const auto exact = places_.find(reference.table);
-    if (exact != places_.end()) return exact->second;
-    for (const auto& [name, place] : places_)
-      if (SameText(name, reference.table)) return place;
-    return std::nullopt;
+    auto found = places_.find(reference.table);
+    if (found != places_.end()) return found->second;
+    found = like_places_.find(LowerText(reference.table));
+    return found == like_places_.end() ? std::nullopt : std::optional(found->second);
   }
 
   static std::optional<std::size_t> ColumnAt(const TMappedTable& table, const std::string& name) {
@@ -237,8 +241,8 @@ class TSchemaMapper {
       const TMappedColumn& parent = ColumnAt(root);
       if (&parent == &column || column.type.ByRule() || parent.type.level == EMadeLevel::Refused) continue;
       if (column.type.level == EMadeLevel::Refused) continue;
-      const TColumnText own = ReadType(column.type.type);
-      const TColumnText theirs = ReadType(parent.type.type);
+      const TColumnText& own = context_.read_type(column.type.type);
+      const TColumnText& theirs = context_.read_type(parent.type.type);
       if (own.HasLetters() && theirs.HasLetters()) column.letters_root = root;
       if (own.HasLetters() && theirs.HasLetters() && NeedsPrefix(own) == NeedsPrefix(theirs)) continue;
       column.root = root;
@@ -253,10 +257,10 @@ class TSchemaMapper {
   void Finish(std::size_t at) {
     TMappedTable& table = mapped_[at];
     if (!table.refused.empty()) return;
-    MapKeys(Facts(at), context_.server, table);
+    MapKeys(Facts(at), context_, table);
     for (TMappedColumn& column : table.columns) {
       SetNull(column, table);
-      column.default_value = MakeDefault(column.source, ReadType(column.type.type), context_.server);
+      column.default_value = MakeDefault(column.source, context_.read_type(column.type.type), context_.server);
       if (!column.default_value.reason.empty() && table.known.Has(EFact::Defaults))
         table.unmade.push_back({table.name, column.name, "default", column.default_value.reason});
       column.source.comment = CutChars(column.source.comment, kColumnComment);
@@ -289,14 +293,14 @@ class TSchemaMapper {
     });
   }
 
-  static void SetCounting(TMappedTable& table) {
+  void SetCounting(TMappedTable& table) const {
     bool counts = false;
     for (TMappedColumn& column : table.columns) {
       column.may_count = column.source.counting != ECounting::None;
       if (column.source.counting == ECounting::Unclear) AddText(column.type, kUnclearCounting, EMadeLevel::Warning);
       if (column.source.counting != ECounting::Counts) continue;
       const bool leads = LeadsKey(column, table);
-      column.counts = leads && !counts && CanCount(ReadType(column.type.type));
+      column.counts = leads && !counts && CanCount(context_.read_type(column.type.type));
       if (!column.counts) AddText(column.type, counts ? kCountsTwice : kCannotCountHere, EMadeLevel::Warning);
       if (!column.counts)
         table.unmade.push_back({table.name, column.name, "counting", counts ? kCountsTwice : kCannotCountHere});
@@ -515,7 +519,8 @@ class TSchemaMapper {
   const TMapContext& context_;
   std::map<std::string, std::string> spellings_;  // the target's, by name and by the name in lower case
   std::vector<TMappedTable> mapped_;
-  std::map<std::string, std::size_t> places_;                            // of tables, by the source's names
+  std::map<std::string, std::size_t> places_;       // of tables, by the source's names
+  std::map<std::string, std::size_t> like_places_;  // the same in lower case, the first of its like
   std::map<std::pair<std::size_t, std::size_t>, TColumnPlace> parents_;  // of columns that refer to others
   TNames reference_names_;
   TNames check_names_;

@@ -328,11 +328,12 @@ std::vector<std::string> PlainArguments(const TColumnText& column) {
 
 std::string NativeText(const TForeignColumn& column) {
   if (column.native.find('(') != std::string::npos) return column.native;
+  const auto sized = [&](auto size) { return column.native + "(" + std::to_string(size) + ")"; };
   if (column.precision && column.scale.value_or(0) != 0)
     return Format("%s(%d,%d)", column.native, *column.precision, *column.scale);
-  if (column.precision) return Format("%s(%d)", column.native, *column.precision);
-  if (column.length) return Format("%s(%d)", column.native, *column.length);
-  if (column.fraction) return Format("%s(%d)", column.native, *column.fraction);
+  if (column.precision) return sized(*column.precision);
+  if (column.length) return sized(*column.length);
+  if (column.fraction) return sized(*column.fraction);
   return column.native;
 }
 
@@ -371,8 +372,15 @@ TMappedType MapOutOfRow(const TForeignColumn& column) {
 
 TColumnText ReadType(const std::string& type) { return ReadColumnText(TElementText("`c` " + type), TCharset()); }
 
+const TColumnText& TTypeReader::operator()(const std::string& type) {
+  auto found = read_.find(type);
+  if (found == read_.end()) found = read_.emplace(type, ReadType(type)).first;
+  return found->second;
+}
+
 bool SameType(const TColumnText& a, const TColumnText& b) {
-  return a.type == b.type && a.is_unsigned == b.is_unsigned && PlainArguments(a) == PlainArguments(b);
+  if (a.type != b.type || a.is_unsigned != b.is_unsigned) return false;
+  return a.arguments == b.arguments || PlainArguments(a) == PlainArguments(b);
 }
 
 bool HoldsAll(const TForeignColumn& column, const TColumnText& there, const TMapContext& context) {

@@ -4,6 +4,7 @@
 // of the source, of the same family.
 
 #include <string>
+#include <unordered_map>
 
 #include "exact/run/TextMaker.h"
 #include "foreign/Facts.h"
@@ -13,9 +14,22 @@
 
 namespace velmora {
 
+// What MySQL says of a type alone, as in "decimal(10,2) unsigned".
+TColumnText ReadType(const std::string& type);
+
+// The same of the many columns of a schema, which have few types.
+class TTypeReader {
+ public:
+  const TColumnText& operator()(const std::string& type);  // lasts as long as this object
+
+ private:
+  std::unordered_map<std::string, TColumnText> read_;
+};
+
 struct TMapContext {
   TTargetServer server{};
   TForeignWishes wishes{};
+  mutable TTypeReader read_type{};
 };
 
 // MySQL's type of a column, with what the user should know of it. Refused ones have none.
@@ -39,8 +53,6 @@ TMappedType MapType(const TForeignColumn& column, const TStringList& names, cons
 // Of letters or bytes that find no room in their row: the text or blob type that takes as many.
 TMappedType MapOutOfRow(const TForeignColumn& column);
 
-// What MySQL says of a type alone, as in "decimal(10,2) unsigned".
-TColumnText ReadType(const std::string& type);
 // Whether two columns have the same type, whatever the width that they are shown in.
 bool SameType(const TColumnText& a, const TColumnText& b);
 // Whether the target's type counts as equal to the one that the column is mapped to, though it is another one.

@@ -94,9 +94,12 @@ std::string MakeKeyName(std::string_view name, std::string_view nameless) {
 }
 
 std::string TNames::Take(const std::string& name) {
-  std::string free = name;
-  for (int number = 2; !taken_.insert(Folded(free)).second; ++number)
-    free = CutChars(name, kKeptLetters) + Format("_%d", number);
+  if (taken_.insert(Folded(name)).second) return name;
+  const std::string start = CutChars(name, kKeptLetters);
+  int& number = last_.try_emplace(Folded(start), 1).first->second;
+  std::string free;
+  do free = start + Format("_%d", ++number);
+  while (!taken_.insert(Folded(free)).second);
   return free;
 }
 

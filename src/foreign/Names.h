@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -32,6 +33,7 @@ class TNames {
 
  private:
   std::set<std::u32string> taken_;
+  std::map<std::u32string, int> last_;  // numbers, by what stands in front of them
 };
 
 // The element of this very name, as `name_of` gives it, or else the first one that differs from it in case alone: of

@@ -50,6 +50,7 @@ class TCompletion {
     AddReferences();
     AddChecks();
     AddOthers();
+    if (IsAllTheirs()) return TheirsAnew();
     return Settled();
   }
 
@@ -66,6 +67,7 @@ class TCompletion {
       if (comment != nullptr) Count(EFact::TableComment);
       return options;
     }
+    if (comment != nullptr && comment->value == QuotedText(table_.comment)) return options;
     std::erase_if(options, [](const TTableOption& option) { return option.name == "COMMENT"; });
     if (!table_.comment.empty()) options.push_back({"COMMENT", QuotedText(table_.comment)});
     return options;
@@ -97,10 +99,13 @@ class TCompletion {
     pieces.type = WantedType(column);
     if (!Known(EFact::ColumnComments)) pieces.comment.clear();
     if (!Known(EFact::Defaults)) pieces.default_value.clear();
-    if (const TElement* there = FindColumn(column.name))
-      TakeOver(column, *there, pieces);
-    else
+    if (const TElement* there = FindColumn(column.name)) {
+      const TColumnPieces theirs = PiecesOf(*there);
+      TakeOver(column, *there, theirs, pieces);
+      if (pieces == theirs) return made_.elements.push_back(*there);
+    } else {
       pieces.charset = OwnCharset(column, pieces);
+    }
     made_.elements.push_back({EElement::Column, pieces.name, pieces.Text()});
   }
 
@@ -117,8 +122,8 @@ class TCompletion {
     return wanted == of_table ? std::string() : CharsetText(wanted);
   }
 
-  void TakeOver(const TMappedColumn& column, const TElement& there, TColumnPieces& pieces) {
-    const TColumnPieces theirs = PiecesOf(there);
+  void TakeOver(const TMappedColumn& column, const TElement& there, const TColumnPieces& theirs,
+                TColumnPieces& pieces) {
     pieces.name = theirs.name;
     TakeType(column, theirs, pieces);
     pieces.null_word = theirs.null_word;
@@ -135,7 +140,7 @@ class TCompletion {
       pieces.comment = theirs.comment;
       if (!theirs.comment.empty()) Count(EFact::ColumnComments);
     }
-    TakeDefault(column, there, theirs, pieces);
+    TakeDefault(column, theirs, pieces);
     // A column of expressions has none of these.
     if (!pieces.generated.empty()) {
       pieces.default_value.clear();
@@ -165,8 +170,8 @@ class TCompletion {
   }
 
   void TakeType(const TMappedColumn& column, const TColumnPieces& theirs, TColumnPieces& pieces) {
-    const TColumnText type = ReadType(theirs.type);
-    const TColumnText wanted = ReadType(pieces.type);
+    const TColumnText& type = context_.read_type(theirs.type);
+    const TColumnText& wanted = context_.read_type(pieces.type);
     const bool same = SameType(wanted, type);
     const bool free = settled_(column.root).type.empty() && !column.type.ByRule() && !context_.wishes.strict_types;
     const bool holds = !same && free && HoldsAll(column.source, type, context_);
@@ -188,17 +193,16 @@ class TCompletion {
     pieces.not_null = theirs.not_null;
   }
 
-  void TakeDefault(const TMappedColumn& column, const TElement& there, const TColumnPieces& theirs,
-                   TColumnPieces& pieces) {
+  void TakeDefault(const TMappedColumn& column, const TColumnPieces& theirs, TColumnPieces& pieces) {
     const bool unmade = !column.default_value.reason.empty();
     if (!Known(EFact::Defaults) && !theirs.default_value.empty()) Count(EFact::Defaults);
-    if (!Known(EFact::Defaults) || unmade || SameDefault(there, pieces)) pieces.default_value = theirs.default_value;
+    if (!Known(EFact::Defaults) || unmade || SameDefault(theirs, pieces)) pieces.default_value = theirs.default_value;
     if (column.counts) pieces.default_value.clear();
   }
 
   // Whether the target's default says what the column's own does, for the type that it has.
-  bool SameDefault(const TElement& there, const TColumnPieces& pieces) const {
-    TColumnPieces theirs = PiecesOf(there);
+  static bool SameDefault(const TColumnPieces& theirs, const TColumnPieces& pieces) {
+    if (theirs.default_value == pieces.default_value) return true;
     if (theirs.default_value.empty() || pieces.default_value.empty())
       return theirs.default_value.empty() == pieces.default_value.empty();
     TColumnPieces a{.name = "c", .type = theirs.type, .default_value = theirs.default_value};
@@ -383,7 +387,8 @@ class TCompletion {
       }
       for (std::string& column : reference.columns) column = MadeName(column);
       TElement element = ReferenceElement(reference);
-      if (match != nullptr && (!Known(EFact::Rules) || SameElement(element, *match))) element = *match;
+      if (match != nullptr && (!Known(EFact::Rules) || element.text == match->text || SameElement(element, *match)))
+        element = *match;
       made_.elements.push_back(std::move(element));
     }
     if (there_ == nullptr) return;
@@ -449,6 +454,26 @@ class TCompletion {
   }
 
   // --- The end
+
+  // Whether nothing was made that is not the target's, and nothing of it left out.
+  bool IsAllTheirs() const {
+    if (there_ == nullptr || there_->system_versioned || made_.elements.size() != there_->elements.size()) return false;
+    const auto same = [](const auto& a, const auto& b) { return a.name == b.name && a.value == b.value; };
+    if (!std::ranges::equal(made_.options, there_->options, same)) return false;
+    std::size_t next = 0;  // of the target's columns, whose order counts
+    for (const TElement& element : made_.elements) {
+      const bool column = element.kind == EElement::Column;
+      const TElement* there = column ? &there_->elements[next++] : there_->Find(element.kind, element.name);
+      if (there == nullptr || there->kind != element.kind || !(there->text == element.text)) return false;
+    }
+    return true;
+  }
+
+  TTableText TheirsAnew() const {
+    TTableText theirs = *there_;
+    theirs.name = made_.name;
+    return theirs;
+  }
 
   // As a server would print it: keys that references bring along, defaults in its words.
   TTableText Settled() {

@@ -265,6 +265,19 @@ void TTableComparison::Add(TChange change) {
   changes_.push_back(std::move(change));
 }
 
+// Tables that one side was made of the other are mostly so.
+bool WrittenAlike(const TTableText& a, const TTableText& b) {
+  const auto same_element = [](const TElement& x, const TElement& y) {
+    return x.kind == y.kind && x.name == y.name && x.text == y.text;
+  };
+  const auto same_option = [](const TTableOption& x, const TTableOption& y) {
+    return x.name == y.name && x.value == y.value;
+  };
+  return a.name == b.name && a.partitioning == b.partitioning && a.temporary == b.temporary &&
+         a.system_versioned == b.system_versioned && std::ranges::equal(a.options, b.options, same_option) &&
+         std::ranges::equal(a.elements, b.elements, same_element);
+}
+
 }  // namespace
 
 std::string TChange::LogText() const {
@@ -294,6 +307,7 @@ void ReadColumns(TChange& change, const TTableText& target, const TTableText& re
 }
 
 std::vector<TChange> CompareTableTexts(const TTableText& reference, const TTableText& target, TEquivalenceUse& use) {
+  if (WrittenAlike(reference, target)) return {};
   if (use.On(EEquivalence::CopiedName))
     if (const std::unique_ptr<const TTableText> renamed = WithoutCopiedNames(reference, target, use))
       return TTableComparison(reference, *renamed, use).Run();
