@@ -174,13 +174,13 @@ void WaitForEnd() {
 
 void Make(const std::string& engine, int tables, const std::string& folder) {
   if (engine == "access") {
-    WriteFileText(JoinPath(folder, "sample.mdb"), bench::AccessSample(tables));
+    bench::PutFile(JoinPath(folder, "sample.mdb"), bench::AccessSample(tables));
     std::cout << "Access:filename=" << folder << "/sample.mdb" << std::endl;
   } else if (engine == "dbf") {
     bench::WriteDbfSample(tables, folder);
     std::cout << "DBF:folder=" << folder << std::endl;
   } else if (engine == "empty") {
-    for (int i = 0; i < tables; ++i) WriteFileText(JoinPath(folder, Format("empty_%05d.dbf", i)), "");
+    for (int i = 0; i < tables; ++i) bench::PutFile(JoinPath(folder, Format("empty_%05d.dbf", i)), "");
     std::cout << "DBF:folder=" << folder << std::endl;
   } else if (engine == "firebird") {
     testing::TPrivateFirebird server;

@@ -1,5 +1,6 @@
 #include "ForeignSources.h"
 
+#include <fstream>
 #include <initializer_list>
 #include <vector>
 
@@ -138,9 +139,11 @@ std::string FirebirdSample(int tables) {
   return script;
 }
 
+void PutFile(const std::string& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
+
 void WriteDbfSample(int tables, const std::string& folder) {
   const std::string bytes = DbfBytes();
-  for (int i = 0; i < tables; ++i) WriteFileText(JoinPath(folder, Format("table_%05d.dbf", i)), bytes);
+  for (int i = 0; i < tables; ++i) PutFile(JoinPath(folder, Format("table_%05d.dbf", i)), bytes);
 }
 
 }  // namespace velmora::bench

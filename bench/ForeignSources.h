@@ -7,8 +7,9 @@
 
 namespace velmora::bench {
 
-std::string AccessSample(int tables);                        // the bytes of a file
-std::string FirebirdSample(int tables);                      // a script, each statement ending in ";\n"
-void WriteDbfSample(int tables, const std::string& folder);  // the folder is there
+std::string AccessSample(int tables);                             // the bytes of a file
+std::string FirebirdSample(int tables);                           // a script, each statement ending in ";\n"
+void PutFile(const std::string& path, const std::string& bytes);  // without waiting for the disk
+void WriteDbfSample(int tables, const std::string& folder);       // the folder is there
 
 }  // namespace velmora::bench
