@@ -13,6 +13,7 @@
 #include "app/RunCare.h"
 #include "app/ScriptRunner.h"
 #include "exact/compare/Collations.h"
+#include "exact/run/ActionLock.h"
 #include "exact/run/ExactWishes.h"
 #include "exact/run/PairReader.h"
 #include "exact/run/RowChecks.h"
@@ -140,6 +141,10 @@ class TDialect {
   // planned "TABLE: ACTION: REASON", of any other "line N: STATEMENT: REASONS". Nothing need have been compared; where
   // a statement's cost hangs on a table's structure, a connected target is asked for it.
   virtual TStringList UnsafeStatements(const std::string& /*script*/) { return {}; }
+  // What making the actions that are left costs others meanwhile, by id; none where nothing is known of that.
+  virtual std::map<int, TActionLock> ActionLocks() const { return {}; }
+  // Statements for them that the user does not want to be run that way, a line each.
+  virtual TStringList AboveAlgorithm() const { return {}; }
   // The statements of `script` that the last comparison planned for the actions that are left, in order.
   virtual std::vector<TPlannedStatement> Planned(const std::string& /*script*/) const { return {}; }
   // What the target's rows say to the actions that are left, each asked for at most `seconds`, 0 for as long as it

@@ -225,6 +225,7 @@ void TExactDialect::CheckUnmoved(const std::string& script) const {
 
 // A script that ends early has not come to the line that puts the checks back.
 void TExactDialect::RunScript(const std::string& text, const TRunCare& care) {
+  if (const TStringList above = sync.AboveAlgorithm(); !above.empty()) RaiseError(JoinList(above, "\n"));
   TDBConn& target = *parts_.connections.target;
   if (auto* texts = dynamic_cast<TCreationTexts*>(&target)) texts->PrepareExactTexts();
   CheckUnmoved(text);

@@ -37,6 +37,8 @@ class TExactDialect final : public TDialect {
   TAlignedRows Aligned(const std::string& reference, const std::string& target) const override;
   std::map<int, std::string> UnsafeActions() const override;
   TStringList UnsafeStatements(const std::string& script) override;
+  std::map<int, TActionLock> ActionLocks() const override { return sync.ActionLocks(sync.Plan()); }
+  TStringList AboveAlgorithm() const override { return sync.AboveAlgorithm(); }
   std::vector<TPlannedStatement> Planned(const std::string& script) const override;
   std::vector<TRowFinding> CheckRows(int seconds) override { return sync.CheckRows(seconds); }
   int VerifyOnServer(const TScratchPorts& ports) override { return sync.VerifyOnServer(ports); }

@@ -98,6 +98,11 @@ std::vector<TDifference> TExactDialect::Differences() const {
   const TMappingNotes notes(sync.MadeColumns());
   std::vector<TDifference> differences;
   differences.reserve(sync.AllChanges().size() + sync.AllObjectChanges().size());
+  const std::map<int, TActionLock> locks = sync.ActionLocks(sync.WholePlan());
+  const auto lock_of = [&locks](int id) {
+    const auto lock = locks.find(id);
+    return lock == locks.end() ? std::string() : lock->second.text;
+  };
   const auto first_of = [&first](int id) {
     const auto statement = first.find(id);
     return statement == first.end() ? 0 : statement->second;
@@ -106,7 +111,7 @@ std::vector<TDifference> TExactDialect::Differences() const {
     const std::string detail =
         ChangeDetail(change, sync.Target().Find(change.table), sync.Reference().Find(change.table));
     differences.push_back({change.id, change.table, change.item, KindOf(change), StateOf(change), change.LogText(),
-                           detail, change.unsafe, first_of(change.id), notes.Of(change)});
+                           detail, change.unsafe, first_of(change.id), notes.Of(change), lock_of(change.id)});
   }
   for (const TObjectChange& change : sync.AllObjectChanges())
     differences.push_back({change.id, std::string(KindsTitle(change.kind)), change.name, KindOf(change),

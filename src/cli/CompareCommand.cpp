@@ -14,11 +14,22 @@ namespace velmora {
 
 namespace {
 
+// What is not known is null, and so are rows and bytes that were not asked for.
+void AddLock(const std::map<int, TActionLock>& locks, TJson& action) {
+  const auto lock = locks.find(action["id"].get<int>());
+  const bool sized = lock != locks.end() && lock->second.size;
+  action["lock"] = lock == locks.end() ? TJson() : TJson(LockWord(lock->second.is));
+  action["rows"] = sized ? TJson(lock->second.size->rows) : TJson();
+  action["bytes"] = sized ? TJson(lock->second.size->bytes) : TJson();
+}
+
 void AddFindings(const TDialect& dialect, bool failed, const std::optional<int>& on_server, TJson& document) {
   const std::map<int, std::string> reasons = dialect.UnsafeActions();
+  const std::map<int, TActionLock> locks = dialect.ActionLocks();
   for (TJson& action : document["actions"]) {
     const auto reason = reasons.find(action["id"].get<int>());
     action["unsafe"] = reason == reasons.end() ? TJson() : TJson(reason->second);
+    AddLock(locks, action);
   }
   const TFindings findings = dialect.Findings();
   TJson skipped = TJson::array();

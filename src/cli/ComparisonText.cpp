@@ -61,13 +61,22 @@ void PrintReason(const TReasons& reasons, const TActionNode& node, const char* i
     out << indent << "! unsafe: " << ShownText(found->second) << '\n';
 }
 
+using TLocks = std::map<int, TActionLock>;
+
+// " [instant]"
+std::string LockOf(const TLocks& locks, const TActionNode& node) {
+  const auto lock = node.id.empty() ? locks.end() : locks.find(StrToInt(node.id));
+  return lock == locks.end() ? std::string() : " [" + lock->second.text + "]";
+}
+
 void PrintTree(const TApplication& app, std::ostream& out) {
   const TReasons reasons = app.Dialect().UnsafeActions();
+  const TLocks locks = app.Dialect().ActionLocks();
   for (const TActionNode& table : app.tree.Top()) {
     out << SignOf(table.icon) << ' ' << ShownText(TopText(app, table)) << '\n';
     PrintReason(reasons, table, "    ", out);
     for (const TActionNode& action : table.children) {
-      out << "    " << SignOf(action.icon) << ' ' << ShownText(action.text) << '\n';
+      out << "    " << SignOf(action.icon) << ' ' << ShownText(action.text) << LockOf(locks, action) << '\n';
       PrintReason(reasons, action, "        ", out);
     }
   }

@@ -23,7 +23,8 @@ class TPairRun {
 
   TApplication& app() { return app_; }
   TLineEditor& editor() { return editor_; }
-  const TTaskMarks& Marks() const { return marks_; }  // of the task file, once its sides were made
+  const TTaskMarks& Marks() const { return marks_; }    // of the task file, once its sides were made
+  const TExactWishes& Exact() const { return exact_; }  // as asked for, the task's own included
   // Called when the sides were made, before any is connected; may raise.
   std::function<void(TDBConn& target)> OnMade;
 

@@ -30,6 +30,8 @@ constexpr char kNoWayBack[] = "This dialect does not know the way back that --un
 constexpr char kScriptGoesOn[] =
     "A run of a file does not go on by itself: compare anew, or take what has run out of the file and give another "
     "journal";
+constexpr char kTooMuch[] = "nothing was run: without --algorithm the server is left to choose";
+constexpr char kRowsToBeAsked[] = "--fast-foreign-keys needs the row checks, which --no-row-checks leaves out";
 
 constexpr char kNameNeeded[] =
     "The task asks for the database's name before a run, and there is no terminal to ask on: give --confirm-database "
@@ -149,7 +151,11 @@ bool TSyncCommand::MayRun(TPairRun& run, const std::string& script, TConsole& co
   TApplication& app = run.app();
   const TScriptPlan plan{script, SideName(*app.connections.target), app.Dialect().Statements(script).statements.size(),
                          app.Dialect().UnsafeStatements(script), script_.empty()};
-  if (!UnsafeAllowed(plan, allow_unsafe_, console)) return false;
+  if (no_row_checks_ && run.Exact().locks.fast_foreign_keys) RaiseError(kRowsToBeAsked);
+  const TStringList above = app.Dialect().AboveAlgorithm();
+  for (const std::string& line : above) console.Error(line);
+  if (!above.empty()) console.Error(kTooMuch);
+  if (!above.empty() || !UnsafeAllowed(plan, allow_unsafe_, console)) return false;
   if (script_.empty() && !no_row_checks_ && !RowsAllow(run, row_check_time_, console)) return false;
   std::optional<int> left;
   if (pair_.verify_on_server && (run.VerifyOnServer(left) || *left > 0)) return false;

@@ -120,9 +120,8 @@ class TSchemaMapper {
       const std::string& name = mapped.source.name;
       const std::string number = std::to_string(table.columns.size() + 1);
       mapped.name = names.Take(Cased(MakeColumnName(name, "column_" + number)));
-      mapped.rule_names =
-          RuleNames(mapped.source, {table.source_name + "." + name, read_[at].plain_name + "." + name,
-                                    table.name + "." + name, table.name + "." + mapped.name});
+      mapped.rule_names = RuleNames(mapped.source, {table.source_name + "." + name, read_[at].plain_name + "." + name,
+                                                    table.name + "." + name, table.name + "." + mapped.name});
       mapped.type = MapType(mapped.source, mapped.rule_names, context_);
       mapped.root = mapped.letters_root = {at, table.columns.size()};
       if (mapped.type.level == EMadeLevel::Refused && table.refused.empty())

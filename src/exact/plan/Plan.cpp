@@ -37,6 +37,7 @@ class TPlanner {
   void RemovePartitioning(const TTableWork& work);
   void AlterTable(const TTableWork& work);
   void CreateTable(const TTableWork& work);
+  bool IsChecked(const TElementText& key, const TTableWork& work) const;
   void AddForeignKeys(const TTableWork& work);
   void RenewHashKeys(const TTableWork& work);
 
@@ -223,25 +224,38 @@ void TPlanner::CreateTable(const TTableWork& work) {
   }
 }
 
+// Whether rows may be there that break the key, and the server can look at them: there is a table to which it refers.
+bool TPlanner::IsChecked(const TElementText& key, const TTableWork& work) const {
+  if (server_.unchecked_foreign_keys || work.target == nullptr) return false;
+  const TForeignKeyParts& parts = key.ForeignKey();
+  if (!parts.database.empty() || SameText(parts.table, work.name)) return true;
+  const auto parent = by_name_.find(parts.table);
+  const bool goes = parent != by_name_.end() && Drops(parent->second->changes);
+  return !goes && (reference_.Find(parts.table) != nullptr || target_.Find(parts.table) != nullptr);
+}
+
 void TPlanner::AddForeignKeys(const TTableWork& work) {
-  TAlter alter(work.name);
+  TAlter checked(work.name), unchecked(work.name);
+  const auto alter_for = [&](const TElementText& key) -> TAlter& {
+    TAlter& alter = IsChecked(key, work) ? checked : unchecked;
+    alter.Clause("add " + key.Str());
+    return alter;
+  };
   for (const TChange* change : work.changes) {
     if (change->action == saCreateTable && work.reference != nullptr) {
-      for (const auto& element : work.reference->elements) {
-        if (element.kind != EElement::ForeignKey) continue;
-        alter.Clause("add " + element.text.Str());
-        alter.Serves(*change);
-      }
+      for (const auto& element : work.reference->elements)
+        if (element.kind == EElement::ForeignKey) alter_for(element.text).Serves(*change);
     }
     if (!IsForeignKeyChange(*change) || change->action == saDropConstraint) continue;
-    alter.Clause("add " + change->new_text.Str());
-    alter.Serves(*change);
+    alter_for(change->new_text).Serves(*change);
   }
   for (const TObstacle& obstacle : work.obstacles) {
-    alter.Clause("add " + obstacle.key->text.Str());
+    TAlter& alter = alter_for(obstacle.key->text);
     for (const TChange* cause : obstacle.causes) alter.Serves(*cause);
   }
-  alter.MoveTo(plan_);
+  unchecked.MoveTo(plan_);
+  checked.CheckRows();
+  checked.MoveTo(plan_);
 }
 
 // With every "alter table" that does not add it a server forgets that a unique key was one by hash, where it can make

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "exact/compare/Changes.h"
+#include "exact/plan/LockClasses.h"
 #include "mysqltext/Schema.h"
 
 namespace velmora {
@@ -19,12 +20,16 @@ struct TPlanStatement {
   std::string object{};
   // Statements that restore what was there, should the server refuse it after one before it has taken that away.
   std::vector<std::string> put_back{};
+  bool checks_on = false;  // it adds foreign keys to a table that may have rows, which the server is to look at
+  ELockClass lock = ELockClass::None;
 };
 
 // In what servers differ that take the statements; neither where nobody knows.
 struct TPlanServer {
   bool mysql = false;  // has "drop check", and lets go of a foreign key's own key where a fulltext key has its columns
-  bool mariadb = false;  // replaces triggers, routines and events in one statement
+  bool mariadb = false;                 // replaces triggers, routines and events in one statement
+  int version = 0;                      // 101106 for 10.11.6
+  bool unchecked_foreign_keys = false;  // rows were asked about: they need not be looked at by the statement
 };
 
 // 1. foreign keys that go, change, or stand on a column that changes (those come back at the end), 2. dropped tables,

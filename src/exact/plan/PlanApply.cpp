@@ -158,10 +158,11 @@ void TAlteration::Split(std::size_t first) {
   for (std::size_t at = first; first < tokens_.size();) {
     if (at >= tokens_.size()) RaiseError(Format(kNotUnderstood, statement_));  // a bracket is not closed
     const bool partitioning = IsKeyword(tokens_[at], "partition") && IsKeyword(TokenAt(tokens_, at + 1), "by");
+    const bool removes = at > first && IsKeyword(tokens_[at], "remove");
     const bool ends = partitioning || tokens_[at].kind == EToken::End;
-    if (ends || tokens_[at].Is(",")) {
+    if (ends || removes || tokens_[at].Is(",")) {
       if (at > first) clauses_.push_back({first, at});
-      first = at + 1;
+      first = removes ? at : at + 1;
     }
     if (partitioning) table_.partitioning = TextOf(statement_, tokens_, at, tokens_.size() - 1);
     if (ends) break;
@@ -181,7 +182,8 @@ void TAlteration::Read(const TClause& clause) {
     added_.push_back(ReadElement(clause.first + 1, clause.last));
   else if (Starts(tokens, {"alter", "index"}))
     SetKeyUse(tokens);
-  else if (Starts(tokens, {"force"}) && tokens.size() == 1)
+  else if ((Starts(tokens, {"force"}) && tokens.size() == 1) || Starts(tokens, {"algorithm"}) ||
+           Starts(tokens, {"lock"}))
     return;
   else if (Starts(tokens, {"remove", "partitioning"}))
     table_.partitioning.clear();

@@ -47,6 +47,7 @@ class TAlter {
   // For all clauses together, once.
   void Force();
   void AtEnd(std::string text) { end_ = std::move(text); }
+  void CheckRows() { statement_.checks_on = true; }
   void Serves(const TChange& change);
   // For the statement that does what the change is about, as against those that clear its way.
   void Makes(const TChange& change);

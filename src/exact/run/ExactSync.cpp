@@ -99,6 +99,7 @@ void TExactSync::Compare() {
         CompareOthers();
         server_ = PlanServerOf(target);
         Prove();
+        AskSizes(target);
         FillLog();
         log_.LogLine("Done.");
       },
@@ -125,6 +126,7 @@ void TExactSync::Forget() {
   changes_.clear();
   objects_ = {};
   plan_.clear();
+  sizes_.clear();
   proof_.clear();
   differences_left_ = 0;
   table_under_way_.clear();
@@ -169,21 +171,6 @@ TTableNames TExactSync::TouchedTables() const {
   for (const TPlanStatement& statement : plan_)
     if (statement.object.empty()) tables.insert(statement.table);
   return tables;
-}
-
-// The server is asked only where that may matter.
-TPlanServer TExactSync::PlanServerOf(TDBConn& target) const {
-  auto* texts = dynamic_cast<TCreationTexts*>(&target);
-  const bool matters = std::any_of(changes_.begin(), changes_.end(), [this](const TChange& change) {
-    const TTableText* table = read_.target.schema.Find(change.table);
-    return table != nullptr && std::ranges::any_of(table->elements, [](const TElement& element) {
-             return element.kind == EElement::Check || element.kind == EElement::FulltextKey;
-           });
-  });
-  const bool asked = matters || !objects_.changes.empty();
-  if (!asked || texts == nullptr || texts->StructureScript() != nullptr) return {};
-  const bool mariadb = PosNoCase("mariadb", texts->ServerVersion()) != 0;
-  return {.mysql = !mariadb, .mariadb = mariadb};
 }
 
 // Every statement is read again from its text, so that what is proved is what will run.
@@ -245,7 +232,10 @@ std::vector<TPlanStatement> TExactSync::PlanOf(const std::vector<TChange>& chang
                                                const std::vector<TObjectChange>& objects) const {
   TObjectPlan beside = MakeObjectPlan(objects, server_);
   std::vector<TPlanStatement> plan = std::move(beside.before);
-  std::ranges::move(MakePlan(changes, read_.reference.schema, read_.target.schema, server_), std::back_inserter(plan));
+  const TSchema& target = read_.target.schema;
+  std::ranges::move(WithLocks(MakePlan(changes, read_.reference.schema, target, server_), changes, target, server_,
+                              Wishes.locks.algorithm),
+                    std::back_inserter(plan));
   std::ranges::move(beside.after, std::back_inserter(plan));
   return plan;
 }
@@ -286,7 +276,10 @@ bool TExactSync::Identical() const {
 
 std::vector<TRowFinding> TExactSync::CheckRows(int seconds) {
   TDBConn& target = Side(connections_.target, kNoTarget);
-  return AskRows(RowQuestions(Changes(), read_.reference.schema, read_.target.schema, Plan()), target, seconds);
+  std::vector<TRowQuestion> questions = RowQuestions(Changes(), read_.reference.schema, read_.target.schema, Plan());
+  for (TRowQuestion& question : questions)
+    question.needed = Wishes.locks.fast_foreign_keys && question.subject.starts_with("foreign key ");
+  return AskRows(questions, target, seconds);
 }
 
 std::vector<TChange> TExactSync::Changes() const {

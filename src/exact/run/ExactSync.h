@@ -4,6 +4,7 @@
 // "alter table" per table, and proves the plan in memory before anybody runs it.
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,10 +13,12 @@
 #include "exact/compare/Collations.h"
 #include "exact/objects/ObjectPlan.h"
 #include "exact/plan/Plan.h"
+#include "exact/run/ActionLock.h"
 #include "exact/run/ExactWishes.h"
 #include "exact/run/PairReader.h"
 #include "exact/run/RowChecks.h"
 #include "exact/run/ScratchDatabase.h"
+#include "exact/run/TableSizes.h"
 #include "sync/ActionTree.h"
 #include "sync/Data.h"
 #include "sync/MessageLog.h"
@@ -91,6 +94,11 @@ class TExactSync {
   std::string ReferenceText(const std::string& table) const;
   std::string TargetText(const std::string& table) const;
 
+  // Of actions that statements of `plan` serve, by id; none where nothing is known of the target's server.
+  std::map<int, TActionLock> ActionLocks(const std::vector<TPlanStatement>& plan) const;
+  // Statements that are known to need more than the algorithm which was asked for, a line each.
+  TStringList AboveAlgorithm() const;
+
   // Asks the target's server what its rows say to the changes that are left; see AskRows.
   std::vector<TRowFinding> CheckRows(int seconds);
 
@@ -114,6 +122,8 @@ class TExactSync {
   TSchema TablesAfter(const std::vector<TPlanStatement>& plan, TStringList& faults) const;
   TDatabaseObjects ObjectsAfter(const std::vector<TPlanStatement>& plan, TStringList& faults) const;
   void WriteStatements(const std::vector<TPlanStatement>& plan, TScriptEditor& editor) const;
+  void AskSizes(TDBConn& target);
+  TActionLock LockOf(const TPlanStatement& statement) const;
   void Prove();
   TTableNames TouchedTables() const;
   TStringList DigestLines() const;
@@ -130,6 +140,7 @@ class TExactSync {
   std::vector<TChange> changes_;
   TObjectComparison objects_;
   TPlanServer server_;
+  TTableSizes sizes_;
   std::vector<TPlanStatement> plan_;  // of all of them
   TStringList proof_;                 // its lines in the log
   int differences_left_ = 0;

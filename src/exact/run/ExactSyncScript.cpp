@@ -5,6 +5,7 @@
 #include "exact/run/StructureDigest.h"
 #include "mysqltext/ColumnType.h"
 #include "sync/ScriptGenerator.h"
+#include "util/Format.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -21,6 +22,11 @@ constexpr char kZeroDates[] =
     "'');";
 constexpr char kRestoreMode[] = "set sql_mode = @velmora_sql_mode;";
 constexpr char kUnsafe[] = "unsafe: ";
+constexpr char kLocks[] = "alter table %s: %s";
+// Servers look at the rows of a table that gets a foreign key only with checks on.
+constexpr char kChecksOn[] = "set foreign_key_checks = 1;";
+constexpr char kUnchecked[] =
+    "foreign keys are added without a look at the rows: first make sure that none is without the one it refers to";
 
 // Names may hold what would end the comment.
 std::string Comment(std::string text) {
@@ -87,6 +93,7 @@ void TExactSync::GenerateScript(TScriptEditor& editor, const TClock& clock, cons
   editor.AddLine(Comment(ScriptPurpose(connections_)));
   if (!note.empty()) editor.AddLine(Comment(note));
   for (const std::string& line : DigestLines()) editor.AddLine(Comment(line));
+  if (Wishes.locks.fast_foreign_keys) editor.AddLine(Comment(kUnchecked));
   WriteStatements(Plan(), editor);
 }
 
@@ -100,8 +107,13 @@ void TExactSync::WriteStatements(const std::vector<TPlanStatement>& plan, TScrip
     editor.AddLine(kZeroDates);
   }
   editor.AddLine({});
+  bool checks_on = false;
   for (const TPlanStatement& statement : plan) {
+    if (statement.checks_on != checks_on) editor.AddLine(statement.checks_on ? kChecksOn : kChecksOff);
+    checks_on = statement.checks_on;
     for (const std::string& reason : statement.unsafe) editor.AddLine(Comment(kUnsafe + reason));
+    if (statement.lock != ELockClass::None)
+      editor.AddLine(Comment(Format(kLocks, statement.table, LockOf(statement).text)));
     AddStatement(statement, editor);
   }
   editor.AddLine({});

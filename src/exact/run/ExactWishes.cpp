@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "mysqltext/ServerVersion.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -35,6 +36,27 @@ TStringList TextsOf(const std::vector<TPattern>& patterns) {
   return texts;
 }
 
+constexpr char kNoAlgorithm[] = "There is no algorithm \"%s\": instant and inplace can be asked for";
+constexpr char kNoVersion[] = "\"%s\" is no server: give its product and version, as in \"mysql 8.0.36\"";
+
+void TakeAlgorithm(TExactWishes& wishes, const std::string& text) {
+  if (text != "instant" && text != "inplace") RaiseError(Format(kNoAlgorithm, text));
+  wishes.locks.algorithm = text == "instant" ? ELockClass::Instant : ELockClass::InPlace;
+}
+
+TStringList AlgorithmGiven(const TExactWishes& wishes) {
+  if (wishes.locks.algorithm == ELockClass::Unknown) return {};
+  return {wishes.locks.algorithm == ELockClass::Instant ? "instant" : "inplace"};
+}
+
+void TakeVersion(TExactWishes& wishes, const std::string& text) {
+  const bool named = PosNoCase("mysql", text) == 1 || PosNoCase("mariadb", text) == 1;
+  if (!named || ReadServerVersion(text).version == 0) RaiseError(Format(kNoVersion, text));
+  wishes.locks.target_version = text;
+}
+
+TStringList Switch(bool on) { return on ? TStringList{""} : TStringList(); }
+
 constexpr std::array kOptions = {
     TExactOption{
         "only", "PATTERN", true, "Only",
@@ -60,6 +82,27 @@ constexpr std::array kOptions = {
                  "names none), or 'map A@B=C@D', which may be given several times",
                  [](TExactWishes& wishes, const std::string& text) { TakeDefinerWish(text, wishes.definers); },
                  [](const TExactWishes& wishes) { return DefinerWishTexts(wishes.definers); }},
+    TExactOption{"target-version", "SERVER", false, "Server of a target file",
+                 "What a target that is a file will run on, as in 'mysql 8.0.36' or 'mariadb 10.11': "
+                 "what its statements lock is told of that; a server is asked",
+                 TakeVersion,
+                 [](const TExactWishes& wishes) {
+                   const std::string& version = wishes.locks.target_version;
+                   return version.empty() ? TStringList() : TStringList{version};
+                 }},
+    TExactOption{"algorithm", "NAME", false, "Algorithm",
+                 "Write it into each change of a table, so that the server refuses what it cannot do "
+                 "that way: instant, or inplace; nothing runs where a statement is known to need more",
+                 TakeAlgorithm, AlgorithmGiven},
+    TExactOption{"row-counts", "", false, "Ask for rows and sizes of tables that are made anew",
+                 "Ask the target's server for rows and sizes of the tables that are made anew or copied",
+                 [](TExactWishes& wishes, const std::string&) { wishes.locks.row_counts = true; },
+                 [](const TExactWishes& wishes) { return Switch(wishes.locks.row_counts); }},
+    TExactOption{"fast-foreign-keys", "", false, "Add foreign keys fast",
+                 "Look for orphans with a query before the run, and then add foreign keys with the "
+                 "server's own checks off, which does not copy the table",
+                 [](TExactWishes& wishes, const std::string&) { wishes.locks.fast_foreign_keys = true; },
+                 [](const TExactWishes& wishes) { return Switch(wishes.locks.fast_foreign_keys); }},
 };
 
 void TakeLine(const std::string& line, TExactWishes& wishes) {

@@ -8,6 +8,7 @@
 
 #include "exact/compare/Equivalences.h"
 #include "exact/objects/Definers.h"
+#include "exact/plan/LockPlan.h"
 #include "exact/run/Selection.h"
 #include "util/Lists.h"
 
@@ -18,6 +19,7 @@ struct TExactWishes {
   TSelection selection{};
   TStringList ignored{};  // equivalences that are switched on, by their names
   TStringList strict{};   // that are switched off, whatever is ignored
+  TLockWishes locks{};
 
   bool operator==(const TExactWishes&) const = default;
   bool Any() const { return *this != TExactWishes(); }

@@ -103,7 +103,11 @@ class TRowInquiry {
       return table;
     };
     for (const TChange& change : changes) take(change.table).changes.push_back(&change);
-    for (const TPlanStatement& statement : plan) ++take(statement.table).statements;
+    for (const TPlanStatement& statement : plan) {
+      TTableRows& table = take(statement.table);
+      ++table.statements;
+      if (table.target != nullptr) FindPutBack(statement, table);
+    }
   }
 
   std::vector<TRowQuestion> Questions() {
@@ -114,11 +118,24 @@ class TRowInquiry {
       for (const TChange* change : table.changes) AskAbout(table, *change);
       for (const TElement& key : table.reference->elements)
         if (IsUnique(key) && IsSortedAnew(table, key)) AskUnique(table, key);
+      for (const TElement* key : table.put_back) AskOrphans(table, *key);
     }
     return std::move(questions_);
   }
 
  private:
+  // Foreign keys that do not change, but go while a column does.
+  static void FindPutBack(const TPlanStatement& statement, TTableRows& table) {
+    for (const TElement& element : table.target->elements) {
+      if (element.kind != EElement::ForeignKey || statement.text.find("add " + element.text.Str()) == std::string::npos)
+        continue;
+      const bool changes = std::ranges::any_of(table.changes, [&element](const TChange* change) {
+        return change->kind == element.kind && SameText(change->item, element.name);
+      });
+      if (!changes) table.put_back.push_back(&element);
+    }
+  }
+
   static bool WillHavePrimaryKey(const TTableRows& table) {
     if (table.target == nullptr) return HasPrimaryKey(*table.reference);
     const auto found =
@@ -412,7 +429,7 @@ class TRowAsker {
   }
 
   static TRowFinding NotChecked(const TRowQuestion& question, const std::string& why) {
-    return {Format(kNotChecked, question.table, question.subject, why), false};
+    return {Format(kNotChecked, question.table, question.subject, why), question.needed};
   }
 
   TDBConn& server_;

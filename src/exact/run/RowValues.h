@@ -25,7 +25,8 @@ struct TTableRows {
   const TTableText* reference = nullptr;
   const TTableText* target = nullptr;
   std::vector<const TChange*> changes;
-  std::size_t statements = 0;  // of the plan
+  std::size_t statements = 0;               // of the plan
+  std::vector<const TElement*> put_back{};  // foreign keys that go for a while
 
   // That makes or modifies the column; null for none.
   const TChange* ColumnChange(const std::string& column) const;

@@ -152,7 +152,10 @@ QString TDifferenceModel::Text(const QModelIndex& line) const {
 
 QString TDifferenceModel::Detail(const QModelIndex& line) const {
   const auto place = PlaceOf(line);
-  return place ? ToQt(list_->At(*place).detail) : QString();
+  if (!place) return {};
+  const TDifference& difference = list_->At(*place);
+  const bool both = !difference.detail.empty() && !difference.lock.empty();
+  return ToQt(difference.detail + (both ? "  " : "") + (difference.lock.empty() ? "" : "[" + difference.lock + "]"));
 }
 
 // Of a group, how many of it are unsafe: a group that is folded must not hide it.
@@ -170,6 +173,7 @@ QString TDifferenceModel::Hint(const QModelIndex& line) const {
   QString hint = FullName(difference);
   if (!difference.detail.empty()) hint += QLatin1Char('\n') + ToQt(difference.detail);
   if (!difference.note.empty()) hint += QLatin1Char('\n') + Shortened(ToQt(difference.note), kHintLetters);
+  if (!difference.lock.empty()) hint += QStringLiteral("\nMeanwhile: ") + ToQt(difference.lock);
   const QString texts = Shortened(ToQt(ShownLines(list_->Row(*place).description)), kHintLetters);
   const QString shown = hint + QStringLiteral("\n\n") + texts;
   return QStringLiteral("<p style='white-space:pre-wrap'>%1</p>").arg(shown.toHtmlEscaped());
