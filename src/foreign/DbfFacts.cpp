@@ -1,8 +1,10 @@
 #include "foreign/DbfFacts.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <map>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -80,22 +82,25 @@ std::string ColumnIn(const std::string& expression, const TDbfStructure& structu
   return {};
 }
 
-// An expression in the common form: texts stand in ", \' or brackets, ".and." for "and".
+// An expression in the common form: texts stand in double quotes or brackets, too, and words between points.
 std::string PlainExpression(const std::string& text) {
+  constexpr std::array<std::string_view, 3> kWords = {".and.", ".or.", ".not."};
   std::string plain;
   for (std::size_t at = 0; at < text.size(); ++at) {
     const char open = text[at], close = open == '[' ? ']' : open;
     const std::size_t end = open == '"' || open == '\'' || open == '[' ? text.find(close, at + 1) : std::string::npos;
-    if (end == std::string::npos) {
+    const auto word = std::ranges::find_if(
+        kWords, [&](std::string_view each) { return SameText(std::string_view(text).substr(at, each.size()), each); });
+    if (end != std::string::npos) {
+      plain += "'" + StrReplace(text.substr(at + 1, end - at - 1), "'", "''") + "'";
+      at = end;
+    } else if (word != kWords.end()) {
+      plain.append(" ").append(word->substr(1, word->size() - 2)).append(" ");
+      at += word->size() - 1;
+    } else {
       plain += open;
-      continue;
     }
-    plain += "'" + StrReplace(text.substr(at + 1, end - at - 1), "'", "''") + "'";
-    at = end;
   }
-  for (const char* word : {"and", "or", "not"})
-    for (std::size_t at; (at = PosNoCase("." + std::string(word) + ".", plain)) != 0;)
-      plain.replace(at - 1, std::string_view(word).size() + 2, " " + std::string(word) + " ");
   return plain;
 }
 
@@ -148,12 +153,11 @@ class TDbfFacts : public TFactReader {
   TDbfStructure StructureOf(const std::string& name) {
     if (auto parent = parents_.extract(name)) return std::move(parent.mapped());
     TDbfStructure structure = Files().StructureOf(name);
-    KeepTags(name, structure);
+    if (structure.entry) KeepTags(name, structure);
     return structure;
   }
 
   void KeepTags(const std::string& name, const TDbfStructure& structure) {
-    if (!structure.entry) return;
     TTags& tags = tags_[name];
     for (const TDbfIndex& index : structure.indexes)
       tags.emplace(LowerText(index.name), ColumnIn(index.expression, structure));

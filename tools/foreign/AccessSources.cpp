@@ -63,7 +63,7 @@ const TSketchDialect kAccess = {
               {.word = "",
                .code = Code(EMdbType::DateTime),
                .literal = "'9999-12-31 23:59:59'",
-               .defaults = {"Now()", "#1/31/2024#", "Date()", "#10:20:30#", "checks no column that counts"},
+               .defaults = {"Now()", "#1/31/2024#", "Date()", "#10:20:30#"},
                .checks = {">=#1/1/1990#"},
                .keyed = true},
               {.word = "",
@@ -98,7 +98,7 @@ const TSketchDialect kAccess = {
     .delete_rules = {"0", "4096", "8192"},
     .update_rules = {"0", "256"},
     .key_size = 255,
-    .without_form = {"Like '[a-c]%'", "is no value of a", "#10:20:30#", "checks no column that counts"}};
+    .without_form = {"Like '[a-c]%'", "is no value of a", "#10:20:30#", "takes no check of a column"}};
 
 TMdbColumn ColumnFor(const TSketchColumn& column) {
   const auto type = static_cast<EMdbType>(column.type->code);

@@ -36,7 +36,7 @@ const TSketchDialect kFoxPro = {
           .last = 254,
           .most = Letters,
           .defaults = {"\"none\"", "'it'", "[x]", "\"\""},
-          .checks = {"#<>\"x\"", "# = 'a' .or. # = 'b'"},
+          .checks = {"#<>\"x .or. y\"", "# = 'a' .or. # = 'b'"},
           .keyed = true},
          {.word = "",
           .code = 'N',
@@ -92,7 +92,7 @@ const TSketchDialect kFoxPro = {
     .delete_rules = {"R", "C", "I"},
     .update_rules = {"R", "C", " "},
     .key_size = 254,
-    .without_form = {"is no value of", "checks no column that counts"}};
+    .without_form = {"is no value of", "takes no check of a column"}};
 
 std::string Little(std::uint64_t value, std::size_t width) {
   std::string bytes;

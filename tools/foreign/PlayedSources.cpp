@@ -122,7 +122,7 @@ const TSketchDialect kSqlServer = {
     .delete_rules = {"NO_ACTION", "CASCADE", "SET_NULL", "SET_DEFAULT"},
     .update_rules = {"NO_ACTION", "CASCADE", "SET_NULL"},
     .key_size = 450,
-    .without_form = {"user_name()", "is no value of", "longer than keys", "checks no column that counts"}};
+    .without_form = {"user_name()", "is no value of", "longer than keys", "takes no check of a column"}};
 
 TPlayedAnswer Answer(const char* columns) {
   TPlayedAnswer answer;
@@ -308,7 +308,7 @@ const TSketchDialect kOracle = {
     .checks = true,
     .delete_rules = {"NO ACTION", "CASCADE", "SET NULL"},
     .key_size = 400,
-    .without_form = {"USER", "is no value of", "longer than keys", "checks no column that counts"}};
+    .without_form = {"USER", "is no value of", "longer than keys", "takes no check of a column"}};
 
 class TOracleSources final : public TSourceMaker {
  public:

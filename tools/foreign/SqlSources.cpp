@@ -151,7 +151,7 @@ const TSketchDialect kFirebird = {
     .delete_rules = {"", " on delete cascade", " on delete set null", " on delete set default", " on delete no action"},
     .update_rules = {"", " on update cascade", " on update set null", " on update set default"},
     .key_size = 50,
-    .without_form = {"(default): user", "is no value of", "Like", "cannot count", "checks no column that counts"}};
+    .without_form = {"(default): user", "is no value of", "Like", "cannot count", "takes no check of a column"}};
 
 class TFirebirdSources final : public TSourceMaker {
  public:
