@@ -8,6 +8,7 @@
 
 #include "core/Meta.h"
 #include "engines/mysql/DDLParser.h"
+#include "engines/mysql/LoginRights.h"
 #include "engines/mysql/MySQLText.h"
 #include "engines/mysql/MySQLTypes.h"
 #include "mysqlclient/MyWire.h"
@@ -486,6 +487,8 @@ std::vector<TOtherObject> TDBConnMySQL::OtherObjects() {
   if (!objects.empty()) ReadObjectTexts(objects);
   return objects;
 }
+
+TStringList TDBConnMySQL::KindsNotAllSeen() { return HiddenKinds(*connection_, database_); }
 
 // Servers keep their texts in the set of whoever made them, so that here the results need ours.
 void TDBConnMySQL::ReadObjectTexts(std::vector<TOtherObject>& objects) {

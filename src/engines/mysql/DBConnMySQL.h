@@ -104,6 +104,7 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   void ExpectCreationTexts(const TStringList& tables) override;
   void PrepareExactTexts(bool exact = true) override;
   std::vector<TOtherObject> OtherObjects() override;
+  TStringList KindsNotAllSeen() override;
   std::string ServerVersion() override { return connection_->ServerVersion(); }
 
  protected:

@@ -8,6 +8,7 @@
 
 #include "core/CreationTexts.h"
 #include "core/Host.h"
+#include "exact/run/ObjectTarget.h"
 #include "sync/CaseTwins.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -96,8 +97,7 @@ void TExactSync::Compare() {
         table_under_way_.clear();
         if (maker == nullptr) case_twins_ = velmora::CaseTwins(reference, target);
         CompareSchemas(target);
-        CompareOthers();
-        server_ = PlanServerOf(target);
+        CompareOthers(target);
         Prove();
         AskSizes(target);
         FillLog();
@@ -154,8 +154,10 @@ void TExactSync::CompareSchemas(TDBConn& target) {
   }
 }
 
-void TExactSync::CompareOthers() {
+void TExactSync::CompareOthers(TDBConn& target) {
   objects_ = CompareObjects(read_.wanted_objects, read_.target_objects, Wishes.definers);
+  server_ = PlanServerOf(target);
+  SettleOnTarget(target, server_, read_.target.texts, objects_);
   for (TObjectChange& change : objects_.changes) {
     const std::string group(KindsTitle(change.kind));
     const TActionRow& row = data_.mtActions.Append(change.action, group, change.Object(), change.Description());

@@ -112,7 +112,7 @@ class TExactSync {
   void CompareSchemas(TDBConn& target);
   std::vector<TChange> ChangesOf(const TSchema& target, TEquivalenceUse& use, const TTableNames* only = nullptr,
                                  TLeftOut* left = nullptr) const;
-  void CompareOthers();
+  void CompareOthers(TDBConn& target);
   std::vector<TPlanStatement> PlanOf(const std::vector<TChange>& changes,
                                      const std::vector<TObjectChange>& objects) const;
   TStringList ObjectsLeft();

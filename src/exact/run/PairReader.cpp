@@ -8,6 +8,7 @@
 #include <initializer_list>
 #include <memory>
 #include <optional>
+#include <set>
 #include <unordered_map>
 #include <utility>
 
@@ -158,6 +159,8 @@ class TPairReader {
     AskLanguages();
     TDatabaseObjects wanted = ListOthers(reference_);
     TDatabaseObjects there = ListOthers(target_);
+    AskWhatIsHidden(reference_, wanted, there);
+    AskWhatIsHidden(target_, there, wanted);
     if (reference_.maker == nullptr) {
       pair_.wanted_objects = std::move(wanted);
       pair_.target_objects = std::move(there);
@@ -215,7 +218,6 @@ class TPairReader {
   TDatabaseObjects ListOthers(TSideReader& side) {
     if (side.texts == nullptr) return {};
     TDatabaseObjects others{side.texts->TextsDatabase(), side.texts->OtherObjects()};
-    others.not_all_seen = side.texts->KindsNotAllSeen();
     for (const TOtherObject& object : others.objects)
       if (object.kind == "view" || object.kind == "sequence") side.others.emplace(object.name, object.kind);
     LeaveOut(selection_, others, pair_.left_out);
@@ -223,6 +225,16 @@ class TPairReader {
       if (reference_.maker != nullptr || !IsScriptedKind(object.kind))
         pair_.left_alone.push_back(Format(kLeftAlone, object.kind, object.name, side.name));
     return others;
+  }
+
+  // Asked only where the other side has something more.
+  static void AskWhatIsHidden(TSideReader& side, TDatabaseObjects& here, const TDatabaseObjects& other) {
+    std::set<std::pair<std::string, std::string>> seen;
+    for (const TOtherObject& object : here.objects) seen.emplace(object.kind, LowerText(object.name));
+    const bool matters = std::ranges::any_of(other.objects, [&](const TOtherObject& object) {
+      return IsScriptedKind(object.kind) && !seen.contains({object.kind, LowerText(object.name)});
+    });
+    if (matters && side.texts != nullptr) here.not_all_seen = side.texts->KindsNotAllSeen();
   }
 
   // A view in the place of a table is dropped for no table that is left out of the comparison.

@@ -1,0 +1,21 @@
+#pragma once
+
+// What the target's server says to the views, triggers, routines and events that are to be made on it.
+
+#include <map>
+#include <string>
+
+#include "core/DBConn.h"
+#include "exact/objects/ObjectChanges.h"
+#include "exact/plan/Plan.h"
+
+namespace velmora {
+
+// A change that needs a mode which the server does not have is told as a difference instead. A collation that it does
+// not know is not set, which makes the change unsafe; and so does a definer of a new object that the target does not
+// have, or that its login may not give. `texts` are of the target's tables. A file says nothing. Asks little, and only
+// where there is something to ask.
+void SettleOnTarget(TDBConn& target, const TPlanServer& server, const std::map<std::string, std::string>& texts,
+                    TObjectComparison& objects);
+
+}  // namespace velmora

@@ -1,0 +1,106 @@
+#include "mysqltext/GrantText.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "mysqltext/KeyText.h"
+#include "mysqltext/Lexer.h"
+#include "util/Errors.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+// "%" and "_" stand for others, unless a backslash is before them.
+bool Matches(std::string_view pattern, std::string_view name) {
+  if (pattern.empty()) return name.empty();
+  if (pattern[0] == '%') return Matches(pattern.substr(1), name) || (!name.empty() && Matches(pattern, name.substr(1)));
+  if (name.empty()) return false;
+  const bool escaped = pattern[0] == '\\' && pattern.size() > 1;
+  if (escaped) pattern.remove_prefix(1);
+  const bool any = pattern[0] == '_' && !escaped;
+  return (any || pattern[0] == name[0]) && Matches(pattern.substr(1), name.substr(1));
+}
+
+bool AreRolesTaken(const TStringList& roles) { return !roles.empty() && !roles[0].empty() && roles[0] != "NONE"; }
+
+}  // namespace
+
+TGrants::TGrants(const TStringList& lines) {
+  for (const std::string& line : lines) Read(line);
+}
+
+// grant SELECT, INSERT (a), SHOW VIEW on `d`.* to ...; grant `role` to ...
+void TGrants::Read(const std::string& line) {
+  std::vector<TToken> tokens;
+  try {
+    tokens = Tokens(line);
+  } catch (const EVelmora&) {  // it gives nothing
+    return;
+  }
+  const bool revokes = tokens[0].Is("revoke");
+  if (!revokes && !tokens[0].Is("grant")) return;
+  TRow row{{}, {}, {}, revokes};
+  std::string privilege;
+  std::size_t at = 1;
+  for (; tokens[at].kind == EToken::Word || tokens[at].Is(",") || tokens[at].Is("("); ++at) {
+    if (tokens[at].Is("on")) break;
+    if (tokens[at].Is("(")) privilege = "of columns";
+    if (tokens[at].Is("(")) at = AfterGroup(tokens, at) - 1;
+    if (tokens[at].kind == EToken::Word) privilege += (privilege.empty() ? "" : " ") + LowerText(tokens[at].text);
+    if (!tokens[at].Is(",") && !tokens[at + 1].Is(",") && !tokens[at + 1].Is("on")) continue;
+    row.privileges.insert(std::exchange(privilege, {}));
+  }
+  if (!tokens[at].Is("on")) {
+    has_roles_ = has_roles_ || IsName(tokens[at]);
+    return;
+  }
+  if (tokens[at + 1].Is("table")) ++at;
+  const bool whole = TokenAt(tokens, at + 2).Is(".");
+  if (!whole) return;  // of a routine, a proxy
+  const auto name = [](const TToken& token) { return token.Is("*") ? std::string("*") : NameOf(token); };
+  row.database = name(tokens[at + 1]);
+  row.table = name(TokenAt(tokens, at + 3));
+  rows_.push_back(std::move(row));
+}
+
+bool TGrants::Names(const TRow& row, std::initializer_list<std::string_view> privileges) {
+  return row.privileges.contains("all privileges") || row.privileges.contains("all") ||
+         std::ranges::any_of(privileges,
+                             [&](std::string_view privilege) { return row.privileges.contains(LowerText(privilege)); });
+}
+
+bool TGrants::Everywhere(std::initializer_list<std::string_view> privileges) const {
+  return std::ranges::any_of(rows_, [&](const TRow& row) {
+    return !row.revokes && row.database == "*" && row.table == "*" && Names(row, privileges);
+  });
+}
+
+bool TGrants::On(std::string_view database, std::initializer_list<std::string_view> privileges) const {
+  const auto of_database = [&](const TRow& row) {
+    return row.database != "*" && row.table == "*" && Matches(row.database, database) && Names(row, privileges);
+  };
+  const bool given = std::ranges::any_of(rows_, [&](const TRow& row) { return !row.revokes && of_database(row); });
+  const bool taken = std::ranges::any_of(rows_, [&](const TRow& row) { return row.revokes && of_database(row); });
+  return given || (!taken && Everywhere(privileges));
+}
+
+bool TGrants::OnTable(std::string_view database, std::string_view table,
+                      std::initializer_list<std::string_view> privileges) const {
+  return On(database, privileges) || std::ranges::any_of(rows_, [&](const TRow& row) {
+           return !row.revokes && row.table == table && row.database == database && Names(row, privileges);
+         });
+}
+
+TGrants AskGrants(const std::function<TStringList(const std::string& query)>& ask) {
+  TStringList lines = ask("show grants");
+  TGrants grants(lines);
+  if (!grants.HasRoles()) return grants;
+  const TStringList roles = ask("select current_role()");
+  // MariaDB has shown those of the role already, and gives its name without a host.
+  if (!AreRolesTaken(roles) || roles[0].find('@') == std::string::npos) return grants;
+  return TGrants(ask("show grants for current_user() using " + roles[0]));
+}
+
+}  // namespace velmora
