@@ -86,6 +86,7 @@ struct TFindings {
   std::vector<TUnmadeElement> accepted{};  // of what has none, that the user goes on without
   std::vector<TMadeColumn> mapping{};      // what became of its columns
   TLeftOut left_out{};                     // by the selection
+  TStringList renames{};                   // that may be meant, as ReadRename takes them
 };
 
 // What the user should hear of a comparison that ended well.

@@ -38,6 +38,7 @@ struct TDifference {
   std::size_t statement = 0;  // the first that makes it, counted from 0 in the script of all differences
   std::string note{};         // what a reference that is not MySQL has here, and what to know of it; may have lines
   std::string lock{};         // what it costs others meanwhile: "instant"; empty where nobody knows the server
+  std::string rename{};       // what may be meant instead, as ReadRename takes it; empty for nothing that is offered
 };
 
 // A statement of a script that the comparison planned.

@@ -80,8 +80,11 @@ std::unique_ptr<TDBConn> TExactDialect::Compare() {
 }
 
 TFindings TExactDialect::Findings() const {
-  return {sync.Skipped(), sync.NotFollowed(), sync.Objects(),     sync.DifferencesLeft(), sync.NothingLeft(),
-          sync.Unmade(),  sync.Accepted(),    sync.MadeColumns(), sync.LeftOut()};
+  TFindings findings = {
+      sync.Skipped(), sync.NotFollowed(), sync.Objects(),     sync.DifferencesLeft(), sync.NothingLeft(),
+      sync.Unmade(),  sync.Accepted(),    sync.MadeColumns(), sync.LeftOut(),         {}};
+  for (const TRenameOffer& offer : sync.RenameOffers()) findings.renames.push_back(offer.rename.Text());
+  return findings;
 }
 
 // What is left alone, could not be read, and could not be proved.
@@ -91,6 +94,8 @@ std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
   for (const std::string& line : sync.CaseTwins()) tell(false, line);
   if (sync.LeftOut().Any()) tell(false, "Left out: " + sync.LeftOut().Text());
   for (const std::string& line : sync.KeysToNothing()) tell(true, line);
+  for (const std::string& line : sync.RenamesTold()) tell(false, line);
+  for (const TRenameOffer& offer : sync.RenameOffers()) tell(false, offer.Text());
   for (const std::string& line : sync.LeftAlone()) tell(false, line);
   for (const TObjectDifference& object : sync.Objects())
     tell(false, Format("Not the same: %s %s: %s", object.kind, object.name, object.difference));

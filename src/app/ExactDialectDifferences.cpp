@@ -107,11 +107,28 @@ std::vector<TDifference> TExactDialect::Differences() const {
     const auto statement = first.find(id);
     return statement == first.end() ? 0 : statement->second;
   };
+  std::unordered_map<int, const TRenameOffer*> offers;
+  for (const TRenameOffer& offer : sync.RenameOffers()) offers[offer.goes] = offers[offer.comes] = &offer;
+  for (const TRenameChange& change : sync.Renames())
+    differences.push_back({change.id,
+                           change.Table(),
+                           change.rename.OfTable() ? "" : change.rename.to,
+                           change.rename.OfTable() ? EDifferenceKind::Table : EDifferenceKind::Column,
+                           EDifferenceState::Changed,
+                           change.LogText(),
+                           change.rename.from + " -> " + change.rename.to,
+                           {},
+                           first_of(change.id)});
   for (const TChange& change : sync.AllChanges()) {
     const std::string detail =
         ChangeDetail(change, sync.Target().Find(change.table), sync.Reference().Find(change.table));
     differences.push_back({change.id, change.table, change.item, KindOf(change), StateOf(change), change.LogText(),
                            detail, change.unsafe, first_of(change.id), notes.Of(change), lock_of(change.id)});
+    const auto offer = offers.find(change.id);
+    if (offer == offers.end()) continue;
+    TDifference& offered = differences.back();
+    offered.rename = offer->second->rename.Text();
+    offered.note += (offered.note.empty() ? "" : "\n") + offer->second->Text();
   }
   for (const TObjectChange& change : sync.AllObjectChanges())
     differences.push_back({change.id, std::string(KindsTitle(change.kind)), change.name, KindOf(change),

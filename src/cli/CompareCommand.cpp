@@ -43,6 +43,7 @@ void AddFindings(const TDialect& dialect, bool failed, const std::optional<int>&
   document["objects"] = std::move(objects);
   const TLeftOut& left = findings.left_out;
   document["left_out"] = {{"tables", left.tables}, {"objects", left.objects}, {"differences", left.changes}};
+  document["renames"] = TJson(findings.renames);
   document["mapping"] = MappingJson(findings.mapping);
   document["unmade"] = UnmadeJson(findings.unmade);
   const bool proved = !failed && (findings.skipped.empty() || findings.differences_left > 0);

@@ -115,6 +115,7 @@ constexpr std::array<TSyncActionInfo, kSyncActionCount> kActions{{
     {saCreateObject, "Create object", "New ", kItem, kIconNew, NoStatement},
     {saChangeObject, "Change object", "Changed ", kItem, kIconChanged, NoStatement},
     {saDropObject, "Drop object", "Obsolete ", kItem, kIconObsolete, NoStatement},
+    {saRename, "Rename", "Renamed ", kItem, kIconChanged, NoStatement},
 }};
 
 }  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
-// The sync actions, one row of data each: twelve on tables and what is in them, three on what stands beside tables.
+// The sync actions, one row of data each: twelve on tables and what is in them, three on what stands beside tables,
+// and renames.
 
 #include <array>
 #include <string>
@@ -27,9 +28,10 @@ enum TSyncAction : int {
   // Of the exact dialect alone: views, triggers, procedures, functions, events.
   saCreateObject,
   saChangeObject,
-  saDropObject
+  saDropObject,
+  saRename  // of a table or column
 };
-inline constexpr int kSyncActionCount = 15;
+inline constexpr int kSyncActionCount = 16;
 
 // Icons of the action tree: positions in the image list of differences.
 enum TActionIcon : int {
@@ -55,7 +57,7 @@ struct TSyncActionInfo {
   TStatementMaker statement;
 
   bool WholeTable() const { return id == saCreateTable || id == saDropTable; }
-  bool OfObject() const { return id >= saCreateObject; }
+  bool OfObject() const { return id >= saCreateObject && id <= saDropObject; }
   std::string LogText(const std::string& table, const std::string& item) const;
 };
 

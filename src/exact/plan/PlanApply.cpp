@@ -6,9 +6,11 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 #include "exact/compare/ServerCompletion.h"
+#include "exact/plan/RenamePlan.h"
 #include "mysqltext/Charsets.h"
 #include "mysqltext/ColumnType.h"
 #include "mysqltext/ElementText.h"
@@ -598,10 +600,46 @@ void TAlteration::Convert(const TClause& clause) {
   options_.clear();
 }
 
+// --- Renames
+
+// rename table a to b
+void RenameTable(const std::string& statement, TTokens tokens, const TServerTraits& server, TSchema& schema) {
+  constexpr std::size_t kTo = 4;
+  if (!IsName(TokenAt(tokens, 2)) || !IsName(TokenAt(tokens, kTo))) RaiseError(Format(kNotUnderstood, statement));
+  ApplyRename({{}, NameOf(tokens[2]), NameOf(tokens[kTo])}, server, schema);
+}
+
+// Of "rename column a to b" or "change column a b ...", the only ones of their statement.
+std::optional<TRename> ColumnRenameIn(TTokens tokens, const std::string& table) {
+  for (std::size_t at = 3; at + 3 < tokens.size(); ++at) {
+    const bool renames = IsKeyword(tokens[at], "rename");
+    if ((!renames && !IsKeyword(tokens[at], "change")) || !IsKeyword(tokens[at + 1], "column")) continue;
+    return TRename{table, NameOf(tokens[at + 2]), NameOf(TokenAt(tokens, at + (renames ? 4 : 3)))};
+  }
+  return std::nullopt;
+}
+
+// What comes again in the statement is as the rename leaves it.
+void RenameColumnBy(const std::string& statement, const std::vector<TToken>& tokens, const TRename& rename,
+                    const TServerTraits& server, TSchema& schema) {
+  constexpr std::size_t kHead = 3;  // alter table name
+  TTableText written = *schema.Find(rename.table);
+  const std::string partitioning = written.partitioning;
+  ApplyWrittenAlteration(statement, tokens, kHead, server, written);
+  for (TElement& element : written.elements)
+    if (element.kind == EElement::ForeignKey && element.text.ForeignKey().table == rename.table)
+      RenameReferenced(element, rename.from, rename.to);
+  ApplyRename(rename, server, schema);
+  TTableText& table = *schema.Find(rename.table);
+  if (written.partitioning == partitioning) written.partitioning = table.partitioning;
+  table = std::move(written);
+}
+
 }  // namespace
 
-void ApplyStatement(const std::string& statement, TSchema& schema) {
+void ApplyStatement(const std::string& statement, TSchema& schema, const TServerTraits& server) {
   const auto tokens = Tokens(statement);
+  if (Starts(tokens, {"rename", "table"})) return RenameTable(statement, tokens, server, schema);
   if (Starts(tokens, {"create"})) {
     TTableText table = ReadTableText(statement);
     if (schema.Find(table.name) != nullptr) RaiseError(Format(kTableThere, table.name));
@@ -620,6 +658,8 @@ void ApplyStatement(const std::string& statement, TSchema& schema) {
   if (table == nullptr) RaiseError(Format(kNoTable, name));
   if (drops)
     schema.Remove(name);
+  else if (const auto rename = ColumnRenameIn(tokens, name))
+    RenameColumnBy(statement, tokens, *rename, server, schema);
   else
     TAlteration(statement, tokens, *table).Apply();
 }

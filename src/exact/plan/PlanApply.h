@@ -14,7 +14,8 @@
 namespace velmora {
 
 // Applies statements of the plan to a schema in memory, by reading their texts. Raises for one it does not understand.
-void ApplyStatement(const std::string& statement, TSchema& schema);
+// In what `server` differs only renames ask.
+void ApplyStatement(const std::string& statement, TSchema& schema, const TServerTraits& server = {});
 
 // An "alter table" as people write it, in whatever form servers take it: `tokens` are the statement's, its clauses
 // begin at `first`. Raises for what it does not understand, and the table is what nobody knows then.

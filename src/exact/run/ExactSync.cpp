@@ -1,6 +1,8 @@
 #include "exact/run/ExactSync.h"
 
+#include "exact/compare/ServerLanguage.h"
 #include "exact/plan/PlanApply.h"
+#include "exact/plan/RenamePlan.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -123,6 +125,11 @@ void TExactSync::Forget() {
   read_ = {};
   case_twins_.clear();
   keys_to_nothing_.clear();
+  renames_.clear();
+  renamed_.reset();
+  offers_.clear();
+  renames_told_.clear();
+  target_server_ = {};
   changes_.clear();
   objects_ = {};
   plan_.clear();
@@ -144,7 +151,8 @@ std::vector<TChange> TExactSync::ChangesOf(const TSchema& target, TEquivalenceUs
 void TExactSync::CompareSchemas(TDBConn& target) {
   progress_.SetTitle("Comparing tables...");
   Host().ProcessMessages();
-  changes_ = ChangesOf(read_.target.schema, Equivalences, nullptr, &read_.left_out);
+  if (!Wishes.renames.empty()) Rename(target);
+  changes_ = ChangesOf(Target(), Equivalences, nullptr, &read_.left_out);
   keys_to_nothing_ = ForeignKeysToNothing(changes_, read_.reference.schema, read_.left_out);
   MarkUnknownCollations(target, read_.target.texts, changes_);
   for (TChange& change : changes_) {
@@ -152,12 +160,34 @@ void TExactSync::CompareSchemas(TDBConn& target) {
     change.id = row.id;
     tree_.AddToTree(change.action, change.table, row.id, change.LogText());
   }
+  offers_ = velmora::RenameOffers(changes_, read_.reference.schema, Target(), Equivalences);
+}
+
+// The tables are compared as they are afterwards; what the target has before is what the proof begins with.
+void TExactSync::Rename(TDBConn& target) {
+  auto* texts = dynamic_cast<TCreationTexts*>(&target);
+  const bool server = texts != nullptr && texts->StructureScript() == nullptr;
+  if (server) target_server_ = ReadServerTraits(texts->ServerVersion());
+  TVariant lower = std::int64_t{0};
+  if (server) target.GetResultSQL("select @@lower_case_table_names", lower);
+  TRenaming renaming = FitRenames(Wishes.renames, read_, Wishes.selection, VarToText(lower) == "0");
+  renames_ = std::move(renaming.fits);
+  renames_told_ = std::move(renaming.told);
+  if (!renames_.empty()) renamed_ = read_.target.schema;
+  for (TRenameChange& change : renames_) {
+    ApplyRename(change.rename, target_server_, *renamed_);
+    change.id = data_.mtActions.Append(saRename, change.Table(), change.Item(), change.rename.Text()).id;
+    tree_.AddToTree(saRename, change.Table(), change.id, change.LogText());
+  }
+  RenameTables(renames_, read_.target_objects);
 }
 
 void TExactSync::CompareOthers(TDBConn& target) {
   objects_ = CompareObjects(read_.wanted_objects, read_.target_objects, Wishes.definers);
   server_ = PlanServerOf(target);
   SettleOnTarget(target, server_, read_.target.texts, objects_);
+  const TStringList named = NamesOfRenamed(renames_, read_.target_objects, objects_.changes);
+  renames_told_.insert(renames_told_.end(), named.begin(), named.end());
   for (TObjectChange& change : objects_.changes) {
     const std::string group(KindsTitle(change.kind));
     const TActionRow& row = data_.mtActions.Append(change.action, group, change.Object(), change.Description());
@@ -170,6 +200,8 @@ void TExactSync::CompareOthers(TDBConn& target) {
 TTableNames TExactSync::TouchedTables() const {
   TTableNames tables;
   for (const TChange& change : changes_) tables.insert(change.table);
+  for (const TRenameChange& change : renames_)
+    tables.insert({change.Table(), change.rename.OfTable() ? change.rename.from : change.rename.table});
   for (const TPlanStatement& statement : plan_)
     if (statement.object.empty()) tables.insert(statement.table);
   return tables;
@@ -184,7 +216,7 @@ TSchema TExactSync::TablesAfter(const std::vector<TPlanStatement>& plan, TString
   for (const TPlanStatement& statement : plan) {
     if (!statement.object.empty()) continue;
     try {
-      ApplyStatement(AsSent(statement.text), after);
+      ApplyStatement(AsSent(statement.text), after, target_server_);
     } catch (const EVelmora& error) {
       faults.push_back(Format(kNotFollowed, error.what()));
     }
@@ -207,7 +239,7 @@ TDatabaseObjects TExactSync::ObjectsAfter(const std::vector<TPlanStatement>& pla
 }
 
 void TExactSync::Prove() {
-  if (changes_.empty() && objects_.changes.empty()) return;
+  if (changes_.empty() && objects_.changes.empty() && renames_.empty()) return;
   plan_ = PlanOf(changes_, objects_.changes);
   const TTableNames touched = TouchedTables();
   const TSchema after = TablesAfter(plan_, proof_);
@@ -230,11 +262,30 @@ TStringList TExactSync::ObjectsLeft() {
   return left;
 }
 
+// By the renames that are left; their statements go to `plan`, if there is one.
+TSchema TExactSync::RenamedTarget(std::vector<TPlanStatement>* plan) const {
+  TSchema schema = read_.target.schema;
+  for (const TRenameChange& change : renames_) {
+    if (data_.mtActions.Find(change.id) == nullptr) continue;
+    if (plan != nullptr) plan->push_back(StatementOf(change, schema));
+    ApplyRename(change.rename, target_server_, schema);
+  }
+  return schema;
+}
+
+TPlanStatement TExactSync::StatementOf(const TRenameChange& change, const TSchema& schema) const {
+  TPlanStatement statement{RenameStatement(change.rename, target_server_, schema), {change.id}, {}, change.Table()};
+  statement.lock = RenameLock(change.rename, target_server_, schema);
+  return statement;
+}
+
 std::vector<TPlanStatement> TExactSync::PlanOf(const std::vector<TChange>& changes,
                                                const std::vector<TObjectChange>& objects) const {
   TObjectPlan beside = MakeObjectPlan(objects, server_);
   std::vector<TPlanStatement> plan = std::move(beside.before);
-  const TSchema& target = read_.target.schema;
+  TSchema there;
+  if (!renames_.empty()) there = RenamedTarget(&plan);
+  const TSchema& target = renames_.empty() ? read_.target.schema : there;
   std::ranges::move(WithLocks(MakePlan(changes, read_.reference.schema, target, server_), changes, target, server_,
                               Wishes.locks.algorithm),
                     std::back_inserter(plan));
@@ -255,7 +306,11 @@ void TExactSync::FillLog() {
   for (const TUnmadeElement& element : read_.unmade) ActionLog.push_back(Format(kUnmade, element.Text()));
   for (const TMadeColumn& column : read_.made)
     if (column.level == EMadeLevel::Warning) ActionLog.push_back(Format(kMapping, column.Text()));
+  ActionLog.insert(ActionLog.end(), renames_told_.begin(), renames_told_.end());
+  for (const TRenameChange& change : renames_)
+    ActionLog.push_back((change.rename.OfTable() ? "" : change.rename.table + ": ") + change.LogText());
   for (const TChange& change : changes_) ActionLog.push_back(LogLine(change));
+  for (const TRenameOffer& offer : offers_) ActionLog.push_back(offer.Text());
   for (const TObjectChange& change : objects_.changes) ActionLog.push_back(change.LogText());
   ActionLog.insert(ActionLog.end(), read_.made_log.begin(), read_.made_log.end());
   for (const TEquivalence& row : velmora::Equivalences())
@@ -269,7 +324,8 @@ std::string TExactSync::NothingLeft() const {
 }
 
 bool TExactSync::TablesIdentical() const {
-  return changes_.empty() && read_.skipped.empty() && read_.not_followed.empty() && read_.unmade.empty();
+  return changes_.empty() && renames_.empty() && read_.skipped.empty() && read_.not_followed.empty() &&
+         read_.unmade.empty();
 }
 
 bool TExactSync::Identical() const {
@@ -278,7 +334,10 @@ bool TExactSync::Identical() const {
 
 std::vector<TRowFinding> TExactSync::CheckRows(int seconds) {
   TDBConn& target = Side(connections_.target, kNoTarget);
-  std::vector<TRowQuestion> questions = RowQuestions(Changes(), read_.reference.schema, read_.target.schema, Plan());
+  std::vector<TChange> changes = Changes();
+  std::vector<TObjectChange> none;
+  LeaveUnrenamed(renames_, changes, none);  // rows are asked for by the names that they have now
+  std::vector<TRowQuestion> questions = RowQuestions(changes, read_.reference.schema, Target(), Plan());
   for (TRowQuestion& question : questions)
     question.needed = Wishes.locks.fast_foreign_keys && question.subject.starts_with("foreign key ");
   return AskRows(questions, target, seconds);
@@ -292,9 +351,12 @@ std::vector<TChange> TExactSync::Changes() const {
 }
 
 std::vector<TPlanStatement> TExactSync::Plan() const {
-  const std::vector<TChange> left = Changes();
-  const std::vector<TObjectChange> objects = ObjectChanges();
-  if (left.size() == changes_.size() && objects.size() == objects_.changes.size()) return plan_;
+  std::vector<TChange> left = Changes();
+  std::vector<TObjectChange> objects = ObjectChanges();
+  std::vector<TRenameChange> struck_out = renames_;
+  std::erase_if(struck_out, [this](const TRenameChange& of) { return data_.mtActions.Find(of.id) != nullptr; });
+  LeaveUnrenamed(struck_out, left, objects);
+  if (struck_out.empty() && left.size() == changes_.size() && objects.size() == objects_.changes.size()) return plan_;
   return PlanOf(left, objects);
 }
 

@@ -6,16 +6,19 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "exact/compare/Changes.h"
 #include "exact/compare/Collations.h"
+#include "exact/compare/ServerForm.h"
 #include "exact/objects/ObjectPlan.h"
 #include "exact/plan/Plan.h"
 #include "exact/run/ActionLock.h"
 #include "exact/run/ExactWishes.h"
 #include "exact/run/PairReader.h"
+#include "exact/run/Renaming.h"
 #include "exact/run/RowChecks.h"
 #include "exact/run/ScratchDatabase.h"
 #include "exact/run/TableSizes.h"
@@ -73,8 +76,12 @@ class TExactSync {
   const std::vector<TObjectChange>& AllObjectChanges() const { return objects_.changes; }
   const std::vector<TPlanStatement>& WholePlan() const { return plan_; }  // for all of them
   const TSchema& Reference() const { return read_.reference.schema; }     // as it was read
-  const TSchema& Target() const { return read_.target.schema; }
-  int DifferencesLeft() const { return differences_left_; }  // by the proof, for the whole plan
+  // With the renames done that were asked for.
+  const TSchema& Target() const { return renamed_ ? *renamed_ : read_.target.schema; }
+  const std::vector<TRenameChange>& Renames() const { return renames_; }  // likewise
+  const std::vector<TRenameOffer>& RenameOffers() const { return offers_; }
+  const TStringList& RenamesTold() const { return renames_told_; }  // what does not fit, and what names the old names
+  int DifferencesLeft() const { return differences_left_; }         // by the proof, for the whole plan
   std::string NothingLeft() const;  // what a proof says that leaves none: a skipped table is in no proof
   const std::string& TableUnderWay() const { return table_under_way_; }
   // Of the last comparison: nothing of the reference was read, nor skipped.
@@ -113,6 +120,10 @@ class TExactSync {
   std::vector<TChange> ChangesOf(const TSchema& target, TEquivalenceUse& use, const TTableNames* only = nullptr,
                                  TLeftOut* left = nullptr) const;
   void CompareOthers(TDBConn& target);
+  void Rename(TDBConn& target);
+  void RenameBack(TSchema schema, std::vector<TPlanStatement>& plan) const;
+  TSchema RenamedTarget(std::vector<TPlanStatement>* plan) const;
+  TPlanStatement StatementOf(const TRenameChange& change, const TSchema& schema) const;
   std::vector<TPlanStatement> PlanOf(const std::vector<TChange>& changes,
                                      const std::vector<TObjectChange>& objects) const;
   TStringList ObjectsLeft();
@@ -137,6 +148,11 @@ class TExactSync {
   TReadPair read_;
   TStringList case_twins_;
   TStringList keys_to_nothing_;
+  std::vector<TRenameChange> renames_;
+  std::optional<TSchema> renamed_;  // the target's tables under their new names, where there are any
+  std::vector<TRenameOffer> offers_;
+  TStringList renames_told_;
+  TServerTraits target_server_;  // in what it differs, where something is renamed
   std::vector<TChange> changes_;
   TObjectComparison objects_;
   TPlanServer server_;

@@ -30,7 +30,7 @@ TPlanServer TExactSync::PlanServerOf(TDBConn& target) const {
   TPlanServer server;
   server.unchecked_foreign_keys = Wishes.locks.fast_foreign_keys;
   auto* texts = dynamic_cast<TCreationTexts*>(&target);
-  if (texts == nullptr || (changes_.empty() && objects_.changes.empty())) return server;
+  if (texts == nullptr || (changes_.empty() && objects_.changes.empty() && renames_.empty())) return server;
   const bool is_file = texts->StructureScript() != nullptr;
   const std::string version = is_file ? Wishes.locks.target_version : texts->ServerVersion();
   if (version.empty()) return server;

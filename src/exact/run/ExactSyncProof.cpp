@@ -74,7 +74,7 @@ int TExactSync::VerifyOnServer(const TScratchPorts& ports) {
           }
           // Tables that were never compared are not looked at here either.
           for (const std::string& table : scratch.Tables())
-            if (read_.reference.schema.Find(table) != nullptr || read_.target.schema.Find(table) != nullptr)
+            if (read_.reference.schema.Find(table) != nullptr || Target().Find(table) != nullptr)
               after.Add(ReadTableText(scratch.CreationText(table)));
           objects_left = objects.Left(read_.wanted_objects).size();
         });

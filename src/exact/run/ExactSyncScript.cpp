@@ -73,8 +73,7 @@ bool HasZeroDate(const TTableText* table) {
 
 bool TExactSync::MeetsZeroDates(const std::vector<TPlanStatement>& plan) const {
   return std::any_of(plan.begin(), plan.end(), [this](const TPlanStatement& statement) {
-    return HasZeroDate(read_.reference.schema.Find(statement.table)) ||
-           HasZeroDate(read_.target.schema.Find(statement.table));
+    return HasZeroDate(read_.reference.schema.Find(statement.table)) || HasZeroDate(Target().Find(statement.table));
   });
 }
 

@@ -2,6 +2,7 @@
 #include <iterator>
 
 #include "exact/plan/PlanApply.h"
+#include "exact/plan/RenamePlan.h"
 #include "exact/run/ExactSync.h"
 #include "sync/ScriptGenerator.h"
 #include "util/Errors.h"
@@ -32,13 +33,24 @@ TDatabaseObjects AllSeen(TDatabaseObjects objects) {
 }
 
 int TablesLeft(const std::vector<TPlanStatement>& plan, const TSchema& wanted, TSchema schema,
-               const TTableNames& touched, TEquivalenceUse use) {
+               const TTableNames& touched, const TServerTraits& server, TEquivalenceUse use) {
   for (const TPlanStatement& statement : plan)
-    if (statement.object.empty()) ApplyStatement(statement.text, schema);
+    if (statement.object.empty()) ApplyStatement(statement.text, schema, server);
   return static_cast<int>(SchemaChanges(wanted, schema, use, &touched).size());
 }
 
 }  // namespace
+
+// The names of before, the last first.
+void TExactSync::RenameBack(TSchema schema, std::vector<TPlanStatement>& plan) const {
+  for (std::size_t i = renames_.size(); i-- > 0;) {
+    TRenameChange change = renames_[i];
+    if (data_.mtActions.Find(change.id) == nullptr) continue;
+    std::swap(change.rename.from, change.rename.to);
+    plan.push_back(StatementOf(change, schema));
+    ApplyRename(change.rename, target_server_, schema);
+  }
+}
 
 // The comparison with its sides swapped: the target as it is stands for what is wanted.
 void TExactSync::GenerateUndo(TScriptEditor& editor, const TClock& clock) const {
@@ -48,12 +60,14 @@ void TExactSync::GenerateUndo(TScriptEditor& editor, const TClock& clock) const 
   const TSchema after = TablesAfter(forth, faults);
   const TDatabaseObjects objects_after = AllSeen(ObjectsAfter(forth, faults));
   TEquivalenceUse use = Equivalences;
-  const std::vector<TChange> changes = SchemaChanges(read_.target.schema, after, use, &touched);
+  const TSchema wanted = renames_.empty() ? read_.target.schema : RenamedTarget(nullptr);
+  const std::vector<TChange> changes = SchemaChanges(wanted, after, use, &touched);
   const std::vector<TObjectChange> objects =
       CompareObjects(AllSeen(read_.target_objects), objects_after, {EDefiners::Compare, {}}).changes;
   TObjectPlan beside = MakeObjectPlan(objects, server_);
   std::vector<TPlanStatement> back = std::move(beside.before);
-  std::ranges::move(MakePlan(changes, read_.target.schema, after, server_), std::back_inserter(back));
+  std::ranges::move(MakePlan(changes, wanted, after, server_), std::back_inserter(back));
+  RenameBack(wanted, back);
 
   editor.Clear();
   editor.AddLine("-- " + ScriptOrigin(clock));
@@ -68,7 +82,7 @@ void TExactSync::GenerateUndo(TScriptEditor& editor, const TClock& clock) const 
   editor.AddLine(lost.empty() ? kAllBack : kNotBack);
   for (const std::string& line : lost) editor.AddLine(line);
   for (const std::string& fault : faults) editor.AddLine(OneComment(Format(kFault, fault)));
-  if (const int left = TablesLeft(back, read_.target.schema, after, touched, Equivalences); left > 0)
+  if (const int left = TablesLeft(back, read_.target.schema, after, touched, target_server_, Equivalences); left > 0)
     editor.AddLine(Format(kLeft, left));
   std::ranges::move(beside.after, std::back_inserter(back));
   WriteStatements(back, editor);

@@ -1,5 +1,6 @@
 #include "exact/run/ExactWishes.h"
 
+#include <algorithm>
 #include <array>
 
 #include "mysqltext/ServerVersion.h"
@@ -57,6 +58,17 @@ void TakeVersion(TExactWishes& wishes, const std::string& text) {
 
 TStringList Switch(bool on) { return on ? TStringList{""} : TStringList(); }
 
+void TakeRename(const std::string& text, std::vector<TRename>& renames) {
+  TRename rename = ReadRename(text);
+  if (std::ranges::find(renames, rename) == renames.end()) renames.push_back(std::move(rename));
+}
+
+TStringList TextsOf(const std::vector<TRename>& renames) {
+  TStringList texts;
+  for (const TRename& rename : renames) texts.push_back(rename.Text());
+  return texts;
+}
+
 constexpr std::array kOptions = {
     TExactOption{
         "only", "PATTERN", true, "Only",
@@ -68,6 +80,11 @@ constexpr std::array kOptions = {
         "except", "PATTERN", true, "Except", "Leave out what such a pattern names, as in 'tmp_*', 'triggers:*'",
         [](TExactWishes& wishes, const std::string& text) { wishes.selection.except.push_back(ReadPattern(text)); },
         [](const TExactWishes& wishes) { return TextsOf(wishes.selection.except); }},
+    TExactOption{"rename", "OLD=NEW", true, "Renames",
+                 "What the target has under the one name is what the reference has under the other: TABLE.COLUMN=NAME "
+                 "or TABLE=NAME",
+                 [](TExactWishes& wishes, const std::string& text) { TakeRename(text, wishes.renames); },
+                 [](const TExactWishes& wishes) { return TextsOf(wishes.renames); }},
     TExactOption{"ignore", "NAME", true, "Take as equal",
                  "What need not be the same: column-order, comments, partitions, charset",
                  [](TExactWishes& wishes, const std::string& text) { TakeEquivalence(text, false, wishes.ignored); },

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "exact/compare/Equivalences.h"
+#include "exact/compare/Renames.h"
 #include "exact/objects/Definers.h"
 #include "exact/plan/LockPlan.h"
 #include "exact/run/Selection.h"
@@ -17,6 +18,7 @@ namespace velmora {
 struct TExactWishes {
   TDefinerWishes definers{};
   TSelection selection{};
+  std::vector<TRename> renames{};
   TStringList ignored{};  // equivalences that are switched on, by their names
   TStringList strict{};   // that are switched off, whatever is ignored
   TLockWishes locks{};

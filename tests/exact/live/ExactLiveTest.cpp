@@ -145,6 +145,57 @@ TEST_F(ExactLiveTest, WhatIsToBeIgnoredIsNoDifference) {
             "2x");
 }
 
+// Rows are kept, and all that hangs on the names follows: keys, expressions, partitions, foreign keys of other tables,
+// triggers; views that name them are written anew.
+TEST_F(ExactLiveTest, RenamesKeepRowsAndWhatHangsOnThem) {
+  RunAll(
+      reference_,
+      {"create table client (ident int primary key, title varchar(20), unique key u (title))",
+       "create table o (id int not null, sum int, g int as (sum + 1) stored, v int as (sum + 2) virtual, cid int, key "
+       "ix (sum), constraint c check (sum > 0), constraint f foreign key (cid) references client (ident))",
+       "create table p (k int not null, b int) partition by hash (k)",
+       "create trigger tr before insert on client for each row set new.title = 'x'",
+       "create view w as select sum from o"});
+  RunAll(
+      target_,
+      {"create table customer (id int primary key, title varchar(20), unique key u (title))",
+       "create table o (id int not null, total int, g int as (total + 1) stored, v int as (total + 2) virtual, cid "
+       "int, key ix (total), constraint c check (total > 0), constraint f foreign key (cid) references customer (id))",
+       "create table p (a int not null, b int) partition by hash (a)",
+       "create trigger tr before insert on customer for each row set new.title = 'x'",
+       "create view w as select total from o", "create view lost as select total from o",
+       "insert into customer values (7, 'x')", "insert into o (id, total, cid) values (1, 5, 7)",
+       "insert into p values (3, 4)"});
+  reference_.Run("create view lost as select 1 as total, 2 as o");
+  Open();
+  app_.Compare();
+  EXPECT_THAT(app_.Dialect().Findings().renames, ::testing::UnorderedElementsAre("o.total=sum", "p.a=k"));
+  app_.Take({.exact = ReadExactWishes("rename o.total=sum\nrename p.a=k\nrename customer=client\nrename "
+                                      "customer.id=ident")});
+  const TStringList log = Sync();
+  EXPECT_THAT(log, AllOf(Contains("Renamed table customer to client"), Contains("o: Renamed column total to sum"),
+                         Contains("Changed view w: query"), Contains(StartsWith("Verified: 0"))));
+  for (const std::string& line : log) EXPECT_THAT(line, Not(HasSubstr("Obsolete")));
+  EXPECT_EQ(Ask("select concat_ws(',', ident, sum, g, v, k) from client join o on cid = ident join p"), "7,5,6,7,3");
+  EXPECT_THAT(app_.Dialect().ActionLog(), Contains("Rename o.total=sum: the target has the new name already"));
+  app_.Take({.exact = ReadExactWishes("rename o.nothing=sums")});
+  EXPECT_EQ(MessageOf([&] { app_.Compare(); }), "--rename o.nothing=sums: the reference has no column sums");
+}
+
+// Nothing of a table is changed whose rename is struck out.
+TEST_F(ExactLiveTest, ARenameThatIsStruckOutLeavesItsTable) {
+  RunAll(reference_, {"create table t (b int, c bigint)", "create table s (a int)"});
+  RunAll(target_, {"create table t (a int, c int)", "insert into t values (1, 2)"});
+  Open();
+  app_.Take({.exact = ReadExactWishes("rename t.a=b")});
+  app_.Compare();
+  app_.data.mtActions.Delete(Exact().Renames().at(0).id);
+  app_.RunScript(Script());
+  EXPECT_EQ(Ask("select concat(a, c) from t"), "12");
+  app_.Compare();
+  EXPECT_THAT(Exact().Plan(), SizeIs(2));
+}
+
 // The statement without those of its lines, but the first and the last, that the server refuses; empty where these are
 // refused themselves.
 std::string WithoutRefusedLines(const std::string& statement, const std::function<bool(const std::string&)>& takes) {

@@ -1,0 +1,147 @@
+#include "exact/plan/RenamePlan.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "exact/plan/PlanClauses.h"
+#include "mysqltext/ColumnParts.h"
+#include "mysqltext/KeyText.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Lists.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNoTable[] = "There is no table %s to rename";
+constexpr char kNoColumn[] = "Table %s has no column %s to rename";
+constexpr char kTableThere[] = "Table %s is there already";
+constexpr char kColumnThere[] = "Table %s has a column %s already";
+
+constexpr int kMySqlInstant = 80028;  // where that is only a word in the dictionary
+constexpr int kMySqlRenames = 80000;  // from here on servers have "rename column"
+constexpr int kMariaDbRenames = 100502;
+
+bool HasRenameColumn(const TServerTraits& server) {
+  return server.version == 0 || server.version >= (server.mysql ? kMySqlRenames : kMariaDbRenames);
+}
+
+TElement Renamed(TElement column, const std::string& name) {
+  column.text = QuotedName(name) + column.text.Str().substr(column.text.Tokens()[0].End());
+  column.name = name;
+  return column;
+}
+
+// The columns by which partitions are chosen stand before the list of partitions.
+std::string PartitioningWith(const std::string& text, const std::string& from, const std::string& to) {
+  const std::vector<TToken> tokens = Tokens(text);
+  std::string result;
+  std::size_t done = 0;
+  for (std::size_t at = 0; at < tokens.size(); ++at) {
+    if (tokens[at].Is("(") && IsKeyword(TokenAt(tokens, at + 1), "partition")) break;
+    if (!IsName(tokens[at]) || !SameText(NameOf(tokens[at]), from)) continue;
+    result += text.substr(done, tokens[at].start - done) + QuotedName(to);
+    done = tokens[at].End();
+  }
+  return result + text.substr(done);
+}
+
+void ApplyToTable(const TRename& rename, const TServerTraits& server, TSchema& schema) {
+  const TTableText* there = schema.Find(rename.from);
+  if (there == nullptr) RaiseError(Format(kNoTable, rename.from));
+  if (schema.Find(rename.to) != nullptr) RaiseError(Format(kTableThere, rename.to));
+  TTableText table = *there;
+  schema.Remove(rename.from);
+  table.name = rename.to;
+  MoveMadeNames(table, rename.from, server);
+  schema.Add(std::move(table));
+  for (const TTableText& other : schema.Tables())
+    for (TElement& element : schema.Find(other.name)->elements)
+      if (element.kind == EElement::ForeignKey) MoveReferences(element, rename.from, rename.to);
+}
+
+void ApplyToColumn(const TRename& rename, TSchema& schema) {
+  TTableText* table = schema.Find(rename.table);
+  if (table == nullptr) RaiseError(Format(kNoTable, rename.table));
+  const auto column = std::ranges::find_if(table->elements, [&rename](const TElement& element) {
+    return element.kind == EElement::Column && SameText(element.name, rename.from);
+  });
+  if (column == table->elements.end()) RaiseError(Format(kNoColumn, rename.table, rename.from));
+  if (!SameText(rename.from, rename.to) && table->Find(EElement::Column, rename.to) != nullptr)
+    RaiseError(Format(kColumnThere, rename.table, rename.to));
+  *column = Renamed(*column, rename.to);
+  for (TElement& element : table->elements) RenameColumnIn(element, rename.from, rename.to);
+  table->partitioning = PartitioningWith(table->partitioning, rename.from, rename.to);
+  for (const TTableText& other : schema.Tables())
+    for (TElement& element : schema.Find(other.name)->elements) {
+      if (element.kind != EElement::ForeignKey) continue;
+      const TForeignKeyParts& key = element.text.ForeignKey();
+      if (key.database.empty() && key.table == rename.table) RenameReferenced(element, rename.from, rename.to);
+    }
+}
+
+// Whether a server that does not follow by itself has to be told of this element again.
+bool NeedsTelling(const TElement& element) {
+  if (element.kind == EElement::Check) return true;
+  if (element.kind == EElement::Column) return element.text.Column().generated.has_value();
+  return IsKey(element.kind) &&
+         std::ranges::any_of(element.text.KeyParts(), [](const TKeyPart& part) { return part.column.empty(); });
+}
+
+void AddDependents(const TRename& rename, const TTableText& table, TStringList& clauses) {
+  const TPlanServer server{.mysql = true};
+  TStringList after;
+  for (const TElement& element : table.elements) {
+    TElement follows = element;
+    if (NeedsTelling(element)) RenameColumnIn(follows, rename.from, rename.to);
+    if (follows.text == element.text) continue;
+    const bool column = element.kind == EElement::Column;
+    if (!column) clauses.insert(clauses.begin(), DropText(element.kind, element.name, server));
+    after.push_back((column ? "modify column " : "add ") + follows.text.Str());
+  }
+  clauses.insert(clauses.end(), after.begin(), after.end());
+}
+
+}  // namespace
+
+void ApplyRename(const TRename& rename, const TServerTraits& server, TSchema& schema) {
+  if (rename.OfTable()) return ApplyToTable(rename, server, schema);
+  ApplyToColumn(rename, schema);
+}
+
+std::string RenameStatement(const TRename& rename, const TServerTraits& server, const TSchema& schema) {
+  if (rename.OfTable()) return Format("rename table %s to %s", QuotedName(rename.from), QuotedName(rename.to));
+  const TTableText* table = schema.Find(rename.table);
+  const TElement* column = table == nullptr ? nullptr : table->Find(EElement::Column, rename.from);
+  if (column == nullptr) RaiseError(Format(kNoColumn, rename.table, rename.from));
+  TStringList clauses;
+  if (HasRenameColumn(server))
+    clauses.push_back(Format("rename column %s to %s", QuotedName(rename.from), QuotedName(rename.to)));
+  else
+    clauses.push_back("change column " + QuotedName(rename.from) + " " + Renamed(*column, rename.to).text.Str());
+  if (server.mysql) AddDependents(rename, *table, clauses);
+  std::string end;
+  if (const std::string followed = PartitioningWith(table->partitioning, rename.from, rename.to);
+      server.mysql && followed != table->partitioning)
+    end = "\n" + followed;
+  return "alter table " + QuotedName(rename.table) + " " + JoinList(clauses, ", ") + end;
+}
+
+// What comes again beside the new name is checked by copying the table.
+ELockClass RenameLock(const TRename& rename, const TServerTraits& server, const TSchema& schema) {
+  if (server.version == 0) return ELockClass::None;
+  const TTableText* table = schema.Find(rename.table);
+  if (!rename.OfTable() && table != nullptr && server.mysql) {
+    TStringList dependents;
+    AddDependents(rename, *table, dependents);
+    const bool partitions = PartitioningWith(table->partitioning, rename.from, rename.to) != table->partitioning;
+    if (!dependents.empty() || partitions) return ELockClass::Copy;
+  }
+  const bool instant = server.mysql ? server.version >= (rename.OfTable() ? kMySqlRenames : kMySqlInstant)
+                                    : server.version >= kMariaDbRenames;
+  return instant ? ELockClass::Instant : ELockClass::InPlace;
+}
+
+}  // namespace velmora

@@ -1,0 +1,180 @@
+#include "exact/run/Renaming.h"
+
+#include <algorithm>
+#include <set>
+
+#include "exact/compare/PrintedTable.h"
+#include "mysqltext/KeyText.h"
+#include "mysqltext/Lexer.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kNotThere[] = "--rename %s: the %s has no %s %s";
+constexpr char kDone[] = "Rename %s: the target has the new name already";
+constexpr char kBoth[] = "Rename %s does not fit: the %s has %s, too";
+constexpr char kNotCompared[] = "Rename %s does not fit: table %s is not compared";
+constexpr char kSameName[] = "Rename %s does not fit: to the target's server both names are the same";
+constexpr char kNames[] = "%s %s names %s, which is renamed";
+
+class TFitting {
+ public:
+  TFitting(const TReadPair& read, const TSelection& selection, bool case_counts)
+      : read_(read), selection_(selection), case_counts_(case_counts) {}
+
+  TRenaming Fit(const std::vector<TRename>& wishes) {
+    for (const TRename& wish : wishes)
+      if (wish.OfTable()) FitTable(wish);
+    for (const TRename& wish : wishes)
+      if (!wish.OfTable()) FitColumn(wish);
+    return std::move(result_);
+  }
+
+ private:
+  bool Compared(const TRename& wish, const std::string& table) {
+    const bool skipped = std::ranges::any_of(read_.skipped, [&](const TSkippedTable& of) { return of.table == table; });
+    if (selection_.ReadsTable(table) && !skipped) return true;
+    result_.told.push_back(Format(kNotCompared, wish.Text(), table));
+    return false;
+  }
+
+  // Both sides have looked at what is there: `old_*` and `new_*` tell which of them have the names.
+  void Settle(const TRename& wish, const std::string& kind, bool old_there, bool new_there, bool old_wanted,
+              bool new_wanted) {
+    if (!new_wanted) RaiseError(Format(kNotThere, wish.Text(), kReferenceSide, kind, wish.to));
+    if (!old_there && !new_there) RaiseError(Format(kNotThere, wish.Text(), kTargetSide, kind, wish.from));
+    if (!old_there) return result_.told.push_back(Format(kDone, wish.Text()));
+    if (new_there) return result_.told.push_back(Format(kBoth, wish.Text(), kTargetSide, wish.to));
+    if (old_wanted) return result_.told.push_back(Format(kBoth, wish.Text(), kReferenceSide, wish.from));
+    result_.fits.push_back({0, wish});
+  }
+
+  void FitTable(const TRename& wish) {
+    if (!Compared(wish, wish.from) || !Compared(wish, wish.to)) return;
+    if (SameText(wish.from, wish.to) && !case_counts_) return result_.told.push_back(Format(kSameName, wish.Text()));
+    const auto has = [](const TReadSide& side, const std::string& name) { return side.texts.contains(name); };
+    Settle(wish, "table", has(read_.target, wish.from), has(read_.target, wish.to), has(read_.reference, wish.from),
+           has(read_.reference, wish.to));
+    tables_.push_back(wish);
+  }
+
+  // The names of a table on both sides, where one is renamed.
+  std::pair<std::string, std::string> NamesOf(const std::string& table) const {
+    for (const TRename& rename : tables_)
+      if (rename.from == table || rename.to == table)
+        return {read_.target.texts.contains(rename.from) ? rename.from : rename.to, rename.to};
+    return {table, table};
+  }
+
+  void FitColumn(TRename wish) {
+    const auto [there, wanted] = NamesOf(wish.table);
+    if (!Compared(wish, there) || !Compared(wish, wanted)) return;
+    const TTableText target = TableOf(read_.target, there, wish, kTargetSide);
+    const TTableText reference = TableOf(read_.reference, wanted, wish, kReferenceSide);
+    const auto has = [](const TTableText& table, const std::string& column) {
+      return table.Find(EElement::Column, column) != nullptr;
+    };
+    wish.table = wanted;
+    Settle(wish, "column", has(target, wish.from), has(target, wish.to), has(reference, wish.from),
+           has(reference, wish.to));
+  }
+
+  static TTableText TableOf(const TReadSide& side, const std::string& name, const TRename& wish, const char* of) {
+    if (const TTableText* table = side.schema.Find(name)) return *table;
+    const auto text = side.texts.find(name);
+    if (text == side.texts.end()) RaiseError(Format(kNotThere, wish.Text(), of, "table", name));
+    return ReadPrintedTable(text->second);
+  }
+
+  const TReadPair& read_;
+  const TSelection& selection_;
+  bool case_counts_;
+  std::vector<TRename> tables_;  // renamed, or done already
+  TRenaming result_;
+};
+
+std::set<std::string> NamesIn(const std::string& text) {
+  std::set<std::string> names;
+  for (const TToken& token : Tokens(text))
+    if (IsName(token)) names.insert(LowerText(NameOf(token)));
+  return names;
+}
+
+// A text that cannot be taken apart names nothing that anybody knows.
+std::set<std::string> NamesIn(const TOtherObject& object) {
+  try {
+    return NamesIn(object.text);
+  } catch (const EVelmora&) {
+    return {};
+  }
+}
+
+bool Names(const std::set<std::string>& names, const TRename& rename) {
+  return names.contains(LowerText(rename.from)) && (rename.OfTable() || names.contains(LowerText(rename.table)));
+}
+
+}  // namespace
+
+std::string TRenameChange::Item() const {
+  return Format("%s %s to %s", rename.OfTable() ? "table" : "column", rename.from, rename.to);
+}
+
+std::string TRenameChange::LogText() const { return SyncAction(saRename).LogText({}, Item()); }
+
+TRenaming FitRenames(const std::vector<TRename>& wishes, const TReadPair& read, const TSelection& selection,
+                     bool case_counts) {
+  return TFitting(read, selection, case_counts).Fit(wishes);
+}
+
+void RenameTables(const std::vector<TRenameChange>& renames, TDatabaseObjects& objects) {
+  for (const TRenameChange& change : renames) {
+    if (!change.rename.OfTable()) continue;
+    for (TOtherObject& object : objects.objects) {
+      if (object.kind != "trigger" || object.text.empty()) continue;
+      try {
+        TObjectText text = ReadObjectText(object.text, objects.database);
+        if (text.table != change.rename.from) continue;
+        text.header = text.moment + " on " + QuotedName(change.rename.to) + " for each row";
+        object.text = text.Creation({text.definer, false, text.order});
+      } catch (const EVelmora&) {  // it is told of and left alone
+      }
+    }
+  }
+}
+
+TStringList NamesOfRenamed(const std::vector<TRenameChange>& renames, const TDatabaseObjects& objects,
+                           const std::vector<TObjectChange>& changes) {
+  TStringList lines;
+  if (renames.empty()) return lines;
+  for (const TOtherObject& object : objects.objects) {
+    const bool changes_too = std::ranges::any_of(changes, [&object](const TObjectChange& change) {
+      return change.kind == object.kind && SameText(change.name, object.name);
+    });
+    if (changes_too) continue;
+    const std::set<std::string> names = NamesIn(object);
+    for (const TRenameChange& change : renames)
+      if (Names(names, change.rename)) lines.push_back(Format(kNames, object.kind, object.name, change.rename.Place()));
+  }
+  return lines;
+}
+
+void LeaveUnrenamed(const std::vector<TRenameChange>& struck_out, std::vector<TChange>& changes,
+                    std::vector<TObjectChange>& objects) {
+  const auto stays = [&struck_out](const std::string& table) {
+    return std::ranges::any_of(struck_out, [&table](const TRenameChange& change) { return change.Table() == table; });
+  };
+  std::erase_if(changes, [&](const TChange& change) {
+    if (stays(change.table)) return true;
+    const bool key = change.kind == EElement::ForeignKey && !change.new_text.Empty();
+    return key && !SyncAction(change.action).WholeTable() && stays(change.new_text.ForeignKey().table);
+  });
+  std::erase_if(objects, [&](const TObjectChange& change) {
+    return change.new_text != nullptr && !change.new_text->table.empty() && stays(change.new_text->table);
+  });
+}
+
+}  // namespace velmora
