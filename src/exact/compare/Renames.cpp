@@ -35,8 +35,12 @@ std::string TakeName(const std::string& text, std::size_t& at) {
   }
   std::string name;
   for (++at; at < text.size(); ++at) {
-    if (text[at] == '`' && (at + 1 == text.size() || text[++at] != '`')) return name;
-    name += text[at];
+    if (text[at] != '`') {
+      name += text[at];
+      continue;
+    }
+    if (text.substr(++at, 1) != "`") return name;
+    name += '`';
   }
   return {};
 }
