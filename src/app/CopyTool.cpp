@@ -332,9 +332,8 @@ void TCopyToolRuns::Run(const std::string& statement) {
   for (std::string& word : words) word = Filled(word, fillings);
   target_.ExecSQL("commit");  // as a server does before a change of structure: the tool must not wait for us
   TToolProcess tool(words);
-  if (care_.tool_runs) care_.tool_runs(tool.Id());
+  if (care_.tool_runs) care_.tool_runs(tool.Id(), words.front());
   tool.Wait();
-  if (care_.tool_runs) care_.tool_runs(0);
 }
 
 }  // namespace velmora

@@ -20,8 +20,8 @@ struct TRunCare {
   int retries = 5;     // of a change of structure that did not get it
   TCopyTool copy_tool{};
   std::function<void(const std::string& text)> tell{};  // what the user should hear while it runs; optional
-  // The process of a copy tool, once it runs, and 0 when it has ended; optional.
-  std::function<void(int process)> tool_runs{};
+  // The process of a copy tool, once it runs, and its program; optional.
+  std::function<void(int process, const std::string& program)> tool_runs{};
 };
 
 }  // namespace velmora

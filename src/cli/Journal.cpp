@@ -43,9 +43,9 @@ class TPast {
     else if (line.contains("run"))
       End(line);
     else if (line.at("state") == "begins")
-      run_.under_way = {line.at("statement"), line.at("text"), 0};
+      run_.under_way = {line.at("statement"), line.at("text"), 0, {}};
     else if (line.at("state") == "tool")
-      UnderWay().process = line.at("process");
+      TakeTool(line, UnderWay());
     else
       EndStatement(line);
   }
@@ -66,6 +66,10 @@ class TPast {
     const std::string state = line.at("state");
     if (state == "done") run_.done = line.at("statement");
     if (state != kNotKnown) run_.under_way.reset();  // it may run on where nobody hears of it
+  }
+  static void TakeTool(const TJson& line, TUnfinishedRun::TUnderWay& statement) {
+    statement.process = line.at("process");
+    statement.program = line.at("program");
   }
   TUnfinishedRun::TUnderWay& UnderWay() {
     if (!run_.under_way) RaiseError("nothing is under way");
@@ -187,8 +191,8 @@ void TJournal::TellStatements(const TRunReport& report) {
   }
 }
 
-void TJournal::ToolRuns(int process) {
-  if (process != 0) Write(TextOf({{"statement", begun_one_}, {"state", "tool"}, {"process", process}}));
+void TJournal::ToolRuns(int process, const std::string& program) {
+  Write(TextOf({{"statement", begun_one_}, {"state", "tool"}, {"process", process}, {"program", program}}));
 }
 
 }  // namespace velmora

@@ -23,6 +23,7 @@ struct TUnfinishedRun {
     std::size_t number = 0;  // from 1
     std::string text;
     int process = 0;  // of the copy tool that was at it; 0 for none
+    std::string program;
   };
   std::optional<TUnderWay> under_way;
 };
@@ -43,7 +44,7 @@ class TJournal {
   // Writes what the report tells that the file does not have yet: to be called at each change of it. Raises where the
   // file cannot be written, but not at the end of a run.
   void Told(const TRunReport& report);
-  void ToolRuns(int process);  // 0: no more
+  void ToolRuns(int process, const std::string& program);
 
  private:
   void Open();

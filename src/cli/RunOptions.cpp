@@ -1,7 +1,6 @@
 #include "cli/RunOptions.h"
 
 #include <fcntl.h>
-#include <signal.h>  // NOLINT(modernize-deprecated-headers): for kill
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -84,6 +83,17 @@ std::optional<std::string> ConnectionThatRuns(const std::string& statement, TDBC
   return std::nullopt;
 }
 
+// Numbers of processes are given anew: what has this one has to be of that program.
+bool ToolRuns(const TUnfinishedRun::TUnderWay& statement) {
+  if (statement.process == 0) return false;
+  try {
+    const std::string words = ReadFileText(Format("/proc/%d/cmdline", statement.process));
+    return words.find(statement.program) != std::string::npos;
+  } catch (const EVelmora&) {  // there is none
+    return false;
+  }
+}
+
 void WaitForStatement(const TUnfinishedRun::TUnderWay& statement, TDBConn& target, int seconds, TConsole& console) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
   for (bool told = false;; std::this_thread::sleep_for(kPoll)) {
@@ -129,8 +139,7 @@ void GoOnFrom(const TUnfinishedRun& run, TDBConn& target, int seconds, TConsole&
                       run.error.empty() ? "" : "; it ended with: " + run.error));
   if (!run.under_way) return;
   console.Note(Format(kUnderWay, run.under_way->number, ShownStatement(run.under_way->text)));
-  if (run.under_way->process != 0 && kill(run.under_way->process, 0) == 0)
-    RaiseError(Format(kToolRuns, run.under_way->number, run.under_way->process));
+  if (ToolRuns(*run.under_way)) RaiseError(Format(kToolRuns, run.under_way->number, run.under_way->process));
   target.Connect();
   WaitForStatement(*run.under_way, target, seconds, console);
 }

@@ -190,7 +190,7 @@ void TSyncCommand::TakeCare(TPairRun& run, TConsole& console) {
   };
   if (journal_) {
     journal_->Undo = run_.undo;
-    run_.care.tool_runs = [this](int process) { journal_->ToolRuns(process); };
+    run_.care.tool_runs = [this](int process, const std::string& program) { journal_->ToolRuns(process, program); };
     run.app().WatchRuns([this](const TRunReport& report) { journal_->Told(report); });
   }
   run.app().Care = run_.care;
@@ -208,7 +208,8 @@ int TSyncCommand::Execute(TConsole& console) {
   if (!script_.empty()) {
     run.editor().SetText(ReadTextFile(script_));
     run.OpenTarget(pair_, options_);
-    if (!run_.allow_moved) CheckStructure(run.editor().Text(), *run.app().connections.target);
+    if (!run_.allow_moved && run.app().Dialect().Traits().tells_result)
+      CheckStructure(run.editor().Text(), *run.app().connections.target);
   } else if (!Prepare(run, console, status)) {
     return status;
   }

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
 #include "util/Text.h"
 
@@ -26,8 +27,9 @@ const TElement* Named(const TTableText& table, EElement kind, std::string_view n
   return found == table.elements.end() ? nullptr : &*found;
 }
 
-// One of the reference that the target does not have by its name.
+// One of the reference that the target does not have by its name; null where the reference has this one, too.
 const TElement* Original(const TTableText& reference, const TTableText& target, const TElement& element) {
+  if (Named(reference, element.kind, element.name) != nullptr) return nullptr;
   const auto is_it = [&](const TElement& wanted) {
     return wanted.kind == element.kind && !SameText(wanted.name, element.name) &&
            SameText(Stripped(wanted.name), Stripped(element.name)) &&
@@ -37,13 +39,15 @@ const TElement* Original(const TTableText& reference, const TTableText& target, 
   return found == reference.elements.end() ? nullptr : &*found;
 }
 
+// The first of its names is its own.
 TElement Renamed(TElement element, const std::string& name) {
-  const std::string& text = element.text.Str();
-  const std::string quoted = QuotedName(element.name);
-  const std::size_t place = text.find(quoted);
-  if (place == std::string::npos) return element;
-  element.text = text.substr(0, place) + QuotedName(name) + text.substr(place + quoted.size());
-  element.name = name;
+  const std::string text = element.text.Str();
+  for (const TToken& token : Tokens(text)) {
+    if (!IsName(token) || NameOf(token) != element.name) continue;
+    element.text = text.substr(0, token.start) + QuotedName(name) + text.substr(token.End());
+    element.name = name;
+    break;
+  }
   return element;
 }
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <thread>
 
 #include "support/LiveCompanion.h"
@@ -95,6 +96,34 @@ TEST_F(LiveRunsTest, ARunDoesNotGoOnWhileTheServerIsStillAtIt) {
   at_work.join();
   const TAnswer answer = RunLive(sync);
   EXPECT_EQ(answer.status, 0) << answer.err;
+}
+
+// A tool of others gives its copy's constraints other names, and has its own opinion of clauses.
+TEST_F(LiveRunsTest, ACopyToolLeavesWhatAComparisonFindsIdentical) {
+  if (std::system("pt-online-schema-change --version > /dev/null 2>&1") != 0)
+    GTEST_SKIP() << "pt-online-schema-change is not installed";
+  if (testing::OnMySQL()) GTEST_SKIP() << "this release of the tool does not know MySQL of today";
+  for (const char* statement :
+       {"drop table t", "create table p (a int primary key) engine=InnoDB",
+        "create table t (a int primary key, p int, n varchar(9), constraint f foreign key (p) references p (a), "
+        "constraint c check (a > 0)) engine=InnoDB",
+        "create table child (a int primary key, t int, constraint g foreign key (t) references t (a)) engine=InnoDB",
+        "insert into p values (1)", "insert into t values (1, 1, 'x'), (2, null, 'y')",
+        "insert into child values (1, 2)"})
+    database_.Run(statement);
+  File("wanted.sql",
+       "create table p (a int primary key) engine=InnoDB;\n"
+       "create table t (a int primary key, b int default 7, p int, n varchar(300) comment 'it''s \"n\"', "
+       "constraint f foreign key (p) references p (a), constraint c check (a > 0)) engine=InnoDB;\n"
+       "create table child (a int primary key, t int, constraint g foreign key (t) references t (a)) engine=InnoDB;\n"
+       "create view v as select 1 one;\n");
+  const TAnswer answer = RunLive(Sync({"--yes", "--osc",
+                                       "pt-online-schema-change --alter {CLAUSES} F={DEFAULTS},D={DATABASE},t={TABLE} "
+                                       "--alter-foreign-keys-method rebuild_constraints --execute"}));
+  EXPECT_EQ(answer.status, 0) << answer.err;
+  EXPECT_THAT(answer.out, HasSubstr("Databases are identical"));
+  EXPECT_THAT(Ask("show create table t"), HasSubstr("CONSTRAINT `_f`")) << "the tool was at it";
+  EXPECT_EQ(Ask("select group_concat(a, b, n order by a) from t"), "17x,27y");
 }
 
 }  // namespace
