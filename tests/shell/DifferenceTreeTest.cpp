@@ -78,9 +78,11 @@ TEST_F(DifferenceTreeTest, StandsInPlaceOfTheOtherTreeAndBeginsAtTheFirstDiffere
   EXPECT_EQ(Current(), "fresh");
   EXPECT_THAT(rig_.Text("mDiffRef"), HasSubstr("CREATE TABLE `fresh`"));
   const QModelIndex total = Line("column total");
-  EXPECT_EQ(FromQt(total.data(TDifferenceModel::kDetailRole).toString()), "varchar(300) -> varchar(255)");
+  EXPECT_EQ(FromQt(total.data(TDifferenceModel::kDetailRole).toString()),
+            "varchar(300) -> varchar(255)  [copies the table; no writes meanwhile]");
   EXPECT_THAT(FromQt(total.data(Qt::AccessibleTextRole).toString()),
-              HasSubstr("orders: Changed column total, varchar(300) -> varchar(255), unsafe: varchar(300) to"));
+              HasSubstr("orders: Changed column total, varchar(300) -> varchar(255)  [copies the table; no writes "
+                        "meanwhile], unsafe: varchar(300) to"));
   EXPECT_THAT(FromQt(total.data(Qt::ToolTipRole).toString()), HasSubstr("Unsafe: varchar(300) to varchar(255)"));
   EXPECT_EQ(FromQt(Line("orders").data(TDifferenceModel::kUnsafeRole).toString()), "1 unsafe action");
 
