@@ -232,7 +232,7 @@ TEST_F(ConnectionsTest, WhatTakesTheKeyboardHasANameAndDialogsEndByEscape) {
       EXPECT_LE(dialog->height(), 560) << command;
       const auto buttons = dialog->findChildren<QPushButton*>();
       EXPECT_EQ(std::ranges::count_if(buttons, &QPushButton::isDefault), 1) << command;
-      ASSERT_NE(dialog->focusWidget(), nullptr) << command;
+      ASSERT_TRUE(QTest::qWaitFor([dialog] { return dialog->focusWidget() != nullptr; })) << command;
       QTest::keyClick(dialog->focusWidget(), Qt::Key_Escape);
       EXPECT_FALSE(dialog->isVisible()) << command;
       dialog->close();
