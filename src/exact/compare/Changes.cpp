@@ -294,6 +294,7 @@ std::string TChange::Description() const {
   line("Target", old_text.Str());
   line("Reference", new_text.Str());
   if (after) line("Place", after->empty() ? "first" : "after " + *after);
+  line("Named by", named_by);
   line("Unsafe", unsafe);
   return text;
 }

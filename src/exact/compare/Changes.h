@@ -32,6 +32,7 @@ struct TChange {
   bool moved_only = false;            // a column that only changes its place
   std::vector<TTableOption> options;  // to set, for a change of options
   std::string unsafe;                 // why it may lose data; empty for what is safe
+  std::string named_by{};             // of a column that goes or changes: "view v, trigger g" of the target
 
   std::string LogText() const;      // as in "Changed column total", "Moved column total", "Changed options of table t"
   std::string Description() const;  // old and new text, and why it is unsafe

@@ -20,6 +20,7 @@ namespace velmora {
 
 namespace {
 
+constexpr char kDefinerNotAsked[] = "its definer %s has to be an account of the server that runs this";
 constexpr char kNoSuchTrigger[] = "trigger %s is to stand beside %s, which does not fire with it";
 constexpr char kNotFollowed[] = "the statement is none that changes an object: %s";
 
@@ -164,6 +165,9 @@ class TMaker {
   void Add(const TObjectChange& change, std::string text, std::vector<std::string> put_back = {}) {
     TPlanStatement statement{std::move(text), {change.id}, {}, {}, change.Object(), std::move(put_back)};
     if (!change.unsafe.empty()) statement.unsafe.push_back(change.Object() + ": " + change.unsafe);
+    const bool asked = server_.mysql || server_.mariadb;
+    if (!asked && change.action == saCreateObject && !change.definer.empty())
+      statement.note = Format(kDefinerNotAsked, change.definer);
     statements.push_back(std::move(statement));
   }
 

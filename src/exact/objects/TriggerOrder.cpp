@@ -4,6 +4,7 @@
 #include <map>
 #include <utility>
 
+#include "exact/compare/Changes.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -32,18 +33,10 @@ void PutWhereTextsSay(TGroup& group) {
 
 // Those that keep their places: a longest run of them that rises in the target, too.
 TGroup LongestRise(const TGroup& group) {
-  std::vector<std::size_t> length(group.size(), 1), previous(group.size(), group.size());
-  std::size_t last = 0;
-  for (std::size_t i = 0; i < group.size(); ++i) {
-    for (std::size_t j = 0; j < i; ++j)
-      if (group[j]->there_place < group[i]->there_place && length[j] + 1 > length[i]) {
-        length[i] = length[j] + 1;
-        previous[i] = j;
-      }
-    if (length[i] > length[last]) last = i;
-  }
+  std::vector<std::size_t> places;
+  for (const TOrderedTrigger* trigger : group) places.push_back(trigger->there_place);
   TGroup rise;
-  for (std::size_t i = last; i < group.size(); i = previous[i]) rise.push_back(group[i]);
+  for (const std::size_t i : LongestIncreasing(places)) rise.push_back(group[i]);
   return rise;
 }
 

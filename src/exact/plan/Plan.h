@@ -22,6 +22,7 @@ struct TPlanStatement {
   std::vector<std::string> put_back{};
   bool checks_on = false;  // it adds foreign keys to a table that may have rows, which the server is to look at
   ELockClass lock = ELockClass::None;
+  std::string note{};  // what a script tells of it; empty for nothing
 };
 
 // In what servers differ that take the statements; neither where nobody knows.

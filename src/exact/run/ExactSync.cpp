@@ -10,6 +10,7 @@
 
 #include "core/CreationTexts.h"
 #include "core/Host.h"
+#include "exact/objects/Dependents.h"
 #include "exact/run/ObjectTarget.h"
 #include "sync/CaseTwins.h"
 #include "util/Errors.h"
@@ -26,6 +27,7 @@ constexpr char kSkipped[] = "Skipped: table %s, %s: %s";
 constexpr char kStatement[] = "Not followed: %s";
 constexpr char kLeftOut[] = "Left out: %s";
 constexpr char kOtherObject[] = "Not the same: %s %s: %s";
+constexpr char kNamedBy[] = "%s: %s is named by %s";
 constexpr char kUnmade[] = "No form in MySQL: %s";
 constexpr char kMapping[] = "Mapping: %s";
 constexpr char kTakenAsEqual[] = "Taken as equal: %s (%d)";
@@ -100,6 +102,8 @@ void TExactSync::Compare() {
         if (maker == nullptr) case_twins_ = velmora::CaseTwins(reference, target);
         CompareSchemas(target);
         CompareOthers(target);
+        NameDependents(read_.target_objects, objects_.changes, changes_);
+        ShowChanges();
         Prove();
         AskSizes(target);
         FillLog();
@@ -155,12 +159,6 @@ void TExactSync::CompareSchemas(TDBConn& target) {
   changes_ = ChangesOf(Target(), Equivalences, nullptr, &read_.left_out);
   keys_to_nothing_ = ForeignKeysToNothing(changes_, read_.reference.schema, read_.left_out);
   MarkUnknownCollations(target, read_.target.texts, changes_);
-  for (TChange& change : changes_) {
-    const TActionRow& row = data_.mtActions.Append(change.action, change.table, change.item, change.Description());
-    change.id = row.id;
-    tree_.AddToTree(change.action, change.table, row.id, change.LogText());
-  }
-  offers_ = velmora::RenameOffers(changes_, read_.reference.schema, Target(), Equivalences);
 }
 
 // The tables are compared as they are afterwards; what the target has before is what the proof begins with.
@@ -188,6 +186,15 @@ void TExactSync::CompareOthers(TDBConn& target) {
   SettleOnTarget(target, server_, read_.target.texts, objects_);
   const TStringList named = NamesOfRenamed(renames_, read_.target_objects, objects_.changes);
   renames_told_.insert(renames_told_.end(), named.begin(), named.end());
+}
+
+void TExactSync::ShowChanges() {
+  for (TChange& change : changes_) {
+    const TActionRow& row = data_.mtActions.Append(change.action, change.table, change.item, change.Description());
+    change.id = row.id;
+    tree_.AddToTree(change.action, change.table, row.id, change.LogText());
+  }
+  offers_ = velmora::RenameOffers(changes_, read_.reference.schema, Target(), Equivalences);
   for (TObjectChange& change : objects_.changes) {
     const std::string group(KindsTitle(change.kind));
     const TActionRow& row = data_.mtActions.Append(change.action, group, change.Object(), change.Description());
@@ -309,7 +316,10 @@ void TExactSync::FillLog() {
   ActionLog.insert(ActionLog.end(), renames_told_.begin(), renames_told_.end());
   for (const TRenameChange& change : renames_)
     ActionLog.push_back((change.rename.OfTable() ? "" : change.rename.table + ": ") + change.LogText());
-  for (const TChange& change : changes_) ActionLog.push_back(LogLine(change));
+  for (const TChange& change : changes_) {
+    ActionLog.push_back(LogLine(change));
+    if (!change.named_by.empty()) ActionLog.push_back(Format(kNamedBy, change.table, change.item, change.named_by));
+  }
   for (const TRenameOffer& offer : offers_) ActionLog.push_back(offer.Text());
   for (const TObjectChange& change : objects_.changes) ActionLog.push_back(change.LogText());
   ActionLog.insert(ActionLog.end(), read_.made_log.begin(), read_.made_log.end());

@@ -124,6 +124,7 @@ class TExactSync {
   void RenameBack(TSchema schema, std::vector<TPlanStatement>& plan) const;
   TSchema RenamedTarget(std::vector<TPlanStatement>* plan) const;
   TPlanStatement StatementOf(const TRenameChange& change, const TSchema& schema) const;
+  void ShowChanges();
   std::vector<TPlanStatement> PlanOf(const std::vector<TChange>& changes,
                                      const std::vector<TObjectChange>& objects) const;
   TStringList ObjectsLeft();

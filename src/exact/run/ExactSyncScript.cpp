@@ -113,6 +113,7 @@ void TExactSync::WriteStatements(const std::vector<TPlanStatement>& plan, TScrip
     for (const std::string& reason : statement.unsafe) editor.AddLine(Comment(kUnsafe + reason));
     if (statement.lock != ELockClass::None)
       editor.AddLine(Comment(Format(kLocks, statement.table, LockOf(statement).text)));
+    if (!statement.note.empty()) editor.AddLine(Comment(statement.note));
     AddStatement(statement, editor);
   }
   editor.AddLine({});

@@ -1,0 +1,18 @@
+#pragma once
+
+// Views, triggers, routines and events that name what changes in tables.
+
+#include <vector>
+
+#include "exact/compare/Changes.h"
+#include "exact/objects/ObjectChanges.h"
+
+namespace velmora {
+
+// Names, with each column that goes or changes and each table that goes, the target's objects that speak of it and stay
+// as they are. Where it goes, that is unsafe: they work no longer. By words alone: what an object puts together when it
+// runs is not seen.
+void NameDependents(const TDatabaseObjects& target, const std::vector<TObjectChange>& objects,
+                    std::vector<TChange>& changes);
+
+}  // namespace velmora
