@@ -8,6 +8,7 @@
 #include "app/Application.h"
 #include "app/ExactDialect.h"
 #include "converge/KeyRules.h"
+#include "converge/ObjectGenerator.h"
 #include "converge/SchemaGenerator.h"
 #include "converge/SchemaMySql.h"
 #include "converge/SchemaTaken.h"
@@ -84,10 +85,10 @@ TValues ReadValues(TLiveDatabase& database, const TTableModel& table, const TCol
 
 class TRun {
  public:
-  TRun(std::uint64_t seed, std::size_t tables, TPrivateServer& reference, TPrivateServer& target)
+  TRun(std::uint64_t seed, const TConvergenceWishes& wishes, TPrivateServer& reference, TPrivateServer& target)
       : seed_(seed),
         generator_(seed),
-        tables_(tables),
+        wishes_(wishes),
         across_(&reference != &target),
         reference_(Format("converge_reference%d", seed), reference),
         target_(Format("converge_target%d", seed), target) {}
@@ -95,9 +96,12 @@ class TRun {
   TConvergence Go();
 
  private:
-  void MakeSchemas(std::size_t tables);
+  void MakeSchemas();
+  void MakeObjectsOf(const TSchemaModel& first, TLiveDatabase& of_first, const TSchemaModel& second,
+                     TLiveDatabase& of_second);
   void Settle(TLiveDatabase& database, TSchemaModel& schema);
   void CheckSkipped();
+  void CheckLeftAlone();
   void Make(TLiveDatabase& database, TSchemaModel& schema);
   void LoadRows();
   void ClearTheWay();
@@ -120,7 +124,7 @@ class TRun {
 
   std::uint64_t seed_;
   TSchemaGenerator generator_;
-  std::size_t tables_;
+  TConvergenceWishes wishes_;
   bool across_;  // two servers
   TSchemaModel wanted_;
   TSchemaModel there_;
@@ -128,7 +132,9 @@ class TRun {
   TLiveDatabase reference_;
   TLiveDatabase target_;
   TKeyRules rules_{seed_, reference_, target_};
-  std::vector<THistogram> histograms_;  // of columns that no statement names
+  TObjectGenerator object_generator_{seed_, generator_};
+  std::set<std::string> followed_by_nobody_;  // objects, as "view v"
+  std::vector<THistogram> histograms_;        // of columns that no statement names
   TNoProgress progress_;
   TLineEditor editor_;
   TLineLog log_{SystemClock(), progress_};
@@ -141,7 +147,7 @@ class TRun {
   TConvergence result_;
 };
 
-void TRun::MakeSchemas(std::size_t tables) {
+void TRun::MakeSchemas() {
   TRandom& random = generator_.random();
   if (random.Chance(20)) target_.Run("alter database character set latin1");
   const bool forwards = random.Chance(50);
@@ -149,14 +155,30 @@ void TRun::MakeSchemas(std::size_t tables) {
   TSchemaModel& second = forwards ? there_ : wanted_;
   TLiveDatabase& of_first = forwards ? reference_ : target_;
   TLiveDatabase& of_second = forwards ? target_ : reference_;
-  first = generator_.Schema(tables > 0 ? tables : 3 + random.Below(4));
+  first = generator_.Schema(wishes_.tables > 0 ? wishes_.tables : 3 + random.Below(4));
   Settle(of_first, first);
   Make(of_first, first);
   second = first;
   generator_.Mutate(second);
   Settle(of_second, second);
   Make(of_second, second);
+  if (wishes_.objects) MakeObjectsOf(first, of_first, second, of_second);
   result_.tables = wanted_.tables.size();
+}
+
+void TRun::MakeObjectsOf(const TSchemaModel& first, TLiveDatabase& of_first, const TSchemaModel& second,
+                         TLiveDatabase& of_second) {
+  std::vector<TObjectModel> objects = object_generator_.Objects(first);
+  const auto make = [this](TLiveDatabase& database, std::vector<TObjectModel>& list) {
+    result_.parts += list.size();
+    result_.dropped += MakeObjects(database, list);
+    result_.objects += list.size();
+    for (const TObjectModel& object : list)
+      if (object.Unreadable()) followed_by_nobody_.insert(object.kind + " " + object.name);
+  };
+  make(of_first, objects);
+  object_generator_.Mutate(objects, second);
+  make(of_second, objects);
 }
 
 // Makes of a schema for MariaDB one for the server that there is.
@@ -266,6 +288,8 @@ void TRun::CheckGuard() {
   TStringList by_actions;
   for (const TChange& change : Exact().Changes())
     if (!change.unsafe.empty()) by_actions.push_back(change.table + ": " + change.LogText() + ": " + change.unsafe);
+  for (const TObjectChange& change : Exact().ObjectChanges())
+    if (!change.unsafe.empty()) by_actions.push_back(change.LogText() + ": " + change.unsafe);
   if (by_text != by_actions) Miss("the script's text is judged otherwise: " + JoinList(by_text, "; "));
   const auto text_of = [this](const std::string& table) {
     const std::string text = Exact().TargetText(table);
@@ -282,6 +306,7 @@ void TRun::CheckGuard() {
 // A table that refers to another one may have to let go of its foreign key while that one changes.
 void TRun::CheckTouched() {
   for (const TPlanStatement& statement : Exact().Plan()) {
+    if (!statement.object.empty()) continue;
     const std::string& table = statement.table;
     const std::string text = Exact().TargetText(table);
     if (Uncounted(text) == Uncounted(Exact().ReferenceText(table)) && text.find("REFERENCES") == std::string::npos)
@@ -320,6 +345,12 @@ void TRun::CheckSkipped() {
   result_.skipped = skipped_.size();
 }
 
+void TRun::CheckLeftAlone() {
+  for (const TObjectDifference& object : Exact().Objects())
+    if (!followed_by_nobody_.contains(object.kind + " " + object.name))
+      Miss(Format("%s %s is left alone: %s", object.kind, object.name, object.difference));
+}
+
 // What the plan makes of the target, by its texts.
 TSchema TRun::Proved() {
   TSchema schema;
@@ -328,7 +359,8 @@ TSchema TRun::Proved() {
       schema.Add(ReadPrintedTable(text));
     else
       ++unreadable_;
-  for (const TPlanStatement& statement : Exact().Plan()) ApplyStatement(statement.text, schema);
+  for (const TPlanStatement& statement : Exact().Plan())
+    if (statement.object.empty()) ApplyStatement(statement.text, schema);
   return schema;
 }
 
@@ -393,7 +425,7 @@ void TRun::CheckHistograms() {
 }
 
 TConvergence TRun::Go() {
-  MakeSchemas(tables_);
+  MakeSchemas();
   app_.Choose(EDialect::Exact);
   app_.TakeTask({reference_.NewEngine(), target_.NewEngine()});
   CompareUnderRules();
@@ -417,7 +449,10 @@ TConvergence TRun::Go() {
     statements_run_ = true;
     app_.Compare();
     CheckSkipped();
-    if (skipped_.empty() ? !app_.Dialect().Identical() : !Exact().Changes().empty())
+    CheckLeftAlone();
+    const bool nothing_left = Exact().Changes().empty() && Exact().ObjectChanges().empty();
+    const bool all_followed = skipped_.empty() && followed_by_nobody_.empty();
+    if (all_followed ? !app_.Dialect().Identical() : !nothing_left)
       Miss("not identical afterwards:\n" + JoinList(app_.Dialect().ActionLog(), "\n"));
     for (const TPlanStatement& statement : Exact().Plan()) Miss("again: " + statement.text);
     if (!across_) CheckAfter(std::move(proved));
@@ -431,15 +466,18 @@ TConvergence TRun::Go() {
     for (const TTableModel& table : there_.tables) result_.fault += "\n\n" + CreateStatement(table);
     for (const TTableModel& table : wanted_.tables)
       if (across_) result_.fault += "\n\nreference: " + Exact().ReferenceText(table.name);
+    for (const TObjectChange& change : Exact().ObjectChanges())
+      result_.fault += "\n\n" + change.LogText() + "\n" + change.Description();
   }
   return result_;
 }
 
 }  // namespace
 
-TConvergence Converge(std::uint64_t seed, std::size_t tables, TPrivateServer& reference, TPrivateServer& target) {
+TConvergence Converge(std::uint64_t seed, const TConvergenceWishes& wishes, TPrivateServer& reference,
+                      TPrivateServer& target) {
   try {
-    return TRun(seed, tables, reference, target).Go();
+    return TRun(seed, wishes, reference, target).Go();
   } catch (const std::exception& error) {
     TConvergence result;
     result.fault = error.what();

@@ -17,14 +17,21 @@ struct TConvergence {
   std::size_t rows = 0;     // that were there before, and were looked at afterwards
   std::size_t tables = 0;   // of the reference
   std::size_t skipped = 0;  // tables that were named and left alone
+  std::size_t objects = 0;  // of both sides
+};
+
+struct TConvergenceWishes {
+  std::size_t tables = 0;  // of the schema; with 0 their number is random too
+  bool objects = false;    // views, triggers, routines and events stand beside them
 };
 
 // Makes both databases, compares, synchronises with all that is unsafe, and looks whether: the proof in memory finds no
 // difference and has every table as the server then has it; the databases are identical; nothing is left to do; only
 // tables that differ were touched; rows that were loaded before are as they were wherever no unsafe action stands.
-// `tables` says how many tables the schema has; with 0 that number is random too.
+// Objects whose mode of making lets nobody follow their text are named and left alone.
 // The reference may stand on another server: then tables may be named and left alone for what the target's server does
 // not have, and nothing else. On one server a table is left alone that the server prints as nobody can read it.
-TConvergence Converge(std::uint64_t seed, std::size_t tables, TPrivateServer& reference, TPrivateServer& target);
+TConvergence Converge(std::uint64_t seed, const TConvergenceWishes& wishes, TPrivateServer& reference,
+                      TPrivateServer& target);
 
 }  // namespace velmora::testing

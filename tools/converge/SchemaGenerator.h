@@ -17,9 +17,9 @@ class TSchemaGenerator {
   // Some tables go, some come, most of the others change in one to four ways.
   void Mutate(TSchemaModel& schema);
   TRandom& random() { return random_; }
+  std::string Name(const char* prefix);  // that nothing has so far
 
  private:
-  std::string Name(const char* prefix);
   std::string Comment();
   TTableModel Table();
   TColumnModel Column();

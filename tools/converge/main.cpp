@@ -11,8 +11,8 @@ namespace {
 using velmora::testing::TPrivateServer;
 
 constexpr char kUsage[] =
-    "usage: velmora-converge [--reference-server NAME] COUNT [FIRST_SEED]\n"
-    "       velmora-converge [--reference-server NAME] --tables TABLES SEED\n";
+    "usage: velmora-converge [--reference-server NAME] [--objects] COUNT [FIRST_SEED]\n"
+    "       velmora-converge [--reference-server NAME] [--objects] --tables TABLES SEED\n";
 constexpr char kSystemsOwn[] = "system";
 
 struct TCounts {
@@ -24,10 +24,12 @@ struct TCounts {
   std::size_t dropped = 0;
   std::size_t tables = 0;
   std::size_t skipped = 0;
+  std::size_t objects = 0;
 };
 
 struct TSettings {
   std::string reference_server;  // empty where one server has both sides
+  bool objects = false;
   bool large = false;
   unsigned long long numbers[2] = {0, 1};
 };
@@ -39,6 +41,8 @@ bool ReadSettings(int argc, char** argv, TSettings& settings) {
     settings.reference_server = argv[at + 1];
     at += 2;
   }
+  settings.objects = is("--objects");
+  if (settings.objects) ++at;
   settings.large = is("--tables");
   if (settings.large) ++at;
   const int left = argc - at;
@@ -53,9 +57,10 @@ TPrivateServer& ReferenceServer(const std::string& name) {
   return server;
 }
 
-void Run(unsigned long long seed, std::size_t tables, const std::string& reference_server, TCounts& counts) {
-  const auto result =
-      velmora::testing::Converge(seed, tables, ReferenceServer(reference_server), TPrivateServer::Shared());
+void Run(unsigned long long seed, std::size_t tables, const TSettings& settings, TCounts& counts) {
+  const std::string& reference_server = settings.reference_server;
+  const auto result = velmora::testing::Converge(seed, {tables, settings.objects}, ReferenceServer(reference_server),
+                                                 TPrivateServer::Shared());
   ++counts.seeds;
   counts.statements += result.statements;
   counts.rows += result.rows;
@@ -63,12 +68,14 @@ void Run(unsigned long long seed, std::size_t tables, const std::string& referen
   counts.dropped += result.dropped;
   counts.tables += result.tables;
   counts.skipped += result.skipped;
+  counts.objects += result.objects;
   if (result.fault.empty()) return;
   ++counts.misses;
   const std::string server = velmora::testing::ChosenServer();
   const std::string from = reference_server.empty() ? "" : "--reference-server " + reference_server + " ";
   const std::string on = from + (server.empty() ? "" : "--server " + server + " ");
-  const std::string again = on + (tables > 0 ? "--tables " + std::to_string(tables) + " " : "1 ");
+  const std::string again =
+      on + (settings.objects ? "--objects " : "") + (tables > 0 ? "--tables " + std::to_string(tables) + " " : "1 ");
   std::printf("seed %llu missed: %s\nrepeat it with: scripts/converge %s%llu\n\n", seed, result.fault.c_str(),
               again.c_str(), seed);
   std::fflush(stdout);
@@ -85,11 +92,12 @@ int main(int argc, char** argv) {
   const auto& [first_number, second_number] = settings.numbers;
   TCounts counts;
   if (settings.large)
-    Run(second_number, first_number, settings.reference_server, counts);
+    Run(second_number, first_number, settings, counts);
   else
-    for (unsigned long long i = 0; i < first_number; ++i) Run(second_number + i, 0, settings.reference_server, counts);
+    for (unsigned long long i = 0; i < first_number; ++i) Run(second_number + i, 0, settings, counts);
   std::printf("%zu seeds, %zu missed, %zu statements, %zu rows; the server refused %zu of %zu parts\n", counts.seeds,
               counts.misses, counts.statements, counts.rows, counts.dropped, counts.parts);
+  if (counts.objects > 0) std::printf("%zu views, triggers, routines and events on both sides\n", counts.objects);
   if (counts.skipped > 0) std::printf("%zu of %zu tables were named and left alone\n", counts.skipped, counts.tables);
   // Schemas that hardly differ would prove nothing.
   const bool differ = settings.large || counts.statements >= counts.seeds;
