@@ -16,7 +16,7 @@ namespace {
 
 constexpr char kPutBack[] = "What it was to replace was put back";
 constexpr char kNotPutBack[] = "What it was to replace could not be put back: %s; the statement was: %s";
-constexpr char kLost[] = "What it was to replace may be gone; this statement brings it back: %s";
+constexpr char kLost[] = "What it was to replace may be gone; this brings it back: %s";
 
 // Whether a server commits at this statement, whatever the transaction.
 bool CommitsByItself(const std::string& statement) {
@@ -143,7 +143,7 @@ void TScriptRunner::PutBack(TDBConn& target, std::size_t index, const TRunWishes
   const TStringList statements = wishes.put_back ? wishes.put_back(report_.statements[index].text) : TStringList();
   if (statements.empty()) return;
   if (!target.GetConnected()) {
-    run.put_back = Format(kLost, statements.front());
+    run.put_back = Format(kLost, JoinList(statements, "; "));
     return;
   }
   run.put_back = kPutBack;

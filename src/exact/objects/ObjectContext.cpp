@@ -68,6 +68,8 @@ std::string MissingMode(const std::string& sql_mode, const TPlanServer& server) 
 
 bool QuotesNames(std::string_view sql_mode) { return HasMode(sql_mode, "ANSI_QUOTES"); }
 
+bool RefusesNotPreserve(std::string_view sql_mode) { return HasMode(sql_mode, "HIGH_NOT_PRECEDENCE"); }
+
 std::string UnreadableIn(std::string_view sql_mode, std::string_view text) {
   std::size_t place = std::string_view::npos;
   std::string_view mode = "NO_BACKSLASH_ESCAPES";

@@ -17,6 +17,8 @@ std::string MissingMode(const std::string& sql_mode, const TPlanServer& server);
 
 // Whether names stand in double quotes in them.
 bool QuotesNames(std::string_view sql_mode);
+// Whether MySQL refuses "on completion not preserve" in them.
+bool RefusesNotPreserve(std::string_view sql_mode);
 // What makes a text that was written in these modes unreadable here, with its line; empty for nothing: a backslash that
 // is a letter.
 std::string UnreadableIn(std::string_view sql_mode, std::string_view text);

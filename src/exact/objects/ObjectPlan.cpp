@@ -21,6 +21,7 @@ namespace velmora {
 namespace {
 
 constexpr char kDefinerNotAsked[] = "its definer %s has to be an account of the server that runs this";
+constexpr std::string_view kTrigger = "trigger";
 constexpr char kNoSuchTrigger[] = "trigger %s is to stand beside %s, which does not fire with it";
 constexpr char kNotFollowed[] = "the statement is none that changes an object: %s";
 
@@ -97,8 +98,9 @@ std::string PlaceholderQuery(const TObjectChange& view) {
 // Elements that "alter procedure" and "alter function" take.
 bool AltersInPlace(const TObjectChange& change) {
   return (change.kind == "procedure" || change.kind == "function") &&
-         std::ranges::all_of(change.elements, [](const std::string& element) {
-           return InList(element, {"comment", "sql security", "data access"});
+         std::ranges::all_of(change.elements, [&change](const std::string& element) {
+           const bool kept = element != "comment" || change.new_text->Find(element) != nullptr;  // no server empties it
+           return kept && InList(element, {"comment", "sql security", "data access"});
          });
 }
 
@@ -107,7 +109,7 @@ std::string AlterText(const TObjectChange& change) {
   for (const std::string& element : change.elements) {
     const TObjectElement* said = change.new_text->Find(element);
     if (element == "comment")
-      text += " comment " + (said == nullptr ? "''" : said->text);
+      text += " comment " + said->text;
     else if (element == "sql security")
       text += " sql security " + (said == nullptr ? "definer" : said->text);
     else
@@ -118,9 +120,10 @@ std::string AlterText(const TObjectChange& change) {
 
 class TMaker {
  public:
-  TMaker(const std::vector<TObjectChange>& changes, const TPlanServer& server) : server_(server) {
+  TMaker(const std::vector<TObjectChange>& changes, const TPlanServer& server, const TStringList& gone)
+      : server_(server), gone_(gone) {
     for (const TObjectChange& change : changes)
-      if (change.action == saCreateObject && change.kind == "trigger") coming_.insert(change.name);
+      if (change.action != saDropObject && change.kind == kTrigger) coming_.insert(change.name);
   }
 
   std::vector<TPlanStatement> statements;
@@ -129,11 +132,17 @@ class TMaker {
 
   void Make(const TObjectChange& change) {
     const bool replaces = change.action == saChangeObject;
-    if (replaces && !server_.mariadb && AltersInPlace(change)) return Add(change, AlterText(change));
+    if (replaces && !server_.mariadb && AltersInPlace(change)) {
+      SetOwnMode();
+      return Add(change, AlterText(change));
+    }
     SetContext(change);
-    if (!replaces || server_.mariadb || change.kind == "view")
+    const bool elsewhere = replaces && change.kind == kTrigger && change.old_text->table != change.new_text->table;
+    if (elsewhere && std::ranges::find(gone_, change.old_text->table) != gone_.end())
+      Add(change, Creation(change, false));
+    else if (!replaces || (server_.mariadb && !elsewhere) || change.kind == "view")
       Add(change, Creation(change, replaces));
-    else if (change.kind == "event")
+    else if (change.kind == "event" && !RefusesNotPreserve(change.new_object.context.sql_mode.value_or("")))
       Add(change, "alter" + Creation(change, false).substr(std::string_view("create").size()));
     else
       DropAndMake(change);
@@ -149,11 +158,12 @@ class TMaker {
   std::string Creation(const TObjectChange& change, bool or_replace) const {
     TObjectSpelling spelling{change.definer, or_replace, OrderOf(change)};
     const bool same_schedule = change.old_text != nullptr && change.old_text->interval == change.new_text->interval;
+    spelling.says_not = !RefusesNotPreserve(change.new_object.context.sql_mode.value_or(""));
     if (same_schedule) spelling.starts = change.old_text->starts;
     return change.new_text->Creation(spelling);
   }
 
-  // Beside one that stands where it belongs by then: a new one may have been struck out.
+  // Beside one that stands where it belongs by then: one that is to come may have been struck out.
   std::string OrderOf(const TObjectChange& change) const {
     for (const std::string& name : change.place.before) {
       const bool added = std::ranges::find(change.place.added, name) != change.place.added.end();
@@ -172,13 +182,17 @@ class TMaker {
   }
 
   void DropAndMake(const TObjectChange& change) {
-    const bool trigger = change.kind == "trigger";
+    const bool trigger = change.kind == kTrigger;
     const std::vector<std::string> unlock =
         trigger ? std::vector<std::string>{"unlock tables"} : std::vector<std::string>();
     if (trigger) Add(change, "lock tables " + Locked(change));
     Add(change, DropText(change), unlock);
-    std::vector<std::string> put_back = {
-        change.old_text->Creation({change.old_text->definer, false, change.place.old})};
+    std::vector<std::string> put_back;
+    if (const auto& mode = change.old_object.context.sql_mode)
+      put_back.push_back(Format("set %s = %s", std::string(kMode.variable), QuotedText(*mode)));
+    TObjectSpelling old{change.old_text->definer, false, change.place.old};
+    old.says_not = !RefusesNotPreserve(change.old_object.context.sql_mode.value_or(""));
+    put_back.push_back(change.old_text->Creation(old));
     put_back.insert(put_back.end(), unlock.begin(), unlock.end());
     Add(change, Creation(change, false), put_back);
     if (trigger) Add(change, "unlock tables");
@@ -193,9 +207,17 @@ class TMaker {
 
   void SetContext(const TObjectChange& change) {
     const TObjectContext& context = change.new_object.context;
-    if (context.sql_mode) Need(kMode, QuotedText(ModesFor(*context.sql_mode, server_)));
+    if (context.sql_mode)
+      Need(kMode, QuotedText(ModesFor(*context.sql_mode, server_)));
+    else
+      SetOwnMode();
     if (!context.collation.empty()) Need(kCollation, QuotedText(context.collation));
     if (change.kind == "event" && !context.time_zone.empty()) Need(kZone, QuotedText(context.time_zone));
+  }
+
+  // For texts that are written for no other one.
+  void SetOwnMode() {
+    if (kept_.contains(kMode.variable)) Need(kMode, std::string(kMode.kept));
   }
 
   void Need(const TSetting& setting, const std::string& value) {
@@ -213,15 +235,17 @@ class TMaker {
   void Session(std::string text) { statements.push_back({std::move(text), {}, {}, {}, "session", {}}); }
 
   const TPlanServer& server_;
-  std::set<std::string> coming_;                  // triggers that the plan makes
+  const TStringList& gone_;
+  std::set<std::string> coming_;                  // triggers that the plan makes or makes anew
   std::map<std::string_view, std::string> kept_;  // what settings are now, as written
 };
 
 }  // namespace
 
-TObjectPlan MakeObjectPlan(const std::vector<TObjectChange>& changes, const TPlanServer& server) {
+TObjectPlan MakeObjectPlan(const std::vector<TObjectChange>& changes, const TPlanServer& server,
+                           const TStringList& gone) {
   TObjectPlan plan;
-  TMaker maker(changes, server);
+  TMaker maker(changes, server, gone);
   for (const TObjectChange& change : changes)
     if (change.action == saDropObject)
       plan.before.push_back(

@@ -19,8 +19,10 @@ struct TObjectPlan {
 
 // Around each statement the session is set as the reference's server had it set, and put back at the end. What a server
 // cannot replace in one statement is dropped and made; its old text is what the plan puts back where the new one is
-// refused. Triggers are replaced while their table is locked, so that no row slips through.
-TObjectPlan MakeObjectPlan(const std::vector<TObjectChange>& changes, const TPlanServer& server);
+// refused. Triggers are replaced while their table is locked, so that no row slips through. `gone` are the tables that
+// are dropped in between, and take their triggers along.
+TObjectPlan MakeObjectPlan(const std::vector<TObjectChange>& changes, const TPlanServer& server,
+                           const TStringList& gone = {});
 
 // What such statements make of the objects of a database, as servers would.
 class TObjectProof {

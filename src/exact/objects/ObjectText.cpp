@@ -16,6 +16,7 @@ namespace velmora {
 
 namespace {
 
+constexpr char kNotPreserve[] = "on completion not preserve";
 constexpr char kNoObject[] = "line %d: neither a view, trigger, procedure, function nor event is created here";
 constexpr char kUnexpected[] = "line %d: \"%s\" is not what can follow here in a creation text of a %s";
 constexpr std::size_t kShown = 40;
@@ -293,8 +294,9 @@ class TReader {
     }
     if (comment != "''") Say("comment", comment);
     Expect({"do"});
-    read_.rest = Joined(
-        {ends, preserves ? "on completion preserve" : "on completion not preserve", status, "comment", written, "do"});
+    read_.ends = ends;
+    read_.completion = preserves ? "on completion preserve" : kNotPreserve;
+    read_.rest = Joined({status, "comment", written, "do"});
   }
 
   // A server writes the start of a repeated event where nobody has, so it does not count.
@@ -384,7 +386,8 @@ std::string TObjectText::Creation(const TObjectSpelling& spelling) const {
   const std::string by = spelling.definer.empty() ? std::string() : "definer = " + QuotedAccount(spelling.definer);
   const std::string shown = QuotedName(spelling.name.empty() ? name : spelling.name);
   const std::string when = starts.empty() || spelling.starts.empty() ? starts : spelling.starts;
-  const std::string said = kind == "event" ? Joined({interval, when, rest}) : header;
+  const std::string kept = completion == kNotPreserve && !spelling.says_not ? std::string() : completion;
+  const std::string said = kind == "event" ? Joined({interval, when, ends, kept, rest}) : header;
   const bool tight = header.starts_with("(") && kind != "view";  // procedure `p`(a int)
   const std::string head = Joined({"create", spelling.or_replace ? "or replace" : "", algorithm, by, security, kind,
                                    tight ? shown + said : Joined({shown, said}), spelling.order});

@@ -26,6 +26,7 @@ struct TObjectSpelling {
   bool or_replace = false;
   std::string order{};   // of a trigger: "follows `t`", "precedes `t`"; empty for none
   std::string name{};    // another name; empty for its own
+  bool says_not = true;  // false for an event: without "not preserve", which is as it is where nothing is said
   std::string starts{};  // of a repeated event whose text says when it starts: "starts '...'" in place of that
 };
 
@@ -50,7 +51,9 @@ struct TObjectText {
   // Of an event, whose header has these in turn.
   std::string interval{};
   std::string starts{};
-  std::string rest{};  // all that it says of itself, and "do"
+  std::string ends{};
+  std::string completion{};
+  std::string rest{};  // all else that it says of itself, and "do"
 };
 
 // `database` is the own one, whose name before others is left out; empty where nobody knows it. Raises "line %d: ..."

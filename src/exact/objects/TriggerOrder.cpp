@@ -47,6 +47,11 @@ void SayOldPlaces(const TGroup& there) {
         i > 0 ? "follows " + QuotedName(there[i - 1]->name) : "precedes " + QuotedName(there[1]->name);
 }
 
+bool FiresHere(const TOrderedTrigger& trigger) {
+  return trigger.there != nullptr && trigger.there->table == trigger.wanted->table &&
+         trigger.there->moment == trigger.wanted->moment;
+}
+
 void OrderGroup(TGroup& group) {
   PutWhereTextsSay(group);
   TGroup staying;
@@ -59,7 +64,7 @@ void OrderGroup(TGroup& group) {
     place.rank = i;
     for (std::size_t j = i; j-- > 0;) {
       place.before.push_back(group[j]->name);
-      if (group[j]->there == nullptr) place.added.push_back(group[j]->name);
+      if (!FiresHere(*group[j])) place.added.push_back(group[j]->name);
     }
     const auto next =
         std::find_if(group.begin() + static_cast<std::ptrdiff_t>(i) + 1, group.end(),

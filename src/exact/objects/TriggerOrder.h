@@ -15,7 +15,7 @@ namespace velmora {
 struct TTriggerPlace {
   std::size_t rank = 0;  // among them, from 0
   TStringList before{};  // that fire before it in the reference, the nearest first
-  TStringList added{};   // those of them that the target does not have yet
+  TStringList added{};   // those of them that the target does not have yet, or elsewhere
   std::string next{};    // the first that fires after it and stays where it is; empty for none
   std::string old{};     // "follows `a`", "precedes `b`": where it stands in the target; empty where it is alone
 };

@@ -288,7 +288,7 @@ TPlanStatement TExactSync::StatementOf(const TRenameChange& change, const TSchem
 
 std::vector<TPlanStatement> TExactSync::PlanOf(const std::vector<TChange>& changes,
                                                const std::vector<TObjectChange>& objects) const {
-  TObjectPlan beside = MakeObjectPlan(objects, server_);
+  TObjectPlan beside = MakeObjectPlan(objects, server_, DroppedTables(changes));
   std::vector<TPlanStatement> plan = std::move(beside.before);
   TSchema there;
   if (!renames_.empty()) there = RenamedTarget(&plan);

@@ -64,7 +64,7 @@ void TExactSync::GenerateUndo(TScriptEditor& editor, const TClock& clock) const 
   const std::vector<TChange> changes = SchemaChanges(wanted, after, use, &touched);
   const std::vector<TObjectChange> objects =
       CompareObjects(AllSeen(read_.target_objects), objects_after, {EDefiners::Compare, {}}).changes;
-  TObjectPlan beside = MakeObjectPlan(objects, server_);
+  TObjectPlan beside = MakeObjectPlan(objects, server_, DroppedTables(changes));
   std::vector<TPlanStatement> back = std::move(beside.before);
   std::ranges::move(MakePlan(changes, wanted, after, server_), std::back_inserter(back));
   RenameBack(wanted, back);

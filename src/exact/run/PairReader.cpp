@@ -669,4 +669,11 @@ std::vector<TChange> SchemaChanges(const TSchema& reference, const TSchema& targ
   return changes;
 }
 
+TStringList DroppedTables(const std::vector<TChange>& changes) {
+  TStringList tables;
+  for (const TChange& change : changes)
+    if (change.action == saDropTable) tables.push_back(change.table);
+  return tables;
+}
+
 }  // namespace velmora

@@ -64,5 +64,6 @@ void ReadPair(TDBConn& reference, TDBConn& target, const TCollationMap& collatio
 using TTableNames = std::unordered_set<std::string>;
 std::vector<TChange> SchemaChanges(const TSchema& reference, const TSchema& target, TEquivalenceUse& use,
                                    const TTableNames* only = nullptr);
+TStringList DroppedTables(const std::vector<TChange>& changes);
 
 }  // namespace velmora

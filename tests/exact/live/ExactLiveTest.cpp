@@ -400,6 +400,27 @@ TEST_F(ExactCasesLiveTest, SchemasOfThePlan) {
   EXPECT_GT(taken, cases.size() * 2 / 3);
 }
 
+TEST_F(ExactLiveTest, PairsOfObjects) {
+  for (const testing::TCaseText& c : testing::ReadCaseFile("exact/object_pairs.txt").cases) {
+    SCOPED_TRACE(c.name);
+    std::size_t own = 1;  // its part
+    for (TLiveDatabase* database : {&reference_, &target_}) {
+      for (const char* again : {"drop database %s", "create database %s", "use %s"})
+        database->Run(Format(again, database->Name()));
+      database->Run("set sql_mode = '', time_zone = '+00:00'");
+      for (const std::size_t part : {std::size_t{0}, own}) {
+        TStringList statements;
+        SplitPlain('\n', c.Parts().at(part), statements);
+        for (const std::string& statement : statements)
+          if (!statement.empty()) database->Run(statement);
+      }
+      ++own;
+    }
+    Open();
+    EXPECT_EQ(MessageOf([&] { Sync(); }), "nothing raised");
+  }
+}
+
 // Whatever the server's usual mode is: it is the session's that counts, also of later connections.
 TEST_F(ExactLiveTest, ASessionOfItsOwn) {
   reference_.Run(
