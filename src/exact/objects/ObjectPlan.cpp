@@ -187,15 +187,21 @@ class TMaker {
         trigger ? std::vector<std::string>{"unlock tables"} : std::vector<std::string>();
     if (trigger) Add(change, "lock tables " + Locked(change));
     Add(change, DropText(change), unlock);
-    std::vector<std::string> put_back;
-    if (const auto& mode = change.old_object.context.sql_mode)
-      put_back.push_back(Format("set %s = %s", std::string(kMode.variable), QuotedText(*mode)));
+    std::vector<std::string> put_back = OldContext(change.old_object.context);
     TObjectSpelling old{change.old_text->definer, false, change.place.old};
     old.says_not = !RefusesNotPreserve(change.old_object.context.sql_mode.value_or(""));
     put_back.push_back(change.old_text->Creation(old));
     put_back.insert(put_back.end(), unlock.begin(), unlock.end());
     Add(change, Creation(change, false), put_back);
     if (trigger) Add(change, "unlock tables");
+  }
+
+  // The session is in that of the new one.
+  static std::vector<std::string> OldContext(const TObjectContext& context) {
+    std::vector<std::string> settings;
+    if (context.sql_mode) settings.push_back(SetText(kMode, QuotedText(*context.sql_mode)));
+    if (!context.collation.empty()) settings.push_back(SetText(kCollation, QuotedText(context.collation)));
+    return settings;
   }
 
   static std::string Locked(const TObjectChange& change) {
@@ -228,9 +234,10 @@ class TMaker {
     Set(setting, value);
   }
 
-  void Set(const TSetting& setting, const std::string& value) {
-    Session(Format("set %s = %s", std::string(setting.variable), value));
+  static std::string SetText(const TSetting& setting, const std::string& value) {
+    return Format("set %s = %s", std::string(setting.variable), value);
   }
+  void Set(const TSetting& setting, const std::string& value) { Session(SetText(setting, value)); }
 
   void Session(std::string text) { statements.push_back({std::move(text), {}, {}, {}, "session", {}}); }
 

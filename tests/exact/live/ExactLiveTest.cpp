@@ -481,6 +481,64 @@ TEST_F(ExactLiveTest, WhatIsNotHandledIsNamedFirstAndLeftAlone) {
             testing::OnMySQL() ? "3" : "6");
 }
 
+// Of two servers' texts of the same, of triggers that fire in another order, of what waits for something else.
+TEST_F(ExactLiveTest, ObjectsBecomeTheReferencesInWhateverOrderTheyStand) {
+  for (TLiveDatabase* database : {&reference_, &target_})
+    RunAll(*database, {"create table t (id int primary key, a int)", "create table u (id int, tid int)",
+                       "create function f(p int) returns int deterministic return p + 1",
+                       "create procedure same() comment 'x' select 1",
+                       "create event e on schedule every 1 day disable do select 1"});
+  for (const char* body : {"1", "2", "3", "4"})
+    reference_.Run(Format("create trigger g%s before insert on t for each row set new.a = new.a * 5 + %s",
+                          std::string(body), std::string(body)));
+  for (const char* body : {"3", "2", "1"})
+    target_.Run(Format("create trigger g%s before insert on t for each row set new.a = new.a * 5 + %s",
+                       std::string(body), std::string(body)));
+  RunAll(reference_, {"create view z as select f(a) as fa, count(*) as n from t group by f(a)",
+                      "create view a as select z.n, u.id from z left join u on z.fa = u.tid and not u.id in (1, 2)",
+                      "alter procedure same comment 'y' sql security invoker", "alter table t add b int",
+                      "create or replace view named as select id, b from t", "set sql_mode = 'ANSI_QUOTES'",
+                      "create procedure \"quoted\"(\"in\" int) select \"in\" from \"t\"",
+                      "alter event e on schedule every 2 day enable comment 'often'"});
+  RunAll(target_, {"create view z as select 1 as n", "create table gone (a int, b int)",
+                   "create view named as select a from gone", "create view a as select b from gone",
+                   "drop table gone"});
+  Open();
+  app_.Compare();
+  EXPECT_EQ(Exact().DifferencesLeft(), 0) << JoinList(app_.Dialect().ActionLog(), "\n");
+  app_.RunScript(Script());
+  app_.Compare();
+  EXPECT_TRUE(app_.Dialect().Identical()) << JoinList(app_.Dialect().ActionLog(), "\n");
+  target_.Run("insert into t (id, a) values (1, 0)");
+  EXPECT_EQ(Ask("select a from t"), Format("%d", ((1 * 5 + 2) * 5 + 3) * 5 + 4));
+  EXPECT_EQ(Ask("select count(*) from information_schema.routines where routine_schema = 'exact_target' and "
+                "routine_name = 'quoted' and sql_mode like '%ANSI_QUOTES%'"),
+            "1");
+}
+
+TEST_F(ExactLiveTest, WhatALoginMayNotSeeIsNeverObsolete) {
+  RunAll(target_, {"create table t (a int, b int)", "create view v as select b from t",
+                   "create trigger g before insert on t for each row set new.a = new.b",
+                   "create procedure p() select 1", "create event e on schedule every 1 day disable do select 1"});
+  RunAll(reference_, {"create table t (a int)", "create view v as select 1 as b",
+                      "create trigger g before insert on t for each row set new.a = 2", "drop user if exists half",
+                      "create user half", "grant select, show view on exact_reference.* to half"});
+  app_.TakeTask({reference_.NewEngine("half"), target_.NewEngine()});
+  app_.Compare();
+  const TStringList log = app_.Dialect().ActionLog();
+  for (const char* object : {"trigger g", "procedure p", "event e"})
+    EXPECT_THAT(log, Contains(Format("Not the same: %s: not read: the reference may have it and does not show all of "
+                                     "its kind",
+                                     std::string(object))));
+  EXPECT_THAT(log, Contains("t: b is named by trigger g"));
+  EXPECT_THAT(log, Contains("Changed view v: query"));
+  reference_.Run("grant trigger, event, execute on exact_reference.* to half");
+  app_.Compare();
+  EXPECT_THAT(app_.Dialect().ActionLog(),
+              AllOf(Contains("Changed trigger g: body"), Contains("Obsolete procedure p"), Contains("Obsolete event e")));
+  reference_.Run("drop user half");
+}
+
 // The same objects in databases of other names, by other definers; then as a login sees them that may not read them.
 TEST_F(ExactLiveTest, OtherObjectsThatAreTheSameAndThoseThatNobodyMayRead) {
   for (TLiveDatabase* database : {&reference_, &target_})
