@@ -104,7 +104,7 @@ TAlteration ReadAlteration(const std::string& statement) {
 }
 
 // Whether servers of today make a clause that begins so without touching rows.
-bool IsLight(const TToken* clause, const TToken* end) {
+bool IsLightClause(const TToken* clause, const TToken* end) {
   const auto word = [&](std::ptrdiff_t i) { return i < end - clause ? LowerText(clause[i].text) : std::string(); };
   const bool key = InList(word(1), {"key", "index"});
   if (word(0) == "comment" || word(0) == "rename" || word(0) == "auto_increment") return true;
@@ -127,16 +127,17 @@ std::vector<std::pair<std::size_t, std::size_t>> Clauses(const std::vector<TToke
   return clauses;
 }
 
-bool AllLight(const std::vector<TToken>& tokens) {
-  for (const auto& [begin, end] : Clauses(tokens))
-    if (!IsLight(tokens.data() + begin, tokens.data() + end)) return false;
+bool IsLight(const TAlteration& alteration, ELockClass lock) {
+  if (lock != ELockClass::None && lock != ELockClass::Unknown) return lock < ELockClass::Rebuild;
+  for (const auto& [begin, end] : Clauses(alteration.tokens))
+    if (!IsLightClause(alteration.tokens.data() + begin, alteration.tokens.data() + end)) return false;
   return true;
 }
 
 bool NamesConstraint(const std::vector<TToken>& tokens) {
   for (const TToken& token : tokens)
     if (token.Is("constraint") || token.Is("foreign") || token.Is("check") || token.Is("references") ||
-        token.Is("partition"))
+        token.Is("partition") || token.Is("algorithm"))
       return true;
   return false;
 }
@@ -309,10 +310,10 @@ std::int64_t TCopyToolRuns::SizeOf(const std::string& table) {
   return VarIsNull(size) ? 0 : VarToInt(size);
 }
 
-bool TCopyToolRuns::Takes(const std::string& statement) {
+bool TCopyToolRuns::Takes(const std::string& statement, ELockClass lock) {
   if (care_.copy_tool.command.empty()) return false;
   const TAlteration alteration = ReadAlteration(statement);
-  if (alteration.table.empty() || AllLight(alteration.tokens)) return false;
+  if (alteration.table.empty() || IsLight(alteration, lock)) return false;
   if (SizeOf(alteration.table) < care_.copy_tool.least_size) return false;
   const bool names = NamesConstraint(alteration.tokens);
   if (names && care_.tell) care_.tell(Format(kNames, alteration.table));

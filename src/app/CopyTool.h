@@ -8,6 +8,7 @@
 
 #include "app/RunCare.h"
 #include "core/DBConn.h"
+#include "exact/plan/LockClasses.h"
 
 namespace velmora {
 
@@ -19,9 +20,10 @@ class TCopyToolRuns {
   // Both outlive this object.
   TCopyToolRuns(TDBConn& target, const TRunCare& care) : target_(target), care_(care) {}
 
-  // Whether the tool is to have the statement: an "alter table" that may copy or rebuild a table that is as large. One
-  // that names constraints is not for a tool, which gives the copy's constraints other names; care.tell hears of it.
-  bool Takes(const std::string& statement);
+  // Whether the tool is to have the statement: an "alter table" that rebuilds or copies a table that is as large, or
+  // keeps writers out, by what is known of it, and else by its clauses. One of constraints or partitions is not for a
+  // tool, which gives the copy's constraints other names, and nor is one that has an algorithm; care.tell hears of it.
+  bool Takes(const std::string& statement, ELockClass lock);
   // Has the tool make the change, of a statement that it takes. It is started without a shell, in a group of processes
   // of its own, and gets the login by a file that is gone afterwards. Raises where it fails, with its last lines. The
   // host ends it by raising from its message pump; the tool then has half a minute to clear away.

@@ -240,8 +240,12 @@ void TExactDialect::RunScript(const std::string& text, const TRunCare& care) {
   TLockWaits waits(target, care, parts_.progress);
   TRunWishes wishes = RunWishes();
   TCopyToolRuns tool(target, care);
+  std::map<std::string, ELockClass> locks;
+  for (const TPlanStatement& statement : sync.Plan()) locks.emplace(WithPlainLineEnds(statement.text), statement.lock);
   wishes.execute = [&](const std::string& sent, TStatementRun& run) -> std::int64_t {
-    if (!tool.Takes(sent)) return waits.Execute(sent, run);
+    const auto planned = locks.find(WithPlainLineEnds(sent));
+    if (!tool.Takes(sent, planned == locks.end() ? ELockClass::Unknown : planned->second))
+      return waits.Execute(sent, run);
     tool.Run(sent);
     return -1;
   };
