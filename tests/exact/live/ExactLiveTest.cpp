@@ -500,9 +500,9 @@ TEST_F(ExactLiveTest, ObjectsBecomeTheReferencesInWhateverOrderTheyStand) {
                       "create or replace view named as select id, b from t", "set sql_mode = 'ANSI_QUOTES'",
                       "create procedure \"quoted\"(\"in\" int) select \"in\" from \"t\"",
                       "alter event e on schedule every 2 day enable comment 'often'"});
-  RunAll(target_, {"create view z as select 1 as n", "create table gone (a int, b int)",
-                   "create view named as select a from gone", "create view a as select b from gone",
-                   "drop table gone"});
+  RunAll(target_,
+         {"create view z as select 1 as n", "create table gone (a int, b int)",
+          "create view named as select a from gone", "create view a as select b from gone", "drop table gone"});
   Open();
   app_.Compare();
   EXPECT_EQ(Exact().DifferencesLeft(), 0) << JoinList(app_.Dialect().ActionLog(), "\n");
@@ -534,8 +534,8 @@ TEST_F(ExactLiveTest, WhatALoginMayNotSeeIsNeverObsolete) {
   EXPECT_THAT(log, Contains("Changed view v: query"));
   reference_.Run("grant trigger, event, execute on exact_reference.* to half");
   app_.Compare();
-  EXPECT_THAT(app_.Dialect().ActionLog(),
-              AllOf(Contains("Changed trigger g: body"), Contains("Obsolete procedure p"), Contains("Obsolete event e")));
+  EXPECT_THAT(app_.Dialect().ActionLog(), AllOf(Contains("Changed trigger g: body"), Contains("Obsolete procedure p"),
+                                                Contains("Obsolete event e")));
   reference_.Run("drop user half");
 }
 
