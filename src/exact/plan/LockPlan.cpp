@@ -155,6 +155,7 @@ class TLocker {
 
   std::vector<TPlanStatement> Take(std::vector<TPlanStatement> plan) {
     for (TPlanStatement& statement : plan) {
+      first_ = done_.size();
       const bool alters = IsAlter(statement) && target_.Find(statement.table) != nullptr;
       if (alters && server_.version != 0)
         Split(std::move(statement));
@@ -172,17 +173,17 @@ class TLocker {
       statement.lock = ELockClass::Unknown;
       return done_.push_back(std::move(statement));
     }
-    first_ = done_.size();
     const TClauses clauses = LockClauses(statement.text, *table, statement.checks_on);
     const bool whole = PosNoCase("using hash", statement.text) != 0;
     const std::vector<TClauses> pieces =
         whole ? std::vector<TClauses>{clauses} : TSplit(clauses, *table, server_).Pieces();
     for (const TClauses& piece : pieces) {
       TPlanStatement& part = done_.emplace_back(statement);
-      if (pieces.size() > 1) part.text = AlterOf(table->name, piece);
+      if (pieces.size() > 1) part.text = AlterOf(statement.table, piece);
       if (pieces.size() > 1) Attribute(pieces, piece, part);
-      part.lock = ClassOfClauses(piece, *table, server_);
-      if (!Follow(part)) return;
+      table = Table(statement.table);
+      part.lock = table == nullptr ? ELockClass::Unknown : ClassOfClauses(piece, *table, server_);
+      Follow(part);
     }
   }
 
@@ -194,14 +195,13 @@ class TLocker {
     return after_.Find(name);
   }
 
-  bool Follow(const TPlanStatement& statement) {
+  void Follow(const TPlanStatement& statement) {
     try {
       ApplyStatement(statement.text, after_);
-      return true;
+      if (after_.Find(statement.table) != nullptr) return;
     } catch (const EVelmora&) {
-      lost_.insert(statement.table);
-      return false;
     }
+    lost_.insert(statement.table);
   }
 
   // What no piece is about all of them serve.

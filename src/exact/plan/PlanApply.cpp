@@ -160,7 +160,8 @@ void TAlteration::Split(std::size_t first) {
   for (std::size_t at = first; first < tokens_.size();) {
     if (at >= tokens_.size()) RaiseError(Format(kNotUnderstood, statement_));  // a bracket is not closed
     const bool partitioning = IsKeyword(tokens_[at], "partition") && IsKeyword(TokenAt(tokens_, at + 1), "by");
-    const bool removes = at > first && IsKeyword(tokens_[at], "remove");
+    const bool removes =
+        at > first && IsKeyword(tokens_[at], "remove") && IsKeyword(TokenAt(tokens_, at + 1), "partitioning");
     const bool ends = partitioning || tokens_[at].kind == EToken::End;
     if (ends || removes || tokens_[at].Is(",")) {
       if (at > first) clauses_.push_back({first, at});

@@ -66,7 +66,9 @@ void TExactSync::GenerateUndo(TScriptEditor& editor, const TClock& clock) const 
       CompareObjects(AllSeen(read_.target_objects), objects_after, {EDefiners::Compare, {}}).changes;
   TObjectPlan beside = MakeObjectPlan(objects, server_, DroppedTables(changes));
   std::vector<TPlanStatement> back = std::move(beside.before);
-  std::ranges::move(MakePlan(changes, wanted, after, server_), std::back_inserter(back));
+  TPlanServer server = server_;
+  server.unchecked_foreign_keys = false;  // nobody has asked about orphans on this way
+  std::ranges::move(MakePlan(changes, wanted, after, server), std::back_inserter(back));
   RenameBack(wanted, back);
 
   editor.Clear();

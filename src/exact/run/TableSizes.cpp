@@ -25,8 +25,7 @@ std::string BytesText(std::int64_t bytes) {
     scale *= kStep;
     ++unit;
   }
-  const std::int64_t tenths = bytes / (scale / 10);
-  return Format("%d.%d %s", tenths / 10, tenths % 10, kUnits.at(unit));
+  return Format("%d.%d %s", bytes / scale, bytes % scale * 10 / scale, kUnits.at(unit));
 }
 
 }  // namespace
