@@ -117,7 +117,8 @@ void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
   if (const std::size_t unfollowed = findings.not_followed.size(); unfollowed > 0)
     out << Counted(unfollowed, "statement") << " could not be followed, so nobody knows whether tables are identical\n";
   const std::size_t objects = findings.objects.size();
-  if (!dialect.Identical() && dialect.TablesIdentical()) out << "All tables are identical.\n";
+  const bool all = findings.left_out.tables.empty();
+  if (all && !dialect.Identical() && dialect.TablesIdentical()) out << "All tables are identical.\n";
   if (objects > 0) out << Counted(objects, "other object") << (objects == 1 ? " differs" : " differ") << kOthersAlone;
 }
 

@@ -380,6 +380,7 @@ std::vector<TObjectChange> TExactSync::ObjectChanges() const {
 // A script may drop what it has made.
 bool TExactSync::ReferenceIsEmpty() const {
   const auto& skipped = read_.skipped;
+  if (read_.reference_left_out) return false;
   return read_.reference.texts.empty() && std::none_of(skipped.begin(), skipped.end(), [](const TSkippedTable& table) {
            return table.side == "reference";
          });

@@ -276,6 +276,7 @@ class TPairReader {
   bool LeftOut(const TSideReader& side, const std::string& table) {
     if (selection_.ReadsTable(table)) return false;
     if (&side == &target_) pair_.left_out.target.push_back(table);
+    if (&side == &reference_) pair_.reference_left_out = true;
     if (&side == &reference_ || !reference_tables_.contains(table)) pair_.left_out.tables.push_back(table);
     if (&side == &reference_) reference_tables_.insert(table);
     return true;

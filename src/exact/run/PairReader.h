@@ -41,6 +41,7 @@ struct TReadPair {
   std::vector<TSkippedTable> skipped;  // in neither schema
   TStringList not_followed;            // statements of a script that may have made or changed tables unseen
   TStringList left_alone;              // a line for each object that is not handled
+  bool reference_left_out = false;     // the selection leaves out tables that the reference has
   TLeftOut left_out;                   // by the selection; of differences none yet
   // Of what stands beside tables: none where a reference's texts are made, which says nothing of them.
   TDatabaseObjects wanted_objects;
