@@ -72,6 +72,7 @@ struct TComparisonWishes {
   bool verify_on_server = false;  // VerifyOnServer will be called
   bool via_server = false;        // the reference's statements are read by the target's server
   TForeignWishes foreign{};       // of a reference that is not MySQL
+  bool verbose = false;           // the log names what it otherwise counts
   TExactWishes exact{};           // which the exact dialect alone can grant
 };
 

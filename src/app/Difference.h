@@ -39,6 +39,7 @@ struct TDifference {
   std::string note{};         // what a reference that is not MySQL has here, and what to know of it; may have lines
   std::string lock{};         // what it costs others meanwhile: "instant"; empty where nobody knows the server
   std::string rename{};       // what may be meant instead, as ReadRename takes it; empty for nothing that is offered
+  bool other_engine = false;  // of options: the table's engine is another one
 };
 
 // A statement of a script that the comparison planned.

@@ -44,7 +44,13 @@ std::string TDifferenceList::Mark(const TEntry& entry) {
                 entry.row.description);
 }
 
-void TDifferenceList::Take(std::vector<TDifference> found) {
+bool TDifferenceList::TicksAgain(const TEntry& entry) const {
+  if (ticked_.empty() && unticked_.empty()) return entry.ticked_at_first;
+  const std::string mark = Mark(entry);
+  return !unticked_.contains(mark) && (entry.ticked_at_first || ticked_.contains(mark));
+}
+
+void TDifferenceList::Take(std::vector<TDifference> found, const std::function<bool(const TDifference&)>& ticks) {
   Clear();
   entries_.reserve(found.size());
   for (TDifference& difference : found) {
@@ -54,8 +60,11 @@ void TDifferenceList::Take(std::vector<TDifference> found) {
     std::string table = LowerText(difference.table);
     std::string item = LowerText(difference.item);
     entries_.push_back({std::move(difference), *row, std::move(table), std::move(item), std::move(words)});
-    if (!unticked_.empty() && unticked_.contains(Mark(entries_.back()))) Set(entries_.size() - 1, EDecision::Unticked);
+    TEntry& entry = entries_.back();
+    entry.ticked_at_first = !ticks || ticks(entry.difference);
+    if (!TicksAgain(entry)) Set(entries_.size() - 1, EDecision::Unticked);
   }
+  ticked_.clear();
   unticked_.clear();
   std::ranges::sort(entries_, {}, [](const TEntry& entry) { return entry.difference.id; });
   Sort();
@@ -63,12 +72,15 @@ void TDifferenceList::Take(std::vector<TDifference> found) {
 
 void TDifferenceList::Forget() {
   Clear();
+  ticked_.clear();
   unticked_.clear();
 }
 
 void TDifferenceList::Clear() {
-  for (const TEntry& entry : entries_)
+  for (const TEntry& entry : entries_) {
     if (entry.decision == EDecision::Unticked) unticked_.insert(Mark(entry));
+    if (entry.decision == EDecision::Ticked && !entry.ticked_at_first) ticked_.insert(Mark(entry));
+  }
   entries_.clear();
   steps_.clear();
   done_ = 0;

@@ -4,6 +4,7 @@
 // found and arranged. The rows of the action table follow, and with them script, questions and run.
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -33,8 +34,9 @@ class TDifferenceList {
 
   // --- The differences, at places from 0 in the order of their ids
   // Takes what a comparison has found, whose rows are all there. What was unticked of the same pair and is found again
-  // stays unticked; nothing can be undone any more.
-  void Take(std::vector<TDifference> found);
+  // stays unticked, and what was ticked that would not be; nothing can be undone any more. `ticks` tells whether one
+  // that was not there before is ticked; all are where it is empty.
+  void Take(std::vector<TDifference> found, const std::function<bool(const TDifference&)>& ticks = {});
   void Clear();   // before the pair is compared again
   void Forget();  // the pair is another one
   std::size_t Count() const { return entries_.size(); }
@@ -72,6 +74,7 @@ class TDifferenceList {
     std::string item;
     std::string words;  // that a filter looks in, lower case
     EDecision decision = EDecision::Ticked;
+    bool ticked_at_first = true;
   };
   struct TDecided {
     std::size_t place = 0;
@@ -81,6 +84,7 @@ class TDifferenceList {
   using TStep = std::vector<TDecided>;
 
   static std::string Mark(const TEntry& entry);
+  bool TicksAgain(const TEntry& entry) const;
   bool Decide(const std::vector<std::size_t>& places, EDecision to);
   void Set(std::size_t place, EDecision decision);
   bool SameGroup(std::size_t a, std::size_t b) const;
@@ -91,6 +95,7 @@ class TDifferenceList {
 
   TdmData& data_;
   std::vector<TEntry> entries_;
+  std::unordered_set<std::string> ticked_;    // marks of what was ticked by the user alone
   std::unordered_set<std::string> unticked_;  // marks of what is to be unticked if it is found again
   std::vector<TStep> steps_;
   std::size_t done_ = 0;  // of the steps; the others can be done again

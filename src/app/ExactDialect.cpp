@@ -71,6 +71,7 @@ void TExactDialect::Take(const TComparisonWishes& wishes) {
   sync.Collations = wishes.collations;
   foreign_ = wishes.foreign;
   sync.Wishes = wishes.exact;
+  sync.Verbose = wishes.verbose;
 }
 
 std::unique_ptr<TDBConn> TExactDialect::Compare() {

@@ -124,6 +124,8 @@ std::vector<TDifference> TExactDialect::Differences() const {
         ChangeDetail(change, sync.Target().Find(change.table), sync.Reference().Find(change.table));
     differences.push_back({change.id, change.table, change.item, KindOf(change), StateOf(change), change.LogText(),
                            detail, change.unsafe, first_of(change.id), notes.Of(change), lock_of(change.id)});
+    differences.back().other_engine =
+        std::ranges::any_of(change.options, [](const TTableOption& option) { return option.name == "ENGINE"; });
     const auto offer = offers.find(change.id);
     if (offer == offers.end()) continue;
     TDifference& offered = differences.back();

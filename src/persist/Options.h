@@ -6,7 +6,7 @@
 
 namespace velmora {
 
-// The options as the user set them. Deliberate: the switches are kept and shown, and nothing else reads them.
+// The options as the user set them. Deliberate: the standard dialect follows none of the switches.
 struct TOptions {
   TOptions();  // the standard values of the table
 

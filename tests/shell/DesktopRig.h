@@ -57,6 +57,8 @@ class TDesktopRig {
   void Start() {
     desktop_.reset();
     options_ = std::make_unique<TUserOptions>(folder / "options.values");
+    if (!started_) DropWhatIsObsolete();
+    started_ = true;
     auto scripted = std::make_unique<TScriptedHost>();
     host = scripted.get();
     TEngineClients clients;
@@ -150,6 +152,15 @@ class TDesktopRig {
 
  private:
   TPrivateServer& server_;
+  // Most tests are about what is ticked.
+  void DropWhatIsObsolete() {
+    TOptions options;
+    options.DropExtraColumns = options.DropExtraIndices = true;
+    options.DropExtraConstraints = options.DropExtraTables = true;
+    SaveOptions(options, *options_);
+  }
+
+  bool started_ = false;
   std::unique_ptr<TUserOptions> options_;
   std::unique_ptr<TDesktop> desktop_;
 };

@@ -303,6 +303,9 @@ std::vector<TPlanStatement> TExactSync::PlanOf(const std::vector<TChange>& chang
 void TExactSync::FillLog() {
   ActionLog = case_twins_;
   if (read_.left_out.Any()) ActionLog.push_back(Format(kLeftOut, read_.left_out.Text()));
+  if (Verbose)
+    for (const TStringList* names : {&read_.left_out.tables, &read_.left_out.objects, &read_.left_out.changes})
+      for (const std::string& name : *names) ActionLog.push_back("  " + name);
   ActionLog.insert(ActionLog.end(), keys_to_nothing_.begin(), keys_to_nothing_.end());
   ActionLog.insert(ActionLog.end(), read_.left_alone.begin(), read_.left_alone.end());
   for (const TObjectDifference& object : objects_.differences)
@@ -312,7 +315,7 @@ void TExactSync::FillLog() {
     ActionLog.push_back(Format(kSkipped, skipped.table, skipped.side, skipped.reason));
   for (const TUnmadeElement& element : read_.unmade) ActionLog.push_back(Format(kUnmade, element.Text()));
   for (const TMadeColumn& column : read_.made)
-    if (column.level == EMadeLevel::Warning) ActionLog.push_back(Format(kMapping, column.Text()));
+    if (Verbose || column.level == EMadeLevel::Warning) ActionLog.push_back(Format(kMapping, column.Text()));
   ActionLog.insert(ActionLog.end(), renames_told_.begin(), renames_told_.end());
   for (const TRenameChange& change : renames_)
     ActionLog.push_back((change.rename.OfTable() ? "" : change.rename.table + ": ") + change.LogText());

@@ -41,6 +41,7 @@ class TExactSync {
                           // not be read, warnings of the mapping, actions, equivalences, proof
   TEquivalenceUse Equivalences;
   TExactWishes Wishes;
+  bool Verbose = false;           // the log names all that was left out, and what became of every column that was made
   TCollationMap Collations;       // names of the reference that the target has others for
   std::function<void()> OnLogin;  // called in a comparison when both sides have taken the login and were not asked for
                                   // more; what it raises ends the comparison; optional

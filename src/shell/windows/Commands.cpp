@@ -36,6 +36,8 @@ constexpr TCommand kCommands[] = {
      "Colour of the task, and what is asked before a run"},
     {"acComparison", "Comparison...", "Ctrl+Shift+M", nullptr, acTask, &TfmMain::acComparison},
     {"acMapping", "Mapping...", "Ctrl+M", nullptr, acTask, &TfmMain::acMapping},
+    {"acRename", "Rename instead", nullptr, nullptr, acTask, &TfmMain::acRename,
+     "Take what goes and what is new in its place for one thing under another name"},
     {"acMapColumn", "Map column to...", nullptr, nullptr, acTask, &TfmMain::acMapColumn,
      "A type of your own for the column of the focused action"},
     {"acNextPlace", "Next place", "F7", "find-next", acTask, &TfmMain::acNextPlace,

@@ -9,6 +9,7 @@
 #include <QScreen>
 #include <QStackedWidget>
 #include <QStatusBar>
+#include <QTimer>
 #include <algorithm>
 #include <filesystem>
 #include <limits>
@@ -18,6 +19,7 @@
 #include "app/SideNames.h"
 #include "core/Host.h"
 #include "persist/Settings.h"
+#include "persist/TaskDocument.h"
 #include "shell/widgets/EmptyState.h"
 #include "shell/widgets/Icons.h"
 #include "shell/widgets/QtText.h"
@@ -156,6 +158,17 @@ void TfmMain::FirstShow() {
   page_->setCurrentWidget(tsActions_);
   LoadOptions();
   ShowTask(false);
+  // After the window stands: a password may be asked for.
+  if (options_.ConnectOnStartup && recent_.Count() > 0)
+    QTimer::singleShot(0, this, [this] { AtTopLevel([this] { OpenLatest(); }); });
+}
+
+// A task that keeps the standard dialect is left for the user to open.
+void TfmMain::OpenLatest() {
+  const std::string path = recent_.Path(0);
+  if (active_ || StoredDialect(ReadTaskValues(path).dialect).id == EDialect::Standard) return;
+  task_->OpenTask(path);
+  if (active_) Analyze();
 }
 
 void TfmMain::resizeEvent(QResizeEvent* event) {
@@ -333,7 +346,7 @@ void TfmMain::Analyze() {
 // A connection that is lost is named with its side: the client's message tells of none.
 void TfmMain::Compare() {
   try {
-    app_->Take({.foreign = Wishes(), .exact = ExactOptionsOfTask()});
+    app_->Take({.foreign = Wishes(), .verbose = options_.VerboseLog, .exact = ExactOptionsOfTask()});
     app_->Compare();
   } catch (const EAbort&) {
     throw;

@@ -104,6 +104,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void acTaskMarks();
   void acMapping();
   void acComparison();
+  void acRename();     // likewise
   void acMapColumn();  // of the focused action
 
   // --- acTask
@@ -159,6 +160,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void WriteSettings();
   void Close();
   void LoadOptions();
+  void OpenLatest();
   void ApplyFonts();
   void SaveOptions();
 
@@ -235,8 +237,9 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void WishesChanged(bool compared);
   const TDifference* FocusedColumn() const;  // an action's, in the tree; null for none
   TExactWishes ExactOptionsOfTask() const;
-  void ShowMapping();  // what of it can be used
-  void ShowUnmade();   // of the last comparison, above the work area
+  std::string OfferedRename() const;  // of the focused action; empty for none
+  void ShowMapping();                 // what of it can be used
+  void ShowUnmade();                  // of the last comparison, above the work area
 
   // Details: the texts of a table, beside the tree
   void ShowHeadings();  // what the headings say

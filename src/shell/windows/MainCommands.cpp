@@ -1,6 +1,7 @@
 // What the commands of the main window do.
 
 #include <QApplication>
+#include <QClipboard>
 #include <QFontInfo>
 #include <QPlainTextEdit>
 #include <QStatusBar>
@@ -84,6 +85,7 @@ void TfmMain::acGenScript() {
   RunGuarded(
       [&] {
         app_->Dialect().GenerateScript();
+        if (TicksActions() && options_.ScriptToClipboard) QGuiApplication::clipboard()->setText(ToQt(script_->Text()));
         origin = EScriptOf::Analysis;
       },
       [&] { ScriptIs(origin); });

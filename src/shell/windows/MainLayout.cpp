@@ -127,7 +127,7 @@ void TfmMain::MakeMenus() {
   AddCommands(*menu("&Script"), {"acLoadScriptFromFile", "acSaveScriptToFile"});
   AddCommands(*menu("&Actions"), {"acDelAction", "acUndoTick", "acRedoTick", nullptr, "acNextDifference",
                                   "acPreviousDifference", "acNextPlace", "acPreviousPlace", "acFilterActions",
-                                  "acFollow", "acMapColumn", nullptr, "acSynchronize"});
+                                  "acFollow", "acRename", "acMapColumn", nullptr, "acSynchronize"});
   QMenu* tools = menu("&Tools");
   AddCommands(*tools, {"acCreateDB", "acDumpDB", nullptr, "acOptions"});
   tools->menuAction()->setVisible(false);  // Deliberate: its commands are reached by their shortcuts alone

@@ -24,6 +24,7 @@ constexpr char kMappingHint[] =
 constexpr char kOptionsHint[] = "What is compared, and how it is written: definers and more";
 constexpr char kNotExact[] = "For the automatic or the exact dialect";
 constexpr char kNotForeign[] = "For a reference that is not MySQL, in the automatic or the exact dialect";
+constexpr char kNothingOffered[] = "Nothing that is new may be what the focused action is about";
 constexpr char kUnmade[] =
     "No form in MySQL: %s of the reference. The databases are not identical before that is accepted.";
 constexpr char kNotThere[] = "The reference has no column %s";
@@ -55,15 +56,21 @@ const TDifference* TfmMain::FocusedColumn() const {
   return &differences_->At(*place);
 }
 
-// A dialect without them passes over what a task keeps for the other.
+// A dialect without them passes over what a task keeps for the other. What the program's options say of them holds too.
 TExactWishes TfmMain::ExactOptionsOfTask() const {
-  return app_->Dialect().Traits().has_options ? ReadExactWishes(task_->Exact) : TExactWishes();
+  if (!app_->Dialect().Traits().has_options) return {};
+  TExactWishes wishes = ReadExactWishes(task_->Exact);
+  if (!options_.SelectSyncTables) wishes.selection = {};
+  if (options_.NoForeignKeyChecks) wishes.locks.fast_foreign_keys = true;
+  return wishes;
 }
 
 void TfmMain::ShowMapping() {
   const bool options = active_ && app_->Dialect().Traits().has_options;
   Command("acComparison")->setEnabled(options);
   Command("acComparison")->setToolTip(QLatin1String(options ? kOptionsHint : kNotExact));
+  Command("acRename")->setVisible(options);
+  Command("acRename")->setEnabled(options && !OfferedRename().empty());
   const bool maps = MapsReference();
   QAction* mapping = Command("acMapping");
   mapping->setEnabled(maps);
@@ -97,6 +104,21 @@ void TfmMain::acMapColumn() {
   const TMadeColumn* column = draft.Find(focused->table, focused->item);
   if (column == nullptr) RaiseError(Format(kNotThere, focused->item));
   if (TfmMapping::MapColumn(draft, *column, this)) TakeWishes(draft.Wishes());
+}
+
+std::string TfmMain::OfferedRename() const {
+  const std::optional<std::size_t> place = pnDifferences_->Current();
+  return place ? differences_->At(*place).rename : std::string();
+}
+
+// Taken back where it was asked for: among the task's options.
+void TfmMain::acRename() {
+  const std::string offered = OfferedRename();
+  if (offered.empty()) RaiseError(kNothingOffered);
+  TExactWishes wishes = ReadExactWishes(task_->Exact);
+  wishes.renames.push_back(ReadRename(offered));
+  task_->Exact = ExactWishesText(wishes);
+  WishesChanged(true);
 }
 
 void TfmMain::acComparison() {

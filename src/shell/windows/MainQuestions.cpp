@@ -40,6 +40,8 @@ bool TfmMain::MayRun(const std::string& script) {
   const TTaskMarks& marks = task_->Marks;
   const TStringList unsafe = app_->Dialect().UnsafeStatements(script);
   const bool always = dialect.Traits().asks_before_run;
+  const bool unprompted = always && options_.SyncRunUnprompted;
+  if (unprompted && !marks.confirm_database && unsafe.empty() && ScriptOf() == EScriptOf::Analysis) return true;
   if (!always && !marks.confirm_database && unsafe.empty() && ScriptOf() != EScriptOf::User) return true;
   TDBConn& target = *app_->connections.target;
   const std::string statements = Counted(dialect.Statements(script).statements.size(), "statement");

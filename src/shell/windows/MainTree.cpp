@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <algorithm>
 
+#include "app/OptionMeanings.h"
 #include "mysqltext/Lexer.h"
 #include "shell/widgets/QtText.h"
 #include "shell/widgets/TopLevel.h"
@@ -57,7 +58,8 @@ void TfmMain::ConnectTree() {
     Command(name)->setShortcutContext(Qt::WidgetShortcut);
     pnDifferences_->View().addAction(Command(name));
   }
-  for (const char* name : {"acFollow", "acDelAction", "acMapColumn"}) pnDifferences_->View().addAction(Command(name));
+  for (const char* name : {"acFollow", "acDelAction", "acRename", "acMapColumn"})
+    pnDifferences_->View().addAction(Command(name));
   pnDifferences_->View().setContextMenuPolicy(Qt::ActionsContextMenu);
   // In a text that somebody works on a double click chooses a word and nothing else.
   connect(mScript_, &QsciScintillaBase::SCN_DOUBLECLICK, this, [this](int /*position*/, int line, int /*keys*/) {
@@ -108,7 +110,8 @@ void TfmMain::ForgetTree() {
 void TfmMain::TakeDifferences() {
   ShowTree();
   if (!TicksActions()) return;
-  differences_->Take(app_->Dialect().Differences());
+  differences_->Take(app_->Dialect().Differences(),
+                     [this](const TDifference& difference) { return TickedAtFirst(difference, options_); });
   pnDifferences_->Reload();
 }
 

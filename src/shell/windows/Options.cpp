@@ -29,24 +29,44 @@ struct TSwitch {
   const char* caption;
   bool TOptions::*member;
   int column;
+  const char* hint;            // what it means where differences are ticked
   const char* note = nullptr;  // stands below the box
 };
 
+constexpr char kFollowedBy[] = "In the exact dialect, which the automatic one chooses for the servers of today: ";
+
+constexpr char kObsoleteHint[] =
+    "what the target alone has of these is ticked as soon as it is found. Otherwise it stands in the list unticked, "
+    "and "
+    "the script leaves it where it is.";
+
 // In the order of their columns.
 constexpr TSwitch kSwitches[] = {
-    {"chkAllowTblTypeChg", "&Allow table type change", &TOptions::AllowTblTypeChg, kOptimization},
-    {"chkDropExtraColumns", "Drop obsolete &columns", &TOptions::DropExtraColumns, kOptimization,
+    {"chkAllowTblTypeChg", "&Allow table type change", &TOptions::AllowTblTypeChg, kOptimization,
+     "a table's other engine is ticked as soon as it is found. Otherwise it stands in the list unticked."},
+    {"chkDropExtraColumns", "Drop obsolete &columns", &TOptions::DropExtraColumns, kOptimization, kObsoleteHint,
      "(Be careful not to lose renamed columns)"},
-    {"chkDropExtraIndices", "Drop obsolete &indices", &TOptions::DropExtraIndices, kOptimization},
-    {"chkDropExtraConstraints", "Drop obsolete co&nstraints", &TOptions::DropExtraConstraints, kOptimization},
-    {"chkDropExtraTables", "Drop obsolete &tables", &TOptions::DropExtraTables, kOptimization},
-    {"chkSyncRunUnprompted", "&Run script without prompting", &TOptions::SyncRunUnprompted, kGeneral},
-    {"chkScriptToClipboard", "Copy &script to clipboard", &TOptions::ScriptToClipboard, kGeneral},
-    {"chkUseBackticks", "Use &backticks", &TOptions::UseBackticks, kGeneral},
-    {"chkVerboseLog", "&Verbose log", &TOptions::VerboseLog, kGeneral},
-    {"chkSelectSyncTables", "S&elect tables to sync", &TOptions::SelectSyncTables, kGeneral},
-    {"chkNoForeignKeyChecks", "&Disable foreign key checks", &TOptions::NoForeignKeyChecks, kGeneral},
-    {"chkConnectOnStartup", "Connect on start&up", &TOptions::ConnectOnStartup, kGeneral},
+    {"chkDropExtraIndices", "Drop obsolete &indices", &TOptions::DropExtraIndices, kOptimization, kObsoleteHint},
+    {"chkDropExtraConstraints", "Drop obsolete co&nstraints", &TOptions::DropExtraConstraints, kOptimization,
+     kObsoleteHint},
+    {"chkDropExtraTables", "Drop obsolete &tables", &TOptions::DropExtraTables, kOptimization, kObsoleteHint},
+    {"chkSyncRunUnprompted", "&Run script without prompting", &TOptions::SyncRunUnprompted, kGeneral,
+     "a script of the analysis in which nothing loses data runs without a question. What may lose data, a text that "
+     "you have changed, and a task that asks for it are always asked about."},
+    {"chkScriptToClipboard", "Copy &script to clipboard", &TOptions::ScriptToClipboard, kGeneral,
+     "each script that the analysis makes is copied to the clipboard, too."},
+    {"chkUseBackticks", "Use &backticks", &TOptions::UseBackticks, kGeneral,
+     "names stand in backticks whatever this says, as no other form is safe for every name."},
+    {"chkVerboseLog", "&Verbose log", &TOptions::VerboseLog, kGeneral,
+     "the messages name what they otherwise count: what the patterns of Only and Except leave out, and what became of "
+     "each column of a source that is not MySQL."},
+    {"chkSelectSyncTables", "S&elect tables to sync", &TOptions::SelectSyncTables, kGeneral,
+     "the patterns of Only and Except (Extras > Comparison) hold. Otherwise all is compared."},
+    {"chkNoForeignKeyChecks", "&Disable foreign key checks", &TOptions::NoForeignKeyChecks, kGeneral,
+     "foreign keys are added without a look at the rows, as by --fast-foreign-keys: rows without a counterpart are "
+     "asked for by a query before."},
+    {"chkConnectOnStartup", "Connect on start&up", &TOptions::ConnectOnStartup, kGeneral,
+     "the latest task is opened and analyzed when the program starts."},
 };
 
 constexpr int kMaxFontSize = 999;  // points
@@ -125,6 +145,8 @@ QGroupBox* TfmOptions::SwitchGroup(const QString& heading, int column) {
     if (row.column != column) continue;
     auto* box = new QCheckBox(ToQt(row.caption));
     box->setObjectName(ToQt(row.name));
+    box->setToolTip(ToQt(std::string(kFollowedBy) + row.hint));
+    box->setAccessibleDescription(box->toolTip());
     layout->addWidget(box);
     if (row.note != nullptr) layout->addWidget(NoteBelow(box, row.note));
     switches_.push_back(box);
