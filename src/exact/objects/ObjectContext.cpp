@@ -57,6 +57,8 @@ std::string ModesFor(const std::string& sql_mode, const TPlanServer& server) {
   std::erase_if(modes, [&](const std::string& mode) {
     return std::ranges::any_of(kModes, [&](const TModeRow& row) { return row.mode == mode && Lacks(server, row); });
   });
+  // It stands for other modes on another server, and those that it stood for are named beside it.
+  if (HasMode(sql_mode, "ANSI_QUOTES")) std::erase(modes, "ANSI");
   return JoinList(modes, ",");
 }
 
