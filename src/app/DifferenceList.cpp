@@ -238,6 +238,9 @@ std::string TDifferenceList::Heading() const {
   if (!tables.empty()) parts.push_back(Counted(tables.size(), "table") + ": " + StateCounts(tables));
   if (objects > 0) parts.push_back(Counted(objects, "other object"));
   if (unsafe > 0) parts.push_back(Format("%d unsafe", unsafe));
+  const auto held_back = std::ranges::count_if(
+      entries_, [](const TEntry& entry) { return !entry.ticked_at_first && entry.decision == EDecision::Unticked; });
+  if (held_back > 0) parts.push_back(Format("%d left out by the options (Alt+O)", held_back));
   return JoinList(parts, "; ");
 }
 

@@ -61,8 +61,9 @@ class TDifferenceList {
   void Arrange(EGrouping grouping, ESorting sorting);
   EGrouping Grouping() const { return grouping_; }
   const std::vector<TDifferenceGroup>& Groups() const { return groups_; }
-  // Both of all that is not deleted, empty where there is none: "12 tables: 3 new, 1 obsolete, 8 changed; 4 unsafe",
-  // and "19 of 20 actions ticked" with how many are shown, where these are not all.
+  // Both of all that is not deleted, empty where there is none: "12 tables: 3 new, 1 obsolete, 8 changed; 4 unsafe"
+  // with how many were not ticked at first and still are not, and "19 of 20 actions ticked" with how many are shown,
+  // where these are not all.
   std::string Heading() const;
   std::string Footing() const;
 

@@ -1,6 +1,7 @@
 // The differences of a pair of files as the exact dialect tells them, and what becomes of them by ticks and filters.
 
 #include "app/DifferenceList.h"
+#include "app/OptionMeanings.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -155,6 +156,17 @@ TEST_F(DifferenceListTest, IsGroupedSortedFilteredAndCounted) {
   list_.SetFilter({});
   list_.Arrange(EGrouping::ByTable, ESorting::ByRunning);
   EXPECT_EQ(list_.Groups().front().title, "b");  // whose foreign key is dropped before all else
+}
+
+TEST_F(DifferenceListTest, WhatTheOptionsLeaveOutIsToldUntilItIsTicked) {
+  TOptions options{};
+  options.DropExtraIndices = true;
+  list_.Take(app_.Dialect().Differences(), [&](const TDifference& each) { return TickedAtFirst(each, options); });
+  EXPECT_FALSE(list_.Ticked(Place("Obsolete table A_old")));
+  EXPECT_TRUE(list_.Ticked(Place("Obsolete index gone")));
+  EXPECT_THAT(list_.Heading(), HasSubstr("; 1 left out by the options (Alt+O)"));
+  EXPECT_TRUE(list_.Tick({Place("Obsolete table A_old")}, true));
+  EXPECT_THAT(list_.Heading(), Not(HasSubstr("left out")));
 }
 
 TEST_F(DifferenceListTest, ScriptAndQuestionsFollowTheTicks) {

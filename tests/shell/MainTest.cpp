@@ -444,6 +444,7 @@ TEST_F(MainTest, PlaceAndOptionsAreKeptFromRunToRun) {
 }
 
 TEST_F(MainTest, OptionsThatCannotBeWrittenAreToldAndTheWindowCloses) {
+  std::filesystem::remove(rig_.folder / "options.values");
   std::filesystem::create_directory(rig_.folder / "options.values");
   std::string message;
   WhenModal([&](QWidget* box) {
