@@ -160,6 +160,7 @@ void TScratchDatabase::Remove() {
       conn_ = target_.Clone();
       LeaveOutOfBinaryLog();
     }
+    conn_->ExecSQL("unlock tables");  // which a statement that failed has left
     conn_->ExecSQL(Format(kChecks, 0));
     conn_->ExecSQL("drop database if exists " + QuotedName(name_));
   } catch (const EVelmora& error) {

@@ -680,6 +680,16 @@ TEST_F(ExactLiveTest, TheScratchDatabaseIsRemovedWhateverHappens) {
     EXPECT_NE(MessageOf([&] { Exact().VerifyOnServer(); }), "nothing raised");
     EXPECT_EQ(ScratchDatabases(), "0");
   }
+  const auto fail_under_lock = [this] {
+    TScratchDatabase scratch(*app_.connections.target, {});
+    scratch.RunWithin([&] {
+      scratch.Run("create table t (a int)");
+      scratch.Run("lock tables t write");
+      RaiseError("failed");
+    });
+  };
+  EXPECT_EQ(MessageOf(fail_under_lock), "failed");
+  EXPECT_EQ(ScratchDatabases(), "0");
   EXPECT_EQ(Ask("select count(*) from information_schema.columns where table_schema = 'exact_target'"), "3");
 }
 
