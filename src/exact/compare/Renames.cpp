@@ -29,7 +29,7 @@ constexpr double kTenths = 10;            // that scores are shown in
 std::string TakeName(const std::string& text, std::size_t& at) {
   if (at >= text.size() || text[at] != '`') {
     const std::size_t end = std::min(text.find_first_of(".=", at), text.size());
-    const std::string name = Trim(text.substr(at, end - at));
+    std::string name = Trim(text.substr(at, end - at));
     at = end;
     return name;
   }

@@ -287,7 +287,7 @@ class TQueryReader {
     if (part.last - part.first < 2) return {};
     const TToken& last = Token(part.last - 1);
     if (!IsName(last) && last.kind != EToken::String) return {};
-    const std::string alias = last.kind == EToken::String ? ValueOf(last) : NameOf(last);
+    std::string alias = last.kind == EToken::String ? ValueOf(last) : NameOf(last);
     const TToken& before = Token(part.last - 2);
     const bool said = before.Is("as");
     const bool operand = before.kind == EToken::Name || before.kind == EToken::Number || before.Is(")") ||
@@ -377,7 +377,7 @@ class TQueryReader {
   std::string Tables(std::size_t& at, std::size_t last, std::vector<std::string>& tables) {
     if (++depth_ > kMaxDepth) Unreadable(at);
     std::string meaning = Joins(at, last, tables);
-    while (at < last && Token(at).Is(",")) meaning = "(" + meaning + " join " + Joins(++at, last, tables) + ")";
+    while (at < last && Token(at).Is(",")) meaning = Format("(%s join %s)", meaning, Joins(++at, last, tables));
     --depth_;
     return meaning;
   }
@@ -391,7 +391,7 @@ class TQueryReader {
         std::swap(left, right);
         kind = "left join";
       }
-      left = "(" + left + " " + kind + " " + right + JoinCondition(at, last) + ")";
+      left = Format("(%s %s %s%s)", left, kind, right, JoinCondition(at, last));
     }
     return left;
   }

@@ -48,7 +48,7 @@ class TSplit {
 
   // One list where nothing is won, or nobody knows.
   std::vector<TClauses> Pieces() {
-    const std::vector<TClauses> whole = {clauses_};
+    std::vector<TClauses> whole = {clauses_};
     const ELockClass together = ClassOfClauses(clauses_, table_, server_);
     if (clauses_.size() < 2 || together == ELockClass::Unknown) return whole;
     ELockClass most = ELockClass::None;
