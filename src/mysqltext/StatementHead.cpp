@@ -64,6 +64,17 @@ class THeadScanner {
     return pos_ > start;
   }
 
+  // Part of an account: in quotes of any kind, or a bare word, in which points belong to a host.
+  void TakeAccountPart() {
+    SkipBlanks();
+    constexpr std::string_view kQuotes = "`\"'";
+    constexpr std::string_view kEnds = " \t\r\n(@*/";
+    if (pos_ < text_.size() && kQuotes.find(text_[pos_]) != std::string_view::npos)
+      TakeQuotedName();
+    else
+      pos_ = std::min(text_.find_first_of(kEnds, pos_), text_.size());
+  }
+
   void SkipBlanks() {
     while (pos_ < text_.size()) {
       const std::size_t end = AfterBlank();
@@ -131,9 +142,9 @@ void PassAttributes(THeadScanner& scanner) {
   for (;;) {
     if (scanner.Take("definer") || scanner.Take("algorithm")) {
       scanner.TakeSymbol("=");
-      scanner.TakeName();
+      scanner.TakeAccountPart();
       if (scanner.TakeSymbol("(")) scanner.TakeSymbol(")");
-      if (scanner.TakeSymbol("@")) scanner.TakeName();
+      if (scanner.TakeSymbol("@")) scanner.TakeAccountPart();
     } else if (scanner.Take("sql")) {
       scanner.Take("security");
       scanner.TakeName();

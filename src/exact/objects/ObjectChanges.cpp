@@ -66,7 +66,8 @@ TStringList DifferentElements(const TObjectText& reference, const TObjectText& t
   const auto compare = [&](const TObjectText& in, const TObjectText& other, bool both) {
     for (const TObjectElement& element : in.elements) {
       const TObjectElement* there = other.Find(element.name);
-      if (there == nullptr || (both && there->text != element.text)) names.push_back(element.name);
+      const bool silent = there == nullptr && element.name == kResultLetters;
+      if (!silent && (there == nullptr || (both && there->text != element.text))) names.push_back(element.name);
     }
   };
   compare(reference, target, true);
@@ -243,6 +244,12 @@ TObjectComparison CompareObjects(const TDatabaseObjects& reference, const TDatab
 }
 
 bool IsScriptedKind(std::string_view kind) { return FindKind(kind) != nullptr; }
+
+TStringList ScriptedKinds() {
+  TStringList kinds;
+  for (const TKindRow& row : kKinds) kinds.emplace_back(row.kind);
+  return kinds;
+}
 
 std::string_view KindsTitle(std::string_view kind) {
   const TKindRow* row = FindKind(kind);

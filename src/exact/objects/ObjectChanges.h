@@ -60,7 +60,8 @@ struct TObjectComparison {
 TObjectComparison CompareObjects(const TDatabaseObjects& reference, const TDatabaseObjects& target,
                                  const TDefinerWishes& wishes = {});
 
-bool IsScriptedKind(std::string_view kind);          // one of the five that actions change
+bool IsScriptedKind(std::string_view kind);  // one of the five that actions change
+TStringList ScriptedKinds();
 std::string_view KindsTitle(std::string_view kind);  // "Views", "Triggers", ... for these
 
 }  // namespace velmora

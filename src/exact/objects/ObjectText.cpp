@@ -7,6 +7,7 @@
 
 #include "exact/objects/Definers.h"
 #include "exact/objects/ViewQuery.h"
+#include "mysqltext/ColumnParts.h"
 #include "mysqltext/KeyText.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -92,6 +93,26 @@ std::string TypeMeaning(TTokens tokens) {
       counted.push_back(tokens[at]);
   }
   return Meaning(counted);
+}
+
+// What servers put where a type says no size.
+struct TUsualSize {
+  std::string_view type;
+  std::string_view size;
+};
+constexpr std::array<TUsualSize, 4> kUsualSizes = {
+    {{"decimal", "10 , 0"}, {"char", "1"}, {"binary", "1"}, {"bit", "1"}}};
+
+// A result's type, without its character set: synonyms are one, however wide integers are shown.
+std::string ResultMeaning(TTokens type, const TColumnParts& parts) {
+  std::string size = Meaning(type.subspan(parts.arguments.first, parts.arguments.last - parts.arguments.first));
+  for (const TUsualSize& row : kUsualSizes)
+    if (size.empty() && row.type == parts.type) size = row.size;
+  if (parts.type == "decimal" && size.find(',') == std::string::npos) size += " , 0";
+  if (IsWholeType(parts.type) && !parts.zerofill) size.clear();
+  std::string meaning = parts.type;
+  if (!size.empty()) meaning += " ( " + size + " )";
+  return meaning + (parts.is_unsigned ? " unsigned" : "") + (parts.zerofill ? " zerofill" : "");
 }
 
 class TReader {
@@ -325,12 +346,21 @@ class TReader {
     if (Take({"returns"})) {
       const std::size_t first = at_;
       PassType();
-      Say("returns", TypeMeaning(Span(first, at_)));
+      SayResult(first);
     }
     while (ReadCharacteristic()) {
     }
     read_.header = Written(header_, at_);
     ReadBody();
+  }
+
+  // As a column's type is read, which has a name before it.
+  void SayResult(std::size_t first) {
+    const TTokens type = Span(first - 1, at_);
+    const TColumnParts parts = ReadColumnParts(type);
+    Say("returns", ResultMeaning(type, parts));
+    const std::string own = IsOwnCollation(parts.collation) ? std::string() : parts.collation;
+    Say(kResultLetters, Trim(parts.charset + " " + own));
   }
 
   void PassType() {

@@ -30,6 +30,9 @@ struct TObjectSpelling {
   std::string starts{};  // of a repeated event whose text says when it starts: "starts '...'" in place of that
 };
 
+// What a result's type says of its letters. A text may be silent of it: then it is what the database has.
+inline constexpr char kResultLetters[] = "character set of the result";
+
 struct TObjectText {
   std::string kind;  // "view", "trigger", "procedure", "function", "event"
   std::string name;

@@ -237,7 +237,7 @@ TDatabaseObjects TExactSync::ObjectsAfter(const std::vector<TPlanStatement>& pla
   for (const TPlanStatement& statement : plan) {
     if (statement.object.empty()) continue;
     try {
-      made.Apply(AsSent(statement.text));
+      made.Apply(statement.text);  // which goes out with the line ends of the reference
     } catch (const EVelmora& error) {
       faults.push_back(Format(kNotFollowed, error.what()));
     }

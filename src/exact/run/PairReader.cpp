@@ -71,7 +71,11 @@ struct TSideReader {
   }
   bool AtEnd() const { return next == tables.size(); }
   const TStructureScript* Script() const { return texts == nullptr ? nullptr : texts->StructureScript(); }
-  std::string Database() const { return texts == nullptr ? std::string() : texts->TextsDatabase(); }
+  std::string Database() const {
+    if (texts == nullptr) return {};
+    const TStructureScript* script = Script();
+    return script == nullptr ? texts->TextsDatabase() : script->database;
+  }
   void Expect(const TStringList& names) const {
     if (texts != nullptr) texts->ExpectCreationTexts(names);
   }
@@ -217,7 +221,7 @@ class TPairReader {
 
   TDatabaseObjects ListOthers(TSideReader& side) {
     if (side.texts == nullptr) return {};
-    TDatabaseObjects others{side.texts->TextsDatabase(), side.texts->OtherObjects()};
+    TDatabaseObjects others{side.Database(), side.texts->OtherObjects()};
     for (const TOtherObject& object : others.objects)
       if (object.kind == "view" || object.kind == "sequence") side.others.emplace(object.name, object.kind);
     LeaveOut(selection_, others, pair_.left_out);
@@ -234,7 +238,8 @@ class TPairReader {
     const bool matters = std::ranges::any_of(other.objects, [&](const TOtherObject& object) {
       return IsScriptedKind(object.kind) && !seen.contains({object.kind, LowerText(object.name)});
     });
-    if (matters && side.texts != nullptr) here.not_all_seen = side.texts->KindsNotAllSeen();
+    if (matters && side.texts != nullptr)
+      here.not_all_seen = side.MayHideMore() ? ScriptedKinds() : side.texts->KindsNotAllSeen();
   }
 
   // A view in the place of a table is dropped for no table that is left out of the comparison.
