@@ -92,6 +92,7 @@ function(velmora_program name)
     return()
   endif()
   add_executable(${name} "${ARG_MAIN}")
+  set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON)  # so that crash reports name functions
   target_link_libraries(${name} PRIVATE ${ARG_LINKS} velmora_warnings)
   install(TARGETS ${name} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endfunction()

@@ -17,6 +17,7 @@
 #include "cli/StructureCommands.h"
 #include "cli/SyncCommand.h"
 #include "cli/TaskCommand.h"
+#include "crash/CrashNotes.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Version.h"
@@ -48,6 +49,7 @@ int AnswerArguments(const CLI::App& app, const CLI::ParseError& error, TConsole&
 }
 
 int Execute(TCommand& command, TConsole& console) {
+  NoteForCrash(command.Name());
   try {
     return command.Execute(console);
   } catch (const EAbort&) {

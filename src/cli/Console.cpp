@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "crash/CrashNotes.h"
 #include "util/Errors.h"
 #include "util/Lists.h"
 #include "util/Text.h"
@@ -12,6 +13,7 @@ namespace {
 
 // Further lines are indented: no text of a server can pass for a message of its own.
 void Tell(std::ostream& err, const char* kind, const std::string& text) {
+  NoteForCrash(kind + text);
   err << kCompanionName << ": " << kind;
   const TStringList lines = LinesOf(text);
   for (std::size_t i = 0; i < lines.size(); ++i) err << (i == 0 ? "" : "\n  ") << ShownText(lines[i]);

@@ -11,6 +11,9 @@
 #include "cli/Companion.h"
 #include "cli/Secrets.h"
 #include "cli/Terminal.h"
+#include "crash/CrashWatch.h"
+#include "persist/UserFolder.h"
+#include "util/Version.h"
 
 namespace {
 
@@ -35,6 +38,7 @@ void TellOfMemory() {
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
+  velmora::WatchForCrashes({velmora::kCompanionName, velmora::VersionText(), velmora::CrashFolder(), {}});
   reserve = std::make_unique_for_overwrite<char[]>(kReserve);
   std::set_new_handler(TellOfMemory);
   velmora::TConsole console{std::cout, std::cerr, isatty(STDERR_FILENO) != 0, {}};

@@ -26,18 +26,26 @@ std::string HomeFolder() {
   return user != nullptr && user->pw_dir != nullptr ? user->pw_dir : "";
 }
 
+// Below the folder that the variable names, else below the one of the home folder.
+std::string OurFolder(const char* variable, const char* in_home) {
+  const std::string named = PathVariable(variable);
+  if (!named.empty()) return JoinPath(named, kFolder);
+  const std::string home = HomeFolder();
+  return home.empty() ? "" : JoinPath(JoinPath(home, in_home), kFolder);
+}
+
 }  // namespace
 
-std::string UserConfigFolder() {
-  const std::string config = PathVariable("XDG_CONFIG_HOME");
-  if (!config.empty()) return JoinPath(config, kFolder);
-  const std::string home = HomeFolder();
-  return home.empty() ? "" : JoinPath(JoinPath(home, ".config"), kFolder);
-}
+std::string UserConfigFolder() { return OurFolder("XDG_CONFIG_HOME", ".config"); }
 
 std::string UserConfigFile(const std::string& name) {
   const std::string folder = UserConfigFolder();
   return folder.empty() ? "" : JoinPath(folder, name);
+}
+
+std::string CrashFolder() {
+  const std::string folder = OurFolder("XDG_STATE_HOME", ".local/state");
+  return folder.empty() ? "" : JoinPath(folder, "crashes");
 }
 
 }  // namespace velmora

@@ -9,4 +9,8 @@ namespace velmora {
 std::string UserConfigFolder();
 std::string UserConfigFile(const std::string& name);  // in that folder; empty when there is none
 
+// Where crash reports go: "velmora/crashes" below $XDG_STATE_HOME, or below .local/state in the home folder. It need
+// not exist. Empty when the user has no home.
+std::string CrashFolder();
+
 }  // namespace velmora

@@ -1,10 +1,12 @@
 #include "sync/MessageLog.h"
 
 #include "core/Host.h"
+#include "crash/CrashNotes.h"
 
 namespace velmora {
 
 void TLineLog::LogLine(const std::string& text) {
+  NoteForCrash(text);
   lines_.push_back(ShortDateTimeText(clock_.Now()) + "  " + text);
   Changed();
   progress_.SetDetailText(text);

@@ -81,5 +81,20 @@ TEST_F(CompanionTest, TheProgramGivesStatusAndStreams) {
   }
 }
 
+#ifndef __SANITIZE_ADDRESS__
+TEST_F(CompanionTest, AFatalSignalLeavesAReportAndEndsTheProgram) {
+  const TAnswer answer = testing::RunInShell(
+      "cd " + folder_.Path() +
+      " && ulimit -c 0 && mkfifo pipe.sql && exec 3<>pipe.sql && export XDG_STATE_HOME=$PWD/state"
+      " && { " VELMORA_CLI
+      " parse pipe.sql >out 2>err & } && "
+      "until grep -Eq 'SigCgt:.*[4-7c-f]..$' /proc/$!/status; do sleep 0.05; done; "  // handlers are there
+      "kill -SEGV $!; wait $!; echo status $?; cat state/velmora/crashes/velmora-cli-*");
+  EXPECT_THAT(answer.out, ::testing::StartsWith("status 139\nCrash report of velmora-cli "));
+  EXPECT_THAT(answer.out, HasSubstr("/velmora-cli(main+"));
+  EXPECT_THAT(ReadFileText(folder_ / "err"), HasSubstr("a fatal error has ended the program"));
+}
+#endif
+
 }  // namespace
 }  // namespace velmora

@@ -6,12 +6,17 @@
 #include <clocale>
 
 #include "app/Enumerators.h"
+#include "crash/CrashNotes.h"
+#include "crash/CrashWatch.h"
 #include "persist/OptionStore.h"
 #include "persist/Settings.h"
+#include "persist/UserFolder.h"
 #include "shell/widgets/Icons.h"
+#include "shell/widgets/QtText.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/windows/About.h"
 #include "shell/windows/Confirm.h"
+#include "shell/windows/CrashDialog.h"
 #include "shell/windows/Dump.h"
 #include "shell/windows/Options.h"
 #include "shell/windows/Progress.h"
@@ -40,6 +45,21 @@ void Wait(int milliseconds) {
   QEventLoop loop;
   QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
   loop.exec();
+}
+
+// What Qt has to say goes where it went before, and into crash reports; after a fatal message it ends the program.
+QtMessageHandler usual_messages = nullptr;
+
+void NoteQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+  const std::string text = FromQt(message);
+  NoteForCrash("Qt: " + text);
+  if (type == QtFatalMsg) TellCrashReason("Qt: " + text);
+  usual_messages(type, context, message);
+}
+
+void WatchDesktop() {
+  WatchForCrashes({"velmora", VersionText(), CrashFolder(), {std::string("Qt ") + qVersion()}});
+  usual_messages = qInstallMessageHandler(NoteQtMessage);
 }
 
 }  // namespace
@@ -75,6 +95,7 @@ void TDesktop::MakeForms() {
 }
 
 int RunDesktop(int& argc, char** argv) {
+  WatchDesktop();
   TQtApplication application(argc, argv);
   std::setlocale(LC_NUMERIC, "C");  // Qt took over the user's; drivers of databases write numbers by it
   QApplication::setApplicationName(QLatin1String(kProgramTitle));
@@ -83,6 +104,7 @@ int RunDesktop(int& argc, char** argv) {
   TUserOptions options;
   TDesktop desktop({SettingsFile(), &options, {}, nullptr});
   desktop.Start();
+  OfferCrashReports(CrashFolder(), &desktop.Main());
   return QApplication::exec();
 }
 

@@ -1,0 +1,25 @@
+#pragma once
+
+// What a crash report tells of the time before the crash: the last lines of the program's log, without data.
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+inline constexpr std::size_t kCrashNotes = 40;        // lines that are remembered
+inline constexpr std::size_t kCrashNoteLength = 200;  // bytes of each
+
+// Remembers a line in place of the oldest one, as WithoutQuotedValues makes it. Any thread may call it.
+void NoteForCrash(std::string_view line);
+
+// The line as reports hold it: what stands in quotes is a value as likely as a name, and is left out together with
+// all up to the last quote of its kind, as a value may hold quotes itself. `Duplicate entry '...'`
+std::string WithoutQuotedValues(std::string_view line);
+
+// For the reporter: the notes, oldest first, one by one to `take`. Safe in a signal handler, where a line that is being
+// written at that moment may be torn.
+void EachCrashNote(void (*take)(void* context, std::string_view line), void* context);
+
+}  // namespace velmora
