@@ -185,12 +185,12 @@ void WriteNotes(int file) {
   EachCrashNote(write_line, &file);
 }
 
-// "559c1a2b3000-559c1a2c0000 r--p 00000000 08:01 1234   /usr/lib/libz.so": the first mapping of each file.
+// "559c1a2b3000-559c1a2c0000 r--p 00000000 08:01 1234   /usr/lib/libz.so.1": the first mapping of a program or library.
 bool IsFirstMapping(std::string_view line) {
-  const std::size_t path = line.find('/');
   const std::size_t offset = line.find(' ', line.find(' ') + 1);
-  return path != std::string_view::npos && offset != std::string_view::npos &&
-         line.substr(offset).starts_with(" 00000000 ");
+  const bool first = offset != std::string_view::npos && line.substr(offset).starts_with(" 00000000 ");
+  return first && line.find('/') != std::string_view::npos &&
+         (line.find(".so") != std::string_view::npos || line.ends_with(prepared->program));
 }
 
 void WriteLibraries(int file) {

@@ -80,7 +80,7 @@ int EndOfChild(const std::string& folder, void (*end)()) noexcept {
     const rlimit none = {0, 0};
     setrlimit(RLIMIT_CORE, &none);
     if (std::freopen("/dev/null", "w", stderr) == nullptr) _exit(3);
-    WatchForCrashes({"velmora-test", "1.2", folder, {"Library 3.4"}});
+    WatchForCrashes({"test_crash", "1.2", folder, {"Library 3.4"}});
     NoteForCrash("reading row 'tom' of t");
     end();
     _exit(4);
@@ -100,8 +100,8 @@ TEST(CrashWatch, WritesAReportAndEndsByTheSameSignal) {
     const std::vector<TCrashReport> reports = NewCrashReports(folder);
     ASSERT_EQ(reports.size(), 1u);
     const std::string& text = reports.front().text;
-    for (const char* part :
-         {"Crash report of velmora-test 1.2\n", "Library 3.4", row.told, "reading row '...' of t", "/libc.so.6\n"})
+    for (const char* part : {"Crash report of test_crash 1.2\n", "Library 3.4", row.told, "reading row '...' of t",
+                             "/libc.so.6\n", "/test_crash\n"})
       EXPECT_THAT(text, HasSubstr(part));
     EXPECT_THAT(text, Not(HasSubstr("tom")));
   }
