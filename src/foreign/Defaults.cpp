@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <limits>
 
+#include "exact/compare/ServerDefaults.h"
 #include "mysqltext/ColumnParts.h"
 #include "mysqltext/Lexer.h"
 #include "util/Format.h"
@@ -280,16 +283,31 @@ struct TBits {
 };
 constexpr TBits kBits[] = {{"tinyint", 8}, {"smallint", 16}, {"mediumint", 24}, {"int", 32}, {"bigint", 64}};
 
-// Sources take a default that their column cannot hold; servers refuse the table.
-bool FitsType(double value, const TColumnText& type) {
-  constexpr double kTen = 10;
+// Of a whole number: its digits, without a sign.
+bool FitsBits(std::string_view printed, int bits, bool is_unsigned) {
+  const bool negative = printed.starts_with('-');
+  if (negative) printed.remove_prefix(1);
+  std::uint64_t digits = 0;
+  if (std::from_chars(printed.data(), printed.data() + printed.size(), digits).ec != std::errc()) return false;
+  const std::uint64_t half = std::uint64_t{1} << (bits - 1);
+  return digits <= (is_unsigned ? 2 * (half - 1) + 1 : negative ? half : half - 1);
+}
+
+// Sources take a default that their column cannot hold; servers refuse the table. They round it to the digits that the
+// type keeps before they look.
+bool FitsType(const std::string& number, const TColumnText& type) {
   constexpr long long kUsualDigits = 10;
+  const std::vector<TToken> tokens = Tokens(number);
+  const std::string printed = PrintedDefault(type, TTokens(tokens).first(tokens.size() - 1), false).value_or(number);
+  if (type.type == "bit") return std::ssize(printed) - std::ssize(std::string_view("b''")) <= type.Length().value_or(1);
+  if (type.type == "float") return std::abs(TryStrToFloat(number).value_or(0)) <= std::numeric_limits<float>::max();
+  if (type.is_unsigned && number.starts_with('-') && TryStrToFloat(number) != 0.0) return false;
+  const std::size_t first = std::min(printed.find_first_of("123456789."), printed.size());
   if (type.type == "decimal")
-    return std::abs(value) < std::pow(kTen, type.Length().value_or(kUsualDigits) - type.Fraction().value_or(0));
+    return static_cast<long long>(std::min(printed.find('.'), printed.size()) - first) <=
+           type.Length().value_or(kUsualDigits) - type.Fraction().value_or(0);
   const auto* row = std::ranges::find(kBits, type.type, &TBits::type);
-  if (row == std::end(kBits)) return true;
-  const double half = std::ldexp(1.0, row->bits - 1);
-  return type.is_unsigned ? value >= 0 && value < 2 * half : value >= -half && value < half;
+  return row == std::end(kBits) || FitsBits(printed, row->bits, type.is_unsigned);
 }
 
 class TDefaultMaker {
@@ -376,7 +394,7 @@ class TDefaultMaker {
       return word && column_.family == EFamily::Boolean ? TMadeDefault{Format("%d", *word)} : NoValue();
     }
     if (column_.family == EFamily::Boolean) return {TryStrToFloat(*number) == 0.0 ? "0" : "1"};
-    return FitsType(TryStrToFloat(*number).value_or(0), type_) ? TMadeDefault{*number} : NoValue();
+    return FitsType(*number, type_) ? TMadeDefault{*number} : NoValue();
   }
 
   // Numbers, words, dates in signs of their own.
@@ -390,7 +408,7 @@ class TDefaultMaker {
       if (!number && !(BooleanOf(core_) && column_.family == EFamily::Boolean)) return NoForm();
       return OfNumber(core_);
     }
-    if (type_.type == "bit") return number ? TMadeDefault{*number} : NoForm();
+    if (type_.type == "bit") return !number ? NoForm() : FitsType(*number, type_) ? TMadeDefault{*number} : NoValue();
     if (number && type_.HasLetters()) return Quoted(std::string(core_));
     const bool bytes = type_.type == "binary" || type_.type == "varbinary";
     if (bytes && SameText(core_.substr(0, 2), "0x") && core_.size() % 2 == 0 &&

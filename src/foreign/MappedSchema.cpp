@@ -8,6 +8,7 @@
 #include "foreign/Checks.h"
 #include "foreign/Keys.h"
 #include "foreign/Names.h"
+#include "foreign/RowRoom.h"
 #include "mysqltext/Lexer.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -17,7 +18,7 @@ namespace velmora {
 namespace {
 
 constexpr long long kRowRoom = 65535;         // bytes
-constexpr long long kPageRoom = 8100;         // what InnoDB takes of a row in a page
+constexpr long long kPageRoom = 8101;         // what InnoDB takes of a row in a page, beside its own columns
 constexpr std::size_t kMostColumns = 1017;    // of InnoDB
 constexpr std::size_t kColumnComment = 1024;  // letters
 constexpr std::size_t kTableComment = 2048;
@@ -133,15 +134,21 @@ class TSchemaMapper {
     const TTargetServer& server = context_.server;
     const auto in_row = [this](const std::string& type) { return RowBytes(context_.read_type(type)); };
     const auto in_page = [&](const std::string& type) { return PageBytes(context_.read_type(type), server); };
-    MakeRoom(at, kRowRoom, in_row);
-    const long long bitmap = std::ssize(table.columns) / 8;
-    const bool fits = MakeRoom(at, kPageRoom - bitmap, in_page);
+    const long long bitmap = (MostNulls(table) + 7) / 8;
+    const bool fits_row = MakeRoom(at, kRowRoom - bitmap, in_row);
+    const bool fits = MakeRoom(at, kPageRoom - bitmap, in_page) && fits_row;
     // A table that is there may be one of another kind.
     const bool there = spellings_.contains(table.name);
     if (!there && table.columns.size() > kMostColumns)
       table.refused = Format(kTooManyColumns, table.columns.size(), kMostColumns);
     else if (!there && !fits)
       table.refused = kNoRoom;
+  }
+
+  static long long MostNulls(const TMappedTable& table) {
+    return std::ranges::count_if(table.columns, [&](const TMappedColumn& column) {
+      return !table.known.Has(EFact::Nullability) || column.source.nullable.value_or(true);
+    });
   }
 
   bool InKey(std::size_t at, const TForeignColumn& column) const {

@@ -390,26 +390,4 @@ bool HoldsAll(const TForeignColumn& column, const TColumnText& there, const TMap
   return row != nullptr && row->holds != nullptr && row->holds(column, there, context);
 }
 
-// MySQL counts 40 bytes of each longer value; MariaDB all of what has up to 255, and an address of what may have more.
-long long PageBytes(const TColumnText& column, const TTargetServer& server) {
-  constexpr long long kKept = 41, kAddress = 21, kShort = 255;
-  const long long bytes = RowBytes(column);
-  const bool outside = column.type.ends_with("text") || column.type.ends_with("blob") || column.type == "json";
-  const bool varies = outside || column.type.ends_with("char") || column.type == "varbinary";
-  if (!varies) return WholeType(column.type) != nullptr ? WholeType(column.type)->bits / 8 : bytes;
-  if (!server.mariadb) return outside ? kKept : std::min(bytes - 1, kKept);
-  return outside || bytes - 2 > kShort ? kAddress : bytes;
-}
-
-long long RowBytes(const TColumnText& column) {
-  constexpr long long kPointer = 12;
-  constexpr long long kNumber = 9;
-  constexpr long long kLengthBytes = 2;
-  const long long length = column.Length().value_or(1);
-  if (column.type == "char" || column.type == "varchar") return length * kLetterBytes + kLengthBytes;
-  if (column.type == "binary" || column.type == "varbinary") return length + kLengthBytes;
-  if (column.type == "decimal") return length / 2 + kPointer;
-  return column.HasLetters() || column.type.ends_with("blob") ? kPointer : kNumber;
-}
-
 }  // namespace velmora

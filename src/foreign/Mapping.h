@@ -58,9 +58,4 @@ bool SameType(const TColumnText& a, const TColumnText& b);
 // Whether the target's type counts as equal to the one that the column is mapped to, though it is another one.
 bool HoldsAll(const TForeignColumn& column, const TColumnText& there, const TMapContext& context);
 
-// Bytes that a column of this type takes in a row at most; what is kept outside counts little.
-long long RowBytes(const TColumnText& column);
-// The same in a page of InnoDB, where long values stand in pages of their own.
-long long PageBytes(const TColumnText& column, const TTargetServer& server);
-
 }  // namespace velmora

@@ -6,6 +6,7 @@
 #include "foreign/live/ForeignSync.h"
 #include "support/CaseFile.h"
 #include "support/FakeConn.h"
+#include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -48,6 +49,40 @@ class MappingLiveTest : public testing::TForeignSync, public ::testing::Test {
   TKnownFacts known_ = kAllFacts;
   TForeignWishes wishes_;
 };
+
+// As many columns of one type as there is room for.
+class RowRoomLiveTest : public MappingLiveTest, public ::testing::WithParamInterface<const char*> {
+ protected:
+  static TForeignTable Table(int columns) {
+    TForeignTable table{.name = "m"};
+    for (int i = 0; i < columns; ++i) table.columns.push_back(ReadColumnFacts(Format("c%d int32", i)));
+    return table;
+  }
+  bool Makes(int columns) {
+    wishes_.rules = {{"int32", GetParam()}};
+    TForeignTexts texts(std::make_unique<TPlayedFacts>(std::vector{Table(columns)}), wishes_);
+    texts.Read(ReadTargetServer(Answer(target_.Connection(), "select version()")), {}, [](auto&, auto) {});
+    return std::ranges::none_of(texts.Columns(), [](auto& told) { return told.level == EMadeLevel::Refused; });
+  }
+  void Create(int columns) {
+    TStringList lines;
+    for (int i = 0; i < columns; ++i) lines.push_back(Format("c%d %s", i, GetParam()));
+    target_.Run("create table m (" + JoinList(lines, ", ") + ") row_format=dynamic default charset utf8mb4");
+  }
+};
+
+TEST_P(RowRoomLiveTest, IsTheServers) {
+  int most = 1;
+  for (int step = 512; step > 0; step /= 2)
+    if (Makes(most + step)) most += step;
+  EXPECT_THROW(Create(most + 1), EVelmora) << most;
+  Create(most);
+}
+
+INSTANTIATE_TEST_SUITE_P(Types, RowRoomLiveTest,
+                         ::testing::Values("decimal(65,30)", "decimal(18,9)", "datetime(6)", "char(9)", "varchar(63)",
+                                           "varchar(64)", "varbinary(255)", "varchar(2000)", "longtext"),
+                         [](const auto& each) { return "Case" + std::to_string(each.index); });
 
 struct TMappingCase {
   std::string source;
