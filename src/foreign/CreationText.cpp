@@ -50,21 +50,39 @@ std::string TypeText(const TElementText& text, const TColumnParts& parts) {
   return type + (parts.is_unsigned ? " unsigned" : "") + (parts.zerofill ? " zerofill" : "");
 }
 
+void Append(std::string& text, const std::string& piece) {
+  if (!piece.empty()) text += (text.empty() ? "" : " ") + piece;
+}
+
+// A number after such a word belongs to it.
+void AddFurther(const TElementText& text, const TColumnParts& parts, TColumnPieces& pieces) {
+  bool of_type = false;
+  for (const TTokenRange& range : parts.rest) {
+    const TToken& first = text.Tokens()[range.first];
+    of_type = InList(LowerText(first.text), {"compressed", "srid", "ref_system_id"}) ||
+              (of_type && first.kind == EToken::Number);
+    Append(of_type ? pieces.of_type : pieces.further, text.Part(range));
+  }
+  if (parts.invisible) Append(pieces.further, "INVISIBLE");
+}
+
 }  // namespace
 
 std::string TColumnPieces::Text() const {
   std::string text = QuotedName(name);
-  const auto add = [&text](const std::string& piece) { text += piece.empty() ? "" : " " + piece; };
+  const auto add = [&text](const std::string& piece) { Append(text, piece); };
   add(type);
+  add(of_type);
   add(charset);
-  if (!generated.empty()) add(generated);
+  add(generated);
   if (not_null) add("NOT NULL");
   if (null_word && !not_null) add("NULL");
   if (!default_value.empty()) add("DEFAULT " + default_value);
   if (!on_update.empty()) add("ON UPDATE " + on_update);
   if (auto_increment) add("AUTO_INCREMENT");
   if (!comment.empty()) add("COMMENT " + comment);
-  add(rest);
+  add(further);
+  if (!check.empty()) add("CHECK (" + check + ")");
   return text;
 }
 
@@ -85,8 +103,8 @@ TColumnPieces PiecesOf(const TElement& column) {
     pieces.generated =
         "GENERATED ALWAYS AS (" + text.Part(*parts.generated) + ")" + (parts.stored ? " STORED" : " VIRTUAL");
   if (parts.comment) pieces.comment = text.Part({*parts.comment, *parts.comment + 1});
-  if (parts.invisible) pieces.rest = "INVISIBLE";
-  if (parts.check) pieces.rest += (pieces.rest.empty() ? "" : " ") + ("CHECK (" + text.Part(*parts.check) + ")");
+  if (parts.check) pieces.check = text.Part(*parts.check);
+  AddFurther(text, parts, pieces);
   return pieces;
 }
 

@@ -16,6 +16,7 @@ namespace velmora {
 struct TColumnPieces {
   std::string name{};
   std::string type{};     // with its brackets, unsigned, zerofill
+  std::string of_type{};  // what only types of its kind have: COMPRESSED, SRID 4326
   std::string charset{};  // "CHARACTER SET x COLLATE y"
   bool null_word = false;
   bool not_null = false;
@@ -24,7 +25,8 @@ struct TColumnPieces {
   bool auto_increment = false;
   std::string generated{};  // the whole of it
   std::string comment{};    // in quotes
-  std::string rest{};       // everything else: checks, visibility
+  std::string further{};    // everything else: visibility, how the column is kept
+  std::string check{};      // without its brackets
 
   bool operator==(const TColumnPieces&) const = default;
   std::string Text() const;

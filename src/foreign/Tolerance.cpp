@@ -34,6 +34,15 @@ bool SameExpression(const std::string& a, const std::string& b) {
   return form_a && form_b && form_a->text == form_b->text;
 }
 
+// Whether what is said of one type alone can be said of the other: shapes have a reference system, and what varies in
+// length can be compressed.
+bool IsLikeType(const std::string& a, const std::string& b) {
+  const auto varies = [](const std::string& type) {
+    return type.starts_with("var") || SizedText(type) != nullptr || SizedBlob(type) != nullptr;
+  };
+  return (IsShapeType(a) && IsShapeType(b)) || (varies(a) && varies(b));
+}
+
 class TCompletion {
  public:
   TCompletion(const TMappedTable& table, const TTableText* there, const TSettledColumns& settled,
@@ -130,7 +139,8 @@ class TCompletion {
     // An expression in place of values that are kept is no equal.
     if (column.source.computed || !Known(EFact::Defaults)) pieces.generated = theirs.generated;
     pieces.on_update = theirs.on_update;
-    pieces.rest = KeepsCheck(there) ? theirs.rest : there.text.Column().invisible ? "INVISIBLE" : "";
+    pieces.further = theirs.further;
+    if (KeepsCheck(there)) pieces.check = theirs.check;
     TakeNull(column, theirs, pieces);
     if (!Known(EFact::Counting) || column.may_count) {
       pieces.auto_increment = theirs.auto_increment;
@@ -177,6 +187,7 @@ class TCompletion {
     const bool holds = !same && free && HoldsAll(column.source, type, context_);
     if (same || holds) pieces.type = theirs.type;
     if (holds) ++counts_.wider;
+    if (IsLikeType(type.type, context_.read_type(pieces.type).type)) pieces.of_type = theirs.of_type;
     if (same || holds || (type.HasLetters() && wanted.HasLetters())) pieces.charset = theirs.charset;
   }
 

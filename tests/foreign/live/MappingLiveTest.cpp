@@ -15,6 +15,7 @@ namespace {
 
 using testing::Answer;
 using testing::CaseRows;
+using ::testing::ContainsRegex;
 using ::testing::IsEmpty;
 using testing::kAllFacts;
 using testing::ReadColumnFacts;
@@ -49,6 +50,23 @@ class MappingLiveTest : public testing::TForeignSync, public ::testing::Test {
   TKnownFacts known_ = kAllFacts;
   TForeignWishes wishes_;
 };
+
+// Of other products' words each server keeps its own alone.
+TEST_F(MappingLiveTest, KeepsTheFurtherWordsOfColumnsThatChange) {
+  facts_ = ReadFacts(
+      "table m\n  a varchar(20) comment x\n  b char(5)\n  g shape not null comment x\n  h longtext not null\n");
+  target_.Run(
+      "create table m (a varchar(10) /*M!100301 COMPRESSED */ /*!80000 COLUMN_FORMAT DYNAMIC */ default null invisible,"
+      "b varchar(3) /*M!100301 COMPRESSED */, g point not null /*!80003 SRID 4326 */, h point not null /*!80003 SRID 0 "
+      "*/)");
+  Sync();
+  EXPECT_THAT(sync_.Changes(), IsEmpty()) << JoinList(sync_.ActionLog, "\n");
+  const std::string text = Answer(target_.Connection(), "show create table m");
+  const bool mariadb = ReadTargetServer(Answer(target_.Connection(), "select version()")).mariadb;
+  EXPECT_THAT(text, ContainsRegex("`a` varchar\\(20\\).*INVISIBLE.*\n"));
+  EXPECT_THAT(text, ContainsRegex(mariadb ? "`a` .*COMPRESSED.*\n" : "`a` .*COLUMN_FORMAT DYNAMIC.*\n"));
+  EXPECT_THAT(text, ContainsRegex(mariadb ? "`g` point " : "`g` .*SRID 4326.*\n"));
+}
 
 // As many columns of one type as there is room for.
 class RowRoomLiveTest : public MappingLiveTest, public ::testing::WithParamInterface<const char*> {
