@@ -51,20 +51,22 @@ TTargetServer ServerOf(TDBConn& target) {
   return ReadTargetServer(texts->ServerVersion());
 }
 
-// The tables of foreign keys and checks, by their names in lower case; none of a target that is a file.
-std::map<std::string, std::string> ConstraintsOf(TDBConn& target) {
-  std::map<std::string, std::string> tables;
+// Without names of a target that is a file.
+TTargetNames NamesOf(TDBConn& target, const TStringList& tables) {
+  TTargetNames names{.tables = tables};
   auto* texts = dynamic_cast<TCreationTexts*>(&target);
-  if (texts == nullptr || texts->StructureScript() != nullptr) return tables;
+  if (texts == nullptr || texts->StructureScript() != nullptr) return names;
   const std::unique_ptr<TDataset> rows = target.OpenQuery(
-      "select constraint_name as name_there, table_name as table_there from information_schema.table_constraints "
+      "select constraint_name as name_there, table_name as table_there, constraint_type as type_there from "
+      "information_schema.table_constraints "
       "where constraint_schema = database() and constraint_type in ('FOREIGN KEY', 'CHECK')");
   for (; !rows->Eof(); rows->Next()) {
     const TCatalogRow row(*rows);
-    tables.emplace(LowerText(row.Text("name_there")), row.Text("table_there"));
+    auto& of_type = SameText(row.Text("type_there"), "check") ? names.checks : names.references;
+    of_type.emplace(LowerText(row.Text("name_there")), row.Text("table_there"));
   }
   rows->Close();
-  return tables;
+  return names;
 }
 
 std::vector<TSettledColumn> ColumnsOf(const TTableText& made, const TMappedTable& table) {
@@ -89,7 +91,7 @@ TForeignTexts::TForeignTexts(TDBConn& reference, TForeignWishes wishes)
 
 void TForeignTexts::Read(TDBConn& target, const TStringList& target_tables,
                          const std::function<void(const std::string& table, std::size_t count)>& step) {
-  Read(ServerOf(target), {target_tables, ConstraintsOf(target)}, step);
+  Read(ServerOf(target), NamesOf(target, target_tables), step);
 }
 
 void TForeignTexts::Read(const TTargetServer& server, const TTargetNames& names_there,

@@ -82,13 +82,16 @@ bool IsType(const std::string& type) {
 
 }  // namespace
 
+// Names and types may have the sign in them, too.
 TMapRule ReadMapRule(const std::string& text) {
-  const std::size_t sign = text.rfind('=');
-  TMapRule rule;
-  if (sign != std::string::npos) rule = {OnOneLine(text.substr(0, sign)), OnOneLine(text.substr(sign + 1))};
-  if (rule.what.empty() || rule.type.empty()) RaiseError(Format(kNoRule, text));
-  if (!IsType(rule.type)) RaiseError(Format(kNoType, text, rule.type));
-  return rule;
+  std::string unknown;
+  for (std::size_t sign = text.find('='); sign != std::string::npos; sign = text.find('=', sign + 1)) {
+    TMapRule rule = {OnOneLine(text.substr(0, sign)), OnOneLine(text.substr(sign + 1))};
+    if (rule.what.empty() || rule.type.empty()) continue;
+    if (IsType(rule.type)) return rule;
+    if (unknown.empty()) unknown = rule.type;
+  }
+  RaiseError(unknown.empty() ? Format(kNoRule, text) : Format(kNoType, text, unknown));
 }
 
 std::string MapRuleText(const TMapRule& rule) { return rule.what + "=" + rule.type; }

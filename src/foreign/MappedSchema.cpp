@@ -322,12 +322,23 @@ class TSchemaMapper {
 
   // --- Checks, when it is known which columns references change
 
-  // Names of constraints are unique in a database: one that another table of the target's has is not to be had.
-  std::string FreeName(const std::string& name, const TMappedTable& table, TNames& names) const {
+  // Names of references are unique in a database: one that another table of the target's has is not to be had.
+  static std::string FreeName(const std::string& name, const TMappedTable& table,
+                              const std::map<std::string, std::string>& there, TNames& names) {
     for (;;) {
       std::string free = names.Take(name);
-      const auto taken = target_.constraints.find(LowerText(free));
-      if (taken == target_.constraints.end() || SameText(taken->second, table.name)) return free;
+      const auto taken = there.find(LowerText(free));
+      if (taken == there.end() || SameText(taken->second, table.name)) return free;
+    }
+  }
+
+  // Those of checks are it, too, on MySQL. MariaDB tells them apart from all constraints of their table.
+  std::string FreeCheckName(const std::string& name, const TMappedTable& table, TNames& of_table) {
+    if (context_.server.HasDatabaseChecks()) return FreeName(name, table, target_.checks, check_names_);
+    for (;;) {
+      std::string free = of_table.Take(name);
+      const auto taken = target_.references.find(LowerText(free));
+      if (taken == target_.references.end() || !SameText(taken->second, table.name)) return free;
     }
   }
 
@@ -364,6 +375,8 @@ class TSchemaMapper {
       columns.push_back(column.source.name);
       names.push_back(column.name);
     }
+    TNames taken;
+    for (const TMappedReference& reference : table.references) taken.Take(reference.name);
     for (const TForeignCheck& check : Facts(at).checks) {
       const auto text = MakeCheck(check, columns, names);
       if (std::string fault = CheckFault(check, text, table); !fault.empty()) {
@@ -372,7 +385,7 @@ class TSchemaMapper {
         continue;
       }
       const std::string name = MakeName(check.name, "chk_" + table.name + "_" + Format("%d", table.checks.size() + 1));
-      table.checks.push_back({FreeName(name, table, check_names_), *text});
+      table.checks.push_back({FreeCheckName(name, table, taken), *text});
     }
   }
 
@@ -416,13 +429,15 @@ class TSchemaMapper {
       mapped.references.push_back(parent.columns[*theirs].name);
     }
     const std::string wanted = JoinList(mapped.references, ", ");
-    if (!FitToKey(parent, mapped)) return Format(kNoParentKey, parent.name, wanted);
-    if (context_.server.WantsUniqueParents() && !IsUnique(parent, mapped.references))
-      return Format(kNoUniqueParent, context_.server.Text(), parent.name, wanted);
+    const bool unique = context_.server.WantsUniqueParents();
+    if (!FitToKey(parent, unique, mapped))
+      return unique && FitToKey(parent, false, mapped)
+                 ? Format(kNoUniqueParent, context_.server.Text(), parent.name, wanted)
+                 : Format(kNoParentKey, parent.name, wanted);
     mapped.table = parent.name;
     const std::string made = "fk_" + table.name + "_" + Format("%d", table.references.size() + 1);
     const std::string name = MakeKeyName(reference.name.empty() ? made : reference.name, made);
-    do mapped.name = FreeName(name, table, reference_names_);
+    do mapped.name = FreeName(name, table, target_.references, reference_names_);
     while (NamesOtherKey(mapped, table));
     mapped.on_delete = RuleFor(reference.on_delete, table, mapped);
     mapped.on_update = RuleFor(reference.on_update, table, mapped);
@@ -436,34 +451,34 @@ class TSchemaMapper {
     });
   }
 
-  // Puts the pairs of columns into the order of a key of the parent's, which MySQL wants: sources take any order. Where
-  // their keys are not known the target may have one.
-  static bool FitToKey(const TMappedTable& parent, TMappedReference& mapped) {
-    std::vector<TStringList> orders;
-    for (const TMappedKey& key : parent.keys) {
-      TStringList order;
-      for (const TMappedKeyPart& part : key.parts) {
-        if (order.size() == mapped.references.size() || part.letters != 0) break;
-        order.push_back(part.column);
-      }
-      if (order == mapped.references) return true;
-      if (std::ranges::is_permutation(order, mapped.references)) orders.push_back(std::move(order));
-    }
-    if (orders.empty()) return !parent.known.Has(EFact::OtherKeys);
+  static TStringList LeadingColumns(const TMappedKey& key, std::size_t count) {
     TStringList columns;
-    for (const std::string& column : orders.front())
-      columns.push_back(mapped.columns[static_cast<std::size_t>(IndexOf(mapped.references, column))]);
-    mapped.columns = std::move(columns);
-    mapped.references = std::move(orders.front());
-    return true;
+    for (const TMappedKeyPart& part : key.parts) {
+      if (columns.size() == count || part.letters != 0) break;
+      columns.push_back(part.column);
+    }
+    return columns;
   }
 
-  // Whether a key of the parent's is unique over these columns and no others.
-  static bool IsUnique(const TMappedTable& parent, const TStringList& columns) {
-    if (!parent.known.Has(EFact::OtherKeys)) return true;
-    return std::ranges::any_of(parent.keys, [&](const TMappedKey& key) {
-      return key.kind != EForeignKeyKind::Plain && std::ranges::equal(key.parts, columns, {}, &TMappedKeyPart::column);
-    });
+  // Puts the pairs of columns into the order of a key of the parent's, which MySQL wants: sources take any order.
+  // `unique`: of one that is unique over these columns and no others. Where their keys are not known the target may
+  // have one.
+  static bool FitToKey(const TMappedTable& parent, bool unique, TMappedReference& mapped) {
+    const std::size_t count = mapped.references.size();
+    std::optional<TStringList> fit;
+    for (const TMappedKey& key : parent.keys) {
+      if (unique && (key.kind == EForeignKeyKind::Plain || key.parts.size() != count)) continue;
+      TStringList order = LeadingColumns(key, count);
+      if (order == mapped.references) return true;
+      if (!fit && std::ranges::is_permutation(order, mapped.references)) fit = std::move(order);
+    }
+    if (!fit) return !parent.known.Has(EFact::OtherKeys);
+    TStringList columns;
+    for (const std::string& column : *fit)
+      columns.push_back(mapped.columns[static_cast<std::size_t>(IndexOf(mapped.references, column))]);
+    mapped.columns = std::move(columns);
+    mapped.references = std::move(*fit);
+    return true;
   }
 
   EReferenceRule RuleFor(EReferenceRule rule, TMappedTable& table, const TMappedReference& mapped) const {

@@ -89,8 +89,9 @@ struct TReadTable {
 
 // What the target has by now.
 struct TTargetNames {
-  TStringList tables{};                              // lend their spelling
-  std::map<std::string, std::string> constraints{};  // the tables of foreign keys and checks, by names in lower case
+  TStringList tables{};                             // lend their spelling
+  std::map<std::string, std::string> references{};  // the tables of foreign keys, by their names in lower case
+  std::map<std::string, std::string> checks{};      // the same of checks
 };
 
 // `known` are the facts of a table that says nothing itself. Parents come before tables that refer to them, as far as

@@ -20,6 +20,7 @@ struct TTargetServer {
   bool HasSetDefault() const { return !mariadb && version >= 80000; }  // MariaDB takes the word and keeps none
   bool HasUuid() const { return mariadb && version >= 100700; }
   bool WantsUniqueParents() const { return !mariadb && version >= 80400; }  // of foreign keys
+  bool HasDatabaseChecks() const { return !mariadb; }  // whose names are told apart in the whole database
   // Makes unique keys over any length by itself.
   bool HasLongUniqueKeys() const { return mariadb && version >= 100400; }
   int KeyBytes() const { return version >= (mariadb ? 100202 : 50707) ? 3072 : 767; }  // of a part, and of a whole key
