@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "engines/server/FirebirdLibrary.h"
 #include "support/PrivateServer.h"
 #include "util/Lists.h"
 
@@ -48,7 +49,7 @@ std::string ServerProgram() {
 
 // Makes a database with the options of a configuration besides the usual ones, and runs the statements in it.
 void MakeDatabase(const std::string& path, const std::string& options, const std::vector<std::string>& statements) {
-  fb::IMaster& master = *fb::fb_get_master_interface();
+  fb::IMaster& master = LoadFirebirdLibrary();
   fb::IUtil& util = *master.getUtilInterface();
   fb::ThrowStatusWrapper status(master.getStatus());
   try {

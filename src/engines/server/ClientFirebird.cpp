@@ -10,8 +10,10 @@
 #include <filesystem>
 #include <iterator>
 #include <mutex>
+#include <optional>
 #include <utility>
 
+#include "engines/server/FirebirdLibrary.h"
 #include "engines/server/FirebirdValues.h"
 #include "engines/server/HostReach.h"
 #include "util/Errors.h"
@@ -88,15 +90,22 @@ class TUtf8Locale {
   locale_t before_ = nullptr;
 };
 
-// The library reads its environment once, at its first call.
+void ChooseLockFolder() {
+  if (getenv("FIREBIRD_LOCK") != nullptr) return;
+  const std::string folder = LockFolder();
+  if (!folder.empty()) setenv("FIREBIRD_LOCK", folder.c_str(), 0);
+}
+
+// Raises where the library cannot be loaded, and tries again at the next call. The library reads its environment once,
+// at its first call.
 fb::IMaster& Master() {
-  static std::once_flag prepared;
-  std::call_once(prepared, [] {
-    if (getenv("FIREBIRD_LOCK") != nullptr) return;
-    const std::string folder = LockFolder();
-    if (!folder.empty()) setenv("FIREBIRD_LOCK", folder.c_str(), 0);
+  static std::once_flag loaded;
+  static fb::IMaster* master = nullptr;
+  std::call_once(loaded, [] {
+    ChooseLockFolder();
+    master = &LoadFirebirdLibrary();
   });
-  return *fb::fb_get_master_interface();
+  return *master;
 }
 
 // --- Servers
@@ -305,29 +314,33 @@ class TFirebirdDatabase final : public TIBODatabase {
 
   void DoConnect() override {
     const TUtf8Locale utf8;
+    if (!raw_status_) {
+      raw_status_.reset(Master().getStatus());
+      status_.emplace(raw_status_.get());
+    }
     Guarded([this] {
       const std::string server = Param(kServerParam);
       if (!server.empty()) CheckReacts(server, ConnectTimeout);
       const std::string place = server.empty() ? DatabaseName : server + ":" + DatabaseName;
       const TOwned<fb::IXpbBuilder> parameters = LoginParameters();
       const THeld<fb::IProvider> provider(Master().getDispatcher());
-      attachment_.reset(provider->attachDatabase(&status_, place.c_str(), parameters->getBufferLength(&status_),
-                                                 parameters->getBuffer(&status_)));
+      attachment_.reset(provider->attachDatabase(&*status_, place.c_str(), parameters->getBufferLength(&*status_),
+                                                 parameters->getBuffer(&*status_)));
     });
   }
   void DoDisconnect() override { Detach(); }
 
   TOwned<fb::IXpbBuilder> NewParameters(unsigned kind) {
-    return TOwned<fb::IXpbBuilder>(Master().getUtilInterface()->getXpbBuilder(&status_, kind, nullptr, 0));
+    return TOwned<fb::IXpbBuilder>(Master().getUtilInterface()->getXpbBuilder(&*status_, kind, nullptr, 0));
   }
   TOwned<fb::IXpbBuilder> LoginParameters() {
     TOwned<fb::IXpbBuilder> parameters = NewParameters(fb::IXpbBuilder::DPB);
-    parameters->insertTag(&status_, isc_dpb_utf8_filename);
-    parameters->insertString(&status_, isc_dpb_lc_ctype, kCharacterSet);
-    parameters->insertInt(&status_, isc_dpb_connect_timeout, ConnectTimeout);
+    parameters->insertTag(&*status_, isc_dpb_utf8_filename);
+    parameters->insertString(&*status_, isc_dpb_lc_ctype, kCharacterSet);
+    parameters->insertInt(&*status_, isc_dpb_connect_timeout, ConnectTimeout);
     const std::string user = Param(kUserNameParam);
-    if (!user.empty()) parameters->insertString(&status_, isc_dpb_user_name, user.c_str());
-    if (!Password.empty()) parameters->insertString(&status_, isc_dpb_password, Password.c_str());
+    if (!user.empty()) parameters->insertString(&*status_, isc_dpb_user_name, user.c_str());
+    if (!Password.empty()) parameters->insertString(&*status_, isc_dpb_password, Password.c_str());
     return parameters;
   }
 
@@ -335,14 +348,14 @@ class TFirebirdDatabase final : public TIBODatabase {
   TTransaction NewTransaction() {
     const TOwned<fb::IXpbBuilder> parameters = NewParameters(fb::IXpbBuilder::TPB);
     constexpr unsigned char kTags[] = {isc_tpb_write, isc_tpb_read_committed, isc_tpb_rec_version, isc_tpb_wait};
-    for (const unsigned char tag : kTags) parameters->insertTag(&status_, tag);
-    parameters->insertInt(&status_, isc_tpb_lock_timeout, LockTimeout);
-    return TTransaction(attachment_->startTransaction(&status_, parameters->getBufferLength(&status_),
-                                                      parameters->getBuffer(&status_)));
+    for (const unsigned char tag : kTags) parameters->insertTag(&*status_, tag);
+    parameters->insertInt(&*status_, isc_tpb_lock_timeout, LockTimeout);
+    return TTransaction(attachment_->startTransaction(&*status_, parameters->getBufferLength(&*status_),
+                                                      parameters->getBuffer(&*status_)));
   }
 
   void End(TTransaction& transaction, void (fb::ITransaction::*end)(TStatus*)) {
-    (transaction.get()->*end)(&status_);
+    (transaction.get()->*end)(&*status_);
     Forget(transaction);
   }
 
@@ -399,8 +412,8 @@ class TFirebirdDatabase final : public TIBODatabase {
     attachment_.reset();
   }
 
-  TOwned<fb::IStatus> raw_status_{Master().getStatus()};
-  TStatus status_{raw_status_.get()};
+  TOwned<fb::IStatus> raw_status_;  // this and the next one from the first attempt to connect on
+  std::optional<TStatus> status_;
   THeld<fb::IAttachment> attachment_;
   TTransaction transaction_;
 };

@@ -13,6 +13,7 @@
 #include "core/Meta.h"
 #include "engines/server/ClientFirebird.h"
 #include "engines/server/DBConnInterbase.h"
+#include "engines/server/FirebirdLibrary.h"
 #include "support/LoopbackServer.h"
 #include "support/MessageOf.h"
 #include "support/MetaDump.h"
@@ -115,6 +116,12 @@ TEST_F(InterbaseFileTest, WhatCannotBeOpened) {
     EXPECT_EQ(MessageOf([&] { engine->OpenQuery("select 1 from rdb$database"); }), "Not connected");
     engine->Disconnect();
   }
+}
+
+TEST(FirebirdLibraryTest, WhatIsToBeInstalledIsSaid) {
+  for (const char* file : {"libnone.so.2", "libc.so.6"})  // which is none, and one of something else
+    EXPECT_THAT(MessageOf([file] { LoadFirebirdLibrary(file); }),
+                ::testing::AllOf(HasSubstr(file), HasSubstr("libfbclient2")));
 }
 
 // --- A server
