@@ -54,7 +54,7 @@ class TDesktopRig {
   explicit TDesktopRig(TPrivateServer& server = TPrivateServer::Shared()) : server_(server) { Start(); }
 
   // Ends the program, if it runs, and starts it again with the settings that it has left.
-  void Start() {
+  void Start(const std::string& task_file = {}) {
     desktop_.reset();
     options_ = std::make_unique<TUserOptions>(folder / "options.values");
     if (!started_) DropWhatIsObsolete();
@@ -67,8 +67,8 @@ class TDesktopRig {
       options.Socket = socket;
       return MakeMyConnection(options);
     };
-    desktop_ = std::make_unique<TDesktop>(TDesktopSetup{folder / "Velmora.settings", options_.get(), clients},
-                                          std::move(scripted));
+    desktop_ = std::make_unique<TDesktop>(
+        TDesktopSetup{folder / "Velmora.settings", options_.get(), clients, nullptr, task_file}, std::move(scripted));
     desktop_->Start(0);
     QApplication::setActiveWindow(&Main());
     QCoreApplication::processEvents();

@@ -358,6 +358,26 @@ TEST_F(MainTest, TasksAreSavedAndOpenedAgainByTheRecentList) {
   EXPECT_TRUE(rig_.Shown("lbNoTask"));
 }
 
+TEST_F(MainTest, TheTaskThatTheProgramIsStartedWithIsOpened) {
+  OpenPair();
+  rig_.host->chosen = rig_.folder / "given.vlt";
+  rig_.Trigger("acSaveTask");
+  rig_.Main().close();
+  rig_.Start(rig_.folder / "given.vlt");
+  EXPECT_TRUE(rig_.Shown("panMain"));
+  EXPECT_EQ(rig_.Main().windowTitle(), QStringLiteral("given - Velmora 2.0"));
+
+  rig_.Main().close();
+  std::string text;
+  WhenModal([&text](QWidget* box) {
+    text = FromQt(box->property("text").toString());
+    box->close();
+  });
+  rig_.Start(rig_.folder / "none.vlt");
+  EXPECT_THAT(text, HasSubstr("none.vlt"));
+  EXPECT_TRUE(rig_.Shown("lbNoTask"));
+}
+
 TEST_F(MainTest, WhatAConnectionSaysStandsInTheLogOnce) {
   OpenPair();
   dynamic_cast<TDBConnMySQL&>(*rig_.Main().App().connections.target).GetConnectionObject().Notice("nobody has checked");

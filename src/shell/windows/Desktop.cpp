@@ -4,6 +4,7 @@
 #include <QEventLoop>
 #include <QTimer>
 #include <clocale>
+#include <cstdio>
 
 #include "app/Enumerators.h"
 #include "crash/CrashNotes.h"
@@ -19,6 +20,7 @@
 #include "shell/windows/CrashDialog.h"
 #include "shell/windows/Dump.h"
 #include "shell/windows/Options.h"
+#include "shell/windows/ProgramArguments.h"
 #include "shell/windows/Progress.h"
 #include "shell/windows/Splash.h"
 #include "shell/windows/TaskWiz.h"
@@ -40,6 +42,11 @@ class TQtApplication final : public QApplication {
     return taken;
   }
 };
+
+int Print(const TProgramArguments& answered) {
+  std::fputs(answered.answer.c_str(), answered.status == 0 ? stdout : stderr);
+  return answered.status;
+}
 
 void Wait(int milliseconds) {
   QEventLoop loop;
@@ -96,13 +103,17 @@ void TDesktop::MakeForms() {
 
 int RunDesktop(int& argc, char** argv) {
   WatchDesktop();
+  const TProgramArguments asked = ReadProgramArguments({argv + 1, argv + argc});
+  if (!asked.answer.empty() && asked.status == 0) return Print(asked);  // which needs no display
   TQtApplication application(argc, argv);
+  const TProgramArguments given = ReadProgramArguments({argv + 1, argv + argc});
+  if (!given.answer.empty()) return Print(given);
   std::setlocale(LC_NUMERIC, "C");  // Qt took over the user's; drivers of databases write numbers by it
   QApplication::setApplicationName(QLatin1String(kProgramTitle));
   QApplication::setDesktopFileName(QStringLiteral("velmora"));
   QApplication::setWindowIcon(ProgramIcon());
   TUserOptions options;
-  TDesktop desktop({SettingsFile(), &options, {}, nullptr});
+  TDesktop desktop({SettingsFile(), &options, {}, nullptr, given.task_file});
   desktop.Start();
   OfferCrashReports(CrashFolder(), &desktop.Main());
   return QApplication::exec();

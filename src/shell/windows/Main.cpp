@@ -159,8 +159,13 @@ void TfmMain::FirstShow() {
   LoadOptions();
   ShowTask(false);
   // After the window stands: a password may be asked for.
-  if (options_.ConnectOnStartup && recent_.Count() > 0)
-    QTimer::singleShot(0, this, [this] { AtTopLevel([this] { OpenLatest(); }); });
+  QTimer::singleShot(0, this, [this] { AtTopLevel([this] { OpenFirst(); }); });
+}
+
+void TfmMain::OpenFirst() {
+  if (!task_) return;  // closed already
+  if (!setup_.task_file.empty()) return task_->OpenTask(setup_.task_file);
+  if (options_.ConnectOnStartup && recent_.Count() > 0) OpenLatest();
 }
 
 // A task that keeps the standard dialect is left for the user to open.

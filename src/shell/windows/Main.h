@@ -61,6 +61,7 @@ struct TDesktopSetup {
   TOptionStore* options = nullptr;  // outlives the window
   TEngineClients clients;
   TWindowWait* wait = nullptr;  // how its connections wait, and are cancelled; outlives the window; the desktop sets it
+  std::string task_file;        // to be opened once the window stands; empty: none
 };
 
 // Whose work the script in the editor is, as far as the open pair goes.
@@ -160,6 +161,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void WriteSettings();
   void Close();
   void LoadOptions();
+  void OpenFirst();
   void OpenLatest();
   void ApplyFonts();
   void SaveOptions();
