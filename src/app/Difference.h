@@ -39,7 +39,10 @@ struct TDifference {
   std::string note{};         // what a reference that is not MySQL has here, and what to know of it; may have lines
   std::string lock{};         // what it costs others meanwhile: "instant"; empty where nobody knows the server
   std::string rename{};       // what may be meant instead, as ReadRename takes it; empty for nothing that is offered
+  double score = 0;           // of that; up to 1
+  std::string renamed{};      // the rename that it is, likewise
   bool other_engine = false;  // of options: the table's engine is another one
+  std::string trigger_table{};
 };
 
 // A statement of a script that the comparison planned.

@@ -16,14 +16,6 @@ namespace {
 
 bool WholeTable(const TDifference& difference) { return difference.kind == EDifferenceKind::Table; }
 
-// What is told of a whole table speaks of its columns, which are none that differ.
-std::string FilteredWords(const TDifference& difference) {
-  std::string words = difference.table + " " + difference.item + " ";
-  words.append(KindWord(difference.kind)).append(" ").append(StateWord(difference.state));
-  if (!difference.unsafe.empty()) words += " unsafe: " + difference.unsafe;
-  return LowerText(WholeTable(difference) ? words : words + " " + difference.detail);
-}
-
 // "3 new, 1 obsolete, 8 changed" without what there is none of.
 std::string StateCounts(const std::map<std::string, EDifferenceState>& tables) {
   TStringList parts;
@@ -142,11 +134,9 @@ bool TDifferenceList::Redo() {
 // --- What is shown
 
 void TDifferenceList::SetFilter(const std::string& filter) {
-  TStringList words;
-  SplitPlain(' ', LowerText(filter), words);
-  std::erase(words, std::string());
-  if (words == filter_) return;
-  filter_ = std::move(words);
+  TDifferenceFilter read(filter);
+  if (read == filter_) return;
+  filter_ = std::move(read);
   Group();
 }
 
@@ -194,9 +184,7 @@ void TDifferenceList::Sort() {
 }
 
 bool TDifferenceList::Shown(const TEntry& entry) const {
-  return entry.decision != EDecision::Deleted && std::ranges::all_of(filter_, [&entry](const std::string& word) {
-           return entry.words.find(word) != std::string::npos;
-         });
+  return entry.decision != EDecision::Deleted && filter_.Shows(entry.difference, entry.words);
 }
 
 bool TDifferenceList::SameGroup(std::size_t a, std::size_t b) const {
@@ -249,10 +237,15 @@ std::string TDifferenceList::Footing() const {
   const auto ticked = count(EDecision::Ticked);
   const auto there = static_cast<std::size_t>(ticked + count(EDecision::Unticked));
   if (there == 0) return {};
-  std::size_t shown = 0;
-  for (const TDifferenceGroup& group : groups_) shown += group.members.size();
   const std::string text = Format("%d of %s ticked", ticked, Counted(there, "action"));
-  return shown == there ? text : text + Format(", %d shown", shown);
+  std::size_t shown = 0;
+  std::ptrdiff_t shown_ticked = 0;
+  for (const TDifferenceGroup& group : groups_) {
+    shown += group.members.size();
+    shown_ticked += std::ranges::count_if(group.members, [this](std::size_t place) { return Ticked(place); });
+  }
+  if (shown == there) return text;
+  return text + Format("; %d hidden (%d ticked)", there - shown, ticked - shown_ticked);
 }
 
 }  // namespace velmora

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "app/Difference.h"
+#include "app/DifferenceFilter.h"
 #include "sync/Data.h"
 #include "util/Lists.h"
 
@@ -55,15 +56,13 @@ class TDifferenceList {
   bool Redo();
 
   // --- What is shown
-  // Every word of `filter` has to stand in a difference's name, kind, state ("new", "changed", "obsolete", "unsafe") or
-  // in what changes; letter case does not count.
-  void SetFilter(const std::string& filter);
+  void SetFilter(const std::string& filter);  // see TDifferenceFilter
   void Arrange(EGrouping grouping, ESorting sorting);
   EGrouping Grouping() const { return grouping_; }
   const std::vector<TDifferenceGroup>& Groups() const { return groups_; }
   // Both of all that is not deleted, empty where there is none: "12 tables: 3 new, 1 obsolete, 8 changed; 4 unsafe"
-  // with how many were not ticked at first and still are not, and "19 of 20 actions ticked" with how many are shown,
-  // where these are not all.
+  // with how many were not ticked at first and still are not, and "19 of 20 actions ticked" with how many the filter
+  // hides, and how many of these are ticked.
   std::string Heading() const;
   std::string Footing() const;
 
@@ -100,7 +99,7 @@ class TDifferenceList {
   std::unordered_set<std::string> unticked_;  // marks of what is to be unticked if it is found again
   std::vector<TStep> steps_;
   std::size_t done_ = 0;  // of the steps; the others can be done again
-  TStringList filter_;    // its words
+  TDifferenceFilter filter_;
   EGrouping grouping_ = EGrouping::ByTable;
   ESorting sorting_ = ESorting::ByName;
   std::vector<std::size_t> sorted_;  // all places

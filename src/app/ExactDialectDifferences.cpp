@@ -109,7 +109,7 @@ std::vector<TDifference> TExactDialect::Differences() const {
   };
   std::unordered_map<int, const TRenameOffer*> offers;
   for (const TRenameOffer& offer : sync.RenameOffers()) offers[offer.goes] = offers[offer.comes] = &offer;
-  for (const TRenameChange& change : sync.Renames())
+  for (const TRenameChange& change : sync.Renames()) {
     differences.push_back({change.id,
                            change.Table(),
                            change.rename.OfTable() ? "" : change.rename.to,
@@ -118,7 +118,11 @@ std::vector<TDifference> TExactDialect::Differences() const {
                            change.LogText(),
                            change.rename.from + " -> " + change.rename.to,
                            {},
-                           first_of(change.id)});
+                           first_of(change.id),
+                           {},
+                           lock_of(change.id)});
+    differences.back().renamed = change.rename.Text();
+  }
   for (const TChange& change : sync.AllChanges()) {
     const std::string detail =
         ChangeDetail(change, sync.Target().Find(change.table), sync.Reference().Find(change.table));
@@ -130,12 +134,16 @@ std::vector<TDifference> TExactDialect::Differences() const {
     if (offer == offers.end()) continue;
     TDifference& offered = differences.back();
     offered.rename = offer->second->rename.Text();
+    offered.score = offer->second->score;
     offered.note += (offered.note.empty() ? "" : "\n") + offer->second->Text();
   }
-  for (const TObjectChange& change : sync.AllObjectChanges())
+  for (const TObjectChange& change : sync.AllObjectChanges()) {
     differences.push_back({change.id, std::string(KindsTitle(change.kind)), change.name, KindOf(change),
                            StateOf(change.action), change.LogText(), JoinList(change.elements, ", "), change.unsafe,
                            first_of(change.id)});
+    const auto& text = change.new_text ? change.new_text : change.old_text;
+    if (text) differences.back().trigger_table = text->table;
+  }
   return differences;
 }
 

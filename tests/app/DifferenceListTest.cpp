@@ -145,6 +145,15 @@ TEST_F(DifferenceListTest, IsGroupedSortedFilteredAndCounted) {
        "column",
        {"Columns: Changed column name, Changed column kind, Changed column note, Moved column far, New column more"}},
       {EGrouping::ByKind, ESorting::ByRunning, "constraint f", {}},
+      {EGrouping::ByTable, ESorting::ByName, "Foreign-keys:b.f check:*", {"b: New constraint c, Changed constraint f"}},
+      {EGrouping::ByTable,
+       ESorting::ByName,
+       "options:b partitioning:",
+       {"b: Changed options of table b, Changed partitioning of table b"}},
+      {EGrouping::ByTable, ESorting::ByName, "a_* table:new", {"A_old", "new"}},
+      {EGrouping::ByTable, ESorting::ByName, "column:n", {}},
+      {EGrouping::ByTable, ESorting::ByName, "b.n* unsafe", {"b: Changed column name"}},
+      {EGrouping::ByTable, ESorting::ByName, "index:B. new", {"b: New index f"}},
   };
   for (const TCase& item : kCases) {
     list_.SetFilter(item.filter);
@@ -152,7 +161,7 @@ TEST_F(DifferenceListTest, IsGroupedSortedFilteredAndCounted) {
     EXPECT_EQ(Shown(), item.shown) << item.filter;
   }
   list_.SetFilter("unsafe");
-  EXPECT_EQ(list_.Footing(), "14 of 14 actions ticked, 2 shown");
+  EXPECT_EQ(list_.Footing(), "14 of 14 actions ticked; 12 hidden (12 ticked)");
   list_.SetFilter({});
   list_.Arrange(EGrouping::ByTable, ESorting::ByRunning);
   EXPECT_EQ(list_.Groups().front().title, "b");  // whose foreign key is dropped before all else

@@ -172,7 +172,7 @@ TEST_F(DifferenceTreeTest, TheFilterAndTheKeysFindDifferences) {
   auto* filter = rig_.Find<QLineEdit>("edFilter");
   ASSERT_TRUE(filter->hasFocus());
   QTest::keyClicks(filter, QStringLiteral("unsafe"));
-  EXPECT_EQ(Footing(), "5 of 5 actions ticked, 2 shown");
+  EXPECT_EQ(Footing(), "5 of 5 actions ticked; 3 hidden (3 ticked)");
   QTest::keyClick(filter, Qt::Key_Down);
   EXPECT_TRUE(View().hasFocus());
   EXPECT_EQ(Current(), "old");

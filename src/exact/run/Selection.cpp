@@ -53,6 +53,7 @@ EReach ReachOf(const TPattern& pattern) { return pattern.kind.empty() ? EReach::
 bool OfWholeTable(const TPattern& pattern) { return ReachOf(pattern) == EReach::Table && pattern.element.empty(); }
 
 std::string_view KindOf(const TChange& change) {
+  if (SyncAction(change.action).WholeTable()) return "table";
   if (change.action == saChangeTableType) return change.item == kPartitioningItem ? "partitioning" : "options";
   if (IsKey(change.kind)) return "index";
   if (change.kind == EElement::Column) return "column";
@@ -63,17 +64,10 @@ bool NamesTable(const TPattern& pattern, std::string_view table) {
   return OfWholeTable(pattern) && MatchesPattern(pattern.name, table);
 }
 
-bool NamesChange(const TPattern& pattern, const TChange& change) {
-  if (ReachOf(pattern) == EReach::Object || !MatchesPattern(pattern.name, change.table)) return false;
-  if (OfWholeTable(pattern)) return true;
-  if (SyncAction(change.action).WholeTable()) return false;
-  if (ReachOf(pattern) == EReach::Element && pattern.kind != KindOf(change)) return false;
-  return pattern.element.empty() || MatchesPattern(pattern.element, change.item);
-}
-
-bool NamesObject(const TPattern& pattern, std::string_view kind, std::string_view name, std::string_view table) {
-  if (pattern.kind.empty()) return kind == "trigger" && pattern.element.empty() && MatchesPattern(pattern.name, table);
-  return pattern.kind == kind && MatchesPattern(pattern.name, name);
+bool NamesObject(const TPattern& pattern, const TNamed& what) {
+  if (pattern.kind.empty())
+    return what.kind == "trigger" && pattern.element.empty() && MatchesPattern(pattern.name, what.table);
+  return pattern.kind == what.kind && MatchesPattern(pattern.name, what.name);
 }
 
 template <class Names>
@@ -130,6 +124,16 @@ TStringList PatternKinds() {
   return kinds;
 }
 
+bool Names(const TPattern& pattern, const TNamed& what) {
+  const EReach of = FindKind(what.kind)->reach;
+  if (of == EReach::Object) return NamesObject(pattern, what);
+  if (ReachOf(pattern) == EReach::Object || !MatchesPattern(pattern.name, what.name)) return false;
+  if (OfWholeTable(pattern)) return true;
+  if (of == EReach::Table) return false;
+  if (ReachOf(pattern) == EReach::Element && pattern.kind != what.kind) return false;
+  return pattern.element.empty() || MatchesPattern(pattern.element, what.element);
+}
+
 TPattern ReadPattern(const std::string& text) {
   TPattern pattern{Trim(text), {}, Trim(text), {}};
   if (const std::size_t colon = pattern.name.find(':'); colon != std::string::npos) {
@@ -166,11 +170,13 @@ bool TSelection::ReadsTable(std::string_view table) const {
 }
 
 bool TSelection::TakesChange(const TChange& change) const {
-  return Takes(*this, [&change](const TPattern& pattern) { return NamesChange(pattern, change); });
+  const TNamed what{KindOf(change), change.table, change.item};
+  return Takes(*this, [&what](const TPattern& pattern) { return Names(pattern, what); });
 }
 
 bool TSelection::TakesObject(std::string_view kind, std::string_view name, std::string_view table) const {
-  return Takes(*this, [&](const TPattern& pattern) { return NamesObject(pattern, kind, name, table); });
+  const TNamed what{kind, name, {}, table};
+  return Takes(*this, [&what](const TPattern& pattern) { return NamesObject(pattern, what); });
 }
 
 std::string TLeftOut::Text() const {

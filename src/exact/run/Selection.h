@@ -28,6 +28,15 @@ struct TPattern {
 TPattern ReadPattern(const std::string& text);  // raises for one without a name, and for an unknown kind
 TStringList PatternKinds();
 
+// What a pattern may name. Its kind is one of PatternKinds.
+struct TNamed {
+  std::string_view kind;  // "table" for the whole of one
+  std::string_view name;  // of what stands in a table, the table's
+  std::string_view element{};
+  std::string_view table{};  // of a trigger
+};
+bool Names(const TPattern& pattern, const TNamed& what);
+
 // What is compared is what `only` names, or all where it names nothing, without what `except` names.
 struct TSelection {
   std::vector<TPattern> only{};

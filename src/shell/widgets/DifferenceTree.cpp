@@ -15,6 +15,11 @@ namespace velmora {
 
 namespace {
 
+constexpr char kFilterHint[] =
+    "<p>Words of a name, a kind, of what changes; <i>new, changed, obsolete, unsafe</i>. All have to fit.</p>"
+    "<p>Or patterns, one of which has to fit: <i>orders*</i> for tables, <i>view:*</i>, <i>trigger:t_*</i>, "
+    "<i>column:orders.ship_*</i>, <i>index:*.ix_?</i>.</p>"
+    "<p>What is hidden stays ticked, and is counted below the list.</p>";
 constexpr int kHintEdge = 12;
 constexpr int kComboLetters = 8;  // that a narrow panel leaves of a choice
 
@@ -105,7 +110,7 @@ TDifferenceTree::TDifferenceTree(QWidget* parent)
   for (QLabel* label : {lbCounts_, lbTicked_}) label->setContentsMargins(4, 0, 2, 0);
   lbTicked_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
   edFilter_->setPlaceholderText(QStringLiteral("Filter (Ctrl+Shift+F)"));
-  edFilter_->setToolTip(QStringLiteral("Words of a name, a kind, of what changes; new, changed, obsolete, unsafe"));
+  edFilter_->setToolTip(QLatin1String(kFilterHint));
   edFilter_->setAccessibleName(QStringLiteral("Filter of the sync actions"));
   edFilter_->setClearButtonEnabled(true);
   edFilter_->installEventFilter(this);
