@@ -4,6 +4,7 @@
 #include <optional>
 #include <set>
 
+#include "exact/compare/Safety.h"
 #include "mysqltext/Charsets.h"
 #include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
@@ -116,8 +117,7 @@ std::string TKnownSets::UnknownIn(const std::string& text) {
       entry->second = used || ServerKnows(server_, set);
     }
     if (entry->second) continue;
-    reasons += (reasons.empty() ? "" : "; ") +
-               Format(kUnknown, set.collation ? "collation" : "character set", set.name, set.name);
+    AddReason(reasons, Format(kUnknown, set.collation ? "collation" : "character set", set.name, set.name));
   }
   return reasons;
 }
@@ -151,10 +151,7 @@ void MarkUnknownCollations(TDBConn& target, const std::map<std::string, std::str
                            std::vector<TChange>& changes) {
   TKnownSets known(target);
   known.Believe(texts);
-  for (TChange& change : changes) {
-    const std::string reasons = known.UnknownIn(change.new_text.Str());
-    if (!reasons.empty()) change.unsafe += (change.unsafe.empty() ? "" : "; ") + reasons;
-  }
+  for (TChange& change : changes) AddReason(change.unsafe, known.UnknownIn(change.new_text.Str()));
 }
 
 }  // namespace velmora

@@ -89,12 +89,6 @@ double Nearness(const TPlace& a, const TPlace& b) {
   return same == 0 && apart > kNear ? 0 : kBySides[static_cast<std::size_t>(same)];
 }
 
-TElement Renamed(TElement column, const std::string& name) {
-  column.text = QuotedName(name) + column.text.Str().substr(column.text.Tokens()[0].End());
-  column.name = name;
-  return column;
-}
-
 // --- Pairs
 
 using TChanges = std::vector<const TChange*>;
@@ -144,10 +138,9 @@ class TOffers {
     const double near = Nearness(PlaceOf(there, from.item), PlaceOf(wanted, to.item));
     if (near == 0) return 0;
     TEquivalenceUse use = use_;
-    const TElement* column = there.Find(EElement::Column, from.item);
-    if (!TElementComparison(wanted, there, use)
-             .Same(*wanted.Find(EElement::Column, to.item), Renamed(*column, to.item)))
-      return 0;
+    TElement column = *there.Find(EElement::Column, from.item);
+    RenameColumn(column, to.item);
+    if (!TElementComparison(wanted, there, use).Same(*wanted.Find(EElement::Column, to.item), column)) return 0;
     return 0.5 + 0.3 * near + 0.2 * Likeness(from.item, to.item);
   }
 

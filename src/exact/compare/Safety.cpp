@@ -239,10 +239,6 @@ bool LettersMayBeLost(std::string_view from, std::string_view to) {
   return !SameBytes(from, to);
 }
 
-void AddReason(std::string& reasons, const std::string& reason) {
-  if (!reason.empty()) reasons += (reasons.empty() ? "" : "; ") + reason;
-}
-
 std::string UnsafeValues(const TColumnText& from, const TColumnText& to) {
   std::string reasons;
   if (const char* reason = UnsafeType(from, to)) AddReason(reasons, Format(reason, TypeText(from), TypeText(to)));
@@ -328,6 +324,10 @@ std::string UnsafeOptions(const TChange& change) {
 }
 
 }  // namespace
+
+void AddReason(std::string& reasons, const std::string& reason) {
+  if (!reason.empty()) reasons += (reasons.empty() ? "" : "; ") + reason;
+}
 
 std::string UnsafeColumnChange(const TColumnText& had, const TColumnText& has) {
   if (has.generated) return had.generated ? std::string() : kComputes;  // computed values are computed again

@@ -9,6 +9,9 @@
 
 namespace velmora {
 
+// "first; second"; an empty one adds nothing.
+void AddReason(std::string& reasons, const std::string& reason);
+
 // Why making `to` of `from` may lose data or fail on rows that are there; empty when it cannot.
 std::string UnsafeColumnChange(const TColumnText& from, const TColumnText& to);
 // Whether the column's values stay what they are, but for their character set and what sorts them.

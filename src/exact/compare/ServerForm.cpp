@@ -558,4 +558,9 @@ void MakeNamesAnew(TTableText& table, const TServerTraits& server) {
 
 void RenameKey(TElement& key, const std::string& name) { NameKey(key, name); }
 
+void RenameColumn(TElement& column, const std::string& name) {
+  column.text = QuotedName(name) + column.text.Str().substr(column.text.Tokens()[0].End());
+  column.name = name;
+}
+
 }  // namespace velmora

@@ -54,7 +54,8 @@ void RenameColumnIn(TElement& element, std::string_view from, std::string_view t
 // The same in the columns to which a foreign key refers.
 void RenameReferenced(TElement& foreign_key, std::string_view from, std::string_view to);
 
-// The key under another name.
+// The key, or the column, under another name.
 void RenameKey(TElement& key, const std::string& name);
+void RenameColumn(TElement& column, const std::string& name);
 
 }  // namespace velmora

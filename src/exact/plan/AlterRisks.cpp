@@ -221,8 +221,7 @@ std::string TAlterJudge::Add() {
   std::string reasons;
   for (const TElement& element : added.elements) {
     if (element.kind != EElement::Column) continue;
-    const std::string reason = Told("column", element.name, RiskOfColumn(nullptr, {}, element, after));
-    if (!reason.empty()) reasons += (reasons.empty() ? "" : "; ") + reason;
+    AddReason(reasons, Told("column", element.name, RiskOfColumn(nullptr, {}, element, after)));
   }
   return reasons;
 }

@@ -129,7 +129,8 @@ constexpr std::array kRows = {
              From(kFirstMariaDb, InPlace, kMeasured, Instant)},
     TLockRow{EChange::HandDownCharset, "default character set of a table", kDescribed,
              From(kFirstMariaDb, InPlace, kMeasured, Instant)},
-    TLockRow{EChange::RenameTable, "rename table", From(80000, Instant), kDescribedMaria},
+    TLockRow{EChange::RenameTable, "rename table", From(kFirstMySql, InPlace, 80000, Instant),
+             From(kFirstMariaDb, InPlace, kMeasured, Instant)},
     TLockRow{EChange::Partition, "partitioning", kCopied, kCopiedMaria},
 };
 static_assert(kRows.size() == static_cast<std::size_t>(EChange::Unknown));
@@ -148,8 +149,9 @@ bool ReordersRows(EChange change) {
 }
 
 ELockClass InTable(EChange change) {
-  const bool described = OneOf(change, {EChange::DescribeColumn, EChange::RenameColumn, EChange::ChangeWidth,
-                                        EChange::AppendMember, EChange::RenameKey, EChange::DescribeTable});
+  const bool described =
+      OneOf(change, {EChange::DescribeColumn, EChange::RenameColumn, EChange::ChangeWidth, EChange::AppendMember,
+                     EChange::RenameKey, EChange::DescribeTable, EChange::RenameTable});
   const bool copied = OneOf(change, {EChange::AddColumn, EChange::AddColumnBetween, EChange::DropColumn,
                                      EChange::AddKey, EChange::DropKey, EChange::ChangeType, EChange::ForbidNull,
                                      EChange::AllowNull, EChange::ChangeEngine, EChange::ChangeRows});

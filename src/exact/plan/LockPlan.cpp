@@ -161,7 +161,7 @@ class TLocker {
         Split(std::move(statement));
       else
         done_.push_back(std::move(statement));
-      if (alters) WriteAlgorithm();
+      for (; alters && first_ < done_.size(); ++first_) WriteAlgorithm(algorithm_, done_[first_]);
     }
     return std::move(done_);
   }
@@ -220,15 +220,6 @@ class TLocker {
     }
   }
 
-  void WriteAlgorithm() {
-    if (algorithm_ == ELockClass::Unknown) return;
-    for (; first_ < done_.size(); ++first_) {
-      TPlanStatement& statement = done_[first_];
-      const bool instant = algorithm_ == ELockClass::Instant || statement.lock == ELockClass::Instant;
-      statement.text = WithAlgorithm(statement.text, instant ? "instant" : "inplace");
-    }
-  }
-
   const TSchema& target_;
   ELockClass algorithm_;
   TServerTraits server_;
@@ -245,6 +236,12 @@ bool WithinAlgorithm(ELockClass is, ELockClass algorithm) {
   if (algorithm == ELockClass::Unknown || is == ELockClass::None || is == ELockClass::Unknown) return true;
   if (algorithm == ELockClass::Instant) return is == ELockClass::Instant;
   return is != ELockClass::Copy && is != ELockClass::CopyWithWrites;
+}
+
+void WriteAlgorithm(ELockClass algorithm, TPlanStatement& statement) {
+  if (algorithm == ELockClass::Unknown) return;
+  const bool instant = algorithm == ELockClass::Instant || statement.lock == ELockClass::Instant;
+  statement.text = WithAlgorithm(statement.text, instant ? "instant" : "inplace");
 }
 
 std::vector<TPlanStatement> WithLocks(std::vector<TPlanStatement> plan, const std::vector<TChange>& changes,

@@ -23,6 +23,10 @@ struct TLockWishes {
 // Whether a statement of this class is done by the algorithm.
 bool WithinAlgorithm(ELockClass is, ELockClass algorithm);
 
+// Writes the words that make the server refuse what the algorithm does not do; none into other statements than "alter
+// table", nor for Unknown. What is known to be instant is to be that.
+void WriteAlgorithm(ELockClass algorithm, TPlanStatement& statement);
+
 // Of statements that alter tables of `target`. Without a server that is known none has a class, and none is split; the
 // algorithm is written all the same.
 std::vector<TPlanStatement> WithLocks(std::vector<TPlanStatement> plan, const std::vector<TChange>& changes,

@@ -552,8 +552,7 @@ void TAlteration::ReadWrittenRename(TTokens clause) {
   if (column) {
     const auto found = FindColumn(columns_, from);
     if (found == columns_.end()) FailMissing(kColumn, from);
-    found->text = QuotedName(to) + found->text.Str().substr(found->text.Tokens()[0].End());
-    found->name = to;
+    velmora::RenameColumn(*found, to);
     return RenameColumn(from, to);
   }
   const auto found = std::find_if(others_.begin(), others_.end(), [&from](const TElement& element) {

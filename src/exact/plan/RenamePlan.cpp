@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "exact/plan/PlanClauses.h"
+#include "exact/plan/StatementLocks.h"
 #include "mysqltext/ColumnParts.h"
 #include "mysqltext/KeyText.h"
 #include "util/Errors.h"
@@ -20,7 +21,6 @@ constexpr char kNoColumn[] = "Table %s has no column %s to rename";
 constexpr char kTableThere[] = "Table %s is there already";
 constexpr char kColumnThere[] = "Table %s has a column %s already";
 
-constexpr int kMySqlInstant = 80028;  // where that is only a word in the dictionary
 constexpr int kMySqlRenames = 80000;  // from here on servers have "rename column"
 constexpr int kMariaDbRenames = 100502;
 
@@ -28,20 +28,17 @@ bool HasRenameColumn(const TServerTraits& server) {
   return server.version == 0 || server.version >= (server.mysql ? kMySqlRenames : kMariaDbRenames);
 }
 
-TElement Renamed(TElement column, const std::string& name) {
-  column.text = QuotedName(name) + column.text.Str().substr(column.text.Tokens()[0].End());
-  column.name = name;
-  return column;
-}
-
-// The columns by which partitions are chosen stand before the list of partitions.
+// The columns by which partitions are chosen stand in brackets before the list of partitions.
 std::string PartitioningWith(const std::string& text, const std::string& from, const std::string& to) {
   const std::vector<TToken> tokens = Tokens(text);
   std::string result;
   std::size_t done = 0;
+  int depth = 0;
   for (std::size_t at = 0; at < tokens.size(); ++at) {
     if (tokens[at].Is("(") && IsKeyword(TokenAt(tokens, at + 1), "partition")) break;
-    if (!IsName(tokens[at]) || !SameText(NameOf(tokens[at]), from)) continue;
+    depth += tokens[at].Is("(") ? 1 : tokens[at].Is(")") ? -1 : 0;
+    const bool column = depth > 0 && IsName(tokens[at]) && !TokenAt(tokens, at + 1).Is("(");
+    if (!column || !SameText(NameOf(tokens[at]), from)) continue;
     result += text.substr(done, tokens[at].start - done) + QuotedName(to);
     done = tokens[at].End();
   }
@@ -71,7 +68,7 @@ void ApplyToColumn(const TRename& rename, TSchema& schema) {
   if (column == table->elements.end()) RaiseError(Format(kNoColumn, rename.table, rename.from));
   if (!SameText(rename.from, rename.to) && table->Find(EElement::Column, rename.to) != nullptr)
     RaiseError(Format(kColumnThere, rename.table, rename.to));
-  *column = Renamed(*column, rename.to);
+  RenameColumn(*column, rename.to);
   for (TElement& element : table->elements) RenameColumnIn(element, rename.from, rename.to);
   table->partitioning = PartitioningWith(table->partitioning, rename.from, rename.to);
   for (const TTableText& other : schema.Tables())
@@ -117,10 +114,13 @@ std::string RenameStatement(const TRename& rename, const TServerTraits& server, 
   const TElement* column = table == nullptr ? nullptr : table->Find(EElement::Column, rename.from);
   if (column == nullptr) RaiseError(Format(kNoColumn, rename.table, rename.from));
   TStringList clauses;
-  if (HasRenameColumn(server))
+  if (HasRenameColumn(server)) {
     clauses.push_back(Format("rename column %s to %s", QuotedName(rename.from), QuotedName(rename.to)));
-  else
-    clauses.push_back("change column " + QuotedName(rename.from) + " " + Renamed(*column, rename.to).text.Str());
+  } else {
+    TElement renamed = *column;
+    RenameColumn(renamed, rename.to);
+    clauses.push_back("change column " + QuotedName(rename.from) + " " + renamed.text.Str());
+  }
   if (server.mysql) AddDependents(rename, *table, clauses);
   std::string end;
   if (const std::string followed = PartitioningWith(table->partitioning, rename.from, rename.to);
@@ -129,19 +129,12 @@ std::string RenameStatement(const TRename& rename, const TServerTraits& server, 
   return "alter table " + QuotedName(rename.table) + " " + JoinList(clauses, ", ") + end;
 }
 
-// What comes again beside the new name is checked by copying the table.
 ELockClass RenameLock(const TRename& rename, const TServerTraits& server, const TSchema& schema) {
   if (server.version == 0) return ELockClass::None;
-  const TTableText* table = schema.Find(rename.table);
-  if (!rename.OfTable() && table != nullptr && server.mysql) {
-    TStringList dependents;
-    AddDependents(rename, *table, dependents);
-    const bool partitions = PartitioningWith(table->partitioning, rename.from, rename.to) != table->partitioning;
-    if (!dependents.empty() || partitions) return ELockClass::Copy;
-  }
-  const bool instant = server.mysql ? server.version >= (rename.OfTable() ? kMySqlRenames : kMySqlInstant)
-                                    : server.version >= kMariaDbRenames;
-  return instant ? ELockClass::Instant : ELockClass::InPlace;
+  const TTableText* table = schema.Find(rename.OfTable() ? rename.from : rename.table);
+  if (table == nullptr) return ELockClass::Unknown;
+  if (rename.OfTable()) return ClassOf(ELockChange::RenameTable, LockTraitsOf(*table), server);
+  return ClassOfStatement(RenameStatement(rename, server, schema), *table, server, false);
 }
 
 }  // namespace velmora
