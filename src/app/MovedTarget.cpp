@@ -70,6 +70,8 @@ TStringList MovedSince(const TExactSync& sync, const std::vector<TPlanStatement>
       objects.insert(statement.object);
     else if (seen.insert(statement.table).second)
       tables.push_back(statement.table);
+  for (const TRenameChange& change : sync.Renames())
+    if (change.rename.OfTable() && seen.contains(change.rename.to)) tables.push_back(change.rename.from);
   LookAtTables(sync, tables, target, moved);
   if (!objects.empty()) LookAtObjects(sync, objects, target, moved);
   return moved;

@@ -2,9 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include "exact/objects/ObjectContext.h"
+#include "exact/objects/ObjectPlan.h"
 #include "exact/objects/ViewQuery.h"
-
 #include "support/CaseFile.h"
+#include "support/LineDiff.h"
+#include "support/MessageOf.h"
+#include "util/OneLine.h"
 
 namespace velmora {
 namespace {
@@ -41,6 +45,57 @@ TEST(ObjectChangesTest, EachObjectIsNamedByKindAndName) {
             "New view a|Obsolete view b|event n not read|sequence s only in the reference|function F not followed, "
             "line 1: neither a view, trigger, procedure, function nor event is created here|"
             "trigger t not read: the reference may have it and does not show all of its kind|");
+}
+
+TDatabaseObjects ObjectsOf(const std::string& part) {
+  TDatabaseObjects objects;
+  for (const std::string& line : LinesOf(part)) {
+    TStringList cells;
+    SplitText(" | ", line, cells);
+    TOtherObject object{{}, {}, cells.back()};
+    if (cells.size() > 1) object.context = {{}, Trim(cells[1]), Trim(cells.at(2))};
+    if (cells.size() > 1 && !Trim(cells[0]).empty()) object.context.sql_mode = cells[0];
+    const TObjectText read = ReadObject(object, "");
+    object.kind = read.kind;
+    object.name = read.name;
+    objects.objects.push_back(std::move(object));
+  }
+  return objects;
+}
+
+TEST(ObjectPlansTest, LeadToTheReferenceByStatementsThatServersTake) {
+  for (const testing::TCaseText& c : testing::ReadCaseFile("exact/object_plans.txt").cases) {
+    SCOPED_TRACE(c.name);
+    const TDatabaseObjects reference = ObjectsOf(c.Parts().at(0));
+    TDatabaseObjects target = ObjectsOf(c.Parts().at(1));
+    TObjectPlan plan = MakeObjectPlan(CompareObjects(reference, target).changes, {.mysql = c.name.starts_with("my")});
+    plan.before.insert(plan.before.end(), plan.after.begin(), plan.after.end());
+    TObjectProof proof(target);
+    std::string statements;
+    for (const TPlanStatement& statement : plan.before) {
+      statements += OnOneLine(statement.text) + "\n";
+      for (const std::string& old : statement.put_back) statements += "  else " + OnOneLine(old) + "\n";
+      proof.Apply(statement.text);
+    }
+    EXPECT_EQ(testing::LineDiff(c.Parts().at(2) + "\n", statements), "");
+    EXPECT_TRUE(CompareObjects(reference, target).changes.empty());
+  }
+}
+
+TEST(ObjectPlansTest, TheProofTakesNoMoreThanServersDo) {
+  TDatabaseObjects objects = ObjectsOf(
+      "create view v as select 1\ncreate trigger g before insert on `my t` for each row set new.a = 1\n"
+      "create trigger h before insert on t for each row set new.a = 1");
+  TObjectProof proof(objects);
+  const auto told = [&proof](const char* statement) { return testing::MessageOf([&] { proof.Apply(statement); }); };
+  EXPECT_EQ(told("create view v as select 2"), "there is a view v already");
+  EXPECT_EQ(told("drop view w"), "there is no view w");
+  EXPECT_EQ(told("alter event e on schedule every 1 day do select 1"), "there is no event e");
+  proof.ApplyToTables("rename table `t` to `s`");
+  proof.ApplyToTables("drop table `my t`");
+  EXPECT_EQ(told("drop trigger g"), "there is no trigger g");
+  EXPECT_EQ(told("create or replace trigger h after insert on s for each row follows h set new.a = 2"),
+            "trigger h is to stand beside h, which does not fire with it");
 }
 
 }  // namespace

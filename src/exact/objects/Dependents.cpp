@@ -1,11 +1,13 @@
 #include "exact/objects/Dependents.h"
 
 #include <algorithm>
-#include <set>
+#include <iterator>
 #include <string>
 #include <unordered_map>
 #include <utility>
 
+#include "exact/compare/Safety.h"
+#include "exact/objects/ObjectContext.h"
 #include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
 #include "util/Errors.h"
@@ -55,14 +57,8 @@ class TNamed {
   }
 
   void Add(const TOtherObject& object) {
-    try {
-      std::set<std::string> names;
-      for (const TToken& token : Tokens(object.text))
-        if (IsName(token) || token.text.starts_with('"')) names.insert(LowerText(NameOf(token)));
-      for (const std::string& name : names) places_[name].push_back(objects_.size());
-      objects_.push_back(object.kind + " " + object.name);
-    } catch (const EVelmora&) {  // what cannot be read has been told
-    }
+    for (const std::string& name : NamesSpokenOf(object)) places_[name].push_back(objects_.size());
+    objects_.push_back(object.kind + " " + object.name);
   }
 
   TStringList objects_;
@@ -79,7 +75,31 @@ void NameDependents(const TDatabaseObjects& target, const std::vector<TObjectCha
     if (!Concerns(change)) continue;
     change.named_by = named.By(change.table, change.action == saDropTable ? "" : change.item);
     if (change.named_by.empty() || change.action == saModifyColumn) continue;
-    change.unsafe += (change.unsafe.empty() ? "" : "; ") + Format(kBreaks, change.named_by);
+    AddReason(change.unsafe, Format(kBreaks, change.named_by));
+  }
+}
+
+std::set<std::string> NamesSpokenOf(const TOtherObject& object) {
+  std::set<std::string> names;
+  try {
+    for (const TToken& token : TokensOf(object))
+      if (IsName(token)) names.insert(LowerText(NameOf(token)));
+  } catch (const EVelmora&) {  // that it cannot be read has been told
+  }
+  return names;
+}
+
+void FollowRename(const TRename& rename, TDatabaseObjects& objects) {
+  if (!rename.OfTable()) return;
+  for (TOtherObject& object : objects.objects) {
+    if (object.kind != "trigger" || object.text.empty()) continue;
+    try {
+      TObjectText text = ReadObject(object, objects.database);
+      if (text.table != rename.from) continue;
+      text.table = rename.to;
+      object.text = text.Creation({text.definer, false, text.order});
+    } catch (const EVelmora&) {  // it is told of and left alone
+    }
   }
 }
 

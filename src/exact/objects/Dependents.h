@@ -2,9 +2,12 @@
 
 // Views, triggers, routines and events that name what changes in tables.
 
+#include <set>
+#include <string>
 #include <vector>
 
 #include "exact/compare/Changes.h"
+#include "exact/compare/Renames.h"
 #include "exact/objects/ObjectChanges.h"
 
 namespace velmora {
@@ -14,5 +17,11 @@ namespace velmora {
 // runs is not seen.
 void NameDependents(const TDatabaseObjects& target, const std::vector<TObjectChange>& objects,
                     std::vector<TChange>& changes);
+
+// Names that its text speaks of, in lower case; none of a text that cannot be taken apart.
+std::set<std::string> NamesSpokenOf(const TOtherObject& object);
+
+// Triggers go with a table that is renamed. One that cannot be read stays as it is.
+void FollowRename(const TRename& rename, TDatabaseObjects& objects);
 
 }  // namespace velmora

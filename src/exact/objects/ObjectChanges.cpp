@@ -43,12 +43,7 @@ const TKindRow* FindKind(std::string_view kind) {
 
 bool Holds(const TStringList& list, const std::string& kind) { return std::ranges::find(list, kind) != list.end(); }
 
-using TKey = std::pair<std::string, std::string>;
-
-TKey KeyOf(const TOtherObject& object) {
-  const TKindRow* row = FindKind(object.kind);
-  return {object.kind, row == nullptr || row->case_counts ? object.name : LowerText(object.name)};
-}
+TObjectKey KeyOf(const TOtherObject& object) { return ObjectKey(object.kind, object.name); }
 
 // Modes of a session, in order, without those that servers of today no longer know.
 std::set<std::string> ModesOf(const std::string& sql_mode) {
@@ -81,8 +76,8 @@ class TComparison {
       : reference_(reference), target_(target), wishes_(wishes) {}
 
   TObjectComparison Compare() {
-    std::map<TKey, const TOtherObject*> there;
-    std::set<TKey> wanted;
+    std::map<TObjectKey, const TOtherObject*> there;
+    std::set<TObjectKey> wanted;
     for (const TOtherObject& object : target_.objects) there.emplace(KeyOf(object), &object);
     for (const TOtherObject& object : reference_.objects) {
       if (!wanted.insert(KeyOf(object)).second) continue;
@@ -115,7 +110,7 @@ class TComparison {
       return nullptr;
     }
     try {
-      return std::make_shared<const TObjectText>(ReadObjectText(object.text, side.database, QuotesNames(mode)));
+      return std::make_shared<const TObjectText>(ReadObject(object, side.database));
     } catch (const EVelmora& error) {
       Tell(object, Format(kNotFollowed, error.what()));
       return nullptr;
@@ -241,6 +236,11 @@ std::string TObjectChange::Description() const {
 TObjectComparison CompareObjects(const TDatabaseObjects& reference, const TDatabaseObjects& target,
                                  const TDefinerWishes& wishes) {
   return TComparison(reference, target, wishes).Compare();
+}
+
+TObjectKey ObjectKey(const std::string& kind, const std::string& name) {
+  const TKindRow* row = FindKind(kind);
+  return {kind, row == nullptr || row->case_counts ? name : LowerText(name)};
 }
 
 bool IsScriptedKind(std::string_view kind) { return FindKind(kind) != nullptr; }

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/CreationTexts.h"
@@ -59,6 +60,10 @@ struct TObjectComparison {
 // so is one that only one side has where the other does not see all of its kind.
 TObjectComparison CompareObjects(const TDatabaseObjects& reference, const TDatabaseObjects& target,
                                  const TDefinerWishes& wishes = {});
+
+// What an object is found by: to servers letter case counts in the names of some kinds alone.
+using TObjectKey = std::pair<std::string, std::string>;
+TObjectKey ObjectKey(const std::string& kind, const std::string& name);
 
 bool IsScriptedKind(std::string_view kind);  // one of the five that actions change
 TStringList ScriptedKinds();

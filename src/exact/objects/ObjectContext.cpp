@@ -68,6 +68,14 @@ std::string MissingMode(const std::string& sql_mode, const TPlanServer& server) 
   return {};
 }
 
+TObjectText ReadObject(const TOtherObject& object, const std::string& database) {
+  return ReadObjectText(object.text, database, QuotesNames(object.context.sql_mode.value_or("")));
+}
+
+std::vector<TToken> TokensOf(const TOtherObject& object) {
+  return TokensByMode(object.text, QuotesNames(object.context.sql_mode.value_or("")));
+}
+
 bool QuotesNames(std::string_view sql_mode) { return HasMode(sql_mode, "ANSI_QUOTES"); }
 
 bool RefusesNotPreserve(std::string_view sql_mode) { return HasMode(sql_mode, "HIGH_NOT_PRECEDENCE"); }

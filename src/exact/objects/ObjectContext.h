@@ -4,7 +4,10 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "core/CreationTexts.h"
+#include "exact/objects/ObjectText.h"
 #include "exact/plan/Plan.h"
 
 namespace velmora {
@@ -15,7 +18,13 @@ std::string ModesFor(const std::string& sql_mode, const TPlanServer& server);
 // for none.
 std::string MissingMode(const std::string& sql_mode, const TPlanServer& server);
 
-// Whether names stand in double quotes in them.
+// An object's text by the modes in which it was made; raises as ReadObjectText.
+TObjectText ReadObject(const TOtherObject& object, const std::string& database);
+// The tokens of its text, which it owns, likewise: what stands in double quotes may be a name. Raises as the lexer
+// does.
+std::vector<TToken> TokensOf(const TOtherObject& object);
+
+// Whether names stand in double quotes in these modes.
 bool QuotesNames(std::string_view sql_mode);
 // Whether MySQL refuses "on completion not preserve" in them.
 bool RefusesNotPreserve(std::string_view sql_mode);

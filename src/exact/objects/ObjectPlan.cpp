@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <initializer_list>
 #include <optional>
 #include <set>
 #include <utility>
 
+#include "exact/objects/Dependents.h"
 #include "exact/objects/ObjectContext.h"
 #include "exact/objects/ViewQuery.h"
-
 #include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
 #include "util/Errors.h"
@@ -24,6 +25,8 @@ constexpr char kDefinerNotAsked[] = "its definer %s has to be an account of the 
 constexpr std::string_view kTrigger = "trigger";
 constexpr char kNoSuchTrigger[] = "trigger %s is to stand beside %s, which does not fire with it";
 constexpr char kNotFollowed[] = "the statement is none that changes an object: %s";
+constexpr char kThere[] = "there is a %s %s already";
+constexpr char kNotThere[] = "there is no %s %s";
 
 // Settings that an object is made under, and where the session's own are kept meanwhile.
 struct TSetting {
@@ -41,15 +44,27 @@ std::string DropText(const TObjectChange& change) {
   return "drop " + change.kind + " " + QuotedName(change.old_text->name);
 }
 
+bool IsAnyOf(const TToken& token, std::initializer_list<std::string_view> words) {
+  return std::ranges::any_of(words, [&token](std::string_view word) { return token.Is(word); });
+}
+
 // Names of what a query may read from, as servers have them: those that stand where tables do.
-std::set<std::string> NamesIn(const std::string& text) {
-  const std::vector<TToken> tokens = Tokens(text);
+std::set<std::string> TablesIn(const TObjectChange& view) {
   std::set<std::string> names;
-  for (std::size_t at = 1; at < tokens.size(); ++at) {
-    const TToken& before = tokens[at - 1];
-    const bool table =
-        before.Is("from") || before.Is("join") || before.Is("straight_join") || before.Is(",") || before.Is("(");
-    if (table && IsName(tokens[at])) names.insert(NameOf(tokens[at]));
+  std::vector<bool> lists = {false};  // whether tables are listed here, within as many brackets
+  const TToken none;
+  const TToken* before = &none;
+  const bool ansi = QuotesNames(view.new_object.context.sql_mode.value_or(""));
+  const std::vector<TToken> tokens = TokensByMode(view.new_text->body, ansi);
+  for (const TToken& token : tokens) {
+    const bool begins = IsAnyOf(*before, {"from", "join", "straight_join", ",", "("});
+    if (lists.back() && begins && IsName(token)) names.insert(NameOf(token));
+    if (IsAnyOf(token, {"from", "join", "straight_join"})) lists.back() = true;
+    if (IsAnyOf(token, {"select", "on", "using", "where", "group", "having", "window", "order", "limit"}))
+      lists.back() = false;
+    if (token.Is("(")) lists.push_back(lists.back());
+    if (token.Is(")") && lists.size() > 1) lists.pop_back();
+    before = &token;
   }
   return names;
 }
@@ -65,7 +80,7 @@ std::vector<TViewStep> InOrder(const std::vector<const TObjectChange*>& views) {
   std::map<std::string, std::set<std::string>> named;
   for (const TObjectChange* view : views) {
     waiting.emplace(view->name, view);
-    named.emplace(view->name, NamesIn(view->new_text->body));
+    named.emplace(view->name, TablesIn(*view));
   }
   std::vector<TViewStep> steps;
   std::set<std::string> open, held;
@@ -95,15 +110,6 @@ std::string PlaceholderQuery(const TObjectChange& view) {
   return "create or replace view " + QuotedName(view.name) + " as select " + (query.empty() ? "1 as `c1`" : query);
 }
 
-// Elements that "alter procedure" and "alter function" take.
-bool AltersInPlace(const TObjectChange& change) {
-  return (change.kind == "procedure" || change.kind == "function") &&
-         std::ranges::all_of(change.elements, [&change](const std::string& element) {
-           const bool kept = element != "comment" || change.new_text->Find(element) != nullptr;  // no server empties it
-           return kept && InList(element, {"comment", "sql security", "data access"});
-         });
-}
-
 std::string AlterText(const TObjectChange& change) {
   std::string text = "alter " + change.kind + " " + QuotedName(change.old_text->name);
   for (const std::string& element : change.elements) {
@@ -128,19 +134,24 @@ class TMaker {
 
   std::vector<TPlanStatement> statements;
 
-  void MakePlaceholder(const TObjectChange& view) { Add(view, PlaceholderQuery(view)); }
+  void MakePlaceholder(const TObjectChange& view) {
+    held_.insert(view.name);
+    Add(view, PlaceholderQuery(view));
+  }
 
   void Make(const TObjectChange& change) {
     const bool replaces = change.action == saChangeObject;
-    if (replaces && !server_.mariadb && AltersInPlace(change)) {
-      SetOwnMode();
+    if (AltersInPlace(change, server_)) {
+      SetOwn(kMode);
       return Add(change, AlterText(change));
     }
     SetContext(change);
     const bool elsewhere = replaces && change.kind == kTrigger && change.old_text->table != change.new_text->table;
     if (elsewhere && std::ranges::find(gone_, change.old_text->table) != gone_.end())
       Add(change, Creation(change, false));
-    else if (!replaces || (server_.mariadb && !elsewhere) || change.kind == "view")
+    else if (change.kind == "view")
+      Add(change, Creation(change, replaces || held_.contains(change.name)));
+    else if (!replaces || (server_.mariadb && !elsewhere))
       Add(change, Creation(change, replaces));
     else if (change.kind == "event" && !RefusesNotPreserve(change.new_object.context.sql_mode.value_or("")))
       Add(change, "alter" + Creation(change, false).substr(std::string_view("create").size()));
@@ -150,8 +161,7 @@ class TMaker {
 
   // The session as it was.
   void PutBack() {
-    for (const TSetting& setting : {kMode, kCollation, kZone})
-      if (kept_.contains(setting.variable)) Set(setting, std::string(setting.kept));
+    for (const TSetting& setting : {kMode, kCollation, kZone}) SetOwn(setting);
   }
 
  private:
@@ -175,8 +185,7 @@ class TMaker {
   void Add(const TObjectChange& change, std::string text, std::vector<std::string> put_back = {}) {
     TPlanStatement statement{std::move(text), {change.id}, {}, {}, change.Object(), std::move(put_back)};
     if (!change.unsafe.empty()) statement.unsafe.push_back(change.Object() + ": " + change.unsafe);
-    const bool asked = server_.mysql || server_.mariadb;
-    if (!asked && change.action == saCreateObject && !change.definer.empty())
+    if (!server_.asked && change.action == saCreateObject && !change.definer.empty())
       statement.note = Format(kDefinerNotAsked, change.definer);
     statements.push_back(std::move(statement));
   }
@@ -187,7 +196,7 @@ class TMaker {
         trigger ? std::vector<std::string>{"unlock tables"} : std::vector<std::string>();
     if (trigger) Add(change, "lock tables " + Locked(change));
     Add(change, DropText(change), unlock);
-    std::vector<std::string> put_back = OldContext(change.old_object.context);
+    std::vector<std::string> put_back = OldContext(change);
     TObjectSpelling old{change.old_text->definer, false, change.place.old};
     old.says_not = !RefusesNotPreserve(change.old_object.context.sql_mode.value_or(""));
     put_back.push_back(change.old_text->Creation(old));
@@ -197,10 +206,13 @@ class TMaker {
   }
 
   // The session is in that of the new one.
-  static std::vector<std::string> OldContext(const TObjectContext& context) {
+  static std::vector<std::string> OldContext(const TObjectChange& change) {
+    const TObjectContext& context = change.old_object.context;
+    const bool timed = change.kind == "event" && !context.time_zone.empty();
     std::vector<std::string> settings;
     if (context.sql_mode) settings.push_back(SetText(kMode, QuotedText(*context.sql_mode)));
     if (!context.collation.empty()) settings.push_back(SetText(kCollation, QuotedText(context.collation)));
+    if (timed) settings.push_back(SetText(kZone, QuotedText(context.time_zone)));
     return settings;
   }
 
@@ -211,19 +223,17 @@ class TMaker {
     return tables;
   }
 
+  // What nobody knows is the session's own, whatever the object before was made under.
   void SetContext(const TObjectChange& change) {
     const TObjectContext& context = change.new_object.context;
-    if (context.sql_mode)
-      Need(kMode, QuotedText(ModesFor(*context.sql_mode, server_)));
-    else
-      SetOwnMode();
-    if (!context.collation.empty()) Need(kCollation, QuotedText(context.collation));
-    if (change.kind == "event" && !context.time_zone.empty()) Need(kZone, QuotedText(context.time_zone));
+    context.sql_mode ? Need(kMode, QuotedText(ModesFor(*context.sql_mode, server_))) : SetOwn(kMode);
+    context.collation.empty() ? SetOwn(kCollation) : Need(kCollation, QuotedText(context.collation));
+    if (change.kind != "event") return;
+    context.time_zone.empty() ? SetOwn(kZone) : Need(kZone, QuotedText(context.time_zone));
   }
 
-  // For texts that are written for no other one.
-  void SetOwnMode() {
-    if (kept_.contains(kMode.variable)) Need(kMode, std::string(kMode.kept));
+  void SetOwn(const TSetting& setting) {
+    if (kept_.contains(setting.variable)) Need(setting, std::string(setting.kept));
   }
 
   void Need(const TSetting& setting, const std::string& value) {
@@ -244,6 +254,7 @@ class TMaker {
   const TPlanServer& server_;
   const TStringList& gone_;
   std::set<std::string> coming_;                  // triggers that the plan makes or makes anew
+  std::set<std::string> held_{};                  // views that have placeholders
   std::map<std::string_view, std::string> kept_;  // what settings are now, as written
 };
 
@@ -274,19 +285,50 @@ TObjectPlan MakeObjectPlan(const std::vector<TObjectChange>& changes, const TPla
   return plan;
 }
 
+// Elements that "alter procedure" and "alter function" take.
+bool AltersInPlace(const TObjectChange& change, const TPlanServer& server) {
+  if (change.action != saChangeObject || server.mariadb) return false;
+  return (change.kind == "procedure" || change.kind == "function") &&
+         std::ranges::all_of(change.elements, [&change](const std::string& element) {
+           const bool kept = element != "comment" || change.new_text->Find(element) != nullptr;  // no server empties it
+           return kept && InList(element, {"comment", "sql security", "data access"});
+         });
+}
+
 void TObjectProof::Apply(const std::string& statement) {
   const std::vector<TToken> tokens = Tokens(statement);
   if (tokens[0].Is("lock") || tokens[0].Is("unlock")) return;
   if (tokens[0].Is("set")) return Set(tokens);
-  if (tokens[0].Is("drop")) return Forget(LowerText(TokenAt(tokens, 1).text), NameOf(TokenAt(tokens, 2)));
-  const bool alters = tokens[0].Is("alter");
-  if (!alters && !tokens[0].Is("create")) RaiseError(Format(kNotFollowed, statement));
-  if (alters && !tokens[1].Is("event") && !tokens[1].Is("definer")) return Alter(statement, tokens);
-  std::string text = alters ? "create" + statement.substr(tokens[0].End()) : statement;
-  const TObjectText read = ReadObjectText(text, objects_.database, IsAnsi());
-  Forget(read.kind, read.name);
-  objects_.objects.push_back({read.kind, read.name, std::move(text), context_});
-  if (read.kind == "trigger") PutInOrder(read);
+  if (tokens[0].Is("drop")) return Drop(LowerText(TokenAt(tokens, 1).text), NameOf(TokenAt(tokens, 2)));
+  if (tokens[0].Is("create")) return Make(statement, tokens[1].Is("or"));
+  if (!tokens[0].Is("alter")) RaiseError(Format(kNotFollowed, statement));
+  if (!tokens[1].Is("event") && !tokens[1].Is("definer")) return Alter(statement, tokens);
+  const std::string text = "create" + statement.substr(tokens[0].End());
+  const TObjectText event = ReadObject({"event", {}, text, context_}, objects_.database);
+  if (Find(event.kind, event.name) == nullptr) RaiseError(Format(kNotThere, event.kind, event.name));
+  Make(text, true);
+}
+
+void TObjectProof::ApplyToTables(const std::string& statement) {
+  constexpr std::size_t kTo = 4;
+  const std::vector<TToken> tokens = Tokens(statement);
+  if (tokens[0].Is("rename")) FollowRename({{}, NameOf(tokens[2]), NameOf(TokenAt(tokens, kTo))}, objects_);
+  if (!tokens[0].Is("drop")) return;
+  const std::string table = NameOf(TokenAt(tokens, 2));
+  std::erase_if(objects_.objects,
+                [&](const TOtherObject& object) { return object.kind == kTrigger && FiresAt(object).table == table; });
+}
+
+void TObjectProof::Make(std::string text, bool replaces) {
+  TOtherObject made{{}, {}, std::move(text), context_};
+  const TObjectText read = ReadObject(made, objects_.database);
+  made.kind = read.kind;
+  made.name = read.name;
+  const bool there = Find(made.kind, made.name) != nullptr;
+  if (there && !replaces) RaiseError(Format(kThere, made.kind, made.name));
+  if (there) Drop(made.kind, made.name);
+  objects_.objects.push_back(std::move(made));
+  if (read.kind == kTrigger) PutInOrder(read);
 }
 
 // Only what is set to a value is known.
@@ -298,22 +340,27 @@ void TObjectProof::Set(const std::vector<TToken>& tokens) {
   if (TokenAt(tokens, 1).Is("time_zone")) context_.time_zone = value;
 }
 
-bool TObjectProof::IsAnsi() const { return context_.sql_mode && QuotesNames(*context_.sql_mode); }
+TOtherObject* TObjectProof::Find(const std::string& kind, const std::string& name) {
+  const TObjectKey key = ObjectKey(kind, name);
+  const auto found = std::ranges::find_if(objects_.objects, [&](const TOtherObject& object) {
+    return object.kind == kind && SameText(object.name, name) && ObjectKey(kind, object.name) == key;
+  });
+  return found == objects_.objects.end() ? nullptr : &*found;
+}
 
-void TObjectProof::Forget(const std::string& kind, const std::string& name) {
-  std::erase_if(objects_.objects,
-                [&](const TOtherObject& object) { return object.kind == kind && object.name == name; });
+void TObjectProof::Drop(const std::string& kind, const std::string& name) {
+  const TOtherObject* there = Find(kind, name);
+  if (there == nullptr) RaiseError(Format(kNotThere, kind, name));
+  objects_.objects.erase(objects_.objects.begin() + (there - objects_.objects.data()));
 }
 
 // Of a routine; what its text says last holds.
 void TObjectProof::Alter(const std::string& statement, const std::vector<TToken>& tokens) {
   const std::string kind = LowerText(TokenAt(tokens, 1).text);
   const std::string name = NameOf(TokenAt(tokens, 2));
-  const auto found = std::ranges::find_if(
-      objects_.objects, [&](const TOtherObject& object) { return object.kind == kind && object.name == name; });
-  if (found == objects_.objects.end() || tokens.size() < 4) RaiseError(Format(kNotFollowed, statement));
-  const bool ansi = found->context.sql_mode && QuotesNames(*found->context.sql_mode);
-  TObjectText text = ReadObjectText(found->text, objects_.database, ansi);
+  TOtherObject* found = Find(kind, name);
+  if (found == nullptr || tokens.size() < 4) RaiseError(Format(kNotFollowed, statement));
+  TObjectText text = ReadObject(*found, objects_.database);
   text.header += " " + statement.substr(tokens[3].start);
   found->text = text.Creation({text.definer});
 }
@@ -323,7 +370,7 @@ void TObjectProof::PutInOrder(const TObjectText& made) {
   TOtherObject& added = objects_.objects.back();
   std::vector<TOtherObject*> group;
   for (TOtherObject& object : objects_.objects)
-    if (&object != &added && object.kind == "trigger" && FiresAt(object) == FiresAt(added)) group.push_back(&object);
+    if (&object != &added && object.kind == kTrigger && FiresAt(object) == FiresAt(added)) group.push_back(&object);
   std::ranges::stable_sort(group, {}, &TOtherObject::order);
   std::string other = made.order;
   const std::string word = StrChop(" ", other, true);
@@ -335,16 +382,15 @@ void TObjectProof::PutInOrder(const TObjectText& made) {
   for (std::size_t i = 0; i < group.size(); ++i) group[i]->order = static_cast<int>(i) + 1;
 }
 
-// Table and moment of a trigger, read once.
-const std::string& TObjectProof::FiresAt(const TOtherObject& trigger) {
+// Read once.
+const TObjectProof::TMoment& TObjectProof::FiresAt(const TOtherObject& trigger) {
   const auto [found, added] = fires_at_.try_emplace(trigger.text);
   if (!added) return found->second;
   try {
-    const bool ansi = trigger.context.sql_mode && QuotesNames(*trigger.context.sql_mode);
-    const TObjectText text = ReadObjectText(trigger.text, objects_.database, ansi);
-    found->second = text.moment + " " + text.table;
+    const TObjectText text = ReadObject(trigger, objects_.database);
+    found->second = {text.table, text.moment};
   } catch (const EVelmora&) {  // nobody knows, and so it is left where it is
-    found->second = trigger.name;
+    found->second.moment = trigger.name;
   }
   return found->second;
 }

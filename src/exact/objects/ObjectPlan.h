@@ -24,26 +24,37 @@ struct TObjectPlan {
 TObjectPlan MakeObjectPlan(const std::vector<TObjectChange>& changes, const TPlanServer& server,
                            const TStringList& gone = {});
 
+// Whether an "alter" of characteristics makes the change, which leaves the definer as it is.
+bool AltersInPlace(const TObjectChange& change, const TPlanServer& server);
+
 // What such statements make of the objects of a database, as servers would.
 class TObjectProof {
  public:
   explicit TObjectProof(TDatabaseObjects& objects) : objects_(objects) {}
 
-  // Settings of a session hold for what is made after them; locks make nothing. Raises for a statement that cannot be
-  // followed.
+  // Settings of a session hold for what is made after them; locks make nothing. Triggers go with tables that are
+  // dropped or renamed. Raises for a statement that cannot be followed, and for one that a server refuses as an object
+  // is there already, or is not.
   void Apply(const std::string& statement);
+  void ApplyToTables(const std::string& statement);
 
  private:
   void Set(const std::vector<TToken>& tokens);
-  bool IsAnsi() const;
-  void Forget(const std::string& kind, const std::string& name);
+  void Make(std::string text, bool replaces);
+  TOtherObject* Find(const std::string& kind, const std::string& name);
+  void Drop(const std::string& kind, const std::string& name);
   void Alter(const std::string& statement, const std::vector<TToken>& tokens);
   void PutInOrder(const TObjectText& made);
-  const std::string& FiresAt(const TOtherObject& trigger);
+  struct TMoment {
+    std::string table;  // empty where nobody knows
+    std::string moment;
+    bool operator==(const TMoment&) const = default;
+  };
+  const TMoment& FiresAt(const TOtherObject& trigger);
 
   TDatabaseObjects& objects_;
   TObjectContext context_{};
-  std::map<std::string, std::string> fires_at_;  // by text
+  std::map<std::string, TMoment> fires_at_;  // by text
 };
 
 }  // namespace velmora

@@ -118,9 +118,7 @@ std::string ResultMeaning(TTokens type, const TColumnParts& parts) {
 class TReader {
  public:
   TReader(std::string_view text, const std::string& database, bool quotes_names)
-      : text_(text), tokens_(Tokens(text)), end_(tokens_.size() - 1), database_(database) {
-    for (TToken& token : tokens_)
-      if (quotes_names && token.text.starts_with('"')) token.kind = EToken::Name;
+      : text_(text), tokens_(TokensByMode(text, quotes_names)), end_(tokens_.size() - 1), database_(database) {
     // A script may end a body by one that servers do not keep.
     while (end_ > 0 && tokens_[end_ - 1].Is(";")) --end_;
   }
@@ -267,7 +265,6 @@ class TReader {
     Say("moment", read_.moment);
     Say("table", read_.table);
     Expect({"for", "each", "row"});
-    read_.header = read_.moment + " on " + QuotedName(read_.table) + " for each row";
     if (Token().Is("follows") || Token().Is("precedes")) {
       const std::string word = LowerText(Token().text);
       ++at_;
@@ -414,14 +411,23 @@ const TObjectElement* TObjectText::Find(std::string_view element) const {
 
 std::string TObjectText::Creation(const TObjectSpelling& spelling) const {
   const std::string by = spelling.definer.empty() ? std::string() : "definer = " + QuotedAccount(spelling.definer);
-  const std::string shown = QuotedName(spelling.name.empty() ? name : spelling.name);
+  const std::string shown = QuotedName(name);
   const std::string when = starts.empty() || spelling.starts.empty() ? starts : spelling.starts;
   const std::string kept = completion == kNotPreserve && !spelling.says_not ? std::string() : completion;
-  const std::string said = kind == "event" ? Joined({interval, when, ends, kept, rest}) : header;
+  std::string said = header;
+  if (kind == "event") said = Joined({interval, when, ends, kept, rest});
+  if (kind == "trigger") said = Joined({moment, "on", QuotedName(table), "for each row"});
   const bool tight = header.starts_with("(") && kind != "view";  // procedure `p`(a int)
   const std::string head = Joined({"create", spelling.or_replace ? "or replace" : "", algorithm, by, security, kind,
                                    tight ? shown + said : Joined({shown, said}), spelling.order});
   return head + (kind == "view" ? " " : "\n") + body;
+}
+
+std::vector<TToken> TokensByMode(std::string_view text, bool quotes_names) {
+  std::vector<TToken> tokens = Tokens(text);
+  for (TToken& token : tokens)
+    if (quotes_names && token.text.starts_with('"')) token.kind = EToken::Name;
+  return tokens;
 }
 
 TObjectText ReadObjectText(std::string_view text, const std::string& database, bool quotes_names) {

@@ -25,7 +25,6 @@ struct TObjectSpelling {
   std::string definer;  // "user@host"; empty: the text names none, so that who runs it becomes the definer
   bool or_replace = false;
   std::string order{};   // of a trigger: "follows `t`", "precedes `t`"; empty for none
-  std::string name{};    // another name; empty for its own
   bool says_not = true;  // false for an event: without "not preserve", which is as it is where nothing is said
   std::string starts{};  // of a repeated event whose text says when it starts: "starts '...'" in place of that
 };
@@ -49,7 +48,7 @@ struct TObjectText {
   // What stands between the word for the kind, or the name, and the body; written as it was.
   std::string algorithm;  // of a view: "algorithm = merge"; of a function "aggregate"
   std::string security;   // of a view: "sql security invoker"
-  std::string header;     // after the name, up to the body or query
+  std::string header;     // after the name, up to the body or query; of a trigger nothing, which has table and moment
   std::string body;       // with LF for line ends
   // Of an event, whose header has these in turn.
   std::string interval{};
@@ -62,6 +61,9 @@ struct TObjectText {
 // `database` is the own one, whose name before others is left out; empty where nobody knows it. Raises "line %d: ..."
 // for what is none of these, and for what cannot be followed. `quotes_names`: names may stand in double quotes.
 TObjectText ReadObjectText(std::string_view text, const std::string& database, bool quotes_names = false);
+
+// Tokens of the text, with those in double quotes as names if names may stand there.
+std::vector<TToken> TokensByMode(std::string_view text, bool quotes_names);
 
 // What a text of any other kind says, definers included, in a spelling of its own. Raises as the lexer does.
 std::string PlainMeaning(std::string_view text, const std::string& database);

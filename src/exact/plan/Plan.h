@@ -30,6 +30,7 @@ struct TPlanServer {
   bool mysql = false;  // has "drop check", and lets go of a foreign key's own key where a fulltext key has its columns
   bool mariadb = false;                 // replaces triggers, routines and events in one statement
   int version = 0;                      // 101106 for 10.11.6
+  bool asked = false;                   // it is connected, and has said what it has against a change
   bool unchecked_foreign_keys = false;  // rows were asked about: they need not be looked at by the statement
 };
 

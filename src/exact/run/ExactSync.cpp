@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <set>
 #include <utility>
 
 #include "core/CreationTexts.h"
@@ -27,7 +28,7 @@ constexpr char kSkipped[] = "Skipped: table %s, %s: %s";
 constexpr char kStatement[] = "Not followed: %s";
 constexpr char kLeftOut[] = "Left out: %s";
 constexpr char kOtherObject[] = "Not the same: %s %s: %s";
-constexpr char kNamedBy[] = "%s: %s is named by %s";
+constexpr char kNamedBy[] = "%s is named by %s";
 constexpr char kUnmade[] = "No form in MySQL: %s";
 constexpr char kMapping[] = "Mapping: %s";
 constexpr char kTakenAsEqual[] = "Taken as equal: %s (%d)";
@@ -102,7 +103,7 @@ void TExactSync::Compare() {
         if (maker == nullptr) case_twins_ = velmora::CaseTwins(reference, target);
         CompareSchemas(target);
         CompareOthers(target);
-        NameDependents(read_.target_objects, objects_.changes, changes_);
+        NameDependents(TargetObjects(), objects_.changes, changes_);
         ShowChanges();
         Prove();
         AskSizes(target);
@@ -131,6 +132,7 @@ void TExactSync::Forget() {
   keys_to_nothing_.clear();
   renames_.clear();
   renamed_.reset();
+  renamed_objects_.reset();
   offers_.clear();
   renames_told_.clear();
   target_server_ = {};
@@ -163,11 +165,11 @@ void TExactSync::CompareSchemas(TDBConn& target) {
 
 // The tables are compared as they are afterwards; what the target has before is what the proof begins with.
 void TExactSync::Rename(TDBConn& target) {
+  if (const std::string version = TargetVersion(target); !version.empty()) target_server_ = ReadServerTraits(version);
   auto* texts = dynamic_cast<TCreationTexts*>(&target);
-  const bool server = texts != nullptr && texts->StructureScript() == nullptr;
-  if (server) target_server_ = ReadServerTraits(texts->ServerVersion());
   TVariant lower = std::int64_t{0};
-  if (server) target.GetResultSQL("select @@lower_case_table_names", lower);
+  if (texts != nullptr && texts->StructureScript() == nullptr)
+    target.GetResultSQL("select @@lower_case_table_names", lower);
   TRenaming renaming = FitRenames(Wishes.renames, read_, Wishes.selection, VarToText(lower) == "0");
   renames_ = std::move(renaming.fits);
   renames_told_ = std::move(renaming.told);
@@ -176,16 +178,30 @@ void TExactSync::Rename(TDBConn& target) {
     ApplyRename(change.rename, target_server_, *renamed_);
     change.id = data_.mtActions.Append(saRename, change.Table(), change.Item(), change.rename.Text()).id;
     tree_.AddToTree(saRename, change.Table(), change.id, change.LogText());
+    if (!change.rename.OfTable()) continue;
+    if (!renamed_objects_) renamed_objects_ = read_.target_objects;
+    FollowRename(change.rename, *renamed_objects_);
   }
-  RenameTables(renames_, read_.target_objects);
 }
 
 void TExactSync::CompareOthers(TDBConn& target) {
-  objects_ = CompareObjects(read_.wanted_objects, read_.target_objects, Wishes.definers);
+  objects_ = CompareObjects(read_.wanted_objects, TargetObjects(), Wishes.definers);
+  TellAsRead();
   server_ = PlanServerOf(target);
   SettleOnTarget(target, server_, read_.target.texts, objects_);
-  const TStringList named = NamesOfRenamed(renames_, read_.target_objects, objects_.changes);
+  const TStringList named = NamesOfRenamed(renames_, TargetObjects(), objects_.changes);
   renames_told_.insert(renames_told_.end(), named.begin(), named.end());
+}
+
+// Triggers of renamed tables have the text that the server has now.
+void TExactSync::TellAsRead() {
+  if (!renamed_objects_) return;
+  std::map<std::string, const TOtherObject*> triggers;
+  for (const TOtherObject& object : read_.target_objects.objects)
+    if (object.kind == "trigger") triggers.emplace(object.name, &object);
+  for (TObjectChange& change : objects_.changes)
+    if (const auto read = triggers.find(change.old_object.name); change.kind == "trigger" && read != triggers.end())
+      change.old_object = *read->second;
 }
 
 void TExactSync::ShowChanges() {
@@ -220,39 +236,52 @@ TSchema TExactSync::TablesAfter(const std::vector<TPlanStatement>& plan, TString
   TSchema after;
   for (const TTableText& table : read_.target.schema.Tables())
     if (touched.contains(table.name)) after.Add(table);
+  FollowTables(plan, after, faults);
+  return after;
+}
+
+void TExactSync::FollowTables(const std::vector<TPlanStatement>& plan, TSchema& tables, TStringList& faults) const {
   for (const TPlanStatement& statement : plan) {
     if (!statement.object.empty()) continue;
     try {
-      ApplyStatement(AsSent(statement.text), after, target_server_);
+      ApplyStatement(AsSent(statement.text), tables, target_server_);
     } catch (const EVelmora& error) {
-      faults.push_back(Format(kNotFollowed, error.what()));
+      faults.push_back(error.what());
     }
   }
-  return after;
 }
 
 TDatabaseObjects TExactSync::ObjectsAfter(const std::vector<TPlanStatement>& plan, TStringList& faults) const {
   TDatabaseObjects after = read_.target_objects;
-  TObjectProof made(after);
+  FollowObjects(plan, after, faults);
+  return after;
+}
+
+void TExactSync::FollowObjects(const std::vector<TPlanStatement>& plan, TDatabaseObjects& objects,
+                               TStringList& faults) {
+  TObjectProof made(objects);
   for (const TPlanStatement& statement : plan) {
-    if (statement.object.empty()) continue;
     try {
-      made.Apply(statement.text);  // which goes out with the line ends of the reference
+      if (statement.object.empty())
+        made.ApplyToTables(statement.text);
+      else
+        made.Apply(statement.text);  // which goes out with the line ends of the reference
     } catch (const EVelmora& error) {
-      faults.push_back(Format(kNotFollowed, error.what()));
+      faults.push_back(error.what());
     }
   }
-  return after;
 }
 
 void TExactSync::Prove() {
   if (changes_.empty() && objects_.changes.empty() && renames_.empty()) return;
   plan_ = PlanOf(changes_, objects_.changes);
   const TTableNames touched = TouchedTables();
-  const TSchema after = TablesAfter(plan_, proof_);
+  TStringList faults;
+  const TSchema after = TablesAfter(plan_, faults);
   TEquivalenceUse use = Equivalences;
   const std::vector<TChange> left = ChangesOf(after, use, &touched);
-  TStringList objects_left = ObjectsLeft();
+  const TStringList objects_left = ObjectsLeft(faults);
+  for (const std::string& fault : faults) proof_.push_back(Format(kNotFollowed, fault));
   differences_left_ = static_cast<int>(left.size() + objects_left.size());
   proof_.push_back(differences_left_ == 0 ? Format(kVerified, NothingLeft()) : Format(kNotVerified, differences_left_));
   for (const TChange& change : left) proof_.push_back("  " + change.table + ": " + change.LogText());
@@ -261,12 +290,20 @@ void TExactSync::Prove() {
 }
 
 // What the plan would leave of the differences beside tables; what it cannot change is none of its affair.
-TStringList TExactSync::ObjectsLeft() {
-  const TDatabaseObjects after = ObjectsAfter(plan_, proof_);
+TStringList TExactSync::ObjectsLeft(TStringList& faults) const {
+  const TDatabaseObjects after = ObjectsAfter(plan_, faults);
+  std::vector<TObjectChange> changes = CompareObjects(read_.wanted_objects, after, Wishes.definers).changes;
+  LeaveOutTold(changes);
   TStringList left;
-  for (const TObjectChange& change : CompareObjects(read_.wanted_objects, after, Wishes.definers).changes)
-    left.push_back(change.LogText());
+  for (const TObjectChange& change : changes) left.push_back(change.LogText());
   return left;
+}
+
+void TExactSync::LeaveOutTold(std::vector<TObjectChange>& changes) const {
+  std::set<TObjectKey> told;
+  for (const TObjectDifference& object : objects_.differences) told.insert(ObjectKey(object.kind, object.name));
+  std::erase_if(changes,
+                [&](const TObjectChange& change) { return told.contains(ObjectKey(change.kind, change.name)); });
 }
 
 // By the renames that are left; their statements go to `plan`, if there is one.
@@ -274,7 +311,7 @@ TSchema TExactSync::RenamedTarget(std::vector<TPlanStatement>* plan) const {
   TSchema schema = read_.target.schema;
   for (const TRenameChange& change : renames_) {
     if (data_.mtActions.Find(change.id) == nullptr) continue;
-    if (plan != nullptr) plan->push_back(StatementOf(change, schema));
+    if (plan != nullptr) WriteAlgorithm(Wishes.locks.algorithm, plan->emplace_back(StatementOf(change, schema)));
     ApplyRename(change.rename, target_server_, schema);
   }
   return schema;
@@ -321,7 +358,8 @@ void TExactSync::FillLog() {
     ActionLog.push_back((change.rename.OfTable() ? "" : change.rename.table + ": ") + change.LogText());
   for (const TChange& change : changes_) {
     ActionLog.push_back(LogLine(change));
-    if (!change.named_by.empty()) ActionLog.push_back(Format(kNamedBy, change.table, change.item, change.named_by));
+    const std::string place = change.action == saDropTable ? change.table : change.table + ": " + change.item;
+    if (!change.named_by.empty()) ActionLog.push_back(Format(kNamedBy, place, change.named_by));
   }
   for (const TRenameOffer& offer : offers_) ActionLog.push_back(offer.Text());
   for (const TObjectChange& change : objects_.changes) ActionLog.push_back(change.LogText());

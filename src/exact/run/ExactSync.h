@@ -79,6 +79,7 @@ class TExactSync {
   const TSchema& Reference() const { return read_.reference.schema; }     // as it was read
   // With the renames done that were asked for.
   const TSchema& Target() const { return renamed_ ? *renamed_ : read_.target.schema; }
+  const TDatabaseObjects& TargetObjects() const { return renamed_objects_ ? *renamed_objects_ : read_.target_objects; }
   const std::vector<TRenameChange>& Renames() const { return renames_; }  // likewise
   const std::vector<TRenameOffer>& RenameOffers() const { return offers_; }
   const TStringList& RenamesTold() const { return renames_told_; }  // what does not fit, and what names the old names
@@ -121,19 +122,28 @@ class TExactSync {
   std::vector<TChange> ChangesOf(const TSchema& target, TEquivalenceUse& use, const TTableNames* only = nullptr,
                                  TLeftOut* left = nullptr) const;
   void CompareOthers(TDBConn& target);
+  void TellAsRead();
   void Rename(TDBConn& target);
+  std::vector<TRename> RenamesBack() const;
   void RenameBack(TSchema schema, std::vector<TPlanStatement>& plan) const;
+  std::vector<TPlanStatement> PlanBack(const TSchema& after, const TDatabaseObjects& objects_after) const;
+  std::string LeftByWayBack(const std::vector<TPlanStatement>& back, TSchema tables, TDatabaseObjects objects,
+                            TStringList& faults) const;
+  std::string TargetVersion(TDBConn& target) const;
   TSchema RenamedTarget(std::vector<TPlanStatement>* plan) const;
   TPlanStatement StatementOf(const TRenameChange& change, const TSchema& schema) const;
   void ShowChanges();
   std::vector<TPlanStatement> PlanOf(const std::vector<TChange>& changes,
                                      const std::vector<TObjectChange>& objects) const;
-  TStringList ObjectsLeft();
+  TStringList ObjectsLeft(TStringList& faults) const;
+  void LeaveOutTold(std::vector<TObjectChange>& changes) const;
   bool MeetsZeroDates(const std::vector<TPlanStatement>& plan) const;
   TPlanServer PlanServerOf(TDBConn& target) const;
   // What a plan makes of the target's tables and objects; statements that cannot be followed are told in `faults`.
   TSchema TablesAfter(const std::vector<TPlanStatement>& plan, TStringList& faults) const;
   TDatabaseObjects ObjectsAfter(const std::vector<TPlanStatement>& plan, TStringList& faults) const;
+  void FollowTables(const std::vector<TPlanStatement>& plan, TSchema& tables, TStringList& faults) const;
+  static void FollowObjects(const std::vector<TPlanStatement>& plan, TDatabaseObjects& objects, TStringList& faults);
   void WriteStatements(const std::vector<TPlanStatement>& plan, TScriptEditor& editor) const;
   void AskSizes(TDBConn& target);
   TActionLock LockOf(const TPlanStatement& statement) const;
@@ -151,7 +161,8 @@ class TExactSync {
   TStringList case_twins_;
   TStringList keys_to_nothing_;
   std::vector<TRenameChange> renames_;
-  std::optional<TSchema> renamed_;  // the target's tables under their new names, where there are any
+  std::optional<TSchema> renamed_;                   // the target's tables under their new names, where there are any
+  std::optional<TDatabaseObjects> renamed_objects_;  // with the triggers of these tables
   std::vector<TRenameOffer> offers_;
   TStringList renames_told_;
   TServerTraits target_server_;  // in what it differs, where something is renamed

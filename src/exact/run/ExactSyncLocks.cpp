@@ -25,19 +25,24 @@ std::string Shown(const std::string& statement) {
 
 }  // namespace
 
-// A server is asked; of a file the user may say what it is for.
+// A server is asked; of a file the user may say what it is for. Empty where nobody knows.
+std::string TExactSync::TargetVersion(TDBConn& target) const {
+  auto* texts = dynamic_cast<TCreationTexts*>(&target);
+  if (texts == nullptr) return {};
+  return texts->StructureScript() != nullptr ? Wishes.locks.target_version : texts->ServerVersion();
+}
+
 TPlanServer TExactSync::PlanServerOf(TDBConn& target) const {
   TPlanServer server;
   server.unchecked_foreign_keys = Wishes.locks.fast_foreign_keys;
-  auto* texts = dynamic_cast<TCreationTexts*>(&target);
-  if (texts == nullptr || (changes_.empty() && objects_.changes.empty() && renames_.empty())) return server;
-  const bool is_file = texts->StructureScript() != nullptr;
-  const std::string version = is_file ? Wishes.locks.target_version : texts->ServerVersion();
+  if (changes_.empty() && objects_.changes.empty() && renames_.empty()) return server;
+  const std::string version = TargetVersion(target);
   if (version.empty()) return server;
   const TServerVersion read = ReadServerVersion(version);
   server.mysql = !read.mariadb;
   server.mariadb = read.mariadb;
   server.version = read.version;
+  server.asked = dynamic_cast<TCreationTexts&>(target).StructureScript() == nullptr;
   return server;
 }
 

@@ -76,7 +76,9 @@ int TExactSync::VerifyOnServer(const TScratchPorts& ports) {
           for (const std::string& table : scratch.Tables())
             if (read_.reference.schema.Find(table) != nullptr || Target().Find(table) != nullptr)
               after.Add(ReadTableText(scratch.CreationText(table)));
-          objects_left = objects.Left(read_.wanted_objects).size();
+          std::vector<TObjectChange> left = objects.Left(read_.wanted_objects, Wishes.definers);
+          LeaveOutTold(left);
+          objects_left = left.size();
         });
       },
       [this] { progress_.Finish(); });

@@ -2,6 +2,7 @@
 
 #include "core/CreationTexts.h"
 #include "exact/run/ExactSync.h"
+#include "exact/run/ScriptComment.h"
 #include "exact/run/StructureDigest.h"
 #include "mysqltext/ColumnType.h"
 #include "sync/ScriptGenerator.h"
@@ -21,19 +22,13 @@ constexpr char kZeroDates[] =
     "set sql_mode = replace(replace(replace(@@sql_mode, 'NO_ZERO_DATE', ''), 'NO_ZERO_IN_DATE', ''), 'TRADITIONAL', "
     "'');";
 constexpr char kRestoreMode[] = "set sql_mode = @velmora_sql_mode;";
+constexpr char kInPart[] = ": read in part, so that nothing here tells whether it is still what this was made for";
 constexpr char kUnsafe[] = "unsafe: ";
 constexpr char kLocks[] = "alter table %s: %s";
 // Servers look at the rows of a table that gets a foreign key only with checks on.
 constexpr char kChecksOn[] = "set foreign_key_checks = 1;";
 constexpr char kUnchecked[] =
     "foreign keys are added without a look at the rows: first make sure that none is without the one it refers to";
-
-// Names may hold what would end the comment.
-std::string Comment(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
-  return "-- " + text;
-}
 
 // '0000-00-00', '2020-00-01', '2020-01-00 00:00:00'
 bool IsZeroDate(const std::string& text) {
@@ -77,22 +72,24 @@ bool TExactSync::MeetsZeroDates(const std::vector<TPlanStatement>& plan) const {
   });
 }
 
-// Of a file nobody knows how a server would print it, and of what was skipped not what it says.
+// Of a file nobody knows how a server would print it, and of what was skipped or left out not what it says.
 TStringList TExactSync::DigestLines() const {
   auto* texts = dynamic_cast<TCreationTexts*>(connections_.target.get());
   if (texts == nullptr || texts->StructureScript() != nullptr || !read_.skipped.empty()) return {};
-  const bool others = read_.unmade.empty() && read_.made.empty();  // otherwise nobody has asked for them
+  const bool in_part = read_.put_aside || !read_.left_out.tables.empty() || !read_.left_out.objects.empty();
+  if (in_part) return {std::string(kStructureLine) + kTargetSide + kInPart};
+  const bool others = dynamic_cast<TCreationTexts*>(connections_.reference.get()) != nullptr;
   return {DigestLine(kReferenceSide, DigestOf(read_.reference.texts, others ? &read_.wanted_objects : nullptr)),
           DigestLine(kTargetSide, DigestOf(read_.target.texts, others ? &read_.target_objects : nullptr))};
 }
 
 void TExactSync::GenerateScript(TScriptEditor& editor, const TClock& clock, const std::string& note) const {
   editor.Clear();
-  editor.AddLine(Comment(ScriptOrigin(clock)));
-  editor.AddLine(Comment(ScriptPurpose(connections_)));
-  if (!note.empty()) editor.AddLine(Comment(note));
-  for (const std::string& line : DigestLines()) editor.AddLine(Comment(line));
-  if (Wishes.locks.fast_foreign_keys) editor.AddLine(Comment(kUnchecked));
+  editor.AddLine(ScriptComment(ScriptOrigin(clock)));
+  editor.AddLine(ScriptComment(ScriptPurpose(connections_)));
+  if (!note.empty()) editor.AddLine(ScriptComment(note));
+  for (const std::string& line : DigestLines()) editor.AddLine(line);
+  if (Wishes.locks.fast_foreign_keys) editor.AddLine(ScriptComment(kUnchecked));
   WriteStatements(Plan(), editor);
 }
 
@@ -110,10 +107,10 @@ void TExactSync::WriteStatements(const std::vector<TPlanStatement>& plan, TScrip
   for (const TPlanStatement& statement : plan) {
     if (statement.checks_on != checks_on) editor.AddLine(statement.checks_on ? kChecksOn : kChecksOff);
     checks_on = statement.checks_on;
-    for (const std::string& reason : statement.unsafe) editor.AddLine(Comment(kUnsafe + reason));
+    for (const std::string& reason : statement.unsafe) editor.AddLine(ScriptComment(kUnsafe + reason));
     if (statement.lock != ELockClass::None)
-      editor.AddLine(Comment(Format(kLocks, statement.table, LockOf(statement).text)));
-    if (!statement.note.empty()) editor.AddLine(Comment(statement.note));
+      editor.AddLine(ScriptComment(Format(kLocks, statement.table, LockOf(statement).text)));
+    if (!statement.note.empty()) editor.AddLine(ScriptComment(statement.note));
     AddStatement(statement, editor);
   }
   editor.AddLine({});

@@ -1,30 +1,28 @@
 #include <algorithm>
 #include <iterator>
 
+#include "exact/objects/Dependents.h"
 #include "exact/plan/PlanApply.h"
 #include "exact/plan/RenamePlan.h"
 #include "exact/run/ExactSync.h"
+#include "exact/run/ScriptComment.h"
 #include "sync/ScriptGenerator.h"
-#include "util/Errors.h"
+#include "util/Counted.h"
 #include "util/Format.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr char kPurpose[] = "-- Leads back to the structure that %s had before the run";
+constexpr char kPurpose[] = "Leads back to the structure that %s had before the run";
 constexpr char kWholeRun[] =
-    "-- It begins where the run ends: after one that stopped on its way, compare with a dump of what was before";
-constexpr char kAllBack[] = "-- Nothing that holds data is taken away by the run";
-constexpr char kNotBack[] = "-- What the run takes away and this cannot bring back:";
-constexpr char kFault[] = "-- Not known in full: %s";
-constexpr char kLeft[] = "-- By a proof in memory this leaves %d differences";
+    "It begins where the run ends: after one that stopped on its way, compare with a dump of what was before";
+constexpr char kAllBack[] = "Nothing that holds data is taken away by the run";
+constexpr char kNotBack[] = "What the run takes away and this cannot bring back:";
+constexpr char kFault[] = "Not known in full: %s";
+constexpr char kLeft[] = "By a proof in memory this leaves %s of tables and %s beside them";
 
-std::string OneComment(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
-  return text;
-}
+const TDefinerWishes kEveryDefiner = {EDefiners::Compare, {}};
 
 // Objects that one side may hide are seen well enough: both are one server's.
 TDatabaseObjects AllSeen(TDatabaseObjects objects) {
@@ -32,61 +30,83 @@ TDatabaseObjects AllSeen(TDatabaseObjects objects) {
   return objects;
 }
 
-int TablesLeft(const std::vector<TPlanStatement>& plan, const TSchema& wanted, TSchema schema,
-               const TTableNames& touched, const TServerTraits& server, TEquivalenceUse use) {
-  for (const TPlanStatement& statement : plan)
-    if (statement.object.empty()) ApplyStatement(statement.text, schema, server);
-  return static_cast<int>(SchemaChanges(wanted, schema, use, &touched).size());
-}
-
 }  // namespace
 
 // The names of before, the last first.
-void TExactSync::RenameBack(TSchema schema, std::vector<TPlanStatement>& plan) const {
+std::vector<TRename> TExactSync::RenamesBack() const {
+  std::vector<TRename> renames;
   for (std::size_t i = renames_.size(); i-- > 0;) {
-    TRenameChange change = renames_[i];
-    if (data_.mtActions.Find(change.id) == nullptr) continue;
-    std::swap(change.rename.from, change.rename.to);
-    plan.push_back(StatementOf(change, schema));
-    ApplyRename(change.rename, target_server_, schema);
+    if (data_.mtActions.Find(renames_[i].id) == nullptr) continue;
+    TRename& rename = renames.emplace_back(renames_[i].rename);
+    std::swap(rename.from, rename.to);
+  }
+  return renames;
+}
+
+void TExactSync::RenameBack(TSchema schema, std::vector<TPlanStatement>& plan) const {
+  for (const TRename& rename : RenamesBack()) {
+    plan.push_back(StatementOf({0, rename}, schema));
+    ApplyRename(rename, target_server_, schema);
   }
 }
 
-// The comparison with its sides swapped: the target as it is stands for what is wanted.
-void TExactSync::GenerateUndo(TScriptEditor& editor, const TClock& clock) const {
-  const std::vector<TPlanStatement> forth = Plan();
+// Of the way back, which has its renames before its objects.
+std::vector<TPlanStatement> TExactSync::PlanBack(const TSchema& after, const TDatabaseObjects& objects_after) const {
   const TTableNames touched = TouchedTables();
-  TStringList faults;
-  const TSchema after = TablesAfter(forth, faults);
-  const TDatabaseObjects objects_after = AllSeen(ObjectsAfter(forth, faults));
   TEquivalenceUse use = Equivalences;
   const TSchema wanted = renames_.empty() ? read_.target.schema : RenamedTarget(nullptr);
   const std::vector<TChange> changes = SchemaChanges(wanted, after, use, &touched);
+  TDatabaseObjects there = objects_after;
+  for (const TRename& rename : RenamesBack()) FollowRename(rename, there);
   const std::vector<TObjectChange> objects =
-      CompareObjects(AllSeen(read_.target_objects), objects_after, {EDefiners::Compare, {}}).changes;
+      CompareObjects(AllSeen(read_.target_objects), AllSeen(std::move(there)), kEveryDefiner).changes;
   TObjectPlan beside = MakeObjectPlan(objects, server_, DroppedTables(changes));
   std::vector<TPlanStatement> back = std::move(beside.before);
   TPlanServer server = server_;
   server.unchecked_foreign_keys = false;  // nobody has asked about orphans on this way
   std::ranges::move(MakePlan(changes, wanted, after, server), std::back_inserter(back));
   RenameBack(wanted, back);
+  std::ranges::move(beside.after, std::back_inserter(back));
+  return back;
+}
+
+// What the way back would leave, in a line; empty for nothing.
+std::string TExactSync::LeftByWayBack(const std::vector<TPlanStatement>& back, TSchema tables, TDatabaseObjects objects,
+                                      TStringList& faults) const {
+  FollowTables(back, tables, faults);
+  FollowObjects(back, objects, faults);
+  TEquivalenceUse use = Equivalences;
+  const TTableNames touched = TouchedTables();
+  const std::size_t of_tables = SchemaChanges(read_.target.schema, tables, use, &touched).size();
+  const std::size_t beside =
+      CompareObjects(AllSeen(read_.target_objects), AllSeen(std::move(objects)), kEveryDefiner).changes.size();
+  if (of_tables + beside == 0) return {};
+  return Format(kLeft, Counted(of_tables, "difference"), Counted(beside, "difference"));
+}
+
+// The comparison with its sides swapped: the target as it is stands for what is wanted.
+void TExactSync::GenerateUndo(TScriptEditor& editor, const TClock& clock) const {
+  const std::vector<TPlanStatement> forth = Plan();
+  TStringList faults;
+  const TSchema after = TablesAfter(forth, faults);
+  const TDatabaseObjects objects_after = ObjectsAfter(forth, faults);
+  const std::vector<TPlanStatement> back = PlanBack(after, objects_after);
+  const std::string left = LeftByWayBack(back, after, objects_after, faults);
 
   editor.Clear();
-  editor.AddLine("-- " + ScriptOrigin(clock));
+  editor.AddLine(ScriptComment(ScriptOrigin(clock)));
   std::string target;
   connections_.target->GetDisplayName(target);
-  editor.AddLine(OneComment(Format(kPurpose, target)));
-  editor.AddLine(kWholeRun);
+  editor.AddLine(ScriptComment(Format(kPurpose, target)));
+  editor.AddLine(ScriptComment(kWholeRun));
   TStringList lost;  // objects come back: their texts are here
   for (const TPlanStatement& statement : forth)
     for (const std::string& reason : statement.object.empty() ? statement.unsafe : TStringList())
-      lost.push_back(OneComment(Format("--   table %s: %s", statement.table, reason)));
-  editor.AddLine(lost.empty() ? kAllBack : kNotBack);
-  for (const std::string& line : lost) editor.AddLine(line);
-  for (const std::string& fault : faults) editor.AddLine(OneComment(Format(kFault, fault)));
-  if (const int left = TablesLeft(back, read_.target.schema, after, touched, target_server_, Equivalences); left > 0)
-    editor.AddLine(Format(kLeft, left));
-  std::ranges::move(beside.after, std::back_inserter(back));
+      lost.push_back(Format("  table %s: %s", statement.table, reason));
+  editor.AddLine(ScriptComment(lost.empty() ? kAllBack : kNotBack));
+  for (const std::string& line : lost) editor.AddLine(ScriptComment(line));
+  for (const std::string& fault : faults) editor.AddLine(ScriptComment(Format(kFault, fault)));
+  if (!left.empty()) editor.AddLine(ScriptComment(left));
   WriteStatements(back, editor);
 }
 

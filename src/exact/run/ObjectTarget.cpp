@@ -5,7 +5,9 @@
 #include <set>
 
 #include "exact/compare/Collations.h"
+#include "exact/compare/Safety.h"
 #include "exact/objects/ObjectContext.h"
+#include "exact/objects/ObjectPlan.h"
 #include "mysqltext/GrantText.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -20,11 +22,10 @@ constexpr char kNoCollation[] =
     "it was made under the collation %s, which the target does not know: the session's own is taken";
 constexpr char kNoAccount[] = "the target has no account %s, its definer";
 constexpr char kNotAllowed[] = "this login may not make %s its definer";
+constexpr char kMayNotName[] = "this login may not name its definer %s, and so cannot make it anew";
 constexpr char kNobodyKnows[] = "nobody knows whether the target has %s, its definer: this login may not read accounts";
 constexpr char kAccounts[] =
     "select concat(user, case when host = '' then '' else concat('@', host) end) from mysql.user";
-
-void AddReason(std::string& reasons, const std::string& reason) { reasons += (reasons.empty() ? "" : "; ") + reason; }
 
 TStringList FirstColumn(TDBConn& server, const std::string& query) {
   TStringList list;
@@ -39,11 +40,12 @@ class TDefinerRights {
  public:
   explicit TDefinerRights(TDBConn& target) : target_(target) {}
 
-  // Why the target's server may not take this definer; empty for none.
-  std::string Against(const std::string& account) {
+  // Why the target's server may not take this definer, which an object may have already; empty for none.
+  std::string Against(const std::string& account, bool has_it) {
     Ask();
     if (account == current_) return {};
-    if (!may_name_others_) return Format(kNotAllowed, account);
+    if (!may_name_others_) return Format(has_it ? kMayNotName : kNotAllowed, account);
+    if (has_it) return {};
     if (!accounts_) return Format(kNobodyKnows, account);
     return accounts_->contains(account) ? std::string() : Format(kNoAccount, account);
   }
@@ -95,14 +97,16 @@ void SettleOnTarget(TDBConn& target, const TPlanServer& server, const std::map<s
                     TObjectComparison& objects) {
   if (!server.mysql && !server.mariadb) return;
   TellMissingModes(server, objects);
+  if (!server.asked) return;
   TKnownSets known(target);
   known.Believe(texts);
   TDefinerRights rights(target);
   for (TObjectChange& change : objects.changes) {
     LeaveCollation(known, change);
-    if (change.action != saCreateObject || change.definer.empty() || change.definer == "current_user()") continue;
-    const std::string reason = rights.Against(change.definer);
-    if (!reason.empty()) AddReason(change.unsafe, reason);
+    const bool names_it = change.action != saDropObject && !AltersInPlace(change, server);
+    if (!names_it || change.definer.empty() || change.definer == "current_user()") continue;
+    const bool has_it = change.old_text != nullptr && change.old_text->definer == change.definer;
+    AddReason(change.unsafe, rights.Against(change.definer, has_it));
   }
 }
 

@@ -12,9 +12,9 @@
 namespace velmora {
 
 // A change that needs a mode which the server does not have is told as a difference instead. A collation that it does
-// not know is not set, which makes the change unsafe; and so does a definer of a new object that the target does not
-// have, or that its login may not give. `texts` are of the target's tables. A file says nothing. Asks little, and only
-// where there is something to ask.
+// not know is not set, which makes the change unsafe; and so does a definer that the object does not have yet and that
+// the target does not know, and one that the login may not name. `texts` are of the target's tables. A file is asked
+// nothing. Asks little, and only where there is something to ask.
 void SettleOnTarget(TDBConn& target, const TPlanServer& server, const std::map<std::string, std::string>& texts,
                     TObjectComparison& objects);
 

@@ -246,8 +246,9 @@ class TPairReader {
   void LeaveAlone(const TSideReader& side, const std::string& name, const std::string& kind) {
     auto& objects = (&side == &reference_ ? pair_.wanted_objects : pair_.target_objects).objects;
     const auto is_it = [&](const TOtherObject& object) { return object.kind == kind && object.name == name; };
-    if (IsScriptedKind(kind) && std::erase_if(objects, is_it) > 0)
-      pair_.left_alone.push_back(Format(kLeftAlone, kind, name, side.name));
+    if (!IsScriptedKind(kind) || std::erase_if(objects, is_it) == 0) return;
+    pair_.left_alone.push_back(Format(kLeftAlone, kind, name, side.name));
+    pair_.put_aside = true;
   }
 
   static TStringList TablesOf(const TSideReader& side) {

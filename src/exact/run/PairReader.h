@@ -43,6 +43,7 @@ struct TReadPair {
   TStringList left_alone;              // a line for each object that is not handled
   bool reference_left_out = false;     // the selection leaves out tables that the reference has
   TLeftOut left_out;                   // by the selection; of differences none yet
+  bool put_aside = false;              // an object is not among those below, as it stands where there is a table
   // Of what stands beside tables: none where a reference's texts are made, which says nothing of them.
   TDatabaseObjects wanted_objects;
   TDatabaseObjects target_objects;

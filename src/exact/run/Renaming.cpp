@@ -4,8 +4,7 @@
 #include <set>
 
 #include "exact/compare/PrintedTable.h"
-#include "mysqltext/KeyText.h"
-#include "mysqltext/Lexer.h"
+#include "exact/objects/Dependents.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -97,22 +96,6 @@ class TFitting {
   TRenaming result_;
 };
 
-std::set<std::string> NamesIn(const std::string& text) {
-  std::set<std::string> names;
-  for (const TToken& token : Tokens(text))
-    if (IsName(token)) names.insert(LowerText(NameOf(token)));
-  return names;
-}
-
-// A text that cannot be taken apart names nothing that anybody knows.
-std::set<std::string> NamesIn(const TOtherObject& object) {
-  try {
-    return NamesIn(object.text);
-  } catch (const EVelmora&) {
-    return {};
-  }
-}
-
 bool Names(const std::set<std::string>& names, const TRename& rename) {
   return names.contains(LowerText(rename.from)) && (rename.OfTable() || names.contains(LowerText(rename.table)));
 }
@@ -130,32 +113,15 @@ TRenaming FitRenames(const std::vector<TRename>& wishes, const TReadPair& read, 
   return TFitting(read, selection, case_counts).Fit(wishes);
 }
 
-void RenameTables(const std::vector<TRenameChange>& renames, TDatabaseObjects& objects) {
-  for (const TRenameChange& change : renames) {
-    if (!change.rename.OfTable()) continue;
-    for (TOtherObject& object : objects.objects) {
-      if (object.kind != "trigger" || object.text.empty()) continue;
-      try {
-        TObjectText text = ReadObjectText(object.text, objects.database);
-        if (text.table != change.rename.from) continue;
-        text.header = text.moment + " on " + QuotedName(change.rename.to) + " for each row";
-        object.text = text.Creation({text.definer, false, text.order});
-      } catch (const EVelmora&) {  // it is told of and left alone
-      }
-    }
-  }
-}
-
 TStringList NamesOfRenamed(const std::vector<TRenameChange>& renames, const TDatabaseObjects& objects,
                            const std::vector<TObjectChange>& changes) {
   TStringList lines;
   if (renames.empty()) return lines;
+  std::set<TObjectKey> changed;
+  for (const TObjectChange& change : changes) changed.insert(ObjectKey(change.kind, change.name));
   for (const TOtherObject& object : objects.objects) {
-    const bool changes_too = std::ranges::any_of(changes, [&object](const TObjectChange& change) {
-      return change.kind == object.kind && SameText(change.name, object.name);
-    });
-    if (changes_too) continue;
-    const std::set<std::string> names = NamesIn(object);
+    if (changed.contains(ObjectKey(object.kind, object.name))) continue;
+    const std::set<std::string> names = NamesSpokenOf(object);
     for (const TRenameChange& change : renames)
       if (Names(names, change.rename)) lines.push_back(Format(kNames, object.kind, object.name, change.rename.Place()));
   }

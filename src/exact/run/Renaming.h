@@ -30,9 +30,6 @@ struct TRenaming {
 TRenaming FitRenames(const std::vector<TRename>& wishes, const TReadPair& read, const TSelection& selection,
                      bool case_counts);
 
-// Triggers go with their table.
-void RenameTables(const std::vector<TRenameChange>& renames, TDatabaseObjects& objects);
-
 // A line for each of the objects, but those that the changes are about, whose text names what is renamed.
 TStringList NamesOfRenamed(const std::vector<TRenameChange>& renames, const TDatabaseObjects& objects,
                            const std::vector<TObjectChange>& changes);

@@ -36,8 +36,9 @@ bool TScratchObjects::Tries(const TPlanStatement& statement) const {
   return !statement.text.starts_with("drop") || !missing_.contains(statement.object);
 }
 
-std::vector<TObjectChange> TScratchObjects::Left(const TDatabaseObjects& wanted) {
-  std::vector<TObjectChange> left = CompareObjects(WithoutEvents(wanted), WithoutEvents(scratch_.Objects())).changes;
+std::vector<TObjectChange> TScratchObjects::Left(const TDatabaseObjects& wanted, const TDefinerWishes& wishes) {
+  std::vector<TObjectChange> left =
+      CompareObjects(WithoutEvents(wanted), WithoutEvents(scratch_.Objects()), wishes).changes;
   std::erase_if(left, [this](const TObjectChange& change) { return missing_.contains(change.Object()); });
   return left;
 }

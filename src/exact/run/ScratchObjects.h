@@ -23,7 +23,7 @@ class TScratchObjects {
   // Whether a statement of the plan can be tried.
   bool Tries(const TPlanStatement& statement) const;
   // After the plan: what differs from `wanted` still.
-  std::vector<TObjectChange> Left(const TDatabaseObjects& wanted);
+  std::vector<TObjectChange> Left(const TDatabaseObjects& wanted, const TDefinerWishes& wishes);
 
  private:
   TScratchDatabase& scratch_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "exact/objects/ObjectContext.h"
 #include "util/Counted.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -80,7 +81,7 @@ bool Takes(const TSelection& selection, Names names) {
 std::string TableOf(const TOtherObject& object, const std::string& database) {
   if (object.kind != "trigger") return {};
   try {
-    return ReadObjectText(object.text, database).table;
+    return ReadObject(object, database).table;
   } catch (const EVelmora&) {
     return {};
   }
@@ -155,10 +156,6 @@ TPattern ReadPattern(const std::string& text) {
 
 bool TSelection::operator==(const TSelection& other) const {
   return SamePatterns(only, other.only) && SamePatterns(except, other.except);
-}
-
-bool TSelection::TakesTable(std::string_view table) const {
-  return Takes(*this, [table](const TPattern& pattern) { return NamesTable(pattern, table); });
 }
 
 bool TSelection::ReadsTable(std::string_view table) const {

@@ -45,7 +45,6 @@ struct TSelection {
   bool Any() const { return !only.empty() || !except.empty(); }
   bool operator==(const TSelection& other) const;
 
-  bool TakesTable(std::string_view table) const;  // as a whole: whether it is there
   bool ReadsTable(std::string_view table) const;  // or anything in it
   bool TakesChange(const TChange& change) const;
   // `table` is that of a trigger.

@@ -11,7 +11,6 @@
 #include "exact/run/PairReader.h"
 #include "mysqltext/KeyText.h"
 #include "util/Errors.h"
-#include "util/Format.h"
 #include "util/Lists.h"
 #include "util/Text.h"
 
@@ -19,7 +18,6 @@ namespace velmora {
 
 namespace {
 
-constexpr char kLine[] = "Structure of the %s: ";
 constexpr std::size_t kLongestHeader = 16384;  // bytes
 constexpr std::size_t kDigestBytes = 16;       // of the 32 that there are: nobody is to be kept from forging one
 
@@ -131,17 +129,19 @@ std::optional<TStructureDigest> DigestNow(TDBConn& conn) {
   return DigestOf(read, &others);
 }
 
-std::string DigestLine(const char* side, const TStructureDigest& digest) { return Format(kLine, side) + digest.Text(); }
+std::string DigestLine(const char* side, const TStructureDigest& digest) {
+  return std::string(kStructureLine) + side + ": " + digest.Text();
+}
 
 // Comments and empty lines alone stand before it.
 std::optional<TStructureDigest> TargetDigestIn(std::string_view script) {
-  const std::string start = "-- " + Format(kLine, kTargetSide);
+  const std::string start = std::string(kStructureLine) + kTargetSide + ": ";
   for (const std::string& line : LinesOf(script.substr(0, kLongestHeader))) {
     if (!line.empty() && !line.starts_with("--")) break;
     if (!line.starts_with(start)) continue;
     TStringList words;
     SplitPlain(' ', Trim(line.substr(start.size())), words);
-    if (words.size() != 2 && words.size() != 4) return std::nullopt;
+    if (words[0] != "tables" || (words.size() != 2 && words.size() != 4)) return std::nullopt;
     TStructureDigest digest{words[1], words.size() == 4 ? words[3] : std::string()};
     if (digest.tables.ends_with(',')) digest.tables.pop_back();
     return digest;

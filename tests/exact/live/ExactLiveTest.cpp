@@ -182,6 +182,46 @@ TEST_F(ExactLiveTest, RenamesKeepRowsAndWhatHangsOnThem) {
   EXPECT_EQ(MessageOf([&] { app_.Compare(); }), "--rename o.nothing=sums: the reference has no column sums");
 }
 
+// The trigger speaks of its table in a mode of its own, and is another one afterwards: there and back.
+TEST_F(ExactLiveTest, ATableWithATriggerGoesToItsNewNameAndBack) {
+  const char* described =
+      "select group_concat(concat_ws('|', trigger_name, event_object_table, action_statement, sql_mode)) from "
+      "information_schema.triggers where trigger_schema = 'exact_target'";
+  RunAll(reference_, {"create table client (id int, n int)", "set sql_mode = 'ANSI_QUOTES'",
+                      "create trigger tr before insert on client for each row set new.\"n\" = 2",
+                      "create trigger up before update on client for each row set new.\"n\" = 3"});
+  RunAll(target_, {"create table customer (id int, n int)", "set sql_mode = 'ANSI_QUOTES'",
+                   "create trigger \"tr\" before insert on \"customer\" for each row set new.\"n\" = 1"});
+  const std::string before = Ask(described);
+  Open();
+  app_.Take({.exact = ReadExactWishes("rename customer=client")});
+  app_.Compare();
+  const std::string undo = app_.Dialect().UndoScript();
+  EXPECT_THAT(Exact().AllObjectChanges(), SizeIs(2));
+  Sync();
+  EXPECT_THAT(Ask(described), AllOf(HasSubstr("tr|client|"), HasSubstr("up|client|"), Not(HasSubstr("= 1"))));
+  app_.RunScript(undo);
+  EXPECT_EQ(Ask(described), before);
+  EXPECT_THAT(undo, Not(HasSubstr("By a proof")));
+}
+
+// Whoever may not name a definer cannot make anew what has it either.
+TEST_F(ExactLiveTest, DefinersThatALoginMayNotNameAreToldOfWhatChanges) {
+  RunAll(reference_, {"create table t (a int)", "create view v as select 1 as x", "create view w as select 1 as x"});
+  RunAll(target_,
+         {"drop user if exists half", "create user half", "grant all on exact_target.* to half",
+          "create table t (a int)", "create definer = half view v as select 1 as x", "create view w as select 2 as x"});
+  app_.TakeTask({reference_.NewEngine(), target_.NewEngine("half")});
+  app_.Take({.exact = ReadExactWishes("definer compare")});
+  app_.Compare();
+  TStringList unsafe;
+  for (const TObjectChange& change : Exact().AllObjectChanges()) unsafe.push_back(change.unsafe);
+  EXPECT_THAT(unsafe, ElementsAreArray({"this login may not make root@localhost its definer",
+                                        "this login may not name its definer root@localhost, and so cannot make it "
+                                        "anew"}));
+  target_.Run("drop user half");
+}
+
 // Nothing of a table is changed whose rename is struck out.
 TEST_F(ExactLiveTest, ARenameThatIsStruckOutLeavesItsTable) {
   RunAll(reference_, {"create table t (b int, c bigint)", "create table s (a int)"});
