@@ -54,6 +54,7 @@ void TDifferenceList::Take(std::vector<TDifference> found, const std::function<b
     entries_.push_back({std::move(difference), *row, std::move(table), std::move(item), std::move(words)});
     TEntry& entry = entries_.back();
     entry.ticked_at_first = !ticks || ticks(entry.difference);
+    entry.unticked_before = unticked_.contains(Mark(entry));
     if (!TicksAgain(entry)) Set(entries_.size() - 1, EDecision::Unticked);
   }
   ticked_.clear();
@@ -70,7 +71,8 @@ void TDifferenceList::Forget() {
 
 void TDifferenceList::Clear() {
   for (const TEntry& entry : entries_) {
-    if (entry.decision == EDecision::Unticked) unticked_.insert(Mark(entry));
+    const bool by_user = entry.ticked_at_first || entry.unticked_before;
+    if (entry.decision == EDecision::Unticked && by_user) unticked_.insert(Mark(entry));
     if (entry.decision == EDecision::Ticked && !entry.ticked_at_first) ticked_.insert(Mark(entry));
   }
   entries_.clear();

@@ -75,6 +75,7 @@ class TDifferenceList {
     std::string words;  // that a filter looks in, lower case
     EDecision decision = EDecision::Ticked;
     bool ticked_at_first = true;
+    bool unticked_before = false;  // by the user, when it was found last
   };
   struct TDecided {
     std::size_t place = 0;

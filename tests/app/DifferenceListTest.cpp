@@ -178,6 +178,16 @@ TEST_F(DifferenceListTest, WhatTheOptionsLeaveOutIsToldUntilItIsTicked) {
   EXPECT_THAT(list_.Heading(), Not(HasSubstr("left out")));
 }
 
+TEST_F(DifferenceListTest, WhatTheOptionsLeftOutIsTickedOnceTheyDoNot) {
+  list_.Tick({Place("New table new")}, false);
+  for (const bool left_out : {true, false}) {
+    list_.Clear();
+    app_.Compare();
+    list_.Take(app_.Dialect().Differences(), [left_out](const TDifference&) { return !left_out; });
+  }
+  EXPECT_EQ(list_.Footing(), "13 of 14 actions ticked") << "what the user has unticked is left";
+}
+
 TEST_F(DifferenceListTest, ScriptAndQuestionsFollowTheTicks) {
   const std::string whole = Script();
   const std::size_t name = Place("Changed column name");
