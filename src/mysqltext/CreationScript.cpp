@@ -223,8 +223,12 @@ class TCreationScript::TCollector {
   // what it is: create view v as select 1 as `a`, 1 as `b`
   static bool IsStandIn(std::string_view text) {
     constexpr std::size_t kLongestHead = 200;
-    const std::size_t select = PosNoCase(" as select\n", std::string(text.substr(0, kLongestHead)));
-    if (select == 0 || PosNoCase("definer", std::string(text.substr(0, select))) != 0) return false;
+    const std::string head(text.substr(0, kLongestHead));
+    constexpr std::string_view kAsSelect = " as select";
+    const std::size_t select = PosNoCase(kAsSelect, head);
+    if (select == 0 || !EndsLine(head, select - 1 + kAsSelect.size()) ||
+        PosNoCase("definer", head.substr(0, select)) != 0)
+      return false;
     const std::vector<TToken> tokens = Tokens(text.substr(select));
     for (std::size_t at = 2; at + 1 < tokens.size(); at += 4) {
       const bool nothing = tokens[at].Is("null") || tokens[at].text == "1";
@@ -232,6 +236,11 @@ class TCreationScript::TCollector {
       if (at + 3 < tokens.size() && tokens[at + 3].kind != EToken::End && !tokens[at + 3].Is(",")) return false;
     }
     return true;
+  }
+
+  static bool EndsLine(const std::string& text, std::size_t at) {
+    const std::size_t end = text.find_first_not_of(" \r", at);
+    return end != std::string::npos && text[end] == '\n';
   }
 
   void Forget(std::string_view object, const std::string& name) {

@@ -38,7 +38,7 @@ TStringList Outcome(const TCreationScript& script) {
 
 // As dumps write it: what was is kept first; what a script sets for itself says nothing of its objects.
 TEST(CreationScript, KnowsWhatObjectsWereMadeUnder) {
-  const TCreationScript script(R"(
+  const TCreationScript script(std::string(R"(
 SET SQL_MODE='NO_AUTO_VALUE_ON_ZERO';
 create procedure p() select 1;
 /*!50003 SET @saved_sql_mode       = @@sql_mode */ ;
@@ -54,12 +54,13 @@ create procedure q() select 2;
 /*!50001 CREATE VIEW `v` AS SELECT
  1 AS `a`,
  NULL AS `b`*/;
-)");
+)") + "CREATE VIEW `w` AS SELECT \r\n 1 AS `a`;\r\n");
   std::string found;
   for (const TOtherObject& object : script.OtherObjects())
     found += object.name + ":" + object.context.sql_mode.value_or("-") + ":" + object.context.collation + ":" +
              (object.text.empty() ? "nothing" : "text") + " ";
-  EXPECT_EQ(found, "p:-::text g:ANSI_QUOTES,STRICT_ALL_TABLES:latin1_bin:text q:-:latin1_bin:text v:-::nothing ");
+  EXPECT_EQ(found,
+            "p:-::text g:ANSI_QUOTES,STRICT_ALL_TABLES:latin1_bin:text q:-:latin1_bin:text v:-::nothing w:-::nothing ");
 }
 
 TEST(CreationScript, TakesTablesAndTellsTheRest) {
