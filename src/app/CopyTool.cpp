@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -41,6 +42,7 @@ constexpr char kNoConnection[] = "A tool for large tables needs a target on a se
 constexpr std::size_t kKeptBytes = 4000;  // of what it says
 constexpr int kPulse = 100;               // milliseconds
 constexpr auto kGrace = std::chrono::seconds(30);
+constexpr auto kIdle = std::chrono::seconds(20);  // of the target's session, which servers end after a while
 
 // As a shell does with quotes and backslashes, and with nothing else.
 std::optional<TStringList> ShellWords(const std::string& command) {
@@ -146,10 +148,21 @@ std::string OptionLine(const char* option, const std::string& value) {
   if (value.empty()) return {};
   std::string quoted;
   for (const char c : value) {
-    if (c == '"' || c == '\\') quoted += '\\';
-    quoted += c;
+    if (c == '"' || c == '\\' || c == '\n' || c == '\r') quoted += '\\';
+    quoted += c == '\n' ? 'n' : c == '\r' ? 'r' : c;
   }
   return Format("%s=\"%s\"\n", option, quoted);
+}
+
+// A demand in the words of both makers: client libraries skip what they do not know, and command-line clients refuse
+// it, which is better than a line that others may read.
+std::string TlsLines(const TMyOptions& options) {
+  std::string text = OptionLine("ssl-ca", options.CaFile);
+  text += OptionLine("ssl-cert", options.CertFile);
+  text += OptionLine("ssl-key", options.KeyFile);
+  if (options.Tls != ETls::VerifyCa && options.Tls != ETls::Required) return text;
+  text += OptionLine("ssl-mode", options.Tls == ETls::Required ? "VERIFY_IDENTITY" : "VERIFY_CA");
+  return text + OptionLine("ssl-verify-server-cert", "1");
 }
 
 std::string LoginText(const TMyConnection& connection) {
@@ -163,10 +176,7 @@ std::string LoginText(const TMyConnection& connection) {
   text += OptionLine("socket", socket ? at : std::string());
   text += OptionLine("host", socket ? std::string() : at.substr(0, colon));
   text += OptionLine("port", socket || colon == std::string::npos ? std::string() : at.substr(colon + 1));
-  text += OptionLine("ssl-ca", connection.Options.CaFile);
-  text += OptionLine("ssl-cert", connection.Options.CertFile);
-  text += OptionLine("ssl-key", connection.Options.KeyFile);
-  return text;
+  return text + TlsLines(connection.Options);
 }
 
 // A file for its owner alone, gone with this object.
@@ -215,10 +225,15 @@ class TToolProcess {
 
   int Id() const { return process_; }
 
-  void Wait() {
+  // `keep_alive` is called now and then.
+  void Wait(const std::function<void()>& keep_alive) {
+    auto next = std::chrono::steady_clock::now() + kIdle;
     while (!Ended()) {
       Host().ProcessMessages();
       Read(kPulse);
+      if (std::chrono::steady_clock::now() < next) continue;
+      keep_alive();
+      next = std::chrono::steady_clock::now() + kIdle;
     }
     Read(0);
     if (status_ == 0) return;
@@ -320,6 +335,14 @@ bool TCopyToolRuns::Takes(const std::string& statement, ELockClass lock) {
   return !names;
 }
 
+// A tool that is at work goes on without the session; the statement after it tells that this is lost.
+void TCopyToolRuns::KeepAlive() {
+  try {
+    if (target_.GetConnected()) target_.ExecSQL("do 1");
+  } catch (const EMySqlException&) {
+  }
+}
+
 void TCopyToolRuns::Run(const std::string& statement) {
   auto* connection = dynamic_cast<TMyConnection*>(&target_.GetConnectionObject());
   if (connection == nullptr) RaiseError(kNoConnection);
@@ -334,7 +357,7 @@ void TCopyToolRuns::Run(const std::string& statement) {
   target_.ExecSQL("commit");  // as a server does before a change of structure: the tool must not wait for us
   TToolProcess tool(words);
   if (care_.tool_runs) care_.tool_runs(tool.Id(), words.front());
-  tool.Wait();
+  tool.Wait([this] { KeepAlive(); });
 }
 
 }  // namespace velmora

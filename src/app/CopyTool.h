@@ -25,12 +25,14 @@ class TCopyToolRuns {
   // tool, which gives the copy's constraints other names, and nor is one that has an algorithm; care.tell hears of it.
   bool Takes(const std::string& statement, ELockClass lock);
   // Has the tool make the change, of a statement that it takes. It is started without a shell, in a group of processes
-  // of its own, and gets the login by a file that is gone afterwards. Raises where it fails, with its last lines. The
-  // host ends it by raising from its message pump; the tool then has half a minute to clear away.
+  // of its own, and gets the login by a file that is gone afterwards; the target's session is kept alive. Raises where
+  // it fails, with its last lines. The host ends it by raising from its message pump; the tool then has half a minute
+  // to clear away.
   void Run(const std::string& statement);
 
  private:
   std::int64_t SizeOf(const std::string& table);
+  void KeepAlive();
 
   TDBConn& target_;
   const TRunCare& care_;
