@@ -1,10 +1,7 @@
 // Kills the companion, or the server under it, at random moments of a sync, and runs it again: the databases have to
 // become identical, and no row may be lost. See scripts/kill-runs.
 
-#include <fcntl.h>
-#include <signal.h>  // NOLINT(modernize-deprecated-headers): for kill
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -16,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/CompanionProcess.h"
 #include "support/LiveDatabase.h"
 #include "support/PrivateServer.h"
 #include "support/ScratchFolder.h"
@@ -67,19 +65,22 @@ class TKills {
     Interrupt(of_server);
     int status = -1;
     for (int run = 0; run < kMostRuns && status != 0; ++run) status = RunToEnd("sync");
-    if (status != 0) return Miss(number, "it does not come to its end: " + Told());
-    if (RunToEnd("compare") != 0) return Miss(number, "the databases are not identical: " + Told());
+    if (status != 0) return Miss(number, "it does not come to its end: " + told_);
+    if (RunToEnd("compare") != 0) return Miss(number, "the databases are not identical: " + told_);
     if (Rows() != rows_) return Miss(number, "rows are lost");
     return true;
   }
-  void PrintCounts(int rounds, int missed) const {
-    std::printf("%d rounds, %d missed: %d kills of the companion, %d of the server, %d of these in a statement\n",
-                rounds, missed, of_companion_, of_server_, in_statement_);
+  // Whether any run was ended by it.
+  bool PrintCounts(int rounds, int missed) const {
+    std::printf(
+        "%d rounds, %d missed: %d runs ended by a kill of the companion, %d by one of the server, %d of these in "
+        "a statement\n",
+        rounds, missed, of_companion_, of_server_, in_statement_);
+    return of_companion_ + of_server_ > 0;
   }
 
  private:
   std::string Journal() const { return folder_ / "journal"; }
-  std::string Told() const { return ReadFileText(folder_ / "told"); }
   static bool Miss(int number, const std::string& what) {
     std::printf("round %d: %s\n", number, what.c_str());
     std::fflush(stdout);
@@ -115,28 +116,22 @@ class TKills {
     return rows;
   }
 
-  pid_t Start(const std::string& command) {
+  void Start(const std::string& command) {
     const auto source = [](const std::string& database) { return "mysql://root@localhost/" + database; };
-    std::vector<std::string> words = {VELMORA_CLI, command, source(kReference), source(kTarget),
-                                      "--dialect", "exact", "--socket",         server_.Socket()};
+    std::vector<std::string> words = {command, source(kReference), source(kTarget), "--dialect",
+                                      "exact", "--socket",         server_.Socket()};
     if (command == "sync") words.insert(words.end(), {"--yes", "--allow-unsafe", "--journal", Journal()});
-    std::vector<char*> arguments;
-    for (std::string& word : words) arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    const pid_t process = fork();
-    if (process != 0) return process;
-    const int told = open((folder_ / "told").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    dup2(told, STDOUT_FILENO);
-    dup2(told, STDERR_FILENO);
-    execv(arguments[0], arguments.data());
-    _exit(98);
+    companion_.Start(std::move(words));
   }
-  static int End(pid_t process) {
-    int status = 0;
-    waitpid(process, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  int End() {
+    TAnswer answer = companion_.End();
+    told_ = std::move(answer.err);
+    return answer.status;
   }
-  int RunToEnd(const std::string& command) { return End(Start(command)); }
+  int RunToEnd(const std::string& command) {
+    Start(command);
+    return End();
+  }
 
   static TStep Since(TClockPoint::time_point start) {
     return std::chrono::duration_cast<TStep>(TClockPoint::now() - start);
@@ -146,10 +141,10 @@ class TKills {
     Make(kTarget, false);
     unlink(Journal().c_str());
     const auto start = TClockPoint::now();
-    const pid_t process = Start("sync");
+    Start("sync");
     WaitForJournal();
     to_journal_ = Since(start);
-    if (End(process) != 0) throw std::runtime_error("the sync fails by itself: " + Told());
+    if (End() != 0) throw std::runtime_error("the sync fails by itself: " + told_);
     full_ = Since(start);
   }
 
@@ -169,14 +164,15 @@ class TKills {
   }
 
   void Interrupt(bool of_server) {
-    const pid_t process = Start("sync");
+    Start("sync");
     WaitAMoment();
     if (of_server)
       server_.Kill();
     else
-      kill(process, SIGKILL);
-    End(process);
+      companion_.Signal(SIGKILL);
+    const bool came_too_late = End() == 0;
     if (of_server) server_.Restart();
+    if (came_too_late) return;
     ++(of_server ? of_server_ : of_companion_);
     const std::string journal = access(Journal().c_str(), F_OK) == 0 ? ReadFileText(Journal()) : std::string();
     const std::size_t last = journal.rfind("\"state\":\"begins\"");
@@ -188,6 +184,8 @@ class TKills {
   std::mt19937_64 random_;
   TPrivateServer& server_;
   TScratchFolder folder_;
+  TCompanionProcess companion_{folder_.Path()};
+  std::string told_;    // by the last run that has ended
   TStep full_{};        // what a sync takes
   TStep to_journal_{};  // until its statements begin
   std::vector<std::string> rows_;
@@ -212,6 +210,5 @@ int main(int argc, char** argv) {
   int missed = 0;
   for (int i = 1; i <= rounds; ++i)
     if (!kills.Round(i)) ++missed;
-  kills.PrintCounts(rounds, missed);
-  return missed == 0 ? 0 : 1;
+  return kills.PrintCounts(rounds, missed) && missed == 0 ? 0 : 1;
 }
