@@ -45,15 +45,27 @@ void LookAtTables(const TExactSync& sync, const TStringList& tables, TDBConn& ta
       [&] { texts.ExpectCreationTexts({}); });
 }
 
-// A new view also stands where a table would; those that were listed before are listed still.
-void LookAtObjects(const TExactSync& sync, const std::set<std::string>& touched, TDBConn& target, TStringList& moved) {
+// As the comparison has read them: triggers on tables under their new names.
+std::vector<TOtherObject> ObjectsNow(const TExactSync& sync, const std::vector<const TObjectChange*>& touched,
+                                     TCreationTexts& texts) {
+  TDatabaseObjects now{texts.TextsDatabase(), {}};
+  for (const TObjectChange* change : touched)
+    now.objects.push_back({change->kind, change->old_text ? change->old_object.name : change->name});
+  texts.ReadObjectTexts(now.objects);
+  RenameTables(sync.Renames(), now);
+  return std::move(now.objects);
+}
+
+// A table stands also where a new view would.
+void LookAtObjects(const TExactSync& sync, const std::set<std::string>& names, TDBConn& target, TStringList& moved) {
   auto& texts = dynamic_cast<TCreationTexts&>(target);
-  const std::vector<TOtherObject> now = texts.OtherObjects();
-  for (const TObjectChange& change : sync.AllObjectChanges()) {
-    if (!touched.contains(change.Object())) continue;
-    const auto found = std::ranges::find_if(
-        now, [&](const TOtherObject& object) { return object.kind == change.kind && object.name == change.name; });
-    std::string text = found == now.end() ? std::string() : found->text;
+  std::vector<const TObjectChange*> touched;
+  for (const TObjectChange& change : sync.AllObjectChanges())
+    if (names.contains(change.Object())) touched.push_back(&change);
+  const std::vector<TOtherObject> now = ObjectsNow(sync, touched, texts);
+  for (std::size_t i = 0; i < touched.size(); ++i) {
+    const TObjectChange& change = *touched[i];
+    std::string text = now[i].text;
     if (text.empty() && change.kind == "view" && change.old_object.text.empty())
       text = TextNow(texts, target, change.name);
     Tell(change.Object(), change.old_object.text, text, moved);
@@ -71,7 +83,8 @@ TStringList MovedSince(const TExactSync& sync, const std::vector<TPlanStatement>
     else if (seen.insert(statement.table).second)
       tables.push_back(statement.table);
   for (const TRenameChange& change : sync.Renames())
-    if (change.rename.OfTable() && seen.contains(change.rename.to)) tables.push_back(change.rename.from);
+    if (change.rename.OfTable() && seen.contains(change.rename.to) && seen.insert(change.rename.from).second)
+      tables.push_back(change.rename.from);
   LookAtTables(sync, tables, target, moved);
   if (!objects.empty()) LookAtObjects(sync, objects, target, moved);
   return moved;

@@ -57,6 +57,8 @@ class TCreationTexts {
   virtual std::string TextsDatabase() const { return {}; }
   // What the database holds besides tables: views, sequences, triggers, routines, events.
   virtual std::vector<TOtherObject> OtherObjects() { return {}; }
+  // Asks for the texts and contexts of these alone, by kind and name; a text stays empty where there is none to see.
+  virtual void ReadObjectTexts(std::vector<TOtherObject>& /*objects*/) {}
   // The kinds of these of which there may be more than OtherObjects lists: the login may not see all of them, or a
   // script has none, as dumps leave some out. After OtherObjects.
   virtual TStringList KindsNotAllSeen() { return {}; }

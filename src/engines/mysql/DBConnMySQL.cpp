@@ -484,7 +484,7 @@ std::vector<TOtherObject> TDBConnMySQL::OtherObjects() {
                        {},
                        static_cast<int>(TryStrToInt(VarToText(rows->Value(2))).value_or(0))});
   rows->Close();
-  if (!objects.empty()) ReadObjectTexts(objects);
+  ReadObjectTexts(objects);
   return objects;
 }
 
@@ -492,6 +492,7 @@ TStringList TDBConnMySQL::KindsNotAllSeen() { return HiddenKinds(*connection_, d
 
 // Servers keep their texts in the set of whoever made them, so that here the results need ours.
 void TDBConnMySQL::ReadObjectTexts(std::vector<TOtherObject>& objects) {
+  if (objects.empty()) return;
   TStringList statements = {kResultsInOurLetters};
   for (const TOtherObject& object : objects) statements.push_back(ShowObjectStatement(object));
   connection_->ExpectStatements(statements);

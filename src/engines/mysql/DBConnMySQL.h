@@ -104,6 +104,7 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   void ExpectCreationTexts(const TStringList& tables) override;
   void PrepareExactTexts(bool exact = true) override;
   std::vector<TOtherObject> OtherObjects() override;
+  void ReadObjectTexts(std::vector<TOtherObject>& objects) override;
   TStringList KindsNotAllSeen() override;
   std::string ServerVersion() override { return connection_->ServerVersion(); }
 
@@ -118,7 +119,6 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   std::unique_ptr<TMyConnection> ExactConnection() const;
   std::string ShowCreateStatement(const std::string& table);
   const std::vector<TOtherObject>& ListKinds();
-  void ReadObjectTexts(std::vector<TOtherObject>& objects);
   void ReadObject(TOtherObject& object);
 
   std::unique_ptr<TMyConnection> connection_;
