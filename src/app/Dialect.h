@@ -64,6 +64,7 @@ struct TDialectTraits {
   bool aligned_texts = false;       // the texts of a table are read side by side, line by line
   bool maps_foreign = false;        // references that are not MySQL can be compared
   bool has_options = false;         // what TExactWishes asks for can be granted
+  bool takes_care = false;          // a run takes care of what TRunCare asks for
 };
 
 // What the user asks of a comparison beyond the pair.
@@ -145,8 +146,9 @@ class TDialect {
   virtual TStringList UnsafeStatements(const std::string& /*script*/) { return {}; }
   // What making the actions that are left costs others meanwhile, by id; none where nothing is known of that.
   virtual std::map<int, TActionLock> ActionLocks() const { return {}; }
-  // Statements for them that the user does not want to be run that way, a line each.
-  virtual TStringList AboveAlgorithm() const { return {}; }
+  // Statements of `script` that the last comparison planned, and that the user does not want to be run that way, a line
+  // each.
+  virtual TStringList AboveAlgorithm(const std::string& /*script*/) const { return {}; }
   // The statements of `script` that the last comparison planned for the actions that are left, in order.
   virtual std::vector<TPlannedStatement> Planned(const std::string& /*script*/) const { return {}; }
   // What the target's rows say to the actions that are left, each asked for at most `seconds`, 0 for as long as it

@@ -6,6 +6,8 @@
 #include "app/CopyTool.h"
 #include "app/LockWaits.h"
 #include "app/MovedTarget.h"
+#include "app/PlannedStatements.h"
+#include "app/RunSession.h"
 #include "app/RunTelling.h"
 #include "core/CreationTexts.h"
 #include "exact/plan/ScriptSafety.h"
@@ -31,18 +33,29 @@ constexpr TDialectTraits kTraits = {.has_findings = true,
                                     .tells_statements = true,
                                     .aligned_texts = true,
                                     .maps_foreign = true,
-                                    .has_options = true};
+                                    .has_options = true,
+                                    .takes_care = true};
 
 constexpr char kMoved[] = "The target has changed since it was compared, and nothing was run: %s. Compare anew";
 
 std::string UnsafeLine(const TChange& change) { return change.table + ": " + change.LogText() + ": " + change.unsafe; }
 
-// What made the run fail matters more than an error of this.
-void RestoreChecks(TDBConn& target, const std::string& checks) {
-  try {
-    target.ExecSQL("set foreign_key_checks = " + checks);
-  } catch (const EVelmora&) {
-  }
+// Bodies are kept as they are sent: with line ends as the reference has them, not as the script does.
+TRunWishes WishesFor(const TPlannedStatements& planned) {
+  const auto object = [&planned](const std::string& text) {
+    const TPlanStatement* found = planned.Find(text);
+    return found == nullptr || found->object.empty() ? nullptr : found;
+  };
+  TRunWishes wishes{.warnings = true};
+  wishes.sent = [object](const std::string& text) {
+    const TPlanStatement* found = object(text);
+    return found == nullptr ? text : found->text;
+  };
+  wishes.put_back = [object](const std::string& text) {
+    const TPlanStatement* found = object(text);
+    return found == nullptr ? TStringList() : found->put_back;
+  };
+  return wishes;
 }
 
 bool ReadsTable(TDBConn* conn, const std::string& table) {
@@ -188,65 +201,39 @@ std::optional<std::string> TExactDialect::TargetStructure(const std::string& tab
   return text.empty() ? std::nullopt : std::optional(text);
 }
 
-// Bodies are kept as they are sent: with line ends as the reference has them, not as the script does.
-TRunWishes TExactDialect::RunWishes() const {
-  auto planned = std::make_shared<std::map<std::string, TPlanStatement>>();
-  for (TPlanStatement& statement : sync.Plan())
-    if (!statement.object.empty()) {
-      std::string text = WithPlainLineEnds(statement.text);
-      planned->emplace(std::move(text), std::move(statement));
-    }
-  const auto find = [planned](const std::string& text) { return planned->find(WithPlainLineEnds(text)); };
-  TRunWishes wishes{.warnings = true};
-  wishes.sent = [planned, find](const std::string& text) {
-    const auto found = find(text);
-    return found == planned->end() ? text : found->second.text;
-  };
-  wishes.put_back = [planned, find](const std::string& text) {
-    const auto found = find(text);
-    return found == planned->end() ? TStringList() : found->second.put_back;
-  };
-  return wishes;
-}
-
 std::string TExactDialect::UndoScript() const {
   TLineEditor editor;
   sync.GenerateUndo(editor, parts_.clock);
   return editor.Text();
 }
 
+TStringList TExactDialect::AboveAlgorithm(const std::string& script) const {
+  return sync.AboveAlgorithm(TPlannedStatements(sync.Plan()).In(script));
+}
+
 // What a run has changed before is no stranger's work.
-void TExactDialect::CheckUnmoved(const std::string& script) const {
-  std::set<std::string> texts;
-  for (const TScriptStatement& statement : SplitExactScript(script).statements)
-    texts.insert(WithPlainLineEnds(statement.text));
-  std::vector<TPlanStatement> planned = sync.Plan();
-  std::erase_if(planned, [&](const TPlanStatement& statement) {
-    return statement.object == "session" || !texts.contains(WithPlainLineEnds(statement.text));
-  });
+void TExactDialect::CheckUnmoved(std::vector<TPlanStatement> planned) const {
+  std::erase_if(planned, [](const TPlanStatement& statement) { return statement.object == "session"; });
   if (has_run_ || planned.empty()) return;
   const TStringList moved = MovedSince(sync, planned, *parts_.connections.target);
   if (!moved.empty()) RaiseError(Format(kMoved, JoinList(moved, "; ")));
 }
 
-// A script that ends early has not come to the line that puts the checks back.
 void TExactDialect::RunScript(const std::string& text, const TRunCare& care) {
-  if (const TStringList above = sync.AboveAlgorithm(); !above.empty()) RaiseError(JoinList(above, "\n"));
+  const TPlannedStatements planned(sync.Plan());
+  const std::vector<TPlanStatement> holds = planned.In(text);
+  if (const TStringList above = sync.AboveAlgorithm(holds); !above.empty()) RaiseError(JoinList(above, "\n"));
   TDBConn& target = *parts_.connections.target;
   if (auto* texts = dynamic_cast<TCreationTexts*>(&target)) texts->PrepareExactTexts();
-  CheckUnmoved(text);
+  CheckUnmoved(holds);
   has_run_ = true;
-  TVariant checks;
-  target.GetResultSQL("select @@foreign_key_checks", checks);
+  TRunSession session(target);
   TLockWaits waits(target, care, parts_.progress);
-  TRunWishes wishes = RunWishes();
   TCopyToolRuns tool(target, care);
-  std::map<std::string, ELockClass> locks;
-  for (const TPlanStatement& statement : sync.Plan()) locks.emplace(WithPlainLineEnds(statement.text), statement.lock);
+  TRunWishes wishes = WishesFor(planned);
   wishes.execute = [&](const std::string& sent, TStatementRun& run) -> std::int64_t {
-    const auto planned = locks.find(WithPlainLineEnds(sent));
-    if (!tool.Takes(sent, planned == locks.end() ? ELockClass::Unknown : planned->second))
-      return waits.Execute(sent, run);
+    const TPlanStatement* known = planned.Find(sent);
+    if (!tool.Takes(sent, known == nullptr ? ELockClass::Unknown : known->lock)) return waits.Execute(sent, run);
     tool.Run(sent);
     return -1;
   };
@@ -255,7 +242,7 @@ void TExactDialect::RunScript(const std::string& text, const TRunCare& care) {
         try {
           parts_.runner.RunScript(text, wishes, SplitExactScript);
         } catch (...) {
-          if (target.GetConnected()) RestoreChecks(target, VarToText(checks));
+          session.PutBack();
           throw;
         }
       },

@@ -38,7 +38,7 @@ class TExactDialect final : public TDialect {
   std::map<int, std::string> UnsafeActions() const override;
   TStringList UnsafeStatements(const std::string& script) override;
   std::map<int, TActionLock> ActionLocks() const override { return sync.ActionLocks(sync.Plan()); }
-  TStringList AboveAlgorithm() const override { return sync.AboveAlgorithm(); }
+  TStringList AboveAlgorithm(const std::string& script) const override;
   std::vector<TPlannedStatement> Planned(const std::string& script) const override;
   std::vector<TRowFinding> CheckRows(int seconds) override { return sync.CheckRows(seconds); }
   int VerifyOnServer(const TScratchPorts& ports) override { return sync.VerifyOnServer(ports); }
@@ -46,14 +46,12 @@ class TExactDialect final : public TDialect {
   std::string UndoScript() const override;
   TScriptPieces Statements(const std::string& script) const override { return SplitExactScript(script); }
   // Statements of the last comparison's plan run only on what that has compared: what has moved since ends the first
-  // run of it before any statement. Foreign key checks are after a failure as they were before, and so is how long the
-  // session waits for locks.
+  // run of it before any statement. After a failure no table is locked, and the session's settings are as they were.
   void RunScript(const std::string& text, const TRunCare& care) override;
 
  private:
   std::optional<std::string> TargetStructure(const std::string& table);
-  TRunWishes RunWishes() const;
-  void CheckUnmoved(const std::string& script) const;
+  void CheckUnmoved(std::vector<TPlanStatement> planned) const;
 
   TDialectParts parts_;
   TForeignWishes foreign_;

@@ -3,9 +3,9 @@
 #include <unordered_map>
 
 #include "app/ExactDialect.h"
+#include "app/PlannedStatements.h"
 #include "app/ScriptSplitter.h"
 #include "exact/compare/ChangeText.h"
-#include "exact/plan/ScriptSafety.h"
 #include "util/Format.h"
 #include "util/Lists.h"
 #include "util/Text.h"
@@ -148,16 +148,12 @@ std::vector<TDifference> TExactDialect::Differences() const {
 }
 
 std::vector<TPlannedStatement> TExactDialect::Planned(const std::string& script) const {
-  const std::vector<TPlanStatement> plan = sync.Plan();
-  std::unordered_map<std::string, const TPlanStatement*> by_text;
-  for (const TPlanStatement& statement : plan) by_text.emplace(WithPlainLineEnds(statement.text), &statement);
-  std::vector<TPlannedStatement> planned;
-  for (const TScriptStatement& statement : SplitExactScript(script).statements) {
-    const auto found = by_text.find(WithPlainLineEnds(statement.text));
-    if (found == by_text.end()) continue;
-    planned.push_back({statement.start, statement.start + statement.text.size(), found->second->actions});
-  }
-  return planned;
+  const TPlannedStatements planned(sync.Plan());
+  std::vector<TPlannedStatement> statements;
+  for (const TScriptStatement& statement : SplitExactScript(script).statements)
+    if (const TPlanStatement* found = planned.Find(statement.text))
+      statements.push_back({statement.start, statement.start + statement.text.size(), found->actions});
+  return statements;
 }
 
 }  // namespace velmora

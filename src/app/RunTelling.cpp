@@ -56,6 +56,15 @@ std::string SummaryOfForce(const TRunReport& report) {
   return report.lost ? "no statement ran before it" : "no statement ran before it: the target is as it was";
 }
 
+// Of the statement that a run came to and did not do.
+std::string CameToLine(const TRunReport& report, std::size_t number, const std::string& script) {
+  const TScriptStatement& statement = report.statements[number];
+  const bool cancelled = number < report.runs.size() && report.runs[number].state == ERunState::Cancelled;
+  const char* what = !report.failed ? "did not run" : cancelled ? "was cancelled" : "failed";
+  return Format("statement %d of %d %s at %s: %s", number + 1, report.statements.size(), what,
+                PlaceIn(script, statement.start), ShownStatement(statement.text));
+}
+
 // One statement of a run, its words below it.
 std::string StatementText(const TRunReport& report, std::size_t index, std::size_t line) {
   const TStatementRun& run = report.runs[index];
@@ -84,17 +93,10 @@ void ListInForce(const TRunReport& report, TStringList& lines) {
 TStringList FailureSummary(TDBConn& target, const TRunReport& report, const std::string& script,
                            const std::string& error) {
   TStringList lines;
-  if (report.failed) {
-    const std::size_t number = *report.failed;
-    const TScriptStatement& statement = report.statements[number];
-    const bool cancelled = number < report.runs.size() && report.runs[number].state == ERunState::Cancelled;
-    lines.push_back(Format("statement %d of %d %s at %s: %s", number + 1, report.statements.size(),
-                           cancelled ? "was cancelled" : "failed", PlaceIn(script, statement.start),
-                           ShownStatement(statement.text)));
-  }
+  const bool put_back = report.executed < report.runs.size() && !report.runs[report.executed].put_back.empty();
+  if (report.failed || put_back) lines.push_back(CameToLine(report, report.failed.value_or(report.executed), script));
   lines.push_back(error);
-  if (report.failed && !report.runs[*report.failed].put_back.empty())
-    lines.push_back(report.runs[*report.failed].put_back);
+  if (put_back) lines.push_back(report.runs[report.executed].put_back);
   if (report.lost || (report.statements.empty() && !StandsConnected(target)))
     lines.push_back(Format("the connection to the target %s is lost", NameOf(target)) +
                     WhatLossLeavesOpen(report, PacketHint(target, report)));

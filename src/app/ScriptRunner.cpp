@@ -18,12 +18,16 @@ constexpr char kPutBack[] = "What it was to replace was put back";
 constexpr char kNotPutBack[] = "What it was to replace could not be put back: %s; the statement was: %s";
 constexpr char kLost[] = "What it was to replace may be gone; this brings it back: %s";
 
-// Whether a server commits at this statement, whatever the transaction.
-bool CommitsByItself(const std::string& statement) {
+std::string FirstWord(const std::string& statement) {
   std::size_t start = 0;
   std::string_view word;
   StrNextWord(statement, 1, start, word);
-  return InList(LowerText(word), {"create", "alter", "drop", "rename", "truncate"});
+  return LowerText(word);
+}
+
+// Whether a server commits at this statement, whatever the transaction.
+bool CommitsByItself(const std::string& statement) {
+  return InList(FirstWord(statement), {"create", "alter", "drop", "rename", "truncate"});
 }
 
 class TStopwatch {
@@ -62,6 +66,13 @@ std::size_t TRunReport::InForce() const {
 
 bool TRunReport::CommitUnknown() const {
   return lost && !committed && (committing || (failed && CommitsByItself(statements[*failed].text)));
+}
+
+// Settings are the session's.
+bool TRunReport::DidNothing() const {
+  const auto end = statements.begin() + static_cast<std::ptrdiff_t>(executed);
+  return !lost && std::all_of(statements.begin(), end,
+                              [](const TScriptStatement& statement) { return FirstWord(statement.text) == "set"; });
 }
 
 void TScriptRunner::RunScript(const std::string& text, const TRunWishes& wishes, TScriptSplitter split) {
@@ -117,28 +128,31 @@ void TScriptRunner::RollBack(TDBConn& target, bool done) {
 // Deliberate: the bar's maximum counts the empty pieces of the cut too, so a script with comments ends short of it.
 void TScriptRunner::Execute(TDBConn& target, std::size_t pieces, const TRunWishes& wishes) {
   progress_.ShowOneBar("Executing script...", static_cast<std::int64_t>(pieces));
-  for (std::size_t i = 0; i < report_.statements.size(); ++i) {
-    progress_.StepTotal();
-    try {
-      RunOne(target, i, wishes);
-    } catch (...) {
-      PutBack(target, i, wishes);
-      const TScriptStatement& statement = report_.statements[i];
-      report_.failed = i;
-      editor_.SetCaret(statement.position);
-      editor_.ScrollToLine(editor_.CaretLine());
-      editor_.MarkLine(editor_.CaretLine());
-      throw;
+  try {
+    while (report_.executed < report_.statements.size()) {
+      progress_.StepTotal();
+      RunNext(target, wishes);
+      ++report_.executed;
+      Settle(target, false);
+      Tell();
+      Host().ProcessMessages();
     }
-    ++report_.executed;
-    Settle(target, false);
-    Tell();
-    Host().ProcessMessages();
+  } catch (...) {
+    PutBack(target, report_.executed, wishes);
+    throw;
   }
 }
 
-// What made the run fail matters more than an error of this, which is told beside it.
+void TScriptRunner::MarkFailed(std::size_t index) {
+  report_.failed = index;
+  editor_.SetCaret(report_.statements[index].position);
+  editor_.ScrollToLine(editor_.CaretLine());
+  editor_.MarkLine(editor_.CaretLine());
+}
+
+// What ended the run matters more than an error of this, which is told beside it.
 void TScriptRunner::PutBack(TDBConn& target, std::size_t index, const TRunWishes& wishes) {
+  if (index == report_.statements.size()) return;
   TStatementRun& run = report_.runs[index];
   const TStringList statements = wishes.put_back ? wishes.put_back(report_.statements[index].text) : TStringList();
   if (statements.empty()) return;
@@ -156,12 +170,12 @@ void TScriptRunner::PutBack(TDBConn& target, std::size_t index, const TRunWishes
   }
 }
 
-void TScriptRunner::RunOne(TDBConn& target, std::size_t index, const TRunWishes& wishes) {
+void TScriptRunner::RunNext(TDBConn& target, const TRunWishes& wishes) {
+  const std::size_t index = report_.executed;
   TStatementRun& run = report_.runs[index];
-  run.state = ERunState::Running;
+  Begin(run);
   const TStopwatch watch;
   try {
-    Tell();
     const std::string& text = report_.statements[index].text;
     const std::string sent = wishes.sent ? wishes.sent(text) : text;
     const std::int64_t rows = wishes.execute ? wishes.execute(sent, run) : target.ExecSQL(sent);
@@ -173,10 +187,22 @@ void TScriptRunner::RunOne(TDBConn& target, std::size_t index, const TRunWishes&
     run.error = told == nullptr ? 0 : told->Number();
     run.words = error.what();
     run.state = Host().Cancelling() ? ERunState::Cancelled : ERunState::Failed;
+    MarkFailed(index);
     throw;
   }
   if (wishes.warnings && run.words.empty()) run.words = Warnings(target);
   run.state = ERunState::Done;
+}
+
+// Whoever is told may end the run before the server has heard of the statement.
+void TScriptRunner::Begin(TStatementRun& run) const {
+  run.state = ERunState::Running;
+  try {
+    Tell();
+  } catch (...) {
+    run.state = ERunState::NotRun;
+    throw;
+  }
 }
 
 }  // namespace velmora

@@ -27,8 +27,8 @@ struct TStatementRun {
   std::optional<std::int64_t> rows;  // affected, where the engine tells
   int error = 0;                     // the number of the server's error; 0: none, or none is known
   std::string words;                 // the error; of a statement that ran the server's warnings, a line each
-  std::string put_back{};            // what became of the old text that a refused one was to replace
-  int tries = 1;                     // that it took
+  std::string put_back{};  // what became of the old text that it was to replace, where the run ended here or before it
+  int tries = 1;           // that it took
 };
 
 // What became of a run, also of one that failed or was cancelled.
@@ -52,6 +52,8 @@ struct TRunReport {
   // The connection was lost while the server may have been committing, at the end or by a change of structure: what
   // InForce leaves out may be in force all the same.
   bool CommitUnknown() const;
+  // Of a run that has ended: the target is as it was.
+  bool DidNothing() const;
 };
 
 struct TRunWishes {
@@ -62,7 +64,8 @@ struct TRunWishes {
   // Executes what goes to the server, and gives the rows affected, -1 where that is not known; may fill the run's tries
   // and words. none: the target does.
   std::function<std::int64_t(const std::string& sent, TStatementRun& run)> execute{};
-  // What restores what the statement was to replace, once it was refused; none: nothing does.
+  // What restores what the statement was to replace, where it was refused or the run ended just before it; none:
+  // nothing does.
   std::function<TStringList(const std::string& text)> put_back{};
 };
 
@@ -86,7 +89,9 @@ class TScriptRunner {
 
  private:
   void Execute(TDBConn& target, std::size_t pieces, const TRunWishes& wishes);
-  void RunOne(TDBConn& target, std::size_t index, const TRunWishes& wishes);
+  void RunNext(TDBConn& target, const TRunWishes& wishes);
+  void Begin(TStatementRun& run) const;
+  void MarkFailed(std::size_t index);
   void PutBack(TDBConn& target, std::size_t index, const TRunWishes& wishes);
   void Tell() const {
     if (OnProgress) OnProgress(report_);

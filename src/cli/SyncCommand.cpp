@@ -151,8 +151,8 @@ bool TSyncCommand::MayRun(TPairRun& run, const std::string& script, TConsole& co
   TApplication& app = run.app();
   const TScriptPlan plan{script, SideName(*app.connections.target), app.Dialect().Statements(script).statements.size(),
                          app.Dialect().UnsafeStatements(script), script_.empty()};
-  if (no_row_checks_ && run.Exact().locks.fast_foreign_keys) RaiseError(kRowsToBeAsked);
-  const TStringList above = app.Dialect().AboveAlgorithm();
+  if (script_.empty() && no_row_checks_ && run.Exact().locks.fast_foreign_keys) RaiseError(kRowsToBeAsked);
+  const TStringList above = app.Dialect().AboveAlgorithm(script);
   for (const std::string& line : above) console.Error(line);
   if (!above.empty()) console.Error(kTooMuch);
   if (!above.empty() || !UnsafeAllowed(plan, allow_unsafe_, console)) return false;

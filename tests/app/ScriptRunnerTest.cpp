@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/RunTelling.h"
 #include "core/Host.h"
 #include "engines/mysql/DBConnMySQL.h"
 #include "support/FakeMyConnection.h"
@@ -71,8 +72,10 @@ TEST_F(ScriptRunnerTest, AChangeOfStructureEndsTheTransaction) {
   const struct {
     const char* script;
     std::size_t in_force;
+    bool nothing = false;
   } cases[] = {
-      {"bad;\n", 0},
+      {"bad;\n", 0, true},
+      {"set a = 1;\nbad;\n", 0, true},
       {"insert 1;\nbad;\n", 0},
       {"insert 1;\nCREATE table t (a int);\ninsert 2;\nbad;\n", 3},
       {"drop table a;\nalter table b;\nrename table c;\ntruncate d;\nupdate e;\nbad;\n", 5},
@@ -81,6 +84,7 @@ TEST_F(ScriptRunnerTest, AChangeOfStructureEndsTheTransaction) {
   for (const auto& c : cases) {
     EXPECT_EQ(MessageOf([&] { Run(c.script); }), "refused");
     EXPECT_EQ(runner_.Report().InForce(), c.in_force) << c.script;
+    EXPECT_EQ(runner_.Report().DidNothing(), c.nothing) << c.script;
   }
 }
 
@@ -122,6 +126,34 @@ TEST_F(ScriptRunnerTest, TheHostEndsItBetweenTwoStatements) {
   EXPECT_FALSE(runner_.Report().failed) << "no statement is to blame";
   EXPECT_EQ(runner_.Report().executed, 2u);
   EXPECT_TRUE(editor_.marks().empty());
+}
+
+// Whatever comes between the statement that takes it away and the one that makes the new one.
+TEST_F(ScriptRunnerTest, WhatWasToBeReplacedIsPutBack) {
+  struct TEnding : THost {
+    void ProcessMessages() override { RaiseError("Cancelled"); }
+  };
+  const std::function<void(const TRunReport&)> journal = [](const TRunReport& report) {
+    if (report.executed == 1 && !report.ended) RaiseError("disk full");
+  };
+  const TRunWishes wishes{
+      .put_back = [](const std::string& text) { return text == "make new" ? TStringList{"make old"} : TStringList(); }};
+  for (const std::string how : {"refused", "Cancelled", "disk full"}) {
+    TEnding ending;
+    THost usual;
+    const THostGuard guard(how == "Cancelled" ? ending : usual);
+    runner_.OnProgress = how == "disk full" ? journal : nullptr;
+    server_->answers["make new"].error = how == "refused" ? how : "";
+    EXPECT_EQ(MessageOf([&] { runner_.RunScript("drop old;\nmake new;\n", wishes); }), how);
+    TStringList log = {"start", "exec drop old", "exec make new", "exec make old", "rollback"};
+    if (how != "refused") log.erase(log.begin() + 2);
+    EXPECT_EQ(server_->TakeLog(), log) << how;
+    EXPECT_EQ(runner_.Report().failed.has_value(), how == "refused");
+    const TStringList told = FailureSummary(*connections_.target, runner_.Report(), "drop old;\nmake new;\n", how);
+    EXPECT_EQ(told.at(0), std::string("statement 2 of 2 ") + (how == "refused" ? "failed" : "did not run") +
+                              " at line 2, column 1: make new");
+    EXPECT_EQ(told.at(2), "What it was to replace was put back");
+  }
 }
 
 }  // namespace

@@ -192,15 +192,12 @@ class TMaker {
 
   void DropAndMake(const TObjectChange& change) {
     const bool trigger = change.kind == kTrigger;
-    const std::vector<std::string> unlock =
-        trigger ? std::vector<std::string>{"unlock tables"} : std::vector<std::string>();
     if (trigger) Add(change, "lock tables " + Locked(change));
-    Add(change, DropText(change), unlock);
+    Add(change, DropText(change));
     std::vector<std::string> put_back = OldContext(change);
     TObjectSpelling old{change.old_text->definer, false, change.place.old};
     old.says_not = !RefusesNotPreserve(change.old_object.context.sql_mode.value_or(""));
     put_back.push_back(change.old_text->Creation(old));
-    put_back.insert(put_back.end(), unlock.begin(), unlock.end());
     Add(change, Creation(change, false), put_back);
     if (trigger) Add(change, "unlock tables");
   }

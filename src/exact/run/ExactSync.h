@@ -105,8 +105,8 @@ class TExactSync {
 
   // Of actions that statements of `plan` serve, by id; none where nothing is known of the target's server.
   std::map<int, TActionLock> ActionLocks(const std::vector<TPlanStatement>& plan) const;
-  // Statements that are known to need more than the algorithm which was asked for, a line each.
-  TStringList AboveAlgorithm() const;
+  // Those of these that are known to need more than the algorithm which was asked for, a line each.
+  TStringList AboveAlgorithm(const std::vector<TPlanStatement>& statements) const;
 
   // Asks the target's server what its rows say to the changes that are left; see AskRows.
   std::vector<TRowFinding> CheckRows(int seconds);

@@ -75,10 +75,10 @@ std::map<int, TActionLock> TExactSync::ActionLocks(const std::vector<TPlanStatem
   return locks;
 }
 
-TStringList TExactSync::AboveAlgorithm() const {
+TStringList TExactSync::AboveAlgorithm(const std::vector<TPlanStatement>& statements) const {
   TStringList lines;
   const ELockClass algorithm = Wishes.locks.algorithm;
-  for (const TPlanStatement& statement : Plan())
+  for (const TPlanStatement& statement : statements)
     if (!WithinAlgorithm(statement.lock, algorithm))
       lines.push_back(Format(kAbove, statement.table, std::string(LockText(statement.lock)),
                              algorithm == ELockClass::Instant ? "instant" : "inplace", Shown(statement.text)));
