@@ -12,6 +12,7 @@ namespace velmora {
 namespace {
 
 constexpr char kUnhandledDialect[] = "OpenTask: Unhandled dialect %s";
+constexpr char kExactAlone[] = "--%s belongs to the exact dialect (--dialect exact)";
 
 template <class Kind>
 std::unique_ptr<TDialect> Make(const TDialectParts& parts) {
@@ -40,5 +41,7 @@ const TDialectRow& StoredDialect(const std::optional<std::string>& word) {
   if (found == std::end(kDialects)) RaiseError(Format(kUnhandledDialect, word.value_or("")));
   return *found;
 }
+
+void RaiseExactAlone(const std::string& option) { RaiseError(Format(kExactAlone, option)); }
 
 }  // namespace velmora

@@ -38,4 +38,7 @@ inline constexpr EDialect kDefaultDialect = EDialect::Automatic;
 // The dialect that a task file names. Raises "OpenTask: Unhandled dialect " and the word for any other.
 const TDialectRow& StoredDialect(const std::optional<std::string>& word);
 
+// For an option, as in "osc", that only the exact dialect gives a meaning to, and that is given to another.
+[[noreturn]] void RaiseExactAlone(const std::string& option);
+
 }  // namespace velmora

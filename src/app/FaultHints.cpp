@@ -41,14 +41,14 @@ std::string PacketHint(TDBConn& target, const TRunReport& report) {
   const std::optional<std::int64_t> limit = PacketLimit(*connection);
   if (!limit && size >= kSuspect)
     return Format(
-        "that statement has %d bytes; if that is too large for the server, its max_allowed_packet must be "
-        "raised, and otherwise whether it took effect is not known",
+        "that statement has %d bytes; if that is too large for the server, its max_allowed_packet must be raised, "
+        "and otherwise whether it took effect is not known",
         size);
   // A packet is the statement with one byte before it, and it must be smaller than the limit.
   if (!limit || static_cast<std::int64_t>(size) + 1 < *limit) return {};
   return Format(
-      "that statement has %d bytes, which is too large for the server, and was not run: max_allowed_packet, "
-      "which is %d bytes, must be raised",
+      "that statement has %d bytes, which is too large for the server, and was not run: max_allowed_packet, which "
+      "is %d bytes, must be raised",
       size, *limit);
 }
 

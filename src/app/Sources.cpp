@@ -46,8 +46,7 @@ constexpr char kSocketUnused[] =
     "--socket is for a server of this machine: %s is reached by TCP, where a port or another host is given";
 constexpr char kPasswordGiven[] =
     "a password in an argument is seen by every user of this machine: leave it out to be asked for it, or use a "
-    "password "
-    "file";
+    "password file";
 
 bool EndsIn(std::string_view text, std::string_view end) {
   return text.size() >= end.size() && SameText(text.substr(text.size() - end.size()), end);

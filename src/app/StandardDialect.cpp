@@ -1,10 +1,10 @@
 #include "app/StandardDialect.h"
 
+#include "app/Dialects.h"
 #include "core/CreationTexts.h"
 #include "core/Meta.h"
 #include "sync/CaseTwins.h"
 #include "util/Errors.h"
-#include "util/Format.h"
 
 namespace velmora {
 
@@ -14,7 +14,6 @@ constexpr TDialectTraits kTraits{};
 
 constexpr char kVerifies[] = "Only a script of the exact dialect can be verified on the server";
 constexpr char kReadsByServer[] = "Only the exact dialect can read a reference by the server (--via-server)";
-constexpr char kExactAlone[] = "--%s belongs to the exact dialect (--dialect exact)";
 
 std::string BuiltText(TDBConn* conn, const std::string& table) {
   std::string text;
@@ -33,9 +32,9 @@ TStandardDialect::TStandardDialect(const TDialectParts& parts)
 void TStandardDialect::Take(const TComparisonWishes& wishes) {
   if (wishes.verify_on_server) RaiseError(kVerifies);
   if (wishes.via_server) RaiseError(kReadsByServer);
-  if (!wishes.collations.empty()) RaiseError(Format(kExactAlone, "map-collation"));
+  if (!wishes.collations.empty()) RaiseExactAlone("map-collation");
   for (const TExactOption& option : ExactOptions())
-    if (!option.given(wishes.exact).empty()) RaiseError(Format(kExactAlone, std::string(option.word)));
+    if (!option.given(wishes.exact).empty()) RaiseExactAlone(std::string(option.word));
 }
 
 std::unique_ptr<TDBConn> TStandardDialect::Compare() {

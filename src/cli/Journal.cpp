@@ -27,6 +27,7 @@ constexpr char kDamaged[] =
     "%s: line %d: this is no line of a journal: the file is damaged, or none. Give another file for the journal of a "
     "new run";
 constexpr char kForeign[] = "The journal %s is of runs on %s, not on %s. Give another file";
+constexpr char kLater[] = "The journal %s was written by a later version of this program. Give another file";
 constexpr char kNotKnown[] = "not known";
 constexpr int kVersion = 1;
 constexpr mode_t kOwnerAlone = 0600;
@@ -36,6 +37,7 @@ constexpr double kMilliseconds = 1000;
 class TPast {
  public:
   std::string target;
+  bool later = false;  // a version wrote it that this one does not know
 
   void Take(const TJson& line) {
     if (line.contains("run") && line.at("run") == "begins")
@@ -53,7 +55,7 @@ class TPast {
 
  private:
   void Begin(const TJson& line) {
-    if (line.at("version") > kVersion) RaiseError("a later version wrote it");
+    later = line.at("version") > kVersion;
     target = line.at("target");
     run_ = {line.at("at"), line.at("undo"), line.at("statements"), 0, {}, {}};
     open_ = true;
@@ -123,8 +125,9 @@ void TJournal::Read() {
     try {
       past.Take(TJson::parse(text.substr(whole, end - whole)));
     } catch (const std::exception&) {
-      RaiseError(Format(kDamaged, path_, number));
+      if (!past.later) RaiseError(Format(kDamaged, path_, number));
     }
+    if (past.later) RaiseError(Format(kLater, path_));
     whole = end + 1;
   }
   if (number == 0 && !text.empty() && !text.starts_with("{\"run\"")) RaiseError(Format(kDamaged, path_, 1));
@@ -134,12 +137,18 @@ void TJournal::Read() {
   unfinished_ = past.Unfinished();
 }
 
+// A line that cannot be written whole is taken away again: what follows must not stand behind a part of it.
 void TJournal::Write(const std::string& line) const {
+  const off_t end = lseek(file_, 0, SEEK_END);
   std::size_t written = 0;
   while (written < line.size()) {
     const ssize_t count = write(file_, line.data() + written, line.size() - written);
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) RaiseError(Format(kCannot, path_, std::strerror(errno)));
+    if (count < 0) {
+      const int error = errno;
+      [[maybe_unused]] const int cut = ftruncate(file_, end);
+      RaiseError(Format(kCannot, path_, std::strerror(error)));
+    }
     written += static_cast<std::size_t>(count);
   }
   if (fsync(file_) != 0 && errno != EINVAL) RaiseError(Format(kCannot, path_, std::strerror(errno)));

@@ -27,8 +27,7 @@ constexpr char kFileAndServer[] = "--via-server takes a reference that ends in .
 
 constexpr char kForeignAlone[] =
     "--map, --whole-numbers, --collation, --names, --accept, --strict-types, --accept-timestamp and --drop-obsolete "
-    "are "
-    "for references that are not MySQL";
+    "are for references that are not MySQL";
 
 constexpr int kGrace = 3000;  // milliseconds
 

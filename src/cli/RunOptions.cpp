@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "app/CopyTool.h"
+#include "app/Dialects.h"
 #include "app/RunTelling.h"
 #include "app/SideNames.h"
 #include "cli/Command.h"
@@ -33,7 +34,7 @@ constexpr std::size_t kComparedBytes = 200;  // of a statement; servers may show
 
 constexpr char kTold[] = "the run of %s did not come to its end: %d of %s were done%s";
 constexpr char kUnderWay[] = "statement %d was under way: %s";
-constexpr char kWaits[] = "connection %s still runs it: waiting for at most %d seconds";
+constexpr char kWaits[] = "connection %s still runs it: waiting %s";
 constexpr char kRuns[] =
     "Statement %d of the run before is still under way on the target, as connection %s: %s. Wait for its end, or end "
     "that connection, and run this again";
@@ -94,14 +95,17 @@ bool ToolRuns(const TUnfinishedRun::TUnderWay& statement) {
   }
 }
 
+// For so many seconds; 0: for as long as it takes.
 void WaitForStatement(const TUnfinishedRun::TUnderWay& statement, TDBConn& target, int seconds, TConsole& console) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
   for (bool told = false;; std::this_thread::sleep_for(kPoll)) {
     const std::optional<std::string> connection = ConnectionThatRuns(statement.text, target);
     if (!connection) return;
-    if (std::chrono::steady_clock::now() >= end)
+    if (seconds > 0 && std::chrono::steady_clock::now() >= end)
       RaiseError(Format(kRuns, statement.number, *connection, ShownStatement(statement.text)));
-    if (!told) console.Note(Format(kWaits, *connection, seconds));
+    const std::string how_long =
+        seconds == 0 ? "for its end" : "for at most " + Counted(static_cast<std::size_t>(seconds), "second");
+    if (!told) console.Note(Format(kWaits, *connection, how_long));
     told = true;
   }
 }
@@ -111,11 +115,17 @@ void WaitForStatement(const TUnfinishedRun::TUnderWay& statement, TDBConn& targe
 void DeclareRun(CLI::App& app, TRunOptions& options) {
   DeclareNumber(app, "--lock-wait", 0, kLongestLockWait,
                 "Exact dialect: a statement waits at most N seconds for its lock (10); 0: as long as the server has it",
-                [&options](std::int64_t seconds) { options.care.lock_wait = static_cast<int>(seconds); });
+                [&options](std::int64_t seconds) {
+                  options.care.lock_wait = static_cast<int>(seconds);
+                  options.care_asked = "lock-wait";
+                });
   DeclareNumber(app, "--retries", 0, kMostRetries,
                 "Exact dialect: a change of structure that did not get its lock is tried N times more, after pauses "
                 "that grow (5)",
-                [&options](std::int64_t count) { options.care.retries = static_cast<int>(count); });
+                [&options](std::int64_t count) {
+                  options.care.retries = static_cast<int>(count);
+                  options.care_asked = "retries";
+                });
   DeclareFile(app, "--journal", options.journal,
               "Keep a journal of the run in FILE, by which a run goes on that was ended in its middle");
   DeclareFile(app, "--undo", options.undo,
@@ -134,23 +144,42 @@ void DeclareRun(CLI::App& app, TRunOptions& options) {
       ->needs(app.get_option("--osc"));
 }
 
-void GoOnFrom(const TUnfinishedRun& run, TDBConn& target, int seconds, TConsole& console) {
+void CheckCare(const TRunOptions& options, const TDialectTraits& dialect) {
+  std::string asked = options.care_asked;
+  if (!options.care.copy_tool.command.empty()) asked = "osc";
+  if (!options.undo.empty()) asked = "undo";
+  if (!dialect.takes_care && !asked.empty()) RaiseExactAlone(asked);
+}
+
+void TellUnfinished(const TUnfinishedRun& run, TConsole& console) {
   console.Note(Format(kTold, run.begun, run.done, Counted(run.all, "statement"),
                       run.error.empty() ? "" : "; it ended with: " + run.error));
+  if (run.under_way) console.Note(Format(kUnderWay, run.under_way->number, ShownStatement(run.under_way->text)));
+}
+
+void WaitForUnfinished(const TUnfinishedRun& run, TDBConn& target, int seconds, TConsole& console) {
   if (!run.under_way) return;
-  console.Note(Format(kUnderWay, run.under_way->number, ShownStatement(run.under_way->text)));
   if (ToolRuns(*run.under_way)) RaiseError(Format(kToolRuns, run.under_way->number, run.under_way->process));
   target.Connect();
   WaitForStatement(*run.under_way, target, seconds, console);
 }
 
-void WriteUndo(const std::string& path, const std::string& script, bool kept, TConsole& console) {
+bool WriteUndo(const std::string& path, const std::string& script, bool kept, TConsole& console) {
   constexpr mode_t kOwnerAlone = 0600;
   const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerAlone);
-  if (file < 0 && errno == EEXIST && kept) return console.Note(Format(kKept, path));
+  if (file < 0 && errno == EEXIST && kept) {
+    console.Note(Format(kKept, path));
+    return false;
+  }
   if (file < 0) RaiseError(errno == EEXIST ? Format(kThere, path) : Format(kCannotWrite, path, std::strerror(errno)));
   close(file);
-  WriteFileText(path, script, false, kOwnerAlone);
+  try {
+    WriteFileText(path, script, false, kOwnerAlone);
+  } catch (const EVelmora&) {
+    unlink(path.c_str());
+    throw;
+  }
+  return true;
 }
 
 void CheckStructure(const std::string& script, TDBConn& target) {

@@ -1,5 +1,7 @@
 #include "cli/SyncCommand.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <ostream>
 
@@ -23,10 +25,8 @@ constexpr char kHowRunsEnd[] =
     "off.\nEither way what the transaction still holds is rolled back, and the report says what is in force.\n";
 constexpr int kLongestRowCheck = 86400;  // seconds
 constexpr char kFits[] = "the target's server knows the language of --dialect %s";
-constexpr char kRowsInTheWay[] =
-    "nothing was run: change these rows or the reference; --no-row-checks runs the script without looking at rows";
-
-constexpr char kNoWayBack[] = "This dialect does not know the way back that --undo asks for";
+constexpr char kRowsInTheWay[] = "nothing was run: change these rows or the reference%s";
+constexpr char kUnlooked[] = "; --no-row-checks runs the script without looking at rows";
 constexpr char kScriptGoesOn[] =
     "A run of a file does not go on by itself: compare anew, or take what has run out of the file and give another "
     "journal";
@@ -74,7 +74,8 @@ bool RowsAllow(TPairRun& run, int seconds, TConsole& console) {
       console.Warn(finding.text);
     if (finding.checked) ++in_the_way;
   }
-  if (in_the_way > 0) console.Error(kRowsInTheWay);
+  const bool may_be_left_out = !run.Exact().locks.fast_foreign_keys;
+  if (in_the_way > 0) console.Error(Format(kRowsInTheWay, may_be_left_out ? kUnlooked : ""));
   return in_the_way == 0;
 }
 
@@ -109,7 +110,10 @@ void TSyncCommand::Declare(CLI::App& app) {
       ->excludes(app.get_option("--verify-on-server"))
       ->excludes(app.get_option("--via-server"));
   DeclareRun(app, run_);
-  app.get_option("--undo")->excludes(app.get_option("--script"));
+  CLI::Option* script = app.get_option("--script");
+  app.get_option("--undo")->excludes(script);
+  app.get_option("--map-collation")->excludes(script);
+  for (const TExactOption& option : ExactOptions()) app.get_option("--" + std::string(option.word))->excludes(script);
   options_.DeclarePair(app);
   app.footer(kHowRunsEnd + app.get_footer());
 }
@@ -172,17 +176,16 @@ void TSyncCommand::OpenJournal(TDBConn& target, TConsole& console) {
   journal_ = std::make_unique<TJournal>(run_.journal, SideName(target), SystemClock());
   const std::optional<TUnfinishedRun>& unfinished = journal_->Unfinished();
   if (!unfinished) return;
-  GoOnFrom(*unfinished, target, run_.care.lock_wait, console);
+  TellUnfinished(*unfinished, console);
   if (!script_.empty()) RaiseError(kScriptGoesOn);
+  WaitForUnfinished(*unfinished, target, run_.care.lock_wait, console);
 }
 
 // What stands around a run that is about to begin.
 void TSyncCommand::TakeCare(TPairRun& run, TConsole& console) {
   if (!run_.undo.empty()) {
-    const std::string undo = run.app().Dialect().UndoScript();
-    if (undo.empty()) RaiseError(kNoWayBack);
     const bool kept = journal_ && journal_->Unfinished() && journal_->Unfinished()->undo == run_.undo;
-    WriteUndo(run_.undo, undo, kept, console);
+    undo_written_ = WriteUndo(run_.undo, run.app().Dialect().UndoScript(), kept, console);
   }
   run_.care.tell = [&](const std::string& text) {
     run.EndProgress();
@@ -213,10 +216,12 @@ int TSyncCommand::Execute(TConsole& console) {
   } else if (!Prepare(run, console, status)) {
     return status;
   }
+  CheckCare(run_, run.app().Dialect().Traits());
   const std::string script = run.editor().Text();
   if (!MayRun(run, script, console)) return kExitFailure;
   TakeCare(run, console);
   status = RunOn(run, script, console);
+  if (undo_written_ && run.app().RunReport().DidNothing()) unlink(run_.undo.c_str());
   const TDialectRow* fits = script_.empty() ? run.app().DialectThatFits() : nullptr;
   if (fits != nullptr) console.Note(Format(kFits, fits->word));
   const bool can_tell = run.app().Dialect().Traits().tells_result && script_.empty() && status == kExitSuccess;

@@ -37,6 +37,7 @@ class TSyncCommand final : public TCommand {
   TSourceOptions options_;
   TRunOptions run_;
   std::unique_ptr<TJournal> journal_;
+  bool undo_written_ = false;  // of this run
   bool allow_unsafe_ = false;
   bool no_row_checks_ = false;
   int row_check_time_ = 30;  // seconds

@@ -52,13 +52,29 @@ TEST_F(LiveRunsTest, NothingRunsOnATargetThatMoved) {
     for (const char* undo : {"drop table if exists t, n", "create table t (a int primary key) engine=InnoDB",
                              "create or replace view v as select 1 one"})
       database_.Run(undo);
-    const TAnswer answer = RunLive(Sync(), [&](const std::string&, bool) {
+    const TAnswer answer = RunLive(Sync({"--undo", folder_ / "back.sql"}), [&](const std::string&, bool) {
       database_.Run(c.meanwhile);
       return "yes";
     });
     EXPECT_EQ(answer.status, 2) << c.meanwhile;
     EXPECT_THAT(answer.err, HasSubstr(std::string("nothing was run: ") + c.told + ". Compare anew"));
     EXPECT_NE(ColumnsOfT(), "2") << c.meanwhile;
+  }
+}
+
+// Its trigger is on another table by then, and yet what it was.
+TEST_F(LiveRunsTest, ATableThatIsRenamedIsLookedAtUnderItsOldName) {
+  database_.Run("create trigger g before insert on t for each row set new.a = 1");
+  File("wanted.sql",
+       "create table r (a int primary key, b int) engine=InnoDB; create view v as select 1 one; "
+       "create trigger g before insert on r for each row set new.a = 2;");
+  for (const bool moves : {true, false}) {
+    const TAnswer answer = RunLive(Sync({"--rename", "t=r"}), [&](const std::string&, bool) {
+      if (moves) database_.Run("alter table t comment 'moved'");
+      return "yes";
+    });
+    EXPECT_EQ(answer.status, moves ? 2 : 0) << answer.err;
+    if (moves) EXPECT_THAT(answer.err, HasSubstr("nothing was run: table t is not as it was. Compare anew"));
   }
 }
 
