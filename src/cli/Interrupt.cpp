@@ -109,7 +109,9 @@ TInterruptHost::~TInterruptHost() {
 }
 
 void TInterruptHost::ProcessMessages() {
-  if (ending.exchange(false)) RaiseError("Cancelled");
+  if (!ending.exchange(false)) return;
+  cancelling_ = true;
+  RaiseError("Cancelled");
 }
 
 // Ends a wait of BreakOff, should there be one.
@@ -146,6 +148,7 @@ void TInterruptHost::Watch() {
 
 // Gives the word that has come meanwhile.
 std::optional<char> TInterruptHost::BreakOff() {
+  cancelling_ = true;
   const std::lock_guard lock(mutex_);
   std::optional<char> came;  // the work goes on, or is done
   const auto came_back = [&] {

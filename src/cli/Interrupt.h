@@ -5,6 +5,7 @@
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): for sigaction
 
 #include <array>
+#include <atomic>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -36,6 +37,7 @@ class TInterruptHost final : public THost {
   TInterruptHost(const TInterruptHost&) = delete;
   TInterruptHost& operator=(const TInterruptHost&) = delete;
   void ProcessMessages() override;  // raises "Cancelled"
+  bool Cancelling() const override { return cancelling_; }
   // The work waits for this one from here on. The former one is left alone once the call has returned.
   void RunsOn(TMyConnection* running);
 
@@ -50,6 +52,7 @@ class TInterruptHost final : public THost {
   void Watch();
   std::optional<char> BreakOff();
 
+  std::atomic<bool> cancelling_ = false;  // the work was told to end, or is broken off
   std::mutex mutex_;
   TMyConnection* running_;  // guarded by it
   int grace_;

@@ -93,6 +93,7 @@ TJournal::TJournal(std::string path, std::string target, const TClock& clock)
   Open();
   try {
     Read();
+    Keep();
   } catch (...) {
     close(file_);
     throw;
@@ -110,9 +111,14 @@ void TJournal::Open() {
     RaiseError(Format(kInUse, path_));
   }
   struct stat status {};
-  if (fstat(file_, &status) == 0 && S_ISREG(status.st_mode) && fchmod(file_, kOwnerAlone) == 0) return;
+  if (fstat(file_, &status) == 0 && S_ISREG(status.st_mode)) return;
   close(file_);
-  RaiseError(Format(kCannot, path_, "it is no file of this user"));
+  RaiseError(Format(kCannot, path_, "it is no regular file"));
+}
+
+// What turned out to be no journal is left as it is.
+void TJournal::Keep() const {
+  if (fchmod(file_, kOwnerAlone) != 0) RaiseError(Format(kCannot, path_, std::strerror(errno)));
 }
 
 void TJournal::Read() {

@@ -49,6 +49,7 @@ class TJournal {
  private:
   void Open();
   void Read();
+  void Keep() const;
   void Write(const std::string& line) const;
   void TellStatements(const TRunReport& report);
 

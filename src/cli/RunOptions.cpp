@@ -164,6 +164,13 @@ void WaitForUnfinished(const TUnfinishedRun& run, TDBConn& target, int seconds, 
   WaitForStatement(*run.under_way, target, seconds, console);
 }
 
+void CheckUndo(const std::string& path) {
+  if (access(path.c_str(), F_OK) == 0) RaiseError(Format(kThere, path));
+  const std::size_t name = path.rfind('/');
+  const std::string folder = name == std::string::npos ? "." : path.substr(0, name + 1);
+  if (access(folder.c_str(), W_OK) != 0) RaiseError(Format(kCannotWrite, path, std::strerror(errno)));
+}
+
 bool WriteUndo(const std::string& path, const std::string& script, bool kept, TConsole& console) {
   constexpr mode_t kOwnerAlone = 0600;
   const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerAlone);

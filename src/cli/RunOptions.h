@@ -36,6 +36,9 @@ void TellUnfinished(const TUnfinishedRun& run, TConsole& console);
 // for as long as it takes; raises where it is not done then, naming the connection.
 void WaitForUnfinished(const TUnfinishedRun& run, TDBConn& target, int seconds, TConsole& console);
 
+// Raises where the way back cannot be written to such a file, as far as that is to be seen beforehand.
+void CheckUndo(const std::string& path);
+
 // Writes the way back to a new file for its owner alone; one that is there is an error, unless it is `kept`, the file
 // of the unfinished run: what that one leads back to is what was before it. Whether the file was written.
 bool WriteUndo(const std::string& path, const std::string& script, bool kept, TConsole& console);

@@ -170,9 +170,14 @@ bool TSyncCommand::MayRun(TPairRun& run, const std::string& script, TConsole& co
   return false;
 }
 
-// Before anything is compared: what the run before has left under way is to be over.
+// Before anything is compared: what the run before has left under way is to be over, and the way back has a place.
+void TSyncCommand::OpenFiles(TDBConn& target, TConsole& console) {
+  if (!run_.journal.empty()) OpenJournal(target, console);
+  undo_kept_ = journal_ && journal_->Unfinished() && journal_->Unfinished()->undo == run_.undo;
+  if (!run_.undo.empty() && !undo_kept_) CheckUndo(run_.undo);
+}
+
 void TSyncCommand::OpenJournal(TDBConn& target, TConsole& console) {
-  if (run_.journal.empty()) return;
   journal_ = std::make_unique<TJournal>(run_.journal, SideName(target), SystemClock());
   const std::optional<TUnfinishedRun>& unfinished = journal_->Unfinished();
   if (!unfinished) return;
@@ -183,10 +188,7 @@ void TSyncCommand::OpenJournal(TDBConn& target, TConsole& console) {
 
 // What stands around a run that is about to begin.
 void TSyncCommand::TakeCare(TPairRun& run, TConsole& console) {
-  if (!run_.undo.empty()) {
-    const bool kept = journal_ && journal_->Unfinished() && journal_->Unfinished()->undo == run_.undo;
-    undo_written_ = WriteUndo(run_.undo, run.app().Dialect().UndoScript(), kept, console);
-  }
+  if (!run_.undo.empty()) undo_written_ = WriteUndo(run_.undo, run.app().Dialect().UndoScript(), undo_kept_, console);
   run_.care.tell = [&](const std::string& text) {
     run.EndProgress();
     console.Note(text);
@@ -205,7 +207,7 @@ int TSyncCommand::Execute(TConsole& console) {
   TPairRun run(console, SystemClock());
   run.OnMade = [&](TDBConn& target) {
     CheckDatabaseName(run.Marks(), target, console);
-    OpenJournal(target, console);
+    OpenFiles(target, console);
   };
   int status = kExitSuccess;
   if (!script_.empty()) {

@@ -29,6 +29,7 @@ class TSyncCommand final : public TCommand {
   void CheckDatabaseName(const TTaskMarks& marks, TDBConn& target, const TConsole& console) const;
   bool DatabaseConfirmed(TPairRun& run, TConsole& console) const;
   bool MayRun(TPairRun& run, const std::string& script, TConsole& console);
+  void OpenFiles(TDBConn& target, TConsole& console);
   void OpenJournal(TDBConn& target, TConsole& console);
   void TakeCare(TPairRun& run, TConsole& console);
 
@@ -37,7 +38,8 @@ class TSyncCommand final : public TCommand {
   TSourceOptions options_;
   TRunOptions run_;
   std::unique_ptr<TJournal> journal_;
-  bool undo_written_ = false;  // of this run
+  bool undo_kept_ = false;     // the way back of the run that goes on here
+  bool undo_written_ = false;  // or one of this run
   bool allow_unsafe_ = false;
   bool no_row_checks_ = false;
   int row_check_time_ = 30;  // seconds

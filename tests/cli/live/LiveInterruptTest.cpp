@@ -93,7 +93,8 @@ TEST_F(LiveInterruptTest, AStatementIsBrokenOff) {
     const TAnswer answer = End();
     database_.Connection().Rollback();
     EXPECT_EQ(answer.status, 2);
-    EXPECT_THAT(answer.err, HasSubstr(std::string("statement 2 of 3 failed at line 2, column 1: ") + c.statement));
+    EXPECT_THAT(answer.err,
+                HasSubstr(std::string("statement 2 of 3 was cancelled at line 2, column 1: ") + c.statement));
     EXPECT_THAT(answer.err, HasSubstr("velmora-cli: Query execution was interrupted\n"));
     EXPECT_THAT(answer.err, HasSubstr(c.told));
     EXPECT_THAT(answer.err, Not(HasSubstr("not known")));
@@ -115,7 +116,7 @@ TEST_F(LiveInterruptTest, ASecondCtrlCEndsTheRunWhereTheServerCannotBeAsked) {
   SignalUntil(SIGINT, "breaking this statement off");
   const TAnswer answer = End();
   EXPECT_EQ(answer.status, 2);
-  EXPECT_THAT(answer.err, HasSubstr("statement 2 of 2 failed"));
+  EXPECT_THAT(answer.err, HasSubstr("statement 2 of 2 was cancelled"));
   EXPECT_THAT(answer.err, HasSubstr("is lost: whether that statement took effect is not known\n"));
   EXPECT_THAT(answer.err, HasSubstr("1 of 2 statements ran before it, and whether they are in force is not known\n"));
   database_.Connection().Rollback();
