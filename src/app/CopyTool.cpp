@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "core/Host.h"
+#include "exact/run/TableSizes.h"
 #include "mysqlclient/MyConnection.h"
 #include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
@@ -317,12 +318,8 @@ std::string FaultOfCopyTool(const std::string& command) {
 }
 
 std::int64_t TCopyToolRuns::SizeOf(const std::string& table) {
-  TVariant size;
-  target_.GetResultSQL(Format("select data_length + index_length from information_schema.tables where table_schema = "
-                              "database() and table_name = %s",
-                              QuotedText(table)),
-                       size);
-  return VarIsNull(size) ? 0 : VarToInt(size);
+  const TTableSizes sizes = AskTableSizes(target_, {table});
+  return sizes.empty() ? 0 : sizes.begin()->second.bytes;
 }
 
 bool TCopyToolRuns::Takes(const std::string& statement, ELockClass lock) {

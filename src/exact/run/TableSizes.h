@@ -19,7 +19,8 @@ struct TTableSize {
 };
 using TTableSizes = std::map<std::string, TTableSize>;  // by name in lower case
 
-// Asks with one statement; tables of which the server says nothing are left out. Raises what the server says.
+// Asks for what it knows now, of all with one statement; tables of which the server says nothing are left out. Raises
+// what the server says.
 TTableSizes AskTableSizes(TDBConn& server, const TStringList& tables);
 
 }  // namespace velmora
