@@ -13,6 +13,7 @@
 #include "engines/mysql/MySQLTypes.h"
 #include "mysqlclient/MyWire.h"
 #include "mysqlclient/mysqlUtil.h"
+#include "mysqltext/Lexer.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Lists.h"
@@ -33,6 +34,14 @@ constexpr char kNoColumns[] = "Table must have at least one column!";
 constexpr char kShowsGeneratedKeys[] = "/*!80030 , session show_gipk_in_create_table_and_information_schema=1 */";
 constexpr char kTimestampsSayAll[] = "set session explicit_defaults_for_timestamp=1";
 constexpr char kResultsAsTheyAre[] = "set session character_set_results=null";
+constexpr char kOwnCollation[] =
+    "select collation_connection from information_schema.views where table_schema = database() and table_name = ";
+constexpr char kTakesCollation[] =
+    "set @velmora_collation = @@session.collation_connection, session collation_connection = %s";
+constexpr char kCollationAsItWas[] = "set session collation_connection = @velmora_collation";
+// "Illegal mix of collations", of two values to many.
+constexpr int kTwoCollations = 1267;
+constexpr int kManyCollations = 1271;
 constexpr char kResultsInOurLetters[] = "set session character_set_results=@@character_set_client";
 constexpr char kNamesWithKinds[] = "show full tables";
 // A trigger has its table's database; asked for by its own, servers would look through the tables of all databases.
@@ -57,7 +66,7 @@ struct TShownObject {
   std::size_t zone;
   std::size_t collation;
 };
-constexpr std::array<TShownObject, 8> kShownObjects = {{{"view", 1, 0, 0, 0},
+constexpr std::array<TShownObject, 8> kShownObjects = {{{"view", 1, 0, 0, 3},
                                                         {"sequence", 1, 0, 0, 0},
                                                         {"trigger", 2, 1, 0, 4},
                                                         {"procedure", 2, 1, 0, 4},
@@ -509,21 +518,42 @@ void TDBConnMySQL::ReadObjectTexts(std::vector<TOtherObject>& objects) {
 
 // Its text stays empty where the login may not see it.
 void TDBConnMySQL::ReadObject(TOtherObject& object) {
+  try {
+    ShowObject(object);
+  } catch (const EMySqlException& error) {
+    if (!connection_->GetConnected()) throw;
+    const int number = error.Number();
+    if (object.kind == "view" && number >= kTwoCollations && number <= kManyCollations) ReadInOwnCollation(object);
+  }
+}
+
+void TDBConnMySQL::ShowObject(TOtherObject& object) {
   const auto* const shown = std::ranges::find(kShownObjects, object.kind, &TShownObject::kind);
   if (shown == kShownObjects.end()) return;
+  std::vector<TVariant> row;
+  MySqlQueryRow(ShowObjectStatement(object), *connection_, row);
+  const auto value = [&row](std::size_t column) {
+    return column > 0 && column < row.size() ? VarToText(row[column]) : std::string();
+  };
+  object.text = value(shown->text);
+  if (shown->mode > 0 && shown->mode < row.size()) object.context.sql_mode = value(shown->mode);
+  object.context.collation = value(shown->collation);
+  object.context.time_zone = value(shown->zone);
+}
+
+// Servers show some views only to sessions of the collation in which they were made.
+void TDBConnMySQL::ReadInOwnCollation(TOtherObject& view) {
+  std::vector<TVariant> row;
+  MySqlQueryRow(kOwnCollation + QuotedText(view.name), *connection_, row);
+  if (row.empty()) return;
+  const std::string own = VarToText(row[0]);
+  ExecSQL(Format(kTakesCollation, QuotedText(own)));
   try {
-    std::vector<TVariant> row;
-    MySqlQueryRow(ShowObjectStatement(object), *connection_, row);
-    const auto value = [&row](std::size_t column) {
-      return column > 0 && column < row.size() ? VarToText(row[column]) : std::string();
-    };
-    object.text = value(shown->text);
-    if (shown->mode > 0 && shown->mode < row.size()) object.context.sql_mode = value(shown->mode);
-    object.context.collation = value(shown->collation);
-    object.context.time_zone = value(shown->zone);
+    ShowObject(view);
   } catch (const EMySqlException&) {
     if (!connection_->GetConnected()) throw;
   }
+  ExecSQL(kCollationAsItWas);
 }
 
 void TDBConnMySQL::ForgetTexts() {

@@ -120,6 +120,8 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   std::string ShowCreateStatement(const std::string& table);
   const std::vector<TOtherObject>& ListKinds();
   void ReadObject(TOtherObject& object);
+  void ShowObject(TOtherObject& object);
+  void ReadInOwnCollation(TOtherObject& view);
 
   std::unique_ptr<TMyConnection> connection_;
   TTextReaders text_readers_;

@@ -74,7 +74,7 @@ class TTableComparison {
   void Drop(const TGroup& group, const TElements& there, const std::vector<std::size_t>& matches);
   TChange Change(TSyncAction action, const TElement* from, const TElement* to) const;
   void Add(TChange change);
-  bool Same(const TElement& wanted, const TElement& there) { return elements_.Same(wanted, there); }
+  bool Same(const TElement& wanted, const TElement& there);
 
   const TTableText& reference_;
   const TTableText& target_;
@@ -92,6 +92,15 @@ TElements TTableComparison::ElementsOf(const TTableText& table, const TGroup& gr
     if (group.holds(element.kind) && !passes) elements.push_back(&element);
   }
   return elements;
+}
+
+// A generated key goes only with its column, and takes nothing over from the table but a block size.
+bool TTableComparison::Same(const TElement& wanted, const TElement& there) {
+  if (elements_.Same(wanted, there)) return true;
+  const bool generated = wanted.kind == EElement::PrimaryKey && there.kind == EElement::PrimaryKey &&
+                         use_.On(EEquivalence::GeneratedKey) && HasGeneratedKey(reference_) && HasGeneratedKey(target_);
+  if (generated) use_.Add(EEquivalence::GeneratedKey);
+  return generated;
 }
 
 std::vector<TChange> TTableComparison::Run() {

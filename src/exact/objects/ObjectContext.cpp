@@ -12,6 +12,7 @@ namespace velmora {
 
 namespace {
 
+constexpr char kPlainBackslash[] = "NO_BACKSLASH_ESCAPES";
 constexpr char kBackslash[] = "line %d: a backslash is a letter here, by the mode %s";
 
 // Modes that not every server has: MySQL Reference Manual and MariaDB Documentation, "Server SQL Modes", "SQL_MODE".
@@ -78,12 +79,14 @@ std::vector<TToken> TokensOf(const TOtherObject& object) {
 
 bool QuotesNames(std::string_view sql_mode) { return HasMode(sql_mode, "ANSI_QUOTES"); }
 
+bool HasPlainBackslashes(std::string_view sql_mode) { return HasMode(sql_mode, kPlainBackslash); }
+
 bool RefusesNotPreserve(std::string_view sql_mode) { return HasMode(sql_mode, "HIGH_NOT_PRECEDENCE"); }
 
 std::string UnreadableIn(std::string_view sql_mode, std::string_view text) {
   std::size_t place = std::string_view::npos;
-  std::string_view mode = "NO_BACKSLASH_ESCAPES";
-  if (HasMode(sql_mode, mode)) place = text.find('\\');
+  std::string_view mode = kPlainBackslash;
+  if (HasPlainBackslashes(sql_mode)) place = text.find('\\');
   if (place == std::string_view::npos && QuotesNames(sql_mode)) {
     place = text.find("\\\"");
     mode = "ANSI_QUOTES";

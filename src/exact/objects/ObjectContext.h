@@ -26,6 +26,8 @@ std::vector<TToken> TokensOf(const TOtherObject& object);
 
 // Whether names stand in double quotes in these modes.
 bool QuotesNames(std::string_view sql_mode);
+// Whether a backslash is a letter in them.
+bool HasPlainBackslashes(std::string_view sql_mode);
 // Whether MySQL refuses "on completion not preserve" in them.
 bool RefusesNotPreserve(std::string_view sql_mode);
 // What makes a text that was written in these modes unreadable here, with its line; empty for nothing: a backslash that

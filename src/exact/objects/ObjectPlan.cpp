@@ -145,9 +145,10 @@ class TMaker {
       SetOwn(kMode);
       return Add(change, AlterText(change));
     }
-    SetContext(change);
     const bool elsewhere = replaces && change.kind == kTrigger && change.old_text->table != change.new_text->table;
-    if (elsewhere && std::ranges::find(gone_, change.old_text->table) != gone_.end())
+    if (elsewhere && std::ranges::find(gone_, change.old_text->table) == gone_.end()) return MoveTrigger(change);
+    SetContext(change);
+    if (elsewhere)
       Add(change, Creation(change, false));
     else if (change.kind == "view")
       Add(change, Creation(change, replaces || held_.contains(change.name)));
@@ -190,16 +191,35 @@ class TMaker {
     statements.push_back(std::move(statement));
   }
 
+  // A server opens its old table anew when it goes, and where a backslash is a letter may not read its partitions.
+  // MySQL 9.7 does not find the trigger that it is to stand beside where both tables are locked and one refers to the
+  // other; without a lock no row slips through, as those of the new table have had no such trigger so far.
+  void MoveTrigger(const TObjectChange& change) {
+    const bool locks = !server_.mysql || OrderOf(change).empty();
+    SetContext(change);
+    if (HasPlainBackslashes(change.new_object.context.sql_mode.value_or(""))) SetOwn(kMode);
+    if (locks) Add(change, "lock tables " + Locked(change));
+    Add(change, DropText(change));
+    SetContext(change);
+    Add(change, Creation(change, false), PutBackOf(change));
+    if (locks) Add(change, "unlock tables");
+  }
+
   void DropAndMake(const TObjectChange& change) {
     const bool trigger = change.kind == kTrigger;
     if (trigger) Add(change, "lock tables " + Locked(change));
     Add(change, DropText(change));
-    std::vector<std::string> put_back = OldContext(change);
+    Add(change, Creation(change, false), PutBackOf(change));
+    if (trigger) Add(change, "unlock tables");
+  }
+
+  // What makes the old one again.
+  static TStringList PutBackOf(const TObjectChange& change) {
+    TStringList put_back = OldContext(change);
     TObjectSpelling old{change.old_text->definer, false, change.place.old};
     old.says_not = !RefusesNotPreserve(change.old_object.context.sql_mode.value_or(""));
     put_back.push_back(change.old_text->Creation(old));
-    Add(change, Creation(change, false), put_back);
-    if (trigger) Add(change, "unlock tables");
+    return put_back;
   }
 
   // The session is in that of the new one.
@@ -213,6 +233,7 @@ class TMaker {
     return settings;
   }
 
+  // The table of a trigger, and the one that it leaves.
   static std::string Locked(const TObjectChange& change) {
     std::string tables = QuotedName(change.new_text->table) + " write";
     if (change.old_text->table != change.new_text->table)

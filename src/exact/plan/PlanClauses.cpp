@@ -460,9 +460,11 @@ std::string BlockSize(const std::string& key_text) {
 
 TElement ElementOf(const TChange& change) { return {change.kind, change.item, change.old_text}; }
 
+// Also by what it takes over from the table, and would keep.
 bool IsDisturbed(const TElement& element, const TTableWork& work) {
-  return std::any_of(work.changes.begin(), work.changes.end(),
-                     [&](const TChange* change) { return Disturbs(*change, element, work); });
+  return std::any_of(work.changes.begin(), work.changes.end(), [&](const TChange* change) {
+    return SetsOption(*change, "KEY_BLOCK_SIZE") || Disturbs(*change, element, work);
+  });
 }
 
 }  // namespace
