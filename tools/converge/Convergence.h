@@ -23,6 +23,7 @@ struct TConvergence {
 struct TConvergenceWishes {
   std::size_t tables = 0;  // of the schema; with 0 their number is random too
   bool objects = false;    // views, triggers, routines and events stand beside them
+  bool look = false;       // what misses stays until somebody presses Enter
 };
 
 // Makes both databases, compares, synchronises with all that is unsafe, and looks whether: the proof in memory finds no

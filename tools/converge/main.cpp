@@ -11,8 +11,8 @@ namespace {
 using velmora::testing::TPrivateServer;
 
 constexpr char kUsage[] =
-    "usage: velmora-converge [--reference-server NAME] [--objects] COUNT [FIRST_SEED]\n"
-    "       velmora-converge [--reference-server NAME] [--objects] --tables TABLES SEED\n";
+    "usage: velmora-converge [--reference-server NAME] [--objects] [--look] COUNT [FIRST_SEED]\n"
+    "       velmora-converge [--reference-server NAME] [--objects] [--look] --tables TABLES SEED\n";
 constexpr char kSystemsOwn[] = "system";
 
 struct TCounts {
@@ -30,6 +30,7 @@ struct TCounts {
 struct TSettings {
   std::string reference_server;  // empty where one server has both sides
   bool objects = false;
+  bool look = false;
   bool large = false;
   unsigned long long numbers[2] = {0, 1};
 };
@@ -41,10 +42,14 @@ bool ReadSettings(int argc, char** argv, TSettings& settings) {
     settings.reference_server = argv[at + 1];
     at += 2;
   }
-  settings.objects = is("--objects");
-  if (settings.objects) ++at;
-  settings.large = is("--tables");
-  if (settings.large) ++at;
+  const auto take = [&](const char* word) {
+    const bool there = is(word);
+    if (there) ++at;
+    return there;
+  };
+  settings.objects = take("--objects");
+  settings.look = take("--look");
+  settings.large = take("--tables");
   const int left = argc - at;
   for (int i = 0; i < left && i < 2; ++i) settings.numbers[i] = std::strtoull(argv[at + i], nullptr, 10);
   return left == 2 || (left == 1 && !settings.large);
@@ -59,8 +64,8 @@ TPrivateServer& ReferenceServer(const std::string& name) {
 
 void Run(unsigned long long seed, std::size_t tables, const TSettings& settings, TCounts& counts) {
   const std::string& reference_server = settings.reference_server;
-  const auto result = velmora::testing::Converge(seed, {tables, settings.objects}, ReferenceServer(reference_server),
-                                                 TPrivateServer::Shared());
+  const auto result = velmora::testing::Converge(seed, {tables, settings.objects, settings.look},
+                                                 ReferenceServer(reference_server), TPrivateServer::Shared());
   ++counts.seeds;
   counts.statements += result.statements;
   counts.rows += result.rows;
