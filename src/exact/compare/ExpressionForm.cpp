@@ -85,10 +85,40 @@ bool IsOneOf(std::string_view word, std::span<const std::string_view> words) {
 
 bool IsTruth(const TNode& node) { return !node.args.empty() && IsOneOf(node.op, kTruths); }
 
+bool IsEqualRows(const TNode& left, const TNode& right) {
+  return left.op == "row" && right.op == "row" && left.args.size() == right.args.size() && left.args.size() > 1;
+}
+
+TNode Not(TNode node);
+
 TNode Compared(std::string op, TNode left, TNode right) {
+  // "= any" is "in", "<> all" is "not in".
+  if (op == "=" && right.args.size() == 1 && InList(right.op, {"any", "some"}))
+    return {"=", {std::move(left), std::move(right.args[0])}};
+  if (op == "<>" && right.args.size() == 1 && right.op == "all")
+    return {"<>", {std::move(left), std::move(right.args[0])}};
+  if (op == "=" && IsEqualRows(left, right)) {
+    TNode all{"and"};
+    for (std::size_t i = 0; i < left.args.size(); ++i)
+      all.args.push_back(Compared("=", std::move(left.args[i]), std::move(right.args[i])));
+    return all;
+  }
   const bool turned = (op == "=" || op == "<>") && left.args.empty() && left.op == "0";
   if (turned) std::swap(left, right);
   return {std::move(op), {std::move(left), std::move(right)}};
+}
+
+bool IsColumn(const TNode& node) { return node.args.empty() && node.op.starts_with('`'); }
+
+// Columns that are equal are so in any order: servers turn them round where they turn a join round.
+void PutInOrder(TNode& node) {
+  const auto equal = [](const TNode& one) { return one.op == "=" && IsColumn(one.args[0]) && IsColumn(one.args[1]); };
+  if (node.args.size() == 2 && equal(node) && node.args[1].op < node.args[0].op) std::swap(node.args[0], node.args[1]);
+  if (node.op != "and" || !std::ranges::all_of(node.args, equal)) return;
+  for (TNode& arg : node.args) PutInOrder(arg);
+  std::ranges::sort(node.args, [](const TNode& one, const TNode& other) {
+    return std::pair(one.args[0].op, one.args[1].op) < std::pair(other.args[0].op, other.args[1].op);
+  });
 }
 
 TNode Truth(TNode node) { return IsTruth(node) ? std::move(node) : Compared("<>", std::move(node), {"0"}); }
@@ -215,6 +245,7 @@ class TExpressionReader {
     TNode node = ReadOr();
     if (at_ < tokens_.size()) RaiseError(kUnreadable);
     if (reading_.condition) node = Condition(std::move(node));
+    if (reading_.joins) PutInOrder(node);
     Print(node, form.text);
     form.known = known_ && !MayBeFolded(node);
     return form;
@@ -345,6 +376,7 @@ class TExpressionReader {
 
   // Operators that bind alike; the first row least closely.
   static constexpr std::size_t kLevels = 6;
+  static constexpr std::size_t kTimesLevel = 4;
   static std::span<const std::string_view> Operators(std::size_t level) {
     static constexpr std::string_view kOr[] = {"|"};
     static constexpr std::string_view kAnd[] = {"&"};
@@ -372,6 +404,16 @@ class TExpressionReader {
   TNode ReadInterval(const std::string& op, TNode left) {
     TNode count = ReadOr();
     return {op + " interval " + TakeWord(), {std::move(left), std::move(count)}};
+  }
+
+  // "interval 1 day + a"; or the function interval(a, 1, 10).
+  TNode ReadLeadingInterval() {
+    const bool call = Is("(") && TokenAt(tokens_, AfterGroup(tokens_, at_)).kind != EToken::Word;
+    if (call) return {"interval", ReadArguments()};
+    TNode count = ReadOr();
+    std::string unit = TakeWord();
+    Take("+");
+    return {"+ interval " + unit, {ReadBits(kTimesLevel), std::move(count)}};
   }
 
   TNode ReadUnary() {
@@ -413,6 +455,7 @@ class TExpressionReader {
     if (token.kind == EToken::String) return ReadText();
     if (!IsName(token)) RaiseError(kUnreadable);
     if (TakeIf("case")) return ReadCase();
+    if (TakeIf("interval")) return ReadLeadingInterval();
     if (token.kind == EToken::Word && Token(1).Is("(")) return ReadCall();
     const bool bytes = Token(1).kind == EToken::String && SameText(PrefixOf(Token(1)), "x");
     if (bytes && token.kind == EToken::Word && token.text.starts_with('_')) return ReadBytesOfSet();
@@ -425,6 +468,7 @@ class TExpressionReader {
     const bool digits = text.find_first_not_of("0123456789") == std::string::npos;
     if (digits) text.erase(0, std::min(text.find_first_not_of('0'), text.size() - 1));
     known_ = known_ && !text.starts_with('.') && text.find(".e") == std::string::npos && !text.ends_with('.');
+    if (text.starts_with('.')) text.insert(0, 1, '0');
     return {std::move(text)};
   }
 
@@ -434,9 +478,10 @@ class TExpressionReader {
     ++at_;
     if (prefix == "x" || prefix == "b") return {Hexadecimal(value, prefix == "b")};
     while (Token().kind == EToken::String && PrefixOf(Token()).empty()) value += ValueOf(tokens_[at_++]);
-    const bool any_set = prefix.empty() || prefix == "n" || prefix.starts_with("_utf8");
-    const auto letters =
-        prefix == "_binary" || any_set ? std::nullopt : LettersOf(value, CharsetName(prefix.substr(1)));
+    const bool counts = reading_.keeps_qualifiers;  // in queries the set is that of a column, too
+    const bool any_set = prefix.empty() || prefix == "n" || prefix.starts_with(counts ? "_utf8mb4" : "_utf8");
+    const bool as_written = any_set || counts || prefix == "_binary";
+    const auto letters = as_written ? std::nullopt : LettersOf(value, CharsetName(prefix.substr(1)));
     const bool plain = any_set || letters;
     value = letters.value_or(value);
     known_ = known_ && plain;
@@ -460,6 +505,7 @@ class TExpressionReader {
     if (word && name == "null") return {"null"};
     if (word && Token().kind == EToken::String) RaiseError(kUnreadable);  // date'2020-01-01'
     if (word && IsOneOf(name, kBareCalls)) return Call(name, {});
+    if (reading_.column) return ReadNamedColumn();
     std::string qualifiers;  // in which letter case may count
     std::string written = NameOf(tokens_[at_ - 1]);
     while (TakeIf(".")) {
@@ -469,6 +515,15 @@ class TExpressionReader {
       name = LowerText(written);
     }
     return {qualifiers + QuotedName(name)};
+  }
+
+  TNode ReadNamedColumn() {
+    std::vector<std::string> names = {NameOf(tokens_[at_ - 1])};
+    while (TakeIf(".")) {
+      if (!IsName(Token())) RaiseError(kUnreadable);
+      names.push_back(NameOf(tokens_[at_++]));
+    }
+    return {reading_.column(names, aggregates_ > 0)};
   }
 
   TNode ReadCase() {
@@ -507,7 +562,18 @@ class TExpressionReader {
     if (InList(name, {"substring", "substr", "mid"})) return ReadSubstring();
     if (InList(name, {"date_add", "adddate", "date_sub", "subdate"})) return ReadDateChange(name);
     if (name == "timestampadd") return ReadTimestampAdd();
-    return Call(name, ReadArguments());
+    const bool aggregates = IsAggregate(name);
+    if (aggregates) ++aggregates_;
+    std::vector<TNode> args = ReadArguments();
+    if (aggregates) --aggregates_;
+    return Call(name, std::move(args));
+  }
+  static bool IsAggregate(std::string_view name) {
+    constexpr std::string_view kDistinct = "distinct ";
+    if (name.starts_with(kDistinct)) name.remove_prefix(kDistinct.size());
+    return InList(std::string(name), {"sum", "count", "avg", "min", "max", "group_concat", "std", "stddev",
+                                      "stddev_pop", "stddev_samp", "variance", "var_pop", "var_samp", "bit_and",
+                                      "bit_or", "bit_xor", "json_arrayagg", "json_objectagg"});
   }
 
   TNode Call(const std::string& name, std::vector<TNode> args) {
@@ -515,11 +581,15 @@ class TExpressionReader {
       if (name == "mod") return {"mod", std::move(args)};
       if (name == "instr") return {"locate", {std::move(args[1]), std::move(args[0])}};
       if (name == "regexp_like") return {"regexp", std::move(args)};
+      if (name == "from_unixtime") return {"date_format", {{name, {std::move(args[0])}}, std::move(args[1])}};
       if (name == "datediff") return {"-", {{"to_days", {std::move(args[0])}}, {"to_days", {std::move(args[1])}}}};
     }
     if (args.size() == 1) {
       if (name == "isnull") return {"isnull", std::move(args)};
       if (name == "date" || name == "time") return {"cast", {std::move(args[0]), {name}}};
+      if (name == "timestamp") return {"cast", {std::move(args[0]), {"datetime"}}};
+      if (name == "bin" || name == "oct") return {"conv", {std::move(args[0]), {"10"}, {name == "bin" ? "2" : "8"}}};
+      if (name == "round" || name == "yearweek") args.push_back({"0"});
     }
     if (name == "if" && !args.empty()) args[0] = Truth(std::move(args[0]));
     const std::string_view synonym = Mapped(kSynonyms, name);
@@ -556,9 +626,21 @@ class TExpressionReader {
       if (Is(")")) --depth;
       type += " " + LowerText(Token().text);
     }
+    type = PrintedType(first, StrReplace(type, " character set ", " charset "));
     // Servers add the connection's character set, which nobody knows later.
     const bool plain = InList(first, {"date", "time", "datetime", "decimal", "double", "float"});
     known_ = known_ && (plain || type == "char charset binary");
+    return type;
+  }
+
+  // As servers print it: sizes that go without saying, bytes as letters of the set "binary". Queries come by
+  // connections whose set is utf8mb4.
+  std::string PrintedType(const std::string& first, const std::string& type) const {
+    constexpr std::string_view kOurSet = " charset utf8mb4";
+    if (type == "decimal") return "decimal ( 10 , 0 )";
+    if (first == "binary") return StrReplace(type, "binary", "char") + " charset binary";
+    if (reading_.column && first == "char" && type.ends_with(kOurSet))
+      return type.substr(0, type.size() - kOurSet.size());
     return type;
   }
 
@@ -625,6 +707,7 @@ class TExpressionReader {
   const TExpressionReading& reading_;
   std::size_t at_ = 0;
   int depth_ = 0;
+  int aggregates_ = 0;  // calls around
   bool known_ = true;
 };
 

@@ -2,9 +2,11 @@
 
 // Expressions of checks, generated columns, defaults and keys: servers print them in spellings of their own.
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "mysqltext/KeyText.h"
 
@@ -20,9 +22,13 @@ struct TExpressionForm {
 struct TExpressionReading {
   bool keeps_qualifiers = false;  // what stands before a column's name counts; without, the name alone
   bool condition = false;         // no more is asked than whether it holds: to be null is not to hold
+  // What a column says of which these are the names, its own last; may raise. `aggregated`: of many rows, as in sum().
+  std::function<std::string(const std::vector<std::string>& names, bool aggregated)> column{};
+  bool joins = false;  // columns that are equal are so in any order
 };
 
-// Nothing for what cannot be read to its end. Bounded in depth, to which operators in a row count.
+// Nothing for what cannot be read to its end, and where `column` raises. Bounded in depth, to which operators in a row
+// count.
 std::optional<TExpressionForm> ReadExpressionForm(TTokens tokens, const TExpressionReading& reading = {});
 
 // Whether MySQL and MariaDB both have the function, in lower case, and print calls of it alike but for what the form of

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "exact/objects/ObjectContext.h"
+#include "exact/objects/ViewNames.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -73,7 +74,7 @@ TStringList DifferentElements(const TObjectText& reference, const TObjectText& t
 class TComparison {
  public:
   TComparison(const TDatabaseObjects& reference, const TDatabaseObjects& target, const TDefinerWishes& wishes)
-      : reference_(reference), target_(target), wishes_(wishes) {}
+      : reference_(reference), target_(target), wishes_(wishes), reference_names_(reference), target_names_(target) {}
 
   TObjectComparison Compare() {
     std::map<TObjectKey, const TOtherObject*> there;
@@ -152,12 +153,20 @@ class TComparison {
     change.new_object = object;
     change.old_object = other;
     change.elements = DifferentElements(*change.new_text, *change.old_text);
+    if (SameQueries(change)) std::erase(change.elements, kViewQuery);
     CompareContexts(change);
     SettleDefiner(change);
     if (!change.elements.empty())
       result_.changes.push_back(std::move(change));
     else if (change.kind == kTrigger)
       same_triggers_.push_back(std::move(change));
+  }
+
+  // Of views whose queries differ as they are written.
+  bool SameQueries(const TObjectChange& change) const {
+    if (std::ranges::find(change.elements, kViewQuery) == change.elements.end()) return false;
+    const std::string wanted = reference_names_.Meaning(*change.new_text);
+    return !wanted.empty() && wanted == target_names_.Meaning(*change.old_text);
   }
 
   // Those whose place alone is another become changes, too.
@@ -216,6 +225,7 @@ class TComparison {
   const TDatabaseObjects& target_;
   const TDefinerWishes& wishes_;
   TObjectComparison result_;
+  TViewNames reference_names_, target_names_;
   std::vector<TObjectChange> same_triggers_;  // but for their places
 };
 

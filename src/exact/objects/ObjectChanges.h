@@ -3,6 +3,7 @@
 // What has to be changed in a target so that its views, triggers, procedures, functions and events are the reference's.
 // Sequences and packages are compared and left alone.
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -21,6 +22,8 @@ struct TDatabaseObjects {
   std::string database;  // its name, with which texts may qualify their names; empty where nobody knows it
   std::vector<TOtherObject> objects;
   TStringList not_all_seen{};  // kinds of which there may be more
+  // A table's creation text; empty where it is not known.
+  std::function<std::string(const std::string& table)> table_text{};
 };
 
 // What is told of an object that no action changes.
@@ -55,7 +58,8 @@ struct TObjectComparison {
 };
 
 // White space and comments outside bodies, how names are quoted, the database's own name before a name, and what is the
-// default never count; of views redundant brackets neither; definers as `wishes` say. Bodies are compared letter by
+// default never count; of views redundant brackets neither, nor whether names in their queries say whose columns they
+// are, as far as that is certain; definers as `wishes` say. Bodies are compared letter by
 // letter, but for line ends. An object whose text cannot be read on a side is told as a difference and left alone, and
 // so is one that only one side has where the other does not see all of its kind.
 TObjectComparison CompareObjects(const TDatabaseObjects& reference, const TDatabaseObjects& target,

@@ -232,9 +232,8 @@ class TReader {
   }
 
   void ReadView() {
-    std::vector<std::string> columns;
     if (Token().Is("(")) {
-      for (const TTokenRange part : ListParts(tokens_, at_)) columns.push_back(NameOf(tokens_[part.first]));
+      for (const TTokenRange part : ListParts(tokens_, at_)) read_.columns.push_back(NameOf(tokens_[part.first]));
       at_ = std::min(AfterGroup(tokens_, at_), end_);
     }
     Expect({"as"});
@@ -250,7 +249,8 @@ class TReader {
     }
     if (first >= last) Unexpected();
     read_.body = WithoutDatabase(text_, tokens_, {first, end_}, database_);
-    Say("query", QueryMeaning(WithoutDatabase(text_, tokens_, {first, last}, database_), columns));
+    read_.query = WithoutDatabase(text_, tokens_, {first, last}, database_);
+    Say(kViewQuery, QueryMeaning(read_.query, read_.columns));
     Say("check option", option);
   }
 

@@ -31,6 +31,7 @@ struct TObjectSpelling {
 
 // What a result's type says of its letters. A text may be silent of it: then it is what the database has.
 inline constexpr char kResultLetters[] = "character set of the result";
+inline constexpr char kViewQuery[] = "query";
 
 struct TObjectText {
   std::string kind;  // "view", "trigger", "procedure", "function", "event"
@@ -50,6 +51,9 @@ struct TObjectText {
   std::string security;   // of a view: "sql security invoker"
   std::string header;     // after the name, up to the body or query; of a trigger nothing, which has table and moment
   std::string body;       // with LF for line ends
+  // Of a view: the names that it gives its columns, if it does, and its query without a check option.
+  std::vector<std::string> columns{};
+  std::string query{};
   // Of an event, whose header has these in turn.
   std::string interval{};
   std::string starts{};

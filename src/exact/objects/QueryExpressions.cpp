@@ -6,6 +6,7 @@
 
 #include "exact/compare/ExpressionForm.h"
 #include "mysqltext/Lexer.h"
+#include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -13,21 +14,42 @@ namespace velmora {
 
 namespace {
 
+constexpr char kUnreadable[] = "an expression that is not known";
+
+struct TSynonym {
+  std::string_view name;
+  std::string_view printed;
+};
+constexpr TSynonym kAggregates[] = {{"stddev", "std"}, {"stddev_pop", "std"}, {"var_pop", "variance"}};
+
 // Reads an expression with what is no expression taken out of it: names stand for that meanwhile.
 class TRewriter {
  public:
   TRewriter(TTokens tokens, const TQueryNames& names) : tokens_(tokens), names_(names) {}
 
-  std::string Meaning(TTokenRange range, bool condition) {
+  std::string Meaning(TTokenRange range, EExpression kind) {
     Rewrite(range);
-    const auto form = ReadExpressionForm(written_, {true, condition});
+    const bool joins = kind == EExpression::JoinCondition && names_.column;
+    const auto form = ReadExpressionForm(written_, {true, kind != EExpression::Value, Columns(), joins});
+    if (!form && names_.column) RaiseError(kUnreadable);
     std::string meaning = form ? form->text : Plain();
     for (std::size_t i = held_.size(); i-- > 0;) meaning = StrReplace(meaning, QuotedName(NameFor(i)), held_[i]);
     return meaning;
   }
 
  private:
-  static std::string NameFor(std::size_t i) { return Format("\x01%d\x01", i); }
+  static constexpr char kHeld = '\x01';
+  static std::string NameFor(std::size_t i) {
+    return Format("%s%d%s", std::string(1, kHeld), i, std::string(1, kHeld));
+  }
+
+  // What is held stands for itself.
+  std::function<std::string(const std::vector<std::string>&, bool)> Columns() const {
+    if (!names_.column) return {};
+    return [this](const std::vector<std::string>& names, bool aggregated) {
+      return names[0].starts_with(kHeld) ? QuotedName(names[0]) : names_.column(names, aggregated);
+    };
+  }
 
   const TToken& Token(std::size_t at) const { return TokenAt(tokens_, at); }
 
@@ -77,7 +99,7 @@ class TRewriter {
 
   // Of values in brackets that are compared as one.
   bool IsRow(std::size_t at, std::size_t end) const {
-    return !IsPreceding(at, "in") && PartsOf(tokens_, {at + 1, end - 1}).size() > 1;
+    return !IsPreceding(at, "in") && !IsPreceding(at, "interval") && PartsOf(tokens_, {at + 1, end - 1}).size() > 1;
   }
   bool IsPreceding(std::size_t at, std::string_view word) const { return at > 0 && IsKeyword(Token(at - 1), word); }
 
@@ -103,27 +125,36 @@ class TRewriter {
     const std::size_t end = std::min(AfterGroup(tokens_, at + 1), last);
     const bool window = end < last && Token(end).Is("over");
     std::string name = LowerText(NameOf(Token(at)));
+    for (const TSynonym& row : kAggregates)
+      if (row.name == name) name = row.printed;
     const bool stored = Token(at).kind == EToken::Name;  // servers quote no name of their own functions
     if (stored) name.insert(0, "stored ");
     TTokenRange args = {at + 2, end - 1};
     if (Token(args.first).Is("distinct")) {
-      name = "distinct " + name;
+      if (name != "min" && name != "max") name = "distinct " + name;  // of these it says nothing
       ++args.first;
     }
+    if (Token(args.first).Is("all")) ++args.first;
     const bool concat = Token(at).Is("group_concat");
     Write(EToken::Word, (window ? "over " : "") + name);
     Write(EToken::Symbol, "(");
+    if (name == "timestampdiff") HoldUnit(args);
     const bool star = args.last == args.first + 1 && Token(args.first).Is("*");
     if (star)
       Write(EToken::Number, "0");  // of count(*), as servers print it
     else
       Rewrite(concat ? TTokenRange{args.first, ConcatenatedEnd(args)} : args);
-    if (concat) Further(args.first, ConcatMeaning(args));
+    if (concat) Further(true, ConcatMeaning(args));
+    const bool steps = window && (name == "lag" || name == "lead") && PartsOf(tokens_, args).size() == 1;
+    if (steps) Further(true, "1");
     std::size_t after = end;
     if (window) after = Window(args, end, last);
     Write(EToken::Symbol, ")");
     return after;
   }
+
+  // timestampdiff(day, a, b)
+  void HoldUnit(TTokenRange& args) { Hold("unit " + LowerText(Token(args.first++).text)); }
 
   // One more value of the call.
   void Further(bool others, std::string meaning) {
@@ -147,22 +178,44 @@ class TRewriter {
     const std::size_t at = over + 1;
     const bool named = !Token(at).Is("(");
     const std::size_t end = named ? at + 1 : std::min(AfterGroup(tokens_, at), last);
-    Further(args.first < args.last, named ? NameOf(Token(at)) : WindowMeaning({at + 1, end - 1}));
+    const TWindow window = named ? NamedWindow(Token(at)) : ReadWindow({at + 1, end - 1});
+    Further(args.first < args.last, "window" + window.partition + window.order + window.frame);
     return end;
   }
-  std::string WindowMeaning(TTokenRange range) const {
+
+  struct TWindow {
+    std::string partition, order, frame;
+  };
+  // One may begin with the name of another, which it adds to.
+  TWindow ReadWindow(TTokenRange range) const {
     const std::size_t partition = FindWords(tokens_, range, {"partition", "by"});
     const std::size_t order = FindWords(tokens_, range, {"order", "by"});
     std::size_t frame = range.last;
     for (const std::string_view word : {"rows", "range", "groups"})
       frame = std::min(frame, FindWords(tokens_, range, {word}));
-    std::string meaning = "window";
-    if (partition < range.last) meaning += " partition " + Order({partition + 2, std::min(order, frame)});
-    if (order < frame) meaning += " order " + Order({order + 2, frame});
-    for (std::size_t at = frame; at < range.last; ++at) meaning += " " + LowerText(Token(at).text);
     const std::size_t first = std::min({partition, order, frame});
-    for (std::size_t at = range.first; at < first; ++at) meaning += " " + std::string(Token(at).text);
-    return meaning;
+    TWindow window;
+    if (first > range.first) window = NamedWindow(Token(range.first));
+    if (first > range.first + 1) RaiseError(kUnreadable);
+    if (partition < range.last) window.partition = " partition " + Order({partition + 2, std::min(order, frame)});
+    if (order < frame) window.order = " order " + Order({order + 2, frame});
+    if (frame < range.last) window.frame = Frame({frame, range.last});
+    return window;
+  }
+  // Some servers print what it says in the place of its name.
+  TWindow NamedWindow(const TToken& name) const {
+    const auto found = names_.windows.find(LowerText(NameOf(name)));
+    if (!IsName(name) || found == names_.windows.end()) RaiseError(kUnreadable);
+    TQueryNames others = names_;
+    others.windows.erase(found->first);
+    return TRewriter(tokens_, others).ReadWindow(found->second);
+  }
+  // "rows 2 preceding" ends with the current row.
+  std::string Frame(TTokenRange range) const {
+    const bool both = Token(range.first + 1).Is("between");
+    std::string frame = " " + LowerText(Token(range.first).text) + (both ? "" : " between");
+    for (std::size_t at = range.first + 1; at < range.last; ++at) frame += " " + LowerText(Token(at).text);
+    return both ? frame : frame + " and current row";
   }
 
   // What cannot be read keeps its tokens.
@@ -192,8 +245,8 @@ class TRewriter {
 
 }  // namespace
 
-std::string ExpressionMeaning(TTokens tokens, TTokenRange range, const TQueryNames& names, bool condition) {
-  return TRewriter(tokens, names).Meaning(range, condition);
+std::string ExpressionMeaning(TTokens tokens, TTokenRange range, const TQueryNames& names, EExpression kind) {
+  return TRewriter(tokens, names).Meaning(range, kind);
 }
 
 std::vector<TTokenRange> PartsOf(TTokens tokens, TTokenRange range) {

@@ -4,9 +4,11 @@
 
 #include <functional>
 #include <initializer_list>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "mysqltext/KeyText.h"
 
@@ -18,11 +20,16 @@ struct TQueryNames {
   std::set<std::string> hidden{};  // columns, in lower case, before which it does
   // What a query within says, its brackets left out; one that is asked only whether it has rows.
   std::function<std::string(TTokenRange range, bool exists)> query{};
+  // As TExpressionReading has it; with it, what cannot be read raises.
+  std::function<std::string(const std::vector<std::string>& names, bool aggregated)> column{};
+  std::map<std::string, TTokenRange> windows{};  // by name in lower case: what stands in their brackets
 };
 
 // What the expression says, in a spelling of its own; the tokens of which it is a part are `tokens`. What is no
-// expression that is known keeps its tokens. `condition`: no more is asked than whether it holds.
-std::string ExpressionMeaning(TTokens tokens, TTokenRange range, const TQueryNames& names, bool condition = false);
+// expression that is known keeps its tokens. Of a condition no more is asked than whether it holds.
+enum class EExpression { Value, Condition, JoinCondition };
+std::string ExpressionMeaning(TTokens tokens, TTokenRange range, const TQueryNames& names,
+                              EExpression kind = EExpression::Value);
 
 // Parts of a range between commas outside brackets.
 std::vector<TTokenRange> PartsOf(TTokens tokens, TTokenRange range);

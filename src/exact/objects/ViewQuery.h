@@ -2,9 +2,12 @@
 
 // What the query of a view says: servers print it in spellings of their own.
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "exact/objects/QueryNames.h"
 
 namespace velmora {
 
@@ -14,7 +17,15 @@ namespace velmora {
 // database is out of it already. Raises where the text cannot be taken apart.
 std::string QueryMeaning(std::string_view query, const std::vector<std::string>& columns = {});
 
+// The columns of a table or view of the own database.
+using TColumnsOf = std::function<TListedColumns(const std::string& table)>;
+
+// The same with every name led back to the table whose column it is, "*" to the columns, "using" and "natural" to what
+// they join by. Raises where any of it is not certain: then nobody may say that it is the same as another.
+std::string ResolvedMeaning(std::string_view query, const std::vector<std::string>& columns,
+                            const TColumnsOf& columns_of);
+
 // Names of the columns that it gives; none where they are not known.
-std::vector<std::string> QueryColumns(std::string_view query);
+std::vector<std::string> QueryColumns(std::string_view query, const TColumnsOf& columns_of = {});
 
 }  // namespace velmora

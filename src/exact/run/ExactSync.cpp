@@ -185,7 +185,10 @@ void TExactSync::Rename(TDBConn& target) {
 }
 
 void TExactSync::CompareOthers(TDBConn& target) {
-  objects_ = CompareObjects(read_.wanted_objects, TargetObjects(), Wishes.definers);
+  TDatabaseObjects& theirs = renamed_objects_ ? *renamed_objects_ : read_.target_objects;
+  read_.wanted_objects.table_text = [this](const std::string& table) { return TextOf(read_.reference.texts, table); };
+  theirs.table_text = [this](const std::string& table) { return TextOf(read_.target.texts, table); };
+  objects_ = CompareObjects(read_.wanted_objects, theirs, Wishes.definers);
   TellAsRead();
   server_ = PlanServerOf(target);
   SettleOnTarget(target, server_, read_.target.texts, objects_);

@@ -461,6 +461,39 @@ TEST_F(ExactLiveTest, PairsOfObjects) {
   }
 }
 
+// Nobody writes names as servers print them; and whatever means something else is a difference.
+TEST_F(ExactLiveTest, ViewsThatPeopleWrite) {
+  std::string tables, written, changed;
+  TStringList mutants;
+  std::size_t count = 0;
+  for (const TStringList& row : testing::CaseRows("exact/written_views.txt")) {
+    if (row[0].starts_with("create table")) {
+      target_.Run(row[0]);
+      tables += row[0] + ";\n";
+      continue;
+    }
+    const std::string head = Format("create view w%03d as ", ++count);
+    if (!Takes(target_, head + row[0])) continue;
+    written += head + row[0] + ";\n";
+    std::string mutant = row[0];
+    if (row.size() > 1) {
+      mutants.push_back(Format("view w%03d", count));
+      const std::size_t arrow = row[1].find(" => ");
+      mutant.replace(mutant.find(row[1].substr(0, arrow)), arrow, row[1].substr(arrow + 4));
+    }
+    changed += head + mutant + ";\n";
+  }
+  OpenWithReferenceFile(tables + written);
+  app_.Compare();
+  EXPECT_TRUE(app_.Dialect().Identical()) << JoinList(app_.Dialect().ActionLog(), "\n");
+  EXPECT_GE(mutants.size(), 140u);
+  OpenWithReferenceFile(tables + changed);
+  app_.Compare();
+  TStringList found;
+  for (const TObjectChange& change : Exact().ObjectChanges()) found.push_back(change.Object());
+  EXPECT_EQ(found, mutants);
+}
+
 // Whatever the server's usual mode is: it is the session's that counts, also of later connections.
 TEST_F(ExactLiveTest, ASessionOfItsOwn) {
   reference_.Run(
