@@ -216,7 +216,7 @@ void TExactDialect::CheckUnmoved(std::vector<TPlanStatement> planned) const {
   std::erase_if(planned, [](const TPlanStatement& statement) { return statement.object == "session"; });
   if (has_run_ || planned.empty()) return;
   const TStringList moved = MovedSince(sync, planned, *parts_.connections.target);
-  if (!moved.empty()) RaiseError(Format(kMoved, JoinList(moved, "; ")));
+  if (!moved.empty()) throw EMovedTarget(Format(kMoved, JoinList(moved, "; ")));
 }
 
 void TExactDialect::RunScript(const std::string& text, const TRunCare& care) {

@@ -51,12 +51,16 @@ constexpr std::array kQuestions = {
               "perhaps connection %s (%s, %s for %s s), which uses %s"},
 };
 
-// As literals; of a statement that cannot be read none.
-TStringList NamesIn(const std::string& statement) {
+// As literals with commas between; of a statement that cannot be read none.
+std::string NamesIn(const std::string& statement) {
   std::set<std::string> names;
-  for (const TToken& token : Tokens(statement))
-    if (IsName(token) && names.size() < kMostNames) names.insert(QuotedText(NameOf(token)));
-  return {names.begin(), names.end()};
+  try {
+    for (const TToken& token : Tokens(statement))
+      if (IsName(token) && names.size() < kMostNames) names.insert(QuotedText(NameOf(token)));
+  } catch (const EVelmora&) {
+    return {};
+  }
+  return JoinList({names.begin(), names.end()}, ", ");
 }
 
 TStringList Answers(TDBConn& target, const TQuestion& question, const std::string& names) {
@@ -72,11 +76,11 @@ TStringList Answers(TDBConn& target, const TQuestion& question, const std::strin
 }  // namespace
 
 std::string LockHolders(TDBConn& target, const std::string& statement) {
+  const std::string names = NamesIn(statement);
+  if (names.empty()) return kNobody;
   for (const TQuestion& question : kQuestions) {
     try {
-      const TStringList names = NamesIn(statement);
-      if (names.empty()) break;
-      const TStringList holders = Answers(target, question, JoinList(names, ", "));
+      const TStringList holders = Answers(target, question, names);
       if (!holders.empty()) return JoinList(holders, "; ");
     } catch (const EVelmora&) {  // this server, or this login, has no answer to it
       if (!target.GetConnected()) break;

@@ -4,9 +4,16 @@
 
 #include "core/DBConn.h"
 #include "exact/run/ExactSync.h"
+#include "util/Errors.h"
 #include "util/Lists.h"
 
 namespace velmora {
+
+// A run did not begin, as the target is no longer what was compared. The message ends in what is to be done.
+class EMovedTarget final : public EVelmora {
+ public:
+  using EVelmora::EVelmora;
+};
 
 // "table t is not as it was", "view v is gone", "table n has come": what these statements of the last comparison's plan
 // are about and is no longer as it was read then. Asks the connected target for the creation texts of that alone.

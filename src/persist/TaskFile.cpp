@@ -32,15 +32,19 @@ void ConnectSide(const char* side, TDBConn& conn) {
 
 bool TTaskFile::MayClose() const { return !TaskIsUnsaved || ConfirmYes(kCloseQuestion); }
 
-void TTaskFile::CloseTask() {
-  if (!MayClose()) RaiseError(kCloseCancelled);
+void TTaskFile::Reset() {
   TaskIsUnsaved = false;
-  connections_.reference.reset();
-  connections_.target.reset();
   Dialect.reset();
   Marks = {};
   Foreign.clear();
   Exact.clear();
+}
+
+void TTaskFile::CloseTask() {
+  if (!MayClose()) RaiseError(kCloseCancelled);
+  Reset();
+  connections_.reference.reset();
+  connections_.target.reset();
   host_.ShowTask(false);
 }
 
@@ -50,7 +54,12 @@ void TTaskFile::OpenTask(std::string path) {
   Host().ProcessMessages();
   TaskFileName = path;
   TaskIsUntitled = false;
-  const TTaskReader reader(path);
+  OpenRead(path, TTaskReader(path));
+}
+
+void TTaskFile::OpenRead(const std::string& path, const TTaskReader& reader) {
+  TaskFileName = path;
+  TaskIsUntitled = false;
   host_.CheckDialect(reader.Dialect());
   host_.CheckForeign(reader.Foreign());
   host_.CheckExact(reader.Exact());

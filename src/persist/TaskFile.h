@@ -44,6 +44,9 @@ class TTaskFile {
   std::string Foreign;                 // likewise: what is asked for a reference that is not MySQL, as text
   std::string Exact;                   // likewise: what is asked of the exact dialect
 
+  // What a task asks for is as nobody has touched it; there is nothing to save.
+  void Reset();
+
   // With TaskIsUnsaved the user is asked, and the answer is given.
   bool MayClose() const;
 
@@ -55,6 +58,8 @@ class TTaskFile {
   // Raises as TTaskReader, MakeTaskEngine, Connect and the port do. The former task is gone then, TaskFileName is the
   // new path, and the connections made so far stay.
   void OpenTask(std::string path);
+  // The same where no task is open, of a file that was just read.
+  void OpenRead(const std::string& path, const TTaskReader& reader);
 
   // Writes the file as WriteTask does, makes `path` the task's name, enters it in the recent list and shows the task.
   // An error of writing leaves everything as it was. Deliberate: TaskIsUntitled stays set.

@@ -18,6 +18,7 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 using velmora::testing::TDesktopRig;
 using velmora::testing::TLiveDatabase;
@@ -27,8 +28,8 @@ constexpr int kColumns[] = {1, 6, 7};  // state, in force, the server's words
 
 class RunTest : public ::testing::Test {
  protected:
-  explicit RunTest(TPrivateServer& server = TPrivateServer::Shared())
-      : server_(server), reference_("run_ref", server), target_("run_tgt", server), rig_(server) {
+  explicit RunTest(TPrivateServer& server = TPrivateServer::Shared(), const TRunCare& care = {})
+      : server_(server), reference_("run_ref", server), target_("run_tgt", server), rig_(server, care) {
     reference_.Run("create table one (a int, b int)");
     reference_.Run("create table two (a int, b varchar(5))");
     target_.Run("create table one (a int)");
@@ -169,6 +170,70 @@ TEST_F(RunTest, AStatementThatWaitsForALockIsCancelled) {
   Script("select 1;\r\n");
   Run();  // on the same connection
   EXPECT_EQ(Rows(), TStringList{"done, in force, "});
+}
+
+// Another client has changed the target: nothing runs, and the way on is another comparison.
+TEST_F(RunTest, ATargetThatHasMovedIsNotTouched) {
+  rig_.Trigger("acAnalyze");
+  target_.Run("alter table one add z int");
+  std::string told;
+  const auto answer = [&told](const char* button) {
+    return [&told, button](QWidget* box) {
+      told = FromQt(box->property("text").toString());
+      for (QAbstractButton* each : box->findChildren<QAbstractButton*>())
+        if (each->text().remove(QLatin1Char('&')) == QLatin1String(button)) each->click();
+    };
+  };
+  rig_.Ask("acSynchronize", "Yes", answer("No"));
+  EXPECT_THAT(told, AllOf(HasSubstr("nothing was run: table one is not as it was"), HasSubstr("Compare anew?")));
+  EXPECT_THAT(Heading(), HasSubstr("Nothing was run"));
+  EXPECT_THAT(More(), HasSubstr("table one is not as it was"));
+  EXPECT_THAT(rig_.Text("mScript"), Not(HasSubstr("`z`")));
+  rig_.Ask("acSynchronize", "Yes", answer("Yes"));
+  EXPECT_EQ(Page(), "tsActions");
+  EXPECT_THAT(rig_.Text("mScript"), HasSubstr("drop column `z`"));
+  Run();
+  EXPECT_TRUE(rig_.Shown("lbEqual"));
+}
+
+class LockWaitTest : public RunTest {
+ protected:
+  LockWaitTest() : RunTest(TPrivateServer::Shared(), TRunCare{.lock_wait = 1, .retries = 9}) {
+    target_.Connection().StartTransaction();
+    velmora::testing::Answer(target_.Connection(), "select count(*) from two");
+    rig_.Trigger("acAnalyze");
+  }
+  // Once, as soon as the page tells who holds the lock.
+  void WhenTold(const std::function<void()>& act) {
+    QObject::connect(&cancel_, &QTimer::timeout, &cancel_, [this, act] {
+      if (More().find(" connection ") == std::string::npos) return;
+      told_ = More();
+      cancel_.stop();
+      act();
+    });
+    cancel_.start(20);
+    Run();
+  }
+
+  std::string told_;
+};
+
+TEST_F(LockWaitTest, NamesWhoHoldsTheTableAndTriesAgain) {
+  WhenTold([this] { target_.Connection().Rollback(); });
+  EXPECT_THAT(told_, AllOf(HasSubstr("(root@localhost, Sleep for "), HasSubstr("try 2 of 10 follows in 1 second")));
+  EXPECT_TRUE(rig_.Shown("lbEqual"));
+  EXPECT_EQ(More(), "");
+}
+
+TEST_F(LockWaitTest, IsCancelledBetweenTwoTries) {
+  WhenTold([this] { Click(rig_.Progress(), "bnCancel"); });
+  EXPECT_THAT(Heading(), StartsWith("Cancelled after "));
+  EXPECT_THAT(More(), HasSubstr("was cancelled at line "));
+  EXPECT_TRUE(rig_.Main().isEnabled());
+  target_.Connection().Rollback();
+  rig_.Trigger("acAnalyze");
+  Run();
+  EXPECT_TRUE(rig_.Shown("lbEqual"));
 }
 
 class RunOnOwnServerTest : public RunTest {

@@ -55,16 +55,13 @@ void CompleteOptions(TTableText& table, const TTableText* counterpart) {
 
 // --- Columns
 
-struct TBytesType {
-  std::string_view letters;
-  std::string_view bytes;
-};
-constexpr std::array<TBytesType, 6> kBytesTypes = {{{"char", "binary"},
-                                                    {"varchar", "varbinary"},
-                                                    {"tinytext", "tinyblob"},
-                                                    {"text", "blob"},
-                                                    {"mediumtext", "mediumblob"},
-                                                    {"longtext", "longblob"}}};
+// The type of bytes that is the like of a type of letters; itself for any other.
+std::string_view BytesTypeOf(std::string_view type) {
+  if (type == "char") return "binary";
+  if (type == "varchar") return "varbinary";
+  const TSizedType* sized = SizedText(type);
+  return sized == nullptr ? type : sized->blob;
+}
 
 // A column's text in pieces: name, type with its brackets, and the attributes, some of which are taken out.
 class TColumnRewriter {
@@ -149,11 +146,8 @@ class TColumnRewriter {
     if (TakeWord("unicode")) SetCharset("ucs2");
     if (bytes && !InList(kind_, {"enum", "set"})) {
       TakeCharset();
-      for (const TBytesType& row : kBytesTypes)
-        if (kind_ == row.letters) {
-          SetType(std::string(row.bytes) + Arguments());
-          kind_ = row.bytes;
-        }
+      kind_ = BytesTypeOf(kind_);
+      SetType(kind_ + Arguments());
     } else if (IsBinary() && !charset_.charset.empty()) {
       SetType(type_ + " COLLATE " + charset_.charset + "_bin");
     }

@@ -13,7 +13,7 @@ namespace velmora {
 
 namespace {
 
-constexpr char kNotThere[] = "--rename %s: the %s has no %s %s";
+constexpr char kNotThere[] = "Rename %s: the %s has no %s %s";
 constexpr char kDone[] = "Rename %s: the target has the new name already";
 constexpr char kBoth[] = "Rename %s does not fit: the %s has %s, too";
 constexpr char kNotCompared[] = "Rename %s does not fit: table %s is not compared";

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
+#include "exact/compare/Renames.h"
 #include "shell/widgets/Icons.h"
 #include "shell/widgets/QtText.h"
 #include "shell/widgets/TopLevel.h"
 #include "sync/SyncActions.h"
 #include "util/Counted.h"
+#include "util/Lists.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -36,6 +38,13 @@ QString NameBeside(const TDifference& difference, EGrouping grouping) {
   if (grouping == EGrouping::ByKind) return named ? table + QLatin1Char('.') + ToQt(difference.item) : table;
   const QString kind = ToQt(KindWord(difference.kind));
   return named ? kind + QLatin1Char(' ') + ToQt(difference.item) : kind;
+}
+
+// What goes and what comes may be the same under two names.
+std::string MayBe(const TDifference& difference) {
+  if (difference.rename.empty()) return {};
+  const TRename rename = ReadRename(difference.rename);
+  return difference.state == EDifferenceState::New ? "(was " + rename.from + "?)" : "(now " + rename.to + "?)";
 }
 
 QString FullName(const TDifference& difference) {
@@ -154,8 +163,10 @@ QString TDifferenceModel::Detail(const QModelIndex& line) const {
   const auto place = PlaceOf(line);
   if (!place) return {};
   const TDifference& difference = list_->At(*place);
-  const bool both = !difference.detail.empty() && !difference.lock.empty();
-  return ToQt(difference.detail + (both ? "  " : "") + (difference.lock.empty() ? "" : "[" + difference.lock + "]"));
+  TStringList parts = {difference.detail, MayBe(difference)};
+  if (!difference.lock.empty()) parts.push_back("[" + difference.lock + "]");
+  std::erase(parts, std::string());
+  return ToQt(JoinList(parts, "  "));
 }
 
 // Of a group, how many of it are unsafe: a group that is folded must not hide it.

@@ -1,5 +1,7 @@
 #include "shell/widgets/MappingModel.h"
 
+#include <algorithm>
+
 #include "shell/widgets/QtText.h"
 
 namespace velmora {
@@ -23,8 +25,9 @@ void TMappingModel::Show(EMappingShown shown, const std::string& filter) {
   endResetModel();
 }
 
-void TMappingModel::Changed() {
-  if (!rows_.empty()) emit dataChanged(index(0, 0), index(rowCount() - 1, kSections - 1));
+QModelIndex TMappingModel::LineOf(const TMadeColumn& column) const {
+  const auto row = std::ranges::find_if(rows_, [&](std::size_t place) { return &draft_.Columns()[place] == &column; });
+  return row == rows_.end() ? QModelIndex() : index(static_cast<int>(row - rows_.begin()), 0);
 }
 
 const TMadeColumn& TMappingModel::At(int row) const {

@@ -14,8 +14,8 @@ class TMappingModel final : public QAbstractTableModel {
   TMappingModel(const TMappingDraft& draft, QObject* parent);  // the draft outlives this object
 
   void Show(EMappingShown shown, const std::string& filter);
-  void Changed();                        // the draft has
-  const TMadeColumn& At(int row) const;  // of the rows that are shown
+  const TMadeColumn& At(int row) const;                 // of the rows that are shown
+  QModelIndex LineOf(const TMadeColumn& column) const;  // invalid for one that is not shown
 
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;

@@ -21,8 +21,7 @@ namespace {
 
 constexpr char kPurpose[] =
     "What the exact dialect compares, and how it writes what differs. Where a field takes several lines, each stands "
-    "on "
-    "its own. All of it is kept when the task is saved.";
+    "on its own. All of it is kept when the task is saved.";
 constexpr char kFault[] = "%s: %s";
 constexpr int kLines = 3;    // of a field for several
 constexpr int kWidth = 560;  // of the dialog, in pixels
@@ -102,7 +101,7 @@ TfmComparison::TfmComparison(QWidget* parent) : QDialog(parent) {
   QPushButton* cancel = Named(buttons->button(QDialogButtonBox::Cancel), "butCancel");
   ok->setDefault(true);
   Handle(ok, &QPushButton::clicked, this, [this] {
-    Entered();
+    entered_ = Entered();
     accept();
   });
   Handle(cancel, &QPushButton::clicked, this, [this] { reject(); });
@@ -131,10 +130,8 @@ bool TfmComparison::Edit(TExactWishes& wishes) {
   const auto options = ExactOptions();
   for (std::size_t i = 0; i < options.size(); ++i) Show(*fields_[i], options[i].given(wishes));
   fields_.front()->setFocus();
-  if (exec() != Accepted) return false;
-  TExactWishes entered = Entered();
-  if (entered == wishes) return false;
-  wishes = std::move(entered);
+  if (exec() != Accepted || entered_ == wishes) return false;
+  wishes = entered_;
   return true;
 }
 

@@ -21,6 +21,7 @@ class TfmComparison final : public QDialog {
   TExactWishes Entered() const;  // raises for a field that says nothing that can be
 
   std::vector<QWidget*> fields_;  // by ExactOptions
+  TExactWishes entered_;          // when OK was pressed
 };
 
 }  // namespace velmora

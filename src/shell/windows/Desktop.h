@@ -8,7 +8,6 @@
 namespace velmora {
 
 class TfmConfirm;
-class TfmSplash;
 
 // The running desktop program: its host, the main window and the forms made once at the start. To be made after the
 // QApplication and to be freed before it.

@@ -41,6 +41,7 @@ namespace {
 
 constexpr char kEmptyQuestion[] = ".\n\nGo on all the same?";
 constexpr char kTypedQuestion[] = "The script was edited and is not saved. Discard it?";
+constexpr char kLatestGone[] = "The latest task is no longer there, and was taken from the list: %s";
 constexpr char kDialectHint[] = "%s: press F9 to analyze.";
 constexpr char kAdvice[] = "This server is %s.";
 constexpr char kAdviceButton[] = "Analyze in the %s";
@@ -153,6 +154,8 @@ void TfmMain::FirstShow() {
   differences_ = std::make_unique<TDifferenceList>(app_->data);
   pnDifferences_->Show(differences_.get());
   app_->tree.SetView(tlActions_);
+  app_->Care = setup_.care;
+  app_->Care.tell = [this](const std::string& text) { TellWaiting(text); };
   app_->WatchRuns([this](const TRunReport& report) { vRun_->Show(report); });
   task_ = std::make_unique<TTaskFile>(app_->connections, static_cast<TTaskHost&>(*this), setup_.clients);
   page_->setCurrentWidget(tsActions_);
@@ -170,9 +173,17 @@ void TfmMain::OpenFirst() {
 
 // A task that keeps the standard dialect is left for the user to open.
 void TfmMain::OpenLatest() {
+  if (active_) return;
   const std::string path = recent_.Path(0);
-  if (active_ || StoredDialect(ReadTaskValues(path).dialect).id == EDialect::Standard) return;
-  task_->OpenTask(path);
+  std::error_code unknown;
+  if (!std::filesystem::exists(path, unknown) && !unknown) {
+    recent_.RecentRemove(path);
+    ShowRecent();
+    return statusBar()->showMessage(ToQt(Format(kLatestGone, path)));
+  }
+  const TTaskReader reader(path);
+  if (StoredDialect(reader.Dialect()).id == EDialect::Standard) return;
+  task_->OpenRead(path, reader);
   if (active_) Analyze();
 }
 
@@ -299,10 +310,10 @@ void TfmMain::ShowRecent() {
   for (std::size_t i = 0; i < acRecent_.size(); ++i) {
     const bool used = i < recent_.Count();
     acRecent_[i]->setVisible(used);
+    panNoTask_->ShowRecent(i, used ? ToQt(recent_.Path(i)) : QString());
     if (!used) continue;
     // The number is the mnemonic; a "&" in the path is none.
     const QString caption = ToQt(recent_.Caption(i));
-    panNoTask_->ShowRecent(i, ToQt(recent_.Path(i)));
     acRecent_[i]->setText(caption.left(1) + caption.mid(1).replace(QLatin1Char('&'), QLatin1String("&&")));
   }
 }

@@ -62,6 +62,7 @@ struct TDesktopSetup {
   TEngineClients clients;
   TWindowWait* wait = nullptr;  // how its connections wait, and are cancelled; outlives the window; the desktop sets it
   std::string task_file;        // to be opened once the window stands; empty: none
+  TRunCare care{};  // of its runs
 };
 
 // Whose work the script in the editor is, as far as the open pair goes.
@@ -200,6 +201,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   QWidget* MakeRunView();
   void ShowRunPage(bool shown);
   void BeginRun(const std::string& script);
+  void TellWaiting(const std::string& text);
+  void TellMoved(const std::string& text);
   void TellReached();
   void GoToStatement(std::size_t start);
   void Cancellable(const std::function<void()>& command);
@@ -237,11 +240,13 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void EditMapping(EMappingPage page);
   void TakeWishes(const TForeignWishes& wishes);
   void WishesChanged(bool compared);
-  const TDifference* FocusedColumn() const;  // an action's, in the tree; null for none
+  const TDifference* FocusedAction() const;  // in the tree; null for none
+  const TDifference* FocusedColumn() const;  // that it is about
   TExactWishes ExactOptionsOfTask() const;
-  std::string OfferedRename() const;  // of the focused action; empty for none
-  void ShowMapping();                 // what of it can be used
-  void ShowUnmade();                  // of the last comparison, above the work area
+  void ShowMapping();  // what of it can be used
+  void ShowRename();   // what the focused action can become: a rename that is offered, or is taken back
+  void FocusRename(const std::string& rename);
+  void ShowUnmade();  // of the last comparison, above the work area
 
   // Details: the texts of a table, beside the tree
   void ShowHeadings();  // what the headings say

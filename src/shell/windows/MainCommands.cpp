@@ -7,6 +7,7 @@
 #include <QStatusBar>
 #include <QUrl>
 
+#include "app/MovedTarget.h"
 #include "app/RunTelling.h"
 #include "core/Host.h"
 #include "shell/widgets/QtText.h"
@@ -99,10 +100,14 @@ void TfmMain::acRunScript() {
   BeginRun(script);
   try {
     app_->RunScript(script);
+  } catch (const EMovedTarget& error) {
+    TellMoved(error.what());
+    throw;
   } catch (const EVelmora& error) {
     if (script_of_ == EScriptOf::Analysis) AdviseDialect(app_->DialectThatFits());
     TellFailedRun(script, error.what());
   }
+  vRun_->Tell({});  // nothing is waited for any more
   TellRun();
 }
 
@@ -131,13 +136,17 @@ void TfmMain::TellFailedRun(const std::string& script, const std::string& error)
 // In the standard dialect no question comes before the run of a generated script, and nothing is compared after it.
 void TfmMain::acSynchronize() {
   const bool generated = script_of_ == EScriptOf::Analysis;
-  {
+  try {
     const TFrozen frozen(*mScript_);  // what is asked about is what runs
     bool may_run = false;
     NameLostTarget([&] { may_run = MayRun(script_->Text()) && (!generated || RowsAllow()); });
     if (!may_run) return;
     const TDisabled disabled(Command("acSynchronize"));
     acRunScript();
+  } catch (const EMovedTarget& error) {
+    if (!ConfirmYes(error.what() + std::string("?"))) return;
+    BeginCancellable();
+    return acAnalyze();
   }
   if (!app_->Dialect().Traits().tells_result || !generated || !MayLoseScript()) return;
   BeginCancellable();
@@ -177,11 +186,8 @@ void TfmMain::acNewTask() {
   open.target = std::move(wizard.TgtConn);
   task_->TaskFileName = kUntitledTask;
   task_->TaskIsUntitled = true;
+  task_->Reset();
   task_->Dialect = DialectRow(kDefaultDialect).Stored();
-  task_->Marks = {};
-  task_->Foreign.clear();
-  task_->Exact.clear();
-  task_->TaskIsUnsaved = false;
   ShowTask(true);
   open.target->Connect();
   if (wizard.AnalyzeAtOnce) acAnalyze();

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QStatusBar>
+#include <algorithm>
 
 #include "app/MappingDraft.h"
 #include "foreign/FactReaders.h"
@@ -14,6 +15,7 @@
 #include "util/Counted.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -25,11 +27,27 @@ constexpr char kOptionsHint[] = "What is compared, and how it is written: define
 constexpr char kNotExact[] = "For the automatic or the exact dialect";
 constexpr char kNotForeign[] = "For a reference that is not MySQL, in the automatic or the exact dialect";
 constexpr char kNothingOffered[] = "Nothing that is new may be what the focused action is about";
+constexpr char kRenameCaption[] = "Rename instead";
+constexpr char kOffered[] = "Rename %s to %s instead (score %.1f)";
+constexpr char kTakeBack[] = "Do not rename %s to %s";
 constexpr char kUnmade[] =
     "No form in MySQL: %s of the reference. The databases are not identical before that is accepted.";
 constexpr char kNotThere[] = "The reference has no column %s";
 constexpr char kAccepted[] = "Accepted: %s without a form in MySQL";
 constexpr char kLater[] = "This is kept when the task is saved. Press F9 to analyze.";
+
+// A column's table may go by either of its names.
+void TakeBack(const TRename& rename, std::vector<TRename>& renames) {
+  const auto of_table = [&](const TRename& other) {
+    return other.table == rename.table || std::ranges::any_of(renames, [&](const TRename& table) {
+             return table.OfTable() && table.to == rename.table && table.from == other.table;
+           });
+  };
+  const auto same = std::ranges::find_if(renames, [&](const TRename& other) {
+    return other.from == rename.from && other.to == rename.to && of_table(other);
+  });
+  if (same != renames.end()) renames.erase(same);
+}
 
 }  // namespace
 
@@ -50,10 +68,14 @@ TForeignWishes TfmMain::Wishes() const {
   return MapsReference() ? ReadForeignWishes(task_->Foreign) : TForeignWishes();
 }
 
-const TDifference* TfmMain::FocusedColumn() const {
+const TDifference* TfmMain::FocusedAction() const {
   const std::optional<std::size_t> place = pnDifferences_->Current();
-  if (!place || differences_->At(*place).kind != EDifferenceKind::Column) return nullptr;
-  return &differences_->At(*place);
+  return place ? &differences_->At(*place) : nullptr;
+}
+
+const TDifference* TfmMain::FocusedColumn() const {
+  const TDifference* focused = FocusedAction();
+  return focused != nullptr && focused->kind == EDifferenceKind::Column ? focused : nullptr;
 }
 
 // A dialect without them passes over what a task keeps for the other. What the program's options say of them holds too.
@@ -70,7 +92,7 @@ void TfmMain::ShowMapping() {
   Command("acComparison")->setEnabled(options);
   Command("acComparison")->setToolTip(QLatin1String(options ? kOptionsHint : kNotExact));
   Command("acRename")->setVisible(options);
-  Command("acRename")->setEnabled(options && !OfferedRename().empty());
+  ShowRename();
   const bool maps = MapsReference();
   QAction* mapping = Command("acMapping");
   mapping->setEnabled(maps);
@@ -106,19 +128,40 @@ void TfmMain::acMapColumn() {
   if (TfmMapping::MapColumn(draft, *column, this)) TakeWishes(draft.Wishes());
 }
 
-std::string TfmMain::OfferedRename() const {
-  const std::optional<std::size_t> place = pnDifferences_->Current();
-  return place ? differences_->At(*place).rename : std::string();
+void TfmMain::ShowRename() {
+  const TDifference* focused = FocusedAction();
+  const bool offered = focused != nullptr && !focused->rename.empty();
+  const bool done = focused != nullptr && !focused->renamed.empty();
+  std::string caption = kRenameCaption;
+  if (offered) {
+    const TRename rename = ReadRename(focused->rename);
+    caption = Format(kOffered, rename.from, rename.to, focused->score);
+  } else if (done) {
+    const TRename rename = ReadRename(focused->renamed);
+    caption = Format(kTakeBack, rename.from, rename.to);
+  }
+  Command("acRename")->setText(ToQt(StrReplace(caption, "&", "&&")));
+  Command("acRename")->setEnabled(offered || done);
 }
 
-// Taken back where it was asked for: among the task's options.
 void TfmMain::acRename() {
-  const std::string offered = OfferedRename();
-  if (offered.empty()) RaiseError(kNothingOffered);
+  const TDifference* focused = FocusedAction();
+  if (focused == nullptr || (focused->rename + focused->renamed).empty()) RaiseError(kNothingOffered);
+  const std::string asked = focused->rename;
   TExactWishes wishes = ReadExactWishes(task_->Exact);
-  wishes.renames.push_back(ReadRename(offered));
+  if (asked.empty())
+    TakeBack(ReadRename(focused->renamed), wishes.renames);
+  else
+    wishes.renames.push_back(ReadRename(asked));
   task_->Exact = ExactWishesText(wishes);
   WishesChanged(true);
+  FocusRename(asked);
+}
+
+// The comparison after it has other actions.
+void TfmMain::FocusRename(const std::string& rename) {
+  for (std::size_t place = 0; place < differences_->Count(); ++place)
+    if (!rename.empty() && differences_->At(place).renamed == rename) pnDifferences_->Select({place});
 }
 
 void TfmMain::acComparison() {

@@ -24,6 +24,7 @@ namespace {
 
 constexpr char kReportFilter[] = "Text file|*.txt";
 constexpr char kOtherScript[] = "The script is no longer the one that ran.";
+constexpr char kNothingRan[] = "Nothing was run.";
 constexpr char kCancelled[] = "Cancelled";
 constexpr char kTargetLost[] = "The connection to the target, %s, is lost: %s";
 
@@ -52,6 +53,19 @@ void TfmMain::BeginRun(const std::string& script) {
   ShowRunPage(true);
   ShowPage();
   page_->setCurrentWidget(tsRun_);
+}
+
+void TfmMain::TellWaiting(const std::string& text) {
+  vRun_->Tell({text});
+  log_->LogLine(text);
+}
+
+void TfmMain::TellMoved(const std::string& text) {
+  TooLateToCancel();
+  vRun_->SetHeading(kNothingRan);
+  vRun_->Tell({text});
+  log_->LogLine(text);
+  statusBar()->showMessage(QLatin1String(kNothingRan));
 }
 
 // What a run has reached, by the comparison after it. It stays in view beside the word that all is equal.

@@ -44,8 +44,10 @@ void TfmMain::ConnectTree() {
   pnDifferences_->OnCurrent = [this] {
     const std::string table = pnDifferences_->CurrentTable();
     const std::optional<std::size_t> place = pnDifferences_->Current();
-    if (place && !OfTable(differences_->At(*place).kind)) return ShowObjectTexts(differences_->At(*place).id);
-    if (!table.empty()) ShowTableDDL(table, place ? differences_->At(*place).item : std::string());
+    if (place && !OfTable(differences_->At(*place).kind))
+      ShowObjectTexts(differences_->At(*place).id);
+    else if (!table.empty())
+      ShowTableDDL(table, place ? differences_->At(*place).item : std::string());
     ShowMapping();
   };
   pnDifferences_->OnDelete = [this] { Command("acDelAction")->trigger(); };

@@ -211,9 +211,13 @@ QWidget* TfmMapping::MakeRules() {
   return page;
 }
 
+// Other columns than before may be those of a rule, or have what is filtered by.
 void TfmMapping::RulesChanged() {
   ShowRules();
-  model_->Changed();
+  const QModelIndex current = columns_->currentIndex();
+  const TMadeColumn* column = current.isValid() ? &model_->At(current.row()) : nullptr;
+  ShowColumns();
+  if (column != nullptr) columns_->setCurrentIndex(model_->LineOf(*column));
 }
 
 void TfmMapping::ShowRules() {

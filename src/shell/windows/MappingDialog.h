@@ -9,13 +9,11 @@
 
 class QCheckBox;
 class QComboBox;
-class QLabel;
 class QLineEdit;
 class QPushButton;
 class QTableView;
 class QTabWidget;
 class QTreeWidget;
-class QTreeWidgetItem;
 
 namespace velmora {
 

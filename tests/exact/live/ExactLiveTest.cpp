@@ -179,7 +179,7 @@ TEST_F(ExactLiveTest, RenamesKeepRowsAndWhatHangsOnThem) {
   EXPECT_EQ(Ask("select concat_ws(',', ident, sum, g, v, k) from client join o on cid = ident join p"), "7,5,6,7,3");
   EXPECT_THAT(app_.Dialect().ActionLog(), Contains("Rename o.total=sum: the target has the new name already"));
   app_.Take({.exact = ReadExactWishes("rename o.nothing=sums")});
-  EXPECT_EQ(MessageOf([&] { app_.Compare(); }), "--rename o.nothing=sums: the reference has no column sums");
+  EXPECT_EQ(MessageOf([&] { app_.Compare(); }), "Rename o.nothing=sums: the reference has no column sums");
 }
 
 // The trigger speaks of its table in a mode of its own, and is another one afterwards: there and back.
