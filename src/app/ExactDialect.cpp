@@ -10,6 +10,7 @@
 #include "app/RunSession.h"
 #include "app/RunTelling.h"
 #include "core/CreationTexts.h"
+#include "exact/objects/ShownView.h"
 #include "exact/plan/ScriptSafety.h"
 #include "foreign/FactReaders.h"
 #include "foreign/ForeignTexts.h"
@@ -137,15 +138,16 @@ bool TExactDialect::Reads(const std::string& table) {
 
 void TExactDialect::TableTexts(const std::string& table, std::string& reference, std::string& target) {
   reference = sync.ReferenceText(table);
-  target = sync.TargetText(table);
+  target = sync.TargetText(OldName(sync, table));
 }
 
 void TExactDialect::ObjectTexts(int action, std::string& reference, std::string& target) {
   const std::vector<TObjectChange>& changes = sync.AllObjectChanges();
   const auto change = std::ranges::find(changes, action, &TObjectChange::id);
   if (change == changes.end()) return;
-  reference = change->new_object.text;
-  target = change->old_object.text;
+  const auto shown = [&](const std::string& text) { return change->kind == "view" ? ShownView(text) : text; };
+  reference = shown(change->new_object.text);
+  target = shown(change->old_object.text);
 }
 
 TAlignedRows TExactDialect::Aligned(const std::string& reference, const std::string& target) const {

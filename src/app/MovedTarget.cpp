@@ -74,17 +74,21 @@ void LookAtObjects(const TExactSync& sync, const std::set<std::string>& names, T
 
 }  // namespace
 
+std::string OldName(const TExactSync& sync, const std::string& table) {
+  for (const TRenameChange& change : sync.Renames())
+    if (change.rename.OfTable() && change.rename.to == table) return change.rename.from;
+  return table;
+}
+
 TStringList MovedSince(const TExactSync& sync, const std::vector<TPlanStatement>& statements, TDBConn& target) {
   TStringList moved, tables;
   std::set<std::string> seen, objects;
   for (const TPlanStatement& statement : statements)
     if (!statement.object.empty())
       objects.insert(statement.object);
-    else if (seen.insert(statement.table).second)
-      tables.push_back(statement.table);
-  for (const TRenameChange& change : sync.Renames())
-    if (change.rename.OfTable() && seen.contains(change.rename.to) && seen.insert(change.rename.from).second)
-      tables.push_back(change.rename.from);
+    else
+      for (const std::string& table : {statement.table, OldName(sync, statement.table)})
+        if (seen.insert(table).second) tables.push_back(table);
   LookAtTables(sync, tables, target, moved);
   if (!objects.empty()) LookAtObjects(sync, objects, target, moved);
   return moved;

@@ -378,6 +378,30 @@ TEST_F(MainTest, TheTaskThatTheProgramIsStartedWithIsOpened) {
   EXPECT_TRUE(rig_.Shown("lbNoTask"));
 }
 
+TEST_F(MainTest, ALatestTaskThatIsGoneIsToldOfAndForgotten) {
+  OpenPair();
+  rig_.Find<QAction>("acAutomaticDialect")->trigger();
+  rig_.host->chosen = rig_.folder / "latest.vlt";
+  rig_.Trigger("acSaveTask");
+  WhenModal([](QWidget* dialog) {
+    dialog->findChild<QAbstractButton*>(QStringLiteral("chkConnectOnStartup"))->click();
+    QTest::keyClick(dialog, Qt::Key_Return);
+  });
+  rig_.Trigger("acOptions");
+  const auto start_again = [this] {
+    rig_.Main().close();
+    rig_.Start();
+    QCoreApplication::processEvents();
+  };
+  start_again();
+  EXPECT_TRUE(rig_.Shown("panMain"));
+  std::filesystem::remove(rig_.folder / "latest.vlt");
+  start_again();
+  EXPECT_THAT(FromQt(rig_.Main().statusBar()->currentMessage()), HasSubstr("latest.vlt"));
+  EXPECT_TRUE(rig_.Shown("lbNoTask"));
+  EXPECT_FALSE(rig_.Shown("bnRecent1"));
+}
+
 TEST_F(MainTest, WhatAConnectionSaysStandsInTheLogOnce) {
   OpenPair();
   dynamic_cast<TDBConnMySQL&>(*rig_.Main().App().connections.target).GetConnectionObject().Notice("nobody has checked");

@@ -140,9 +140,12 @@ TEST_F(MappingTest, RulesAndWhatIsAcceptedBelongToTheTask) {
   InDialog("butOK", [](QWidget& dialog) {
     Accept(dialog, Qt::Unchecked);
     auto* rules = Child<QTreeWidget>(dialog, "twRules");
+    Child<QComboBox>(dialog, "cLevel")->setCurrentText(QStringLiteral("By your rules"));
+    EXPECT_EQ(Child<QTableView>(dialog, "tvColumns")->model()->rowCount(), 1);
     EXPECT_EQ(rules->topLevelItem(0)->text(2), QStringLiteral("1 column"));
     Click(dialog, "bnRemoveRule");
     EXPECT_EQ(rules->topLevelItemCount(), 0);
+    EXPECT_EQ(Child<QTableView>(dialog, "tvColumns")->model()->rowCount(), 0);
   });
   EXPECT_TRUE(rig_.Shown("barUnmade"));
   EXPECT_EQ(Tree().model()->rowCount(), 0) << "int is int again";

@@ -71,6 +71,7 @@ TEST_F(RenameTest, IsOfferedAcceptedAndTakenBack) {
     rig_.Trigger("acRename");
     EXPECT_EQ(Current(), item.comes);
     EXPECT_EQ(Offer(), item.back);
+    EXPECT_THAT(rig_.Text("mDiffTgt"), HasSubstr("CREATE TABLE"));  // by its old name
     EXPECT_THAT(rig_.Text("mScript"), AllOf(HasSubstr(item.statement), Not(HasSubstr(item.lost))));
     rig_.Trigger("acRename");
     EXPECT_THAT(OfferOf(item.goes), HasSubstr(item.offer));

@@ -47,9 +47,15 @@ std::string MayBe(const TDifference& difference) {
   return difference.state == EDifferenceState::New ? "(was " + rename.from + "?)" : "(now " + rename.to + "?)";
 }
 
+std::string OfTrigger(const TDifference& difference) {
+  return difference.trigger_table.empty() ? std::string() : "on " + difference.trigger_table;
+}
+
+// Of what stands beside tables the group says no more than the kind.
 QString FullName(const TDifference& difference) {
   const QString text = ToQt(difference.text);
-  return difference.kind == EDifferenceKind::Table ? text : ToQt(difference.table) + QStringLiteral(": ") + text;
+  const bool whole = difference.kind == EDifferenceKind::Table || !OfTable(difference.kind);
+  return whole ? text : ToQt(difference.table) + QStringLiteral(": ") + text;
 }
 
 }  // namespace
@@ -163,7 +169,7 @@ QString TDifferenceModel::Detail(const QModelIndex& line) const {
   const auto place = PlaceOf(line);
   if (!place) return {};
   const TDifference& difference = list_->At(*place);
-  TStringList parts = {difference.detail, MayBe(difference)};
+  TStringList parts = {MayBe(difference), OfTrigger(difference), difference.detail};
   if (!difference.lock.empty()) parts.push_back("[" + difference.lock + "]");
   std::erase(parts, std::string());
   return ToQt(JoinList(parts, "  "));
@@ -182,7 +188,7 @@ QString TDifferenceModel::Hint(const QModelIndex& line) const {
   if (!place) return Unsafe(line).toHtmlEscaped();
   const TDifference& difference = list_->At(*place);
   QString hint = FullName(difference);
-  if (!difference.detail.empty()) hint += QLatin1Char('\n') + ToQt(difference.detail);
+  if (!difference.detail.empty() && OfTable(difference.kind)) hint += QLatin1Char('\n') + ToQt(difference.detail);
   if (!difference.note.empty()) hint += QLatin1Char('\n') + Shortened(ToQt(difference.note), kHintLetters);
   if (!difference.lock.empty()) hint += QStringLiteral("\nMeanwhile: ") + ToQt(difference.lock);
   const QString texts = Shortened(ToQt(ShownLines(list_->Row(*place).description)), kHintLetters);
@@ -201,7 +207,8 @@ QString TDifferenceModel::Spoken(const QModelIndex& line) const {
 
 QIcon TDifferenceModel::Picture(const QModelIndex& line) const {
   if (const auto place = PlaceOf(line)) return icons_.at(static_cast<std::size_t>(IconOf(list_->At(*place))));
-  return list_->Grouping() == EGrouping::ByTable ? icons_.at(kIconTableWithChanges) : QIcon();
+  const bool table = list_->Grouping() == EGrouping::ByTable && OfTable(list_->At(Group(line).members.front()).kind);
+  return table ? icons_.at(kIconTableWithChanges) : QIcon();
 }
 
 // --- Ticks

@@ -7,6 +7,7 @@
 #include "app/RunTelling.h"
 #include "shell/widgets/QtText.h"
 #include "util/Counted.h"
+#include "util/OneLine.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -19,7 +20,7 @@ constexpr qsizetype kTipLetters = 2000;
 constexpr int kDarkBase = 128;
 
 // Several lines as the first one and how many more there are.
-QString OnOneLine(const std::string& words) {
+QString FirstOf(const std::string& words) {
   const QString text = ToQt(ShownLines(words));
   const qsizetype more = text.count(QLatin1Char('\n'));
   const QString first = text.section(QLatin1Char('\n'), 0, 0).trimmed();
@@ -99,7 +100,7 @@ QString TRunModel::Cell(std::size_t row, int column) const {
     case kRunState:
       return ToQt(StateWord(run.state));
     case kRunStatement:
-      return ToQt(ShownText(ShownStatement(statements_[row].text)));
+      return ToQt(ShownText(ShownStatement(OnOneLine(statements_[row].text))));
     case kRunTime:
       return ran ? ToQt(DurationText(run.seconds)) : QString();
     case kRunRows:
@@ -109,7 +110,7 @@ QString TRunModel::Cell(std::size_t row, int column) const {
     case kRunForce:
       return ToQt(force_[row]);
     default:
-      return OnOneLine(ServerWords(run));
+      return FirstOf(ServerWords(run));
   }
 }
 

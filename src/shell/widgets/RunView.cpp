@@ -91,6 +91,8 @@ QWidget* TRunView::MakeList() {
   lvRun_->installEventFilter(this);
   for (int i = 0; i < kRunColumns; ++i)
     lvRun_->header()->resizeSection(i, kLetters[i] * fontMetrics().averageCharWidth());
+  lvRun_->header()->setStretchLastSection(false);
+  lvRun_->header()->setSectionResizeMode(kRunStatement, QHeaderView::Stretch);
   mRunDetails_->setReadOnly(true);
   mRunDetails_->setAccessibleName(QStringLiteral("The chosen statement and the server's words"));
   mRunDetails_->setTabChangesFocus(true);

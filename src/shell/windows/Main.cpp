@@ -156,7 +156,7 @@ void TfmMain::FirstShow() {
   app_->tree.SetView(tlActions_);
   app_->Care = setup_.care;
   app_->Care.tell = [this](const std::string& text) { TellWaiting(text); };
-  app_->WatchRuns([this](const TRunReport& report) { vRun_->Show(report); });
+  app_->WatchRuns([this](const TRunReport& report) { ShowRun(report); });
   task_ = std::make_unique<TTaskFile>(app_->connections, static_cast<TTaskHost&>(*this), setup_.clients);
   page_->setCurrentWidget(tsActions_);
   LoadOptions();

@@ -62,7 +62,7 @@ struct TDesktopSetup {
   TEngineClients clients;
   TWindowWait* wait = nullptr;  // how its connections wait, and are cancelled; outlives the window; the desktop sets it
   std::string task_file;        // to be opened once the window stands; empty: none
-  TRunCare care{};  // of its runs
+  TRunCare care{};              // of its runs
 };
 
 // Whose work the script in the editor is, as far as the open pair goes.
@@ -201,6 +201,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   QWidget* MakeRunView();
   void ShowRunPage(bool shown);
   void BeginRun(const std::string& script);
+  void ShowRun(const TRunReport& report);
   void TellWaiting(const std::string& text);
   void TellMoved(const std::string& text);
   void TellReached();
@@ -272,7 +273,8 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   bool active_ = false;         // a task is shown
   bool empty_allowed_ = false;  // a reference without tables was agreed to, of the open pair
   EScriptOf script_of_ = EScriptOf::Nobody;
-  const QAction* running_ = nullptr;  // the command that is under way
+  std::optional<std::size_t> waiting_;  // the statement that waits for its lock
+  const QAction* running_ = nullptr;    // the command that is under way
 
   // Components, owned by the window
   QToolBar* barButtons_ = nullptr;

@@ -107,7 +107,6 @@ void TfmMain::acRunScript() {
     if (script_of_ == EScriptOf::Analysis) AdviseDialect(app_->DialectThatFits());
     TellFailedRun(script, error.what());
   }
-  vRun_->Tell({});  // nothing is waited for any more
   TellRun();
 }
 

@@ -12,6 +12,7 @@
 #include "shell/widgets/RunView.h"
 #include "shell/widgets/WindowLog.h"
 #include "shell/windows/Main.h"
+#include "shell/windows/Progress.h"
 #include "shell/windows/WindowWait.h"
 #include "util/Counted.h"
 #include "util/Errors.h"
@@ -48,6 +49,7 @@ void TfmMain::ShowRunPage(bool shown) {
 }
 
 void TfmMain::BeginRun(const std::string& script) {
+  waiting_.reset();
   if (!app_->Dialect().Traits().tells_statements) return;
   vRun_->Begin(script);
   ShowRunPage(true);
@@ -55,7 +57,18 @@ void TfmMain::BeginRun(const std::string& script) {
   page_->setCurrentWidget(tsRun_);
 }
 
+// Who was waited for is no news once the statement is over.
+void TfmMain::ShowRun(const TRunReport& report) {
+  vRun_->Show(report);
+  if (!waiting_ || report.executed == *waiting_) return;
+  waiting_.reset();
+  forms_->progress.Note({});
+  vRun_->Tell({});
+}
+
 void TfmMain::TellWaiting(const std::string& text) {
+  waiting_ = app_->RunReport().executed;
+  forms_->progress.Note(text);  // which stands in front of the page
   vRun_->Tell({text});
   log_->LogLine(text);
 }

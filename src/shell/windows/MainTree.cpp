@@ -48,6 +48,8 @@ void TfmMain::ConnectTree() {
       ShowObjectTexts(differences_->At(*place).id);
     else if (!table.empty())
       ShowTableDDL(table, place ? differences_->At(*place).item : std::string());
+    else if (pnDifferences_->View().currentIndex().isValid())
+      ClearDetails();  // a group of several
     ShowMapping();
   };
   pnDifferences_->OnDelete = [this] { Command("acDelAction")->trigger(); };

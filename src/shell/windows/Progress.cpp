@@ -167,6 +167,7 @@ void TfmProgress::SetShape(EShape shape) {
   bevel_->setVisible(bars);
   totbar_->setVisible(bars);
   detbar_->setVisible(detail);
+  lbDetail_->setWordWrap(false);
   lbDetail_->setVisible(detail);
 }
 
@@ -211,6 +212,12 @@ void TfmProgress::SetDetailPosition(std::int64_t position) { detbar_->setValue(B
 void TfmProgress::SetDetailText(const std::string& text) {
   const QFontMetrics metrics(lbDetail_->font());
   lbDetail_->setText(metrics.elidedText(ToQt(text), Qt::ElideMiddle, width() - kImageSize - 60));
+}
+
+void TfmProgress::Note(const std::string& text) {
+  lbDetail_->setWordWrap(!text.empty());
+  lbDetail_->setText(ToQt(text));
+  lbDetail_->setVisible(!text.empty());
 }
 
 void TfmProgress::OfferCancel() {

@@ -33,6 +33,7 @@ class TfmProgress final : public QWidget, public TProgress {
   void SetDetailPosition(std::int64_t position) override;
   void SetDetailText(const std::string& text) override;
   void Finish() override;
+  void Note(const std::string& text);  // below the bar, on several lines; empty takes it away
 
  protected:
   void closeEvent(QCloseEvent* event) override;
