@@ -85,16 +85,16 @@ function(velmora_lone_headers target headers sources)
   target_link_libraries(${target}_lone PRIVATE ${target} velmora_warnings)
 endfunction()
 
-# velmora_program(NAME MAIN source LINKS targets...): a thin program, installed.
+# velmora_program(NAME COMPONENT package MAIN source LINKS targets...): a thin program, installed.
 function(velmora_program name)
-  cmake_parse_arguments(ARG "" "MAIN" "LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "" "MAIN;COMPONENT" "LINKS" ${ARGN})
   if(NOT EXISTS "${PROJECT_SOURCE_DIR}/${ARG_MAIN}")
     return()
   endif()
   add_executable(${name} "${ARG_MAIN}")
   set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON)  # so that crash reports name functions
   target_link_libraries(${name} PRIVATE ${ARG_LINKS} velmora_warnings)
-  install(TARGETS ${name} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  install(TARGETS ${name} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT ${ARG_COMPONENT})
 endfunction()
 
 # Where scripts/fetch-server puts the program.

@@ -44,6 +44,8 @@ class TCommand {
 };
 
 std::vector<std::unique_ptr<TCommand>> MakeCommands();
+// The whole command line of the companion: each command is one below `app`, in their order.
+void DeclareProgram(CLI::App& app, const std::vector<std::unique_ptr<TCommand>>& commands);
 
 // An option that is one of a few words, case ignored; `choose` gets the number of the word.
 void DeclareChoice(CLI::App& app, const std::string& name, const TStringList& words, const std::string& help,

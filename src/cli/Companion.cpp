@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <map>
 #include <new>
 #include <ostream>
 
@@ -10,6 +9,7 @@
 #include "app/Tasks.h"
 #include "cli/Command.h"
 #include "cli/CompareCommand.h"
+#include "cli/GenerateCommand.h"
 #include "cli/MappingCommand.h"
 #include "cli/RowsCommand.h"
 #include "cli/ScriptCommand.h"
@@ -76,7 +76,21 @@ std::vector<std::unique_ptr<TCommand>> MakeCommands() {
   commands.push_back(std::make_unique<TSplitCommand>());
   commands.push_back(std::make_unique<TRowsCommand>());
   commands.push_back(std::make_unique<TTaskCommand>());
+  commands.push_back(std::make_unique<TGenerateCommand>());
   return commands;
+}
+
+void DeclareProgram(CLI::App& app, const std::vector<std::unique_ptr<TCommand>>& commands) {
+  app.set_version_flag("--version", VersionLine());
+  app.require_subcommand(1);
+  for (const std::unique_ptr<TCommand>& command : commands) {
+    CLI::App* sub = app.add_subcommand(command->Name(), command->Summary());
+    sub->set_version_flag("--version", VersionLine());
+    sub->footer(std::string("\n") + kSourceForms);
+    command->Declare(*sub);
+    for (CLI::App* nested : sub->get_subcommands([](CLI::App*) { return true; }))
+      nested->set_version_flag("--version", VersionLine());
+  }
 }
 
 void DeclareChoice(CLI::App& app, const std::string& name, const TStringList& words, const std::string& help,
@@ -223,18 +237,7 @@ int TCompanion::Run(const std::vector<std::string>& arguments, TConsole& console
   console.secrets = TSecrets(arguments);
   CLI::App app(kAbout, kCompanionName);
   app.footer(Footer());
-  app.set_version_flag("--version", VersionLine());
-  app.require_subcommand(1);
-  std::map<const CLI::App*, TCommand*> by_app;
-  for (const std::unique_ptr<TCommand>& command : commands_) {
-    CLI::App* sub = app.add_subcommand(command->Name(), command->Summary());
-    sub->set_version_flag("--version", VersionLine());
-    sub->footer(std::string("\n") + kSourceForms);
-    command->Declare(*sub);
-    for (CLI::App* nested : sub->get_subcommands([](CLI::App*) { return true; }))
-      nested->set_version_flag("--version", VersionLine());
-    by_app[sub] = command.get();
-  }
+  DeclareProgram(app, commands_);
   if (!arguments.empty() && !arguments.front().starts_with('-') &&
       std::none_of(commands_.begin(), commands_.end(),
                    [&](const auto& command) { return arguments.front() == command->Name(); })) {
@@ -247,7 +250,9 @@ int TCompanion::Run(const std::vector<std::string>& arguments, TConsole& console
   } catch (const CLI::ParseError& error) {
     return AnswerArguments(app, error, console);
   }
-  return Execute(*by_app.at(app.get_subcommands().front()), console);
+  const std::string given = app.get_subcommands().front()->get_name();
+  return Execute(**std::ranges::find_if(commands_, [&](const auto& command) { return given == command->Name(); }),
+                 console);
 }
 
 }  // namespace velmora
