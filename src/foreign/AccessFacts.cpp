@@ -7,8 +7,9 @@
 #include <utility>
 
 #include "engines/oledb/DBConnAccess.h"
-#include "engines/oledb/Providers.h"
 #include "foreign/AccessRules.h"
+#include "formats/port/FileReader.h"
+#include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -17,6 +18,7 @@ namespace velmora {
 namespace {
 
 constexpr char kUnknownType[] = "its type, number %d, is not known";
+constexpr char kNoFiles[] = "The connection does not lead to an Access file";
 constexpr char kComputed[] = "computed: %s";
 constexpr char kNotEnforced[] = "relation %s to %s: Access does not enforce it, so it is no foreign key";
 
@@ -86,7 +88,7 @@ EForeignKeyKind KindOf(const TOLEDBIndexRow& row) {
 
 class TAccessFacts final : public TFactReader {
  public:
-  explicit TAccessFacts(std::string path) : path_(std::move(path)) {}
+  explicit TAccessFacts(TDBConnAccess& conn) : conn_(conn) {}
 
   TKnownFacts Known() const override {
     return {EFact::Nullability, EFact::Defaults,       EFact::Counting,    EFact::PrimaryKey,
@@ -95,12 +97,14 @@ class TAccessFacts final : public TFactReader {
   }
   TStringList Tables() override {
     TStringList names;
+    names_.clear();
     for (TOLEDBTableRow& row : File().Tables()) names.push_back(std::move(row.TABLE_NAME));
+    for (const std::string& name : names) names_.emplace(LowerText(name), name);
     return names;
   }
   bool Reachable() override {
     std::error_code ignored;
-    return std::filesystem::exists(path_, ignored);
+    return std::filesystem::exists(conn_.filename(), ignored);
   }
 
   TForeignTable Table(const std::string& name) override {
@@ -118,8 +122,9 @@ class TAccessFacts final : public TFactReader {
   using TProperties = std::map<std::string, std::string>;
 
   TFileReader& File() {
-    if (file_ == nullptr) file_ = OpenAccessTables(path_);
-    return *file_;
+    TFileReader* files = conn_.GetConnectionObject().Provider().Files();
+    if (files == nullptr) RaiseError(kNoFiles);
+    return *files;
   }
 
   static std::string Property(const TProperties& properties, const char* name) {
@@ -169,22 +174,20 @@ class TAccessFacts final : public TFactReader {
 
   // As the list of tables spells it.
   std::string NameIn(const std::string& table) {
-    if (names_.empty())
-      for (const std::string& name : Tables()) names_.emplace(LowerText(name), name);
+    if (names_.empty()) Tables();
     const auto found = names_.find(LowerText(table));
     return found == names_.end() ? table : found->second;
   }
 
-  std::string path_;
-  std::unique_ptr<TFileReader> file_;
+  TDBConnAccess& conn_;
   std::map<std::string, std::string> names_;  // of tables, by the name in lower case
 };
 
 }  // namespace
 
 std::unique_ptr<TFactReader> MakeAccessFacts(TDBConn& conn) {
-  const auto* engine = dynamic_cast<TDBConnAccess*>(&conn);
-  return engine == nullptr ? nullptr : std::make_unique<TAccessFacts>(engine->filename());
+  auto* engine = dynamic_cast<TDBConnAccess*>(&conn);
+  return engine == nullptr ? nullptr : std::make_unique<TAccessFacts>(*engine);
 }
 
 }  // namespace velmora

@@ -13,6 +13,7 @@ namespace velmora {
 namespace {
 
 constexpr char kNoTable[] = "There is no table %s";
+constexpr char kLeftOut[] = "%s is left out: %s";
 
 struct TRuleWord {
   std::string_view word;
@@ -104,6 +105,11 @@ TForeignColumn* TCatalogFacts::FindColumn(TForeignTable& table, std::string_view
 
 void TCatalogFacts::ForEachTable(const std::function<void(TForeignTable& table)>& change) {
   for (TForeignTable& table : tables_) change(table);
+}
+
+void TCatalogFacts::LeaveOutDisabled(const std::string& name, TForeignTable& table) {
+  std::string warning = Format(kLeftOut, name, kDisabled);
+  if (table.warnings.empty() || table.warnings.back() != warning) table.warnings.push_back(std::move(warning));
 }
 
 void TCatalogFacts::TakeCounting(std::string_view body, TForeignTable& table) {

@@ -44,6 +44,10 @@ struct TCatalogQuery {
 
 class TCatalogFacts : public TFactReader {
  public:
+  static constexpr char kDisabled[] = "it is switched off";  // of a key
+  static constexpr char kTemporary[] =
+      "it is temporary: each session has rows of its own there, which MySQL's table does not keep apart";
+
   TKnownFacts Known() const override;  // all of them
   TStringList Tables() override;       // asks the catalog anew
   TForeignTable Table(const std::string& name) override;
@@ -62,6 +66,8 @@ class TCatalogFacts : public TFactReader {
   TForeignTable* Find(const std::string& table);  // null for one that is no table to be compared
   static TForeignColumn* FindColumn(TForeignTable& table, std::string_view column);
   void ForEachTable(const std::function<void(TForeignTable& table)>& change);
+  // Names a reference or check that is not in force there, as it would be here. Of several columns there is a row each.
+  static void LeaveOutDisabled(const std::string& name, TForeignTable& table);
   // What a trigger before inserts does with the table's columns.
   static void TakeCounting(std::string_view body, TForeignTable& table);
   // The last one if `id` is that of the row before, else a new one. Ids count within a table and name no key.

@@ -45,17 +45,20 @@ constexpr std::array<TFactName, static_cast<std::size_t>(EFact::kCount)> kFactNa
      {EFact::TableComment, "comments of tables"},
      {EFact::Order, "order of columns"}}};
 
-TTargetServer ServerOf(TDBConn& target) {
+// Null for a target that is a file.
+TCreationTexts* TextsOfServer(TDBConn& target) {
   auto* texts = dynamic_cast<TCreationTexts*>(&target);
-  if (texts == nullptr || texts->StructureScript() != nullptr) return {};
-  return ReadTargetServer(texts->ServerVersion());
+  return texts == nullptr || texts->StructureScript() != nullptr ? nullptr : texts;
 }
 
-// Without names of a target that is a file.
+TTargetServer ServerOf(TDBConn& target) {
+  TCreationTexts* texts = TextsOfServer(target);
+  return texts == nullptr ? TTargetServer() : ReadTargetServer(texts->ServerVersion());
+}
+
 TTargetNames NamesOf(TDBConn& target, const TStringList& tables) {
   TTargetNames names{.tables = tables};
-  auto* texts = dynamic_cast<TCreationTexts*>(&target);
-  if (texts == nullptr || texts->StructureScript() != nullptr) return names;
+  if (TextsOfServer(target) == nullptr) return names;
   const std::unique_ptr<TDataset> rows = target.OpenQuery(
       "select constraint_name as name_there, table_name as table_there, constraint_type as type_there from "
       "information_schema.table_constraints "

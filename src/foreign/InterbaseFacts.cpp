@@ -82,9 +82,6 @@ constexpr char kUnknownType[] = "its type, number %d, is not known";
 constexpr char kComputed[] = "computed: %s";
 constexpr char kExpression[] = "it is over an expression: %s";
 constexpr char kFilter[] = "it holds only rows with %s";
-constexpr char kInactive[] = "it is switched off";
-constexpr char kTemporary[] =
-    "it is temporary: each session has rows of its own there, which MySQL's table does not keep apart";
 constexpr char kExternal[] = "rows are kept in the file %s";
 
 // --- Types
@@ -252,7 +249,7 @@ class TInterbaseFacts final : public TCatalogFacts {
   void TakeTable(const TCatalogRow& row) {
     TForeignTable table{.name = row.Text("TABLE_NAME"), .comment = row.Text("REMARKS")};
     if (row.Has("EXTERNAL_FILE")) table.remarks.push_back(Format(kExternal, row.Text("EXTERNAL_FILE")));
-    if (IsTemporary(row.Text("RELATION_TYPE"))) table.remarks.emplace_back(kTemporary);
+    if (IsTemporary(row.Text("RELATION_TYPE"))) table.problem = kTemporary;
     AddTable(std::move(table));
   }
 
@@ -287,7 +284,7 @@ class TInterbaseFacts final : public TCatalogFacts {
       first.kind = EForeignKeyKind::Primary;
     else if (row.Yes("IS_UNIQUE"))
       first.kind = EForeignKeyKind::Unique;
-    if (row.Yes("IS_INACTIVE")) first.problem = kInactive;
+    if (row.Yes("IS_INACTIVE")) first.problem = kDisabled;
     if (row.Has("CONDITION_TEXT")) first.problem = Format(kFilter, Trim(row.Text("CONDITION_TEXT")));
     if (row.Has("EXPRESSION_TEXT")) first.problem = Format(kExpression, Trim(row.Text("EXPRESSION_TEXT")));
     TForeignKey& key = KeyOf(table, row.Text("ID"), first);

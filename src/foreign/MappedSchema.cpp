@@ -375,13 +375,14 @@ class TSchemaMapper {
       columns.push_back(column.source.name);
       names.push_back(column.name);
     }
-    TNames taken;
+    TNames taken, elements;
     for (const TMappedReference& reference : table.references) taken.Take(reference.name);
     for (const TForeignCheck& check : Facts(at).checks) {
       const auto text = MakeCheck(check, columns, names);
       if (std::string fault = CheckFault(check, text, table); !fault.empty()) {
         const std::string element = !check.name.empty() ? check.name : check.column;
-        table.unmade.push_back({table.name, element.empty() ? "check" : element, "check", std::move(fault)});
+        table.unmade.push_back(
+            {table.name, elements.Take(element.empty() ? "check" : element), "check", std::move(fault)});
         continue;
       }
       const std::string name = MakeName(check.name, "chk_" + table.name + "_" + Format("%d", table.checks.size() + 1));

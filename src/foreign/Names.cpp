@@ -103,6 +103,4 @@ std::string TNames::Take(const std::string& name) {
   return free;
 }
 
-bool TNames::Has(const std::string& name) const { return taken_.contains(Folded(name)); }
-
 }  // namespace velmora

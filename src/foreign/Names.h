@@ -29,7 +29,6 @@ std::string MakeKeyName(std::string_view name, std::string_view nameless);
 class TNames {
  public:
   std::string Take(const std::string& name);  // or with "_2", "_3" at its end
-  bool Has(const std::string& name) const;
 
  private:
   std::set<std::u32string> taken_;

@@ -20,7 +20,7 @@ constexpr char kProbe[] = "select 1 from dual";
 
 // Without what only holds the rows of something else: overflows, nested tables, parts of indexes, views.
 constexpr char kTables[] =
-    "select t.table_name, c.comments as remarks from user_tables t "
+    "select t.table_name, c.comments as remarks, t.temporary from user_tables t "
     "left join user_tab_comments c on c.table_name = t.table_name "
     "where t.dropped = 'NO' and t.nested = 'NO' and t.secondary = 'N' and (t.iot_type is null or t.iot_type = 'IOT') "
     "and not exists (select 1 from user_mviews m where m.mview_name = t.table_name) order by t.table_name";
@@ -78,8 +78,6 @@ constexpr char kOutside[] = "a %s leads to what is not in the table";
 constexpr char kComputed[] = "computed: %s";
 constexpr char kExpression[] = "it is over an expression: %s";
 constexpr char kDomain[] = "MySQL has no such index: %s";
-constexpr char kDisabled[] = "it is switched off";
-constexpr char kDisabledElement[] = "%s is left out: it is switched off";
 
 // --- Types
 
@@ -200,7 +198,9 @@ class TOracleFacts final : public TCatalogFacts {
  private:
   void ReadCatalog() override {
     ForEach(kTables, [this](const TCatalogRow& row) {
-      AddTable({.name = row.Text("table_name"), .comment = row.Text("remarks")});
+      TForeignTable table{.name = row.Text("table_name"), .comment = row.Text("remarks")};
+      if (row.Text("temporary") == "Y") table.problem = kTemporary;
+      AddTable(std::move(table));
     });
     Each(kColumns, &TOracleFacts::TakeColumn);
     Each(kConstraints, &TOracleFacts::TakeConstraintPart);
@@ -272,7 +272,7 @@ class TOracleFacts final : public TCatalogFacts {
 
   void TakeReferencePart(const TCatalogRow& row, TForeignTable& table) {
     const std::string name = row.Text("name");
-    if (IsOff(row)) return LeaveOut(name, table);
+    if (IsOff(row)) return LeaveOutDisabled(name, table);
     TForeignReference& reference =
         ReferenceOf(table, name,
                     {.name = name, .table = row.Text("parent"), .on_delete = ReferenceRuleOf(row.Text("delete_rule"))});
@@ -290,15 +290,9 @@ class TOracleFacts final : public TCatalogFacts {
       if (!IsOff(row)) column->nullable = false;
       return;
     }
-    if (IsOff(row)) return LeaveOut(name, table);
+    if (IsOff(row)) return LeaveOutDisabled(name, table);
     const bool own = row.Text("generated") == "USER NAME";
     table.checks.push_back({.name = own ? name : std::string(), .text = condition});
-  }
-
-  // What is not in force there would be here. Of several columns there is a row each.
-  static void LeaveOut(const std::string& name, TForeignTable& table) {
-    const std::string remark = Format(kDisabledElement, name);
-    if (table.warnings.empty() || table.warnings.back() != remark) table.warnings.push_back(remark);
   }
 
   void TakeTrigger(const TCatalogRow& row, TForeignTable& table) { TakeCounting(row.Text("body"), table); }

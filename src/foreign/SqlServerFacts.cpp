@@ -78,8 +78,6 @@ constexpr char kDeclared[] = "declared as %s";
 constexpr char kComputed[] = "computed: %s";
 constexpr char kOtherIndex[] = "MySQL has no such index: %s";
 constexpr char kFilter[] = "it holds only rows with %s";
-constexpr char kDisabled[] = "it is switched off";
-constexpr char kDisabledElement[] = "%s is left out: it is switched off";
 constexpr char kIncluded[] = "included columns %s";
 
 // --- Types
@@ -247,7 +245,7 @@ class TSqlServerFacts final : public TCatalogFacts {
   }
 
   void TakeReferencePart(const TCatalogRow& row, TForeignTable& table) {
-    if (row.Yes("is_disabled")) return LeaveOut(row.Text("name"), table);
+    if (row.Yes("is_disabled")) return LeaveOutDisabled(row.Text("name"), table);
     TForeignReference& reference = ReferenceOf(table, row.Text("reference_id"),
                                                {.name = row.Text("name"),
                                                 .table = NameOf(row.Text("parent_id")),
@@ -258,14 +256,8 @@ class TSqlServerFacts final : public TCatalogFacts {
   }
 
   void TakeCheck(const TCatalogRow& row, TForeignTable& table) {
-    if (row.Yes("is_disabled")) return LeaveOut(row.Text("name"), table);
+    if (row.Yes("is_disabled")) return LeaveOutDisabled(row.Text("name"), table);
     table.checks.push_back({.name = row.Text("name"), .text = row.Text("condition")});
-  }
-
-  // What is not in force there would be here. Of several columns there is a row each.
-  static void LeaveOut(const std::string& name, TForeignTable& table) {
-    const std::string remark = Format(kDisabledElement, name);
-    if (table.warnings.empty() || table.warnings.back() != remark) table.warnings.push_back(remark);
   }
 
   std::map<std::string, std::string> names_;        // by number

@@ -141,14 +141,6 @@ std::string CodePageProperty(const std::string& code_page) {
   return code_page.empty() ? "" : Format(";%s=%s", kCodePage, InitValue(code_page));
 }
 
-std::unique_ptr<TFileReader> OpenAccessTables([[maybe_unused]] const std::string& path) {
-#ifdef VELMORA_MDB
-  return OpenMdbFile(path);
-#else
-  RaiseError(Format(kLeftOut, kMdbLibrary, kMdbPackage));
-#endif
-}
-
 std::function<std::unique_ptr<TDataset>()> ODBCSourcesLister() { return ListOdbcSources; }
 
 }  // namespace velmora

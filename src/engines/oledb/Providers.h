@@ -5,7 +5,6 @@
 #include <functional>
 #include <memory>
 
-#include "formats/port/FileReader.h"
 #include "formats/port/Provider.h"
 
 namespace velmora {
@@ -22,10 +21,6 @@ std::unique_ptr<TOLEDBProvider> MakeOLEDBProvider(const TInitString& properties)
 // What a connection string for files of dBASE or FoxPro has more where their code page is stated; empty where it is
 // not.
 std::string CodePageProperty(const std::string& code_page);
-
-// The tables of an Access file, with what providers do not hand on. Raises an error that names the file and the fault,
-// or, where that was left out of the program, the package that has what it needs.
-std::unique_ptr<TFileReader> OpenAccessTables(const std::string& path);
 
 // What lists the ODBC data sources of this machine (see OdbcDataSources); empty when that was left out of the program.
 std::function<std::unique_ptr<TDataset>()> ODBCSourcesLister();

@@ -36,6 +36,7 @@ class TFileProvider final : public TOLEDBProvider {
   std::vector<TOLEDBIndexRow> Indexes(const std::string& table) override;
   TOLEDBRowset Open(const std::string& sql) override;
   std::int64_t Execute(const std::string& /*sql*/) override { RaiseError(kReadOnly); }
+  TFileReader* Files() override { return Reader().get(); }
   TStringList TakeWarnings() override { return std::exchange(warnings_, {}); }
   void StartTransaction(std::uint32_t /*isolation*/) override { RaiseError(kReadOnly); }
   void Commit() override { RaiseError(kReadOnly); }

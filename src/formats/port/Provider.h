@@ -17,6 +17,8 @@
 
 namespace velmora {
 
+class TFileReader;
+
 // Values of DATA_TYPE.
 enum TDBType : std::uint16_t {
   kDbTypeI2 = 2,
@@ -117,6 +119,8 @@ class TOLEDBProvider {
   virtual TOLEDBRowset Open(const std::string& sql) = 0;
   virtual std::int64_t Execute(const std::string& sql) = 0;  // rows affected
   virtual TStringList TakeWarnings() { return {}; }  // of what was passed over since the last call, for the user
+  // What reads the files, which has more to say than rowsets; null for a provider of anything else.
+  virtual TFileReader* Files() { return nullptr; }
   virtual void StartTransaction(std::uint32_t isolation) = 0;
   virtual void Commit() = 0;
 };
