@@ -180,10 +180,18 @@ ELockClass BesideComputed(EChange change, const TLockTraits& table, ELockClass i
   return table.computed_key ? std::max(is, ReadersOnly) : is;
 }
 
-// They copy while others write, but not where a counter begins.
-ELockClass AsCopied(ELockClass is, EChange change, const TServerTraits& server) {
+// MySQL makes all virtual columns of such a table anew, and then finds that they cannot come together.
+ELockClass BesideFunctional(EChange change, const TLockTraits& table, ELockClass is) {
+  if (!table.functional || is == Unknown) return is;
+  if (change == EChange::DropVirtual) return std::max(is, InPlace);
+  return OneOf(change, {EChange::AddVirtual, EChange::AddComputedKey}) ? Copy : is;
+}
+
+// They copy while others write, but not where a counter begins, nor where other tables change rows of this one.
+ELockClass AsCopied(ELockClass is, EChange change, const TLockTraits& table, const TServerTraits& server) {
   constexpr int kCopiesWithWrites = 110200;
-  const bool writes = !server.mysql && server.version >= kCopiesWithWrites && change != EChange::StartCounter;
+  const bool takes_turns = change == EChange::StartCounter || table.cascades;
+  const bool writes = !server.mysql && server.version >= kCopiesWithWrites && !takes_turns;
   return is == Copy && writes ? CopyWithWrites : is;
 }
 
@@ -195,14 +203,14 @@ std::span<const TLockRow> LockRows() { return kRows; }
 
 ELockClass ClassOf(ELockChange change, const TLockTraits& table, const TServerTraits& server) {
   if (table.versioned) return Unknown;
-  if (table.other_engine) return AsCopied(InTable(change), change, server);
+  if (table.other_engine) return AsCopied(InTable(change), change, table, server);
   ELockClass is = OfRow(change, server);
   if (is == Instant && ReordersRows(change) && (table.fulltext || table.compressed)) is = Rebuild;
   const bool free_rows = table.redundant && !server.mysql && server.version >= kMeasured;
   if (free_rows && OneOf(change, {EChange::AllowNull, EChange::GrowLettersAcross})) is = Instant;
-  if (!server.mysql) is = BesideComputed(change, table, is);
+  is = server.mysql ? BesideFunctional(change, table, is) : BesideComputed(change, table, is);
   if (is == Rebuild) is = RebuiltAs(table, server);
-  return AsCopied(is, change, server);
+  return AsCopied(is, change, table, server);
 }
 
 // --- Together
@@ -226,7 +234,7 @@ class TCompany {
     for (const EChange change : changes_) most = std::max(most, ClassOf(change, table_, server_));
     if (changes_.size() < 2 || most == Unknown) return most;
     if (MovesAlong()) return Instant;
-    if (VirtualInTheWay(most)) return std::max(most, AsCopied(Copy, changes_.front(), server_));
+    if (VirtualInTheWay(most)) return std::max(most, AsCopied(Copy, changes_.front(), table_, server_));
     if (InstantInTheWay(most)) return std::max(most, RebuiltAs(table_, server_));
     const bool letters = Has({EChange::HandDownCharset}) && Has({EChange::GrowLetters});
     return letters ? std::max(most, InPlace) : most;
@@ -256,12 +264,14 @@ class TCompany {
            Has({EChange::AddColumn, EChange::AddColumnBetween}) && !Any(OfVirtual);
   }
 
-  // Virtual columns come and go at an instant with each other, with plain ones that go, and beside keys.
+  // Virtual columns come and go at an instant with each other and with plain ones that go, and beside keys.
   bool VirtualInTheWay(ELockClass most) const {
     if (!Any(OfVirtual)) return false;
     const bool drops = Has({EChange::DropVirtual});
-    const bool alone = !Any([drops](EChange change) {
-      const bool beside = OneOf(change, {EChange::DropColumn, EChange::DropKey, EChange::AddKey});
+    const bool instant = most == Instant || !server_.mysql;
+    const bool alone = !Any([drops, instant](EChange change) {
+      const bool beside =
+          OneOf(change, {EChange::DropKey, EChange::AddKey}) || (instant && change == EChange::DropColumn);
       return !OfVirtual(change) && !beside && (drops || !MakesKey(change));
     });
     if (alone) return false;

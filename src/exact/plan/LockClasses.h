@@ -116,6 +116,8 @@ struct TLockTraits {
   bool spatial = false;
   bool computed = false;      // virtual columns
   bool computed_key = false;  // with keys over them
+  bool functional = false;    // keys over expressions, which stand for virtual columns that nobody sees
+  bool cascades = false;      // foreign keys by which the server changes rows itself
   bool versioned = false;     // keeps former rows
 };
 

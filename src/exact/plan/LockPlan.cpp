@@ -24,8 +24,8 @@ bool IsAlter(const TPlanStatement& statement) {
   return statement.object.empty() && statement.text.starts_with("alter table ");
 }
 
-bool AllAre(const TLockClause& clause, EChange change) {
-  return std::ranges::all_of(clause.changes, [change](EChange one) { return one == change; });
+bool Has(const TLockClause& clause, EChange change) {
+  return std::ranges::find(clause.changes, change) != clause.changes.end();
 }
 
 bool HasName(TTokens tokens, const std::string& name) {
@@ -68,8 +68,8 @@ class TSplit {
     for (const TLockClause& clause : clauses_) {
       EPiece piece = clause.sets_charset ? kCharset : Alone(clause) == ELockClass::Instant ? kInstant : kKeys;
       if (anew) piece = kRest;
-      if (AllAre(clause, EChange::DropVirtual)) piece = kDropped;
-      if (AllAre(clause, EChange::AddVirtual)) piece = kVirtual;
+      if (Has(clause, EChange::DropVirtual)) piece = kDropped;
+      if (Has(clause, EChange::AddVirtual)) piece = kVirtual;
       sorted.at(piece).push_back(clause);
     }
     for (TClauses& piece : sorted)

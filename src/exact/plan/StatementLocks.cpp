@@ -60,6 +60,7 @@ class TClauseReader {
   void AddElement(TTokenRange range, TLockClause& clause);
   void DropColumn(TTokenRange range, TLockClause& clause);
   void DropPrimary(TTokenRange range, TLockClause& clause);
+  void DropKey(TTokenRange range, TLockClause& clause);
   void DropConstraint(TTokenRange range, TLockClause& clause);
   void Modify(TTokenRange range, TLockClause& clause) { Become(NameAt(range.first), range, clause); }
   void Change(TTokenRange range, TLockClause& clause) {
@@ -85,8 +86,8 @@ const std::vector<TClauseReader::TForm>& TClauseReader::Forms() {
       {{"drop", "foreign", "key"}, EChange::DropForeignKey, "constraint", nullptr},
       {{"drop", "check"}, EChange::DropCheck, "constraint", nullptr},
       {{"drop", "constraint"}, EChange::kCount, "constraint", &TClauseReader::DropConstraint},
-      {{"drop", "key"}, EChange::DropKey, "key", nullptr},
-      {{"drop", "index"}, EChange::DropKey, "key", nullptr},
+      {{"drop", "key"}, EChange::kCount, "key", &TClauseReader::DropKey},
+      {{"drop", "index"}, EChange::kCount, "key", &TClauseReader::DropKey},
       {{"modify", "column"}, EChange::kCount, "column", &TClauseReader::Modify},
       {{"change", "column"}, EChange::kCount, "column", &TClauseReader::Change},
       {{"rename", "column"}, EChange::RenameColumn, "column", nullptr},
@@ -204,8 +205,7 @@ bool HasExpressions(const TElement& key) {
 
 EChange AddedKey(const TElement& key) {
   if (key.kind == EElement::FulltextKey) return EChange::AddFulltext;
-  if (key.kind == EElement::SpatialKey) return EChange::AddSpatial;
-  return HasExpressions(key) ? EChange::AddComputedKey : EChange::AddKey;
+  return key.kind == EElement::SpatialKey ? EChange::AddSpatial : EChange::AddKey;
 }
 
 bool IsEnforced(const TElement& check) {
@@ -257,8 +257,20 @@ void TClauseReader::AddElement(TTokenRange range, TLockClause& clause) {
     case EElement::Other:
       return clause.changes.push_back(EChange::Unknown);
     default:
-      return clause.changes.push_back(IsOverNew(element) ? EChange::AddComputedKey : AddedKey(element));
+      if (HasExpressions(element)) clause.changes.push_back(EChange::AddVirtual);
+      const bool computed = HasExpressions(element) || IsOverNew(element);
+      return clause.changes.push_back(computed ? EChange::AddComputedKey : AddedKey(element));
   }
+}
+
+// A key over expressions has virtual columns of its own, which nobody sees.
+void TClauseReader::DropKey(TTokenRange range, TLockClause& clause) {
+  const std::string name = NameAt(range.first);
+  const bool functional = std::ranges::any_of(table_.elements, [&name](const TElement& key) {
+    return IsKey(key.kind) && SameText(key.name, name) && HasExpressions(key);
+  });
+  if (functional) clause.changes.push_back(EChange::DropVirtual);
+  clause.changes.push_back(EChange::DropKey);
 }
 
 void TClauseReader::DropPrimary(TTokenRange /*range*/, TLockClause& clause) {
@@ -292,6 +304,12 @@ void TClauseReader::Options(TTokenRange range, TLockClause& clause) {
   }
 }
 
+// "on delete cascade", "on update set null"
+bool Cascades(const TElement& foreign_key) {
+  return std::ranges::any_of(foreign_key.text.Tokens().subspan(foreign_key.text.ForeignKey().rules),
+                             [](const TToken& token) { return token.Is("cascade") || token.Is("set"); });
+}
+
 bool IsOption(const TTableText& table, std::string_view name, std::string_view value) {
   const TTableOption* option = table.FindOption(name);
   return option != nullptr && SameText(option->value, value);
@@ -322,6 +340,8 @@ TLockTraits LockTraitsOf(const TTableText& table) {
   for (const TElement& element : table.elements) {
     traits.fulltext = traits.fulltext || element.kind == EElement::FulltextKey;
     traits.spatial = traits.spatial || element.kind == EElement::SpatialKey;
+    traits.functional = traits.functional || (IsKey(element.kind) && HasExpressions(element));
+    traits.cascades = traits.cascades || (element.kind == EElement::ForeignKey && Cascades(element));
     if (element.kind != EElement::Column || !element.text.Column().generated || element.text.Column().stored) continue;
     traits.computed = true;
     traits.computed_key = traits.computed_key || StandsInKey(element.name, table);
