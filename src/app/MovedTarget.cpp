@@ -45,15 +45,12 @@ void LookAtTables(const TExactSync& sync, const TStringList& tables, TDBConn& ta
       [&] { texts.ExpectCreationTexts({}); });
 }
 
-// As the comparison has read them: triggers on tables under their new names.
-std::vector<TOtherObject> ObjectsNow(const TExactSync& sync, const std::vector<const TObjectChange*>& touched,
-                                     TCreationTexts& texts) {
-  TDatabaseObjects now{texts.TextsDatabase(), {}};
+std::vector<TOtherObject> ObjectsNow(const std::vector<const TObjectChange*>& touched, TCreationTexts& texts) {
+  std::vector<TOtherObject> now;
   for (const TObjectChange* change : touched)
-    now.objects.push_back({change->kind, change->old_text ? change->old_object.name : change->name});
-  texts.ReadObjectTexts(now.objects);
-  RenameTables(sync.Renames(), now);
-  return std::move(now.objects);
+    now.push_back({change->kind, change->old_text ? change->old_object.name : change->name});
+  texts.ReadObjectTexts(now);
+  return now;
 }
 
 // A table stands also where a new view would.
@@ -62,7 +59,7 @@ void LookAtObjects(const TExactSync& sync, const std::set<std::string>& names, T
   std::vector<const TObjectChange*> touched;
   for (const TObjectChange& change : sync.AllObjectChanges())
     if (names.contains(change.Object())) touched.push_back(&change);
-  const std::vector<TOtherObject> now = ObjectsNow(sync, touched, texts);
+  const std::vector<TOtherObject> now = ObjectsNow(touched, texts);
   for (std::size_t i = 0; i < touched.size(); ++i) {
     const TObjectChange& change = *touched[i];
     std::string text = now[i].text;
