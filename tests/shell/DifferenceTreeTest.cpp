@@ -181,6 +181,13 @@ TEST_F(DifferenceTreeTest, TheFilterAndTheKeysFindDifferences) {
   QTest::keyClick(filter, Qt::Key_Escape);
   EXPECT_EQ(Check("orders"), Qt::PartiallyChecked);
 
+  Select({"old"});
+  QTest::keyClicks(filter, QStringLiteral("index: column:orders.n*"));
+  QTest::keyClick(filter, Qt::Key_Down);
+  EXPECT_EQ(Current(), "index k") << "no group";
+  EXPECT_EQ(Footing(), "3 of 5 actions ticked; 3 hidden (1 ticked)");
+  QTest::keyClick(filter, Qt::Key_Escape);
+
   Page().setCurrentIndex(2);
   std::vector<std::string> seen;
   Select({"fresh"});

@@ -300,8 +300,9 @@ bool TDifferenceTree::eventFilter(QObject* watched, QEvent* event) {
   }
   const bool leaves = key == Qt::Key_Escape || key == Qt::Key_Down || key == Qt::Key_Return || key == Qt::Key_Enter;
   if (!leaves) return QWidget::eventFilter(watched, event);
-  view_->setFocus();
-  if (!view_->currentIndex().isValid()) Step(true);
+  const bool none = !view_->currentIndex().isValid();
+  view_->setFocus();  // which makes the first line the current one, a group maybe
+  if (none) SelectFirst();
   return true;
 }
 

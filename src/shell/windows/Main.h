@@ -213,6 +213,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void CompareOrForget();
   void NameLostTarget(const std::function<void()>& asking);
   void TellFailedRun(const std::string& script, const std::string& error);
+  TStringList UntakenRenames() const;
   bool RowsAllow();
   void RestoreFocus(QWidget* focused);
   void ShowResult();

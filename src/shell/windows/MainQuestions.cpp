@@ -18,6 +18,7 @@ namespace {
 constexpr char kRunQuestion[] = "Run %s on %s?";
 constexpr char kUnsafeQuestion[] = "\n\n%s of this script can lose data:";
 constexpr char kSafeScript[] = "\n\nNothing in it was found to lose data.";
+constexpr char kPerhapsRenamed[] = "\n\nPerhaps renamed only; \"Rename instead\" in the context menu keeps the values:";
 constexpr char kRowsQuestion[] = "Rows of the target stand in the way of the script, or could not be checked:";
 constexpr int kRowCheckSeconds = 30;  // for each question
 constexpr std::size_t kListedUnsafe = 12;
@@ -50,7 +51,22 @@ bool TfmMain::MayRun(const std::string& script) {
     question.details = Format(kUnsafeQuestion, Counted(unsafe.size(), "change")) + Listing(unsafe);
   else if (always)
     question.details = kSafeScript;
+  if (const TStringList renames = UntakenRenames(); !renames.empty() && ScriptOf() == EScriptOf::Analysis)
+    question.details += kPerhapsRenamed + Listing(renames);
   return MayRunAfter(question, this);
+}
+
+// What comes new by the script beside something that may be the same under another name.
+TStringList TfmMain::UntakenRenames() const {
+  TStringList lines;
+  for (std::size_t place = 0; place < differences_->Count(); ++place) {
+    const TDifference& difference = differences_->At(place);
+    if (difference.rename.empty() || difference.state != EDifferenceState::New || !differences_->Ticked(place))
+      continue;
+    const TRename rename = ReadRename(difference.rename);
+    lines.push_back(Format("%s to %s", rename.Place(), rename.to));
+  }
+  return lines;
 }
 
 bool TfmMain::RowsAllow() {

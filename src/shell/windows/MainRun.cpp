@@ -68,9 +68,9 @@ void TfmMain::ShowRun(const TRunReport& report) {
 
 void TfmMain::TellWaiting(const std::string& text) {
   waiting_ = app_->RunReport().executed;
-  forms_->progress.Note(text);  // which stands in front of the page
   vRun_->Tell({text});
   log_->LogLine(text);
+  forms_->progress.Note(text);  // which stands in front of the page
 }
 
 void TfmMain::TellMoved(const std::string& text) {

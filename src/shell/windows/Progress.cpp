@@ -21,6 +21,7 @@ namespace {
 // At least; more where letters are large.
 constexpr int kWidth = 460;
 constexpr int kHeight = 130;
+constexpr int kEdges = 60;  // beside the picture and the texts
 constexpr int kLeastLetters = 64;
 constexpr int kImageSize = 64;
 
@@ -130,6 +131,7 @@ TfmProgress::TfmProgress()
   SetShape(EShape::TwoBars);  // the highest
   setFixedSize(std::max(kWidth, kLeastLetters * fontMetrics().averageCharWidth()),
                std::max(kHeight, sizeHint().height()));
+  height_ = height();
 }
 
 TfmProgress::~TfmProgress() = default;
@@ -141,6 +143,7 @@ void TfmProgress::ShowTwoBars(const std::string& title, std::int64_t max) { Star
 void TfmProgress::Start(EShape shape, const std::string& title, std::int64_t max) {
   if (!disabled_form_) DisableActiveForm();
   Host().ProcessMessages();
+  Note({});
   SetShape(shape);
   SetTitle(title);
   if (shape != EShape::Simple) SetBar(*totbar_, max);
@@ -167,7 +170,6 @@ void TfmProgress::SetShape(EShape shape) {
   bevel_->setVisible(bars);
   totbar_->setVisible(bars);
   detbar_->setVisible(detail);
-  lbDetail_->setWordWrap(false);
   lbDetail_->setVisible(detail);
 }
 
@@ -211,13 +213,15 @@ void TfmProgress::SetDetailPosition(std::int64_t position) { detbar_->setValue(B
 
 void TfmProgress::SetDetailText(const std::string& text) {
   const QFontMetrics metrics(lbDetail_->font());
-  lbDetail_->setText(metrics.elidedText(ToQt(text), Qt::ElideMiddle, width() - kImageSize - 60));
+  lbDetail_->setText(metrics.elidedText(ToQt(text), Qt::ElideMiddle, width() - kImageSize - kEdges));
 }
 
 void TfmProgress::Note(const std::string& text) {
   lbDetail_->setWordWrap(!text.empty());
   lbDetail_->setText(ToQt(text));
   lbDetail_->setVisible(!text.empty());
+  const int lines = text.empty() ? 0 : lbDetail_->heightForWidth(width() - kImageSize - kEdges);
+  setFixedHeight(height_ + std::max(0, lines - lbDetail_->fontMetrics().height()));
 }
 
 void TfmProgress::OfferCancel() {

@@ -59,6 +59,7 @@ class TfmProgress final : public QWidget, public TProgress {
   QLabel* lbErrors_;
   QPushButton* bnCancel_;
 
+  int height_ = 0;  // without a note
   QPointer<QWidget> disabled_form_;
   QPointer<QWidget> focused_;  // in that form, to get the focus back
   bool was_active_ = false;    // it was in front, and shall be again

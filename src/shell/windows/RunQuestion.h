@@ -12,7 +12,7 @@ namespace velmora {
 // What is asked before a script runs.
 struct TRunQuestion {
   std::string text;      // what would run, and where
-  std::string details;   // what of it can lose data, a line each; may be empty
+  std::string details;   // what of it can lose data or should be known, a line each; may be empty
   TTaskMarks marks;      // of the task
   std::string database;  // the name to type where the marks ask for it
 };
