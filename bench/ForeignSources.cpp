@@ -8,6 +8,7 @@
 #include "foreign/AccessSamples.h"
 #include "formats/mdb/MdbPages.h"
 #endif
+#include "support/PlainBytes.h"
 #include "util/Files.h"
 #include "util/Format.h"
 
@@ -55,6 +56,9 @@ TAccessTable AccessTable(int number) {
 
 // --- dBASE
 
+using testing::Little;
+using testing::Padded;
+
 struct TDbfColumn {
   const char* name;
   char type;
@@ -67,17 +71,6 @@ constexpr TDbfColumn kDbfColumns[] = {
     {"PRICE", 'N', 12, 2},  {"WEIGHT", 'F', 20, 6}, {"ACTIVE", 'L', 1},   {"CREATED_AT", 'D', 8},
     {"CHANGED_AT", 'D', 8}, {"CODE", 'C', 12},      {"LANGUAGE", 'C', 5}, {"PICTURE", 'M', 10},
 };
-
-std::string Little(unsigned value, int width) {
-  std::string bytes;
-  for (int i = 0; i < width; ++i) bytes += static_cast<char>(value >> 8 * i & 0xFF);
-  return bytes;
-}
-
-std::string Padded(std::string text, std::size_t size) {
-  text.resize(size, '\0');
-  return text;
-}
 
 // Without rows.
 std::string DbfBytes() {

@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "support/PlainBytes.h"
+
 namespace velmora::testing {
 namespace {
 
@@ -63,23 +65,16 @@ std::string Widened(const std::string& letters) {
   return bytes;
 }
 
-std::string LittleBytes(std::uint64_t number, std::size_t size) {
-  std::string bytes;
-  for (std::size_t i = 0; i < size; ++i) bytes += static_cast<char>(number >> 8 * i & 0xFF);
-  return bytes;
-}
-
 std::uint64_t Whole(std::string_view digits) {
   return static_cast<std::uint64_t>(std::stoll(std::string(digits), nullptr, 0));
 }
 
 std::string Number(std::string_view word) {
   const std::string_view value = word.substr(word.find(':') + 1);
-  if (word.starts_with("f8:")) return LittleBytes(std::bit_cast<std::uint64_t>(std::stod(std::string(value))), 8);
+  if (word.starts_with("f8:")) return Little(std::bit_cast<std::uint64_t>(std::stod(std::string(value))), 8);
   if (word.size() < 5 || word[3] != ':') Refuse(word);
-  std::string bytes = LittleBytes(Whole(value), static_cast<std::size_t>(word[2] - '0'));
-  if (word.starts_with("be")) std::ranges::reverse(bytes);
-  return bytes;
+  const auto size = static_cast<std::size_t>(word[2] - '0');
+  return word.starts_with("be") ? Big(Whole(value), size) : Little(Whole(value), size);
 }
 
 // A word without its "*N" or "/N", and what that makes of it.

@@ -87,18 +87,10 @@ const TSketchDialect kAccess = {
               {.word = "", .code = Code(EMdbType::Ole), .literal = "x'ff'"},
               {.word = "", .code = Code(EMdbType::Binary), .first = 1, .last = 255, .most = Bytes, .keyed = true}},
     .refused = "😀",  // the library reads no letters beyond the first plane
-    .keys = true,
-    .plain_keys = true,
-    .descending = true,
-    .references = true,
-    .nullability = true,
-    .comments = true,
-    .defaults = true,
-    .checks = true,
     .delete_rules = {"0", "4096", "8192"},
     .update_rules = {"0", "256"},
     .key_size = 255,
-    .without_form = {"Like '[a-c]%'", "is no value of a", "#10:20:30#", "takes no check of a column"}};
+    .without_form = {"Like '[a-c]%'", "#10:20:30#", "takes no check of a column"}};
 
 TMdbColumn ColumnFor(const TSketchColumn& column) {
   const auto type = static_cast<EMdbType>(column.type->code);

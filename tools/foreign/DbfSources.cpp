@@ -4,6 +4,7 @@
 
 #include "foreign/Sources.h"
 #include "support/ByteText.h"
+#include "support/PlainBytes.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -23,8 +24,8 @@ const TSketchDialect kDBase = {
               {.word = "", .code = 'D', .first = 8, .last = 8, .literal = "'9999-12-31'"},
               {.word = "", .code = 'L', .first = 1, .last = 1, .literal = "1"},
               {.word = "", .code = 'M', .first = 10, .last = 10, .literal = "'ö'"}},
-    .name_bytes = 10,
-    .table_bytes = 200,
+    .columns_alone = true,
+    .names = {10, 200},
     .refused = "/\t数ДатЛódźiŁ😀ﬁİ\u0301ДАТА",
     .most_columns = 40};
 
@@ -77,37 +78,15 @@ const TSketchDialect kFoxPro = {
          {.word = "", .code = 'W', .first = 4, .last = 4, .literal = "x'ff'"},
          {.word = "", .code = 'V', .first = 6, .last = 254, .most = Letters, .defaults = {"\"none\""}, .keyed = true},
          {.word = "", .code = 'Q', .first = 1, .last = 254, .most = Bytes}},
-    .name_bytes = 128,
-    .table_bytes = 128,
-    .key_bytes = 10,
+    .names = {128, 128, 10},
     .letters = kNameLetters,
-    .keys = true,
-    .plain_keys = true,
     .most_parts = 1,
-    .references = true,
-    .nullability = true,
-    .comments = true,
-    .defaults = true,
-    .checks = true,
+    .descending = false,
     .delete_rules = {"R", "C", "I"},
     .update_rules = {"R", "C", " "},
     .key_size = 254,
-    .without_form = {"is no value of", "takes no check of a column"}};
+    .without_form = {"takes no check of a column"}};
 
-std::string Little(std::uint64_t value, std::size_t width) {
-  std::string bytes;
-  for (std::size_t i = 0; i < width; ++i) bytes += static_cast<char>(value >> 8 * i);
-  return bytes;
-}
-std::string Big(std::uint64_t value, std::size_t width) {
-  std::string bytes = Little(value, width);
-  std::ranges::reverse(bytes);
-  return bytes;
-}
-std::string Padded(std::string text, std::size_t size, char pad = '\0') {
-  text.resize(size, pad);
-  return text;
-}
 // Letters of the two code pages, which have the same places up to U+00FF.
 std::string Latin(const std::string& text) {
   std::string bytes;

@@ -108,21 +108,11 @@ const TSketchDialect kSqlServer = {
               {.word = "timestamp", .code = 8, .literal = "'12345678'"},
               {.word = "sql_variant", .literal = "'x'"},
               {.word = "geometry", .literal = "null"}},
-    .name_bytes = 128,
-    .table_bytes = 128,
-    .key_bytes = 128,
-    .keys = true,
-    .plain_keys = true,
-    .descending = true,
-    .references = true,
-    .nullability = true,
-    .comments = true,
-    .defaults = true,
-    .checks = true,
+    .names = {128, 128, 128},
     .delete_rules = {"NO_ACTION", "CASCADE", "SET_NULL", "SET_DEFAULT"},
     .update_rules = {"NO_ACTION", "CASCADE", "SET_NULL"},
     .key_size = 450,
-    .without_form = {"user_name()", "is no value of", "longer than keys", "takes no check of a column"}};
+    .without_form = {"user_name()", "longer than keys", "takes no check of a column"}};
 
 TPlayedAnswer Answer(const char* columns) {
   TPlayedAnswer answer;
@@ -293,22 +283,12 @@ const TSketchDialect kOracle = {
          {.word = "INTERVAL DAY(2) TO SECOND(6)", .literal = "'+99 23:59:59.999999'"},
          {.word = "ROWID", .literal = "'AAAAAAAAAAAAAAAAAA'"},
          {.word = "XMLTYPE", .literal = "'<a/>'"}},
-    .name_bytes = 128,
-    .table_bytes = 128,
-    .key_bytes = 128,
+    .names = {128, 128, 128},
     .refused = "\"\t",
     .case_counts = true,
-    .keys = true,
-    .plain_keys = true,
-    .descending = true,
-    .references = true,
-    .nullability = true,
-    .comments = true,
-    .defaults = true,
-    .checks = true,
     .delete_rules = {"NO ACTION", "CASCADE", "SET NULL"},
     .key_size = 400,
-    .without_form = {"USER", "is no value of", "longer than keys", "takes no check of a column"}};
+    .without_form = {"USER", "longer than keys", "takes no check of a column"}};
 
 class TOracleSources final : public TSourceMaker {
  public:
@@ -340,7 +320,7 @@ class TOracleSources final : public TSourceMaker {
                            .size = 400});
       return columns;
     };
-    if (query == "tables") return named("TABLE_NAME REMARKS");
+    if (query == "tables") return named("TABLE_NAME REMARKS TEMPORARY");
     if (query == "columns")
       return named(
           "TABLE_NAME NAME DATA_TYPE TYPE_OWNER BYTES# LETTERS# UNIT DIGITS# DECIMALS# NULLABLE IS_VIRTUAL REMARKS "
@@ -356,7 +336,7 @@ class TOracleSources final : public TSourceMaker {
     TFakeOracle::TAnswer answer;
     answer.columns = Head(query);
     for (const TSketchTable& table : sketch) {
-      if (query == "tables") answer.rows.push_back({table.name, Filled(table.comment)});
+      if (query == "tables") answer.rows.push_back({table.name, Filled(table.comment), "N"});
       for (const TSketchColumn& column : table.columns) {
         if (query == "columns") answer.rows.push_back(Column(table, column));
         if (query == "checks" && column.check)

@@ -78,10 +78,9 @@ class TTraveller {
       sync_.Compare();
       for (const TSkippedTable& table : sync_.Skipped())
         if (table.table.empty() || table.reason.empty()) Miss("skipped without a name or a reason");
-      result_.statements = sync_.Plan().size() + 1;
+      result_.statements = sync_.Plan().size();
       if (sync_.DifferencesLeft() != 0) Miss("the proof leaves differences:\n" + JoinList(sync_.ActionLog, "\n"));
     } catch (const EVelmora& error) {
-      result_.statements = 1;
       if (std::string_view(error.what()).find(folder_.Path()) == std::string_view::npos)
         Miss("no file is named: " + std::string(error.what()));
     }
@@ -157,7 +156,7 @@ class TTraveller {
   // What is there, asked otherwise than by the comparison.
   void LookThere(const TSketch& sketch) {
     const TSketchDialect& dialect = maker_.Dialect();
-    const TStringList there = ShapeThere(target_, dialect.nullability), wanted = ShapeOf(sketch, dialect);
+    const TStringList there = ShapeThere(target_, !dialect.columns_alone), wanted = ShapeOf(sketch, dialect);
     if (dialect.shaped && result_.unmade.empty() && there != wanted)
       Miss("another shape:\n" + JoinList(there, "\n") + "\nin place of\n" + JoinList(wanted, "\n"));
     if (!dialect.shaped) return;

@@ -29,9 +29,9 @@ class TDrawer {
     const std::size_t tables = 1 + random_.Below(4);
     std::set<std::string> names;
     for (std::size_t i = 0; i < tables; ++i) {
-      sketch_.push_back({.name = Name(dialect_.table_bytes, names)});
+      sketch_.push_back({.name = Name(dialect_.names.table, names)});
       DrawTable(sketch_.back());
-      if (dialect_.references && random_.Chance(67)) Refer(i);
+      if (!dialect_.columns_alone && random_.Chance(67)) Refer(i);
     }
     return std::move(sketch_);
   }
@@ -84,11 +84,11 @@ class TDrawer {
   void DrawTable(TSketchTable& table) {
     const std::size_t columns = 1 + random_.Below(static_cast<std::size_t>(dialect_.most_columns));
     for (std::size_t i = 0; i < columns; ++i) AddColumn(table, random_.Pick(dialect_.types));
-    if (dialect_.comments && random_.Chance(33)) table.comment = "What's \"in\" it \\ Größe";
-    if (!dialect_.keys) return;
+    if (HasComments() && random_.Chance(33)) table.comment = "What's \"in\" it \\ Größe";
+    if (dialect_.columns_alone) return;
     if (random_.Chance(80)) AddKey(table, ESketchKey::Primary);
     for (std::size_t i = random_.Below(4); i > 0; --i)
-      AddKey(table, dialect_.plain_keys && random_.Chance(50) ? ESketchKey::Plain : ESketchKey::Unique);
+      AddKey(table, random_.Chance(50) ? ESketchKey::Plain : ESketchKey::Unique);
     SetCounting(table);
   }
 
@@ -96,16 +96,26 @@ class TDrawer {
     std::set<std::string> names;
     for (const TSketchColumn& column : table.columns)
       names.insert(dialect_.case_counts ? Trim(column.name) : LowerText(Trim(column.name)));
-    TSketchColumn column{.name = Name(dialect_.name_bytes, names), .type = &type};
+    TSketchColumn column{.name = Name(dialect_.names.column, names), .type = &type};
     if (type.last > 0) column.size = random_.Chance(25) ? type.last : Between(type.first, type.last);
     if (type.most_scale > 0) column.scale = Between(0, std::min(type.most_scale, column.size));
-    column.not_null = dialect_.nullability && random_.Chance(33);
-    if (dialect_.defaults && !type.defaults.empty() && random_.Chance(50))
-      column.default_text = random_.Pick(type.defaults);
-    if (dialect_.checks && !type.checks.empty() && random_.Chance(33)) column.check = random_.Pick(type.checks);
-    if (dialect_.comments && random_.Chance(25)) column.comment = "it's a \\ \"comment\" ß";
+    column.not_null = !dialect_.columns_alone && random_.Chance(33);
+    if (!dialect_.columns_alone && !type.defaults.empty() && random_.Chance(50)) {
+      const std::string value = random_.Pick(type.defaults);
+      if (HasRoomForDefaults(column)) column.default_text = value;
+    }
+    if (!dialect_.columns_alone && dialect_.checks && !type.checks.empty() && random_.Chance(33))
+      column.check = random_.Pick(type.checks);
+    if (HasComments() && random_.Chance(25)) column.comment = "it's a \\ \"comment\" ß";
     table.columns.push_back(column);
     return table.columns.back();
+  }
+
+  bool HasComments() const { return !dialect_.columns_alone && dialect_.comments; }
+
+  // Those of sizes that are drawn are short, but one digit in front of the point is too little.
+  static bool HasRoomForDefaults(const TSketchColumn& column) {
+    return column.type->most != EMost::Digits || column.size - column.scale > 1;
   }
 
   bool MayBeKey(const TSketchColumn& column) const {
@@ -118,7 +128,7 @@ class TDrawer {
     for (std::size_t i = 0; i < table.columns.size(); ++i)
       if (MayBeKey(table.columns[i])) free.push_back(i);
     if (free.empty()) return;
-    TSketchKey key{.name = Name(dialect_.key_bytes, names_), .kind = kind, .columns = {}, .descending = {}};
+    TSketchKey key{.name = Name(dialect_.names.key, names_), .kind = kind, .columns = {}, .descending = {}};
     const std::size_t parts = random_.Chance(50) ? 1 : 1 + random_.Below(static_cast<std::size_t>(dialect_.most_parts));
     while (key.columns.size() < parts && !free.empty()) {
       const std::size_t at = random_.Below(free.size());
@@ -153,7 +163,7 @@ class TDrawer {
     if (keys.empty()) return;
     TSketchTable& table = sketch_[child];
     const TSketchKey key = random_.Pick(keys);
-    TSketchReference reference{.name = Name(dialect_.key_bytes, dialect_.shared_names ? names_ : reference_names_),
+    TSketchReference reference{.name = Name(dialect_.names.key, dialect_.shared_names ? names_ : reference_names_),
                                .columns = {},
                                .table = parent,
                                .references = key.columns,
@@ -208,7 +218,7 @@ TStringList ShapeOf(const TSketch& sketch, const TSketchDialect& dialect) {
   TStringList shape;
   for (const TSketchTable& table : sketch) {
     std::string line;
-    for (const TSketchColumn& column : table.columns) line += dialect.nullability && column.not_null ? 'N' : '0';
+    for (const TSketchColumn& column : table.columns) line += !dialect.columns_alone && column.not_null ? 'N' : '0';
     for (const TSketchKey& key : table.keys)
       if (key.kind == ESketchKey::Primary) line += " primary " + PlacesText(key.columns);
     std::vector<std::string> references;

@@ -70,23 +70,26 @@ struct TSketchTable {
 };
 using TSketch = std::vector<TSketchTable>;
 
+// Of the longest names.
+struct TNameBytes {
+  std::size_t column = 64, table = 64, key = 64;
+};
+
 // What an engine has.
 struct TSketchDialect {
   std::vector<TSketchType> types;
-  std::size_t name_bytes = 64, table_bytes = 64, key_bytes = 64;  // the longest names
-  const char* refused = "";                                       // letters that its names do not take
-  const char* letters = nullptr;                                  // all that they are made of; nothing for any
-  bool end_blanks = true;                                         // names may end in blanks
-  bool case_counts = false;                                       // names may differ by case alone
-  bool keys = false;
-  bool plain_keys = false;
-  int most_parts = 3;         // of a key
-  bool descending = false;    // parts of keys
-  bool shared_names = false;  // keys and references may not have the same
-  bool references = false;
-  bool primary_parents = false;  // references to primary keys alone
+  bool columns_alone = false;  // it has no keys, references, nulls, defaults, comments and checks
+  TNameBytes names{};
+  const char* refused = "";       // letters that its names do not take
+  const char* letters = nullptr;  // all that they are made of; nothing for any
+  bool end_blanks = true;         // names may end in blanks
+  bool case_counts = false;       // names may differ by case alone
+  int most_parts = 3;             // of a key
+  bool descending = true;         // parts of keys
+  bool shared_names = false;      // keys and references may not have the same
+  bool primary_parents = false;   // references to primary keys alone
   std::vector<const char*> refused_names{};
-  bool nullability = false, comments = false, defaults = false, checks = false;
+  bool comments = true, checks = true;
   std::vector<const char*> delete_rules{""}, update_rules{""};
   int key_size = 60;  // of letters and bytes in keys
   int most_columns = 12;

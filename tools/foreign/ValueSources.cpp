@@ -24,7 +24,8 @@ std::vector<TSketchType> Kinds() {
   return types;
 }
 
-const TSketchDialect kValues = {.types = Kinds(), .table_bytes = 31, .refused = "/\t\"\\[]:*?,;'", .most_columns = 20};
+const TSketchDialect kValues = {
+    .types = Kinds(), .columns_alone = true, .names = {64, 31}, .refused = "/\t\"\\[]:*?,;'", .most_columns = 20};
 
 std::string Quoted(const std::string& text) {
   return "'" + StrReplace(StrReplace(text, "\\", "\\\\"), "'", "''") + "'";

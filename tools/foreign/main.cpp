@@ -33,7 +33,7 @@ void Run(const TSourceKind& kind, TSourceMaker& maker, unsigned long long seed, 
   std::fflush(stdout);
 }
 
-// Whether all went well.
+// Whether all went well; sources of which nothing is made, damaged or not, prove nothing.
 bool RunAll(const TSourceKind& kind, unsigned long long count, unsigned long long first, bool damaged) {
   const std::unique_ptr<TSourceMaker> maker = kind.make();
   TCounts counts;
