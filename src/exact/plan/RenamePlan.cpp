@@ -82,7 +82,11 @@ void ApplyToColumn(const TRename& rename, TSchema& schema) {
 // Whether a server that does not follow by itself has to be told of this element again.
 bool NeedsTelling(const TElement& element) {
   if (element.kind == EElement::Check) return true;
-  if (element.kind == EElement::Column) return element.text.Column().generated.has_value();
+  if (element.kind == EElement::Column) {
+    const TColumnParts& parts = element.text.Column();
+    const bool computed = parts.default_value && element.text.Tokens()[parts.default_value->first].Is("(");
+    return computed || parts.generated;
+  }
   return IsKey(element.kind) &&
          std::ranges::any_of(element.text.KeyParts(), [](const TKeyPart& part) { return part.column.empty(); });
 }

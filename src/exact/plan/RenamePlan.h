@@ -16,8 +16,8 @@ namespace velmora {
 void ApplyRename(const TRename& rename, const TServerTraits& server, TSchema& schema);
 
 // "rename table ...", or an "alter table" of this one table. MySQL renames no column that checks, other columns'
-// expressions, expressions of keys or partitions are made of: these come again in the same statement, which it takes.
-// Servers that have no "rename column" get "change column" with the definition that is there.
+// expressions, those of keys, defaults or partitions are made of: these come again in the same statement, which it
+// takes. Servers that have no "rename column" get "change column" with the definition that is there.
 std::string RenameStatement(const TRename& rename, const TServerTraits& server, const TSchema& schema);
 
 // What it costs others; None where nobody knows the server.

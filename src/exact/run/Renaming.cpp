@@ -16,6 +16,7 @@ namespace {
 constexpr char kNotThere[] = "Rename %s: the %s has no %s %s";
 constexpr char kDone[] = "Rename %s: the target has the new name already";
 constexpr char kBoth[] = "Rename %s does not fit: the %s has %s, too";
+constexpr char kTwice[] = "Rename %s does not fit: another one has one of its names";
 constexpr char kNotCompared[] = "Rename %s does not fit: table %s is not compared";
 constexpr char kSameName[] = "Rename %s does not fit: to the target's server both names are the same";
 constexpr char kNames[] = "%s %s names %s, which is renamed";
@@ -41,24 +42,39 @@ class TFitting {
     return false;
   }
 
-  // Both sides have looked at what is there: `old_*` and `new_*` tell which of them have the names.
-  void Settle(const TRename& wish, const std::string& kind, bool old_there, bool new_there, bool old_wanted,
+  // Both sides have looked at what is there: `old_*` and `new_*` tell which of them have the names. Whether the two are
+  // one, be it done already.
+  bool Settle(const TRename& wish, const std::string& kind, bool old_there, bool new_there, bool old_wanted,
               bool new_wanted) {
     if (!new_wanted) RaiseError(Format(kNotThere, wish.Text(), kReferenceSide, kind, wish.to));
     if (!old_there && !new_there) RaiseError(Format(kNotThere, wish.Text(), kTargetSide, kind, wish.from));
-    if (!old_there) return result_.told.push_back(Format(kDone, wish.Text()));
-    if (new_there) return result_.told.push_back(Format(kBoth, wish.Text(), kTargetSide, wish.to));
-    if (old_wanted) return result_.told.push_back(Format(kBoth, wish.Text(), kReferenceSide, wish.from));
+    if (!old_there) return Tell(Format(kDone, wish.Text()), true);
+    if (new_there) return Tell(Format(kBoth, wish.Text(), kTargetSide, wish.to), false);
+    if (old_wanted) return Tell(Format(kBoth, wish.Text(), kReferenceSide, wish.from), false);
+    const bool twice = std::ranges::any_of(result_.fits, [&wish](const TRenameChange& other) {
+      const TRename& rename = other.rename;
+      const auto same = [&](const std::string& a, const std::string& b) {
+        return wish.OfTable() ? a == b : SameText(a, b);
+      };
+      return rename.table == wish.table && (same(rename.from, wish.from) || same(rename.to, wish.to));
+    });
+    if (twice) return Tell(Format(kTwice, wish.Text()), false);
     result_.fits.push_back({0, wish});
+    return true;
+  }
+
+  bool Tell(std::string line, bool result) {
+    result_.told.push_back(std::move(line));
+    return result;
   }
 
   void FitTable(const TRename& wish) {
     if (!Compared(wish, wish.from) || !Compared(wish, wish.to)) return;
     if (SameText(wish.from, wish.to) && !case_counts_) return result_.told.push_back(Format(kSameName, wish.Text()));
     const auto has = [](const TReadSide& side, const std::string& name) { return side.texts.contains(name); };
-    Settle(wish, "table", has(read_.target, wish.from), has(read_.target, wish.to), has(read_.reference, wish.from),
-           has(read_.reference, wish.to));
-    tables_.push_back(wish);
+    if (Settle(wish, "table", has(read_.target, wish.from), has(read_.target, wish.to), has(read_.reference, wish.from),
+               has(read_.reference, wish.to)))
+      tables_.push_back(wish);
   }
 
   // The names of a table on both sides, where one is renamed.
@@ -138,8 +154,14 @@ void LeaveUnrenamed(const std::vector<TRenameChange>& struck_out, std::vector<TC
     const bool key = change.kind == EElement::ForeignKey && !change.new_text.Empty();
     return key && !SyncAction(change.action).WholeTable() && stays(change.new_text.ForeignKey().table);
   });
+  if (struck_out.empty()) return;
   std::erase_if(objects, [&](const TObjectChange& change) {
-    return change.new_text != nullptr && !change.new_text->table.empty() && stays(change.new_text->table);
+    if (change.new_text == nullptr) return false;
+    if (!change.new_text->table.empty() && stays(change.new_text->table)) return true;
+    const std::set<std::string> names = NamesSpokenOf(change.new_object);
+    return std::ranges::any_of(struck_out, [&names](const TRenameChange& of) {
+      return Names(names, {of.rename.table, of.rename.to, {}});
+    });
   });
 }
 

@@ -34,7 +34,7 @@ TRenaming FitRenames(const std::vector<TRename>& wishes, const TReadPair& read, 
 TStringList NamesOfRenamed(const std::vector<TRenameChange>& renames, const TDatabaseObjects& objects,
                            const std::vector<TObjectChange>& changes);
 
-// Without what hangs on renames that are struck out.
+// Without what hangs on renames that are struck out, or speaks of a new name that there will not be.
 void LeaveUnrenamed(const std::vector<TRenameChange>& struck_out, std::vector<TChange>& changes,
                     std::vector<TObjectChange>& objects);
 
