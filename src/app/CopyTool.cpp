@@ -35,6 +35,7 @@ namespace {
 constexpr char kNoWords[] = "a command is needed";
 constexpr char kOpenQuote[] = "a quote is not closed";
 constexpr char kMissing[] = "%s is not in it";
+constexpr char kNoProgram[] = "there is no program %s";
 constexpr char kNotStarted[] = "%s cannot be started: %s";
 constexpr char kFailed[] = "%s ended with %s; its last lines:\n%s";
 constexpr char kNames[] =
@@ -72,6 +73,16 @@ std::optional<TStringList> ShellWords(const std::string& command) {
   }
   if (in_word) words.push_back(word);
   return quote == 0 ? std::optional(words) : std::nullopt;
+}
+
+// By its path, or in one of the folders that the system looks in.
+bool IsProgram(const std::string& name) {
+  if (name.find('/') != std::string::npos) return access(name.c_str(), X_OK) == 0;
+  const char* path = std::getenv("PATH");
+  TStringList folders;
+  SplitPlain(':', path == nullptr ? "/bin:/usr/bin" : path, folders);
+  return std::ranges::any_of(
+      folders, [&name](const std::string& folder) { return access(JoinPath(folder, name).c_str(), X_OK) == 0; });
 }
 
 using TFillings = std::vector<std::pair<std::string_view, std::string>>;
@@ -314,7 +325,7 @@ std::string FaultOfCopyTool(const std::string& command) {
   if (words->empty()) return kNoWords;
   for (const char* needed : {"{TABLE}", "{CLAUSES}"})
     if (command.find(needed) == std::string::npos) return Format(kMissing, needed);
-  return {};
+  return IsProgram(words->front()) ? std::string() : Format(kNoProgram, words->front());
 }
 
 std::int64_t TCopyToolRuns::SizeOf(const std::string& table) {
