@@ -89,6 +89,13 @@ std::string_view FirstWord(std::string_view statement) {
   return statement.substr(0, statement.find_first_of(" \t\r\n(/`"));
 }
 
+// The database in front of a name; empty for none.
+std::string Qualifier(std::string_view text, const TStatementHead& head) {
+  if (head.name <= head.qualifier) return {};
+  const std::string_view written = TrimView(text.substr(head.qualifier, head.name - head.qualifier));
+  return BareName(TrimView(written.substr(0, written.rfind('.'))));
+}
+
 std::string Beginning(std::string_view statement) {
   const std::string_view line = TrimView(statement.substr(0, statement.find('\n')));
   const std::string shown = CutChars(line.substr(0, 4 * kShownChars), kShownChars);  // no character is longer
@@ -116,6 +123,8 @@ class TCreationScript::TCollector {
   TCollector(std::vector<TSpan>& spans, std::vector<TOtherObject>& others, std::vector<TScriptWarning>& warnings,
              const std::string& database)
       : spans_(spans), others_(others), warnings_(warnings), chosen_(database) {}
+
+  const std::set<std::string>& Databases() const { return databases_; }  // of the objects
 
   void Read(std::string_view script) {
     TStatementReader reader(script, true);
@@ -197,7 +206,11 @@ class TCreationScript::TCollector {
       case EStatementKind::Object:
         Forget(head.object, NameIn(statement.text, head));
         dropped_.erase(LowerText(NameIn(statement.text, head)));  // dumps drop a view's stand-in as a table
-        if (chosen_.empty() || database_.empty() || database_ == chosen_) TakeObject(statement, head);
+        if (const std::string database = DatabaseOf(statement, head);
+            chosen_.empty() || database.empty() || database == chosen_) {
+          databases_.insert(database);
+          TakeObject(statement, head);
+        }
         return;
       case EStatementKind::Other:
         settings_.Take(statement.text);
@@ -210,6 +223,11 @@ class TCreationScript::TCollector {
         const auto start = static_cast<std::size_t>(statement.text.data() - script.data());
         spans_.push_back({start, start + statement.text.size(), head, statement.line, database_, versioned});
     }
+  }
+
+  std::string DatabaseOf(const TStatement& statement, const TStatementHead& head) const {
+    const std::string qualifier = Qualifier(statement.text, head);
+    return qualifier.empty() ? database_ : qualifier;
   }
 
   void TakeObject(const TStatement& statement, const TStatementHead& head) {
@@ -313,6 +331,7 @@ class TCreationScript::TCollector {
   const std::string& chosen_;
   TSessionSettings settings_;
   std::string database_;
+  std::set<std::string> databases_;
   std::unordered_set<std::string> dropped_;  // tables, in lower case, that nobody has made since
   std::array<std::size_t, static_cast<std::size_t>(EStatementKind::Other) + 1> counts_{};
   TStatement run_;
@@ -326,11 +345,12 @@ TCreationScript::TCreationScript(std::string script, const TScriptChoice& choice
   if (const std::string_view closing = MissingClosing(buffer_); !closing.empty() && !choice.allow_incomplete)
     RaiseError(Format(kCutOff, std::string(closing)));
   std::vector<TSpan> spans;
-  TCollector(spans, others_, warnings_, choice.database).Read(buffer_);
+  TCollector collector(spans, others_, warnings_, choice.database);
+  collector.Read(buffer_);
   Pack(spans);
-  ChooseDatabase(spans, choice.database);
+  ChooseDatabase(spans, collector.Databases(), choice.database);
   AddTables(spans);
-  if (tables_.empty()) warnings_.push_back({kNoTables});
+  if (tables_.empty()) warnings_.push_back({kNoTables, 0, false, !others_.empty()});
   std::stable_sort(warnings_.begin(), warnings_.end(),
                    [](const TScriptWarning& a, const TScriptWarning& b) { return a.line < b.line; });
 }
@@ -367,19 +387,10 @@ void TCreationScript::Pack(std::vector<TSpan>& spans) {
   buffer_.shrink_to_fit();
 }
 
-namespace {
-
-// The database in front of a table's name; empty for none.
-std::string Qualifier(std::string_view text, const TStatementHead& head) {
-  if (head.name <= head.qualifier) return {};
-  const std::string_view written = TrimView(text.substr(head.qualifier, head.name - head.qualifier));
-  return BareName(TrimView(written.substr(0, written.rfind('.'))));
-}
-
-}  // namespace
-
-// Which database is meant; spans of tables of others are left to the structure alone, which tells by itself.
-void TCreationScript::ChooseDatabase(const std::vector<TSpan>& spans, const std::string& wanted) {
+// Which database is meant; spans of tables of others are left to the structure alone, which tells by itself. Where
+// there are no tables, it is that of the objects.
+void TCreationScript::ChooseDatabase(const std::vector<TSpan>& spans, const std::set<std::string>& of_objects,
+                                     const std::string& wanted) {
   std::set<std::string> databases;
   for (const TSpan& span : spans) {
     if (!span.IsTable()) continue;
@@ -387,6 +398,7 @@ void TCreationScript::ChooseDatabase(const std::vector<TSpan>& spans, const std:
         Qualifier(std::string_view(buffer_).substr(span.start, span.end - span.start), span.head);
     databases.insert(qualifier.empty() ? span.database : qualifier);
   }
+  if (databases.empty()) databases = of_objects;
   databases.erase("");
   std::string list;
   for (const std::string& database : databases) list += (list.empty() ? "" : ", ") + database;

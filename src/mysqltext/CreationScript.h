@@ -71,7 +71,8 @@ class TCreationScript {
   void Pack(std::vector<TSpan>& spans);
   void AddTables(const std::vector<TSpan>& spans);
   void AddTable(const TSpan& span, std::string_view text);
-  void ChooseDatabase(const std::vector<TSpan>& spans, const std::string& wanted);
+  void ChooseDatabase(const std::vector<TSpan>& spans, const std::set<std::string>& of_objects,
+                      const std::string& wanted);
 
   std::string buffer_;  // the recorded texts, one after the other
   std::vector<TCreationText> tables_;

@@ -32,6 +32,27 @@ TEST(ObjectChangesTest, ViewsAsServersPrintThem) {
     EXPECT_EQ(QueryMeaning(row[0]), QueryMeaning(row.at(1))) << row[1];
 }
 
+TEST(ObjectChangesTest, NamesInQueries) {
+  const auto text_of = [](const std::string& table) -> std::string {
+    if (table == "t") return "create table `t` (`a` int, `b` int, `c` int, `x` int /*!80023 INVISIBLE */)";
+    return table == "u" ? "create table `u` (`a` int, `d` int)" : "";
+  };
+  const std::vector<TOtherObject> others = {{"view", "v", "create view v as select * from t"},
+                                            {"view", "w", "create view w as select * from z"},
+                                            {"view", "z", "create view z as select * from w"},
+                                            {"function", "F", "create function F(a int) returns int return a"}};
+  for (const TStringList& row : testing::CaseRows("exact/view_names.txt")) {
+    SCOPED_TRACE(row[0] + " | " + row.at(1));
+    TDatabaseObjects sides[2];
+    for (std::size_t i = 0; i < 2; ++i) {
+      sides[i] = {"", others, {}, text_of};
+      sides[i].objects.push_back({"view", "o", "create view o as " + row[i]});
+    }
+    const std::vector<TObjectChange> changes = CompareObjects(sides[0], sides[1]).changes;
+    EXPECT_EQ(changes.empty() ? "same" : JoinList(changes[0].elements, ", "), row.at(2));
+  }
+}
+
 TEST(ObjectChangesTest, EachObjectIsNamedByKindAndName) {
   const std::string text = "create view v as select 1";
   const TObjectComparison found = CompareObjects(

@@ -127,7 +127,9 @@ class TRewriter {
     std::string name = LowerText(NameOf(Token(at)));
     for (const TSynonym& row : kAggregates)
       if (row.name == name) name = row.printed;
-    const bool stored = Token(at).kind == EToken::Name;  // servers quote no name of their own functions
+    // Servers quote no name of their own functions.
+    const bool own = names_.stored && !IsSharedFunction(name) && names_.stored(name);
+    const bool stored = Token(at).kind == EToken::Name || own;
     if (stored) name.insert(0, "stored ");
     TTokenRange args = {at + 2, end - 1};
     if (Token(args.first).Is("distinct")) {

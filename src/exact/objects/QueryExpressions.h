@@ -22,7 +22,8 @@ struct TQueryNames {
   std::function<std::string(TTokenRange range, bool exists)> query{};
   // As TExpressionReading has it; with it, what cannot be read raises.
   std::function<std::string(const std::vector<std::string>& names, bool aggregated)> column{};
-  std::map<std::string, TTokenRange> windows{};  // by name in lower case: what stands in their brackets
+  std::function<bool(const std::string& name)> stored{};  // whether there is such a stored function, if that is known
+  std::map<std::string, TTokenRange> windows{};           // by name in lower case: what stands in their brackets
 };
 
 // What the expression says, in a spelling of its own; the tokens of which it is a part are `tokens`. What is no

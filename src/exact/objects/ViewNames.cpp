@@ -3,10 +3,10 @@
 #include <utility>
 
 #include "exact/objects/ObjectText.h"
-#include "exact/objects/ViewQuery.h"
 #include "mysqltext/ColumnParts.h"
 #include "mysqltext/TableText.h"
 #include "util/Errors.h"
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -23,9 +23,14 @@ std::vector<TListedColumn> ColumnsOfTable(const std::string& text) {
 
 }  // namespace
 
+TViewNames::TViewNames(const TDatabaseObjects& side)
+    : side_(side),
+      known_{[this](const std::string& table) { return ColumnsOf(table); },
+             [this](const std::string& name) { return Find("function", name) != nullptr; }} {}
+
 std::string TViewNames::Meaning(const TObjectText& view) const {
   try {
-    return ResolvedMeaning(view.query, view.columns, [this](const std::string& table) { return ColumnsOf(table); });
+    return ResolvedMeaning(view.query, view.columns, known_);
   } catch (const EVelmora&) {  // not certain
     return {};
   }
@@ -46,25 +51,25 @@ TListedColumns TViewNames::ColumnsOf(const std::string& table) const {
 }
 
 TListedColumns TViewNames::ReadColumns(const std::string& table) const {
-  const TOtherObject* view = FindView(table);
+  const TOtherObject* view = Find("view", table);
   if (view == nullptr) {
     const std::string text = side_.table_text ? side_.table_text(table) : std::string();
     return text.empty() ? std::nullopt : TListedColumns(ColumnsOfTable(text));
   }
   const TObjectText read = ReadObjectText(view->text, side_.database);
   std::vector<std::string> names = read.columns;
-  if (names.empty()) names = QueryColumns(read.query, [this](const std::string& name) { return ColumnsOf(name); });
+  if (names.empty()) names = QueryColumns(read.query, known_);
   std::vector<TListedColumn> columns;
   for (std::string& name : names) columns.push_back({std::move(name)});
   return columns.empty() ? std::nullopt : TListedColumns(std::move(columns));
 }
 
-const TOtherObject* TViewNames::FindView(const std::string& name) const {
-  if (views_.empty())
+const TOtherObject* TViewNames::Find(const std::string& kind, const std::string& name) const {
+  if (objects_.empty())
     for (const TOtherObject& object : side_.objects)
-      if (object.kind == "view") views_.emplace(object.name, &object);
-  const auto found = views_.find(name);
-  return found == views_.end() ? nullptr : found->second;
+      objects_.emplace(std::pair(object.kind, object.kind == "view" ? object.name : LowerText(object.name)), &object);
+  const auto found = objects_.find({kind, name});
+  return found == objects_.end() ? nullptr : found->second;
 }
 
 }  // namespace velmora

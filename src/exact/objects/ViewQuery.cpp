@@ -63,10 +63,9 @@ std::string PlainTokens(TTokens tokens, const std::vector<std::string>& columns)
 
 class TQueryReader {
  public:
-  // Without `columns_of` names stay as they are.
-  TQueryReader(std::string_view text, TTokens tokens, const std::vector<std::string>& columns,
-               const TColumnsOf& columns_of)
-      : text_(text), tokens_(tokens), columns_(columns), columns_of_(columns_of) {}
+  // Of a side that knows no columns names stay as they are.
+  TQueryReader(std::string_view text, TTokens tokens, const std::vector<std::string>& columns, const TQuerySide& side)
+      : text_(text), tokens_(tokens), columns_(columns), side_(side) {}
 
   std::string Read() { return Query({0, tokens_.size() - 1}, true); }
   const std::vector<TItem>& Columns() const { return items_; }  // of what was read
@@ -79,7 +78,7 @@ class TQueryReader {
   const TToken& Token(std::size_t at) const { return TokenAt(tokens_, at); }
   bool Is(std::size_t at, std::string_view word) const { return IsKeyword(Token(at), word); }
 
-  bool Resolves() const { return columns_of_ != nullptr; }
+  bool Resolves() const { return side_.columns_of != nullptr; }
 
   // `closed`: nothing of a query around it can be named in it. `first`: its columns are those of the whole.
   std::string Query(TTokenRange range, bool closed, bool first = true) {
@@ -281,7 +280,7 @@ class TQueryReader {
     std::string meaning = "select" + Modifiers(clauses, range.first);
     TNamedTables tables;
     const std::string from = From(clauses.from, tables);
-    scopes_.push_back(&tables);
+    scopes_.push_back({&tables});
     TQueryNames names = Names();
     const std::vector<std::string> all = tables.Names();
     if (closed && !Resolves() && all.size() == 1) names.table = all[0];
@@ -303,6 +302,7 @@ class TQueryReader {
     constexpr EExpression kCondition = EExpression::Condition;
     std::string meaning;
     if (!Empty(clauses.where)) meaning += " where " + ExpressionMeaning(tokens_, clauses.where, names, kCondition);
+    scopes_.back().items = &items;
     if (!Empty(clauses.group)) meaning += " group " + Group(clauses.group, names, items);
     if (!Empty(clauses.having))
       meaning += " having " + ExpressionMeaning(tokens_, clauses.having, Careful(names, items, true), kCondition);
@@ -329,6 +329,7 @@ class TQueryReader {
   TQueryNames Names() {
     TQueryNames names;
     names.query = [this](TTokenRange range, bool exists) { return Within(range, exists); };
+    names.stored = side_.has_function;
     if (Resolves())
       names.column = [this](const std::vector<std::string>& column, bool) { return ColumnMeaning(column); };
     return names;
@@ -364,9 +365,17 @@ class TQueryReader {
   std::string ColumnMeaning(const std::vector<std::string>& names) const {
     const std::string table = names.size() > 1 ? names[names.size() - 2] : std::string();
     if (names.size() > 2) Unreadable(0);
-    for (std::size_t level = scopes_.size(); level-- > 0;)
-      if (const auto column = scopes_[level]->Find(table, names.back())) return MeaningOf(*column, level);
+    for (std::size_t level = scopes_.size(); level-- > 0;) {
+      const auto column = scopes_[level].tables->Find(table, names.back());
+      if (table.empty() && level + 1 < scopes_.size() && HasAlias(scopes_[level].items, names[0])) break;
+      if (column) return MeaningOf(*column, level);
+    }
     return RaiseUnknown(names.back());
+  }
+  // One that is meant perhaps, where a query stands in the condition or order of another.
+  static bool HasAlias(const std::vector<TItem>* items, const std::string& name) {
+    return items != nullptr &&
+           std::ranges::any_of(*items, [&](const TItem& item) { return SameText(item.alias, name); });
   }
   static std::string MeaningOf(const TNamedColumn& column, std::size_t level) {
     const std::string meaning = QuotedName(column.table) + "." + QuotedName(LowerText(column.column.name));
@@ -377,9 +386,8 @@ class TQueryReader {
   // A "having" looks for an alias first, an expression of an order for a column.
   std::string AliasOrColumn(const std::vector<std::string>& names, const std::vector<TItem>& items,
                             bool alias_first) const {
-    const bool alias = names.size() == 1 &&
-                       std::ranges::any_of(items, [&](const TItem& item) { return SameText(item.alias, names[0]); });
-    const bool meant = alias && (alias_first || !scopes_.back()->Find({}, names[0]));
+    const bool alias = names.size() == 1 && HasAlias(&items, names[0]);
+    const bool meant = alias && (alias_first || !scopes_.back().tables->Find({}, names[0]));
     return meant ? QuotedName(LowerText(names[0])) : ColumnMeaning(names);
   }
 
@@ -422,12 +430,13 @@ class TQueryReader {
     const std::size_t size = part.last - part.first;
     if (asked && size == 1) return items.push_back({"1", {}});
     if (!Resolves()) {
-      const std::string order = JoinList(scopes_.back()->Names(), " ");  // which joins that are turned round lose
+      const std::string order =
+          JoinList(scopes_.back().tables->Names(), " ");  // which joins that are turned round lose
       return items.push_back({ExpressionMeaning(tokens_, part, Names()) + " of " + order + " *", {}});
     }
     if (size != 1 && (size != 3 || !Token(part.first + 1).Is("."))) Unreadable(part.first);
     const std::string table = size == 1 ? std::string() : NameOf(Token(part.first));
-    for (const TNamedColumn& column : scopes_.back()->Star(table))
+    for (const TNamedColumn& column : scopes_.back().tables->Star(table))
       items.push_back({MeaningOf(column, scopes_.size() - 1), column.column.name});
   }
 
@@ -501,7 +510,7 @@ class TQueryReader {
   std::string Resolved(TTokenRange part, const TQueryNames& names, const std::vector<TItem>& items, bool aliases) {
     if (part.last == part.first + 1) {
       const TToken& token = Token(part.first);
-      if (!aliases && Resolves() && IsName(token)) aliases = !scopes_.back()->Find({}, NameOf(token));
+      if (!aliases && Resolves() && IsName(token)) aliases = !scopes_.back().tables->Find({}, NameOf(token));
       const auto place = token.kind == EToken::Number ? TryStrToInt(std::string(token.text)) : std::nullopt;
       const bool column = place && *place > 0 && static_cast<std::size_t>(*place) <= items.size();
       if (column) return items[static_cast<std::size_t>(*place) - 1].meaning;
@@ -621,7 +630,7 @@ class TQueryReader {
     const std::size_t first = at;
     while (at < last && !EndsCondition(at)) at = Token(at).Is("(") ? AfterGroup(tokens_, at) : at + 1;
     if (at > last) Unreadable(first);
-    scopes_.push_back(&tables);
+    scopes_.push_back({&tables});
     std::string condition = ExpressionMeaning(tokens_, {first, at}, Names(), EExpression::JoinCondition);
     scopes_.pop_back();
     return " on " + condition;
@@ -675,7 +684,7 @@ class TQueryReader {
       if (query == name) return named_queries_[i].columns;
       if (SameText(query, name)) RaiseUnknown(name);  // whether letter case counts hangs on the server
     }
-    return columns_of_(name);
+    return side_.columns_of(name);
   }
 
   std::string TableAlias(std::size_t& at, std::size_t last) const {
@@ -719,9 +728,13 @@ class TQueryReader {
   std::string_view text_;
   TTokens tokens_;
   std::vector<std::string> columns_;  // that the query under way gets from outside
-  const TColumnsOf& columns_of_;
-  std::vector<TItem> items_;                 // of the last "select"
-  std::vector<const TNamedTables*> scopes_;  // of the queries around, the innermost last
+  const TQuerySide& side_;
+  std::vector<TItem> items_;  // of the last "select"
+  struct TScope {
+    const TNamedTables* tables;
+    const std::vector<TItem>* items = nullptr;  // where their aliases may be named
+  };
+  std::vector<TScope> scopes_;  // of the queries around, the innermost last
   struct TNamedQuery {
     std::string name;
     TListedColumns columns;
@@ -743,17 +756,16 @@ std::string QueryMeaning(std::string_view query, const std::vector<std::string>&
   }
 }
 
-std::string ResolvedMeaning(std::string_view query, const std::vector<std::string>& columns,
-                            const TColumnsOf& columns_of) {
+std::string ResolvedMeaning(std::string_view query, const std::vector<std::string>& columns, const TQuerySide& side) {
   const std::vector<TToken> tokens = Tokens(query);
-  return TQueryReader(query, tokens, columns, columns_of).Read();
+  return TQueryReader(query, tokens, columns, side).Read();
 }
 
-std::vector<std::string> QueryColumns(std::string_view query, const TColumnsOf& columns_of) {
+std::vector<std::string> QueryColumns(std::string_view query, const TQuerySide& side) {
   const std::vector<TToken> tokens = Tokens(query);
   std::vector<std::string> names;
   try {
-    TQueryReader reader(query, tokens, {}, columns_of);
+    TQueryReader reader(query, tokens, {}, side);
     reader.Read();
     for (const TItem& item : reader.Columns()) names.push_back(item.alias);
   } catch (const EVelmora&) {

@@ -17,15 +17,17 @@ namespace velmora {
 // database is out of it already. Raises where the text cannot be taken apart.
 std::string QueryMeaning(std::string_view query, const std::vector<std::string>& columns = {});
 
-// The columns of a table or view of the own database.
-using TColumnsOf = std::function<TListedColumns(const std::string& table)>;
+// What the own database has.
+struct TQuerySide {
+  std::function<TListedColumns(const std::string& table)> columns_of{};  // of tables and views
+  std::function<bool(const std::string& name)> has_function{};           // a stored one, in lower case
+};
 
 // The same with every name led back to the table whose column it is, "*" to the columns, "using" and "natural" to what
 // they join by. Raises where any of it is not certain: then nobody may say that it is the same as another.
-std::string ResolvedMeaning(std::string_view query, const std::vector<std::string>& columns,
-                            const TColumnsOf& columns_of);
+std::string ResolvedMeaning(std::string_view query, const std::vector<std::string>& columns, const TQuerySide& side);
 
 // Names of the columns that it gives; none where they are not known.
-std::vector<std::string> QueryColumns(std::string_view query, const TColumnsOf& columns_of = {});
+std::vector<std::string> QueryColumns(std::string_view query, const TQuerySide& side = {});
 
 }  // namespace velmora

@@ -186,7 +186,9 @@ void TExactSync::Rename(TDBConn& target) {
 
 void TExactSync::CompareOthers(TDBConn& target) {
   TDatabaseObjects& theirs = renamed_objects_ ? *renamed_objects_ : read_.target_objects;
-  read_.wanted_objects.table_text = [this](const std::string& table) { return TextOf(read_.reference.texts, table); };
+  read_.wanted_objects.table_text = [this](const std::string& table) {
+    return TextOf(read_.objects_alone ? read_.target.texts : read_.reference.texts, table);
+  };
   theirs.table_text = [this](const std::string& table) { return TextOf(read_.target.texts, table); };
   objects_ = CompareObjects(read_.wanted_objects, theirs, Wishes.definers);
   TellAsRead();
@@ -424,7 +426,7 @@ std::vector<TObjectChange> TExactSync::ObjectChanges() const {
 // A script may drop what it has made.
 bool TExactSync::ReferenceIsEmpty() const {
   const auto& skipped = read_.skipped;
-  if (read_.reference_left_out) return false;
+  if (read_.reference_left_out || read_.objects_alone) return false;
   return read_.reference.texts.empty() && std::none_of(skipped.begin(), skipped.end(), [](const TSkippedTable& table) {
            return table.side == "reference";
          });

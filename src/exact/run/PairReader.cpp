@@ -39,6 +39,7 @@ constexpr char kIsVersioned[] = "it is system-versioned, and differs";
 constexpr char kMissing[] = "%s does not have: %s";
 constexpr char kBeside[] = "it refers to table %s, which is skipped";
 constexpr char kBelow[] = "table %s, which is skipped, refers to what changes of it";
+constexpr char kNoTablesCompared[] = "Tables are not compared: the reference has none, but views, triggers or routines";
 constexpr char kIsOther[] = "there is a %s of this name";
 
 // Tables whose texts are taken of one side before those of the other: its server answers meanwhile.
@@ -165,6 +166,7 @@ class TPairReader {
     TDatabaseObjects there = ListOthers(target_);
     AskWhatIsHidden(reference_, wanted, there);
     AskWhatIsHidden(target_, there, wanted);
+    LeaveTables(wanted);
     if (reference_.maker == nullptr) {
       pair_.wanted_objects = std::move(wanted);
       pair_.target_objects = std::move(there);
@@ -229,6 +231,15 @@ class TPairReader {
       if (reference_.maker != nullptr || !IsScriptedKind(object.kind))
         pair_.left_alone.push_back(Format(kLeftAlone, object.kind, object.name, side.name));
     return others;
+  }
+
+  // A script of views or routines says nothing of tables. The target's are read all the same: views name their columns.
+  void LeaveTables(const TDatabaseObjects& wanted) {
+    const bool any =
+        std::ranges::any_of(wanted.objects, [](const auto& object) { return IsScriptedKind(object.kind); });
+    pair_.objects_alone =
+        any && reference_.file != nullptr && !reference_.MayHideMore() && TablesOf(reference_).empty();
+    if (pair_.objects_alone) pair_.left_alone.emplace_back(kNoTablesCompared);
   }
 
   // Asked only where the other side has something more.
@@ -379,6 +390,7 @@ class TPairReader {
 
   // Once all is read that there is of a table.
   void Take(const std::string& table) {
+    if (pair_.objects_alone) return pair_.left_out.tables.push_back(table);
     TReading reading[] = {{reference_}, {target_}};
     for (TReading& of : reading) {
       const auto listed = of.side.listed.find(table);

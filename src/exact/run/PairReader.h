@@ -42,8 +42,9 @@ struct TReadPair {
   TStringList not_followed;            // statements of a script that may have made or changed tables unseen
   TStringList left_alone;              // a line for each object that is not handled
   bool reference_left_out = false;     // the selection leaves out tables that the reference has
-  TLeftOut left_out;                   // by the selection; of differences none yet
-  bool put_aside = false;              // an object is not among those below, as it stands where there is a table
+  bool objects_alone = false;  // a script has no tables, but objects: then those of the target are no difference
+  TLeftOut left_out;           // by the selection; of differences none yet
+  bool put_aside = false;      // an object is not among those below, as it stands where there is a table
   // Of what stands beside tables: none where a reference's texts are made, which says nothing of them.
   TDatabaseObjects wanted_objects;
   TDatabaseObjects target_objects;
