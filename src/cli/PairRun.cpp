@@ -69,7 +69,11 @@ std::optional<std::string> TPairRun::CompareAgain() {
 
 std::optional<std::string> TPairRun::VerifyOnServer(std::optional<int>& left) {
   return Reported([&] {
+    const std::size_t told_before = app_.Dialect().Findings().objects.size();
     WithScratch([&](const TScratchPorts& ports) { left = app_.Dialect().VerifyOnServer(ports); });
+    const std::vector<TObjectDifference> objects = app_.Dialect().Findings().objects;
+    for (std::size_t i = told_before; i < objects.size(); ++i)
+      console_.Warn(Format("%s %s: %s", objects[i].kind, objects[i].name, objects[i].difference));
     const std::string told =
         TellLeft("verified on the server", "not verified on the server", app_.Dialect().Findings(), *left);
     if (*left == 0)

@@ -150,11 +150,14 @@ bool TSyncCommand::Prepare(TPairRun& run, TConsole& console, int& status) {
   return !run.GenerateScript();
 }
 
-// What is unsafe is asked of the text that will run, wherever it comes from.
-bool TSyncCommand::MayRun(TPairRun& run, const std::string& script, TConsole& console) {
+// What is unsafe is asked of the text that will run, wherever it comes from. `script` loses what the server refuses.
+bool TSyncCommand::MayRun(TPairRun& run, std::string& script, TConsole& console) {
   TApplication& app = run.app();
-  const TScriptPlan plan{script, SideName(*app.connections.target), app.Dialect().Statements(script).statements.size(),
-                         app.Dialect().UnsafeStatements(script), script_.empty()};
+  const auto plan_of = [&](const std::string& text) {
+    return TScriptPlan{text, SideName(*app.connections.target), app.Dialect().Statements(text).statements.size(),
+                       app.Dialect().UnsafeStatements(text), script_.empty()};
+  };
+  TScriptPlan plan = plan_of(script);
   if (script_.empty() && no_row_checks_ && run.Exact().locks.fast_foreign_keys) RaiseError(kRowsToBeAsked);
   const TStringList above = app.Dialect().AboveAlgorithm(script);
   for (const std::string& line : above) console.Error(line);
@@ -162,7 +165,8 @@ bool TSyncCommand::MayRun(TPairRun& run, const std::string& script, TConsole& co
   if (!above.empty() || !UnsafeAllowed(plan, allow_unsafe_, console)) return false;
   if (script_.empty() && !no_row_checks_ && !RowsAllow(run, row_check_time_, console)) return false;
   std::optional<int> left;
-  if (pair_.verify_on_server && (run.VerifyOnServer(left) || *left > 0)) return false;
+  if (pair_.verify_on_server && (run.VerifyOnServer(left) || *left > 0 || run.GenerateScript())) return false;
+  if (pair_.verify_on_server) plan = plan_of(script = run.editor().Text());  // without what the server refuses
   if (yes_) return DatabaseConfirmed(run, console);
   ShowPlan(app, plan, console.err);
   if (console.Confirm("Run " + plan.Summary() + "?")) return DatabaseConfirmed(run, console);
@@ -219,7 +223,7 @@ int TSyncCommand::Execute(TConsole& console) {
     return status;
   }
   CheckCare(run_, run.app().Dialect().Traits());
-  const std::string script = run.editor().Text();
+  std::string script = run.editor().Text();
   if (!MayRun(run, script, console)) return kExitFailure;
   TakeCare(run, console);
   status = RunOn(run, script, console);

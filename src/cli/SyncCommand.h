@@ -28,7 +28,7 @@ class TSyncCommand final : public TCommand {
   bool Prepare(TPairRun& run, TConsole& console, int& status);
   void CheckDatabaseName(const TTaskMarks& marks, TDBConn& target, const TConsole& console) const;
   bool DatabaseConfirmed(TPairRun& run, TConsole& console) const;
-  bool MayRun(TPairRun& run, const std::string& script, TConsole& console);
+  bool MayRun(TPairRun& run, std::string& script, TConsole& console);
   void OpenFiles(TDBConn& target, TConsole& console);
   void OpenJournal(TDBConn& target, TConsole& console);
   void TakeCare(TPairRun& run, TConsole& console);

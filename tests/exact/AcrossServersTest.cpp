@@ -5,7 +5,10 @@
 #include "exact/compare/Dependence.h"
 #include "exact/compare/ServerLanguage.h"
 #include "exact/compare/Translation.h"
+#include "exact/objects/ObjectsAcross.h"
 #include "support/CaseFile.h"
+#include "support/FakeConn.h"
+#include "util/Text.h"
 
 namespace velmora::testing {
 namespace {
@@ -81,6 +84,61 @@ TEST(AcrossServers, TablesAreSkippedWithThoseOnWhichTheirChangesHang) {
   EXPECT_EQ(ChangesBelow(&there, &there, {unread}), "");
   const TTableText wanted = ReadTableText("create table t (a int, b bigint)");
   EXPECT_EQ(ChangesBelow(&wanted, &there, {unread}), "s") << "nobody knows which column it refers to";
+}
+
+// A server without collations of Unicode 9.0.
+class TOlderServer : public TFakeConn {
+ public:
+  TOlderServer() { GetConnectionObject().SetConnected(true); }
+  std::unique_ptr<TDataset> OpenQuery(const std::string& sql) override {
+    constexpr int kUnknownCollation = 1273;
+    if (sql.find("_0900_") != std::string::npos) throw EMySqlException(kUnknownCollation, "");
+    RaiseError("No answer");
+  }
+};
+
+// "MODE: text ;; text"
+TDatabaseObjects ObjectsOf(const std::string& database, const std::string& cell) {
+  TDatabaseObjects objects{database, {}};
+  TStringList texts;
+  SplitText(" ;; ", cell, texts);
+  for (std::string text : texts) {
+    TObjectContext context;
+    if (const std::size_t sign = text.find(": create"); sign != std::string::npos) {
+      context.sql_mode = text.substr(0, sign);
+      text.erase(0, sign + 2);
+    }
+    const std::string head = text.substr(0, text.find(" '"));
+    const std::vector<TToken> tokens = Tokens(head);
+    objects.objects.push_back({std::string(tokens[1].text), NameOf(tokens[2]), text, context});
+  }
+  return objects;
+}
+
+std::string ObjectsAcross(const TStringList& cells) {
+  const TServerTraits from = ReadServerTraits(cells[0]), to = ReadServerTraits(cells[1]);
+  const TServerPair servers{from, to, !SpeakAlike(from, to)};
+  TDatabaseObjects reference = ObjectsOf("r", cells[3]);
+  const TDatabaseObjects target = ObjectsOf("g", cells[4]);
+  if (servers.differ) TranslateObjects(servers, target, reference);
+  TObjectComparison found = CompareObjects(reference, target);
+  const std::vector<TTableNotMade> tables = {{"gone", "is skipped"}, {"old", "is skipped", true, {"fresh"}}};
+  TOlderServer server;
+  TKnownSets sets(server);
+  LeaveWhatCannotBe({servers, tables, sets}, reference, target, found);
+  TStringList told;
+  for (const TObjectDifference& object : found.differences)
+    told.push_back(object.kind + " " + object.name + " " + object.difference);
+  for (const TObjectChange& change : found.changes)
+    told.push_back(change.Object() + " " + (change.action == saCreateObject ? "new" : JoinList(change.elements, ", ")));
+  return told.empty() ? "same" : JoinList(told, "; ");
+}
+
+TEST(AcrossServers, ObjectsAreTranslatedOrLeftAlone) {
+  for (TStringList& cells : CaseRows("exact/objects_across.txt")) {
+    cells.resize(5);
+    EXPECT_EQ(ObjectsAcross(cells), cells[2]) << cells[0] << " | " << cells[1] << " | " << cells[3];
+  }
 }
 
 }  // namespace

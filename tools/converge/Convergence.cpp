@@ -115,6 +115,7 @@ class TRun {
   void CheckRows();
   void CheckTouched();
   void Verify();
+  void Settle();
   bool LacksKeys();
   void CompareUnderRules();
   void FindHistograms();
@@ -137,6 +138,7 @@ class TRun {
   TKeyRules rules_{seed_, reference_, target_};
   TObjectGenerator object_generator_{seed_, generator_};
   std::set<std::string> followed_by_nobody_;  // objects, as "view v"
+  std::set<std::string> left_alone_;          // others
   std::vector<THistogram> histograms_;        // of columns that no statement names
   TNoProgress progress_;
   TLineEditor editor_;
@@ -355,10 +357,15 @@ void TRun::CheckSkipped() {
   result_.skipped = skipped_.size();
 }
 
+// What is left alone before the run, which an object beside another server may be, stays so.
 void TRun::CheckLeftAlone() {
-  for (const TObjectDifference& object : Exact().Objects())
-    if (!followed_by_nobody_.contains(object.kind + " " + object.name))
-      Miss(Format("%s %s is left alone: %s", object.kind, object.name, object.difference));
+  for (const TObjectDifference& object : Exact().Objects()) {
+    const std::string name = object.kind + " " + object.name;
+    if (across_ && !statements_run_) left_alone_.insert(name);
+    if (!followed_by_nobody_.contains(name) && !left_alone_.contains(name))
+      Miss(Format("%s is left alone: %s", name, object.difference));
+  }
+  result_.left_alone = left_alone_.size();
 }
 
 // A trigger that nobody follows goes with its table, and is new then.
@@ -397,7 +404,13 @@ void TRun::CheckAfter(TSchema after) {
 
 void TRun::Verify() {
   try {
+    const std::size_t told = Exact().Objects().size();
     if (Exact().VerifyOnServer() != 0) Miss("the proof on the server finds differences");
+    for (std::size_t i = told; i < Exact().Objects().size(); ++i) {
+      const TObjectDifference& object = Exact().Objects()[i];
+      if (!across_) Miss(Format("%s %s: %s", object.kind, object.name, object.difference));
+      if (!statements_run_) result_.refused += Format("%s %s: %s\n", object.kind, object.name, object.difference);
+    }
   } catch (const EVelmora& error) {
     Miss(error.what());
   }
@@ -409,6 +422,14 @@ bool TRun::LacksKeys() {
   return std::ranges::any_of(findings, [](const TRowFinding& finding) {
     return finding.text.find("sql_require_primary_key") != std::string::npos;
   });
+}
+
+// What is left that the server refuses, or of which it makes what is there.
+void TRun::Settle() {
+  const std::size_t before = Exact().ObjectChanges().size();
+  const std::size_t told = Exact().Objects().size();
+  Verify();
+  result_.settled = before - Exact().ObjectChanges().size() - (Exact().Objects().size() - told);
 }
 
 // The server's rules about primary keys stay in force where the plan keeps them; otherwise it has to refuse the plan.
@@ -450,7 +471,9 @@ TConvergence TRun::Go() {
   if (Exact().DifferencesLeft() != 0) Miss("the proof finds differences left");
   constexpr std::uint64_t kVerifyOneOf = 8;  // it takes as long as all the rest
   TSchema proved = Proved();
-  if (seed_ % kVerifyOneOf == 0 && unreadable_ == 0) Verify();
+  const bool asks_server = across_ && wishes_.objects;  // what it refuses of them has to be left alone
+  if ((asks_server || seed_ % kVerifyOneOf == 0) && unreadable_ == 0) Verify();
+  CheckLeftAlone();
   const TStringList log = app_.Dialect().ActionLog();
   result_.statements = Exact().Plan().size();
   CheckTouched();
@@ -467,8 +490,9 @@ TConvergence TRun::Go() {
     app_.Compare();
     CheckSkipped();
     CheckLeftAlone();
+    if (asks_server && !NothingLeft()) Settle();
     const bool nothing_left = NothingLeft();
-    const bool all_followed = skipped_.empty() && followed_by_nobody_.empty();
+    const bool all_followed = skipped_.empty() && followed_by_nobody_.empty() && Exact().Objects().empty();
     if (all_followed ? !app_.Dialect().Identical() : !nothing_left)
       Miss("not identical afterwards:\n" + JoinList(app_.Dialect().ActionLog(), "\n"));
     for (const TPlanStatement& statement : Exact().Plan())

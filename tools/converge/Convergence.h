@@ -12,12 +12,15 @@ namespace velmora::testing {
 struct TConvergence {
   std::string fault;  // what did not hold, with what helps to see why; empty when all did
   std::size_t statements = 0;
-  std::size_t parts = 0;    // of the schemas that were made
-  std::size_t dropped = 0;  // of them, because the server refuses them
-  std::size_t rows = 0;     // that were there before, and were looked at afterwards
-  std::size_t tables = 0;   // of the reference
-  std::size_t skipped = 0;  // tables that were named and left alone
-  std::size_t objects = 0;  // of both sides
+  std::size_t parts = 0;       // of the schemas that were made
+  std::size_t dropped = 0;     // of them, because the server refuses them
+  std::size_t rows = 0;        // that were there before, and were looked at afterwards
+  std::size_t tables = 0;      // of the reference
+  std::size_t skipped = 0;     // tables that were named and left alone
+  std::size_t objects = 0;     // of both sides
+  std::size_t left_alone = 0;  // of them, likewise
+  std::size_t settled = 0;     // views that only the target's server tells to be the same
+  std::string refused;         // those that the target's server has refused, with its reason, a line each
 };
 
 struct TConvergenceWishes {
@@ -30,8 +33,9 @@ struct TConvergenceWishes {
 // difference and has every table as the server then has it; the databases are identical; nothing is left to do; only
 // tables that differ were touched; rows that were loaded before are as they were wherever no unsafe action stands.
 // Objects whose mode of making lets nobody follow their text are named and left alone.
-// The reference may stand on another server: then tables may be named and left alone for what the target's server does
-// not have, and nothing else. On one server a table is left alone that the server prints as nobody can read it.
+// The reference may stand on another server: then tables and objects may be named and left alone for what the target's
+// server does not have, or refuses, and nothing else. On one server a table is left alone that the server prints as
+// nobody can read it.
 TConvergence Converge(std::uint64_t seed, const TConvergenceWishes& wishes, TPrivateServer& reference,
                       TPrivateServer& target);
 

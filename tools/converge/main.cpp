@@ -25,6 +25,8 @@ struct TCounts {
   std::size_t tables = 0;
   std::size_t skipped = 0;
   std::size_t objects = 0;
+  std::size_t left_alone = 0;
+  std::size_t settled = 0;
 };
 
 struct TSettings {
@@ -74,6 +76,9 @@ void Run(unsigned long long seed, std::size_t tables, const TSettings& settings,
   counts.tables += result.tables;
   counts.skipped += result.skipped;
   counts.objects += result.objects;
+  counts.left_alone += result.left_alone;
+  counts.settled += result.settled;
+  if (!result.refused.empty()) std::printf("seed %llu, refused: %s", seed, result.refused.c_str());
   if (result.fault.empty()) return;
   ++counts.misses;
   const std::string server = velmora::testing::ChosenServer();
@@ -102,7 +107,10 @@ int main(int argc, char** argv) {
     for (unsigned long long i = 0; i < first_number; ++i) Run(second_number + i, 0, settings, counts);
   std::printf("%zu seeds, %zu missed, %zu statements, %zu rows; the server refused %zu of %zu parts\n", counts.seeds,
               counts.misses, counts.statements, counts.rows, counts.dropped, counts.parts);
-  if (counts.objects > 0) std::printf("%zu views, triggers, routines and events on both sides\n", counts.objects);
+  if (counts.objects > 0)
+    std::printf(
+        "%zu views, triggers, routines and events on both sides, %zu left alone, %zu the same by the server alone\n",
+        counts.objects, counts.left_alone, counts.settled);
   if (counts.skipped > 0) std::printf("%zu of %zu tables were named and left alone\n", counts.skipped, counts.tables);
   // Schemas that hardly differ would prove nothing.
   const bool differ = settings.large || counts.statements >= counts.seeds;

@@ -9,6 +9,7 @@
 #include "exact/compare/CanonicalForm.h"
 #include "exact/compare/ExpressionForm.h"
 #include "exact/compare/MySqlLimits.h"
+#include "exact/compare/ServerFunctions.h"
 #include "mysqltext/ColumnParts.h"
 #include "mysqltext/ColumnType.h"
 #include "mysqltext/ElementText.h"
@@ -130,16 +131,6 @@ constexpr std::array<TFeature, 14> kEngines = {{{"innodb"},
                                                 {"ndbcluster", 50100, kNever},
                                                 {"ndb", 50100, kNever}}};
 
-// Functions of expressions that came with a release of the same product.
-constexpr std::array<TFeature, 8> kFunctions = {{{"json_overlaps", 80017, 100900},
-                                                 {"json_schema_valid", 80017, 110100},
-                                                 {"json_normalize", kNever, 100700},
-                                                 {"natural_sort_key", kNever, 100700},
-                                                 {"sformat", kNever, 100700},
-                                                 {"random_bytes", 50617, 101000},
-                                                 {"json_value", 80021, 100203},
-                                                 {"string_to_vector", 90000, kNever}}};
-
 // --- Tables
 
 class TMissing {
@@ -189,8 +180,7 @@ class TMissing {
   void FindInColumn(const TElement& column) {
     const TColumnParts& parts = column.text.Column();
     const TTokens tokens = column.text.Tokens();
-    const TFeature* type = velmora::Find(kTypes, parts.type);
-    if (type != nullptr && !Has(server_, *type)) Add("type " + parts.type, "column", place_);
+    if (!HasType(server_, parts.type)) Add("type " + parts.type, "column", place_);
     if (parts.generated) Need(parts.not_null ? kGeneratedNotNull : kGenerated, "column");
     if (parts.invisible) {
       const bool filled = !parts.not_null || parts.default_value || parts.auto_increment || parts.generated;
@@ -296,8 +286,9 @@ class TMissing {
     for (std::size_t at = 0; at < tokens.size(); ++at) {
       if (tokens[at].kind != EToken::Word || !TokenAt(tokens, at + 1).Is("(")) continue;
       const std::string name = LowerText(tokens[at].text);
-      const TFeature* row = velmora::Find(kFunctions, name);
-      if (row == nullptr ? foreign_ && !IsSharedFunction(name) : foreign_ || !Has(server_, *row))
+      const EFunctionOn on = FunctionOn(server_, name);
+      if (on == EFunctionOn::Everywhere ? foreign_ && !IsSharedFunction(name)
+                                        : foreign_ || on == EFunctionOn::Elsewhere)
         Add(name + (foreign_ ? "() as both products have it" : "()"), kind, place_);
     }
   }
@@ -337,6 +328,11 @@ TServerTraits ReadServerTraits(const std::string& version) {
 
 std::string ServerName(const TServerTraits& server) {
   return Format("%s %d.%d", server.mysql ? "MySQL" : "MariaDB", server.version / 10000, server.version / 100 % 100);
+}
+
+bool HasType(const TServerTraits& server, std::string_view type) {
+  const TFeature* row = Find(kTypes, type);
+  return row == nullptr || Has(server, *row);
 }
 
 bool SpeakAlike(const TServerTraits& a, const TServerTraits& b) {

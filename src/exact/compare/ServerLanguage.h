@@ -4,6 +4,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "exact/compare/ServerForm.h"
@@ -17,6 +18,15 @@ TServerTraits ReadServerTraits(const std::string& version);
 std::string ServerName(const TServerTraits& server);  // "MariaDB 10.11"
 // Whether they have the same things and print them alike: servers of one product and release.
 bool SpeakAlike(const TServerTraits& a, const TServerTraits& b);
+
+// Both sides of a comparison.
+struct TServerPair {
+  TServerTraits reference{};
+  TServerTraits target{};
+  bool differ = false;  // they are known, and do not speak alike
+};
+
+bool HasType(const TServerTraits& server, std::string_view type);  // of a column, a parameter or a result
 
 // What of a table, in the words of `server`, this server does not have, each with its place: "type uuid (column c)".
 // `foreign` tells that the table comes from the other product; then its expressions have to be such that both products

@@ -109,7 +109,7 @@ std::string ResultMeaning(TTokens type, const TColumnParts& parts) {
   for (const TUsualSize& row : kUsualSizes)
     if (size.empty() && row.type == parts.type) size = row.size;
   if (parts.type == "decimal" && size.find(',') == std::string::npos) size += " , 0";
-  if (IsWholeType(parts.type) && !parts.zerofill) size.clear();
+  if ((IsWholeType(parts.type) && !parts.zerofill) || parts.type == "year") size.clear();
   std::string meaning = parts.type;
   if (!size.empty()) meaning += " ( " + size + " )";
   return meaning + (parts.is_unsigned ? " unsigned" : "") + (parts.zerofill ? " zerofill" : "");

@@ -13,6 +13,7 @@
 #include "core/Host.h"
 #include "exact/objects/Dependents.h"
 #include "exact/run/ObjectTarget.h"
+#include "exact/run/TablesNotMade.h"
 #include "sync/CaseTwins.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -190,11 +191,16 @@ void TExactSync::CompareOthers(TDBConn& target) {
     return TextOf(read_.objects_alone ? read_.target.texts : read_.reference.texts, table);
   };
   theirs.table_text = [this](const std::string& table) { return TextOf(read_.target.texts, table); };
+  if (!Collations.empty()) MapCollations(Collations, read_.wanted_objects);
+  if (read_.servers.differ) TranslateObjects(read_.servers, theirs, read_.wanted_objects);
   objects_ = CompareObjects(read_.wanted_objects, theirs, Wishes.definers);
   TellAsRead();
   server_ = PlanServerOf(target);
   SettleOnTarget(target, server_, read_.target.texts, objects_);
-  const TStringList named = NamesOfRenamed(renames_, TargetObjects(), objects_.changes);
+  TKnownSets sets(target);
+  sets.Believe(read_.target.texts);
+  LeaveWhatCannotBe({read_.servers, TablesNotMade(read_), sets}, read_.wanted_objects, theirs, objects_);
+  const TStringList named = NamesOfRenamed(renames_, theirs, objects_.changes);
   renames_told_.insert(renames_told_.end(), named.begin(), named.end());
 }
 

@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -112,8 +113,10 @@ class TExactSync {
   std::vector<TRowFinding> CheckRows(int seconds);
 
   // Does the proof for real: makes the target's structure in a scratch database of its server, runs the plan there,
-  // compares, and removes the database in every case. Gives the differences left. Raises beforehand where a table of
-  // the target could not be read.
+  // compares, and removes the database in every case. Gives the differences left. Views, triggers and routines that the
+  // server refuses are told in Objects from then on, and have no rows: the plan leaves them alone. So it does with
+  // views that it makes as the target has them, which are no changes any more. Raises where it refuses anything else,
+  // and beforehand where a table of the target could not be read.
   int VerifyOnServer(const TScratchPorts& ports = {});
 
  private:
@@ -137,6 +140,8 @@ class TExactSync {
                                      const std::vector<TObjectChange>& objects) const;
   TStringList ObjectsLeft(TStringList& faults) const;
   void LeaveOutTold(std::vector<TObjectChange>& changes) const;
+  void TakeAsEqual(const std::set<std::string>& objects);
+  void LeaveRefused(const std::map<std::string, std::string>& refused);
   bool MeetsZeroDates(const std::vector<TPlanStatement>& plan) const;
   TPlanServer PlanServerOf(TDBConn& target) const;
   // What a plan makes of the target's tables and objects; statements that cannot be followed are told in `faults`.

@@ -162,6 +162,7 @@ class TPairReader {
   void Read() {
     ReadFiles();
     AskLanguages();
+    pair_.servers = {reference_server_, server_, across_};
     TDatabaseObjects wanted = ListOthers(reference_);
     TDatabaseObjects there = ListOthers(target_);
     AskWhatIsHidden(reference_, wanted, there);

@@ -9,6 +9,7 @@
 
 #include "core/DBConn.h"
 #include "exact/compare/Collations.h"
+#include "exact/compare/ServerLanguage.h"
 #include "exact/objects/ObjectChanges.h"
 #include "exact/plan/Plan.h"
 #include "exact/run/Selection.h"
@@ -41,6 +42,7 @@ struct TReadPair {
   std::vector<TSkippedTable> skipped;  // in neither schema
   TStringList not_followed;            // statements of a script that may have made or changed tables unseen
   TStringList left_alone;              // a line for each object that is not handled
+  TServerPair servers;                 // of sides that are servers; they differ only where both are
   bool reference_left_out = false;     // the selection leaves out tables that the reference has
   bool objects_alone = false;  // a script has no tables, but objects: then those of the target are no difference
   TLeftOut left_out;           // by the selection; of differences none yet

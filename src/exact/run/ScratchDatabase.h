@@ -45,6 +45,7 @@ class TScratchDatabase {
   TStringList Tables();
   std::string CreationText(const std::string& table);
   TDatabaseObjects Objects();  // what stands beside the tables
+  const std::string& Name() const { return name_; }
   bool Connected() const { return conn_->GetConnected(); }
 
  private:

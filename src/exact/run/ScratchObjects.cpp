@@ -2,13 +2,16 @@
 
 #include <algorithm>
 
+#include "mysqltext/Lexer.h"
 #include "util/Errors.h"
+#include "util/Text.h"
 
 namespace velmora {
 
 namespace {
 
 constexpr char kEvent[] = "event";
+constexpr char kSession[] = "session";
 
 TDatabaseObjects WithoutEvents(TDatabaseObjects objects) {
   std::erase_if(objects.objects, [](const TOtherObject& object) { return object.kind == kEvent; });
@@ -21,25 +24,59 @@ TDatabaseObjects WithoutEvents(TDatabaseObjects objects) {
 void TScratchObjects::Copy(const TDatabaseObjects& target) {
   TObjectComparison copies = CompareObjects(WithoutEvents(target), {});
   for (const TObjectDifference& unread : copies.differences) missing_.insert(unread.kind + " " + unread.name);
-  for (const TPlanStatement& statement : MakeObjectPlan(copies.changes, server_).after) {
-    try {
-      scratch_.Run(statement.text);
-    } catch (const EMySqlException&) {
-      if (!scratch_.Connected()) throw;
-      missing_.insert(statement.object);
-    }
+  for (const TPlanStatement& statement : MakeObjectPlan(copies.changes, server_).after)
+    if (!RunIfTaken(statement.text)) missing_.insert(statement.object);
+}
+
+bool TScratchObjects::RunIfTaken(const std::string& statement) {
+  try {
+    scratch_.Run(statement);
+    return true;
+  } catch (const EMySqlException&) {
+    if (!scratch_.Connected()) throw;
+    return false;
   }
 }
 
+// Statements of the session are about all that follows.
+void TScratchObjects::Run(const TPlanStatement& statement) {
+  if (!Tries(statement)) return;
+  try {
+    scratch_.Run(statement.text);
+    if (statement.text.starts_with("create")) made_.insert(statement.object);
+    if (statement.text.starts_with("create or replace view")) held_.insert(statement.object);
+  } catch (const EMySqlException& error) {
+    if (!scratch_.Connected() || statement.object == kSession) throw;
+    Refuse(statement, error.what());
+  }
+}
+
+void TScratchObjects::Refuse(const TPlanStatement& statement, const std::string& error) {
+  refused_.emplace(statement.object, StrReplace(error, scratch_.Name() + ".", ""));
+  for (const std::string& text : statement.put_back) RunIfTaken(text);
+  if (held_.contains(statement.object))
+    RunIfTaken("drop view if exists " + QuotedName(statement.object.substr(std::string_view("view ").size())));
+}
+
 bool TScratchObjects::Tries(const TPlanStatement& statement) const {
-  if (statement.object.starts_with(kEvent)) return false;
+  if (statement.object.starts_with(kEvent) || refused_.contains(statement.object)) return false;
   return !statement.text.starts_with("drop") || !missing_.contains(statement.object);
+}
+
+std::set<std::string> TScratchObjects::AsBefore(const TDatabaseObjects& target) {
+  std::set<std::string> same = made_;
+  const TObjectComparison compared = CompareObjects(WithoutEvents(scratch_.Objects()), WithoutEvents(target));
+  for (const TObjectChange& change : compared.changes) same.erase(change.Object());
+  for (const TObjectDifference& object : compared.differences) same.erase(object.kind + " " + object.name);
+  return same;
 }
 
 std::vector<TObjectChange> TScratchObjects::Left(const TDatabaseObjects& wanted, const TDefinerWishes& wishes) {
   std::vector<TObjectChange> left =
       CompareObjects(WithoutEvents(wanted), WithoutEvents(scratch_.Objects()), wishes).changes;
-  std::erase_if(left, [this](const TObjectChange& change) { return missing_.contains(change.Object()); });
+  std::erase_if(left, [this](const TObjectChange& change) {
+    return missing_.contains(change.Object()) || refused_.contains(change.Object());
+  });
   return left;
 }
 

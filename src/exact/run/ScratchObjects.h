@@ -3,6 +3,7 @@
 // Views, triggers and routines in a scratch database: copies of the target's, and what the plan makes of them. Events
 // are left out: they would run there.
 
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -20,15 +21,27 @@ class TScratchObjects {
   // Copies of the target's, whose tables are there. One that the server refuses to make again, such as a view whose
   // table is gone, is left out.
   void Copy(const TDatabaseObjects& target);
-  // Whether a statement of the plan can be tried.
-  bool Tries(const TPlanStatement& statement) const;
-  // After the plan: what differs from `wanted` still.
+  // Runs a statement of the plan that is about one, if it can be tried. Where the server refuses it, what was there is
+  // put back, and the other statements about the object are passed over.
+  void Run(const TPlanStatement& statement);
+  // What was refused, "view v", with the server's error.
+  const std::map<std::string, std::string>& Refused() const { return refused_; }
+  // What the plan has made there, "view v", and the server prints as `target` has it.
+  std::set<std::string> AsBefore(const TDatabaseObjects& target);
+  // After the plan: what differs from `wanted` still, but for what was refused.
   std::vector<TObjectChange> Left(const TDatabaseObjects& wanted, const TDefinerWishes& wishes);
 
  private:
+  bool Tries(const TPlanStatement& statement) const;
+  void Refuse(const TPlanStatement& statement, const std::string& error);
+  bool RunIfTaken(const std::string& statement);
+
   TScratchDatabase& scratch_;
   const TPlanServer& server_;
   std::set<std::string> missing_;  // "view v"
+  std::set<std::string> held_;     // views that stand for themselves until their turn comes
+  std::set<std::string> made_;     // by statements of the plan
+  std::map<std::string, std::string> refused_;
 };
 
 }  // namespace velmora

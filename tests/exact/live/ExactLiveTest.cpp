@@ -776,6 +776,25 @@ TEST_F(ExactLiveTest, TheScratchDatabaseIsRemovedWhateverHappens) {
   EXPECT_EQ(Ask("select count(*) from information_schema.columns where table_schema = 'exact_target'"), "3");
 }
 
+// A view over a table that is gone is printed, and refused elsewhere; so are those over it, while all else is made.
+TEST_F(ExactLiveTest, WhatTheServerRefusesOfObjectsIsLeftAlone) {
+  RunAll(reference_, {"create table t (a int)", "create table u (a int)", "create view v as select a from u",
+                      "create view w as select a from t where exists (select 1 from v)", "drop table u",
+                      "create trigger g before insert on t for each row set new.a = 2"});
+  RunAll(target_, {"create table t (a int)", "create trigger g before insert on t for each row set new.a = 1"});
+  Open();
+  app_.Compare();
+  EXPECT_EQ(Exact().VerifyOnServer(), 0);
+  TStringList told;
+  for (const TObjectDifference& object : Exact().Objects()) told.push_back(object.name + " " + object.difference);
+  EXPECT_THAT(told, ElementsAre(StartsWith("v left alone: the target's server refuses it: "),
+                                StartsWith("w left alone: the target's server refuses it: ")));
+  app_.RunScript(Script());
+  target_.Run("insert into t values (0)");
+  EXPECT_EQ(Ask("select a from t"), "2");
+  EXPECT_EQ(Ask("select count(*) from information_schema.views where table_schema = 'exact_target'"), "0");
+}
+
 // The copy would lack what the script meets on the target.
 TEST_F(ExactLiveTest, ATableThatCannotBeReadMakesNoProof) {
   for (TLiveDatabase* database : {&reference_, &target_}) {

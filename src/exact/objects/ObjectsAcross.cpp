@@ -1,0 +1,334 @@
+#include "exact/objects/ObjectsAcross.h"
+
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+#include <map>
+#include <optional>
+#include <utility>
+
+#include "exact/compare/ServerFunctions.h"
+#include "exact/objects/ObjectContext.h"
+#include "mysqltext/KeyText.h"
+#include "util/Errors.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kLeftAlone[] = "left alone: %s";
+constexpr char kMissing[] = "%s does not have: %s";
+constexpr char kNoTable[] = "it names table %s, which %s";
+constexpr char kNoElement[] = "it names table %s, which %s, and %s, which the target's table does not have";
+constexpr char kNoObject[] = "it names %s %s, which is left alone";
+constexpr std::string_view kView = "view";
+constexpr std::string_view kJsonInMariaDb = "longtext CHARSET utf8mb4 COLLATE utf8mb4_bin";
+
+// --- Words that not every server has
+//
+// MySQL 8.4 Reference Manual, 15.2.15.9 Lateral Derived Tables, 14.17.3 Functions That Search JSON Values, 14.10 Cast
+// Functions and Operators, 14.20 Window Functions; MariaDB Documentation, "System-Versioned Tables", "Sequences".
+struct TPhrase {
+  std::string_view name;
+  std::initializer_list<std::string_view> words;
+  int mysql;    // the first version that has it; 0 for none
+  int mariadb;  // likewise
+};
+const std::array<TPhrase, 10> kPhrases = {{{"lateral", {"lateral", "("}, 80014, 0},
+                                           {"member of", {"member", "of"}, 80017, 0},
+                                           {"casts to json", {"as", "json", ")"}, 50708, 0},
+                                           {"the operator ->", {"->"}, 50709, 0},
+                                           {"the operator ->>", {"->>"}, 50713, 0},
+                                           {"window functions", {"over", "("}, 80002, 100200},
+                                           {"for system_time", {"for", "system_time"}, 0, 100304},
+                                           {"next value for", {"next", "value", "for"}, 0, 100300},
+                                           {"previous value for", {"previous", "value", "for"}, 0, 100300},
+                                           {"%rowtype", {"%", "rowtype"}, 0, 100300}}};
+
+bool Lacks(const TServerTraits& server, const TPhrase& phrase) {
+  const int since = server.mysql ? phrase.mysql : phrase.mariadb;
+  return since == 0 || (server.version != 0 && server.version < since);
+}
+
+bool StandsAt(TTokens tokens, std::size_t at, const TPhrase& phrase) {
+  return std::ranges::all_of(phrase.words, [&](std::string_view word) { return TokenAt(tokens, at++).Is(word); });
+}
+
+std::vector<TToken> TokensIn(std::string_view text, const TOtherObject& object) {
+  return TokensByMode(text, QuotesNames(object.context.sql_mode.value_or("")));
+}
+
+// --- What an object names
+
+class TNamed {
+ public:
+  TNamed(const TObjectChange& change, const std::string& database) : database_(database) {
+    const std::vector<TToken> tokens = TokensIn(change.new_text->body, change.new_object);
+    if (!change.new_text->table.empty()) tables.insert(LowerText(change.new_text->table));
+    for (std::size_t at = 0; at + 1 < tokens.size(); ++at)
+      if (IsName(tokens[at])) Take(tokens, at, change.kind == kView);
+  }
+
+  std::set<std::string> tables;  // or views, in lower case, as all of these
+  std::set<std::string> calls;
+  std::set<std::string> names;  // of whatever it is
+
+ private:
+  void Take(TTokens tokens, std::size_t at, bool view) {
+    const std::string name = LowerText(NameOf(tokens[at]));
+    names.insert(name);
+    const bool qualified = at >= 2 && tokens[at - 1].Is(".");
+    if (qualified && !(IsName(tokens[at - 2]) && NameOf(tokens[at - 2]) == database_)) return;
+    const std::size_t before = at - (qualified ? 2 : 0);  // behind what it is told by
+    const TToken& next = tokens[at + 1];
+    const bool called = before > 0 && tokens[before - 1].Is("call");
+    if (next.Is("(") || called) calls.insert(name);
+    if (!next.Is(".") && before > 0 && !called && BringsTable(tokens[before - 1], view)) tables.insert(name);
+  }
+
+  // In queries as servers print them columns are told with their tables.
+  static bool BringsTable(const TToken& before, bool view) {
+    const bool query = before.Is("from") || before.Is("join") || before.Is("straight_join");
+    if (view) return query || before.Is(",") || before.Is("(");
+    return query || before.Is("into") || before.Is("update") || before.Is("table");
+  }
+
+  const std::string& database_;
+};
+
+// --- Translation
+
+struct TReplacement {
+  std::size_t start;
+  std::size_t end;
+  std::string text;
+};
+
+std::string Replaced(std::string text, std::vector<TReplacement> parts) {
+  std::ranges::sort(parts, std::greater(), &TReplacement::start);
+  for (const TReplacement& part : parts) text.replace(part.start, part.end - part.start, part.text);
+  return text;
+}
+
+// "regexp_like(a,b)", as MySQL prints the operator, becomes "(a regexp b)".
+void SpellRegexp(std::string& text) {
+  std::vector<TReplacement> parts;
+  const std::vector<TToken> tokens = Tokens(text);
+  for (std::size_t at = 0; at + 1 < tokens.size(); ++at) {
+    const bool call = tokens[at].kind == EToken::Word && tokens[at].Is("regexp_like") && tokens[at + 1].Is("(");
+    if (!call || (at > 0 && tokens[at - 1].Is("."))) continue;
+    const std::vector<TTokenRange> operands = ListParts(tokens, at + 1);
+    if (operands.size() != 2) continue;
+    const TToken& comma = tokens[operands[0].last];
+    parts.push_back({tokens[at].start, tokens[at].End(), ""});
+    parts.push_back({comma.start, comma.End(), " regexp "});
+  }
+  text = Replaced(std::move(text), std::move(parts));
+}
+
+// MySQL has no cache of queries any more, and forgets what is said of it.
+void DropCacheWords(std::string& text) {
+  std::vector<TReplacement> parts;
+  for (const TToken& token : Tokens(text))
+    if (token.kind == EToken::Word && (token.Is("sql_no_cache") || token.Is("sql_cache")))
+      parts.push_back({token.start, token.End() + 1, ""});
+  text = Replaced(std::move(text), std::move(parts));
+}
+
+// Of a function's text: where its result's type stands; nothing where it has none.
+std::optional<TReplacement> ResultPlace(const std::string& text) {
+  const std::vector<TToken> tokens = Tokens(text);
+  const std::size_t open = NextBracket(tokens, 0);
+  const std::size_t at = AfterGroup(tokens, open);
+  if (!TokenAt(tokens, at).Is("returns")) return std::nullopt;
+  const TToken& type = TokenAt(tokens, at + 1);
+  if (type.Is("json")) return TReplacement{type.start, type.End(), "json"};
+  const bool longtext = SameText(text.substr(type.start, kJsonInMariaDb.size()), kJsonInMariaDb);
+  if (longtext) return TReplacement{type.start, type.start + kJsonInMariaDb.size(), std::string(kJsonInMariaDb)};
+  return std::nullopt;
+}
+
+// MariaDB has no JSON of its own: a result of this type is a text there.
+void SpellResult(const TServerPair& servers, const TOtherObject* there, std::string& text) {
+  std::optional<TReplacement> place = ResultPlace(text);
+  if (!place) return;
+  const bool json = place->text == "json";
+  const auto theirs = there == nullptr ? std::nullopt : ResultPlace(there->text);
+  if (json && !servers.target.mysql) place->text = kJsonInMariaDb;
+  if (!json && servers.target.mysql && theirs && theirs->text == "json") place->text = "json";
+  text = Replaced(std::move(text), {*place});
+}
+
+const TOtherObject* FindObject(const TDatabaseObjects& objects, const TOtherObject& like) {
+  const auto found = std::ranges::find_if(objects.objects, [&](const TOtherObject& object) {
+    return ObjectKey(object.kind, object.name) == ObjectKey(like.kind, like.name);
+  });
+  return found == objects.objects.end() ? nullptr : &*found;
+}
+
+void TranslateView(const TServerTraits& to, std::string& text) {
+  constexpr int kFirstWithoutCache = 80003;
+  if (!to.mysql) return SpellRegexp(text);
+  if (to.version == 0 || to.version >= kFirstWithoutCache) DropCacheWords(text);
+}
+
+void Translate(const TServerPair& servers, const TOtherObject* there, TOtherObject& object) {
+  const TPlanServer server{.mysql = servers.target.mysql, .mariadb = !servers.target.mysql};
+  std::optional<std::string>& mode = object.context.sql_mode;
+  if (mode && MissingMode(*mode, server).empty()) mode = ModesFor(*mode, server);
+  if (servers.reference.mysql == servers.target.mysql) return;
+  try {
+    if (object.kind == kView) TranslateView(servers.target, object.text);
+    if (object.kind == "function") SpellResult(servers, there, object.text);
+  } catch (const EVelmora&) {  // what cannot be read is told as such
+  }
+}
+
+// --- What is left alone
+
+class TLeaving {
+ public:
+  TLeaving(const TObjectObstacles& obstacles, const TDatabaseObjects& reference, const TDatabaseObjects& target,
+           TObjectComparison& objects)
+      : obstacles_(obstacles), reference_(reference), objects_(objects) {
+    for (const TOtherObject& object : reference.objects)
+      if (object.kind == "function") own_functions_.insert(LowerText(object.name));
+    for (const TObjectDifference& told : objects.differences) {
+      const TOtherObject sought{told.kind, told.name};
+      if (FindObject(reference, sought) != nullptr && FindObject(target, sought) == nullptr) Remember(told);
+    }
+    for (const TTableNotMade& table : obstacles.tables) tables_.emplace(LowerText(table.name), &table);
+  }
+
+  void Leave() {
+    LeaveWhere([this](const TObjectChange& change) { return MissingIn(change); });
+    LeaveWhere([this](const TObjectChange& change) { return TableMissingTo(change); });
+    while (LeaveWhere([this](const TObjectChange& change) { return ObjectMissingTo(change); })) {
+    }
+  }
+
+ private:
+  // Whether there was a reason for any.
+  template <class Reason>
+  bool LeaveWhere(Reason reason) {
+    const auto left = std::erase_if(objects_.changes, [&](const TObjectChange& change) {
+      const std::string why = change.action == saDropObject ? std::string() : reason(change);
+      if (why.empty()) return false;
+      objects_.differences.push_back({change.kind, change.name, Format(kLeftAlone, why)});
+      Remember(objects_.differences.back());
+      return true;
+    });
+    return left > 0;
+  }
+
+  void Remember(const TObjectDifference& told) {
+    const bool called = told.kind == "function" || told.kind == "procedure";
+    if (called || told.kind == kView) (called ? calls_ : views_).emplace(LowerText(told.name), told);
+  }
+
+  // Words of the reference's server that the target's does not have.
+  std::string MissingIn(const TObjectChange& change) const {
+    if (!obstacles_.servers.differ) return {};
+    const TServerTraits& server = obstacles_.servers.target;
+    TStringList missing;
+    const auto add = [&missing](std::string what) {
+      if (IndexOf(missing, what) == kNotInList) missing.push_back(std::move(what));
+    };
+    const std::vector<TToken> tokens = TokensIn(change.new_text->body, change.new_object);
+    for (std::size_t at = 0; at + 1 < tokens.size(); ++at) {
+      if (IsOwnCall(tokens, at) && FunctionOn(server, tokens[at].text) == EFunctionOn::Elsewhere)
+        add(LowerText(tokens[at].text) + "()");
+      for (const TPhrase& phrase : kPhrases)
+        if (Lacks(server, phrase) && StandsAt(tokens, at, phrase)) add(std::string(phrase.name));
+    }
+    for (std::string& type : MissingTypes(change)) add(std::move(type));
+    std::string sets = obstacles_.sets.UnknownIn(change.new_object.text);
+    if (missing.empty()) return sets;
+    return Format(kMissing, ServerName(server), JoinList(missing, ", ")) + (sets.empty() ? "" : "; ") + sets;
+  }
+
+  // A call of what the server brings along, and not of a function of the reference's.
+  bool IsOwnCall(TTokens tokens, std::size_t at) const {
+    const bool call = tokens[at].kind == EToken::Word && tokens[at + 1].Is("(") && !(at > 0 && tokens[at - 1].Is("."));
+    return call && !own_functions_.contains(LowerText(tokens[at].text));
+  }
+
+  // Of parameters and results.
+  TStringList MissingTypes(const TObjectChange& change) const {
+    TStringList missing;
+    if (change.kind != "function" && change.kind != "procedure") return missing;
+    const std::vector<TToken> tokens = TokensIn(change.new_text->header, change.new_object);
+    const auto ask = [&](const TToken& type) {
+      const bool lacks = type.kind == EToken::Word && !HasType(obstacles_.servers.target, type.text);
+      if (lacks) missing.push_back("type " + LowerText(type.text));
+    };
+    const std::size_t open = NextBracket(tokens, 0);
+    for (const TTokenRange part : ListParts(tokens, open)) {
+      const bool directed =
+          tokens[part.first].Is("in") || tokens[part.first].Is("out") || tokens[part.first].Is("inout");
+      const std::size_t type = part.first + (directed ? 2 : 1);
+      if (type < part.last) ask(tokens[type]);
+    }
+    const std::size_t result = AfterGroup(tokens, open);
+    if (TokenAt(tokens, result).Is("returns")) ask(TokenAt(tokens, result + 1));
+    return missing;
+  }
+
+  std::string TableMissingTo(const TObjectChange& change) const {
+    if (tables_.empty()) return {};
+    const TNamed named(change, reference_.database);
+    for (const std::string& name : named.tables) {
+      const auto found = tables_.find(name);
+      if (found == tables_.end()) continue;
+      const TTableNotMade& table = *found->second;
+      if (!table.there) return Format(kNoTable, table.name, table.why);
+      for (const std::string& element : table.lacks)
+        if (named.names.contains(element)) return Format(kNoElement, table.name, table.why, element);
+    }
+    return {};
+  }
+
+  std::string ObjectMissingTo(const TObjectChange& change) const {
+    if (views_.empty() && calls_.empty()) return {};
+    const TNamed named(change, reference_.database);
+    for (const auto& [names, left] : {std::pair(&named.tables, &views_), {&named.calls, &calls_}})
+      for (const std::string& name : *names)
+        if (const auto found = left->find(name); found != left->end())
+          return Format(kNoObject, found->second.kind, found->second.name);
+    return {};
+  }
+
+  const TObjectObstacles& obstacles_;
+  const TDatabaseObjects& reference_;
+  TObjectComparison& objects_;
+  std::set<std::string> own_functions_;
+  std::map<std::string, const TTableNotMade*> tables_;  // by name in lower case, as all of these
+  std::map<std::string, TObjectDifference> views_;      // that are left alone
+  std::map<std::string, TObjectDifference> calls_;      // functions and procedures likewise
+};
+
+}  // namespace
+
+void TranslateObjects(const TServerPair& servers, const TDatabaseObjects& target, TDatabaseObjects& reference) {
+  for (TOtherObject& object : reference.objects) Translate(servers, FindObject(target, object), object);
+}
+
+void MapCollations(const TCollationMap& map, TDatabaseObjects& reference) {
+  for (TOtherObject& object : reference.objects) {
+    const auto found = map.find(object.context.collation);
+    if (found != map.end()) object.context.collation = found->second;
+    try {
+      MapCollations(map, object.text);
+    } catch (const EVelmora&) {  // what cannot be read is told as such
+    }
+  }
+}
+
+void LeaveWhatCannotBe(const TObjectObstacles& obstacles, const TDatabaseObjects& reference,
+                       const TDatabaseObjects& target, TObjectComparison& objects) {
+  TLeaving(obstacles, reference, target, objects).Leave();
+}
+
+}  // namespace velmora
