@@ -391,7 +391,10 @@ class TPairReader {
 
   // Once all is read that there is of a table.
   void Take(const std::string& table) {
-    if (pair_.objects_alone) return pair_.left_out.tables.push_back(table);
+    if (pair_.objects_alone) {  // which the target has, as the reference has none
+      pair_.left_out.tables.push_back(table);
+      return pair_.left_out.target.push_back(table);
+    }
     TReading reading[] = {{reference_}, {target_}};
     for (TReading& of : reading) {
       const auto listed = of.side.listed.find(table);
