@@ -43,6 +43,7 @@ void TScratchObjects::Run(const TPlanStatement& statement) {
   if (!Tries(statement)) return;
   try {
     scratch_.Run(statement.text);
+    if (statement.object == kSession) Remember(statement.text);
     if (statement.text.starts_with("create")) made_.insert(statement.object);
     if (statement.text.starts_with("create or replace view")) held_.insert(statement.object);
   } catch (const EMySqlException& error) {
@@ -51,11 +52,20 @@ void TScratchObjects::Run(const TPlanStatement& statement) {
   }
 }
 
+// "set sql_mode = ..."
+void TScratchObjects::Remember(const std::string& setting) {
+  settings_[setting.substr(0, setting.find('='))] = setting;
+}
+
+// What the next objects are made under is as the plan has set it.
 void TScratchObjects::Refuse(const TPlanStatement& statement, const std::string& error) {
   refused_.emplace(statement.object, StrReplace(error, scratch_.Name() + ".", ""));
   for (const std::string& text : statement.put_back) RunIfTaken(text);
   if (held_.contains(statement.object))
     RunIfTaken("drop view if exists " + QuotedName(statement.object.substr(std::string_view("view ").size())));
+  scratch_.Run("unlock tables");
+  for (const auto& [name, setting] : settings_)
+    if (!name.starts_with("set @")) scratch_.Run(setting);
 }
 
 bool TScratchObjects::Tries(const TPlanStatement& statement) const {

@@ -34,13 +34,15 @@ class TScratchObjects {
  private:
   bool Tries(const TPlanStatement& statement) const;
   void Refuse(const TPlanStatement& statement, const std::string& error);
+  void Remember(const std::string& setting);
   bool RunIfTaken(const std::string& statement);
 
   TScratchDatabase& scratch_;
   const TPlanServer& server_;
-  std::set<std::string> missing_;  // "view v"
-  std::set<std::string> held_;     // views that stand for themselves until their turn comes
-  std::set<std::string> made_;     // by statements of the plan
+  std::set<std::string> missing_;                // "view v"
+  std::set<std::string> held_;                   // views that stand for themselves until their turn comes
+  std::map<std::string, std::string> settings_;  // of the session, the last of each
+  std::set<std::string> made_;                   // by statements of the plan
   std::map<std::string, std::string> refused_;
 };
 
