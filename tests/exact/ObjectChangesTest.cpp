@@ -46,7 +46,7 @@ TEST(ObjectChangesTest, NamesInQueries) {
     TDatabaseObjects sides[2];
     for (std::size_t i = 0; i < 2; ++i) {
       sides[i] = {"", others, {}, text_of};
-      sides[i].objects.push_back({"view", "o", "create view o as " + row[i]});
+      sides[i].objects.push_back({"view", "o", "create view o " + (row[i].starts_with('(') ? row[i] : "as " + row[i])});
     }
     const std::vector<TObjectChange> changes = CompareObjects(sides[0], sides[1]).changes;
     EXPECT_EQ(changes.empty() ? "same" : JoinList(changes[0].elements, ", "), row.at(2));

@@ -26,7 +26,8 @@ constexpr std::string_view kNatural = "natural ";
 
 struct TItem {
   std::string meaning;
-  std::string alias;  // empty for "*"
+  std::string alias;  // by which the query itself knows it; empty for "*"
+  std::string name;   // of the column that it becomes: the alias, unless there is a list of names
 };
 
 // What a "select" consists of, each with its end: its words are left out.
@@ -139,8 +140,8 @@ class TQueryReader {
   // Of the query that was read last.
   TListedColumns ColumnsRead() const {
     std::vector<TListedColumn> columns;
-    for (const TItem& item : items_) columns.push_back({item.alias});
-    const bool known = std::ranges::all_of(items_, [](const TItem& item) { return !item.alias.empty(); });
+    for (const TItem& item : items_) columns.push_back({item.name});
+    const bool known = std::ranges::all_of(items_, [](const TItem& item) { return !item.name.empty(); });
     return known ? TListedColumns(columns) : std::nullopt;
   }
 
@@ -216,7 +217,8 @@ class TQueryReader {
   // What orders and limits a whole, whose columns alone it can name: from the places of these words on.
   std::string Ending(std::size_t order, std::size_t limit, std::size_t end) {
     std::vector<TItem> items = items_;
-    for (TItem& item : items) item.meaning = QuotedName(LowerText(item.alias));
+    if (order < std::min(limit, end)) AskForNames(items, order);
+    for (TItem& item : items) item.meaning = QuotedName(LowerText(item.name));
     std::string meaning;
     if (order < std::min(limit, end)) meaning += " order " + Order({order + 2, limit}, Names(), items);
     if (limit < end) meaning += Limit({limit + 1, end});
@@ -288,13 +290,20 @@ class TQueryReader {
     std::vector<TItem> items = Items({range.first, clauses.items.last}, names, closed && first, asked);
     if (first && !columns_.empty()) NameItems(items);
     for (const TItem& item : items)
-      meaning += " " + item.meaning + (closed && first ? " as " + QuotedName(item.alias) : "") + ",";
+      meaning += " " + item.meaning + (closed && first ? " as " + QuotedName(item.name) : "") + ",";
+    if (!Empty(clauses.having) || !Empty(clauses.order) || !Empty(clauses.group)) AskForNames(items, range.first);
     if (!from.empty()) meaning += " from " + from;
     meaning += Rest(clauses, names, items);
     items_ = std::move(items);
     scopes_.pop_back();
     asked_for_rows_ = asked;
     return meaning;
+  }
+
+  // Where names stay as they are, they may be those that a list has replaced.
+  void AskForNames(const std::vector<TItem>& items, std::size_t at) const {
+    const auto replaced = [](const TItem& item) { return item.alias != item.name; };
+    if (!Resolves() && std::ranges::any_of(items, replaced)) Unreadable(at);
   }
 
   // What stands after the tables.
@@ -386,9 +395,10 @@ class TQueryReader {
   // A "having" looks for an alias first, an expression of an order for a column.
   std::string AliasOrColumn(const std::vector<std::string>& names, const std::vector<TItem>& items,
                             bool alias_first) const {
-    const bool alias = names.size() == 1 && HasAlias(&items, names[0]);
-    const bool meant = alias && (alias_first || !scopes_.back().tables->Find({}, names[0]));
-    return meant ? QuotedName(LowerText(names[0])) : ColumnMeaning(names);
+    const auto item = std::ranges::find_if(
+        items, [&](const TItem& one) { return names.size() == 1 && SameText(one.alias, names[0]); });
+    const bool meant = item != items.end() && (alias_first || !scopes_.back().tables->Find({}, names[0]));
+    return meant ? QuotedName(LowerText(item->name)) : ColumnMeaning(names);
   }
 
   // "distinct", "straight_join", ..., which are taken off the items.
@@ -420,7 +430,7 @@ class TQueryReader {
       std::string alias = TakeAlias(part);
       if (alias.empty() && named) alias = OwnAlias(part, items.size() + 1);
       if (alias.empty() && named && Resolves()) Unreadable(part.first);
-      items.push_back({ExpressionMeaning(tokens_, part, names), std::move(alias)});
+      items.push_back({ExpressionMeaning(tokens_, part, names), alias, alias});
     }
     return items;
   }
@@ -428,16 +438,16 @@ class TQueryReader {
   // "*", "t.*"
   void AddStar(TTokenRange part, bool asked, std::vector<TItem>& items) {
     const std::size_t size = part.last - part.first;
-    if (asked && size == 1) return items.push_back({"1", {}});
+    if (asked && size == 1) return items.push_back({"1", {}, {}});
     if (!Resolves()) {
       const std::string order =
           JoinList(scopes_.back().tables->Names(), " ");  // which joins that are turned round lose
-      return items.push_back({ExpressionMeaning(tokens_, part, Names()) + " of " + order + " *", {}});
+      return items.push_back({ExpressionMeaning(tokens_, part, Names()) + " of " + order + " *", {}, {}});
     }
     if (size != 1 && (size != 3 || !Token(part.first + 1).Is("."))) Unreadable(part.first);
     const std::string table = size == 1 ? std::string() : NameOf(Token(part.first));
     for (const TNamedColumn& column : scopes_.back().tables->Star(table))
-      items.push_back({MeaningOf(column, scopes_.size() - 1), column.column.name});
+      items.push_back({MeaningOf(column, scopes_.size() - 1), column.column.name, column.column.name});
   }
 
   // Taken off the range; empty for none.
@@ -501,7 +511,7 @@ class TQueryReader {
   void NameItems(std::vector<TItem>& items) const {
     const bool stars = std::ranges::any_of(items, [](const TItem& item) { return item.meaning.ends_with('*'); });
     if (stars || items.size() != columns_.size()) Unreadable(0);
-    for (std::size_t i = 0; i < items.size(); ++i) items[i].alias = columns_[i];
+    for (std::size_t i = 0; i < items.size(); ++i) items[i].name = columns_[i];
   }
 
   // --- Order
@@ -767,7 +777,7 @@ std::vector<std::string> QueryColumns(std::string_view query, const TQuerySide& 
   try {
     TQueryReader reader(query, tokens, {}, side);
     reader.Read();
-    for (const TItem& item : reader.Columns()) names.push_back(item.alias);
+    for (const TItem& item : reader.Columns()) names.push_back(item.name);
   } catch (const EVelmora&) {
     names.clear();
   }
