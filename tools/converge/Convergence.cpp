@@ -362,6 +362,10 @@ void TRun::CheckLeftAlone() {
   for (const TObjectDifference& object : Exact().Objects()) {
     const std::string name = object.kind + " " + object.name;
     if (across_ && !statements_run_) left_alone_.insert(name);
+    const bool beside = std::ranges::any_of(followed_by_nobody_, [&](const std::string& other) {
+      return object.difference.ends_with(Format("it names %s, which is left alone", other));
+    });
+    if (beside) left_alone_.insert(name);
     if (!followed_by_nobody_.contains(name) && !left_alone_.contains(name))
       Miss(Format("%s is left alone: %s", name, object.difference));
   }

@@ -72,7 +72,8 @@ class TNamed {
   }
 
   std::set<std::string> tables;  // or views, in lower case, as all of these
-  std::set<std::string> calls;
+  std::set<std::string> functions;
+  std::set<std::string> procedures;
   std::set<std::string> names;  // of whatever it is
 
  private:
@@ -84,7 +85,10 @@ class TNamed {
     const std::size_t before = at - (qualified ? 2 : 0);  // behind what it is told by
     const TToken& next = tokens[at + 1];
     const bool called = before > 0 && tokens[before - 1].Is("call");
-    if (next.Is("(") || called) calls.insert(name);
+    if (called)
+      procedures.insert(name);
+    else if (next.Is("("))
+      functions.insert(name);
     if (!next.Is(".") && before > 0 && !called && BringsTable(tokens[before - 1], view)) tables.insert(name);
   }
 
@@ -223,10 +227,7 @@ class TLeaving {
     return left > 0;
   }
 
-  void Remember(const TObjectDifference& told) {
-    const bool called = told.kind == "function" || told.kind == "procedure";
-    if (called || told.kind == kView) (called ? calls_ : views_).emplace(LowerText(told.name), told);
-  }
+  void Remember(const TObjectDifference& told) { left_[told.kind].emplace(LowerText(told.name), told); }
 
   // Words of the reference's server that the target's does not have.
   std::string MissingIn(const TObjectChange& change) const {
@@ -291,12 +292,15 @@ class TLeaving {
   }
 
   std::string ObjectMissingTo(const TObjectChange& change) const {
-    if (views_.empty() && calls_.empty()) return {};
+    if (left_.empty()) return {};
     const TNamed named(change, reference_.database);
-    for (const auto& [names, left] : {std::pair(&named.tables, &views_), {&named.calls, &calls_}})
-      for (const std::string& name : *names)
-        if (const auto found = left->find(name); found != left->end())
-          return Format(kNoObject, found->second.kind, found->second.name);
+    const std::pair<const char*, const std::set<std::string>*> kinds[] = {
+        {"view", &named.tables}, {"function", &named.functions}, {"procedure", &named.procedures}};
+    for (const auto& [kind, names] : kinds)
+      if (const auto left = left_.find(kind); left != left_.end())
+        for (const std::string& name : *names)
+          if (const auto found = left->second.find(name); found != left->second.end())
+            return Format(kNoObject, found->second.kind, found->second.name);
     return {};
   }
 
@@ -304,9 +308,8 @@ class TLeaving {
   const TDatabaseObjects& reference_;
   TObjectComparison& objects_;
   std::set<std::string> own_functions_;
-  std::map<std::string, const TTableNotMade*> tables_;  // by name in lower case, as all of these
-  std::map<std::string, TObjectDifference> views_;      // that are left alone
-  std::map<std::string, TObjectDifference> calls_;      // functions and procedures likewise
+  std::map<std::string, const TTableNotMade*> tables_;                    // by name in lower case, as all of these
+  std::map<std::string, std::map<std::string, TObjectDifference>> left_;  // alone: by kind and name
 };
 
 }  // namespace
