@@ -6,6 +6,7 @@
 
 #include "app/LockHolders.h"
 #include "core/Host.h"
+#include "exact/run/RefusedRenames.h"
 #include "util/Counted.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -62,7 +63,7 @@ void TLockWaits::PutBack() {
 std::int64_t TLockWaits::Execute(const std::string& statement, TStatementRun& run) {
   for (int pause = kFirstPause;; pause = std::min(2 * pause, kLongestPause)) {
     try {
-      return target_.ExecSQL(statement);
+      return ExecuteChange(target_, statement);
     } catch (const EMySqlException& error) {
       if (error.Number() != kLockWaitTimeout) throw;
       const std::string holders = LockHolders(target_, statement);

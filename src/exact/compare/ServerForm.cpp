@@ -406,10 +406,12 @@ std::vector<std::size_t> ColumnPlaces(const TElement& element) {
     for (const TTokenRange part : ListParts(tokens, NextBracket(tokens, 0)))
       ranges.push_back({part.first, IsName(TokenAt(tokens, part.first)) ? part.first + 1 : part.last});
   std::vector<std::size_t> places;
-  for (const TTokenRange& range : ranges)
+  for (const TTokenRange& range : ranges) {
+    const bool part = IsKey(element.kind) && range.last == range.first + 1;  // a length may follow
     for (std::size_t at = range.first; at < std::min(range.last, tokens.size()); ++at)
-      if (IsName(tokens[at]) && !TokenAt(tokens, at + 1).Is("(") && !TokenAt(tokens, at + 1).Is("."))
+      if (IsName(tokens[at]) && (part || !TokenAt(tokens, at + 1).Is("(")) && !TokenAt(tokens, at + 1).Is("."))
         places.push_back(at);
+  }
   std::sort(places.begin(), places.end());
   return places;
 }

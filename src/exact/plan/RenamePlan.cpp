@@ -105,6 +105,17 @@ void AddDependents(const TRename& rename, const TTableText& table, TStringList& 
   clauses.insert(clauses.end(), after.begin(), after.end());
 }
 
+// MariaDB forgets with every "alter table" that does not add it that a unique key was one by hash.
+void AddHashKeys(const TRename& rename, const TTableText& table, TStringList& clauses) {
+  TTableWork work;
+  work.target = &table;
+  for (TElement key : HashKeys(work)) {
+    clauses.push_back(DropText(key.kind, key.name, {}));
+    RenameColumnIn(key, rename.from, rename.to);
+    clauses.push_back("add " + key.text.Str());
+  }
+}
+
 }  // namespace
 
 void ApplyRename(const TRename& rename, const TServerTraits& server, TSchema& schema) {
@@ -125,7 +136,7 @@ std::string RenameStatement(const TRename& rename, const TServerTraits& server, 
     RenameColumn(renamed, rename.to);
     clauses.push_back("change column " + QuotedName(rename.from) + " " + renamed.text.Str());
   }
-  if (server.mysql) AddDependents(rename, *table, clauses);
+  server.mysql ? AddDependents(rename, *table, clauses) : AddHashKeys(rename, *table, clauses);
   std::string end;
   if (const std::string followed = PartitioningWith(table->partitioning, rename.from, rename.to);
       server.mysql && followed != table->partitioning)
@@ -138,6 +149,9 @@ ELockClass RenameLock(const TRename& rename, const TServerTraits& server, const 
   const TTableText* table = schema.Find(rename.OfTable() ? rename.from : rename.table);
   if (table == nullptr) return ELockClass::Unknown;
   if (rename.OfTable()) return ClassOf(ELockChange::RenameTable, LockTraitsOf(*table), server);
+  TStringList by_hash;
+  if (!server.mysql) AddHashKeys(rename, *table, by_hash);
+  if (!by_hash.empty()) return ELockClass::Unknown;
   return ClassOfStatement(RenameStatement(rename, server, schema), *table, server, false);
 }
 

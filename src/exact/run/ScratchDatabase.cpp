@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <random>
 #include <utility>
+#include "exact/run/RefusedRenames.h"
 
 #include "core/Host.h"
 #include "core/Meta.h"
@@ -125,7 +126,7 @@ void TScratchDatabase::TakeServersDefaults() {
 void TScratchDatabase::Run(const std::string& statement) {
   Host().ProcessMessages();
   try {
-    conn_->ExecSQL(statement);
+    ExecuteChange(*conn_, statement);
   } catch (const EMySqlException&) {
     Host().ProcessMessages();
     throw;
