@@ -14,6 +14,8 @@
 #include "converge/SchemaMySql.h"
 #include "converge/SchemaTaken.h"
 #include "exact/compare/PrintedTable.h"
+#include "exact/compare/Renames.h"
+#include "exact/compare/ServerLanguage.h"
 #include "exact/plan/PlanApply.h"
 #include "exact/plan/PlanClauses.h"
 #include "exact/plan/ScriptSafety.h"
@@ -100,6 +102,9 @@ class TRun {
   void MakeSchemas();
   void MakeObjectsOf(const TSchemaModel& first, TLiveDatabase& of_first, const TSchemaModel& second,
                      TLiveDatabase& of_second);
+  void WishRenames();
+  TTableModel Renamed(TTableModel table) const;
+  bool RowsAreNotAsked(const TTableModel& table);
   void Settle(TLiveDatabase& database, TSchemaModel& schema);
   void CheckSkipped();
   void CheckLeftAlone();
@@ -140,6 +145,7 @@ class TRun {
   std::set<std::string> followed_by_nobody_;  // objects, as "view v"
   std::set<std::string> left_alone_;          // others
   std::vector<THistogram> histograms_;        // of columns that no statement names
+  std::vector<TRenameChange> renames_;
   TNoProgress progress_;
   TLineEditor editor_;
   TLineLog log_{SystemClock(), progress_};
@@ -165,6 +171,7 @@ void TRun::MakeSchemas() {
   Make(of_first, first);
   second = first;
   generator_.Mutate(second);
+  if (wishes_.renames) generator_.Rename(second);
   Settle(of_second, second);
   Make(of_second, second);
   if (wishes_.objects) MakeObjectsOf(first, of_first, second, of_second);
@@ -182,8 +189,47 @@ void TRun::MakeObjectsOf(const TSchemaModel& first, TLiveDatabase& of_first, con
       if (object.Unreadable()) followed_by_nobody_.insert(object.kind + " " + object.name);
   };
   make(of_first, objects);
+  if (wishes_.renames) TObjectGenerator::Follow(RenamesBetween(first, second), objects);
   object_generator_.Mutate(objects, second);
   make(of_second, objects);
+}
+
+// Most of what has another name is asked to be renamed; the rest goes and is new. A column's table has to be there.
+void TRun::WishRenames() {
+  TRandom random(seed_);
+  std::set<std::string> gone;
+  for (const TRename& rename : RenamesBetween(there_, wanted_)) {
+    const bool asked = random.Chance(90) && !gone.contains(rename.table);
+    if (asked)
+      Exact().Wishes.renames.push_back(ReadRename(rename.Text()));
+    else if (rename.OfTable())
+      gone.insert(rename.to);
+  }
+}
+
+// A table under its name after the run, with its columns under theirs.
+TTableModel TRun::Renamed(TTableModel table) const {
+  for (const TRenameChange& change : renames_)
+    if (change.rename.OfTable() && change.rename.from == table.name) table.name = change.rename.to;
+  for (const TRenameChange& change : renames_)
+    if (TColumnModel* column = change.rename.table == table.name ? table.Find(change.rename.from) : nullptr)
+      column->name = change.rename.to;
+  return table;
+}
+
+// Nobody asks the rows of a table with renames what they say to more than columns that come and go.
+bool TRun::RowsAreNotAsked(const TTableModel& table) {
+  const auto named = [this](const std::string& name) {
+    return std::ranges::any_of(renames_, [&name](const TRenameChange& change) { return change.Table() == name; });
+  };
+  const std::string name = Renamed(table).name;
+  const bool refers = std::ranges::any_of(table.foreign_keys, [&](const TForeignKeyModel& key) {
+    const TTableModel* parent = there_.Find(key.parent);
+    return named(name) || (parent != nullptr && named(Renamed(*parent).name));
+  });
+  return refers || (named(name) && std::ranges::any_of(Exact().Changes(), [&name](const TChange& change) {
+                      return change.table == name && change.action != saAddColumn && change.action != saDropColumn;
+                    }));
 }
 
 // Makes of a schema for MariaDB one for the server that there is.
@@ -234,7 +280,7 @@ void TRun::LoadRows(const TTableModel& table) {
 
 void TRun::LoadRows() {
   for (const TTableModel& table : there_.tables)
-    if (TakesRows(table.name)) LoadRows(table);
+    if (TakesRows(Renamed(table).name) && !RowsAreNotAsked(table)) LoadRows(table);
 }
 
 // Rows of which is told before the run that they stand in its way, or that nobody knows: a server would refuse it. Rows
@@ -260,16 +306,18 @@ void TRun::ReadRows() {
   for (const TChange& change : Exact().Changes())
     if (change.action == saDropTable || change.action == saDropColumn) lossy.insert(change.table + "/" + change.item);
   for (const TTableModel& table : there_.tables) {
-    if (lossy.contains(table.name + "/") || !loaded_.contains(table.name)) continue;
-    for (const TColumnModel& column : table.columns) {
-      if (column.Generated() || lossy.contains(table.name + "/" + column.name)) continue;
-      rows_[table.name][column.name] = ReadValues(target_, table, column);
+    const TTableModel then = Renamed(table);
+    if (lossy.contains(then.name + "/") || !loaded_.contains(table.name)) continue;
+    for (std::size_t i = 0; i < table.columns.size(); ++i) {
+      if (table.columns[i].Generated() || lossy.contains(then.name + "/" + then.columns[i].name)) continue;
+      rows_[then.name][then.columns[i].name] = ReadValues(target_, table, table.columns[i]);
     }
   }
 }
 
 void TRun::CheckRows() {
-  for (const TTableModel& table : there_.tables) {
+  for (const TTableModel& old_table : there_.tables) {
+    const TTableModel table = Renamed(old_table);
     for (const TColumnModel& column : table.columns) {
       const auto of_table = rows_.find(table.name);
       if (of_table == rows_.end() || !of_table->second.contains(column.name)) continue;
@@ -310,8 +358,8 @@ void TRun::CheckGuard() {
   std::set<std::string> by_words;
   for (const TStatementRisk& risk : ScriptRisks(editor_.Text(), {}, text_of))
     by_words.insert(WithoutReturns(risk.text));
-  for (const TPlanStatement& statement : Exact().Plan())
-    if (!statement.unsafe.empty() && !by_words.contains(statement.text))
+  for (const TPlanStatement& statement : Exact().Plan())  // words of new tables do not tell what they do not print
+    if (!statement.unsafe.empty() && !by_words.contains(statement.text) && !statement.text.starts_with("CREATE TABLE"))
       Miss("by its words alone this is safe: " + statement.text);
 }
 
@@ -382,13 +430,14 @@ bool TRun::NothingLeft() {
 // What the plan makes of the target, by its texts.
 TSchema TRun::Proved() {
   TSchema schema;
+  const TServerTraits server = ReadServerTraits(Answer(target_.Connection(), "select version()"));
   for (const TTableModel& table : there_.tables)
     if (const std::string text = Exact().TargetText(table.name); IsReadable(text))
       schema.Add(ReadPrintedTable(text));
     else
       ++unreadable_;
   for (const TPlanStatement& statement : Exact().Plan())
-    if (statement.object.empty()) ApplyStatement(statement.text, schema);
+    if (statement.object.empty()) ApplyStatement(statement.text, schema, server);
   return schema;
 }
 
@@ -453,6 +502,7 @@ void TRun::CompareUnderRules() {
 void TRun::FindHistograms() {
   histograms_ = MakeHistograms(target_, there_, TRandom(seed_));
   std::erase_if(histograms_, [this](const THistogram& histogram) {
+    if (Renamed(*there_.Find(histogram.table)).name != histogram.table) return true;
     return std::ranges::any_of(Exact().Plan(), [&histogram](const TPlanStatement& statement) {
       const bool drops = statement.text.starts_with("drop table");
       return statement.table == histogram.table &&
@@ -470,7 +520,13 @@ TConvergence TRun::Go() {
   MakeSchemas();
   app_.Choose(EDialect::Exact);
   app_.TakeTask({reference_.NewEngine(), target_.NewEngine()});
-  CompareUnderRules();
+  WishRenames();
+  if (wishes_.renames)
+    app_.Compare();  // nobody asks whether a table with renames may be without a key
+  else
+    CompareUnderRules();
+  renames_ = Exact().Renames();
+  result_.renames = renames_.size();
   CheckSkipped();
   if (Exact().DifferencesLeft() != 0) Miss("the proof finds differences left");
   constexpr std::uint64_t kVerifyOneOf = 8;  // it takes as long as all the rest

@@ -21,11 +21,13 @@ struct TConvergence {
   std::size_t left_alone = 0;  // of them, likewise
   std::size_t settled = 0;     // views that only the target's server tells to be the same
   std::string refused;         // those that the target's server has refused, with its reason, a line each
+  std::size_t renames = 0;     // that were asked for and done
 };
 
 struct TConvergenceWishes {
   std::size_t tables = 0;  // of the schema; with 0 their number is random too
   bool objects = false;    // views, triggers, routines and events stand beside them
+  bool renames = false;    // some tables and columns have other names on the other side
   bool look = false;       // what misses stays until somebody presses Enter
 };
 

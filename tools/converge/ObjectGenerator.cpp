@@ -264,8 +264,10 @@ std::string TObjectGenerator::Body(const std::string& mode, const std::string& r
 void TObjectGenerator::FillTrigger(TObjectModel& trigger, const TObjects& others, const TSchemaModel& schema) {
   static const TTexts kMoments = {"before insert", "before insert", "after insert",
                                   "before update", "after update",  "after delete"};
-  const std::string table = (random_.Chance(20) ? "{DB}." : "") + SqlName(random_.Pick(schema.tables).name);
-  trigger.head = std::string(Any(kMoments)) + " on " + table + " for each row ";
+  const TTableModel& table = random_.Pick(schema.tables);
+  const std::string name = (random_.Chance(20) ? "{DB}." : "") + SqlName(table.name);
+  trigger.head = std::string(Any(kMoments)) + " on " + name + " for each row ";
+  const std::string column = SqlName(random_.Pick(table.columns).name);
   for (const TObjectModel& other : others)
     if (other.kind == kTrigger && random_.Chance(40)) {
       trigger.head = other.head;
@@ -274,7 +276,9 @@ void TObjectGenerator::FillTrigger(TObjectModel& trigger, const TObjects& others
     }
   const bool fires = trigger.head.find("update on") == std::string::npos;  // in this run
   if (fires && trigger.definer == kNobody) trigger.definer.clear();
-  trigger.body = Body(trigger.mode, "");
+  const bool deletes = trigger.head.find("delete on") != std::string::npos;
+  const bool names = random_.Chance(30) && trigger.head.find(SqlName(table.name)) != std::string::npos;
+  trigger.body = names ? Format("set @v = %s.%s", deletes ? "old" : "new", column) : Body(trigger.mode, "");
 }
 
 // --- Routines and events
@@ -371,6 +375,14 @@ void TObjectGenerator::Mutate(TObjects& objects, const TSchemaModel& schema) {
   const std::size_t count = objects.size();
   if (count > 1 && random_.Chance(30)) std::swap(objects[random_.Below(count)], objects[random_.Below(count)]);
   for (const TObjectModel& more : random_.Chance(40) ? Objects(schema) : TObjects()) objects.push_back(more);
+}
+
+// No two things of a schema have the same name.
+void TObjectGenerator::Follow(const std::vector<TRename>& renames, TObjects& objects) {
+  for (TObjectModel& object : objects)
+    for (std::string TObjectModel::*part : {&TObjectModel::head, &TObjectModel::body})
+      for (const TRename& rename : renames)
+        object.*part = StrReplace(object.*part, SqlName(rename.from), SqlName(rename.to));
 }
 
 namespace {

@@ -38,6 +38,8 @@ class TObjectGenerator {
   std::vector<TObjectModel> Objects(const TSchemaModel& schema);
   // Some go, some come, some change in one part, triggers fire in another order.
   void Mutate(std::vector<TObjectModel>& objects, const TSchemaModel& schema);
+  // They name what is renamed by its new name.
+  static void Follow(const std::vector<TRename>& renames, std::vector<TObjectModel>& objects);
 
  private:
   TObjectModel Object(const std::string& kind, const std::vector<TObjectModel>& others, const TSchemaModel& schema);

@@ -69,6 +69,7 @@ std::string TSchemaGenerator::Comment() {
 
 TColumnModel TSchemaGenerator::Column(TTypeModel type) {
   TColumnModel column;
+  column.id = ++identified_;
   column.name = Name("c");
   column.type = std::move(type);
   column.not_null = random_.Chance(35);
@@ -91,6 +92,7 @@ void TSchemaGenerator::AddGenerated(TTableModel& table) {
   const TComputation computation = AnyComputation(base.type, random_);
   if (computation.expression.empty() || base.Generated() || base.auto_increment) return;
   TColumnModel column;
+  column.id = ++identified_;
   column.name = Name("g");
   column.type = computation.type;
   column.base = base.name;
@@ -259,6 +261,7 @@ TTableModel TSchemaGenerator::Table() {
   static const TTexts kEngines = {"InnoDB", "InnoDB", "InnoDB", "InnoDB", "InnoDB",
                                   "InnoDB", "InnoDB", "Aria",   "MyISAM", "MEMORY"};
   TTableModel table;
+  table.id = ++identified_;
   table.name = Name("t");
   table.engine = random_.Pick(kEngines);
   table.charset = AnyTableCharset(random_);

@@ -16,6 +16,8 @@ class TSchemaGenerator {
   TSchemaModel Schema(std::size_t tables);
   // Some tables go, some come, most of the others change in one to four ways.
   void Mutate(TSchemaModel& schema);
+  // Some tables and columns get other names.
+  void Rename(TSchemaModel& schema);
   TRandom& random() { return random_; }
   std::string Name(const char* prefix);  // that nothing has so far
 
@@ -40,12 +42,14 @@ class TSchemaGenerator {
   void Retype(TSchemaModel& schema, TTableModel& table, TColumnModel& column);
   void DropColumn(TTableModel& table);
   void RenameColumn(TSchemaModel& schema, TTableModel& table, TColumnModel& column);
+  void RenameTable(TSchemaModel& schema, TTableModel& table);
   void MoveColumn(TTableModel& table);
   void MutateKey(TTableModel& table);
   void MutateForeignKey(TSchemaModel& schema, TTableModel& table);
 
   TRandom random_;
   int named_ = 0;                // makes names different
+  int identified_ = 0;           // makes ids different
   std::set<std::string> plain_;  // reserved words that are names as they are
 };
 

@@ -122,6 +122,23 @@ TTableModel* TSchemaModel::Find(const std::string& table) {
   return found == tables.end() ? nullptr : &*found;
 }
 
+std::vector<TRename> RenamesBetween(const TSchemaModel& before, const TSchemaModel& after) {
+  std::vector<TRename> renames, of_columns;
+  const auto each = [](const auto& old_ones, const auto& new_ones, auto action) {
+    for (const auto& old_one : old_ones)
+      for (const auto& new_one : new_ones)
+        if (old_one.id != 0 && old_one.id == new_one.id) action(old_one, new_one);
+  };
+  each(before.tables, after.tables, [&](const TTableModel& there, const TTableModel& then) {
+    if (there.name != then.name) renames.push_back({"", there.name, then.name});
+    each(there.columns, then.columns, [&](const TColumnModel& from, const TColumnModel& to) {
+      if (from.name != to.name) of_columns.push_back({then.name, from.name, to.name});
+    });
+  });
+  renames.insert(renames.end(), of_columns.begin(), of_columns.end());
+  return renames;
+}
+
 std::string SqlName(std::string_view name) { return "`" + Doubled(name, "`") + "`"; }
 
 std::string SqlText(std::string_view text) { return "'" + Doubled(text, "'\\") + "'"; }

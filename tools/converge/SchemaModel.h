@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Random.h"
+#include "exact/compare/Renames.h"
 
 namespace velmora::testing {
 
@@ -44,6 +45,7 @@ struct TTypeModel {
 
 // In texts of expressions "%s" is the column's name in backticks.
 struct TColumnModel {
+  int id = 0;  // the same under every name; 0 for nobody's
   std::string name;
   TTypeModel type;
   std::string default_value;
@@ -99,6 +101,7 @@ struct TOptionModel {
 };
 
 struct TTableModel {
+  int id = 0;  // as of a column
   std::string name;
   std::vector<TColumnModel> columns;
   std::vector<TKeyModel> keys;
@@ -121,6 +124,9 @@ struct TSchemaModel {
   std::vector<TTableModel> tables;
   TTableModel* Find(const std::string& table);
 };
+
+// What has another name in a later form of the schema, tables first.
+std::vector<TRename> RenamesBetween(const TSchemaModel& before, const TSchemaModel& after);
 
 std::string SqlName(std::string_view name);  // in backticks
 std::string SqlText(std::string_view text);  // in quotes

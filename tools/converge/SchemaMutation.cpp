@@ -1,6 +1,7 @@
 // How schemas change.
 
 #include <algorithm>
+#include <utility>
 
 #include "converge/SchemaGenerator.h"
 #include "converge/SchemaTypes.h"
@@ -76,6 +77,21 @@ void TSchemaGenerator::RenameColumn(TSchemaModel& schema, TTableModel& table, TC
                    [&](TTableModel&, TForeignKeyModel& key, std::size_t i) { key.references[i] = to; });
   rename(table.partition_column);
   column.name = to;
+}
+
+void TSchemaGenerator::RenameTable(TSchemaModel& schema, TTableModel& table) {
+  const std::string from = std::exchange(table.name, Name("n"));
+  for (TTableModel& child : schema.tables)
+    for (TForeignKeyModel& key : child.foreign_keys)
+      if (key.parent == from) key.parent = table.name;
+}
+
+void TSchemaGenerator::Rename(TSchemaModel& schema) {
+  for (TTableModel& table : schema.tables) {
+    if (random_.Chance(25)) RenameTable(schema, table);
+    for (std::size_t columns = random_.Chance(60) ? 1 + random_.Below(3) : 0; columns > 0; --columns)
+      RenameColumn(schema, table, random_.Pick(table.columns));
+  }
 }
 
 void TSchemaGenerator::MoveColumn(TTableModel& table) {

@@ -11,8 +11,8 @@ namespace {
 using velmora::testing::TPrivateServer;
 
 constexpr char kUsage[] =
-    "usage: velmora-converge [--reference-server NAME] [--objects] [--look] COUNT [FIRST_SEED]\n"
-    "       velmora-converge [--reference-server NAME] [--objects] [--look] --tables TABLES SEED\n";
+    "usage: velmora-converge [--reference-server NAME] [--objects] [--renames] [--look] COUNT [FIRST_SEED]\n"
+    "       velmora-converge [--reference-server NAME] [--objects] [--renames] [--look] --tables TABLES SEED\n";
 constexpr char kSystemsOwn[] = "system";
 
 struct TCounts {
@@ -27,11 +27,13 @@ struct TCounts {
   std::size_t objects = 0;
   std::size_t left_alone = 0;
   std::size_t settled = 0;
+  std::size_t renames = 0;
 };
 
 struct TSettings {
   std::string reference_server;  // empty where one server has both sides
   bool objects = false;
+  bool renames = false;
   bool look = false;
   bool large = false;
   unsigned long long numbers[2] = {0, 1};
@@ -50,6 +52,7 @@ bool ReadSettings(int argc, char** argv, TSettings& settings) {
     return there;
   };
   settings.objects = take("--objects");
+  settings.renames = take("--renames");
   settings.look = take("--look");
   settings.large = take("--tables");
   const int left = argc - at;
@@ -66,7 +69,7 @@ TPrivateServer& ReferenceServer(const std::string& name) {
 
 void Run(unsigned long long seed, std::size_t tables, const TSettings& settings, TCounts& counts) {
   const std::string& reference_server = settings.reference_server;
-  const auto result = velmora::testing::Converge(seed, {tables, settings.objects, settings.look},
+  const auto result = velmora::testing::Converge(seed, {tables, settings.objects, settings.renames, settings.look},
                                                  ReferenceServer(reference_server), TPrivateServer::Shared());
   ++counts.seeds;
   counts.statements += result.statements;
@@ -79,13 +82,14 @@ void Run(unsigned long long seed, std::size_t tables, const TSettings& settings,
   counts.left_alone += result.left_alone;
   counts.settled += result.settled;
   if (!result.refused.empty()) std::printf("seed %llu, refused: %s", seed, result.refused.c_str());
+  counts.renames += result.renames;
   if (result.fault.empty()) return;
   ++counts.misses;
   const std::string server = velmora::testing::ChosenServer();
   const std::string from = reference_server.empty() ? "" : "--reference-server " + reference_server + " ";
   const std::string on = from + (server.empty() ? "" : "--server " + server + " ");
-  const std::string again =
-      on + (settings.objects ? "--objects " : "") + (tables > 0 ? "--tables " + std::to_string(tables) + " " : "1 ");
+  const std::string again = on + (settings.objects ? "--objects " : "") + (settings.renames ? "--renames " : "") +
+                            (tables > 0 ? "--tables " + std::to_string(tables) + " " : "1 ");
   std::printf("seed %llu missed: %s\nrepeat it with: scripts/converge %s%llu\n\n", seed, result.fault.c_str(),
               again.c_str(), seed);
   std::fflush(stdout);
@@ -111,6 +115,7 @@ int main(int argc, char** argv) {
     std::printf(
         "%zu views, triggers, routines and events on both sides, %zu left alone, %zu the same by the server alone\n",
         counts.objects, counts.left_alone, counts.settled);
+  if (counts.renames > 0) std::printf("%zu tables and columns renamed\n", counts.renames);
   if (counts.skipped > 0) std::printf("%zu of %zu tables were named and left alone\n", counts.skipped, counts.tables);
   // Schemas that hardly differ would prove nothing.
   const bool differ = settings.large || counts.statements >= counts.seeds;
