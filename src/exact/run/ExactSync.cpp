@@ -99,7 +99,8 @@ void TExactSync::Compare() {
         Connect(reference);
         Connect(target);
         const std::unique_ptr<TTextMaker> maker = MakerFor(reference);
-        ReadPair(reference, target, Collations, Wishes.selection, progress_, table_under_way_, maker.get(), read_);
+        ReadPair(reference, target, {Collations, Wishes.selection, Wishes.reference_version}, progress_,
+                 table_under_way_, maker.get(), read_);
         table_under_way_.clear();
         if (maker == nullptr) case_twins_ = velmora::CaseTwins(reference, target);
         CompareSchemas(target);

@@ -50,10 +50,10 @@ TStringList AlgorithmGiven(const TExactWishes& wishes) {
   return {wishes.locks.algorithm == ELockClass::Instant ? "instant" : "inplace"};
 }
 
-void TakeVersion(TExactWishes& wishes, const std::string& text) {
+void TakeVersion(std::string& version, const std::string& text) {
   const bool named = PosNoCase("mysql", text) == 1 || PosNoCase("mariadb", text) == 1;
   if (!named || ReadServerVersion(text).version == 0) RaiseError(Format(kNoVersion, text));
-  wishes.locks.target_version = text;
+  version = text;
 }
 
 TStringList Switch(bool on) { return on ? TStringList{""} : TStringList(); }
@@ -102,11 +102,20 @@ constexpr std::array kOptions = {
     TExactOption{"target-version", "SERVER", false, "Server of a target file",
                  "What a target that is a file will run on, as in 'mysql 8.0.36' or 'mariadb 10.11': "
                  "what its statements lock is told of that; a server is asked",
-                 TakeVersion,
+                 [](TExactWishes& wishes, const std::string& text) { TakeVersion(wishes.locks.target_version, text); },
                  [](const TExactWishes& wishes) {
                    const std::string& version = wishes.locks.target_version;
                    return version.empty() ? TStringList() : TStringList{version};
                  }},
+    TExactOption{
+        "reference-version", "SERVER", false, "Server of a reference file",
+        "The server of which a reference that is a file is a dump, as in 'mysql 8.4.0': where the target is of "
+        "another product or release, it is compared in that one's words, as between two servers",
+        [](TExactWishes& wishes, const std::string& text) { TakeVersion(wishes.reference_version, text); },
+        [](const TExactWishes& wishes) {
+          const std::string& version = wishes.reference_version;
+          return version.empty() ? TStringList() : TStringList{version};
+        }},
     TExactOption{"algorithm", "NAME", false, "Algorithm",
                  "Write it into each change of a table, so that the server refuses what it cannot do "
                  "that way: instant, or inplace; nothing runs where a statement is known to need more",

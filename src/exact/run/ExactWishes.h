@@ -22,6 +22,7 @@ struct TExactWishes {
   TStringList ignored{};  // equivalences that are switched on, by their names
   TStringList strict{};   // that are switched off, whatever is ignored
   TLockWishes locks{};
+  std::string reference_version{};  // "mysql 8.0.36": the server of which a reference file is a dump
 
   bool operator==(const TExactWishes&) const = default;
   bool Any() const { return *this != TExactWishes(); }

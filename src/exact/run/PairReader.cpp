@@ -149,13 +149,14 @@ bool MayReferTo(std::string_view text, const TTableNames& tables) {
 
 class TPairReader {
  public:
-  TPairReader(TDBConn& reference, TDBConn& target, const TCollationMap& collations, const TSelection& selection,
-              TProgress& progress, std::string& table_under_way, TTextMaker* maker, TReadPair& pair)
+  TPairReader(TDBConn& reference, TDBConn& target, const TReadWishes& wishes, TProgress& progress,
+              std::string& table_under_way, TTextMaker* maker, TReadPair& pair)
       : pair_(pair),
         reference_(kReferenceSide, reference, maker, pair.reference),
         target_(kTargetSide, target, nullptr, pair.target),
-        collations_(collations),
-        selection_(selection),
+        collations_(wishes.collations),
+        selection_(wishes.selection),
+        reference_version_(wishes.reference_version),
         progress_(progress),
         table_under_way_(table_under_way) {}
 
@@ -183,7 +184,7 @@ class TPairReader {
   }
 
  private:
-  // A script is read as the other side's server would.
+  // A script is read as the server would that it is of, which is the other side's where nobody says otherwise.
   void ReadFiles() {
     ReadScripts();
     for (const TSideReader* side : {&reference_, &target_})
@@ -193,7 +194,11 @@ class TPairReader {
     const auto is_file = [](TSideReader& side) { return side.Script() != nullptr; };
     if (!is_file(reference_) && !is_file(target_)) return;
     server_ = TraitsOf(is_file(reference_) ? target_.conn : reference_.conn);
-    reference_.ReadFile(server_);
+    if (is_file(reference_) && !is_file(target_) && !reference_version_.empty()) {
+      reference_server_ = ReadServerTraits(reference_version_);
+      across_ = !SpeakAlike(reference_server_, server_);
+    }
+    reference_.ReadFile(across_ ? reference_server_ : server_);
     target_.ReadFile(server_);
   }
 
@@ -478,7 +483,8 @@ class TPairReader {
 
   // A script leaves to its server what the other side tells. False where the table cannot be followed.
   bool Complete(TReading& of, const TReading& other) {
-    if (of.side.file == nullptr || of.text == nullptr) return true;
+    const bool elsewhere = across_ && reference_server_.mysql != server_.mysql;  // then that comes later
+    if (of.side.file == nullptr || of.text == nullptr || elsewhere) return true;
     try {
       CompleteTable(of.table, other.text == nullptr ? nullptr : &other.table, server_);
       return true;
@@ -510,7 +516,7 @@ class TPairReader {
     }
     try {
       const bool maps = &of.side == &reference_ && !collations_.empty();
-      if (of.side.file == nullptr)
+      if (of.side.file == nullptr || across_)
         of.table = ReadPrintedTable(*of.text, !across_);
       else
         of.table = of.made != nullptr && !maps ? *of.made : ReadTableWithoutRawLineEnds(*of.text, Tokens(*of.text));
@@ -636,6 +642,7 @@ class TPairReader {
   TSideReader target_;
   const TCollationMap& collations_;
   const TSelection& selection_;
+  const std::string& reference_version_;  // of a file
   TProgress& progress_;
   std::string& table_under_way_;
   TServerTraits server_;            // the target's, or of a script's other side
@@ -655,12 +662,12 @@ TChange WholeTable(TSyncAction action, const TTableText& table) {
 
 }  // namespace
 
-void ReadPair(TDBConn& reference, TDBConn& target, const TCollationMap& collations, const TSelection& selection,
-              TProgress& progress, std::string& table_under_way, TTextMaker* maker, TReadPair& pair) {
-  TPairReader(reference, target, collations, selection, progress, table_under_way, maker, pair).Read();
+void ReadPair(TDBConn& reference, TDBConn& target, const TReadWishes& wishes, TProgress& progress,
+              std::string& table_under_way, TTextMaker* maker, TReadPair& pair) {
+  TPairReader(reference, target, wishes, progress, table_under_way, maker, pair).Read();
   if (maker == nullptr) return;
   pair.unmade = maker->Unmade();
-  std::erase_if(pair.unmade, [&](const TUnmadeElement& of) { return !selection.ReadsTable(of.table); });
+  std::erase_if(pair.unmade, [&](const TUnmadeElement& of) { return !wishes.selection.ReadsTable(of.table); });
   pair.accepted = maker->Accepted();
   pair.made = maker->Columns();
   pair.made_log = maker->Log();
