@@ -227,9 +227,14 @@ bool TRun::RowsAreNotAsked(const TTableModel& table) {
     const TTableModel* parent = there_.Find(key.parent);
     return named(name) || (parent != nullptr && named(Renamed(*parent).name));
   });
-  return refers || (named(name) && std::ranges::any_of(Exact().Changes(), [&name](const TChange& change) {
-                      return change.table == name && change.action != saAddColumn && change.action != saDropColumn;
-                    }));
+  const bool will_refer = std::ranges::any_of(Exact().Changes(), [&](const TChange& change) {
+    const bool key = change.kind == EElement::ForeignKey && !change.new_text.Empty();
+    return key && change.table == name && named(change.new_text.ForeignKey().table);
+  });
+  return refers || will_refer ||
+         (named(name) && std::ranges::any_of(Exact().Changes(), [&name](const TChange& change) {
+            return change.table == name && change.action != saAddColumn && change.action != saDropColumn;
+          }));
 }
 
 // Makes of a schema for MariaDB one for the server that there is.
