@@ -525,11 +525,12 @@ TConvergence TRun::Go() {
   MakeSchemas();
   app_.Choose(EDialect::Exact);
   app_.TakeTask({reference_.NewEngine(), target_.NewEngine()});
-  WishRenames();
-  if (wishes_.renames)
+  if (wishes_.renames) {
+    WishRenames();
     app_.Compare();  // nobody asks whether a table with renames may be without a key
-  else
+  } else {
     CompareUnderRules();
+  }
   renames_ = Exact().Renames();
   result_.renames = renames_.size();
   CheckSkipped();
