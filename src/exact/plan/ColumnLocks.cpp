@@ -223,13 +223,16 @@ std::vector<ELockChange> AddedColumn(const TElement& column, const TColumnPlace&
   return changes;
 }
 
-ELockChange DroppedColumn(const std::string& name, const TTableText& table) {
+// Rows hold nothing of a virtual column; where it stands in a key, that is made anew or goes.
+std::vector<ELockChange> DroppedColumn(const std::string& name, const TTableText& table) {
   const TElement* column = table.Find(EElement::Column, name);
-  if (column == nullptr) return EChange::Unknown;
+  if (column == nullptr) return {EChange::Unknown};
   const TColumnParts& parts = column->text.Column();
-  if (KeyOf(name, table, true) != nullptr) return EChange::DropWiderKeyColumn;
-  if (StandsInKey(name, table)) return EChange::DropKeyColumn;
-  return parts.generated && !parts.stored ? EChange::DropVirtual : EChange::DropColumn;
+  const bool in_key = StandsInKey(name, table);
+  if (parts.generated && !parts.stored)
+    return in_key ? std::vector{EChange::DropVirtual, EChange::DropKey} : std::vector{EChange::DropVirtual};
+  if (KeyOf(name, table, true) != nullptr) return {EChange::DropWiderKeyColumn};
+  return {in_key ? EChange::DropKeyColumn : EChange::DropColumn};
 }
 
 std::vector<ELockChange> ChangedColumn(const TElement& from, const TElement& to, const TColumnPlace& place,

@@ -21,7 +21,7 @@ TColumnPlace TakePlace(TTokens tokens, TTokenRange& range);
 bool StandsInKey(std::string_view column, const TTableText& table);
 
 std::vector<ELockChange> AddedColumn(const TElement& column, const TColumnPlace& place, const TTableText& table);
-ELockChange DroppedColumn(const std::string& name, const TTableText& table);
+std::vector<ELockChange> DroppedColumn(const std::string& name, const TTableText& table);
 // `charset` is what the table hands down by then.
 std::vector<ELockChange> ChangedColumn(const TElement& from, const TElement& to, const TColumnPlace& place,
                                        const TTableText& table, const TCharset& charset);

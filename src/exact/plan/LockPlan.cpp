@@ -6,6 +6,7 @@
 #include <set>
 #include <utility>
 
+#include "exact/compare/GeneratedKey.h"
 #include "exact/plan/PlanApply.h"
 #include "exact/plan/PlanClauses.h"
 #include "exact/plan/StatementLocks.h"
@@ -112,12 +113,20 @@ class TSplit {
       TSchema apart, whole;
       apart.Add(table_);
       whole.Add(table_);
-      for (const TClauses& piece : pieces_) ApplyStatement(AlterOf(table_.name, piece), apart);
       ApplyStatement(AlterOf(table_.name, clauses_), whole);
+      for (const TClauses& piece : pieces_) {
+        ApplyStatement(AlterOf(table_.name, piece), apart);
+        if (LacksKey(apart.Tables().front(), whole.Tables().front())) return false;
+      }
       return CreationTextOf(apart.Tables().front()) == CreationTextOf(whole.Tables().front());
     } catch (const EVelmora&) {
       return false;
     }
+  }
+
+  // MySQL can be set to refuse every statement that leaves a table without a primary key.
+  bool LacksKey(const TTableText& meanwhile, const TTableText& afterwards) const {
+    return server_.mysql && !HasPrimaryKey(meanwhile) && HasPrimaryKey(afterwards);
   }
 
   const TClauses& clauses_;

@@ -186,7 +186,7 @@ void TClauseReader::AddColumn(TTokenRange range, TLockClause& clause) {
 }
 
 void TClauseReader::DropColumn(TTokenRange range, TLockClause& clause) {
-  clause.changes = {DroppedColumn(NameAt(range.first), table_)};
+  clause.changes = DroppedColumn(NameAt(range.first), table_);
 }
 
 void TClauseReader::Become(const std::string& name, TTokenRange range, TLockClause& clause) {
