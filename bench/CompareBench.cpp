@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The offline comparison against its floor: reading both files and comparing the texts table by table.
 
 #include <benchmark/benchmark.h>

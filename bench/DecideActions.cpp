@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // How long the desktop program takes in a tree of 5,000 differences: from the end of a comparison to the shown tree,
 // for each letter of a filter, and from a tick to the script that was written anew. Painted without a screen.
 

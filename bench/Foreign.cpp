@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What a comparison with a reference that is not MySQL costs, part by part.
 //
 // bench_foreign make ENGINE TABLES FOLDER

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Databases of other products, with the tables of one sample: 12 columns, up to 3 keys, and in every third table a

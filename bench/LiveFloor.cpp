@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // bench_live_floor SOCKET DATABASE DATABASE: asks for the tables of both databases and the creation text of each, one
 // statement at a time on one connection. What no comparison over this client can undercut.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What a large Paradox table costs: bench_paradox [ROWS]. Writes a table of so many rows (1000000) of 8 fields into the
 // folder for temporary files and prints, for half of them and for all, the processor time per row and the peak of
 // memory: of a bare read of the file, of the reader alone, and of the whole table in a dataset. Each measurement is a

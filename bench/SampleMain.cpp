@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // bench_sample TABLES FOLDER [PERCENT [auto]]: writes reference.sql and target.sql of the sample for the whole-process
 // measurement.
 

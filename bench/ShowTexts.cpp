@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // How long the desktop program takes to show the two texts of a table of 4,000 columns side by side: aligned, marked,
 // painted without a screen. The bound is 300 ms, whatever differs.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // How long the desktop program takes from the end of a comparison to the shown tree: script, log, tree of 5,000
 // actions, painted without a screen. The bound is a second.
 

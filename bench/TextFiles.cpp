@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What a large text file costs: bench_text_files [MEGABYTES]. Writes files of that size (100) into the folder for
 // temporary files and prints, for structure, rows and count of each kind, the processor time and the peak of memory as
 // a multiple of the file's size. Each measurement is a process of its own.

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+
 # What is installed beside the programs: manual pages, completions, icons, what a desktop asks for. It is made at build
 # time, out of the companion's own options and docs/man; what a missing tool would make is left out, and said.
 find_program(SCDOC scdoc)

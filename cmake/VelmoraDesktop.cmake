@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+
 # The desktop program: the windows of src/shell over Qt and QScintilla.
 find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets Svg)
 find_path(QSCINTILLA_INCLUDE_DIR Qsci/qsciscintilla.h PATHS ${Qt6Widgets_INCLUDE_DIRS} REQUIRED)

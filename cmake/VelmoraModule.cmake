@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+
 # Targets of this project: one static library per folder of src/, thin programs and test programs over them.
 include(GNUInstallDirs)
 

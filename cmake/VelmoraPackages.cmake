@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+
 # Debian packages, by `cpack -G DEB`: velmora-cli, and velmora with windows. Neither needs the other. Which libraries they
 # need, dpkg-shlibdeps finds; what is loaded at run time is suggested. scripts/package makes them as they are shipped.
 option(VELMORA_DEBIAN "Install what Debian's packages hold besides: copyright, changelogs, list of what is linked" OFF)

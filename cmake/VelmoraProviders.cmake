@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+
 # Files of other programs, ODBC, and the OLE DB engines over both, with what is switched on. What a library needs stays
 # hidden; what is switched off is left out with its tests (tests_without), and connecting says so.
 set(hidden)

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // A server that says anything. The first byte of a text chooses how it is spoken to, the rest is what it says: from the
 // greeting on, or from the reply to a query on.
 

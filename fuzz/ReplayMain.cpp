@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Gives each file that is named on the command line to a fuzzer.
 
 #include <cstddef>

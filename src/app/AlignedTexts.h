@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Two creation texts side by side: which lines stand beside which, and what differs in them.

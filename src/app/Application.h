@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The open task and what a user can do with it, without windows: the windows and the companion both drive this.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Changes of large tables by a tool of the user's: it makes a copy with the new structure, fills it while others go on

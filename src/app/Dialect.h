@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The port to a dialect: what the open task can be asked and told, whichever way it is compared.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The differences of the last comparison as the user works on them: which are done and which are left, how they are

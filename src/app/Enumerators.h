@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The port to what finds servers and data sources by itself, for the lists of the connection fields.

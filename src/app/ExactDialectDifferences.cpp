@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What the exact dialect's comparison found, told one by one.
 
 #include <unordered_map>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The statements of a file on tables and indexes, made ready to be run in a scratch database.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Which rows of two texts side by side are shown, and where one goes from difference to difference.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // How long the statements of a run wait for their locks, and what comes then. A change of structure that waits for its

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What a task asks for its reference that is not MySQL, while the user changes it: rules of the mapping, and what is

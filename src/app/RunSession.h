@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What of the target's session a script changes for its statements and puts back at its end, which one that ends early

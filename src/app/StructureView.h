@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A structure as it stands in a store, as plain values to show. Looking never fetches and moves no cursor.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What shells complete of the companion's commands: programs for bash, zsh and fish.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The terminal, pipe or test that the companion talks to: results on `out`, all else on `err`.

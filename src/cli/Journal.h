@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The journal of runs: a file with a line of JSON before and after each statement, which is on the disk before the

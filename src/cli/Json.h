@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // JSON documents of the companion: keys in the order in which they are set, bytes that are no UTF-8 as U+FFFD.

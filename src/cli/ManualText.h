@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The part of the companion's manual page that its commands are in: commands, options, sources, as scdoc reads them.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/StructureCommands.h"
 
 // The commands that show a structure: of a database, of a text alone, and of a database with a text applied to it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Type tables: what ties the words of a dialect to neutral types. A table is constant data; the order of its rows

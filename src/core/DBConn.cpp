@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The base engine: connection, names, and the store kept true. Types as texts are in ColumnText.cpp, keys and values in
 // Rendering.cpp.
 

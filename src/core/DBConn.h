@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // TDBConn: the abstract connection to one data source of one kind, an engine.

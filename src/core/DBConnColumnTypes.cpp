@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Column types as texts: the operations of TDBConn that work over the engine's type table.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The creation text of a table, composed from the rows of the store.
 
 #include "core/DBConn.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Keys and values as SQL texts: what TDBConn gives without a dialect of its own.
 
 #include <algorithm>

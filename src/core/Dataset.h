@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Rows of a query: a cursor over typed fields. TDataset is what engines give; TMemDataset holds its rows itself.

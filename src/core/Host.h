@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The port to whoever stands around the library: a desktop, a terminal, a test. The roof sets one; until then, and

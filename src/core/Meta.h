@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // TMeta: the in-memory picture of one database's structure. Six tables, linked master to detail, with cursors; much of

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Removal from the store, with the statements that do the same on a server: what hangs on an object goes first.
 // The walks stand on rows that are in memory, so they fetch nothing; only the object that is asked for by name is
 // fetched where it must be found.

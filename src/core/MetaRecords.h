@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Plain records that carry one object of a structure between the store and an engine. They own their texts. A number

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // TMetaTable: one table of the structure store, a list of rows per master row with a current row.

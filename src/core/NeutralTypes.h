@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Neutral column types: the small numbers that stand for a column type in every engine, and sets of them.

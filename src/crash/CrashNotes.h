@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What a crash report tells of the time before the crash: the last lines of the program's log, without data.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "crash/CrashReports.h"
 
 #include <cxxabi.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A program that ends by a fatal error writes a report into a folder of its user, says where, and ends as it would have

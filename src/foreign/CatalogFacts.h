@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What the fact readers of servers have in common: the catalog is asked once for all tables, a query for each kind of

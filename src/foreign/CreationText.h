@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A mapped table as creation text, and columns taken apart as far as they are put together anew.

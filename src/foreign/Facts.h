@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What a source that is not MySQL holds, in one vocabulary for all engines: plain facts, as the source states them.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Creation texts of a reference that is not MySQL: facts, mapped, completed from the target.

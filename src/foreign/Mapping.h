@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What a column of a source is in MySQL, and which other types of a target count as equal: those that hold every value

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Names of a source in MySQL: not too long, of letters that it takes, and unlike their neighbours.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A mapped table as the target is to have it: what the source does not know, what is not compared, and what is within

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The port to a MySQL client: a connection and its queries, exactly as the engine needs them. A backend is a client

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What a backend that talks to a MySQL server brings with it; TServerConnection makes a connection of it.

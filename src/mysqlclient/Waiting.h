@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // How a program with windows waits for its servers. Each connection talks to its server on a thread of its own; the

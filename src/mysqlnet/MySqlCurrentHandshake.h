@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The login in use since 4.1.1, for servers that announce it. For this folder only.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The errors that a client finds by itself, by their published numbers. For this folder only: what leaves it is an

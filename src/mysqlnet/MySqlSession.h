@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // One connection to a MySQL server: login, commands, and the first reply to a query. What rows a query gives is read

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What proves to a server that one knows a password, without sending it. All texts are bytes. For this folder only.

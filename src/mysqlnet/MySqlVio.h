@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The transport below a MySQL connection: bytes to and from a server, nothing else.

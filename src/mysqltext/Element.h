@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What a table is made of: columns, keys and constraints, each with its own text and what is read of it.

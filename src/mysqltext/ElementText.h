@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Looks into an element's own text, and the few ways in which it is ever rewritten.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What a login may do, as "show grants" says it: MySQL Reference Manual and MariaDB Documentation, "SHOW GRANTS".

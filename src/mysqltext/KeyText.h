@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The beginnings of elements, and lists of columns: what readers of keys and constraints share.

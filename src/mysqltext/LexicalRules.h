@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // MySQL's rules below its words: white space, quotes and escapes, comments, marks of versions. Whoever reads texts in

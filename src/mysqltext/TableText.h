@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A table's creation text taken apart without loss: elements, options and partitioning keep their own texts.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The schema rowsets out of the catalog calls of ODBC. What a driver does not offer gives no rows; drivers that answer

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Environments, connections and statements of ODBC, ended with their objects. Calls that fail raise EOdbcError.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The providers over ODBC (unixODBC's driver manager; interface: the published ODBC 3.8 reference). Narrow entry

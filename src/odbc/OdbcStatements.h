@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The engines write statements in one dialect; this turns them into those that an ODBC driver takes.

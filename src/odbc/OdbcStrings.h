@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The connection string of the ODBC driver for SQL Server, made from the properties of the OLE DB provider.

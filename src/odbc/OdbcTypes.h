@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The types of ODBC: what they are in a schema rowset, and how values of them are asked for and read.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The one table of engine makers: what each engine's keys are, where it may stand in a task, and how it is made of the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The options of a connection to a MySQL server as further keys of its engine, in task files and sources.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What the program remembers between runs in the file "Velmora.settings": the main window's place and the recent list.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What a task file holds, as values and as engines. Reading and writing go by way of the shared document.

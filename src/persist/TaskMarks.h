@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What a task says of the care that its target needs: a colour, and whether a run asks for the database's name.

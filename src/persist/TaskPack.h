@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The bytes of a task file: the magic "VL10", then the XML text as a Zip archive, padded and enciphered. See

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Libraries and drivers that were not made for damaged files or broken servers run in a process of their own: what

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "sandbox/OwnProcessReaders.h"
 
 #include "formats/sheet/ExcelFile.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The readers of formats whose files are large or read by libraries that were not made for damaged ones, each in a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Providers over drivers of other makers, in a process of their own: a driver that breaks off, as some do when a server

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Tables and rows as bytes, for the way between a child process and its user. Both ends are this program, so the form

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The tree of sync actions: a top node per table, below it a node per action; a top node for all views, one for all

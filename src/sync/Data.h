@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The in-memory tables of the sync engine: the actions found by the last comparison, and the lines of every script.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "sync/MessageLog.h"
 
 #include "core/Host.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The port to whoever shows how far a long operation is: a window, a terminal, nobody. It is told and never asked, and

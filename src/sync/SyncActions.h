@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The sync actions, one row of data each: twelve on tables and what is in them, three on what stands beside tables,

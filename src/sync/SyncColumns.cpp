@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The comparison of columns. They are compared as rendered text, and by what stands in front of them.
 
 #include <algorithm>

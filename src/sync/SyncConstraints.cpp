@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The comparison of constraints: by their rendered text from "foreign key" on, so that their names do not count.
 
 #include <string>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The comparison of keys. They are compared as rendered text, in which the name stands.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The errors of the program. All carry a message for the user and nothing else; one place, the roof, shows it.

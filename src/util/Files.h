@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Files as whole texts, file lists, folders. Every failure names the file and the system's reason.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Texts from printf-like patterns with %s and %d, and numbers to and from text, all in the C locale.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Routines on single texts. Texts are bytes in UTF-8; positions count bytes from 1, 0 means "not found"; letter case

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A value of a row: nothing, a truth value, a number, a date and time, text or bytes.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The word scanner of the statement tools. Positions count bytes from 1. A delimiter is one of the 17 characters

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "xml/Dom.h"
 
 #include <libxml/SAX2.h>

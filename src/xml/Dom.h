@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The document model below the path store: what the store needs of an XML library, and the only files that know it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The path store: an XML document as a tree of texts addressed by paths like "/root/reference/folder". Task files and

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Which dialect a target gets, and the comparison that begins in the wrong one.
 
 #include "app/AutomaticDialect.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The differences of a pair of files as the exact dialect tells them, and what becomes of them by ticks and filters.
 
 #include "app/DifferenceList.h"

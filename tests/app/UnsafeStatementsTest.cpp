@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What a script may lose, by its text, over a target that is a file of creation texts.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The files of tests/data/companion: a new case is a new file, or a few more lines in one. Beside the steps of any case
 // they have
 //

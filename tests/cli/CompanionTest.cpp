@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What a file of cases cannot say: help, streams of the process itself, pipes, long inputs.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The companion on files: "cli" in the cases of tests/data/formats, with "#" for a blank within an argument; then its
 // output, what it says besides, and its status where that is not 0.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The companion on an ODBC data source.
 
 #include <gmock/gmock.h>

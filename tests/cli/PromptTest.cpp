@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Questions on a real terminal.
 
 #include <gtest/gtest.h>

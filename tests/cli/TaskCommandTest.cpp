@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What a task file holds, beyond what the companion shows of it.
 
 #include <gmock/gmock.h>

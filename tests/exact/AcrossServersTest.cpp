@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Tables of one server as another one would have them.
 
 #include <gtest/gtest.h>

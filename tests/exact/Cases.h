@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Cases that stand in the files of tests/data/exact, for the tests without a server and for those with one.

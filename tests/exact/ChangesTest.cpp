@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What differs between two tables, and what of it may lose data.
 
 #include "exact/compare/Changes.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What statements lock, and how a plan is made to lock less. What real servers do: scripts/measure-classes.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Which statements make a schema of another one, in the order that servers take.
 
 #include "exact/plan/Plan.h"

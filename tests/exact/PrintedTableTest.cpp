@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Texts in which servers have mistaken themselves.
 
 #include "exact/compare/PrintedTable.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What Access files say of their tables, as creation texts and in words.
 
 #include <gmock/gmock.h>

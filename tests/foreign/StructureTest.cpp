@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What the facts of whole tables become, for a server that is named.
 
 #include <gmock/gmock.h>

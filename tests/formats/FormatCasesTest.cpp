@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The cases of tests/data/formats through the readers: tables, structure and rows of the sound files, and what becomes
 // of changed ones. A line of "variants" is a change of the bytes, "=>", and what the outcome has that the sound one
 // lacks.

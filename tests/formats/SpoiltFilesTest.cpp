@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Every format, cut at every byte and with every byte spoilt: the files end in rows or in an error with a message. All
 // is read in a process of its own, since libraries may not survive it; what is read here does.
 

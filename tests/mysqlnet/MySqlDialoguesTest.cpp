@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Whole dialogues with servers of every age, as tests/data/dialogues has them.
 
 #include <gmock/gmock.h>

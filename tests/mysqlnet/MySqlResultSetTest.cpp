@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What tests/data/dialogues cannot say of results.
 
 #include "mysqlnet/MySqlResultSet.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What drivers do and do not do, on one that does as it is told.
 
 #include <gmock/gmock.h>

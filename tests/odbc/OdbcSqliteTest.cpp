@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The provider over a real driver that needs no server.
 
 #include <filesystem>

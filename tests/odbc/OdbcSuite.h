@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What the provider has to do over every driver. A driver brings the statements of a schema, cases/NAME.sql, each

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Readers over libraries, in processes of their own, give what they give in this one.
 
 #include "sandbox/OwnProcessReaders.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The two databases of a task beside their comparison: marks of production, swapping, the status bar, and what the
 // window says while there are none.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The small windows: what they show at first, what they give back, and what is reachable in them.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The tree of differences, where the dialect's actions are ticked: by mouse and keys, with the script that follows.
 
 #include <QComboBox>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The dialects of the menu Extras, and what the window does differently while the exact one is on.
 
 #include <QMenu>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // A reference that is not MySQL in the window: what it becomes, the user's own rules, and what is accepted.
 
 #include <QCheckBox>

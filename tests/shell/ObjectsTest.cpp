@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Views, triggers, routines and events in the window, and what a task asks of a comparison.
 
 #include <QTreeView>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Names that become others: offered in the list, accepted, taken back, run.
 
 #include <QTreeView>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // A run as the window shows it, statements that wait, and what the user cancels.
 
 #include <QClipboard>

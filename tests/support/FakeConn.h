@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // An engine fed by a test: it lists, fetches and answers what it was given, and writes down what it was asked.

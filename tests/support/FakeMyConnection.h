@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A MySQL server played from a table of answers; it writes down what it is asked.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A provider behind the OLE DB engines that is fed from tables: it gives the schema rowsets and answers that a test has

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A data source behind an ODBC driver of the tests' own: it answers from a table, writes down what it is asked, and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // An Oracle server behind a stand-in for its client library: it answers from a table, writes down what it is asked, and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Files of the formats that are read, with what has to come of them: tests/data/formats. A case is a text:

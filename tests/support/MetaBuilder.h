@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A store as a text, there and back: "t(a,b) key k(a) fk f(a:id)->p check c()->": tables with their columns, keys,

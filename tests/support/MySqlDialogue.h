@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A MySQL server that plays a script, byte for byte, and the bytes that such scripts are made of.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A host that writes down what it was asked and gives the answers that a test has laid out.

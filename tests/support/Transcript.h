@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Transcripts: cases as files that hold what is given, what is run, and what comes of it. Such a file is a list of

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Golden pairs: each folder of tests/data/pairs holds a reference, a target, and what comparison and script must give.
 // A new case is a new folder. Sections of expected.txt that would be empty are left out; the script stands without its
 // two header lines; line ends within a description are written \r and \n.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The editor and the log that stand in where there is no window.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The run of a comparison as a whole: its order, its progress, its guarded end. What the passes decide is in the pairs.
 
 #include "sync/Sync.h"

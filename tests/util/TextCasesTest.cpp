@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Operations on texts, whose cases are a table.
 
 #include <gtest/gtest.h>

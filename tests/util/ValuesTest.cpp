@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Numbers, dates and values of rows, to and from text.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What a server does for each statement of cases.txt, against what the table of classes says of it.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Measures the classes of statements on a private server, and holds the table of classes against them: see
 // scripts/measure-classes.
 

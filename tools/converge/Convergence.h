@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // One seed's schema against a changed one, made equal on a private server by the exact dialect.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Views, triggers, procedures, functions and events beside the tables of a schema, at random.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A schema as the generator of schemas sees it: what it takes to write its "create table" statements, and to know which

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What MySQL 8 and 9 have for tables and MariaDB has not, on top of what the generator makes for MariaDB.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Runs seeds of the convergence test, as many as are asked for: see scripts/converge.
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Folders of dBASE, and of FoxPro with a database over them. What the bytes mean stands in docs/dbf.md.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Sources on servers that are played: what their catalogs would say of the structure.
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The whole road of a reference that is not MySQL: compared with an empty database, run there, and compared again.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Structures of sources that are not MySQL, drawn at random: names, types, keys and references, as far as an engine has

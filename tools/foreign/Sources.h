@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Random sources of an engine: a structure is drawn, and a source that has it is made.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Sources whose structure is written in SQL: Firebird, and what ODBC drivers reach.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Sources whose values say what their columns are: text files and workbooks.
 
 #include <algorithm>

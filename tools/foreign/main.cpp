@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Runs seeds of sources that are not MySQL, as many as are asked for: see scripts/converge.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Kills the companion, or the server under it, at random moments of a sync, and runs it again: the databases have to
 // become identical, and no row may be lost. See scripts/kill-runs.
 

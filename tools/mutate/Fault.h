@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What the faults of scripts/mutate are made of. It is read before every source of a build with faults: each of them

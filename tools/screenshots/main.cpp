@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Drives the desktop program on the samples and writes pictures of its windows: velmora-screenshots FOLDER, and the
 // steps of a moving one into FOLDER/steps. They are made without a screen, so they look the same everywhere.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // TDDLParser: applies a text of MySQL statements to the structure store of an engine, as a server would apply it to its

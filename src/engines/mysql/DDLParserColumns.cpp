@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The column clause of the DDL parser. Fields are set in the row as they are read; an error leaves it as far as it got.
 
 #include <algorithm>

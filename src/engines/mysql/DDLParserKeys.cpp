@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The key and constraint clauses of the DDL parser.
 
 #include "engines/mysql/DDLParser.h"

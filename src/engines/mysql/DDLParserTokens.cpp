@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The tokenizer of the DDL parser. All routines share its state; `pos_` never leaves a word that was taken, so each
 // round of any loop over words comes nearer to the end of the text.
 

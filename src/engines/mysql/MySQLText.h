@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // How the MySQL dialect spells values, names and objects. Pure texts: no connection, no store.

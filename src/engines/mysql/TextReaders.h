@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Connections beside the one of an engine, which share the reading of many creation texts with it.

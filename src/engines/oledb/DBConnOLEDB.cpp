@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The common engine but for the reading of structure, which is in OLEDBStructure.cpp.
 
 #include "engines/oledb/DBConnOLEDB.h"

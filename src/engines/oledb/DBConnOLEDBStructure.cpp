@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The structure of a table out of the provider's schema rowsets.
 
 #include <algorithm>

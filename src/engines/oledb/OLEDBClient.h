@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The client classes of the OLE DB engines: a data source, its session, and the rows of a statement.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The questions that the SQL Server engine asks of the server's catalog. `name` is a table's name as it stands within

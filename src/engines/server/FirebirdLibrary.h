@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The Firebird client library, which is the user's own: it is looked for when a database connects, so that whoever

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What the columns and values of a Firebird server become, and how they lie in the message of a fetched row.

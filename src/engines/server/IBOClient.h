@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The port to an InterBase or Firebird client: a connection and its queries, exactly as the engine needs them. A

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The port to an Oracle client: a session, its queries and its scripts, exactly as the engine needs them. A session of

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The calls and constants of an Oracle client library that this program uses, declared by hand from the library's

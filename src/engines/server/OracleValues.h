@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Result columns and values as an Oracle client library gives them, turned into fields and values of a dataset.

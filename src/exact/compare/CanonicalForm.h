@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Elements in the form in which they are compared: attributes in places of their own, keywords and references in lower

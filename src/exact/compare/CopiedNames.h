@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Names of foreign keys and checks with underscores in front that are not the user's: tools that change a large table

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Expressions of checks, generated columns, defaults and keys: servers print them in spellings of their own.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The primary key that MySQL makes by itself of an invisible column, for tables without one, where it is told to

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What MySQL refuses of tables that MariaDB takes, though it has all the parts.

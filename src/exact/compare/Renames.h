@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Names that become others: what goes and is new in its place may be the same thing under another name.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "exact/compare/Safety.h"
 
 // What a change may cost. The judgement is on the safe side: what is not known to keep every value is unsafe. A change

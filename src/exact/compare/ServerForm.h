@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What servers make of tables as people write them: keys and foreign keys within columns become elements of their own,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Whose rights a view, trigger, routine or event has when it runs, and what a comparison makes of that.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What has to be changed in a target so that its views, triggers, procedures, functions and events are the reference's.

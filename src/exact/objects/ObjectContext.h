@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The modes of a session in which an object was made: its server reads and runs the body in them ever after.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A creation text of a view, trigger, procedure, function or event, taken apart as far as comparing it and writing it

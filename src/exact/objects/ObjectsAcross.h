@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Views, triggers, routines and events that the target cannot have as the reference has them: its server is of another

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Expressions of queries: those of tables, and what only queries have in them besides: queries, windows, aggregates.

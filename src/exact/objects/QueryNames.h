@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What the names of columns mean in a query: which of the tables that it reads from they are of.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "exact/objects/ShownView.h"
 
 #include "mysqltext/Lexer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "exact/plan/FollowedTables.h"
 
 #include "exact/plan/PlanApply.h"

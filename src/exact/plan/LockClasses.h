@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What a change of a table costs those who work with it meanwhile: one row for each kind of change, by the server's

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A plan that locks less: what each of its statements costs, and clauses in statements of their own where that makes

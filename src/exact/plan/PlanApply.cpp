@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "exact/plan/PlanApply.h"
 
 // The plan's statements, and "alter table" as people write it, carried out on tables in memory. It goes by the rules of

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What an "alter table" of the plan is put together from: the clauses that changes of one table need.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // New columns whose default gives another value each time, as uuid() and rand() do. Servers that print such defaults in

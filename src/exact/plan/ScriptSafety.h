@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What the statements of a script may cost, read from the text that will run, whoever wrote it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What the statements of a plan cost those who work with their tables meanwhile, read from their texts.

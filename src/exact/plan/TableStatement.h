@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Statements on tables and indexes, read far enough to run them in another database: which tables they are about, and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The comparison of the exact dialect: reads creation texts without loss, compares element by element, plans one

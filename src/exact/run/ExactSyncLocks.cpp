@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What the statements of the plan lock: whom the classes are told of, and what the script says of them.
 
 #include <algorithm>

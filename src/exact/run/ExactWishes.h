@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What the user asks of a comparison in the exact dialect: the options of the companion, kept in task files.

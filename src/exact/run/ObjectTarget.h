@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What the target's server says to the views, triggers, routines and events that are to be made on it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Reads the creation texts of both sides, in turn, so that servers which are read ahead work at the same time.

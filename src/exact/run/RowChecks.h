@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What the rows that are there say to a script: equal rows under a new unique key, NULL where it is no longer allowed,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What columns, expressions and parts of keys will hold in the rows that are there, in words of a query on these.

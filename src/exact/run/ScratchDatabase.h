@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A database of its own beside the target's, on a connection of its own, so that the target's never leaves its

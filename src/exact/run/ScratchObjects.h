@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Views, triggers and routines in a scratch database: copies of the target's, and what the plan makes of them. Events

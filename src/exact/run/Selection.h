@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What of two databases is compared: patterns on kinds and names, as in "orders*", "view:v_*", "index:orders.ix_*".

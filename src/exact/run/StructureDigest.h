@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A short text that stands for a structure: another one is, but for what nobody will see, of another structure.

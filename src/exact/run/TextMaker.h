@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The port to a reference whose engine has no creation texts: they are made for the target, of what the source holds.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "formats/dbf/DBaseFolder.h"
 
 // The mapping of types is that of the provider for Jet, which is documented with it: everything is text, a double, a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A database (.dbc, with its memos in .dct) of Visual FoxPro: what it adds to its tables. It is a table itself, of

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The table files (.dbf) of dBASE III, IV and 5, FoxPro 2 and Visual FoxPro: head, fields, records. The layout is

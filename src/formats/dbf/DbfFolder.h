@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What folders of dBASE and of FoxPro have in common: their tables, described and read by a mapping of field types that

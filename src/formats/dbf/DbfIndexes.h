@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The indexes beside a table, as far as their heads tell: the files (.ndx) that TABLE.INF lists for dBASE, as the

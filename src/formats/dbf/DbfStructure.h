@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What table files say themselves, and FoxPro's databases of them: more than providers hand on.

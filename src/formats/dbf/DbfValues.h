@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Values out of the records of DBF files. A text that is no value of its type, such as the date 20050231, stays text; a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "formats/dbf/FoxProFolder.h"
 
 // The mapping of types is that of the OLE DB provider for Visual FoxPro, which is documented with it. Deleted records

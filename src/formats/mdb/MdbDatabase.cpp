@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "formats/mdb/MdbDatabase.h"
 
 // In front of mdbtools.h, which includes it where C++ headers must not be.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Database files of Jet and ACE (.mdb, .accdb) as libmdb sees them: pages, rows and the definitions of tables. What the

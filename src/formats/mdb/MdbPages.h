@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Jet database files, put together page by page, by the published notes on the format that the mdbtools project keeps

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Properties of a table and its columns, as the column LvProp of a Jet database's catalog keeps them.

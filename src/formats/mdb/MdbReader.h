@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Access (Jet 3 and 4) over libmdb, which asks for no password.

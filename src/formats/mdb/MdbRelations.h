@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Relations between the tables of a Jet database, as its table MSysRelationships keeps them: a row for each pair of

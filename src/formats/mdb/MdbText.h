@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Values of Jet database files as they are stored, and what they stand for. Where bytes make no value of the kind,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The header of a Paradox table file: its numbers, and the fields it declares. The layout is in docs/paradox.md.

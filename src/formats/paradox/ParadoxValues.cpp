@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Numbers stand highest byte first, with the sign bit turned over: set for positive ones. So their bytes sort as the
 // numbers do, and all bytes zero, in front of every number, is null.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A provider over a reader of files. It runs the statements that the engines send, and no others: there is no SQL

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What the providers of files and folders have in common below their statements: named tables with a structure and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Initialisation strings of OLE DB providers: "Provider=MSDASQL;Data Source=shop". Their form is published with the

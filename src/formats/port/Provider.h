@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The port to what serves an OLE DB connection here: schema rowsets, rows and statements, as the engines need

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The records of an Excel workbook before 2007 and the texts in them (BIFF5 and BIFF8: Microsoft's published [MS-XLS],

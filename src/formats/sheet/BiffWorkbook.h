@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Excel workbooks before 2007 (BIFF5 of Excel 5 and 95, BIFF8 of Excel 97 to 2003).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // What the formats of a workbook's cells say of their numbers: whether one is a moment, that is a date, a time or both.

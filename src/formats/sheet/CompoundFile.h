@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The streams of a compound file, the file system within a file that older office programs write (Microsoft's

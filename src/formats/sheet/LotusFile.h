@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Sheets of Lotus 1-2-3 as libwps reads them, within this process.

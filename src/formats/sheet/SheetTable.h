@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The rule by which a sheet of cells is a table. It follows what the maker of the Jet provider publishes about sheets

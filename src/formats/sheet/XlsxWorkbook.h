@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Excel workbooks from 2007 on (ECMA-376, also by its strict form): a Zip archive of XML documents.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Delimited text as most programs write it: RFC 4180. Values may stand in double quotes; within these a separator and

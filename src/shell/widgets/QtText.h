@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Texts on their way between the library, where they are bytes in UTF-8, and Qt.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The top level of errors: the one place that shows the user the text of an error; then the program goes on. Every

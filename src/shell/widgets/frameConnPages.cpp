@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The pages of the connection frame: fields, captions and what each field does.
 
 #include <QCheckBox>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // The commands of the main window as data: name, caption, shortcut, icon, and the list that says when they are enabled.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What the commands of the main window do.
 
 #include <QApplication>

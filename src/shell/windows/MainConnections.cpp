@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The two databases of the open task beside their comparison: marks, servers, and which of them is which.
 
 #include <QLabel>

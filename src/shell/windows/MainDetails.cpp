@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The texts of a table beside the tree: as they are, or side by side, as the dialect reads them.
 
 #include <QStackedWidget>

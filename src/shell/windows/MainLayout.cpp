@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The main window's components: commands, menus, bars, the work area.
 
 #include <QActionGroup>

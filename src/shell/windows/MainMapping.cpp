@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What the task asks of a comparison: options of the exact dialect, and of a reference that is not MySQL what its
 // columns become, the user's rules for that, and what is accepted.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What the main window asks before a script runs.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The page of the run, and what becomes of what the user has cancelled.
 
 #include <QLabel>

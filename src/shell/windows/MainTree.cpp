@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The tree of differences: what is ticked, deleted and undone there, and the ways between an action and its statement.
 
 #include <QStatusBar>

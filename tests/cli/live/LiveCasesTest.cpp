@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The files of tests/data/companion/live, against the shared server. Beside the steps of any case they have
 //
 //   on NAME            the indented statements run on this database, which is new when it is named first

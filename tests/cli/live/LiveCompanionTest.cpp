@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What the companion does with more than a file of cases can hold.
 
 #include <gmock/gmock.h>

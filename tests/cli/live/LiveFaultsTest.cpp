@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What users see, and what servers keep, when a connection goes in the middle of the work.
 
 #include <gmock/gmock.h>

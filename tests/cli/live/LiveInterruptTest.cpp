@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Runs of a script that are ended from outside.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Runs beside others who use the target meanwhile.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The companion with a reference that the target's server reads, and what becomes of the scratch database.
 
 #include <gmock/gmock.h>

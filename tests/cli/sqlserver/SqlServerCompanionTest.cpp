@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The companion on a SQL Server, over the real driver.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Files and folders through their engines, as the rest of the program sees them: "engine" in the cases of
 // tests/data/formats.
 

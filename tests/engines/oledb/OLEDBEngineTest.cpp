@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What the OLE DB engines have in common, over a provider fed from tables; the engine of ODBC stands for all.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The seven engines of OLE DB providers beside each other, and what FoxPro has of its own.
 
 #include <gmock/gmock.h>

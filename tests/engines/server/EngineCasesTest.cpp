@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The files of tests/data/servers: what the engines make of a database. Their steps are
 //
 //   firebird           a new database, made by the indented statements; the engine is connected to it

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The engine and its client on real databases: files by the embedded engine, and a server of the tests' own.
 
 #include <gmock/gmock.h>

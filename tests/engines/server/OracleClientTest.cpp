@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The session over the client library, and what runs on any session: queries, scripts.
 
 #include <dlfcn.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The exact dialect against a real server.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Sources that are files of other programs, made equal on a server; what they become there.
 
 #include <gtest/gtest.h>

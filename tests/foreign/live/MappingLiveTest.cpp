@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What sources become on a real server, and what of a target counts as equal.
 
 #include <gtest/gtest.h>

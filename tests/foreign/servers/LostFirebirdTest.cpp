@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // A Firebird server that is gone while its facts are read.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Numbers that defaults and triggers take from sequences.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The files of tests/data/foreign/servers: sources of servers' engines, made equal on the shared server by the
 // companion. Beside the steps of any case they have
 //

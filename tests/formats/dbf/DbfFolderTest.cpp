@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Folders of dBASE and FoxPro beyond the cases of tests/data/formats: which files are tables, limits, many records.
 
 #include <sys/stat.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Access files beyond the cases of tests/data/formats: of any size, enciphered, with values that are none.
 
 #include "formats/mdb/MdbReader.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Stored values of Access files one by one.
 
 #include "formats/mdb/MdbText.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // New Access files; and what we write and read, held against an independent reader.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Tables that an independent library has written.
 
 #include <gtest/gtest.h>

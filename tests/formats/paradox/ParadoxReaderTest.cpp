@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Tables of Paradox beyond the cases of tests/data/formats: of any size, and shared with other programs.
 
 #include "formats/paradox/ParadoxReader.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // Workbooks beyond the cases of tests/data/formats.
 
 #include "formats/sheet/ExcelFile.h"

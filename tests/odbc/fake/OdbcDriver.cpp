@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // An ODBC driver as far as the program, and the driver manager between them, call it.
 
 #include <sql.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The provider over a real driver with a server at its other end.
 
 #include "odbc/OdbcSuite.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // A server of the Tabular Data Stream protocol, version 7.4 without encryption, for tests that go through a real

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Column types of the server: as they are declared, and as they and their values go over the wire.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Bytes and packets of the Tabular Data Stream protocol ([MS-TDS], published by its maker as an open specification):

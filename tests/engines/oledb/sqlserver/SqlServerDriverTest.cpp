@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // The engine of SQL Server over the real ODBC driver, against a played server.
 
 #include "core/Meta.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // What goes wrong between the engine of SQL Server, its real ODBC driver and the server.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
 // A stand-in for an Oracle client library, as far as the program calls it. Its entry points are spelled out here once
 // more, so that a slip in the program's own declarations shows.
 
