@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "foreign/Road.h"
 
+#include <zip.h>
+
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <map>
 
 #include "app/Sources.h"
@@ -68,6 +71,22 @@ TStringList ShapeThere(TLiveDatabase& database, bool nullability) {
   return shape;
 }
 
+// Changes one part of a Zip archive: damage to the archive itself seldom comes as far as to what is in it.
+void ChangePart(const std::string& path, TRandom& random, const std::function<void(std::string&)>& change) {
+  zip_t* zip = zip_open(path.c_str(), 0, nullptr);
+  if (zip == nullptr) RaiseError("Cannot read " + path);
+  const auto part = random.Below(static_cast<std::size_t>(zip_get_num_entries(zip, 0)));
+  zip_stat_t about = {};
+  zip_stat_index(zip, part, 0, &about);
+  std::string bytes(about.size, ' ');
+  zip_file_t* file = zip_fopen_index(zip, part, 0);
+  zip_fread(file, bytes.data(), bytes.size());
+  zip_fclose(file);
+  change(bytes);
+  zip_file_replace(zip, part, zip_source_buffer(zip, bytes.data(), bytes.size(), 0), 0);
+  if (zip_close(zip) != 0) RaiseError("Cannot write " + path);
+}
+
 class TTraveller {
  public:
   TTraveller(TSourceMaker& maker, unsigned long long seed) : maker_(maker), random_(seed) {}
@@ -117,12 +136,18 @@ class TTraveller {
     if (files.empty()) return;
     std::ranges::sort(files);
     const std::string& path = random_.Pick(files);
+    if (path.ends_with(".xlsx") && random_.Chance(70))
+      return ChangePart(path, random_, [this](std::string& bytes) { DamageBytes(bytes, 4); });
     std::string bytes = ReadFileText(path);
+    DamageBytes(bytes, 20);
+    WriteFileText(path, bytes);
+  }
+
+  void DamageBytes(std::string& bytes, std::size_t most) {
     if (random_.Chance(30)) bytes.resize(random_.Below(bytes.size() + 1));
-    for (std::size_t i = random_.Below(20); i > 0 && !bytes.empty(); --i)
+    for (std::size_t i = random_.Below(most); i > 0 && !bytes.empty(); --i)
       bytes[random_.Below(random_.Chance(50) ? std::min<std::size_t>(bytes.size(), 600) : bytes.size())] =
           static_cast<char>(random_.Below(256));
-    WriteFileText(path, bytes);
   }
 
   void Run() {
