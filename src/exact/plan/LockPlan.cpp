@@ -45,8 +45,9 @@ bool Drops(const TLockClause& clause, EElement kind, const std::string& name) {
 // Clauses of one statement in the order of the statements that they may become.
 class TSplit {
  public:
-  TSplit(const TClauses& clauses, const TTableText& table, const TServerTraits& server)
-      : clauses_(clauses), table_(table), server_(server) {}
+  // `refers`: a foreign key needs one of the table's keys.
+  TSplit(const TClauses& clauses, const TTableText& table, const TServerTraits& server, bool refers)
+      : clauses_(clauses), table_(table), server_(server), refers_(refers) {}
 
   // One list where nothing is won, or nobody knows.
   std::vector<TClauses> Pieces() {
@@ -84,9 +85,19 @@ class TSplit {
       for (const TLockClause& clause : pieces_[i]) {
         if (NamesLater(clause, i)) return false;
         if (clause.text.starts_with("drop column ") && IsHeld(clause.name, i)) return false;
+        if (refers_ && clause.text.starts_with("drop ") && clause.word == "key" && AddsKey(i + 1)) return false;
       }
     }
     return true;
+  }
+
+  // Which may be the one that takes over for one that goes.
+  bool AddsKey(std::size_t piece) const {
+    const auto adds = [](const TLockClause& clause) {
+      return clause.text.starts_with("add ") && (clause.word == "key" || clause.word == "column");
+    };
+    return std::any_of(pieces_.begin() + static_cast<std::ptrdiff_t>(piece), pieces_.end(),
+                       [&](const TClauses& later) { return std::ranges::any_of(later, adds); });
   }
 
   bool NamesLater(const TLockClause& clause, std::size_t piece) const {
@@ -133,6 +144,7 @@ class TSplit {
   const TClauses& clauses_;
   const TTableText& table_;
   const TServerTraits& server_;
+  const bool refers_;
   std::vector<TClauses> pieces_;
 };
 
@@ -186,7 +198,7 @@ class TLocker {
     const TClauses clauses = LockClauses(statement.text, *table, statement.checks_on);
     const bool whole = PosNoCase("using hash", statement.text) != 0;
     const std::vector<TClauses> pieces =
-        whole ? std::vector<TClauses>{clauses} : TSplit(clauses, *table, server_).Pieces();
+        whole ? std::vector<TClauses>{clauses} : TSplit(clauses, *table, server_, Refers(*table)).Pieces();
     for (const TClauses& piece : pieces) {
       TPlanStatement& part = done_.emplace_back(statement);
       if (pieces.size() > 1) part.text = AlterOf(statement.table, piece);
@@ -195,6 +207,16 @@ class TLocker {
       part.lock = table == nullptr ? ELockClass::Unknown : ClassOfClauses(piece, *table, server_);
       Follow(part);
     }
+  }
+
+  // Whether a foreign key leads from the table or to it.
+  bool Refers(const TTableText& table) const {
+    return std::ranges::any_of(target_.Tables(), [&table](const TTableText& other) {
+      return std::ranges::any_of(other.elements, [&](const TElement& element) {
+        return element.kind == EElement::ForeignKey &&
+               (SameText(other.name, table.name) || SameText(element.text.ForeignKey().table, table.name));
+      });
+    });
   }
 
   // The table as the statements so far leave it; null where that is not known.
