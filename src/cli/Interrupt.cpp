@@ -68,11 +68,12 @@ void OnEnd(int signal) {
   errno = error;
 }
 
-// Starts a thread that no signal is handled on.
+// Starts a thread that no signal is handled on but those of faults.
 template <class Body>
 std::thread WithoutSignals(Body body) {
   sigset_t all, former;
   sigfillset(&all);
+  for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT}) sigdelset(&all, fault);
   pthread_sigmask(SIG_SETMASK, &all, &former);
   std::thread thread;
   RunGuarded([&] { thread = std::thread(body); }, [&] { pthread_sigmask(SIG_SETMASK, &former, nullptr); });

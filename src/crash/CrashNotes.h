@@ -12,12 +12,12 @@ namespace velmora {
 inline constexpr std::size_t kCrashNotes = 40;        // lines that are remembered
 inline constexpr std::size_t kCrashNoteLength = 200;  // bytes of each
 
-// Remembers a line in place of the oldest one, as WithoutQuotedValues makes it. Any thread may call it.
+// Remembers a line in place of the oldest one, as WithoutValues makes it. Any thread may call it.
 void NoteForCrash(std::string_view line);
 
-// The line as reports hold it: what stands in quotes is a value as likely as a name, and is left out together with
-// all up to the last quote of its kind, as a value may hold quotes itself. `Duplicate entry '...'`
-std::string WithoutQuotedValues(std::string_view line);
+// The line as reports hold it. What stands in quotes is a value as likely as a name, and may hold quotes itself: the
+// line ends with the first quote. `Duplicate entry '...` Long numbers and numbers in hexadecimal may be values, too.
+std::string WithoutValues(std::string_view line);
 
 // For the reporter: the notes, oldest first, one by one to `take`. Safe in a signal handler, where a line that is being
 // written at that moment may be torn.

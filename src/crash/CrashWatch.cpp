@@ -188,6 +188,8 @@ void WriteNotes(int file) {
 
 // "559c1a2b3000-559c1a2c0000 r--p 00000000 08:01 1234   /usr/lib/libz.so.1": the first mapping of a program or library.
 bool IsFirstMapping(std::string_view line) {
+  constexpr std::string_view kReplaced = " (deleted)";  // by an update, while the program runs
+  if (line.ends_with(kReplaced)) line.remove_suffix(kReplaced.size());
   const std::size_t offset = line.find(' ', line.find(' ') + 1);
   const bool first = offset != std::string_view::npos && line.substr(offset).starts_with(" 00000000 ");
   return first && line.find('/') != std::string_view::npos &&
@@ -221,9 +223,9 @@ void WriteReport(int file, int signal, const siginfo_t* info) {
   Write(file, prepared->heading);
   WriteReason(file, signal, info);
   WriteAbortMessage(file);
-  WriteStack(file);
   WriteNotes(file);
   WriteLibraries(file);
+  WriteStack(file);  // the last: walking over a spoiled stack, or beside a library that is being loaded, may never end
 }
 
 void MakeFolders(std::string_view path) {
@@ -246,6 +248,10 @@ int OpenReport(TShortText& path) {
   path.Number(static_cast<std::uint64_t>(getpid()));
   path << kCrashReportEnding;
   MakeFolders(path.View());
+  if (!path.View().ends_with(kCrashReportEnding)) {  // cut
+    errno = ENAMETOOLONG;
+    return -1;
+  }
   return open(path.Path(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
 }
 
@@ -263,17 +269,31 @@ void Report(int signal, const siginfo_t* info) {
     WriteReport(STDERR_FILENO, signal, info);
     return;
   }
-  WriteReport(file, signal, info);
-  fsync(file);
-  close(file);
   Tell("a fatal error has ended the program. A report, without passwords and data, is in ");
   Write(STDERR_FILENO, path.View());
   Write(STDERR_FILENO, "\n");
+  WriteReport(file, signal, info);
+  fsync(file);
+  close(file);
 }
 
 void EndBy(int number) {
   ::signal(number, SIG_DFL);
   raise(number);
+}
+
+// A report that hangs is given up; the program still ends by the signal of its fault.
+std::atomic<int> fault = 0;
+void OnAlarm(int) { EndBy(fault); }
+
+void WaitNoLonger(int number) {
+  fault = number;
+  ::signal(SIGALRM, OnAlarm);
+  sigset_t alarms;
+  sigemptyset(&alarms);
+  sigaddset(&alarms, SIGALRM);
+  pthread_sigmask(SIG_UNBLOCK, &alarms, nullptr);
+  alarm(kSecondsToReport);
 }
 
 void HandleFatal(int number, siginfo_t* info, void*) {
@@ -284,8 +304,7 @@ void HandleFatal(int number, siginfo_t* info, void*) {
     while (busy != self) pause();  // another thread's report ends this one, too
     EndBy(number);                 // the report itself has failed
   }
-  ::signal(SIGALRM, SIG_DFL);
-  alarm(kSecondsToReport);
+  WaitNoLonger(number);
   Report(number, info);
   EndBy(number);
 }
@@ -344,7 +363,7 @@ void PrepareStack() {
 }  // namespace
 
 void TellCrashReason(std::string_view told) {
-  const std::string shown = ShownText(WithoutQuotedValues(told));
+  const std::string shown = ShownText(WithoutValues(told));
   const std::size_t length = std::min(shown.size(), reason.size());
   std::copy_n(shown.begin(), length, reason.begin());
   reason_length = length;

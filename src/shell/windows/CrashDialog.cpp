@@ -22,7 +22,7 @@ namespace velmora {
 namespace {
 
 constexpr char kExplained[] =
-    "Velmora was ended by a fatal error the last time.\n\n"
+    "A fatal error has ended Velmora, or velmora-cli.\n\n"
     "The report below tells where in the program that was. It holds no passwords and no rows; names of databases, "
     "tables and files may stand in it. Nothing is sent by itself: if you can, send it to %s, with a word on what "
     "you were doing.\n\nReports stay in %s.";
