@@ -151,11 +151,14 @@ void TScriptRunner::MarkFailed(std::size_t index) {
   editor_.MarkLine(editor_.CaretLine());
 }
 
-// What ended the run matters more than an error of this, which is told beside it.
+// What ended the run matters more than an error of this, which is told beside it. Settings may stand between what took
+// an object away and what makes it again.
 void TScriptRunner::PutBack(TDBConn& target, std::size_t index, const TRunWishes& wishes) {
-  if (index == report_.statements.size()) return;
+  std::size_t makes = index;
+  while (makes < report_.statements.size() && FirstWord(report_.statements[makes].text) == "set") ++makes;
+  if (makes == report_.statements.size()) return;
   TStatementRun& run = report_.runs[index];
-  const TStringList statements = wishes.put_back ? wishes.put_back(report_.statements[index].text) : TStringList();
+  const TStringList statements = wishes.put_back ? wishes.put_back(report_.statements[makes].text) : TStringList();
   if (statements.empty()) return;
   if (!target.GetConnected()) {
     run.put_back = Format(kLost, JoinList(statements, "; "));

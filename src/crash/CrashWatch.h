@@ -19,14 +19,15 @@ struct TCrashWatch {
 };
 
 // Watches from here on for what ends a program: a signal of a fault (SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS),
-// std::terminate, and an abort, as of a failed assertion. To be called once, by the thread that runs main; other threads whose
-// stacks are used up leave no report.
+// std::terminate, and an abort, as of a failed assertion. To be called once, by the thread that runs main; other
+// threads whose stacks are used up leave no report.
 //
 // A report holds the program and its build, the system, what is known of the reason, the stack, the last notes
 // (CrashNotes.h) and the loaded libraries with their addresses; no passwords, no values, no contents of memory.
 void WatchForCrashes(const TCrashWatch& watch);
 
-// Why the program is about to end; for libraries that tell it before they abort. Quoted values are left out, as WithoutValues has it.
+// Why the program is about to end; for libraries that tell it before they abort. Quoted values are left out, as
+// WithoutValues has it.
 void TellCrashReason(std::string_view reason);
 
 }  // namespace velmora

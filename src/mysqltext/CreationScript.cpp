@@ -8,6 +8,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
 #include "mysqltext/LexicalRules.h"
 #include "mysqltext/SessionSettings.h"
@@ -233,9 +234,24 @@ class TCreationScript::TCollector {
 
   void TakeObject(const TStatement& statement, const TStatementHead& head) {
     TOtherObject object{std::string(head.object), NameIn(statement.text, head), WithoutMarks(statement.text)};
-    if (object.kind != "view") object.context = settings_.Context();
+    if (object.kind != "view")
+      object.context = settings_.Context();
+    else if (PosNoCase("ansi", settings_.Context().sql_mode.value_or("")) != 0)
+      object.text = WithBackQuotes(object.text);
     if (object.kind == "view" && IsStandIn(object.text)) object.text.clear();
     others_.push_back(std::move(object));
+  }
+
+  // Views are kept without the mode in which they were made, which may be one where names stand in double quotes.
+  static std::string WithBackQuotes(const std::string& text) {
+    std::string result;
+    std::size_t from = 0;
+    for (const TToken& token : Tokens(text)) {
+      if (token.kind != EToken::String || !token.text.starts_with('"')) continue;
+      result += text.substr(from, token.start - from) + QuotedName(ValueOf(token));
+      from = token.End();
+    }
+    return result + text.substr(from);
   }
 
   // Dumps make a view of nothing in the place of each one that they make later; where that never comes, nobody knows
@@ -388,8 +404,8 @@ void TCreationScript::Pack(std::vector<TSpan>& spans) {
   buffer_.shrink_to_fit();
 }
 
-// Which database is meant; spans of tables of others are left to the structure alone, which tells by itself. Where
-// there are no tables, it is that of the objects.
+// Which database is meant; spans of tables of others are left to the structure alone, which tells by itself. Views
+// and routines of another database than the tables would be taken for this one's: then somebody has to choose.
 void TCreationScript::ChooseDatabase(const std::vector<TSpan>& spans, const std::set<std::string>& of_objects,
                                      const std::string& wanted) {
   std::set<std::string> databases;
@@ -399,7 +415,7 @@ void TCreationScript::ChooseDatabase(const std::vector<TSpan>& spans, const std:
         Qualifier(std::string_view(buffer_).substr(span.start, span.end - span.start), span.head);
     databases.insert(qualifier.empty() ? span.database : qualifier);
   }
-  if (databases.empty()) databases = of_objects;
+  databases.insert(of_objects.begin(), of_objects.end());
   databases.erase("");
   std::string list;
   for (const std::string& database : databases) list += (list.empty() ? "" : ", ") + database;

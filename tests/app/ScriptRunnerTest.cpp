@@ -155,6 +155,10 @@ TEST_F(ScriptRunnerTest, WhatWasToBeReplacedIsPutBack) {
                               " at line 2, column 1: make new");
     EXPECT_EQ(told.at(2), "What it was to replace was put back");
   }
+  runner_.OnProgress = nullptr;
+  server_->answers["set a = 1"].error = "no";  // in between
+  EXPECT_EQ(MessageOf([&] { runner_.RunScript("drop old;\nset a = 1;\nmake new;\n", wishes); }), "no");
+  EXPECT_EQ(server_->TakeLog(), (TStringList{"start", "exec drop old", "exec set a = 1", "exec make old", "rollback"}));
 }
 
 }  // namespace

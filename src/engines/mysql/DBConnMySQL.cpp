@@ -544,17 +544,18 @@ void TDBConnMySQL::ShowObject(TOtherObject& object) {
 
 // Servers show some views only to sessions of the collation in which they were made.
 void TDBConnMySQL::ReadInOwnCollation(TOtherObject& view) {
-  std::vector<TVariant> row;
-  MySqlQueryRow(kOwnCollation + QuotedText(view.name), *connection_, row);
-  if (row.empty()) return;
-  const std::string own = VarToText(row[0]);
-  ExecSQL(Format(kTakesCollation, QuotedText(own)));
   try {
-    ShowObject(view);
+    std::vector<TVariant> row;
+    MySqlQueryRow(kOwnCollation + QuotedText(view.name), *connection_, row);
+    if (row.empty()) return;
+    ExecSQL(Format(kTakesCollation, QuotedText(VarToText(row[0]))));
+    RunGuarded([&] { ShowObject(view); },
+               [&] {
+                 if (connection_->GetConnected()) ExecSQL(kCollationAsItWas);
+               });
   } catch (const EMySqlException&) {
     if (!connection_->GetConnected()) throw;
   }
-  ExecSQL(kCollationAsItWas);
 }
 
 void TDBConnMySQL::ForgetTexts() {

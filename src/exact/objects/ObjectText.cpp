@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <initializer_list>
+#include <set>
 #include <utility>
 
 #include "exact/objects/Definers.h"
@@ -18,6 +19,7 @@ namespace velmora {
 
 namespace {
 
+constexpr char kHidden[] = "a query of \"with\" has the name of a table that is told apart by its database alone";
 constexpr char kNotPreserve[] = "on completion not preserve";
 constexpr char kNoObject[] = "line %d: neither a view, trigger, procedure, function nor event is created here";
 constexpr char kUnexpected[] = "line %d: \"%s\" is not what can follow here in a creation text of a %s";
@@ -249,10 +251,29 @@ class TReader {
       if (tokens_[last - 1].Is("with")) --last;
     }
     if (first >= last) Unexpected();
+    if (HidesTable({first, last})) RaiseError(kHidden);
     read_.body = WithoutDatabase(text_, tokens_, {first, end_}, database_);
     read_.query = WithoutDatabase(text_, tokens_, {first, last}, database_);
     Say(kViewQuery, QueryMeaning(read_.query, read_.columns));
     Say("check option", option);
+  }
+
+  // "with s as (...) ... from db.s": without the database another table is meant.
+  bool HidesTable(TTokenRange range) const {
+    std::set<std::string> named, qualified;
+    for (std::size_t at = range.first; at < range.last; ++at) {
+      if (!IsName(tokens_[at])) continue;
+      const bool begins = at > range.first &&
+                          (tokens_[at - 1].Is("with") || tokens_[at - 1].Is("recursive") || tokens_[at - 1].Is(","));
+      const bool own = NameOf(tokens_[at]) == database_ && TokenAt(tokens_, at + 1).Is(".");
+      const std::size_t next = at + 1;
+      const bool queries =
+          TokenAt(tokens_, next).Is("(") || (TokenAt(tokens_, next).Is("as") && TokenAt(tokens_, next + 1).Is("("));
+      if (begins && queries) named.insert(NameOf(tokens_[at]));
+      if (own) qualified.insert(NameOf(TokenAt(tokens_, at + 2)));
+    }
+    const bool with = std::ranges::any_of(tokens_, [](const TToken& token) { return token.Is("with"); });
+    return with && std::ranges::any_of(qualified, [&](const std::string& name) { return named.contains(name); });
   }
 
   void ReadTrigger() {

@@ -209,6 +209,8 @@ class TRewriter {
   TWindow NamedWindow(const TToken& name) const {
     const auto found = names_.windows.find(LowerText(NameOf(name)));
     if (!IsName(name) || found == names_.windows.end()) RaiseError(kUnreadable);
+    for (std::size_t at = found->second.first; at < found->second.last; ++at)  // which would be read again each time
+      if (Token(at).Is("over")) RaiseError(kUnreadable);
     TQueryNames others = names_;
     others.windows.erase(found->first);
     return TRewriter(tokens_, others).ReadWindow(found->second);

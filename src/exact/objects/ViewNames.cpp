@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "exact/objects/ObjectContext.h"
 #include "exact/objects/ObjectText.h"
 #include "mysqltext/ColumnParts.h"
 #include "mysqltext/TableText.h"
@@ -13,7 +14,7 @@ namespace velmora {
 
 namespace {
 
-constexpr int kMaxDepth = 100;
+constexpr int kMaxDepth = 20;  // each may hold queries within queries: all of them share one stack
 
 std::vector<TListedColumn> ColumnsOfTable(const std::string& text) {
   std::vector<TListedColumn> columns;
@@ -57,7 +58,7 @@ TListedColumns TViewNames::ReadColumns(const std::string& table) const {
     const std::string text = side_.table_text ? side_.table_text(table) : std::string();
     return text.empty() ? std::nullopt : TListedColumns(ColumnsOfTable(text));
   }
-  const TObjectText read = ReadObjectText(view->text, side_.database);
+  const TObjectText read = ReadObject(*view, side_.database);
   std::vector<std::string> names = read.columns;
   if (names.empty()) names = QueryColumns(read.query, known_);
   std::vector<TListedColumn> columns;

@@ -165,7 +165,8 @@ class TQueryReader {
     return end;
   }
 
-  void Split(TTokenRange range, std::vector<TTokenRange>& terms, std::vector<std::string>& words) const {
+  void Split(TTokenRange range, std::vector<TTokenRange>& terms, std::vector<std::string>& words, int depth = 0) const {
+    if (depth > kMaxDepth) Unreadable(range.first);
     for (std::size_t first = range.first;;) {
       const std::size_t end = FindUnion({first, range.last});
       terms.push_back({first, end});
@@ -179,7 +180,7 @@ class TQueryReader {
     if (words.empty() || words[0].starts_with("intersect") || !IsPlainUnion(terms[0])) return;
     std::vector<TTokenRange> terms_within;
     std::vector<std::string> words_within;
-    Split({terms[0].first + 1, terms[0].last - 1}, terms_within, words_within);
+    Split({terms[0].first + 1, terms[0].last - 1}, terms_within, words_within, depth + 1);
     terms.erase(terms.begin());
     terms.insert(terms.begin(), terms_within.begin(), terms_within.end());
     words.insert(words.begin(), words_within.begin(), words_within.end());

@@ -20,7 +20,8 @@ namespace {
 constexpr char kRunQuestion[] = "Run %s on %s?";
 constexpr char kUnsafeQuestion[] = "\n\n%s of this script can lose data:";
 constexpr char kSafeScript[] = "\n\nNothing in it was found to lose data.";
-constexpr char kPerhapsRenamed[] = "\n\nPerhaps renamed only; \"Rename ... instead\" in the context menu keeps the values:";
+constexpr char kPerhapsRenamed[] =
+    "\n\nPerhaps renamed only; \"Rename ... instead\" in the context menu keeps the values:";
 constexpr char kRowsQuestion[] = "Rows of the target stand in the way of the script, or could not be checked:";
 constexpr int kRowCheckSeconds = 30;  // for each question
 constexpr std::size_t kListedUnsafe = 12;
