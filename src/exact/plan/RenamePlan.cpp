@@ -2,6 +2,7 @@
 #include "exact/plan/RenamePlan.h"
 
 #include <algorithm>
+#include <set>
 #include <vector>
 
 #include "exact/plan/PlanClauses.h"
@@ -92,14 +93,36 @@ bool NeedsTelling(const TElement& element) {
          std::ranges::any_of(element.text.KeyParts(), [](const TKeyPart& part) { return part.column.empty(); });
 }
 
+bool NamesOne(const TElement& element, const std::set<std::string>& columns) {
+  return std::ranges::any_of(element.text.Tokens(), [&columns](const TToken& token) {
+    return IsName(token) && columns.contains(LowerText(NameOf(token)));
+  });
+}
+
+// The column, and those that are computed of it, of these, and so on; in lower case.
+std::set<std::string> ComputedOf(const std::string& column, const TTableText& table) {
+  std::set<std::string> columns = {LowerText(column)};
+  for (bool more = true; more;) {
+    more = false;
+    for (const TElement& element : table.elements)
+      if (element.kind == EElement::Column && element.text.Column().generated && NamesOne(element, columns))
+        more = columns.insert(LowerText(element.name)).second || more;
+  }
+  return columns;
+}
+
+// A key over expressions goes and comes back where these name what is computed of the column.
 void AddDependents(const TRename& rename, const TTableText& table, TStringList& clauses) {
   const TPlanServer server{.mysql = true};
+  const std::set<std::string> computed = ComputedOf(rename.from, table);
   TStringList after;
   for (const TElement& element : table.elements) {
     TElement follows = element;
-    if (NeedsTelling(element)) RenameColumnIn(follows, rename.from, rename.to);
-    if (follows.text == element.text) continue;
+    const bool told = NeedsTelling(element);
+    if (told) RenameColumnIn(follows, rename.from, rename.to);
     const bool column = element.kind == EElement::Column;
+    const bool comes_back = told && IsKey(element.kind) && NamesOne(element, computed);
+    if (follows.text == element.text && !comes_back) continue;
     if (!column) clauses.insert(clauses.begin(), DropText(element.kind, element.name, server));
     after.push_back((column ? "modify column " : "add ") + follows.text.Str());
   }
