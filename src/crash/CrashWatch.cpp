@@ -5,7 +5,6 @@
 #include <dlfcn.h>
 #include <execinfo.h>
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
 #include <unistd.h>
@@ -14,6 +13,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -301,8 +301,8 @@ void HandleFatal(int number, siginfo_t* info, void*) {
   pid_t busy = 0;
   const pid_t self = gettid();
   if (!reporter.compare_exchange_strong(busy, self)) {
-    while (busy != self) pause();  // another thread's report ends this one, too
-    EndBy(number);                 // the report itself has failed
+    if (busy == self) EndBy(number);  // the report itself has failed
+    for (;;) pause();                 // another thread's report ends this one, too
   }
   WaitNoLonger(number);
   Report(number, info);

@@ -107,6 +107,7 @@ void TSchemaGenerator::MoveColumn(TTableModel& table) {
 }
 
 void TSchemaGenerator::MutateColumn(TSchemaModel& schema, TTableModel& table) {
+  if (table.columns.empty()) return;  // all were taken away, and the server will refuse the table
   TColumnModel& column = random_.Pick(table.columns);
   switch (random_.Below(10)) {
     case 0:

@@ -62,6 +62,7 @@ TListedColumns TViewNames::ReadColumns(const std::string& table) const {
   std::vector<std::string> names = read.columns;
   if (names.empty()) names = QueryColumns(read.query, known_);
   std::vector<TListedColumn> columns;
+  columns.reserve(names.size());
   for (std::string& name : names) columns.push_back({std::move(name)});
   return columns.empty() ? std::nullopt : TListedColumns(std::move(columns));
 }
