@@ -44,6 +44,13 @@ constexpr std::array<TFatalSignal, 7> kFatalSignals = {{{SIGSEGV, "SIGSEGV: memo
                                                         {SIGSYS, "SIGSYS: a system call that is not allowed"},
                                                         {SIGABRT, "SIGABRT: the program gave up"}}};
 
+// The address sanitizer tells more of a fault than a report could: its own handlers stay.
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool kToldBySanitizer = true;
+#else
+constexpr bool kToldBySanitizer = false;
+#endif
+
 constexpr unsigned kSecondsToReport = 20;  // then the program ends without a whole report
 constexpr std::size_t kMostFrames = 128;
 constexpr std::size_t kHandlerStack = 64 << 10;  // for the thread of main, whose own stack may be what is used up
@@ -370,7 +377,7 @@ void TellCrashReason(std::string_view told) {
 }
 
 void WatchForCrashes(const TCrashWatch& watch) {
-#ifndef __SANITIZE_ADDRESS__  // which tells more of a fault than we could
+  if constexpr (kToldBySanitizer) return;
   if (!watch.folder.empty()) RemoveOldReports(watch.folder);
   static const TPrepared parts = {
       Heading(watch), watch.folder.empty() ? "" : JoinPath(watch.folder, watch.program + "-"), watch.program, getpid()};
@@ -385,9 +392,6 @@ void WatchForCrashes(const TCrashWatch& watch) {
   action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
   sigemptyset(&action.sa_mask);
   for (const TFatalSignal& row : kFatalSignals) sigaction(row.number, &action, nullptr);
-#else
-  static_cast<void>(watch);
-#endif
 }
 
 }  // namespace velmora
