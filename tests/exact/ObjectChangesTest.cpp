@@ -5,6 +5,7 @@
 
 #include "exact/objects/ObjectContext.h"
 #include "exact/objects/ObjectPlan.h"
+#include "exact/objects/TableMentions.h"
 #include "exact/objects/ViewQuery.h"
 #include "support/CaseFile.h"
 #include "support/LineDiff.h"
@@ -51,6 +52,31 @@ TEST(ObjectChangesTest, NamesInQueries) {
     }
     const std::vector<TObjectChange> changes = CompareObjects(sides[0], sides[1]).changes;
     EXPECT_EQ(changes.empty() ? "same" : JoinList(changes[0].elements, ", "), row.at(2));
+  }
+}
+
+TEST(ObjectChangesTest, NamesThatStandWhereTablesDo) {
+  const std::pair<const char*, const char*> kCases[] = {
+      {"select sum(o), (c) from (a join `b` on((a.x = b.y))) left join d.c using (q), e", "a b c e"},
+      {"select extract(year from day), trim(both 'x' from s), substring(s from 2) from t", "t"},
+      {"with w as (select 1 from u) select * from w, (select k from v where x in (select y from z)) as n, m",
+       "u w v z m"},
+      {"select * from json_table(doc, '$' columns(a int path '$.a')) j, t partition (p0) use index (i, k), lateral "
+       "(select g from s) as l order by o, p",
+       "t s"},
+      {"begin declare c cursor for select x from a, b; fetch next from c into d, e; insert ignore into f (g, h) select "
+       "replace(i, j, k), insert(i, 1, 1, k) from l on duplicate key update m = 1; update n, o set p = 1, q = 2; end",
+       "a b f l n o"},
+      {"replace x select if(a, b, c) into v from t for update; delete from u using u join w; truncate table y; drop "
+       "temporary table if exists z; load data infile 'f' into table i (a, b)",
+       "x t u u w y z i"},
+      {"select a from t where b union (select c from (u, v) where d) limit 1, 2", "t u v"},
+  };
+  for (const auto& [text, names] : kCases) {
+    const std::vector<TToken> tokens = Tokens(text);
+    TStringList found;
+    for (const TTableMention& name : TableMentions(tokens)) found.push_back(NameOf(tokens[name.at]));
+    EXPECT_EQ(JoinList(found, " "), names) << text;
   }
 }
 

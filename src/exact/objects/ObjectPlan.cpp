@@ -11,6 +11,7 @@
 
 #include "exact/objects/Dependents.h"
 #include "exact/objects/ObjectContext.h"
+#include "exact/objects/TableMentions.h"
 #include "exact/objects/ViewQuery.h"
 #include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
@@ -45,28 +46,12 @@ std::string DropText(const TObjectChange& change) {
   return "drop " + change.kind + " " + QuotedName(change.old_text->name);
 }
 
-bool IsAnyOf(const TToken& token, std::initializer_list<std::string_view> words) {
-  return std::ranges::any_of(words, [&token](std::string_view word) { return token.Is(word); });
-}
-
-// Names of what a query may read from, as servers have them: those that stand where tables do.
+// What a view's query may read from, as servers have the names.
 std::set<std::string> TablesIn(const TObjectChange& view) {
   std::set<std::string> names;
-  std::vector<bool> lists = {false};  // whether tables are listed here, within as many brackets
-  const TToken none;
-  const TToken* before = &none;
   const bool ansi = QuotesNames(view.new_object.context.sql_mode.value_or(""));
   const std::vector<TToken> tokens = TokensByMode(view.new_text->body, ansi);
-  for (const TToken& token : tokens) {
-    const bool begins = IsAnyOf(*before, {"from", "join", "straight_join", ",", "("});
-    if (lists.back() && begins && IsName(token)) names.insert(NameOf(token));
-    if (IsAnyOf(token, {"from", "join", "straight_join"})) lists.back() = true;
-    if (IsAnyOf(token, {"select", "on", "using", "where", "group", "having", "window", "order", "limit"}))
-      lists.back() = false;
-    if (token.Is("(")) lists.push_back(lists.back());
-    if (token.Is(")") && lists.size() > 1) lists.pop_back();
-    before = &token;
-  }
+  for (const TTableMention& table : TableMentions(tokens)) names.insert(NameOf(tokens[table.at]));
   return names;
 }
 

@@ -10,6 +10,7 @@
 
 #include "exact/compare/ServerFunctions.h"
 #include "exact/objects/ObjectContext.h"
+#include "exact/objects/TableMentions.h"
 #include "mysqltext/KeyText.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -63,45 +64,43 @@ std::vector<TToken> TokensIn(std::string_view text, const TOtherObject& object) 
 
 // --- What an object names
 
-class TNamed {
- public:
-  TNamed(const TObjectChange& change, const std::string& database) : database_(database) {
-    const std::vector<TToken> tokens = TokensIn(change.new_text->body, change.new_object);
-    if (!change.new_text->table.empty()) tables.insert(LowerText(change.new_text->table));
-    for (std::size_t at = 0; at + 1 < tokens.size(); ++at)
-      if (IsName(tokens[at])) Take(tokens, at, change.kind == kView);
-  }
-
-  std::set<std::string> tables;  // or views, in lower case, as all of these
+// Names in lower case.
+struct TNamed {
+  std::set<std::string> tables;  // or views
   std::set<std::string> functions;
   std::set<std::string> procedures;
   std::set<std::string> names;  // of whatever it is
-
- private:
-  void Take(TTokens tokens, std::size_t at, bool view) {
-    const std::string name = LowerText(NameOf(tokens[at]));
-    names.insert(name);
-    const bool qualified = at >= 2 && tokens[at - 1].Is(".");
-    if (qualified && !(IsName(tokens[at - 2]) && NameOf(tokens[at - 2]) == database_)) return;
-    const std::size_t before = at - (qualified ? 2 : 0);  // behind what it is told by
-    const TToken& next = tokens[at + 1];
-    const bool called = before > 0 && tokens[before - 1].Is("call");
-    if (called)
-      procedures.insert(name);
-    else if (next.Is("("))
-      functions.insert(name);
-    if (!next.Is(".") && before > 0 && !called && BringsTable(tokens[before - 1], view)) tables.insert(name);
-  }
-
-  // In queries as servers print them columns are told with their tables.
-  static bool BringsTable(const TToken& before, bool view) {
-    const bool query = before.Is("from") || before.Is("join") || before.Is("straight_join");
-    if (view) return query || before.Is(",") || before.Is("(");
-    return query || before.Is("into") || before.Is("update") || before.Is("table");
-  }
-
-  const std::string& database_;
 };
+
+// Of the own database, or told without one.
+bool IsOwn(TTokens tokens, std::size_t name, const std::string& database) {
+  const bool qualified = name >= 2 && tokens[name - 1].Is(".");
+  return !qualified || (IsName(tokens[name - 2]) && NameOf(tokens[name - 2]) == database);
+}
+
+void TakeCalls(TTokens tokens, const std::string& database, TNamed& named) {
+  for (std::size_t at = 0; at + 1 < tokens.size(); ++at) {
+    if (!IsName(tokens[at])) continue;
+    const std::string name = LowerText(NameOf(tokens[at]));
+    named.names.insert(name);
+    if (!IsOwn(tokens, at, database)) continue;
+    const std::size_t begin = at >= 2 && tokens[at - 1].Is(".") ? at - 2 : at;
+    if (begin > 0 && tokens[begin - 1].Is("call"))
+      named.procedures.insert(name);
+    else if (tokens[at + 1].Is("("))
+      named.functions.insert(name);
+  }
+}
+
+TNamed NamedBy(const TObjectChange& change, const std::string& database) {
+  TNamed named;
+  const std::vector<TToken> tokens = TokensIn(change.new_text->body, change.new_object);
+  TakeCalls(tokens, database, named);
+  if (!change.new_text->table.empty()) named.tables.insert(LowerText(change.new_text->table));
+  for (const TTableMention& name : TableMentions(tokens))
+    if (!name.qualified || IsOwn(tokens, name.at, database)) named.tables.insert(LowerText(NameOf(tokens[name.at])));
+  return named;
+}
 
 // --- Translation
 
@@ -133,12 +132,34 @@ void SpellRegexp(std::string& text) {
   text = Replaced(std::move(text), std::move(parts));
 }
 
-// MySQL has no cache of queries any more, and forgets what is said of it.
+bool IsCacheWord(const TToken& token) { return IsKeyword(token, "sql_no_cache") || IsKeyword(token, "sql_cache"); }
+
+// Whether nothing but other such words stands between it and "select": elsewhere it is a name.
+bool BeginsItems(TTokens tokens, std::size_t at) {
+  static constexpr std::array<std::string_view, 9> kWords = {"all",
+                                                             "distinct",
+                                                             "distinctrow",
+                                                             "high_priority",
+                                                             "straight_join",
+                                                             "sql_small_result",
+                                                             "sql_big_result",
+                                                             "sql_buffer_result",
+                                                             "sql_calc_found_rows"};
+  const auto passes = [](const TToken& token) {
+    return IsCacheWord(token) ||
+           std::ranges::any_of(kWords, [&token](std::string_view word) { return IsKeyword(token, word); });
+  };
+  while (at > 0 && passes(tokens[at - 1])) --at;
+  return at > 0 && tokens[at - 1].Is("select");
+}
+
+// MySQL has no cache of queries any more, and forgets what is said of it: the words behind "select".
 void DropCacheWords(std::string& text) {
   std::vector<TReplacement> parts;
-  for (const TToken& token : Tokens(text))
-    if (token.kind == EToken::Word && (token.Is("sql_no_cache") || token.Is("sql_cache")))
-      parts.push_back({token.start, token.End() + 1, ""});
+  const std::vector<TToken> tokens = Tokens(text);
+  for (std::size_t at = 1; at < tokens.size(); ++at)
+    if (IsCacheWord(tokens[at]) && BeginsItems(tokens, at))
+      parts.push_back({tokens[at].start, tokens[at + 1].start, ""});
   text = Replaced(std::move(text), std::move(parts));
 }
 
@@ -280,7 +301,7 @@ class TLeaving {
 
   std::string TableMissingTo(const TObjectChange& change) const {
     if (tables_.empty()) return {};
-    const TNamed named(change, reference_.database);
+    const TNamed& named = NamedByIt(change);
     for (const std::string& name : named.tables) {
       const auto found = tables_.find(name);
       if (found == tables_.end()) continue;
@@ -294,7 +315,7 @@ class TLeaving {
 
   std::string ObjectMissingTo(const TObjectChange& change) const {
     if (left_.empty()) return {};
-    const TNamed named(change, reference_.database);
+    const TNamed& named = NamedByIt(change);
     const std::pair<const char*, const std::set<std::string>*> kinds[] = {
         {"view", &named.tables}, {"function", &named.functions}, {"procedure", &named.procedures}};
     for (const auto& [kind, names] : kinds)
@@ -305,10 +326,18 @@ class TLeaving {
     return {};
   }
 
+  // Read once, however often it is asked for.
+  const TNamed& NamedByIt(const TObjectChange& change) const {
+    const auto [named, is_new] = named_.try_emplace(change.Object());
+    if (is_new) named->second = NamedBy(change, reference_.database);
+    return named->second;
+  }
+
   const TObjectObstacles& obstacles_;
   const TDatabaseObjects& reference_;
   TObjectComparison& objects_;
   std::set<std::string> own_functions_;
+  mutable std::map<std::string, TNamed> named_;                           // by object
   std::map<std::string, const TTableNotMade*> tables_;                    // by name in lower case, as all of these
   std::map<std::string, std::map<std::string, TObjectDifference>> left_;  // alone: by kind and name
 };
