@@ -136,6 +136,7 @@ void TExactSync::Forget() {
   renames_.clear();
   renamed_.reset();
   renamed_objects_.reset();
+  translated_objects_.reset();
   offers_.clear();
   renames_told_.clear();
   target_server_ = {};
@@ -193,15 +194,16 @@ void TExactSync::CompareOthers(TDBConn& target) {
     return TextOf(read_.objects_alone ? read_.target.texts : read_.reference.texts, table);
   };
   theirs.table_text = [this](const std::string& table) { return TextOf(read_.target.texts, table); };
-  if (!Collations.empty()) MapCollations(Collations, read_.wanted_objects);
-  if (read_.servers.differ) TranslateObjects(read_.servers, theirs, read_.wanted_objects);
-  objects_ = CompareObjects(read_.wanted_objects, theirs, Wishes.definers);
+  if (!Collations.empty() || read_.servers.differ) translated_objects_ = read_.wanted_objects;
+  if (!Collations.empty()) MapCollations(Collations, *translated_objects_);
+  if (read_.servers.differ) TranslateObjects(read_.servers, theirs, *translated_objects_);
+  objects_ = CompareObjects(WantedObjects(), theirs, Wishes.definers);
   TellAsRead();
   server_ = PlanServerOf(target);
-  SettleOnTarget(target, server_, read_.target.texts, objects_);
   TKnownSets sets(target);
   sets.Believe(read_.target.texts);
-  LeaveWhatCannotBe({read_.servers, TablesNotMade(read_), sets}, read_.wanted_objects, theirs, objects_);
+  SettleOnTarget(target, server_, sets, objects_);
+  LeaveWhatCannotBe({read_.servers, TablesNotMade(read_), sets}, WantedObjects(), theirs, objects_);
   const TStringList named = NamesOfRenamed(renames_, theirs, objects_.changes);
   renames_told_.insert(renames_told_.end(), named.begin(), named.end());
 }
@@ -305,7 +307,7 @@ void TExactSync::Prove() {
 // What the plan would leave of the differences beside tables; what it cannot change is none of its affair.
 TStringList TExactSync::ObjectsLeft(TStringList& faults) const {
   const TDatabaseObjects after = ObjectsAfter(plan_, faults);
-  std::vector<TObjectChange> changes = CompareObjects(read_.wanted_objects, after, Wishes.definers).changes;
+  std::vector<TObjectChange> changes = CompareObjects(WantedObjects(), after, Wishes.definers).changes;
   LeaveOutTold(changes);
   TStringList left;
   for (const TObjectChange& change : changes) left.push_back(change.LogText());

@@ -126,6 +126,9 @@ class TExactSync {
   std::vector<TChange> ChangesOf(const TSchema& target, TEquivalenceUse& use, const TTableNames* only = nullptr,
                                  TLeftOut* left = nullptr) const;
   void CompareOthers(TDBConn& target);
+  const TDatabaseObjects& WantedObjects() const {
+    return translated_objects_ ? *translated_objects_ : read_.wanted_objects;
+  }
   void TellAsRead();
   void Rename(TDBConn& target);
   std::vector<TRename> RenamesBack() const;
@@ -169,6 +172,8 @@ class TExactSync {
   std::vector<TRenameChange> renames_;
   std::optional<TSchema> renamed_;                   // the target's tables under their new names, where there are any
   std::optional<TDatabaseObjects> renamed_objects_;  // with the triggers of these tables
+  std::optional<TDatabaseObjects>
+      translated_objects_;  // what is wanted, in words and collations of the target's server
   std::vector<TRenameOffer> offers_;
   TStringList renames_told_;
   TServerTraits target_server_;  // in what it differs, where something is renamed

@@ -5,7 +5,6 @@
 #include <optional>
 #include <set>
 
-#include "exact/compare/Collations.h"
 #include "exact/compare/Safety.h"
 #include "exact/objects/ObjectContext.h"
 #include "exact/objects/ObjectPlan.h"
@@ -94,13 +93,10 @@ void LeaveCollation(TKnownSets& known, TObjectChange& change) {
 
 }  // namespace
 
-void SettleOnTarget(TDBConn& target, const TPlanServer& server, const std::map<std::string, std::string>& texts,
-                    TObjectComparison& objects) {
+void SettleOnTarget(TDBConn& target, const TPlanServer& server, TKnownSets& known, TObjectComparison& objects) {
   if (!server.mysql && !server.mariadb) return;
   TellMissingModes(server, objects);
   if (!server.asked) return;
-  TKnownSets known(target);
-  known.Believe(texts);
   TDefinerRights rights(target);
   for (TObjectChange& change : objects.changes) {
     LeaveCollation(known, change);

@@ -3,10 +3,8 @@
 
 // What the target's server says to the views, triggers, routines and events that are to be made on it.
 
-#include <map>
-#include <string>
-
 #include "core/DBConn.h"
+#include "exact/compare/Collations.h"
 #include "exact/objects/ObjectChanges.h"
 #include "exact/plan/Plan.h"
 
@@ -14,9 +12,8 @@ namespace velmora {
 
 // A change that needs a mode which the server does not have is told as a difference instead. A collation that it does
 // not know is not set, which makes the change unsafe; and so does a definer that the object does not have yet and that
-// the target does not know, and one that the login may not name. `texts` are of the target's tables. A file is asked
+// the target does not know, and one that the login may not name. `known` are the target's sets. A file is asked
 // nothing. Asks little, and only where there is something to ask.
-void SettleOnTarget(TDBConn& target, const TPlanServer& server, const std::map<std::string, std::string>& texts,
-                    TObjectComparison& objects);
+void SettleOnTarget(TDBConn& target, const TPlanServer& server, TKnownSets& known, TObjectComparison& objects);
 
 }  // namespace velmora

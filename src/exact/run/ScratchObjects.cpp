@@ -58,7 +58,7 @@ void TScratchObjects::Remember(const std::string& setting) {
   settings_[setting.substr(0, setting.find('='))] = setting;
 }
 
-// What the next objects are made under is as the plan has set it.
+// Putting back changes the session's settings: what follows is to be made under those that the plan has set.
 void TScratchObjects::Refuse(const TPlanStatement& statement, const std::string& error) {
   refused_.emplace(statement.object, StrReplace(error, scratch_.Name() + ".", ""));
   for (const std::string& text : statement.put_back) RunIfTaken(text);

@@ -27,7 +27,9 @@ class TScratchObjects {
   void Run(const TPlanStatement& statement);
   // What was refused, "view v", with the server's error.
   const std::map<std::string, std::string>& Refused() const { return refused_; }
-  // What the plan has made there, "view v", and the server prints as `target` has it.
+  // What statements of the plan have made there, "view v".
+  const std::set<std::string>& Made() const { return made_; }
+  // Those of them that the server prints as `target` has it.
   std::set<std::string> AsBefore(const TDatabaseObjects& target);
   // After the plan: what differs from `wanted` still, but for what was refused.
   std::vector<TObjectChange> Left(const TDatabaseObjects& wanted, const TDefinerWishes& wishes);
@@ -43,7 +45,7 @@ class TScratchObjects {
   std::set<std::string> missing_;                // "view v"
   std::set<std::string> held_;                   // views that stand for themselves until their turn comes
   std::map<std::string, std::string> settings_;  // of the session, the last of each
-  std::set<std::string> made_;                   // by statements of the plan
+  std::set<std::string> made_;
   std::map<std::string, std::string> refused_;
 };
 
