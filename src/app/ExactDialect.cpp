@@ -237,6 +237,7 @@ void TExactDialect::RunScript(const std::string& text, const TRunCare& care) {
   wishes.execute = [&](const std::string& sent, TStatementRun& run) -> std::int64_t {
     const TPlanStatement* known = planned.Find(sent);
     if (!tool.Takes(sent, known == nullptr ? ELockClass::Unknown : known->lock)) return waits.Execute(sent, run);
+    run.in_steps = true;
     tool.Run(sent);
     return -1;
   };

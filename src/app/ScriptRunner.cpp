@@ -69,11 +69,13 @@ bool TRunReport::CommitUnknown() const {
   return lost && !committed && (committing || (failed && CommitsByItself(statements[*failed].text)));
 }
 
-// Settings are the session's.
+// Settings are the session's. Of a list of tables to drop some may be gone, of rows without a transaction some written.
 bool TRunReport::DidNothing() const {
+  const auto is_setting = [](const TScriptStatement& statement) { return FirstWord(statement.text) == "set"; };
+  const bool whole =
+      !failed || (InList(FirstWord(statements[*failed].text), {"alter", "create", "set"}) && !runs[*failed].in_steps);
   const auto end = statements.begin() + static_cast<std::ptrdiff_t>(executed);
-  return !lost && std::all_of(statements.begin(), end,
-                              [](const TScriptStatement& statement) { return FirstWord(statement.text) == "set"; });
+  return !lost && whole && std::all_of(statements.begin(), end, is_setting);
 }
 
 void TScriptRunner::RunScript(const std::string& text, const TRunWishes& wishes, TScriptSplitter split) {

@@ -30,6 +30,7 @@ struct TStatementRun {
   std::string words;                 // the error; of a statement that ran the server's warnings, a line each
   std::string put_back{};  // what became of the old text that it was to replace, where the run ended here or before it
   int tries = 1;           // that it took
+  bool in_steps = false;   // it was carried out in several: one that failed may have done a part
 };
 
 // What became of a run, also of one that failed or was cancelled.
@@ -53,7 +54,7 @@ struct TRunReport {
   // The connection was lost while the server may have been committing, at the end or by a change of structure: what
   // InForce leaves out may be in force all the same.
   bool CommitUnknown() const;
-  // Of a run that has ended: the target is as it was.
+  // Of a run that has ended: the target is as it was, for certain.
   bool DidNothing() const;
 };
 

@@ -69,14 +69,15 @@ TEST_F(ScriptRunnerTest, TheFirstErrorEndsItWithCaretMarkAndRollback) {
 }
 
 TEST_F(ScriptRunnerTest, AChangeOfStructureEndsTheTransaction) {
-  server_->Fail("bad", "refused");
+  for (const char* statement : {"bad", "alter bad"}) server_->Fail(statement, "refused");
   const struct {
     const char* script;
     std::size_t in_force;
     bool nothing = false;
   } cases[] = {
-      {"bad;\n", 0, true},
-      {"set a = 1;\nbad;\n", 0, true},
+      {"bad;\n", 0},
+      {"alter bad;\n", 0, true},
+      {"set a = 1;\nalter bad;\n", 0, true},
       {"insert 1;\nbad;\n", 0},
       {"insert 1;\nCREATE table t (a int);\ninsert 2;\nbad;\n", 3},
       {"drop table a;\nalter table b;\nrename table c;\ntruncate d;\nupdate e;\nbad;\n", 5},

@@ -90,8 +90,9 @@ std::vector<TViewStep> InOrder(const std::vector<const TObjectChange*>& views) {
 
 // "1 as `a`, 1 as `b`"
 std::string PlaceholderQuery(const TObjectChange& view) {
+  const TObjectText& text = *view.new_text;
   std::string query;
-  for (const std::string& column : QueryColumns(view.new_text->body))
+  for (const std::string& column : text.columns.empty() ? QueryColumns(text.query) : text.columns)
     query += (query.empty() ? "1 as " : ", 1 as ") + QuotedName(column);
   return "create or replace view " + QuotedName(view.name) + " as select " + (query.empty() ? "1 as `c1`" : query);
 }

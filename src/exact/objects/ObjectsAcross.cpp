@@ -187,12 +187,20 @@ void SpellResult(const TServerPair& servers, const TOtherObject* there, std::str
   text = Replaced(std::move(text), {*place});
 }
 
-const TOtherObject* FindObject(const TDatabaseObjects& objects, const TOtherObject& like) {
-  const auto found = std::ranges::find_if(objects.objects, [&](const TOtherObject& object) {
-    return ObjectKey(object.kind, object.name) == ObjectKey(like.kind, like.name);
-  });
-  return found == objects.objects.end() ? nullptr : &*found;
-}
+// Of one side, to be found by kind and name.
+class TListedObjects {
+ public:
+  explicit TListedObjects(const TDatabaseObjects& objects) {
+    for (const TOtherObject& object : objects.objects) objects_.emplace(ObjectKey(object.kind, object.name), &object);
+  }
+  const TOtherObject* Find(const std::string& kind, const std::string& name) const {
+    const auto found = objects_.find(ObjectKey(kind, name));
+    return found == objects_.end() ? nullptr : found->second;
+  }
+
+ private:
+  std::map<TObjectKey, const TOtherObject*> objects_;
+};
 
 void TranslateView(const TServerTraits& to, std::string& text) {
   constexpr int kFirstWithoutCache = 80003;
@@ -221,10 +229,9 @@ class TLeaving {
       : obstacles_(obstacles), reference_(reference), objects_(objects) {
     for (const TOtherObject& object : reference.objects)
       if (object.kind == "function") own_functions_.insert(LowerText(object.name));
-    for (const TObjectDifference& told : objects.differences) {
-      const TOtherObject sought{told.kind, told.name};
-      if (FindObject(reference, sought) != nullptr && FindObject(target, sought) == nullptr) Remember(told);
-    }
+    const TListedObjects wanted(reference), there(target);
+    for (const TObjectDifference& told : objects.differences)
+      if (wanted.Find(told.kind, told.name) != nullptr && there.Find(told.kind, told.name) == nullptr) Remember(told);
     for (const TTableNotMade& table : obstacles.tables) tables_.emplace(LowerText(table.name), &table);
   }
 
@@ -345,7 +352,8 @@ class TLeaving {
 }  // namespace
 
 void TranslateObjects(const TServerPair& servers, const TDatabaseObjects& target, TDatabaseObjects& reference) {
-  for (TOtherObject& object : reference.objects) Translate(servers, FindObject(target, object), object);
+  const TListedObjects there(target);
+  for (TOtherObject& object : reference.objects) Translate(servers, there.Find(object.kind, object.name), object);
 }
 
 void MapCollations(const TCollationMap& map, TDatabaseObjects& reference) {

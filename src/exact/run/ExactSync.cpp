@@ -100,7 +100,8 @@ void TExactSync::Compare() {
         Connect(reference);
         Connect(target);
         const std::unique_ptr<TTextMaker> maker = MakerFor(reference);
-        ReadPair(reference, target, {Collations, Wishes.selection, Wishes.reference_version}, progress_,
+        ReadPair(reference, target,
+                 {Collations, Wishes.selection, Wishes.reference_version, Wishes.locks.target_version}, progress_,
                  table_under_way_, maker.get(), read_);
         table_under_way_.clear();
         if (maker == nullptr) case_twins_ = velmora::CaseTwins(reference, target);

@@ -102,7 +102,7 @@ constexpr std::array kOptions = {
                  [](const TExactWishes& wishes) { return DefinerWishTexts(wishes.definers); }},
     TExactOption{"target-version", "SERVER", false, "Server of a target file",
                  "What a target that is a file will run on, as in 'mysql 8.0.36' or 'mariadb 10.11': "
-                 "what its statements lock is told of that; a server is asked",
+                 "it is read as such a server would, and what its statements lock is told of that; a server is asked",
                  [](TExactWishes& wishes, const std::string& text) { TakeVersion(wishes.locks.target_version, text); },
                  [](const TExactWishes& wishes) {
                    const std::string& version = wishes.locks.target_version;
@@ -111,7 +111,7 @@ constexpr std::array kOptions = {
     TExactOption{
         "reference-version", "SERVER", false, "Server of a reference file",
         "The server of which a reference that is a file is a dump, as in 'mysql 8.4.0': where the target is of "
-        "another product or release, it is compared in that one's words, as between two servers",
+        "another product or release, it is compared in that one's words, as between two servers; a server is asked",
         [](TExactWishes& wishes, const std::string& text) { TakeVersion(wishes.reference_version, text); },
         [](const TExactWishes& wishes) {
           const std::string& version = wishes.reference_version;

@@ -158,6 +158,7 @@ class TPairReader {
         collations_(wishes.collations),
         selection_(wishes.selection),
         reference_version_(wishes.reference_version),
+        target_version_(wishes.target_version),
         progress_(progress),
         table_under_way_(table_under_way) {}
 
@@ -185,20 +186,25 @@ class TPairReader {
   }
 
  private:
-  // A script is read as the server would that it is of, which is the other side's where nobody says otherwise.
   void ReadFiles() {
     ReadScripts();
     for (const TSideReader* side : {&reference_, &target_})
       pair_.not_followed.insert(pair_.not_followed.end(), side->not_followed.begin(), side->not_followed.end());
   }
+
+  // A script is read as the server would that it is of: the one that the wishes name, or else the other side's.
   void ReadScripts() {
-    const auto is_file = [](TSideReader& side) { return side.Script() != nullptr; };
-    if (!is_file(reference_) && !is_file(target_)) return;
-    server_ = TraitsOf(is_file(reference_) ? target_.conn : reference_.conn);
-    if (is_file(reference_) && !is_file(target_) && !reference_version_.empty()) {
-      reference_server_ = ReadServerTraits(reference_version_);
-      across_ = !SpeakAlike(reference_server_, server_);
-    }
+    const bool reference = reference_.Script() != nullptr;
+    const bool target = target_.Script() != nullptr;
+    if (!reference && !target) return;
+    const auto told = [](const std::string& version) -> std::optional<TServerTraits> {
+      return version.empty() ? std::nullopt : std::optional(ReadServerTraits(version));
+    };
+    const auto ours = reference ? told(reference_version_) : std::optional(TraitsOf(reference_.conn));
+    const auto theirs = target ? told(target_version_) : std::optional(TraitsOf(target_.conn));
+    server_ = theirs ? *theirs : ours ? *ours : TraitsOf(target_.conn);
+    reference_server_ = ours ? *ours : server_;
+    across_ = ours && theirs && !SpeakAlike(reference_server_, server_);
     reference_.ReadFile(across_ ? reference_server_ : server_);
     target_.ReadFile(server_);
   }
@@ -643,7 +649,8 @@ class TPairReader {
   TSideReader target_;
   const TCollationMap& collations_;
   const TSelection& selection_;
-  const std::string& reference_version_;  // of a file
+  const std::string& reference_version_;  // of a file, as the next
+  const std::string& target_version_;
   TProgress& progress_;
   std::string& table_under_way_;
   TServerTraits server_;            // the target's, or of a script's other side

@@ -62,11 +62,12 @@ struct TReadPair {
 // apart is skipped; an error that leaves a side without a connection passes on, and so does one of a side that gives no
 // creation texts, unless it is the reference and `maker`, otherwise null, makes them. The reference's texts name
 // collations of the target in place of those that `collations` maps. What `selection` leaves out is not read.
-// A reference that is a file is one of the server that the wishes name, or else of the target's.
+// A side that is a file is one of the server that the wishes name, or else of the other side's.
 struct TReadWishes {
   const TCollationMap& collations;
   const TSelection& selection;
-  const std::string& reference_version;  // empty for none
+  const std::string& reference_version;  // of a file; empty for none
+  const std::string& target_version;     // likewise
 };
 void ReadPair(TDBConn& reference, TDBConn& target, const TReadWishes& wishes, TProgress& progress,
               std::string& table_under_way, TTextMaker* maker, TReadPair& pair);
