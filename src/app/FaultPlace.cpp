@@ -42,8 +42,8 @@ std::string TablePlace(TDBConn& conn, const std::string& table) {
   std::string name;
   conn.GetDisplayName(name);
   if (auto* offline = dynamic_cast<TDBConnMySQLOffline*>(&conn)) {
-    const std::size_t line = offline->GetConnectionObject().LineOf(table);
-    if (line > 0) return Format("%s: line %d: table %s", name, line, table);
+    const std::string place = offline->GetConnectionObject().PlaceOf(table);
+    if (!place.empty()) return Format("%s: table %s", place, table);
   }
   return name.empty() ? Format("table %s", table) : Format("%s: table %s", name, table);
 }

@@ -12,8 +12,8 @@ namespace velmora {
 
 namespace {
 
-constexpr char kFault[] = "line %d: table %s: %s";
-constexpr char kPassedOver[] = "line %d: \"%s\" is not run: tables that it makes or changes are not known";
+constexpr char kFault[] = "%s: table %s: %s";
+constexpr char kPassedOver[] = "%s: \"%s\" is not run: tables that it makes or changes are not known";
 constexpr std::size_t kShownChars = 60;
 
 bool IsOfTables(const TTableStatement& statement) { return statement.kind > ETableStatement::CreateDatabase; }
@@ -79,14 +79,15 @@ class TCollector {
 
   void Take(const TStructureStatement& raw, TTableStatement about) {
     if (!IsOfTables(about) || about.changes.empty()) {
-      if (MayMakeTables(raw.text)) result_.warnings.push_back(Format(kPassedOver, raw.line, Beginning(raw.text)));
+      if (MayMakeTables(raw.text))
+        result_.warnings.push_back(Format(kPassedOver, script_.PlaceOf(raw), Beginning(raw.text)));
       return;
     }
     if (const std::string of = DatabaseOf(raw, about); one_of_several_ && !of.empty() && of != own_) return;
     try {
-      result_.statements.push_back({TextForScratch(raw.text, own_), raw.line, about});
+      result_.statements.push_back({TextForScratch(raw.text, own_), script_.PlaceOf(raw), about});
     } catch (const EVelmora& error) {
-      faults_.push_back(Format(kFault, raw.line, about.changes.front().table, error.what()));
+      faults_.push_back(Format(kFault, script_.PlaceOf(raw), about.changes.front().table, error.what()));
     }
   }
 

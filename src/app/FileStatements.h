@@ -14,18 +14,18 @@
 namespace velmora {
 
 struct TLocatedStatement {
-  std::string text;      // stays within the database that it is run in
-  std::size_t line = 0;  // of the file, from 1
+  std::string text;   // stays within the database that it is run in
+  std::string place;  // "shop.sql: line 3"
   TTableStatement about;
 };
 
 struct TFileStatements {
   std::vector<TLocatedStatement> statements;
-  TStringList warnings;  // "line 3: ...": what may make tables, and is not run
+  TStringList warnings;  // "shop.sql: line 3: ...": what may make tables, and is not run
 };
 
 // Of a script of several databases the statements of the one that is meant are taken. Raises for statements that reach
-// outside of it, each named with its line.
+// outside of it, each named with its file and line.
 TFileStatements ReadFileStatements(const TStructureScript& script);
 
 }  // namespace velmora

@@ -15,8 +15,8 @@ namespace velmora {
 
 namespace {
 
-constexpr char kRefused[] = "%s: line %d: %s";
-constexpr char kFollows[] = "%s: line %d: table %s, which this statement takes, could not be read";
+constexpr char kRefused[] = "%s: %s";
+constexpr char kFollows[] = "%s: table %s, which this statement takes, could not be read";
 constexpr char kNoTable[] = "Table '%s' doesn't exist";
 constexpr int kUnknownTable = 1051;
 
@@ -66,11 +66,11 @@ class TServerTextsEngine final : public TDBConnMySQLOffline {
 class TServerReader {
  public:
   TServerReader(const TStructureScript& script, TDBConn& target, TProgress& progress, const TScratchPorts& ports)
-      : script_(script), path_(script.file), target_(target), progress_(progress), ports_(ports) {}
+      : script_(script), target_(target), progress_(progress), ports_(ports) {}
 
   TServerTexts Read() {
-    const TFileStatements file = ReadStatements();
-    for (const std::string& warning : file.warnings) not_run_.push_back(path_ + ": " + warning);
+    const TFileStatements file = ReadFileStatements(script_);
+    for (const std::string& warning : file.warnings) not_run_.push_back(warning);
     TVariant folds;
     target_.GetResultSQL("select @@lower_case_table_names", folds);
     folds_case_ = VarToText(folds) != "0";
@@ -93,14 +93,6 @@ class TServerReader {
   const TStringList& NotRun() const { return not_run_; }
 
  private:
-  TFileStatements ReadStatements() {
-    try {
-      return ReadFileStatements(script_);
-    } catch (const EVelmora& error) {
-      RaiseError(path_ + ": " + StrReplace(error.what(), "\n", "\n" + path_ + ": "));
-    }
-  }
-
   std::string Key(const std::string& table) const { return folds_case_ ? LowerText(table) : table; }
 
   // A table one of whose statements failed stays as unknown as it is then, until it is dropped or made anew.
@@ -113,7 +105,7 @@ class TServerReader {
       if (starts_anew)
         for (const TTableName& name : about.changes) faults_.erase(Key(name.table));
     } catch (const EMySqlException& error) {
-      const std::string fault = Format(kRefused, path_, statement.line, error.what());
+      const std::string fault = Format(kRefused, statement.place, error.what());
       if (!scratch.Connected()) RaiseError(fault);
       const bool was_none = about.kind == ETableStatement::DropTable && error.Number() == kUnknownTable;
       if (!was_none || about.changes.size() > 1) Fail(about, fault);
@@ -137,7 +129,7 @@ class TServerReader {
     for (const std::vector<TTableName>* names : {&statement.about.changes, &statement.about.reads})
       for (const TTableName& name : *names)
         if (faults_.contains(Key(name.table))) {
-          Fail(statement.about, Format(kFollows, path_, statement.line, name.table));
+          Fail(statement.about, Format(kFollows, statement.place, name.table));
           return true;
         }
     return false;
@@ -171,7 +163,6 @@ class TServerReader {
   }
 
   const TStructureScript& script_;
-  const std::string& path_;
   TDBConn& target_;
   TProgress& progress_;
   const TScratchPorts& ports_;

@@ -11,6 +11,7 @@
 #include "engines/mysql/OfflineEngine.h"
 #include "mysqlclient/MyClients.h"
 #include "mysqlclient/MyWire.h"
+#include "mysqltext/ScriptFolder.h"
 #include "persist/EngineTable.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -146,7 +147,9 @@ constexpr TFileForm kFileForms[] = {
      true},
     {".vlt", "the only source: a task file stands for reference and target", false},
 };
-constexpr char kFolderForm[] = "Paradox:folder=%s, DBF:folder=%s, FoxPro:folder=%s or Text:folder=%s;HDR=Y;separator=,";
+constexpr char kFolderForm[] =
+    "a folder that holds files that end in .sql, Paradox:folder=%s, DBF:folder=%s, FoxPro:folder=%s or "
+    "Text:folder=%s;HDR=Y;separator=,";
 
 std::string KeyValue(const std::filesystem::path& path) {
   return StrReplace(StrReplace(path.empty() ? "." : path.string(), "%", "%25"), ";", "%3B");
@@ -178,12 +181,14 @@ std::string FileHint(const std::string& source) {
 
 namespace {
 
-// FILE.sql, or FILE.sql#DATABASE. Null for what is neither.
+bool IsScript(const std::string& path) { return EndsIn(path, kScriptExtension) || IsScriptFolder(path); }
+
+// FILE.sql, a folder of such files, or either with #DATABASE behind it. Null for what is neither.
 std::unique_ptr<TDBConn> MakeScript(const std::string& source, const TSourceSettings& settings) {
   TScriptChoice choice{{}, settings.AllowIncomplete};
-  if (EndsIn(source, kScriptExtension)) return std::make_unique<TDBConnMySQLOffline>(source, choice);
+  if (IsScript(source)) return std::make_unique<TDBConnMySQLOffline>(source, choice);
   const std::size_t mark = source.rfind('#');
-  if (mark == std::string::npos || !EndsIn(source.substr(0, mark), kScriptExtension)) return nullptr;
+  if (mark == std::string::npos || !IsScript(source.substr(0, mark))) return nullptr;
   choice.database = source.substr(mark + 1);
   return std::make_unique<TDBConnMySQLOffline>(source.substr(0, mark), choice);
 }

@@ -42,7 +42,7 @@ void WarnOfSource(TDBConn& conn, bool verbose, TConsole& console, bool applies_s
   const TOfflineConnection& file = offline->GetConnectionObject();
   for (const TScriptWarning& warning : file.Warnings()) {
     if (warning.passed_over && applies_statements) continue;
-    const std::string text = Placed(file.Path(), warning.Message());
+    const std::string text = Placed(warning.file.empty() ? file.Path() : warning.file, warning.Message());
     if (!warning.verbose_only)
       console.Warn(text);
     else if (verbose)

@@ -33,13 +33,21 @@ struct TStructureStatement {
   std::string_view text;
   std::size_t line = 0;       // of the file, from 1
   std::string_view database;  // that `use` has chosen; empty before any
+  std::string_view file{};    // of a folder's: which of its files; else empty
 };
 
-// What stands in a script that makes a database.
+// What stands in a script that makes a database, or in the scripts of a folder, one after the other.
 struct TStructureScript {
-  std::string file;
+  std::string file;      // or the folder
   std::string database;  // the one that is meant; empty where the script names none
   std::vector<TStructureStatement> statements;
+
+  // "shop.sql: line 3", with the path of the file; "line 3" where the script has none. `line` is one of this file.
+  std::string PlaceOf(const TStructureStatement& statement, std::size_t line) const {
+    const std::string path = statement.file.empty() ? file : std::string(statement.file);
+    return (path.empty() ? "line " : path + ": line ") + std::to_string(line);
+  }
+  std::string PlaceOf(const TStructureStatement& statement) const { return PlaceOf(statement, statement.line); }
 };
 
 // What an engine also implements that can give the creation text of a table as its server prints it.

@@ -5,8 +5,11 @@
 
 #include <optional>
 #include <utility>
+#include <vector>
 
+#include "mysqltext/ScriptFolder.h"
 #include "util/Errors.h"
+#include "util/Files.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -16,6 +19,7 @@ namespace {
 
 constexpr char kNoStatements[] =
     "%s is a script file: it cannot run statements; to change a database, name its server (mysql://...)";
+constexpr char kPlace[] = "%s: line %d";
 constexpr char kNoTable[] = "Table '%s' doesn't exist";
 constexpr std::string_view kShowTables = "show tables";
 constexpr std::string_view kShowCreateTable = "show create table ";
@@ -38,6 +42,20 @@ std::optional<TFileStamp> StampOf(const std::string& path) {
   if (stat(path.c_str(), &status) != 0) return std::nullopt;
   if (!S_ISREG(status.st_mode)) return TFileStamp{status.st_dev, status.st_ino};
   return TFileStamp{status.st_dev, status.st_ino, status.st_size, status.st_mtim};
+}
+
+// Of a folder those of its files, each behind its name.
+using TStamps = std::vector<std::pair<std::string, TFileStamp>>;
+
+// Nothing for what is not there.
+std::optional<TStamps> StampsOf(const std::string& path) {
+  TStamps stamps;
+  for (const std::string& name : IsFolder(path) ? ScriptFilesIn(path) : TStringList{""}) {
+    const std::optional<TFileStamp> stamp = StampOf(name.empty() ? path : JoinPath(path, name));
+    if (!stamp) return std::nullopt;
+    stamps.emplace_back(name, *stamp);
+  }
+  return stamps;
 }
 
 // The table that a "show create table" names; nothing for any other statement.
@@ -81,7 +99,7 @@ class TOfflineQuery final : public TMyQuery {
 }  // namespace
 
 struct TOfflineConnection::TLoaded {
-  std::optional<TFileStamp> stamp;
+  std::optional<TStamps> stamps;
   std::shared_ptr<const TCreationScript> script;
 };
 
@@ -105,9 +123,10 @@ const std::vector<TOtherObject>& TOfflineConnection::OtherObjects() const {
   return loaded_->script->OtherObjects();
 }
 
-std::size_t TOfflineConnection::LineOf(const std::string& table) const {
+std::string TOfflineConnection::PlaceOf(const std::string& table) const {
   const TCreationText* text = loaded_ ? loaded_->script->Find(table) : nullptr;
-  return text == nullptr ? 0 : text->line;
+  if (text == nullptr) return {};
+  return Format(kPlace, text->file.empty() ? path_ : std::string(text->file), text->line);
 }
 
 void TOfflineConnection::StartTransaction() { RefuseStatement(); }
@@ -142,9 +161,9 @@ void TOfflineConnection::RefuseStatement() const {
 
 void TOfflineConnection::DoConnect() {
   // Taken before reading: should the file change meanwhile, the next to connect reads it again.
-  const std::optional<TFileStamp> stamp = StampOf(path_);
-  if (!loaded_ || !stamp || stamp != loaded_->stamp)
-    loaded_ = std::make_shared<const TLoaded>(TLoaded{stamp, TCreationScript::Load(path_, choice_)});
+  const std::optional<TStamps> stamps = StampsOf(path_);
+  if (!loaded_ || !stamps || stamps != loaded_->stamps)
+    loaded_ = std::make_shared<const TLoaded>(TLoaded{stamps, TCreationScript::Load(path_, choice_)});
   connected_ = true;
 }
 

@@ -11,11 +11,11 @@
 
 namespace velmora {
 
-// A script of creation texts that stands for a server. "show tables" and "show create table" are answered as a server
-// would; anything else raises "%s is a script file: ...".
+// A script of creation texts, or a folder of them, that stands for a server. "show tables" and "show create table" are
+// answered as a server would; anything else raises "%s is a script file: ...".
 //
 // Connecting reads the file. It is not read again by a new connection of this one, nor by connecting anew, as long as
-// it is the same file with the same size and time of change.
+// it is the same file with the same size and time of change; of a folder, as long as this holds for each of its files.
 class TOfflineConnection final : public TMyConnection {
  public:
   explicit TOfflineConnection(std::string path, TScriptChoice choice = {});
@@ -26,8 +26,9 @@ class TOfflineConnection final : public TMyConnection {
   const std::vector<TScriptWarning>& Warnings() const;
   const TStructureScript& Structure() const;
   const std::vector<TOtherObject>& OtherObjects() const;
-  // The line of the file where a table's creation text begins; 0 when there is no such table.
-  std::size_t LineOf(const std::string& table) const;
+  // Where a table's creation text begins: "shop.sql: line 3", in a folder with that file's path; empty for no such
+  // table.
+  std::string PlaceOf(const std::string& table) const;
 
   bool GetConnected() const override { return connected_; }
   bool InTransaction() const override { return false; }

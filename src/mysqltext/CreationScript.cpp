@@ -11,6 +11,7 @@
 #include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
 #include "mysqltext/LexicalRules.h"
+#include "mysqltext/ScriptFolder.h"
 #include "mysqltext/SessionSettings.h"
 #include "mysqltext/StatementHead.h"
 #include "mysqltext/StatementReader.h"
@@ -23,6 +24,7 @@ namespace velmora {
 namespace {
 
 constexpr char kNoTables[] = "no create table statement: taken as an empty database";
+constexpr char kCreatedTwice[] = "%s %s is created in two files of the folder, %s and %s: one of them has to go";
 constexpr char kCreatedAgain[] = "table %s is created again, in place of the one of line %d";
 constexpr char kStructurePassedOver[] = "statements passed over that may change the structure: %s";
 constexpr char kPassedOver[] = "passed over: %s";
@@ -111,10 +113,17 @@ struct TCreationScript::TSpan {
   std::size_t start, end;
   TStatementHead head;
   std::size_t line;
-  std::string database;  // that `use` has chosen
-  bool versioned;        // in a comment for servers of a version: not among the recorded tables
+  std::string database;   // that `use` has chosen
+  bool versioned;         // in a comment for servers of a version: not among the recorded tables
+  std::string_view file;  // of a folder
 
   bool IsTable() const { return head.kind == EStatementKind::CreateTable && !versioned; }
+};
+
+// One file.
+struct TCreationScript::TPart {
+  std::size_t start, end;  // in the buffer
+  std::string_view file;   // of a folder
 };
 
 // Goes through the statements of a script and sorts them into spans, other objects and warnings. Statements passed over
@@ -128,7 +137,10 @@ class TCreationScript::TCollector {
 
   const std::set<std::string>& Databases() const { return databases_; }  // of the objects
 
-  void Read(std::string_view script) {
+  // A part of the buffer.
+  void Read(std::string_view buffer, const TPart& part) {
+    part_ = part;
+    const std::string_view script = buffer.substr(part.start, part.end - part.start);
     TStatementReader reader(script, true);
     TStatement statement;
     while (reader.Next(statement))
@@ -223,7 +235,8 @@ class TCreationScript::TCollector {
       default:
         if (head.kind == EStatementKind::Setting) settings_.Take(statement.text);
         const auto start = static_cast<std::size_t>(statement.text.data() - script.data());
-        spans_.push_back({start, start + statement.text.size(), head, statement.line, database_, versioned});
+        spans_.push_back({part_.start + start, part_.start + start + statement.text.size(), head, statement.line,
+                          database_, versioned, part_.file});
     }
   }
 
@@ -328,7 +341,7 @@ class TCreationScript::TCollector {
     const std::string beginning = Beginning(run_.text);
     warnings_.push_back(
         {run_length_ == 1 ? Format(kPassedOver, beginning) : Format(kPassedOverMany, beginning, run_length_ - 1),
-         run_.line, true});
+         run_.line, true, false, std::string(part_.file)});
     run_length_ = 0;
   }
 
@@ -339,13 +352,15 @@ class TCreationScript::TCollector {
       const std::size_t count = counts_[static_cast<std::size_t>(row.kind)];
       if (count > 0) counted += Format("%s%s (%d)", counted.empty() ? "" : ", ", std::string(row.words), count);
     }
-    if (!counted.empty()) warnings_.push_back({Format(kStructurePassedOver, counted), 0, false, true});
+    if (!counted.empty())
+      warnings_.push_back({Format(kStructurePassedOver, counted), 0, false, true, std::string(part_.file)});
   }
 
   std::vector<TSpan>& spans_;
   std::vector<TOtherObject>& others_;
   std::vector<TScriptWarning>& warnings_;
   const std::string& chosen_;
+  TPart part_{};
   TSessionSettings settings_;
   std::string database_;
   std::set<std::string> databases_;
@@ -357,22 +372,76 @@ class TCreationScript::TCollector {
 
 std::string TScriptWarning::Message() const { return line == 0 ? text : Format("line %d: %s", line, text); }
 
-TCreationScript::TCreationScript(std::string script, const TScriptChoice& choice) : buffer_(std::move(script)) {
-  MakeLines(buffer_);
-  if (const std::string_view closing = MissingClosing(buffer_); !closing.empty() && !choice.allow_incomplete)
-    RaiseError(Format(kCutOff, std::string(closing)));
+TCreationScript::TCreationScript(std::string script, const TScriptChoice& choice) {
+  std::vector<TScriptFile> files;
+  files.push_back({{}, std::move(script)});
+  Read(std::move(files), choice);
+}
+
+TCreationScript::TCreationScript(std::vector<TScriptFile> files, const TScriptChoice& choice) {
+  Read(std::move(files), choice);
+}
+
+void TCreationScript::Read(std::vector<TScriptFile> files, const TScriptChoice& choice) {
+  std::vector<TPart> parts;
+  for (TScriptFile& file : files) {
+    MakeLines(file.text);
+    const std::size_t start = buffer_.size();
+    if (buffer_.empty())
+      buffer_ = std::move(file.text);
+    else
+      buffer_ += file.text;
+    parts.push_back({start, buffer_.size(), files_.emplace_back(std::move(file.path))});
+    file = {};
+  }
   std::vector<TSpan> spans;
-  TCollector collector(spans, others_, warnings_, choice.database);
-  collector.Read(buffer_);
+  for (const TPart& part : parts) ReadPart(part, choice, spans);
   Pack(spans);
-  ChooseDatabase(spans, collector.Databases(), choice.database);
+  ChooseDatabase(spans, choice.database);
   AddTables(spans);
   if (tables_.empty()) warnings_.push_back({kNoTables, 0, false, !others_.empty()});
   std::stable_sort(warnings_.begin(), warnings_.end(),
                    [](const TScriptWarning& a, const TScriptWarning& b) { return a.line < b.line; });
 }
 
+void TCreationScript::ReadPart(const TPart& part, const TScriptChoice& choice, std::vector<TSpan>& spans) {
+  std::vector<TOtherObject> objects;
+  TCollector collector(spans, objects, warnings_, choice.database);
+  const auto read = [&] {
+    const auto script = std::string_view(buffer_).substr(part.start, part.end - part.start);
+    if (const std::string_view closing = MissingClosing(script); !closing.empty() && !choice.allow_incomplete)
+      RaiseError(Format(kCutOff, std::string(closing)));
+    collector.Read(buffer_, part);
+  };
+  if (part.file.empty()) {
+    read();
+  } else {
+    try {
+      read();
+    } catch (const EVelmora& fault) {
+      RaiseError(std::string(part.file) + ": " + fault.what());
+    }
+  }
+  of_objects_.insert(collector.Databases().begin(), collector.Databases().end());
+  TakeObjects(std::move(objects), std::string(part.file));
+}
+
+void TCreationScript::TakeObjects(std::vector<TOtherObject> objects, const std::string& file) {
+  for (TOtherObject& object : objects) {
+    if (!file.empty()) {
+      const auto [place, is_new] = files_of_objects_.emplace(std::pair(object.kind, object.name), file);
+      if (!is_new) RaiseError(Format(kCreatedTwice, object.kind, object.name, place->second, file));
+    }
+    others_.push_back(std::move(object));
+  }
+}
+
 std::shared_ptr<const TCreationScript> TCreationScript::Load(const std::string& path, const TScriptChoice& choice) {
+  if (IsFolder(path)) {
+    auto result = std::make_shared<TCreationScript>(ReadScriptFolder(path), choice);
+    result->structure_.file = path;
+    return result;
+  }
   std::string script = ReadFileText(path);
   try {
     auto result = std::make_shared<TCreationScript>(std::move(script), choice);
@@ -406,8 +475,7 @@ void TCreationScript::Pack(std::vector<TSpan>& spans) {
 
 // Which database is meant; spans of tables of others are left to the structure alone, which tells by itself. Views
 // and routines of another database than the tables would be taken for this one's: then somebody has to choose.
-void TCreationScript::ChooseDatabase(const std::vector<TSpan>& spans, const std::set<std::string>& of_objects,
-                                     const std::string& wanted) {
+void TCreationScript::ChooseDatabase(const std::vector<TSpan>& spans, const std::string& wanted) {
   std::set<std::string> databases;
   for (const TSpan& span : spans) {
     if (!span.IsTable()) continue;
@@ -415,7 +483,7 @@ void TCreationScript::ChooseDatabase(const std::vector<TSpan>& spans, const std:
         Qualifier(std::string_view(buffer_).substr(span.start, span.end - span.start), span.head);
     databases.insert(qualifier.empty() ? span.database : qualifier);
   }
-  databases.insert(of_objects.begin(), of_objects.end());
+  databases.insert(of_objects_.begin(), of_objects_.end());
   databases.erase("");
   std::string list;
   for (const std::string& database : databases) list += (list.empty() ? "" : ", ") + database;
@@ -430,7 +498,7 @@ void TCreationScript::AddTables(const std::vector<TSpan>& spans) {
   for (const TSpan& span : spans) {
     const std::string_view text = buffer.substr(span.start, span.end - span.start);
     const std::string_view database = *names_.insert(span.database).first;
-    structure_.statements.push_back({text, span.line, database});
+    structure_.statements.push_back({text, span.line, database, span.file});
     if (!span.IsTable()) continue;
     const std::string qualifier = Qualifier(text, span.head);
     const std::string_view of = qualifier.empty() ? database : std::string_view(qualifier);
@@ -444,7 +512,7 @@ void TCreationScript::AddTable(const TSpan& span, std::string_view text) {
     unqualified_.push_back(std::string(text.substr(0, span.head.qualifier)) + std::string(text.substr(span.head.name)));
     text = unqualified_.back();
   }
-  TCreationText table{{}, text, span.line};
+  TCreationText table{{}, text, span.line, span.file};
   table.name = text.substr(span.head.qualifier, span.head.name_end - span.head.name);
   if (table.name.size() > 1 && table.name.front() == '`') table.name = table.name.substr(1, table.name.size() - 2);
   const auto [place, added] = index_.emplace(table.name, tables_.size());
@@ -453,7 +521,11 @@ void TCreationScript::AddTable(const TSpan& span, std::string_view text) {
     return;
   }
   TCreationText& earlier = tables_[place->second];
-  warnings_.push_back({Format(kCreatedAgain, std::string(table.name), earlier.line), table.line});
+  if (earlier.file != table.file)
+    RaiseError(
+        Format(kCreatedTwice, "table", std::string(table.name), std::string(earlier.file), std::string(table.file)));
+  warnings_.push_back({Format(kCreatedAgain, std::string(table.name), earlier.line), table.line, false, false,
+                       std::string(table.file)});
   earlier = table;
 }
 

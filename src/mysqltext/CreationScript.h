@@ -3,11 +3,13 @@
 
 #include <cstddef>
 #include <deque>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "core/CreationTexts.h"
@@ -20,14 +22,22 @@ struct TScriptWarning {
   std::size_t line = 0;       // counted from 1; 0 for the file as a whole
   bool verbose_only = false;  // of interest only to who asks what was passed over
   bool passed_over = false;   // holds for those alone who take the creation texts, and apply no other statement
+  std::string file{};         // of a folder's: which of its files
 
   std::string Message() const;  // "line %d: %s"
 };
 
 struct TCreationText {
-  std::string_view name;  // as written between the backticks, if there are any
-  std::string_view text;  // from "create" up to before the delimiter
-  std::size_t line = 0;   // of its first character
+  std::string_view name;    // as written between the backticks, if there are any
+  std::string_view text;    // from "create" up to before the delimiter
+  std::size_t line = 0;     // of its first character
+  std::string_view file{};  // of a folder's: which of its files
+};
+
+// A file of a script that is a folder.
+struct TScriptFile {
+  std::string path;
+  std::string text;
 };
 
 // How a script is taken.
@@ -37,7 +47,8 @@ struct TScriptChoice {
 };
 
 // The creation texts of a script: every "create table" statement in the order of the script, a database in front of
-// the table's name cut out. A later text for a name that is equal but for case takes the earlier one's place. Other
+// the table's name cut out. A later text for a name that is equal but for case takes the earlier one's place, if it is
+// of the same file: no two files of a folder may make the same. Other
 // statements are passed over, but kept for who asks for the structure. What is worth telling is kept as warnings, those
 // of the whole script first, then by line.
 //
@@ -47,10 +58,13 @@ class TCreationScript {
   // Lines may end in CR alone. Raises the faults of TStatementReader; for a dump without its closing line "cut off:
   // ..."; for tables of several databases of which none is chosen, and for a choice that is not among them.
   explicit TCreationScript(std::string script, const TScriptChoice& choice = {});
+  // Of a folder: each file is read by itself. Raises likewise, with the file in front, and for what two files make.
+  explicit TCreationScript(std::vector<TScriptFile> files, const TScriptChoice& choice = {});
   TCreationScript(const TCreationScript&) = delete;
   TCreationScript& operator=(const TCreationScript&) = delete;
 
-  // Of a whole file. Raises "Cannot read %s: %s", and "%s: %s" with the file's name and the fault.
+  // Of a whole file, or of a folder with all its files (ScriptFolder.h). Raises "Cannot read %s: %s", and "%s: %s" with
+  // the file's name and the fault.
   static std::shared_ptr<const TCreationScript> Load(const std::string& path, const TScriptChoice& choice = {});
 
   const std::vector<TCreationText>& Tables() const { return tables_; }
@@ -61,6 +75,7 @@ class TCreationScript {
 
  private:
   struct TSpan;
+  struct TPart;
   class TCollector;
   struct THash {
     std::size_t operator()(std::string_view name) const;
@@ -69,17 +84,22 @@ class TCreationScript {
     bool operator()(std::string_view a, std::string_view b) const { return SameText(a, b); }
   };
 
+  void Read(std::vector<TScriptFile> files, const TScriptChoice& choice);
+  void ReadPart(const TPart& part, const TScriptChoice& choice, std::vector<TSpan>& spans);
+  void TakeObjects(std::vector<TOtherObject> objects, const std::string& file);
   void Pack(std::vector<TSpan>& spans);
   void AddTables(const std::vector<TSpan>& spans);
   void AddTable(const TSpan& span, std::string_view text);
-  void ChooseDatabase(const std::vector<TSpan>& spans, const std::set<std::string>& of_objects,
-                      const std::string& wanted);
+  void ChooseDatabase(const std::vector<TSpan>& spans, const std::string& wanted);
 
   std::string buffer_;  // the recorded texts, one after the other
   std::vector<TCreationText> tables_;
   std::unordered_map<std::string_view, std::size_t, THash, TSame> index_;
   std::vector<TScriptWarning> warnings_;
-  std::set<std::string> names_;          // of databases
+  std::deque<std::string> files_;                                                // of a folder
+  std::set<std::string> of_objects_;                                             // databases
+  std::map<std::pair<std::string, std::string>, std::string> files_of_objects_;  // of a folder, by kind and name
+  std::set<std::string> names_;                                                  // of databases
   std::deque<std::string> unqualified_;  // creation texts that a database was cut out of
   TStructureScript structure_;
   std::vector<TOtherObject> others_;

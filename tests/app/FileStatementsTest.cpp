@@ -5,7 +5,7 @@
 
 #include "mysqltext/CreationScript.h"
 #include "support/MessageOf.h"
-#include "util/Format.h"
+#include "util/Text.h"
 
 namespace velmora {
 namespace {
@@ -19,7 +19,7 @@ TStringList Lines(const std::string& script, const std::string& database = {}) {
   TStringList lines;
   const TCreationScript file(script, {database});
   for (const TLocatedStatement& statement : ReadFileStatements(file.Structure()).statements)
-    lines.push_back(Format("%d: %s", statement.line, statement.text));
+    lines.push_back(StrReplace(statement.place, "line ", "") + ": " + statement.text);
   return lines;
 }
 

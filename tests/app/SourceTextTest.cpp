@@ -140,9 +140,10 @@ TEST(SourcesTest, WhatIsNoSourceIsSaid) {
       {"shop.MDB", "\"shop.MDB\" is no source by itself: give Access:filename=shop.MDB"},
       {"/data/100%/orders.db", "\"/data/100%/orders.db\" is no source by itself: give Paradox:folder=/data/100%25"},
       {"a.vlt", "\"a.vlt\" is no source by itself: give the only source: a task file stands for reference and target"},
-      {"/tmp",
-       "\"/tmp\" is no source by itself: give Paradox:folder=/tmp, DBF:folder=/tmp, FoxPro:folder=/tmp or "
-       "Text:folder=/tmp;HDR=Y;separator=,"},
+      {"/dev",
+       "\"/dev\" is no source by itself: give a folder that holds files that end in .sql, Paradox:folder=/dev, "
+       "DBF:folder=/dev, FoxPro:folder=/dev or "
+       "Text:folder=/dev;HDR=Y;separator=,"},
       {"data/passengers.csv",
        "\"data/passengers.csv\" is no source by itself: give Text:folder=data;HDR=Y;separator=,"},
       {"MySQL:port=no", "\"no\" is no port: it must be a number from 1 to 65535"},

@@ -19,10 +19,10 @@ namespace velmora {
 
 namespace {
 
-constexpr char kUnfollowed[] = "%s: line %d: %s (--via-server may read it)";
-constexpr char kUnreadable[] = "%s: line %d: %s";
-constexpr char kNoName[] = "%s: line %d: this statement names no table: %s";
-constexpr char kUnseen[] = "%s: line %d: %s may make or change tables that its text does not name";
+constexpr char kUnfollowed[] = "%s: %s (--via-server may read it)";
+constexpr char kUnreadable[] = "%s: %s";
+constexpr char kNoName[] = "%s: this statement names no table: %s";
+constexpr char kUnseen[] = "%s: %s may make or change tables that its text does not name";
 constexpr char kOfRows[] = "Table %s is made of the rows of a query";
 constexpr char kNoTable[] = "There is no table %s";
 constexpr char kThere[] = "There is a table %s already";
@@ -113,7 +113,13 @@ const TTableText& TFileSchema::Table(const std::string& name) {
   return *table;
 }
 
+// Each file of a folder is run by itself, under no settings of another.
 void TFileSchema::Apply(const TStructureStatement& statement) {
+  if (statement.file != file_) {
+    engine_.clear();
+    modes_.clear();
+    file_ = statement.file;
+  }
   if (!PutOff(statement)) ApplyNow(statement);
 }
 
@@ -170,7 +176,7 @@ void TFileSchema::ApplyNow(const TStructureStatement& statement) {
   Read(statement);
   std::size_t at = 1;
   if (!InList(LowerText(tokens_[0].text), {"create", "alter", "rename", "drop", "set"}))
-    return unknown_.push_back(Format(kUnseen, script_.file, statement.line, CutChars(*text_, kShownChars)));
+    return unknown_.push_back(Format(kUnseen, script_.PlaceOf(statement), CutChars(*text_, kShownChars)));
   if (Is(0, "set")) return Set();
   if (Is(1, "database") || Is(1, "schema"))
     if (!Is(0, "drop")) return SetDatabase(2, Is(0, "create"));
@@ -195,13 +201,14 @@ void TFileSchema::Read(const TStructureStatement& statement) {
     tokens_ = Tokens(*text_);
   } catch (const EVelmora& fault) {
     const auto [line, message] = InFile(statement.line, fault.what());
-    RaiseError(Format(kUnreadable, script_.file, line, message));
+    RaiseError(Format(kUnreadable, script_.PlaceOf(statement, line), message));
   }
 }
 
 std::string TFileSchema::NotFollowed(const std::string& table, const std::string& reason) const {
-  const auto line = lines_.find(table);
-  return Format(kUnfollowed, script_.file, line == lines_.end() ? 1 : line->second, reason);
+  const auto found = places_.find(table);
+  if (found == places_.end()) return Format(kUnfollowed, script_.PlaceOf({}, 1), reason);
+  return Format(kUnfollowed, script_.PlaceOf(found->second), reason);
 }
 
 // Whatever is set for the session: the mode, and the engine of new tables.
@@ -277,7 +284,7 @@ TFileSchema::TName TFileSchema::ReadName(std::size_t& at) const {
     const TToken& token = tokens_[std::min(at, tokens_.size() - 1)];
     const bool quoted = token.kind == EToken::String && token.text.front() == '"';
     if (!IsName(token) && !quoted)
-      RaiseError(Format(kNoName, script_.file, statement_->line, CutChars(*text_, kShownChars)));
+      RaiseError(Format(kNoName, script_.PlaceOf(*statement_), CutChars(*text_, kShownChars)));
     name.database = std::exchange(name.table, NameOf(token));
     ++at;
     more = at < tokens_.size() && tokens_[at].Is(".");
@@ -318,14 +325,14 @@ template <class Action>
 void TFileSchema::Guard(const std::string& table, Action action) {
   CatchUp(table);
   if (unfollowed_.contains(table)) return;
-  lines_[table] = statement_->line;
+  places_[table] = *statement_;
   try {
     CheckModes();
     action();
   } catch (const EVelmora& fault) {
     Forget(table);
     const auto [line, message] = InFile(statement_->line, fault.what());
-    unfollowed_[table] = Format(kUnfollowed, script_.file, line, message);
+    unfollowed_[table] = Format(kUnfollowed, script_.PlaceOf(*statement_, line), message);
   }
 }
 
@@ -445,7 +452,7 @@ void TFileSchema::RenameTable(const std::string& from, const std::string& to) {
     if (Known(to) != nullptr) RaiseError(Format(kThere, to));
     schema_.Remove(from);
     table.name = to;
-    lines_[to] = statement_->line;
+    places_[to] = *statement_;
     MoveMadeNames(table, from, server_);
     Add(std::move(table));
     for (const TTableText& other : schema_.Tables())

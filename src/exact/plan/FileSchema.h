@@ -83,8 +83,9 @@ class TFileSchema {
   std::unordered_map<std::string, std::size_t> numbers_;  // of tables, in the order of their making
   std::map<std::string, std::string> unfollowed_;         // tables, and why
   TStringList unknown_;
-  std::map<std::string, std::size_t> lines_;                        // of each table's last statement
+  std::map<std::string, TStructureStatement> places_;               // of each table: its last statement
   std::map<std::string, std::vector<TTableOption>> table_options_;  // by database: what its new tables have
+  std::string_view file_;                                           // of a folder's: the one that is being read
   std::string engine_;                                              // of new tables; empty for the server's own
   std::string modes_;                                               // in lower case
   // The statement under way. Its text keeps its place while another statement is caught up with: tokens point into it.
