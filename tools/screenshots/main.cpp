@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-// Drives the desktop program on the samples and writes pictures of its windows: velmora-screenshots FOLDER, and the
-// steps of a moving one into FOLDER/steps. They are made without a screen, so they look the same everywhere.
+// Drives the desktop program on the samples and writes pictures of its windows: velmora-screenshots FOLDER. They
+// are made without a screen, so they look the same everywhere.
 
 #include <QApplication>
 #include <QDir>
@@ -25,7 +25,7 @@ constexpr char kSamples[] = VELMORA_SOURCE_DIR "/examples/live/";
 
 class TCamera {
  public:
-  explicit TCamera(std::string folder) : folder_(std::move(folder)) { QDir().mkpath(ToQt(folder_ + "/steps")); }
+  explicit TCamera(std::string folder) : folder_(std::move(folder)) { QDir().mkpath(ToQt(folder_)); }
 
   void Take(QWidget& window, const char* name) const {
     QCoreApplication::processEvents();
@@ -103,26 +103,17 @@ void TakeStandard(TDesktopRig& rig, const TCamera& camera) {
 }
 
 // Analyze, take out what would lose data, run.
-void TakeSteps(TDesktopRig& rig, const TCamera& camera) {
-  auto step = [&, number = 0]() mutable { camera.Take(rig.Main(), ("steps/" + std::to_string(++number)).c_str()); };
+void TakeRun(TDesktopRig& rig, const TCamera& camera) {
   rig.NewTask("shop_reference", "shop_target", "acAutomaticDialect");
-  step();
   rig.Trigger("acAnalyze");
-  step();
   auto* tree = rig.Find<QTreeView>("tlDifferences");
   for (const char* line : {"affiliate_clicks", "affiliates", "column icq_number"}) {
     Choose(*tree, line);
     QTest::keyClick(tree, Qt::Key_Space);
-    step();
   }
-  WhenModal([&](QWidget* question) {
-    camera.TakeBoth(rig.Main(), *question, "steps/6");
-    Click(*question, "bnYes");
-  });
+  WhenModal([](QWidget* question) { Click(*question, "bnYes"); });
   rig.Trigger("acSynchronize");
-  camera.Take(rig.Main(), "steps/8");
   rig.Find<QTabWidget>("page")->setCurrentWidget(rig.Find<QWidget>("tsRun"));
-  camera.Take(rig.Main(), "steps/7");
   camera.Take(rig.Main(), "run");
 }
 
@@ -238,7 +229,7 @@ void TakeAll(const TCamera& camera) {
   page->setCurrentWidget(rig.Find<QWidget>("tsScript"));
   camera.Take(rig.Main(), "dark-script");
   QApplication::setPalette(QPalette());
-  TakeSteps(rig, camera);
+  TakeRun(rig, camera);
   WhenModal([](QWidget* question) { Click(*question, "bnYes"); });
   rig.Trigger("acSynchronize");
   camera.Take(rig.Main(), "identical");
