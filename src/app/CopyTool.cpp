@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): for kill
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -76,14 +77,19 @@ std::optional<TStringList> ShellWords(const std::string& command) {
   return quote == 0 ? std::optional(words) : std::nullopt;
 }
 
+bool CanBeStarted(const std::string& file) {
+  struct stat status = {};
+  return stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode) && access(file.c_str(), X_OK) == 0;
+}
+
 // By its path, or in one of the folders that the system looks in.
 bool IsProgram(const std::string& name) {
-  if (name.find('/') != std::string::npos) return access(name.c_str(), X_OK) == 0;
+  if (name.find('/') != std::string::npos) return CanBeStarted(name);
   const char* path = std::getenv("PATH");
   TStringList folders;
   SplitPlain(':', path == nullptr ? "/bin:/usr/bin" : path, folders);
-  return std::ranges::any_of(
-      folders, [&name](const std::string& folder) { return access(JoinPath(folder, name).c_str(), X_OK) == 0; });
+  return std::ranges::any_of(folders,
+                             [&name](const std::string& folder) { return CanBeStarted(JoinPath(folder, name)); });
 }
 
 using TFillings = std::vector<std::pair<std::string_view, std::string>>;

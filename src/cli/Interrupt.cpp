@@ -10,6 +10,7 @@
 #include <optional>
 #include <string_view>
 
+#include "crash/CrashStack.h"
 #include "mysqlclient/MyConnection.h"
 #include "util/Errors.h"
 
@@ -76,7 +77,11 @@ std::thread WithoutSignals(Body body) {
   for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT}) sigdelset(&all, fault);
   pthread_sigmask(SIG_SETMASK, &all, &former);
   std::thread thread;
-  RunGuarded([&] { thread = std::thread(body); }, [&] { pthread_sigmask(SIG_SETMASK, &former, nullptr); });
+  const auto with_stack = [body] {
+    const TCrashStack stack;
+    body();
+  };
+  RunGuarded([&] { thread = std::thread(with_stack); }, [&] { pthread_sigmask(SIG_SETMASK, &former, nullptr); });
   return thread;
 }
 

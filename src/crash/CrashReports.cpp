@@ -69,7 +69,8 @@ void MarkAsShown(const TCrashReport& report) {
 }
 
 void RemoveOldReports(const std::string& folder) {
-  const TStringList files = ReportFiles(folder, "*.txt");
+  TStringList files = ReportFiles(folder, "*.txt");
+  std::ranges::stable_partition(files, [](const std::string& file) { return !file.ends_with(kShownEnding); });
   for (std::size_t i = kMostCrashReports; i < files.size(); ++i) std::remove(files[i].c_str());
 }
 

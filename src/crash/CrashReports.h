@@ -9,7 +9,7 @@
 namespace velmora {
 
 inline constexpr char kCrashReportEnding[] = ".crash.txt";
-inline constexpr int kMostCrashReports = 20;  // of all programs together; the oldest ones go
+inline constexpr int kMostCrashReports = 20;  // of all programs together
 
 struct TCrashReport {
   std::string file;
@@ -22,6 +22,7 @@ std::vector<TCrashReport> NewCrashReports(const std::string& folder);
 // Does not offer it again; it stays in its folder. A file that cannot be renamed stays new.
 void MarkAsShown(const TCrashReport& report);
 
+// All but kMostCrashReports: those that were shown go first, the oldest of them before the others.
 void RemoveOldReports(const std::string& folder);
 
 }  // namespace velmora

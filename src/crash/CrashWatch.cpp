@@ -23,6 +23,7 @@
 
 #include "crash/CrashNotes.h"
 #include "crash/CrashReports.h"
+#include "crash/CrashStack.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -53,7 +54,6 @@ constexpr bool kToldBySanitizer = false;
 
 constexpr unsigned kSecondsToReport = 20;  // then the program ends without a whole report
 constexpr std::size_t kMostFrames = 128;
-constexpr std::size_t kHandlerStack = 64 << 10;  // for the thread of main, whose own stack may be what is used up
 constexpr std::size_t kLongestReason = 500;
 
 // All that a report needs is made beforehand: a handler may neither take memory nor lock anything. Never freed.
@@ -359,14 +359,6 @@ std::string Heading(const TCrashWatch& watch) {
                 Distribution());
 }
 
-void PrepareStack() {
-  static std::array<char, kHandlerStack> memory;
-  stack_t stack = {};
-  stack.ss_sp = memory.data();
-  stack.ss_size = memory.size();
-  sigaltstack(&stack, nullptr);
-}
-
 }  // namespace
 
 void TellCrashReason(std::string_view told) {
@@ -379,13 +371,13 @@ void TellCrashReason(std::string_view told) {
 void WatchForCrashes(const TCrashWatch& watch) {
   if constexpr (kToldBySanitizer) return;
   if (!watch.folder.empty()) RemoveOldReports(watch.folder);
-  static const TPrepared parts = {
-      Heading(watch), watch.folder.empty() ? "" : JoinPath(watch.folder, watch.program + "-"), watch.program, getpid()};
-  prepared = &parts;
+  const std::string beginning = watch.folder.empty() ? "" : JoinPath(watch.folder, watch.program + "-");
+  // A program can also crash while it takes itself apart.
+  prepared = std::make_unique<TPrepared>(TPrepared{Heading(watch), beginning, watch.program, getpid()}).release();
   abort_message = static_cast<const TAbortMessage* const*>(dlvsym(RTLD_DEFAULT, "__abort_msg", "GLIBC_PRIVATE"));
   std::array<void*, 1> frame;
   backtrace(frame.data(), 1);  // which loads a library the first time
-  PrepareStack();
+  static_cast<void>(std::make_unique<TCrashStack>().release());
   std::set_terminate(OnTerminate);
   struct sigaction action = {};
   action.sa_sigaction = HandleFatal;

@@ -19,8 +19,8 @@ struct TCrashWatch {
 };
 
 // Watches from here on for what ends a program: a signal of a fault (SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS),
-// std::terminate, and an abort, as of a failed assertion. To be called once, by the thread that runs main; other
-// threads whose stacks are used up leave no report.
+// std::terminate, and an abort, as of a failed assertion. To be called once, by the thread that runs main; of
+// other threads, those whose stacks are used up leave a report where they have a TCrashStack.
 //
 // A report holds the program and its build, the system, what is known of the reason, the stack, the last notes
 // (CrashNotes.h) and the loaded libraries with their addresses; no passwords, no values, no contents of memory.

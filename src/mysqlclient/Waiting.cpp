@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "crash/CrashStack.h"
 #include "mysqlclient/MyConnection.h"
 #include "util/Errors.h"
 
@@ -99,7 +100,10 @@ TServerThread::~TServerThread() {
 void TServerThread::Start(std::function<void()> work) {
   if (!shared_) {
     shared_ = std::make_shared<TShared>();
-    thread_ = std::thread([shared = shared_] { shared->Serve(); });
+    thread_ = std::thread([shared = shared_] {
+      const TCrashStack stack;
+      shared->Serve();
+    });
   }
   shared_->work = std::move(work);
   shared_->error = nullptr;

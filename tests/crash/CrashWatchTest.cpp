@@ -14,6 +14,7 @@
 
 #include "crash/CrashNotes.h"
 #include "crash/CrashReports.h"
+#include "crash/CrashStack.h"
 #include "support/ScratchFolder.h"
 #include "util/Files.h"
 
@@ -35,6 +36,15 @@ struct TEnd {
 volatile int zero = 0;
 int* volatile nowhere = nullptr;
 
+// Made before the watch, and so the later of the two to go.
+struct TFaultAtEnd {
+  bool wanted = false;
+  ~TFaultAtEnd() {
+    if (wanted) *nowhere = 1;
+  }
+};
+TFaultAtEnd fault_at_end;
+
 // Not to be turned into a loop.
 int EatStack(volatile char* above) {
   volatile char here[1024] = {};
@@ -51,6 +61,15 @@ const TEnd kEnds[] = {
        zero = EatStack(first);
      },
      SIGSEGV, "SIGSEGV"},
+    {"a stack of another thread",
+     [] {
+       std::thread([] {
+         const TCrashStack stack;
+         volatile char first[1] = {};
+         zero = EatStack(first);
+       }).join();
+     },
+     SIGSEGV, "SIGSEGV"},
     {"a signal of another process",
      [] {
        const pid_t self = getpid();
@@ -65,6 +84,12 @@ const TEnd kEnds[] = {
      "std::runtime_error: no key '...\n"},
     {"what is no exception of the library", [] { throw 3; }, SIGABRT, "nobody took: int"},
     {"an abort with words", [] { __assert_fail("rows > 0", "Rows.cpp", 12, "Count"); }, SIGABRT, "`rows > 0' failed"},
+    {"a fault while the program ends",
+     [] {
+       fault_at_end.wanted = true;
+       std::exit(0);
+     },
+     SIGSEGV, "address 0x0"},
     {"a fault in another thread", [] { std::thread([] { *nowhere = 1; }).join(); }, SIGSEGV, "SIGSEGV"},
     {"faults in several threads",
      [] {
@@ -137,6 +162,9 @@ TEST(CrashReports, AreOfferedOnceTheNewestFirstAndSomeAreKept) {
   EXPECT_EQ(reports.back().text, "at velmora::Text()+0x1, day 20");
   for (const TCrashReport& report : reports) MarkAsShown(report);
   EXPECT_TRUE(NewCrashReports(folder).empty());
+  WriteFileText(scratch / "velmora-20261101-120000-7.crash.txt", "older, and not shown");
+  RemoveOldReports(folder);
+  EXPECT_EQ(NewCrashReports(folder).size(), 1u);
   EXPECT_TRUE(NewCrashReports(scratch / "none").empty());
 }
 
