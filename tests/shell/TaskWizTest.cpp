@@ -322,6 +322,22 @@ TEST_F(FrameConnTest, ListsFillAsTheyOpen) {
   EXPECT_THAT(Open(frame, "cServerORA"), IsEmpty());
 }
 
+TEST_F(FrameConnTest, NamesWithBlanksAreFoundByTyping) {
+  server->AddColumn("show databases", {"my", "my cart", "my shop"});
+  frame.SetEngine(8);
+  frame.show();
+  auto* list = Child<QComboBox>(frame, "cDBMySQL");
+  QTest::keyClick(list, Qt::Key_Space);
+  ASSERT_TRUE(list->view()->isVisible());
+  QTest::keyClicks(list->view(), QStringLiteral("my c"));
+  QTest::keyClick(list->view(), Qt::Key_Return);
+  EXPECT_EQ(FromQt(list->currentText()), "my cart");
+  QTest::qWait(QApplication::keyboardInputInterval() + 50);
+  QTest::keyClicks(list, QStringLiteral("my s"));
+  EXPECT_EQ(FromQt(list->currentText()), "my shop");
+  EXPECT_FALSE(list->view()->isVisible());
+}
+
 TEST_F(FrameConnTest, DatabasesOfAServerThatFailsStayAsTheyWere) {
   server->AddColumn("show databases", {"one", "two"});
   frame.SetEngine(8);
