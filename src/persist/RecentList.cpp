@@ -22,8 +22,6 @@ void TRecentList::RecentAdd(const std::string& path) {
   RecentShow(list);
 }
 
-void TRecentList::RecentRemove(const std::string& path) { std::erase(paths_, path); }
-
 std::string TRecentList::Caption(std::size_t index) const { return Format("&%d %s", index + 1, Path(index)); }
 
 }  // namespace velmora

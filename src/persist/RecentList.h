@@ -17,7 +17,6 @@ class TRecentList {
   void RecentShow(const TStringList& list);  // drops what there is no room for
   // The path goes to the head; one that differs in the case of its letters alone is taken out.
   void RecentAdd(const std::string& path);
-  void RecentRemove(const std::string& path);
 
   std::size_t Count() const { return paths_.size(); }
   const std::string& Path(std::size_t index) const { return paths_.at(index); }

@@ -7,6 +7,7 @@
 
 #include "shell/DesktopRig.h"
 #include "shell/widgets/DifferenceTree.h"
+#include "util/Files.h"
 
 namespace velmora {
 namespace {
@@ -150,10 +151,11 @@ TEST_F(DifferenceTreeTest, DeletedLinesGoAndComeBackAndTheNextOneIsCurrent) {
   EXPECT_FALSE(rig_.Enabled("acUndoTick"));
 }
 
-TEST_F(DifferenceTreeTest, AnEditedScriptIsNotOverwrittenUnasked) {
-  const auto answer = [](const char* button) {
-    WhenModal([button](QWidget* box) {
-      EXPECT_THAT(FromQt(box->property("text").toString()), HasSubstr("was edited and is not saved"));
+TEST_F(DifferenceTreeTest, AScriptOfTheUsersIsNotOverwrittenUnasked) {
+  std::string question = "was edited and is not saved";
+  const auto answer = [&question](const char* button) {
+    WhenModal([&question, button](QWidget* box) {
+      EXPECT_THAT(FromQt(box->property("text").toString()), HasSubstr(question));
       for (QAbstractButton* each : box->findChildren<QAbstractButton*>())
         if (each->text().remove(QLatin1Char('&')) == QLatin1String(button)) return each->click();
     });
@@ -167,6 +169,19 @@ TEST_F(DifferenceTreeTest, AnEditedScriptIsNotOverwrittenUnasked) {
   ClickBox("old");
   EXPECT_EQ(Check("old"), Qt::Unchecked);
   EXPECT_THAT(rig_.Text("mScript"), AllOf(Not(HasSubstr("-- mine")), Not(HasSubstr("drop table"))));
+
+  question = "is one of your own";
+  rig_.host->chosen = rig_.folder / "own.sql";
+  WriteFileText(rig_.host->chosen, "create table own (a int);\n");
+  rig_.Trigger("acLoadScriptFromFile");
+  answer("No");
+  ClickBox("old");
+  EXPECT_EQ(Check("old"), Qt::Unchecked);
+  EXPECT_THAT(rig_.Text("mScript"), HasSubstr("table own"));
+  answer("Yes");
+  ClickBox("old");
+  EXPECT_THAT(rig_.Text("mScript"), HasSubstr("drop table"));
+  ClickBox("old");  // asks nothing
 }
 
 TEST_F(DifferenceTreeTest, TheFilterAndTheKeysFindDifferences) {

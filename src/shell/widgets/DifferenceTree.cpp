@@ -166,10 +166,15 @@ void TDifferenceTree::Show(TDifferenceList* list) {
   Arrange();
 }
 
+void TDifferenceTree::Arrange(bool by_kind, bool by_running) {
+  cGrouping_->setCurrentIndex(by_kind ? 1 : 0);
+  cSorting_->setCurrentIndex(by_running ? 1 : 0);
+}
+
 void TDifferenceTree::Arrange() {
   if (list_ == nullptr) return ShowCounts();
-  list_->Arrange(cGrouping_->currentIndex() == 0 ? EGrouping::ByTable : EGrouping::ByKind,
-                 cSorting_->currentIndex() == 0 ? ESorting::ByName : ESorting::ByRunning);
+  list_->Arrange(ByKind() ? EGrouping::ByKind : EGrouping::ByTable,
+                 ByRunning() ? ESorting::ByRunning : ESorting::ByName);
   list_->SetFilter(FromQt(edFilter_->text()));
   Reload();
 }

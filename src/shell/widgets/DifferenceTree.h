@@ -55,6 +55,9 @@ class TDifferenceTree final : public QWidget {
   void Reload();                     // other differences are shown than before; what was current stays that
   void Refresh();                    // other ones are ticked
   void SetHint(const QString& hint) { view_->SetHint(hint); }
+  void Arrange(bool by_kind, bool by_running);  // else by table, by name
+  bool ByKind() const { return cGrouping_->currentIndex() == 1; }
+  bool ByRunning() const { return cSorting_->currentIndex() == 1; }
 
   TDifferenceView& View() { return *view_; }
   std::vector<std::size_t> Selected() const;   // places; those of a selected group are all that it shows

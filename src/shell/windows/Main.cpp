@@ -42,7 +42,10 @@ namespace {
 
 constexpr char kEmptyQuestion[] = ".\n\nGo on all the same?";
 constexpr char kTypedQuestion[] = "The script was edited and is not saved. Discard it?";
-constexpr char kLatestGone[] = "The latest task is no longer there, and was taken from the list: %s";
+constexpr char kOwnQuestion[] = "The script is one of your own. Replace it with that of the ticked actions?";
+constexpr char kLatestAway[] = "The latest task is not there now, and was not opened: %s";
+constexpr char kGroupedByKind[] = "ActionsByKind";  // keys of the options
+constexpr char kSortedByRunning[] = "ActionsByRunning";
 constexpr char kDialectHint[] = "%s: press F9 to analyze.";
 constexpr char kAdvice[] = "This server is %s.";
 constexpr char kAdviceButton[] = "Analyze in the %s";
@@ -140,6 +143,9 @@ void TfmMain::WriteSettings() {
   if (isMaximized()) place.state = kWindowMaximised;
   if (isMinimized()) place.state = kWindowMinimised;
   velmora::SaveSettings(setup_.settings_file, place, recent_, options_, *setup_.options);
+  OptSetBool(*setup_.options, kGroupedByKind, pnDifferences_->ByKind());
+  OptSetBool(*setup_.options, kSortedByRunning, pnDifferences_->ByRunning());
+  setup_.options->Flush();
 }
 
 void TfmMain::showEvent(QShowEvent* event) {
@@ -177,11 +183,8 @@ void TfmMain::OpenLatest() {
   if (active_) return;
   const std::string path = recent_.Path(0);
   std::error_code unknown;
-  if (!std::filesystem::exists(path, unknown) && !unknown) {
-    recent_.RecentRemove(path);
-    ShowRecent();
-    return statusBar()->showMessage(ToQt(Format(kLatestGone, path)));
-  }
+  if (!std::filesystem::exists(path, unknown) && !unknown)  // its drive may be back tomorrow
+    return statusBar()->showMessage(ToQt(Format(kLatestAway, path)));
   const TTaskReader reader(path);
   if (StoredDialect(reader.Dialect()).id == EDialect::Standard) return;
   task_->OpenRead(path, reader);
@@ -224,6 +227,8 @@ void TfmMain::Close() {
 void TfmMain::LoadOptions() {
   options_ = velmora::LoadOptions(*setup_.options);
   ApplyFonts();
+  pnDifferences_->Arrange(OptGetBool(*setup_.options, kGroupedByKind, false),
+                          OptGetBool(*setup_.options, kSortedByRunning, false));
 }
 
 void TfmMain::ApplyFonts() {
@@ -286,6 +291,12 @@ void TfmMain::ClearWork() {
 bool TfmMain::MayLoseScript() {
   const bool typed = active_ && mScript_->isModified() && mScript_->length() > 0;
   return !typed || ConfirmYes(kTypedQuestion);
+}
+
+// One that was loaded or saved is in its file, and would be missed in the editor all the same.
+bool TfmMain::MayReplaceScript() {
+  if (mScript_->isModified()) return MayLoseScript();
+  return script_of_ != EScriptOf::User || mScript_->length() == 0 || ConfirmYes(kOwnQuestion);
 }
 
 void TfmMain::ShowLog(const TStringList& lines) {
@@ -456,8 +467,8 @@ void TfmMain::ScriptIs(EScriptOf origin) {
 
 void TfmMain::UpdateExecute() {
   const EScriptOf origin = ScriptOf();
-  const bool typed = origin == EScriptOf::User && mScript_->length() > 0;
-  Command("acSynchronize")->setEnabled(active_ && (typed || origin == EScriptOf::Analysis));
+  const bool some = origin != EScriptOf::Nobody && mScript_->length() > 0;
+  Command("acSynchronize")->setEnabled(active_ && (some || origin == EScriptOf::Analysis));
 }
 
 void TfmMain::ShowFind() {

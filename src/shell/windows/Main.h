@@ -70,6 +70,7 @@ struct TDesktopSetup {
 enum class EScriptOf {
   Nobody,    // there is none, or it has nothing to do
   Analysis,  // generated for the open pair
+  Part,      // likewise, but broken off: it does less than the list says
   User       // loaded or typed while the pair was open
 };
 
@@ -183,6 +184,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void ClearWork();                        // what a former pair left: tree, panels, log, script
   void ShowPage();                         // in place of the label that says that all is equal
   bool MayLoseScript();                    // asks where a text would go that was typed and not saved
+  bool MayReplaceScript();                 // likewise, and where one was loaded or is in a file
 
   // Analysis
   void Analyze();

@@ -82,9 +82,8 @@ void TfmMain::acSaveScriptToFile() {
   ScriptIs(origin);
 }
 
-// A script that breaks off does less than the list says: it does not run unasked.
 void TfmMain::acGenScript() {
-  EScriptOf origin = script_of_ == EScriptOf::Analysis ? EScriptOf::User : script_of_;
+  EScriptOf origin = script_of_ == EScriptOf::Nobody ? EScriptOf::Nobody : EScriptOf::Part;
   RunGuarded(
       [&] {
         app_->Dialect().GenerateScript();

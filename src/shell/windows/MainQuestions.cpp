@@ -46,7 +46,8 @@ bool TfmMain::MayRun(const std::string& script) {
   const bool always = dialect.Traits().asks_before_run;
   const bool unprompted = always && options_.SyncRunUnprompted;
   if (unprompted && !marks.confirm_database && unsafe.empty() && ScriptOf() == EScriptOf::Analysis) return true;
-  if (!always && !marks.confirm_database && unsafe.empty() && ScriptOf() != EScriptOf::User) return true;
+  const bool generated = ScriptOf() == EScriptOf::Analysis || ScriptOf() == EScriptOf::Nobody;
+  if (!always && !marks.confirm_database && unsafe.empty() && generated) return true;
   TDBConn& target = *app_->connections.target;
   const std::string statements = Counted(dialect.Statements(script).statements.size(), "statement");
   TRunQuestion question{Format(kRunQuestion, statements, SideName(target)), {}, marks, DatabaseName(target)};

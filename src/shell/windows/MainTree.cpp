@@ -138,7 +138,7 @@ void TfmMain::UpdateTree() {
 
 // A script that does nothing is nobody's, and does not run unasked.
 void TfmMain::Decide(const std::function<bool()>& decision) {
-  if (!MayLoseScript() || !decision()) return;
+  if (!MayReplaceScript() || !decision()) return;
   RunGuarded(
       [this] {
         acGenScript();
