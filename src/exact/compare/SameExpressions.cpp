@@ -10,6 +10,7 @@
 
 #include "exact/compare/ExpressionForm.h"
 #include "mysqltext/ColumnParts.h"
+#include "mysqltext/ElementFinder.h"
 #include "mysqltext/ElementText.h"
 #include "mysqltext/KeyText.h"
 #include "util/Errors.h"
@@ -113,8 +114,9 @@ void AdoptExpressions(TElement& element, const TElement& there, const std::strin
 }  // namespace
 
 void AdoptExpressions(TTableText& table, const TTableText& counterpart) {
+  TElementFinder others(counterpart);
   for (TElement& element : table.elements) {
-    const TElement* there = counterpart.Find(element.kind, element.name);
+    const TElement* there = others.Find(element.kind, element.name);
     if (there != nullptr && there->text != element.text) AdoptExpressions(element, *there, table.name);
   }
 }

@@ -12,6 +12,7 @@
 #include "mysqltext/Charsets.h"
 #include "mysqltext/ColumnParts.h"
 #include "mysqltext/ColumnType.h"
+#include "mysqltext/ElementFinder.h"
 #include "mysqltext/ElementText.h"
 #include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
@@ -384,9 +385,11 @@ void ConvertColumn(TElement& column, const TTableText& before, const std::vector
 void CompleteTable(TTableText& table, const TTableText* counterpart, const TServerTraits& server) {
   CompleteOptions(table, counterpart);
   const TCharset charset = TableCharset(table);
+  std::optional<TElementFinder> others;
+  if (counterpart != nullptr) others.emplace(*counterpart);
   for (TElement& element : table.elements) {
     if (element.kind != EElement::Column) continue;
-    const TElement* there = counterpart == nullptr ? nullptr : counterpart->Find(EElement::Column, element.name);
+    const TElement* there = others ? others->Find(EElement::Column, element.name) : nullptr;
     TColumnRewriter(element, charset).Complete(charset, there, server);
   }
   if (!server.explicit_timestamps) CompleteTimestamps(table);
