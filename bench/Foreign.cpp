@@ -109,6 +109,7 @@ class TTimedMaker final : public TTextMaker {
   }
   bool DropsObsolete() const override { return texts_.DropsObsolete(); }
   std::vector<TUnmadeElement> Unmade() const override { return texts_.Unmade(); }
+  std::vector<TUnmadeElement> Accepted() const override { return texts_.Accepted(); }
   std::vector<TMadeColumn> Columns() const override { return texts_.Columns(); }
   TStringList Log() const override { return texts_.Log(); }
 
