@@ -32,6 +32,8 @@ namespace {
 constexpr char kEqualRows[] = "%s with values that occur more than once (%d such values)";
 constexpr char kNulls[] = "%s with NULL, which will no longer be allowed";
 constexpr char kOrphans[] = "%s without the row referred to";
+constexpr char kOrphansMet[] =
+    "%s without the row referred to; this server looks at all foreign keys of a table when it adds one";
 constexpr char kAgainst[] = "%s that it does not allow";
 constexpr char kNoPlace[] = "%s for which there is no partition";
 constexpr char kComputedNull[] = "%s for which it is NULL, which will not be allowed";
@@ -45,6 +47,8 @@ constexpr char kTriggersOf[] =
 constexpr char kNoKey[] =
     "it will have no primary key, which this server requires (sql_require_primary_key, "
     "sql_generate_invisible_primary_key)";
+constexpr char kLateKey[] =
+    "it is changed before it gets its primary key, which this server requires (sql_require_primary_key)";
 // What MySQL is told of tables without one; other servers know nothing of it. Not 0 where it refuses a table: one that
 // is made, and that gets a key from the server if this is told to; one that cannot get it; one that is altered.
 constexpr char kMadeWithoutKey[] =
@@ -52,6 +56,8 @@ constexpr char kMadeWithoutKey[] =
 constexpr char kLeftWithoutKey[] =
     "0 /*!80013 + @@sql_require_primary_key */ /*!80030 + @@sql_generate_invisible_primary_key */, 1";
 constexpr char kStaysWithoutKey[] = "0 /*!80013 + @@sql_require_primary_key */, 1";
+// True for MySQL alone, which copies a table row by row under the checks of all its foreign keys.
+constexpr char kCopiesChecked[] = "0 /*!50700 + 1 */ and ";
 constexpr char kOtherSystem[] = "%s with shapes of another reference system (SRID)";
 constexpr char kSeveral[] = "it goes by several columns";
 
@@ -106,7 +112,7 @@ class TRowInquiry {
     for (const TChange& change : changes) take(change.table).changes.push_back(&change);
     for (const TPlanStatement& statement : plan) {
       TTableRows& table = take(statement.table);
-      ++table.statements;
+      Follow(statement, table);
       if (table.target != nullptr) FindPutBack(statement, table);
     }
   }
@@ -120,20 +126,31 @@ class TRowInquiry {
       for (const TElement& key : table.reference->elements)
         if (IsUnique(key) && IsSortedAnew(table, key)) AskUnique(table, key);
       for (const TElement* key : table.put_back) AskOrphans(table, *key);
+      if (table.checked) AskKept(table);
     }
     return std::move(questions_);
   }
 
  private:
+  static void Follow(const TPlanStatement& statement, TTableRows& table) {
+    if (statement.text.starts_with("rename table ")) return;
+    if (++table.statements == 1) table.key_first = PosNoCase("add primary key ", statement.text) != 0;
+    table.unpartitioned |= statement.text == Format("alter table %s remove partitioning", QuotedName(statement.table));
+    table.checked |= statement.checks_on;
+  }
+
+  static bool Changes(const TTableRows& table, const TElement& element) {
+    return std::ranges::any_of(table.changes, [&element](const TChange* change) {
+      return change->kind == element.kind && SameText(change->item, element.name);
+    });
+  }
+
   // Foreign keys that do not change, but go while a column does.
   static void FindPutBack(const TPlanStatement& statement, TTableRows& table) {
     for (const TElement& element : table.target->elements) {
       if (element.kind != EElement::ForeignKey || statement.text.find("add " + element.text.Str()) == std::string::npos)
         continue;
-      const bool changes = std::ranges::any_of(table.changes, [&element](const TChange* change) {
-        return change->kind == element.kind && SameText(change->item, element.name);
-      });
-      if (!changes) table.put_back.push_back(&element);
+      if (!Changes(table, element)) table.put_back.push_back(&element);
     }
   }
 
@@ -157,14 +174,21 @@ class TRowInquiry {
     const TTableText& has = *table.reference;
     const TTableText* had = table.target;
     const bool has_key = HasUniqueKeyWithoutNull(has);
-    if (WillHavePrimaryKey(table) || (has_key && GetsUniqueKey(table))) return;
+    if (WillHavePrimaryKey(table)) return AskLateKey(table);
+    if (has_key && GetsUniqueKey(table)) return;
     const bool had_key = had != nullptr && (HasPrimaryKey(*had) || HasUniqueKeyWithoutNull(*had));
     const bool is_own = EngineOf(has) == "innodb";
     const bool takes_key = had == nullptr && has.partitioning.empty() && !HasCounter(has);
-    const bool partitioned = had != nullptr && !had->partitioning.empty() && !has.partitioning.empty();
+    const bool partitioned =
+        had != nullptr && !had->partitioning.empty() && !has.partitioning.empty() && !table.unpartitioned;
     const bool loses_key = had == nullptr || (had_key && !has_key && !partitioned);
     const char* sql = !is_own || !loses_key ? kStaysWithoutKey : takes_key ? kMadeWithoutKey : kLeftWithoutKey;
     questions_.push_back({has.name, "table", sql, kNoKey});
+  }
+
+  void AskLateKey(const TTableRows& table) {
+    if (table.target == nullptr || HasPrimaryKey(*table.target) || table.key_first || table.statements == 0) return;
+    questions_.push_back({table.reference->name, "table", kStaysWithoutKey, kLateKey});
   }
 
   void AskAbout(const TTableRows& table, const TChange& change) {
@@ -322,7 +346,15 @@ class TRowInquiry {
     TStringList same;     // "parent.id = child.c0"
   };
 
-  void AskOrphans(const TTableRows& table, const TElement& key) {
+  // Foreign keys that stay as they are while the table gets another one.
+  void AskKept(const TTableRows& table) {
+    for (const TElement& key : table.target->elements) {
+      if (key.kind != EElement::ForeignKey || std::ranges::find(table.put_back, &key) != table.put_back.end()) continue;
+      if (!Changes(table, key)) AskOrphans(table, key, kCopiesChecked, kOrphansMet);
+    }
+  }
+
+  void AskOrphans(const TTableRows& table, const TElement& key, const char* where = "", const char* answer = kOrphans) {
     const std::string subject = "foreign key " + key.name;
     const TForeignKeyParts& parts = key.text.ForeignKey();
     const auto found = parts.database.empty() ? tables_.find(parts.table) : tables_.end();
@@ -340,14 +372,14 @@ class TRowInquiry {
       reference.same.push_back(wanted.sql + " = child." + column);
     }
     std::string rows =
-        Format("count(*), 1 from (select %s from %s) as child where %s", JoinList(reference.columns, ", "),
-               QuotedName(table.target->name), JoinList(reference.given, " and "));
+        Format("count(*), 1 from (select %s from %s) as child where %s%s", JoinList(reference.columns, ", "),
+               QuotedName(table.target->name), where, JoinList(reference.given, " and "));
     const bool has_rows = parent == nullptr || parent->target != nullptr;  // a new table has none
     const std::string database = parts.database.empty() ? "" : QuotedName(parts.database) + ".";
     if (has_rows)
       rows += Format(" and not exists (select 1 from %s%s as parent where %s)", database, QuotedName(parts.table),
                      JoinList(reference.same, " and "));
-    questions_.push_back({table.target->name, subject, rows, kOrphans});
+    questions_.push_back({table.target->name, subject, rows, answer});
   }
 
   static TRowValue ValueInParent(const TTableRows* parent, const std::string& column) {

@@ -74,9 +74,10 @@ TRowValue NewColumn(const TColumnText& column) {
   return {EKind::Unknown, {}, Format(kComputed, column.name)};
 }
 
-// Text is compared by the collation that it will have.
+// Text is compared by the collation that it will have, and so is what becomes text: a number beside letters is compared
+// as a number.
 std::string Converted(const std::string& name, const TColumnText& had, const TColumnText& has) {
-  const bool converts = had.HasLetters() && has.HasLetters() && !SameCharset(had.charset, has.charset);
+  const bool converts = has.HasLetters() && (!had.HasLetters() || !SameCharset(had.charset, has.charset));
   return converts ? StoredAs(has, name) : name;
 }
 

@@ -27,6 +27,9 @@ struct TTableRows {
   const TTableText* target = nullptr;
   std::vector<const TChange*> changes;
   std::size_t statements = 0;               // of the plan
+  bool key_first = false;                   // the first of them adds the primary key
+  bool unpartitioned = false;               // one of them takes all partitions away
+  bool checked = false;                     // one of them adds foreign keys that are checked
   std::vector<const TElement*> put_back{};  // foreign keys that go for a while
 
   // That makes or modifies the column; null for none.

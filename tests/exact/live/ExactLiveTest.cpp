@@ -224,11 +224,14 @@ TEST_F(ExactLiveTest, DefinersThatALoginMayNotNameAreToldOfWhatChanges) {
   target_.Run("drop user half");
 }
 
-// A server that has shown such a view may refuse a rename once, and forgets keys by hash with each.
+// A server that has shown such a view may refuse a rename once, and forgets keys by hash with each; none copies a table
+// while foreign keys name what is renamed.
 TEST_F(ExactLiveTest, RenamesBesideWhatServersStumbleOver) {
   const auto make = [](TLiveDatabase& database, const std::string& table, const std::string& a, const std::string& h) {
     database.Run("create table " + table + " (" + a + " int check (" + a + " <> 3), c int, g int as (c > 1), " + h +
-                 " varchar(99) not null, unique key k (" + a + ", c) using hash, key p (" + h + "(5)))");
+                 " varchar(99) not null, unique key k (" + a + ", c) using hash, key p (" + h + "(5)), unique key r (" +
+                 a + "))");
+    database.Run("create table link (x int, constraint l foreign key (x) references " + table + " (" + a + "))");
     database.Run("create view v as select count(*) as n from " + table + " x join " + table + " y where x.g = y.g");
     database.Run("create trigger tr before insert on " + table + " for each row set new." + a + " = 1");
   };
@@ -669,6 +672,8 @@ TEST_F(ExactLiveTest, RowsInTheWayAreCountedBeforeTheRun) {
   for (TLiveDatabase* database : {&reference_, &target_}) database->Run("create table p (id int primary key, c0 int)");
   RunAll(reference_, {"create table fresh (id int primary key)", "create table other (a int, x int primary key)"});
   RunAll(target_, {"create table other (a int)", "insert into p (id) values (1), (2)"});
+  for (TLiveDatabase* database : {&reference_, &target_})
+    RunAll(*database, {"create table words (w varchar(20) primary key)", "insert into words values ('abc')"});
   std::vector<TTableCase> cases;
   std::size_t refused = 0;
   for (const TTableCase& c : testing::TableCases("rows_in_the_way.txt")) {
@@ -698,6 +703,41 @@ TEST_F(ExactLiveTest, RowsInTheWayAreCountedBeforeTheRun) {
   }
   for (const TRowFinding& finding : findings)
     EXPECT_EQ(finding.checked, finding.text.find("not checked") == std::string::npos) << finding.text;
+}
+
+// A server that copies a table for a new foreign key looks at those that were there.
+TEST_F(ExactLiveTest, RowsThatBreakAForeignKeyThatStaysAreTold) {
+  for (TLiveDatabase* database : {&reference_, &target_})
+    RunAll(*database, {"create table p (id int primary key)",
+                       "create table t (a int, b int, constraint kept foreign key (a) references p (id))"});
+  reference_.Run("alter table t add constraint fresh foreign key (b) references p (id)");
+  RunAll(target_, {"set foreign_key_checks = 0", "insert into t values (7, null)"});
+  Open();
+  app_.Compare();
+  const std::vector<TRowFinding> findings = app_.Dialect().CheckRows(30);
+  EXPECT_EQ(findings.empty(), MessageOf([&] { app_.RunScript(Script()); }) == "nothing raised");
+  for (const TRowFinding& finding : findings)
+    EXPECT_THAT(finding.text, StartsWith("t: foreign key kept: 1 row without the row referred to; this server"));
+}
+
+// Each table is refused by the rule under which it is told, and by no other.
+TEST_F(ExactLiveTest, TablesThatAreWithoutTheirKeyForAWhileAreTold) {
+  if (!testing::OnMySQL()) GTEST_SKIP() << "a server without rules about primary keys";
+  RunAll(reference_, {"create table late (a int primary key, b int) partition by hash (a)",
+                      "create table gone (a int not null, b int) partition by hash (a)"});
+  RunAll(target_, {"create table late (a int not null, b int) partition by hash (b)",
+                   "create table gone (a int not null, b int primary key) partition by hash (b)"});
+  Open();
+  for (const char* rule : {"sql_require_primary_key", "sql_generate_invisible_primary_key"}) {
+    target_.Run(Format("set global %s = 1", rule));
+    for (const std::string table : {"late", "gone"}) {
+      app_.Take({.exact = ReadExactWishes("only " + table)});
+      app_.Compare();
+      EXPECT_EQ(app_.Dialect().CheckRows(30).empty(), MessageOf([&] { Exact().VerifyOnServer(); }) == "nothing raised")
+          << rule << " " << table;
+    }
+    target_.Run(Format("set global %s = 0", rule));
+  }
 }
 
 TEST_F(ExactLiveTest, TheServerEndsALookAtRowsThatTakesTooLong) {
