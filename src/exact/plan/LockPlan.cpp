@@ -205,6 +205,8 @@ class TLocker {
       if (pieces.size() > 1) Attribute(pieces, piece, part);
       table = Table(statement.table);
       part.lock = table == nullptr ? ELockClass::Unknown : ClassOfClauses(piece, *table, server_);
+      const bool told = algorithm_ == ELockClass::Unknown && table != nullptr && HasToBeCopied(piece, *table, server_);
+      if (told) part.text = WithAlgorithm(part.text, "copy");
       Follow(part);
     }
   }

@@ -350,8 +350,24 @@ TLockTraits LockTraitsOf(const TTableText& table) {
   return traits;
 }
 
+bool HasToBeCopied(const std::vector<TLockClause>& clauses, const TTableText& table, const TServerTraits& server) {
+  const auto made_of = [&clauses](EChange change) {
+    return std::ranges::count_if(clauses, [change](const TLockClause& clause) {
+      return std::ranges::find(clause.changes, change) != clause.changes.end();
+    });
+  };
+  const auto stays = [&clauses](const TElement& key) {
+    return key.kind == EElement::FulltextKey && std::ranges::none_of(clauses, [&key](const TLockClause& clause) {
+             return clause.changes == std::vector{EChange::DropKey} && SameText(clause.name, key.name);
+           });
+  };
+  if (!server.mysql || made_of(EChange::AddCounter) == 0) return false;
+  return made_of(EChange::AddFulltext) + std::ranges::count_if(table.elements, stays) > 1;
+}
+
 ELockClass ClassOfClauses(const std::vector<TLockClause>& clauses, const TTableText& table,
                           const TServerTraits& server) {
+  if (HasToBeCopied(clauses, table, server)) return ELockClass::Copy;
   std::vector<ELockChange> changes;
   for (const TLockClause& clause : clauses) changes.insert(changes.end(), clause.changes.begin(), clause.changes.end());
   return ClassTogether(changes, LockTraitsOf(table), server);

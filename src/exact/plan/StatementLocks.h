@@ -28,6 +28,9 @@ std::vector<TLockClause> LockClauses(const std::string& statement, const TTableT
 std::string AlterOf(const std::string& table, const std::vector<TLockClause>& clauses);  // together again
 
 TLockTraits LockTraitsOf(const TTableText& table);
+// Whether the server makes these only by a copy, and has to be told so: MySQL gives a column of numbers to a table in
+// place, and fails at that where it has several fulltext keys.
+bool HasToBeCopied(const std::vector<TLockClause>& clauses, const TTableText& table, const TServerTraits& server);
 ELockClass ClassOfClauses(const std::vector<TLockClause>& clauses, const TTableText& table,
                           const TServerTraits& server);
 // Of any statement of a plan: None for one that is no "alter table".
