@@ -9,6 +9,7 @@
 #include "exact/run/PairReader.h"
 #include "support/MessageOf.h"
 #include "util/Errors.h"
+#include "util/Lists.h"
 
 namespace velmora::testing {
 namespace {
@@ -33,25 +34,31 @@ TEST(RenamesTest, NamesStandAsTheyAreOrInBackticks) {
     EXPECT_THROW(ReadRename(text), EVelmora) << text;
 }
 
-// By the words that each server has, and what is read of them is what the rename does.
+// By the words that each server has, and what is read of them is what the rename does. The name of a case says what is
+// renamed.
 TEST(RenamesTest, EachServerIsToldInItsWords) {
-  const TSchemaCase c = SchemaCases("renames.txt").at(0);
-  std::string statements;
-  for (const TServerTraits& server : {TServerTraits{.mysql = true, .version = 90704}, TServerTraits{true, 50700},
-                                      TServerTraits{.version = 101100}, TServerTraits{.version = 100400}}) {
-    TSchema schema = SchemaOf(c.target), renamed = SchemaOf(c.target);
-    for (const char* wish : {"t=s", "s.a=b"}) {
-      const TRename rename = ReadRename(wish);
-      const std::string statement = RenameStatement(rename, server, schema);
-      statements += statement + "\n";
-      ApplyStatement(statement, schema, server);
-      ApplyRename(rename, server, renamed);
+  for (const TSchemaCase& c : SchemaCases("renames.txt")) {
+    SCOPED_TRACE(c.name);
+    TStringList wishes;
+    SplitPlain(' ', c.name, wishes);
+    std::string statements;
+    for (const TServerTraits& server : {TServerTraits{.mysql = true, .version = 90704}, TServerTraits{true, 50700},
+                                        TServerTraits{.version = 101100}, TServerTraits{.version = 100400}}) {
+      TSchema schema = SchemaOf(c.target), renamed = SchemaOf(c.target);
+      for (const std::string& wish : wishes) {
+        const TRename rename = ReadRename(wish);
+        for (const TPlanStatement& statement : RenameStatements(rename, server, schema, false)) {
+          statements += statement.text + (statement.checks_on ? " -- checked\n" : "\n");
+          ApplyStatement(statement.text, schema, server);
+        }
+        ApplyRename(rename, server, renamed);
+      }
+      TEquivalenceUse use;
+      EXPECT_TRUE(SchemaChanges(renamed, schema, use).empty()) << statements;
+      EXPECT_TRUE(SchemaChanges(SchemaOf(c.reference), schema, use).empty()) << statements;
     }
-    TEquivalenceUse use;
-    EXPECT_TRUE(SchemaChanges(renamed, schema, use).empty()) << statements;
-    EXPECT_TRUE(SchemaChanges(SchemaOf(c.reference), schema, use).empty()) << statements;
+    EXPECT_EQ(statements, c.outcome);
   }
-  EXPECT_EQ(statements, c.outcome);
 }
 
 }  // namespace

@@ -2,7 +2,9 @@
 #include "exact/plan/RenamePlan.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "exact/plan/PlanClauses.h"
@@ -129,6 +131,25 @@ void AddDependents(const TRename& rename, const TTableText& table, TStringList& 
   clauses.insert(clauses.end(), after.begin(), after.end());
 }
 
+bool IsVirtual(const TRename& rename, const TSchema& schema) {
+  const TTableText* table = schema.Find(rename.table);
+  const TElement* column = table == nullptr ? nullptr : table->Find(EElement::Column, rename.from);
+  return column != nullptr && column->text.Column().generated && !column->text.Column().stored;
+}
+
+bool NamesIt(const std::vector<std::string>& columns, const TRename& rename) {
+  return std::ranges::any_of(columns, [&rename](const std::string& name) { return SameText(name, rename.from); });
+}
+
+// The statement without words about it.
+void AddPart(TAlter& alter, const TServerTraits& server, const TSchema& schema, std::vector<TPlanStatement>& plan) {
+  alter.MoveTo(plan);
+  TPlanStatement& added = plan.back();
+  const TTableText* table = schema.Find(added.table);
+  if (server.version != 0 && table != nullptr)
+    added.lock = ClassOfStatement(added.text, *table, server, added.checks_on);
+}
+
 // MariaDB forgets with every "alter table" that does not add it that a unique key was one by hash.
 void AddHashKeys(const TRename& rename, const TTableText& table, TStringList& clauses) {
   TTableWork work;
@@ -138,6 +159,17 @@ void AddHashKeys(const TRename& rename, const TTableText& table, TStringList& cl
     RenameColumnIn(key, rename.from, rename.to);
     clauses.push_back("add " + key.text.Str());
   }
+}
+
+// For the statement that renames a column.
+bool Copies(const TRename& rename, const TServerTraits& server, const TSchema& schema) {
+  const TTableText* table = schema.Find(rename.table);
+  if (table == nullptr) return false;
+  TStringList by_hash;
+  if (!server.mysql) AddHashKeys(rename, *table, by_hash);
+  if (!server.mysql || server.version == 0) return server.mysql || !by_hash.empty();
+  const ELockClass lock = ClassOfStatement(RenameStatement(rename, server, schema), *table, server, false);
+  return lock == ELockClass::Copy || lock == ELockClass::Unknown;
 }
 
 }  // namespace
@@ -166,6 +198,43 @@ std::string RenameStatement(const TRename& rename, const TServerTraits& server, 
       server.mysql && followed != table->partitioning)
     end = "\n" + followed;
   return "alter table " + QuotedName(rename.table) + " " + JoinList(clauses, ", ") + end;
+}
+
+std::vector<TTableKey> KeysInTheWay(const TRename& rename, const TServerTraits& server, const TSchema& schema) {
+  std::vector<TTableKey> keys;
+  const bool copies = !rename.OfTable() && Copies(rename, server, schema);
+  const bool stays = !server.mysql && IsVirtual(rename, schema);
+  if (!copies && !stays) return keys;
+  for (const TTableText& table : schema.Tables())
+    for (const TElement& element : table.elements) {
+      if (element.kind != EElement::ForeignKey || element.name.empty()) continue;
+      const TForeignKeyParts& key = element.text.ForeignKey();
+      const bool refers = key.database.empty() && key.table == rename.table && NamesIt(key.references, rename);
+      const bool own = copies && table.name == rename.table && NamesIt(key.columns, rename);
+      if (refers || own) keys.push_back({table.name, &element});
+    }
+  return keys;
+}
+
+std::vector<TPlanStatement> RenameStatements(const TRename& rename, const TServerTraits& server, const TSchema& schema,
+                                             bool unchecked) {
+  std::map<std::string, std::pair<TAlter, TAlter>> of_keys;  // by table: they go and come
+  const std::vector<TTableKey> keys = KeysInTheWay(rename, server, schema);
+  TSchema after;
+  if (!keys.empty()) after = schema;
+  if (!keys.empty()) ApplyRename(rename, server, after);
+  for (const TTableKey& key : keys) {
+    auto& [goes, comes] = of_keys.try_emplace(key.table, TAlter(key.table), TAlter(key.table)).first->second;
+    goes.Clause(DropText(EElement::ForeignKey, key.key->name, {}));
+    comes.Clause("add " + after.Find(key.table)->Find(EElement::ForeignKey, key.key->name)->text.Str());
+    if (!unchecked) comes.CheckRows();
+  }
+  std::vector<TPlanStatement> plan;
+  for (auto& [table, alters] : of_keys) AddPart(alters.first, server, schema, plan);
+  plan.push_back({RenameStatement(rename, server, schema), {}, {}, rename.OfTable() ? rename.to : rename.table});
+  plan.back().lock = RenameLock(rename, server, schema);
+  for (auto& [table, alters] : of_keys) AddPart(alters.second, server, after, plan);
+  return plan;
 }
 
 ELockClass RenameLock(const TRename& rename, const TServerTraits& server, const TSchema& schema) {

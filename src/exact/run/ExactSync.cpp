@@ -327,16 +327,20 @@ TSchema TExactSync::RenamedTarget(std::vector<TPlanStatement>* plan) const {
   TSchema schema = read_.target.schema;
   for (const TRenameChange& change : renames_) {
     if (data_.mtActions.Find(change.id) == nullptr) continue;
-    if (plan != nullptr) WriteAlgorithm(Wishes.locks.algorithm, plan->emplace_back(StatementOf(change, schema)));
+    if (plan != nullptr) std::ranges::move(StatementsOf(change, schema), std::back_inserter(*plan));
     ApplyRename(change.rename, target_server_, schema);
   }
   return schema;
 }
 
-TPlanStatement TExactSync::StatementOf(const TRenameChange& change, const TSchema& schema) const {
-  TPlanStatement statement{RenameStatement(change.rename, target_server_, schema), {change.id}, {}, change.Table()};
-  statement.lock = RenameLock(change.rename, target_server_, schema);
-  return statement;
+std::vector<TPlanStatement> TExactSync::StatementsOf(const TRenameChange& change, const TSchema& schema) const {
+  std::vector<TPlanStatement> statements =
+      RenameStatements(change.rename, target_server_, schema, server_.unchecked_foreign_keys);
+  for (TPlanStatement& statement : statements) {
+    statement.actions.push_back(change.id);
+    WriteAlgorithm(Wishes.locks.algorithm, statement);
+  }
+  return statements;
 }
 
 std::vector<TPlanStatement> TExactSync::PlanOf(const std::vector<TChange>& changes,
@@ -399,12 +403,36 @@ bool TExactSync::Identical() const {
   return TablesIdentical() && objects_.changes.empty() && objects_.differences.empty();
 }
 
+bool TExactSync::IsOfRename(const TPlanStatement& statement) const {
+  return std::ranges::any_of(renames_, [&statement](const TRenameChange& change) {
+    return std::ranges::find(statement.actions, change.id) != statement.actions.end();
+  });
+}
+
+// About foreign keys that renames put back, by the names that there are now.
+std::vector<TRowQuestion> TExactSync::QuestionsOfRenames() const {
+  const TSchema& now = read_.target.schema;
+  std::vector<TPlanStatement> put_back;
+  for (const TRenameChange& change : renames_) {
+    TRename rename = change.rename;
+    for (const TRenameChange& other : renames_)
+      if (other.rename.OfTable() && other.rename.to == rename.table) rename.table = other.rename.from;
+    if (data_.mtActions.Find(change.id) == nullptr || rename.OfTable()) continue;
+    for (const TTableKey& key : KeysInTheWay(rename, target_server_, now))
+      put_back.push_back({"add " + key.key->text.Str(), {}, {}, key.table});
+  }
+  return RowQuestions({}, now, now, put_back);
+}
+
 std::vector<TRowFinding> TExactSync::CheckRows(int seconds) {
   TDBConn& target = Side(connections_.target, kNoTarget);
   std::vector<TChange> changes = Changes();
   std::vector<TObjectChange> none;
   LeaveUnrenamed(renames_, changes, none);  // rows are asked for by the names that they have now
-  std::vector<TRowQuestion> questions = RowQuestions(changes, read_.reference.schema, Target(), Plan());
+  std::vector<TPlanStatement> plan = Plan();
+  std::erase_if(plan, [this](const TPlanStatement& statement) { return IsOfRename(statement); });
+  std::vector<TRowQuestion> questions = RowQuestions(changes, read_.reference.schema, Target(), plan);
+  std::ranges::move(QuestionsOfRenames(), std::back_inserter(questions));
   for (TRowQuestion& question : questions)
     question.needed = Wishes.locks.fast_foreign_keys && question.subject.starts_with("foreign key ");
   return AskRows(questions, target, seconds);

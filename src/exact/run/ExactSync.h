@@ -138,7 +138,9 @@ class TExactSync {
                             TStringList& faults) const;
   std::string TargetVersion(TDBConn& target) const;
   TSchema RenamedTarget(std::vector<TPlanStatement>* plan) const;
-  TPlanStatement StatementOf(const TRenameChange& change, const TSchema& schema) const;
+  std::vector<TPlanStatement> StatementsOf(const TRenameChange& change, const TSchema& schema) const;
+  bool IsOfRename(const TPlanStatement& statement) const;
+  std::vector<TRowQuestion> QuestionsOfRenames() const;
   void ShowChanges();
   std::vector<TPlanStatement> PlanOf(const std::vector<TChange>& changes,
                                      const std::vector<TObjectChange>& objects) const;

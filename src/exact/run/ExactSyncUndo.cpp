@@ -46,7 +46,7 @@ std::vector<TRename> TExactSync::RenamesBack() const {
 
 void TExactSync::RenameBack(TSchema schema, std::vector<TPlanStatement>& plan) const {
   for (const TRename& rename : RenamesBack()) {
-    plan.push_back(StatementOf({0, rename}, schema));
+    std::ranges::move(StatementsOf({0, rename}, schema), std::back_inserter(plan));
     ApplyRename(rename, target_server_, schema);
   }
 }
