@@ -76,6 +76,7 @@ void DeclarePair(CLI::App& app, TPair& pair);
 void DeclareMapping(CLI::App& app, TForeignWishes& wishes);
 void DeclareForeign(CLI::App& app, TForeignWishes& wishes);  // all of it
 void DeclareExact(CLI::App& app, TExactWishes& wishes);
+void DeclareExact(CLI::App& app, const TStringList& words, TExactWishes& wishes);  // these of its options
 void DeclareDialect(CLI::App& app, const std::string& help, const std::function<void(EDialect)>& choose);
 void DeclareAllowEmpty(CLI::App& app, TPair& pair);  // --allow-empty-reference
 void DeclareScratch(CLI::App& app, TPair& pair);     // --via-server, --verify-on-server

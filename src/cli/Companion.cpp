@@ -10,6 +10,7 @@
 #include "app/Tasks.h"
 #include "cli/Command.h"
 #include "cli/CompareCommand.h"
+#include "cli/ExportCommand.h"
 #include "cli/GenerateCommand.h"
 #include "cli/MappingCommand.h"
 #include "cli/RowsCommand.h"
@@ -70,6 +71,7 @@ std::vector<std::unique_ptr<TCommand>> MakeCommands() {
   commands.push_back(std::make_unique<TCompareCommand>());
   commands.push_back(std::make_unique<TScriptCommand>());
   commands.push_back(std::make_unique<TSyncCommand>());
+  commands.push_back(std::make_unique<TExportCommand>());
   commands.push_back(std::make_unique<TMappingCommand>());
   commands.push_back(std::make_unique<TSchemaCommand>());
   commands.push_back(std::make_unique<TParseCommand>());
@@ -198,17 +200,28 @@ void DeclareForeign(CLI::App& app, TForeignWishes& wishes) {
                "A reference that is not MySQL: tables that the target alone has go, which is unsafe");
 }
 
+namespace {
+
+void DeclareOption(CLI::App& app, const TExactOption& option, const std::string& help, TExactWishes& wishes) {
+  const std::string name = "--" + std::string(option.word);
+  const auto take = [&wishes, &option](const std::string& argument) { option.take(wishes, argument); };
+  if (option.argument.empty())
+    app.add_flag_callback(
+        name, [take] { take({}); }, help);
+  else
+    DeclareEach(app, name, std::string(option.argument), help, take);
+}
+
+}  // namespace
+
 void DeclareExact(CLI::App& app, TExactWishes& wishes) {
-  for (const TExactOption& option : ExactOptions()) {
-    const std::string name = "--" + std::string(option.word);
-    const auto take = [&wishes, &option](const std::string& argument) { option.take(wishes, argument); };
-    const std::string help = "Exact dialect: " + std::string(option.help);
-    if (option.argument.empty())
-      app.add_flag_callback(
-          name, [take] { take({}); }, help);
-    else
-      DeclareEach(app, name, std::string(option.argument), help, take);
-  }
+  for (const TExactOption& option : ExactOptions())
+    DeclareOption(app, option, "Exact dialect: " + std::string(option.help), wishes);
+}
+
+void DeclareExact(CLI::App& app, const TStringList& words, TExactWishes& wishes) {
+  for (const TExactOption& option : ExactOptions())
+    if (IndexOf(words, option.word) != kNotInList) DeclareOption(app, option, std::string(option.help), wishes);
 }
 
 void DeclareDialect(CLI::App& app, const std::string& help, const std::function<void(EDialect)>& choose) {

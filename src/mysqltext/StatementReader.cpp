@@ -235,6 +235,13 @@ std::vector<TScriptRange> TScanner::Scan() {
 
 }  // namespace
 
+std::vector<std::string> Delimited(const std::string& statement) {
+  if (statement.find(';') == std::string::npos) return {statement + ";"};
+  std::string delimiter = "$$";
+  while (statement.find(delimiter) != std::string::npos) delimiter += '$';
+  return {"delimiter " + delimiter, statement + delimiter, "delimiter ;"};
+}
+
 std::vector<TScriptRange> ScanStatements(std::string_view script) { return TScanner(script).Scan(); }
 
 }  // namespace velmora

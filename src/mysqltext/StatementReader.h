@@ -58,6 +58,10 @@ class TStatementReader {
   std::size_t counted_line_ = 1;
 };
 
+// A statement with its end, as the lines that a script has for it: bodies of routines may hold what ends statements,
+// and then another end is agreed on with whoever reads the script. Lines of the statement itself stay together.
+std::vector<std::string> Delimited(const std::string& statement);
+
 // The place of a statement in a script.
 struct TScriptRange {
   std::size_t start = 0;

@@ -6,6 +6,7 @@
 #include "exact/run/ScriptComment.h"
 #include "exact/run/StructureDigest.h"
 #include "mysqltext/ColumnType.h"
+#include "mysqltext/StatementReader.h"
 #include "sync/ScriptGenerator.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -40,19 +41,10 @@ bool IsZeroDate(const std::string& text) {
          (text.find("0000") == kYear || text.find("-00") == kMonth || text.find("-00", kDay) == kDay);
 }
 
-// Bodies may hold what ends statements: then another end is agreed on with whoever runs the script.
-std::string DelimiterFor(const std::string& text) {
-  if (text.find(';') == std::string::npos) return ";";
-  std::string delimiter = "$$";
-  while (text.find(delimiter) != std::string::npos) delimiter += '$';
-  return delimiter;
-}
-
 void AddStatement(const TPlanStatement& statement, TScriptEditor& editor) {
-  const std::string delimiter = statement.object.empty() ? ";" : DelimiterFor(statement.text);
-  if (delimiter != ";") editor.AddLine("delimiter " + delimiter);
-  editor.AddLine(statement.text + delimiter);
-  if (delimiter != ";") editor.AddLine("delimiter ;");
+  for (const std::string& line :
+       statement.object.empty() ? TStringList{statement.text + ";"} : Delimited(statement.text))
+    editor.AddLine(line);
 }
 
 bool HasZeroDate(const TTableText* table) {

@@ -1,0 +1,378 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/FolderExport.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include "core/CreationTexts.h"
+#include "core/Host.h"
+#include "core/Meta.h"
+#include "exact/objects/ObjectChanges.h"
+#include "exact/objects/ObjectContext.h"
+#include "exact/objects/ShownView.h"
+#include "exact/plan/FileSchema.h"
+#include "exact/run/StructureDigest.h"
+#include "mysqltext/ScriptFolder.h"
+#include "mysqltext/StatementReader.h"
+#include "mysqltext/TableText.h"
+#include "util/Errors.h"
+#include "util/Files.h"
+#include "util/Format.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kNoTexts[] =
+    "%s cannot be exported: a source is needed that has creation texts, as a MySQL server or a file that ends in .sql";
+constexpr char kForeign[] = "%s holds %s, which no export wrote: give a folder of its own";
+constexpr char kNoFolder[] = "%s is no folder";
+constexpr char kCannotMake[] = "Cannot make the folder %s: %s";
+constexpr char kCannotRemove[] = "Cannot remove %s: %s";
+constexpr char kBadLine[] = "%s: line %d: this is no file that an export writes; was the list changed?";
+constexpr char kNotWritten[] = "%s %s is not written: %s";
+constexpr char kNoForm[] = "an export has no form for it";
+constexpr char kNoText[] = "its text is not to be seen";
+constexpr char kStays[] = "%s stays: what it makes is not to be seen, which does not mean that it is gone";
+constexpr char kUnknown[] = "%s: tables that this makes or changes may be missing";
+constexpr char kListHead[] =
+    "# Files that velmora-cli export wrote here. It removes those whose table or object is gone.\n";
+constexpr std::string_view kEnding = ".sql";
+
+struct TKindFolder {
+  std::string_view kind;
+  std::string_view folder;
+};
+constexpr std::array<TKindFolder, 6> kFolders = {{{"table", "tables"},
+                                                  {"view", "views"},
+                                                  {"trigger", "triggers"},
+                                                  {"procedure", "routines"},
+                                                  {"function", "routines"},
+                                                  {"event", "events"}}};
+
+std::string_view FolderOf(std::string_view kind) {
+  return std::ranges::find(kFolders, kind, &TKindFolder::kind)->folder;
+}
+
+std::string SafeName(const std::string& name) {
+  constexpr std::size_t kLongest = 200;  // bytes; file systems take 255
+  std::string safe;
+  for (const char c : name) {
+    const bool plain = (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
+    safe += plain ? std::string(1, c) : Format("%%%02X", static_cast<int>(static_cast<unsigned char>(c)));
+  }
+  // Names of devices, which some systems give no file.
+  const bool device = InList(safe, {"con", "prn", "aux", "nul"}) ||
+                      (safe.size() == 4 && (safe.starts_with("com") || safe.starts_with("lpt")));
+  if (device) safe = Format("%%%02X", static_cast<int>(safe[0])) + safe.substr(1);
+  if (safe.size() <= kLongest) return safe;
+  return safe.substr(0, kLongest) + "~" + TextDigest(name);
+}
+
+// What a text is written as: a line for each, LF at their ends.
+std::string FileText(const TStringList& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += StrReplace(line, "\r\n", "\n") + "\n";
+  return text;
+}
+
+struct TSetting {
+  std::string_view variable;
+  std::string value;
+};
+
+// What it was made under: set around it, and put back.
+std::vector<TSetting> SettingsOf(const TOtherObject& object) {
+  std::vector<TSetting> settings;
+  if (object.kind == "view") return settings;
+  const TObjectContext& context = object.context;
+  if (context.sql_mode) settings.push_back({"sql_mode", *context.sql_mode});
+  if (!context.collation.empty()) settings.push_back({"collation_connection", context.collation});
+  if (object.kind == "event" && !context.time_zone.empty()) settings.push_back({"time_zone", context.time_zone});
+  return settings;
+}
+
+// A view's query begins a line, whether it has lines already or comes from a server, which prints it on one.
+std::string Laid(std::string text, const TObjectText& read) {
+  if (read.kind != "view") return text;
+  const bool has_lines = read.body.find('\n') != std::string::npos;
+  if (has_lines && text.ends_with(" " + read.body)) text[text.size() - read.body.size() - 1] = '\n';
+  return ShownView(text);
+}
+
+// --- What there is
+
+class TSourceTexts {
+ public:
+  TSourceTexts(TDBConn& source, const TExportWishes& wishes, TExportReport& report)
+      : source_(source), wishes_(wishes), report_(report), texts_(dynamic_cast<TCreationTexts*>(&source)) {
+    std::string shown;
+    source.GetDisplayName(shown);
+    if (texts_ == nullptr) RaiseError(Format(kNoTexts, shown));
+  }
+
+  void Read() {
+    const TStructureScript* script = texts_->StructureScript();
+    database_ = script == nullptr ? texts_->TextsDatabase() : script->database;
+    objects_ = texts_->OtherObjects();
+    ReadTables(script);
+    ReadObjects();
+    for (const std::string& kind : texts_->KindsNotAllSeen()) hidden_.insert(std::string(FolderOf(kind)));
+  }
+
+  const std::map<std::string, std::string>& Files() const { return files_; }  // their texts by name
+  // Of a file that an export wrote before: whether what it makes is there, written now or not.
+  bool IsThere(const std::string& file) const { return there_.contains(file); }
+  // Whether there may be more of its kind than is to be seen.
+  bool MayBeHidden(const std::string& file) const { return hidden_.contains(file.substr(0, file.find('/'))); }
+
+ private:
+  void Leave(const std::string& kind, const std::string& name, const std::string& reason, bool failed) {
+    report_.warnings.push_back(Format(kNotWritten, kind, name, reason));
+    if (failed) report_.whole = false;
+  }
+
+  void ReadTables(const TStructureScript* script) {
+    std::unique_ptr<TFileSchema> file;
+    if (script != nullptr) file = std::make_unique<TFileSchema>(*script, TServerTraits());
+    TStringList tables;
+    if (file != nullptr) {
+      tables = file->TableNames();
+      for (const std::string& statement : file->Unknown()) report_.warnings.push_back(Format(kUnknown, statement));
+      report_.whole = report_.whole && file->Unknown().empty();
+    } else {
+      source_.meta().TableNames(tables);
+      std::erase_if(tables, [this](const std::string& table) { return IsOther(table); });
+    }
+    for (const std::string& table : tables) there_.insert(ExportFileOf("table", table));
+    std::erase_if(tables, [this](const std::string& table) { return !wishes_.selection.ReadsTable(table); });
+    texts_->ExpectCreationTexts(tables);
+    for (const std::string& table : tables) {
+      Host().ProcessMessages();
+      ReadTable(table, file.get());
+    }
+    texts_->ExpectCreationTexts({});
+  }
+
+  bool IsOther(const std::string& table) const {
+    return std::ranges::any_of(objects_, [&table](const TOtherObject& object) {
+      return object.name == table && (object.kind == "view" || object.kind == "sequence");
+    });
+  }
+
+  void ReadTable(const std::string& table, TFileSchema* file) {
+    std::string text;
+    try {
+      if (file != nullptr)
+        text = CreationTextOf(file->Table(table));
+      else
+        texts_->ShowCreateTable(table, text);
+    } catch (const EAbort&) {
+      throw;
+    } catch (const EVelmora& error) {
+      if (!source_.GetConnected()) throw;
+      return Leave("table", table, error.what(), true);
+    }
+    files_[ExportFileOf("table", table)] = FileText({WithoutCounter(text) + ";"});
+  }
+
+  // --- Views, triggers, routines, events
+
+  // Of a function that a procedure has the name of.
+  std::string FileOf(const TOtherObject& object) const {
+    const std::string file = ExportFileOf(object.kind, object.name);
+    const bool shares = object.kind == "function" && std::ranges::any_of(objects_, [&](const TOtherObject& other) {
+                          return other.kind == "procedure" && ExportFileOf(other.kind, other.name) == file;
+                        });
+    return shares ? file.substr(0, file.size() - kEnding.size()) + ".function" + std::string(kEnding) : file;
+  }
+
+  void ReadObjects() {
+    std::vector<TOtherObject> wanted;
+    for (const TOtherObject& object : objects_) {
+      if (!IsScriptedKind(object.kind)) {
+        Leave(object.kind, object.name, kNoForm, false);
+        continue;
+      }
+      there_.insert(FileOf(object));
+      wanted.push_back(object);
+    }
+    if (texts_->StructureScript() == nullptr) texts_->ReadObjectTexts(wanted);
+    for (const TOtherObject& object : wanted) {
+      Host().ProcessMessages();
+      try {
+        if (object.text.empty()) RaiseError(kNoText);
+        const TObjectText read = ReadObject(object, database_);
+        if (wishes_.selection.TakesObject(object.kind, object.name, read.table))
+          files_[FileOf(object)] = TextOf(object, read, wanted);
+      } catch (const EVelmora& error) {
+        if (!source_.GetConnected()) throw;
+        Leave(object.kind, object.name, error.what(), true);
+      }
+    }
+  }
+
+  std::string TextOf(const TOtherObject& object, const TObjectText& read,
+                     const std::vector<TOtherObject>& others) const {
+    const bool strips = wishes_.definers.policy == EDefiners::Strip;
+    const std::string definer = strips ? std::string() : MappedAccount(read.definer, wishes_.definers);
+    const std::string text = Laid(read.Creation({definer, false, OrderOf(object, read, others)}), read);
+    TStringList lines;
+    const std::vector<TSetting> settings = SettingsOf(object);
+    for (const TSetting& setting : settings) {
+      const std::string variable(setting.variable);
+      lines.push_back(Format("set @saved_%s = @@%s;", variable, variable));
+      lines.push_back(Format("set %s = %s;", variable, QuotedText(setting.value)));
+    }
+    const TStringList statement = Delimited(text);
+    lines.insert(lines.end(), statement.begin(), statement.end());
+    for (const TSetting& setting : settings)
+      lines.push_back(Format("set %s = @saved_%s;", std::string(setting.variable), std::string(setting.variable)));
+    return FileText(lines);
+  }
+
+  // Of triggers that fire together, the one before it.
+  std::string OrderOf(const TOtherObject& object, const TObjectText& read,
+                      const std::vector<TOtherObject>& others) const {
+    if (object.kind != "trigger" || object.order < 2) return read.order;
+    for (const TOtherObject& other : others) {
+      if (other.kind != "trigger" || other.order != object.order - 1 || other.text.empty()) continue;
+      const TObjectText before = ReadObject(other, database_);
+      if (before.table == read.table && before.moment == read.moment) return "follows " + QuotedName(other.name);
+    }
+    return read.order;
+  }
+
+  TDBConn& source_;
+  const TExportWishes& wishes_;
+  TExportReport& report_;
+  TCreationTexts* texts_;
+  std::string database_;
+  std::vector<TOtherObject> objects_;
+  std::map<std::string, std::string> files_;
+  std::set<std::string> there_;   // files of all that there is
+  std::set<std::string> hidden_;  // folders of what is not seen whole
+};
+
+// --- The folder
+
+bool IsExportFile(const std::string& line) {
+  const std::size_t slash = line.find('/');
+  if (slash == std::string::npos || !line.ends_with(kEnding)) return false;
+  const bool known = std::ranges::find(kFolders, line.substr(0, slash), &TKindFolder::folder) != kFolders.end();
+  return known && line.find('/', slash + 1) == std::string::npos && line[slash + 1] != '.';
+}
+
+TStringList ReadList(const std::string& path) {
+  std::error_code unknown;
+  TStringList files;
+  if (!fs::exists(path, unknown)) return files;
+  TStringList lines;
+  SplitPlain('\n', ReadFileText(path), lines);
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    const std::string line = Trim(lines[i]);
+    if (line.empty() || line.starts_with('#')) continue;
+    if (!IsExportFile(line)) RaiseError(Format(kBadLine, path, i + 1));
+    files.push_back(line);
+  }
+  return files;
+}
+
+class TTargetFolder {
+ public:
+  TTargetFolder(std::string folder, TExportReport& report)
+      : folder_(std::move(folder)), list_(JoinPath(folder_, kExportList)), report_(report) {
+    std::error_code unknown;
+    if (!fs::exists(folder_, unknown)) return;
+    if (!IsFolder(folder_)) RaiseError(Format(kNoFolder, folder_));
+    const TStringList listed = ReadList(list_);
+    written_.insert(listed.begin(), listed.end());
+    for (const std::string& file : ScriptFilesIn(folder_))
+      if (!written_.contains(file)) RaiseError(Format(kForeign, folder_, file));
+  }
+
+  void Write(const TSourceTexts& source) {
+    Make(folder_);
+    std::set<std::string> now;
+    for (const std::string& file : written_) {
+      if (!source.IsThere(file) && !source.MayBeHidden(file)) continue;
+      now.insert(file);
+      if (!source.IsThere(file)) report_.warnings.push_back(Format(kStays, file));
+    }
+    for (const auto& [file, text] : source.Files()) now.insert(file);
+    // What is written is in the list before it is there: an export that is ended meanwhile knows its own files.
+    std::set<std::string> all = now;
+    all.insert(written_.begin(), written_.end());
+    WriteList(all);
+    for (const auto& [file, text] : source.Files()) WriteOne(file, text);
+    for (const std::string& file : written_)
+      if (!now.contains(file)) Remove(file);
+    WriteList(now);
+  }
+
+ private:
+  static void Make(const std::string& folder) {
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error) RaiseError(Format(kCannotMake, folder, error.message()));
+  }
+
+  void WriteList(const std::set<std::string>& files) const {
+    std::string text = kListHead;
+    for (const std::string& file : files) text += file + "\n";
+    std::error_code unknown;
+    if (!fs::exists(list_, unknown) || ReadFileBytes(list_) != text) WriteFileText(list_, text);
+  }
+
+  void WriteOne(const std::string& file, const std::string& text) {
+    const std::string path = JoinPath(folder_, file);
+    std::error_code unknown;
+    const bool there = fs::exists(path, unknown);
+    if (there && ReadFileBytes(path) == text) {
+      ++report_.unchanged;
+      return;
+    }
+    Make(JoinPath(folder_, file.substr(0, file.find('/'))));
+    WriteFileText(path, text);
+    (there ? report_.changed : report_.added).push_back(file);
+  }
+
+  void Remove(const std::string& file) {
+    const std::string path = JoinPath(folder_, file);
+    std::error_code error;
+    if (fs::remove(path, error)) report_.removed.push_back(file);
+    if (error) RaiseError(Format(kCannotRemove, path, error.message()));
+    fs::remove(fs::path(path).parent_path(), error);  // which does nothing where something is left in it
+  }
+
+  std::string folder_;
+  std::string list_;
+  TExportReport& report_;
+  std::set<std::string> written_;  // by earlier exports
+};
+
+}  // namespace
+
+std::string ExportFileOf(const std::string& kind, const std::string& name) {
+  return std::string(FolderOf(kind)) + "/" + SafeName(name) + std::string(kEnding);
+}
+
+TExportReport ExportToFolder(TDBConn& source, const TExportWishes& wishes, const std::string& folder) {
+  TExportReport report;
+  TTargetFolder target(folder, report);
+  TSourceTexts texts(source, wishes, report);
+  texts.Read();
+  target.Write(texts);
+  return report;
+}
+
+}  // namespace velmora
