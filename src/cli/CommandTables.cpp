@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <set>
 
 #include "cli/Command.h"
 #include "util/Text.h"
@@ -22,6 +23,13 @@ TArgumentTable TableOfArgument(const CLI::Option& option) {
           .repeats = Repeats(option)};
 }
 
+TStringList OptionNames(const std::set<CLI::Option*>& options) {
+  TStringList names;
+  for (const CLI::Option* option : options) names.push_back(option->get_name());
+  std::ranges::sort(names);
+  return names;
+}
+
 TOptionTable TableOfOption(const CLI::Option& option) {
   TOptionTable table;
   for (const std::string& name : option.get_snames()) table.names.push_back("-" + name);
@@ -29,6 +37,8 @@ TOptionTable TableOfOption(const CLI::Option& option) {
   if (option.get_type_size() != 0) table.value = option.get_type_name();
   table.help = option.get_description();
   table.repeats = Repeats(option);
+  table.needs = OptionNames(option.get_needs());
+  table.excludes = OptionNames(option.get_excludes());
   return table;
 }
 

@@ -24,6 +24,7 @@ struct TOptionTable {
   std::string value;  // as in "FILE" or "text|json"; empty for a switch
   std::string help;
   bool repeats = false;
+  TStringList needs, excludes;  // options by their names, in the order of letters
 };
 
 struct TCommandTable {

@@ -48,16 +48,58 @@ std::string CommandEntry(const TCommandTable& command) {
 
 // --- Options: each once, under the commands that take it
 
-struct TOptionEntry {
-  const TOptionTable* option;
+// What goes with an option and what does not may hang on the command.
+struct TRule {
+  std::string text;
   std::string commands;
 };
 
-std::string EntryText(const TOptionTable& option) {
+struct TOptionEntry {
+  const TOptionTable* option;
+  std::string commands;
+  std::vector<TRule> rules;
+};
+
+constexpr char kRepeats[] = "may be given several times";
+
+std::string BoldNames(const TStringList& options) {
   TStringList names;
-  std::ranges::transform(option.names, std::back_inserter(names), Bold);
+  std::ranges::transform(options, std::back_inserter(names), Bold);
+  return JoinList(names, ", ");
+}
+
+// Without its rules, so that options of several commands are seen to be one.
+std::string EntryText(const TOptionTable& option) {
   const std::string value = option.value.empty() ? "" : " " + Slanted(option.value);
-  return JoinList(names, ", ") + value + "\n\t" + Plain(option.help) + ".\n\n";
+  const bool told = !option.repeats || option.help.find(kRepeats) != std::string::npos;
+  return BoldNames(option.names) + value + "\n\t" + Plain(option.help) + (told ? "" : std::string("; ") + kRepeats) +
+         ".\n";
+}
+
+std::vector<TRule> RulesOf(const TOptionTable& option, const std::string& command) {
+  std::vector<TRule> rules;
+  if (!option.needs.empty()) rules.push_back({"goes only with " + BoldNames(option.needs), command});
+  if (!option.excludes.empty()) rules.push_back({"does not go with " + BoldNames(option.excludes), command});
+  return rules;
+}
+
+void AddCommand(std::string& commands, const std::string& command) {
+  if (commands != command && !commands.ends_with(", " + command)) commands += ", " + command;
+}
+
+void AddRules(std::vector<TRule>& known, const std::vector<TRule>& rules) {
+  for (const TRule& rule : rules)
+    if (const auto same = std::ranges::find(known, rule.text, &TRule::text); same != known.end())
+      AddCommand(same->commands, rule.commands);
+    else
+      known.push_back(rule);
+}
+
+std::string EntryWithRules(const TOptionEntry& entry) {
+  std::string text = EntryText(*entry.option);
+  for (const TRule& rule : entry.rules)
+    text += "\t" + (rule.commands == entry.commands ? "It " : "In " + Bold(rule.commands) + " it ") + rule.text + ".\n";
+  return text + "\n";
 }
 
 std::vector<TOptionEntry> OptionEntries(const std::vector<const TCommandTable*>& commands) {
@@ -68,9 +110,11 @@ std::vector<TOptionEntry> OptionEntries(const std::vector<const TCommandTable*>&
       const auto known =
           std::ranges::find_if(entries, [&](const auto& entry) { return EntryText(*entry.option) == text; });
       if (known == entries.end())
-        entries.push_back({&option, name});
-      else if (known->commands != name && !known->commands.ends_with(", " + name))
-        known->commands += ", " + name;
+        entries.push_back({&option, name, RulesOf(option, name)});
+      else {
+        AddCommand(known->commands, name);
+        AddRules(known->rules, RulesOf(option, name));
+      }
     }
   return entries;
 }
@@ -86,7 +130,7 @@ std::string OptionsText(const std::vector<const TCommandTable*>& commands) {
   for (const std::string& group : groups) {
     text += "## " + (group == JoinList(all, ", ") ? "all commands" : Plain(group)) + "\n\n";
     for (const TOptionEntry& entry : entries)
-      if (entry.commands == group) text += EntryText(*entry.option);
+      if (entry.commands == group) text += EntryWithRules(entry);
   }
   return text;
 }
