@@ -7,6 +7,7 @@
 
 #include "shell/widgets/Icons.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 
 namespace velmora {
 
@@ -25,7 +26,7 @@ TActionTreeView::TActionTreeView(QWidget* parent)
                                     Icon(QStringLiteral("diff-table-new")),
                                     Icon(QStringLiteral("diff-table-obsolete"))} {
   setObjectName(QStringLiteral("tlActions"));
-  setAccessibleName(QStringLiteral("Sync actions"));
+  setAccessibleName(Fixed("Sync actions"));
   setColumnCount(kColumnCount);
   setHeaderHidden(true);
   for (int column = tlActionNaslov + 1; column < kColumnCount; ++column) setColumnHidden(column, true);

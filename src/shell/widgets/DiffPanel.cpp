@@ -8,7 +8,7 @@
 #include <algorithm>
 
 #include "shell/widgets/QtText.h"
-#include "util/Counted.h"
+#include "shell/widgets/Text.h"
 
 namespace velmora {
 
@@ -214,7 +214,8 @@ void TDiffPanel::PaintLine(QPainter& painter, const TDiffLine& shown, const QRec
   if (shown.folded == 0) return painter.fillRect(place, QBrush(colours_.gap, Qt::BDiagPattern));
   painter.setPen(colours_.margin_text);
   painter.setFont(TextFont());
-  painter.drawText(place, Qt::AlignCenter, ToQt("\u22EF " + Counted(shown.folded, "equal line") + " \u22EF"));
+  painter.drawText(place, Qt::AlignCenter,
+                   QStringLiteral("\u22EF %1 \u22EF").arg(TText::Counted("%n equal line(s)", nullptr, shown.folded)));
 }
 
 void TDiffPanel::PaintSign(QPainter& painter, const TAlignedRow& row, const QRect& place) const {

@@ -10,9 +10,8 @@
 #include "shell/widgets/Headings.h"
 #include "shell/widgets/Icons.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
-#include "util/Counted.h"
-#include "util/Format.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -21,25 +20,27 @@ namespace {
 
 constexpr ESide kSides[] = {kLeft, kRight};
 constexpr std::size_t kContext = 3;  // rows on either side of a difference that stay
-constexpr char kFoldNote[] = "%s folded: click to show what is here.";
-constexpr char kNoPlace[] = "Nothing differs.";
 
 struct TKindWords {
   EAlignedRow kind;
-  const char* note;   // of one row
-  const char* count;  // of all
+  TText note;                           // of one row
+  QString (*count)(std::size_t count);  // of all
 };
-constexpr TKindWords kKindWords[] = {{EAlignedRow::Changed, "Changed.", "changed"},
-                                     {EAlignedRow::OnlyLeft, "Only in the reference.", "only in the reference"},
-                                     {EAlignedRow::OnlyRight, "Only in the target.", "only in the target"}};
+constexpr TKindWords kKindWords[] = {
+    {EAlignedRow::Changed, TText::Later("Changed."),
+     [](std::size_t count) { return TText::Counted("%n line(s) changed", nullptr, count); }},
+    {EAlignedRow::OnlyLeft, TText::Later("Only in the reference."),
+     [](std::size_t count) { return TText::Counted("%n line(s) only in the reference", nullptr, count); }},
+    {EAlignedRow::OnlyRight, TText::Later("Only in the target."),
+     [](std::size_t count) { return TText::Counted("%n line(s) only in the target", nullptr, count); }}};
 
 ESide OtherOf(ESide side) { return side == kLeft ? kRight : kLeft; }
 
-QToolButton* StepButton(const char* name, const char* icon, const char* tip) {
+QToolButton* StepButton(const char* name, const char* icon, const QString& tip) {
   auto* button = Named(new QToolButton, name);
   button->setIcon(Icon(QLatin1String(icon)));
-  button->setToolTip(QLatin1String(tip));
-  button->setAccessibleName(QLatin1String(tip));
+  button->setToolTip(tip);
+  button->setAccessibleName(tip);
   button->setAutoRaise(true);
   button->setFocusPolicy(Qt::TabFocus);
   return button;
@@ -53,7 +54,7 @@ TDiffView::TDiffView(QWidget* parent)
       horizontal_(Named(new QScrollBar(Qt::Horizontal), "sbDiffHorizontal")),
       lbPlaces_(Named(new QLabel, "lbPlaces")),
       lbNote_(Named(new QLabel, "lbDiffNote")),
-      cbOnlyDifferences_(Named(new QCheckBox(QStringLiteral("Only &differences")), "cbOnlyDifferences")) {
+      cbOnlyDifferences_(Named(new QCheckBox(TText::tr("Only &differences")), "cbOnlyDifferences")) {
   setObjectName(QStringLiteral("diffView"));
   MakePanels();
   auto* grid = new QGridLayout(this);
@@ -74,21 +75,22 @@ TDiffView::TDiffView(QWidget* parent)
 
 void TDiffView::MakePanels() {
   panels_ = {Named(new TDiffPanel(kLeft, model_), "mDiffRef"), Named(new TDiffPanel(kRight, model_), "mDiffTgt")};
-  headings_ = {NewHeading("pnDiffRefH", " &Reference: ", panels_[kLeft]),
-               NewHeading("pnDiffTgtH", " Tar&get: ", panels_[kRight])};
-  panels_[kLeft]->setAccessibleName(QStringLiteral("Creation text of the reference"));
-  panels_[kRight]->setAccessibleName(QStringLiteral("Creation text of the target"));
-  vertical_->setAccessibleName(QStringLiteral("Both texts, up and down"));
-  horizontal_->setAccessibleName(QStringLiteral("Both texts, left and right"));
+  headings_ = {NewHeading("pnDiffRefH", Fixed(" &Reference: "), panels_[kLeft]),
+               NewHeading("pnDiffTgtH", Fixed(" Tar&get: "), panels_[kRight])};
+  panels_[kLeft]->setAccessibleName(TText::tr("Creation text of the reference"));
+  panels_[kRight]->setAccessibleName(TText::tr("Creation text of the target"));
+  vertical_->setAccessibleName(TText::tr("Both texts, up and down"));
+  horizontal_->setAccessibleName(TText::tr("Both texts, left and right"));
 }
 
 QWidget* TDiffView::MakeBar() {
   auto* bar = new QWidget;
-  QToolButton* previous = StepButton("bnPreviousPlace", "find-previous", "Previous place that differs (Shift+F7)");
-  QToolButton* next = StepButton("bnNextPlace", "find-next", "Next place that differs (F7)");
+  QToolButton* previous =
+      StepButton("bnPreviousPlace", "find-previous", TText::tr("Previous place that differs (Shift+F7)"));
+  QToolButton* next = StepButton("bnNextPlace", "find-next", TText::tr("Next place that differs (F7)"));
   lbNote_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   lbNote_->setTextFormat(Qt::PlainText);
-  cbOnlyDifferences_->setToolTip(QStringLiteral("Fold the lines that are equal"));
+  cbOnlyDifferences_->setToolTip(TText::tr("Fold the lines that are equal"));
   auto* row = new QHBoxLayout(bar);
   row->setContentsMargins(2, 0, 2, 0);
   row->addWidget(previous);
@@ -108,7 +110,7 @@ QWidget* TDiffView::MakeBar() {
 
 void TDiffView::ConnectPanel(ESide side) {
   TDiffPanel* panel = panels_[side];
-  panel->NoteOf = [this](std::size_t line) { return ToQt(NoteOf(model_.lines[line])); };
+  panel->NoteOf = [this](std::size_t line) { return NoteOf(model_.lines[line]); };
   panel->OnFoldClick = [this](std::size_t line) { Unfold(model_.lines[line].row); };
   connect(panel->verticalScrollBar(), &QScrollBar::valueChanged, this, [this](int value) { FollowVertical(value); });
   connect(panel->horizontalScrollBar(), &QScrollBar::valueChanged, this,
@@ -137,7 +139,7 @@ void TDiffView::Show(const std::string& reference, const std::string& target, TA
   Fold();
   Arrange();
   ScrollTo(places_.empty() ? 0 : static_cast<int>(LineOf(places_.front().first)));
-  for (TDiffPanel* panel : panels_) panel->setAccessibleDescription(ToQt(Summary()));
+  for (TDiffPanel* panel : panels_) panel->setAccessibleDescription(Summary());
   TellPlaces();
 }
 
@@ -271,40 +273,41 @@ void TDiffView::CaretMoved(ESide side) {
     return stretch.folded && row >= stretch.first && row < stretch.last;
   });
   if (folded) Unfold(row);
-  if (row < model_.rows.size()) lbNote_->setText(ToQt(StrReplace(NoteOf({row}), "\n", " ")));
+  if (row < model_.rows.size()) lbNote_->setText(NoteOf({row}).replace(QLatin1Char('\n'), QLatin1Char(' ')));
 }
 
 void TDiffView::TellPlaces() {
-  std::string text = places_.empty() ? "" : Counted(places_.size(), "place");
+  QString text = places_.empty() ? QString() : TText::Counted("%n place(s)", nullptr, places_.size());
   if (model_.rows.empty() || !places_.empty()) lbNote_->clear();
-  if (!model_.rows.empty() && places_.empty()) text = kNoPlace;
+  if (!model_.rows.empty() && places_.empty()) text = TText::tr("Nothing differs.");
   if (model_.place) {
     const auto after = std::ranges::upper_bound(places_, model_.place->first, {}, &TRowStretch::first);
-    text = Format("Place %d of %d", after - places_.begin(), places_.size());
+    text = TText::tr("Place %1 of %2").arg(after - places_.begin()).arg(places_.size());
   }
-  lbPlaces_->setText(ToQt(text));
-  lbPlaces_->setToolTip(ToQt(Summary()));
+  lbPlaces_->setText(text);
+  lbPlaces_->setToolTip(Summary());
 }
 
 // --- Words
 
-std::string TDiffView::NoteOf(const TDiffLine& line) const {
-  if (line.folded > 0) return Format(kFoldNote, Counted(line.folded, "equal line"));
+QString TDiffView::NoteOf(const TDiffLine& line) const {
+  if (line.folded > 0)
+    return TText::Counted("%n equal line(s) folded: click to show what is here.", nullptr, line.folded);
   const TAlignedRow& row = model_.rows[line.row];
   if (!row.moved)
     for (const TKindWords& words : kKindWords)
-      if (words.kind == row.kind) return words.note + (row.note.empty() ? "" : "\n" + row.note);
-  return row.note;
+      if (words.kind == row.kind)
+        return words.note + (row.note.empty() ? QString() : QLatin1Char('\n') + ToQt(row.note));
+  return ToQt(row.note);
 }
 
-std::string TDiffView::Summary() const {
-  std::string text;
+QString TDiffView::Summary() const {
+  QStringList counts;
   for (const TKindWords& words : kKindWords) {
     const auto count = std::ranges::count(model_.rows, words.kind, &TAlignedRow::kind);
-    if (count > 0)
-      text += (text.empty() ? "" : ", ") + Counted(static_cast<std::size_t>(count), "line") + " " + words.count;
+    if (count > 0) counts << words.count(static_cast<std::size_t>(count));
   }
-  return text;
+  return counts.join(QLatin1String(", "));
 }
 
 }  // namespace velmora

@@ -47,8 +47,8 @@ class TDiffView final : public QWidget {
   void ShowPlace(const TRowStretch& place);
   void TellPlaces();
   std::size_t LineOf(std::size_t row) const;  // of the model
-  std::string NoteOf(const TDiffLine& line) const;
-  std::string Summary() const;
+  QString NoteOf(const TDiffLine& line) const;
+  QString Summary() const;
 
   TDiffModel model_;
   std::vector<TRowStretch> stretches_;  // of all rows

@@ -6,9 +6,9 @@
 #include "exact/compare/Renames.h"
 #include "shell/widgets/Icons.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "sync/SyncActions.h"
-#include "util/Counted.h"
 #include "util/Lists.h"
 #include "util/Text.h"
 
@@ -42,14 +42,16 @@ QString NameBeside(const TDifference& difference, EGrouping grouping) {
 }
 
 // What goes and what comes may be the same under two names.
-std::string MayBe(const TDifference& difference) {
+QString MayBe(const TDifference& difference) {
   if (difference.rename.empty()) return {};
   const TRename rename = ReadRename(difference.rename);
-  return difference.state == EDifferenceState::New ? "(was " + rename.from + "?)" : "(now " + rename.to + "?)";
+  return difference.state == EDifferenceState::New ? TText::tr("(was %1?)").arg(ToQt(rename.from))
+                                                   : TText::tr("(now %1?)").arg(ToQt(rename.to));
 }
 
-std::string OfTrigger(const TDifference& difference) {
-  return difference.trigger_table.empty() ? std::string() : "on " + difference.trigger_table;
+QString OfTrigger(const TDifference& difference) {
+  if (difference.trigger_table.empty()) return {};
+  return TText::tr("on %1", "of a trigger").arg(ToQt(difference.trigger_table));
 }
 
 // Of what stands beside tables the group says no more than the kind.
@@ -170,10 +172,10 @@ QString TDifferenceModel::Detail(const QModelIndex& line) const {
   const auto place = PlaceOf(line);
   if (!place) return {};
   const TDifference& difference = list_->At(*place);
-  TStringList parts = {MayBe(difference), OfTrigger(difference), difference.detail};
-  if (!difference.lock.empty()) parts.push_back("[" + difference.lock + "]");
-  std::erase(parts, std::string());
-  return ToQt(JoinList(parts, "  "));
+  QStringList parts = {MayBe(difference), OfTrigger(difference), ToQt(difference.detail)};
+  if (!difference.lock.empty()) parts << QStringLiteral("[%1]").arg(ToQt(difference.lock));
+  parts.removeAll(QString());
+  return parts.join(QLatin1String("  "));
 }
 
 // Of a group, how many of it are unsafe: a group that is folded must not hide it.
@@ -181,7 +183,7 @@ QString TDifferenceModel::Unsafe(const QModelIndex& line) const {
   if (const auto place = PlaceOf(line)) return ToQt(list_->At(*place).unsafe);
   const auto count = std::ranges::count_if(Group(line).members,
                                            [this](std::size_t place) { return !list_->At(place).unsafe.empty(); });
-  return count == 0 ? QString() : ToQt(Counted(static_cast<std::size_t>(count), "unsafe action"));
+  return count == 0 ? QString() : TText::Counted("%n unsafe action(s)", nullptr, static_cast<std::size_t>(count));
 }
 
 QString TDifferenceModel::Hint(const QModelIndex& line) const {
@@ -191,7 +193,7 @@ QString TDifferenceModel::Hint(const QModelIndex& line) const {
   QString hint = FullName(difference);
   if (!difference.detail.empty() && OfTable(difference.kind)) hint += QLatin1Char('\n') + ToQt(difference.detail);
   if (!difference.note.empty()) hint += QLatin1Char('\n') + Shortened(ToQt(difference.note), kHintLetters);
-  if (!difference.lock.empty()) hint += QStringLiteral("\nMeanwhile: ") + ToQt(difference.lock);
+  if (!difference.lock.empty()) hint += QLatin1Char('\n') + TText::tr("Meanwhile: %1").arg(ToQt(difference.lock));
   const QString texts = Shortened(ToQt(ShownLines(list_->Row(*place).description)), kHintLetters);
   const QString shown = hint + QStringLiteral("\n\n") + texts;
   return QStringLiteral("<p style='white-space:pre-wrap'>%1</p>").arg(shown.toHtmlEscaped());
@@ -203,7 +205,7 @@ QString TDifferenceModel::Spoken(const QModelIndex& line) const {
   if (const QString detail = Detail(line); !detail.isEmpty()) text += QStringLiteral(", ") + detail;
   const QString unsafe = Unsafe(line);
   if (unsafe.isEmpty()) return text;
-  return text + (place ? QStringLiteral(", unsafe: ") : QStringLiteral(", ")) + unsafe;
+  return text + QStringLiteral(", ") + (place ? TText::tr("unsafe: %1").arg(unsafe) : unsafe);
 }
 
 QIcon TDifferenceModel::Picture(const QModelIndex& line) const {

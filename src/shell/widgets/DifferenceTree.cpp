@@ -10,27 +10,28 @@
 #include "shell/widgets/DifferenceLines.h"
 #include "shell/widgets/Named.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr char kFilterHint[] =
+constexpr TText kFilterHint = TText::Later(
     "<p>Words of a name, a kind, of what changes; <i>new, changed, obsolete, unsafe</i>. All have to fit.</p>"
     "<p>Or patterns, one of which has to fit: <i>orders*</i> for tables, <i>view:*</i>, <i>trigger:t_*</i>, "
     "<i>column:orders.ship_*</i>, <i>index:*.ix_?</i>.</p>"
-    "<p>What is hidden stays ticked, and is counted below the list.</p>";
+    "<p>What is hidden stays ticked, and is counted below the list.</p>");
 constexpr int kHintEdge = 12;
 constexpr int kComboLetters = 8;  // that a narrow panel leaves of a choice
 
-QComboBox* Choice(const char* name, const char* spoken, std::initializer_list<const char*> choices) {
+QComboBox* Choice(const char* name, const QString& spoken, const QStringList& choices) {
   auto* combo = Named(new QComboBox, name);
-  combo->setAccessibleName(QLatin1String(spoken));
-  combo->setToolTip(QLatin1String(spoken));
+  combo->setAccessibleName(spoken);
+  combo->setToolTip(spoken);
   combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   combo->setMinimumContentsLength(kComboLetters);
-  for (const char* choice : choices) combo->addItem(QLatin1String(choice));
+  combo->addItems(choices);
   return combo;
 }
 
@@ -40,7 +41,7 @@ QComboBox* Choice(const char* name, const char* spoken, std::initializer_list<co
 
 TDifferenceView::TDifferenceView(QWidget* parent) : QTreeView(parent) {
   setObjectName(QStringLiteral("tlDifferences"));
-  setAccessibleName(QStringLiteral("Sync actions"));
+  setAccessibleName(Fixed("Sync actions"));
   setHeaderHidden(true);
   setUniformRowHeights(true);
   setSelectionMode(ExtendedSelection);
@@ -104,15 +105,17 @@ TDifferenceTree::TDifferenceTree(QWidget* parent)
       lbCounts_(Named(new QLabel, "lbCounts")),
       lbTicked_(Named(new QLabel, "lbTicked")),
       edFilter_(Named(new QLineEdit, "edFilter")),
-      cGrouping_(Choice("cGrouping", "How the actions are grouped", {"By table", "By kind"})),
-      cSorting_(Choice("cSorting", "How the actions are sorted", {"By name", "By order of running"})) {
+      cGrouping_(
+          Choice("cGrouping", TText::tr("How the actions are grouped"), {TText::tr("By table"), TText::tr("By kind")})),
+      cSorting_(Choice("cSorting", TText::tr("How the actions are sorted"),
+                       {TText::tr("By name"), TText::tr("By order of running")})) {
   setObjectName(QStringLiteral("pnDifferences"));
   lbCounts_->setWordWrap(true);
   for (QLabel* label : {lbCounts_, lbTicked_}) label->setContentsMargins(4, 0, 2, 0);
   lbTicked_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-  edFilter_->setPlaceholderText(QStringLiteral("Filter (Ctrl+Shift+F)"));
-  edFilter_->setToolTip(QLatin1String(kFilterHint));
-  edFilter_->setAccessibleName(QStringLiteral("Filter of the sync actions"));
+  edFilter_->setPlaceholderText(TText::tr("Filter (Ctrl+Shift+F)"));
+  edFilter_->setToolTip(kFilterHint);
+  edFilter_->setAccessibleName(TText::tr("Filter of the sync actions"));
   edFilter_->setClearButtonEnabled(true);
   edFilter_->installEventFilter(this);
   view_->setModel(model_);

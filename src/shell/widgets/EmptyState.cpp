@@ -8,18 +8,19 @@
 #include <QVBoxLayout>
 
 #include "shell/widgets/Named.h"
+#include "shell/widgets/Text.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr char kWhat[] =
+constexpr TText kWhat = TText::Later(
     "A task holds two databases: a reference, and a target that is changed to be like it. Velmora shows how they "
-    "differ and writes the script that makes the target equal.";
+    "differ and writes the script that makes the target equal.");
 constexpr int kTextInLetters = 64;
 
-QPushButton* Button(const char* name, const char* caption, QAction* command) {
-  auto* button = Named(new QPushButton(command->icon(), ToQt(caption)), name);
+QPushButton* Button(const char* name, const QString& caption, QAction* command) {
+  auto* button = Named(new QPushButton(command->icon(), caption), name);
   button->setToolTip(command->toolTip());
   button->setAutoDefault(true);  // Enter presses the one that has the focus
   QObject::connect(button, &QPushButton::clicked, command, &QAction::trigger);
@@ -30,7 +31,7 @@ QPushButton* Button(const char* name, const char* caption, QAction* command) {
 
 TEmptyState::TEmptyState(QLabel* heading, const TCommands& commands) {
   setObjectName(ToQt("panNoTask"));
-  auto* what = Named(new QLabel(ToQt(kWhat)), "lbWhat");
+  auto* what = Named(new QLabel(kWhat), "lbWhat");
   what->setWordWrap(true);
   what->setAlignment(Qt::AlignCenter);
   const int width = kTextInLetters * what->fontMetrics().averageCharWidth();
@@ -52,13 +53,13 @@ QWidget* TEmptyState::MakeButtons(const TCommands& commands) {
   auto* panel = new QWidget;
   auto* row = new QHBoxLayout(panel);
   row->setContentsMargins(0, 0, 0, 0);
-  row->addWidget(Button("bnNewTask", "&New task...", commands.create));
-  row->addWidget(Button("bnOpenTask", "O&pen task...", commands.open));
+  row->addWidget(Button("bnNewTask", TText::tr("&New task..."), commands.create));
+  row->addWidget(Button("bnOpenTask", TText::tr("O&pen task..."), commands.open));
   return panel;
 }
 
 void TEmptyState::MakeRecent(QVBoxLayout& column, const TCommands& commands) {
-  recent_heading_ = Named(new QLabel(ToQt("Recent tasks")), "lbRecent");
+  recent_heading_ = Named(new QLabel(TText::tr("Recent tasks")), "lbRecent");
   recent_heading_->hide();
   column.addWidget(recent_heading_, 0, Qt::AlignHCenter);
   for (QAction* command : commands.recent) {

@@ -6,6 +6,7 @@
 #include <QToolButton>
 
 #include "shell/widgets/Icons.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 
 namespace velmora {
@@ -30,11 +31,11 @@ TFindBar::TFindBar(QWidget* parent) : QWidget(parent), edFind_(new QLineEdit), l
   edFind_->setObjectName(QStringLiteral("edFind"));
   edFind_->setClearButtonEnabled(true);
   edFind_->setMaximumWidth(320);
-  auto* label = new QLabel(QStringLiteral("Find:"));
+  auto* label = new QLabel(TText::tr("Find:"));
   label->setBuddy(edFind_);
-  QToolButton* next = Button("bnFindNext", "find-next", QStringLiteral("Next (Enter)"));
-  QToolButton* previous = Button("bnFindPrevious", "find-previous", QStringLiteral("Previous (Shift+Enter)"));
-  QToolButton* close = Button("bnFindClose", "close-bar", QStringLiteral("Close (Escape)"));
+  QToolButton* next = Button("bnFindNext", "find-next", TText::tr("Next (Enter)"));
+  QToolButton* previous = Button("bnFindPrevious", "find-previous", TText::tr("Previous (Shift+Enter)"));
+  QToolButton* close = Button("bnFindClose", "close-bar", TText::tr("Close (Escape)"));
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(6, 3, 6, 3);
   row->addWidget(label);
@@ -98,7 +99,7 @@ void TFindBar::FindFromStart() {
   Show(edit_->findFirst(edFind_->text(), false, false, false, true, true, line, index));
 }
 
-void TFindBar::Show(bool found) { lbFound_->setText(found ? QString() : QStringLiteral("Not found")); }
+void TFindBar::Show(bool found) { lbFound_->setText(found ? QString() : TText::tr("Not found")); }
 
 void TFindBar::CloseBar() {
   hide();

@@ -8,8 +8,8 @@
 namespace velmora {
 
 // The caption over a panel, with the letter that leads to it. A long one is cut: it does not widen the window.
-inline QLabel* NewHeading(const char* name, const char* text, QWidget* buddy) {
-  QLabel* heading = Named(new QLabel(QLatin1String(text)), name);
+inline QLabel* NewHeading(const char* name, const QString& text, QWidget* buddy) {
+  QLabel* heading = Named(new QLabel(text), name);
   heading->setBuddy(buddy);
   heading->setTextFormat(Qt::PlainText);
   heading->setContentsMargins(2, 4, 2, 2);

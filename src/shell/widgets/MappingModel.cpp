@@ -4,15 +4,16 @@
 #include <algorithm>
 
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 
 namespace velmora {
 
 namespace {
 
 enum ESection { kTable, kColumn, kSource, kType, kLevel, kText, kSections };
-constexpr const char* kHeadings[kSections] = {"Table", "Column", "In the source", "In MySQL", "Level", "What to know"};
-constexpr const char* kLevels[] = {"info", "warning", "refused"};  // by EMadeLevel
-constexpr char kAfterAnalysis[] = "(after the next analysis)";
+constexpr TText kHeadings[kSections] = {TText::Later("Table"),    TText::Later("Column"), TText::Later("In the source"),
+                                        TText::Later("In MySQL"), TText::Later("Level"),  TText::Later("What to know")};
+constexpr TText kLevels[] = {TText::Later("info"), TText::Later("warning"), TText::Later("refused")};  // by EMadeLevel
 
 }  // namespace
 
@@ -43,32 +44,32 @@ int TMappingModel::columnCount(const QModelIndex& parent) const { return parent.
 
 QVariant TMappingModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::ToolTipRole)) return {};
-  const QString text = ToQt(Cell(At(index.row()), index.column()));
+  const QString text = Cell(At(index.row()), index.column());
   return role == Qt::DisplayRole ? text : text.toHtmlEscaped();
 }
 
-std::string TMappingModel::Cell(const TMadeColumn& column, int section) const {
+QString TMappingModel::Cell(const TMadeColumn& column, int section) const {
   switch (section) {
     case kTable:
-      return column.table;
+      return ToQt(column.table);
     case kColumn:
-      return column.column;
+      return ToQt(column.column);
     case kSource:
-      return column.source;
+      return ToQt(column.source);
     case kType: {
       const std::string type = draft_.TypeOf(column);
-      return type.empty() && !column.rule.empty() ? kAfterAnalysis : type;
+      return type.empty() && !column.rule.empty() ? TText::tr("(after the next analysis)") : ToQt(type);
     }
     case kLevel:
       return kLevels[static_cast<std::size_t>(column.level)];
     default:
-      return draft_.TextOf(column);
+      return ToQt(draft_.TextOf(column));
   }
 }
 
 QVariant TMappingModel::headerData(int section, Qt::Orientation orientation, int role) const {
   if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section >= kSections) return {};
-  return QLatin1String(kHeadings[section]);
+  return QString(kHeadings[section]);
 }
 
 }  // namespace velmora

@@ -24,7 +24,7 @@ class TMappingModel final : public QAbstractTableModel {
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
  private:
-  std::string Cell(const TMadeColumn& column, int section) const;
+  QString Cell(const TMadeColumn& column, int section) const;
 
   const TMappingDraft& draft_;
   std::vector<std::size_t> rows_;

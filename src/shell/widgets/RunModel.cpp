@@ -7,7 +7,7 @@
 
 #include "app/RunTelling.h"
 #include "shell/widgets/QtText.h"
-#include "util/Counted.h"
+#include "shell/widgets/Text.h"
 #include "util/OneLine.h"
 #include "util/Text.h"
 
@@ -15,8 +15,14 @@ namespace velmora {
 
 namespace {
 
-constexpr const char* kHeadings[] = {"#",    "State", "Statement", "Time",
-                                     "Rows", "Line",  "In force",  "Server's words"};  // by ERunColumn
+constexpr TText kHeadings[] = {Fixed("#"),
+                               TText::Later("State"),
+                               TText::Later("Statement"),
+                               TText::Later("Time"),
+                               TText::Later("Rows"),
+                               TText::Later("Line"),
+                               TText::Later("In force"),
+                               TText::Later("Server's words")};  // by ERunColumn
 constexpr qsizetype kTipLetters = 2000;
 constexpr int kDarkBase = 128;
 
@@ -25,7 +31,7 @@ QString FirstOf(const std::string& words) {
   const QString text = ToQt(ShownLines(words));
   const qsizetype more = text.count(QLatin1Char('\n'));
   const QString first = text.section(QLatin1Char('\n'), 0, 0).trimmed();
-  return more == 0 ? first : QStringLiteral("%1 (and %2 more)").arg(first).arg(more);
+  return more == 0 ? first : TText::tr("%1 (and %2 more)").arg(first).arg(more);
 }
 
 bool IsNumber(int column) {
@@ -125,7 +131,7 @@ QVariant TRunModel::Colour(ERunState state) const {
 
 QVariant TRunModel::headerData(int section, Qt::Orientation orientation, int role) const {
   if (orientation != Qt::Horizontal || section < 0 || section >= kRunColumns) return {};
-  if (role == Qt::DisplayRole) return QLatin1String(kHeadings[section]);
+  if (role == Qt::DisplayRole) return QString(kHeadings[section]);
   return role == Qt::TextAlignmentRole && IsNumber(section) ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
 }
 

@@ -14,6 +14,7 @@
 #include "shell/widgets/Named.h"
 #include "shell/widgets/QtText.h"
 #include "shell/widgets/RunModel.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "util/Text.h"
 
@@ -34,9 +35,9 @@ QLabel* TextLabel(const char* name) {
   return label;
 }
 
-QPushButton* ReportButton(const char* name, const char* caption, const char* hint) {
-  QPushButton* button = Named(new QPushButton(QLatin1String(caption)), name);
-  button->setToolTip(QLatin1String(hint));
+QPushButton* ReportButton(const char* name, const QString& caption, const QString& hint) {
+  QPushButton* button = Named(new QPushButton(caption), name);
+  button->setToolTip(hint);
   button->setAutoDefault(false);
   return button;
 }
@@ -70,8 +71,10 @@ QWidget* TRunView::MakeHead() {
   QFont bold = lbRun_->font();
   bold.setBold(true);
   lbRun_->setFont(bold);
-  QPushButton* copy = ReportButton("bnCopyRun", "&Copy report", "Copy the report of the run as text");
-  QPushButton* save = ReportButton("bnSaveRun", "Save re&port...", "Save the report of the run as a text file");
+  QPushButton* copy =
+      ReportButton("bnCopyRun", TText::tr("&Copy report"), TText::tr("Copy the report of the run as text"));
+  QPushButton* save =
+      ReportButton("bnSaveRun", TText::tr("Save re&port..."), TText::tr("Save the report of the run as a text file"));
   row->addWidget(lbRun_, 1);
   row->addWidget(copy);
   row->addWidget(save);
@@ -84,7 +87,7 @@ QWidget* TRunView::MakeHead() {
 
 QWidget* TRunView::MakeList() {
   lvRun_->setModel(model_);
-  lvRun_->setAccessibleName(QStringLiteral("Statements of the run"));
+  lvRun_->setAccessibleName(TText::tr("Statements of the run"));
   lvRun_->setRootIsDecorated(false);
   lvRun_->setUniformRowHeights(true);
   lvRun_->setAllColumnsShowFocus(true);
@@ -95,7 +98,7 @@ QWidget* TRunView::MakeList() {
   lvRun_->header()->setStretchLastSection(false);
   lvRun_->header()->setSectionResizeMode(kRunStatement, QHeaderView::Stretch);
   mRunDetails_->setReadOnly(true);
-  mRunDetails_->setAccessibleName(QStringLiteral("The chosen statement and the server's words"));
+  mRunDetails_->setAccessibleName(TText::tr("The chosen statement and the server's words"));
   mRunDetails_->setTabChangesFocus(true);
   connect(lvRun_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] { ShowDetails(); });
   connect(lvRun_, &QTreeView::doubleClicked, this, [this](const QModelIndex& index) { GoTo(index); });

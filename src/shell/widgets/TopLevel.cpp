@@ -7,6 +7,7 @@
 #include <exception>
 
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "util/Errors.h"
 #include "util/Lists.h"
 #include "util/Version.h"
@@ -63,7 +64,7 @@ bool AtTopLevel(const std::function<void()>& handler) {
   } catch (const EAbort&) {
     return false;
   } catch (const std::bad_alloc&) {
-    text = "Out of memory";
+    text = FromQt(TText::tr("Out of memory"));
   } catch (const std::exception& error) {
     text = error.what();
   }

@@ -16,6 +16,7 @@
 #include "mysqlclient/MyWire.h"
 #include "shell/widgets/BusyCursor.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/MySqlFacts.h"
@@ -27,11 +28,10 @@ namespace {
 constexpr char kUnhandledEngine[] = "Unhandled engine";
 constexpr char kCannotCreate[] = "TfrConn.CreateConnection: Unhandled engine ";
 constexpr char kBadSeparator[] = "Character \" is not an allowed separator.";
-constexpr char kCannotEnter[] = "Cannot enter %s: %s";
 constexpr char kSelectFolder[] = "Please select database folder.";
-constexpr char kSocketElsewhere[] =
-    "A local socket leads to a server on this computer: write localhost as the server, or leave the socket empty.";
-constexpr char kPemFiles[] = "Certificates and keys|*.pem;*.crt;*.cer;*.key|All files|*.*";
+constexpr TText kSocketElsewhere = TText::Later(
+    "A local socket leads to a server on this computer: write localhost as the server, or leave the socket empty.");
+constexpr char kPemMasks[] = "|*.pem;*.crt;*.cer;*.key";
 constexpr char kSystemDatabases[] = "Access system database|*.mdw";
 
 constexpr char kLocalServer[] = "localhost";
@@ -129,7 +129,7 @@ void SetItems(QComboBox& list, const TStringList& items) {
 void SettleRoute(TEngineValues& values) {
   const bool local = IsLocalServer(values.Text("server"));
   if (local && values.Integer("port") == kMySqlPort) values.Set("port", "0");
-  if (!local && values.Has("socket")) RaiseError(kSocketElsewhere);
+  if (!local && values.Has("socket")) RaiseError(FromQt(kSocketElsewhere));
 }
 
 }  // namespace
@@ -302,7 +302,7 @@ void TfrConn::BrowseFolder(QLineEdit& field) {
   if (folder.empty()) return;
   field.setText(ToQt(folder));
   std::filesystem::current_path(folder, error);
-  if (error) RaiseError(Format(kCannotEnter, folder, error.message()));
+  if (error) RaiseError(FromQt(TText::tr("Cannot enter %1: %2").arg(ToQt(folder), ToQt(error.message()))));
 }
 
 void TfrConn::BrowseDatabaseFile(QLineEdit& field) {
@@ -312,7 +312,7 @@ void TfrConn::BrowseDatabaseFile(QLineEdit& field) {
 
 void TfrConn::BrowsePemFile(QLineEdit& field) {
   std::string path = FromQt(field.text());
-  if (Host().OpenFile(kPemFiles, path)) field.setText(ToQt(path));
+  if (Host().OpenFile(FromQt(TText::tr("Certificates and keys")) + kPemMasks, path)) field.setText(ToQt(path));
 }
 
 void TfrConn::BrowseSystemDatabase(QLineEdit& field) {

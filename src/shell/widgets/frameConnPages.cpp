@@ -15,21 +15,21 @@
 #include "shell/widgets/DropCombo.h"
 #include "shell/widgets/Named.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/widgets/frameConn.h"
-#include "util/Text.h"
 
 namespace velmora {
 
 namespace {
 
 constexpr int kLastPort = 65535;
-constexpr char kPortHint[] =
+constexpr TText kPortHint = TText::Later(
     "The usual port is 3306. With it, a server on localhost is reached by its socket, if there is one, and by TCP "
-    "otherwise. Write 127.0.0.1 for TCP alone.";
+    "otherwise. Write 127.0.0.1 for TCP alone.");
 
-constexpr char kCodePageHint[] =
-    "For files of dBASE and FoxPro that do not name theirs, or name a wrong one: 850, CP1252, KOI8-R";
+constexpr TText kCodePageHint =
+    TText::Later("For files of dBASE and FoxPro that do not name theirs, or name a wrong one: 850, CP1252, KOI8-R");
 
 void OnChecked(QAbstractButton* button, const std::function<void()>& handler) {
   Handle(button, &QAbstractButton::toggled, button, [button, handler] {
@@ -60,8 +60,8 @@ class TPageMaker {
   }
 
   template <class T>
-  T* Row(const char* caption, T* field) {
-    form_->addRow(ToQt(caption), field);
+  T* Row(const QString& caption, T* field) {
+    form_->addRow(caption, field);
     BeginWith(field);
     return field;
   }
@@ -71,16 +71,16 @@ class TPageMaker {
     return field;
   }
 
-  QLineEdit* Entry(const char* name, const char* caption) { return Row(caption, Named(new QLineEdit, name)); }
+  QLineEdit* Entry(const char* name, const QString& caption) { return Row(caption, Named(new QLineEdit, name)); }
   // A password and, out of use, the box that once decided whether it is kept: task files always keep it.
-  QLineEdit* Secret(const char* name, const char* caption, const char* store) {
+  QLineEdit* Secret(const char* name, const QString& caption, const char* store) {
     QLineEdit* entry = Entry(name, caption);
     entry->setEchoMode(QLineEdit::Password);
-    WideRow(Named(new QCheckBox(ToQt("Store password (encrypted)")), store))->hide();
+    WideRow(Named(new QCheckBox(Fixed("Store password (encrypted)")), store))->hide();
     return entry;
   }
   // A list, and with `typed` an entry for any text as well.
-  TDropCombo* List(const char* name, const char* caption, bool typed) {
+  TDropCombo* List(const char* name, const QString& caption, bool typed) {
     auto* list = Named(new TDropCombo, name);
     list->setEditable(typed);
     if (typed) {
@@ -89,7 +89,7 @@ class TPageMaker {
     }
     return Row(caption, list);
   }
-  QLineEdit* Browsed(const char* name, const char* button, const char* caption,
+  QLineEdit* Browsed(const char* name, const char* button, const QString& caption,
                      const std::function<void(QLineEdit&)>& browse) {
     auto* both = new QWidget;
     auto* entry = Named(new QLineEdit, name);
@@ -98,11 +98,11 @@ class TPageMaker {
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(entry);
     row->addWidget(open);
-    open->setText(ToQt("..."));
-    open->setToolTip(ToQt("Browse"));
-    const std::string label = StrReplace(caption, "&", "");
-    open->setAccessibleName(ToQt("Browse: " + label));
-    entry->setAccessibleName(ToQt(label));  // the caption is the label of both
+    open->setText(QStringLiteral("..."));
+    open->setToolTip(TText::tr("Browse"));
+    const QString label = QString(caption).remove(QLatin1Char('&'));
+    open->setAccessibleName(TText::tr("Browse: %1").arg(label));
+    entry->setAccessibleName(label);  // the caption is the label of both
     open->setFocusPolicy(Qt::StrongFocus);
     both->setFocusProxy(entry);
     Handle(open, &QToolButton::clicked, page_, [browse, entry] { browse(*entry); });
@@ -110,7 +110,7 @@ class TPageMaker {
     return entry;
   }
   // Two radio buttons beside each other, the first one checked.
-  std::pair<QRadioButton*, QRadioButton*> Choice(const char* caption, QRadioButton* first, QRadioButton* second) {
+  std::pair<QRadioButton*, QRadioButton*> Choice(const QString& caption, QRadioButton* first, QRadioButton* second) {
     auto* both = new QWidget;
     auto* row = new QHBoxLayout(both);
     row->setContentsMargins(0, 0, 0, 0);
@@ -134,25 +134,25 @@ class TPageMaker {
   QFormLayout* form_;
 };
 
-QRadioButton* Radio(const char* name, const char* caption) { return Named(new QRadioButton(ToQt(caption)), name); }
+QRadioButton* Radio(const char* name, const QString& caption) { return Named(new QRadioButton(caption), name); }
 
 QCheckBox* ColumnNamesBox(const char* name) {
-  return Named(new QCheckBox(ToQt("First record are column &names")), name);
+  return Named(new QCheckBox(Fixed("First record are column &names")), name);
 }
 
 }  // namespace
 
 void TfrConn::MakeMySQLPage() {
   TPageMaker page(this, "tsMySQL");
-  page.Entry("edServerMySQL", "&Server");
-  auto* port = page.Row("P&ort", Named(new QSpinBox, "edPortMySQL"));
+  page.Entry("edServerMySQL", Fixed("&Server"));
+  auto* port = page.Row(TText::tr("P&ort"), Named(new QSpinBox, "edPortMySQL"));
   port->setRange(0, kLastPort);
-  port->setSpecialValueText(ToQt("usual"));
-  port->setToolTip(ToQt(kPortHint));
+  port->setSpecialValueText(TText::tr("usual", "port"));
+  port->setToolTip(kPortHint);
   port->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-  page.Entry("edUsernameMySQL", "&Username");
-  page.Secret("edPasswordMySQL", "&Password", "cbStorePasswordMySQL");
-  TDropCombo* databases = page.List("cDBMySQL", "&Database", false);
+  page.Entry("edUsernameMySQL", Fixed("&Username"));
+  page.Secret("edPasswordMySQL", Fixed("&Password"), "cbStorePasswordMySQL");
+  TDropCombo* databases = page.List("cDBMySQL", Fixed("&Database"), false);
   databases->OnDropDown = [this, databases] { ListDatabases(*databases); };
   MakeMoreOfMySQL(*page.WideRow(new QWidget));
 }
@@ -162,8 +162,8 @@ void TfrConn::MakeMoreOfMySQL(QWidget& fold) {
   auto* column = new QVBoxLayout(&fold);
   column->setContentsMargins(0, 0, 0, 0);
   auto* open = Named(new QToolButton, "bnMoreMySQL");
-  open->setText(ToQt("&More"));
-  open->setToolTip(ToQt("TLS, certificates, local socket, login"));
+  open->setText(TText::tr("&More"));
+  open->setToolTip(TText::tr("TLS, certificates, local socket, login"));
   open->setCheckable(true);
   open->setAutoRaise(true);
   open->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
@@ -172,15 +172,15 @@ void TfrConn::MakeMoreOfMySQL(QWidget& fold) {
 
   TPageMaker more(&fold, "panMoreMySQL");
   const auto browse = [this](QLineEdit& field) { BrowsePemFile(field); };
-  auto* tls = more.Row("&TLS", Named(new QComboBox, "cTlsMySQL"));
+  auto* tls = more.Row(TText::tr("&TLS"), Named(new QComboBox, "cTlsMySQL"));
   for (const char* mode : kTlsModes) tls->addItem(ToQt(mode));
-  QLineEdit* authorities = more.Browsed("edTlsCaMySQL", "bnTlsCaMySQL", "CA certi&ficates", browse);
-  more.Browsed("edTlsCertMySQL", "bnTlsCertMySQL", "Client c&ertificate", browse);
-  more.Browsed("edTlsKeyMySQL", "bnTlsKeyMySQL", "Client ke&y", browse);
-  more.Entry("edSocketMySQL", "Local soc&ket");
-  more.Browsed("edServerKeyMySQL", "bnServerKeyMySQL", "Ser&ver's public key", browse);
-  more.WideRow(Named(new QCheckBox(ToQt("Trust the pu&blic key that the server sends")), "cbGetServerKeyMySQL"));
-  more.WideRow(Named(new QCheckBox(ToQt("&Allow old logins, which show the password")), "cbOldLoginMySQL"));
+  QLineEdit* authorities = more.Browsed("edTlsCaMySQL", "bnTlsCaMySQL", TText::tr("CA certi&ficates"), browse);
+  more.Browsed("edTlsCertMySQL", "bnTlsCertMySQL", TText::tr("Client c&ertificate"), browse);
+  more.Browsed("edTlsKeyMySQL", "bnTlsKeyMySQL", TText::tr("Client ke&y"), browse);
+  more.Entry("edSocketMySQL", TText::tr("Local soc&ket"));
+  more.Browsed("edServerKeyMySQL", "bnServerKeyMySQL", TText::tr("Ser&ver's public key"), browse);
+  more.WideRow(Named(new QCheckBox(TText::tr("Trust the pu&blic key that the server sends")), "cbGetServerKeyMySQL"));
+  more.WideRow(Named(new QCheckBox(TText::tr("&Allow old logins, which show the password")), "cbOldLoginMySQL"));
 
   const auto show = [open, panel = more.Page()](bool shown) {
     panel->setVisible(shown);
@@ -197,27 +197,27 @@ void TfrConn::MakeMoreOfMySQL(QWidget& fold) {
 
 void TfrConn::MakeFolderPage() {
   TPageMaker page(this, "tabFolder");
-  page.Browsed("edFolder", "bnFolder", "Database &folder", [this](QLineEdit& field) { BrowseFolder(field); });
-  QLineEdit* code_page = page.Entry("edCodePage", "Code &page");
-  code_page->setPlaceholderText(ToQt("as the files say"));
-  code_page->setToolTip(ToQt(kCodePageHint));
+  page.Browsed("edFolder", "bnFolder", Fixed("Database &folder"), [this](QLineEdit& field) { BrowseFolder(field); });
+  QLineEdit* code_page = page.Entry("edCodePage", TText::tr("Code &page"));
+  code_page->setPlaceholderText(TText::tr("as the files say"));
+  code_page->setToolTip(kCodePageHint);
 }
 
 void TfrConn::MakeFilePage() {
   TPageMaker page(this, "tsFile");
-  page.Browsed("edFilename", "bnFilename", "&Filename", [this](QLineEdit& field) { BrowseDatabaseFile(field); });
+  page.Browsed("edFilename", "bnFilename", Fixed("&Filename"), [this](QLineEdit& field) { BrowseDatabaseFile(field); });
   page.WideRow(ColumnNamesBox("cbFileHDR"));
 }
 
 void TfrConn::MakeMSSQLPage() {
   TPageMaker page(this, "tsMSSQL");
-  TDropCombo* servers = page.List("cServerMSSQL", "&Server", true);
+  TDropCombo* servers = page.List("cServerMSSQL", Fixed("&Server"), true);
   servers->OnDropDown = [this, servers] { ListSources(*servers, enumerators_.SQLServers); };
-  const auto [windows, mixed] =
-      page.Choice("Authentication", Radio("rbWindowsMSSQL", "&Windows"), Radio("rbMixedMSSQL", "&Mixed"));
-  QLineEdit* username = page.Entry("edUsernameMSSQL", "&Username");
-  QLineEdit* password = page.Secret("edPasswordMSSQL", "&Password", "cbStorePasswordMSSQL");
-  TDropCombo* databases = page.List("cDBMSSQL", "&Database", false);
+  const auto [windows, mixed] = page.Choice(Fixed("Authentication"), Radio("rbWindowsMSSQL", Fixed("&Windows")),
+                                            Radio("rbMixedMSSQL", Fixed("&Mixed")));
+  QLineEdit* username = page.Entry("edUsernameMSSQL", Fixed("&Username"));
+  QLineEdit* password = page.Secret("edPasswordMSSQL", Fixed("&Password"), "cbStorePasswordMSSQL");
+  TDropCombo* databases = page.List("cDBMSSQL", Fixed("&Database"), false);
   databases->OnDropDown = [this, databases] { ListDatabases(*databases); };
 
   const auto show_account = [form = page.Form(), username, password](bool shown) {
@@ -237,13 +237,14 @@ void TfrConn::MakeMSSQLPage() {
 
 void TfrConn::MakeTextPage() {
   TPageMaker page(this, "tsText");
-  page.Browsed("edTextFolder", "bnTextFolder", "Database &folder", [this](QLineEdit& field) { BrowseFolder(field); });
+  page.Browsed("edTextFolder", "bnTextFolder", Fixed("Database &folder"),
+               [this](QLineEdit& field) { BrowseFolder(field); });
   page.WideRow(ColumnNamesBox("cbTextHDR"));
 
-  auto* group = page.WideRow(new QGroupBox(ToQt("Columns")));
+  auto* group = page.WideRow(new QGroupBox(Fixed("Columns")));
   auto* kinds = new QVBoxLayout(group);
-  QRadioButton* delimited = Radio("rbTextDelimited", "&Delimited");
-  QRadioButton* fixed = Radio("rbTextFixed", "Fi&xed");
+  QRadioButton* delimited = Radio("rbTextDelimited", Fixed("&Delimited"));
+  QRadioButton* fixed = Radio("rbTextFixed", Fixed("Fi&xed"));
   auto* panel = Named(new QWidget, "panDelimiters");
   for (QWidget* widget : {static_cast<QWidget*>(delimited), static_cast<QWidget*>(fixed), panel})
     kinds->addWidget(widget);
@@ -252,9 +253,9 @@ void TfrConn::MakeTextPage() {
 
   auto* row = new QHBoxLayout(panel);
   row->setContentsMargins(style()->pixelMetric(QStyle::PM_ExclusiveIndicatorWidth), 0, 0, 0);
-  QRadioButton* tab = Radio("rbTextSepTab", "&Tab");
-  QRadioButton* comma = Radio("rbTextSepComma", "Co&mma");
-  QRadioButton* other = Radio("rbTextSepOther", "&Other:");
+  QRadioButton* tab = Radio("rbTextSepTab", Fixed("&Tab"));
+  QRadioButton* comma = Radio("rbTextSepComma", Fixed("Co&mma"));
+  QRadioButton* other = Radio("rbTextSepOther", Fixed("&Other:"));
   auto* separator = Named(new TEnteredEdit, "edTextSep");
   for (QWidget* widget : {static_cast<QWidget*>(tab), static_cast<QWidget*>(comma), static_cast<QWidget*>(other),
                           static_cast<QWidget*>(separator)})
@@ -275,39 +276,40 @@ void TfrConn::MakeTextPage() {
 
 void TfrConn::MakeIBPage() {
   TPageMaker page(this, "tsIB");
-  page.List("cServerIB", "&Server", true);
-  page.Entry("edUsernameIB", "&Username");
-  page.Secret("edPasswordIB", "&Password", "cbStorePasswordIB");
-  page.Browsed("edDBIB", "bnDBIB", "&Database", [this](QLineEdit& field) { BrowseDatabaseFile(field); });
+  page.List("cServerIB", Fixed("&Server"), true);
+  page.Entry("edUsernameIB", Fixed("&Username"));
+  page.Secret("edPasswordIB", Fixed("&Password"), "cbStorePasswordIB");
+  page.Browsed("edDBIB", "bnDBIB", Fixed("&Database"), [this](QLineEdit& field) { BrowseDatabaseFile(field); });
 }
 
 void TfrConn::MakeOraclePage() {
   TPageMaker page(this, "tsOracle");
   const auto [client, direct] =
-      page.Choice("Using", Radio("rbOCIORA", "&Oracle Client"), Radio("rbNetORA", "D&irectly"));
-  TDropCombo* server = page.List("cServerORA", "&Service", true);
+      page.Choice(Fixed("Using"), Radio("rbOCIORA", Fixed("&Oracle Client")), Radio("rbNetORA", Fixed("D&irectly")));
+  TDropCombo* server = page.List("cServerORA", Fixed("&Service"), true);
   server->OnDropDown = [this, server] { ListOracleServices(*server); };
-  page.Entry("edUsernameORA", "&Username");
-  page.Secret("edPasswordORA", "&Password", "cbStorePasswordORA");
-  TDropCombo* mode = page.List("cAuthModeORA", "&Auth.mode", false);
-  mode->addItems({ToQt("Normal"), ToQt("SYSDBA"), ToQt("SYSOPER")});
+  page.Entry("edUsernameORA", Fixed("&Username"));
+  page.Secret("edPasswordORA", Fixed("&Password"), "cbStorePasswordORA");
+  TDropCombo* mode = page.List("cAuthModeORA", Fixed("&Auth.mode"), false);
+  mode->addItems({Fixed("Normal"), Fixed("SYSDBA"), Fixed("SYSOPER")});
 
   auto* label = Named(qobject_cast<QLabel*>(page.Form()->labelForField(server)), "lbServerORA");
-  OnChecked(client, [label] { label->setText(ToQt("&Service")); });
-  OnChecked(direct, [label] { label->setText(ToQt("&Server")); });
+  OnChecked(client, [label] { label->setText(Fixed("&Service")); });
+  OnChecked(direct, [label] { label->setText(Fixed("&Server")); });
 }
 
 void TfrConn::MakeAccessPage() {
   TPageMaker page(this, "tsAccess");
-  page.Browsed("edFileAccess", "bnFileAccess", "&Filename", [this](QLineEdit& field) { BrowseDatabaseFile(field); });
-  page.Secret("edPasswordAccess", "&Password", "cbStorePasswordAccess");
-  page.Browsed("edSysDBAccess", "bnSysDBAccess", "&System database",
+  page.Browsed("edFileAccess", "bnFileAccess", Fixed("&Filename"),
+               [this](QLineEdit& field) { BrowseDatabaseFile(field); });
+  page.Secret("edPasswordAccess", Fixed("&Password"), "cbStorePasswordAccess");
+  page.Browsed("edSysDBAccess", "bnSysDBAccess", Fixed("&System database"),
                [this](QLineEdit& field) { BrowseSystemDatabase(field); });
 }
 
 void TfrConn::MakeODBCPage() {
   TPageMaker page(this, "tsODBC");
-  TDropCombo* sources = page.List("cDSN", "&DSN", true);
+  TDropCombo* sources = page.List("cDSN", Fixed("&DSN"), true);
   sources->OnDropDown = [this, sources] { ListSources(*sources, enumerators_.ODBCSources); };
 }
 

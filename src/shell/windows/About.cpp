@@ -10,6 +10,7 @@
 #include "shell/widgets/Icons.h"
 #include "shell/widgets/LinkColour.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "util/Version.h"
 
@@ -34,17 +35,16 @@ QLabel* Title() {
 
 TfmAbout::TfmAbout(QWidget* parent) : QDialog(parent) {
   setObjectName(QStringLiteral("fmAbout"));
-  setWindowTitle(QStringLiteral("About Velmora"));
+  setWindowTitle(Fixed("About Velmora"));
   auto* icon = new QLabel;
   icon->setPixmap(ProgramIcon().pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
 
   auto* texts = new QVBoxLayout;
   texts->addWidget(Title());
-  texts->addWidget(new QLabel(QStringLiteral("Makes the structure of a MySQL database equal to that of a reference.")));
+  texts->addWidget(new QLabel(TText::tr("Makes the structure of a MySQL database equal to that of a reference.")));
   texts->addSpacing(8);
-  texts->addWidget(Link(QStringLiteral("lbVisitWeb"), QStringLiteral("Visit web page"), &TfmAbout::OnVisitWeb));
-  texts->addWidget(
-      Link(QStringLiteral("lbContactSupport"), QStringLiteral("Contact support"), &TfmAbout::OnContactSupport));
+  texts->addWidget(Link(QStringLiteral("lbVisitWeb"), Fixed("Visit web page"), &TfmAbout::OnVisitWeb));
+  texts->addWidget(Link(QStringLiteral("lbContactSupport"), Fixed("Contact support"), &TfmAbout::OnContactSupport));
   texts->addStretch();
   ShowLinks();
   auto* head = new QHBoxLayout;
@@ -53,7 +53,7 @@ TfmAbout::TfmAbout(QWidget* parent) : QDialog(parent) {
   head->addLayout(texts, 1);
 
   auto* buttons = new QDialogButtonBox;
-  auto* close = buttons->addButton(QStringLiteral("Close"), QDialogButtonBox::RejectRole);
+  auto* close = buttons->addButton(TText::tr("Close"), QDialogButtonBox::RejectRole);
   close->setObjectName(QStringLiteral("butClose"));
   close->setDefault(true);
   close->setFocus();

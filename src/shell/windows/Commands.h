@@ -5,6 +5,8 @@
 
 #include <span>
 
+#include "shell/widgets/Text.h"
+
 namespace velmora {
 
 class TfmMain;
@@ -16,12 +18,12 @@ enum class ECommandList {
 
 struct TCommand {
   const char* name;
-  const char* caption;
+  TText caption;
   const char* shortcut;  // null for none
   const char* icon;      // null for none
   ECommandList list;
   void (TfmMain::*handler)();  // null: the command is inert
-  const char* hint = nullptr;  // what it does, where the caption does not say it
+  TText hint = {};             // what it does, where the caption does not say it
 };
 
 std::span<const TCommand> Commands();

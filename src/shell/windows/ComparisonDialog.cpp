@@ -11,6 +11,7 @@
 #include <QVBoxLayout>
 
 #include "shell/widgets/Named.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -20,9 +21,9 @@ namespace velmora {
 
 namespace {
 
-constexpr char kPurpose[] =
+constexpr TText kPurpose = TText::Later(
     "What the exact dialect compares, and how it writes what differs. Where a field takes several lines, each stands "
-    "on its own. All of it is kept when the task is saved.";
+    "on its own. All of it is kept when the task is saved.");
 constexpr char kFault[] = "%s: %s";
 constexpr int kLines = 3;    // of a field for several
 constexpr int kWidth = 560;  // of the dialog, in pixels
@@ -80,8 +81,8 @@ QLabel* Small(std::string_view text) {
 
 TfmComparison::TfmComparison(QWidget* parent) : QDialog(parent) {
   setObjectName(ToQt("fmComparison"));
-  setWindowTitle(ToQt("Comparison"));
-  auto* purpose = new QLabel(ToQt(kPurpose));
+  setWindowTitle(TText::tr("Comparison"));
+  auto* purpose = new QLabel(kPurpose);
   purpose->setWordWrap(true);
   auto* page = new QWidget;
   auto* form = new QVBoxLayout(page);

@@ -6,23 +6,24 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 
 namespace velmora {
 
 TfmConfirm::TfmConfirm(QWidget* parent) : QDialog(parent) {
   setObjectName(QStringLiteral("fmConfirm"));
-  setWindowTitle(QStringLiteral("Please confirm"));
+  setWindowTitle(Fixed("Please confirm"));
   auto* text = new QLabel;
   text->setObjectName(QStringLiteral("lbText"));
   text->setWordWrap(true);
   text->setMinimumWidth(320);
 
   auto* buttons = new QDialogButtonBox;
-  auto* ok = buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
+  auto* ok = buttons->addButton(Fixed("OK"), QDialogButtonBox::AcceptRole);
   ok->setObjectName(QStringLiteral("butOK"));
   ok->setDefault(true);
-  auto* cancel = buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
+  auto* cancel = buttons->addButton(Fixed("Cancel"), QDialogButtonBox::RejectRole);
   cancel->setObjectName(QStringLiteral("butCancel"));
   Handle(ok, &QPushButton::clicked, this, [this] { accept(); });
   Handle(cancel, &QPushButton::clicked, this, [this] { reject(); });

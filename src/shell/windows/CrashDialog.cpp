@@ -12,21 +12,21 @@
 
 #include "core/Host.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "util/Addresses.h"
 #include "util/Files.h"
-#include "util/Format.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr char kExplained[] =
+constexpr TText kExplained = TText::Later(
     "A fatal error has ended Velmora, or velmora-cli.\n\n"
     "The report below tells where in the program that was. It holds no passwords and no rows; names of databases, "
-    "tables and files may stand in it. Nothing is sent by itself: if you can, send it to %s, with a word on what "
-    "you were doing.\n\nReports stay in %s.";
-constexpr char kMore[] = "\n\n----- An earlier report -----\n\n";
+    "tables and files may stand in it. Nothing is sent by itself: if you can, send it to %1, with a word on what "
+    "you were doing.\n\nReports stay in %2.");
+constexpr char kMore[] = "\n\n----- An earlier report -----\n\n";  // of what is sent
 constexpr int kColumns = 100;
 constexpr int kLines = 24;
 
@@ -37,7 +37,7 @@ QPlainTextEdit* MakeText(const std::vector<TCrashReport>& reports) {
   for (const TCrashReport& report : reports) all.append(all.empty() ? "" : kMore).append(report.text);
   auto* text = new QPlainTextEdit(ToQt(all));
   text->setObjectName(QStringLiteral("meReport"));
-  text->setAccessibleName(QStringLiteral("Crash report"));
+  text->setAccessibleName(TText::tr("Crash report"));
   text->setReadOnly(true);
   text->setLineWrapMode(QPlainTextEdit::NoWrap);
   text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
@@ -52,8 +52,8 @@ QPlainTextEdit* MakeText(const std::vector<TCrashReport>& reports) {
 TfmCrash::TfmCrash(const std::vector<TCrashReport>& reports, QWidget* parent)
     : QDialog(parent), text_(MakeText(reports)) {
   setObjectName(QStringLiteral("fmCrash"));
-  setWindowTitle(QStringLiteral("Crash report"));
-  auto* label = new QLabel(ToQt(Format(kExplained, SupportAddress(), FolderOf(reports.front()))));
+  setWindowTitle(TText::tr("Crash report"));
+  auto* label = new QLabel(QString(kExplained).arg(ToQt(SupportAddress()), ToQt(FolderOf(reports.front()))));
   label->setWordWrap(true);
   label->setTextFormat(Qt::PlainText);
   label->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -75,10 +75,10 @@ QDialogButtonBox* TfmCrash::MakeButtons() {
     Handle(button, &QPushButton::clicked, this, std::move(handler));
     return button;
   };
-  add("butCopy", QStringLiteral("Copy"), QDialogButtonBox::ActionRole,
+  add("butCopy", TText::tr("Copy"), QDialogButtonBox::ActionRole,
       [this] { QApplication::clipboard()->setText(text_->toPlainText()); });
-  add("butSave", QStringLiteral("Save..."), QDialogButtonBox::ActionRole, [this] { Save(); });
-  QPushButton* close = add("butClose", QStringLiteral("Close"), QDialogButtonBox::RejectRole, [this] { reject(); });
+  add("butSave", TText::tr("Save..."), QDialogButtonBox::ActionRole, [this] { Save(); });
+  QPushButton* close = add("butClose", TText::tr("Close"), QDialogButtonBox::RejectRole, [this] { reject(); });
   close->setDefault(true);
   close->setFocus();
   return buttons;
@@ -86,7 +86,8 @@ QDialogButtonBox* TfmCrash::MakeButtons() {
 
 void TfmCrash::Save() {
   std::string path = "velmora-crash.txt";
-  if (Host().SaveFile("Text file|*.txt", path)) WriteFileText(path, FromQt(text_->toPlainText()) + "\n");
+  if (Host().SaveFile(FromQt(TText::tr("Text file")) + "|*.txt", path))
+    WriteFileText(path, FromQt(text_->toPlainText()) + "\n");
 }
 
 void OfferCrashReports(const std::string& folder, QWidget* parent) {

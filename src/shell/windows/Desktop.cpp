@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QLocale>
 #include <QTimer>
 #include <clocale>
 #include <cstdio>
@@ -25,6 +26,7 @@
 #include "shell/windows/Progress.h"
 #include "shell/windows/Splash.h"
 #include "shell/windows/TaskWiz.h"
+#include "shell/windows/Translation.h"
 #include "util/Version.h"
 
 namespace velmora {
@@ -109,6 +111,7 @@ int RunDesktop(int& argc, char** argv) {
   TQtApplication application(argc, argv);
   const TProgramArguments given = ReadProgramArguments({argv + 1, argv + argc});
   if (!given.answer.empty()) return Print(given);
+  const TTranslation translation(QLocale::system().uiLanguages());
   std::setlocale(LC_NUMERIC, "C");  // Qt took over the user's; drivers of databases write numbers by it
   QApplication::setApplicationName(QLatin1String(kProgramTitle));
   QApplication::setDesktopFileName(QStringLiteral("velmora"));

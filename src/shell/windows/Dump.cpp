@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include "shell/widgets/Named.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 
 namespace velmora {
@@ -26,18 +27,18 @@ constexpr Qt::CheckState kOptionStates[] = {Qt::PartiallyChecked, Qt::Unchecked,
 
 TfmDump::TfmDump(QWidget* parent) : QDialog(parent) {
   setObjectName(QStringLiteral("fmDump"));
-  setWindowTitle(QStringLiteral("Extract database structure"));
+  setWindowTitle(Fixed("Extract database structure"));
   auto* form = new QHBoxLayout;
   auto* tables = Named(new QListWidget, "CheckListBox1");
-  tables->setAccessibleName(ToQt("Tables"));
+  tables->setAccessibleName(TText::tr("Tables"));
   form->addWidget(tables, 1);
   form->addLayout(Choices());
 
   auto* buttons = new QDialogButtonBox;
-  auto* extract = Named(buttons->addButton(QStringLiteral("Extract"), QDialogButtonBox::AcceptRole), "butOK");
+  auto* extract = Named(buttons->addButton(Fixed("Extract"), QDialogButtonBox::AcceptRole), "butOK");
   extract->setDefault(true);
   extract->setEnabled(false);
-  auto* cancel = Named(buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole), "butCancel");
+  auto* cancel = Named(buttons->addButton(Fixed("Cancel"), QDialogButtonBox::RejectRole), "butCancel");
   Handle(cancel, &QPushButton::clicked, this, [this] { reject(); });
 
   auto* layout = new QVBoxLayout(this);
@@ -47,13 +48,13 @@ TfmDump::TfmDump(QWidget* parent) : QDialog(parent) {
 
 QVBoxLayout* TfmDump::Choices() {
   auto* layout = new QVBoxLayout;
-  layout->addWidget(Named(new QRadioButton(QStringLiteral("&Reference")), "rSourceDB"));
-  auto* target = Named(new QRadioButton(QStringLiteral("&Target")), "rTargetDB");
+  layout->addWidget(Named(new QRadioButton(Fixed("&Reference")), "rSourceDB"));
+  auto* target = Named(new QRadioButton(Fixed("&Target")), "rTargetDB");
   target->setChecked(true);
   layout->addWidget(target);
   auto* marks = new QHBoxLayout;
-  for (auto* button : {Named(new QPushButton(QStringLiteral("&All")), "cxButton1"),
-                       Named(new QPushButton(QStringLiteral("&None")), "cxButton2")}) {
+  for (auto* button :
+       {Named(new QPushButton(Fixed("&All")), "cxButton1"), Named(new QPushButton(Fixed("&None")), "cxButton2")}) {
     button->setAutoDefault(false);
     marks->addWidget(button);
   }
@@ -65,9 +66,9 @@ QVBoxLayout* TfmDump::Choices() {
 }
 
 QGroupBox* TfmDump::ScriptOptions() {
-  auto* group = Named(new QGroupBox(QStringLiteral("Options")), "cxGroupBox1");
+  auto* group = Named(new QGroupBox(Fixed("Options")), "cxGroupBox1");
   auto* layout = new QVBoxLayout(group);
-  layout->addWidget(new QLabel(QStringLiteral("Script options")));
+  layout->addWidget(new QLabel(Fixed("Script options")));
   int number = 0;
   for (const Qt::CheckState state : kOptionStates) {
     auto* box = new QCheckBox;

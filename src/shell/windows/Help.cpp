@@ -15,6 +15,7 @@
 #include "shell/widgets/Icons.h"
 #include "shell/widgets/LinkColour.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 
 namespace velmora {
@@ -26,6 +27,7 @@ struct TPage {
   const char* title;
 };
 
+// The titles are in the language of the pages.
 constexpr TPage kHelpPages[] = {
     {"index", "What Velmora does"}, {"task", "A new task"},   {"analysis", "Analysis"},
     {"differences", "Differences"}, {"script", "The script"}, {"failed-run", "When a run fails"},
@@ -62,7 +64,7 @@ class TPageView final : public QTextBrowser {
 
 TfmHelp::TfmHelp(QWidget* parent) : QMainWindow(parent, Qt::Window) {
   setObjectName(QStringLiteral("fmHelp"));
-  setWindowTitle(QStringLiteral("Velmora Help"));
+  setWindowTitle(TText::tr("Velmora Help"));
   setWindowIcon(ProgramIcon());
   setAttribute(Qt::WA_QuitOnClose, false);
   pages_ = new QListWidget;
@@ -90,15 +92,15 @@ TfmHelp::TfmHelp(QWidget* parent) : QMainWindow(parent, Qt::Window) {
 }
 
 void TfmHelp::AddCommands() {
-  auto* bar = addToolBar(QStringLiteral("Help pages"));
+  auto* bar = addToolBar(TText::tr("Help pages"));
   bar->setObjectName(QStringLiteral("barPages"));
   bar->setMovable(false);
   bar->toggleViewAction()->setVisible(false);
   bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-  auto* back = bar->addAction(Icon(QStringLiteral("go-back")), QStringLiteral("Back"));
+  auto* back = bar->addAction(Icon(QStringLiteral("go-back")), TText::tr("Back"));
   back->setShortcuts(QKeySequence::Back);
   back->setEnabled(false);
-  auto* forward = bar->addAction(Icon(QStringLiteral("go-forward")), QStringLiteral("Forward"));
+  auto* forward = bar->addAction(Icon(QStringLiteral("go-forward")), TText::tr("Forward"));
   forward->setShortcuts(QKeySequence::Forward);
   forward->setEnabled(false);
   Handle(back, &QAction::triggered, this, [this] { text_->backward(); });

@@ -25,6 +25,7 @@
 #include "shell/widgets/Icons.h"
 #include "shell/widgets/QtText.h"
 #include "shell/widgets/RunView.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/widgets/WindowLog.h"
 #include "shell/windows/Commands.h"
@@ -32,7 +33,6 @@
 #include "shell/windows/WindowWait.h"
 #include "util/Clock.h"
 #include "util/Errors.h"
-#include "util/Format.h"
 #include "util/Text.h"
 #include "util/Version.h"
 
@@ -40,15 +40,8 @@ namespace velmora {
 
 namespace {
 
-constexpr char kEmptyQuestion[] = ".\n\nGo on all the same?";
-constexpr char kTypedQuestion[] = "The script was edited and is not saved. Discard it?";
-constexpr char kOwnQuestion[] = "The script is one of your own. Replace it with that of the ticked actions?";
-constexpr char kLatestAway[] = "The latest task is not there now, and was not opened: %s";
 constexpr char kGroupedByKind[] = "ActionsByKind";  // keys of the options
 constexpr char kSortedByRunning[] = "ActionsByRunning";
-constexpr char kDialectHint[] = "%s: press F9 to analyze.";
-constexpr char kAdvice[] = "This server is %s.";
-constexpr char kAdviceButton[] = "Analyze in the %s";
 constexpr double kFirstShare = 0.8;  // of the screen, for a window that has no place yet
 constexpr int kUnplaced = std::numeric_limits<int>::min();
 constexpr int kEdgeHeight = 24;
@@ -184,7 +177,8 @@ void TfmMain::OpenLatest() {
   const std::string path = recent_.Path(0);
   std::error_code unknown;
   if (!std::filesystem::exists(path, unknown) && !unknown)  // its drive may be back tomorrow
-    return statusBar()->showMessage(ToQt(Format(kLatestAway, path)));
+    return statusBar()->showMessage(
+        TText::tr("The latest task is not there now, and was not opened: %1").arg(ToQt(path)));
   const TTaskReader reader(path);
   if (StoredDialect(reader.Dialect()).id == EDialect::Standard) return;
   task_->OpenRead(path, reader);
@@ -290,13 +284,14 @@ void TfmMain::ClearWork() {
 
 bool TfmMain::MayLoseScript() {
   const bool typed = active_ && mScript_->isModified() && mScript_->length() > 0;
-  return !typed || ConfirmYes(kTypedQuestion);
+  return !typed || ConfirmYes(FromQt(TText::tr("The script was edited and is not saved. Discard it?")));
 }
 
 // One that was loaded or saved is in its file, and would be missed in the editor all the same.
 bool TfmMain::MayReplaceScript() {
   if (mScript_->isModified()) return MayLoseScript();
-  return script_of_ != EScriptOf::User || mScript_->length() == 0 || ConfirmYes(kOwnQuestion);
+  return script_of_ != EScriptOf::User || mScript_->length() == 0 ||
+         ConfirmYes(FromQt(TText::tr("The script is one of your own. Replace it with that of the ticked actions?")));
 }
 
 void TfmMain::ShowLog(const TStringList& lines) {
@@ -393,7 +388,8 @@ void TfmMain::Compare() {
 
 void TfmMain::AskAboutEmptyReference() {
   if (empty_allowed_ || app_->data.mtActions.Empty() || !app_->Dialect().ReferenceIsEmpty()) return;
-  if (!ConfirmYes(EmptyReferenceText(*app_->connections.reference) + kEmptyQuestion)) {
+  const std::string found = EmptyReferenceText(*app_->connections.reference) + ".\n\n";
+  if (!ConfirmYes(found + FromQt(TText::tr("Go on all the same?")))) {
     ClearWork();
     ShowLog(app_->ChoiceLog());
     ShowPage();
@@ -431,7 +427,7 @@ void TfmMain::SetDialect(const TDialectRow& dialect) {
   if (app_->Chosen().id == dialect.id) return;
   app_->Choose(dialect.id);
   ClearWork();
-  SetTreeHint(Format(kDialectHint, dialect.caption));
+  SetTreeHint(TText::tr("%1: press F9 to analyze.").arg(QLatin1String(dialect.caption)));
   page_->setCurrentWidget(tsActions_);
 }
 
@@ -450,8 +446,8 @@ void TfmMain::AdviseDialect(const TDialectRow* fitting) {
   barAdvice_->setVisible(fitting != nullptr);
   if (fitting == nullptr) return;
   const std::optional<TServerVersion> version = ServerVersionOf(*app_->connections.target);
-  lbAdvice_->setText(ToQt(version ? Format(kAdvice, version->Text()) : std::string()));
-  bnAdvice_->setText(ToQt(Format(kAdviceButton, LowerText(fitting->caption))));
+  lbAdvice_->setText(version ? TText::tr("This server is %1.").arg(ToQt(version->Text())) : QString());
+  bnAdvice_->setText(TText::tr("Analyze in the %1").arg(ToQt(LowerText(fitting->caption))));
 }
 
 // --- The script

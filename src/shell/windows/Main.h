@@ -228,7 +228,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   void FollowTree(bool follows);  // whether the tree of actions shows those of the task
   void ForgetTree();              // what it shows is of a former pair
   void TakeDifferences();         // of the comparison that has just ended
-  void SetTreeHint(const std::string& hint);
+  void SetTreeHint(const QString& hint);
   void Tick(const std::vector<std::size_t>& places, bool on);
   void DeleteDifferences();
   void Decide(const std::function<bool()>& decision);  // which tells whether it changed anything; the script follows

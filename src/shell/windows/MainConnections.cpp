@@ -8,15 +8,13 @@
 #include "app/SideNames.h"
 #include "shell/widgets/MarkBar.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/windows/Main.h"
 #include "shell/windows/TaskMarksDialog.h"
 
 namespace velmora {
 
 namespace {
-
-constexpr char kSwapHint[] = "The target becomes the reference, and the reference the target";
-constexpr char kMarksHint[] = "The marks are kept when the task is saved.";
 
 QString Upper(QString text) {
   if (!text.isEmpty()) text[0] = text[0].toUpper();
@@ -30,14 +28,15 @@ void TfmMain::ShowSides(bool active) {
   QAction* swap = Command("acSwapSides");
   const std::string obstacle = active ? SwapObstacle(*app_->connections.reference) : std::string();
   swap->setEnabled(active && obstacle.empty());
-  swap->setToolTip(obstacle.empty() ? QLatin1String(kSwapHint) : ToQt(obstacle));
+  swap->setToolTip(obstacle.empty() ? TText::tr("The target becomes the reference, and the reference the target")
+                                    : ToQt(obstacle));
   ShowServers(active);
 }
 
 void TfmMain::ShowServers(bool active) {
   if (!active) servers_.clear();
-  const auto tell = [active](QLabel* label, const char* pattern, const QString& text) {
-    label->setText(QString::fromLatin1(pattern).arg(text));
+  const auto tell = [active](QLabel* label, const QString& pattern, const QString& text) {
+    label->setText(pattern.arg(text));
     label->setVisible(active && !text.isEmpty());
   };
   const auto server = [this, active](const std::unique_ptr<TDBConn>& conn) {
@@ -45,8 +44,8 @@ void TfmMain::ShowServers(bool active) {
     if (!servers_.contains(conn.get())) servers_[conn.get()] = ServerText(*conn);
     return ToQt(servers_[conn.get()]);
   };
-  tell(sbReference_, "Reference: %1", server(app_->connections.reference));
-  tell(sbTarget_, "Target: %1", server(app_->connections.target));
+  tell(sbReference_, TText::tr("Reference: %1"), server(app_->connections.reference));
+  tell(sbTarget_, TText::tr("Target: %1"), server(app_->connections.target));
   ShowDialect();
 }
 
@@ -54,13 +53,13 @@ void TfmMain::ShowServers(bool active) {
 void TfmMain::ShowMarks(bool active) {
   const ETaskColour colour = active ? task_->Marks.colour : ETaskColour::None;
   const QString target = active ? Upper(ToQt(SideName(*app_->connections.target))) : QString();
-  barMark_->Mark(colour, QStringLiteral("Target: ") + target);
+  barMark_->Mark(colour, TText::tr("Target: %1").arg(target));
 }
 
 void TfmMain::acTaskMarks() {
   if (!TfmTaskMarks(this).Edit(task_->Marks)) return;
   ShowMarks(true);
-  statusBar()->showMessage(QLatin1String(kMarksHint));
+  statusBar()->showMessage(TText::tr("The marks are kept when the task is saved."));
 }
 
 // Marks stay: nobody is to reach a database unasked because the sides have changed places.

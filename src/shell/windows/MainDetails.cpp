@@ -8,14 +8,15 @@
 #include "shell/widgets/DiffView.h"
 #include "shell/widgets/Headings.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/windows/Main.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr char kReferenceCaption[] = " &Reference: ";
-constexpr char kTargetCaption[] = " Tar&get: ";
+constexpr TText kReferenceCaption = Fixed(" &Reference: ");
+constexpr TText kTargetCaption = Fixed(" Tar&get: ");
 
 // Two halves side by side: the first gets half of the width, rounded down. Placed without a layout, which would not let
 // the window become narrower than a width once given to the first half.
@@ -56,10 +57,10 @@ QWidget* Half(const char* name, TSqlEdit* edit, QLabel* heading) {
 }
 
 // A "&" in the name is none that underlines what follows. A name that is too long for its half is read in the hint.
-void ShowHeading(QLabel& heading, const char* caption, TDBConn& conn) {
+void ShowHeading(QLabel& heading, const QString& caption, TDBConn& conn) {
   std::string name;
   conn.GetDisplayName(name);
-  heading.setText(QLatin1String(caption) + ToQt(name).replace(QLatin1Char('&'), QLatin1String("&&")));
+  heading.setText(caption + ToQt(name).replace(QLatin1Char('&'), QLatin1String("&&")));
   heading.setToolTip(ToQt(name).toHtmlEscaped());
 }
 

@@ -19,6 +19,7 @@
 #include "shell/widgets/Icons.h"
 #include "shell/widgets/MarkBar.h"
 #include "shell/widgets/Named.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/windows/Commands.h"
 #include "shell/windows/Main.h"
@@ -30,8 +31,8 @@ namespace {
 
 constexpr int kTreeWidth = 300;
 constexpr int kDetailsWidth = 700;
-constexpr char kNoTask[] = "Please create new or open sync task.";
-constexpr char kIdentical[] = "Databases are identical. Nothing to synchronize.";
+constexpr TText kNoTask = Fixed("Please create new or open sync task.");
+constexpr TText kIdentical = Fixed("Databases are identical. Nothing to synchronize.");
 
 QVBoxLayout* Column(QWidget* widget) {
   auto* column = new QVBoxLayout(widget);
@@ -40,8 +41,8 @@ QVBoxLayout* Column(QWidget* widget) {
   return column;
 }
 
-QLabel* BoldLabel(const char* name, const char* text) {
-  QLabel* label = Named(new QLabel(QLatin1String(text)), name);
+QLabel* BoldLabel(const char* name, const QString& text) {
+  QLabel* label = Named(new QLabel(text), name);
   QFont font = label->font();
   font.setBold(true);
   label->setFont(font);
@@ -66,11 +67,11 @@ void TfmMain::OnCommand(QAction* command, std::function<void()> handler) {
 
 void TfmMain::MakeCommands() {
   for (const TCommand& command : velmora::Commands()) {
-    auto* action = Named(new QAction(QLatin1String(command.caption), this), command.name);
+    auto* action = Named(new QAction(command.caption, this), command.name);
     action->setMenuRole(QAction::NoRole);
     if (command.shortcut != nullptr) action->setShortcut(QKeySequence(QLatin1String(command.shortcut)));
     if (command.icon != nullptr) action->setIcon(Icon(QLatin1String(command.icon)));
-    const QString hint = QLatin1String(command.hint != nullptr ? command.hint : command.caption);
+    const QString hint = command.hint.Empty() ? command.caption : command.hint;
     const QString keys = action->shortcut().toString(QKeySequence::NativeText);
     action->setToolTip(keys.isEmpty() ? hint : QStringLiteral("%1 (%2)").arg(hint, keys));
     if (const auto handler = command.handler; handler != nullptr)
@@ -119,38 +120,38 @@ void TfmMain::MakeExtras() {
 
 void TfmMain::MakeMenus() {
   QMenuBar* menus = Named(menuBar(), "mainMenu");
-  menus->setAccessibleName(QStringLiteral("Main Menu"));
-  const auto menu = [menus](const char* caption) { return menus->addMenu(QLatin1String(caption)); };
+  menus->setAccessibleName(Fixed("Main Menu"));
+  const auto menu = [menus](const QString& caption) { return menus->addMenu(caption); };
 
-  QMenu* files = menu("&Files");
+  QMenu* files = menu(Fixed("&Files"));
   AddCommands(*files, {"acNewTask", "acOpenTask", nullptr, "acSaveTask", "acSaveTaskAs", "acCloseTask", nullptr});
   for (QAction* recent : acRecent_) files->addAction(recent);
   AddCommands(*files, {nullptr, "acExit"});
-  AddCommands(*menu("&Script"), {"acLoadScriptFromFile", "acSaveScriptToFile"});
-  AddCommands(*menu("&Actions"), {"acDelAction", "acUndoTick", "acRedoTick", nullptr, "acNextDifference",
-                                  "acPreviousDifference", "acNextPlace", "acPreviousPlace", "acFilterActions",
-                                  "acFollow", "acRename", "acMapColumn", nullptr, "acSynchronize"});
-  QMenu* tools = menu("&Tools");
+  AddCommands(*menu(Fixed("&Script")), {"acLoadScriptFromFile", "acSaveScriptToFile"});
+  AddCommands(*menu(Fixed("&Actions")), {"acDelAction", "acUndoTick", "acRedoTick", nullptr, "acNextDifference",
+                                         "acPreviousDifference", "acNextPlace", "acPreviousPlace", "acFilterActions",
+                                         "acFollow", "acRename", "acMapColumn", nullptr, "acSynchronize"});
+  QMenu* tools = menu(Fixed("&Tools"));
   AddCommands(*tools, {"acCreateDB", "acDumpDB", nullptr, "acOptions"});
   tools->menuAction()->setVisible(false);  // Deliberate: its commands are reached by their shortcuts alone
-  QMenu* extras = menu("E&xtras");
+  QMenu* extras = menu(TText::tr("E&xtras"));
   for (const auto& [dialect, command] : acDialects_) extras->addAction(command);
   AddCommands(*extras, {nullptr, "acSwapSides", "acTaskMarks", "acComparison", "acMapping"});
   extras->setToolTipsVisible(true);  // which say why a command cannot be used
-  AddCommands(*menu("&Help"),
+  AddCommands(*menu(Fixed("&Help")),
               {"acHelp", "acInnoDBStatus", nullptr, "acVisitWeb", "acContactSupport", nullptr, "acAbout"});
 }
 
 void TfmMain::MakeBars() {
-  const auto bar = [this](const char* name, const char* title) {
-    QToolBar* made = Named(addToolBar(QLatin1String(title)), name);
+  const auto bar = [this](const char* name, const QString& title) {
+    QToolBar* made = Named(addToolBar(title), name);
     made->setMovable(false);
     made->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     return made;
   };
-  barButtons_ = bar("barButtons", "Button bar");
+  barButtons_ = bar("barButtons", Fixed("Button bar"));
   AddCommands(*barButtons_, {"acNewTask", nullptr, "acOpenTask", "acSaveTask", nullptr, "acExit"});
-  barAnalyze_ = bar("barAnalyze", "Second button bar");
+  barAnalyze_ = bar("barAnalyze", Fixed("Second button bar"));
   AddCommands(*barAnalyze_, {"acAnalyze", nullptr, "acDelAction", nullptr, "acSynchronize"});
 }
 
@@ -179,7 +180,7 @@ void TfmMain::MakeWorkArea() {
 
   lbEqual_ = BoldLabel("lbEqual", kIdentical);
   page_ = Named(new QTabWidget, "page");
-  page_->setAccessibleName(QStringLiteral("Differences, messages, script"));
+  page_->setAccessibleName(TText::tr("Differences, messages, script"));
   page_->setDocumentMode(true);
   QVBoxLayout* work = Column(panMain_);
   work->addWidget(lbEqual_, 1);
@@ -191,22 +192,22 @@ void TfmMain::MakeWorkArea() {
   splitter_->setStretchFactor(1, 1);
   splitter_->setChildrenCollapsible(false);
   splitter_->setSizes({kTreeWidth, kDetailsWidth});
-  const auto tab = [this](const char* name, const char* caption, QWidget* content) {
+  const auto tab = [this](const char* name, const QString& caption, QWidget* content) {
     auto* widget = Named(new QWidget, name);
     Column(widget)->addWidget(content);
-    page_->addTab(widget, QLatin1String(caption));
+    page_->addTab(widget, caption);
     return widget;
   };
-  tsActions_ = tab("tsActions", "Differences", splitter_);
+  tsActions_ = tab("tsActions", Fixed("Differences"), splitter_);
   mLog_ = Named(new QPlainTextEdit, "mLog");
-  mLog_->setAccessibleName(QStringLiteral("Messages"));
+  mLog_->setAccessibleName(Fixed("Messages"));
   mLog_->setReadOnly(true);
   mLog_->setLineWrapMode(QPlainTextEdit::NoWrap);
-  tsMessages_ = tab("tsMessages", "Messages", mLog_);
+  tsMessages_ = tab("tsMessages", Fixed("Messages"), mLog_);
   mScript_ = Named(new TSqlEdit, "mScript");
-  mScript_->setAccessibleName(QStringLiteral("SQL Sync Script"));
-  tsScript_ = tab("tsScript", "SQL Sync Script", mScript_);
-  tsRun_ = tab("tsRun", "Run", MakeRunView());
+  mScript_->setAccessibleName(Fixed("SQL Sync Script"));
+  tsScript_ = tab("tsScript", Fixed("SQL Sync Script"), mScript_);
+  tsRun_ = tab("tsRun", TText::tr("Run", "page"), MakeRunView());
   ShowRunPage(false);
 
   barFind_ = new TFindBar;
@@ -245,17 +246,17 @@ QWidget* TfmMain::MakeEmptyState() {
 }
 
 void TfmMain::MakeStatusBar() {
-  const auto part = [this](QLabel* label, const char* name, const char* what) {
-    Named(label, name)->setAccessibleDescription(QLatin1String(what));
-    label->setToolTip(QLatin1String(what));
+  const auto part = [this](QLabel* label, const char* name, const QString& what) {
+    Named(label, name)->setAccessibleDescription(what);
+    label->setToolTip(what);
     label->setTextFormat(Qt::PlainText);
     label->hide();
     statusBar()->addPermanentWidget(label);
     return label;
   };
-  sbReference_ = part(new QLabel, "sbReference", "Server of the reference");
-  sbTarget_ = part(new QLabel, "sbTarget", "Server of the target");
-  sbDialect_ = part(new TElidedLabel, "sbDialect", "How the databases are compared");
+  sbReference_ = part(new QLabel, "sbReference", TText::tr("Server of the reference"));
+  sbTarget_ = part(new QLabel, "sbTarget", TText::tr("Server of the target"));
+  sbDialect_ = part(new TElidedLabel, "sbDialect", TText::tr("How the databases are compared"));
   // Why this dialect was chosen gives way to what there is to tell.
   connect(statusBar(), &QStatusBar::messageChanged, sbDialect_, [this](const QString& text) {
     sbDialect_->setMaximumWidth(text.isEmpty() ? QWIDGETSIZE_MAX : sbDialect_->minimumSizeHint().width());
@@ -268,7 +269,7 @@ QWidget* TfmMain::MakeTreePanel() {
   QVBoxLayout* column = Column(panel);
   pnDifferences_ = new TDifferenceTree;
   pnDifferences_->hide();
-  pnActionsH_ = NewHeading("pnActionsH", " &Sync actions", tlActions_);
+  pnActionsH_ = NewHeading("pnActionsH", Fixed(" &Sync actions"), tlActions_);
   column->addWidget(pnActionsH_);
   column->addWidget(tlActions_, 1);
   column->addWidget(pnDifferences_, 1);

@@ -11,32 +11,22 @@
 #include "app/MappingDraft.h"
 #include "foreign/FactReaders.h"
 #include "shell/widgets/Named.h"
+#include "shell/widgets/Text.h"
 #include "shell/windows/ComparisonDialog.h"
 #include "shell/windows/Main.h"
 #include "shell/windows/MappingDialog.h"
-#include "util/Counted.h"
 #include "util/Errors.h"
 #include "util/Format.h"
-#include "util/Text.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr char kMappingHint[] =
-    "What the columns of the reference become in MySQL, your own rules, and what is accepted without a form there";
-constexpr char kOptionsHint[] = "What is compared, and how it is written: definers and more";
-constexpr char kNotExact[] = "For the automatic or the exact dialect";
-constexpr char kNotForeign[] = "For a reference that is not MySQL, in the automatic or the exact dialect";
-constexpr char kNothingOffered[] = "Nothing that is new may be what the focused action is about";
-constexpr char kRenameCaption[] = "Rename instead";
-constexpr char kOffered[] = "Rename %s to %s instead (score %.1f)";
-constexpr char kTakeBack[] = "Do not rename %s to %s";
-constexpr char kUnmade[] =
-    "No form in MySQL: %s of the reference. The databases are not identical before that is accepted.";
-constexpr char kNotThere[] = "The reference has no column %s";
-constexpr char kAccepted[] = "Accepted: %s without a form in MySQL";
-constexpr char kLater[] = "This is kept when the task is saved. Press F9 to analyze.";
+constexpr TText kMappingHint = TText::Later(
+    "What the columns of the reference become in MySQL, your own rules, and what is accepted without a form there");
+constexpr TText kOptionsHint = TText::Later("What is compared, and how it is written: definers and more");
+constexpr TText kNotExact = TText::Later("For the automatic or the exact dialect");
+constexpr TText kNotForeign = TText::Later("For a reference that is not MySQL, in the automatic or the exact dialect");
 
 // A column's table may go by either of its names.
 void TakeBack(const TRename& rename, std::vector<TRename>& renames) {
@@ -55,7 +45,7 @@ void TakeBack(const TRename& rename, std::vector<TRename>& renames) {
 
 QWidget* TfmMain::MakeUnmadeBar() {
   lbUnmade_ = Named(new QLabel, "lbUnmade");
-  auto* show = Named(new QPushButton(ToQt("Show and accept...")), "bnUnmade");
+  auto* show = Named(new QPushButton(TText::tr("Show and accept...")), "bnUnmade");
   barUnmade_ = MakeBar("barUnmade", lbUnmade_, show, [this] { EditMapping(EMappingPage::Unmade); });
   return barUnmade_;
 }
@@ -92,24 +82,27 @@ TExactWishes TfmMain::ExactOptionsOfTask() const {
 void TfmMain::ShowMapping() {
   const bool options = active_ && app_->Dialect().Traits().has_options;
   Command("acComparison")->setEnabled(options);
-  Command("acComparison")->setToolTip(QLatin1String(options ? kOptionsHint : kNotExact));
+  Command("acComparison")->setToolTip(options ? kOptionsHint : kNotExact);
   Command("acRename")->setVisible(options);
   ShowRename();
   const bool maps = MapsReference();
   QAction* mapping = Command("acMapping");
   mapping->setEnabled(maps);
-  mapping->setToolTip(QLatin1String(maps ? kMappingHint : kNotForeign));
+  mapping->setToolTip(maps ? kMappingHint : kNotForeign);
   Command("acMapColumn")->setVisible(maps);
   Command("acMapColumn")->setEnabled(maps && FocusedColumn() != nullptr);
 }
 
 void TfmMain::ShowUnmade() {
   const TFindings found = app_->Dialect().Findings();
-  lbUnmade_->setText(ToQt(Format(kUnmade, Counted(found.unmade.size(), "element"))));
+  lbUnmade_->setText(TText::Counted(
+      "No form in MySQL: %n element(s) of the reference. The databases are not identical before that is accepted.",
+      nullptr, found.unmade.size()));
   barUnmade_->setVisible(!found.unmade.empty());
   // Where all is equal the messages are out of sight.
   if (!found.accepted.empty() && app_->Dialect().Identical())
-    statusBar()->showMessage(ToQt(Format(kAccepted, Counted(found.accepted.size(), "element"))));
+    statusBar()->showMessage(
+        TText::Counted("Accepted: %n element(s) without a form in MySQL", nullptr, found.accepted.size()));
 }
 
 // --- What the user changes
@@ -126,7 +119,7 @@ void TfmMain::acMapColumn() {
   if (focused == nullptr) RaiseError(kNothingFocused);
   TMappingDraft draft(Wishes(), app_->Dialect().Findings());
   const TMadeColumn* column = draft.Find(focused->table, focused->item);
-  if (column == nullptr) RaiseError(Format(kNotThere, focused->item));
+  if (column == nullptr) RaiseError(FromQt(TText::tr("The reference has no column %1").arg(ToQt(focused->item))));
   if (TfmMapping::MapColumn(draft, *column, this)) TakeWishes(draft.Wishes());
 }
 
@@ -134,21 +127,23 @@ void TfmMain::ShowRename() {
   const TDifference* focused = FocusedAction();
   const bool offered = focused != nullptr && !focused->rename.empty();
   const bool done = focused != nullptr && !focused->renamed.empty();
-  std::string caption = kRenameCaption;
+  QString caption = TText::tr("Rename instead");
   if (offered) {
     const TRename rename = ReadRename(focused->rename);
-    caption = Format(kOffered, rename.from, rename.to, focused->score);
+    caption = TText::tr("Rename %1 to %2 instead (score %3)")
+                  .arg(ToQt(rename.from), ToQt(rename.to), ToQt(Format("%.1f", focused->score)));
   } else if (done) {
     const TRename rename = ReadRename(focused->renamed);
-    caption = Format(kTakeBack, rename.from, rename.to);
+    caption = TText::tr("Do not rename %1 to %2").arg(ToQt(rename.from), ToQt(rename.to));
   }
-  Command("acRename")->setText(ToQt(StrReplace(caption, "&", "&&")));
+  Command("acRename")->setText(caption.replace(QLatin1Char('&'), QLatin1String("&&")));
   Command("acRename")->setEnabled(offered || done);
 }
 
 void TfmMain::acRename() {
   const TDifference* focused = FocusedAction();
-  if (focused == nullptr || (focused->rename + focused->renamed).empty()) RaiseError(kNothingOffered);
+  if (focused == nullptr || (focused->rename + focused->renamed).empty())
+    RaiseError(FromQt(TText::tr("Nothing that is new may be what the focused action is about")));
   const std::string asked = focused->rename;
   TExactWishes wishes = ReadExactWishes(task_->Exact);
   if (asked.empty())
@@ -183,7 +178,7 @@ void TfmMain::WishesChanged(bool compared) {
   task_->TaskIsUnsaved = true;
   statusBar()->clearMessage();
   if (compared && MayLoseScript()) return Analyze();
-  statusBar()->showMessage(QLatin1String(kLater));
+  statusBar()->showMessage(TText::tr("This is kept when the task is saved. Press F9 to analyze."));
 }
 
 }  // namespace velmora

@@ -7,32 +7,26 @@
 #include "app/SideNames.h"
 #include "core/Host.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/windows/Main.h"
 #include "shell/windows/RunQuestion.h"
-#include "util/Counted.h"
-#include "util/Format.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr char kRunQuestion[] = "Run %s on %s?";
-constexpr char kUnsafeQuestion[] = "\n\n%s of this script can lose data:";
-constexpr char kSafeScript[] = "\n\nNothing in it was found to lose data.";
-constexpr char kPerhapsRenamed[] =
-    "\n\nPerhaps renamed only; \"Rename ... instead\" in the context menu keeps the values:";
-constexpr char kRowsQuestion[] = "Rows of the target stand in the way of the script, or could not be checked:";
 constexpr int kRowCheckSeconds = 30;  // for each question
 constexpr std::size_t kListedUnsafe = 12;
 constexpr qsizetype kUnsafeLetters = 200;
 
 // As many lines as a question has room for.
-std::string Listing(const TStringList& lines) {
-  std::string text;
+QString Listing(const TStringList& lines) {
+  QString text;
   for (std::size_t i = 0; i < std::min(lines.size(), kListedUnsafe); ++i)
-    text += "\n- " + FromQt(Shortened(ToQt(lines[i]), kUnsafeLetters));
-  if (lines.size() > kListedUnsafe) text += Format("\n(and %d more)", lines.size() - kListedUnsafe);
+    text += QLatin1String("\n- ") + Shortened(ToQt(lines[i]), kUnsafeLetters);
+  if (lines.size() > kListedUnsafe)
+    text += QLatin1Char('\n') + TText::tr("(and %1 more)").arg(lines.size() - kListedUnsafe);
   return text;
 }
 
@@ -49,15 +43,19 @@ bool TfmMain::MayRun(const std::string& script) {
   const bool generated = ScriptOf() == EScriptOf::Analysis || ScriptOf() == EScriptOf::Nobody;
   if (!always && !marks.confirm_database && unsafe.empty() && generated) return true;
   TDBConn& target = *app_->connections.target;
-  const std::string statements = Counted(dialect.Statements(script).statements.size(), "statement");
-  TRunQuestion question{Format(kRunQuestion, statements, SideName(target)), {}, marks, DatabaseName(target)};
+  const QString text =
+      TText::Counted("Run %n statement(s) on %1?", nullptr, dialect.Statements(script).statements.size());
+  QStringList details = {QString()};
   if (!unsafe.empty())
-    question.details = Format(kUnsafeQuestion, Counted(unsafe.size(), "change")) + Listing(unsafe);
+    details << TText::Counted("%n change(s) of this script can lose data:", nullptr, unsafe.size()) + Listing(unsafe);
   else if (always)
-    question.details = kSafeScript;
+    details << TText::tr("Nothing in it was found to lose data.");
   if (const TStringList renames = UntakenRenames(); !renames.empty() && ScriptOf() == EScriptOf::Analysis)
-    question.details += kPerhapsRenamed + Listing(renames);
-  return MayRunAfter(question, this);
+    details << TText::tr("Perhaps renamed only; \"Rename ... instead\" in the context menu keeps the values:") +
+                   Listing(renames);
+  const QString gap = QStringLiteral("\n\n");
+  return MayRunAfter({FromQt(text.arg(ToQt(SideName(target)))), FromQt(details.join(gap)), marks, DatabaseName(target)},
+                     this);
 }
 
 // What comes new by the script beside something that may be the same under another name.
@@ -68,7 +66,7 @@ TStringList TfmMain::UntakenRenames() const {
     if (difference.rename.empty() || difference.state != EDifferenceState::New || !differences_->Ticked(place))
       continue;
     const TRename rename = ReadRename(difference.rename);
-    lines.push_back(Format("%s to %s", rename.Place(), rename.to));
+    lines.push_back(FromQt(TText::tr("%1 to %2", "a rename").arg(ToQt(rename.Place()), ToQt(rename.to))));
   }
   return lines;
 }
@@ -76,7 +74,9 @@ TStringList TfmMain::UntakenRenames() const {
 bool TfmMain::RowsAllow() {
   TStringList lines;
   for (const TRowFinding& finding : app_->Dialect().CheckRows(kRowCheckSeconds)) lines.push_back(finding.text);
-  return lines.empty() || ConfirmYes(kRowsQuestion + Listing(lines) + "\n\nRun the script nevertheless?");
+  if (lines.empty()) return true;
+  const QString found = TText::tr("Rows of the target stand in the way of the script, or could not be checked:");
+  return ConfirmYes(FromQt(found + Listing(lines) + QLatin1String("\n\n") + TText::tr("Run the script nevertheless?")));
 }
 
 }  // namespace velmora

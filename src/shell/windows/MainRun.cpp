@@ -12,6 +12,7 @@
 #include "shell/widgets/Named.h"
 #include "shell/widgets/QtText.h"
 #include "shell/widgets/RunView.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/WindowLog.h"
 #include "shell/windows/Main.h"
 #include "shell/windows/Progress.h"
@@ -25,9 +26,7 @@ namespace velmora {
 
 namespace {
 
-constexpr char kReportFilter[] = "Text file|*.txt";
-constexpr char kOtherScript[] = "The script is no longer the one that ran.";
-constexpr char kNothingRan[] = "Nothing was run.";
+constexpr TText kNothingRan = TText::Later("Nothing was run.");
 constexpr char kCancelled[] = "Cancelled";
 constexpr char kTargetLost[] = "The connection to the target, %s, is lost: %s";
 
@@ -40,7 +39,7 @@ QWidget* TfmMain::MakeRunView() {
   vRun_->OnGoTo = [this](std::size_t start) { GoToStatement(start); };
   vRun_->OnSave = [](const std::string& text) {
     std::string path;
-    if (Host().SaveFile(kReportFilter, path)) WriteFileText(path, text);
+    if (Host().SaveFile(FromQt(TText::tr("Text file")) + "|*.txt", path)) WriteFileText(path, text);
   };
   return vRun_;
 }
@@ -77,10 +76,10 @@ void TfmMain::TellWaiting(const std::string& text) {
 
 void TfmMain::TellMoved(const std::string& text) {
   TooLateToCancel();
-  vRun_->SetHeading(kNothingRan);
+  vRun_->SetHeading(FromQt(kNothingRan));
   vRun_->Tell({text});
   log_->LogLine(text);
-  statusBar()->showMessage(QLatin1String(kNothingRan));
+  statusBar()->showMessage(kNothingRan);
 }
 
 // What a run has reached, by the comparison after it. It stays in view beside the word that all is equal.
@@ -106,7 +105,7 @@ void TfmMain::TellReached() {
 
 void TfmMain::GoToStatement(std::size_t start) {
   if (script_->Text() != vRun_->Script()) {
-    statusBar()->showMessage(QLatin1String(kOtherScript));
+    statusBar()->showMessage(TText::tr("The script is no longer the one that ran."));
     return;
   }
   page_->setCurrentWidget(tsScript_);

@@ -9,10 +9,10 @@
 #include "app/OptionMeanings.h"
 #include "mysqltext/Lexer.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/windows/Main.h"
 #include "util/Errors.h"
-#include "util/Format.h"
 
 namespace velmora {
 
@@ -121,9 +121,9 @@ void TfmMain::TakeDifferences() {
   pnDifferences_->Reload();
 }
 
-void TfmMain::SetTreeHint(const std::string& hint) {
-  tlActions_->SetHint(ToQt(hint));
-  pnDifferences_->SetHint(ToQt(hint));
+void TfmMain::SetTreeHint(const QString& hint) {
+  tlActions_->SetHint(hint);
+  pnDifferences_->SetHint(hint);
 }
 
 void TfmMain::UpdateTree() {
@@ -189,8 +189,8 @@ void TfmMain::acRedoTick() {
 void TfmMain::GoToDifference(bool forward) {
   page_->setCurrentWidget(tsActions_);
   if (pnDifferences_->Step(forward)) return statusBar()->clearMessage();
-  statusBar()->showMessage(forward ? QStringLiteral("There is no further difference.")
-                                   : QStringLiteral("There is no difference before this one."));
+  statusBar()->showMessage(forward ? TText::tr("There is no further difference.")
+                                   : TText::tr("There is no difference before this one."));
 }
 
 void TfmMain::acNextDifference() { GoToDifference(true); }
@@ -217,9 +217,10 @@ void TfmMain::FollowAction() {
   const std::vector<TPlannedStatement> planned = app_->Dialect().Planned(script);
   const auto statement = std::ranges::find_if(planned, [&](const auto& s) { return Serves(s, difference.id); });
   if (!differences_->Ticked(*place) || statement == planned.end()) {
-    const char* why = differences_->Ticked(*place) ? "The script does not hold the planned statement of: %s"
-                                                   : "Not ticked, so the script does not make it: %s";
-    return statusBar()->showMessage(ToQt(Format(why, difference.text)));
+    const QString why = differences_->Ticked(*place)
+                            ? TText::tr("The script does not hold the planned statement of: %1")
+                            : TText::tr("Not ticked, so the script does not make it: %1");
+    return statusBar()->showMessage(why.arg(ToQt(difference.text)));
   }
   statusBar()->clearMessage();
   page_->setCurrentWidget(tsScript_);

@@ -9,15 +9,16 @@
 #include <QPushButton>
 
 #include "shell/widgets/Named.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr char kPurpose[] =
+constexpr TText kPurpose = TText::Later(
     "For a column (orders.total), for a type of the source with its size (number(10,2)), or for a type (number). The "
-    "nearest one decides.";
+    "nearest one decides.");
 constexpr int kLetters = 40;  // that the fields have room for
 
 }  // namespace
@@ -25,13 +26,13 @@ constexpr int kLetters = 40;  // that the fields have room for
 TfmMapRule::TfmMapRule(QWidget* parent)
     : QDialog(parent), what_(Named(new QComboBox, "cWhat")), type_(Named(new QLineEdit, "edType")) {
   setObjectName(ToQt("fmMapRule"));
-  setWindowTitle(ToQt("Rule of the mapping"));
+  setWindowTitle(TText::tr("Rule of the mapping"));
   what_->setEditable(true);
   what_->setInsertPolicy(QComboBox::NoInsert);
   what_->setCompleter(nullptr);  // which would change the case of what is typed
   what_->setMinimumContentsLength(kLetters);
-  type_->setPlaceholderText(ToQt("decimal(12,2)"));
-  auto* purpose = new QLabel(ToQt(kPurpose));
+  type_->setPlaceholderText(QStringLiteral("decimal(12,2)"));
+  auto* purpose = new QLabel(kPurpose);
   purpose->setWordWrap(true);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   QPushButton* ok = Named(buttons->button(QDialogButtonBox::Ok), "butOK");
@@ -45,8 +46,8 @@ TfmMapRule::TfmMapRule(QWidget* parent)
 
   auto* form = new QFormLayout(this);
   form->addRow(purpose);
-  form->addRow(ToQt("&In the source"), what_);
-  form->addRow(ToQt("&Type of MySQL's"), type_);
+  form->addRow(TText::tr("&In the source"), what_);
+  form->addRow(TText::tr("&Type of MySQL's"), type_);
   form->addRow(buttons);
 }
 

@@ -18,6 +18,7 @@
 
 #include "shell/widgets/MappingModel.h"
 #include "shell/widgets/Named.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/windows/MapRuleDialog.h"
 
@@ -25,37 +26,40 @@ namespace velmora {
 
 namespace {
 
-constexpr char kNotCompared[] = "Nothing was compared yet: F9 in the main window shows what the columns become.";
-constexpr char kUnmadeText[] =
+constexpr TText kNotCompared =
+    TText::Later("Nothing was compared yet: F9 in the main window shows what the columns become.");
+constexpr TText kUnmadeText = TText::Later(
     "What the reference has and MySQL has no form for. As long as any of it is not accepted, the databases are not "
-    "identical; what is accepted stays in the target as it is.";
-constexpr char kRulesText[] = "Your own types come before the usual ones.";
-constexpr char kKept[] = "Kept when the task is saved. OK compares again what was compared.";
+    "identical; what is accepted stays in the target as it is.");
+constexpr TText kRulesText = TText::Later("Your own types come before the usual ones.");
+constexpr TText kKept = TText::Later("Kept when the task is saved. OK compares again what was compared.");
 constexpr QSize kSize(790, 520);
 constexpr int kCellLetters = 36;  // of a column that its contents would make wider
 
 struct TSwitch {
   const char* name;
-  const char* caption;
+  TText caption;
   bool TForeignWishes::*member;
 };
 constexpr TSwitch kSwitches[] = {
-    {"chkWholeNumbers", "Decimals &without digits behind the point become integers", &TForeignWishes::whole_numbers},
-    {"chkStrictTypes", "&Strict types: one that holds more than the source's is a difference, too",
+    {"chkWholeNumbers", TText::Later("Decimals &without digits behind the point become integers"),
+     &TForeignWishes::whole_numbers},
+    {"chkStrictTypes", TText::Later("&Strict types: one that holds more than the source's is a difference, too"),
      &TForeignWishes::strict_types},
-    {"chkAcceptTimestamp", "ti&mestamp may stand for datetime, though it ends in 2038",
+    {"chkAcceptTimestamp", TText::Later("ti&mestamp may stand for datetime, though it ends in 2038"),
      &TForeignWishes::accept_timestamp},
-    {"chkDropObsolete", "&Drop tables that the target alone has (unsafe)", &TForeignWishes::drop_obsolete}};
+    {"chkDropObsolete", TText::Later("&Drop tables that the target alone has (unsafe)"),
+     &TForeignWishes::drop_obsolete}};
 
-QLabel* Paragraph(const char* text) {
-  auto* label = new QLabel(ToQt(text));
+QLabel* Paragraph(const QString& text) {
+  auto* label = new QLabel(text);
   label->setWordWrap(true);
   return label;
 }
 
-QTreeWidget* List(const char* name, const char* spoken, const QStringList& headings) {
+QTreeWidget* List(const char* name, const QString& spoken, const QStringList& headings) {
   auto* list = Named(new QTreeWidget, name);
-  list->setAccessibleName(ToQt(spoken));
+  list->setAccessibleName(spoken);
   list->setHeaderLabels(headings);
   list->setRootIsDecorated(false);
   list->setUniformRowHeights(true);
@@ -83,12 +87,12 @@ TfmMapping::TfmMapping(const TForeignWishes& wishes, const TFindings& found, QWi
       wishes_(before_),
       pages_(Named(new QTabWidget, "pages")) {
   setObjectName(ToQt("fmMapping"));
-  setWindowTitle(ToQt("Mapping"));
+  setWindowTitle(TText::tr("Mapping"));
   resize(kSize);
-  pages_->addTab(MakeColumns(), ToQt("Columns"));
-  pages_->addTab(MakeRules(), ToQt("Rules"));
-  pages_->addTab(MakeUnmade(), ToQt("No form in MySQL"));
-  pages_->addTab(MakeOptions(), ToQt("Options"));
+  pages_->addTab(MakeColumns(), TText::tr("Columns"));
+  pages_->addTab(MakeRules(), TText::tr("Rules"));
+  pages_->addTab(MakeUnmade(), TText::tr("No form in MySQL"));
+  pages_->addTab(MakeOptions(), TText::tr("Options"));
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   QPushButton* ok = Named(buttons->button(QDialogButtonBox::Ok), "butOK");
   QPushButton* cancel = Named(buttons->button(QDialogButtonBox::Cancel), "butCancel");
@@ -99,7 +103,7 @@ TfmMapping::TfmMapping(const TForeignWishes& wishes, const TFindings& found, QWi
   });
   Handle(cancel, &QPushButton::clicked, this, [this] { reject(); });
   auto* foot = new QHBoxLayout;
-  foot->addWidget(new QLabel(ToQt(kKept)), 1);
+  foot->addWidget(new QLabel(kKept), 1);
   foot->addWidget(buttons);
   auto* all = new QVBoxLayout(this);
   all->addWidget(pages_, 1);
@@ -114,8 +118,8 @@ bool TfmMapping::Edit(EMappingPage page) {
   return exec() == Accepted && wishes_ != before_;
 }
 
-QPushButton* TfmMapping::Button(const char* name, const char* caption, const std::function<void()>& click) {
-  auto* button = Named(new QPushButton(ToQt(caption)), name);
+QPushButton* TfmMapping::Button(const char* name, const QString& caption, const std::function<void()>& click) {
+  auto* button = Named(new QPushButton(caption), name);
   button->setAutoDefault(false);
   Handle(button, &QPushButton::clicked, this, click);
   return button;
@@ -125,15 +129,16 @@ QPushButton* TfmMapping::Button(const char* name, const char* caption, const std
 
 QWidget* TfmMapping::MakeColumns() {
   filter_ = Named(new QLineEdit, "edMappingFilter");
-  filter_->setPlaceholderText(ToQt("Filter"));
-  filter_->setAccessibleName(ToQt("Filter of the columns"));
+  filter_->setPlaceholderText(TText::tr("Filter"));
+  filter_->setAccessibleName(TText::tr("Filter of the columns"));
   filter_->setClearButtonEnabled(true);
   level_ = Named(new QComboBox, "cLevel");  // by EMappingShown
-  level_->addItems({ToQt("All"), ToQt("Warnings and refused"), ToQt("Refused"), ToQt("By your rules")});
-  level_->setAccessibleName(ToQt("Which columns are shown"));
+  level_->addItems(
+      {TText::tr("All"), TText::tr("Warnings and refused"), TText::tr("Refused"), TText::tr("By your rules")});
+  level_->setAccessibleName(TText::tr("Which columns are shown"));
   model_ = new TMappingModel(draft_, this);
   columns_ = Named(new QTableView, "tvColumns");
-  columns_->setAccessibleName(ToQt("Columns"));
+  columns_->setAccessibleName(TText::tr("Columns"));
   columns_->setModel(model_);
   columns_->setSelectionBehavior(QAbstractItemView::SelectRows);
   columns_->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -141,7 +146,7 @@ QWidget* TfmMapping::MakeColumns() {
   columns_->setTabKeyNavigation(false);
   columns_->verticalHeader()->hide();
   Fit(*columns_);
-  map_ = Button("bnMapTo", "&Map to...", [this] { MapCurrent(); });
+  map_ = Button("bnMapTo", TText::tr("&Map to..."), [this] { MapCurrent(); });
   auto* map = Named(new QAction(map_->text(), this), "acMapTo");
   Handle(map, &QAction::triggered, this, [this] { MapCurrent(); });
   columns_->addAction(map);
@@ -188,9 +193,10 @@ bool TfmMapping::MapColumn(TMappingDraft& draft, const TMadeColumn& column, QWid
 // --- Rules
 
 QWidget* TfmMapping::MakeRules() {
-  rules_ = List("twRules", "Rules", {ToQt("In the source"), ToQt("In MySQL"), ToQt("Decides for")});
-  change_ = Button("bnChangeRule", "&Change...", [this] { EditRule(CurrentRule()); });
-  remove_ = Button("bnRemoveRule", "&Remove", [this] { RemoveRule(); });
+  rules_ = List("twRules", TText::tr("Rules"),
+                {TText::tr("In the source"), TText::tr("In MySQL"), TText::tr("Decides for")});
+  change_ = Button("bnChangeRule", TText::tr("&Change..."), [this] { EditRule(CurrentRule()); });
+  remove_ = Button("bnRemoveRule", TText::tr("&Remove"), [this] { RemoveRule(); });
   Handle(rules_, &QTreeWidget::itemActivated, this, [this] { EditRule(CurrentRule()); });
   auto* remove = new QAction(this);
   remove->setShortcut(QKeySequence::Delete);
@@ -203,7 +209,7 @@ QWidget* TfmMapping::MakeRules() {
   rows->addWidget(Paragraph(kRulesText));
   rows->addWidget(rules_, 1);
   auto* foot = new QHBoxLayout;
-  foot->addWidget(Button("bnAddRule", "&Add...", [this] { EditRule(std::nullopt); }));
+  foot->addWidget(Button("bnAddRule", TText::tr("&Add..."), [this] { EditRule(std::nullopt); }));
   foot->addWidget(change_);
   foot->addWidget(remove_);
   foot->addStretch();
@@ -252,7 +258,8 @@ void TfmMapping::RemoveRule() {
 // --- What has no form in MySQL
 
 QWidget* TfmMapping::MakeUnmade() {
-  elements_ = List("twUnmade", "What has no form in MySQL", {ToQt("Accepted"), ToQt("Kind"), ToQt("Why")});
+  elements_ = List("twUnmade", TText::tr("What has no form in MySQL"),
+                   {TText::tr("Accepted"), TText::tr("Kind"), TText::tr("Why")});
   Handle(elements_, &QTreeWidget::itemChanged, this, [this] {
     const QSignalBlocker blocker(elements_);
     for (std::size_t i = 0; i < draft_.Elements().size(); ++i) {
@@ -268,7 +275,7 @@ QWidget* TfmMapping::MakeUnmade() {
   rows->addWidget(Paragraph(kUnmadeText));
   rows->addWidget(elements_, 1);
   auto* foot = new QHBoxLayout;
-  foot->addWidget(Button("bnAcceptAll", "Accept &all", [this] { AcceptAll(); }));
+  foot->addWidget(Button("bnAcceptAll", TText::tr("Accept &all"), [this] { AcceptAll(); }));
   foot->addStretch();
   rows->addLayout(foot);
   page->setFocusProxy(elements_);
@@ -292,7 +299,7 @@ void TfmMapping::ShowElements() {
   if (!made)
     for (int i = 0; i < elements_->columnCount(); ++i) elements_->resizeColumnToContents(i);
   if (!made && !all.empty()) elements_->setCurrentItem(elements_->topLevelItem(0));
-  const QString title = ToQt("No form in MySQL");
+  const QString title = TText::tr("No form in MySQL");
   pages_->setTabText(static_cast<int>(EMappingPage::Unmade),
                      open == 0 ? title : QStringLiteral("%1 (%2)").arg(title).arg(open));
 }
@@ -308,18 +315,18 @@ void TfmMapping::AcceptAll() {
 QWidget* TfmMapping::MakeOptions() {
   auto* page = new QWidget;
   auto* rows = new QVBoxLayout(page);
-  lower_ = Named(new QCheckBox(ToQt("Write all &names in lower case")), "chkLowerNames");
+  lower_ = Named(new QCheckBox(TText::tr("Write all &names in lower case")), "chkLowerNames");
   lower_->setChecked(before_.names == ENameCase::Lower);
   rows->addWidget(lower_);
   for (const TSwitch& row : kSwitches) {
-    auto* box = Named(new QCheckBox(ToQt(row.caption)), row.name);
+    auto* box = Named(new QCheckBox(row.caption), row.name);
     box->setChecked(before_.*row.member);
     rows->addWidget(box);
   }
   collation_ = Named(new QLineEdit(ToQt(before_.collation)), "edCollation");
-  collation_->setPlaceholderText(ToQt("the server's own of utf8mb4"));
+  collation_->setPlaceholderText(TText::tr("the server's own of utf8mb4"));
   auto* form = new QFormLayout;
-  form->addRow(ToQt("Colla&tion of new tables and columns"), collation_);
+  form->addRow(TText::tr("Colla&tion of new tables and columns"), collation_);
   rows->addLayout(form);
   rows->addStretch();
   page->setFocusProxy(lower_);

@@ -40,7 +40,7 @@ class TfmMapping final : public QDialog {
   QWidget* MakeRules();
   QWidget* MakeUnmade();
   QWidget* MakeOptions();
-  QPushButton* Button(const char* name, const char* caption, const std::function<void()>& click);
+  QPushButton* Button(const char* name, const QString& caption, const std::function<void()>& click);
 
   void ShowColumns();
   void ShowRules();

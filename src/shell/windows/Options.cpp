@@ -16,6 +16,7 @@
 #include <cstddef>
 
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 
 namespace velmora {
@@ -27,54 +28,56 @@ constexpr int kGeneral = 1;
 
 struct TSwitch {
   const char* name;
-  const char* caption;
+  TText caption;
   bool TOptions::*member;
   int column;
-  const char* hint;            // what it means where differences are ticked
-  const char* note = nullptr;  // stands below the box
+  TText hint;       // what it means where differences are ticked
+  TText note = {};  // stands below the box
 };
 
-constexpr char kFollowedBy[] = "In the exact dialect, which the automatic one chooses for the servers of today: ";
+constexpr TText kFollowedBy =
+    TText::Later("In the exact dialect, which the automatic one chooses for the servers of today: %1");
 
-constexpr char kObsoleteHint[] =
+constexpr TText kObsoleteHint = TText::Later(
     "what the target alone has of these is ticked as soon as it is found. Otherwise it stands in the list unticked, "
-    "and "
-    "the script leaves it where it is.";
+    "and the script leaves it where it is.");
 
 // In the order of their columns.
 constexpr TSwitch kSwitches[] = {
-    {"chkAllowTblTypeChg", "&Allow table type change", &TOptions::AllowTblTypeChg, kOptimization,
-     "a table's other engine is ticked as soon as it is found. Otherwise it stands in the list unticked."},
-    {"chkDropExtraColumns", "Drop obsolete &columns", &TOptions::DropExtraColumns, kOptimization, kObsoleteHint,
-     "(Be careful not to lose renamed columns)"},
-    {"chkDropExtraIndices", "Drop obsolete &indices", &TOptions::DropExtraIndices, kOptimization, kObsoleteHint},
-    {"chkDropExtraConstraints", "Drop obsolete co&nstraints", &TOptions::DropExtraConstraints, kOptimization,
+    {"chkAllowTblTypeChg", Fixed("&Allow table type change"), &TOptions::AllowTblTypeChg, kOptimization,
+     TText::Later(
+         "a table's other engine is ticked as soon as it is found. Otherwise it stands in the list unticked.")},
+    {"chkDropExtraColumns", Fixed("Drop obsolete &columns"), &TOptions::DropExtraColumns, kOptimization, kObsoleteHint,
+     Fixed("(Be careful not to lose renamed columns)")},
+    {"chkDropExtraIndices", Fixed("Drop obsolete &indices"), &TOptions::DropExtraIndices, kOptimization, kObsoleteHint},
+    {"chkDropExtraConstraints", Fixed("Drop obsolete co&nstraints"), &TOptions::DropExtraConstraints, kOptimization,
      kObsoleteHint},
-    {"chkDropExtraTables", "Drop obsolete &tables", &TOptions::DropExtraTables, kOptimization, kObsoleteHint},
-    {"chkSyncRunUnprompted", "&Run script without prompting", &TOptions::SyncRunUnprompted, kGeneral,
-     "a script of the analysis in which nothing loses data runs without a question. What may lose data, a text that "
-     "you have changed, and a task that asks for it are always asked about."},
-    {"chkScriptToClipboard", "Copy &script to clipboard", &TOptions::ScriptToClipboard, kGeneral,
-     "each script that the analysis makes is copied to the clipboard, too."},
-    {"chkUseBackticks", "Use &backticks", &TOptions::UseBackticks, kGeneral,
-     "names stand in backticks whatever this says, as no other form is safe for every name."},
-    {"chkVerboseLog", "&Verbose log", &TOptions::VerboseLog, kGeneral,
-     "the messages name what they otherwise count: what the patterns of Only and Except leave out, and what became of "
-     "each column of a source that is not MySQL."},
-    {"chkSelectSyncTables", "S&elect tables to sync", &TOptions::SelectSyncTables, kGeneral,
-     "the patterns of Only and Except (Extras > Comparison) hold. Otherwise all is compared."},
-    {"chkNoForeignKeyChecks", "&Disable foreign key checks", &TOptions::NoForeignKeyChecks, kGeneral,
-     "foreign keys are added without a look at the rows, as by --fast-foreign-keys: rows without a counterpart are "
-     "asked for by a query before."},
-    {"chkConnectOnStartup", "Connect on start&up", &TOptions::ConnectOnStartup, kGeneral,
-     "the latest task is opened and analyzed when the program starts."},
+    {"chkDropExtraTables", Fixed("Drop obsolete &tables"), &TOptions::DropExtraTables, kOptimization, kObsoleteHint},
+    {"chkSyncRunUnprompted", Fixed("&Run script without prompting"), &TOptions::SyncRunUnprompted, kGeneral,
+     TText::Later("a script of the analysis in which nothing loses data runs without a question. What may lose data, a "
+                  "text that you have changed, and a task that asks for it are always asked about.")},
+    {"chkScriptToClipboard", Fixed("Copy &script to clipboard"), &TOptions::ScriptToClipboard, kGeneral,
+     TText::Later("each script that the analysis makes is copied to the clipboard, too.")},
+    {"chkUseBackticks", Fixed("Use &backticks"), &TOptions::UseBackticks, kGeneral,
+     TText::Later("names stand in backticks whatever this says, as no other form is safe for every name.")},
+    {"chkVerboseLog", Fixed("&Verbose log"), &TOptions::VerboseLog, kGeneral,
+     TText::Later("the messages name what they otherwise count: what the patterns of Only and Except leave out, and "
+                  "what became of each column of a source that is not MySQL.")},
+    {"chkSelectSyncTables", Fixed("S&elect tables to sync"), &TOptions::SelectSyncTables, kGeneral,
+     TText::Later("the patterns of Only and Except (Extras > Comparison) hold. Otherwise all is compared.")},
+    {"chkNoForeignKeyChecks", Fixed("&Disable foreign key checks"), &TOptions::NoForeignKeyChecks, kGeneral,
+     TText::Later(
+         "foreign keys are added without a look at the rows, as by --fast-foreign-keys: rows without a counterpart are "
+         "asked for by a query before.")},
+    {"chkConnectOnStartup", Fixed("Connect on start&up"), &TOptions::ConnectOnStartup, kGeneral,
+     TText::Later("the latest task is opened and analyzed when the program starts.")},
 };
 
 constexpr int kMaxFontSize = 999;  // points
 
 // The note begins where the caption of the box above it does.
-QLabel* NoteBelow(const QCheckBox* box, const char* text) {
-  auto* note = new QLabel(ToQt(text));
+QLabel* NoteBelow(const QCheckBox* box, const QString& text) {
+  auto* note = new QLabel(text);
   const QStyle* style = box->style();
   note->setIndent(style->pixelMetric(QStyle::PM_IndicatorWidth) + style->pixelMetric(QStyle::PM_CheckBoxLabelSpacing));
   return note;
@@ -96,18 +99,18 @@ void ReadFont(const QFontComboBox* names, const QSpinBox* sizes, std::string& na
 
 TfmOptions::TfmOptions(QWidget* parent) : QDialog(parent) {
   setObjectName(QStringLiteral("fmOptions"));
-  setWindowTitle(QStringLiteral("Options"));
+  setWindowTitle(Fixed("Options"));
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(FontGroup());
   auto* columns = new QHBoxLayout;
-  columns->addWidget(SwitchGroup(QStringLiteral("Optimization"), kOptimization), 1);
-  columns->addWidget(SwitchGroup(QStringLiteral("General sync options"), kGeneral), 1);
+  columns->addWidget(SwitchGroup(Fixed("Optimization"), kOptimization), 1);
+  columns->addWidget(SwitchGroup(Fixed("General sync options"), kGeneral), 1);
   layout->addLayout(columns);
   layout->addStretch();
 
   auto* buttons = new QDialogButtonBox;
-  auto* ok = buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
-  auto* cancel = buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
+  auto* ok = buttons->addButton(Fixed("OK"), QDialogButtonBox::AcceptRole);
+  auto* cancel = buttons->addButton(Fixed("Cancel"), QDialogButtonBox::RejectRole);
   ok->setObjectName(QStringLiteral("butOK"));
   ok->setDefault(true);
   cancel->setObjectName(QStringLiteral("butCancel"));
@@ -117,7 +120,7 @@ TfmOptions::TfmOptions(QWidget* parent) : QDialog(parent) {
 }
 
 QGroupBox* TfmOptions::FontGroup() {
-  auto* group = new QGroupBox(QStringLiteral("Fonts"));
+  auto* group = new QGroupBox(Fixed("Fonts"));
   auto* grid = new QGridLayout(group);
   grid->setColumnStretch(1, 1);
   const auto addRow = [grid](const QString& caption, const QString& suffix) {
@@ -125,7 +128,7 @@ QGroupBox* TfmOptions::FontGroup() {
     row.name->setObjectName(QStringLiteral("cFont") + suffix);
     row.size->setObjectName(QStringLiteral("szFont") + suffix);
     row.size->setRange(1, kMaxFontSize);
-    row.size->setSuffix(QStringLiteral(" pt"));
+    row.size->setSuffix(TText::tr(" pt", "points of a font"));
     auto* label = new QLabel(caption);
     label->setBuddy(row.name);
     const int line = grid->rowCount();
@@ -134,8 +137,8 @@ QGroupBox* TfmOptions::FontGroup() {
     grid->addWidget(row.size, line, 2);
     return row;
   };
-  log_ = addRow(QStringLiteral("C&hanges window"), QStringLiteral("Changes"));
-  script_ = addRow(QStringLiteral("Script &window"), QStringLiteral("Script"));
+  log_ = addRow(Fixed("C&hanges window"), QStringLiteral("Changes"));
+  script_ = addRow(Fixed("Script &window"), QStringLiteral("Script"));
   return group;
 }
 
@@ -144,12 +147,12 @@ QGroupBox* TfmOptions::SwitchGroup(const QString& heading, int column) {
   auto* layout = new QVBoxLayout(group);
   for (const TSwitch& row : kSwitches) {
     if (row.column != column) continue;
-    auto* box = new QCheckBox(ToQt(row.caption));
+    auto* box = new QCheckBox(row.caption);
     box->setObjectName(ToQt(row.name));
-    box->setToolTip(ToQt(std::string(kFollowedBy) + row.hint));
+    box->setToolTip(QString(kFollowedBy).arg(row.hint));
     box->setAccessibleDescription(box->toolTip());
     layout->addWidget(box);
-    if (row.note != nullptr) layout->addWidget(NoteBelow(box, row.note));
+    if (!row.note.Empty()) layout->addWidget(NoteBelow(box, row.note));
     switches_.push_back(box);
   }
   layout->addStretch();

@@ -13,6 +13,7 @@
 #include "shell/widgets/Icons.h"
 #include "shell/widgets/Named.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 
 namespace velmora {
@@ -26,11 +27,7 @@ constexpr int kEdges = 60;  // beside the picture and the texts
 constexpr int kLeastLetters = 64;
 constexpr int kImageSize = 64;
 
-constexpr char kCancel[] = "Cancel";
-constexpr char kCutConnection[] = "Cut connection";
-constexpr char kCancelHint[] = "Ends what is under way (Esc)";
-constexpr char kCutHint[] = "Ends the connection without waiting for the server (Esc)";
-constexpr char kCancelling[] = "Cancelling...";
+constexpr TText kCutConnection = TText::Later("Cut connection");
 
 int BarNumber(std::int64_t value) { return static_cast<int>(std::clamp<std::int64_t>(value, 0, 1 << 30)); }
 
@@ -121,7 +118,7 @@ TfmProgress::TfmProgress()
   status->addWidget(lbErrors_);
   status->addWidget(bnCancel_);
   bnCancel_->setFocusPolicy(Qt::NoFocus);
-  bnCancel_->setText(QLatin1String(kCutConnection));  // the longer of its captions, to make room for both
+  bnCancel_->setText(kCutConnection);  // the longer of its captions, to make room for both
   Handle(bnCancel_, &QPushButton::clicked, this, [this] { Cancel(); });
   column->addLayout(status);
   auto* row = new QHBoxLayout(this);
@@ -226,17 +223,17 @@ void TfmProgress::Note(const std::string& text) {
 }
 
 void TfmProgress::OfferCancel() {
-  bnCancel_->setText(QLatin1String(kCancel));
-  bnCancel_->setToolTip(QLatin1String(kCancelHint));
+  bnCancel_->setText(TText::tr("Cancel"));
+  bnCancel_->setToolTip(TText::tr("Ends what is under way (Esc)"));
   bnCancel_->setVisible(OnCancel != nullptr);
 }
 
 void TfmProgress::Cancel() {
   if (!OnCancel) return;
-  lbStatus_->setText(QLatin1String(kCancelling));
+  lbStatus_->setText(TText::tr("Cancelling..."));
   if (!OnCancel()) return;
-  bnCancel_->setText(QLatin1String(kCutConnection));
-  bnCancel_->setToolTip(QLatin1String(kCutHint));
+  bnCancel_->setText(kCutConnection);
+  bnCancel_->setToolTip(TText::tr("Ends the connection without waiting for the server (Esc)"));
 }
 
 // The window that has the keyboard is another one, and out of use.

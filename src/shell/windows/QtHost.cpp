@@ -11,6 +11,7 @@
 #include <QUrl>
 
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/windows/Help.h"
 #include "util/Errors.h"
@@ -24,7 +25,6 @@ namespace {
 
 constexpr char kHelpFile[] = "Help.chm";
 constexpr char kAllMasks[] = "*.*";
-constexpr char kAllFiles[] = "|All files|*.*";
 
 bool Confirm(const std::string& message, QMessageBox::StandardButton yes, QMessageBox::StandardButton no) {
   QMessageBox box(QMessageBox::Question, ToQt(kProgramTitle), ToQt(message), yes | no, WorkingForm());
@@ -54,7 +54,8 @@ std::vector<TFilterPart> FilterParts(const std::string& filter) {
 
 // What can be read may be called otherwise than the filter has it: workbooks end in .xls or .xlsx.
 std::string WithAllFiles(const std::string& filter) {
-  return filter.find(kAllMasks) == std::string::npos ? filter + kAllFiles : filter;
+  if (filter.find(kAllMasks) != std::string::npos) return filter;
+  return filter + "|" + FromQt(TText::tr("All files")) + "|" + kAllMasks;
 }
 
 bool Choose(QFileDialog& dialog, const std::string& filter, std::string& path) {
@@ -137,7 +138,7 @@ void TQtHost::ShellOpen(const std::string& target, const std::string& parameters
                         bool wait) {
   if (target != kHelpFile) {
     if (!OpenWithSystem(target, parameters, folder, wait))
-      RaiseError("Cannot open " + target + ": no program on this system takes it");
+      RaiseError(FromQt(TText::tr("Cannot open %1: no program on this system takes it").arg(ToQt(target))));
     return;
   }
   const bool there = QFileInfo::exists(ToQt(target));

@@ -13,15 +13,14 @@
 
 #include "shell/widgets/MarkBar.h"
 #include "shell/widgets/Named.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
-#include "util/Format.h"
 #include "util/Version.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr char kTypeName[] = "Type the name of the database, %s, to run the script:";
 constexpr int kLettersInWidth = 70;
 
 // As high as its text, and scrolled where that would take more than half of the screen.
@@ -73,12 +72,13 @@ QWidget* TfmRunQuestion::MakeEntry(const TRunQuestion& question) {
   auto* panel = new QWidget;
   auto* rows = new QVBoxLayout(panel);
   rows->setContentsMargins(0, 0, 0, 0);
-  auto* label = new QLabel(ToQt(Format(kTypeName, question.database)));
+  auto* label =
+      new QLabel(TText::tr("Type the name of the database, %1, to run the script:").arg(ToQt(question.database)));
   label->setTextFormat(Qt::PlainText);
   label->setWordWrap(true);
   auto* entry = Named(new QLineEdit, "edDatabase");
   label->setBuddy(entry);
-  entry->setAccessibleName(ToQt("Name of the database"));
+  entry->setAccessibleName(TText::tr("Name of the database"));
   rows->addWidget(label);
   rows->addWidget(entry);
   yes_->setEnabled(false);

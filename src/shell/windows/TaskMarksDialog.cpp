@@ -12,38 +12,40 @@
 
 #include "shell/widgets/MarkBar.h"
 #include "shell/widgets/Named.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr char kPurpose[] =
+constexpr TText kPurpose = TText::Later(
     "For a target that matters: the colour stands at the top of the window and in the question "
-    "before a run. Marks are kept when the task is saved.";
+    "before a run. Marks are kept when the task is saved.");
 constexpr int kSwatch = 16;
 
-QString ColourName(const char* word) {
-  QString name = QLatin1String(word);
-  name[0] = name[0].toUpper();
-  return name;
-}
+// By ETaskColour.
+constexpr TText kColourNames[] = {TText::Later("None"),   TText::Later("Red"),   TText::Later("Orange"),
+                                  TText::Later("Yellow"), TText::Later("Green"), TText::Later("Blue"),
+                                  TText::Later("Purple")};
+static_assert(std::size(kColourNames) == std::size(kTaskColours));
 
 }  // namespace
 
 TfmTaskMarks::TfmTaskMarks(QWidget* parent)
     : QDialog(parent),
       colour_(Named(new QComboBox, "cColour")),
-      confirm_(Named(new QCheckBox(ToQt("Ask me to type the &database's name before a run")), "chkConfirmDatabase")) {
+      confirm_(
+          Named(new QCheckBox(TText::tr("Ask me to type the &database's name before a run")), "chkConfirmDatabase")) {
   setObjectName(ToQt("fmTaskMarks"));
-  setWindowTitle(ToQt("Task"));
-  for (std::size_t i = 0; i < std::size(kTaskColours); ++i) {
+  setWindowTitle(TText::tr("Task"));
+  for (std::size_t i = 0; i < std::size(kColourNames); ++i) {
     const TMarkColours colours = ColoursOf(static_cast<ETaskColour>(i));
     QPixmap swatch(kSwatch, kSwatch);
     swatch.fill(colours.back.isValid() ? colours.back : QColor(Qt::transparent));
-    colour_->addItem(QIcon(swatch), ColourName(kTaskColours[i]));
+    colour_->addItem(QIcon(swatch), kColourNames[i]);
   }
-  auto* purpose = new QLabel(ToQt(kPurpose));
+  auto* purpose = new QLabel(kPurpose);
   purpose->setWordWrap(true);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   QPushButton* ok = Named(buttons->button(QDialogButtonBox::Ok), "butOK");
@@ -54,7 +56,7 @@ TfmTaskMarks::TfmTaskMarks(QWidget* parent)
 
   auto* form = new QFormLayout(this);
   form->addRow(purpose);
-  form->addRow(ToQt("&Colour"), colour_);
+  form->addRow(TText::tr("&Colour"), colour_);
   form->addRow(confirm_);
   form->addRow(buttons);
 }

@@ -24,19 +24,19 @@
 #include "shell/widgets/BusyCursor.h"
 #include "shell/widgets/Named.h"
 #include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 
 namespace velmora {
 
 namespace {
 
-constexpr char kNext[] = "Next";
-constexpr char kFinish[] = "Finish";
-constexpr char kMySQLEngine[] = "&Connection to MySQL database";
-constexpr char kKeep[] = "Keep the password &in the list of recent connections";
-constexpr char kKeepHint[] =
+constexpr TText kNext = Fixed("Next");
+constexpr TText kFinish = Fixed("Finish");
+constexpr TText kMySQLEngine = Fixed("&Connection to MySQL database");
+constexpr TText kKeepHint = TText::Later(
     "Enciphered as in a task file, with a key that is the same in every copy of the program: hidden from a casual look "
-    "and from nobody else. Without it the list has no passwords.";
+    "and from nobody else. Without it the list has no passwords.");
 constexpr int kWidthInLetters = 86;
 
 QFrame* NewLine() {
@@ -106,12 +106,12 @@ TfmTaskWiz::TfmTaskWiz(const TEngineClients& clients, QWidget* parent, const TEn
       frRefConn_(Named(new TfrConn(clients, nullptr, enumerators), "frRefConn")),
       frTgtConn_(Named(new TfrConn(clients, nullptr, enumerators), "frTgtConn")),
       recent_(recent_file),
-      bnCancel_(Named(new QPushButton(ToQt("Cancel")), "bnCancel")),
-      bnBack_(Named(new QPushButton(ToQt("Back")), "bnBack")),
-      bnNext_(Named(new QPushButton(ToQt(kNext)), "bnNext")),
-      bnAnalyze_(Named(new QPushButton(ToQt("Finish and A&nalyze")), "bnAnalyze")) {
+      bnCancel_(Named(new QPushButton(TText::tr("Cancel")), "bnCancel")),
+      bnBack_(Named(new QPushButton(TText::tr("Back")), "bnBack")),
+      bnNext_(Named(new QPushButton(kNext), "bnNext")),
+      bnAnalyze_(Named(new QPushButton(TText::tr("Finish and A&nalyze")), "bnAnalyze")) {
   setObjectName(ToQt("fmTaskWiz"));
-  setWindowTitle(ToQt("Sync Wizard"));
+  setWindowTitle(Fixed("Sync Wizard"));
   setMinimumWidth(kWidthInLetters * fontMetrics().averageCharWidth());
   auto* all = new QVBoxLayout(this);
   all->setContentsMargins(0, 0, 0, 0);
@@ -130,11 +130,11 @@ TfmTaskWiz::TfmTaskWiz(const TEngineClients& clients, QWidget* parent, const TEn
 // --- What it looks like
 
 // A page under a heading; gives the layout of what it shows.
-QVBoxLayout* TfmTaskWiz::NewPage(QWidget* page, const char* step, const char* heading, const char* purpose) {
+QVBoxLayout* TfmTaskWiz::NewPage(QWidget* page, const QString& step, const QString& heading, const QString& purpose) {
   const int margin = 2 * style()->pixelMetric(QStyle::PM_LayoutLeftMargin);
-  auto* step_label = new QLabel(ToQt(step));
-  auto* heading_label = new QLabel(ToQt(heading));
-  auto* purpose_label = new QLabel(ToQt(purpose));
+  auto* step_label = new QLabel(step);
+  auto* heading_label = new QLabel(heading);
+  auto* purpose_label = new QLabel(purpose);
   QFont font = heading_label->font();
   font.setBold(true);
   heading_label->setFont(font);
@@ -167,12 +167,12 @@ QVBoxLayout* TfmTaskWiz::NewPage(QWidget* page, const char* step, const char* he
 }
 
 void TfmTaskWiz::MakeRefPage() {
-  QVBoxLayout* rows = NewPage(tsRefConn_, "Step 1 of 2:", "Reference database",
-                              "Database with which work database is compared and changed to match.");
-  cbLiveConn_ = Named(new QRadioButton(ToQt(kMySQLEngine)), "cbLiveConn");
-  cbScript_ = Named(new QRadioButton(ToQt("S&QL Creation Script")), "cbScript");
+  QVBoxLayout* rows = NewPage(tsRefConn_, Fixed("Step 1 of 2:"), Fixed("Reference database"),
+                              Fixed("Database with which work database is compared and changed to match."));
+  cbLiveConn_ = Named(new QRadioButton(kMySQLEngine), "cbLiveConn");
+  cbScript_ = Named(new QRadioButton(Fixed("S&QL Creation Script")), "cbScript");
   MakeRecent(*rows, "Ref", *frRefConn_, ref_extras_);
-  cbOther_ = Named(new QRadioButton(ToQt("Anot&her database or file:")), "cbOther");
+  cbOther_ = Named(new QRadioButton(TText::tr("Anot&her database or file:")), "cbOther");
   cEngine_ = Named(new QComboBox, "cEngine");
   for (const int engine : EnginesWithFacts()) {
     std::string name;
@@ -201,9 +201,9 @@ void TfmTaskWiz::MakeRefPage() {
 }
 
 void TfmTaskWiz::MakeTargetPage() {
-  QVBoxLayout* rows = NewPage(tsTargetConn_, "Step 2 of 2:", "Target database",
-                              "With this database we work. It is altered to match reference database.");
-  auto* live = Named(new QRadioButton(ToQt(kMySQLEngine)), "cbTgtLiveConn");
+  QVBoxLayout* rows = NewPage(tsTargetConn_, Fixed("Step 2 of 2:"), Fixed("Target database"),
+                              Fixed("With this database we work. It is altered to match reference database."));
+  auto* live = Named(new QRadioButton(kMySQLEngine), "cbTgtLiveConn");
   live->setChecked(true);
   MakeRecent(*rows, "Tgt", *frTgtConn_, tgt_extras_);
   rows->addWidget(live);
@@ -214,17 +214,17 @@ void TfmTaskWiz::MakeTargetPage() {
 void TfmTaskWiz::MakeRecent(QVBoxLayout& rows, const char* side, TfrConn& frame, TPageExtras& extras) {
   extras.row = Named(new QWidget, (std::string("panRecent") + side).c_str());
   extras.list = Named(new QComboBox, (std::string("cRecent") + side).c_str());
-  extras.list->setPlaceholderText(ToQt("Choose one that was used before"));
+  extras.list->setPlaceholderText(TText::tr("Choose one that was used before"));
   extras.list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   extras.list->setMinimumContentsLength(1);
-  auto* label = new QLabel(ToQt("&Recent connections"));
+  auto* label = new QLabel(TText::tr("&Recent connections"));
   label->setBuddy(extras.list);
   auto* row = new QHBoxLayout(extras.row);
   row->setContentsMargins(0, 0, 0, 0);
   row->addWidget(label);
   row->addWidget(extras.list, 1);
-  auto* forget = Named(new QPushButton(ToQt("For&get")), (std::string("bnForget") + side).c_str());
-  forget->setToolTip(ToQt("Take the chosen connection out of the list, with its password"));
+  auto* forget = Named(new QPushButton(TText::tr("For&get")), (std::string("bnForget") + side).c_str());
+  forget->setToolTip(TText::tr("Take the chosen connection out of the list, with its password"));
   forget->setAutoDefault(false);
   row->addWidget(forget);
   rows.addWidget(extras.row);
@@ -237,24 +237,26 @@ void TfmTaskWiz::MakeRecent(QVBoxLayout& rows, const char* side, TfrConn& frame,
 }
 
 void TfmTaskWiz::MakeKeep(QVBoxLayout& rows, const char* side, TPageExtras& extras) {
-  extras.keep = Named(new QCheckBox(ToQt(kKeep)), (std::string("chkKeep") + side).c_str());
-  extras.keep->setToolTip(ToQt(kKeepHint));
+  extras.keep = Named(new QCheckBox(TText::tr("Keep the password &in the list of recent connections")),
+                      (std::string("chkKeep") + side).c_str());
+  extras.keep->setToolTip(kKeepHint);
   rows.addLayout(Indented(extras.keep));
 }
 
 // No page leads here, and what is chosen here has no effect.
 void TfmTaskWiz::MakeOptionsPage() {
-  QVBoxLayout* rows = NewPage(tsOptions_, "Step 3 of 3:", "Options", "Optionally you can customize this task here.");
-  const auto add_box = [rows](const char* name, const char* caption, bool checked) {
-    auto* box = Named(new QCheckBox(ToQt(caption)), name);
+  QVBoxLayout* rows = NewPage(tsOptions_, Fixed("Step 3 of 3:"), Fixed("Options"),
+                              Fixed("Optionally you can customize this task here."));
+  const auto add_box = [rows](const char* name, const QString& caption, bool checked) {
+    auto* box = Named(new QCheckBox(caption), name);
     box->setChecked(checked);
     rows->addWidget(box);
     return box;
   };
-  add_box("chkDropItems", "&Drop obsolete columns, keys and constraints", true);
-  add_box("chkDropTables", "Drop obsolete &tables", false);
-  add_box("chkBackup", "&Backup target database before sync", false);
-  rows->addLayout(Indented(add_box("chkCompressBackup", "C&ompress", true)));
+  add_box("chkDropItems", Fixed("&Drop obsolete columns, keys and constraints"), true);
+  add_box("chkDropTables", Fixed("Drop obsolete &tables"), false);
+  add_box("chkBackup", Fixed("&Backup target database before sync"), false);
+  rows->addLayout(Indented(add_box("chkCompressBackup", Fixed("C&ompress"), true)));
   rows->addLayout(Indented(Named(new QLineEdit, "edBackupFilename")));
 }
 
@@ -296,7 +298,7 @@ void TfmTaskWiz::showEvent(QShowEvent* event) {
 
 void TfmTaskWiz::FormShow() {
   bnBack_->setEnabled(false);
-  bnNext_->setText(ToQt(kNext));
+  bnNext_->setText(kNext);
   bnAnalyze_->hide();
   AnalyzeAtOnce = false;
   ShowRecent();
@@ -325,7 +327,7 @@ void TfmTaskWiz::bnNextClick() {
   }
   bnBack_->setEnabled(true);
   const bool last = pages_->currentWidget() == tsTargetConn_;
-  bnNext_->setText(ToQt(last ? kFinish : kNext));
+  bnNext_->setText(last ? kFinish : kNext);
   bnAnalyze_->setVisible(last);
 }
 

@@ -61,7 +61,7 @@ class TfmTaskWiz : public QDialog {
   void MakeKeep(QVBoxLayout& rows, const char* side, TPageExtras& extras);
   void TakeRecent(const TPageExtras& extras, TfrConn& frame, int index);
   void Remember(const TPageExtras& extras, const TfrConn& frame);
-  QVBoxLayout* NewPage(QWidget* page, const char* step, const char* heading, const char* purpose);
+  QVBoxLayout* NewPage(QWidget* page, const QString& step, const QString& heading, const QString& purpose);
   void MakeRefPage();
   void MakeTargetPage();
   void MakeOptionsPage();

@@ -6,6 +6,8 @@
 #include <chrono>
 #include <utility>
 
+#include "shell/widgets/QtText.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/windows/Progress.h"
 #include "util/Errors.h"
@@ -15,7 +17,6 @@ namespace velmora {
 namespace {
 
 constexpr std::chrono::milliseconds kLong{400};  // before a wait is shown
-constexpr char kWaiting[] = "Waiting for the server...";
 
 }  // namespace
 
@@ -37,7 +38,7 @@ void TWindowWait::Pump() {
   AtTopLevel([this] {
     if (progress_ != nullptr && !progress_->isVisible() && waiting_->Waited() > kLong) {
       shows_ = true;
-      progress_->ShowSimple(kWaiting);
+      progress_->ShowSimple(FromQt(TText::tr("Waiting for the server...")));
     }
     const bool shown = progress_ != nullptr && progress_->isVisible();
     QCoreApplication::processEvents(shown ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
