@@ -8,7 +8,7 @@ add_library(QScintilla INTERFACE)
 target_include_directories(QScintilla SYSTEM INTERFACE "${QSCINTILLA_INCLUDE_DIR}")
 target_link_libraries(QScintilla INTERFACE "${QSCINTILLA_LIBRARY}" Qt6::Widgets)
 
-velmora_module(shell LINKS velmora_app Qt6::Widgets Qt6::Svg QScintilla)
+velmora_module(shell LINKS velmora_report Qt6::Widgets Qt6::Svg QScintilla)
 target_compile_definitions(velmora_shell PUBLIC QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII)
 set_target_properties(velmora_shell PROPERTIES AUTORCC ON)
 target_sources(velmora_shell PRIVATE "${PROJECT_SOURCE_DIR}/src/shell/shell.qrc")

@@ -42,8 +42,8 @@ std::string TablePlace(TDBConn& conn, const std::string& table) {
   std::string name;
   conn.GetDisplayName(name);
   if (auto* offline = dynamic_cast<TDBConnMySQLOffline*>(&conn)) {
-    const std::string place = offline->GetConnectionObject().PlaceOf(table);
-    if (!place.empty()) return Format("%s: table %s", place, table);
+    const TScriptPlace place = offline->GetConnectionObject().PlaceOf(table);
+    if (place.line > 0) return Format("%s: line %d: table %s", place.file, place.line, table);
   }
   return name.empty() ? Format("table %s", table) : Format("%s: table %s", name, table);
 }

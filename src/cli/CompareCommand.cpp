@@ -10,6 +10,7 @@
 #include "cli/Json.h"
 #include "cli/MappingCommand.h"
 #include "cli/PairRun.h"
+#include "report/ReportFile.h"
 
 namespace velmora {
 
@@ -112,6 +113,14 @@ void TCompareCommand::Declare(CLI::App& app) {
   DeclarePair(app, pair_);
   DeclareFormat(app, format_);
   DeclareScratch(app, pair_);
+  app.add_option("--report", reports_,
+                 "Write what was found to FILE: a page (.html), a comment on a change (.md), results for programs "
+                 "(.sarif); may be given several times")
+      ->type_name("FILE")
+      ->allow_extra_args(false)
+      ->check([](const std::string& name) {
+        return IsReportFile(name) ? std::string() : name + " has to end in .html, .md or .sarif";
+      });
   options_.DeclarePair(app);
 }
 
@@ -121,6 +130,7 @@ int TCompareCommand::Execute(TConsole& console) {
   std::optional<std::string> error = run.Compare(pair_, options_, false);
   std::optional<int> on_server;
   if (!error && pair_.verify_on_server) error = run.VerifyOnServer(on_server);
+  if (!error && !reports_.empty()) error = run.WriteReports(reports_);
   bool told = true;
   if (format_ == EFormat::Json)
     told = PrintJson(run.app(), error, on_server, console);

@@ -25,6 +25,7 @@ class TCompareCommand final : public TCommand {
   TPair pair_;
   TSourceOptions options_;
   EFormat format_ = EFormat::Text;
+  TStringList reports_;
   std::unique_ptr<TPairRun> run_;  // a process that ends need not free it
 };
 

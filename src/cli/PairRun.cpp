@@ -15,6 +15,7 @@
 #include "engines/mysql/OfflineEngine.h"
 #include "foreign/FactReaders.h"
 #include "mysqlclient/MyConnection.h"
+#include "report/ReportFile.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 
@@ -43,6 +44,7 @@ std::unique_ptr<TProgress> MakeProgress(TConsole& console) {
 
 TPairRun::TPairRun(TConsole& console, const TClock& clock)
     : console_(console),
+      clock_(clock),
       progress_(MakeProgress(console)),
       log_(clock, *progress_),
       app_(*progress_, editor_, log_, clock) {}
@@ -86,6 +88,14 @@ std::optional<std::string> TPairRun::VerifyOnServer(std::optional<int>& left) {
 
 std::optional<std::string> TPairRun::CheckRows(int seconds, std::vector<TRowFinding>& findings) {
   return Reported([&] { findings = app_.Dialect().CheckRows(seconds); });
+}
+
+std::optional<std::string> TPairRun::WriteReports(const TStringList& files) {
+  return Reported([&] {
+    app_.Dialect().GenerateScript();
+    const TReport report = CollectReport(app_, editor_.Text(), clock_);
+    for (const std::string& file : files) WriteReport(report, file);
+  });
 }
 
 void TPairRun::WithScratch(const std::function<void(const TScratchPorts& ports)>& work) {

@@ -42,6 +42,9 @@ class TPairRun {
   std::optional<std::string> CheckRows(int seconds, std::vector<TRowFinding>& findings);
   // The script for what was compared; an error is reported in the same way.
   std::optional<std::string> GenerateScript();
+  // Reports on what was compared, in the forms that the names of the files say, with the script for it; an error is
+  // reported in the same way.
+  std::optional<std::string> WriteReports(const TStringList& files);
   // Opens the target alone.
   void OpenTarget(const TPair& pair, const TSourceOptions& options);
   void EndProgress() { progress_->Finish(); }
@@ -62,6 +65,7 @@ class TPairRun {
   std::optional<std::string> Reported(Body body);
 
   TConsole& console_;
+  const TClock& clock_;
   std::unique_ptr<TProgress> progress_;
   TLineEditor editor_;
   TLineLog log_;

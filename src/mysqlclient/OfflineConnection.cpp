@@ -19,7 +19,6 @@ namespace {
 
 constexpr char kNoStatements[] =
     "%s is a script file: it cannot run statements; to change a database, name its server (mysql://...)";
-constexpr char kPlace[] = "%s: line %d";
 constexpr char kNoTable[] = "Table '%s' doesn't exist";
 constexpr std::string_view kShowTables = "show tables";
 constexpr std::string_view kShowCreateTable = "show create table ";
@@ -123,10 +122,10 @@ const std::vector<TOtherObject>& TOfflineConnection::OtherObjects() const {
   return loaded_->script->OtherObjects();
 }
 
-std::string TOfflineConnection::PlaceOf(const std::string& table) const {
+TScriptPlace TOfflineConnection::PlaceOf(const std::string& table) const {
   const TCreationText* text = loaded_ ? loaded_->script->Find(table) : nullptr;
   if (text == nullptr) return {};
-  return Format(kPlace, text->file.empty() ? path_ : std::string(text->file), text->line);
+  return {text->file.empty() ? path_ : std::string(text->file), text->line};
 }
 
 void TOfflineConnection::StartTransaction() { RefuseStatement(); }

@@ -11,6 +11,11 @@
 
 namespace velmora {
 
+struct TScriptPlace {
+  std::string file;
+  std::size_t line = 0;  // from 1
+};
+
 // A script of creation texts, or a folder of them, that stands for a server. "show tables" and "show create table" are
 // answered as a server would; anything else raises "%s is a script file: ...".
 //
@@ -26,9 +31,8 @@ class TOfflineConnection final : public TMyConnection {
   const std::vector<TScriptWarning>& Warnings() const;
   const TStructureScript& Structure() const;
   const std::vector<TOtherObject>& OtherObjects() const;
-  // Where a table's creation text begins: "shop.sql: line 3", in a folder with that file's path; empty for no such
-  // table.
-  std::string PlaceOf(const std::string& table) const;
+  // Where a table's creation text begins; of a folder the path is that of one of its files. Line 0 for no such table.
+  TScriptPlace PlaceOf(const std::string& table) const;
 
   bool GetConnected() const override { return connected_; }
   bool InTransaction() const override { return false; }

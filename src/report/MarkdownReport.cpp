@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "report/MarkdownReport.h"
+
+#include <algorithm>
+
+#include "util/Format.h"
+#include "util/Lists.h"
+#include "util/Text.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kScriptLeft[] = "The script has %d lines, which do not fit here.\n";
+constexpr char kMoreParts[] = "\n... and %d more, which do not fit here.\n";
+
+// What stands within a line as it is, whatever Markdown or HTML would make of it. Behind what begins a link to an
+// account, an address or a number stands a blank of no width.
+std::string Plain(std::string_view text) {
+  constexpr std::string_view kSpecial = "\\`*_{}[]#|~&";
+  std::string plain;
+  const std::string shown = ShownText(text);
+  for (std::size_t at = 0; at < shown.size(); ++at) {
+    const char c = shown[at];
+    if (c == '<')
+      plain += "&lt;";
+    else
+      plain += (kSpecial.find(c) != std::string_view::npos ? "\\" : "") + std::string(1, c);
+    if (c == '@' || c == '#' || shown.compare(at, 3, "://") == 0) plain += "&#8203;";
+  }
+  return plain;
+}
+
+// Longer than any row of backticks in it.
+std::string Fence(std::string_view text) {
+  std::size_t longest = 2, row = 0;
+  for (const char c : text) longest = std::max(longest, row = c == '`' ? row + 1 : 0);
+  return std::string(longest + 1, '`');
+}
+
+std::string Block(std::string_view text, const std::string& language) {
+  const std::string shown = ShownLines(text);
+  const std::string fence = Fence(shown);
+  return fence + language + "\n" + shown + (shown.ends_with('\n') ? "" : "\n") + fence + "\n";
+}
+
+std::string LineOf(const TReportLine& line) {
+  const TDifference& what = line.difference;
+  std::string text = Format("  - `%c` %s", SignOf(what.state), Plain(what.text));
+  if (!what.detail.empty()) text += ": " + Plain(what.detail);
+  if (!what.lock.empty()) text += Format(" *(%s)*", Plain(what.lock));
+  if (!what.unsafe.empty()) text += Format("\n    - :warning: **unsafe**: %s", Plain(what.unsafe));
+  return text + "\n";
+}
+
+std::string HeadOf(const TReport& report) {
+  std::string text = Format("## %s\n\n", Plain(report.verdict));
+  for (const std::string& fact :
+       {"Reference: " + report.reference, "Target: " + report.target, report.dialect, report.made})
+    text += Format("- %s\n", Plain(fact));
+  return text + "\n";
+}
+
+// As many as fit.
+std::string PartsOf(const TReport& report, std::size_t most) {
+  std::string text;
+  for (std::size_t i = 0; i < report.parts.size(); ++i) {
+    std::string part = Format("- **%s**\n", Plain(report.parts[i].title));
+    for (const TReportLine& line : report.parts[i].lines) part += LineOf(line);
+    const std::string more = Format(kMoreParts, report.parts.size() - i);
+    if (text.size() + part.size() + more.size() > most) return text + more;
+    text += part;
+  }
+  return text;
+}
+
+std::string FindingsOf(const TReport& report) {
+  if (report.findings.empty()) return {};
+  std::string text = "\n### Not compared, or left alone\n\n";
+  for (const std::string& line : report.findings) text += Format("- %s\n", Plain(line));
+  return text;
+}
+
+std::string ScriptOf(const TReport& report, std::size_t most) {
+  if (report.script.empty()) return {};
+  const std::string text =
+      Format("\n<details><summary>Script</summary>\n\n%s\n</details>\n", Block(report.script, "sql"));
+  if (text.size() <= most) return text;
+  return Format("\n" + std::string(kScriptLeft), std::ranges::count(report.script, '\n'));
+}
+
+}  // namespace
+
+// Bytes are counted, of which no letter has less than one.
+std::string MarkdownReport(const TReport& report, std::size_t most) {
+  const std::string room = Format("\n" + std::string(kScriptLeft), report.script.size());
+  const auto left = [&](const std::string& text) { return most > text.size() ? most - text.size() : 0; };
+  std::string text = HeadOf(report);
+  const std::string findings = FindingsOf(report);
+  text += PartsOf(report, left(text + room + findings));
+  if (findings.size() <= left(text + room)) text += findings;
+  const std::string script = ScriptOf(report, left(text));
+  return script.size() <= left(text) ? text + script : text;
+}
+
+}  // namespace velmora
