@@ -7,6 +7,8 @@
 #include <functional>
 #include <string>
 
+#include "exact/run/ExactWishes.h"
+
 namespace velmora {
 
 // A tool that changes a large table by a copy which it keeps in step meanwhile; none where the command is empty.
@@ -24,5 +26,8 @@ struct TRunCare {
   // The process of a copy tool, once it runs, and its program; optional.
   std::function<void(int process, const std::string& program)> tool_runs{};
 };
+
+// With what is wished instead of what `care` has.
+TRunCare WithWishes(TRunCare care, const TWaitWishes& wishes);
 
 }  // namespace velmora

@@ -74,8 +74,9 @@ struct TPair {
 void DeclarePair(CLI::App& app, TPair& pair);
 // What can be asked for a source that is not MySQL, as far as it needs no target.
 void DeclareMapping(CLI::App& app, TForeignWishes& wishes);
-void DeclareForeign(CLI::App& app, TForeignWishes& wishes);  // all of it
-void DeclareExact(CLI::App& app, TExactWishes& wishes);
+void DeclareForeign(CLI::App& app, TForeignWishes& wishes);                        // all of it
+void DeclareExact(CLI::App& app, TExactWishes& wishes);                            // but what is about runs
+void DeclareExactOfRun(CLI::App& app, TExactWishes& wishes);                       // that alone
 void DeclareExact(CLI::App& app, const TStringList& words, TExactWishes& wishes);  // these of its options
 void DeclareDialect(CLI::App& app, const std::string& help, const std::function<void(EDialect)>& choose);
 void DeclareAllowEmpty(CLI::App& app, TPair& pair);  // --allow-empty-reference

@@ -122,15 +122,23 @@ void DeclareFormat(CLI::App& app, EFormat& format) {
                 [&format](std::size_t choice) { format = choice == 0 ? EFormat::Text : EFormat::Json; });
 }
 
-// An option that may be given several times, each time with one text; what `take` raises is a fault of the argument.
-void DeclareEach(CLI::App& app, const std::string& name, const std::string& type, const std::string& help,
-                 const std::function<void(const std::string&)>& take) {
-  const auto take_all = [name, take](const TStringList& texts) {
+// What `take` raises is a fault of the argument.
+std::function<void(const std::string&)> Taking(const std::string& name,
+                                               const std::function<void(const std::string&)>& take) {
+  return [name, take](const std::string& text) {
     try {
-      for (const std::string& text : texts) take(text);
+      take(text);
     } catch (const EVelmora& error) {
       throw CLI::ValidationError(name, error.what());
     }
+  };
+}
+
+// An option that may be given several times, each time with one text.
+void DeclareEach(CLI::App& app, const std::string& name, const std::string& type, const std::string& help,
+                 const std::function<void(const std::string&)>& take) {
+  const auto take_all = [one = Taking(name, take)](const TStringList& texts) {
+    for (const std::string& text : texts) one(text);
   };
   app.add_option_function<TStringList>(name, take_all, help)->type_name(type)->allow_extra_args(false);
 }
@@ -202,21 +210,30 @@ void DeclareForeign(CLI::App& app, TForeignWishes& wishes) {
 
 namespace {
 
+constexpr char kOfExact[] = "Exact dialect: ";
+
 void DeclareOption(CLI::App& app, const TExactOption& option, const std::string& help, TExactWishes& wishes) {
   const std::string name = "--" + std::string(option.word);
   const auto take = [&wishes, &option](const std::string& argument) { option.take(wishes, argument); };
   if (option.argument.empty())
     app.add_flag_callback(
         name, [take] { take({}); }, help);
-  else
+  else if (option.many)
     DeclareEach(app, name, std::string(option.argument), help, take);
+  else
+    app.add_option_function<std::string>(name, Taking(name, take), help)->type_name(std::string(option.argument));
 }
 
 }  // namespace
 
 void DeclareExact(CLI::App& app, TExactWishes& wishes) {
   for (const TExactOption& option : ExactOptions())
-    DeclareOption(app, option, "Exact dialect: " + std::string(option.help), wishes);
+    if (!option.of_run) DeclareOption(app, option, kOfExact + std::string(option.help), wishes);
+}
+
+void DeclareExactOfRun(CLI::App& app, TExactWishes& wishes) {
+  for (const TExactOption& option : ExactOptions())
+    if (option.of_run) DeclareOption(app, option, kOfExact + std::string(option.help), wishes);
 }
 
 void DeclareExact(CLI::App& app, const TStringList& words, TExactWishes& wishes) {

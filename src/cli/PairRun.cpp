@@ -190,6 +190,7 @@ void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_s
 
 void TPairRun::OpenTarget(const TPair& pair, const TSourceOptions& options) {
   if (pair.dialect) app_.Choose(*pair.dialect);
+  exact_ = pair.exact;
   const bool is_task = IsTaskFile(pair.reference);
   app_.connections.target =
       is_task ? std::move(Make(pair, options).target) : MakeTarget(pair.target, options.ForTarget(console_));

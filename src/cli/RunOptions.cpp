@@ -28,8 +28,6 @@ namespace velmora {
 
 namespace {
 
-constexpr int kLongestLockWait = 86400;  // seconds
-constexpr int kMostRetries = 1000;
 constexpr auto kPoll = std::chrono::milliseconds(500);
 constexpr std::size_t kComparedBytes = 200;  // of a statement; servers may show no more
 
@@ -114,19 +112,6 @@ void WaitForStatement(const TUnfinishedRun::TUnderWay& statement, TDBConn& targe
 }  // namespace
 
 void DeclareRun(CLI::App& app, TRunOptions& options) {
-  DeclareNumber(app, "--lock-wait", 0, kLongestLockWait,
-                "Exact dialect: a statement waits at most N seconds for its lock (10); 0: as long as the server has it",
-                [&options](std::int64_t seconds) {
-                  options.care.lock_wait = static_cast<int>(seconds);
-                  options.care_asked = "lock-wait";
-                });
-  DeclareNumber(app, "--retries", 0, kMostRetries,
-                "Exact dialect: a change of structure that did not get its lock is tried N times more, after pauses "
-                "that grow (5)",
-                [&options](std::int64_t count) {
-                  options.care.retries = static_cast<int>(count);
-                  options.care_asked = "retries";
-                });
   DeclareFile(app, "--journal", options.journal,
               "Keep a journal of the run in FILE, by which a run goes on that was ended in its middle");
   DeclareFile(app, "--undo", options.undo,
@@ -145,8 +130,10 @@ void DeclareRun(CLI::App& app, TRunOptions& options) {
       ->needs(app.get_option("--osc"));
 }
 
-void CheckCare(const TRunOptions& options, const TDialectTraits& dialect) {
-  std::string asked = options.care_asked;
+void CheckCare(const TRunOptions& options, const TExactWishes& wishes, const TDialectTraits& dialect) {
+  std::string asked;
+  for (const TExactOption& option : ExactOptions())
+    if (option.of_run && !option.given(wishes).empty()) asked = option.word;
   if (!options.care.copy_tool.command.empty()) asked = "osc";
   if (!options.undo.empty()) asked = "undo";
   if (!dialect.takes_care && !asked.empty()) RaiseExactAlone(asked);

@@ -21,14 +21,13 @@ struct TRunOptions {
   TRunCare care{};
   std::string journal;  // files; empty for none
   std::string undo;
-  std::string care_asked;    // an option that asks for care, as in "lock-wait"; empty where none of these was given
   bool allow_moved = false;  // a script runs whatever the target has become since it was written
 };
 
 void DeclareRun(CLI::App& app, TRunOptions& options);
 
 // Raises where they ask for care in a run that the dialect does not take.
-void CheckCare(const TRunOptions& options, const TDialectTraits& dialect);
+void CheckCare(const TRunOptions& options, const TExactWishes& wishes, const TDialectTraits& dialect);
 
 // Tells what a run did that did not come to its end.
 void TellUnfinished(const TUnfinishedRun& run, TConsole& console);

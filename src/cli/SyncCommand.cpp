@@ -110,11 +110,13 @@ void TSyncCommand::Declare(CLI::App& app) {
       ->type_name("FILE")
       ->excludes(app.get_option("--verify-on-server"))
       ->excludes(app.get_option("--via-server"));
+  DeclareExactOfRun(app, pair_.exact);
   DeclareRun(app, run_);
   CLI::Option* script = app.get_option("--script");
   app.get_option("--undo")->excludes(script);
   app.get_option("--map-collation")->excludes(script);
-  for (const TExactOption& option : ExactOptions()) app.get_option("--" + std::string(option.word))->excludes(script);
+  for (const TExactOption& option : ExactOptions())
+    if (!option.of_run) app.get_option("--" + std::string(option.word))->excludes(script);
   options_.DeclarePair(app);
   app.footer(kHowRunsEnd + app.get_footer());
 }
@@ -211,6 +213,7 @@ int TSyncCommand::Execute(TConsole& console) {
     RaiseError("There is no terminal to ask on: give --yes to run the script without a question");
   TPairRun run(console, SystemClock());
   run.OnMade = [&](TDBConn& target) {
+    run_.care = WithWishes(run_.care, run.Exact().waits);
     CheckDatabaseName(run.Marks(), target, console);
     OpenFiles(target, console);
   };
@@ -223,7 +226,7 @@ int TSyncCommand::Execute(TConsole& console) {
   } else if (!Prepare(run, console, status)) {
     return status;
   }
-  CheckCare(run_, run.app().Dialect().Traits());
+  CheckCare(run_, pair_.exact, run.app().Dialect().Traits());
   std::string script = run.editor().Text();
   if (!MayRun(run, script, console)) return kExitFailure;
   TakeCare(run, console);

@@ -64,6 +64,7 @@ void TTaskCommand::Declare(CLI::App& app) {
   create->add_flag("--ask-for-database", marks_.confirm_database,
                    "Have the target database's name typed before a script runs on it");
   DeclareExact(*create, exact_);
+  DeclareExactOfRun(*create, exact_);
   DeclareForeign(*create, foreign_);
   options_.DeclarePair(*create);
   CLI::App* show = app.add_subcommand("show", "Show what a task file holds; nothing is connected");

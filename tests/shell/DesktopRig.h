@@ -52,10 +52,7 @@ class TScriptedHost final : public TQtHost {
 // A started desktop program with settings and options of its own, whose MySQL connections go to a private server.
 class TDesktopRig {
  public:
-  explicit TDesktopRig(TPrivateServer& server = TPrivateServer::Shared(), TRunCare care = {})
-      : server_(server), care_(std::move(care)) {
-    Start();
-  }
+  explicit TDesktopRig(TPrivateServer& server = TPrivateServer::Shared()) : server_(server) { Start(); }
 
   // Ends the program, if it runs, and starts it again with the settings that it has left.
   void Start(const std::string& task_file = {}) {
@@ -72,8 +69,7 @@ class TDesktopRig {
       return MakeMyConnection(options);
     };
     desktop_ = std::make_unique<TDesktop>(
-        TDesktopSetup{folder / "Velmora.settings", options_.get(), clients, nullptr, task_file, care_},
-        std::move(scripted));
+        TDesktopSetup{folder / "Velmora.settings", options_.get(), clients, nullptr, task_file}, std::move(scripted));
     desktop_->Start(0);
     QApplication::setActiveWindow(&Main());
     QCoreApplication::processEvents();
@@ -157,7 +153,6 @@ class TDesktopRig {
 
  private:
   TPrivateServer& server_;
-  TRunCare care_;
   // Most tests are about what is ticked.
   void DropWhatIsObsolete() {
     TOptions options;

@@ -10,6 +10,7 @@
 #include <QTimer>
 #include <QTreeView>
 
+#include "persist/TaskDocument.h"
 #include "shell/DesktopRig.h"
 #include "shell/widgets/RunView.h"
 #include "util/Files.h"
@@ -30,8 +31,8 @@ constexpr int kColumns[] = {1, 6, 7};  // state, in force, the server's words
 
 class RunTest : public ::testing::Test {
  protected:
-  explicit RunTest(TPrivateServer& server = TPrivateServer::Shared(), const TRunCare& care = {})
-      : server_(server), reference_("run_ref", server), target_("run_tgt", server), rig_(server, care) {
+  explicit RunTest(TPrivateServer& server = TPrivateServer::Shared())
+      : server_(server), reference_("run_ref", server), target_("run_tgt", server), rig_(server) {
     reference_.Run("create table one (a int, b int)");
     reference_.Run("create table two (a int, b varchar(5))");
     target_.Run("create table one (a int)");
@@ -200,10 +201,17 @@ TEST_F(RunTest, ATargetThatHasMovedIsNotTouched) {
 
 class LockWaitTest : public RunTest {
  protected:
-  LockWaitTest() : RunTest(TPrivateServer::Shared(), TRunCare{.lock_wait = 1, .retries = 9}) {
+  LockWaitTest() {
     target_.Connection().StartTransaction();
     velmora::testing::Answer(target_.Connection(), "select count(*) from two");
     rig_.Trigger("acAnalyze");
+    WhenModal([](QWidget* dialog) {
+      Child<QLineEdit>(*dialog, "opt_lock-wait")->setText(QStringLiteral("1"));
+      Child<QLineEdit>(*dialog, "opt_retries")->setText(QStringLiteral("9"));
+      Click(*dialog, "butOK");
+    });
+    rig_.Trigger("acComparison");
+    QApplication::setActiveWindow(&rig_.Main());
   }
   // Once, as soon as the page tells who holds the lock.
   void WhenTold(const std::function<void()>& act) {
@@ -225,6 +233,9 @@ TEST_F(LockWaitTest, NamesWhoHoldsTheTableAndTriesAgain) {
   EXPECT_THAT(told_, AllOf(HasSubstr("(root@localhost, Sleep for "), HasSubstr("try 2 of 10 follows in 1 second")));
   EXPECT_TRUE(rig_.Shown("lbEqual"));
   EXPECT_EQ(More(), "");
+  rig_.host->chosen = rig_.folder / "waits.vlt";
+  rig_.Trigger("acSaveTaskAs");
+  EXPECT_EQ(ReadTaskValues(rig_.host->chosen).exact, "lock-wait 1\nretries 9");
 }
 
 TEST_F(LockWaitTest, IsCancelledBetweenTwoTries) {

@@ -70,6 +70,20 @@ TStringList TextsOf(const std::vector<TRename>& renames) {
   return texts;
 }
 
+constexpr char kNoNumber[] = "\"%s\" is no whole number from 0 to %d";
+constexpr int kLongestLockWait = 86400;  // seconds
+constexpr int kMostRetries = 1000;
+
+int NumberTo(int most, const std::string& text) {
+  const std::optional<std::int64_t> number = TryStrToInt(text);
+  if (!number || *number < 0 || *number > most) RaiseError(Format(kNoNumber, text, most));
+  return static_cast<int>(*number);
+}
+
+TStringList NumberGiven(const std::optional<int>& number) {
+  return number ? TStringList{Format("%d", *number)} : TStringList();
+}
+
 constexpr std::array kOptions = {
     TExactOption{
         "only", "PATTERN", true, "Only",
@@ -130,6 +144,17 @@ constexpr std::array kOptions = {
                  "server's own checks off, which does not copy the table",
                  [](TExactWishes& wishes, const std::string&) { wishes.locks.fast_foreign_keys = true; },
                  [](const TExactWishes& wishes) { return Switch(wishes.locks.fast_foreign_keys); }},
+    TExactOption{"lock-wait", "N", false, "Seconds to wait for a lock",
+                 "A statement of a run waits at most N seconds for its lock (10); 0: as long as the server has it",
+                 [](TExactWishes& wishes, const std::string& text) {
+                   wishes.waits.lock_wait = NumberTo(kLongestLockWait, text);
+                 },
+                 [](const TExactWishes& wishes) { return NumberGiven(wishes.waits.lock_wait); }, true},
+    TExactOption{
+        "retries", "N", false, "Further tries",
+        "A change of structure that did not get its lock is tried N times more, after pauses that grow (5)",
+        [](TExactWishes& wishes, const std::string& text) { wishes.waits.retries = NumberTo(kMostRetries, text); },
+        [](const TExactWishes& wishes) { return NumberGiven(wishes.waits.retries); }, true},
 };
 
 void TakeLine(const std::string& line, TExactWishes& wishes) {

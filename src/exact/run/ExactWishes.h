@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// What the user asks of a comparison in the exact dialect: the options of the companion, kept in task files.
+// What the user asks of a comparison and a run in the exact dialect: the options of the companion, kept in task files.
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -16,6 +17,14 @@
 
 namespace velmora {
 
+// Of a run of its script, where it is not to be as it always is.
+struct TWaitWishes {
+  std::optional<int> lock_wait{};  // seconds that a statement waits for its lock; 0: as long as the server is set to
+  std::optional<int> retries{};    // of a change of structure that did not get it
+
+  bool operator==(const TWaitWishes&) const = default;
+};
+
 struct TExactWishes {
   TDefinerWishes definers{};
   TSelection selection{};
@@ -24,6 +33,7 @@ struct TExactWishes {
   TStringList strict{};   // that are switched off, whatever is ignored
   TLockWishes locks{};
   std::string reference_version{};  // "mysql 8.0.36": the server of which a reference file is a dump
+  TWaitWishes waits{};
 
   bool operator==(const TExactWishes&) const = default;
   bool Any() const { return *this != TExactWishes(); }
@@ -41,6 +51,7 @@ struct TExactOption {
   void (*take)(TExactWishes& wishes, const std::string& argument);  // raises for an argument that cannot be
   TStringList (*given)(
       const TExactWishes& wishes);  // its arguments, none where it was not given; one empty for a switch
+  bool of_run = false;              // it is about runs, and nothing to a comparison
 };
 std::span<const TExactOption> ExactOptions();
 

@@ -22,8 +22,8 @@ namespace velmora {
 namespace {
 
 constexpr TText kPurpose = TText::Later(
-    "What the exact dialect compares, and how it writes what differs. Where a field takes several lines, each stands "
-    "on its own. All of it is kept when the task is saved.");
+    "What the exact dialect compares, and how it writes and runs what differs. Where a field takes several lines, each "
+    "stands on its own. All of it is kept when the task is saved.");
 constexpr char kFault[] = "%s: %s";
 constexpr int kLines = 3;    // of a field for several
 constexpr int kWidth = 560;  // of the dialog, in pixels

@@ -154,8 +154,6 @@ void TfmMain::FirstShow() {
   differences_ = std::make_unique<TDifferenceList>(app_->data);
   pnDifferences_->Show(differences_.get());
   app_->tree.SetView(tlActions_);
-  app_->Care = setup_.care;
-  app_->Care.tell = [this](const std::string& text) { TellWaiting(text); };
   app_->WatchRuns([this](const TRunReport& report) { ShowRun(report); });
   task_ = std::make_unique<TTaskFile>(app_->connections, static_cast<TTaskHost&>(*this), setup_.clients);
   page_->setCurrentWidget(tsActions_);

@@ -63,7 +63,6 @@ struct TDesktopSetup {
   TEngineClients clients;
   TWindowWait* wait = nullptr;  // how its connections wait, and are cancelled; outlives the window; the desktop sets it
   std::string task_file;        // to be opened once the window stands; empty: none
-  TRunCare care{};              // of its runs
 };
 
 // Whose work the script in the editor is, as far as the open pair goes.

@@ -99,6 +99,8 @@ void TfmMain::acRunScript() {
   Host().ProcessMessages();
   const std::string script = script_->Text();
   BeginRun(script);
+  app_->Care = WithWishes({}, ExactOptionsOfTask().waits);
+  app_->Care.tell = [this](const std::string& text) { TellWaiting(text); };
   try {
     app_->RunScript(script);
   } catch (const EMovedTarget& error) {

@@ -164,9 +164,13 @@ void TfmMain::FocusRename(const std::string& rename) {
 void TfmMain::acComparison() {
   TfmComparison dialog(this);
   TExactWishes wishes = ReadExactWishes(task_->Exact);
+  TExactWishes former = wishes;
   if (!dialog.Edit(wishes)) return;
   task_->Exact = ExactWishesText(wishes);
-  WishesChanged(differences_->Count() > 0);
+  former.waits = wishes.waits;
+  if (former != wishes) return WishesChanged(differences_->Count() > 0);
+  task_->TaskIsUnsaved = true;
+  statusBar()->showMessage(TText::tr("This holds for the runs from here on, and is kept when the task is saved."));
 }
 
 void TfmMain::TakeWishes(const TForeignWishes& wishes) {
