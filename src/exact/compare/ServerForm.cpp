@@ -13,6 +13,7 @@
 #include "mysqltext/Lexer.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/Lists.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -394,6 +395,16 @@ void NameChecks(TElements& elements, bool first, const TServerTraits& server, co
 
 // Where an element's text may name columns, in order: the parts of a key, and what stands in expressions and is no
 // call.
+// Reserved words of expressions: a column of such a name stands in backticks.
+bool IsReserved(const TToken& token) {
+  static const TStringList kWords = {"and",     "as",       "between",  "binary", "both",    "case",    "char",
+                                     "collate", "convert",  "div",      "else",   "exists",  "false",   "for",
+                                     "from",    "in",       "interval", "is",     "leading", "like",    "mod",
+                                     "not",     "null",     "or",       "regexp", "rlike",   "then",    "trailing",
+                                     "true",    "unsigned", "using",    "when",   "xor",     "zerofill"};
+  return token.kind == EToken::Word && IndexOf(kWords, token.text) != kNotInList;
+}
+
 std::vector<std::size_t> ColumnPlaces(const TElement& element) {
   const TTokens tokens = element.text.Tokens();
   std::vector<TTokenRange> ranges;
@@ -410,7 +421,8 @@ std::vector<std::size_t> ColumnPlaces(const TElement& element) {
   for (const TTokenRange& range : ranges) {
     const bool part = IsKey(element.kind) && range.last == range.first + 1;  // a length may follow
     for (std::size_t at = range.first; at < std::min(range.last, tokens.size()); ++at)
-      if (IsName(tokens[at]) && (part || !TokenAt(tokens, at + 1).Is("(")) && !TokenAt(tokens, at + 1).Is("."))
+      if (IsName(tokens[at]) && !IsReserved(tokens[at]) && (part || !TokenAt(tokens, at + 1).Is("(")) &&
+          !TokenAt(tokens, at + 1).Is("."))
         places.push_back(at);
   }
   std::sort(places.begin(), places.end());

@@ -365,9 +365,43 @@ bool HasToBeCopied(const std::vector<TLockClause>& clauses, const TTableText& ta
   return made_of(EChange::AddFulltext) + std::ranges::count_if(table.elements, stays) > 1;
 }
 
+namespace {
+
+bool HoldsLongValues(const TElement& column) {
+  return column.kind == EElement::Column &&
+         InList(column.text.Column().type, {"mediumtext", "longtext", "mediumblob", "longblob"});
+}
+
+// An enforced one.
+bool ChecksLongValues(const TElement& check, const TTableText& table) {
+  const TTokens tokens = check.text.Tokens();
+  for (std::size_t at = 0; at + 1 < tokens.size(); ++at)
+    if (IsKeyword(tokens[at], "not") && IsKeyword(tokens[at + 1], "enforced")) return false;
+  return std::ranges::any_of(tokens, [&table](const TToken& token) {
+    const TElement* column = IsName(token) ? table.Find(EElement::Column, NameOf(token)) : nullptr;
+    return column != nullptr && HoldsLongValues(*column);
+  });
+}
+
+// MySQL takes every column that a statement speaks of for one of another type, as far as checks of such values go.
+bool ChecksAnew(const std::vector<TLockClause>& clauses, const TTableText& table, const TServerTraits& server) {
+  const auto speaks = [](const TLockClause& clause) {
+    return clause.word == "column" && (clause.text.starts_with("modify ") || clause.text.starts_with("rename "));
+  };
+  if (!server.mysql || std::ranges::none_of(clauses, speaks)) return false;
+  return std::ranges::any_of(table.elements, [&](const TElement& check) {
+    const auto goes = [&check](const TLockClause& clause) {
+      return clause.word == "constraint" && SameText(clause.name, check.name);
+    };
+    return check.kind == EElement::Check && std::ranges::none_of(clauses, goes) && ChecksLongValues(check, table);
+  });
+}
+
+}  // namespace
+
 ELockClass ClassOfClauses(const std::vector<TLockClause>& clauses, const TTableText& table,
                           const TServerTraits& server) {
-  if (HasToBeCopied(clauses, table, server)) return ELockClass::Copy;
+  if (HasToBeCopied(clauses, table, server) || ChecksAnew(clauses, table, server)) return ELockClass::Copy;
   std::vector<ELockChange> changes;
   for (const TLockClause& clause : clauses) changes.insert(changes.end(), clause.changes.begin(), clause.changes.end());
   return ClassTogether(changes, LockTraitsOf(table), server);
