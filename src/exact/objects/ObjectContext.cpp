@@ -5,6 +5,7 @@
 #include <array>
 
 #include "mysqltext/Lexer.h"
+#include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Lists.h"
 #include "util/Text.h"
@@ -52,6 +53,22 @@ bool HasMode(std::string_view sql_mode, std::string_view mode) {
   return IndexOf(ModesIn(sql_mode), mode) != kNotInList;
 }
 
+bool IsQuotedName(std::string_view token) { return token.starts_with("`"); }
+
+// The first backslash that does not stand in a name in backticks, where it is a letter in every mode; npos for none.
+std::size_t BackslashOutsideNames(std::string_view text, bool quotes_names) {
+  std::size_t place = text.find('\\');
+  if (place == std::string_view::npos) return place;
+  try {
+    for (const TToken& token : TokensByMode(text, quotes_names)) {
+      if (place < token.start) return place;
+      while (place < token.End() && IsQuotedName(token.text)) place = text.find('\\', place + 1);
+    }
+  } catch (const EVelmora&) {  // which it keeps the lexer from reading
+  }
+  return place;
+}
+
 }  // namespace
 
 std::string ModesFor(const std::string& sql_mode, const TPlanServer& server) {
@@ -87,7 +104,7 @@ bool RefusesNotPreserve(std::string_view sql_mode) { return HasMode(sql_mode, "H
 std::string UnreadableIn(std::string_view sql_mode, std::string_view text) {
   std::size_t place = std::string_view::npos;
   std::string_view mode = kPlainBackslash;
-  if (HasPlainBackslashes(sql_mode)) place = text.find('\\');
+  if (HasPlainBackslashes(sql_mode)) place = BackslashOutsideNames(text, QuotesNames(sql_mode));
   if (place == std::string_view::npos && QuotesNames(sql_mode)) {
     place = text.find("\\\"");
     mode = "ANSI_QUOTES";

@@ -203,7 +203,7 @@ void TExactSync::CompareOthers(TDBConn& target) {
   server_ = PlanServerOf(target);
   TKnownSets sets(target);
   sets.Believe(read_.target.texts);
-  SettleOnTarget(target, server_, sets, objects_);
+  SettleOnTarget(target, server_, sets, {WantedObjects(), theirs}, objects_);
   LeaveWhatCannotBe({read_.servers, TablesNotMade(read_), sets}, WantedObjects(), theirs, objects_);
   const TStringList named = NamesOfRenamed(renames_, theirs, objects_.changes);
   renames_told_.insert(renames_told_.end(), named.begin(), named.end());

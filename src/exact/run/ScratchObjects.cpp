@@ -24,9 +24,24 @@ TDatabaseObjects WithoutEvents(TDatabaseObjects objects) {
 // They are new there, in the order in which new ones are made.
 void TScratchObjects::Copy(const TDatabaseObjects& target) {
   TObjectComparison copies = CompareObjects(WithoutEvents(target), {});
-  for (const TObjectDifference& unread : copies.differences) missing_.insert(unread.kind + " " + unread.name);
+  for (const TObjectDifference& unread : copies.differences)
+    if (!CopyRoutine(unread, target)) missing_.insert(unread.kind + " " + unread.name);
   for (const TPlanStatement& statement : MakeObjectPlan(copies.changes, server_).after)
     if (!RunIfTaken(statement.text)) missing_.insert(statement.object);
+}
+
+// A routine that nobody follows is made as it is printed: views may call it. Not one that is told with a database.
+bool TScratchObjects::CopyRoutine(const TObjectDifference& unread, const TDatabaseObjects& target) {
+  const auto object = std::ranges::find_if(target.objects, [&unread](const TOtherObject& other) {
+    return other.kind == unread.kind && other.name == unread.name;
+  });
+  const bool routine = unread.kind == "function" || unread.kind == "procedure";
+  if (object == target.objects.end() || !routine || !object->context.sql_mode) return false;
+  if (PosNoCase(" " + unread.kind + " " + QuotedName(unread.name) + "(", object->text) == 0) return false;
+  scratch_.Run("set @velmora_object_mode = @@sql_mode");
+  const bool made = RunIfTaken("set sql_mode = " + QuotedText(*object->context.sql_mode)) && RunIfTaken(object->text);
+  scratch_.Run("set sql_mode = @velmora_object_mode");
+  return made;
 }
 
 bool TScratchObjects::RunIfTaken(const std::string& statement) {

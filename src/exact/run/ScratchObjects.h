@@ -38,6 +38,7 @@ class TScratchObjects {
   bool Tries(const TPlanStatement& statement) const;
   void Refuse(const TPlanStatement& statement, const std::string& error);
   void Remember(const std::string& setting);
+  bool CopyRoutine(const TObjectDifference& unread, const TDatabaseObjects& target);
   bool RunIfTaken(const std::string& statement);
 
   TScratchDatabase& scratch_;
