@@ -77,6 +77,16 @@ std::string LogLine(const TChange& change) {
   return named ? change.LogText() : change.table + ": " + change.LogText();
 }
 
+// What is changed, by the names that these renames lead to.
+std::string PlaceOf(const TChange& change, const std::vector<TRename>& renames) {
+  std::string table = change.table, item = change.item;
+  for (const TRename& rename : renames)
+    if (rename.table == table && change.kind == EElement::Column && SameText(rename.from, item)) item = rename.to;
+  for (const TRename& rename : renames)
+    if (rename.OfTable() && rename.from == table) table = rename.to;
+  return Format("%d\n%d\n%s\n%s", static_cast<int>(change.action), static_cast<int>(change.kind), table, item);
+}
+
 }  // namespace
 
 TExactSync::TExactSync(TTaskConnections& connections, TdmData& data, TActionTree& tree, TProgress& progress,
@@ -403,10 +413,11 @@ bool TExactSync::Identical() const {
   return TablesIdentical() && objects_.changes.empty() && objects_.differences.empty();
 }
 
-bool TExactSync::IsOfRename(const TPlanStatement& statement) const {
-  return std::ranges::any_of(renames_, [&statement](const TRenameChange& change) {
-    return std::ranges::find(statement.actions, change.id) != statement.actions.end();
-  });
+// The table's name before the run.
+std::string TExactSync::OldTable(const TRenameChange& change) const {
+  for (const TRenameChange& other : renames_)
+    if (other.rename.OfTable() && other.rename.to == change.Table()) return other.rename.from;
+  return change.Table();
 }
 
 // About foreign keys that renames put back, by the names that there are now.
@@ -415,8 +426,7 @@ std::vector<TRowQuestion> TExactSync::QuestionsOfRenames() const {
   std::vector<TPlanStatement> put_back;
   for (const TRenameChange& change : renames_) {
     TRename rename = change.rename;
-    for (const TRenameChange& other : renames_)
-      if (other.rename.OfTable() && other.rename.to == rename.table) rename.table = other.rename.from;
+    if (!rename.OfTable()) rename.table = OldTable(change);
     if (data_.mtActions.Find(change.id) == nullptr || rename.OfTable()) continue;
     for (const TTableKey& key : KeysInTheWay(rename, target_server_, now))
       put_back.push_back({"add " + key.key->text.Str(), {}, {}, key.table});
@@ -424,15 +434,47 @@ std::vector<TRowQuestion> TExactSync::QuestionsOfRenames() const {
   return RowQuestions({}, now, now, put_back);
 }
 
+std::vector<TRenameChange> TExactSync::StruckOutRenames() const {
+  std::vector<TRenameChange> struck_out = renames_;
+  std::erase_if(struck_out, [this](const TRenameChange& of) { return data_.mtActions.Find(of.id) != nullptr; });
+  return struck_out;
+}
+
+// Those that are left, without what waits for a rename that is not.
+std::vector<TChange> TExactSync::RenamedChanges() const {
+  std::vector<TChange> left = Changes();
+  std::vector<TObjectChange> none;
+  LeaveUnrenamed(StruckOutRenames(), left, none);
+  return left;
+}
+
+// By the names that there are now: what is wanted has them, too.
+std::vector<TRowQuestion> TExactSync::QuestionsByOldNames() const {
+  TSchema wanted = read_.reference.schema;
+  for (const TRename& rename : RenamesBack()) ApplyRename(rename, target_server_, wanted);
+  const TSchema& now = read_.target.schema;
+  TEquivalenceUse use = Equivalences;
+  std::vector<TChange> changes = SchemaChanges(wanted, now, use);
+  velmora::LeaveOut(Wishes.selection, changes, nullptr);
+  std::set<std::string> gone;
+  for (const TChange& change : changes_) gone.insert(PlaceOf(change, RenamesBack()));
+  for (const TChange& change : RenamedChanges()) gone.erase(PlaceOf(change, RenamesBack()));
+  for (const TRenameChange& change : StruckOutRenames()) gone.insert(OldTable(change));
+  std::erase_if(changes, [&gone](const TChange& change) {
+    return gone.contains(change.table) || gone.contains(PlaceOf(change, {}));
+  });
+  std::vector<TRowQuestion> questions =
+      RowQuestions(changes, wanted, now,
+                   WithLocks(MakePlan(changes, wanted, now, server_), changes, now, server_, Wishes.locks.algorithm));
+  std::ranges::move(QuestionsOfRenames(), std::back_inserter(questions));
+  return questions;
+}
+
 std::vector<TRowFinding> TExactSync::CheckRows(int seconds) {
   TDBConn& target = Side(connections_.target, kNoTarget);
-  std::vector<TChange> changes = Changes();
-  std::vector<TObjectChange> none;
-  LeaveUnrenamed(renames_, changes, none);  // rows are asked for by the names that they have now
-  std::vector<TPlanStatement> plan = Plan();
-  std::erase_if(plan, [this](const TPlanStatement& statement) { return IsOfRename(statement); });
-  std::vector<TRowQuestion> questions = RowQuestions(changes, read_.reference.schema, Target(), plan);
-  std::ranges::move(QuestionsOfRenames(), std::back_inserter(questions));
+  std::vector<TRowQuestion> questions = RenamesBack().empty()
+                                            ? RowQuestions(RenamedChanges(), read_.reference.schema, Target(), Plan())
+                                            : QuestionsByOldNames();
   for (TRowQuestion& question : questions)
     question.needed = Wishes.locks.fast_foreign_keys && question.subject.starts_with("foreign key ");
   return AskRows(questions, target, seconds);
@@ -448,8 +490,7 @@ std::vector<TChange> TExactSync::Changes() const {
 std::vector<TPlanStatement> TExactSync::Plan() const {
   std::vector<TChange> left = Changes();
   std::vector<TObjectChange> objects = ObjectChanges();
-  std::vector<TRenameChange> struck_out = renames_;
-  std::erase_if(struck_out, [this](const TRenameChange& of) { return data_.mtActions.Find(of.id) != nullptr; });
+  const std::vector<TRenameChange> struck_out = StruckOutRenames();
   LeaveUnrenamed(struck_out, left, objects);
   if (struck_out.empty() && left.size() == changes_.size() && objects.size() == objects_.changes.size()) return plan_;
   return PlanOf(left, objects);

@@ -139,7 +139,10 @@ class TExactSync {
   std::string TargetVersion(TDBConn& target) const;
   TSchema RenamedTarget(std::vector<TPlanStatement>* plan) const;
   std::vector<TPlanStatement> StatementsOf(const TRenameChange& change, const TSchema& schema) const;
-  bool IsOfRename(const TPlanStatement& statement) const;
+  std::vector<TRenameChange> StruckOutRenames() const;
+  std::vector<TChange> RenamedChanges() const;
+  std::string OldTable(const TRenameChange& change) const;
+  std::vector<TRowQuestion> QuestionsByOldNames() const;
   std::vector<TRowQuestion> QuestionsOfRenames() const;
   void ShowChanges();
   std::vector<TPlanStatement> PlanOf(const std::vector<TChange>& changes,

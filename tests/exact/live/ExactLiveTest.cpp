@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <random>
 
 #include "app/Application.h"
@@ -705,6 +706,23 @@ TEST_F(ExactLiveTest, RowsInTheWayAreCountedBeforeTheRun) {
     EXPECT_EQ(finding.checked, finding.text.find("not checked") == std::string::npos) << finding.text;
 }
 
+// By the names that they have before the run.
+TEST_F(ExactLiveTest, RowsOfRenamedTablesAreCounted) {
+  RunAll(reference_, {"create table p (id int primary key)",
+                      "create table client (ident int not null, pid int, unique key u (ident), foreign key f (pid) "
+                      "references p (id))"});
+  RunAll(target_, {"create table p (id int primary key)", "create table customer (id int, pid int, key f (pid))",
+                   "insert into customer values (1, 7), (1, null), (null, null)"});
+  Open();
+  app_.Take({.exact = ReadExactWishes("rename customer=client\nrename client.id=ident")});
+  app_.Compare();
+  std::string found;
+  for (const TRowFinding& finding : app_.Dialect().CheckRows(30)) found += finding.text + "\n";
+  EXPECT_THAT(found,
+              AllOf(HasSubstr("customer: column id: 1 row with NULL"), HasSubstr("customer: unique key u: 2 rows"),
+                    HasSubstr("without the row referred to"), Not(HasSubstr("not checked"))));
+}
+
 // A server that copies a table for a new foreign key looks at those that were there.
 TEST_F(ExactLiveTest, RowsThatBreakAForeignKeyThatStaysAreTold) {
   for (TLiveDatabase* database : {&reference_, &target_})
@@ -876,6 +894,36 @@ TEST_F(ExactLiveTest, WhatTheServerRefusesOfObjectsIsLeftAlone) {
   target_.Run("insert into t values (0)");
   EXPECT_EQ(Ask("select a from t"), "2");
   EXPECT_EQ(Ask("select count(*) from information_schema.views where table_schema = 'exact_target'"), "0");
+}
+
+// What runs as an account that is gone takes the views along that name it; what nobody follows is there all the same.
+TEST_F(ExactLiveTest, ViewsOfWhatTheTargetHasAndCannotRunAreToldBefore) {
+  for (TLiveDatabase* database : {&reference_, &target_}) {
+    const std::string definer = database == &target_ ? "definer = 'no one'@'nowhere' " : "";
+    for (const std::string text : {"function f() returns int deterministic return 1", "view n as select 1 as a",
+                                   "function g() returns int deterministic sql security invoker return 1"})
+      database->Run("create " + definer + text);
+    RunAll(*database, {"set sql_mode = 'NO_BACKSLASH_ESCAPES'",
+                       "create function unread() returns int deterministic return length('\\')", "set sql_mode = ''"});
+  }
+  const std::map<std::string, std::string> views = {
+      {"v", "select (select exact_reference.f()) as a"}, {"w", "select a from n"}, {"x", "select a from v"}};
+  for (const auto& [name, query] : views) reference_.Run("create view " + name + " as " + query);
+  RunAll(reference_, {"create view y as select g() as f", "create view z as select unread() as a"});
+  Open();
+  app_.Compare();
+  EXPECT_EQ(Exact().VerifyOnServer(), 0);
+  TStringList told;
+  for (const TObjectDifference& object : Exact().Objects()) told.push_back(object.name + " " + object.difference);
+  const std::string gone = "whose definer no one@nowhere has no account on the target";
+  EXPECT_THAT(told, ::testing::UnorderedElementsAre(StartsWith("unread not followed"),
+                                                    "v left alone: it names function f, " + gone,
+                                                    "w left alone: it names view n, " + gone,
+                                                    "x left alone: it names view v, which is left alone"));
+  app_.RunScript(Script());
+  for (const auto& [name, query] : views)
+    EXPECT_FALSE(Takes(target_, "create view " + name + " as " + StrReplace(query, "exact_reference.", ""))) << query;
+  EXPECT_EQ(Ask("select y.f + z.a from y join z"), "2");
 }
 
 // The copy would lack what the script meets on the target.
