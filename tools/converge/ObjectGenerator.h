@@ -28,6 +28,8 @@ struct TObjectModel {
 
   // The mode makes letters of the body mean what no reader here follows: it has to be named and left alone.
   bool Unreadable() const;
+  // Names stand in double quotes then, and a backslash of theirs is a letter there.
+  bool PrintsBackslashNames() const;
   std::string Creation(const std::string& database) const;
 };
 
