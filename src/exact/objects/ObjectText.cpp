@@ -266,9 +266,8 @@ class TReader {
       const bool begins = at > range.first &&
                           (tokens_[at - 1].Is("with") || tokens_[at - 1].Is("recursive") || tokens_[at - 1].Is(","));
       const bool own = NameOf(tokens_[at]) == database_ && TokenAt(tokens_, at + 1).Is(".");
-      const std::size_t next = at + 1;
-      const bool queries =
-          TokenAt(tokens_, next).Is("(") || (TokenAt(tokens_, next).Is("as") && TokenAt(tokens_, next + 1).Is("("));
+      const std::size_t next = TokenAt(tokens_, at + 1).Is("(") ? AfterGroup(tokens_, at + 1) : at + 1;
+      const bool queries = TokenAt(tokens_, next).Is("as") && TokenAt(tokens_, next + 1).Is("(");
       if (begins && queries) named.insert(NameOf(tokens_[at]));
       if (own) qualified.insert(NameOf(TokenAt(tokens_, at + 2)));
     }

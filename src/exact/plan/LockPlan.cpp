@@ -86,6 +86,7 @@ class TSplit {
         if (NamesLater(clause, i)) return false;
         if (clause.text.starts_with("drop column ") && IsHeld(clause.name, i)) return false;
         if (refers_ && clause.text.starts_with("drop ") && clause.word == "key" && AddsKey(i + 1)) return false;
+        if (clause.text.starts_with("drop ") && ComesBack(clause, i + 1)) return false;
       }
     }
     return true;
@@ -97,6 +98,16 @@ class TSplit {
       return clause.text.starts_with("add ") && (clause.word == "key" || clause.word == "column");
     };
     return std::any_of(pieces_.begin() + static_cast<std::ptrdiff_t>(piece), pieces_.end(),
+                       [&](const TClauses& later) { return std::ranges::any_of(later, adds); });
+  }
+
+  // Nobody is to be without a key or check in between, nor for good where its new form is refused.
+  bool ComesBack(const TLockClause& dropped, std::size_t piece) const {
+    const auto adds = [&dropped](const TLockClause& clause) {
+      return clause.text.starts_with("add ") && clause.word == dropped.word && SameText(clause.name, dropped.name);
+    };
+    return dropped.word != "column" &&
+           std::any_of(pieces_.begin() + static_cast<std::ptrdiff_t>(piece), pieces_.end(),
                        [&](const TClauses& later) { return std::ranges::any_of(later, adds); });
   }
 
