@@ -148,6 +148,21 @@ bool MayReferTo(std::string_view text, const TTableNames& tables) {
   });
 }
 
+// By how a server prints it: "CREATE TABLE `name` (". True where that is not certain.
+bool MayBeOneOf(std::string_view text, const TTableNames& tables) {
+  constexpr std::string_view kHead = "CREATE TABLE `";
+  if (!text.starts_with(kHead)) return true;
+  const std::size_t end = text.find('`', kHead.size());
+  if (end == std::string_view::npos || text.substr(end + 1, 2) != " (") return true;
+  return tables.contains(LowerText(text.substr(kHead.size(), end - kHead.size())));
+}
+
+void AddParents(const TTableText* table, TTableNames& parents) {
+  if (table == nullptr) return;
+  for (const TElement& element : table->elements)
+    if (element.kind == EElement::ForeignKey) parents.insert(LowerText(element.text.ForeignKey().table));
+}
+
 class TPairReader {
  public:
   TPairReader(TDBConn& reference, TDBConn& target, const TReadWishes& wishes, TProgress& progress,
@@ -557,14 +572,19 @@ class TPairReader {
     if (across_) LeaveTogether();
     while (!pair_.skipped.empty() && LeaveDependents()) {
     }
-    TTableNames changing;
+    TTableNames changing, parents;  // in lower case
     for (const TTaken& taken : taken_) {
+      AddParents(taken.reference.get(), parents);
+      AddParents(taken.target.get(), parents);
       if (taken.reference != nullptr) changing.insert(LowerText(taken.reference->name));
       if (taken.target != nullptr) changing.insert(LowerText(taken.target->name));
     }
     if (changing.empty()) return;
     for (TTaken& taken : taken_) {
-      if (taken.shared_text != nullptr && MayReferTo(*taken.shared_text, changing)) TakeApartShared(taken);
+      const bool hangs_on =
+          taken.shared_text != nullptr &&
+          (MayReferTo(*taken.shared_text, changing) || (!parents.empty() && MayBeOneOf(*taken.shared_text, parents)));
+      if (hangs_on) TakeApartShared(taken);
       if (taken.reference != nullptr) pair_.reference.schema.Add(std::move(*taken.reference));
       if (taken.target != nullptr) pair_.target.schema.Add(std::move(*taken.target));
     }
