@@ -11,6 +11,7 @@
 #include "exact/plan/PlanApply.h"
 #include "exact/plan/PlanClauses.h"
 #include "exact/plan/StatementLocks.h"
+#include "mysqltext/ColumnParts.h"
 #include "mysqltext/KeyText.h"
 #include "util/Errors.h"
 #include "util/Text.h"
@@ -139,7 +140,8 @@ class TSplit {
       ApplyStatement(AlterOf(table_.name, clauses_), whole);
       for (const TClauses& piece : pieces_) {
         ApplyStatement(AlterOf(table_.name, piece), apart);
-        if (LacksKey(apart.Tables().front(), whole.Tables().front())) return false;
+        const TTableText& meanwhile = apart.Tables().front();
+        if (LacksKey(meanwhile, whole.Tables().front()) || CountsWithoutKey(meanwhile)) return false;
       }
       return CreationTextOf(apart.Tables().front()) == CreationTextOf(whole.Tables().front());
     } catch (const EVelmora&) {
@@ -150,6 +152,16 @@ class TSplit {
   // MySQL can be set to refuse every statement that leaves a table without a primary key.
   bool LacksKey(const TTableText& meanwhile, const TTableText& afterwards) const {
     return server_.mysql && !HasPrimaryKey(meanwhile) && HasPrimaryKey(afterwards);
+  }
+
+  // Servers want a key over the column that they number.
+  static bool CountsWithoutKey(const TTableText& table) {
+    return std::ranges::any_of(table.elements, [&table](const TElement& column) {
+      return column.kind == EElement::Column && column.text.Column().auto_increment &&
+             std::ranges::none_of(table.elements, [&column](const TElement& key) {
+               return IsKey(key.kind) && HasName(key.text.Tokens(), column.name);
+             });
+    });
   }
 
   const TClauses& clauses_;

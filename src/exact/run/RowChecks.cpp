@@ -59,6 +59,8 @@ constexpr char kStaysWithoutKey[] = "0 /*!80013 + @@sql_require_primary_key */, 
 // True for MySQL alone, which copies a table row by row under the checks of all its foreign keys.
 constexpr char kCopiesChecked[] = "0 /*!50700 + 1 */ and ";
 constexpr char kOtherSystem[] = "%s with shapes of another reference system (SRID)";
+constexpr char kOtherSize[] =
+    "column %s is of another size than what it refers to, and servers compare it byte by byte";
 constexpr char kSeveral[] = "it goes by several columns";
 
 bool IsUnique(const TElement& key) { return key.kind == EElement::PrimaryKey || key.kind == EElement::UniqueKey; }
@@ -96,10 +98,22 @@ std::string Joined(const Values& values, const char* between, const char* after)
 
 using EKind = TRowValue::EKind;
 
+// Whether equal values have other bytes, which is what servers compare of such types in foreign keys.
+bool HasOtherBytes(const TTableText& table, const std::string& column, const TTableText* parent,
+                   const std::string& referred) {
+  const TElement* own = table.Find(EElement::Column, column);
+  const TElement* theirs = parent == nullptr ? nullptr : parent->Find(EElement::Column, referred);
+  if (own == nullptr || theirs == nullptr) return false;
+  const TColumnText a = ReadColumnText(own->text, table), b = ReadColumnText(theirs->text, *parent);
+  return a.type == b.type && a.arguments != b.arguments &&
+         InList(a.type, {"decimal", "bit", "time", "datetime", "timestamp"});
+}
+
 class TRowInquiry {
  public:
   TRowInquiry(const std::vector<TChange>& changes, const TSchema& reference, const TSchema& target,
-              const std::vector<TPlanStatement>& plan) {
+              const std::vector<TPlanStatement>& plan)
+      : wanted_(reference) {
     const auto take = [&](const std::string& name) -> TTableRows& {
       const auto [found, is_new] = tables_.try_emplace(name);
       TTableRows& table = found->second;
@@ -363,6 +377,8 @@ class TRowInquiry {
     for (std::size_t i = 0; i < std::min(parts.columns.size(), parts.references.size()); ++i) {
       const TRowValue value = ValueOfColumn(table, parts.columns[i]);
       if (value.kind == EKind::Null) return;  // refers to nothing
+      if (HasOtherBytes(*table.reference, parts.columns[i], wanted_.Find(parts.table), parts.references[i]))
+        return Refuse(table, subject, Format(kOtherSize, parts.columns[i]));
       if (value.sql.empty()) return Refuse(table, subject, WhyUnknown(value, parts.columns[i]));
       const TRowValue wanted = ValueInParent(parent, parts.references[i]);
       if (wanted.kind != EKind::Stored) return Refuse(table, subject, WhyUnknown(wanted, parts.references[i]));
@@ -395,6 +411,7 @@ class TRowInquiry {
     questions_.push_back({table.target->name, subject, {}, why});
   }
 
+  const TSchema& wanted_;
   std::unordered_map<std::string, TTableRows> tables_;
   TStringList order_;
   std::vector<TRowQuestion> questions_;
