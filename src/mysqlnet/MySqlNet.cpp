@@ -18,6 +18,7 @@ constexpr std::size_t kFirstInflated = 100;
 // What a length promises is not believed: memory grows with the bytes that come.
 constexpr std::size_t kGrowth = 65536;
 constexpr std::uint8_t kErrorMark = 255;
+constexpr char kNoText[] = "The server reports error %d without a text";
 constexpr std::size_t kSqlState = 6;  // "#" and five characters
 constexpr char kBadLength[] = "Length code %d is not valid";
 
@@ -300,9 +301,11 @@ void TMySqlNet::Inflate(std::size_t plain_length) {
 void TMySqlNet::CheckError(std::string_view packet) {
   if (packet.empty() || Byte(packet[0]) != kErrorMark) return;
   if (packet.size() < 3) FailMalformed();
-  std::string_view text = packet.substr(3);
-  if (current_protocol && text.size() >= kSqlState && text[0] == '#') text.remove_prefix(kSqlState);
-  throw EMySqlException(static_cast<int>(LittleEndian(packet.data() + 1, 2)), std::string(text));
+  const auto number = static_cast<int>(LittleEndian(packet.data() + 1, 2));
+  std::string text(packet.substr(3));
+  if (current_protocol && text.size() >= kSqlState && text[0] == '#') text.erase(0, kSqlState);
+  std::ranges::replace(text, '\0', ' ');  // at which the message would end for whoever is shown it
+  throw EMySqlException(number, text.empty() ? Format(kNoText, number) : text);
 }
 
 // --- Taking to pieces

@@ -15,13 +15,23 @@ namespace {
 
 // "%" and "_" stand for others, unless a backslash is before them.
 bool Matches(std::string_view pattern, std::string_view name) {
-  if (pattern.empty()) return name.empty();
-  if (pattern[0] == '%') return Matches(pattern.substr(1), name) || (!name.empty() && Matches(pattern, name.substr(1)));
-  if (name.empty()) return false;
-  const bool escaped = pattern[0] == '\\' && pattern.size() > 1;
-  if (escaped) pattern.remove_prefix(1);
-  const bool any = pattern[0] == '_' && !escaped;
-  return (any || pattern[0] == name[0]) && Matches(pattern.substr(1), name.substr(1));
+  std::size_t p = 0, n = 0, after_any = std::string_view::npos, tried = 0;
+  while (n < name.size()) {
+    const bool escaped = p + 1 < pattern.size() && pattern[p] == '\\';
+    if (p < pattern.size() && pattern[p] == '%') {
+      after_any = ++p;
+      tried = n;
+    } else if (p < pattern.size() && (pattern[p] == '_' || pattern[p + (escaped ? 1 : 0)] == name[n])) {
+      p += escaped ? 2 : 1;
+      ++n;
+    } else if (after_any != std::string_view::npos) {  // "%" stands for one more
+      p = after_any;
+      n = ++tried;
+    } else {
+      return false;
+    }
+  }
+  return pattern.find_first_not_of('%', p) == std::string_view::npos;
 }
 
 bool AreRolesTaken(const TStringList& roles) { return !roles.empty() && !roles[0].empty() && roles[0] != "NONE"; }
@@ -48,7 +58,7 @@ void TGrants::Read(const std::string& line) {
   for (; tokens[at].kind == EToken::Word || tokens[at].Is(",") || tokens[at].Is("("); ++at) {
     if (tokens[at].Is("on")) break;
     if (tokens[at].Is("(")) privilege = "of columns";
-    if (tokens[at].Is("(")) at = AfterGroup(tokens, at) - 1;
+    if (tokens[at].Is("(")) at = std::min(AfterGroup(tokens, at), tokens.size() - 1) - 1;  // it may never be closed
     if (tokens[at].kind == EToken::Word) privilege += (privilege.empty() ? "" : " ") + LowerText(tokens[at].text);
     if (!tokens[at].Is(",") && !tokens[at + 1].Is(",") && !tokens[at + 1].Is("on")) continue;
     row.privileges.insert(std::exchange(privilege, {}));

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "util/Errors.h"
 
+#include <algorithm>
+
 #include "util/Format.h"
 
 namespace velmora {
@@ -13,7 +15,12 @@ EAbort::EAbort() : EVelmora("Operation aborted") {}
 
 ECancelled::ECancelled() : EAbort("Cancelled") {}
 
-void RaiseError(const std::string& message) { throw EVelmora(message); }
+// Texts of files may hold NULs, at which a message would end for whoever is shown it.
+void RaiseError(const std::string& message) {
+  std::string shown = message;
+  std::ranges::replace(shown, '\0', ' ');
+  throw EVelmora(shown);
+}
 
 void RaiseAbstract() { throw EAbstractError(); }
 
