@@ -32,6 +32,12 @@ function(velmora_together target)
   set_target_properties(${target} PROPERTIES UNITY_BUILD ${VELMORA_TOGETHER} UNITY_BUILD_BATCH_SIZE 0)
 endfunction()
 
+if(VELMORA_FUZZ)
+  # The search sees which ways through the sources a text takes, in every library that it reaches.
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
 # velmora_module(FOLDER [TOGETHER] LINKS targets... [HIDDEN targets...] [WITHOUT patterns...]): the library
 # velmora_<folder> out of every source in src/FOLDER and the folders below it but main.cpp and those whose names fit a
 # pattern. Headers of HIDDEN targets reach the folder's own sources alone. TOGETHER: see velmora_together.
