@@ -431,6 +431,14 @@
         <translation>Vergleich...</translation>
     </message>
     <message>
+        <source>Save report...</source>
+        <translation>Bericht speichern...</translation>
+    </message>
+    <message>
+        <source>The report is in %1</source>
+        <translation>Der Bericht steht in %1</translation>
+    </message>
+    <message>
         <source>Mapping...</source>
         <translation>Zuordnung...</translation>
     </message>
@@ -503,10 +511,6 @@
         <translation>Die Anweisung der gewählten Aktion im Skript zeigen, oder die Aktion der Anweisung an der Schreibmarke</translation>
     </message>
     <message>
-        <source>What the exact dialect compares, and how it writes what differs. Where a field takes several lines, each stands on its own. All of it is kept when the task is saved.</source>
-        <translation>Was der Dialekt Exact vergleicht, und wie er schreibt, was sich unterscheidet. Wo ein Feld mehrere Zeilen fasst, gilt jede für sich. Alles bleibt erhalten, wenn die Aufgabe gespeichert wird.</translation>
-    </message>
-    <message>
         <source>Comparison</source>
         <translation>Vergleich</translation>
     </message>
@@ -553,10 +557,6 @@ Berichte bleiben in %2.</translation>
     <message>
         <source>Forward</source>
         <translation>Vor</translation>
-    </message>
-    <message>
-        <source>The latest task is no longer there, and was taken from the list: %1</source>
-        <translation>Die letzte Aufgabe gibt es nicht mehr, sie wurde aus der Liste entfernt: %1</translation>
     </message>
     <message>
         <source>The script was edited and is not saved. Discard it?</source>
@@ -1052,6 +1052,22 @@ Berichte bleiben in %2.</translation>
     <message>
         <source>Text file</source>
         <translation>Textdatei</translation>
+    </message>
+    <message>
+        <source>What the exact dialect compares, and how it writes and runs what differs. Where a field takes several lines, each stands on its own. All of it is kept when the task is saved.</source>
+        <translation>Was der Dialekt Exact vergleicht, und wie er schreibt und ausführt, was sich unterscheidet. Wo ein Feld mehrere Zeilen fasst, gilt jede für sich. Alles bleibt erhalten, wenn die Aufgabe gespeichert wird.</translation>
+    </message>
+    <message>
+        <source>The latest task is not there now, and was not opened: %1</source>
+        <translation>Die letzte Aufgabe ist gerade nicht da und wurde nicht geöffnet: %1</translation>
+    </message>
+    <message>
+        <source>The script is one of your own. Replace it with that of the ticked actions?</source>
+        <translation>Das Skript ist Ihr eigenes. Durch das der angehakten Aktionen ersetzen?</translation>
+    </message>
+    <message>
+        <source>This holds for the runs from here on, and is kept when the task is saved.</source>
+        <translation>Das gilt von jetzt an für jede Ausführung und bleibt erhalten, wenn die Aufgabe gespeichert wird.</translation>
     </message>
 </context>
 </TS>

@@ -59,8 +59,7 @@ class TCollector {
   explicit TCollector(TApplication& app) : app_(app), dialect_(app.Dialect()), locks_(dialect_.ActionLocks()) {}
 
   std::vector<TReportPart> Collect() {
-    for (const TDifference& difference : dialect_.Differences())
-      if (app_.data.mtActions.Find(difference.id) != nullptr) Add(difference);
+    for (const TDifference& difference : dialect_.Differences()) Add(difference);
     for (TReportPart& part : parts_) Fill(part);
     return std::move(parts_);
   }
@@ -73,6 +72,7 @@ class TCollector {
     const auto [place, is_new] = places_.emplace(std::pair(of_table, title), parts_.size());
     if (is_new) parts_.push_back({title, {}, {}, {}, {}, {}});
     TReportLine& line = parts_[place->second].lines.emplace_back(TReportLine{difference, RuleOf(difference)});
+    line.scripted = app_.data.mtActions.Find(difference.id) != nullptr;
     if (line.difference.text.ends_with(difference.detail)) line.difference.detail.clear();
   }
 

@@ -23,6 +23,7 @@ std::string_view RuleId(EReportRule rule);  // "data-loss", "rebuild", "differen
 struct TReportLine {
   TDifference difference;
   EReportRule rule = EReportRule::Difference;
+  bool scripted = true;  // false where the user has taken it out
 };
 
 // A table, or a view, trigger, routine or event, that differs.

@@ -137,6 +137,7 @@ class TPage {
     if (!what.lock.empty())
       text += Format(" <span class=\"%s\">[%s]</span>", line.rule == EReportRule::Difference ? "dim" : "cost",
                      Escaped(what.lock));
+    if (!line.scripted) text += " <span class=\"dim\">(taken out of the script)</span>";
     if (!what.unsafe.empty()) text += Format("<br><span class=\"risk\">Unsafe: %s</span>", Escaped(what.unsafe));
     if (!what.note.empty()) text += Format("<br><span class=\"dim\">%s</span>", Lines(what.note));
     page_ += Element("li", text) + "\n";
@@ -188,9 +189,7 @@ class TPage {
   }
 
   void Script() {
-    if (!report_.script.empty())
-      page_ +=
-          Element("h2", "Script") + "\n" + Element("pre", Lines(report_.script)) + "\n";
+    if (!report_.script.empty()) page_ += Element("h2", "Script") + "\n" + Element("pre", Lines(report_.script)) + "\n";
   }
 
   void Log() {

@@ -49,6 +49,7 @@ std::string LineOf(const TReportLine& line) {
   std::string text = Format("  - `%c` %s", SignOf(what.state), Plain(what.text));
   if (!what.detail.empty()) text += ": " + Plain(what.detail);
   if (!what.lock.empty()) text += Format(" *(%s)*", Plain(what.lock));
+  if (!line.scripted) text += " *(taken out of the script)*";
   if (!what.unsafe.empty()) text += Format("\n    - :warning: **unsafe**: %s", Plain(what.unsafe));
   return text + "\n";
 }

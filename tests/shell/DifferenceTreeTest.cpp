@@ -123,6 +123,12 @@ TEST_F(DifferenceTreeTest, TicksAreTakenByMouseAndKeysAndTheScriptFollows) {
   Key(Qt::Key_Y, Qt::ControlModifier);
   EXPECT_EQ(Check("old"), Qt::Unchecked);
   EXPECT_THAT(rig_.Text("mScript"), Not(HasSubstr("drop table")));
+
+  rig_.host->chosen = rig_.folder / "report";
+  rig_.Trigger("acSaveReport");
+  EXPECT_THAT(ReadFileText(rig_.folder / "report.html"),
+              AllOf(HasSubstr("Obsolete table old"), HasSubstr("(taken out of the script)"),
+                    HasSubstr("add column `note`"), Not(HasSubstr("drop table"))));
 }
 
 TEST_F(DifferenceTreeTest, WhatWasLeftOutIsStillADifferenceAfterTheRun) {

@@ -39,6 +39,7 @@ constexpr TCommand kCommands[] = {
     {"acTaskMarks", TText::Later("Task..."), nullptr, nullptr, acTask, &TfmMain::acTaskMarks,
      TText::Later("Colour of the task, and what is asked before a run")},
     {"acComparison", TText::Later("Comparison..."), "Ctrl+Shift+M", nullptr, acTask, &TfmMain::acComparison},
+    {"acSaveReport", TText::Later("Save report..."), nullptr, nullptr, acTask, &TfmMain::acSaveReport},
     {"acMapping", TText::Later("Mapping..."), "Ctrl+M", nullptr, acTask, &TfmMain::acMapping},
     {"acRename", TText::Later("Rename instead"), nullptr, nullptr, acTask, &TfmMain::acRename,
      TText::Later("Take what goes and what is new in its place for one thing under another name")},

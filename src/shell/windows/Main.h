@@ -90,6 +90,7 @@ class TfmMain final : public QMainWindow, private TTaskHost {
   // --- acList
   void acLoadScriptFromFile();
   void acSaveScriptToFile();
+  void acSaveReport();
   void acExit();
   void acOptions();
   void acHelp();

@@ -12,8 +12,10 @@
 #include "app/MovedTarget.h"
 #include "app/RunTelling.h"
 #include "core/Host.h"
+#include "report/ReportFile.h"
 #include "shell/widgets/QtText.h"
 #include "shell/widgets/RunView.h"
+#include "shell/widgets/Text.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/widgets/WindowLog.h"
 #include "shell/windows/About.h"
@@ -33,6 +35,7 @@ namespace velmora {
 namespace {
 
 constexpr char kScriptFilter[] = "MySQL script|*.sql";
+constexpr char kReportFilter[] = "Report as a page|*.html|Comment on a change|*.md|Results for programs|*.sarif";
 constexpr char kHelp[] = "Help.chm";
 constexpr char kSupportSubject[] = "%s support question";
 
@@ -80,6 +83,15 @@ void TfmMain::acSaveScriptToFile() {
   const EScriptOf origin = ScriptOf();
   WriteFileText(path, script_->Text());
   ScriptIs(origin);
+}
+
+// Of the last comparison, with the script as it stands.
+void TfmMain::acSaveReport() {
+  std::string path;
+  if (!Host().SaveFile(kReportFilter, path)) return;
+  if (!IsReportFile(path)) path += ".html";
+  WriteReport(CollectReport(*app_, script_->Text(), SystemClock()), path);
+  statusBar()->showMessage(TText::tr("The report is in %1").arg(ToQt(path)));
 }
 
 void TfmMain::acGenScript() {

@@ -136,7 +136,7 @@ void TfmMain::MakeMenus() {
   tools->menuAction()->setVisible(false);  // Deliberate: its commands are reached by their shortcuts alone
   QMenu* extras = menu(TText::tr("E&xtras"));
   for (const auto& [dialect, command] : acDialects_) extras->addAction(command);
-  AddCommands(*extras, {nullptr, "acSwapSides", "acTaskMarks", "acComparison", "acMapping"});
+  AddCommands(*extras, {nullptr, "acSwapSides", "acTaskMarks", "acComparison", "acMapping", nullptr, "acSaveReport"});
   extras->setToolTipsVisible(true);  // which say why a command cannot be used
   AddCommands(*menu(Fixed("&Help")),
               {"acHelp", "acInnoDBStatus", nullptr, "acVisitWeb", "acContactSupport", nullptr, "acAbout"});

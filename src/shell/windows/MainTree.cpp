@@ -130,7 +130,7 @@ void TfmMain::UpdateTree() {
   Command("acUndoTick")->setEnabled(active_ && differences_->CanUndo());
   Command("acRedoTick")->setEnabled(active_ && differences_->CanRedo());
   const bool any = active_ && differences_->Count() > 0;
-  for (const char* name : {"acNextDifference", "acPreviousDifference", "acFilterActions", "acFollow"})
+  for (const char* name : {"acNextDifference", "acPreviousDifference", "acFilterActions", "acFollow", "acSaveReport"})
     Command(name)->setEnabled(any);
 }
 
