@@ -21,6 +21,7 @@
 #include <memory>
 #include <typeinfo>
 
+#include "crash/BuildId.h"
 #include "crash/CrashNotes.h"
 #include "crash/CrashReports.h"
 #include "crash/CrashStack.h"
@@ -354,9 +355,9 @@ std::string Heading(const TCrashWatch& watch) {
   uname(&system);
   std::string libraries;
   for (const std::string& library : watch.libraries) libraries += ", " + library;
-  return Format("Crash report of %s %s\nBuild: %s, C++ library %d%s\nSystem: %s %s %s, %s\n", watch.program,
-                watch.version, __VERSION__, _GLIBCXX_RELEASE, libraries, system.sysname, system.release, system.machine,
-                Distribution());
+  return Format("Crash report of %s %s\nBuild: %s, C++ library %d%s\nBuild id: %s\nSystem: %s %s %s, %s\n",
+                watch.program, watch.version, __VERSION__, _GLIBCXX_RELEASE, libraries, BuildId(), system.sysname,
+                system.release, system.machine, Distribution());
 }
 
 }  // namespace

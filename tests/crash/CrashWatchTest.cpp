@@ -8,10 +8,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 
+#include "crash/BuildId.h"
 #include "crash/CrashNotes.h"
 #include "crash/CrashReports.h"
 #include "crash/CrashStack.h"
@@ -126,11 +130,20 @@ TEST(CrashWatch, WritesAReportAndEndsByTheSameSignal) {
     const std::vector<TCrashReport> reports = NewCrashReports(folder);
     ASSERT_EQ(reports.size(), 1u);
     const std::string& text = reports.front().text;
-    for (const char* part : {"Crash report of test_crash 1.2\n", "Library 3.4", row.told, "reading row '...\n",
-                             "/libc.so.6\n", "/test_crash\n"})
+    for (const char* part : {"Crash report of test_crash 1.2\n", "Library 3.4", "\nBuild id: ", row.told,
+                             "reading row '...\n", "/libc.so.6\n", "/test_crash\n"})
       EXPECT_THAT(text, HasSubstr(part));
     EXPECT_THAT(text, Not(HasSubstr("tom")));
   }
+}
+
+TEST(BuildId, IsWhatToolsReadInTheFile) {
+  const std::string command = "readelf -n /proc/" + std::to_string(getpid()) + "/exe";
+  const std::unique_ptr<FILE, int (*)(FILE*)> tool(popen(command.c_str(), "r"), pclose);
+  std::array<char, 4096> told = {};
+  ASSERT_GT(fread(told.data(), 1, told.size() - 1, tool.get()), 0u);
+  EXPECT_NE(BuildId(), "");
+  EXPECT_THAT(told.data(), HasSubstr("Build ID: " + BuildId() + "\n"));
 }
 
 TEST(CrashWatch, AProcessMadeOfTheWatchedOneIsNotItsConcern) {
