@@ -35,12 +35,13 @@ def scratch_folder(in_memory=False, needed=0):
 
 
 class Server:
-    """A private MariaDB by its local socket, ended with the block. Its pages are small, for many small tables."""
+    """A private MariaDB by its local socket, ended with the block. Its pages are small, for many small tables, unless
+    other options are given."""
 
     def __init__(self, folder, *options):
         self.folder, self.socket = folder, os.path.join(folder, "socket")
         self.client = ["mariadb", "--no-defaults", "--user=root", "--socket=" + self.socket]
-        self.options = ["--innodb-page-size=4096", *options]
+        self.options = list(options) or ["--innodb-page-size=4096"]
 
     def __enter__(self):
         data, user = os.path.join(self.folder, "data"), subprocess.check_output(["id", "-un"], text=True).strip()
@@ -75,17 +76,23 @@ class Server:
                            check=True)
         return database
 
+    def spent(self):
+        """Seconds of processors so far."""
+        with open(f"/proc/{self.process.pid}/stat") as stat:
+            fields = stat.read().rsplit(")", 1)[1].split()
+        return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
     def source(self, database):
         """The database as the companion takes it."""
         return f"MySQL:server=localhost;database={database};username=root;socket={self.socket}"
 
 
 class Run:
-    """A program's run: seconds by the clock and of processors, its children included, its peak of memory in MB, its exit
-    status, what it has printed."""
+    """A program's run: seconds by the clock and of processors, those of its children and of `server` included, its peak
+    of memory in MB, its exit status, what it has printed."""
 
-    def __init__(self, command, keep=False, limit=None, **options):
-        start = time.perf_counter()
+    def __init__(self, command, keep=False, limit=None, server=None, **options):
+        start, spent = time.perf_counter(), server.spent() if server else 0
         with tempfile.TemporaryFile("w+") as output:
             process = subprocess.Popen(command, stdout=output if keep else subprocess.DEVNULL, stderr=subprocess.PIPE
                                        if limit is None else subprocess.DEVNULL, text=True, start_new_session=True, **options)
@@ -96,7 +103,8 @@ class Run:
             self.output = output.read()
         self.status = os.waitstatus_to_exitcode(status)
         self.seconds = time.perf_counter() - start
-        self.processor, self.peak = usage.ru_utime + usage.ru_stime, usage.ru_maxrss / 1024
+        self.processor = usage.ru_utime + usage.ru_stime + (server.spent() - spent if server else 0)
+        self.peak = usage.ru_maxrss / 1024
         if limit is None and self.status not in (0, 1):
             sys.exit(f"{' '.join(command)}: status {self.status}\n{errors}")
 

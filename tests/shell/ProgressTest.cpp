@@ -142,5 +142,34 @@ TEST(QtHostTest, FiltersAreThoseOfTheDialogs) {
   EXPECT_EQ(FilterExtension("All|*.*"), "");
 }
 
+// Counts how often a widget is painted.
+class TPaintCount final : public QObject {
+ public:
+  explicit TPaintCount(QObject& widget) { widget.installEventFilter(this); }
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::Paint) ++paints;
+    return QObject::eventFilter(watched, event);
+  }
+  int paints = 0;
+};
+
+TEST_F(ProgressTest, PaintsWhatShowsAndNotEachStep) {
+  constexpr int kSteps = 20000;
+  progress_.ShowTwoBars("Many", kSteps);
+  progress_.StartDetail("tables", kSteps);
+  const TPaintCount total(Bar("totbar"));
+  const TPaintCount detail(Bar("detbar"));
+  for (int i = 0; i < kSteps; ++i) {
+    progress_.StepDetail();
+    QCoreApplication::processEvents();
+  }
+  for (const TPaintCount* bar : {&total, &detail}) {
+    EXPECT_GT(bar->paints, 20);
+    EXPECT_LT(bar->paints, 2000);
+  }
+  EXPECT_EQ(Bar("totbar").value(), kSteps);
+  progress_.Finish();
+}
+
 }  // namespace
 }  // namespace velmora

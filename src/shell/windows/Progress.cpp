@@ -37,10 +37,8 @@ void SetBar(QProgressBar& bar, std::int64_t max, std::int64_t position = 0) {
   bar.setValue(BarNumber(position));
 }
 
-void Step(QProgressBar& bar) {
-  bar.setValue(std::min(bar.value() + 1, bar.maximum()));
-  bar.repaint();
-}
+// The bar paints itself where that shows. Painting each step would take longer than what is waited for.
+void Step(QProgressBar& bar) { bar.setValue(std::min(bar.value() + 1, bar.maximum())); }
 
 QLabel* TitleLabel(const char* name) {
   QLabel* label = Named(new QLabel, name);
