@@ -19,11 +19,19 @@ namespace {
 constexpr char kEmptyReference[] = "TDBSync: Empty reference database!";
 constexpr char kEmptyTarget[] = "TDBSync: Empty target database!";
 constexpr char kUnhandledAction[] = "AddToActions: Unhandled action type";
+constexpr char kOtherTable[] = "The creation text of table %s makes another table, too";
 
 constexpr std::size_t kPassesOverReference = 4;
 
 void ExpectTexts(TDBConn* conn, const TStringList& tables) {
   if (auto* texts = dynamic_cast<TCreationTexts*>(conn)) texts->ExpectCreationTexts(tables);
+}
+
+// A text within which another table is made leaves its own one as not fetched: each look at that would fetch it anew,
+// and take its rows away from under the walks over them.
+void ExpectFetched(TMeta& meta, const std::string& table) {
+  meta.GotoTable(table);
+  if (!meta.tTables.Current().fetched) RaiseError(Format(kOtherTable, table));
 }
 
 }  // namespace
@@ -148,6 +156,8 @@ void TDBSync::GotoFetched(const std::string& table) {
   Target().GotoTable(table);
   RefConn->FetchIfNeeded();
   TgtConn->FetchIfNeeded();
+  ExpectFetched(Reference(), table);
+  ExpectFetched(Target(), table);
 }
 
 void TDBSync::AddToActions(int action, const std::string& table, const std::string& description,
