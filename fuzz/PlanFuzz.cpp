@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-// Two scripts: whatever tables they make, the plan that leads from those of the one to those of the other leaves no
-// difference when it is applied in memory; an error may say that a statement cannot be followed.
+// Two scripts, as they stand or made of a seed: whatever tables they make, the plan that leads from those of the one to
+// those of the other leaves no difference when it is applied in memory; an error may say that a statement cannot be
+// followed.
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -11,6 +14,7 @@
 
 #include "Harnesses.h"
 #include "Input.h"
+#include "converge/SchemaGenerator.h"
 #include "exact/compare/ServerLanguage.h"
 #include "exact/plan/FileSchema.h"
 #include "exact/plan/Plan.h"
@@ -43,8 +47,21 @@ bool IsOfSet(const std::string& collation, const std::string& charset) {
 }
 
 bool IsSoundColumn(const TElement& column) {
+  constexpr std::string_view kOtherTypes[] = {"bit", "date", "year", "json", "uuid", "inet4", "inet6", "vector"};
   const TColumnParts& parts = column.text.Column();
-  return !parts.type.empty() && IsOfSet(parts.collation, parts.charset);
+  const std::string_view type = parts.type;
+  const bool known = IsLetterType(type) || IsByteType(type) || IsNumberType(type) || IsTimeType(type) ||
+                     IsShapeType(type) || std::ranges::find(kOtherTypes, type) != std::end(kOtherTypes);
+  return known && parts.rest.empty() && IsOfSet(parts.collation, parts.charset);
+}
+
+// Options of engines have any names; here only those of the server count.
+bool IsSoundOption(const TTableOption& option) {
+  constexpr std::string_view kNamed[] = {"ENGINE", "DEFAULT CHARSET", "COLLATE"};
+  const bool known =
+      OptionResetValue(option) ? !IsEngineOption(option) : std::ranges::find(kNamed, option.name) != std::end(kNamed);
+  const EToken kind = Tokens(option.value).front().kind;
+  return known && Tokens(option.value).size() == 2 && kind != EToken::Symbol && kind != EToken::Name;
 }
 
 // Whether a server could have the table: texts may say anything.
@@ -60,10 +77,11 @@ bool IsSound(const TTableText& table) {
   if (charset != nullptr && collation != nullptr &&
       !IsOfSet(CollationName(OptionValue(*collation)), CharsetName(OptionValue(*charset))))
     return false;
-  return !columns.empty() && std::ranges::all_of(table.elements, [&](const TElement& element) {
-    if (element.kind == EElement::ForeignKey) return HasAll(columns, element.text.ForeignKey().columns);
-    return !IsKey(element.kind) || HasAll(columns, ColumnsOfKey(element));
-  });
+  return !columns.empty() && std::ranges::all_of(table.options, IsSoundOption) &&
+         std::ranges::all_of(table.elements, [&](const TElement& element) {
+           if (element.kind == EElement::ForeignKey) return HasAll(columns, element.text.ForeignKey().columns);
+           return !IsKey(element.kind) || HasAll(columns, ColumnsOfKey(element));
+         });
 }
 
 TSchema SchemaOf(std::string_view text, const TServerTraits& server) {
@@ -97,14 +115,33 @@ void MakeEqual(const TSchema& reference, TSchema target, const TServerTraits& se
     if (!IsBeyondStatements(change)) throw std::logic_error(change.LogText() + " is left by\n" + plan);
 }
 
+void MakeEqualBothWays(std::string_view one, std::string_view other, const TServerTraits& server) {
+  const TSchema a = SchemaOf(one, server), b = SchemaOf(other, server);
+  Try([&] { MakeEqual(a, b, server); });
+  Try([&] { MakeEqual(b, a, server); });
+}
+
+std::string ScriptOf(const velmora::testing::TSchemaModel& schema) {
+  std::string script;
+  for (const auto& table : schema.tables) script += CreateStatement(table) + ";\n";
+  return script;
+}
+
 }  // namespace
 
 void FuzzPlan(std::string_view input) {
-  const TServerTraits server = ReadServerTraits(Choose(input, 2) == 0 ? "10.11.6-MariaDB" : "8.0.36");
-  const auto parts = Parts(input, 2);
-  const TSchema one = SchemaOf(parts[0], server), other = SchemaOf(parts[1], server);
-  Try([&] { MakeEqual(one, other, server); });
-  Try([&] { MakeEqual(other, one, server); });
+  const std::size_t way = Choose(input, 4);
+  const TServerTraits server = ReadServerTraits(way % 2 == 0 ? "10.11.6-MariaDB" : "8.0.36");
+  if (way < 2) {
+    const auto parts = Parts(input, 2);
+    MakeEqualBothWays(parts[0], parts[1], server);
+    return;
+  }
+  velmora::testing::TSchemaGenerator generator(std::hash<std::string_view>()(input));
+  velmora::testing::TSchemaModel schema = generator.Schema(1 + way % 2);
+  const std::string before = ScriptOf(schema);
+  generator.Mutate(schema);
+  MakeEqualBothWays(before, ScriptOf(schema), server);
 }
 
 }  // namespace velmora::fuzzing
