@@ -33,7 +33,7 @@ A reference may be a dump, a server, or a source of another kind: Firebird,
 Oracle, SQL Server, ODBC, Access, FoxPro, dBASE, Paradox, Excel, Lotus 1-2-3,
 or text files.")
 set(CPACK_DEBIAN_DESKTOP_PACKAGE_NAME velmora)
-set(CPACK_DEBIAN_DESKTOP_PACKAGE_RECOMMENDS "fonts-dejavu-core")
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_RECOMMENDS "fonts-dejavu-core, qt6-translations-l10n")
 set(CPACK_DEBIAN_DESKTOP_PACKAGE_SUGGESTS "libfbclient2, tdsodbc, velmora-cli")
 set(CPACK_COMPONENT_DESKTOP_DESCRIPTION "comparison of database structures, with windows
 Compares the structure of a reference database with that of a MySQL or MariaDB

@@ -93,8 +93,9 @@ QWidget* TRunView::MakeList() {
   lvRun_->setAllColumnsShowFocus(true);
   lvRun_->setAlternatingRowColors(true);
   lvRun_->installEventFilter(this);
+  QHeaderView& headings = *lvRun_->header();
   for (int i = 0; i < kRunColumns; ++i)
-    lvRun_->header()->resizeSection(i, kLetters[i] * fontMetrics().averageCharWidth());
+    headings.resizeSection(i, std::max(kLetters[i] * fontMetrics().averageCharWidth(), headings.sectionSizeHint(i)));
   lvRun_->header()->setStretchLastSection(false);
   lvRun_->header()->setSectionResizeMode(kRunStatement, QHeaderView::Stretch);
   mRunDetails_->setReadOnly(true);
