@@ -60,7 +60,7 @@ bool IsFarewell(int error) {
 }
 
 EMySqlException ToldError(int number, const std::string& text) {
-  return {number, text.empty() ? Format("Error %d, of which the server says no more", number) : text};
+  return {number, text.empty() ? Format(kErrorWithoutText, number) : text};
 }
 
 }  // namespace velmora

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "mysqlnet/MySqlErrors.h"
+#include "util/MySqlFacts.h"
 
 namespace velmora {
 
@@ -18,7 +19,6 @@ constexpr std::size_t kFirstInflated = 100;
 // What a length promises is not believed: memory grows with the bytes that come.
 constexpr std::size_t kGrowth = 65536;
 constexpr std::uint8_t kErrorMark = 255;
-constexpr char kNoText[] = "The server reports error %d without a text";
 constexpr std::size_t kSqlState = 6;  // "#" and five characters
 constexpr char kBadLength[] = "Length code %d is not valid";
 
@@ -305,7 +305,7 @@ void TMySqlNet::CheckError(std::string_view packet) {
   std::string text(packet.substr(3));
   if (current_protocol && text.size() >= kSqlState && text[0] == '#') text.erase(0, kSqlState);
   std::ranges::replace(text, '\0', ' ');  // at which the message would end for whoever is shown it
-  throw EMySqlException(number, text.empty() ? Format(kNoText, number) : text);
+  throw EMySqlException(number, text.empty() ? Format(kErrorWithoutText, number) : text);
 }
 
 // --- Taking to pieces

@@ -11,4 +11,7 @@ inline constexpr int kMySqlPort = 3306;  // where a server listens when nobody s
 inline constexpr char kForeignKeyChecksOff[] = "set foreign_key_checks=0";
 inline constexpr char kForeignKeyChecksOn[] = "set foreign_key_checks=1";
 
+// What is shown of an error of a server that says nothing but its number.
+inline constexpr char kErrorWithoutText[] = "Error %d, of which the server says no more";
+
 }  // namespace velmora

@@ -171,7 +171,7 @@ TEST(MySqlNet, Receives) {
       {Packet(0, Wire("FF 1504 '#28000Denied'")), true, false, "1045 Denied"},
       {Packet(0, Wire("FF 1504 '#28000Denied'")), true, true, "1045 Denied"},
       {Packet(0, Wire("FF 1004 '#abc'")), true, false, "1040 #abc"},
-      {Packet(0, Wire("FF 1004")), true, false, "1040 The server reports error 1040 without a text"},
+      {Packet(0, Wire("FF 1004")), true, false, "1040 Error 1040, of which the server says no more"},
       {Packet(0, Wire("FF 01")), true, false, "2027 Malformed packet, lost"},
       {Packet(0, Wire("FF 01")), true, true, "2027 Malformed packet, lost"},
       {"", false, false, "2013 Lost connection to MySQL server during query, lost"},
