@@ -1069,5 +1069,9 @@ Berichte bleiben in %2.</translation>
         <source>This holds for the runs from here on, and is kept when the task is saved.</source>
         <translation>Das gilt von jetzt an für jede Ausführung und bleibt erhalten, wenn die Aufgabe gespeichert wird.</translation>
     </message>
+    <message>
+        <source>Waiting for the file or driver...</source>
+        <translation>Warten auf die Datei oder den Treiber...</translation>
+    </message>
 </context>
 </TS>

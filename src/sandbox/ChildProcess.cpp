@@ -22,6 +22,7 @@
 #include <thread>
 #include <utility>
 
+#include "sandbox/ChildWait.h"
 #include "sandbox/WireFormat.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -87,13 +88,16 @@ class TReceiver {
   bool Readable() const {
     if (!silence_) return true;
     const auto end = std::chrono::steady_clock::now() + *silence_;
-    for (;;) {
+    bool ready = false;
+    ChildWait().WaitFor([&](std::chrono::milliseconds within) {
       const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-      if (left.count() <= 0) return false;
+      if (left.count() <= 0) return true;
       pollfd wait{fd_, POLLIN, 0};
-      const int ready = poll(&wait, 1, static_cast<int>(std::min<std::int64_t>(left.count(), 1000)));
-      if (ready > 0 || (ready < 0 && errno != EINTR)) return true;
-    }
+      const int found = poll(&wait, 1, static_cast<int>(std::min(left, within).count()));
+      ready = found > 0 || (found < 0 && errno != EINTR);
+      return ready;
+    });
+    return ready;
   }
 
   int fd_;
@@ -235,7 +239,14 @@ std::string TChildProcess::Ask(const std::string& question) {
 
 std::string TChildProcess::Receive() {
   std::string answer;
-  switch (TReceiver(channel_, limits_.silence).Message(answer)) {
+  EWait wait = EWait::Ended;
+  try {
+    wait = TReceiver(channel_, limits_.silence).Message(answer);
+  } catch (...) {  // nobody waits for the rest of the answer
+    End();
+    throw;
+  }
+  switch (wait) {
     case EWait::Ready:
       break;
     case EWait::Ended:

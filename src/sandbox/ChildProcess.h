@@ -49,7 +49,8 @@ class TChildProcess {
   bool Running() const { return child_ > 0; }
   void Start();  // raises what `start` raises; nothing happens when it runs
   void End();    // nothing happens when it does not run
-  // Raises what the answerer raises, and the faults; after one of these it does not run. Starts it when it does not.
+  // Raises what the answerer raises, and the faults and what the wait (ChildWait.h) raises; after one of these it does
+  // not run. Starts it when it does not.
   std::string Ask(const std::string& question);
 
  private:

@@ -15,6 +15,7 @@
 #include <string>
 #include <utility>
 
+#include "sandbox/ChildWait.h"
 #include "support/MessageOf.h"
 #include "util/Errors.h"
 
@@ -155,6 +156,23 @@ TEST(ReaderProcessTest, AFileThatCannotBeOpenedSaysWhy) {
                 ReadInOwnProcess([]() -> std::unique_ptr<TFileReader> { abort(); }, "shop.mdb", "thelib", kLimits);
               }),
               AllOf(HasSubstr("shop.mdb"), HasSubstr("thelib")));
+}
+
+TEST(ReaderProcessTest, AWaitThatIsGivenUpEndsTheChildAndTheNextCallWorks) {
+  struct TImpatient final : TChildWait {
+    int rounds = 0;
+    void WaitFor(const TCame& came) override {
+      while (!came(std::chrono::milliseconds(10)))
+        if (++rounds == 5) throw ECancelled();
+    }
+  } wait;
+  const TChildWaitGuard guard(wait);
+  const auto reader = NewReader();
+  const std::size_t open_files = OpenFiles();
+  wait.rounds = 0;
+  EXPECT_THROW(reader->Structure("hang"), ECancelled);
+  EXPECT_EQ(OpenFiles(), open_files - 1);
+  EXPECT_EQ(reader->Structure("t").columns.size(), 2U);
 }
 
 // Its connections to servers, locks and terminals stay the program's own.

@@ -4,12 +4,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <unistd.h>
 #include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
 
+#include "sandbox/ChildProcess.h"
 #include "shell/QtEnvironment.h"
 #include "shell/widgets/TopLevel.h"
 #include "shell/windows/QtHost.h"
@@ -133,6 +137,32 @@ TEST(TopLevelTest, ShowsTheTextOfErrorsAndGoesOn) {
   EXPECT_EQ(shown, QStringLiteral("<b>It</b> broke"));
   EXPECT_FALSE(AtTopLevel([] { throw EAbort(); }));  // shows nothing, or the test would wait
   EXPECT_TRUE(AtTopLevel([] {}));
+}
+
+TEST_F(ProgressTest, AReaderThatIsSlowIsShownAndCanBeCancelled) {
+  TWindowWait wait;
+  const TChildWaitGuard guard(wait);
+  wait.ShowBy(&progress_);
+  progress_.OnCancel = [&wait] { return wait.Cancel(); };
+  bool form_was_out_of_use = false;
+  QTimer timer;
+  QObject::connect(&timer, &QTimer::timeout, &timer, [&] {
+    if (!progress_.isVisible()) return;
+    form_was_out_of_use = !form_.isEnabled();
+    progress_.findChild<QPushButton*>(QStringLiteral("bnCancel"))->click();
+  });
+  timer.start(20);
+  const auto never = [](const std::string&) -> std::string {
+    for (;;) pause();
+  };
+  TChildProcess child([never] { return never; }, {}, {std::chrono::seconds(60), 1ULL << 31});
+  for (int i = 0; i < 2; ++i) {  // in one command
+    EXPECT_THROW(child.Ask({}), ECancelled);
+    EXPECT_FALSE(child.Running());
+  }
+  EXPECT_TRUE(form_was_out_of_use);
+  EXPECT_TRUE(form_.isEnabled());
+  EXPECT_FALSE(progress_.isVisible());
 }
 
 TEST(QtHostTest, FiltersAreThoseOfTheDialogs) {

@@ -34,6 +34,7 @@ class TDesktop {
   TDesktopSetup setup_;
   std::unique_ptr<TQtHost> host_;
   std::unique_ptr<THostGuard> host_guard_;
+  std::unique_ptr<TChildWaitGuard> child_wait_;
   std::unique_ptr<TfmMain> main_;  // parent of the forms below, so it goes after them
   std::unique_ptr<TfmProgress> progress_;
   std::unique_ptr<TfmAbout> about_;

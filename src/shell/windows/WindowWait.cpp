@@ -17,6 +17,8 @@ namespace velmora {
 namespace {
 
 constexpr std::chrono::milliseconds kLong{400};  // before a wait is shown
+constexpr std::chrono::milliseconds kQuick{15};  // as waits for servers have it
+constexpr std::chrono::milliseconds kTick{10};
 
 }  // namespace
 
@@ -24,21 +26,42 @@ TWindowWait::TWindowWait()
     : waiting_(std::make_shared<TWaiting>([this] { Pump(); }, [this](bool failed) { Over(failed); })) {}
 
 bool TWindowWait::Cancel() {
-  asked_ = true;
+  asked_ = gives_up_ = true;
   waiting_->Cancel();
   return waiting_->Waited().has_value();
 }
 
 void TWindowWait::Check() {
-  if (asked_ && !waiting_->Waited() && !std::exchange(told_, true)) throw ECancelled();
+  if (asked_ && !Waited() && !std::exchange(told_, true)) throw ECancelled();
+}
+
+std::optional<std::chrono::milliseconds> TWindowWait::Waited() const {
+  if (!since_) return waiting_->Waited();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - *since_);
+}
+
+void TWindowWait::WaitFor(const TCame& came) {
+  if (came(kQuick)) return;
+  since_ = std::chrono::steady_clock::now();
+  gives_up_ = asked_ && !told_;
+  bool back = false;
+  while (!back && !gives_up_) {
+    Pump();
+    back = came(kTick);
+  }
+  since_.reset();
+  Over(!back);
+  if (!back) throw ECancelled();
 }
 
 // What the user does to a window that is still in use must not call the connection again: it is kept for later.
 void TWindowWait::Pump() {
   AtTopLevel([this] {
-    if (progress_ != nullptr && !progress_->isVisible() && waiting_->Waited() > kLong) {
+    if (progress_ != nullptr && !progress_->isVisible() && Waited() > kLong) {
       shows_ = true;
-      progress_->ShowSimple(FromQt(TText::tr("Waiting for the server...")));
+      const QString text =
+          since_ ? TText::tr("Waiting for the file or driver...") : TText::tr("Waiting for the server...");
+      progress_->ShowSimple(FromQt(text));
     }
     const bool shown = progress_ != nullptr && progress_->isVisible();
     QCoreApplication::processEvents(shown ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);

@@ -3,15 +3,19 @@
 
 // How the window waits for its servers, and how the user ends what is under way.
 
+#include <chrono>
 #include <memory>
+#include <optional>
 
 #include "mysqlclient/Waiting.h"
+#include "sandbox/ChildWait.h"
 
 namespace velmora {
 
 class TfmProgress;
 
-class TWindowWait {
+// Of answers from readers and drivers in processes of their own it is the same wait; cancelled, these end.
+class TWindowWait final : public TChildWait {
  public:
   TWindowWait();
 
@@ -27,8 +31,10 @@ class TWindowWait {
   bool Cancelling() const { return asked_; }
   void Check();                     // at a pause; raises ECancelled, once, if no call has ended by it
   void TooLate() { told_ = true; }  // what comes now is no work that could be cancelled
+  void WaitFor(const TCame& came) override;
 
  private:
+  std::optional<std::chrono::milliseconds> Waited() const;
   void Pump();
   void Over(bool failed);
 
@@ -36,6 +42,8 @@ class TWindowWait {
   bool shows_ = false;
   bool asked_ = false;
   bool told_ = false;
+  std::optional<std::chrono::steady_clock::time_point> since_;  // a child is waited for
+  bool gives_up_ = false;                                       // likewise, no longer
   std::shared_ptr<TWaiting> waiting_;
 };
 
