@@ -404,10 +404,11 @@ bool HasFulltextKey(const TTableText* table, const std::vector<std::string>& col
          });
 }
 
-// MySQL would let go of a key that it made for a foreign key wherever a fulltext key has its columns, and then refuses
-// every statement about the table, but for one that says of the key that it is to be there.
+// Servers let go of a key that they made for a foreign key where a fulltext key has its columns, but for a statement
+// that says of the key that it is to be there. MySQL then refuses every other one about the table; to MariaDB the
+// foreign key is without it from the statement on that adds the fulltext key.
 bool IsToBeNamed(const TElement& key, const TTableWork& work) {
-  if (!work.server.mysql || key.kind != EElement::Key) return false;
+  if (key.kind != EElement::Key) return false;
   const TElement* foreign = work.target->Find(EElement::ForeignKey, key.name);
   if (foreign == nullptr) return false;
   const auto is_it = [&key](const std::string& name) { return SameText(name, key.name); };
@@ -417,8 +418,8 @@ bool IsToBeNamed(const TElement& key, const TTableWork& work) {
       std::any_of(work.obstacles.begin(), work.obstacles.end(),
                   [&](const TObstacle& obstacle) { return is_it(obstacle.key->name); });
   const std::vector<std::string>& columns = foreign->text.ForeignKey().columns;
-  return !goes && BeginsWith(key, columns) &&
-         (HasFulltextKey(work.target, columns) || HasFulltextKey(work.reference, columns));
+  const bool had = HasFulltextKey(work.target, columns), has = HasFulltextKey(work.reference, columns);
+  return !goes && BeginsWith(key, columns) && (work.server.mysql ? had || has : !had && has);
 }
 
 }  // namespace
