@@ -161,6 +161,19 @@ void AddHashKeys(const TRename& rename, const TTableText& table, TStringList& cl
   }
 }
 
+// Whether MariaDB 10.11 breaks the table: it no longer finds its keys, and forgets foreign keys with them.
+bool LosesItself(const TElement& key, const TTableText& table, const TRename& rename) {
+  if (!IsKey(key.kind) || key.kind == EElement::PrimaryKey) return false;
+  bool named = false, in_part = false, computed = false;
+  for (const TKeyPart& part : key.text.KeyParts()) {
+    const TElement* column = table.Find(EElement::Column, part.column);
+    named = named || SameText(part.column, rename.from);
+    in_part = in_part || part.length > 0;
+    computed = computed || (column != nullptr && column->text.Column().generated && !column->text.Column().stored);
+  }
+  return named && in_part && computed;
+}
+
 // For the statement that renames a column.
 bool Copies(const TRename& rename, const TServerTraits& server, const TSchema& schema) {
   const TTableText* table = schema.Find(rename.table);
@@ -204,6 +217,9 @@ std::vector<TTableKey> KeysInTheWay(const TRename& rename, const TServerTraits& 
   std::vector<TTableKey> keys;
   const bool copies = !rename.OfTable() && Copies(rename, server, schema);
   const bool stays = !server.mysql && IsVirtual(rename, schema);
+  if (const TTableText* own = server.mysql || rename.OfTable() ? nullptr : schema.Find(rename.table); own != nullptr)
+    for (const TElement& element : own->elements)
+      if (LosesItself(element, *own, rename)) keys.push_back({rename.table, &element});
   if (!copies && !stays) return keys;
   for (const TTableText& table : schema.Tables())
     for (const TElement& element : table.elements) {
@@ -225,9 +241,9 @@ std::vector<TPlanStatement> RenameStatements(const TRename& rename, const TServe
   if (!keys.empty()) ApplyRename(rename, server, after);
   for (const TTableKey& key : keys) {
     auto& [goes, comes] = of_keys.try_emplace(key.table, TAlter(key.table), TAlter(key.table)).first->second;
-    goes.Clause(DropText(EElement::ForeignKey, key.key->name, {}));
-    comes.Clause("add " + after.Find(key.table)->Find(EElement::ForeignKey, key.key->name)->text.Str());
-    if (!unchecked) comes.CheckRows();
+    goes.Clause(DropText(key.key->kind, key.key->name, {}));
+    comes.Clause("add " + after.Find(key.table)->Find(key.key->kind, key.key->name)->text.Str());
+    if (!unchecked && key.key->kind == EElement::ForeignKey) comes.CheckRows();
   }
   std::vector<TPlanStatement> plan;
   for (auto& [table, alters] : of_keys) AddPart(alters.first, server, schema, plan);

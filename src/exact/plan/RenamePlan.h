@@ -23,13 +23,14 @@ void ApplyRename(const TRename& rename, const TServerTraits& server, TSchema& sc
 // takes. Servers that have no "rename column" get "change column" with the definition that is there.
 std::string RenameStatement(const TRename& rename, const TServerTraits& server, const TSchema& schema);
 
-// A foreign key of a table.
+// A key or foreign key of a table.
 struct TTableKey {
   std::string table;
   const TElement* key;  // within the schema
 };
 // Those that have to be away while a column gets its other name: servers do not copy a table while they rename a column
 // of its foreign keys, on either side, and MariaDB leaves the old name in keys that refer to a virtual one.
+// It also breaks a table one of whose keys has the column beside a virtual one and the first letters of another.
 std::vector<TTableKey> KeysInTheWay(const TRename& rename, const TServerTraits& server, const TSchema& schema);
 
 // The statement, between those that take such keys away and bring them back, to rows that the server looks at unless
