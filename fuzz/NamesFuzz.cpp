@@ -34,12 +34,12 @@ void ReadInitString(const std::string& text) {
 
 void ReadWishes(const std::string& text) {
   Try([&] {
-    const TForeignWishes wishes = ReadForeignWishes(text);
-    if (!(ReadForeignWishes(ForeignWishesText(wishes)) == wishes)) throw std::logic_error("other wishes");
+    const std::string written = ForeignWishesText(ReadForeignWishes(text));
+    if (ForeignWishesText(ReadForeignWishes(written)) != written) throw std::logic_error("other wishes: " + written);
   });
   Try([&] {
-    const TExactWishes wishes = ReadExactWishes(text);
-    if (!(ReadExactWishes(ExactWishesText(wishes)) == wishes)) throw std::logic_error("other wishes");
+    const std::string written = ExactWishesText(ReadExactWishes(text));
+    if (ExactWishesText(ReadExactWishes(written)) != written) throw std::logic_error("other wishes: " + written);
   });
   Try([&] { ReadRename(text); });
   Try([&] { ReadMapRule(text); });
