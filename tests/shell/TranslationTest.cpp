@@ -8,7 +8,8 @@
 #include <QRegularExpression>
 #include <QStackedWidget>
 
-#include "foreign/FactReaders.h"
+#include "core/Engines.h"
+#include "persist/RecentConnections.h"
 #include "shell/DesktopRig.h"
 #include "shell/widgets/Text.h"
 #include "shell/widgets/frameConn.h"
@@ -107,7 +108,11 @@ TEST(TranslationTest, TheMainWindowIsGermanButForTheNamesOfCommands) {
 
 TEST(TranslationTest, EachPageOfTheWizardIsInOrder) {
   const TTranslation german({QStringLiteral("de")});
-  TfmTaskWiz wizard;
+  const testing::TScratchFolder folder;
+  TEngineValues before;
+  before.Set("server", "db.example.org");
+  TRecentConnections(folder / "recent").Add(*FindEngine(kEngineMySQL), before, false);
+  TfmTaskWiz wizard({}, nullptr, {}, folder / "recent");
   EXPECT_EQ(wizard.windowTitle(), QStringLiteral("Sync Wizard"));
   EXPECT_EQ(Child<QAbstractButton>(wizard, "bnBack")->text(), QStringLiteral("Zurück"));
   EXPECT_EQ(Child<QAbstractButton>(wizard, "bnNext")->text(), QStringLiteral("Next"));
