@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <optional>
 #include <set>
 #include <unordered_set>
 #include <utility>
@@ -15,6 +16,7 @@
 #include "mysqltext/SessionSettings.h"
 #include "mysqltext/StatementHead.h"
 #include "mysqltext/StatementReader.h"
+#include "mysqltext/StatementStream.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -49,35 +51,73 @@ constexpr TDumpProgram kSavedSettings = {"-- phpMyAdmin SQL Dump",
                                          "SET COLLATION_CONNECTION=@OLD_COLLATION_CONNECTION"};
 constexpr std::string_view kSaving = "@OLD_COLLATION_CONNECTION=@@COLLATION_CONNECTION";
 
-std::size_t LastLineWith(std::string_view script, std::string_view beginning) {
-  for (std::size_t at = script.rfind(beginning); at != std::string_view::npos && at > 0;
-       at = script.rfind(beginning, at - 1))
-    if (script[at - 1] == '\n') return at;
-  return script.starts_with(beginning) ? 0 : std::string_view::npos;
-}
-
-// The closing line that the dump lacks; empty for a whole one, and for what no such program has written. The beginning
-// of an opening alone is a dump, too.
-std::string_view MissingClosing(std::string_view script) {
-  if (script.starts_with("\xEF\xBB\xBF")) script.remove_prefix(3);
-  script = TrimView(script);
-  for (const TDumpProgram& program : kDumpPrograms) {
-    const std::string_view opening = TrimView(program.opening);
-    if (script.empty() || !(script.starts_with(opening) || opening.starts_with(script))) continue;
-    const std::size_t closing = LastLineWith(script, program.closing);
-    const std::size_t reopening = LastLineWith(script, program.opening);
-    const bool closed =
-        closing != std::string_view::npos && (reopening == std::string_view::npos || reopening < closing);
-    if (!closed) return program.closing;
+// Follows a script as it comes: does a dump have its closing line?
+class TDumpEnd {
+ public:
+  void Take(std::string_view part) {
+    if (head_.size() < kHead) head_ += part.substr(0, kHead - head_.size());
+    if (program_ == nullptr) program_ = ProgramOf(Head());
+    if (program_ == nullptr && !Saves()) return;
+    const bool first = base_ == 0 && tail_.empty();
+    const std::string text = tail_ + std::string(part);
+    if (program_ != nullptr) {
+      FindLast(text, first, program_->closing, closing_);
+      FindLast(text, first, program_->opening, opening_);
+    }
+    saves_ = saves_ || text.find(kSaving) != std::string::npos;
+    puts_back_ = puts_back_ || text.find(kSavedSettings.closing) != std::string::npos;
+    const std::size_t kept = std::min(text.size(), kTail);
+    base_ += text.size() - kept;
+    tail_ = text.substr(text.size() - kept);
   }
-  const bool saves = script.starts_with(kSavedSettings.opening) && script.find(kSaving) != std::string_view::npos;
-  return saves && script.find(kSavedSettings.closing) == std::string_view::npos ? kSavedSettings.closing : "";
-}
 
-// For files of old systems, whose lines end in CR alone.
-void MakeLines(std::string& script) {
-  if (script.find('\n') == std::string::npos) std::replace(script.begin(), script.end(), '\r', '\n');
-}
+  // The closing line that the dump lacks; empty for a whole one, and for what no such program has written.
+  std::string_view Missing() const {
+    if (program_ != nullptr && (!closing_ || (opening_ && *opening_ > *closing_))) return program_->closing;
+    return Saves() && saves_ && !puts_back_ ? kSavedSettings.closing : "";
+  }
+
+ private:
+  static constexpr std::size_t kHead = 4096;
+  static constexpr std::size_t kTail = 128;  // longer than any line that is looked for
+
+  // Without what may stand before a script.
+  std::string_view Head() const {
+    std::string_view head = head_;
+    if (head.starts_with("\xEF\xBB\xBF")) head.remove_prefix(3);
+    return TrimView(head);
+  }
+
+  bool Saves() const { return Head().starts_with(kSavedSettings.opening); }
+
+  // The beginning of an opening alone is a dump, too.
+  static const TDumpProgram* ProgramOf(std::string_view head) {
+    for (const TDumpProgram& program : kDumpPrograms) {
+      const std::string_view opening = TrimView(program.opening);
+      if (!head.empty() && (head.starts_with(opening) || opening.starts_with(head))) return &program;
+    }
+    return nullptr;
+  }
+
+  void FindLast(const std::string& text, bool first, std::string_view line, std::optional<std::size_t>& place) const {
+    if (first && text.starts_with(line)) place = 0;
+    const std::string sought = "\n" + std::string(line);
+    const char* from = text.data();
+    const char* const end = from + text.size();
+    while (const void* found = memmem(from, static_cast<std::size_t>(end - from), sought.data(), sought.size())) {
+      from = static_cast<const char*>(found) + 1;
+      place = base_ + static_cast<std::size_t>(from - text.data());
+    }
+  }
+
+  std::string head_;
+  std::string tail_;
+  std::size_t base_ = 0;  // of the tail, in the script
+  const TDumpProgram* program_ = nullptr;
+  std::optional<std::size_t> closing_, opening_;  // the last of each
+  bool saves_ = false;
+  bool puts_back_ = false;
+};
 
 struct TCountedKind {
   EStatementKind kind;
@@ -120,32 +160,22 @@ struct TCreationScript::TSpan {
   bool IsTable() const { return head.kind == EStatementKind::CreateTable && !versioned; }
 };
 
-// One file.
-struct TCreationScript::TPart {
-  std::size_t start, end;  // in the buffer
-  std::string_view file;   // of a folder
-};
-
 // Goes through the statements of a script and sorts them into spans, other objects and warnings. Statements passed over
 // are told one by one; a run of the same first word that does not concern the structure, such as the rows of a dump, is
 // told once.
 class TCreationScript::TCollector {
  public:
-  TCollector(std::vector<TSpan>& spans, std::vector<TOtherObject>& others, std::vector<TScriptWarning>& warnings,
-             const std::string& database)
-      : spans_(spans), others_(others), warnings_(warnings), chosen_(database) {}
+  // `texts` takes the statements that spans are of.
+  TCollector(std::string& texts, std::vector<TSpan>& spans, std::vector<TOtherObject>& others,
+             std::vector<TScriptWarning>& warnings, const std::string& database, std::string_view file)
+      : texts_(texts), spans_(spans), others_(others), warnings_(warnings), chosen_(database), file_(file) {}
 
   const std::set<std::string>& Databases() const { return databases_; }  // of the objects
 
-  // A part of the buffer.
-  void Read(std::string_view buffer, const TPart& part) {
-    part_ = part;
-    const std::string_view script = buffer.substr(part.start, part.end - part.start);
-    TStatementReader reader(script, true);
+  void Read(TStatementStream& script) {
     TStatement statement;
-    while (reader.Next(statement))
-      for (TStatement rest = statement; !rest.text.empty(); rest = AfterClientLine(rest))
-        ReadOne(ClientLine(rest), script);
+    while (script.Next(statement))
+      for (TStatement rest = statement; !rest.text.empty(); rest = AfterClientLine(rest)) ReadOne(ClientLine(rest));
     EndRun();
     WarnOfStructure();
   }
@@ -169,15 +199,15 @@ class TCreationScript::TCollector {
     return {rest, statement.line + static_cast<std::size_t>(std::count(passed.begin(), passed.end(), '\n'))};
   }
 
-  void ReadOne(const TStatement& statement, std::string_view script) {
+  void ReadOne(const TStatement& statement) {
     const TStatement plain = WithoutComments(statement);
     const bool versioned = plain.text.empty();
     const TStatementHead head = ReadStatementHead(versioned ? statement.text : plain.text, versioned);
     const TStatement line = WithoutDashes(plain);
     if (line.text.size() < plain.text.size())
-      Take(line, ReadStatementHead(line.text), true, script);
+      Take(line, ReadStatementHead(line.text), true);
     else
-      Take(versioned ? statement : plain, head, versioned, script);
+      Take(versioned ? statement : plain, head, versioned);
     if (!versioned) Tell(plain, head);
   }
 
@@ -212,7 +242,7 @@ class TCreationScript::TCollector {
     return BareName(text.substr(head.name, head.name_end - head.name));
   }
 
-  void Take(const TStatement& statement, const TStatementHead& head, bool versioned, std::string_view script) {
+  void Take(const TStatement& statement, const TStatementHead& head, bool versioned) {
     switch (head.kind) {
       case EStatementKind::Use:
         database_ = NameIn(statement.text, head);
@@ -234,9 +264,9 @@ class TCreationScript::TCollector {
         [[fallthrough]];
       default:
         if (head.kind == EStatementKind::Setting) settings_.Take(statement.text);
-        const auto start = static_cast<std::size_t>(statement.text.data() - script.data());
-        spans_.push_back({part_.start + start, part_.start + start + statement.text.size(), head, statement.line,
-                          database_, versioned, part_.file});
+        const std::size_t start = texts_.size();
+        texts_ += statement.text;
+        spans_.push_back({start, texts_.size(), head, statement.line, database_, versioned, file_});
     }
   }
 
@@ -327,21 +357,23 @@ class TCreationScript::TCollector {
   }
 
   void PassOver(const TStatement& statement, bool may_join) {
-    if (may_join && run_length_ > 0 && SameText(FirstWord(statement.text), FirstWord(run_.text))) {
+    const std::string_view word = FirstWord(statement.text);
+    if (may_join && run_length_ > 0 && SameText(word, run_word_)) {
       ++run_length_;
       return;
     }
     EndRun();
-    run_ = statement;
+    run_word_ = word;
+    run_beginning_ = Beginning(statement.text);
+    run_line_ = statement.line;
     run_length_ = 1;
   }
 
   void EndRun() {
     if (run_length_ == 0) return;
-    const std::string beginning = Beginning(run_.text);
-    warnings_.push_back(
-        {run_length_ == 1 ? Format(kPassedOver, beginning) : Format(kPassedOverMany, beginning, run_length_ - 1),
-         run_.line, true, false, std::string(part_.file)});
+    warnings_.push_back({run_length_ == 1 ? Format(kPassedOver, run_beginning_)
+                                          : Format(kPassedOverMany, run_beginning_, run_length_ - 1),
+                         run_line_, true, false, std::string(file_)});
     run_length_ = 0;
   }
 
@@ -353,50 +385,51 @@ class TCreationScript::TCollector {
       if (count > 0) counted += Format("%s%s (%d)", counted.empty() ? "" : ", ", std::string(row.words), count);
     }
     if (!counted.empty())
-      warnings_.push_back({Format(kStructurePassedOver, counted), 0, false, true, std::string(part_.file)});
+      warnings_.push_back({Format(kStructurePassedOver, counted), 0, false, true, std::string(file_)});
   }
 
+  std::string& texts_;
   std::vector<TSpan>& spans_;
   std::vector<TOtherObject>& others_;
   std::vector<TScriptWarning>& warnings_;
   const std::string& chosen_;
-  TPart part_{};
+  std::string_view file_;
   TSessionSettings settings_;
   std::string database_;
   std::set<std::string> databases_;
   std::unordered_set<std::string> dropped_;  // tables, in lower case, that nobody has made since
   std::array<std::size_t, static_cast<std::size_t>(EStatementKind::Other) + 1> counts_{};
-  TStatement run_;
+  std::string run_word_;  // of statements that are told once
+  std::string run_beginning_;
+  std::size_t run_line_ = 0;
   std::size_t run_length_ = 0;
 };
 
 std::string TScriptWarning::Message() const { return line == 0 ? text : Format("line %d: %s", line, text); }
 
 TCreationScript::TCreationScript(std::string script, const TScriptChoice& choice) {
-  std::vector<TScriptFile> files;
-  files.push_back({{}, std::move(script)});
-  Read(std::move(files), choice);
-}
-
-TCreationScript::TCreationScript(std::vector<TScriptFile> files, const TScriptChoice& choice) {
-  Read(std::move(files), choice);
-}
-
-void TCreationScript::Read(std::vector<TScriptFile> files, const TScriptChoice& choice) {
-  std::vector<TPart> parts;
-  for (TScriptFile& file : files) {
-    MakeLines(file.text);
-    const std::size_t start = buffer_.size();
-    if (buffer_.empty())
-      buffer_ = std::move(file.text);
-    else
-      buffer_ += file.text;
-    parts.push_back({start, buffer_.size(), files_.emplace_back(std::move(file.path))});
-    file = {};
-  }
   std::vector<TSpan> spans;
-  for (const TPart& part : parts) ReadPart(part, choice, spans);
-  Pack(spans);
+  ReadPart(
+      [&script](const TStatementStream::TWatch& watch) {
+        return std::make_unique<TStatementStream>(std::move(script), watch);
+      },
+      {}, choice, spans);
+  Finish(spans, choice);
+}
+
+TCreationScript::TCreationScript(const TStringList& files, const TScriptChoice& choice) {
+  std::vector<TSpan> spans;
+  for (const std::string& path : files)
+    ReadPart(
+        [&path](const TStatementStream::TWatch& watch) {
+          return std::make_unique<TStatementStream>(std::make_unique<TFileParts>(path), watch);
+        },
+        files_.emplace_back(path), choice, spans);
+  Finish(spans, choice);
+}
+
+void TCreationScript::Finish(std::vector<TSpan>& spans, const TScriptChoice& choice) {
+  buffer_.shrink_to_fit();
   ChooseDatabase(spans, choice.database);
   AddTables(spans);
   if (tables_.empty()) warnings_.push_back({kNoTables, 0, false, !others_.empty()});
@@ -404,26 +437,34 @@ void TCreationScript::Read(std::vector<TScriptFile> files, const TScriptChoice& 
                    [](const TScriptWarning& a, const TScriptWarning& b) { return a.line < b.line; });
 }
 
-void TCreationScript::ReadPart(const TPart& part, const TScriptChoice& choice, std::vector<TSpan>& spans) {
+// A dump that was cut off may end anywhere: that is what to tell of it.
+void TCreationScript::ReadPart(const TOpen& open, std::string_view file, const TScriptChoice& choice,
+                               std::vector<TSpan>& spans) {
+  TDumpEnd end;
   std::vector<TOtherObject> objects;
-  TCollector collector(spans, objects, warnings_, choice.database);
-  const auto read = [&] {
-    const auto script = std::string_view(buffer_).substr(part.start, part.end - part.start);
-    if (const std::string_view closing = MissingClosing(script); !closing.empty() && !choice.allow_incomplete)
+  TCollector collector(buffer_, spans, objects, warnings_, choice.database, file);
+  const auto check = [&] {
+    if (const std::string_view closing = end.Missing(); !closing.empty() && !choice.allow_incomplete)
       RaiseError(Format(kCutOff, std::string(closing)));
-    collector.Read(buffer_, part);
   };
-  if (part.file.empty()) {
-    read();
-  } else {
+  const std::unique_ptr<TStatementStream> script = open([&end](std::string_view part) { end.Take(part); });
+  const auto read = [&] {
     try {
-      read();
-    } catch (const EVelmora& fault) {
-      RaiseError(std::string(part.file) + ": " + fault.what());
+      collector.Read(*script);
+    } catch (const EVelmora&) {
+      check();
+      throw;
     }
+    check();
+  };
+  try {
+    read();
+  } catch (const EVelmora& fault) {
+    if (file.empty()) throw;
+    RaiseError(std::string(file) + ": " + fault.what());
   }
   of_objects_.insert(collector.Databases().begin(), collector.Databases().end());
-  TakeObjects(std::move(objects), std::string(part.file));
+  TakeObjects(std::move(objects), std::string(file));
 }
 
 void TCreationScript::TakeObjects(std::vector<TOtherObject> objects, const std::string& file) {
@@ -437,19 +478,24 @@ void TCreationScript::TakeObjects(std::vector<TOtherObject> objects, const std::
 }
 
 std::shared_ptr<const TCreationScript> TCreationScript::Load(const std::string& path, const TScriptChoice& choice) {
+  std::shared_ptr<TCreationScript> result;
   if (IsFolder(path)) {
-    auto result = std::make_shared<TCreationScript>(ReadScriptFolder(path), choice);
-    result->structure_.file = path;
-    return result;
+    TStringList files;
+    for (const std::string& name : ScriptFilesIn(path)) files.push_back(JoinPath(path, name));
+    result = std::make_shared<TCreationScript>(files, choice);
+  } else {
+    result = std::make_shared<TCreationScript>(TStringList{path}, choice);
+    result->OfOneFile();
   }
-  std::string script = ReadFileText(path);
-  try {
-    auto result = std::make_shared<TCreationScript>(std::move(script), choice);
-    result->structure_.file = path;
-    return result;
-  } catch (const EVelmora& fault) {
-    RaiseError(path + ": " + fault.what());
-  }
+  result->structure_.file = path;
+  return result;
+}
+
+// Its path is told by whoever has it.
+void TCreationScript::OfOneFile() {
+  for (TStructureStatement& statement : structure_.statements) statement.file = {};
+  for (TCreationText& table : tables_) table.file = {};
+  for (TScriptWarning& warning : warnings_) warning.file.clear();
 }
 
 const TCreationText* TCreationScript::Find(std::string_view name) const {
@@ -458,20 +504,6 @@ const TCreationText* TCreationScript::Find(std::string_view name) const {
 }
 
 std::size_t TCreationScript::THash::operator()(std::string_view name) const { return NameHash(name); }
-
-// Moves the recorded texts to the front of the buffer, and gives the rest of its memory back.
-void TCreationScript::Pack(std::vector<TSpan>& spans) {
-  std::size_t used = 0;
-  for (TSpan& span : spans) {
-    const std::size_t size = span.end - span.start;
-    std::memmove(buffer_.data() + used, buffer_.data() + span.start, size);
-    span.start = used;
-    used += size;
-    span.end = used;
-  }
-  buffer_.resize(used);
-  buffer_.shrink_to_fit();
-}
 
 // Which database is meant; spans of tables of others are left to the structure alone, which tells by itself. Views
 // and routines of another database than the tables would be taken for this one's: then somebody has to choose.

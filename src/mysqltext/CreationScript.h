@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -13,6 +14,8 @@
 #include <vector>
 
 #include "core/CreationTexts.h"
+#include "mysqltext/StatementStream.h"
+#include "util/Lists.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -34,12 +37,6 @@ struct TCreationText {
   std::string_view file{};  // of a folder's: which of its files
 };
 
-// A file of a script that is a folder.
-struct TScriptFile {
-  std::string path;
-  std::string text;
-};
-
 // How a script is taken.
 struct TScriptChoice {
   std::string database;           // of several in the script this one; empty for the only one
@@ -58,8 +55,9 @@ class TCreationScript {
   // Lines may end in CR alone. Raises the faults of TStatementReader; for a dump without its closing line "cut off:
   // ..."; for tables of several databases of which none is chosen, and for a choice that is not among them.
   explicit TCreationScript(std::string script, const TScriptChoice& choice = {});
-  // Of a folder: each file is read by itself. Raises likewise, with the file in front, and for what two files make.
-  explicit TCreationScript(std::vector<TScriptFile> files, const TScriptChoice& choice = {});
+  // Of files, each of which is read by itself and in parts: the rows of a dump are not kept in memory. Raises likewise,
+  // with the file in front, and for what two files make.
+  explicit TCreationScript(const TStringList& files, const TScriptChoice& choice = {});
   TCreationScript(const TCreationScript&) = delete;
   TCreationScript& operator=(const TCreationScript&) = delete;
 
@@ -75,7 +73,6 @@ class TCreationScript {
 
  private:
   struct TSpan;
-  struct TPart;
   class TCollector;
   struct THash {
     std::size_t operator()(std::string_view name) const;
@@ -84,10 +81,11 @@ class TCreationScript {
     bool operator()(std::string_view a, std::string_view b) const { return SameText(a, b); }
   };
 
-  void Read(std::vector<TScriptFile> files, const TScriptChoice& choice);
-  void ReadPart(const TPart& part, const TScriptChoice& choice, std::vector<TSpan>& spans);
+  using TOpen = std::function<std::unique_ptr<TStatementStream>(const TStatementStream::TWatch& watch)>;
+  void ReadPart(const TOpen& open, std::string_view file, const TScriptChoice& choice, std::vector<TSpan>& spans);
+  void Finish(std::vector<TSpan>& spans, const TScriptChoice& choice);
+  void OfOneFile();
   void TakeObjects(std::vector<TOtherObject> objects, const std::string& file);
-  void Pack(std::vector<TSpan>& spans);
   void AddTables(const std::vector<TSpan>& spans);
   void AddTable(const TSpan& span, std::string_view text);
   void ChooseDatabase(const std::vector<TSpan>& spans, const std::string& wanted);

@@ -69,14 +69,4 @@ TStringList ScriptFilesIn(const std::string& folder) {
   return files;
 }
 
-std::vector<TScriptFile> ReadScriptFolder(const std::string& folder) {
-  std::vector<TScriptFile> files;
-  for (const std::string& name : ScriptFilesIn(folder)) {
-    std::string path = JoinPath(folder, name);
-    std::string text = ReadFileText(path);
-    files.push_back({std::move(path), std::move(text)});
-  }
-  return files;
-}
-
 }  // namespace velmora

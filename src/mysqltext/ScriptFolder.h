@@ -4,9 +4,7 @@
 // A folder of scripts that stands for one script: a database kept as a file for each table, view, routine.
 
 #include <string>
-#include <vector>
 
-#include "mysqltext/CreationScript.h"
 #include "util/Lists.h"
 
 namespace velmora {
@@ -22,7 +20,5 @@ bool IsScriptFolder(const std::string& path);
 // folder's own, in the order of their bytes. Left out is what begins with a dot, as folders of versioning programs do,
 // and folders that are links. Raises "Cannot read %s: %s".
 TStringList ScriptFilesIn(const std::string& folder);
-// All of these. Raises as ReadFileText does.
-std::vector<TScriptFile> ReadScriptFolder(const std::string& folder);
 
 }  // namespace velmora

@@ -24,9 +24,24 @@ constexpr std::string_view kStatementStops = "'\"`#-/*";
 
 TStatementReader::TStatementReader(std::string_view script, bool with_versions)
     : script_(script), with_versions_(with_versions) {
+  RefuseNul();
+  SetDelimiter(";");
+}
+
+std::size_t TStatementReader::Leave() {
+  LineAt(pos_);
+  return pos_;
+}
+
+void TStatementReader::GoOnIn(std::string_view script) {
+  script_ = script;
+  pos_ = counted_pos_ = 0;
+  RefuseNul();
+}
+
+void TStatementReader::RefuseNul() {
   const std::size_t nul = script_.find('\0');
   if (nul != kNone) Raise(nul, kNulByte);
-  SetDelimiter(";");
 }
 
 bool TStatementReader::Next(TStatement& statement) {

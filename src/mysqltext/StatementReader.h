@@ -31,9 +31,17 @@ class TStatementReader {
   // False at the end. Raises "line %d: unclosed %s quote" and "line %d: unclosed comment" with the line where it began.
   bool Next(TStatement& statement);
 
+  // --- Of a script that comes in parts
+  bool AtEnd() const { return pos_ == script_.size(); }
+  // Where what was not read so far begins. Nothing is read of this part any more: the next call is GoOnIn.
+  std::size_t Leave();
+  // Goes on in `script`, which begins with what was not read of the one before. Raises as the constructor does.
+  void GoOnIn(std::string_view script);
+
  private:
   using TStops = std::array<bool, 256>;
 
+  void RefuseNul();
   void SetDelimiter(std::string_view delimiter);
   bool AtDelimiter() const;
   bool SkipToStatement();
@@ -52,7 +60,7 @@ class TStatementReader {
   std::size_t pos_ = 0;
   std::size_t open_marks_ = 0;
   std::size_t first_mark_ = 0;  // where the outermost of these begins
-  std::string_view delimiter_;
+  std::string delimiter_;
   TStops stops_{};  // what may end a statement, or hide its end
   std::size_t counted_pos_ = 0;
   std::size_t counted_line_ = 1;

@@ -325,6 +325,28 @@ std::string ReadFileBytes(const std::string& path, std::size_t max) {
   return text;
 }
 
+TFileParts::TFileParts(const std::string& path)
+    : path_(path), file_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)) {
+  if (file_ < 0) CannotRead(path, errno);
+}
+
+TFileParts::~TFileParts() { close(file_); }
+
+bool TFileParts::Read(std::string& text, std::size_t count) {
+  std::size_t size = text.size();
+  const std::size_t wanted = size + count;
+  text.resize(wanted);
+  while (size < wanted) {
+    const ssize_t got = read(file_, text.data() + size, wanted - size);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) CannotRead(path_, errno);
+    if (got == 0) break;
+    size += static_cast<std::size_t>(got);
+  }
+  text.resize(size);
+  return size == wanted;
+}
+
 void WriteFileText(const std::string& path, std::string_view text, bool append, unsigned mode) {
   if (append) return AppendTo(path, text, O_CREAT, mode);
   const fs::path target = FollowLinks(path);

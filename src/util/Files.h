@@ -15,6 +15,22 @@ namespace velmora {
 std::string ReadFileText(const std::string& path);
 // The bytes of the file as they are, the first `max` if there are more. Raises "Cannot read %s: %s".
 std::string ReadFileBytes(const std::string& path, std::size_t max = std::string::npos);
+// A file, or whatever can be opened as one, that is read in parts.
+class TFileParts {
+ public:
+  explicit TFileParts(const std::string& path);  // raises "Cannot read %s: %s", as Read does
+  ~TFileParts();
+  TFileParts(const TFileParts&) = delete;
+  TFileParts& operator=(const TFileParts&) = delete;
+
+  // Adds the next `count` bytes to the text; gives false where there were fewer: its end is met.
+  bool Read(std::string& text, std::size_t count);
+
+ private:
+  std::string path_;
+  int file_;
+};
+
 // Replaces the file in one step (temporary file beside it, flush, rename), or appends to it. A new file gets `mode`;
 // a file that is replaced keeps its own, as far as a `mode` narrower than the usual one allows it, and its owner. But
 // the file of another user is replaced by a new one of the writer where `mode` is narrower than the usual one, or where
