@@ -64,8 +64,10 @@ class TSoakWindow {
   explicit TSoakWindow(const std::string& folder) : options_(JoinPath(folder, "options.values")) {
     auto host = std::make_unique<TPickingHost>();
     host_ = host.get();
-    desktop_ = std::make_unique<TDesktop>(
-        TDesktopSetup{JoinPath(folder, "Velmora.settings"), &options_, {}, nullptr, {}, {}}, std::move(host));
+    TDesktopSetup setup;
+    setup.settings_file = JoinPath(folder, "Velmora.settings");
+    setup.options = &options_;
+    desktop_ = std::make_unique<TDesktop>(std::move(setup), std::move(host));
     desktop_->Start(0);
     EndOnMessages();
     Settle();
