@@ -37,7 +37,11 @@ bool TScratchObjects::CopyRoutine(const TObjectDifference& unread, const TDataba
   });
   const bool routine = unread.kind == "function" || unread.kind == "procedure";
   if (object == target.objects.end() || !routine || !object->context.sql_mode) return false;
-  if (PosNoCase(" " + unread.kind + " " + QuotedName(unread.name) + "(", object->text) == 0) return false;
+  const std::string quoted_by_mode = '"' + StrReplace(unread.name, "\"", "\"\"") + '"';
+  const auto told_as = [&](const std::string& name) {
+    return PosNoCase(" " + unread.kind + " " + name + "(", object->text) != 0;
+  };
+  if (!told_as(QuotedName(unread.name)) && !told_as(quoted_by_mode)) return false;
   scratch_.Run("set @velmora_object_mode = @@sql_mode");
   const bool made = RunIfTaken("set sql_mode = " + QuotedText(*object->context.sql_mode)) && RunIfTaken(object->text);
   scratch_.Run("set sql_mode = @velmora_object_mode");
