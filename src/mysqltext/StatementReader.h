@@ -35,6 +35,7 @@ class TStatementReader {
   bool AtEnd() const { return pos_ == script_.size(); }
   // Where what was not read so far begins. Nothing is read of this part any more: the next call is GoOnIn.
   std::size_t Leave();
+  std::size_t Line() const { return counted_line_; }  // on which that is, after Leave
   // Goes on in `script`, which begins with what was not read of the one before. Raises as the constructor does.
   void GoOnIn(std::string_view script);
 

@@ -5,11 +5,14 @@
 #include <utility>
 
 #include "util/Errors.h"
+#include "util/Format.h"
 
 namespace velmora {
 
 namespace {
 
+constexpr char kTooLong[] = "line %d: what begins here has no end within 1 GB, more than any server takes";
+constexpr std::size_t kLongestStatement = std::size_t{1} << 30;  // MySQL's max_allowed_packet at most
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 }  // namespace
@@ -54,6 +57,7 @@ bool TStatementStream::Next(TStatement& statement) {
 
 void TStatementStream::GoOn() {
   window_.erase(0, reader_->Leave());
+  if (window_.size() > kLongestStatement) RaiseError(Format(kTooLong, reader_->Line()));
   Load();
   reader_->GoOnIn(window_);
 }

@@ -28,7 +28,7 @@ class TStatementStream {
   TStatementStream(std::string script, const TWatch& watch);
 
   // As TStatementReader, which reads what stands in comments for servers of a version; the statement's text lives until
-  // the next call.
+  // the next call. Raises "line %d: ..." for a statement that is longer than any server takes, too.
   bool Next(TStatement& statement);
 
  private:

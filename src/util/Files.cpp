@@ -24,6 +24,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr char kEndless[] = "Cannot read %s: more than 1 GB comes out of it, and it is no file";
+constexpr std::size_t kMostOfStream = std::size_t{1} << 30;  // pipes and devices may never end
 constexpr char kDelimiter = '/';
 constexpr char kEveryName[] = "*.*";
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
@@ -320,6 +322,7 @@ std::string ReadFileBytes(const std::string& path, std::size_t max) {
     if (count < 0) CannotRead(path, errno);
     if (count == 0) break;
     size += static_cast<std::size_t>(count);
+    if (!sized && size > kMostOfStream) RaiseError(Format(kEndless, path));
   }
   text.resize(size);
   return text;

@@ -11,7 +11,8 @@
 
 namespace velmora {
 
-// The bytes of the file; a UTF-8 mark at the start is skipped. Raises "Cannot read %s: %s".
+// The bytes of the file; a UTF-8 mark at the start is skipped. Raises "Cannot read %s: %s", as for what is no file and
+// gives more than 1 GB.
 std::string ReadFileText(const std::string& path);
 // The bytes of the file as they are, the first `max` if there are more. Raises "Cannot read %s: %s".
 std::string ReadFileBytes(const std::string& path, std::size_t max = std::string::npos);

@@ -45,11 +45,14 @@ void TWindowWait::WaitFor(const TCame& came) {
   since_ = std::chrono::steady_clock::now();
   gives_up_ = asked_ && !told_;
   bool back = false;
-  while (!back && !gives_up_) {
-    Pump();
-    back = came(kTick);
-  }
-  since_.reset();
+  RunGuarded(
+      [&] {
+        while (!back && !gives_up_) {
+          Pump();
+          back = came(kTick);
+        }
+      },
+      [this] { since_.reset(); });
   Over(!back);
   if (!back) throw ECancelled();
 }
