@@ -60,7 +60,7 @@ constexpr char kStaysWithoutKey[] = "0 /*!80013 + @@sql_require_primary_key */, 
 constexpr char kCopiesChecked[] = "0 /*!50700 + 1 */ and ";
 constexpr char kOtherSystem[] = "%s with shapes of another reference system (SRID)";
 constexpr char kOtherSize[] =
-    "column %s is of another size than what it refers to, and servers compare it byte by byte";
+    "column %s is of another size, or has other values, than what it refers to, and servers compare the bytes";
 constexpr char kSeveral[] = "it goes by several columns";
 
 bool IsUnique(const TElement& key) { return key.kind == EElement::PrimaryKey || key.kind == EElement::UniqueKey; }
@@ -106,7 +106,7 @@ bool HasOtherBytes(const TTableText& table, const std::string& column, const TTa
   if (own == nullptr || theirs == nullptr) return false;
   const TColumnText a = ReadColumnText(own->text, table), b = ReadColumnText(theirs->text, *parent);
   return a.type == b.type && a.arguments != b.arguments &&
-         InList(a.type, {"decimal", "bit", "time", "datetime", "timestamp"});
+         InList(a.type, {"decimal", "bit", "time", "datetime", "timestamp", "enum", "set"});
 }
 
 class TRowInquiry {
