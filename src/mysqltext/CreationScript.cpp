@@ -448,6 +448,7 @@ void TCreationScript::ReadPart(const TOpen& open, std::string_view file, const T
       RaiseError(Format(kCutOff, std::string(closing)));
   };
   const std::unique_ptr<TStatementStream> script = open([&end](std::string_view part) { end.Take(part); });
+  buffer_.reserve(buffer_.size() + script->MostOfAll());
   const auto read = [&] {
     try {
       collector.Read(*script);

@@ -17,8 +17,9 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 }  // namespace
 
-TStatementStream::TStatementStream(std::unique_ptr<TFileParts> file, TWatch watch, std::size_t part)
+TStatementStream::TStatementStream(std::unique_ptr<TFileParts> file, TWatch watch, std::size_t part, std::size_t whole)
     : file_(std::move(file)), watch_(std::move(watch)), part_(part) {
+  if (file_->Size() > 0 && file_->Size() < whole) part_ = (most_ = file_->Size()) + 1;  // and so its end is met
   do Load();
   while (file_ != nullptr && window_.find('\n') == std::string::npos);
 }

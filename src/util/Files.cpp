@@ -331,6 +331,8 @@ std::string ReadFileBytes(const std::string& path, std::size_t max) {
 TFileParts::TFileParts(const std::string& path)
     : path_(path), file_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)) {
   if (file_ < 0) CannotRead(path, errno);
+  struct stat info {};
+  if (fstat(file_, &info) == 0 && S_ISREG(info.st_mode)) size_ = static_cast<std::size_t>(info.st_size);
 }
 
 TFileParts::~TFileParts() { close(file_); }

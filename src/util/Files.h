@@ -26,10 +26,12 @@ class TFileParts {
 
   // Adds the next `count` bytes to the text; gives false where there were fewer: its end is met.
   bool Read(std::string& text, std::size_t count);
+  std::size_t Size() const { return size_; }  // when it was opened; 0 for what is no file
 
  private:
   std::string path_;
   int file_;
+  std::size_t size_ = 0;
 };
 
 // Replaces the file in one step (temporary file beside it, flush, rename), or appends to it. A new file gets `mode`;

@@ -43,7 +43,7 @@ TEST(StatementStream, ReadsInPartsWhatStandsInTheWhole) {
     for (std::size_t part = 1; part < script.size() + 2; ++part) {
       std::string came;
       TStatementStream stream(
-          std::make_unique<TFileParts>(path), [&came](std::string_view text) { came += text; }, part);
+          std::make_unique<TFileParts>(path), [&came](std::string_view text) { came += text; }, part, 0);
       EXPECT_EQ(Read(stream), expected) << script << " in parts of " << part;
       EXPECT_EQ(came, script);
     }
