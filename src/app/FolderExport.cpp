@@ -8,6 +8,7 @@
 #include <memory>
 #include <set>
 #include <system_error>
+#include <tuple>
 #include <utility>
 
 #include "core/CreationTexts.h"
@@ -124,6 +125,10 @@ class TSourceTexts {
     const TStructureScript* script = texts_->StructureScript();
     database_ = script == nullptr ? texts_->TextsDatabase() : script->database;
     objects_ = texts_->OtherObjects();
+    for (const TOtherObject& object : objects_) {
+      if (object.kind == "view" || object.kind == "sequence") no_tables_.insert(object.name);
+      if (object.kind == "procedure") procedures_.insert(object.name);
+    }
     ReadTables(script);
     ReadObjects();
     for (const std::string& kind : texts_->KindsNotAllSeen()) hidden_.insert(std::string(FolderOf(kind)));
@@ -151,7 +156,7 @@ class TSourceTexts {
       report_.whole = report_.whole && file->Unknown().empty();
     } else {
       source_.meta().TableNames(tables);
-      std::erase_if(tables, [this](const std::string& table) { return IsOther(table); });
+      std::erase_if(tables, [this](const std::string& table) { return no_tables_.contains(table); });
     }
     for (const std::string& table : tables) there_.insert(ExportFileOf("table", table));
     std::erase_if(tables, [this](const std::string& table) { return !wishes_.selection.ReadsTable(table); });
@@ -161,12 +166,6 @@ class TSourceTexts {
       ReadTable(table, file.get());
     }
     texts_->ExpectCreationTexts({});
-  }
-
-  bool IsOther(const std::string& table) const {
-    return std::ranges::any_of(objects_, [&table](const TOtherObject& object) {
-      return object.name == table && (object.kind == "view" || object.kind == "sequence");
-    });
   }
 
   void ReadTable(const std::string& table, TFileSchema* file) {
@@ -190,9 +189,7 @@ class TSourceTexts {
   // Of a function that a procedure has the name of.
   std::string FileOf(const TOtherObject& object) const {
     const std::string file = ExportFileOf(object.kind, object.name);
-    const bool shares = object.kind == "function" && std::ranges::any_of(objects_, [&](const TOtherObject& other) {
-                          return other.kind == "procedure" && ExportFileOf(other.kind, other.name) == file;
-                        });
+    const bool shares = object.kind == "function" && procedures_.contains(object.name);
     return shares ? file.substr(0, file.size() - kEnding.size()) + ".function" + std::string(kEnding) : file;
   }
 
@@ -207,25 +204,28 @@ class TSourceTexts {
       wanted.push_back(object);
     }
     if (texts_->StructureScript() == nullptr) texts_->ReadObjectTexts(wanted);
+    std::vector<std::pair<const TOtherObject*, TObjectText>> read;
     for (const TOtherObject& object : wanted) {
       Host().ProcessMessages();
       try {
         if (object.text.empty()) RaiseError(kNoText);
-        const TObjectText read = ReadObject(object, database_);
-        if (wishes_.selection.TakesObject(object.kind, object.name, read.table))
-          files_[FileOf(object)] = TextOf(object, read, wanted);
+        const TObjectText& text = read.emplace_back(&object, ReadObject(object, database_)).second;
+        if (object.order > 0) triggers_[{text.table, text.moment, object.order}] = object.name;
+      } catch (const EAbort&) {
+        throw;
       } catch (const EVelmora& error) {
-        if (!source_.GetConnected()) throw;
         Leave(object.kind, object.name, error.what(), true);
       }
     }
+    for (const auto& [object, text] : read)
+      if (wishes_.selection.TakesObject(object->kind, object->name, text.table))
+        files_[FileOf(*object)] = TextOf(*object, text);
   }
 
-  std::string TextOf(const TOtherObject& object, const TObjectText& read,
-                     const std::vector<TOtherObject>& others) const {
+  std::string TextOf(const TOtherObject& object, const TObjectText& read) const {
     const bool strips = wishes_.definers.policy == EDefiners::Strip;
     const std::string definer = strips ? std::string() : MappedAccount(read.definer, wishes_.definers);
-    const std::string text = Laid(read.Creation({definer, false, OrderOf(object, read, others)}), read);
+    const std::string text = Laid(read.Creation({definer, false, OrderOf(object, read)}), read);
     TStringList lines;
     const std::vector<TSetting> settings = SettingsOf(object);
     for (const TSetting& setting : settings) {
@@ -241,15 +241,10 @@ class TSourceTexts {
   }
 
   // Of triggers that fire together, the one before it.
-  std::string OrderOf(const TOtherObject& object, const TObjectText& read,
-                      const std::vector<TOtherObject>& others) const {
+  std::string OrderOf(const TOtherObject& object, const TObjectText& read) const {
     if (object.kind != "trigger" || object.order < 2) return read.order;
-    for (const TOtherObject& other : others) {
-      if (other.kind != "trigger" || other.order != object.order - 1 || other.text.empty()) continue;
-      const TObjectText before = ReadObject(other, database_);
-      if (before.table == read.table && before.moment == read.moment) return "follows " + QuotedName(other.name);
-    }
-    return read.order;
+    const auto before = triggers_.find({read.table, read.moment, object.order - 1});
+    return before == triggers_.end() ? read.order : "follows " + QuotedName(before->second);
   }
 
   TDBConn& source_;
@@ -259,8 +254,11 @@ class TSourceTexts {
   std::string database_;
   std::vector<TOtherObject> objects_;
   std::map<std::string, std::string> files_;
-  std::set<std::string> there_;   // files of all that there is
-  std::set<std::string> hidden_;  // folders of what is not seen whole
+  std::set<std::string> no_tables_;  // views and sequences, which servers list with tables
+  std::set<std::string> procedures_;
+  std::map<std::tuple<std::string, std::string, int>, std::string> triggers_;  // by table, moment, place
+  std::set<std::string> there_;                                                // files of all that there is
+  std::set<std::string> hidden_;                                               // folders of what is not seen whole
 };
 
 // --- The folder
