@@ -15,6 +15,7 @@
 #include "mysqlclient/MyWire.h"
 #include "mysqlclient/mysqlUtil.h"
 #include "mysqltext/Lexer.h"
+#include "mysqltext/ViewOrdinals.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Lists.h"
@@ -37,6 +38,8 @@ constexpr char kTimestampsSayAll[] = "set session explicit_defaults_for_timestam
 constexpr char kResultsAsTheyAre[] = "set session character_set_results=null";
 constexpr char kOwnCollation[] =
     "select collation_connection from information_schema.views where table_schema = database() and table_name = ";
+constexpr char kOwnQuery[] =
+    "select view_definition from information_schema.views where table_schema = database() and table_name = ";
 constexpr char kTakesCollation[] =
     "set @velmora_collation = @@session.collation_connection, session collation_connection = %s";
 constexpr char kCollationAsItWas[] = "set session collation_connection = @velmora_collation";
@@ -537,9 +540,17 @@ void TDBConnMySQL::ShowObject(TOtherObject& object) {
     return column > 0 && column < row.size() ? VarToText(row[column]) : std::string();
   };
   object.text = value(shown->text);
+  if (object.kind == "view" && MayLackOrdinals(object.text)) object.text = TextWithOrdinals(object);
   if (shown->mode > 0 && shown->mode < row.size()) object.context.sql_mode = value(shown->mode);
   object.context.collation = value(shown->collation);
   object.context.time_zone = value(shown->zone);
+}
+
+// Empty where it can't be known what the view orders by.
+std::string TDBConnMySQL::TextWithOrdinals(const TOtherObject& view) {
+  std::vector<TVariant> row;
+  MySqlQueryRow(kOwnQuery + QuotedText(view.name), *connection_, row);
+  return row.empty() ? std::string() : WithOrdinals(view.text, VarToText(row[0])).value_or("");
 }
 
 // Servers show some views only to sessions of the collation in which they were made.

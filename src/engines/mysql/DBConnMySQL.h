@@ -122,6 +122,7 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   const std::vector<TOtherObject>& ListKinds();
   void ReadObject(TOtherObject& object);
   void ShowObject(TOtherObject& object);
+  std::string TextWithOrdinals(const TOtherObject& view);
   void ReadInOwnCollation(TOtherObject& view);
 
   std::unique_ptr<TMyConnection> connection_;

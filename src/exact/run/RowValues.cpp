@@ -69,7 +69,8 @@ TRowValue NewColumn(const TColumnText& column) {
   const std::string text = column.default_text.value_or("");
   if (text.empty()) return {column.not_null ? EKind::Constant : EKind::Null, FillingOf(column), {}};
   if (SameText(text, "null")) return {EKind::Null, {}, {}};
-  if (IsLiteral(text)) return {EKind::Constant, text, {}};
+  // Bits are written as a text of bytes, which beside a number is read for its digits.
+  if (IsLiteral(text)) return {EKind::Constant, column.type == "bit" ? "(" + text + " + 0)" : text, {}};
   if (PosNoCase("current_timestamp", text) == 1) return {EKind::Constant, {}, {}};
   return {EKind::Unknown, {}, Format(kComputed, column.name)};
 }

@@ -674,8 +674,9 @@ TEST_F(ExactLiveTest, RowsInTheWayAreCountedBeforeTheRun) {
   RunAll(reference_, {"create table fresh (id int primary key)", "create table other (a int, x int primary key)"});
   RunAll(target_, {"create table other (a int)", "insert into p (id) values (1), (2)"});
   for (TLiveDatabase* database : {&reference_, &target_})
-    RunAll(*database, {"create table words (w varchar(20) primary key, d decimal(5,1), unique key (d))",
-                       "insert into words values ('abc', 1.5)"});
+    RunAll(*database,
+           {"create table words (w varchar(20) primary key, d decimal(5,1), n bit(4), unique key (d), unique key (n))",
+            "insert into words values ('abc', 1.5, 0)"});
   std::vector<TTableCase> cases;
   std::size_t refused = 0;
   for (const TTableCase& c : testing::TableCases("rows_in_the_way.txt")) {
