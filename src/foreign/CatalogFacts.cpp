@@ -78,6 +78,8 @@ bool TCatalogFacts::Reachable() {
   try {
     conn_.OpenQuery(probe_)->Close();
     return true;
+  } catch (const EAbort&) {
+    throw;
   } catch (const EVelmora&) {
     return false;
   }

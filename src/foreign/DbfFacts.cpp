@@ -12,6 +12,7 @@
 #include "engines/oledb/DBConnDBF.h"
 #include "engines/oledb/DBConnFoxPro.h"
 #include "formats/dbf/DbfStructure.h"
+#include "util/Aside.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -120,10 +121,12 @@ class TDbfFacts : public TFactReader {
  public:
   using TOpen = std::unique_ptr<TDbfStructures> (*)(const std::string& path, const std::string& code_page);
   TDbfFacts(std::string path, std::string code_page, TOpen open)
-      : path_(std::move(path)), code_page_(std::move(code_page)), open_(open) {}
+      : path_(path), files_(ESlow::Files, [path = std::move(path), code_page = std::move(code_page), open] {
+          return open(path, code_page);
+        }) {}
 
   TKnownFacts Known() const override { return {EFact::Order}; }
-  TStringList Tables() override { return Files().TableNames(); }
+  TStringList Tables() override { return TableNames(); }
   bool Reachable() override {
     std::error_code ignored;
     return std::filesystem::exists(path_, ignored);
@@ -145,15 +148,17 @@ class TDbfFacts : public TFactReader {
   }
 
  private:
-  TDbfStructures& Files() {
-    if (files_ == nullptr) files_ = open_(path_, code_page_);
-    return *files_;
+  TStringList TableNames() {
+    return files_.Do([](TDbfStructures& files) { return files.TableNames(); });
+  }
+  TDbfStructure Read(const std::string& name) {
+    return files_.Do([name](TDbfStructures& files) { return files.StructureOf(name); });
   }
 
   // A parent was read with the first table that refers to it.
   TDbfStructure StructureOf(const std::string& name) {
     if (auto parent = parents_.extract(name)) return std::move(parent.mapped());
-    TDbfStructure structure = Files().StructureOf(name);
+    TDbfStructure structure = Read(name);
     if (structure.entry) KeepTags(name, structure);
     return structure;
   }
@@ -196,9 +201,11 @@ class TDbfFacts : public TFactReader {
 
   void ReadAhead(const std::string& table) {
     try {
-      TDbfStructure structure = Files().StructureOf(table);
+      TDbfStructure structure = Read(table);
       KeepTags(table, structure);
       parents_.emplace(table, std::move(structure));
+    } catch (const EAbort&) {
+      throw;
     } catch (const EVelmora&) {
     }
   }
@@ -223,15 +230,13 @@ class TDbfFacts : public TFactReader {
   // As the list of tables spells it.
   std::string NameIn(const std::string& table) {
     if (names_.empty())
-      for (const std::string& name : Files().TableNames()) names_.emplace(LowerText(name), name);
+      for (const std::string& name : TableNames()) names_.emplace(LowerText(name), name);
     const auto found = names_.find(LowerText(table));
     return found == names_.end() ? table : found->second;
   }
 
   std::string path_;
-  std::string code_page_;
-  TOpen open_;
-  std::unique_ptr<TDbfStructures> files_;
+  TAsideObject<TDbfStructures> files_;
   using TTags = std::map<std::string, std::string>;  // columns by tags in lower case
   std::map<std::string, std::string> names_;         // of tables, by the name in lower case
   std::map<std::string, TTags> tags_;                // of tables that were read

@@ -350,6 +350,8 @@ class TOdbcFacts final : public TFactReader {
       TStringList tables;
       if (conn_.GetConnected()) conn_.ListTables(tables);
       return conn_.GetConnected();
+    } catch (const EAbort&) {
+      throw;
     } catch (const EVelmora&) {
       return false;
     }

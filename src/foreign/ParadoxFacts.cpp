@@ -11,6 +11,7 @@
 
 #include "engines/file/DBConnParadox.h"
 #include "formats/paradox/ParadoxReader.h"
+#include "util/Aside.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -82,25 +83,32 @@ std::optional<std::size_t> HexNumber(std::string_view digits) {
   return digits.empty() ? std::nullopt : std::optional(number);
 }
 
-class TParadoxFacts final : public TFactReader {
+constexpr TKnownFacts kKnown{EFact::Order, EFact::PrimaryKey, EFact::Counting};
+
+// The tables of a folder and what stands beside them.
+class TParadoxFolder {
  public:
-  explicit TParadoxFacts(TDBConnParadox& conn) : conn_(conn) {}
+  explicit TParadoxFolder(std::string folder) : folder_(std::move(folder)) {}
 
-  TKnownFacts Known() const override { return {EFact::Order, EFact::PrimaryKey, EFact::Counting}; }
-  TStringList Tables() override {
-    if (!Reachable()) RaiseError(Format(kNoFolder, conn_.Folder()));
-    ListFiles();
-    TStringList tables;
-    conn_.ListTables(tables);
-    return tables;
-  }
-  bool Reachable() override {
+  bool IsThere() const {
     std::error_code ignored;
-    return fs::is_directory(conn_.Folder(), ignored);
+    return fs::is_directory(folder_, ignored);
   }
 
-  TForeignTable Table(const std::string& name) override {
-    const TPxTable file(FindFileNoCase(conn_.Folder(), name, ".db"), true);
+  void ListFiles() {
+    if (!IsThere()) RaiseError(Format(kNoFolder, folder_));
+    files_.clear();
+    std::error_code error;
+    for (fs::directory_iterator entry(folder_, error); !error && entry != fs::directory_iterator();
+         entry.increment(error)) {
+      StopIfLeft();
+      files_.emplace(LowerText(entry->path().stem().string()), entry->path());
+    }
+    if (error) RaiseError(Format(kUnreadFolder, folder_, error.message()));
+  }
+
+  TForeignTable Table(const std::string& name) const {
+    const TPxTable file(FindFileNoCase(folder_, name, ".db"), true);
     TForeignTable table{.name = name};
     for (const TPxField& field : file.Fields()) table.columns.push_back(ColumnOf(field));
     const std::size_t width = file.Header().primaryKeyFields;
@@ -127,22 +135,14 @@ class TParadoxFacts final : public TFactReader {
     return beside;
   }
 
-  void ListFiles() {
-    files_.clear();
-    std::error_code error;
-    for (fs::directory_iterator entry(conn_.Folder(), error); !error && entry != fs::directory_iterator();
-         entry.increment(error))
-      files_.emplace(LowerText(entry->path().stem().string()), entry->path());
-    if (error) RaiseError(Format(kUnreadFolder, conn_.Folder(), error.message()));
-  }
-
   // The files TABLE.Xnn, of which nn is a field's number in hexadecimal digits, or Gn for a key over several fields.
-  void AddSecondaryKeys(const std::map<std::string, std::string>& beside, std::size_t width, TForeignTable& table) {
+  static void AddSecondaryKeys(const std::map<std::string, std::string>& beside, std::size_t width,
+                               TForeignTable& table) {
     constexpr std::size_t kExtension = 4;  // ".x04"
     for (const auto& [extension, path] : beside)
       if (extension.size() == kExtension && extension[1] == 'x') {
         table.keys.push_back(SecondaryKey(path, width, table));
-        table.known = Known();
+        table.known = kKnown;
         table.known->Add(EFact::OtherKeys);
       }
   }
@@ -162,6 +162,8 @@ class TParadoxFacts final : public TFactReader {
       if (own > 0 && SameText(fields.back().name, kHint)) --own;
       own -= std::min(own, width);
       for (std::size_t i = 0; i < own; ++i) key.parts.push_back({fields[i].name});
+    } catch (const EAbort&) {
+      throw;
     } catch (const EVelmora& fault) {
       key.problem = fault.what();
     }
@@ -169,8 +171,32 @@ class TParadoxFacts final : public TFactReader {
     return key;
   }
 
-  TDBConnParadox& conn_;
+  std::string folder_;
   std::multimap<std::string, fs::path> files_;  // of the folder, by their names without extension in lower case
+};
+
+class TParadoxFacts final : public TFactReader {
+ public:
+  explicit TParadoxFacts(TDBConnParadox& conn)
+      : conn_(conn), folder_(ESlow::Files, [path = conn.Folder()] { return std::make_unique<TParadoxFolder>(path); }) {}
+
+  TKnownFacts Known() const override { return kKnown; }
+  TStringList Tables() override {
+    folder_.Do([](TParadoxFolder& folder) { folder.ListFiles(); });
+    TStringList tables;
+    conn_.ListTables(tables);
+    return tables;
+  }
+  bool Reachable() override {
+    return folder_.Do([](TParadoxFolder& folder) { return folder.IsThere(); });
+  }
+  TForeignTable Table(const std::string& name) override {
+    return folder_.Do([name](TParadoxFolder& folder) { return folder.Table(name); });
+  }
+
+ private:
+  TDBConnParadox& conn_;
+  TAsideObject<TParadoxFolder> folder_;
 };
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "engines/file/DBConnTextFixed.h"
 #include "formats/text/DelimitedRecords.h"
 #include "formats/text/TypeGuess.h"
+#include "util/Aside.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -32,8 +33,10 @@ std::string WithoutExtension(const std::string& file) {
 }
 
 bool IsFolder(const std::string& path) {
-  std::error_code ignored;
-  return std::filesystem::is_directory(path, ignored);
+  return DoAside(ESlow::Files, [path] {
+    std::error_code ignored;
+    return std::filesystem::is_directory(path, ignored);
+  });
 }
 
 struct TTypeRow {
@@ -123,10 +126,18 @@ class TDelimitedFacts final : public TTextFacts {
       : TTextFacts(conn, conn.folder()), separator_(conn.separator()), hdr_(conn.hdr()) {}
 
   TForeignTable Table(const std::string& name) override {
+    return DoAside(ESlow::Files, [name, path = JoinPath(folder_, name), separator = separator_, hdr = hdr_] {
+      return ReadTable(name, path, separator, hdr);
+    });
+  }
+
+ private:
+  static TForeignTable ReadTable(const std::string& name, const std::string& path, const std::string& separator,
+                                 bool hdr) {
     std::vector<TSeenColumn> columns;
     bool first = true;
-    ReadDelimitedRecords(JoinPath(folder_, name), separator_, [&](const std::vector<TDelimitedValue>& values) {
-      const bool names = std::exchange(first, false) && hdr_;
+    ReadDelimitedRecords(path, separator, [&](const std::vector<TDelimitedValue>& values) {
+      const bool names = std::exchange(first, false) && hdr;
       if (names)
         for (const TDelimitedValue& value : values) columns.emplace_back(Trim(value.text));
       if (values.size() > columns.size()) columns.resize(values.size());
@@ -138,7 +149,6 @@ class TDelimitedFacts final : public TTextFacts {
     return table;
   }
 
- private:
   std::string separator_;
   bool hdr_;
 };
@@ -148,17 +158,19 @@ class TFixedFacts final : public TTextFacts {
   explicit TFixedFacts(TDBConnTextFixed& conn) : TTextFacts(conn, conn.folder()), fixed_(conn) {}
 
   TForeignTable Table(const std::string& name) override {
-    TForeignTable table{.name = name};
-    const std::unique_ptr<TSMImportBaseComponent> component = fixed_.ComponentClass();
-    TMemDataset rows({});
+    const std::shared_ptr<TSMImportBaseComponent> component = fixed_.ComponentClass();
     component->SourceFileName = JoinPath(folder_, name);
-    component->DataSet = &rows;
-    component->OnCreateStructure = [&](TSMImportBaseComponent&, const TSMColumns& columns) {
-      for (const TSMColumn& column : columns) table.columns.push_back(ColumnOf(column));
-    };
     fixed_.ApplyParams(*component);
-    component->Execute();
-    return table;
+    return DoAside(ESlow::Files, [component, name] {
+      TForeignTable table{.name = name};
+      TMemDataset rows({});
+      component->DataSet = &rows;
+      component->OnCreateStructure = [&](TSMImportBaseComponent&, const TSMColumns& columns) {
+        for (const TSMColumn& column : columns) table.columns.push_back(ColumnOf(column));
+      };
+      component->Execute();
+      return table;
+    });
   }
 
  private:

@@ -173,6 +173,15 @@ void TWaiting::Cancel() {
 }
 
 void TWaiting::Do(TServerThread& thread, TMyConnection* connection, std::function<void()> work) {
+  if (!Wait(thread, connection, std::move(work))) throw EMySqlException(kGivenUp);
+}
+
+bool TWaiting::DoOrLeave(TServerThread& thread, std::function<void()> work) {
+  return Wait(thread, nullptr, std::move(work));
+}
+
+// False where it was given up.
+bool TWaiting::Wait(TServerThread& thread, TMyConnection* connection, std::function<void()> work) {
   thread.Start(std::move(work));
   if (!thread.CameBack(kQuick)) {
     TCall call{thread, connection};
@@ -182,10 +191,11 @@ void TWaiting::Do(TServerThread& thread, TMyConnection* connection, std::functio
     if (over_) over_(call.given_up || thread.Failed());
     if (call.given_up) {
       thread.Leave();
-      throw EMySqlException(kGivenUp);
+      return false;
     }
   }
   thread.PassOnError();
+  return true;
 }
 
 // Whoever breaks the call off has to be done as well: his word might reach the next statement.

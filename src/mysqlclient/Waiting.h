@@ -70,9 +70,14 @@ class TWaiting {
   // its end, must own what it uses, and then this raises EMySqlException.
   void Do(TServerThread& thread, TMyConnection* connection, std::function<void()> work);
 
+  // --- For others
+  // The same of work that may be left alone; false where it was.
+  bool DoOrLeave(TServerThread& thread, std::function<void()> work);
+
  private:
   struct TCall;
 
+  bool Wait(TServerThread& thread, TMyConnection* connection, std::function<void()> work);
   void Pump(TCall& call);
 
   std::function<void()> pump_;

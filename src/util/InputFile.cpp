@@ -13,6 +13,7 @@
 #include <system_error>
 #include <utility>
 
+#include "util/Aside.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -64,6 +65,7 @@ void TInputFile::Close() {
 
 std::size_t TInputFile::ReadAt(std::uint64_t offset, std::span<char> buffer) const {
   std::size_t done = 0;
+  StopIfLeft();
   while (done < buffer.size()) {
     const ssize_t count = pread(fd_, buffer.data() + done, buffer.size() - done, static_cast<off_t>(offset + done));
     if (count < 0 && errno == EINTR) continue;

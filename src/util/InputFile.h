@@ -38,7 +38,7 @@ class TInputFile {
   void Close();
 
   // Fills `buffer` with what stands at `offset` and gives the number of bytes; fewer than asked for where the file
-  // ends. Raises "Cannot read %s at offset %d: %s".
+  // ends. Raises "Cannot read %s at offset %d: %s", and ECancelled in work that was left (Aside.h).
   std::size_t ReadAt(std::uint64_t offset, std::span<char> buffer) const;
 
  private:

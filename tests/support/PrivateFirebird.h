@@ -41,6 +41,7 @@ class TPrivateFirebird {
   const std::string& Server() const { return server_; }  // as a client writes it
   TFirebirdFolder& Folder() { return folder_; }
   void Kill() { process_.Kill(); }
+  void Freeze(bool frozen) const { process_.Freeze(frozen); }
 
  private:
   void WriteConfiguration(int port);

@@ -2,13 +2,16 @@
 #include "engines/file/DBConnParadox.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <iterator>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "core/Host.h"
 #include "core/Meta.h"
+#include "engines/file/FilesOfFolder.h"
 #include "formats/paradox/ParadoxReader.h"
+#include "util/Aside.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -19,9 +22,48 @@ namespace {
 
 constexpr char kFolderKey[] = "/folder";
 constexpr char kTableExtension[] = ".db";
-constexpr char kTableMask[] = "*.db";
 constexpr char kSetToNull[] = "Row #%d: %s (set to NULL)";
-constexpr std::int64_t kPumpEvery = 1000;  // records
+constexpr std::int64_t kAtOnce = 1000;  // records
+
+std::string TablePath(const std::string& folder, const std::string& table) {
+  return FindFileNoCase(folder, table, kTableExtension);
+}
+
+using TRows = std::vector<TMemDataset::TRow>;
+
+// The records of a table, as the reader has them, so many at once.
+class TRecords {
+ public:
+  TRecords(const std::string& folder, const std::string& table)
+      : file_(ESlow::Files, [=] { return std::make_unique<TPxTable>(TablePath(folder, table), false); }) {
+    std::tie(fields_, left_) =
+        file_.Do([](TPxTable& file) { return std::pair(file.Fields(), std::int64_t{file.Header().numRecords}); });
+  }
+
+  const std::vector<TPxField>& Fields() const { return fields_; }
+  bool Next(TRows& rows) {  // false: there are no more
+    const std::int64_t count = std::min(left_, kAtOnce);
+    if (count == 0) return false;
+    rows = file_.Do([count, first = read_](TPxTable& file) {
+      TRows these(static_cast<std::size_t>(count));
+      for (std::int64_t i = 0; i < count; ++i) {
+        file.ReadRecord(first + i);
+        std::vector<TVariant>& values = file.Values();
+        these[static_cast<std::size_t>(i)].assign(std::move_iterator(values.begin()), std::move_iterator(values.end()));
+      }
+      return these;
+    });
+    read_ += count;
+    left_ -= count;
+    return true;
+  }
+
+ private:
+  TAsideObject<TPxTable> file_;
+  std::vector<TPxField> fields_;
+  std::int64_t read_ = 0;
+  std::int64_t left_ = 0;
+};
 
 // What a type of the file is to the store and to a dataset.
 struct TPxTypeRow {
@@ -129,22 +171,25 @@ void TDBConnParadox::SaveParams(const std::string& path, TXMLAccess& store) {
 void TDBConnParadox::GetDisplayName(std::string& text) { text = folder_; }
 
 std::unique_ptr<TDataset> TDBConnParadox::OpenTable(const std::string& table) {
-  TPxTable reader(TablePath(table), false);
-  const std::vector<TPxField>& fields = reader.Fields();
+  TRecords records(folder_, table);
+  const std::vector<TPxField>& fields = records.Fields();
   const std::vector<const TPxTypeRow*> types = TypesOf(fields);
   auto dataset = std::make_unique<TMemDataset>(FieldDefs(fields, types));
-  for (std::int64_t i = 0; i < reader.Header().numRecords; ++i) {
-    reader.ReadRecord(i);
-    if (i % kPumpEvery == 0) Host().ProcessMessages();
-    TMemDataset::TRow row(fields.size());
-    for (std::size_t k = 0; k < fields.size(); ++k) {
-      try {
-        row[k] = Assigned(std::move(reader.Values()[k]), types[k]->kind);
-      } catch (const EVelmora& error) {
-        if (on_open) on_open(table, fields[k].name, i + 1, Format(kSetToNull, i + 1, error.what()));
+  std::int64_t number = 0;
+  for (TRows rows; records.Next(rows);) {
+    Host().ProcessMessages();
+    for (TMemDataset::TRow& row : rows) {
+      ++number;
+      for (std::size_t k = 0; k < fields.size(); ++k) {
+        try {
+          row[k] = Assigned(std::move(row[k]), types[k]->kind);
+        } catch (const EVelmora& error) {
+          row[k] = {};
+          if (on_open) on_open(table, fields[k].name, number, Format(kSetToNull, number, error.what()));
+        }
       }
+      dataset->AddRow(std::move(row));
     }
-    dataset->AddRow(std::move(row));
   }
   return dataset;
 }
@@ -152,19 +197,18 @@ std::unique_ptr<TDataset> TDBConnParadox::OpenTable(const std::string& table) {
 int TDBConnParadox::GetEngine() { return kEngineParadox; }
 
 std::int64_t TDBConnParadox::GetRecordCount(const std::string& table) {
-  std::uint32_t records = 0;
-  std::uint16_t fields = 0;
-  TPxTable::ReadHeaderInfo(TablePath(table), records, fields);
-  return records;
+  return DoAside(ESlow::Files, [folder = folder_, table] {
+    std::uint32_t records = 0;
+    std::uint16_t fields = 0;
+    TPxTable::ReadHeaderInfo(TablePath(folder, table), records, fields);
+    return std::int64_t{records};
+  });
 }
 
 // Cut by length, since an extension is found in capitals too.
 void TDBConnParadox::ListTables(TStringList& list) {
-  FindFiles(list, JoinPath(folder_, kTableMask), false, true);
-  for (std::string& line : list) {
-    line = std::filesystem::path(line).filename().string();
-    line.resize(line.size() - std::string_view(kTableExtension).size());
-  }
+  list = FilesAside(folder_, {kTableExtension + 1});
+  for (std::string& name : list) name.resize(name.size() - std::string_view(kTableExtension).size());
 }
 
 std::unique_ptr<TDBConn> TDBConnParadox::Clone() {
@@ -174,14 +218,13 @@ std::unique_ptr<TDBConn> TDBConnParadox::Clone() {
 }
 
 void TDBConnParadox::FetchTableStructure(const std::string& table) {
-  const TPxTable reader(TablePath(table), true);
+  const auto [fields, key_width] = DoAside(ESlow::Files, [folder = folder_, table] {
+    const TPxTable reader(TablePath(folder, table), true);
+    return std::pair(reader.Fields(), reader.Header().primaryKeyFields);
+  });
   meta().InvalidateTable(table);
-  AddColumns(*this, reader.Fields());
-  if (reader.Header().primaryKeyFields != 0) AddPrimaryKey(meta(), reader.Header().primaryKeyFields);
-}
-
-std::string TDBConnParadox::TablePath(const std::string& table) const {
-  return FindFileNoCase(folder_, table, kTableExtension);
+  AddColumns(*this, fields);
+  if (key_width != 0) AddPrimaryKey(meta(), key_width);
 }
 
 }  // namespace velmora

@@ -34,8 +34,6 @@ class TDBConnParadox : public TDBConn {
   void FetchTableStructure(const std::string& table) override;
 
  private:
-  std::string TablePath(const std::string& table) const;
-
   std::string folder_;
 };
 

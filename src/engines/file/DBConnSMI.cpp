@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "core/Meta.h"
+#include "engines/file/FilesOfFolder.h"
 #include "formats/text/TextFile.h"
+#include "util/Aside.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -115,15 +117,18 @@ std::unique_ptr<TDataset> TDBConnSMI::OpenTable(const std::string& table) {
       TOpenTable{ComponentClass(), std::make_shared<TMemDataset>(std::vector<TFieldDef>()), OpenName(table)});
   TSMImportBaseComponent& component = *open.component;
   component.SourceFileName = JoinPath(folder_, table);
-  component.OnCreateStructure = [this](TSMImportBaseComponent& sender, const TSMColumns& columns) {
-    CreateStructure(sender, columns);
-  };
+  component.OnCreateStructure = CreateStructure;
   component.DataSet = open.dataset.get();
   component.Options &= ~kSMFirstOption;
   component.AbortOnProblem = false;
   component.AnimatedStatus = false;
   ApplyParams(component);
-  component.Execute();
+  try {
+    DoAside(ESlow::Files, [component = open.component, dataset = open.dataset] { component->Execute(); });
+  } catch (const ECancelled&) {  // the work that was left may be at it still
+    open_tables_.pop_back();
+    throw;
+  }
   return std::make_unique<TOpenTableView>(open.dataset);
 }
 
@@ -164,11 +169,9 @@ void TDBConnSMI::CloseOpenTable(std::list<TOpenTable>::iterator table) {
 void TDBConnSMI::ListDatabases(TStringList& list) { list.clear(); }
 
 void TDBConnSMI::ListTables(TStringList& list) {
-  list.clear();
   TStringList extensions;
   SplitText(";", extensions_, extensions);
-  for (const std::string& extension : extensions) FindFiles(list, JoinPath(folder_, "*." + extension), false, false);
-  CutToFileNames(list);
+  list = FilesAside(folder_, std::move(extensions));
 }
 
 // --- Transactions, copies

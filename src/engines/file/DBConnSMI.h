@@ -22,8 +22,8 @@ class TDBConnSMI : public TDBConn {
 
   // A table in use. A failed import leaves one too.
   struct TOpenTable {
-    std::unique_ptr<TSMImportBaseComponent> component;
-    std::shared_ptr<TMemDataset> dataset;  // shared with what OpenTable gave
+    std::shared_ptr<TSMImportBaseComponent> component;  // shared with the work that reads the file
+    std::shared_ptr<TMemDataset> dataset;               // likewise, and with what OpenTable gave
     std::string name;
   };
   const std::list<TOpenTable>& OpenTables() const { return open_tables_; }
@@ -64,7 +64,7 @@ class TDBConnSMI : public TDBConn {
   void ColumnDescription(const TMetaColumn& column, bool detailed, std::string& text) override;
 
  private:
-  void CreateStructure(TSMImportBaseComponent& component, const TSMColumns& columns);
+  static void CreateStructure(TSMImportBaseComponent& component, const TSMColumns& columns);
   void CloseOpenTable(std::list<TOpenTable>::iterator table);
   void DescribeField(TDataset& rows, std::size_t field);
 

@@ -7,8 +7,10 @@
 #include <utility>
 
 #include "core/Meta.h"
+#include "engines/file/FilesOfFolder.h"
 #include "formats/text/DelimitedText.h"
 #include "formats/text/TextFile.h"
+#include "util/Aside.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "xml/XMLAccess.h"
@@ -60,10 +62,12 @@ void TDBConnTextDelim::GetDisplayName(std::string& text) { text = folder_; }
 // --- Words of the dialect, rows, statements
 
 std::unique_ptr<TDataset> TDBConnTextDelim::OpenTable(const std::string& table) {
-  const TDelimitedText text(table, PathOf(table), separator_, hdr_);
-  auto dataset = std::make_unique<TMemDataset>(text.Fields());
-  text.ReadRows([&dataset](TMemDataset::TRow& row) { dataset->AddRow(std::move(row)); });
-  return dataset;
+  return DoAside(ESlow::Files, [table, path = PathOf(table), separator = separator_, hdr = hdr_] {
+    const TDelimitedText text(table, path, separator, hdr);
+    auto dataset = std::make_unique<TMemDataset>(text.Fields());
+    text.ReadRows([&dataset](TMemDataset::TRow& row) { dataset->AddRow(std::move(row)); });
+    return dataset;
+  });
 }
 
 void TDBConnTextDelim::CloseTable(std::unique_ptr<TDataset> dataset) { TDBConn::CloseTable(std::move(dataset)); }
@@ -71,18 +75,14 @@ void TDBConnTextDelim::CloseTable(std::unique_ptr<TDataset> dataset) { TDBConn::
 int TDBConnTextDelim::GetEngine() { return kEngineText; }
 
 std::int64_t TDBConnTextDelim::GetRecordCount(const std::string& table) {
-  const auto lines = static_cast<std::int64_t>(TTextLines(PathOf(table)).Count());
+  const auto lines =
+      static_cast<std::int64_t>(DoAside(ESlow::Files, [path = PathOf(table)] { return TTextLines(path).Count(); }));
   return std::max<std::int64_t>(lines - (hdr_ ? 1 : 0), 0);
 }
 
 // --- Names
 
-void TDBConnTextDelim::ListTables(TStringList& list) {
-  FindFiles(list, PathOf("*.txt"), false, true);
-  FindFiles(list, PathOf("*.csv"), false, false);
-  FindFiles(list, PathOf("*.tsv"), false, false);
-  CutToFileNames(list);
-}
+void TDBConnTextDelim::ListTables(TStringList& list) { list = FilesAside(folder_, {"txt", "csv", "tsv"}); }
 
 // --- Transactions, copies
 
@@ -96,10 +96,13 @@ std::unique_ptr<TDBConn> TDBConnTextDelim::Clone() {
 
 // All rows are read, so that a file with a bad value has no structure either; none is kept.
 void TDBConnTextDelim::FetchTableStructure(const std::string& table) {
-  const TDelimitedText text(table, PathOf(table), separator_, hdr_);
-  text.ReadRows([](const TMemDataset::TRow&) {});
+  const auto fields = DoAside(ESlow::Files, [table, path = PathOf(table), separator = separator_, hdr = hdr_] {
+    const TDelimitedText text(table, path, separator, hdr);
+    text.ReadRows([](const TMemDataset::TRow&) {});
+    return text.Fields();
+  });
   meta().InvalidateTable(table);
-  for (const TFieldDef& field : text.Fields()) {
+  for (const TFieldDef& field : fields) {
     TColumnTypeInfo type;
     const TNeutralType datatype = NeutralTypeOf(field.kind);
     ColumnTypeInfo(datatype, type);

@@ -11,6 +11,7 @@
 #include "formats/dbf/DBaseFolder.h"
 #include "formats/dbf/FoxProFolder.h"
 #include "formats/mdb/MdbWriter.h"
+#include "formats/port/AsideReader.h"
 #include "formats/port/FileProvider.h"
 #include "odbc/OdbcProvider.h"
 #include "sandbox/OwnProcessReaders.h"
@@ -42,13 +43,13 @@ std::string PathOf(const TInitString& properties) {
 
 std::unique_ptr<TOLEDBProvider> NewDBase(const TInitString& properties) {
   return NewFileProvider([folder = PathOf(properties), code_page = properties.Value(kCodePage)] {
-    return OpenDBaseFolder(folder, code_page);
+    return ReadAside([folder, code_page] { return OpenDBaseFolder(folder, code_page); });
   });
 }
 
 std::unique_ptr<TOLEDBProvider> NewFoxPro(const TInitString& properties) {
   return NewFileProvider([folder = PathOf(properties), code_page = properties.Value(kCodePage)] {
-    return OpenFoxProFolder(folder, code_page);
+    return ReadAside([folder, code_page] { return OpenFoxProFolder(folder, code_page); });
   });
 }
 

@@ -14,9 +14,11 @@
 #include <optional>
 #include <utility>
 
+#include "engines/server/AsideDatabase.h"
 #include "engines/server/FirebirdLibrary.h"
 #include "engines/server/FirebirdValues.h"
 #include "engines/server/HostReach.h"
+#include "util/Aside.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 
@@ -220,7 +222,10 @@ class TStatement {
  private:
   void FetchAll(TMemDataset& rows) {
     THeld<fb::IResultSet> cursor(statement_->openCursor(&status_, &transaction_, nullptr, nullptr, format_.get(), 0));
-    while (cursor->fetchNext(&status_, message_.data()) == fb::IStatus::RESULT_OK) rows.AddRow(Row());
+    while (cursor->fetchNext(&status_, message_.data()) == fb::IStatus::RESULT_OK) {
+      StopIfLeft();
+      rows.AddRow(Row());
+    }
     cursor->close(&status_);
     Forget(cursor);
   }
@@ -421,6 +426,9 @@ class TFirebirdDatabase final : public TIBODatabase {
 
 }  // namespace
 
-std::unique_ptr<TIBODatabase> NewFirebirdDatabase() { return std::make_unique<TFirebirdDatabase>(); }
+// The library is loaded by whoever connects, since that changes the environment, which threads share.
+std::unique_ptr<TIBODatabase> NewFirebirdDatabase() {
+  return NewAsideDatabase(std::make_unique<TFirebirdDatabase>(), [] { Master(); });
+}
 
 }  // namespace velmora

@@ -12,6 +12,7 @@
 
 #include "engines/server/OracleLibrary.h"
 #include "engines/server/OracleValues.h"
+#include "util/Aside.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 
@@ -142,10 +143,15 @@ class TFetchedColumn {
 // The connection while it lasts.
 class TOraLibrarySession::TLink {
  public:
+  struct TLogin {
+    std::string server, username, password;
+    int mode;
+  };
+
   explicit TLink(const TOracleLibrary& library) : library_(library) {}
   ~TLink() { Close(); }
 
-  void Open(const TOraSession& session);
+  void Open(const TLogin& login);
   bool IsLost() const { return lost_; }
   TOraResult Run(const std::string& sql);
   void Commit() { Check(library_.TransCommit(service_.get(), error_.get(), oci::kDefault)); }
@@ -201,21 +207,21 @@ class TOraLibrarySession::TLink::TStatement {
 
 // --- Connecting
 
-void TOraLibrarySession::TLink::Open(const TOraSession& session) {
+void TOraLibrarySession::TLink::Open(const TLogin& login) {
   const int status = library_.EnvNlsCreate(environment_.out(), oci::kThreaded, nullptr, nullptr, nullptr, nullptr, 0,
                                            nullptr, oci::kAl32Utf8, oci::kAl32Utf8);
   if (status != oci::kSuccess && status != oci::kSuccessWithInfo) RaiseError(Format(kNotStarted, status));
   for (THandle* handle : {&error_, &server_, &service_, &session_}) Make(*handle);
 
-  Check(library_.ServerAttach(server_.get(), error_.get(), session.Server.data(),
-                              static_cast<std::int32_t>(SizeOf(session.Server)), oci::kDefault));
+  Check(library_.ServerAttach(server_.get(), error_.get(), login.server.data(),
+                              static_cast<std::int32_t>(SizeOf(login.server)), oci::kDefault));
   attached_ = true;
   Set(service_, server_.get(), 0, oci::kServer);
-  SetText(session_, session.Username, oci::kUserName);
-  SetText(session_, session.Password, oci::kPassword);
+  SetText(session_, login.username, oci::kUserName);
+  SetText(session_, login.password, oci::kPassword);
   constexpr std::array<std::uint32_t, 3> kModes = {oci::kDefault, oci::kSysOper, oci::kSysDba};  // by ConnectMode
   Check(library_.SessionBegin(service_.get(), error_.get(), session_.get(), oci::kByName,
-                              kModes.at(static_cast<std::size_t>(session.ConnectMode))));
+                              kModes.at(static_cast<std::size_t>(login.mode))));
   begun_ = true;
   Set(service_, session_.get(), 0, oci::kSession);
   Run(kOracleFormats);
@@ -331,6 +337,7 @@ void TOraLibrarySession::TLink::FetchAll(const TStatement& statement, TOraResult
   }
   while (true) {
     for (TFetchedColumn& column : columns) column.Reset();
+    StopIfLeft();
     const int status = library_.StmtFetch2(statement.get(), error_.get(), 1, oci::kFetchNext, 0, oci::kDefault);
     if (status == oci::kNoData) return;
     Check(status);
@@ -344,9 +351,21 @@ void TOraLibrarySession::TLink::FetchAll(const TStatement& statement, TOraResult
 
 TOraLibrarySession::TOraLibrarySession(std::string home) : home_(std::move(home)) {}
 
-TOraLibrarySession::~TOraLibrarySession() = default;
+TOraLibrarySession::~TOraLibrarySession() { DoDisconnect(); }
 
-bool TOraLibrarySession::GetConnected() const { return link_ && !link_->IsLost(); }
+bool TOraLibrarySession::GetConnected() const { return waits_ || (link_ && !link_->IsLost()); }
+
+// The link that was left is the call's alone, and this is not connected.
+template <class Call>
+auto TOraLibrarySession::OnLink(Call call) {
+  const TWaitMark waits(waits_);
+  try {
+    return DoAside(ESlow::Server, [link = link_, call = std::move(call)] { return call(*link); });
+  } catch (const ECancelled&) {
+    link_.reset();
+    throw;
+  }
+}
 
 std::unique_ptr<TOraSession> TOraLibrarySession::NewSession() const {
   return std::make_unique<TOraLibrarySession>(home_);
@@ -354,18 +373,31 @@ std::unique_ptr<TOraSession> TOraLibrarySession::NewSession() const {
 
 void TOraLibrarySession::DoConnect() {
   if (Options.Net) RaiseError(kNoDirectMode);
-  link_.reset();  // one that was lost
-  auto link = std::make_unique<TLink>(LoadOracleLibrary(home_));
-  link->Open(*this);
-  link_ = std::move(link);
+  DoDisconnect();  // one that was lost
+  // Loaded here, since that may change the environment, which threads share.
+  link_ = std::make_shared<TLink>(LoadOracleLibrary(home_));
+  try {
+    OnLink([login = TLink::TLogin{Server, Username, Password, ConnectMode}](TLink& link) { link.Open(login); });
+  } catch (...) {
+    DoDisconnect();
+    throw;
+  }
 }
 
-void TOraLibrarySession::DoDisconnect() { link_.reset(); }
+void TOraLibrarySession::DoDisconnect() {
+  if (link_) Aside().End([link = std::exchange(link_, nullptr)]() mutable { link.reset(); });
+}
 
-TOraResult TOraLibrarySession::DoRun(const std::string& sql) { return link_->Run(sql); }
+TOraResult TOraLibrarySession::DoRun(const std::string& sql) {
+  return OnLink([sql](TLink& link) { return link.Run(sql); });
+}
 
-void TOraLibrarySession::DoCommit() { link_->Commit(); }
+void TOraLibrarySession::DoCommit() {
+  OnLink([](TLink& link) { link.Commit(); });
+}
 
-void TOraLibrarySession::DoRollback() { link_->Rollback(); }
+void TOraLibrarySession::DoRollback() {
+  OnLink([](TLink& link) { link.Rollback(); });
+}
 
 }  // namespace velmora

@@ -31,8 +31,12 @@ class TOraLibrarySession final : public TOraSession {
   void DoCommit() override;
   void DoRollback() override;
 
+  template <class Call>
+  auto OnLink(Call call);
+
   std::string home_;
-  std::unique_ptr<TLink> link_;
+  std::shared_ptr<TLink> link_;  // shared with calls under way, which are done aside (util/Aside.h)
+  bool waits_ = false;           // for one of these
 };
 
 }  // namespace velmora

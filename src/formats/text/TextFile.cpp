@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "util/Aside.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -88,11 +89,13 @@ TTextLines::TTextLines(const std::string& path) : text_(TextOf(path)) {
   WalkLines(text_, [&count](std::string_view) { ++count; });
   lines_.reserve(count);  // growing would hold them twice
   WalkLines(text_, [this](std::string_view line) {
+    StopIfLeft();
     lines_.push_back(IsUtf8(line) ? line : decoded_.emplace_back(FromWindows1252(line)));
   });
 }
 
 std::string_view TTextLines::Line(std::size_t index) const {
+  StopIfLeft();
   if (index >= lines_.size()) throw EListError(static_cast<std::int64_t>(index));
   return lines_[index];
 }

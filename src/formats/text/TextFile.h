@@ -18,7 +18,7 @@ namespace velmora {
 
 // The lines of a text file in UTF-8, whatever ends them (CR LF, LF or CR). A line that is no UTF-8 is read as
 // Windows-1252, of which every byte is a character. The file stands in memory once, and 16 bytes more for each line;
-// lines of Windows-1252 once more.
+// lines of Windows-1252 once more. Reading it raises ECancelled in work that was left (util/Aside.h).
 class TTextLines {
  public:
   explicit TTextLines(const std::string& path);  // raises "Cannot read %s: %s"

@@ -78,7 +78,8 @@ TDesktop::TDesktop(TDesktopSetup setup, std::unique_ptr<TQtHost> host)
     : setup_(std::move(setup)),
       host_(std::move(host)),
       host_guard_(std::make_unique<THostGuard>(*host_)),
-      child_wait_(std::make_unique<TChildWaitGuard>(host_->Wait())) {
+      child_wait_(std::make_unique<TChildWaitGuard>(host_->Wait())),
+      aside_(std::make_unique<TAsideGuard>(host_->Wait())) {
   setup_.wait = &host_->Wait();
 }
 

@@ -35,6 +35,7 @@ class TDesktop {
   std::unique_ptr<TQtHost> host_;
   std::unique_ptr<THostGuard> host_guard_;
   std::unique_ptr<TChildWaitGuard> child_wait_;
+  std::unique_ptr<TAsideGuard> aside_;
   std::unique_ptr<TfmMain> main_;  // parent of the forms below, so it goes after them
   std::unique_ptr<TfmProgress> progress_;
   std::unique_ptr<TfmAbout> about_;

@@ -3,6 +3,7 @@
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QThread>
 #include <chrono>
 #include <utility>
 
@@ -19,6 +20,7 @@ namespace {
 constexpr std::chrono::milliseconds kLong{400};  // before a wait is shown
 constexpr std::chrono::milliseconds kQuick{15};  // as waits for servers have it
 constexpr std::chrono::milliseconds kTick{10};
+constexpr std::chrono::seconds kFarewell{1};  // for the end of what is done aside
 
 }  // namespace
 
@@ -57,13 +59,46 @@ void TWindowWait::WaitFor(const TCame& came) {
   if (!back) throw ECancelled();
 }
 
+void TWindowWait::Do(ESlow kind, std::function<void()> work) {
+  if (QThread::currentThread() != QCoreApplication::instance()->thread()) return work();
+  Check();
+  TServerThread own;  // within another wait
+  TServerThread& thread = thread_is_used_ ? own : thread_;
+  const auto left = std::make_shared<std::atomic<bool>>(false);
+  const ESlow outer = std::exchange(kind_, kind);
+  const bool was_used = std::exchange(thread_is_used_, true);
+  bool done = false;
+  RunGuarded(
+      [&] {
+        done = waiting_->DoOrLeave(thread, [left, work = std::move(work)] {
+          const TLeftMark mark(*left);
+          work();
+        });
+      },
+      [&] {
+        kind_ = outer;
+        thread_is_used_ = was_used;
+      });
+  *left = !done;
+  if (!done) throw ECancelled();
+}
+
+void TWindowWait::End(std::function<void()> work) noexcept {
+  try {
+    TServerThread thread;
+    thread.Start(std::move(work));
+    if (!thread.CameBack(kFarewell)) thread.Leave();
+  } catch (...) {  // no thread is to be had; what is to be ended ends with the program
+  }
+}
+
 // What the user does to a window that is still in use must not call the connection again: it is kept for later.
 void TWindowWait::Pump() {
   AtTopLevel([this] {
     if (progress_ != nullptr && !progress_->isVisible() && Waited() > kLong) {
       shows_ = true;
-      const QString text =
-          since_ ? TText::tr("Waiting for the file or driver...") : TText::tr("Waiting for the server...");
+      const QString text = since_ || kind_ == ESlow::Files ? TText::tr("Waiting for the file or driver...")
+                                                           : TText::tr("Waiting for the server...");
       progress_->ShowSimple(FromQt(text));
     }
     const bool shown = progress_ != nullptr && progress_->isVisible();

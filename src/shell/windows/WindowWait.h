@@ -9,13 +9,15 @@
 
 #include "mysqlclient/Waiting.h"
 #include "sandbox/ChildWait.h"
+#include "util/Aside.h"
 
 namespace velmora {
 
 class TfmProgress;
 
-// Of answers from readers and drivers in processes of their own it is the same wait; cancelled, these end.
-class TWindowWait final : public TChildWait {
+// Of answers from readers and drivers in processes of their own it is the same wait; cancelled, these end. Work that is
+// done aside runs on a thread of its own; cancelled, it is left.
+class TWindowWait final : public TChildWait, public TAside {
  public:
   TWindowWait();
 
@@ -32,6 +34,8 @@ class TWindowWait final : public TChildWait {
   void Check();                     // at a pause; raises ECancelled, once, if no call has ended by it
   void TooLate() { told_ = true; }  // what comes now is no work that could be cancelled
   void WaitFor(const TCame& came) override;
+  void Do(ESlow kind, std::function<void()> work) override;  // on any other thread it is done there
+  void End(std::function<void()> work) noexcept override;
 
  private:
   std::optional<std::chrono::milliseconds> Waited() const;
@@ -44,6 +48,9 @@ class TWindowWait final : public TChildWait {
   bool told_ = false;
   std::optional<std::chrono::steady_clock::time_point> since_;  // a child is waited for
   bool gives_up_ = false;                                       // likewise, no longer
+  ESlow kind_ = ESlow::Server;                                  // of what is waited for otherwise
+  TServerThread thread_;                                        // of what is done aside
+  bool thread_is_used_ = false;
   std::shared_ptr<TWaiting> waiting_;
 };
 

@@ -10,6 +10,7 @@
 #include <filesystem>
 
 #include "engines/server/ClientOracle.h"
+#include "support/Asides.h"
 #include "support/FakeOracle.h"
 #include "support/MessageOf.h"
 #include "support/ScratchFolder.h"
@@ -26,6 +27,7 @@ using testing::FakeOracleOf;
 using ::testing::HasSubstr;
 using testing::MessageOf;
 using ::testing::StartsWith;
+using testing::TElsewhere;
 using testing::TFakeOracle;
 using testing::TScratchFolder;
 
@@ -111,6 +113,25 @@ TEST_F(OracleClient, SaysWhyItDidNotConnectAndHoldsNothing) {
     EXPECT_FALSE(spoilt.GetConnected()) << c.message;
     EXPECT_EQ(server.given_out, 0) << c.message;
     EXPECT_EQ(MessageOf([&] { spoilt.Run("x"); }), "Not connected") << c.message;
+  }
+}
+
+TEST_F(OracleClient, MayBeTalkedToElsewhereAndLeftThere) {
+  server.answers["select"].columns = {{"A"}};
+  server.answers["select"].rows = {{"1"}};
+  const char* kLeft[] = {"the login", "a query", "a statement"};
+  for (int i = 0; i < 3; ++i) {
+    {
+      TElsewhere elsewhere(i);
+      const TAsideGuard guard(elsewhere);
+      EXPECT_THROW((Connect(), session.Run("select"), session.Run("grant")), ECancelled) << kLeft[i];
+      EXPECT_FALSE(session.GetConnected()) << kLeft[i];
+      EXPECT_EQ(MessageOf([&] { session.Run("select"); }), "Not connected") << kLeft[i];
+    }
+    Connect();
+    EXPECT_EQ(session.Run("select").rows.size(), 1U) << kLeft[i];
+    session.SetConnected(false);
+    EXPECT_EQ(server.given_out, 0) << kLeft[i];
   }
 }
 
