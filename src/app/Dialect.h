@@ -96,6 +96,7 @@ struct TFindings {
 struct TRemark {
   bool warning = false;  // otherwise a note
   std::string text;
+  bool decides = false;  // the two are not identical, or cannot be made so, because of this
 };
 
 class TDialect {

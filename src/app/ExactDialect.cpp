@@ -107,6 +107,7 @@ TFindings TExactDialect::Findings() const {
 std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
   std::vector<TRemark> remarks;
   const auto tell = [&](bool warning, std::string text) { remarks.push_back({warning, std::move(text)}); };
+  const auto tell_why = [&](bool warning, std::string text) { remarks.push_back({warning, std::move(text), true}); };
   for (const std::string& line : sync.CaseTwins()) tell(false, line);
   if (sync.LeftOut().Any()) tell(false, "Left out: " + sync.LeftOut().Text());
   for (const std::string& line : sync.KeysToNothing()) tell(true, line);
@@ -114,16 +115,16 @@ std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
   for (const TRenameOffer& offer : sync.RenameOffers()) tell(false, offer.Text());
   for (const std::string& line : sync.LeftAlone()) tell(false, line);
   for (const TObjectDifference& object : sync.Objects())
-    tell(false, Format("Not the same: %s %s: %s", object.kind, object.name, object.difference));
-  for (const std::string& statement : sync.NotFollowed()) tell(true, "not followed: " + statement);
+    tell_why(false, Format("Not the same: %s %s: %s", object.kind, object.name, object.difference));
+  for (const std::string& statement : sync.NotFollowed()) tell_why(true, "not followed: " + statement);
   for (const TSkippedTable& skipped : sync.Skipped())
-    tell(true, Format("%s: table %s is skipped: %s", skipped.side, skipped.table, skipped.reason));
+    tell_why(true, Format("%s: table %s is skipped: %s", skipped.side, skipped.table, skipped.reason));
   for (const TMadeColumn& column : sync.MadeColumns())
     if (column.level == EMadeLevel::Warning) tell(true, column.Text());
-  for (const TUnmadeElement& element : sync.Unmade()) tell(true, "no form in MySQL: " + element.Text());
+  for (const TUnmadeElement& element : sync.Unmade()) tell_why(true, "no form in MySQL: " + element.Text());
   if (const int left = sync.DifferencesLeft(); left > 0)
-    tell(true, Format("by the proof in memory the script would leave %s",
-                      Counted(static_cast<std::size_t>(left), "difference")));
+    tell_why(true, Format("by the proof in memory the script would leave %s",
+                          Counted(static_cast<std::size_t>(left), "difference")));
   return remarks;
 }
 

@@ -13,6 +13,7 @@
 
 #include "app/Dialects.h"
 #include "cli/Console.h"
+#include "cli/Manners.h"
 #include "exact/compare/Collations.h"
 #include "exact/run/ExactWishes.h"
 #include "foreign/ForeignWishes.h"
@@ -46,7 +47,7 @@ class TCommand {
 
 std::vector<std::unique_ptr<TCommand>> MakeCommands();
 // The whole command line of the companion: each command is one below `app`, in their order.
-void DeclareProgram(CLI::App& app, const std::vector<std::unique_ptr<TCommand>>& commands);
+void DeclareProgram(CLI::App& app, const std::vector<std::unique_ptr<TCommand>>& commands, TManners& manners);
 
 // An option that is one of a few words, case ignored; `choose` gets the number of the word.
 void DeclareChoice(CLI::App& app, const std::string& name, const TStringList& words, const std::string& help,

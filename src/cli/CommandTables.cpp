@@ -64,15 +64,28 @@ TCommandTable TableOf(const CLI::App& app, const TStringList& path) {
 TCommandTable ProgramTable() {
   const std::vector<std::unique_ptr<TCommand>> commands = MakeCommands();
   CLI::App app;
-  DeclareProgram(app, commands);
-  return TableOf(app, {});
+  TManners manners;
+  DeclareProgram(app, commands, manners);
+  return ProgramTable(app);
 }
+
+TCommandTable ProgramTable(const CLI::App& program) { return TableOf(program, {}); }
 
 std::vector<const TCommandTable*> LeafCommands(const TCommandTable& table) {
   if (table.commands.empty()) return {&table};
   std::vector<const TCommandTable*> leaves;
   for (const TCommandTable& below : table.commands) std::ranges::copy(LeafCommands(below), std::back_inserter(leaves));
   return leaves;
+}
+
+const TCommandTable* CommandOf(const TCommandTable& program, const TStringList& arguments) {
+  const TCommandTable* command = &program;
+  for (const std::string& word : arguments) {
+    const auto below = std::ranges::find(command->commands, word, [](const auto& row) { return row.path.back(); });
+    if (below == command->commands.end()) break;
+    command = &*below;
+  }
+  return command;
 }
 
 std::string PathText(const TCommandTable& command, std::string_view separator) {

@@ -9,6 +9,10 @@
 
 #include "util/Lists.h"
 
+namespace CLI {  // NOLINT(readability-identifier-naming): the library named it
+class App;
+}
+
 namespace velmora {
 
 struct TArgumentTable {
@@ -36,9 +40,13 @@ struct TCommandTable {
 };
 
 TCommandTable ProgramTable();  // the program with all commands below it
+TCommandTable ProgramTable(const CLI::App& program);
 
 // All commands of the table that have none below them, in their order.
 std::vector<const TCommandTable*> LeafCommands(const TCommandTable& table);
+
+// The command that the first arguments name, as far as they do: the program itself where they name none.
+const TCommandTable* CommandOf(const TCommandTable& program, const TStringList& arguments);
 
 std::string PathText(const TCommandTable& command, std::string_view separator = " ");
 

@@ -9,10 +9,14 @@
 #include "app/Sources.h"
 #include "app/Tasks.h"
 #include "cli/Command.h"
+#include "cli/CommandTables.h"
 #include "cli/CompareCommand.h"
+#include "cli/Environment.h"
 #include "cli/ExportCommand.h"
 #include "cli/GenerateCommand.h"
+#include "cli/Manners.h"
 #include "cli/MappingCommand.h"
+#include "cli/NearWords.h"
 #include "cli/RowsCommand.h"
 #include "cli/ScriptCommand.h"
 #include "cli/SplitCommand.h"
@@ -33,7 +37,8 @@ constexpr char kAbout[] = "Compares the structure of two databases and writes th
 std::string Footer() {
   return std::string("\n") + kSourceForms +
          "\n\nExit status: 0 done, for `compare` identical; 1 `compare` found differences; 2 failed."
-         "\nResults go to standard output, progress, warnings and errors to standard error."
+         "\nResults go to standard output, progress, warnings and errors to standard error.\n\n" +
+         kEnvironmentHelp +
          "\n\nExamples:\n  velmora-cli compare reference.sql target.sql\n"
          "  velmora-cli script reference.sql target.sql -o sync.sql\n"
          "  velmora-cli sync reference.sql mysql://admin@db.example.org/shop\n"
@@ -42,11 +47,54 @@ std::string Footer() {
 
 std::string VersionLine() { return std::string(kCompanionName) + " " + VersionText(); }
 
+constexpr char kTellsMore[] = " (--help tells more)";
+constexpr char kNoCommand[] = "\"%s\" is no command%s%s";
+constexpr char kNoOption[] = "%s is no option of %s%s%s";
+
+// Raises for a word in the place of a command that is none.
+void CheckCommand(const TCommandTable& command, const TStringList& rest) {
+  if (command.commands.empty() || rest.empty() || rest.front().starts_with('-')) return;
+  TStringList words;
+  for (const TCommandTable& below : command.commands) words.push_back(below.path.back());
+  const std::string of = command.path.empty() ? "" : " of " + PathText(command);
+  RaiseError(Format(kNoCommand, rest.front(), of + DidYouMean(rest.front(), words), kTellsMore));
+}
+
+// The arguments, with the options of the environment behind the words of the command.
+void Parse(CLI::App& app, const TCommandTable& command, const TStringList& arguments, TEnvironmentOptions& environment,
+           const TConsole& console) {
+  const auto behind = arguments.begin() + static_cast<std::ptrdiff_t>(command.path.size());
+  const TStringList rest(behind, arguments.end());
+  CheckCommand(command, rest);
+  environment = TEnvironmentOptions(command, rest, console);
+  TStringList all = arguments;
+  all.insert(all.begin() + (behind - arguments.begin()), environment.Arguments().begin(),
+             environment.Arguments().end());
+  std::ranges::reverse(all);
+  app.parse(all);
+}
+
+// What the user may have meant by the options that the command does not have; empty where nobody knows.
+std::string NearOption(const TCommandTable& command, const TStringList& unknown) {
+  TStringList names;
+  for (const TOptionTable& option : command.options)
+    std::ranges::copy_if(option.names, std::back_inserter(names), [](const auto& name) { return name.size() > 2; });
+  for (const std::string& argument : unknown) {
+    const std::string name = argument.substr(0, argument.find('='));
+    const std::string near = name.starts_with("--") ? DidYouMean(name, names) : std::string();
+    if (!near.empty()) return Format(kNoOption, name, PathText(command), near, kTellsMore);
+  }
+  return {};
+}
+
 // The exit status of what the arguments alone answer: help, version, a fault in them.
-int AnswerArguments(const CLI::App& app, const CLI::ParseError& error, TConsole& console) {
+int AnswerArguments(const CLI::App& app, const CLI::ParseError& error, const TEnvironmentOptions& environment,
+                    const TCommandTable& command, TConsole& console) {
   if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
     return app.exit(error, console.out, console.err);
-  console.Error(std::string(error.what()) + " (--help tells more)");
+  const bool unknown = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+  const std::string near = unknown ? NearOption(command, app.remaining(true)) : std::string();
+  console.Error(near.empty() ? environment.WithVariables(error.what()) + kTellsMore : near);
   return kExitFailure;
 }
 
@@ -83,7 +131,7 @@ std::vector<std::unique_ptr<TCommand>> MakeCommands() {
   return commands;
 }
 
-void DeclareProgram(CLI::App& app, const std::vector<std::unique_ptr<TCommand>>& commands) {
+void DeclareProgram(CLI::App& app, const std::vector<std::unique_ptr<TCommand>>& commands, TManners& manners) {
   app.set_version_flag("--version", VersionLine());
   app.require_subcommand(1);
   for (const std::unique_ptr<TCommand>& command : commands) {
@@ -91,8 +139,12 @@ void DeclareProgram(CLI::App& app, const std::vector<std::unique_ptr<TCommand>>&
     sub->set_version_flag("--version", VersionLine());
     sub->footer(std::string("\n") + kSourceForms);
     command->Declare(*sub);
-    for (CLI::App* nested : sub->get_subcommands([](CLI::App*) { return true; }))
+    const std::vector<CLI::App*> below = sub->get_subcommands([](CLI::App*) { return true; });
+    if (below.empty()) DeclareManners(*sub, manners);
+    for (CLI::App* nested : below) {
       nested->set_version_flag("--version", VersionLine());
+      DeclareManners(*nested, manners);
+    }
   }
 }
 
@@ -266,24 +318,26 @@ TCompanion::~TCompanion() = default;
 
 int TCompanion::Run(const std::vector<std::string>& arguments, TConsole& console) {
   console.secrets = TSecrets(arguments);
+  TManners manners;
+  Adopt(manners, console);
   CLI::App app(kAbout, kCompanionName);
   app.footer(Footer());
-  DeclareProgram(app, commands_);
-  if (!arguments.empty() && !arguments.front().starts_with('-') &&
-      std::none_of(commands_.begin(), commands_.end(),
-                   [&](const auto& command) { return arguments.front() == command->Name(); })) {
-    console.Error("\"" + arguments.front() + "\" is no command (--help tells more)");
+  DeclareProgram(app, commands_, manners);
+  const TCommandTable program = ProgramTable(app);
+  const TCommandTable& command = *CommandOf(program, arguments);
+  TEnvironmentOptions environment;
+  try {
+    Parse(app, command, arguments, environment, console);
+  } catch (const CLI::ParseError& error) {
+    return AnswerArguments(app, error, environment, command, console);
+  } catch (const EVelmora& error) {
+    console.Error(error.what());
     return kExitFailure;
   }
-  try {
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
-    app.parse(reversed);
-  } catch (const CLI::ParseError& error) {
-    return AnswerArguments(app, error, console);
-  }
+  Adopt(manners, console);
+  for (const std::string& warning : environment.Warnings()) console.Warn(warning);
   const std::string given = app.get_subcommands().front()->get_name();
-  return Execute(**std::ranges::find_if(commands_, [&](const auto& command) { return given == command->Name(); }),
-                 console);
+  return Execute(**std::ranges::find_if(commands_, [&](const auto& row) { return given == row->Name(); }), console);
 }
 
 }  // namespace velmora

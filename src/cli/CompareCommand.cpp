@@ -135,7 +135,7 @@ int TCompareCommand::Execute(TConsole& console) {
   if (format_ == EFormat::Json)
     told = PrintJson(run.app(), error, on_server, console);
   else
-    PrintComparison(run.app(), error.has_value(), console.out);
+    PrintComparison(run.app(), error.has_value(), console.out, console.out_colours);
   run.HangUp();
   if (error || !told || on_server.value_or(0) > 0) return kExitFailure;
   return run.app().Dialect().Identical() ? kExitSuccess : kExitDifferent;

@@ -5,7 +5,6 @@
 #include <map>
 #include <ostream>
 #include <set>
-#include <sstream>
 
 #include "cli/Command.h"
 #include "util/Format.h"
@@ -22,16 +21,16 @@ constexpr char kUnmade[] = " no form in MySQL; --accept TABLE.ELEMENT goes on wi
 using TReasons = std::map<int, std::string>;  // why actions are unsafe, by the ids of their rows
 
 // One sign per kind of difference, as in a patch.
-char SignOf(TActionIcon icon) {
+std::string SignOf(TActionIcon icon, const TColours& colours) {
   switch (icon) {
     case kIconNew:
     case kIconNewTable:
-      return '+';
+      return colours(EInk::New, "+");
     case kIconObsolete:
     case kIconObsoleteTable:
-      return '-';
+      return colours(EInk::Gone, "-");
     default:
-      return '~';
+      return colours(EInk::Changed, "~");
   }
 }
 
@@ -56,31 +55,57 @@ std::string WhereThey(const TdmData& data) {
   return JoinList(parts, " and ");
 }
 
-void PrintReason(const TReasons& reasons, const TActionNode& node, const char* indent, std::ostream& out) {
-  if (node.id.empty()) return;
-  if (const auto found = reasons.find(StrToInt(node.id)); found != reasons.end())
-    out << indent << "! unsafe: " << ShownText(found->second) << '\n';
-}
-
 using TLocks = std::map<int, TActionLock>;
 
-// " [instant]"
-std::string LockOf(const TLocks& locks, const TActionNode& node) {
-  const auto lock = node.id.empty() ? locks.end() : locks.find(StrToInt(node.id));
-  return lock == locks.end() ? std::string() : " [" + lock->second.text + "]";
+EInk InkOf(ELockClass lock) {
+  if (lock <= ELockClass::InPlace) return EInk::Good;
+  return lock == ELockClass::Copy ? EInk::Gone : EInk::Changed;
 }
 
-void PrintTree(const TApplication& app, std::ostream& out) {
-  const TReasons reasons = app.Dialect().UnsafeActions();
-  const TLocks locks = app.Dialect().ActionLocks();
-  for (const TActionNode& table : app.tree.Top()) {
-    out << SignOf(table.icon) << ' ' << ShownText(TopText(app, table)) << '\n';
-    PrintReason(reasons, table, "    ", out);
-    for (const TActionNode& action : table.children) {
-      out << "    " << SignOf(action.icon) << ' ' << ShownText(action.text) << LockOf(locks, action) << '\n';
-      PrintReason(reasons, action, "        ", out);
+// The differences as a tree, a line each.
+class TTreeText {
+ public:
+  TTreeText(const TApplication& app, std::ostream& out, const TColours& colours)
+      : app_(app),
+        out_(out),
+        colours_(colours),
+        reasons_(app.Dialect().UnsafeActions()),
+        locks_(app.Dialect().ActionLocks()) {}
+
+  void Print() const {
+    for (const TActionNode& table : app_.tree.Top()) {
+      out_ << SignOf(table.icon, colours_) << ' ' << colours_(EInk::Title, ShownText(TopText(app_, table))) << '\n';
+      PrintReason(table, "    ");
+      for (const TActionNode& action : table.children) {
+        out_ << "    " << SignOf(action.icon, colours_) << ' ' << ShownText(action.text) << LockOf(action) << '\n';
+        PrintReason(action, "        ");
+      }
     }
   }
+
+ private:
+  void PrintReason(const TActionNode& node, const char* indent) const {
+    if (node.id.empty()) return;
+    if (const auto found = reasons_.find(StrToInt(node.id)); found != reasons_.end())
+      out_ << indent << colours_(EInk::Bad, "! unsafe:") << ' ' << ShownText(found->second) << '\n';
+  }
+
+  // " [instant]"
+  std::string LockOf(const TActionNode& node) const {
+    const auto lock = node.id.empty() ? locks_.end() : locks_.find(StrToInt(node.id));
+    return lock == locks_.end() ? std::string() : " " + colours_(InkOf(lock->second.is), "[" + lock->second.text + "]");
+  }
+
+  const TApplication& app_;
+  std::ostream& out_;
+  const TColours& colours_;
+  TReasons reasons_;
+  TLocks locks_;
+};
+
+// An identical pair, or a script that leaves nothing, is good news.
+std::string Verdict(bool good, const std::string& text, const TColours& colours) {
+  return colours(good ? EInk::Good : EInk::Bad, text);
 }
 
 // Lines as a terminal may get them.
@@ -100,18 +125,20 @@ std::string TellLeft(const std::string& verified, const std::string& not_verifie
   return Format("%s: %s left", not_verified, Counted(static_cast<std::size_t>(left), "difference"));
 }
 
-void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
-  PrintTree(app, out);
+void PrintComparison(const TApplication& app, bool failed, std::ostream& out, const TColours& colours) {
+  TTreeText(app, out, colours).Print();
   if (failed) return;
   const TDialect& dialect = app.Dialect();
   const TFindings findings = dialect.Findings();
   const std::size_t count = app.data.mtActions.Count();
   if (dialect.Identical())
-    out << kIdentical;
+    out << Verdict(true, kIdentical, colours) << '\n';
   else if (count > 0)
     out << '\n' << Counted(count, "difference") << " in " << WhereThey(app.data) << '\n';
   if (dialect.Traits().has_findings && count > 0)
-    out << TellLeft("Verified", "Not verified", findings, findings.differences_left) << '\n';
+    out << Verdict(findings.differences_left == 0,
+                   TellLeft("Verified", "Not verified", findings, findings.differences_left), colours)
+        << '\n';
   if (!findings.skipped.empty()) out << Counted(findings.skipped.size(), "table") << " could not be compared\n";
   if (const std::size_t unmade = findings.unmade.size(); unmade > 0)
     out << Counted(unmade, "element") << (unmade == 1 ? " has" : " have") << kUnmade;
@@ -124,11 +151,13 @@ void PrintComparison(const TApplication& app, bool failed, std::ostream& out) {
 }
 
 void TellRemarks(const TApplication& app, TDBConn* compared, TConsole& console) {
-  for (const TRemark& remark : app.Dialect().Remarks(compared))
+  for (const TRemark& remark : app.Dialect().Remarks(compared)) {
+    const EWeight weight = remark.decides ? EWeight::Decides : EWeight::Aside;
     if (remark.warning)
-      console.Warn(remark.text);
+      console.Warn(remark.text, weight);
     else
-      console.Note(remark.text);
+      console.Note(remark.text, weight);
+  }
 }
 
 std::string TScriptPlan::Summary() const {
@@ -136,15 +165,14 @@ std::string TScriptPlan::Summary() const {
   return unsafe.empty() ? run : run + ", with " + Counted(unsafe.size(), "unsafe change");
 }
 
-void ShowPlan(const TApplication& app, const TScriptPlan& plan, std::ostream& out) {
-  std::ostringstream text;
+void ShowPlan(const TApplication& app, const TScriptPlan& plan, std::ostream& out, const TColours& colours) {
   if (plan.compared) {
-    PrintComparison(app, false, text);
-    text << '\n';
+    PrintComparison(app, false, out, colours);
+    out << '\n';
   }
-  text << plan.script << '\n';
-  for (const std::string& line : plan.unsafe) text << "unsafe: " << line << '\n';
-  out << WithoutControls(text.str());
+  out << WithoutControls(plan.script) << '\n';
+  for (const std::string& line : plan.unsafe)
+    out << colours(EInk::Bad, "unsafe:") << ' ' << WithoutControls(line) << '\n';
 }
 
 bool UnsafeAllowed(const TScriptPlan& plan, bool allowed, TConsole& console) {

@@ -6,14 +6,15 @@
 #include <iosfwd>
 
 #include "app/Application.h"
+#include "cli/Colours.h"
 #include "cli/Console.h"
 
 namespace velmora {
 
-inline constexpr char kIdentical[] = "Databases are identical. Nothing to synchronize.\n";
+inline constexpr char kIdentical[] = "Databases are identical. Nothing to synchronize.";
 
 // The actions by table, and their number. With `failed` what was found before the failure, without a result.
-void PrintComparison(const TApplication& app, bool failed, std::ostream& out);
+void PrintComparison(const TApplication& app, bool failed, std::ostream& out, const TColours& colours = {});
 
 // "VERIFIED: 0 differences left", or "NOT VERIFIED: 2 differences left".
 std::string TellLeft(const std::string& verified, const std::string& not_verified, const TFindings& findings, int left);
@@ -33,7 +34,7 @@ struct TScriptPlan {
 };
 
 // What a user should have seen before the answer: differences, statements, what is unsafe.
-void ShowPlan(const TApplication& app, const TScriptPlan& plan, std::ostream& out);
+void ShowPlan(const TApplication& app, const TScriptPlan& plan, std::ostream& out, const TColours& colours = {});
 
 // Whether the script may run: nothing in it is unsafe, or `allowed` says so. Otherwise that is listed.
 bool UnsafeAllowed(const TScriptPlan& plan, bool allowed, TConsole& console);

@@ -10,18 +10,21 @@
 
 namespace velmora {
 
-namespace {
-
 // Further lines are indented: no text of a server can pass for a message of its own.
-void Tell(std::ostream& err, const char* kind, const std::string& text) {
-  NoteForCrash(kind + text);
-  err << kCompanionName << ": " << kind;
-  const TStringList lines = LinesOf(text);
+void TConsole::Tell(EInk ink, const std::string& kind, const std::string& text) const {
+  const std::string shown = Without(text);
+  NoteForCrash(kind.empty() ? shown : kind + " " + shown);
+  const std::string name = std::string(kCompanionName) + ":";
+  err << (kind.empty() ? err_colours(ink, name) : name + " " + err_colours(ink, kind)) << ' ';
+  const TStringList lines = LinesOf(shown);
   for (std::size_t i = 0; i < lines.size(); ++i) err << (i == 0 ? "" : "\n  ") << ShownText(lines[i]);
   err << '\n';
 }
 
-}  // namespace
+std::string TConsole::Variable(const std::string& name) const {
+  const auto found = environment.find(name);
+  return found == environment.end() ? std::string() : found->second;
+}
 
 std::string TConsole::AskSecret(const std::string& question) const {
   return CanAsk() ? ask(ShownText(question), true) : std::string();
@@ -40,10 +43,14 @@ bool TConsole::Confirm(const std::string& question) const {
 
 void TConsole::WriteExact(const std::string& text) { out << (out_is_terminal ? ShownLines(text) : text); }
 
-void TConsole::Warn(const std::string& text) { Tell(err, "warning: ", Without(text)); }
+void TConsole::Warn(const std::string& text, EWeight weight) {
+  if (!quiet || weight == EWeight::Decides) Tell(EInk::Warning, "warning:", text);
+}
 
-void TConsole::Note(const std::string& text) { Tell(err, "note: ", Without(text)); }
+void TConsole::Note(const std::string& text, EWeight weight) {
+  if (!quiet || weight == EWeight::Decides) Tell(EInk::Note, "note:", text);
+}
 
-void TConsole::Error(const std::string& text) { Tell(err, "", Without(text)); }
+void TConsole::Error(const std::string& text) { Tell(EInk::Bad, "", text); }
 
 }  // namespace velmora

@@ -38,7 +38,7 @@ bool IsFile(TDBConn& conn) { return dynamic_cast<TDBConnMySQLOffline*>(&conn) !=
 }  // namespace
 
 std::unique_ptr<TProgress> MakeProgress(TConsole& console) {
-  if (console.err_is_terminal) return std::make_unique<TTerminalProgress>(console.err);
+  if (console.err_is_terminal && !console.quiet) return std::make_unique<TTerminalProgress>(console.err);
   return std::make_unique<TNoProgress>();
 }
 
@@ -63,7 +63,7 @@ void TPairRun::LookAtReference(const TPair& pair, bool for_script) {
   if (!app_.Dialect().ReferenceIsEmpty()) return;
   const std::string text = EmptyReferenceText(*app_.connections.reference);
   if (for_script && !pair.allow_empty_reference) RaiseError(text + kAllowEmpty);
-  console_.Warn(text);
+  console_.Warn(text, EWeight::Decides);
 }
 
 std::optional<std::string> TPairRun::CompareAgain() {
@@ -76,7 +76,7 @@ std::optional<std::string> TPairRun::VerifyOnServer(std::optional<int>& left) {
     WithScratch([&](const TScratchPorts& ports) { left = app_.Dialect().VerifyOnServer(ports); });
     const std::vector<TObjectDifference> objects = app_.Dialect().Findings().objects;
     for (std::size_t i = told_before; i < objects.size(); ++i)
-      console_.Warn(Format("%s %s: %s", objects[i].kind, objects[i].name, objects[i].difference));
+      console_.Warn(Format("%s %s: %s", objects[i].kind, objects[i].name, objects[i].difference), EWeight::Decides);
     const std::string told =
         TellLeft("verified on the server", "not verified on the server", app_.Dialect().Findings(), *left);
     if (*left == 0)

@@ -59,7 +59,7 @@ int RunOn(TPairRun& run, const std::string& script, TConsole& console) {
 // What a run has reached, where a new comparison can tell.
 int TellResult(TPairRun& run, TConsole& console) {
   if (run.CompareAgain()) return kExitFailure;
-  PrintComparison(run.app(), false, console.out);
+  PrintComparison(run.app(), false, console.out, console.out_colours);
   return run.app().Dialect().TablesIdentical() ? kExitSuccess : kExitFailure;
 }
 
@@ -146,7 +146,7 @@ bool TSyncCommand::Prepare(TPairRun& run, TConsole& console, int& status) {
   status = kExitFailure;
   if (run.Compare(pair_, options_, true)) return false;
   if (run.app().data.mtActions.Empty()) {
-    PrintComparison(run.app(), false, console.out);
+    PrintComparison(run.app(), false, console.out, console.out_colours);
     status = run.app().Dialect().TablesIdentical() ? kExitSuccess : kExitFailure;
     return false;
   }
@@ -171,7 +171,7 @@ bool TSyncCommand::MayRun(TPairRun& run, std::string& script, TConsole& console)
   if (pair_.verify_on_server && (run.VerifyOnServer(left) || *left > 0 || run.GenerateScript())) return false;
   if (pair_.verify_on_server) plan = plan_of(script = run.editor().Text());  // without what the server refuses
   if (yes_) return DatabaseConfirmed(run, console);
-  ShowPlan(app, plan, console.err);
+  ShowPlan(app, plan, console.err, console.err_colours);
   if (console.Confirm("Run " + plan.Summary() + "?")) return DatabaseConfirmed(run, console);
   console.Error("nothing was run");
   return false;

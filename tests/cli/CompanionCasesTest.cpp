@@ -5,23 +5,49 @@
 //
 //   firebird NAME      a database file is made by the indented statements
 //   oracle             the indented lines are what an Oracle server answers
+//   environment        the indented lines are all of the environment, as in TERM=dumb
+//   input              the indented lines are standard input from here on
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <functional>
+#include <map>
 
 #include "support/CompanionRun.h"
 #include "support/FakeOracle.h"
 #include "support/PrivateFirebird.h"
 #include "support/Transcript.h"
+#include "util/Lists.h"
 
 namespace velmora::testing {
 namespace {
 
 constexpr char kCases[] = VELMORA_SOURCE_DIR "/tests/data/companion/";
 constexpr char kOracle[] = VELMORA_FAKE_CLIENTS "/oracle";
+
+// Puts texts in the place of standard input, as pipes that somebody has written to.
+class TStandardInput {
+ public:
+  ~TStandardInput() { Take(own_); }
+  void Give(const std::string& text) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    ASSERT_EQ(write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    close(ends[1]);
+    Take(ends[0]);
+  }
+
+ private:
+  static void Take(int file) {
+    dup2(file, STDIN_FILENO);
+    close(file);
+  }
+
+  int own_ = dup(STDIN_FILENO);
+};
 
 class CompanionCases : public ::testing::TestWithParam<std::string> {
  public:
@@ -35,19 +61,35 @@ class CompanionCases : public ::testing::TestWithParam<std::string> {
   std::string Step(const std::string& word, const std::string& rest, const std::string& below) {
     if (word == "firebird")
       std::filesystem::copy_file(firebird_.NewDatabaseOf(rest, below), rest);
+    else if (word == "environment")
+      SetEnvironment(below);
+    else if (word == "input")
+      input_.Give(below);
     else
       AddOracleAnswers(oracle_, below);
     return below;
   }
 
+  void SetEnvironment(const std::string& lines) {
+    environment_.clear();
+    for (const std::string& line : LinesOf(lines))
+      environment_[line.substr(0, line.find('='))] = line.substr(line.find('=') + 1);
+  }
+
+  TAnswer Run(const std::vector<std::string>& arguments, TAsk ask) {
+    return RunInProcess(arguments, std::move(ask), environment_);
+  }
+
   TFirebirdFolder firebird_;
+  std::map<std::string, std::string> environment_;
+  TStandardInput input_;
   TFakeOracle& oracle_ = FakeOracleOf(kOracle);
 };
 
 TEST_P(CompanionCases, PrintWhatIsWritten) {
-  EXPECT_EQ(
-      TranscriptDifference(kCases + GetParam() + ".txt", {RunInProcess, std::bind_front(&CompanionCases::Step, this)}),
-      "");
+  EXPECT_EQ(TranscriptDifference(kCases + GetParam() + ".txt", {std::bind_front(&CompanionCases::Run, this),
+                                                                std::bind_front(&CompanionCases::Step, this)}),
+            "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Companion, CompanionCases, ::testing::ValuesIn(TranscriptNames(kCases)),

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 
 #include <cstdio>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -14,9 +15,11 @@
 namespace velmora::testing {
 
 // Runs the companion within this process; `ask` answers its questions, and without one there is no terminal.
-inline TAnswer RunInProcess(const std::vector<std::string>& arguments, TAsk ask = {}) {
+inline TAnswer RunInProcess(const std::vector<std::string>& arguments, TAsk ask = {},
+                            const std::map<std::string, std::string>& environment = {}) {
   std::ostringstream out, err;
   TConsole console{out, err, false, std::move(ask)};
+  console.environment = environment;
   const int status = TCompanion().Run(arguments, console);
   return {status, out.str(), err.str()};
 }
