@@ -131,10 +131,14 @@ void AddDependents(const TRename& rename, const TTableText& table, TStringList& 
   clauses.insert(clauses.end(), after.begin(), after.end());
 }
 
+bool IsVirtual(const TElement* column) {
+  return column != nullptr && column->kind == EElement::Column && column->text.Column().generated &&
+         !column->text.Column().stored;
+}
+
 bool IsVirtual(const TRename& rename, const TSchema& schema) {
   const TTableText* table = schema.Find(rename.table);
-  const TElement* column = table == nullptr ? nullptr : table->Find(EElement::Column, rename.from);
-  return column != nullptr && column->text.Column().generated && !column->text.Column().stored;
+  return table != nullptr && IsVirtual(table->Find(EElement::Column, rename.from));
 }
 
 bool NamesIt(const std::vector<std::string>& columns, const TRename& rename) {
@@ -150,28 +154,56 @@ void AddPart(TAlter& alter, const TServerTraits& server, const TSchema& schema, 
     added.lock = ClassOfStatement(added.text, *table, server, added.checks_on);
 }
 
-// MariaDB forgets with every "alter table" that does not add it that a unique key was one by hash.
-void AddHashKeys(const TRename& rename, const TTableText& table, TStringList& clauses) {
+std::vector<TElement> HashKeysOf(const TTableText& table) {
   TTableWork work;
   work.target = &table;
-  for (TElement key : HashKeys(work)) {
+  return HashKeys(work);
+}
+
+// MariaDB forgets with every "alter table" that does not add it that a unique key was one by hash.
+void AddHashKeys(const TRename& rename, const TTableText& table, TStringList& clauses) {
+  for (TElement key : HashKeysOf(table)) {
     clauses.push_back(DropText(key.kind, key.name, {}));
     RenameColumnIn(key, rename.from, rename.to);
     clauses.push_back("add " + key.text.Str());
   }
 }
 
-// Whether MariaDB 10.11 breaks the table: it no longer finds its keys, and forgets foreign keys with them.
-bool LosesItself(const TElement& key, const TTableText& table, const TRename& rename) {
-  if (!IsKey(key.kind) || key.kind == EElement::PrimaryKey) return false;
-  bool named = false, in_part = false, computed = false;
-  for (const TKeyPart& part : key.text.KeyParts()) {
-    const TElement* column = table.Find(EElement::Column, part.column);
-    named = named || SameText(part.column, rename.from);
-    in_part = in_part || part.length > 0;
-    computed = computed || (column != nullptr && column->text.Column().generated && !column->text.Column().stored);
+// So keys that come back bring those along that were there all the time.
+void AddHashKeys(const TTableText& table, const TTableText& without, TAlter& comes) {
+  for (const TElement& key : HashKeysOf(table)) {
+    if (without.Find(key.kind, key.name) == nullptr) continue;
+    comes.Clause(DropText(key.kind, key.name, {}));
+    comes.Clause("add " + key.text.Str());
   }
-  return named && in_part && computed;
+}
+
+TSchema Without(const std::vector<TTableKey>& keys, TSchema schema) {
+  for (const TTableKey& key : keys)
+    std::erase_if(schema.Find(key.table)->elements, [&key](const TElement& element) {
+      return element.kind == key.key->kind && element.name == key.key->name;
+    });
+  return schema;
+}
+
+bool HasFirstLetters(const TElement& key) {
+  return std::ranges::any_of(key.text.KeyParts(), [](const TKeyPart& part) { return part.length > 0; });
+}
+
+// Whether MariaDB 10.11 breaks the table: it no longer finds its keys, and forgets foreign keys with them. Keys with
+// the first letters of a column do that, where a virtual column is in the key, or in a table whose primary key is of
+// first letters, too.
+bool LosesItself(const TElement& key, const TTableText& table, const TRename& rename) {
+  if (!IsKey(key.kind) || key.kind == EElement::PrimaryKey || !HasFirstLetters(key)) return false;
+  const std::vector<TKeyPart>& parts = key.text.KeyParts();
+  if (!std::ranges::any_of(parts, [&](const TKeyPart& part) { return SameText(part.column, rename.from); }))
+    return false;
+  const auto computed = [&](const TKeyPart& part) { return IsVirtual(table.Find(EElement::Column, part.column)); };
+  if (std::ranges::any_of(parts, computed)) return true;
+  const bool any = std::ranges::any_of(table.elements, [](const TElement& element) { return IsVirtual(&element); });
+  return any && std::ranges::any_of(table.elements, [](const TElement& element) {
+           return element.kind == EElement::PrimaryKey && HasFirstLetters(element);
+         });
 }
 
 // For the statement that renames a column.
@@ -183,6 +215,13 @@ bool Copies(const TRename& rename, const TServerTraits& server, const TSchema& s
   if (!server.mysql || server.version == 0) return server.mysql || !by_hash.empty();
   const ELockClass lock = ClassOfStatement(RenameStatement(rename, server, schema), *table, server, false);
   return lock == ELockClass::Copy || lock == ELockClass::Unknown;
+}
+
+TPlanStatement Renaming(const TRename& rename, const TServerTraits& server, const TSchema& schema) {
+  TPlanStatement statement{
+      RenameStatement(rename, server, schema), {}, {}, rename.OfTable() ? rename.to : rename.table};
+  statement.lock = RenameLock(rename, server, schema);
+  return statement;
 }
 
 }  // namespace
@@ -236,9 +275,10 @@ std::vector<TPlanStatement> RenameStatements(const TRename& rename, const TServe
                                              bool unchecked) {
   std::map<std::string, std::pair<TAlter, TAlter>> of_keys;  // by table: they go and come
   const std::vector<TTableKey> keys = KeysInTheWay(rename, server, schema);
-  TSchema after;
-  if (!keys.empty()) after = schema;
-  if (!keys.empty()) ApplyRename(rename, server, after);
+  if (keys.empty()) return {Renaming(rename, server, schema)};
+  const TSchema between = Without(keys, schema);
+  TSchema after = schema;
+  ApplyRename(rename, server, after);
   for (const TTableKey& key : keys) {
     auto& [goes, comes] = of_keys.try_emplace(key.table, TAlter(key.table), TAlter(key.table)).first->second;
     goes.Clause(DropText(key.key->kind, key.key->name, {}));
@@ -247,9 +287,11 @@ std::vector<TPlanStatement> RenameStatements(const TRename& rename, const TServe
   }
   std::vector<TPlanStatement> plan;
   for (auto& [table, alters] : of_keys) AddPart(alters.first, server, schema, plan);
-  plan.push_back({RenameStatement(rename, server, schema), {}, {}, rename.OfTable() ? rename.to : rename.table});
-  plan.back().lock = RenameLock(rename, server, schema);
-  for (auto& [table, alters] : of_keys) AddPart(alters.second, server, after, plan);
+  plan.push_back(Renaming(rename, server, between));
+  for (auto& [table, alters] : of_keys) {
+    if (!server.mysql) AddHashKeys(*after.Find(table), *between.Find(table), alters.second);
+    AddPart(alters.second, server, after, plan);
+  }
   return plan;
 }
 

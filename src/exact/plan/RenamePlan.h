@@ -30,7 +30,7 @@ struct TTableKey {
 };
 // Those that have to be away while a column gets its other name: servers do not copy a table while they rename a column
 // of its foreign keys, on either side, and MariaDB leaves the old name in keys that refer to a virtual one.
-// It also breaks a table one of whose keys has the column beside a virtual one and the first letters of another.
+// It also breaks some tables with virtual columns and keys of first letters.
 std::vector<TTableKey> KeysInTheWay(const TRename& rename, const TServerTraits& server, const TSchema& schema);
 
 // The statement, between those that take such keys away and bring them back, to rows that the server looks at unless

@@ -231,16 +231,21 @@ TEST_F(ExactLiveTest, RenamesBesideWhatServersStumbleOver) {
   const auto make = [](TLiveDatabase& database, const std::string& table, const std::string& a, const std::string& h) {
     database.Run("create table " + table + " (" + a + " int check (" + a + " <> 3), c int, g int as (c > 1), " + h +
                  " varchar(99) not null, unique key k (" + a + ", c) using hash, key p (" + h + "(5)), unique key r (" +
-                 a + "))");
+                 a + "), t text not null, primary key (t(9)), key z (t(2), c, " + a + "), unique key q (c, " + h +
+                 "(3), g) using hash, f int, constraint m foreign key (f) references p (id))");
     database.Run("create table link (x int, constraint l foreign key (x) references " + table + " (" + a + "))");
     database.Run("create view v as select count(*) as n from " + table + " x join " + table + " y where x.g = y.g");
     database.Run("create trigger tr before insert on " + table + " for each row set new." + a + " = 1");
   };
+  for (TLiveDatabase* database : {&reference_, &target_}) database->Run("create table p (id int primary key)");
   make(reference_, "client", "b", "i");
   make(target_, "customer", "a", "h");
   Open();
   app_.Take({.exact = ReadExactWishes("rename customer=client\nrename client.a=b\nrename client.h=i")});
   EXPECT_EQ(MessageOf([&] { Sync(); }), "nothing raised");
+  app_.Take({});
+  app_.Compare();
+  EXPECT_TRUE(app_.Dialect().Identical());
 }
 
 // Nothing of a table is changed whose rename is struck out.
