@@ -5,6 +5,7 @@
 #include <set>
 
 #include "app/CopyTool.h"
+#include "app/FaultPlace.h"
 #include "app/LockWaits.h"
 #include "app/MovedTarget.h"
 #include "app/PlannedStatements.h"
@@ -71,6 +72,12 @@ bool ReadsTable(TDBConn* conn, const std::string& table) {
   return true;
 }
 
+// " (FILE: line 12)" where the reference is a file, or a folder of files.
+std::string PlaceIn(TDBConn* reference, const TObjectDifference& object) {
+  const std::string place = ObjectPlace(reference, object.kind, object.name);
+  return place.empty() ? place : " (" + place + ")";
+}
+
 }  // namespace
 
 TExactDialect::TExactDialect(const TDialectParts& parts)
@@ -115,7 +122,8 @@ std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
   for (const TRenameOffer& offer : sync.RenameOffers()) tell(false, offer.Text());
   for (const std::string& line : sync.LeftAlone()) tell(false, line);
   for (const TObjectDifference& object : sync.Objects())
-    tell_why(false, Format("Not the same: %s %s: %s", object.kind, object.name, object.difference));
+    tell_why(false, Format("Not the same: %s %s: %s", object.kind, object.name, object.difference) +
+                        PlaceIn(parts_.connections.reference.get(), object));
   for (const std::string& statement : sync.NotFollowed()) tell_why(true, "not followed: " + statement);
   for (const TSkippedTable& skipped : sync.Skipped())
     tell_why(true, Format("%s: table %s is skipped: %s", skipped.side, skipped.table, skipped.reason));

@@ -48,6 +48,12 @@ std::string TablePlace(TDBConn& conn, const std::string& table) {
   return name.empty() ? Format("table %s", table) : Format("%s: table %s", name, table);
 }
 
+std::string ObjectPlace(TDBConn* conn, const std::string& kind, const std::string& name) {
+  auto* offline = dynamic_cast<TDBConnMySQLOffline*>(conn);
+  const TScriptPlace place = offline == nullptr ? TScriptPlace() : offline->GetConnectionObject().PlaceOf(kind, name);
+  return place.line == 0 ? std::string() : Format("%s: line %d", place.file, place.line);
+}
+
 std::string ComparisonPlace(TDBConn* reference, TDBConn* target, bool target_lost, const std::string& table,
                             const std::string& error) {
   const bool at_table = !table.empty();  // both sides were connected then

@@ -18,6 +18,8 @@ bool StandsConnected(TDBConn& conn);
 std::string SourcePlace(TDBConn& conn, const std::string& error);
 // The line of a table's creation text in a script file, as in "FILE: line 12: table t"; of a server "NAME: table t".
 std::string TablePlace(TDBConn& conn, const std::string& table);
+// The line of a view's, trigger's, routine's or event's text in a script file, as in "FILE: line 12"; else empty.
+std::string ObjectPlace(TDBConn* conn, const std::string& kind, const std::string& name);
 // The side of a comparison whose connection is lost, or whose table cannot be read for that very reason; else the table
 // alone. `target_lost` tells it of the target that was compared; the one given is the copy in its place, which may be
 // connected here to look at the table.

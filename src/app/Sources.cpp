@@ -14,6 +14,7 @@
 #include "mysqltext/ScriptFolder.h"
 #include "persist/EngineTable.h"
 #include "util/Errors.h"
+#include "util/Files.h"
 #include "util/Format.h"
 #include "util/MySqlFacts.h"
 #include "util/Text.h"
@@ -181,9 +182,11 @@ std::string FileHint(const std::string& source) {
 
 namespace {
 
-bool IsScript(const std::string& path) { return EndsIn(path, kScriptExtension) || IsScriptFolder(path); }
+bool IsScript(const std::string& path) {
+  return path == kStandardInput || EndsIn(path, kScriptExtension) || IsScriptFolder(path);
+}
 
-// FILE.sql, a folder of such files, or either with #DATABASE behind it. Null for what is neither.
+// FILE.sql, standard input, a folder of such files, or any of these with #DATABASE behind it. Null for what is neither.
 std::unique_ptr<TDBConn> MakeScript(const std::string& source, const TSourceSettings& settings) {
   TScriptChoice choice{{}, settings.AllowIncomplete};
   if (IsScript(source)) return std::make_unique<TDBConnMySQLOffline>(source, choice);

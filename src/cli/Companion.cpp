@@ -20,6 +20,7 @@
 #include "cli/RowsCommand.h"
 #include "cli/ScriptCommand.h"
 #include "cli/SplitCommand.h"
+#include "cli/StandardInput.h"
 #include "cli/StructureCommands.h"
 #include "cli/SyncCommand.h"
 #include "cli/TaskCommand.h"
@@ -61,8 +62,8 @@ void CheckCommand(const TCommandTable& command, const TStringList& rest) {
 }
 
 // The arguments, with the options of the environment behind the words of the command.
-void Parse(CLI::App& app, const TCommandTable& command, const TStringList& arguments, TEnvironmentOptions& environment,
-           const TConsole& console) {
+TStringList Parse(CLI::App& app, const TCommandTable& command, const TStringList& arguments,
+                  TEnvironmentOptions& environment, const TConsole& console) {
   const auto behind = arguments.begin() + static_cast<std::ptrdiff_t>(command.path.size());
   const TStringList rest(behind, arguments.end());
   CheckCommand(command, rest);
@@ -70,8 +71,9 @@ void Parse(CLI::App& app, const TCommandTable& command, const TStringList& argum
   TStringList all = arguments;
   all.insert(all.begin() + (behind - arguments.begin()), environment.Arguments().begin(),
              environment.Arguments().end());
-  std::ranges::reverse(all);
-  app.parse(all);
+  TStringList reversed(all.rbegin(), all.rend());
+  app.parse(reversed);
+  return all;
 }
 
 // What the user may have meant by the options that the command does not have; empty where nobody knows.
@@ -327,14 +329,15 @@ int TCompanion::Run(const std::vector<std::string>& arguments, TConsole& console
   const TCommandTable& command = *CommandOf(program, arguments);
   TEnvironmentOptions environment;
   try {
-    Parse(app, command, arguments, environment, console);
+    const TStringList all = Parse(app, command, arguments, environment, console);
+    Adopt(manners, console);
+    CheckStandardInput(command, all, console);
   } catch (const CLI::ParseError& error) {
     return AnswerArguments(app, error, environment, command, console);
   } catch (const EVelmora& error) {
     console.Error(error.what());
     return kExitFailure;
   }
-  Adopt(manners, console);
   for (const std::string& warning : environment.Warnings()) console.Warn(warning);
   const std::string given = app.get_subcommands().front()->get_name();
   return Execute(**std::ranges::find_if(commands_, [&](const auto& row) { return given == row->Name(); }), console);

@@ -42,7 +42,7 @@ void WarnOfSource(TDBConn& conn, bool verbose, TConsole& console, bool applies_s
   const TOfflineConnection& file = offline->GetConnectionObject();
   for (const TScriptWarning& warning : file.Warnings()) {
     if (warning.passed_over && applies_statements) continue;
-    const std::string text = Placed(warning.file.empty() ? file.Path() : warning.file, warning.Message());
+    const std::string text = Placed(warning.file.empty() ? file.Name() : warning.file, warning.Message());
     if (!warning.verbose_only)
       console.Warn(text);
     else if (verbose)
@@ -69,7 +69,7 @@ std::string ReadTextFile(const std::string& path) {
   const std::size_t nul = text.find('\0');
   if (nul != std::string::npos) {
     const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(nul), '\n');
-    RaiseError(Format("%s: line %d: NUL byte: this is no text file", path, line));
+    RaiseError(Format("%s: line %d: NUL byte: this is no text file", ShownPath(path), line));
   }
   return text;
 }

@@ -39,7 +39,7 @@ std::string PlainText(const TScriptPieces& pieces) {
 }  // namespace
 
 void TSplitCommand::Declare(CLI::App& app) {
-  app.add_option("FILE", file_, "A script")->required();
+  app.add_option("FILE", file_, "A script; - is standard input")->required();
   app.add_flag("--raw", raw_, "Take the bytes as they are, instead of as lines that each end in CR LF");
   DeclareFormat(app, format_);
 }

@@ -11,6 +11,7 @@
 #include "app/Sources.h"
 #include "cli/SourceRun.h"
 #include "util/Errors.h"
+#include "util/Files.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -56,7 +57,7 @@ void ParseAndView(TDBConn& conn, const std::string& file, TConsole& console, TSt
   } catch (const EVelmora& error) {
     structure.error = error.what();
     const std::size_t line = FaultLine(text, *structure.error, before);
-    console.Error(Placed(line > 0 ? Format("%s: line %d", file, line) : file, *structure.error));
+    console.Error(Placed(line > 0 ? Format("%s: line %d", ShownPath(file), line) : ShownPath(file), *structure.error));
   }
   structure.tables = ViewTables(conn);
 }
@@ -82,13 +83,13 @@ int TSchemaCommand::Execute(TConsole& console) {
 }
 
 void TParseCommand::Declare(CLI::App& app) {
-  app.add_option("FILE", file_, "A text of MySQL statements")->required();
+  app.add_option("FILE", file_, "A text of MySQL statements; - is standard input")->required();
   DeclareFormat(app, format_);
 }
 
 int TParseCommand::Execute(TConsole& console) {
   return ShowStructure(console, format_, [&](TStructure& structure) {
-    TParsedStore conn(file_);
+    TParsedStore conn(ShownPath(file_));
     Identify(conn, structure);
     ParseAndView(conn, file_, console, structure);
   });
@@ -96,7 +97,7 @@ int TParseCommand::Execute(TConsole& console) {
 
 void TReplayCommand::Declare(CLI::App& app) {
   app.add_option("SOURCE", source_, "The database")->required();
-  app.add_option("FILE", file_, "A text of MySQL statements")->required();
+  app.add_option("FILE", file_, "A text of MySQL statements; - is standard input")->required();
   DeclareFormat(app, format_);
   options_.DeclareOne(app);
 }

@@ -106,7 +106,7 @@ void TSyncCommand::Declare(CLI::App& app) {
            script_ = file;
            pair_.target_alone = true;
          },
-         "Run the text of FILE instead of comparing; REFERENCE may be left out")
+         "Run the text of FILE, or with - of standard input, instead of comparing; REFERENCE may be left out")
       ->type_name("FILE")
       ->excludes(app.get_option("--verify-on-server"))
       ->excludes(app.get_option("--via-server"));

@@ -18,12 +18,19 @@ struct TObjectContext {
   std::string time_zone{};                // of events
 };
 
+// Where a text stands in a file.
+struct TScriptPlace {
+  std::string file{};
+  std::size_t line = 0;  // from 1; 0 for nowhere
+};
+
 struct TOtherObject {
   std::string kind;  // "view", "sequence", "trigger", "procedure", "function", "event", ...
   std::string name;
   std::string text{};  // its creation text where it can be had, else empty
   TObjectContext context{};
   int order = 0;  // of a trigger: its place, from 1, among those of its table, time and event; 0 where nobody knows
+  TScriptPlace place{};  // of its text in a script; the file is named for those of a folder alone
 };
 
 // A statement of a script on tables, indexes or databases: create, alter, rename, drop; a setting that new tables

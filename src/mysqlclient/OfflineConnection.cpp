@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -37,6 +38,7 @@ struct TFileStamp {
 };
 
 std::optional<TFileStamp> StampOf(const std::string& path) {
+  if (path == kStandardInput) return TFileStamp();
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) return std::nullopt;
   if (!S_ISREG(status.st_mode)) return TFileStamp{status.st_dev, status.st_ino};
@@ -107,6 +109,8 @@ TOfflineConnection::TOfflineConnection(std::string path, TScriptChoice choice)
 
 TOfflineConnection::~TOfflineConnection() = default;
 
+std::string TOfflineConnection::Name() const { return ShownPath(path_); }
+
 const std::vector<TScriptWarning>& TOfflineConnection::Warnings() const {
   static const std::vector<TScriptWarning> kNoWarnings;
   return loaded_ ? loaded_->script->Warnings() : kNoWarnings;
@@ -125,7 +129,16 @@ const std::vector<TOtherObject>& TOfflineConnection::OtherObjects() const {
 TScriptPlace TOfflineConnection::PlaceOf(const std::string& table) const {
   const TCreationText* text = loaded_ ? loaded_->script->Find(table) : nullptr;
   if (text == nullptr) return {};
-  return {text->file.empty() ? path_ : std::string(text->file), text->line};
+  return {text->file.empty() ? Name() : std::string(text->file), text->line};
+}
+
+TScriptPlace TOfflineConnection::PlaceOf(const std::string& kind, const std::string& name) const {
+  if (!loaded_) return {};
+  const std::vector<TOtherObject>& objects = loaded_->script->OtherObjects();
+  const auto found = std::ranges::find_if(
+      objects, [&](const TOtherObject& object) { return object.kind == kind && object.name == name; });
+  if (found == objects.end()) return {};
+  return {found->place.file.empty() ? Name() : found->place.file, found->place.line};
 }
 
 void TOfflineConnection::StartTransaction() { RefuseStatement(); }
@@ -155,7 +168,7 @@ std::unique_ptr<TDataset> TOfflineConnection::Answer(const std::string& sql) con
 
 void TOfflineConnection::RefuseStatement() const {
   CheckConnected();
-  RaiseError(Format(kNoStatements, path_));
+  RaiseError(Format(kNoStatements, Name()));
 }
 
 void TOfflineConnection::DoConnect() {

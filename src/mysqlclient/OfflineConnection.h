@@ -11,28 +11,27 @@
 
 namespace velmora {
 
-struct TScriptPlace {
-  std::string file;
-  std::size_t line = 0;  // from 1
-};
-
 // A script of creation texts, or a folder of them, that stands for a server. "show tables" and "show create table" are
 // answered as a server would; anything else raises "%s is a script file: ...".
 //
-// Connecting reads the file. It is not read again by a new connection of this one, nor by connecting anew, as long as
-// it is the same file with the same size and time of change; of a folder, as long as this holds for each of its files.
+// Connecting reads the file, which may be standard input (util/Files.h). It is not read again by a new connection of
+// this one, nor by connecting anew, as long as it is the same file with the same size and time of change; of a folder,
+// as long as this holds for each of its files.
 class TOfflineConnection final : public TMyConnection {
  public:
   explicit TOfflineConnection(std::string path, TScriptChoice choice = {});
   ~TOfflineConnection() override;
 
   const std::string& Path() const { return path_; }
+  std::string Name() const;  // the path, as messages show it
   // Of the file as it was last read; none before that.
   const std::vector<TScriptWarning>& Warnings() const;
   const TStructureScript& Structure() const;
   const std::vector<TOtherObject>& OtherObjects() const;
   // Where a table's creation text begins; of a folder the path is that of one of its files. Line 0 for no such table.
   TScriptPlace PlaceOf(const std::string& table) const;
+  // The same of a view, trigger, routine or event: "view", "trigger", ...
+  TScriptPlace PlaceOf(const std::string& kind, const std::string& name) const;
 
   bool GetConnected() const override { return connected_; }
   bool InTransaction() const override { return false; }

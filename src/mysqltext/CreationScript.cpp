@@ -277,6 +277,7 @@ class TCreationScript::TCollector {
 
   void TakeObject(const TStatement& statement, const TStatementHead& head) {
     TOtherObject object{std::string(head.object), NameIn(statement.text, head), WithoutMarks(statement.text)};
+    object.place = {std::string(file_), statement.line};
     if (object.kind != "view")
       object.context = settings_.Context();
     else if (PosNoCase("ansi", settings_.Context().sql_mode.value_or("")) != 0)
@@ -413,19 +414,22 @@ TCreationScript::TCreationScript(std::string script, const TScriptChoice& choice
       [&script](const TStatementStream::TWatch& watch) {
         return std::make_unique<TStatementStream>(std::move(script), watch);
       },
-      {}, choice, spans);
+      TPartName(), choice, spans);
   Finish(spans, choice);
 }
 
-TCreationScript::TCreationScript(const TStringList& files, const TScriptChoice& choice) {
+TCreationScript::TCreationScript(const std::vector<TFile>& files, const TScriptChoice& choice) {
   std::vector<TSpan> spans;
-  for (const std::string& path : files)
-    ReadPart(
-        [&path](const TStatementStream::TWatch& watch) {
-          return std::make_unique<TStatementStream>(std::make_unique<TFileParts>(path), watch);
-        },
-        files_.emplace_back(path), choice, spans);
+  for (const TFile& file : files) ReadFile(file, choice, spans);
   Finish(spans, choice);
+}
+
+void TCreationScript::ReadFile(const TFile& file, const TScriptChoice& choice, std::vector<TSpan>& spans) {
+  const auto open = [&file](const TStatementStream::TWatch& watch) {
+    return std::make_unique<TStatementStream>(std::make_unique<TFileParts>(file.path), watch);
+  };
+  const std::string_view recorded = file.of_folder ? files_.emplace_back(file.path) : std::string_view();
+  ReadPart(open, {ShownPath(file.path), recorded}, choice, spans);
 }
 
 void TCreationScript::Finish(std::vector<TSpan>& spans, const TScriptChoice& choice) {
@@ -438,11 +442,11 @@ void TCreationScript::Finish(std::vector<TSpan>& spans, const TScriptChoice& cho
 }
 
 // A dump that was cut off may end anywhere: that is what to tell of it.
-void TCreationScript::ReadPart(const TOpen& open, std::string_view file, const TScriptChoice& choice,
+void TCreationScript::ReadPart(const TOpen& open, const TPartName& name, const TScriptChoice& choice,
                                std::vector<TSpan>& spans) {
   TDumpEnd end;
   std::vector<TOtherObject> objects;
-  TCollector collector(buffer_, spans, objects, warnings_, choice.database, file);
+  TCollector collector(buffer_, spans, objects, warnings_, choice.database, name.recorded);
   const auto check = [&] {
     if (const std::string_view closing = end.Missing(); !closing.empty() && !choice.allow_incomplete)
       RaiseError(Format(kCutOff, std::string(closing)));
@@ -461,11 +465,11 @@ void TCreationScript::ReadPart(const TOpen& open, std::string_view file, const T
   try {
     read();
   } catch (const EVelmora& fault) {
-    if (file.empty()) throw;
-    RaiseError(std::string(file) + ": " + fault.what());
+    if (name.shown.empty()) throw;
+    RaiseError(name.shown + ": " + fault.what());
   }
   of_objects_.insert(collector.Databases().begin(), collector.Databases().end());
-  TakeObjects(std::move(objects), std::string(file));
+  TakeObjects(std::move(objects), std::string(name.recorded));
 }
 
 void TCreationScript::TakeObjects(std::vector<TOtherObject> objects, const std::string& file) {
@@ -479,24 +483,14 @@ void TCreationScript::TakeObjects(std::vector<TOtherObject> objects, const std::
 }
 
 std::shared_ptr<const TCreationScript> TCreationScript::Load(const std::string& path, const TScriptChoice& choice) {
-  std::shared_ptr<TCreationScript> result;
-  if (IsFolder(path)) {
-    TStringList files;
-    for (const std::string& name : ScriptFilesIn(path)) files.push_back(JoinPath(path, name));
-    result = std::make_shared<TCreationScript>(files, choice);
-  } else {
-    result = std::make_shared<TCreationScript>(TStringList{path}, choice);
-    result->OfOneFile();
-  }
-  result->structure_.file = path;
+  std::vector<TFile> files;
+  if (IsFolder(path))
+    for (const std::string& name : ScriptFilesIn(path)) files.push_back({JoinPath(path, name)});
+  else
+    files.push_back({path, false});
+  auto result = std::make_shared<TCreationScript>(files, choice);
+  result->structure_.file = ShownPath(path);
   return result;
-}
-
-// Its path is told by whoever has it.
-void TCreationScript::OfOneFile() {
-  for (TStructureStatement& statement : structure_.statements) statement.file = {};
-  for (TCreationText& table : tables_) table.file = {};
-  for (TScriptWarning& warning : warnings_) warning.file.clear();
 }
 
 const TCreationText* TCreationScript::Find(std::string_view name) const {

@@ -57,7 +57,11 @@ class TCreationScript {
   explicit TCreationScript(std::string script, const TScriptChoice& choice = {});
   // Of files, each of which is read by itself and in parts: the rows of a dump are not kept in memory. Raises likewise,
   // with the file in front, and for what two files make.
-  explicit TCreationScript(const TStringList& files, const TScriptChoice& choice = {});
+  struct TFile {
+    std::string path;
+    bool of_folder = true;  // what stands in it is recorded with its path, which everybody else knows already
+  };
+  explicit TCreationScript(const std::vector<TFile>& files, const TScriptChoice& choice = {});
   TCreationScript(const TCreationScript&) = delete;
   TCreationScript& operator=(const TCreationScript&) = delete;
 
@@ -82,9 +86,13 @@ class TCreationScript {
   };
 
   using TOpen = std::function<std::unique_ptr<TStatementStream>(const TStatementStream::TWatch& watch)>;
-  void ReadPart(const TOpen& open, std::string_view file, const TScriptChoice& choice, std::vector<TSpan>& spans);
+  struct TPartName {
+    std::string shown = {};          // before errors; empty for a text that is in no file
+    std::string_view recorded = {};  // with what stands there; empty where there is one file alone
+  };
+  void ReadPart(const TOpen& open, const TPartName& name, const TScriptChoice& choice, std::vector<TSpan>& spans);
+  void ReadFile(const TFile& file, const TScriptChoice& choice, std::vector<TSpan>& spans);
   void Finish(std::vector<TSpan>& spans, const TScriptChoice& choice);
-  void OfOneFile();
   void TakeObjects(std::vector<TOtherObject> objects, const std::string& file);
   void AddTables(const std::vector<TSpan>& spans);
   void AddTable(const TSpan& span, std::string_view text);

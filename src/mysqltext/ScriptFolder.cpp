@@ -43,6 +43,7 @@ void GoThrough(const std::string& folder, int depth, Take take) {
 }  // namespace
 
 bool IsFolder(const std::string& path) {
+  if (path == kStandardInput) return false;
   std::error_code unknown;
   return fs::is_directory(path, unknown);
 }

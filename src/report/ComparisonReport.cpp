@@ -70,7 +70,7 @@ class TCollector {
     const std::string title =
         of_table ? difference.table : std::string(KindWord(difference.kind)) + " " + difference.item;
     const auto [place, is_new] = places_.emplace(std::pair(of_table, title), parts_.size());
-    if (is_new) parts_.push_back({title, {}, {}, {}, {}, {}});
+    if (is_new) parts_.push_back({title, {}, {}, {}, {}, {}, {}});
     TReportLine& line = parts_[place->second].lines.emplace_back(TReportLine{difference, RuleOf(difference)});
     line.scripted = app_.data.mtActions.Find(difference.id) != nullptr;
     if (line.difference.text.ends_with(difference.detail)) line.difference.detail.clear();
@@ -93,15 +93,17 @@ class TCollector {
     if (first.kind == EDifferenceKind::View)
       for (std::string* text : {&part.reference, &part.target}) *text = ShownView(*text);
     part.rows = dialect_.Aligned(part.reference, part.target);
-    part.place = PlaceOf(first);
+    FindPlace(part, first);
   }
 
-  TScriptPlace PlaceOf(const TDifference& difference) const {
+  void FindPlace(TReportPart& part, const TDifference& difference) const {
     auto* file = dynamic_cast<TDBConnMySQLOffline*>(app_.connections.reference.get());
-    if (file == nullptr) return {};
+    if (file == nullptr) return;
     const TOfflineConnection& script = file->GetConnectionObject();
-    const TScriptPlace place = OfTable(difference.kind) ? script.PlaceOf(difference.table) : TScriptPlace();
-    return place.line > 0 || IsFolder(script.Path()) ? place : TScriptPlace{script.Path(), 1};
+    part.stands = OfTable(difference.kind) ? script.PlaceOf(difference.table)
+                                           : script.PlaceOf(std::string(KindWord(difference.kind)), difference.item);
+    const bool has_place = part.stands.line > 0 || IsFolder(script.Path());
+    part.place = has_place ? part.stands : TScriptPlace{script.Name(), 1};
   }
 
   TApplication& app_;
@@ -130,6 +132,10 @@ TReport CollectReport(TApplication& app, const std::string& script, const TClock
   if (!report.parts.empty()) report.script = StrReplace(script, "\r\n", "\n");
   report.log = app.Log();
   return report;
+}
+
+std::string TReportPart::Place() const {
+  return stands.line == 0 ? std::string() : Format("%s: line %d", stands.file, stands.line);
 }
 
 std::string_view RuleId(EReportRule rule) {

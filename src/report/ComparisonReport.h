@@ -32,10 +32,11 @@ struct TReportPart {
   std::vector<TReportLine> lines;  // one at least
   std::string reference;           // creation texts; empty for a side without it
   std::string target;
-  TAlignedRows rows;  // of these texts
-  // Of a table in a reference that is a file, or a folder of files; the file's first line for what stands in none. Line
-  // 0 where there is no file.
-  TScriptPlace place;
+  TAlignedRows rows;    // of these texts
+  TScriptPlace stands;  // its text in a reference that is a file, or a folder of files; line 0 where it is in none
+  TScriptPlace place;   // the same, but of what is in none the file's first line; line 0 where there is no file
+
+  std::string Place() const;  // "tables/orders.sql: line 3"; empty where it stands in no file
 };
 
 struct TReport {

@@ -119,7 +119,9 @@ class TPage {
 
   void Part(const TReportPart& part, std::size_t number) {
     page_ += Format("<details open id=\"p%d\">\n<summary>%s <span class=\"dim\">%s</span></summary>\n", number,
-                    Element("h3", Escaped(part.title)), Counted(part.lines.size(), "difference"));
+                    Element("h3", Escaped(part.title)),
+                    Counted(part.lines.size(), "difference") +
+                        (part.Place().empty() ? std::string() : " &middot; " + Escaped(part.Place())));
     page_ += "<ul class=\"what\">\n";
     for (const TReportLine& line : part.lines) Line(line);
     page_ += "</ul>\n";

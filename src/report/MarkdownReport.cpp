@@ -66,7 +66,9 @@ std::string HeadOf(const TReport& report) {
 std::string PartsOf(const TReport& report, std::size_t most) {
   std::string text;
   for (std::size_t i = 0; i < report.parts.size(); ++i) {
-    std::string part = Format("- **%s**\n", Plain(report.parts[i].title));
+    const std::string place = report.parts[i].Place();
+    std::string part =
+        Format("- **%s**%s\n", Plain(report.parts[i].title), place.empty() ? std::string() : " (" + Plain(place) + ")");
     for (const TReportLine& line : report.parts[i].lines) part += LineOf(line);
     const std::string more = Format(kMoreParts, report.parts.size() - i);
     if (text.size() + part.size() + more.size() > most) return text + more;

@@ -44,8 +44,14 @@ constexpr char kStrangersPipe[] = "Cannot write %s: it is a pipe of another user
 [[noreturn]] void Fail(const char* pattern, const std::string& path, int error) {
   RaiseError(Format(pattern, path.empty() ? "\"\"" : path, std::generic_category().message(error)));
 }
-[[noreturn]] void CannotRead(const std::string& path, int error) { Fail("Cannot read %s: %s", path, error); }
+[[noreturn]] void CannotRead(const std::string& path, int error) { Fail("Cannot read %s: %s", ShownPath(path), error); }
 [[noreturn]] void CannotWrite(const std::string& path, int error) { Fail("Cannot write %s: %s", path, error); }
+
+// Standard input is not opened anew: that would begin a file from its beginning, and fails for sockets.
+int OpenToRead(const std::string& path) {
+  if (path == kStandardInput) return fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
+  return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+}
 
 // An open file descriptor.
 class TDescriptor {
@@ -300,6 +306,8 @@ void AddFiles(TStringList& list, const std::string& folder, std::string_view mas
 
 }  // namespace
 
+std::string ShownPath(const std::string& path) { return path == kStandardInput ? "standard input" : path; }
+
 std::string ReadFileText(const std::string& path) {
   std::string text = ReadFileBytes(path);
   if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
@@ -307,7 +315,7 @@ std::string ReadFileText(const std::string& path) {
 }
 
 std::string ReadFileBytes(const std::string& path, std::size_t max) {
-  const TDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+  const TDescriptor file(OpenToRead(path));
   if (!file.IsOpen()) CannotRead(path, errno);
   struct stat info {};
   const bool sized = fstat(file.Get(), &info) == 0 && S_ISREG(info.st_mode);
@@ -322,14 +330,13 @@ std::string ReadFileBytes(const std::string& path, std::size_t max) {
     if (count < 0) CannotRead(path, errno);
     if (count == 0) break;
     size += static_cast<std::size_t>(count);
-    if (!sized && size > kMostOfStream) RaiseError(Format(kEndless, path));
+    if (!sized && size > kMostOfStream) RaiseError(Format(kEndless, ShownPath(path)));
   }
   text.resize(size);
   return text;
 }
 
-TFileParts::TFileParts(const std::string& path)
-    : path_(path), file_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)) {
+TFileParts::TFileParts(const std::string& path) : path_(path), file_(OpenToRead(path)) {
   if (file_ < 0) CannotRead(path, errno);
   struct stat info {};
   if (fstat(file_, &info) == 0 && S_ISREG(info.st_mode)) size_ = static_cast<std::size_t>(info.st_size);

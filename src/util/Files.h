@@ -11,6 +11,10 @@
 
 namespace velmora {
 
+// The path that stands for standard input where a file is read, which can be done once.
+inline constexpr char kStandardInput[] = "-";
+std::string ShownPath(const std::string& path);  // as messages name it: "standard input"
+
 // The bytes of the file; a UTF-8 mark at the start is skipped. Raises "Cannot read %s: %s", as for what is no file and
 // gives more than 1 GB.
 std::string ReadFileText(const std::string& path);

@@ -18,12 +18,12 @@ TDBConnMySQLOffline::TDBConnMySQLOffline(std::unique_ptr<TOfflineConnection> con
       offline_(static_cast<TOfflineConnection&>(TDBConnMySQL::GetConnectionObject())) {}
 
 void TDBConnMySQLOffline::SaveParams(const std::string& /*path*/, TXMLAccess& /*store*/) {
-  RaiseError(Format("%s is a script file, which cannot be part of a task file", offline_.Path()));
+  RaiseError(Format("%s is a script file, which cannot be part of a task file", offline_.Name()));
 }
 
 TOfflineConnection& TDBConnMySQLOffline::GetConnectionObject() { return offline_; }
 
-void TDBConnMySQLOffline::GetDisplayName(std::string& text) { text = offline_.Path(); }
+void TDBConnMySQLOffline::GetDisplayName(std::string& text) { text = offline_.Name(); }
 
 std::unique_ptr<TDBConnMySQL> TDBConnMySQLOffline::NewEngine() const {
   return std::make_unique<TDBConnMySQLOffline>(offline_.NewOfflineConnection());
