@@ -14,6 +14,7 @@
 #include "cli/Environment.h"
 #include "cli/ExportCommand.h"
 #include "cli/GenerateCommand.h"
+#include "cli/LintCommand.h"
 #include "cli/Manners.h"
 #include "cli/MappingCommand.h"
 #include "cli/NearWords.h"
@@ -37,7 +38,8 @@ constexpr char kAbout[] = "Compares the structure of two databases and writes th
 
 std::string Footer() {
   return std::string("\n") + kSourceForms +
-         "\n\nExit status: 0 done, for `compare` identical; 1 `compare` found differences; 2 failed."
+         "\n\nExit status: 0 done, for `compare` identical; 1 `compare` found differences, `lint` something grave; 2 "
+         "failed."
          "\nResults go to standard output, progress, warnings and errors to standard error.\n\n" +
          kEnvironmentHelp +
          "\n\nExamples:\n  velmora-cli compare reference.sql target.sql\n"
@@ -122,6 +124,7 @@ std::vector<std::unique_ptr<TCommand>> MakeCommands() {
   commands.push_back(std::make_unique<TScriptCommand>());
   commands.push_back(std::make_unique<TSyncCommand>());
   commands.push_back(std::make_unique<TExportCommand>());
+  commands.push_back(std::make_unique<TLintCommand>());
   commands.push_back(std::make_unique<TMappingCommand>());
   commands.push_back(std::make_unique<TSchemaCommand>());
   commands.push_back(std::make_unique<TParseCommand>());

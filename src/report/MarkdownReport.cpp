@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "report/MarkdownText.h"
 #include "util/Format.h"
 #include "util/Lists.h"
 #include "util/Text.h"
@@ -13,23 +14,6 @@ namespace {
 
 constexpr char kScriptLeft[] = "The script has %d lines, which do not fit here.\n";
 constexpr char kMoreParts[] = "\n... and %d more, which do not fit here.\n";
-
-// What stands within a line as it is, whatever Markdown or HTML would make of it. Behind what begins a link to an
-// account, an address or a number stands a blank of no width.
-std::string Plain(std::string_view text) {
-  constexpr std::string_view kSpecial = "\\`*_{}[]#|~&";
-  std::string plain;
-  const std::string shown = ShownText(text);
-  for (std::size_t at = 0; at < shown.size(); ++at) {
-    const char c = shown[at];
-    if (c == '<')
-      plain += "&lt;";
-    else
-      plain += (kSpecial.find(c) != std::string_view::npos ? "\\" : "") + std::string(1, c);
-    if (c == '@' || c == '#' || shown.compare(at, 3, "://") == 0) plain += "&#8203;";
-  }
-  return plain;
-}
 
 // Longer than any row of backticks in it.
 std::string Fence(std::string_view text) {
@@ -46,19 +30,19 @@ std::string Block(std::string_view text, const std::string& language) {
 
 std::string LineOf(const TReportLine& line) {
   const TDifference& what = line.difference;
-  std::string text = Format("  - `%c` %s", SignOf(what.state), Plain(what.text));
-  if (!what.detail.empty()) text += ": " + Plain(what.detail);
-  if (!what.lock.empty()) text += Format(" *(%s)*", Plain(what.lock));
+  std::string text = Format("  - `%c` %s", SignOf(what.state), PlainMarkdown(what.text));
+  if (!what.detail.empty()) text += ": " + PlainMarkdown(what.detail);
+  if (!what.lock.empty()) text += Format(" *(%s)*", PlainMarkdown(what.lock));
   if (!line.scripted) text += " *(taken out of the script)*";
-  if (!what.unsafe.empty()) text += Format("\n    - :warning: **unsafe**: %s", Plain(what.unsafe));
+  if (!what.unsafe.empty()) text += Format("\n    - :warning: **unsafe**: %s", PlainMarkdown(what.unsafe));
   return text + "\n";
 }
 
 std::string HeadOf(const TReport& report) {
-  std::string text = Format("## %s\n\n", Plain(report.verdict));
+  std::string text = Format("## %s\n\n", PlainMarkdown(report.verdict));
   for (const std::string& fact :
        {"Reference: " + report.reference, "Target: " + report.target, report.dialect, report.made})
-    text += Format("- %s\n", Plain(fact));
+    text += Format("- %s\n", PlainMarkdown(fact));
   return text + "\n";
 }
 
@@ -67,8 +51,8 @@ std::string PartsOf(const TReport& report, std::size_t most) {
   std::string text;
   for (std::size_t i = 0; i < report.parts.size(); ++i) {
     const std::string place = report.parts[i].Place();
-    std::string part =
-        Format("- **%s**%s\n", Plain(report.parts[i].title), place.empty() ? std::string() : " (" + Plain(place) + ")");
+    std::string part = Format("- **%s**%s\n", PlainMarkdown(report.parts[i].title),
+                              place.empty() ? std::string() : " (" + PlainMarkdown(place) + ")");
     for (const TReportLine& line : report.parts[i].lines) part += LineOf(line);
     const std::string more = Format(kMoreParts, report.parts.size() - i);
     if (text.size() + part.size() + more.size() > most) return text + more;
@@ -80,7 +64,7 @@ std::string PartsOf(const TReport& report, std::size_t most) {
 std::string FindingsOf(const TReport& report) {
   if (report.findings.empty()) return {};
   std::string text = "\n### Not compared, or left alone\n\n";
-  for (const std::string& line : report.findings) text += Format("- %s\n", Plain(line));
+  for (const std::string& line : report.findings) text += Format("- %s\n", PlainMarkdown(line));
   return text;
 }
 
