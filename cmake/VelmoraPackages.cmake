@@ -68,7 +68,7 @@ function(velmora_package component package program)
 endfunction()
 
 set(docs)
-foreach(name commands crash-reports dialects exact folders foreign locks reports runs selection settings sources task-file)
+foreach(name commands crash-reports dialects exact fleet folders foreign locks reports runs selection settings sources task-file)
   list(APPEND docs "${PROJECT_SOURCE_DIR}/docs/${name}.md")
 endforeach()
 install(FILES ${docs} DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velmora-cli" COMPONENT cli)

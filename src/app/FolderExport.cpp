@@ -3,11 +3,9 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <set>
-#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -23,7 +21,6 @@
 #include "mysqltext/StatementReader.h"
 #include "mysqltext/TableText.h"
 #include "util/Errors.h"
-#include "util/Files.h"
 #include "util/Format.h"
 #include "util/Text.h"
 
@@ -31,15 +28,8 @@ namespace velmora {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr char kNoTexts[] =
     "%s cannot be exported: a source is needed that has creation texts, as a MySQL server or a file that ends in .sql";
-constexpr char kForeign[] = "%s holds %s, which no export wrote: give a folder of its own";
-constexpr char kNoFolder[] = "%s is no folder";
-constexpr char kCannotMake[] = "Cannot make the folder %s: %s";
-constexpr char kCannotRemove[] = "Cannot remove %s: %s";
-constexpr char kBadLine[] = "%s: line %d: this is no file that an export writes; was the list changed?";
 constexpr char kNotWritten[] = "%s %s is not written: %s";
 constexpr char kNoForm[] = "an export has no form for it";
 constexpr char kNoText[] = "its text is not to be seen";
@@ -270,93 +260,18 @@ bool IsExportFile(const std::string& line) {
   return known && line.find('/', slash + 1) == std::string::npos && line[slash + 1] != '.';
 }
 
-TStringList ReadList(const std::string& path) {
-  std::error_code unknown;
-  TStringList files;
-  if (!fs::exists(path, unknown)) return files;
-  TStringList lines;
-  SplitPlain('\n', ReadFileText(path), lines);
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    const std::string line = Trim(lines[i]);
-    if (line.empty() || line.starts_with('#')) continue;
-    if (!IsExportFile(line)) RaiseError(Format(kBadLine, path, i + 1));
-    files.push_back(line);
+constexpr TFolderWriter kWriter = {kExportList, kListHead, "an export", "no export", IsExportFile};
+
+// Writes what there is. What was written before stays where its object is there or may be hidden.
+void WriteTo(TOwnFolder& folder, const TSourceTexts& source, TExportReport& report) {
+  std::set<std::string> kept;
+  for (const std::string& file : folder.Written()) {
+    if (!source.IsThere(file) && !source.MayBeHidden(file)) continue;
+    kept.insert(file);
+    if (!source.IsThere(file)) report.warnings.push_back(Format(kStays, file));
   }
-  return files;
+  folder.Write(source.Files(), kept, report);
 }
-
-class TTargetFolder {
- public:
-  TTargetFolder(std::string folder, TExportReport& report)
-      : folder_(std::move(folder)), list_(JoinPath(folder_, kExportList)), report_(report) {
-    std::error_code unknown;
-    if (!fs::exists(folder_, unknown)) return;
-    if (!IsFolder(folder_)) RaiseError(Format(kNoFolder, folder_));
-    const TStringList listed = ReadList(list_);
-    written_.insert(listed.begin(), listed.end());
-    for (const std::string& file : ScriptFilesIn(folder_))
-      if (!written_.contains(file)) RaiseError(Format(kForeign, folder_, file));
-  }
-
-  void Write(const TSourceTexts& source) {
-    Make(folder_);
-    std::set<std::string> now;
-    for (const std::string& file : written_) {
-      if (!source.IsThere(file) && !source.MayBeHidden(file)) continue;
-      now.insert(file);
-      if (!source.IsThere(file)) report_.warnings.push_back(Format(kStays, file));
-    }
-    for (const auto& [file, text] : source.Files()) now.insert(file);
-    // What is written is in the list before it is there: an export that is ended meanwhile knows its own files.
-    std::set<std::string> all = now;
-    all.insert(written_.begin(), written_.end());
-    WriteList(all);
-    for (const auto& [file, text] : source.Files()) WriteOne(file, text);
-    for (const std::string& file : written_)
-      if (!now.contains(file)) Remove(file);
-    WriteList(now);
-  }
-
- private:
-  static void Make(const std::string& folder) {
-    std::error_code error;
-    fs::create_directories(folder, error);
-    if (error) RaiseError(Format(kCannotMake, folder, error.message()));
-  }
-
-  void WriteList(const std::set<std::string>& files) const {
-    std::string text = kListHead;
-    for (const std::string& file : files) text += file + "\n";
-    std::error_code unknown;
-    if (!fs::exists(list_, unknown) || ReadFileBytes(list_) != text) WriteFileText(list_, text);
-  }
-
-  void WriteOne(const std::string& file, const std::string& text) {
-    const std::string path = JoinPath(folder_, file);
-    std::error_code unknown;
-    const bool there = fs::exists(path, unknown);
-    if (there && ReadFileBytes(path) == text) {
-      ++report_.unchanged;
-      return;
-    }
-    Make(JoinPath(folder_, file.substr(0, file.find('/'))));
-    WriteFileText(path, text);
-    (there ? report_.changed : report_.added).push_back(file);
-  }
-
-  void Remove(const std::string& file) {
-    const std::string path = JoinPath(folder_, file);
-    std::error_code error;
-    if (fs::remove(path, error)) report_.removed.push_back(file);
-    if (error) RaiseError(Format(kCannotRemove, path, error.message()));
-    fs::remove(fs::path(path).parent_path(), error);  // which does nothing where something is left in it
-  }
-
-  std::string folder_;
-  std::string list_;
-  TExportReport& report_;
-  std::set<std::string> written_;  // by earlier exports
-};
 
 }  // namespace
 
@@ -366,10 +281,10 @@ std::string ExportFileOf(const std::string& kind, const std::string& name) {
 
 TExportReport ExportToFolder(TDBConn& source, const TExportWishes& wishes, const std::string& folder) {
   TExportReport report;
-  TTargetFolder target(folder, report);
+  TOwnFolder target(folder, kWriter);
   TSourceTexts texts(source, wishes, report);
   texts.Read();
-  target.Write(texts);
+  WriteTo(target, texts, report);
   return report;
 }
 

@@ -4,9 +4,9 @@
 // A database written as a folder of scripts, a file for each table, view, trigger, routine and event, for programs that
 // keep versions of files: what has not changed is not written again, and one statement stands in each.
 
-#include <cstddef>
 #include <string>
 
+#include "app/OwnFolder.h"
 #include "core/DBConn.h"
 #include "exact/objects/Definers.h"
 #include "exact/run/Selection.h"
@@ -19,12 +19,7 @@ struct TExportWishes {
   TDefinerWishes definers{};  // strip leaves them out, map replaces them; otherwise they stay as they are
 };
 
-// Files are told by their names in the folder, with "/" between.
-struct TExportReport {
-  TStringList added;
-  TStringList changed;
-  TStringList removed;
-  std::size_t unchanged = 0;
+struct TExportReport : TFolderChanges {
   TStringList warnings;  // what is not written, and why; what was written of it earlier stays
   bool whole = true;     // nothing failed to be read
 };

@@ -206,19 +206,34 @@ std::unique_ptr<TDBConn> MakeSource(const std::string& source, const TSourceSett
   RaiseNoSource(source);
 }
 
+namespace {
+
+// The client of a server for which a socket is set; null for others.
+TDBConnMySQL* WithSocket(TDBConn& source) {
+  auto* server = dynamic_cast<TDBConnMySQL*>(&source);
+  return server == nullptr || server->GetConnectionObject().Options.Socket.empty() ? nullptr : server;
+}
+
+}  // namespace
+
+bool ForgetSocketOfOthers(TDBConn& source, bool of_task) {
+  TDBConnMySQL* server = WithSocket(source);
+  if (server == nullptr) return false;
+  const bool has_port = server->port() != 0 && !(of_task && server->port() == kMySqlPort);
+  if (IsLocalServer(server->server()) && !has_port) return false;
+  server->GetConnectionObject().Options.Socket.clear();
+  return true;
+}
+
 void SettleSocket(std::initializer_list<TDBConn*> sources, bool of_task) {
   std::string by_tcp;
   bool taken = false;
   for (TDBConn* source : sources) {
-    auto* server = dynamic_cast<TDBConnMySQL*>(source);
-    if (server == nullptr || server->GetConnectionObject().Options.Socket.empty()) continue;
-    const bool has_port = server->port() != 0 && !(of_task && server->port() == kMySqlPort);
-    if (IsLocalServer(server->server()) && !has_port) {
+    if (source == nullptr || WithSocket(*source) == nullptr) continue;
+    if (!ForgetSocketOfOthers(*source, of_task))
       taken = true;
-      continue;
-    }
-    server->GetConnectionObject().Options.Socket.clear();
-    if (by_tcp.empty()) source->GetDisplayName(by_tcp);
+    else if (by_tcp.empty())
+      source->GetDisplayName(by_tcp);
   }
   if (!taken && !by_tcp.empty()) RaiseError(Format(kSocketUnused, by_tcp));
 }

@@ -52,6 +52,8 @@ TEngineClients ClientsOf(const TSourceSettings& settings);
 // Sources that are reached by TCP forget a socket that is set for them. Raises where one was set and none is left that
 // it is for. In task files the standard port says nothing.
 void SettleSocket(std::initializer_list<TDBConn*> sources, bool of_task = false);
+// The same for one source: gives whether there was one to forget.
+bool ForgetSocketOfOthers(TDBConn& source, bool of_task = false);
 // Raises for an engine that cannot be a target.
 void CheckTarget(TDBConn& target);
 

@@ -63,6 +63,7 @@ void DeclareFormat(CLI::App& app, EFormat& format);
 struct TPair {
   std::string reference;            // or the task file
   std::string target;               // empty with a task file
+  std::string targets{};            // a file that lists many instead; empty for none
   std::optional<EDialect> dialect;  // as given; otherwise that of the task file
   TCollationMap collations;         // the exact dialect alone has it
   TForeignWishes foreign;           // of a reference that is not MySQL, before those of the task file

@@ -219,6 +219,9 @@ void DeclarePair(CLI::App& app, TPair& pair) {
   DeclareForeign(app, pair.foreign);
   app.callback([&pair] {
     const bool is_task = IsTaskFile(pair.reference);
+    if (!pair.targets.empty() && !pair.target.empty())
+      throw CLI::ValidationError("TARGET", "--targets lists the targets: leave TARGET out");
+    if (!pair.targets.empty()) return;
     if (pair.target_alone && !is_task && pair.target.empty()) pair.target = pair.reference;
     if (is_task && !pair.target.empty()) throw CLI::ValidationError("TARGET", "a task file holds both sides already");
     if (!is_task && pair.target.empty()) throw CLI::RequiredError("TARGET");

@@ -7,6 +7,7 @@
 #include <ostream>
 
 #include "cli/ComparisonText.h"
+#include "cli/FleetRun.h"
 #include "cli/Json.h"
 #include "cli/MappingCommand.h"
 #include "cli/PairRun.h"
@@ -110,7 +111,9 @@ TCompareCommand::TCompareCommand() = default;
 TCompareCommand::~TCompareCommand() = default;
 
 void TCompareCommand::Declare(CLI::App& app) {
+  app_ = &app;
   DeclarePair(app, pair_);
+  DeclareFleet(app, pair_, fleet_);
   DeclareFormat(app, format_);
   DeclareScratch(app, pair_);
   app.add_option("--report", reports_,
@@ -124,7 +127,16 @@ void TCompareCommand::Declare(CLI::App& app) {
   options_.DeclarePair(app);
 }
 
+int TCompareCommand::CompareMany(TConsole& console) {
+  CheckFleet(pair_, *app_);
+  TFleetRun run(pair_, options_, fleet_, false, format_, console);
+  run.Compare();
+  run.Tell();
+  return run.Status();
+}
+
 int TCompareCommand::Execute(TConsole& console) {
+  if (!pair_.targets.empty()) return CompareMany(console);
   run_ = std::make_unique<TPairRun>(console, SystemClock());
   TPairRun& run = *run_;
   std::optional<std::string> error = run.Compare(pair_, options_, false);

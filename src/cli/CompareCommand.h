@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "cli/Command.h"
+#include "cli/FleetOptions.h"
 #include "cli/SourceOptions.h"
 
 namespace velmora {
@@ -22,7 +23,11 @@ class TCompareCommand final : public TCommand {
   int Execute(TConsole& console) override;
 
  private:
+  int CompareMany(TConsole& console);
+
   TPair pair_;
+  TFleetOptions fleet_;
+  const CLI::App* app_ = nullptr;
   TSourceOptions options_;
   EFormat format_ = EFormat::Text;
   TStringList reports_;

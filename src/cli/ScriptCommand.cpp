@@ -5,9 +5,12 @@
 #include <algorithm>
 #include <ostream>
 
+#include "cli/FleetRun.h"
 #include "cli/Json.h"
 #include "cli/PairRun.h"
 #include "exact/run/StructureDigest.h"
+#include "fleet/GroupScripts.h"
+#include "util/Errors.h"
 #include "util/Files.h"
 
 namespace velmora {
@@ -17,6 +20,7 @@ namespace {
 // And one for a dialect that was not chosen by the user, and those of structures.
 constexpr std::size_t kHeaderLines = 2;
 constexpr char kStandardOutput[] = "-";
+constexpr char kFolderNeeded[] = "--targets writes a script for each group of targets: give the folder by -o FOLDER";
 
 // Whether the script leaves nothing that a comparison would find. What it leaves is told by the comparison.
 bool ReachesReference(const TApplication& app) {
@@ -36,9 +40,12 @@ std::string JsonText(const TApplication& app, const TStringList& lines, const st
 }  // namespace
 
 void TScriptCommand::Declare(CLI::App& app) {
+  app_ = &app;
   DeclarePair(app, pair_);
+  DeclareFleet(app, pair_, fleet_);
   app.add_option("-o,--output", output_,
-                 "Write the script to FILE; an old file is replaced only by a whole script; - is standard output")
+                 "Write the script to FILE; an old file is replaced only by a whole script; - is standard output. With "
+                 "--targets: the folder for a script for each group of targets that are alike")
       ->type_name("FILE")
       ->check([](const std::string& name) {
         return name.empty() ? std::string("an empty name is no file") : std::string();
@@ -49,7 +56,18 @@ void TScriptCommand::Declare(CLI::App& app) {
   options_.DeclarePair(app);
 }
 
+int TScriptCommand::WriteMany(TConsole& console) {
+  CheckFleet(pair_, *app_);
+  if (output_.empty() || output_ == kStandardOutput) RaiseError(kFolderNeeded);
+  GroupFolder(output_);  // before anything is compared
+  TFleetRun run(pair_, options_, fleet_, true, format_, console);
+  run.Compare();
+  run.WriteScripts(output_);
+  return run.ScriptStatus();
+}
+
 int TScriptCommand::Execute(TConsole& console) {
+  if (!pair_.targets.empty()) return WriteMany(console);
   TPairRun run(console, SystemClock());
   std::optional<std::string> error = run.Compare(pair_, options_, true);
   std::optional<int> left;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "cli/Command.h"
+#include "cli/FleetOptions.h"
 #include "cli/SourceOptions.h"
 
 namespace velmora {
@@ -18,7 +19,11 @@ class TScriptCommand final : public TCommand {
   int Execute(TConsole& console) override;
 
  private:
+  int WriteMany(TConsole& console);
+
   TPair pair_;
+  TFleetOptions fleet_;
+  const CLI::App* app_ = nullptr;
   std::string output_;
   TSourceOptions options_;
   EFormat format_ = EFormat::Text;

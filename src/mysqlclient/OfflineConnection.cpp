@@ -155,6 +155,7 @@ std::unique_ptr<TOfflineConnection> TOfflineConnection::NewOfflineConnection() c
   auto connection = std::make_unique<TOfflineConnection>(path_, choice_);
   connection->CopyOptions(*this);
   connection->loaded_ = loaded_;
+  connection->keeps_ = keeps_;
   return connection;
 }
 
@@ -172,6 +173,8 @@ void TOfflineConnection::RefuseStatement() const {
 }
 
 void TOfflineConnection::DoConnect() {
+  connected_ = loaded_ && keeps_;
+  if (connected_) return;
   // Taken before reading: should the file change meanwhile, the next to connect reads it again.
   const std::optional<TStamps> stamps = StampsOf(path_);
   if (!loaded_ || !stamps || stamps != loaded_->stamps)

@@ -41,6 +41,9 @@ class TOfflineConnection final : public TMyConnection {
   std::unique_ptr<TMyQuery> NewQuery() override;
   std::unique_ptr<TMyConnection> NewConnection() const override;
   std::unique_ptr<TOfflineConnection> NewOfflineConnection() const;
+  // The file is not looked at again, neither by this connection nor by those made of it from here on. Any thread may
+  // then make one: what they share does not change.
+  void KeepAsRead() { keeps_ = true; }
 
   // The rows that a server would give. Raises "Not connected", "Table '%s' doesn't exist".
   std::unique_ptr<TDataset> Answer(const std::string& sql) const;
@@ -56,6 +59,7 @@ class TOfflineConnection final : public TMyConnection {
   TScriptChoice choice_;
   std::shared_ptr<const TLoaded> loaded_;
   bool connected_ = false;
+  bool keeps_ = false;
 };
 
 }  // namespace velmora

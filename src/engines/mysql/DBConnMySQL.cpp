@@ -225,6 +225,17 @@ void TDBConnMySQL::GetDisplayName(std::string& text) {
       port_ == kMySqlPort || port_ == 0 ? Format("%s.%s", host, database_) : Format("%s:%d.%s", host, port_, database_);
 }
 
+// What is asked of a database first is on its way before the answer to this has come.
+void TDBConnMySQL::UseDatabase(const std::string& database) {
+  database_ = database;
+  connection_->Database = database;
+  listed_.clear();
+  meta().Clear();
+  const std::string use = "use `" + StrReplace(database, "`", "``") + "`";
+  connection_->ExpectStatements({use, kNamesWithKinds, kNamesBesidesTables}, true);
+  ExecSQL(use);
+}
+
 // --- Words of the dialect, rows, statements
 
 void TDBConnMySQL::DateTimeLiteral(TDateTime value, std::string& text) { text = MySQLDateTimeLiteral(value); }

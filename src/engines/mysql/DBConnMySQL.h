@@ -38,6 +38,9 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   TMyConnection& GetConnectionObject() override;
   void ApplyParams() override;
   void GetDisplayName(std::string& text) override;  // "host.database", the port in between unless it is the usual one
+  // Of a connected engine: goes on with another database of the server, in the same session. The store is emptied.
+  // After an error the engine is of that database all the same, and the session may still be in the former one.
+  void UseDatabase(const std::string& database);
 
   // --- Words of the dialect, rows, statements
   void DateTimeLiteral(TDateTime value, std::string& text) override;

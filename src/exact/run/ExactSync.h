@@ -78,6 +78,7 @@ class TExactSync {
   const std::vector<TChange>& AllChanges() const { return changes_; }
   const std::vector<TObjectChange>& AllObjectChanges() const { return objects_.changes; }
   const std::vector<TPlanStatement>& WholePlan() const { return plan_; }  // for all of them
+  const TReadPair& Read() const { return read_; }                         // all of it, as it was read
   const TSchema& Reference() const { return read_.reference.schema; }     // as it was read
   // With the renames done that were asked for.
   const TSchema& Target() const { return renamed_ ? *renamed_ : read_.target.schema; }

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "fleet/FleetProbe.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "core/CreationTexts.h"
+#include "exact/run/StructureDigest.h"
+#include "mysqltext/Lexer.h"
+#include "util/Errors.h"
+
+namespace velmora {
+
+namespace {
+
+// In what two servers of the same name for themselves may differ that comparisons ask them.
+constexpr char kTraits[] =
+    "select concat_ws(' ', version(), @@global.explicit_defaults_for_timestamp, length(localtime), "
+    "@@lower_case_table_names)";
+
+std::string TraitsOf(TDBConn& server) {
+  TVariant traits;
+  server.GetResultSQL(kTraits, traits);
+  return VarToText(traits);
+}
+
+// Each with its length, so that what stands in two texts does not pass for what stands in one.
+void Add(const std::string& text, std::string& facts) {
+  facts += std::to_string(text.size());
+  facts += ':';
+  facts += text;
+}
+
+// Servers put the database's own name before names in a view, where nobody has written it. What stands in quotes is
+// left as it is.
+std::string Unqualified(const std::string& view, const std::string& database) {
+  const std::string own = QuotedName(database);
+  if (view.find(own + ".") == std::string::npos) return view;
+  std::string text;
+  std::size_t copied = 0;
+  const std::vector<TToken> tokens = Tokens(view);
+  for (std::size_t i = 0; i + 1 < tokens.size(); ++i) {
+    if (tokens[i].kind != EToken::Name || tokens[i].text != own || !tokens[i + 1].Is(".")) continue;
+    text.append(view, copied, tokens[i].start - copied);
+    text += "\x01";  // which stands in no name that was left as it was
+    copied = tokens[i].End();
+  }
+  return text.append(view, copied);
+}
+
+// The texts come by the order of the names, one by one.
+class TFacts {
+ public:
+  explicit TFacts(const std::string& traits) { Add(traits, text_); }
+
+  void AddObjects(std::vector<TOtherObject> objects, const std::string& database) {
+    std::ranges::sort(objects, {}, [](const TOtherObject& object) { return std::pair(object.kind, object.name); });
+    for (const TOtherObject& object : objects) {
+      Add(object.kind, text_);
+      Add(object.name, text_);
+      Add(object.kind == "view" ? Unqualified(object.text, database) : object.text, text_);
+      Add(object.context.sql_mode.value_or("-"), text_);
+      Add(object.context.collation, text_);
+      Add(object.context.time_zone, text_);
+      Add(std::to_string(object.order), text_);
+    }
+    text_ += ';';
+  }
+  void AddTable(const std::string& name, const std::string& text) {
+    Add(name, text_);
+    Add(WithoutCounter(text), text_);
+  }
+  std::string Digest() const { return TextDigest(text_); }
+
+ private:
+  std::string text_;
+};
+
+bool HasText(const TOtherObject& object) { return !object.text.empty(); }
+
+}  // namespace
+
+bool TIdenticalTargets::Any() const {
+  const std::lock_guard lock(mutex_);
+  return !facts_.empty();
+}
+
+bool TIdenticalTargets::Contains(const std::string& facts) const {
+  const std::lock_guard lock(mutex_);
+  return facts_.contains(facts);
+}
+
+void TIdenticalTargets::Learn(const TExactDialect& compared, TDBConn& target) {
+  auto* server = dynamic_cast<TDBConnMySQL*>(&target);
+  const TReadPair& read = compared.sync.Read();
+  if (server == nullptr || server->StructureScript() != nullptr || !server->GetConnected()) return;
+  if (!compared.Identical() || !read.skipped.empty() || read.put_aside || read.objects_alone) return;
+  if (read.left_out.Any() || read.reference_left_out) return;
+  if (!std::ranges::all_of(read.target_objects.objects, HasText)) return;
+  TFacts facts(TraitsOf(target));
+  facts.AddObjects(read.target_objects.objects, server->database());
+  for (const auto& [name, text] : read.target.texts) facts.AddTable(name, text);
+  const std::lock_guard lock(mutex_);
+  facts_.insert(facts.Digest());
+}
+
+TFleetProbe::TFleetProbe(std::unique_ptr<TDBConnMySQL> server) : server_(std::move(server)) {
+  server_->PrepareExactTexts();
+  server_->Connect();
+  traits_ = TraitsOf(*server_);
+}
+
+bool TFleetProbe::IsFor(const TDBConnMySQL& other) const {
+  return server_->username() == other.username() && server_->password() == other.password();
+}
+
+std::optional<std::string> TFleetProbe::Facts(const std::string& database) {
+  server_->UseDatabase(database);
+  TStringList tables;
+  server_->ListTables(tables);
+  const std::vector<TOtherObject> objects = server_->OtherObjects();
+  if (!std::ranges::all_of(objects, HasText)) return std::nullopt;
+  for (const TOtherObject& object : objects)
+    if (object.kind == "view" || object.kind == "sequence") std::erase(tables, object.name);
+  std::ranges::sort(tables);
+  TFacts facts(traits_);
+  facts.AddObjects(objects, database);
+  server_->ExpectCreationTexts(tables);
+  std::string text;
+  for (const std::string& table : tables) {
+    server_->ShowCreateTable(table, text);
+    facts.AddTable(table, text);
+  }
+  server_->ExpectCreationTexts({});
+  return facts.Digest();
+}
+
+}  // namespace velmora
