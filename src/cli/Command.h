@@ -81,6 +81,8 @@ void DeclareExact(CLI::App& app, TExactWishes& wishes);                         
 void DeclareExactOfRun(CLI::App& app, TExactWishes& wishes);                       // that alone
 void DeclareExact(CLI::App& app, const TStringList& words, TExactWishes& wishes);  // these of its options
 void DeclareDialect(CLI::App& app, const std::string& help, const std::function<void(EDialect)>& choose);
+// Behind the text about a reference without tables.
+inline constexpr char kAllowEmpty[] = "; if that is meant, give --allow-empty-reference";
 void DeclareAllowEmpty(CLI::App& app, TPair& pair);  // --allow-empty-reference
 void DeclareScratch(CLI::App& app, TPair& pair);     // --via-server, --verify-on-server
 

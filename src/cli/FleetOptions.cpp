@@ -15,7 +15,7 @@ constexpr int kMostJobs = 64;
 constexpr char kOfOne[] = "--%s is for one target, and not for those of --targets";
 constexpr char kTask[] = "A task file holds one target: give --targets a reference alone";
 constexpr char kStandard[] = "--targets takes the exact dialect alone: leave --dialect out";
-constexpr char kForeign[] =
+constexpr char kOfForeign[] =
     "--targets takes a MySQL reference alone, to which what is said of other sources is nothing";
 
 }  // namespace
@@ -47,7 +47,7 @@ void DeclareFleet(CLI::App& app, TPair& pair, TFleetOptions& options) {
 void CheckFleet(const TPair& pair, const CLI::App& app) {
   if (IsTaskFile(pair.reference)) RaiseError(kTask);
   if (pair.dialect == EDialect::Standard) RaiseError(kStandard);
-  if (pair.foreign.Any()) RaiseError(kForeign);
+  if (pair.foreign.Any()) RaiseError(kOfForeign);
   for (const char* name : {"verify-on-server", "via-server", "report", "connections", "script", "confirm-database"}) {
     const CLI::Option* option = app.get_option_no_throw("--" + std::string(name));
     if (option != nullptr && option->count() > 0) RaiseError(Format(kOfOne, name));

@@ -19,7 +19,6 @@ namespace velmora {
 
 namespace {
 
-constexpr char kAllowEmpty[] = "; if that is meant, give --allow-empty-reference";
 constexpr char kPasswords[] = "%s holds passwords, and others may read it: give it to its owner alone";
 
 }  // namespace

@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t kNamesInSummary = 5;
 constexpr std::size_t kGroupsInSummary = 5;
 constexpr std::size_t kNamesInGroup = 20;
-constexpr double kMilliseconds = 1000;
+constexpr double kMsInSecond = 1000;
 
 std::size_t CountOf(const TFleet& fleet, EFleetStatus status) {
   return static_cast<std::size_t>(std::ranges::count(fleet.Outcomes(), status, &TFleetOutcome::status));
@@ -116,7 +116,7 @@ TJson FleetLine(const TFleetTarget& target, const TFleetOutcome& outcome, const 
           {"changes", outcome.changes},
           {"unsafe", outcome.unsafe},
           {"error", error.empty() ? TJson() : TJson(error)},
-          {"ms", std::llround(outcome.seconds * kMilliseconds)}};
+          {"ms", std::llround(outcome.seconds * kMsInSecond)}};
 }
 
 TJson FleetSummaryLine(const TFleet& fleet, const TStringList& files) {

@@ -51,7 +51,7 @@ void PrintText(const TLintReport& report, TConsole& console) {
   console.out << report.Verdict() << '\n';
 }
 
-TJson JsonOf(const TFinding& finding) {
+TJson FindingJson(const TFinding& finding) {
   const bool placed = finding.place.line > 0;
   return {{"rule", finding.rule},
           {"severity", SeverityWord(finding.severity)},
@@ -66,7 +66,7 @@ TJson JsonOf(const TFinding& finding) {
 
 void PrintJson(const TLintReport& report, bool failed, const std::optional<std::string>& error, TConsole& console) {
   TJson findings = TJson::array();
-  for (const TFinding& finding : report.result.findings) findings.push_back(JsonOf(finding));
+  for (const TFinding& finding : report.result.findings) findings.push_back(FindingJson(finding));
   TJson unread = TJson::array();
   for (const TUnreadTable& table : report.result.unread)
     unread.push_back({{"table", table.table}, {"reason", table.reason}});

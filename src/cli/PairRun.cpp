@@ -23,7 +23,6 @@ namespace velmora {
 
 namespace {
 
-constexpr char kAllowEmpty[] = "; if that is meant, give --allow-empty-reference";
 constexpr char kReads[] = "--dialect %s reads this table";
 constexpr char kFileAndServer[] = "--via-server takes a reference that ends in .sql and a target on a server";
 

@@ -12,7 +12,7 @@ namespace velmora {
 namespace {
 
 constexpr char kTwice[] = "Only one argument can be read from standard input (-): give the others as files";
-constexpr char kWaits[] =
+constexpr char kReadsFromTerminal[] =
     "waiting for standard input, which is the terminal: Ctrl+D at the beginning of a line ends it";
 
 bool IsRead(const std::string& option) {
@@ -49,7 +49,7 @@ std::size_t CountInputs(const TCommandTable& command, const TStringList& argumen
 void CheckStandardInput(const TCommandTable& command, const TStringList& arguments, TConsole& console) {
   const std::size_t count = CountInputs(command, arguments);
   if (count > 1) RaiseError(kTwice);
-  if (count == 1 && console.in_is_terminal) console.Note(kWaits);
+  if (count == 1 && console.in_is_terminal) console.Note(kReadsFromTerminal);
 }
 
 }  // namespace velmora
