@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/CreationTexts.h"
+#include "engines/mysql/LoginRights.h"
 #include "exact/run/StructureDigest.h"
 #include "mysqltext/Lexer.h"
 #include "util/Errors.h"
@@ -110,6 +111,7 @@ TFleetProbe::TFleetProbe(std::unique_ptr<TDBConnMySQL> server) : server_(std::mo
   server_->PrepareExactTexts();
   server_->Connect();
   traits_ = TraitsOf(*server_);
+  grants_ = GrantsOfLogin(server_->GetConnectionObject());
 }
 
 bool TFleetProbe::IsFor(const TDBConnMySQL& other) const {
@@ -117,6 +119,7 @@ bool TFleetProbe::IsFor(const TDBConnMySQL& other) const {
 }
 
 std::optional<std::string> TFleetProbe::Facts(const std::string& database) {
+  if (!HiddenKinds(*grants_, database).empty()) return std::nullopt;
   server_->UseDatabase(database);
   TStringList tables;
   server_->ListTables(tables);

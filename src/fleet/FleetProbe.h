@@ -14,6 +14,7 @@
 
 #include "app/ExactDialect.h"
 #include "engines/mysql/DBConnMySQL.h"
+#include "mysqltext/GrantText.h"
 
 namespace velmora {
 
@@ -39,12 +40,13 @@ class TFleetProbe {
   // Whether it has the login that this engine would take.
   bool IsFor(const TDBConnMySQL& other) const;
   // A digest of what a comparison would look at. Raises what the server raises, after which the probe is of no use;
-  // gives nothing where something cannot be read.
+  // gives nothing where something cannot be read, or may be there unseen.
   std::optional<std::string> Facts(const std::string& database);
 
  private:
   std::unique_ptr<TDBConnMySQL> server_;
   std::string traits_;
+  std::optional<TGrants> grants_;
 };
 
 }  // namespace velmora

@@ -2,16 +2,18 @@
 #include "engines/mysql/LoginRights.h"
 
 #include "mysqlclient/mysqlUtil.h"
-#include "mysqltext/GrantText.h"
 
 namespace velmora {
 
-TStringList HiddenKinds(TMyConnection& connection, const std::string& database) {
-  const TGrants grants = AskGrants([&](const std::string& query) {
+TGrants GrantsOfLogin(TMyConnection& connection) {
+  return AskGrants([&](const std::string& query) {
     TStringList lines;
     MySqlQueryList(query, lines, connection);
     return lines;
   });
+}
+
+TStringList HiddenKinds(const TGrants& grants, const std::string& database) {
   TStringList kinds;
   if (!grants.On(database, {"SELECT", "INSERT", "UPDATE", "DELETE", "CREATE", "DROP", "ALTER", "INDEX", "SHOW VIEW",
                             "CREATE VIEW", "REFERENCES", "TRIGGER"}))

@@ -4,12 +4,16 @@
 #include <string>
 
 #include "mysqlclient/MyConnection.h"
+#include "mysqltext/GrantText.h"
 #include "util/Lists.h"
 
 namespace velmora {
 
-// The kinds of objects of the database, "view", "trigger", ..., that lists of the server may leave out for the login of
-// this connection: servers show what may be touched, and say nothing of the rest.
-TStringList HiddenKinds(TMyConnection& connection, const std::string& database);
+// Of the login of this connection. Raises what the server raises.
+TGrants GrantsOfLogin(TMyConnection& connection);
+
+// The kinds of objects of the database, "view", "trigger", ..., that lists of the server may leave out for a login with
+// these grants: servers show what may be touched, and say nothing of the rest.
+TStringList HiddenKinds(const TGrants& grants, const std::string& database);
 
 }  // namespace velmora
