@@ -54,21 +54,6 @@ std::string_view FolderOf(std::string_view kind) {
   return std::ranges::find(kFolders, kind, &TKindFolder::kind)->folder;
 }
 
-std::string SafeName(const std::string& name) {
-  constexpr std::size_t kLongest = 200;  // bytes; file systems take 255
-  std::string safe;
-  for (const char c : name) {
-    const bool plain = (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
-    safe += plain ? std::string(1, c) : Format("%%%02X", static_cast<int>(static_cast<unsigned char>(c)));
-  }
-  // Names of devices, which some systems give no file.
-  const bool device = InList(safe, {"con", "prn", "aux", "nul"}) ||
-                      (safe.size() == 4 && (safe.starts_with("com") || safe.starts_with("lpt")));
-  if (device) safe = Format("%%%02X", static_cast<int>(safe[0])) + safe.substr(1);
-  if (safe.size() <= kLongest) return safe;
-  return safe.substr(0, kLongest) + "~" + TextDigest(name);
-}
-
 // What a text is written as: a line for each, LF at their ends.
 std::string FileText(const TStringList& lines) {
   std::string text;
@@ -276,7 +261,7 @@ void WriteTo(TOwnFolder& folder, const TSourceTexts& source, TExportReport& repo
 }  // namespace
 
 std::string ExportFileOf(const std::string& kind, const std::string& name) {
-  return std::string(FolderOf(kind)) + "/" + SafeName(name) + std::string(kEnding);
+  return std::string(FolderOf(kind)) + "/" + SafeFileName(name) + std::string(kEnding);
 }
 
 TExportReport ExportToFolder(TDBConn& source, const TExportWishes& wishes, const std::string& folder) {

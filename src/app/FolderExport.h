@@ -31,8 +31,7 @@ struct TExportReport : TFolderChanges {
 // for a folder that holds scripts which no export wrote.
 TExportReport ExportToFolder(TDBConn& source, const TExportWishes& wishes, const std::string& folder);
 
-// "tables/orders.sql". On disks that take no notice of letter case no two names are one: all but small letters, digits,
-// "_" and "-" is written as %XX, and a name that is too long is cut and ends in a digest of the whole.
+// "tables/orders.sql"; see SafeFileName.
 std::string ExportFileOf(const std::string& kind, const std::string& name);
 
 }  // namespace velmora

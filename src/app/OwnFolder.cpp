@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "exact/run/StructureDigest.h"
 #include "mysqltext/ScriptFolder.h"
 #include "util/Errors.h"
 #include "util/Files.h"
@@ -45,6 +46,21 @@ void Make(const std::string& folder) {
 }
 
 }  // namespace
+
+std::string SafeFileName(const std::string& name) {
+  constexpr std::size_t kLongest = 200;  // bytes; file systems take 255
+  std::string safe;
+  for (const char c : name) {
+    const bool plain = (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
+    safe += plain ? std::string(1, c) : Format("%%%02X", static_cast<int>(static_cast<unsigned char>(c)));
+  }
+  // Names of devices, which some systems give no file.
+  const bool device = InList(safe, {"con", "prn", "aux", "nul"}) ||
+                      (safe.size() == 4 && (safe.starts_with("com") || safe.starts_with("lpt")));
+  if (device) safe = Format("%%%02X", static_cast<int>(safe[0])) + safe.substr(1);
+  if (safe.size() <= kLongest) return safe;
+  return safe.substr(0, kLongest) + "~" + TextDigest(name);
+}
 
 TOwnFolder::TOwnFolder(std::string folder, const TFolderWriter& writer)
     : folder_(std::move(folder)), list_(JoinPath(folder_, writer.list)), writer_(writer) {

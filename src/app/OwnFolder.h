@@ -14,6 +14,10 @@
 
 namespace velmora {
 
+// A name for a file. On disks that take no notice of letter case no two names are one: all but small letters, digits,
+// "_" and "-" is written as %XX, and a name that is too long is cut and ends in a digest of the whole.
+std::string SafeFileName(const std::string& name);
+
 // Who writes such folders.
 struct TFolderWriter {
   std::string_view list;                    // the name of the list

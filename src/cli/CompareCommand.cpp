@@ -129,9 +129,10 @@ void TCompareCommand::Declare(CLI::App& app) {
 
 int TCompareCommand::CompareMany(TConsole& console) {
   CheckFleet(pair_, *app_);
-  TFleetRun run(pair_, options_, fleet_, false, format_, console);
+  TFleetRun run(pair_, options_, fleet_, EFleetUse::Compare, format_, console);
   run.Compare();
-  run.Tell();
+  run.TellGroups();
+  run.TellSummary();
   return run.Status();
 }
 

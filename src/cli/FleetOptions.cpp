@@ -12,6 +12,7 @@ namespace velmora {
 namespace {
 
 constexpr int kMostJobs = 64;
+constexpr int kMostCanaries = 1000000;
 constexpr char kOfOne[] = "--%s is for one target, and not for those of --targets";
 constexpr char kTask[] = "A task file holds one target: give --targets a reference alone";
 constexpr char kStandard[] = "--targets takes the exact dialect alone: leave --dialect out";
@@ -44,11 +45,21 @@ void DeclareFleet(CLI::App& app, TPair& pair, TFleetOptions& options) {
   for (const char* name : {"--jobs", "--slice", "--compare-each"}) app.get_option(name)->needs(targets);
 }
 
+void DeclareFleetSync(CLI::App& app, TFleetSyncOptions& options) {
+  DeclareNumber(app, "--canary", 0, kMostCanaries,
+                "With --targets: of targets that are alike run N first, one after the other (0)",
+                [&options](std::int64_t count) { options.canary = static_cast<std::size_t>(count); });
+  app.add_flag("--keep-going", options.keep_going,
+               "With --targets: go on when a target fails; otherwise nothing more begins");
+  for (const char* name : {"--canary", "--keep-going"}) app.get_option(name)->needs(app.get_option("--targets"));
+}
+
 void CheckFleet(const TPair& pair, const CLI::App& app) {
   if (IsTaskFile(pair.reference)) RaiseError(kTask);
   if (pair.dialect == EDialect::Standard) RaiseError(kStandard);
   if (pair.foreign.Any()) RaiseError(kOfForeign);
-  for (const char* name : {"verify-on-server", "via-server", "report", "connections", "script", "confirm-database"}) {
+  for (const char* name :
+       {"verify-on-server", "via-server", "report", "connections", "script", "confirm-database", "osc"}) {
     const CLI::Option* option = app.get_option_no_throw("--" + std::string(name));
     if (option != nullptr && option->count() > 0) RaiseError(Format(kOfOne, name));
   }

@@ -24,6 +24,13 @@ struct TFleetOptions {
 // --targets and what goes with it; the list goes to `pair`.
 void DeclareFleet(CLI::App& app, TPair& pair, TFleetOptions& options);
 
+// What `sync` alone takes with --targets.
+struct TFleetSyncOptions {
+  std::size_t canary = 0;   // so many targets of a group run one by one before the others
+  bool keep_going = false;  // past failures
+};
+void DeclareFleetSync(CLI::App& app, TFleetSyncOptions& options);
+
 // Raises for what is asked of one target alone; `given` tells whether an option of this name was.
 void CheckFleet(const TPair& pair, const CLI::App& app);
 

@@ -14,6 +14,8 @@
 #include "fleet/GroupScripts.h"
 #include "util/Errors.h"
 #include "util/Format.h"
+#include "util/Lists.h"
+#include "util/Text.h"
 
 namespace velmora {
 
@@ -23,14 +25,17 @@ constexpr char kPasswords[] = "%s holds passwords, and others may read it: give 
 
 }  // namespace
 
-TFleetRun::TFleetRun(const TPair& pair, const TSourceOptions& sources, const TFleetOptions& options, bool for_script,
+TFleetRun::TFleetRun(const TPair& pair, const TSourceOptions& sources, const TFleetOptions& options, EFleetUse use,
                      EFormat format, TConsole& console)
     : pair_(pair),
       sources_(sources),
       options_(options),
+      use_(use),
       format_(format),
       console_(console),
-      wishes_{{pair.collations, false, false, {}, false, pair.exact}, for_script, pair.allow_empty_reference},
+      wishes_{{pair.collations, false, false, {}, false, pair.exact},
+              use != EFleetUse::Compare,
+              pair.allow_empty_reference},
       lanes_(options.jobs),
       progress_(MakeProgress(console)) {}
 
@@ -56,7 +61,9 @@ void TFleetRun::Compare() {
   };
   fleet_->Ended = [this](std::size_t target, const TFleetOutcome& outcome) { TellEnded(target, outcome); };
   progress_->ShowOneBar("Comparing", static_cast<std::int64_t>(found.targets.size()));
+  comparing_ = true;
   fleet_->Compare(std::move(found.targets));
+  comparing_ = false;
   progress_->Finish();
 }
 
@@ -90,8 +97,9 @@ void TFleetRun::ReadReference() {
 }
 
 void TFleetRun::TellEnded(std::size_t target, const TFleetOutcome& outcome) {
-  progress_->StepTotal();
-  if (format_ != EFormat::Json) return;
+  if (comparing_) progress_->StepTotal();
+  const bool not_the_last = comparing_ && use_ == EFleetUse::Sync && outcome.status == EFleetStatus::Different;
+  if (format_ != EFormat::Json || not_the_last) return;
   console_.out << TextOf(FleetLine(fleet_->Targets()[target], outcome, console_.Without(outcome.error))) << std::flush;
 }
 
@@ -101,14 +109,26 @@ void TFleetRun::TellFaults() {
       console_.Error(Placed(fleet_->Targets()[i].name, outcome.error));
 }
 
-void TFleetRun::Tell() {
+void TFleetRun::TellGroups() {
   TellFaults();
-  if (format_ == EFormat::Json) {
+  if (format_ == EFormat::Text) PrintGroups(*fleet_, console_.out);
+}
+
+void TFleetRun::TellSummary() {
+  if (format_ == EFormat::Json)
     console_.out << TextOf(FleetSummaryLine(*fleet_));
-    return;
-  }
-  PrintGroups(*fleet_, console_.out);
-  console_.out << FleetSummary(*fleet_) << '\n';
+  else
+    console_.out << FleetSummary(*fleet_) << '\n';
+}
+
+// The lines of the target's own console begin as those of any do.
+void TFleetRun::TellOf(std::size_t target, const std::string& told, const std::string& error) {
+  const std::string& name = fleet_->Targets()[target].name;
+  const std::lock_guard lock(mutex_);
+  for (const std::string& line : LinesOf(told))
+    console_.err << kCompanionName << ": " << ShownText(name) << line.substr(std::string_view(kCompanionName).size())
+                 << '\n';
+  if (!error.empty()) console_.Error(Placed(name, error));
 }
 
 void TFleetRun::WriteScripts(const std::string& folder) {

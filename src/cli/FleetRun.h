@@ -17,16 +17,22 @@
 
 namespace velmora {
 
+// What follows a comparison: in a sync it is not the last word on targets that differ.
+enum class EFleetUse { Compare, Script, Sync };
+
 class TFleetRun {
  public:
-  TFleetRun(const TPair& pair, const TSourceOptions& sources, const TFleetOptions& options, bool for_script,
+  TFleetRun(const TPair& pair, const TSourceOptions& sources, const TFleetOptions& options, EFleetUse use,
             EFormat format, TConsole& console);
 
   // Reads the list and the reference, and compares all targets. In JSON a line goes out as each one ends. Raises where
   // nothing can be compared.
   void Compare();
-  // What failed, to the error side; the groups, and the summary. In JSON the summary alone.
-  void Tell();
+  // What failed, to the error side, and the groups, which JSON has in its summary.
+  void TellGroups();
+  void TellSummary();
+  // What is to be said of a target: lines of a console, and an error. For any thread.
+  void TellOf(std::size_t target, const std::string& told, const std::string& error);
   // Writes the groups' scripts to the folder, and tells the same with their names in place of what differs.
   void WriteScripts(const std::string& folder);
   // Of the scripts: 0 where each leaves nothing that a comparison would find.
@@ -47,12 +53,14 @@ class TFleetRun {
   const TPair& pair_;
   const TSourceOptions& sources_;
   const TFleetOptions& options_;
+  EFleetUse use_;
   EFormat format_;
   TConsole& console_;
   TFleetWishes wishes_;
   TLanes lanes_;
   std::unique_ptr<TProgress> progress_;
-  std::mutex mutex_;  // of what the settings' calls touch
+  bool comparing_ = false;
+  std::mutex mutex_;  // of the console's error side, and of what the settings' calls touch
   std::map<std::string, std::string> passwords_;
   std::set<std::string> warned_;
   TSourceSettings settings_;

@@ -45,6 +45,8 @@ const char* FleetStatusWord(EFleetStatus status) {
       return "not_reached";
     case EFleetStatus::Failed:
       return "failed";
+    case EFleetStatus::Synced:
+      return "synced";
     default:
       return "not_begun";
   }
@@ -101,7 +103,8 @@ std::string FleetSummary(const TFleet& fleet) {
   std::size_t others = 0;
   for (std::size_t i = shown; i < groups.size(); ++i) others += groups[i].targets.size();
   if (others > 0) parts.push_back(Format("%d in %s more", others, Counted(groups.size() - shown, "group")));
-  const std::pair<EFleetStatus, const char*> rest[] = {{EFleetStatus::NotReached, "not reached"},
+  const std::pair<EFleetStatus, const char*> rest[] = {{EFleetStatus::Synced, "synced"},
+                                                       {EFleetStatus::NotReached, "not reached"},
                                                        {EFleetStatus::Failed, "failed"},
                                                        {EFleetStatus::NotBegun, "not begun"}};
   for (const auto& [status, word] : rest)
@@ -135,8 +138,8 @@ TJson FleetSummaryLine(const TFleet& fleet, const TStringList& files) {
                       {"targets", std::move(targets)}});
   }
   TJson summary = {{"targets", fleet.Targets().size()}};
-  for (const EFleetStatus status : {EFleetStatus::Identical, EFleetStatus::Different, EFleetStatus::NotReached,
-                                    EFleetStatus::Failed, EFleetStatus::NotBegun})
+  for (const EFleetStatus status : {EFleetStatus::Identical, EFleetStatus::Different, EFleetStatus::Synced,
+                                    EFleetStatus::NotReached, EFleetStatus::Failed, EFleetStatus::NotBegun})
     summary[FleetStatusWord(status)] = CountOf(fleet, status);
   summary["groups"] = std::move(groups);
   return {{"summary", std::move(summary)}};

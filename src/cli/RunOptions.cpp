@@ -112,10 +112,13 @@ void WaitForStatement(const TUnfinishedRun::TUnderWay& statement, TDBConn& targe
 }  // namespace
 
 void DeclareRun(CLI::App& app, TRunOptions& options) {
-  DeclareFile(app, "--journal", options.journal,
-              "Keep a journal of the run in FILE, by which a run goes on that was ended in its middle");
+  DeclareFile(
+      app, "--journal", options.journal,
+      "Keep a journal of the run in FILE, by which a run goes on that was ended in its middle; with --targets a "
+      "folder, with a file for each target");
   DeclareFile(app, "--undo", options.undo,
-              "Exact dialect: write the script that leads back to FILE, which must be new, before anything runs");
+              "Exact dialect: write the script that leads back to FILE, which must be new, before anything runs; with "
+              "--targets a folder");
   app.add_flag("--allow-moved", options.allow_moved,
                "Run the script of --script on a target that has another structure than its header says");
   app.add_option("--osc", options.care.copy_tool.command,

@@ -60,7 +60,7 @@ int TScriptCommand::WriteMany(TConsole& console) {
   CheckFleet(pair_, *app_);
   if (output_.empty() || output_ == kStandardOutput) RaiseError(kFolderNeeded);
   GroupFolder(output_);  // before anything is compared
-  TFleetRun run(pair_, options_, fleet_, true, format_, console);
+  TFleetRun run(pair_, options_, fleet_, EFleetUse::Script, format_, console);
   run.Compare();
   run.WriteScripts(output_);
   return run.ScriptStatus();

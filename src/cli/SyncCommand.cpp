@@ -9,6 +9,7 @@
 #include "app/RunTelling.h"
 #include "app/SideNames.h"
 #include "cli/ComparisonText.h"
+#include "cli/FleetSync.h"
 #include "cli/Interrupt.h"
 #include "cli/PairRun.h"
 #include "cli/SourceRun.h"
@@ -83,7 +84,13 @@ bool RowsAllow(TPairRun& run, int seconds, TConsole& console) {
 }  // namespace
 
 void TSyncCommand::Declare(CLI::App& app) {
+  app_ = &app;
   DeclarePair(app, pair_);
+  DeclareFleet(app, pair_, fleet_);
+  DeclareFleetSync(app, fleet_sync_);
+  DeclareChoice(app, "--format", {"text", "json"}, "With --targets: text, or json: a line for each target as it ends",
+                [this](std::size_t choice) { format_ = choice == 0 ? EFormat::Text : EFormat::Json; });
+  app.get_option("--format")->needs(app.get_option("--targets"));
   app.add_flag("--yes", yes_, "Do not ask before the run; needed where there is no terminal to ask on");
   app.add_flag(
       "--allow-unsafe", allow_unsafe_,
@@ -208,9 +215,19 @@ void TSyncCommand::TakeCare(TPairRun& run, TConsole& console) {
   run.app().Care = run_.care;
 }
 
+int TSyncCommand::SyncMany(TConsole& console) {
+  CheckFleet(pair_, *app_);
+  if (no_row_checks_ && pair_.exact.locks.fast_foreign_keys) RaiseError(kRowsToBeAsked);
+  TFleetSyncWishes wishes{fleet_sync_, yes_, allow_unsafe_, !no_row_checks_, row_check_time_, run_};
+  wishes.run.care = WithWishes(run_.care, pair_.exact.waits);
+  TFleetRun run(pair_, options_, fleet_, EFleetUse::Sync, format_, console);
+  return TFleetSync(run, std::move(wishes)).Execute();
+}
+
 int TSyncCommand::Execute(TConsole& console) {
   if (!yes_ && !console.CanAsk())
     RaiseError("There is no terminal to ask on: give --yes to run the script without a question");
+  if (!pair_.targets.empty()) return SyncMany(console);
   TPairRun run(console, SystemClock());
   run.OnMade = [&](TDBConn& target) {
     run_.care = WithWishes(run_.care, run.Exact().waits);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "cli/Command.h"
+#include "cli/FleetOptions.h"
 #include "cli/Journal.h"
 #include "cli/RunOptions.h"
 #include "cli/SourceOptions.h"
@@ -26,6 +27,7 @@ class TSyncCommand final : public TCommand {
   int Execute(TConsole& console) override;
 
  private:
+  int SyncMany(TConsole& console);
   bool Prepare(TPairRun& run, TConsole& console, int& status);
   void CheckDatabaseName(const TTaskMarks& marks, TDBConn& target, const TConsole& console) const;
   bool DatabaseConfirmed(TPairRun& run, TConsole& console) const;
@@ -35,6 +37,10 @@ class TSyncCommand final : public TCommand {
   void TakeCare(TPairRun& run, TConsole& console);
 
   TPair pair_;
+  TFleetOptions fleet_;
+  TFleetSyncOptions fleet_sync_;
+  EFormat format_ = EFormat::Text;  // of many targets alone
+  const CLI::App* app_ = nullptr;
   std::string script_;  // a file to run instead of the plan; empty for none
   TSourceOptions options_;
   TRunOptions run_;

@@ -19,7 +19,7 @@
 
 namespace velmora {
 
-enum class EFleetStatus { NotBegun, Identical, Different, NotReached, Failed };
+enum class EFleetStatus { NotBegun, Identical, Different, NotReached, Failed, Synced };
 
 // What became of a target.
 struct TFleetOutcome {
@@ -54,6 +54,9 @@ class TFleet {
   // Compares all of them. What fails for one is told in its outcome.
   void Compare(std::vector<TFleetTarget> targets);
 
+  // What became of a target later; for any thread.
+  void Tell(std::size_t number, TFleetOutcome outcome);
+
   const std::vector<TFleetTarget>& Targets() const { return targets_; }
   const std::vector<TFleetOutcome>& Outcomes() const { return outcomes_; }
   // The largest first, of equal ones the one with the first target.
@@ -69,7 +72,6 @@ class TFleet {
   bool Probe(const TFleetTarget& target);
   std::unique_ptr<TFleetProbe> TakeProbe(const TFleetTarget& target);
   void Take(std::size_t number, TFleetFindings findings, std::string shown);
-  void Tell(std::size_t number, TFleetOutcome outcome);
   void Arrange();
 
   const TFleetReference& reference_;

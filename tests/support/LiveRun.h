@@ -21,11 +21,12 @@ inline std::string LiveSource(const std::string& database, int port) {
   return Format("mysql://root:@127.0.0.1:%d/%s", port, database);
 }
 
-// The companion within this process; "localhost" is the shared server.
+// The companion within this process; "localhost" is the shared server, also in a list of targets.
 inline TAnswer RunLive(std::vector<std::string> arguments,
                        std::function<std::string(const std::string&, bool)> ask = {}) {
-  const bool local = std::ranges::any_of(
-      arguments, [](const std::string& each) { return each.find("@localhost/") != std::string::npos; });
+  const bool local = std::ranges::any_of(arguments, [](const std::string& each) {
+    return each == "--targets" || each.find("@localhost/") != std::string::npos;
+  });
   // Who cuts a line at a statement has to read what is said.
   const bool distant = std::ranges::any_of(
       arguments, [](const std::string& each) { return each.find("@127.0.0.1:") != std::string::npos; });
