@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <ostream>
 #include <set>
 #include <sstream>
@@ -40,6 +41,8 @@ constexpr char kChangedSince[] = "It has changed since it was shown, and nothing
 constexpr char kRowsOfTarget[] = "rows in the way: %s";
 constexpr char kNotEqual[] = "Its script ran, and it is not identical: %s";
 constexpr char kFleetStopped[] = "stopped";
+constexpr char kSameName[] =
+    "two targets go by the name of %s, and would share their files: give --journal and --undo to one of them at a time";
 constexpr char kNoFolderMade[] = "Cannot make the folder %s: %s";
 constexpr char kNotAFolder[] = "With --targets %s is a folder, with a file for each target: %s is none";
 
@@ -49,8 +52,22 @@ class EStopped : public EVelmora {
   EStopped() : EVelmora(kFleetStopped) {}
 };
 
+// A folder for its owner alone.
+void MakeFolder(const std::string& option, const std::string& folder) {
+  constexpr mode_t kOwnerAlone = 0700;
+  if (mkdir(folder.c_str(), kOwnerAlone) == 0) return;
+  if (errno != EEXIST) RaiseError(Format(kNoFolderMade, folder, std::strerror(errno)));
+  if (!IsFolder(folder)) RaiseError(Format(kNotAFolder, option, folder));
+}
+
+std::string FileIn(const std::string& folder, const std::string& target, const char* ending) {
+  return folder.empty() ? std::string() : JoinPath(folder, SafeFileName(target) + ending);
+}
+
+}  // namespace
+
 // All connections on which statements run, for whoever breaks them off.
-class TManyConnections final : public TMyConnection {
+class TFleetSync::TRunning final : public TMyConnection {
  public:
   void Add(TMyConnection* connection) {
     Change([&] { running_.insert(connection); });
@@ -90,20 +107,6 @@ class TManyConnections final : public TMyConnection {
   std::set<TMyConnection*> running_;
 };
 
-// A folder for its owner alone.
-void MakeFolder(const std::string& option, const std::string& folder) {
-  constexpr mode_t kOwnerAlone = 0700;
-  if (mkdir(folder.c_str(), kOwnerAlone) == 0) return;
-  if (errno != EEXIST) RaiseError(Format(kNoFolderMade, folder, std::strerror(errno)));
-  if (!IsFolder(folder)) RaiseError(Format(kNotAFolder, option, folder));
-}
-
-std::string FileIn(const std::string& folder, const std::string& target, const char* ending) {
-  return folder.empty() ? std::string() : JoinPath(folder, SafeFileName(target) + ending);
-}
-
-}  // namespace
-
 // Ends each target's work at its next pause once the run is to stop: by a failure elsewhere, or by a signal.
 class TFleetSync::THost final : public velmora::THost {
  public:
@@ -119,7 +122,7 @@ class TFleetSync::THost final : public velmora::THost {
   }
   bool Cancelling() const override { return stop_ || signals_.Cancelling(); }
 
-  TManyConnections running;
+  TRunning running;
 
  private:
   std::atomic<bool>& stop_;
@@ -232,11 +235,20 @@ int TFleetSync::Execute() {
   if (!wishes_.run.journal.empty()) MakeFolder("--journal", wishes_.run.journal);
   if (!wishes_.run.undo.empty()) MakeFolder("--undo", wishes_.run.undo);
   run_.Compare();
+  CheckNames();
   run_.TellGroups();
   if (MayRun()) RunGroups();
   TellNotBegun();
   run_.TellSummary();
   return Status();
+}
+
+// Servers that a host has beside each other, by a socket each, go by one name.
+void TFleetSync::CheckNames() const {
+  if (wishes_.run.journal.empty() && wishes_.run.undo.empty()) return;
+  std::set<std::string> names;
+  for (const TFleetTarget& target : run_.fleet().Targets())
+    if (!names.insert(target.name).second) RaiseError(Format(kSameName, target.name));
 }
 
 void TFleetSync::TellNotBegun() {
@@ -314,10 +326,11 @@ void TFleetSync::RunGroup(const TFleetGroup& group) {
 
 void TFleetSync::RunOne(std::size_t target, const TFleetGroup& group) {
   const auto begin = std::chrono::steady_clock::now();
-  TTurn turn(*this, run_.fleet().Targets()[target], group);
+  std::optional<TTurn> turn;
   TFleetOutcome outcome = run_.fleet().Outcomes()[target];
   try {
-    outcome.status = turn.Run() ? EFleetStatus::Synced : EFleetStatus::Identical;
+    turn.emplace(*this, run_.fleet().Targets()[target], group);
+    outcome.status = turn->Run() ? EFleetStatus::Synced : EFleetStatus::Identical;
   } catch (const EUnreachable&) {
     throw;
   } catch (const EStopped&) {
@@ -331,7 +344,7 @@ void TFleetSync::RunOne(std::size_t target, const TFleetGroup& group) {
   }
   outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
   if (outcome.status == EFleetStatus::Failed && !wishes_.fleet.keep_going) stop_ = true;
-  run_.TellOf(target, turn.Told(), outcome.error);
+  run_.TellOf(target, turn ? turn->Told() : std::string(), outcome.error);
   run_.fleet().Tell(target, std::move(outcome));
 }
 

@@ -33,9 +33,11 @@ class TFleetSync {
   int Execute();  // gives the exit status
 
  private:
+  class TRunning;
   class THost;
   class TTurn;
 
+  void CheckNames() const;
   bool MayRun();
   std::string Summary() const;
   void RunGroups();
