@@ -198,13 +198,13 @@ int ParsePort(std::string_view text) {
   return static_cast<int>(*port);
 }
 
-TServerAddress ParseServerAddress(std::string_view source) {
+TServerAddress ParseServerAddress(std::string_view source, bool needs_user) {
   TServerAddress address;
   const TAddressText parts = SplitAddress(source.substr(kServerScheme.size()));
   if (!parts.database || parts.database->empty()) RaiseAddress("The database is missing");
   address.database = PercentDecoded(*parts.database);
-  if (!parts.user) RaiseAddress("The user is missing");
-  address.username = PercentDecoded(*parts.user);
+  if (!parts.user && needs_user) RaiseAddress("The user is missing");
+  address.username = PercentDecoded(parts.user.value_or(std::string_view()));
   if (parts.password) address.password = PercentDecoded(*parts.password);
   ParseHost(parts.host, address);
   return address;

@@ -66,6 +66,27 @@ bool HasAccount(const TEngineRow& engine, const TEngineValues& values) {
   return engine.FindKey("username") != nullptr && !values.Boolean("windows_authentication");
 }
 
+// An account that no port leads elsewhere is reached by the socket, if one is known, as other clients do it.
+bool BySocket(const TEngineValues& values, const TSourceSettings& settings) {
+  const auto port = settings.Defaults.find("port");
+  const bool known = settings.Defaults.contains("socket") || settings.Given.contains("socket") || values.Has("socket");
+  const bool usual = port == settings.Defaults.end() || port->second == Format("%d", kMySqlPort);
+  return IsLocalServer(values.Text("server")) && (known || usual);
+}
+
+// What the source leaves out is as the option file says.
+void FillDefaults(TEngineValues& values, const TSourceSettings& settings) {
+  const auto left_out = [&](const std::string& key) {
+    return key == "password" ? !values.Has(key) : InList(values.Text(key), {"", "0"});
+  };
+  const auto fill = [&](const std::string& key) {
+    if (const auto found = settings.Defaults.find(key); found != settings.Defaults.end() && left_out(key))
+      values.Set(key, found->second);
+  };
+  for (const char* key : {"server", "username", "password", "tls", "tls_ca", "tls_cert", "tls_key"}) fill(key);
+  fill(left_out("port") && BySocket(values, settings) ? "socket" : "port");
+}
+
 // The engine of values that were given as an argument. Asks for a password that is not among them, and warns of one
 // that is.
 std::unique_ptr<TDBConn> MakeGiven(const TEngineRow& engine, TEngineValues values, const TSourceSettings& settings) {
@@ -73,7 +94,8 @@ std::unique_ptr<TDBConn> MakeGiven(const TEngineRow& engine, TEngineValues value
   if (secret != nullptr) {
     const bool given = values.Has(secret->name);
     if (given && !values.Text(secret->name).empty() && settings.Warn) settings.Warn(kPasswordGiven);
-    if (!given && HasAccount(engine, values) && settings.AskPassword)
+    if (engine.engine == kEngineMySQL) FillDefaults(values, settings);
+    if (!values.Has(secret->name) && HasAccount(engine, values) && settings.AskPassword)
       values.Set(secret->name, settings.AskPassword(AccountOf(values)));
   }
   FillStandardValues(engine, values);
@@ -84,7 +106,7 @@ std::unique_ptr<TDBConn> MakeServer(const std::string& source, const TSourceSett
   const std::size_t account_end = source.rfind('@');
   if (source.find('?', account_end == std::string::npos ? 0 : account_end) != std::string::npos)
     RaiseError(kNoParameters);
-  const TServerAddress address = ParseServerAddress(source);
+  const TServerAddress address = ParseServerAddress(source, !settings.Defaults.contains("username"));
   TEngineValues values;
   values.Set("server", address.server);
   values.Set("port", Format("%d", address.port));

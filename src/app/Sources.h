@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <initializer_list>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -39,6 +40,8 @@ struct TSourceSettings {
   std::function<void(const std::string& warning)> Warn;
   TMyOptions Client;  // of connections to MySQL servers
   TGivenKeys Given;   // of kMyOptionKeys: what counts in Client though the source or the task file says otherwise
+  // What counts where a source of a MySQL server leaves it out, by its keys, as an option file gives it.
+  std::map<std::string, std::string> Defaults = {};
   bool AllowIncomplete = false;  // dumps that end before their closing line
 };
 

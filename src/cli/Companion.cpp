@@ -52,6 +52,8 @@ std::string VersionLine() { return std::string(kCompanionName) + " " + VersionTe
 
 constexpr char kTellsMore[] = " (--help tells more)";
 constexpr char kNoCommand[] = "\"%s\" is no command%s%s";
+constexpr char kLoginPath[] =
+    "--login-path is not supported, since such files only hide what they hold: give --defaults-file or --password-file";
 constexpr char kNoOption[] = "%s is no option of %s%s%s";
 
 // Raises for a word in the place of a command that is none.
@@ -85,6 +87,7 @@ std::string NearOption(const TCommandTable& command, const TStringList& unknown)
     std::ranges::copy_if(option.names, std::back_inserter(names), [](const auto& name) { return name.size() > 2; });
   for (const std::string& argument : unknown) {
     const std::string name = argument.substr(0, argument.find('='));
+    if (name == "--login-path") return kLoginPath;
     const std::string near = name.starts_with("--") ? DidYouMean(name, names) : std::string();
     if (!near.empty()) return Format(kNoOption, name, PathText(command), near, kTellsMore);
   }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "cli/Command.h"
 #include "util/Errors.h"
@@ -28,6 +29,7 @@ constexpr const char* kFlagHelp[] = {
     "Allow logins that show the server the password itself, or of servers before 4.1 without TLS"};
 static_assert(std::size(kTextHelp) == std::size(kMyTextOptions) && std::size(kFlagHelp) == std::size(kMyFlagOptions));
 constexpr std::size_t kLongestPassword = 65535;  // bytes
+constexpr char kSameAlone[] = "The same as --%s, for the %s alone";
 constexpr char kNoPassword[] = "%s: its first line is no password: it has more than %d bytes";
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
@@ -64,8 +66,12 @@ std::string ReadPasswordFile(const std::string& path) {
 
 void TSourceOptions::DeclareOne(CLI::App& app) {
   app_ = &app;
-  app.add_option("--password-file", password_file_,
+  app.add_option("--password-file", one_.password,
                  "Take the password from the first line of FILE, before one that a task file holds")
+      ->type_name("FILE");
+  app.add_option("--defaults-file", one_.defaults,
+                 "Take from FILE, an option file of MySQL or MariaDB, what a source of a MySQL server leaves out: "
+                 "host, port, socket, user, password, certificates")
       ->type_name("FILE");
   DeclareChoice(app, "--tls", TStringList(std::begin(kTlsModes), std::end(kTlsModes)),
                 "required: encrypted, and the server's certificate is checked; verify-ca: the same, whatever name it "
@@ -95,17 +101,25 @@ void TSourceOptions::DeclareOne(CLI::App& app) {
 void TSourceOptions::DeclarePair(CLI::App& app) {
   DeclareOne(app);
   has_sides_ = true;
-  app.add_option("--reference-password-file", reference_password_file_, "The same for the reference alone")
-      ->type_name("FILE");
-  app.add_option("--target-password-file", target_password_file_, "The same for the target alone")->type_name("FILE");
+  for (const auto& [name, files] : {std::pair("reference", &reference_), std::pair("target", &target_)}) {
+    app.add_option(Format("--%s-password-file", name), files->password, Format(kSameAlone, "password-file", name))
+        ->type_name("FILE");
+    app.add_option(Format("--%s-defaults-file", name), files->defaults, Format(kSameAlone, "defaults-file", name))
+        ->type_name("FILE");
+  }
 }
 
-const std::string& TSourceOptions::ReferenceFile() const {
-  return reference_password_file_.empty() ? password_file_ : reference_password_file_;
+TSourceOptions::TSideFiles TSourceOptions::Joined(const TSideFiles& side) const {
+  return {side.password.empty() ? one_.password : side.password, side.defaults.empty() ? one_.defaults : side.defaults};
 }
 
-const std::string& TSourceOptions::TargetFile() const {
-  return target_password_file_.empty() ? password_file_ : target_password_file_;
+std::map<std::string, std::string> TSourceOptions::Defaults(const std::string& file, TConsole& console) const {
+  if (file.empty()) return {};
+  const auto known = option_files_->find(file);
+  if (known != option_files_->end()) return known->second.values;
+  const TOptionFile& read = option_files_->emplace(file, ReadOptionFile(file)).first->second;
+  for (const std::string& warning : read.warnings) console.Warn(warning);
+  return read.values;
 }
 
 TGivenKeys TSourceOptions::GivenKeys() const {
@@ -120,11 +134,14 @@ TGivenKeys TSourceOptions::GivenKeys() const {
   return given;
 }
 
-TSourceSettings TSourceOptions::Settings(const std::string& password_file, TConsole& console) const {
+TSourceSettings TSourceOptions::Settings(const TSideFiles& files, TConsole& console) const {
+  const std::string& password_file = files.password;
   TSourceSettings settings;
   settings.Client = client_;
   settings.Given = GivenKeys();
   settings.AllowIncomplete = allow_incomplete_;
+  settings.Defaults = Defaults(files.defaults, console);
+  if (!password_file.empty()) settings.Defaults.erase("password");
   const bool unchecked = settings.Given.contains("tls") && client_.Tls < ETls::VerifyCa;
   if (unchecked && !client_.CaFile.empty())
     RaiseError(Format("--tls-ca has nothing to check with --tls %s: give verify-ca or required",
@@ -142,8 +159,9 @@ TSourceSettings TSourceOptions::Settings(const std::string& password_file, TCons
   return settings;
 }
 
-TSourceSettings TSourceOptions::TaskSettings(const std::string& password_file, TConsole& console) const {
-  TSourceSettings settings = Settings(password_file, console);
+TSourceSettings TSourceOptions::TaskSettings(const TSideFiles& files, TConsole& console) const {
+  const std::string& password_file = files.password;
+  TSourceSettings settings = Settings(files, console);
   if (!password_file.empty())
     settings.TaskPassword = PasswordOf(password_file, *passwords_);
   else if (console.CanAsk())
@@ -151,9 +169,9 @@ TSourceSettings TSourceOptions::TaskSettings(const std::string& password_file, T
   return settings;
 }
 
-TSourceSettings TSourceOptions::StoredSettings(const std::string& password_file, TConsole& console) const {
-  TSourceSettings settings = Settings(password_file, console);
-  if (!password_file.empty() || console.CanAsk()) return settings;
+TSourceSettings TSourceOptions::StoredSettings(const TSideFiles& files, TConsole& console) const {
+  TSourceSettings settings = Settings(files, console);
+  if (!files.password.empty() || console.CanAsk()) return settings;
   settings.AskPassword = [&console](const std::string& account) {
     if (!account.starts_with('@'))  // without a user there is nobody to have a password
       console.Warn(

@@ -16,7 +16,7 @@ constexpr char kReadsFromTerminal[] =
     "waiting for standard input, which is the terminal: Ctrl+D at the beginning of a line ends it";
 
 bool IsRead(const std::string& option) {
-  return InList(option, {"--script", "--password-file", "--reference-password-file", "--target-password-file"});
+  return option == "--script" || option.ends_with("-password-file") || option.ends_with("-defaults-file");
 }
 
 bool IsStandardInput(std::string_view source) {
