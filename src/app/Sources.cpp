@@ -93,7 +93,7 @@ std::unique_ptr<TDBConn> MakeGiven(const TEngineRow& engine, TEngineValues value
   const TEngineKey* secret = engine.SecretKey();
   if (secret != nullptr) {
     const bool given = values.Has(secret->name);
-    if (given && !values.Text(secret->name).empty() && settings.Warn) settings.Warn(kPasswordGiven);
+    if (given && !settings.OfFile && !values.Text(secret->name).empty() && settings.Warn) settings.Warn(kPasswordGiven);
     if (engine.engine == kEngineMySQL) FillDefaults(values, settings);
     if (!values.Has(secret->name) && HasAccount(engine, values) && settings.AskPassword)
       values.Set(secret->name, settings.AskPassword(AccountOf(values)));

@@ -43,6 +43,7 @@ struct TSourceSettings {
   // What counts where a source of a MySQL server leaves it out, by its keys, as an option file gives it.
   std::map<std::string, std::string> Defaults = {};
   bool AllowIncomplete = false;  // dumps that end before their closing line
+  bool OfFile = false;           // a file names the source: its passwords are in no list of processes
 };
 
 // The engine for `source`, not connected. Raises a message that says what a source is, and never shows a password.

@@ -347,7 +347,7 @@ int TCompanion::Run(const std::vector<std::string>& arguments, TConsole& console
     console.Error(error.what());
     return kExitFailure;
   }
-  for (const std::string& warning : environment.Warnings()) console.Warn(warning);
+  for (const std::string& warning : environment.Warnings()) console.Warn(warning, EWeight::Decides);
   const std::string given = app.get_subcommands().front()->get_name();
   return Execute(**std::ranges::find_if(commands_, [&](const auto& row) { return given == row->Name(); }), console);
 }

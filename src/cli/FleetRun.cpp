@@ -71,6 +71,7 @@ void TFleetRun::Compare() {
 TSourceSettings TFleetRun::TargetSettings() {
   TSourceSettings settings = sources_.ForTarget(console_);
   settings.PasswordRefused = nullptr;
+  settings.OfFile = true;
   settings.Warn = [this](const std::string& text) {
     const std::lock_guard lock(mutex_);
     if (warned_.insert(text).second) console_.Warn(text);
