@@ -20,6 +20,7 @@ void FuzzAnswers(std::string_view input);
 void FuzzCreation(std::string_view input);
 void FuzzDbf(std::string_view input);
 void FuzzExcel(std::string_view input);
+void FuzzLists(std::string_view input);
 void FuzzLotus(std::string_view input);
 void FuzzNames(std::string_view input);
 void FuzzParadox(std::string_view input);
@@ -35,6 +36,7 @@ inline constexpr TNamedHarness kHarnesses[] = {
     {"access", FuzzAccess},
 #endif
     {"answers", FuzzAnswers},       {"creation", FuzzCreation}, {"dbf", FuzzDbf},   {"excel", FuzzExcel},
+    {"lists", FuzzLists},
 #ifdef VELMORA_LOTUS
     {"lotus", FuzzLotus},
 #endif
