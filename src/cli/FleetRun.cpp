@@ -21,6 +21,7 @@ namespace velmora {
 
 namespace {
 
+constexpr char kServersAlone[] = "%s: line %d: %s is no server, and sync runs statements";
 constexpr char kPasswords[] = "%s holds passwords, and others may read it: give it to its owner alone";
 
 }  // namespace
@@ -44,6 +45,9 @@ void TFleetRun::Compare() {
   TSourceSettings unasked = settings_;
   unasked.AskPassword = nullptr;
   const std::vector<TListedSource> list = ReadTargetList(pair_.targets, unasked);
+  for (const TListedSource& listed : list)
+    if (use_ == EFleetUse::Sync && !listed.on_server)
+      RaiseError(Format(kServersAlone, pair_.targets, listed.line, listed.shown));
   if (ShowsPasswords(pair_.targets, list)) console_.Warn(Format(kPasswords, pair_.targets));
   progress_->ShowSimple("Reading the reference...");
   ReadReference();

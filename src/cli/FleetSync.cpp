@@ -140,6 +140,7 @@ class TFleetSync::TTurn {
         console_{out_, err_, false, {}},
         pair_(sync.run_.fleet().PairWith(target)) {
     console_.secrets = sync.run_.console().secrets;
+    console_.quiet = sync.run_.console().quiet;
   }
 
   // Gives whether its script ran; false for a target that is identical by now.

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "app/SourceText.h"
+#include "engines/mysql/OfflineEngine.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -22,6 +23,7 @@ constexpr char kLine[] = "%s: line %d: %s";
 constexpr char kNoText[] = "this is no text: a list has a source a line";
 constexpr char kTooLong[] = "no source is as long as this line";
 constexpr char kEmpty[] = "%s lists no target: give a source a line";
+constexpr char kInput[] = "a list names no standard input: give a file";
 constexpr char kPatternPlace[] =
     "a * or ? may stand in the name of the database alone, as in mysql://USER@HOST/tenant_*";
 constexpr std::size_t kLongestLine = 8192;  // bytes
@@ -60,14 +62,16 @@ std::size_t DatabaseStart(const std::string& text) {
 TListedSource ReadLine(const std::string& text, const TSourceSettings& settings) {
   if (text.size() > kLongestLine) RaiseError(kTooLong);
   if (!IsText(text)) RaiseError(kNoText);
-  TListedSource listed{0, text, {}, WithoutSecrets(text)};
+  TListedSource listed{0, text, {}, WithoutSecrets(text), false};
   if (IsAddress(text)) {
     const std::size_t database = DatabaseStart(text);
     if (database != std::string::npos) listed.pattern = TNamePattern(std::string_view(text).substr(database));
     if (listed.pattern.Any()) listed.source.resize(database);
     if (!listed.pattern.Any() && text.find('*', text.rfind('@') + 1) != std::string::npos) RaiseError(kPatternPlace);
   }
-  MakeTarget(listed.source + (listed.pattern.Any() ? "any" : ""), settings);
+  if (text == kStandardInput || text.starts_with(kStandardInput + std::string("#"))) RaiseError(kInput);
+  const std::unique_ptr<TDBConn> made = MakeTarget(listed.source + (listed.pattern.Any() ? "any" : ""), settings);
+  listed.on_server = dynamic_cast<TDBConnMySQLOffline*>(made.get()) == nullptr;
   return listed;
 }
 

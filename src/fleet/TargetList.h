@@ -18,6 +18,7 @@ struct TListedSource {
   std::string source;    // as MakeTarget takes it; of a pattern up to the "/" before the database
   TNamePattern pattern;  // none for a single database
   std::string shown;     // the line without a password
+  bool on_server = false;
 };
 
 // Every line is looked at, and nothing is reached. Raises "FILE: line N: ..." for a line that is no source, and for a

@@ -81,6 +81,7 @@ TEST_F(TargetListTest, NamesTheLineThatIsNone) {
       {"Paradox:folder=.", ": line 1: Paradox cannot be a target"},
       {"a.sql\n" + std::string("x\0.sql", 6), ": line 2: this is no text"},
       {std::string(10000, 'x') + ".sql", ": line 1: no source is as long as this line"},
+      {"-", ": line 1: a list names no standard input"},
       {"# nothing\n\n", "lists no target"},
   };
   for (const auto& c : cases) {
