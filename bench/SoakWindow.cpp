@@ -2,15 +2,19 @@
 
 // bench_soak_window ROUNDS FOLDER TASK...: the whole desktop program, painted without a screen, opens task files, one
 // after the other, analyses each and works in it. FOLDER takes the program's settings. Prints what bench_soak prints,
-// and with 1 round milliseconds instead: to the open task, to the analysed and painted window, a letter of the filter,
-// all actions unticked, and the actions' number.
+// and with 1 round milliseconds instead: to the open task, to the analysed and painted window, and the longest that no
+// message ran meanwhile; a page scrolled, an action selected, a letter of the filter, all actions unticked; then the
+// actions' number and the seconds of processors.
 
 #include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QLineEdit>
+#include <QScrollBar>
 #include <QTimer>
+#include <QTreeView>
 #include <cstdlib>
+#include <ctime>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -59,6 +63,33 @@ void EndOnMessages() {
   timer->start(kEveryMs);
 }
 
+// How long the window stands still.
+class TPulse {
+ public:
+  TPulse() {
+    QObject::connect(&timer_, &QTimer::timeout, [this] { Beat(); });
+    timer_.start(1);
+  }
+  void Start() {
+    longest_ = 0;
+    since_.start();
+  }
+  double Longest() {
+    Beat();
+    return longest_;
+  }
+
+ private:
+  void Beat() {
+    longest_ = std::max(longest_, static_cast<double>(since_.nsecsElapsed()) / 1e6);
+    since_.start();
+  }
+
+  QTimer timer_;
+  QElapsedTimer since_;
+  double longest_ = 0;  // ms
+};
+
 class TSoakWindow {
  public:
   explicit TSoakWindow(const std::string& folder) : options_(JoinPath(folder, "options.values")) {
@@ -84,6 +115,30 @@ class TSoakWindow {
     auto* filter = Main().findChild<QLineEdit*>(QStringLiteral("edFilter"));
     return Timed([&] { filter->setText(filter->text() + letter); });
   }
+  double ScrollAPage() {
+    constexpr int kPages = 50;
+    QScrollBar* bar = List().verticalScrollBar();
+    return Timed([&] {
+             for (int i = 0; i < kPages; ++i) {
+               bar->triggerAction(QAbstractSlider::SliderPageStepAdd);
+               Settle();
+             }
+             bar->triggerAction(QAbstractSlider::SliderToMaximum);
+           }) /
+           kPages;
+  }
+  // Each one elsewhere in the list.
+  double Select() {
+    constexpr int kSelections = 20;
+    const int rows = List().model()->rowCount();
+    return Timed([&] {
+             for (int i = 0; i < kSelections; ++i) {
+               List().setCurrentIndex(List().model()->index((i * 7919) % rows, 0));
+               Settle();
+             }
+           }) /
+           kSelections;
+  }
   double UntickAll(bool ticked) {
     std::vector<std::size_t> all(Count());
     for (std::size_t i = 0; i < all.size(); ++i) all[i] = i;
@@ -98,6 +153,7 @@ class TSoakWindow {
 
  private:
   TfmMain& Main() { return desktop_->Main(); }
+  QTreeView& List() { return *Main().findChild<QTreeView*>(QStringLiteral("tlDifferences")); }
   TDifferenceTree& Tree() {
     return dynamic_cast<TDifferenceTree&>(*Main().findChild<QWidget*>(QStringLiteral("pnDifferences")));
   }
@@ -121,11 +177,17 @@ class TSoakWindow {
 
 void TellTimes(TSoakWindow& window, const std::string& task) {
   const double opened = window.Open(task);
+  TPulse pulse;
+  pulse.Start();
   const double analysed = window.Analyze();
+  const double stood = pulse.Longest();
   const std::size_t actions = window.Count();
+  const double scrolled = actions == 0 ? 0 : window.ScrollAPage();
+  const double selected = actions == 0 ? 0 : window.Select();
   const double typed = window.Type(QLatin1Char('9'));
   const double unticked = actions == 0 ? 0 : window.UntickAll(false);
-  std::cout << opened << ' ' << analysed << ' ' << typed << ' ' << unticked << ' ' << actions << ' '
+  for (const double number : {opened, analysed, stood, scrolled, selected, typed, unticked}) std::cout << number << ' ';
+  std::cout << actions << ' ' << static_cast<double>(std::clock()) / CLOCKS_PER_SEC << ' '
             << FootprintLine(bench::Footprint()) << std::endl;
 }
 

@@ -2,6 +2,7 @@
 #include "shell/widgets/DifferenceModel.h"
 
 #include <algorithm>
+#include <cstdint>
 
 #include "exact/compare/Renames.h"
 #include "shell/widgets/Icons.h"
@@ -16,7 +17,14 @@ namespace velmora {
 
 namespace {
 
-constexpr quintptr kTop = 0;  // a member's line has the number of its group, from 1
+// A member's line has the number of its group, from 1, spread over 32 bits: a view keeps open lines in a hash table, by
+// little more than the sum of this and the row, and numbers that follow each other would make one long run there.
+constexpr quintptr kTop = 0;
+constexpr std::uint32_t kSpread = 0x9E3779B1, kBack = 0x0E8B2F51;
+static_assert(static_cast<std::uint32_t>(kSpread * kBack) == 1);
+
+quintptr IdInGroup(int group) { return (static_cast<std::uint32_t>(group) + 1) * kSpread; }
+int GroupOfId(quintptr id) { return static_cast<int>(static_cast<std::uint32_t>(id) * kBack - 1); }
 constexpr qsizetype kHintLetters = 1200;
 
 TActionIcon IconOf(const TDifference& difference) {
@@ -93,7 +101,7 @@ void TDifferenceModel::TicksChanged() {
 
 const TDifferenceGroup& TDifferenceModel::Group(const QModelIndex& line) const {
   const auto place = line.internalId() == kTop ? static_cast<std::size_t>(line.row())
-                                               : static_cast<std::size_t>(line.internalId() - 1);
+                                               : static_cast<std::size_t>(GroupOfId(line.internalId()));
   return groups_.at(place);
 }
 
@@ -125,12 +133,12 @@ QModelIndex TDifferenceModel::LineOf(std::size_t place) const {
 
 QModelIndex TDifferenceModel::index(int row, int column, const QModelIndex& parent) const {
   if (column != 0 || row < 0 || row >= rowCount(parent)) return {};
-  return createIndex(row, column, parent.isValid() ? static_cast<quintptr>(parent.row()) + 1 : kTop);
+  return createIndex(row, column, parent.isValid() ? IdInGroup(parent.row()) : kTop);
 }
 
 QModelIndex TDifferenceModel::parent(const QModelIndex& line) const {
   if (!line.isValid() || line.internalId() == kTop) return {};
-  return createIndex(static_cast<int>(line.internalId() - 1), 0, kTop);
+  return createIndex(GroupOfId(line.internalId()), 0, kTop);
 }
 
 int TDifferenceModel::rowCount(const QModelIndex& parent) const {
