@@ -28,7 +28,7 @@ namespace velmora {
 
 // Exit statuses.
 inline constexpr int kExitSuccess = 0;
-inline constexpr int kExitDifferent = 1;  // of `compare`, and of `lint` for what is grave
+inline constexpr int kExitDifferent = 1;  // of `compare`, of `lint` for what is grave, and for --fail-on
 inline constexpr int kExitFailure = 2;
 
 enum class EFormat { Text, Json };

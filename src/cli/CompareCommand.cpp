@@ -7,6 +7,7 @@
 #include <ostream>
 
 #include "cli/ComparisonText.h"
+#include "cli/FailOnOptions.h"
 #include "cli/FleetRun.h"
 #include "cli/Json.h"
 #include "cli/MappingCommand.h"
@@ -61,7 +62,15 @@ TJson DialectJson(const TApplication& app) {
           {"reason", app.Why().empty() ? TJson() : TJson(app.Why())}};
 }
 
-TJson Document(const TApplication& app, const std::optional<std::string>& error, const std::optional<int>& on_server) {
+// What came of options beside the comparison itself.
+struct TOutcome {
+  const std::optional<std::string>& error;
+  const std::optional<int>& on_server;
+  TJson failed_on{};  // null where that was not asked
+};
+
+TJson Document(const TApplication& app, const TOutcome& outcome) {
+  const std::optional<std::string>& error = outcome.error;
   TJson actions = TJson::array();
   for (const TActionRow* row = app.data.mtActions.First(); row != nullptr; row = app.data.mtActions.After(row->id)) {
     actions.push_back({{"id", row->id},
@@ -75,7 +84,8 @@ TJson Document(const TApplication& app, const std::optional<std::string>& error,
                     {"actions", std::move(actions)},
                     {"log", app.Log()},
                     {"dialect", DialectJson(app)}};
-  if (app.Dialect().Traits().has_findings) AddFindings(app.Dialect(), error.has_value(), on_server, document);
+  if (app.Dialect().Traits().has_findings) AddFindings(app.Dialect(), error.has_value(), outcome.on_server, document);
+  if (!outcome.failed_on.is_null()) document["failed_on"] = outcome.failed_on;
   document["error"] = JsonOf(error);
   return document;
 }
@@ -93,16 +103,15 @@ TJson LeastDocument(const TApplication& app) {
 }
 
 // Gives whether memory sufficed for it.
-bool PrintJson(const TApplication& app, const std::optional<std::string>& error, const std::optional<int>& on_server,
-               TConsole& console) {
+bool PrintJson(const TApplication& app, const TOutcome& outcome, TConsole& console) {
   const auto least = [&] {
     console.Error(kOutOfMemory);
     return LeastDocument(app);
   };
   // What was found takes the memory that is wanting.
-  const bool told = error == kOutOfMemory;
+  const bool told = outcome.error == kOutOfMemory;
   return PrintDocument(
-      console.out, [&] { return told ? LeastDocument(app) : Document(app, error, on_server); }, least);
+      console.out, [&] { return told ? LeastDocument(app) : Document(app, outcome); }, least);
 }
 
 }  // namespace
@@ -124,6 +133,7 @@ void TCompareCommand::Declare(CLI::App& app) {
       ->check([](const std::string& name) {
         return IsReportFile(name) ? std::string() : name + " has to end in .html, .md or .sarif";
       });
+  DeclareFailOn(app, fail_on_);
   options_.DeclarePair(app);
 }
 
@@ -143,14 +153,16 @@ int TCompareCommand::Execute(TConsole& console) {
   std::optional<std::string> error = run.Compare(pair_, options_, false);
   std::optional<int> on_server;
   if (!error && pair_.verify_on_server) error = run.VerifyOnServer(on_server);
+  if (!error && fail_on_.Any()) error = run.LookForFailures(fail_on_);
   if (!error && !reports_.empty()) error = run.WriteReports(reports_);
   bool told = true;
   if (format_ == EFormat::Json)
-    told = PrintJson(run.app(), error, on_server, console);
+    told = PrintJson(run.app(), {error, on_server, fail_on_.Any() ? JsonOf(run.Failures()) : TJson()}, console);
   else
     PrintComparison(run.app(), error.has_value(), console.out, console.out_colours);
   run.HangUp();
   if (error || !told || on_server.value_or(0) > 0) return kExitFailure;
+  if (fail_on_.Any()) return run.Failures().empty() ? kExitSuccess : kExitDifferent;
   return run.app().Dialect().Identical() ? kExitSuccess : kExitDifferent;
 }
 

@@ -6,13 +6,14 @@
 #include "cli/Command.h"
 #include "cli/FleetOptions.h"
 #include "cli/SourceOptions.h"
+#include "report/FailOn.h"
 
 namespace velmora {
 
 class TPairRun;
 
 // The differences as a tree per table, or one JSON document. Status 1 when the two are not identical, tables that were
-// skipped and objects beside tables included. Changes nothing.
+// skipped and objects beside tables included; with --fail-on only for what is of the kinds asked for. Changes nothing.
 class TCompareCommand final : public TCommand {
  public:
   TCompareCommand();
@@ -31,6 +32,7 @@ class TCompareCommand final : public TCommand {
   TSourceOptions options_;
   EFormat format_ = EFormat::Text;
   TStringList reports_;
+  TFailOnWishes fail_on_;
   std::unique_ptr<TPairRun> run_;  // a process that ends need not free it
 };
 

@@ -7,6 +7,7 @@
 
 #include "app/SideNames.h"
 #include "app/Sources.h"
+#include "cli/FailOnOptions.h"
 #include "cli/Json.h"
 #include "cli/SourceRun.h"
 #include "core/CreationTexts.h"
@@ -90,18 +91,7 @@ bool HasFailure(const TLintReport& report, ESeverity level) {
 
 void TLintCommand::Declare(CLI::App& app) {
   app.add_option("SOURCE", source_, "The database: a MySQL server, a file of creation texts or a folder of them");
-  const auto take_rule = [this](const std::string& text) {
-    try {
-      TakeRuleWish(text, rules_);
-    } catch (const EVelmora& error) {
-      throw CLI::ValidationError("--rule", error.what());
-    }
-  };
-  app.add_option_function<std::vector<std::string>>(
-         "--rule", [take_rule](const std::vector<std::string>& given) { std::ranges::for_each(given, take_rule); },
-         "The severity of a rule's findings, off for none: off, note, warning or error; may be given several times")
-      ->type_name("ID=SEVERITY")
-      ->allow_extra_args(false);
+  DeclareRules(app, rules_);
   app.add_flag("--list-rules", list_rules_, "List the rules with their severities, and look at nothing");
   DeclareChoice(app, "--fail-level", {"never", "note", "warning", "error"},
                 "End with status 1 where a finding is of this severity or a graver one (warning)",

@@ -9,6 +9,7 @@
 #include "app/Sources.h"
 #include "app/Tasks.h"
 #include "cli/ComparisonText.h"
+#include "cli/FailOnOptions.h"
 #include "cli/Interrupt.h"
 #include "cli/SourceRun.h"
 #include "cli/TerminalProgress.h"
@@ -89,10 +90,18 @@ std::optional<std::string> TPairRun::CheckRows(int seconds, std::vector<TRowFind
   return Reported([&] { findings = app_.Dialect().CheckRows(seconds); });
 }
 
+std::optional<std::string> TPairRun::LookForFailures(const TFailOnWishes& wishes) {
+  return Reported([&] {
+    failures_ = FailuresOf(app_, wishes, exact_);
+    TellFailures(failures_, console_);
+  });
+}
+
 std::optional<std::string> TPairRun::WriteReports(const TStringList& files) {
   return Reported([&] {
     app_.Dialect().GenerateScript();
-    const TReport report = CollectReport(app_, editor_.Text(), clock_);
+    TReport report = CollectReport(app_, editor_.Text(), clock_);
+    for (const TFailure& failure : failures_) report.failures.push_back(failure.Line());
     for (const std::string& file : files) WriteReport(report, file);
   });
 }

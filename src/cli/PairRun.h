@@ -12,6 +12,7 @@
 #include "cli/Console.h"
 #include "cli/SourceOptions.h"
 #include "persist/TaskMarks.h"
+#include "report/FailOn.h"
 #include "sync/Progress.h"
 #include "util/Clock.h"
 
@@ -42,6 +43,9 @@ class TPairRun {
   std::optional<std::string> CheckRows(int seconds, std::vector<TRowFinding>& findings);
   // The script for what was compared; an error is reported in the same way.
   std::optional<std::string> GenerateScript();
+  // What of it makes the command fail; none where nothing was asked for. An error is reported in the same way.
+  std::optional<std::string> LookForFailures(const TFailOnWishes& wishes);
+  const std::vector<TFailure>& Failures() const { return failures_; }
   // Reports on what was compared, in the forms that the names of the files say, with the script for it; an error is
   // reported in the same way.
   std::optional<std::string> WriteReports(const TStringList& files);
@@ -72,6 +76,7 @@ class TPairRun {
   std::unique_ptr<TDBConn> compared_;  // the target that a copy has taken the place of; freed with the run
   TApplication app_;
   TTaskMarks marks_;
+  std::vector<TFailure> failures_;
   TForeignWishes foreign_;  // of the command and the task file
   TExactWishes exact_;      // likewise
 };

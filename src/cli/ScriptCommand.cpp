@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "cli/FailOnOptions.h"
 #include "cli/FleetRun.h"
 #include "cli/Json.h"
 #include "cli/PairRun.h"
@@ -28,13 +29,16 @@ bool ReachesReference(const TApplication& app) {
   return findings.skipped.empty() && findings.differences_left == 0;
 }
 
-std::string JsonText(const TApplication& app, const TStringList& lines, const std::optional<std::string>& error) {
+// `failures` is null where they were not asked for.
+std::string JsonText(const TApplication& app, const TStringList& lines, const std::vector<TFailure>* failures,
+                     const std::optional<std::string>& error) {
   std::size_t head = kHeaderLines + (app.Why().empty() ? 0 : 1);
   while (head < lines.size() && lines[head].starts_with(kStructureLine)) ++head;
   const auto body = lines.begin() + static_cast<std::ptrdiff_t>(std::min(head, lines.size()));
-  return TextOf({{"header", TStringList(lines.begin(), body)},
-                 {"lines", TStringList(body, lines.end())},
-                 {"error", JsonOf(error)}});
+  TJson document = {{"header", TStringList(lines.begin(), body)}, {"lines", TStringList(body, lines.end())}};
+  if (failures != nullptr) document["failed_on"] = JsonOf(*failures);
+  document["error"] = JsonOf(error);
+  return TextOf(document);
 }
 
 }  // namespace
@@ -53,6 +57,7 @@ void TScriptCommand::Declare(CLI::App& app) {
   DeclareFormat(app, format_);
   DeclareAllowEmpty(app, pair_);
   DeclareScratch(app, pair_);
+  DeclareFailOn(app, fail_on_);
   options_.DeclarePair(app);
 }
 
@@ -72,10 +77,12 @@ int TScriptCommand::Execute(TConsole& console) {
   std::optional<std::string> error = run.Compare(pair_, options_, true);
   std::optional<int> left;
   if (!error && pair_.verify_on_server) error = run.VerifyOnServer(left);
+  if (!error && fail_on_.Any()) error = run.LookForFailures(fail_on_);
   if (!error) error = run.GenerateScript();
   const bool to_file = !output_.empty() && output_ != kStandardOutput;
-  const std::string text =
-      format_ == EFormat::Json ? JsonText(run.app(), run.editor().Lines(), error) : run.editor().Text();
+  const std::string text = format_ == EFormat::Json ? JsonText(run.app(), run.editor().Lines(),
+                                                               fail_on_.Any() ? &run.Failures() : nullptr, error)
+                                                    : run.editor().Text();
   if (to_file && !error)
     WriteFileText(output_, text);
   else if (format_ == EFormat::Json)
@@ -83,7 +90,8 @@ int TScriptCommand::Execute(TConsole& console) {
   else if (!error)
     console.WriteExact(text);
   const bool reaches = !error && left.value_or(0) == 0 && ReachesReference(run.app());
-  return reaches ? kExitSuccess : kExitFailure;
+  if (!reaches) return kExitFailure;
+  return run.Failures().empty() ? kExitSuccess : kExitDifferent;
 }
 
 }  // namespace velmora

@@ -6,6 +6,7 @@
 #include "cli/Command.h"
 #include "cli/FleetOptions.h"
 #include "cli/SourceOptions.h"
+#include "report/FailOn.h"
 
 namespace velmora {
 
@@ -24,6 +25,7 @@ class TScriptCommand final : public TCommand {
   TPair pair_;
   TFleetOptions fleet_;
   const CLI::App* app_ = nullptr;
+  TFailOnWishes fail_on_;
   std::string output_;
   TSourceOptions options_;
   EFormat format_ = EFormat::Text;

@@ -47,8 +47,9 @@ struct TReport {
   bool identical = false;
   std::string verdict;  // "14 differences in 3 tables and 2 other objects, 1 of them unsafe"
   std::vector<TReportPart> parts;
-  TStringList findings;  // what could not be compared, is left alone, or was left out, a sentence each
-  std::string script;    // for all differences; empty where there is none
+  TStringList failures{};  // what makes the command fail that was asked for it: "rebuild: ..."
+  TStringList findings;    // what could not be compared, is left alone, or was left out, a sentence each
+  std::string script;      // for all differences; empty where there is none
   TStringList log;
 };
 

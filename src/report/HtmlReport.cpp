@@ -81,6 +81,7 @@ class TPage {
     page_ += Element("title", "Comparison of " + Escaped(report_.reference) + " and " + Escaped(report_.target)) + "\n";
     page_ += Element("style", kStyle) + "\n</head>\n<body>\n";
     Head();
+    List("Fails on", report_.failures);
     Differences();
     List("Not compared, or left alone", report_.findings);
     Script();

@@ -71,7 +71,7 @@ TSarifResult ResultOf(const TFinding& finding) {
 }
 
 std::string SarifOf(const TLintReport& report) {
-  TSarifLog log{"velmoraFinding/v1", {}, {}, report.NotLookedAt(), report.result.Whole()};
+  TSarifLog log{"velmora/lint/", "velmoraFinding/v1", {}, {}, report.NotLookedAt(), report.result.Whole()};
   for (const TLintRule& rule : LintRules())
     log.rules.push_back({std::string(rule.id), std::string(SeverityWord(rule.severity)), std::string(rule.help),
                          std::string(rule.help) + "."});

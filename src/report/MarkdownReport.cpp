@@ -12,6 +12,7 @@ namespace velmora {
 
 namespace {
 
+constexpr std::size_t kMostFailures = 20;
 constexpr char kScriptLeft[] = "The script has %d lines, which do not fit here.\n";
 constexpr char kMoreParts[] = "\n... and %d more, which do not fit here.\n";
 
@@ -43,6 +44,9 @@ std::string HeadOf(const TReport& report) {
   for (const std::string& fact :
        {"Reference: " + report.reference, "Target: " + report.target, report.dialect, report.made})
     text += Format("- %s\n", PlainMarkdown(fact));
+  const std::size_t told = std::min(report.failures.size(), kMostFailures);
+  for (std::size_t i = 0; i < told; ++i) text += Format("- **Fails on %s**\n", PlainMarkdown(report.failures[i]));
+  if (told < report.failures.size()) text += Format("- **Fails on %d more**\n", report.failures.size() - told);
   return text + "\n";
 }
 
@@ -61,10 +65,10 @@ std::string PartsOf(const TReport& report, std::size_t most) {
   return text;
 }
 
-std::string FindingsOf(const TReport& report) {
-  if (report.findings.empty()) return {};
-  std::string text = "\n### Not compared, or left alone\n\n";
-  for (const std::string& line : report.findings) text += Format("- %s\n", PlainMarkdown(line));
+std::string ListOf(const std::string& title, const TStringList& lines) {
+  if (lines.empty()) return {};
+  std::string text = "\n### " + title + "\n\n";
+  for (const std::string& line : lines) text += Format("- %s\n", PlainMarkdown(line));
   return text;
 }
 
@@ -83,7 +87,7 @@ std::string MarkdownReport(const TReport& report, std::size_t most) {
   const std::string room = Format("\n" + std::string(kScriptLeft), report.script.size());
   const auto left = [&](const std::string& text) { return most > text.size() ? most - text.size() : 0; };
   std::string text = HeadOf(report);
-  const std::string findings = FindingsOf(report);
+  const std::string findings = ListOf("Not compared, or left alone", report.findings);
   text += PartsOf(report, left(text + room + findings));
   if (findings.size() <= left(text + room)) text += findings;
   const std::string script = ScriptOf(report, left(text));

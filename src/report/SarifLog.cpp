@@ -68,6 +68,7 @@ std::string SarifText(TSarifLog log) {
     notes.push_back({{"level", "warning"}, {"message", {{"text", ShownText(note)}}}});
   const TJson run = {
       {"tool", {{"driver", {{"name", kProgramTitle}, {"version", VersionText()}, {"rules", RulesJson(log)}}}}},
+      {"automationDetails", {{"id", log.category}}},
       {"invocations",
        TJson::array({{{"executionSuccessful", log.whole}, {"toolExecutionNotifications", std::move(notes)}}})},
       {"results", std::move(results)}};

@@ -31,6 +31,7 @@ struct TSarifResult {
 };
 
 struct TSarifLog {
+  std::string category;   // "velmora/lint/": what hosts keep apart from other logs of the same change
   std::string mark_name;  // "velmoraDifference/v1"
   std::vector<TSarifRule> rules;
   std::vector<TSarifResult> results;  // the gravest first: of more than 25,000 the first are given

@@ -51,7 +51,8 @@ TSarifResult ResultOf(const TReportPart& part, const TReportLine& line) {
 }  // namespace
 
 std::string SarifReport(const TReport& report) {
-  TSarifLog log{"velmoraDifference/v1", {}, {}, report.findings, true};
+  TSarifLog log{"velmora/compare/", "velmoraDifference/v1", {}, {}, report.findings, true};
+  for (const std::string& failure : report.failures) log.notes.push_back("Fails on " + failure);
   for (const TRuleText& row : kRules)
     log.rules.push_back(
         {std::string(RuleId(row.rule)), std::string(row.level), std::string(row.title), std::string(row.text)});
