@@ -58,6 +58,8 @@ constexpr char kLeftWithoutKey[] =
 constexpr char kStaysWithoutKey[] = "0 /*!80013 + @@sql_require_primary_key */, 1";
 // True for MySQL alone, which copies a table row by row under the checks of all its foreign keys.
 constexpr char kCopiesChecked[] = "0 /*!50700 + 1 */ and ";
+constexpr char kHiddenKey[] =
+    "it stands for the primary key, which the table does not have, and servers do not hide that one from queries";
 constexpr char kOtherSystem[] = "%s with shapes of another reference system (SRID)";
 constexpr char kOtherSize[] =
     "column %s is of another size, or has other values, than what it refers to, and servers compare the bytes";
@@ -178,7 +180,9 @@ class TRowInquiry {
   // Servers take a unique key without NULL for a primary one in the statement that adds it, and in no other.
   static bool GetsUniqueKey(const TTableRows& table) {
     if (table.target == nullptr) return true;
-    return table.statements <= 1 && std::ranges::any_of(table.changes, [&table](const TChange* change) {
+    const std::size_t before =
+        table.unpartitioned && HasPrimaryKey(*table.target) ? 1 : 0;  // which leaves the key as it is
+    return table.statements <= 1 + before && std::ranges::any_of(table.changes, [&table](const TChange* change) {
              const TElement* key = table.reference->Find(EElement::UniqueKey, change->item);
              return IsKey(change->kind) && key != nullptr && IsKeyWithoutNull(*key, *table.reference);
            });
@@ -189,6 +193,7 @@ class TRowInquiry {
     const TTableText* had = table.target;
     const bool has_key = HasUniqueKeyWithoutNull(has);
     if (WillHavePrimaryKey(table)) return AskLateKey(table);
+    AskHiddenKey(table);
     if (has_key && GetsUniqueKey(table)) return;
     const bool had_key = had != nullptr && (HasPrimaryKey(*had) || HasUniqueKeyWithoutNull(*had));
     const bool is_own = EngineOf(has) == "innodb";
@@ -198,6 +203,29 @@ class TRowInquiry {
     const bool loses_key = had == nullptr || (had_key && !has_key && !partitioned);
     const char* sql = !is_own || !loses_key ? kStaysWithoutKey : takes_key ? kMadeWithoutKey : kLeftWithoutKey;
     questions_.push_back({has.name, "table", sql, kNoKey});
+  }
+
+  // The first unique key without NULL, before one of first letters. One that does not change has been taken.
+  void AskHiddenKey(const TTableRows& table) {
+    const TElement* stands = nullptr;
+    bool whole = false;
+    for (const TElement& key : table.reference->elements) {
+      if (key.kind != EElement::UniqueKey || !NeverNull(key, *table.reference)) continue;
+      const bool of_letters = !IsKeyWithoutNull(key, *table.reference);
+      if (stands != nullptr && (whole || of_letters)) continue;
+      stands = &key;
+      whole = !of_letters;
+    }
+    if (stands == nullptr || SplitKeyUse(stands->text).word.empty()) return;
+    if (table.target == nullptr || Changes(table, *stands))
+      questions_.push_back({table.reference->name, KeySubject(*stands), "1, 1", kHiddenKey});
+  }
+
+  static bool NeverNull(const TElement& key, const TTableText& table) {
+    return std::ranges::all_of(key.text.KeyParts(), [&table](const TKeyPart& part) {
+      const TElement* column = table.Find(EElement::Column, part.column);
+      return column != nullptr && ReadColumnText(column->text, table).not_null;
+    });
   }
 
   void AskLateKey(const TTableRows& table) {

@@ -751,13 +751,18 @@ TEST_F(ExactLiveTest, RowsThatBreakAForeignKeyThatStaysAreTold) {
 TEST_F(ExactLiveTest, TablesThatAreWithoutTheirKeyForAWhileAreTold) {
   if (!testing::OnMySQL()) GTEST_SKIP() << "a server without rules about primary keys";
   RunAll(reference_, {"create table late (a int primary key, b int) partition by hash (a)",
-                      "create table gone (a int not null, b int) partition by hash (a)"});
+                      "create table gone (a int not null, b int) partition by hash (a)",
+                      "create table other (b int not null, unique key k (b)) partition by key (b)",
+                      "set sql_generate_invisible_primary_key = 1",
+                      "create table hidden (a varchar(9) not null, unique key k (a(3)) invisible)"});
   RunAll(target_, {"create table late (a int not null, b int) partition by hash (b)",
-                   "create table gone (a int not null, b int primary key) partition by hash (b)"});
+                   "create table gone (a int not null, b int primary key) partition by hash (b)",
+                   "create table other (a int primary key) partition by hash (a)",
+                   "create table hidden (a varchar(9) not null)"});
   Open();
   for (const char* rule : {"sql_require_primary_key", "sql_generate_invisible_primary_key"}) {
     target_.Run(Format("set global %s = 1", rule));
-    for (const std::string table : {"late", "gone"}) {
+    for (const std::string table : {"late", "gone", "other", "hidden"}) {
       app_.Take({.exact = ReadExactWishes("only " + table)});
       app_.Compare();
       EXPECT_EQ(app_.Dialect().CheckRows(30).empty(), MessageOf([&] { Exact().VerifyOnServer(); }) == "nothing raised")
