@@ -12,7 +12,7 @@
 #include "cli/Json.h"
 #include "cli/MappingCommand.h"
 #include "cli/PairRun.h"
-#include "report/ReportFile.h"
+#include "cli/ReportOption.h"
 
 namespace velmora {
 
@@ -125,14 +125,7 @@ void TCompareCommand::Declare(CLI::App& app) {
   DeclareFleet(app, pair_, fleet_);
   DeclareFormat(app, format_);
   DeclareScratch(app, pair_);
-  app.add_option("--report", reports_,
-                 "Write what was found to FILE: a page (.html), a comment on a change (.md), results for programs "
-                 "(.sarif); may be given several times")
-      ->type_name("FILE")
-      ->allow_extra_args(false)
-      ->check([](const std::string& name) {
-        return IsReportFile(name) ? std::string() : name + " has to end in .html, .md or .sarif";
-      });
+  DeclareReports(app, "what was found", reports_);
   DeclareFailOn(app, fail_on_);
   options_.DeclarePair(app);
 }
@@ -154,7 +147,8 @@ int TCompareCommand::Execute(TConsole& console) {
   std::optional<int> on_server;
   if (!error && pair_.verify_on_server) error = run.VerifyOnServer(on_server);
   if (!error && fail_on_.Any()) error = run.LookForFailures(fail_on_);
-  if (!error && !reports_.empty()) error = run.WriteReports(reports_);
+  if (!error && !reports_.empty()) error = run.GenerateScript();
+  if (!error) error = WriteReports(run, reports_);
   bool told = true;
   if (format_ == EFormat::Json)
     told = PrintJson(run.app(), {error, on_server, fail_on_.Any() ? JsonOf(run.Failures()) : TJson()}, console);

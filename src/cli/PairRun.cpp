@@ -16,7 +16,7 @@
 #include "engines/mysql/OfflineEngine.h"
 #include "foreign/FactReaders.h"
 #include "mysqlclient/MyConnection.h"
-#include "report/ReportFile.h"
+#include "report/ComparisonReport.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 
@@ -97,12 +97,10 @@ std::optional<std::string> TPairRun::LookForFailures(const TFailOnWishes& wishes
   });
 }
 
-std::optional<std::string> TPairRun::WriteReports(const TStringList& files) {
+std::optional<std::string> TPairRun::GatherReport(TReport& report) {
   return Reported([&] {
-    app_.Dialect().GenerateScript();
-    TReport report = CollectReport(app_, editor_.Text(), clock_);
+    report = CollectReport(app_, editor_.Text(), clock_);
     for (const TFailure& failure : failures_) report.failures.push_back(failure.Line());
-    for (const std::string& file : files) WriteReport(report, file);
   });
 }
 

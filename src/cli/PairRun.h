@@ -18,6 +18,8 @@
 
 namespace velmora {
 
+struct TReport;
+
 // A pair of databases opened for one command, with all that the comparison reports to.
 class TPairRun {
  public:
@@ -46,9 +48,9 @@ class TPairRun {
   // What of it makes the command fail; none where nothing was asked for. An error is reported in the same way.
   std::optional<std::string> LookForFailures(const TFailOnWishes& wishes);
   const std::vector<TFailure>& Failures() const { return failures_; }
-  // Reports on what was compared, in the forms that the names of the files say, with the script for it; an error is
-  // reported in the same way.
-  std::optional<std::string> WriteReports(const TStringList& files);
+  // Gathers the report on what was compared, with the script that was generated and what makes the command fail; an
+  // error is reported in the same way.
+  std::optional<std::string> GatherReport(TReport& report);
   // Opens the target alone.
   void OpenTarget(const TPair& pair, const TSourceOptions& options);
   void EndProgress() { progress_->Finish(); }

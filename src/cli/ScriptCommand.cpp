@@ -9,6 +9,7 @@
 #include "cli/FleetRun.h"
 #include "cli/Json.h"
 #include "cli/PairRun.h"
+#include "cli/ReportOption.h"
 #include "exact/run/StructureDigest.h"
 #include "fleet/GroupScripts.h"
 #include "util/Errors.h"
@@ -54,6 +55,7 @@ void TScriptCommand::Declare(CLI::App& app) {
       ->check([](const std::string& name) {
         return name.empty() ? std::string("an empty name is no file") : std::string();
       });
+  DeclareReports(app, "what was found, with the script,", reports_);
   DeclareFormat(app, format_);
   DeclareAllowEmpty(app, pair_);
   DeclareScratch(app, pair_);
@@ -79,6 +81,7 @@ int TScriptCommand::Execute(TConsole& console) {
   if (!error && pair_.verify_on_server) error = run.VerifyOnServer(left);
   if (!error && fail_on_.Any()) error = run.LookForFailures(fail_on_);
   if (!error) error = run.GenerateScript();
+  if (!error) error = WriteReports(run, reports_);
   const bool to_file = !output_.empty() && output_ != kStandardOutput;
   const std::string text = format_ == EFormat::Json ? JsonText(run.app(), run.editor().Lines(),
                                                                fail_on_.Any() ? &run.Failures() : nullptr, error)

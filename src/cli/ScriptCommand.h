@@ -27,6 +27,7 @@ class TScriptCommand final : public TCommand {
   const CLI::App* app_ = nullptr;
   TFailOnWishes fail_on_;
   std::string output_;
+  TStringList reports_;
   TSourceOptions options_;
   EFormat format_ = EFormat::Text;
 };

@@ -12,8 +12,11 @@
 #include "cli/FleetSync.h"
 #include "cli/Interrupt.h"
 #include "cli/PairRun.h"
+#include "cli/ReportOption.h"
 #include "cli/SourceRun.h"
+#include "exact/plan/ScriptSafety.h"
 #include "mysqlclient/MyConnection.h"
+#include "report/ReportFile.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -32,6 +35,7 @@ constexpr char kUnlooked[] = "; --no-row-checks runs the script without looking 
 constexpr char kScriptGoesOn[] =
     "A run of a file does not go on by itself: compare anew, or take what has run out of the file and give another "
     "journal";
+constexpr char kStillDiffer[] = "They still differ: see the output of the command, or compare again.";
 constexpr char kTooMuch[] = "nothing was run: without --algorithm the server is left to choose";
 constexpr char kRowsToBeAsked[] = "--fast-foreign-keys needs the row checks, which --no-row-checks leaves out";
 
@@ -41,7 +45,8 @@ constexpr char kNameNeeded[] =
 constexpr char kTypeName[] = "The script runs on %s. Type the name of this database to go on: ";
 constexpr char kOtherName[] = "\"%s\" is not the name of the target, %s: nothing was run";
 
-int RunOn(TPairRun& run, const std::string& script, TConsole& console) {
+// `lines`: how it ended.
+int RunOn(TPairRun& run, const std::string& script, TConsole& console, TStringList& lines) {
   TDBConn& target = *run.app().connections.target;
   try {
     TInterruptHost host(dynamic_cast<TMyConnection*>(&target.GetConnectionObject()));
@@ -49,19 +54,15 @@ int RunOn(TPairRun& run, const std::string& script, TConsole& console) {
     run.app().RunScript(script);
   } catch (const EVelmora& error) {
     run.EndProgress();
-    for (const std::string& line : FailureLines(target, run.app().RunReport(), script, error.what()))
-      console.Error(line);
+    lines = FailureSummary(target, run.app().RunReport(), script, error.what());
+    TStringList told = lines;
+    ListInForce(run.app().RunReport(), told);
+    for (const std::string& line : told) console.Error(line);
     return kExitFailure;
   }
-  console.out << SuccessLine(target, run.app().RunReport()) << '\n';
+  lines = {SuccessLine(target, run.app().RunReport())};
+  console.out << lines.front() << '\n';
   return kExitSuccess;
-}
-
-// What a run has reached, where a new comparison can tell.
-int TellResult(TPairRun& run, TConsole& console) {
-  if (run.CompareAgain()) return kExitFailure;
-  PrintComparison(run.app(), false, console.out, console.out_colours);
-  return run.app().Dialect().TablesIdentical() ? kExitSuccess : kExitFailure;
 }
 
 // Whether no row that is there stands in the way of the script.
@@ -122,6 +123,7 @@ void TSyncCommand::Declare(CLI::App& app) {
   CLI::Option* script = app.get_option("--script");
   app.get_option("--undo")->excludes(script);
   app.get_option("--map-collation")->excludes(script);
+  DeclareReports(app, "what was found, and after the run what became of it,", reports_)->excludes(script);
   for (const TExactOption& option : ExactOptions())
     if (!option.of_run) app.get_option("--" + std::string(option.word))->excludes(script);
   options_.DeclarePair(app);
@@ -152,12 +154,30 @@ bool TSyncCommand::DatabaseConfirmed(TPairRun& run, TConsole& console) const {
 bool TSyncCommand::Prepare(TPairRun& run, TConsole& console, int& status) {
   status = kExitFailure;
   if (run.Compare(pair_, options_, true)) return false;
-  if (run.app().data.mtActions.Empty()) {
+  const bool nothing_to_do = run.app().data.mtActions.Empty();
+  if (!nothing_to_do && run.GenerateScript()) return false;
+  if (TReport report; !reports_.empty()) {
+    if (run.GatherReport(report)) return false;
+    report_ = std::move(report);
+  }
+  if (nothing_to_do) {
     PrintComparison(run.app(), false, console.out, console.out_colours);
     status = run.app().Dialect().TablesIdentical() ? kExitSuccess : kExitFailure;
     return false;
   }
-  return !run.GenerateScript();
+  return true;
+}
+
+// What a run has reached, where a new comparison can tell.
+int TSyncCommand::TellResult(TPairRun& run, TConsole& console) {
+  if (const std::optional<std::string> error = run.CompareAgain()) {
+    if (report_) report_->run->SetVerdict(false, *error);
+    return kExitFailure;
+  }
+  PrintComparison(run.app(), false, console.out, console.out_colours);
+  const bool identical = run.app().Dialect().Identical();
+  if (report_) report_->run->SetVerdict(identical, identical ? kIdentical : kStillDiffer);
+  return run.app().Dialect().TablesIdentical() ? kExitSuccess : kExitFailure;
 }
 
 // What is unsafe is asked of the text that will run, wherever it comes from. `script` loses what the server refuses.
@@ -234,6 +254,14 @@ int TSyncCommand::Execute(TConsole& console) {
     CheckDatabaseName(run.Marks(), target, console);
     OpenFiles(target, console);
   };
+  const int status = Sync(run, console);
+  if (!report_) return status;
+  if (!report_->run && !report_->parts.empty()) report_->run = RunPartOf({}, {});
+  for (const std::string& file : reports_) WriteReport(*report_, file);
+  return status;
+}
+
+int TSyncCommand::Sync(TPairRun& run, TConsole& console) {
   int status = kExitSuccess;
   if (!script_.empty()) {
     run.editor().SetText(ReadTextFile(script_));
@@ -246,8 +274,11 @@ int TSyncCommand::Execute(TConsole& console) {
   CheckCare(run_, pair_.exact, run.app().Dialect().Traits());
   std::string script = run.editor().Text();
   if (!MayRun(run, script, console)) return kExitFailure;
+  if (report_) report_->script = WithPlainLineEnds(script);
   TakeCare(run, console);
-  status = RunOn(run, script, console);
+  TStringList ended;
+  status = RunOn(run, script, console, ended);
+  if (report_) report_->run = RunPartOf(run.app().RunReport(), ended);
   if (undo_written_ && run.app().RunReport().DidNothing()) unlink(run_.undo.c_str());
   const TDialectRow* fits = script_.empty() ? run.app().DialectThatFits() : nullptr;
   if (fits != nullptr) console.Note(Format(kFits, fits->word));

@@ -11,6 +11,7 @@
 #include "cli/RunOptions.h"
 #include "cli/SourceOptions.h"
 #include "persist/TaskMarks.h"
+#include "report/ComparisonReport.h"
 
 namespace velmora {
 
@@ -31,6 +32,8 @@ class TSyncCommand final : public TCommand {
   bool Prepare(TPairRun& run, TConsole& console, int& status);
   void CheckDatabaseName(const TTaskMarks& marks, TDBConn& target, const TConsole& console) const;
   bool DatabaseConfirmed(TPairRun& run, TConsole& console) const;
+  int Sync(TPairRun& run, TConsole& console);
+  int TellResult(TPairRun& run, TConsole& console);
   bool MayRun(TPairRun& run, std::string& script, TConsole& console);
   void OpenFiles(TDBConn& target, TConsole& console);
   void OpenJournal(TDBConn& target, TConsole& console);
@@ -45,8 +48,10 @@ class TSyncCommand final : public TCommand {
   TSourceOptions options_;
   TRunOptions run_;
   std::unique_ptr<TJournal> journal_;
-  bool undo_kept_ = false;     // the way back of the run that goes on here
-  bool undo_written_ = false;  // or one of this run
+  TStringList reports_;
+  std::optional<TReport> report_;  // of the comparison before the run, where one was asked for
+  bool undo_kept_ = false;         // the way back of the run that goes on here
+  bool undo_written_ = false;      // or one of this run
   bool allow_unsafe_ = false;
   bool no_row_checks_ = false;
   int row_check_time_ = 30;  // seconds

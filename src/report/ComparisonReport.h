@@ -4,6 +4,7 @@
 // What a comparison found, gathered for pages that people without SQL read and for programs that comment on changes.
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "app/Application.h"
 #include "app/Difference.h"
 #include "mysqlclient/OfflineConnection.h"
+#include "report/RunPart.h"
 #include "util/Clock.h"
 #include "util/Lists.h"
 
@@ -51,6 +53,7 @@ struct TReport {
   TStringList findings;    // what could not be compared, is left alone, or was left out, a sentence each
   std::string script;      // for all differences; empty where there is none
   TStringList log;
+  std::optional<TReportRun> run{};  // of the script, where it was to be run
 };
 
 // Of the last comparison, which ended well; `script` is that of all its actions. Reads texts of what differs. Raises

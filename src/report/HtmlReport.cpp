@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "app/RunTelling.h"
 #include "util/Counted.h"
 #include "util/Format.h"
 #include "util/Lists.h"
@@ -30,6 +31,8 @@ summary { cursor: pointer; } ul.what { margin: .5em 0; padding-left: 1.2em; list
 ul.what li { text-indent: -1.2em; overflow-wrap: anywhere; }
 .sign { display: inline-block; width: 1.2em; text-indent: 0; font-family: ui-monospace, monospace; }
 .risk { color: var(--risk); } .cost { color: var(--warn); }
+table.run td, table.run th { text-align: left; vertical-align: top; padding: .15em 1em .15em 0; }
+table.run td.sql { font: 12.5px/1.45 ui-monospace, monospace; white-space: pre-wrap; overflow-wrap: anywhere; }
 table.texts { width: 100%; border-collapse: collapse; table-layout: fixed; font: 12.5px/1.45 ui-monospace, monospace; }
 table.texts th { text-align: left; color: var(--dim); font-weight: normal; padding: .2em .5em; }
 table.texts td { padding: 0 .5em; white-space: pre-wrap; overflow-wrap: anywhere; vertical-align: top; width: 50%; }
@@ -81,6 +84,7 @@ class TPage {
     page_ += Element("title", "Comparison of " + Escaped(report_.reference) + " and " + Escaped(report_.target)) + "\n";
     page_ += Element("style", kStyle) + "\n</head>\n<body>\n";
     Head();
+    if (report_.run) Run(*report_.run);
     List("Fails on", report_.failures);
     Differences();
     List("Not compared, or left alone", report_.findings);
@@ -102,6 +106,28 @@ class TPage {
 
   void Fact(const std::string& name, const std::string& value) {
     page_ += Element("tr", Element("td", name) + Element("td", Escaped(value))) + "\n";
+  }
+
+  void Run(const TReportRun& run) {
+    page_ += Element("h2", "Run") + "\n" + Element(run.done ? "p" : "p class=\"risk\"", Escaped(run.sentence)) + "\n";
+    for (const std::string& line : run.lines) page_ += Element("p", Escaped(line)) + "\n";
+    if (!run.verdict.empty()) page_ += Element("p", "Compared again: " + Escaped(run.verdict)) + "\n";
+    if (run.statements.empty()) return;
+    page_ += "<table class=\"run\">\n<tr><th></th><th>State</th><th>Time</th><th>Statement</th></tr>\n";
+    for (std::size_t i = 0; i < run.statements.size(); ++i) Statement(i + 1, run.statements[i]);
+    page_ += "</table>\n";
+  }
+
+  void Statement(std::size_t number, const TReportStatement& statement) {
+    const bool failed = statement.state == ERunState::Failed;
+    std::string state = StateWord(statement.state);
+    if (!statement.force.empty()) state += ", " + statement.force;
+    std::string text = Lines(statement.text);
+    if (!statement.words.empty()) text += Format("<br><span class=\"cost\">%s</span>", Lines(statement.words));
+    page_ += Element("tr", Element("td", Format("%d", number)) +
+                               Element(failed ? "td class=\"risk\"" : "td", Escaped(state)) +
+                               Element("td", Escaped(statement.took)) + Element("td class=\"sql\"", text)) +
+             "\n";
   }
 
   void Differences() {

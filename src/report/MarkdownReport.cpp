@@ -3,9 +3,11 @@
 
 #include <algorithm>
 
+#include "app/RunTelling.h"
 #include "report/MarkdownText.h"
 #include "util/Format.h"
 #include "util/Lists.h"
+#include "util/OneLine.h"
 #include "util/Text.h"
 
 namespace velmora {
@@ -14,6 +16,7 @@ namespace {
 
 constexpr std::size_t kMostFailures = 20;
 constexpr char kScriptLeft[] = "The script has %d lines, which do not fit here.\n";
+constexpr std::size_t kLongestLine = 500;  // letters, of a run
 constexpr char kMoreParts[] = "\n... and %d more, which do not fit here.\n";
 
 // Longer than any row of backticks in it.
@@ -48,6 +51,25 @@ std::string HeadOf(const TReport& report) {
   for (std::size_t i = 0; i < told; ++i) text += Format("- **Fails on %s**\n", PlainMarkdown(report.failures[i]));
   if (told < report.failures.size()) text += Format("- **Fails on %d more**\n", report.failures.size() - told);
   return text + "\n";
+}
+
+// The statements that did not simply run, as far as there is room for these few.
+std::string RunOf(const TReportRun& run) {
+  constexpr std::size_t kMostStatements = 20;
+  std::string text = Format("### Run\n\n- %s\n", PlainMarkdown(run.sentence));
+  for (const std::string& line : run.lines) text += Format("- %s\n", PlainMarkdown(CutChars(line, kLongestLine)));
+  if (!run.verdict.empty())
+    text += Format("- Compared again: %s\n", PlainMarkdown(CutChars(run.verdict, kLongestLine)));
+  std::size_t told = 0;
+  for (std::size_t i = 0; i < run.statements.size() && told < kMostStatements; ++i) {
+    const TReportStatement& statement = run.statements[i];
+    if (statement.state == ERunState::NotRun || statement.words.empty()) continue;
+    ++told;
+    text += Format("  - statement %d, %s%s: %s\n", i + 1, StateWord(statement.state),
+                   statement.took.empty() ? "" : " after " + statement.took,
+                   PlainMarkdown(CutChars(OnOneLine(statement.words), kLongestLine)));
+  }
+  return text + "\n### What differed before it\n\n";
 }
 
 // As many as fit.
@@ -86,7 +108,7 @@ std::string ScriptOf(const TReport& report, std::size_t most) {
 std::string MarkdownReport(const TReport& report, std::size_t most) {
   const std::string room = Format("\n" + std::string(kScriptLeft), report.script.size());
   const auto left = [&](const std::string& text) { return most > text.size() ? most - text.size() : 0; };
-  std::string text = HeadOf(report);
+  std::string text = HeadOf(report) + (report.run ? RunOf(*report.run) : std::string());
   const std::string findings = ListOf("Not compared, or left alone", report.findings);
   text += PartsOf(report, left(text + room + findings));
   if (findings.size() <= left(text + room)) text += findings;

@@ -51,7 +51,7 @@ TSarifResult ResultOf(const TReportPart& part, const TReportLine& line) {
 }  // namespace
 
 std::string SarifReport(const TReport& report) {
-  TSarifLog log{"velmora/compare/", "velmoraDifference/v1", {}, {}, report.findings, true};
+  TSarifLog log{"velmora/compare/", "velmoraDifference/v1", {}, {}, report.findings, !report.run || report.run->done};
   for (const std::string& failure : report.failures) log.notes.push_back("Fails on " + failure);
   for (const TRuleText& row : kRules)
     log.rules.push_back(

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/ReportOption.h"
+
+#include <CLI/CLI.hpp>
+
+#include "cli/PairRun.h"
+#include "report/ReportFile.h"
+#include "util/Format.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr char kHelp[] =
+    "Write %s to FILE: a page (.html), a comment on a change (.md), results for programs (.sarif); may be given "
+    "several times";
+
+}  // namespace
+
+CLI::Option* DeclareReports(CLI::App& app, const std::string& what, TStringList& files) {
+  return app.add_option("--report", files, Format(kHelp, what))
+      ->type_name("FILE")
+      ->allow_extra_args(false)
+      ->check([](const std::string& name) {
+        return IsReportFile(name) ? std::string() : name + " has to end in .html, .md or .sarif";
+      });
+}
+
+std::optional<std::string> WriteReports(TPairRun& run, const TStringList& files) {
+  TReport report;
+  if (files.empty()) return std::nullopt;
+  if (std::optional<std::string> error = run.GatherReport(report)) return error;
+  for (const std::string& file : files) WriteReport(report, file);
+  return std::nullopt;
+}
+
+}  // namespace velmora
