@@ -59,7 +59,7 @@ void CheckFleet(const TPair& pair, const CLI::App& app) {
   if (pair.dialect == EDialect::Standard) RaiseError(kStandard);
   if (pair.foreign.Any()) RaiseError(kOfForeign);
   for (const char* name :
-       {"verify-on-server", "via-server", "report", "connections", "script", "confirm-database", "osc"}) {
+       {"verify-on-server", "via-server", "report", "connections", "script", "confirm-database", "osc", "fail-on"}) {
     const CLI::Option* option = app.get_option_no_throw("--" + std::string(name));
     if (option != nullptr && option->count() > 0) RaiseError(Format(kOfOne, name));
   }

@@ -71,7 +71,7 @@ TEST_F(LiveFleetTest, TheFirstFailureStopsTheOthers) {
 // The question takes as long as the user does.
 TEST_F(LiveFleetTest, ATargetThatMovedIsLeftAlone) {
   const TAnswer answer = Fleet("sync", {"--keep-going"}, [&](const std::string& question, bool) {
-    EXPECT_THAT(question, HasSubstr("24 statements on 6 targets in 1 group?"));
+    EXPECT_THAT(question, HasSubstr(" on 6 targets in 1 group?"));
     Run(2, "alter table t drop column n");
     Run(3, "alter table t add u int, add unique key (u)");
     return "yes";
