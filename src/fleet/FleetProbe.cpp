@@ -100,11 +100,16 @@ void TIdenticalTargets::Learn(const TExactDialect& compared, TDBConn& target) {
   if (!compared.Identical() || !read.skipped.empty() || read.put_aside || read.objects_alone) return;
   if (read.left_out.Any() || read.reference_left_out) return;
   if (!std::ranges::all_of(read.target_objects.objects, HasText)) return;
-  TFacts facts(TraitsOf(target));
-  facts.AddObjects(read.target_objects.objects, server->database());
-  for (const auto& [name, text] : read.target.texts) facts.AddTable(name, text);
-  const std::lock_guard lock(mutex_);
-  facts_.insert(facts.Digest());
+  try {
+    TFacts facts(TraitsOf(target));
+    facts.AddObjects(read.target_objects.objects, server->database());
+    for (const auto& [name, text] : read.target.texts) facts.AddTable(name, text);
+    const std::lock_guard lock(mutex_);
+    facts_.insert(facts.Digest());
+  } catch (const EAbort&) {
+    throw;
+  } catch (const EVelmora&) {  // the target is identical all the same
+  }
 }
 
 TFleetProbe::TFleetProbe(std::unique_ptr<TDBConnMySQL> server) : server_(std::move(server)) {
