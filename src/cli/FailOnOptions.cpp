@@ -42,7 +42,6 @@ void DeclareFailOn(CLI::App& app, TFailOnWishes& wishes) {
       "or rebuilds a table), lint (what `lint` would warn of in the reference and not in the target); several with "
       "commas",
       [&wishes](const std::string& text) { TakeFailOn(text, wishes); });
-  if (CLI::Option* many = app.get_option_no_throw("--targets")) option->excludes(many);
   DeclareRules(app, wishes.rules);
   app.get_option("--rule")->needs(option);
 }

@@ -28,6 +28,7 @@ class LiveTerminalTest : public ::testing::Test {
   static std::vector<std::string> Sync() {
     return {VELMORA_CLI,          "sync",
             "--dialect",          "standard",
+            "--color",            "never",
             LiveSource("wanted"), LiveSource("on_terminal"),
             "--socket",           TPrivateServer::Shared().Socket()};
   }
