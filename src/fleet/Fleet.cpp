@@ -13,6 +13,10 @@ namespace velmora {
 namespace {
 
 constexpr char kNoMemory[] = "out of memory";
+constexpr int kAccessDenied = 1045;
+
+// What stands before the database.
+std::string LoginOf(const TFleetTarget& target) { return target.source.substr(0, target.source.rfind('/')); }
 
 double SecondsSince(std::chrono::steady_clock::time_point begin) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
@@ -50,6 +54,11 @@ void TFleet::CompareOne(std::size_t number) {
     outcome = Look(number);
   } catch (const EUnreachable&) {
     throw;
+  } catch (const EMySqlException& error) {
+    outcome.status = EFleetStatus::Failed;
+    outcome.error = error.what();
+    const std::lock_guard lock(mutex_);
+    if (error.Number() == kAccessDenied) refused_.emplace(LoginOf(targets_[number]), error.what());
   } catch (const EVelmora& error) {
     outcome.status = EFleetStatus::Failed;
     outcome.error = error.what();
@@ -65,6 +74,7 @@ TFleetOutcome TFleet::Look(std::size_t number) {
   const TFleetTarget& target = targets_[number];
   if (target.fault)
     return {target.unreached ? EFleetStatus::NotReached : EFleetStatus::Failed, {}, 0, 0, *target.fault, 0};
+  if (const std::string refusal = RefusalOf(target); !refusal.empty()) RaiseError(refusal);
   if (Quick && target.on_server && identical_.Any() && IsIdentical(target)) return {EFleetStatus::Identical};
   const std::unique_ptr<TFleetPair> pair = PairWith(target);
   pair->Compare();
@@ -77,6 +87,13 @@ TFleetOutcome TFleet::Look(std::size_t number) {
   std::string shown = Show ? Show(pair->app()) : std::string();
   Take(number, std::move(findings), std::move(shown));
   return outcome;
+}
+
+// A login that was refused is not tried again: servers lock accounts, and hosts out, after some of these.
+std::string TFleet::RefusalOf(const TFleetTarget& target) {
+  const std::lock_guard lock(mutex_);
+  const auto refused = refused_.find(LoginOf(target));
+  return refused == refused_.end() ? std::string() : refused->second;
 }
 
 // What fails here is told by the comparison that follows.

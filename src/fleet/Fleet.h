@@ -68,6 +68,7 @@ class TFleet {
  private:
   void CompareOne(std::size_t number);
   TFleetOutcome Look(std::size_t number);
+  std::string RefusalOf(const TFleetTarget& target);
   bool IsIdentical(const TFleetTarget& target);
   bool Probe(const TFleetTarget& target);
   std::unique_ptr<TFleetProbe> TakeProbe(const TFleetTarget& target);
@@ -85,6 +86,7 @@ class TFleet {
   std::map<std::string, std::size_t> group_of_;
   std::vector<TFleetGroup> groups_;
   std::multimap<std::size_t, std::unique_ptr<TFleetProbe>> probes_;  // at rest, by lane
+  std::map<std::string, std::string> refused_;                       // logins, and what the server said
 };
 
 }  // namespace velmora
