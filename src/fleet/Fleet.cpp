@@ -131,7 +131,7 @@ std::unique_ptr<TFleetProbe> TFleet::TakeProbe(const TFleetTarget& target) {
   [[maybe_unused]] TDBConn* handed_over = made.release();
   std::unique_ptr<TDBConnMySQL> alone(server);
   try {
-    return std::make_unique<TFleetProbe>(std::move(alone));
+    return std::make_unique<TFleetProbe>(std::move(alone), counters_);
   } catch (const EMySqlException& error) {
     if (IsUnreachable(error)) throw EUnreachable(error.what());
     throw;

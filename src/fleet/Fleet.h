@@ -43,7 +43,12 @@ class TFleet {
  public:
   // `settings` are those of targets; whatever they call is called by several threads. All outlive this object.
   TFleet(const TFleetReference& reference, const TFleetWishes& wishes, const TSourceSettings& settings, TLanes& lanes)
-      : reference_(reference), wishes_(wishes), settings_(settings), lanes_(lanes) {}
+      : reference_(reference),
+        wishes_(wishes),
+        settings_(settings),
+        lanes_(lanes),
+        counters_(!wishes.comparison.exact.strict.empty()),
+        identical_(counters_) {}
 
   bool Quick = true;  // targets that are known to be identical without a comparison are not compared
   // What people are shown of a comparison, by the thread that has done it.
@@ -81,6 +86,7 @@ class TFleet {
   TLanes& lanes_;
   std::vector<TFleetTarget> targets_;    // does not change while targets are compared
   std::vector<TFleetOutcome> outcomes_;  // each written by the thread of its target alone
+  bool counters_;  // AUTO_INCREMENT is looked at: something is to count that is otherwise taken as equal
   TIdenticalTargets identical_;
   std::mutex mutex_;  // of all below, and of Ended
   std::map<std::string, std::size_t> group_of_;

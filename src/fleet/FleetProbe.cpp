@@ -54,7 +54,7 @@ std::string Unqualified(const std::string& view, const std::string& database) {
 // The texts come by the order of the names, one by one.
 class TFacts {
  public:
-  explicit TFacts(const std::string& traits) { Add(traits, text_); }
+  TFacts(const std::string& traits, bool counters) : counters_(counters) { Add(traits, text_); }
 
   void AddObjects(std::vector<TOtherObject> objects, const std::string& database) {
     std::ranges::sort(objects, {}, [](const TOtherObject& object) { return std::pair(object.kind, object.name); });
@@ -71,11 +71,12 @@ class TFacts {
   }
   void AddTable(const std::string& name, const std::string& text) {
     Add(name, text_);
-    Add(WithoutCounter(text), text_);
+    Add(counters_ ? text : WithoutCounter(text), text_);
   }
   std::string Digest() const { return TextDigest(text_); }
 
  private:
+  bool counters_;
   std::string text_;
 };
 
@@ -101,7 +102,7 @@ void TIdenticalTargets::Learn(const TExactDialect& compared, TDBConn& target) {
   if (read.left_out.Any() || read.reference_left_out) return;
   if (!std::ranges::all_of(read.target_objects.objects, HasText)) return;
   try {
-    TFacts facts(TraitsOf(target));
+    TFacts facts(TraitsOf(target), counters_);
     facts.AddObjects(read.target_objects.objects, server->database());
     for (const auto& [name, text] : read.target.texts) facts.AddTable(name, text);
     const std::lock_guard lock(mutex_);
@@ -112,7 +113,8 @@ void TIdenticalTargets::Learn(const TExactDialect& compared, TDBConn& target) {
   }
 }
 
-TFleetProbe::TFleetProbe(std::unique_ptr<TDBConnMySQL> server) : server_(std::move(server)) {
+TFleetProbe::TFleetProbe(std::unique_ptr<TDBConnMySQL> server, bool counters)
+    : server_(std::move(server)), counters_(counters) {
   server_->PrepareExactTexts();
   server_->Connect();
   traits_ = TraitsOf(*server_);
@@ -133,7 +135,7 @@ std::optional<std::string> TFleetProbe::Facts(const std::string& database) {
   for (const TOtherObject& object : objects)
     if (object.kind == "view" || object.kind == "sequence") std::erase(tables, object.name);
   std::ranges::sort(tables);
-  TFacts facts(traits_);
+  TFacts facts(traits_, counters_);
   facts.AddObjects(objects, database);
   server_->ExpectCreationTexts(tables);
   std::string text;

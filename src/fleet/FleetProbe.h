@@ -21,6 +21,9 @@ namespace velmora {
 // What is known to be identical with the reference of a run. Every operation is for any thread.
 class TIdenticalTargets {
  public:
+  // `counters`: where the next rows' numbers (AUTO_INCREMENT) are to differ, they are among the facts.
+  explicit TIdenticalTargets(bool counters) : counters_(counters) {}
+
   bool Any() const;
   bool Contains(const std::string& facts) const;
   // Takes what a comparison has read of a target that it found identical, and that is still connected. Nothing happens
@@ -30,12 +33,14 @@ class TIdenticalTargets {
  private:
   mutable std::mutex mutex_;
   std::set<std::string> facts_;  // a digest of each; guarded by it
+  bool counters_;
 };
 
 // A session on a server that looks at one database after the other. For one thread at a time.
 class TFleetProbe {
  public:
-  explicit TFleetProbe(std::unique_ptr<TDBConnMySQL> server);  // logs in; raises what that raises
+  // Logs in; raises what that raises. `counters` as above.
+  TFleetProbe(std::unique_ptr<TDBConnMySQL> server, bool counters);
 
   // Whether it has the login that this engine would take.
   bool IsFor(const TDBConnMySQL& other) const;
@@ -45,6 +50,7 @@ class TFleetProbe {
 
  private:
   std::unique_ptr<TDBConnMySQL> server_;
+  bool counters_;
   std::string traits_;
   std::optional<TGrants> grants_;
 };

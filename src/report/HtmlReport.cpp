@@ -31,7 +31,7 @@ summary { cursor: pointer; } ul.what { margin: .5em 0; padding-left: 1.2em; list
 ul.what li { text-indent: -1.2em; overflow-wrap: anywhere; }
 .sign { display: inline-block; width: 1.2em; text-indent: 0; font-family: ui-monospace, monospace; }
 .risk { color: var(--risk); } .cost { color: var(--warn); }
-table.run td, table.run th { text-align: left; vertical-align: top; padding: .15em 1em .15em 0; }
+table.run td, table.run th { text-align: left; vertical-align: top; padding: .15em 1em .15em 0; white-space: nowrap; }
 table.run td.sql { font: 12.5px/1.45 ui-monospace, monospace; white-space: pre-wrap; overflow-wrap: anywhere; }
 table.texts { width: 100%; border-collapse: collapse; table-layout: fixed; font: 12.5px/1.45 ui-monospace, monospace; }
 table.texts th { text-align: left; color: var(--dim); font-weight: normal; padding: .2em .5em; }

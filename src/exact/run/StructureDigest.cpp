@@ -65,7 +65,7 @@ std::string WithoutCounter(const std::string& text) {
   constexpr std::string_view kCounter = " AUTO_INCREMENT=";
   const std::size_t body_end = text.find("\n)");
   const std::size_t counter = body_end == std::string::npos ? body_end : text.find(kCounter, body_end);
-  if (counter == std::string::npos) return text;
+  if (counter == std::string::npos || counter > text.find('\'', body_end)) return text;
   const std::size_t digits_end = text.find_first_not_of("0123456789", counter + kCounter.size());
   return text.substr(0, counter) + (digits_end == std::string::npos ? "" : text.substr(digits_end));
 }

@@ -94,6 +94,7 @@ TEST_F(LiveFleetTest, WhatDiffersBesideTablesIsSeen) {
       "create event e on schedule every 1 day disable do select 1",
       "create table s (a int)",
       "alter table t comment 'other'",
+      "alter table t comment ' AUTO_INCREMENT=5'",
   };
   for (const char* different : differences) {
     Run(4, different);
@@ -104,6 +105,11 @@ TEST_F(LiveFleetTest, WhatDiffersBesideTablesIsSeen) {
     Run(4, "drop event if exists e");
     Run(4, "create table t (a int primary key, n int) engine=InnoDB");
   }
+  for (int i = 0; i < kTargets; ++i) Run(i, "alter table t modify a int auto_increment");
+  Run(4, "alter table t auto_increment = 7");
+  File("wanted.sql", "create table t (a int primary key auto_increment, n int) engine=InnoDB;");
+  EXPECT_THAT(Fleet("compare").out, HasSubstr("6 identical"));
+  EXPECT_THAT(Fleet("compare", {"--strict", "auto-increment"}).out, HasSubstr("5 identical"));
 }
 
 // Equal texts, made under other settings.

@@ -26,11 +26,16 @@ class LiveTerminalTest : public ::testing::Test {
     target_.Run("create table t (a int not null)");
   }
   static std::vector<std::string> Sync() {
-    return {VELMORA_CLI,          "sync",
-            "--dialect",          "standard",
-            "--color",            "never",
-            LiveSource("wanted"), LiveSource("on_terminal"),
-            "--socket",           TPrivateServer::Shared().Socket()};
+    return {VELMORA_CLI,
+            "sync",
+            "--dialect",
+            "standard",
+            "--color",
+            "never",
+            LiveSource("wanted"),
+            LiveSource("on_terminal"),
+            "--socket",
+            TPrivateServer::Shared().Socket()};
   }
   std::string Columns() {
     return testing::Answer(target_.Connection(),
