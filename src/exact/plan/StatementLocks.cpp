@@ -367,23 +367,24 @@ bool HasToBeCopied(const std::vector<TLockClause>& clauses, const TTableText& ta
 
 namespace {
 
-bool HoldsLongValues(const TElement& column) {
-  return column.kind == EElement::Column &&
-         InList(column.text.Column().type, {"mediumtext", "longtext", "mediumblob", "longblob"});
+bool HoldsSizedText(const TElement& column) {
+  return column.kind == EElement::Column && InList(column.text.Column().type, {"tinytext", "mediumtext", "longtext",
+                                                                               "tinyblob", "mediumblob", "longblob"});
 }
 
 // An enforced one.
-bool ChecksLongValues(const TElement& check, const TTableText& table) {
+bool ChecksSizedText(const TElement& check, const TTableText& table) {
   const TTokens tokens = check.text.Tokens();
   for (std::size_t at = 0; at + 1 < tokens.size(); ++at)
     if (IsKeyword(tokens[at], "not") && IsKeyword(tokens[at + 1], "enforced")) return false;
   return std::ranges::any_of(tokens, [&table](const TToken& token) {
     const TElement* column = IsName(token) ? table.Find(EElement::Column, NameOf(token)) : nullptr;
-    return column != nullptr && HoldsLongValues(*column);
+    return column != nullptr && HoldsSizedText(*column);
   });
 }
 
-// MySQL takes every column that a statement speaks of for one of another type, as far as checks of such values go.
+// MySQL takes every column that a statement speaks of for one of another type, as far as checks of text that is
+// not plain "text" or "blob" go.
 bool ChecksAnew(const std::vector<TLockClause>& clauses, const TTableText& table, const TServerTraits& server) {
   const auto speaks = [](const TLockClause& clause) {
     return clause.word == "column" && (clause.text.starts_with("modify ") || clause.text.starts_with("rename "));
@@ -393,7 +394,7 @@ bool ChecksAnew(const std::vector<TLockClause>& clauses, const TTableText& table
     const auto goes = [&check](const TLockClause& clause) {
       return clause.word == "constraint" && SameText(clause.name, check.name);
     };
-    return check.kind == EElement::Check && std::ranges::none_of(clauses, goes) && ChecksLongValues(check, table);
+    return check.kind == EElement::Check && std::ranges::none_of(clauses, goes) && ChecksSizedText(check, table);
   });
 }
 
