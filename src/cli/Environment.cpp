@@ -92,7 +92,7 @@ void TEnvironmentOptions::Take(const TOptionTable& option, const std::string& va
     TStringList values = {value};
     if (option.repeats) SplitText(kSeparator, value, values);
     for (const std::string& one : values)
-      if (!one.empty()) arguments_.push_back(name + "=" + one);
+      if (!one.empty()) arguments_.emplace_back(name).append("=").append(one);
   }
   options_.push_back(name);
 }

@@ -316,6 +316,7 @@ void TFleetSync::RunGroup(const TFleetGroup& group) {
   const std::size_t canaries = std::min(wishes_.fleet.canary, group.targets.size());
   const auto run = [&](const std::vector<std::size_t>& targets) {
     std::vector<std::size_t> lanes;
+    lanes.reserve(targets.size());
     for (const std::size_t target : targets) lanes.push_back(run_.fleet().Targets()[target].lane);
     run_.lanes().Run(lanes, {[&](std::size_t piece) { RunOne(targets[piece], group); },
                              [&](std::size_t piece, const std::string& reason) { TellLost(targets[piece], reason); },

@@ -36,7 +36,7 @@ std::optional<TServerIdentity> Asked(TMyWire& wire) {
   const auto uptime = Pairs(wire, kUptime);
   if (own.size() != 1 || names.size() < 3 || uptime.size() != 1) return std::nullopt;
   if (own[0].first != std::to_string(wire.ThreadId())) return std::nullopt;
-  for (const auto& [name, value] : names) identity.names += name + "=" + value + "\n";
+  for (const auto& [name, value] : names) identity.names.append(name).append("=").append(value).append("\n");
   identity.started = StrToInt64(own[0].second) - StrToInt64(uptime[0].second);
   return identity;
 }

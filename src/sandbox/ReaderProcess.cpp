@@ -80,12 +80,12 @@ class TReaderProcess final : public TFileReader {
 }  // namespace
 
 TChildLimits ReaderLimits(std::uint64_t size) {
-  constexpr std::uint64_t kMegabyte = 1024 * 1024;
+  constexpr auto kMegabyte = std::uint64_t{1024} * 1024;
   return {.silence = std::chrono::seconds(20 + std::min<std::uint64_t>(size / kMegabyte, 600)),
           .memory = 2048 * kMegabyte + 32 * size};
 }
 
-std::unique_ptr<TFileReader> ReadInOwnProcess(TFileReaderMaker open, const std::string& path,
+std::unique_ptr<TFileReader> ReadInOwnProcess(const TFileReaderMaker& open, const std::string& path,
                                               const std::string& library, const TChildLimits& limits) {
   return std::make_unique<TReaderProcess>(open, path, library, limits);
 }

@@ -18,7 +18,7 @@ TChildLimits ReaderLimits(std::uint64_t size);
 // A reader like that of `open`, in a child process that lives as long as it. Opens at once and raises what `open`
 // raises. When the child dies, runs out of memory or does not answer in time, the call raises an error that names
 // `path` and `library`, and the next call begins with a new child.
-std::unique_ptr<TFileReader> ReadInOwnProcess(TFileReaderMaker open, const std::string& path,
+std::unique_ptr<TFileReader> ReadInOwnProcess(const TFileReaderMaker& open, const std::string& path,
                                               const std::string& library, const TChildLimits& limits);
 
 }  // namespace velmora

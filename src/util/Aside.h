@@ -24,7 +24,7 @@ class TAside {
   virtual ~TAside() = default;
   // Raises what `work` raises. Raises ECancelled where the work was left to its end, which may come much later and is
   // heard of by nobody; so it owns what it uses.
-  virtual void Do(ESlow /*kind*/, std::function<void()> work) { work(); }
+  virtual void Do(ESlow /*kind*/, const std::function<void()>& work) { work(); }
   // The last that is done with something, from destructors, too: raises nothing, lets no messages run, and does not
   // wait for long. The work owns what it uses likewise.
   virtual void End(std::function<void()> work) noexcept;

@@ -25,10 +25,10 @@ class TElsewhere final : public TAside {
   TElsewhere(const TElsewhere&) = delete;
   TElsewhere& operator=(const TElsewhere&) = delete;
 
-  void Do(ESlow /*kind*/, std::function<void()> work) override {
+  void Do(ESlow /*kind*/, const std::function<void()>& work) override {
     ++done;
     if (before_left_-- == 0) {
-      threads_.emplace_back([this, work = std::move(work)]() mutable {
+      threads_.emplace_back([this, work = work]() mutable {
         opened_.wait();
         const TLeftMark mark(left_);
         try {
@@ -39,7 +39,7 @@ class TElsewhere final : public TAside {
       throw ECancelled();
     }
     std::exception_ptr error;
-    std::thread([&error, work = std::move(work)] {
+    std::thread([&error, work] {
       try {
         work();
       } catch (...) {

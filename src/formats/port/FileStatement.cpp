@@ -112,7 +112,7 @@ bool ComesBefore(const TVariant& a, const TVariant& b) {
   const auto* left = std::get_if<std::int64_t>(&a);
   const auto* right = std::get_if<std::int64_t>(&b);
   if (left != nullptr && right != nullptr) return *left < *right;
-  return std::weak_order(NumberOf(a), NumberOf(b)) < 0;
+  return std::is_lt(std::weak_order(NumberOf(a), NumberOf(b)));
 }
 
 void DropRowsOfFirstKeys(const TFileStatement& statement, const std::vector<TFieldDef>& fields, TRowsOfValues& rows) {

@@ -59,7 +59,7 @@ void TWindowWait::WaitFor(const TCame& came) {
   if (!back) throw ECancelled();
 }
 
-void TWindowWait::Do(ESlow kind, std::function<void()> work) {
+void TWindowWait::Do(ESlow kind, const std::function<void()>& work) {
   if (QThread::currentThread() != QCoreApplication::instance()->thread()) return work();
   Check();
   TServerThread own;  // within another wait
@@ -70,7 +70,7 @@ void TWindowWait::Do(ESlow kind, std::function<void()> work) {
   bool done = false;
   RunGuarded(
       [&] {
-        done = waiting_->DoOrLeave(thread, [left, work = std::move(work)] {
+        done = waiting_->DoOrLeave(thread, [left, work] {
           const TLeftMark mark(*left);
           work();
         });

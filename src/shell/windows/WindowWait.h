@@ -34,7 +34,7 @@ class TWindowWait final : public TChildWait, public TAside {
   void Check();                     // at a pause; raises ECancelled, once, if no call has ended by it
   void TooLate() { told_ = true; }  // what comes now is no work that could be cancelled
   void WaitFor(const TCame& came) override;
-  void Do(ESlow kind, std::function<void()> work) override;  // on any other thread it is done there
+  void Do(ESlow kind, const std::function<void()>& work) override;  // on any other thread it is done there
   void End(std::function<void()> work) noexcept override;
 
  private:
