@@ -43,8 +43,7 @@ bool IsText(std::string_view line) {
 std::string WithoutSecrets(const std::string& source) {
   std::string shown = source;
   const std::vector<TTextRange> secrets = SecretsOfSource(source);
-  for (auto secret = secrets.rbegin(); secret != secrets.rend(); ++secret)
-    shown.replace(secret->start, secret->length, "***");
+  for (std::size_t i = secrets.size(); i-- > 0;) shown.replace(secrets[i].start, secrets[i].length, "***");
   return shown;
 }
 

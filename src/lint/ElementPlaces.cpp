@@ -2,7 +2,6 @@
 #include "lint/ElementPlaces.h"
 
 #include <optional>
-#include <ranges>
 #include <tuple>
 
 #include "exact/plan/TableStatement.h"
@@ -123,7 +122,9 @@ TSourceLine TElementPlaces::PlaceOf(const TFinding& finding) const {
 }
 
 TSourceLine TElementPlaces::InStatements(const std::string& table, EElement kind, const std::string& name) const {
-  for (const TStructureStatement* statement : std::views::reverse(statements_.at(LowerText(table)))) {
+  const std::vector<const TStructureStatement*>& statements = statements_.at(LowerText(table));
+  for (std::size_t i = statements.size(); i-- > 0;) {
+    const TStructureStatement* statement = statements[i];
     try {
       const std::optional<int> line = TStatementElements(statement->text).LineOf(kind, name);
       if (line) return At(*statement, static_cast<std::size_t>(*line));

@@ -50,9 +50,10 @@ class TFailures {
       if (app_.data.mtActions.Find(difference.id) == nullptr) continue;
       const std::string text = OfTable(difference.kind) ? difference.table + ": " + difference.text : difference.text;
       if (wishes_.kinds.contains(EFailOn::DataLoss) && !difference.unsafe.empty())
-        Add(EFailOn::DataLoss, text + ": " + difference.unsafe);
+        Add(EFailOn::DataLoss, Format("%s: %s", text, difference.unsafe));
       if (!wishes_.kinds.contains(EFailOn::Rebuild)) continue;
-      if (const std::string cost = CostOf(difference, locks); !cost.empty()) Add(EFailOn::Rebuild, text + ": " + cost);
+      if (const std::string cost = CostOf(difference, locks); !cost.empty())
+        Add(EFailOn::Rebuild, Format("%s: %s", text, cost));
     }
   }
 

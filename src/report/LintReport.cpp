@@ -48,7 +48,7 @@ std::string MarkdownOf(const TLintReport& report) {
   for (std::size_t i = 0; i < findings.size(); ++i) {
     const std::string item = ItemOf(*findings[i]);
     if (text.size() + item.size() + room.size() + after.size() > kMostMarkdown)
-      return text + Format(kMore, findings.size() - i) + after;
+      return text.append(Format(kMore, findings.size() - i)).append(after);
     text += item;
   }
   return text + after;

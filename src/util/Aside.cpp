@@ -15,6 +15,7 @@ thread_local const std::atomic<bool>* is_left = nullptr;
 
 }  // namespace
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): what the work holds goes with it, not with the caller
 void TAside::End(std::function<void()> work) noexcept {
   try {
     work();
