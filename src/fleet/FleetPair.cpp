@@ -10,7 +10,7 @@
 #include "exact/run/StructureDigest.h"
 #include "fleet/FleetTargets.h"
 #include "fleet/Lanes.h"
-#include "mysqltext/Lexer.h"
+#include "fleet/OwnName.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -23,21 +23,6 @@ constexpr char kOldServer[] =
     "%s is older than MySQL 5.0, and the exact dialect is the one for many targets: compare this one alone";
 constexpr char kEmpty[] = "%s; if that is meant, give --allow-empty-reference";
 constexpr std::size_t kIdLength = 12;
-
-// Without the database's own name before names.
-std::string Unqualified(const std::string& statement, const std::string& database) {
-  const std::string own = QuotedName(database);
-  if (database.empty() || statement.find(own + ".") == std::string::npos) return statement;
-  std::string text;
-  std::size_t copied = 0;
-  const std::vector<TToken> tokens = Tokens(statement);
-  for (std::size_t i = 0; i + 1 < tokens.size(); ++i) {
-    if (tokens[i].kind != EToken::Name || tokens[i].text != own || !tokens[i + 1].Is(".")) continue;
-    text.append(statement, copied, tokens[i].start - copied);
-    copied = tokens[i + 1].End();
-  }
-  return text.append(statement, copied);
-}
 
 // What tells differences from others, one text after the other.
 class TTold {
@@ -123,7 +108,7 @@ TFleetFindings TFleetPair::Findings() {
     const TScriptPieces pieces = dialect.Statements(editor_.Text());
     of.statements = pieces.statements.size();
     for (const TScriptStatement& statement : pieces.statements) {
-      const std::string bare = Unqualified(statement.text, database);
+      const std::string bare = WithOwnNameAs("", statement.text, database);
       if (bare != statement.text) of.script = StrReplace(of.script, statement.text, bare);
       told.Add(bare);
     }

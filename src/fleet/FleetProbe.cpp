@@ -9,7 +9,7 @@
 #include "core/CreationTexts.h"
 #include "engines/mysql/LoginRights.h"
 #include "exact/run/StructureDigest.h"
-#include "mysqltext/Lexer.h"
+#include "fleet/OwnName.h"
 #include "util/Errors.h"
 
 namespace velmora {
@@ -34,22 +34,8 @@ void Add(const std::string& text, std::string& facts) {
   facts += text;
 }
 
-// Servers put the database's own name before names in a view, where nobody has written it. What stands in quotes is
-// left as it is.
-std::string Unqualified(const std::string& view, const std::string& database) {
-  const std::string own = QuotedName(database);
-  if (view.find(own + ".") == std::string::npos) return view;
-  std::string text;
-  std::size_t copied = 0;
-  const std::vector<TToken> tokens = Tokens(view);
-  for (std::size_t i = 0; i + 1 < tokens.size(); ++i) {
-    if (tokens[i].kind != EToken::Name || tokens[i].text != own || !tokens[i + 1].Is(".")) continue;
-    text.append(view, copied, tokens[i].start - copied);
-    text += "\x01";  // which stands in no name that was left as it was
-    copied = tokens[i].End();
-  }
-  return text.append(view, copied);
-}
+// Servers put the database's own name before names in a view, where nobody has written it. This stands in no name.
+constexpr char kOwnName[] = "\x01";
 
 // The texts come by the order of the names, one by one.
 class TFacts {
@@ -61,7 +47,7 @@ class TFacts {
     for (const TOtherObject& object : objects) {
       Add(object.kind, text_);
       Add(object.name, text_);
-      Add(object.kind == "view" ? Unqualified(object.text, database) : object.text, text_);
+      Add(object.kind == "view" ? WithOwnNameAs(kOwnName, object.text, database) : object.text, text_);
       Add(object.context.sql_mode.value_or("-"), text_);
       Add(object.context.collation, text_);
       Add(object.context.time_zone, text_);
