@@ -69,7 +69,8 @@ TListedSource ReadLine(const std::string& text, const TSourceSettings& settings)
     if (!listed.pattern.Any() && text.find('*', text.rfind('@') + 1) != std::string::npos) RaiseError(kPatternPlace);
   }
   if (text == kStandardInput || text.starts_with(kStandardInput + std::string("#"))) RaiseError(kInput);
-  const std::unique_ptr<TDBConn> made = MakeTarget(listed.source + (listed.pattern.Any() ? "any" : ""), settings);
+  const std::unique_ptr<TDBConn> made =
+      MakeTarget(listed.pattern.Any() ? Format("%sany", listed.source) : listed.source, settings);
   listed.on_server = dynamic_cast<TDBConnMySQLOffline*>(made.get()) == nullptr;
   return listed;
 }

@@ -868,6 +868,7 @@ TEST_F(ExactLiveTest, TheScratchDatabaseIsRemovedWhateverHappens) {
 // A dump of the other product is compared in the target's words once it is said of which server it is.
 TEST_F(ExactLiveTest, AFileOfAnotherServer) {
   if (testing::OnMySQL()) GTEST_SKIP() << "the file is one of MySQL";
+  if (Ask("select version()").starts_with("10.5")) GTEST_SKIP() << "a server without keys that queries do not use";
   OpenWithReferenceFile(
       "CREATE TABLE `t` (\n  `a` int NOT NULL,\n  `j` json DEFAULT NULL,\n  `s` varchar(9) DEFAULT (concat(_utf8mb4'x',"
       "_utf8mb4'y')) /*!80023 INVISIBLE */,\n  PRIMARY KEY (`a`),\n  KEY `k` (`s`) /*!80000 INVISIBLE */\n) "
