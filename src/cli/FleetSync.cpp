@@ -170,10 +170,20 @@ class TFleetSync::TTurn {
       if (const std::optional<TUnfinishedRun>& unfinished = journal_->Unfinished()) {
         TellUnfinished(*unfinished, console_);
         WaitForUnfinished(*unfinished, pair_->Target(), wishes_.run.care.lock_wait, console_);
-        undo_kept_ = unfinished->undo == undo_;
+        undo_kept_ = IsUndoOf(target_.name, unfinished->undo);
+        if (undo_kept_) undo_ = unfinished->undo;
       }
     }
-    if (!undo_.empty() && !undo_kept_) CheckUndo(undo_);
+    if (undo_.empty() || undo_kept_) return;
+    // A way back is never written over; one that is there already is of a run before, or of one that was killed.
+    for (int number = 2; access(undo_.c_str(), F_OK) == 0; ++number)
+      undo_ = FileIn(wishes_.run.undo, target_.name, Format(".%d.sql", number).c_str());
+    CheckUndo(undo_);
+  }
+
+  // Whether a run that did not end has kept its way back in this folder.
+  bool IsUndoOf(const std::string& target, const std::string& file) const {
+    return !wishes_.run.undo.empty() && file.starts_with(FileIn(wishes_.run.undo, target, "."));
   }
 
   void CheckRows() {

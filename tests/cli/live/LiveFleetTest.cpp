@@ -9,11 +9,13 @@
 #include <memory>
 
 #include "support/LiveCompanion.h"
+#include "util/Files.h"
 
 namespace velmora {
 namespace {
 
 using testing::Answer;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using testing::RunLive;
@@ -69,6 +71,17 @@ TEST_F(LiveFleetTest, TheFirstFailureStopsTheOthers) {
 }
 
 // The question takes as long as the user does.
+TEST_F(LiveFleetTest, AWayBackThatIsThereStays) {
+  const std::string ways = folder_ / "ways";
+  EXPECT_EQ(Fleet("sync", {"--yes", "--undo", ways}).status, 0);
+  Run(3, "alter table t drop column u");
+  EXPECT_EQ(Fleet("sync", {"--yes", "--undo", ways}).status, 0);
+  EXPECT_EQ(Done(), "012345");
+  TStringList files;
+  FindFiles(files, ways + "/*many_3*", false, true);
+  EXPECT_THAT(files, ElementsAre(HasSubstr("many_3.2.sql"), HasSubstr("many_3.sql")));
+}
+
 TEST_F(LiveFleetTest, ATargetThatMovedIsLeftAlone) {
   const TAnswer answer = Fleet("sync", {"--keep-going"}, [&](const std::string& question, bool) {
     EXPECT_THAT(question, HasSubstr(" on 6 targets in 1 group?"));
