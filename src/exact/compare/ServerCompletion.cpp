@@ -150,7 +150,7 @@ class TColumnRewriter {
       TakeCharset();
       kind_ = BytesTypeOf(kind_);
       SetType(kind_ + Arguments());
-    } else if (IsBinary() && !charset_.charset.empty()) {
+    } else if (!charset_.charset.empty() && TakeWord("binary")) {  // the set's collation by bytes
       SetType(type_ + " COLLATE " + charset_.charset + "_bin");
     }
   }
@@ -159,9 +159,6 @@ class TColumnRewriter {
     charset_ = NamedCharset(charset, "");
     SetType(type_ + " CHARACTER SET " + charset);
   }
-
-  // "binary" after a type of letters asks for the set's collation by bytes.
-  bool IsBinary() { return TakeWord("binary"); }
 
   // text(n) is the smallest type that takes as many letters.
   void CompleteSize() {
