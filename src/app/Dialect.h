@@ -82,6 +82,7 @@ struct TComparisonWishes {
 struct TFindings {
   std::vector<TSkippedTable> skipped;      // tables that could not be compared
   TStringList not_followed;                // statements of a script that may have made or changed tables unseen
+  std::vector<TKindsNotSeen> not_seen;     // of servers whose logins may not see all
   std::vector<TObjectDifference> objects;  // those beside tables that differ
   int differences_left = 0;                // that the whole script would leave, by a proof in memory
   std::string nothing_left;                // what a proof says that leaves none

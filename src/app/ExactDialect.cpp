@@ -39,6 +39,7 @@ constexpr TDialectTraits kTraits = {.has_findings = true,
                                     .has_options = true,
                                     .takes_care = true};
 
+constexpr char kSeeMore[] = ": grant it the rights to see them, or leave them out of the comparison";
 constexpr char kMoved[] = "The target has changed since it was compared, and nothing was run: %s. Compare anew";
 
 std::string UnsafeLine(const TChange& change) { return change.table + ": " + change.LogText() + ": " + change.unsafe; }
@@ -103,9 +104,17 @@ std::unique_ptr<TDBConn> TExactDialect::Compare() {
 }
 
 TFindings TExactDialect::Findings() const {
-  TFindings findings = {
-      sync.Skipped(), sync.NotFollowed(), sync.Objects(),     sync.DifferencesLeft(), sync.NothingLeft(),
-      sync.Unmade(),  sync.Accepted(),    sync.MadeColumns(), sync.LeftOut(),         {}};
+  TFindings findings = {sync.Skipped(),
+                        sync.NotFollowed(),
+                        sync.NotSeen(),
+                        sync.Objects(),
+                        sync.DifferencesLeft(),
+                        sync.NothingLeft(),
+                        sync.Unmade(),
+                        sync.Accepted(),
+                        sync.MadeColumns(),
+                        sync.LeftOut(),
+                        {}};
   for (const TRenameOffer& offer : sync.RenameOffers()) findings.renames.push_back(offer.rename.Text());
   return findings;
 }
@@ -125,6 +134,7 @@ std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
     tell_why(false, Format("Not the same: %s %s: %s", object.kind, object.name, object.difference) +
                         PlaceIn(parts_.connections.reference.get(), object));
   for (const std::string& statement : sync.NotFollowed()) tell_why(true, "not followed: " + statement);
+  for (const TKindsNotSeen& kinds : sync.NotSeen()) tell_why(true, kinds.Text() + kSeeMore);
   for (const TSkippedTable& skipped : sync.Skipped())
     tell_why(true, Format("%s: table %s is skipped: %s", skipped.side, skipped.table, skipped.reason));
   for (const TMadeColumn& column : sync.MadeColumns())

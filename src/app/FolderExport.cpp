@@ -16,6 +16,7 @@
 #include "exact/objects/ObjectContext.h"
 #include "exact/objects/ShownView.h"
 #include "exact/plan/FileSchema.h"
+#include "exact/run/PairReader.h"
 #include "exact/run/StructureDigest.h"
 #include "mysqltext/ScriptFolder.h"
 #include "mysqltext/StatementReader.h"
@@ -106,7 +107,11 @@ class TSourceTexts {
     }
     ReadTables(script);
     ReadObjects();
-    for (const std::string& kind : texts_->KindsNotAllSeen()) hidden_.insert(std::string(FolderOf(kind)));
+    const TStringList hidden = texts_->KindsHidden();
+    for (const TStringList& kinds : {hidden, texts_->KindsLeftOut()})
+      for (const std::string& kind : kinds) hidden_.insert(std::string(FolderOf(kind)));
+    const TStringList missed = MissedKinds(wishes_.selection, hidden, objects_, tables_);
+    if (!missed.empty()) report_.warnings.push_back(TKindsNotSeen{"source", missed}.Text());
   }
 
   const std::map<std::string, std::string>& Files() const { return files_; }  // their texts by name
@@ -134,6 +139,7 @@ class TSourceTexts {
       std::erase_if(tables, [this](const std::string& table) { return no_tables_.contains(table); });
     }
     for (const std::string& table : tables) there_.insert(ExportFileOf("table", table));
+    tables_ = tables;
     std::erase_if(tables, [this](const std::string& table) { return !wishes_.selection.ReadsTable(table); });
     texts_->ExpectCreationTexts(tables);
     for (const std::string& table : tables) {
@@ -228,6 +234,7 @@ class TSourceTexts {
   TCreationTexts* texts_;
   std::string database_;
   std::vector<TOtherObject> objects_;
+  TStringList tables_;  // all that are seen
   std::map<std::string, std::string> files_;
   std::set<std::string> no_tables_;  // views and sequences, which servers list with tables
   std::set<std::string> procedures_;

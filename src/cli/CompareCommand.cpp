@@ -41,6 +41,9 @@ void AddFindings(const TDialect& dialect, bool failed, const std::optional<int>&
     skipped.push_back({{"side", table.side}, {"table", table.table}, {"reason", table.reason}});
   document["skipped"] = std::move(skipped);
   document["not_followed"] = TJson(findings.not_followed);
+  TJson not_seen = TJson::array();
+  for (const TKindsNotSeen& of : findings.not_seen) not_seen.push_back({{"side", of.side}, {"kinds", of.kinds}});
+  document["not_seen"] = std::move(not_seen);
   TJson objects = TJson::array();
   for (const TObjectDifference& object : findings.objects)
     objects.push_back({{"kind", object.kind}, {"name", object.name}, {"difference", object.difference}});
@@ -94,7 +97,7 @@ TJson LeastDocument(const TApplication& app) {
   TJson document = {
       {"identical", false}, {"actions", TJson::array()}, {"log", TJson::array()}, {"dialect", DialectJson(app)}};
   if (app.Dialect().Traits().has_findings) {
-    for (const char* list : {"skipped", "not_followed", "objects", "mapping", "unmade"})
+    for (const char* list : {"skipped", "not_followed", "not_seen", "objects", "mapping", "unmade"})
       document[list] = TJson::array();
     for (const char* proof : {"verified", "verified_on_server"}) document[proof] = TJson();
   }

@@ -144,6 +144,7 @@ void PrintComparison(const TApplication& app, bool failed, std::ostream& out, co
     out << Counted(unmade, "element") << (unmade == 1 ? " has" : " have") << kUnmade;
   if (const std::size_t unfollowed = findings.not_followed.size(); unfollowed > 0)
     out << Counted(unfollowed, "statement") << " could not be followed, so nobody knows whether tables are identical\n";
+  for (const TKindsNotSeen& of : findings.not_seen) out << of.Text() << '\n';
   const std::size_t objects = findings.objects.size();
   const bool all = findings.left_out.tables.empty();
   if (all && !dialect.Identical() && dialect.TablesIdentical()) out << "All tables are identical.\n";

@@ -75,9 +75,10 @@ class TCreationTexts {
   virtual std::vector<TOtherObject> OtherObjects() { return {}; }
   // Asks for the texts and contexts of these alone, by kind and name; a text stays empty where there is none to see.
   virtual void ReadObjectTexts(std::vector<TOtherObject>& /*objects*/) {}
-  // The kinds of these of which there may be more than OtherObjects lists: the login may not see all of them, or a
-  // script has none, as dumps leave some out. After OtherObjects.
-  virtual TStringList KindsNotAllSeen() { return {}; }
+  // The kinds, "table" among them, of which there may be more than a server lists: the login may not see all of them.
+  virtual TStringList KindsHidden() { return {}; }
+  // The kinds of other objects that a script has none of, as dumps leave some out. After OtherObjects.
+  virtual TStringList KindsLeftOut() { return {}; }
   // What the connected server says of itself by `select version()`; empty for files.
   virtual std::string ServerVersion() { return {}; }
   // Of a side that is a script: its statements, in order, which live until it connects anew; null for servers.

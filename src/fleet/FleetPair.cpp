@@ -66,6 +66,7 @@ void AddFindings(const TFindings& findings, TTold& told) {
   for (const TSkippedTable& table : findings.skipped) told.Add({table.side, table.table, table.reason});
   for (const TObjectDifference& object : findings.objects) told.Add({object.kind, object.name, object.difference});
   told.Add(findings.not_followed);
+  for (const TKindsNotSeen& of : findings.not_seen) told.Add(TStringList{of.Text()});
 }
 
 }  // namespace

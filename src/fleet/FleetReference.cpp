@@ -35,7 +35,7 @@ struct TKept {
   };
   std::map<std::string, TText> texts;
   std::vector<TOtherObject> objects;
-  TStringList not_all_seen;
+  TStringList hidden;
   std::map<std::string, std::string> answers;
 };
 
@@ -82,7 +82,7 @@ class TKeptEngine final : public TDBConnMySQL {
   void ExpectCreationTexts(const TStringList& /*tables*/) override {}
   void PrepareExactTexts(bool /*exact*/ = true) override {}
   std::vector<TOtherObject> OtherObjects() override { return kept_->objects; }
-  TStringList KindsNotAllSeen() override { return kept_->not_all_seen; }
+  TStringList KindsHidden() override { return kept_->hidden; }
   std::string ServerVersion() override { return kept_->version; }
   void GetResultSQL(const std::string& sql, TVariant& value) override {
     const auto found = kept_->answers.find(sql);
@@ -128,7 +128,7 @@ std::shared_ptr<const TKept> ReadServer(TDBConnMySQL& server) {
   kept->username = server.username();
   kept->version = server.ServerVersion();
   kept->objects = server.OtherObjects();
-  kept->not_all_seen = server.KindsNotAllSeen();
+  kept->hidden = server.KindsHidden();
   ReadTables(server, *kept);
   for (const char* question : kQuestions) {
     TVariant answer;

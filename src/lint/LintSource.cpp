@@ -55,7 +55,10 @@ class TSourceLook {
     const std::string version = script == nullptr ? texts_.ServerVersion() : wishes_.version;
     if (!version.empty()) schema_.server = ReadServerTraits(version);
     schema_.live = script == nullptr;
-    if (script == nullptr) return;
+    if (script == nullptr) {
+      schema_.whole = IndexOf(texts_.KindsHidden(), "table") == kNotInList;
+      return;
+    }
     file_ = std::make_unique<TFileSchema>(*script, schema_.server.value_or(TServerTraits()));
     result_.not_followed = file_->Unknown();
     schema_.whole = result_.not_followed.empty();

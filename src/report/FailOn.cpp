@@ -36,6 +36,7 @@ class TFailures {
     for (const TSkippedTable& table : findings.skipped)
       failures_.push_back({kNotCompared, Format(kSkipped, table.table, table.side, table.reason)});
     for (const std::string& statement : findings.not_followed) failures_.push_back({kNotCompared, statement});
+    for (const TKindsNotSeen& kinds : findings.not_seen) failures_.push_back({kNotCompared, kinds.Text()});
     return std::move(failures_);
   }
 

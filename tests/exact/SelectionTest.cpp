@@ -31,11 +31,12 @@ constexpr TKindCase kChanges[] = {
     {"foreign-key", saAddConstraint, EElement::ForeignKey}, {"check", saModifyConstraint, EElement::Check},
     {"new-table", saCreateTable, EElement::Column},         {"options", saChangeTableType, EElement::Column}};
 
-// "column orders.total", "trigger t orders", "read orders"
+// "column orders.total", "trigger t orders", "read orders"; "more table orders" for any table that is not this one
 bool Takes(const TSelection& selection, const std::string& thing) {
   TStringList words;
   SplitPlain(' ', thing + " ", words);
   if (words[0] == "read") return selection.ReadsTable(words[1]);
+  if (words[0] == "more") return !MissedKinds(selection, {words[1]}, {{words[1], words[2]}}, {}).empty();
   for (const TKindCase& row : kChanges) {
     if (row.word != words[0]) continue;
     const std::size_t dot = words[1].find('.');

@@ -512,7 +512,7 @@ std::vector<TOtherObject> TDBConnMySQL::OtherObjects() {
   return objects;
 }
 
-TStringList TDBConnMySQL::KindsNotAllSeen() { return HiddenKinds(GrantsOfLogin(*connection_), database_); }
+TStringList TDBConnMySQL::KindsHidden() { return HiddenKinds(GrantsOfLogin(*connection_), database_); }
 
 // Servers keep their texts in the set of whoever made them, so that here the results need ours.
 void TDBConnMySQL::ReadObjectTexts(std::vector<TOtherObject>& objects) {

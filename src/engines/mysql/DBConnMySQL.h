@@ -109,7 +109,7 @@ class TDBConnMySQL : public TDBConn, public TCreationTexts {
   void PrepareExactTexts(bool exact = true) override;
   std::vector<TOtherObject> OtherObjects() override;
   void ReadObjectTexts(std::vector<TOtherObject>& objects) override;
-  TStringList KindsNotAllSeen() override;
+  TStringList KindsHidden() override;
   std::string ServerVersion() override { return connection_->ServerVersion(); }
 
  protected:

@@ -17,7 +17,7 @@ TStringList HiddenKinds(const TGrants& grants, const std::string& database) {
   TStringList kinds;
   if (!grants.On(database, {"SELECT", "INSERT", "UPDATE", "DELETE", "CREATE", "DROP", "ALTER", "INDEX", "SHOW VIEW",
                             "CREATE VIEW", "REFERENCES", "TRIGGER"}))
-    kinds.emplace_back("view");
+    kinds.insert(kinds.end(), {"table", "view"});
   if (!grants.On(database, {"TRIGGER"})) kinds.emplace_back("trigger");
   const bool routines = grants.On(database, {"EXECUTE", "ALTER ROUTINE", "CREATE ROUTINE", "SHOW CREATE ROUTINE"}) ||
                         grants.Everywhere({"SHOW_ROUTINE", "SELECT"}) || grants.OnTable("mysql", "proc", {"SELECT"});

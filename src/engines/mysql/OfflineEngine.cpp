@@ -31,7 +31,7 @@ std::unique_ptr<TDBConnMySQL> TDBConnMySQLOffline::NewEngine() const {
 
 // Dumps leave triggers, routines and events out unless they are asked for; procedures and functions come together, and
 // views with tables.
-TStringList TDBConnMySQLOffline::KindsNotAllSeen() {
+TStringList TDBConnMySQLOffline::KindsLeftOut() {
   const std::vector<TOtherObject>& objects = offline_.OtherObjects();
   const auto has = [&](std::string_view kind) {
     return std::ranges::find(objects, kind, &TOtherObject::kind) != objects.end();

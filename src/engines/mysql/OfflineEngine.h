@@ -26,7 +26,8 @@ class TDBConnMySQLOffline : public TDBConnMySQL {
   // A file is read as it stands.
   void PrepareExactTexts(bool /*exact*/ = true) override {}
   std::vector<TOtherObject> OtherObjects() override { return offline_.OtherObjects(); }
-  TStringList KindsNotAllSeen() override;
+  TStringList KindsHidden() override { return {}; }
+  TStringList KindsLeftOut() override;
   std::string ServerVersion() override { return {}; }
   const TStructureScript* StructureScript() const override { return &offline_.Structure(); }
 

@@ -43,7 +43,12 @@ const TKindRow* FindKind(std::string_view kind) {
   return row == kKinds.end() ? nullptr : row;
 }
 
-bool Holds(const TStringList& list, const std::string& kind) { return std::ranges::find(list, kind) != list.end(); }
+// Whether the side may have such an object that it does not show. Who sees procedures sees packages, and who sees
+// tables sees sequences.
+bool MayHide(const TDatabaseObjects& side, const std::string& kind) {
+  const std::string seen_as = kind.starts_with("package") ? "procedure" : kind == "sequence" ? "table" : kind;
+  return std::ranges::find(side.not_all_seen, seen_as) != side.not_all_seen.end();
+}
 
 TObjectKey KeyOf(const TOtherObject& object) { return ObjectKey(object.kind, object.name); }
 
@@ -120,7 +125,7 @@ class TComparison {
   }
 
   void OnlyReference(const TOtherObject& object) {
-    if (Holds(target_.not_all_seen, object.kind)) return Tell(object, Format(kMayBeHidden, "target"));
+    if (MayHide(target_, object.kind)) return Tell(object, Format(kMayBeHidden, "target"));
     if (FindKind(object.kind) == nullptr) return Tell(object, kOnlyReference);
     TObjectChange change{0, saCreateObject, object.kind, object.name};
     change.new_text = Read(object, reference_);
@@ -131,7 +136,7 @@ class TComparison {
   }
 
   void OnlyTarget(const TOtherObject& object) {
-    if (Holds(reference_.not_all_seen, object.kind)) return Tell(object, Format(kMayBeHidden, "reference"));
+    if (MayHide(reference_, object.kind)) return Tell(object, Format(kMayBeHidden, "reference"));
     if (FindKind(object.kind) == nullptr) return Tell(object, kOnlyTarget);
     TObjectChange change{0, saDropObject, object.kind, object.name};
     change.old_text = Read(object, target_);

@@ -378,6 +378,7 @@ void TExactSync::FillLog() {
   for (const TObjectDifference& object : objects_.differences)
     ActionLog.push_back(Format(kOtherObject, object.kind, object.name, object.difference));
   for (const std::string& statement : read_.not_followed) ActionLog.push_back(Format(kStatement, statement));
+  for (const TKindsNotSeen& kinds : read_.not_seen) ActionLog.push_back(kinds.Text());
   for (const TSkippedTable& skipped : read_.skipped)
     ActionLog.push_back(Format(kSkipped, skipped.table, skipped.side, skipped.reason));
   for (const TUnmadeElement& element : read_.unmade) ActionLog.push_back(Format(kUnmade, element.Text()));
@@ -405,12 +406,14 @@ std::string TExactSync::NothingLeft() const {
 }
 
 bool TExactSync::TablesIdentical() const {
-  return changes_.empty() && renames_.empty() && read_.skipped.empty() && read_.not_followed.empty() &&
+  const bool all_seen = std::ranges::none_of(
+      read_.not_seen, [](const TKindsNotSeen& of) { return std::ranges::find(of.kinds, "table") != of.kinds.end(); });
+  return changes_.empty() && renames_.empty() && read_.skipped.empty() && read_.not_followed.empty() && all_seen &&
          read_.unmade.empty();
 }
 
 bool TExactSync::Identical() const {
-  return TablesIdentical() && objects_.changes.empty() && objects_.differences.empty();
+  return TablesIdentical() && objects_.changes.empty() && objects_.differences.empty() && read_.not_seen.empty();
 }
 
 // The table's name before the run.

@@ -62,6 +62,7 @@ class TExactSync {
   const std::vector<TSkippedTable>& Skipped() const { return read_.skipped; }
   const TStringList& CaseTwins() const { return case_twins_; }           // see sync/CaseTwins.h
   const TStringList& NotFollowed() const { return read_.not_followed; }  // statements of a script, with the reason
+  const std::vector<TKindsNotSeen>& NotSeen() const { return read_.not_seen; }
   const TLeftOut& LeftOut() const { return read_.left_out; }             // by the selection
   const TStringList& KeysToNothing() const { return keys_to_nothing_; }  // see ForeignKeysToNothing
   const TStringList& LeftAlone() const { return read_.left_alone; }      // a line for each object that is not handled

@@ -42,6 +42,8 @@ constexpr char kBeside[] = "it refers to table %s, which is skipped";
 constexpr char kBelow[] = "table %s, which is skipped, refers to what changes of it";
 constexpr char kNoTablesCompared[] = "Tables are not compared: the reference has none, but views, triggers or routines";
 constexpr char kIsOther[] = "there is a %s of this name";
+constexpr char kTableMayBeHidden[] = "not read: the %s may have it, and its login may not see all tables";
+constexpr char kNotSeen[] = "Not read: %s of the %s, as its login may not see all of them";
 
 // Tables whose texts are taken of one side before those of the other: its server answers meanwhile.
 constexpr std::size_t kTurn = 32;
@@ -89,6 +91,10 @@ struct TSideReader {
   }
   // Whether the side may have more than it shows.
   bool MayHideMore() const { return !not_followed.empty(); }
+  // Empty, or why the side may have a table that it does not show.
+  std::string WhyTableMayBeThere() const {
+    return MayHideMore() ? not_followed.front() : hides_tables ? Format(kTableMayBeHidden, name) : "";
+  }
 
   const char* name;
   TDBConn& conn;
@@ -97,6 +103,7 @@ struct TSideReader {
   TReadSide& read;
   std::unique_ptr<TFileSchema> file;                    // of a side that is a script
   TStringList not_followed;                             // statements that may have made or changed tables unseen
+  bool hides_tables = false;                            // its login may not see all
   std::unordered_map<std::string, std::string> others;  // kinds of views and sequences, by name
   TStringList tables;                                   // to be read, in order
   std::size_t next = 0;
@@ -183,9 +190,11 @@ class TPairReader {
     pair_.servers = {reference_server_, server_, across_};
     TDatabaseObjects wanted = ListOthers(reference_);
     TDatabaseObjects there = ListOthers(target_);
-    AskWhatIsHidden(reference_, wanted, there);
-    AskWhatIsHidden(target_, there, wanted);
     LeaveTables(wanted);
+    AskWhatIsHidden(reference_, wanted);
+    AskWhatIsHidden(target_, there);
+    LookForLeftOut(reference_, wanted, there);
+    LookForLeftOut(target_, there, wanted);
     if (reference_.maker == nullptr) {
       pair_.wanted_objects = std::move(wanted);
       pair_.target_objects = std::move(there);
@@ -270,15 +279,30 @@ class TPairReader {
     if (pair_.objects_alone) pair_.left_alone.emplace_back(kNoTablesCompared);
   }
 
-  // Asked only where the other side has something more.
-  static void AskWhatIsHidden(TSideReader& side, TDatabaseObjects& here, const TDatabaseObjects& other) {
+  // What a login does not see is hidden whatever the other side has.
+  void AskWhatIsHidden(TSideReader& side, TDatabaseObjects& here) {
+    if (side.texts == nullptr) return;
+    here.not_all_seen = side.texts->KindsHidden();
+    side.hides_tables = IndexOf(here.not_all_seen, "table") != kNotInList;
+    TStringList compared = here.not_all_seen;
+    std::erase_if(compared, [this](const std::string& kind) {
+      return kind == "table" ? pair_.objects_alone : reference_.maker != nullptr;
+    });
+    if (compared.empty()) return;
+    TStringList missed = MissedKinds(selection_, compared, here.objects, TablesOf(side));
+    if (!missed.empty()) pair_.not_seen.push_back({side.name, std::move(missed)});
+  }
+
+  // What a script leaves out it says nothing of, which matters where the other side has something more.
+  static void LookForLeftOut(const TSideReader& side, TDatabaseObjects& here, const TDatabaseObjects& other) {
     std::set<std::pair<std::string, std::string>> seen;
     for (const TOtherObject& object : here.objects) seen.emplace(object.kind, LowerText(object.name));
     const bool matters = std::ranges::any_of(other.objects, [&](const TOtherObject& object) {
       return IsScriptedKind(object.kind) && !seen.contains({object.kind, LowerText(object.name)});
     });
-    if (matters && side.texts != nullptr)
-      here.not_all_seen = side.MayHideMore() ? ScriptedKinds() : side.texts->KindsNotAllSeen();
+    if (!matters || side.texts == nullptr) return;
+    const TStringList kinds = side.MayHideMore() ? ScriptedKinds() : side.texts->KindsLeftOut();
+    here.not_all_seen.insert(here.not_all_seen.end(), kinds.begin(), kinds.end());
   }
 
   // A view in the place of a table is dropped for no table that is left out of the comparison.
@@ -300,7 +324,8 @@ class TPairReader {
 
   void ListTables(TSideReader& side, const TSideReader& other) {
     TTableNames theirs;
-    if (other.MayHideMore())
+    const std::string hidden = other.WhyTableMayBeThere();
+    if (!hidden.empty())
       for (std::string& table : TablesOf(other)) theirs.insert(std::move(table));
     for (std::string& table : TablesOf(side)) {
       if (side.others.contains(table) || LeftOut(side, table)) continue;
@@ -309,8 +334,8 @@ class TPairReader {
         LeaveAlone(other, table, object->second);
         continue;
       }
-      if (other.MayHideMore() && !theirs.contains(table)) {
-        Skip(other, table, other.not_followed.front());
+      if (!hidden.empty() && !theirs.contains(table)) {
+        Skip(other, table, hidden);
         continue;
       }
       side.listed.emplace(table, TListedTable());
@@ -689,6 +714,13 @@ TChange WholeTable(TSyncAction action, const TTableText& table) {
 }
 
 }  // namespace
+
+std::string TKindsNotSeen::Text() const {
+  TStringList titles;
+  for (const std::string& kind : kinds)
+    titles.push_back(kind == "table" ? "tables" : LowerText(std::string(KindsTitle(kind))));
+  return Format(kNotSeen, JoinList(titles, ", "), side);
+}
 
 void ReadPair(TDBConn& reference, TDBConn& target, const TReadWishes& wishes, TProgress& progress,
               std::string& table_under_way, TTextMaker* maker, TReadPair& pair) {

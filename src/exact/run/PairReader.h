@@ -30,6 +30,13 @@ struct TSkippedTable {
   bool unread = false;  // nothing of it is known
 };
 
+// Of a server: kinds of which its login may not see all there is, so that nobody knows what else there is.
+struct TKindsNotSeen {
+  std::string side;          // one of these
+  TStringList kinds;         // "table", "view", "event", ...
+  std::string Text() const;  // "Not read: triggers, events of the target, as its login may not see all of them"
+};
+
 struct TReadSide {
   // Tables to compare. One whose text is the same on both sides is in neither schema, unless it refers to one that may
   // change: then its foreign keys may stand in the way.
@@ -42,12 +49,13 @@ struct TReadPair {
   TReadSide target;
   std::vector<TSkippedTable> skipped;  // in neither schema
   TStringList not_followed;            // statements of a script that may have made or changed tables unseen
-  TStringList left_alone;              // a line for each object that is not handled
-  TServerPair servers;                 // of sides that are servers; they differ only where both are
-  bool reference_left_out = false;     // the selection leaves out tables that the reference has
-  bool objects_alone = false;  // a script has no tables, but objects: then those of the target are no difference
-  TLeftOut left_out;           // by the selection; of differences none yet
-  bool put_aside = false;      // an object is not among those below, as it stands where there is a table
+  std::vector<TKindsNotSeen> not_seen;
+  TStringList left_alone;           // a line for each object that is not handled
+  TServerPair servers;              // of sides that are servers; they differ only where both are
+  bool reference_left_out = false;  // the selection leaves out tables that the reference has
+  bool objects_alone = false;       // a script has no tables, but objects: then those of the target are no difference
+  TLeftOut left_out;                // by the selection; of differences none yet
+  bool put_aside = false;           // an object is not among those below, as it stands where there is a table
   // Of what stands beside tables: none where a reference's texts are made, which says nothing of them.
   TDatabaseObjects wanted_objects;
   TDatabaseObjects target_objects;

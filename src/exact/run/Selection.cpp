@@ -177,6 +177,37 @@ bool TSelection::TakesObject(std::string_view kind, std::string_view name, std::
   return Takes(*this, [&what](const TPattern& pattern) { return NamesObject(pattern, what); });
 }
 
+bool TSelection::MayReadMore(std::string_view kind, const TStringList& seen) const {
+  // Of a table with all that is in it and its triggers, or of the kind itself.
+  const auto of_kind = [kind](const TPattern& pattern) {
+    if (kind == "table") return ReachOf(pattern) != EReach::Object;
+    return pattern.kind == kind || (kind == "trigger" && pattern.kind.empty() && pattern.element.empty());
+  };
+  const auto more = [&](const TPattern& pattern) {
+    const bool other_name = kind == "trigger" && pattern.kind.empty();  // it names the table
+    const bool any_name = pattern.name.find_first_of("*?") != std::string::npos;
+    return of_kind(pattern) && (other_name || any_name || IndexOf(seen, pattern.name) == kNotInList);
+  };
+  const auto all = [&](const TPattern& pattern) {
+    const bool whole = kind == "table" ? OfWholeTable(pattern) : of_kind(pattern);
+    return whole && pattern.name.find_first_not_of('*') == std::string::npos;
+  };
+  return (only.empty() || std::ranges::any_of(only, more)) && std::ranges::none_of(except, all);
+}
+
+TStringList MissedKinds(const TSelection& selection, const TStringList& hidden,
+                        const std::vector<TOtherObject>& objects, const TStringList& tables) {
+  TStringList missed;
+  for (const std::string& kind : hidden) {
+    TStringList seen;
+    if (kind == "table") seen = tables;
+    for (const TOtherObject& object : objects)
+      if (object.kind == kind) seen.push_back(object.name);
+    if (selection.MayReadMore(kind, seen)) missed.push_back(kind);
+  }
+  return missed;
+}
+
 std::string TLeftOut::Text() const {
   TStringList parts;
   if (!tables.empty()) parts.push_back(Counted(tables.size(), "table"));

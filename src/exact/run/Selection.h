@@ -50,7 +50,13 @@ struct TSelection {
   bool TakesChange(const TChange& change) const;
   // `table` is that of a trigger.
   bool TakesObject(std::string_view kind, std::string_view name, std::string_view table) const;
+  // Whether it may take a table or object of the kind, a word of PatternKinds, with a name that is none of `seen`.
+  bool MayReadMore(std::string_view kind, const TStringList& seen) const;
 };
+
+// The kinds, of `hidden`, of which the selection may take more than what is seen: these objects and tables.
+TStringList MissedKinds(const TSelection& selection, const TStringList& hidden,
+                        const std::vector<TOtherObject>& objects, const TStringList& tables);
 
 // What a selection has left out.
 struct TLeftOut {
