@@ -89,12 +89,15 @@ bool TGrants::Everywhere(std::initializer_list<std::string_view> privileges) con
 }
 
 bool TGrants::On(std::string_view database, std::initializer_list<std::string_view> privileges) const {
-  const auto of_database = [&](const TRow& row) {
-    return row.database != "*" && row.table == "*" && Matches(row.database, database) && Names(row, privileges);
+  const auto of_database = [&](std::string_view privilege, bool revokes) {
+    return std::ranges::any_of(rows_, [&](const TRow& row) {
+      return row.revokes == revokes && row.database != "*" && row.table == "*" && Names(row, {privilege}) &&
+             Matches(row.database, database);
+    });
   };
-  const bool given = std::ranges::any_of(rows_, [&](const TRow& row) { return !row.revokes && of_database(row); });
-  const bool taken = std::ranges::any_of(rows_, [&](const TRow& row) { return row.revokes && of_database(row); });
-  return given || (!taken && Everywhere(privileges));
+  return std::ranges::any_of(privileges, [&](std::string_view privilege) {
+    return of_database(privilege, false) || (Everywhere({privilege}) && !of_database(privilege, true));
+  });
 }
 
 bool TGrants::OnTable(std::string_view database, std::string_view table,
