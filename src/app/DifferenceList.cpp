@@ -240,7 +240,7 @@ std::string TDifferenceList::Footing() const {
   const auto ticked = count(EDecision::Ticked);
   const auto there = static_cast<std::size_t>(ticked + count(EDecision::Unticked));
   if (there == 0) return {};
-  const std::string text = Format("%d of %s ticked", ticked, Counted(there, "action"));
+  std::string text = Format("%d of %s ticked", ticked, Counted(there, "action"));
   std::size_t shown = 0;
   std::ptrdiff_t shown_ticked = 0;
   for (const TDifferenceGroup& group : groups_) {

@@ -48,6 +48,7 @@ void LookAtTables(const TExactSync& sync, const TStringList& tables, TDBConn& ta
 
 std::vector<TOtherObject> ObjectsNow(const std::vector<const TObjectChange*>& touched, TCreationTexts& texts) {
   std::vector<TOtherObject> now;
+  now.reserve(touched.size());
   for (const TObjectChange* change : touched)
     now.push_back({change->kind, change->old_text ? change->old_object.name : change->name});
   texts.ReadObjectTexts(now);

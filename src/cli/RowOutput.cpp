@@ -97,7 +97,7 @@ std::string JsonValue(const TField& field) {
   const std::string* text = std::get_if<std::string>(&field.value);
   if (text != nullptr && IsBytes(field.def.kind)) return JsonText({{"base64", Base64(*text)}});
   if (text != nullptr && IsNumber(field.def.kind)) {
-    const std::string number = WithoutFilling(*text);
+    std::string number = WithoutFilling(*text);
     if (TJson::accept(number)) return number;
   }
   if (const bool* truth = std::get_if<bool>(&field.value)) return JsonText(*truth);

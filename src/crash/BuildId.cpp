@@ -46,6 +46,7 @@ std::string IdAmong(std::string_view notes) {
 int ReadProgram(dl_phdr_info* info, std::size_t, void* id) {
   for (ElfW(Half) i = 0; i < info->dlpi_phnum; ++i) {
     const ElfW(Phdr)& segment = info->dlpi_phdr[i];
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the loader tells addresses as numbers
     const void* begin = reinterpret_cast<const void*>(info->dlpi_addr + segment.p_vaddr);
     auto& found = *static_cast<std::string*>(id);
     if (segment.p_type == PT_NOTE && found.empty()) found = IdAmong({static_cast<const char*>(begin), segment.p_memsz});

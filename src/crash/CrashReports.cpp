@@ -70,7 +70,8 @@ void MarkAsShown(const TCrashReport& report) {
 
 void RemoveOldReports(const std::string& folder) {
   TStringList files = ReportFiles(folder, "*.txt");
-  std::ranges::stable_partition(files, [](const std::string& file) { return !file.ends_with(kShownEnding); });
+  std::stable_partition(files.begin(), files.end(),
+                        [](const std::string& file) { return !file.ends_with(kShownEnding); });
   for (std::size_t i = kMostCrashReports; i < files.size(); ++i) std::remove(files[i].c_str());
 }
 

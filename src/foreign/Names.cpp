@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "foreign/Names.h"
 
-#include <locale.h>
-#include <wctype.h>
-
 #include <array>
+#include <clocale>
 #include <cstdint>
+#include <cwctype>
 
 #include "util/Format.h"
 #include "util/Text.h"

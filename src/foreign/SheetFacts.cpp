@@ -15,10 +15,16 @@ namespace velmora {
 
 namespace {
 
+bool IsLongText(const TOLEDBColumnRow& row) {
+  if ((row.COLUMN_FLAGS & kColumnIsMixedLong) != 0) return true;
+  const bool others = row.DATA_TYPE == kDbTypeR8 || row.DATA_TYPE == kDbTypeDate;
+  return !others && (row.COLUMN_FLAGS & kColumnIsMixed) == 0 && (row.COLUMN_FLAGS & kColumnIsLong) != 0;
+}
+
 TForeignColumn ColumnOf(const TOLEDBColumnRow& row) {
   constexpr std::uint32_t kShort = 255;
   TForeignColumn column{.name = row.COLUMN_NAME, .native = "text", .family = EFamily::VarChar};
-  if ((row.COLUMN_FLAGS & kColumnIsMixedLong) != 0) {
+  if (IsLongText(row)) {
     column.native = "long text";
     column.family = EFamily::LongText;
   } else if ((row.COLUMN_FLAGS & kColumnIsMixed) != 0) {
@@ -29,9 +35,6 @@ TForeignColumn ColumnOf(const TOLEDBColumnRow& row) {
   } else if (row.DATA_TYPE == kDbTypeDate) {
     column.native = "date and time";
     column.family = EFamily::DateTime;
-  } else if ((row.COLUMN_FLAGS & kColumnIsLong) != 0) {
-    column.native = "long text";
-    column.family = EFamily::LongText;
   } else {
     column.length = row.CHARACTER_MAXIMUM_LENGTH;
   }

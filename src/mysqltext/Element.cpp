@@ -21,6 +21,8 @@ struct TElementText::TReading {
 
 // One place in memory as long as there are copies, for tokens point into the text.
 struct TElementText::TOwn {
+  explicit TOwn(std::string of) : text(std::move(of)) {}
+
   std::string text;
   mutable std::unique_ptr<TReading> reading{};
 };

@@ -144,6 +144,7 @@ TRowsOfValues ReadRows(const TOdbcStatement& statement, const std::vector<TOdbcC
 std::vector<TOdbcColumn> OdbcColumnsOf(const TOdbcStatement& statement) {
   std::vector<TOdbcColumn> columns;
   const int count = statement.ColumnCount();
+  columns.reserve(static_cast<std::size_t>(count));
   for (int i = 0; i < count; ++i) columns.push_back(ColumnAt(statement, i));
   return columns;
 }

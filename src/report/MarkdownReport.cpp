@@ -96,8 +96,7 @@ std::string ListOf(const std::string& title, const TStringList& lines) {
 
 std::string ScriptOf(const TReport& report, std::size_t most) {
   if (report.script.empty()) return {};
-  const std::string text =
-      Format("\n<details><summary>Script</summary>\n\n%s\n</details>\n", Block(report.script, "sql"));
+  std::string text = Format("\n<details><summary>Script</summary>\n\n%s\n</details>\n", Block(report.script, "sql"));
   if (text.size() <= most) return text;
   return Format("\n" + std::string(kScriptLeft), std::ranges::count(report.script, '\n'));
 }

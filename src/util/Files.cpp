@@ -36,7 +36,7 @@ constexpr unsigned kUsualMode = 0666;
 constexpr char kTemporary[] = ".~%08x";
 constexpr std::string_view kTemporaryStart = ".~";
 constexpr std::size_t kTemporaryDigits = 8;
-constexpr time_t kLeftoverAge = 24 * 60 * 60;  // seconds; nobody takes that long to write a file
+constexpr time_t kLeftoverAge = time_t{24} * 60 * 60;  // seconds; nobody takes that long to write a file
 constexpr char kPlantedLink[] =
     "Cannot write %s: it is a link in a folder that others may write; name the file itself, or another folder";
 constexpr char kStrangersPipe[] = "Cannot write %s: it is a pipe of another user";

@@ -97,7 +97,7 @@ const TStringList& TFolderNames::Like(const std::string& folder, std::string_vie
 std::string FindFileNoCase(std::string_view folder, std::string_view stem, std::string_view extension,
                            TFolderNames* known) {
   const std::string name = std::string(stem) + std::string(extension);
-  const std::string expected = JoinPath(folder, name);
+  std::string expected = JoinPath(folder, name);
   std::error_code error;
   for (const std::string& path : {expected, JoinPath(folder, std::string(stem) + UpperText(extension))})
     if (fs::exists(path, error)) return path;

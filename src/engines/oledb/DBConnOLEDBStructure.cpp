@@ -70,7 +70,8 @@ TNeutralType NeutralTypeOf(const std::string& table, const TOLEDBColumnRow& row,
 }  // namespace
 
 void TDBConnOLEDB::FetchTableStructure(const std::string& table) {
-  const std::string name = table;  // the argument may be a text of the store
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the argument may be a text of the store
+  const std::string name = table;
   const std::vector<TOLEDBColumnRow> columns = data_source_.Session().GetColumns(name);
   meta().InvalidateTable(name);
   meta().GotoTable(name);

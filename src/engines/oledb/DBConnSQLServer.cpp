@@ -111,7 +111,8 @@ std::unique_ptr<TDBConn> TDBConnSQLServer::Clone() {
 // --- Structure to texts and back
 
 void TDBConnSQLServer::FetchTableStructure(const std::string& table) {
-  const std::string name = table;  // the argument may be a text of the store
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the argument may be a text of the store
+  const std::string name = table;
   meta().InvalidateTable(name);
   meta().GotoTable(name);
   std::string escaped;

@@ -185,7 +185,8 @@ std::unique_ptr<TDBConn> TDBConnOracle::Clone() {
 // --- Structure to texts and back
 
 void TDBConnOracle::FetchTableStructure(const std::string& table) {
-  const std::string name = table;  // the argument may be a text of the store
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the argument may be a text of the store
+  const std::string name = table;
   meta().InvalidateTable(name);
   meta().GotoTable(name);
   FetchColumns(name);

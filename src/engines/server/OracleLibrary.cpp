@@ -2,9 +2,9 @@
 #include "engines/server/OracleLibrary.h"
 
 #include <dlfcn.h>
-#include <stdlib.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <map>
 #include <mutex>
 #include <vector>

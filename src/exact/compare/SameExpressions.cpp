@@ -106,8 +106,8 @@ void AdoptExpressions(TElement& element, const TElement& there, const std::strin
   }
   if (taken.empty()) return;
   std::string text = element.text.Str();
-  for (auto place = taken.rbegin(); place != taken.rend(); ++place)
-    text.replace(place->first, place->second.first, place->second.second);
+  std::for_each(taken.rbegin(), taken.rend(),
+                [&text](const auto& place) { text.replace(place.first, place.second.first, place.second.second); });
   element.text = std::move(text);
 }
 

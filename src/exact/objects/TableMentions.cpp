@@ -87,9 +87,8 @@ class TReader {
     if (token.Is("update") && !IsAnyOf(before, {"key", "for", "on"})) {
       level.reads = true;
       List(true);
-    } else if (IsAnyOf(token, {"insert", "replace"}) && !TokenAt(tokens_, at_ + 1).Is("(")) {
-      expected_ = EExpected::Written;
-    } else if (IsAnyOf(token, {"table", "tables"})) {
+    } else if (IsAnyOf(token, {"table", "tables"}) ||
+               (IsAnyOf(token, {"insert", "replace"}) && !TokenAt(tokens_, at_ + 1).Is("("))) {
       expected_ = EExpected::Written;
     } else if (IsAnyOf(token, {"where", "group", "having", "window", "order", "limit", "set", "values", "union",
                                "except", "intersect", "into", "duplicate"})) {

@@ -210,7 +210,7 @@ bool TScriptJudge::Next(std::initializer_list<std::string_view> words) {
 
 std::string TScriptJudge::TakeTable() {
   if (!IsName(TokenAt(tokens_, at_))) return {};
-  const std::string name = NameOf(tokens_[at_++]);
+  std::string name = NameOf(tokens_[at_++]);
   if (!TokenAt(tokens_, at_).Is(".")) return name;
   at_ += 2;
   return {};
@@ -228,7 +228,7 @@ TScriptJudge::TReasons TScriptJudge::AlterTable() {
   const std::string name = TakeChanging();
   const TTableText* table = name.empty() ? nullptr : tables_.Find(name);
   if (!Next({"nowait"}) && Next({"wait"})) ++at_;
-  const TReasons reasons = AlterRisks(text_, tokens_, std::min(at_, tokens_.size() - 1), table);
+  TReasons reasons = AlterRisks(text_, tokens_, std::min(at_, tokens_.size() - 1), table);
   if (name.empty())
     tables_.ForgetAll();  // it may be one of them by its whole name
   else if (plain && !there)

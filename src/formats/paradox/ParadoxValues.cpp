@@ -34,6 +34,7 @@ constexpr T kSignBit = static_cast<T>(T{1} << (8 * sizeof(T) - 1));
 template <class T>
 bool DecodeInteger(const char* bytes, std::int64_t& number) {
   const T raw = BigAt<T>(bytes);
+  // NOLINTNEXTLINE(bugprone-signed-char-misuse): a number of one byte, which has a sign
   number = static_cast<std::make_signed_t<T>>(static_cast<T>(raw ^ kSignBit<T>));
   return raw != 0;
 }

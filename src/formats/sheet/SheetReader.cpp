@@ -32,6 +32,7 @@ TSheetReader::TSheetReader(std::string path, std::vector<TSheet> sheets, TSheetN
     : path_(std::move(path)) {
   std::erase_if(sheets, [](const TSheet& sheet) { return sheet.cells.empty(); });
   std::vector<std::string> words;
+  words.reserve(sheets.size());
   for (const TSheet& sheet : sheets) words.push_back(SheetWord(sheet.name));
   MakeDistinct(words);
   for (std::size_t i = 0; i < sheets.size(); ++i) {

@@ -23,7 +23,7 @@ constexpr quintptr kTop = 0;
 constexpr std::uint32_t kSpread = 0x9E3779B1, kBack = 0x0E8B2F51;
 static_assert(static_cast<std::uint32_t>(kSpread * kBack) == 1);
 
-quintptr IdInGroup(int group) { return (static_cast<std::uint32_t>(group) + 1) * kSpread; }
+quintptr IdInGroup(int group) { return std::uint32_t{(static_cast<std::uint32_t>(group) + 1) * kSpread}; }
 int GroupOfId(quintptr id) { return static_cast<int>(static_cast<std::uint32_t>(id) * kBack - 1); }
 constexpr qsizetype kHintLetters = 1200;
 

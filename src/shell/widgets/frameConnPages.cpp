@@ -171,7 +171,7 @@ void TfrConn::MakeMoreOfMySQL(QWidget& fold) {
   column->addWidget(open);
 
   TPageMaker more(&fold, "panMoreMySQL");
-  const auto browse = [this](QLineEdit& field) { BrowsePemFile(field); };
+  const auto browse = [](QLineEdit& field) { BrowsePemFile(field); };
   auto* tls = more.Row(TText::tr("&TLS"), Named(new QComboBox, "cTlsMySQL"));
   for (const char* mode : kTlsModes) tls->addItem(ToQt(mode));
   QLineEdit* authorities = more.Browsed("edTlsCaMySQL", "bnTlsCaMySQL", TText::tr("CA certi&ficates"), browse);

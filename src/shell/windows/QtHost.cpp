@@ -74,7 +74,7 @@ bool Choose(QFileDialog& dialog, const std::string& filter, std::string& path) {
 
 // An address has a scheme of more than one letter; anything else is a path.
 QUrl UrlOf(const std::string& target, const std::string& folder) {
-  const QUrl url(ToQt(target));
+  QUrl url(ToQt(target));
   if (url.scheme().size() > 1) return url;
   const QDir base(folder.empty() ? QDir::currentPath() : ToQt(folder));
   return QUrl::fromLocalFile(base.absoluteFilePath(ToQt(target)));
