@@ -143,6 +143,11 @@ std::string PrintedText(std::string value) {
   return value;
 }
 
+bool MayBeOneText(const std::string& a, const std::string& b) {
+  return a == b || (a.find('?') != std::string::npos && a == PrintedText(b)) ||
+         (b.find('?') != std::string::npos && b == PrintedText(a));
+}
+
 TCharset NamedCharset(std::string_view charset, std::string_view collation) {
   TCharset result{std::string(charset), std::string(collation)};
   if (result.charset.empty()) result.charset = result.collation.substr(0, result.collation.find('_'));

@@ -36,6 +36,8 @@ std::optional<std::string> LettersOf(std::string_view bytes, std::string_view ch
 
 // A value of a default, a member or a comment as servers print it: "?" for each letter of four bytes.
 std::string PrintedText(std::string value);
+// Whether the two are one value, of which one may have been printed so.
+bool MayBeOneText(const std::string& a, const std::string& b);
 
 // What a text that names these means; both may be empty. A collation brings its set along, a set its own collation.
 TCharset NamedCharset(std::string_view charset, std::string_view collation);

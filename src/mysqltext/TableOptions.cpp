@@ -143,7 +143,7 @@ std::optional<std::string_view> OptionResetValue(const TTableOption& option) {
 std::string OptionValue(const TTableOption& option) {
   const std::string_view value = option.value;
   if (value.starts_with('`')) return NameOf({EToken::Name, value, 0});
-  if (value.starts_with('\'') || value.starts_with('"')) return PrintedText(ValueOf({EToken::String, value, 0}));
+  if (value.starts_with('\'') || value.starts_with('"')) return ValueOf({EToken::String, value, 0});
   if (!value.starts_with('(')) return LowerText(value);
   std::string result;
   for (const TToken& token : Tokens(value))

@@ -103,9 +103,9 @@ void CompleteArguments(const TColumnParts& parts, TCanonicalTokens& arguments) {
 }
 
 // Of columns with letters. Expressions are printed whole.
-void PrintLetters(TCanonicalTokens& values) {
+void MarkAsPrinted(TCanonicalTokens& values) {
   for (TCanonicalToken& value : values)
-    if (value.kind == EToken::String) value.text = PrintedText(std::move(value.text));
+    if (value.kind == EToken::String) value.printed = true;
 }
 
 // A default in hexadecimal or as bits as the text that it is: servers print bytes and letters in one way or another.
@@ -140,7 +140,7 @@ void AddFlags(const TColumnParts& parts, TCanonicalForm& form) {
 }
 
 void AddComment(const TToken& token, TCanonicalForm& form) {
-  TCanonicalToken comment = {EToken::String, PrintedText(ValueOf(token))};
+  TCanonicalToken comment = {EToken::String, ValueOf(token), true};
   if (!comment.text.empty()) form[ESlot::Comment] = {std::move(comment)};
 }
 
@@ -169,8 +169,8 @@ void AddColumn(const TElementText& text, TCanonicalForm& form) {
   const bool named = form.own != TCharset();
   form.effective = named ? NamedCharset(parts.charset, parts.collation) : form.table;
   SpellOut(form.effective, form[ESlot::Default]);
-  PrintLetters(form[ESlot::Arguments]);
-  if (form[ESlot::Default].size() == 1) PrintLetters(form[ESlot::Default]);
+  MarkAsPrinted(form[ESlot::Arguments]);
+  if (form[ESlot::Default].size() == 1) MarkAsPrinted(form[ESlot::Default]);
 }
 
 // --- Keys
@@ -340,7 +340,7 @@ TCanonicalTokens CanonicalPartitioning(const TTableText& table) {
     if (maximum) ++at;
     const bool comment = !result.empty() && result.back().text == "comment";
     result.push_back(Canonical(tokens[at]));
-    if (comment) result.back().text = PrintedText(std::move(result.back().text));
+    if (comment) result.back().printed = true;
     if (maximum) ++at;
   }
   return result;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "exact/compare/Equivalences.h"
+#include "mysqltext/Charsets.h"
 #include "mysqltext/Lexer.h"
 #include "mysqltext/TableText.h"
 
@@ -19,7 +20,11 @@ namespace velmora {
 struct TCanonicalToken {
   EToken kind = EToken::Word;
   std::string text;
-  bool operator==(const TCanonicalToken&) const = default;
+  bool printed = false;  // a text in which servers print "?" for letters of four bytes
+  bool operator==(const TCanonicalToken& other) const {
+    const bool texts = printed && other.printed && MayBeOneText(text, other.text);
+    return kind == other.kind && (text == other.text || texts);
+  }
 };
 using TCanonicalTokens = std::vector<TCanonicalToken>;
 

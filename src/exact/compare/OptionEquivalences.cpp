@@ -51,7 +51,7 @@ bool HasSame(const TTableText& table, const TTableText& other, const TTableOptio
   const TTableOption* found = other.FindOption(option.name);
   if (option.name == "ENGINE" && found == nullptr) return true;
   if (found == nullptr || IsReset(other, table, *found)) return IsReset(table, other, option);
-  return CountedValue(table, option) == CountedValue(other, *found);
+  return MayBeOneText(CountedValue(table, option), CountedValue(other, *found));
 }
 
 bool HasAll(const TTableText& table, const TTableText& other, const TEquivalenceUse& use) {
