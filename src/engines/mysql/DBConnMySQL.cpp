@@ -15,6 +15,7 @@
 #include "mysqlclient/MyWire.h"
 #include "mysqlclient/mysqlUtil.h"
 #include "mysqltext/Lexer.h"
+#include "mysqltext/ServerVersion.h"
 #include "mysqltext/ViewOrdinals.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -56,6 +57,16 @@ constexpr char kNamesBesidesTables[] =
     "select routine_name, routine_type, 0 from information_schema.routines where routine_schema = database() union all "
     "select event_name, 'event', 0 from information_schema.events where event_schema = database()";
 
+constexpr char kLibraries[] =
+    " union all select library_name, 'library', 0 from information_schema.libraries where library_schema = database()";
+constexpr int kFirstWithLibraries = 90200;
+
+// MySQL 9.7 Reference Manual, "CREATE LIBRARY Statement".
+bool HasLibraries(const std::string& version) {
+  const TServerVersion server = ReadServerVersion(version);
+  return !server.mariadb && server.version >= kFirstWithLibraries;
+}
+
 // The word for what a server lists with this type; none for tables.
 std::string KindBesidesTables(const std::string& type) {
   if (type.ends_with("TABLE") || type == "SYSTEM VERSIONED") return {};
@@ -70,13 +81,14 @@ struct TShownObject {
   std::size_t zone;
   std::size_t collation;
 };
-constexpr std::array<TShownObject, 8> kShownObjects = {{{"view", 1, 0, 0, 3},
+constexpr std::array<TShownObject, 9> kShownObjects = {{{"view", 1, 0, 0, 3},
                                                         {"sequence", 1, 0, 0, 0},
                                                         {"trigger", 2, 1, 0, 4},
                                                         {"procedure", 2, 1, 0, 4},
                                                         {"function", 2, 1, 0, 4},
                                                         {"package", 2, 1, 0, 4},
                                                         {"package body", 2, 1, 0, 4},
+                                                        {"library", 2, 1, 0, 0},
                                                         {"event", 3, 1, 2, 5}}};
 
 std::string ShowObjectStatement(const TOtherObject& object) {
@@ -500,7 +512,8 @@ std::vector<TOtherObject> TDBConnMySQL::OtherObjects() {
   std::vector<TOtherObject> objects;
   std::ranges::copy_if(exact_texts_ ? listed_ : ListKinds(), std::back_inserter(objects),
                        [](const TOtherObject& listed) { return !listed.kind.empty(); });
-  const std::unique_ptr<TDataset> rows = OpenQuery(kNamesBesidesTables);
+  const std::unique_ptr<TDataset> rows =
+      OpenQuery(std::string(kNamesBesidesTables) + (HasLibraries(ServerVersion()) ? kLibraries : ""));
   for (; !rows->Eof(); rows->Next())
     objects.push_back({LowerText(VarToText(rows->Value(1))),
                        VarToText(rows->Value(0)),

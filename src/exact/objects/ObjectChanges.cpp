@@ -43,10 +43,12 @@ const TKindRow* FindKind(std::string_view kind) {
   return row == kKinds.end() ? nullptr : row;
 }
 
-// Whether the side may have such an object that it does not show. Who sees procedures sees packages, and who sees
-// tables sees sequences.
+// Whether the side may have such an object that it does not show. Who sees procedures sees packages and libraries, and
+// who sees tables sees sequences.
 bool MayHide(const TDatabaseObjects& side, const std::string& kind) {
-  const std::string seen_as = kind.starts_with("package") ? "procedure" : kind == "sequence" ? "table" : kind;
+  const std::string seen_as = kind.starts_with("package") || kind == "library" ? "procedure"
+                              : kind == "sequence"                             ? "table"
+                                                                               : kind;
   return std::ranges::find(side.not_all_seen, seen_as) != side.not_all_seen.end();
 }
 
@@ -204,6 +206,7 @@ class TComparison {
   }
 
   bool SayTheSame(const TOtherObject& object, const TOtherObject& other) const {
+    if (object.kind == "library") return object.text == other.text;  // of JavaScript
     try {
       return PlainMeaning(object.text, reference_.database) == PlainMeaning(other.text, target_.database);
     } catch (const EVelmora&) {  // no text that can be taken apart

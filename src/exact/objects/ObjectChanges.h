@@ -2,7 +2,7 @@
 #pragma once
 
 // What has to be changed in a target so that its views, triggers, procedures, functions and events are the reference's.
-// Sequences and packages are compared and left alone.
+// Sequences, packages and libraries are compared and left alone.
 
 #include <functional>
 #include <memory>

@@ -369,7 +369,19 @@ class TReader {
     while (ReadCharacteristic()) {
     }
     read_.header = Written(header_, at_);
+    ReadLibraries();
     ReadBody();
+  }
+
+  // Of a routine in JavaScript: using (`db`.`library` as `name`). Those of its own database come from that of the
+  // target.
+  void ReadLibraries() {
+    if (!Token().Is("using") || !TokenAt(tokens_, at_ + 1).Is("(")) return;
+    const std::size_t first = at_;
+    at_ = std::min(AfterGroup(tokens_, at_ + 1), end_);
+    const std::string libraries = WithoutDatabase(text_, tokens_, {first, at_}, database_);
+    Say("libraries", LowerText(StrReplace(libraries, "`", "")));
+    read_.header += " " + libraries;
   }
 
   // As a column's type is read, which has a name before it.

@@ -673,6 +673,20 @@ TEST_F(ExactLiveTest, OtherObjectsThatAreTheSameAndThoseThatNobodyMayRead) {
   target_.Run("drop user blind");
 }
 
+TEST_F(ExactLiveTest, LibrariesAreComparedAndLeftAlone) {
+  if (!testing::OnMySQL()) GTEST_SKIP() << "a server without libraries";
+  for (TLiveDatabase* database : {&reference_, &target_})
+    RunAll(*database, {"create library l language javascript as $$ export function f() { return 1 } $$",
+                       "create function f() returns int language javascript using (l) as $$ return l.f() $$"});
+  Open();
+  app_.Compare();
+  EXPECT_TRUE(app_.Dialect().Identical()) << JoinList(app_.Dialect().ActionLog(), "\n");
+  RunAll(target_, {"drop function f", "drop library l", "create library l language javascript as $$ let a = 2 $$"});
+  app_.Compare();
+  EXPECT_THAT(app_.Dialect().ActionLog(),
+              AllOf(Contains("Not the same: library l: differs"), Contains("New function f")));
+}
+
 // Each case is a table of its own; the answer is of the whole script.
 TEST_F(ExactLiveTest, RowsInTheWayAreCountedBeforeTheRun) {
   for (TLiveDatabase* database : {&reference_, &target_}) database->Run("create table p (id int primary key, c0 int)");
