@@ -59,12 +59,13 @@ constexpr char kNamesBesidesTables[] =
 
 constexpr char kLibraries[] =
     " union all select library_name, 'library', 0 from information_schema.libraries where library_schema = database()";
-constexpr int kFirstWithLibraries = 90200;
 
 // MySQL 9.7 Reference Manual, "CREATE LIBRARY Statement".
-bool HasLibraries(const std::string& version) {
+std::string NamesBesidesTables(const std::string& version) {
+  constexpr int kFirstWithLibraries = 90200;
   const TServerVersion server = ReadServerVersion(version);
-  return !server.mariadb && server.version >= kFirstWithLibraries;
+  const bool libraries = !server.mariadb && server.version >= kFirstWithLibraries;
+  return std::string(kNamesBesidesTables) + (libraries ? kLibraries : "");
 }
 
 // The word for what a server lists with this type; none for tables.
@@ -244,7 +245,7 @@ void TDBConnMySQL::UseDatabase(const std::string& database) {
   listed_.clear();
   meta().Clear();
   const std::string use = "use `" + StrReplace(database, "`", "``") + "`";
-  connection_->ExpectStatements({use, kNamesWithKinds, kNamesBesidesTables}, true);
+  connection_->ExpectStatements({use, kNamesWithKinds, NamesBesidesTables(ServerVersion())}, true);
   ExecSQL(use);
 }
 
@@ -497,7 +498,7 @@ void TDBConnMySQL::PrepareExactTexts(bool exact) {
 
 void TDBConnMySQL::SetUpExactSession() {
   // The lists are what takes its time: two servers may make theirs side by side.
-  SetUpExact(*connection_, {kNamesWithKinds, kNamesBesidesTables});
+  SetUpExact(*connection_, {kNamesWithKinds, NamesBesidesTables(ServerVersion())});
 }
 
 std::unique_ptr<TMyConnection> TDBConnMySQL::ExactConnection() const {
@@ -510,10 +511,9 @@ std::unique_ptr<TMyConnection> TDBConnMySQL::ExactConnection() const {
 
 std::vector<TOtherObject> TDBConnMySQL::OtherObjects() {
   std::vector<TOtherObject> objects;
-  std::ranges::copy_if(exact_texts_ ? listed_ : ListKinds(), std::back_inserter(objects),
+  std::ranges::copy_if(exact_texts_ && !listed_.empty() ? listed_ : ListKinds(), std::back_inserter(objects),
                        [](const TOtherObject& listed) { return !listed.kind.empty(); });
-  const std::unique_ptr<TDataset> rows =
-      OpenQuery(std::string(kNamesBesidesTables) + (HasLibraries(ServerVersion()) ? kLibraries : ""));
+  const std::unique_ptr<TDataset> rows = OpenQuery(NamesBesidesTables(ServerVersion()));
   for (; !rows->Eof(); rows->Next())
     objects.push_back({LowerText(VarToText(rows->Value(1))),
                        VarToText(rows->Value(0)),
