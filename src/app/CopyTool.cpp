@@ -40,6 +40,8 @@ constexpr char kMissing[] = "%s is not in it";
 constexpr char kNoProgram[] = "there is no program %s";
 constexpr char kNotStarted[] = "%s cannot be started: %s";
 constexpr char kFailed[] = "%s ended with %s; its last lines:\n%s";
+constexpr char kSaidNothing[] = "%s ended with %s, and said nothing";
+constexpr char kHiddenWord[] = "(hidden)";
 constexpr char kNames[] =
     "table %s is changed by the server itself: the statement is of constraints or partitions, too";
 constexpr char kNoConnection[] = "A tool for large tables needs a target on a server";
@@ -163,14 +165,17 @@ bool NamesConstraint(const std::vector<TToken>& tokens) {
   return false;
 }
 
-std::string OptionLine(const char* option, const std::string& value) {
-  if (value.empty()) return {};
+std::string OptionValueText(const std::string& value) {
   std::string quoted;
   for (const char c : value) {
     if (c == '"' || c == '\\' || c == '\n' || c == '\r') quoted += '\\';
     quoted += c == '\n' ? 'n' : c == '\r' ? 'r' : c;
   }
-  return Format("%s=\"%s\"\n", option, quoted);
+  return quoted;
+}
+
+std::string OptionLine(const char* option, const std::string& value) {
+  return value.empty() ? std::string() : Format("%s=\"%s\"\n", option, OptionValueText(value));
 }
 
 // A demand in the words of both makers: client libraries skip what they do not know, and command-line clients refuse
@@ -184,14 +189,18 @@ std::string TlsLines(const TMyOptions& options) {
   return text + OptionLine("ssl-verify-server-cert", "1");
 }
 
+std::string PasswordOf(const TMyConnection& connection) {
+  const bool late = connection.Password.empty() && connection.LatePassword != nullptr;
+  return late ? connection.LatePassword->Known() : connection.Password;
+}
+
 std::string LoginText(const TMyConnection& connection) {
   const std::string at = connection.ReachedAt();
   const std::size_t colon = at.rfind(':');
   const bool socket = at.starts_with('/');
-  const bool late = connection.Password.empty() && connection.LatePassword != nullptr;
   std::string text = "[client]\n";
   text += OptionLine("user", connection.Username);
-  text += OptionLine("password", late ? connection.LatePassword->Known() : connection.Password);
+  text += OptionLine("password", PasswordOf(connection));
   text += OptionLine("socket", socket ? at : std::string());
   text += OptionLine("host", socket ? std::string() : at.substr(0, colon));
   text += OptionLine("port", socket || colon == std::string::npos ? std::string() : at.substr(colon + 1));
@@ -203,7 +212,7 @@ class TLoginFile {
  public:
   explicit TLoginFile(const TMyConnection& connection) {
     const char* folder = std::getenv("TMPDIR");
-    path_ = JoinPath(folder == nullptr || *folder == 0 ? "/tmp" : folder, "velmora-login-XXXXXX");
+    path_ = JoinPath(folder == nullptr || *folder == 0 ? "/tmp" : folder, std::string(kLoginFileStart) + "XXXXXX");
     const int file = mkostemp(path_.data(), O_CLOEXEC);  // 0600
     if (file < 0) RaiseError(Format("Cannot write %s: %s", path_, std::strerror(errno)));
     const std::string text = LoginText(connection);
@@ -222,10 +231,10 @@ class TLoginFile {
   std::string path_;
 };
 
-// The tool at work: what it says comes through a pipe.
+// The tool at work: what it says comes through a pipe, and goes on without the password.
 class TToolProcess {
  public:
-  explicit TToolProcess(TStringList words) : name_(words.front()) {
+  TToolProcess(TStringList words, std::string password) : name_(words.front()), password_(std::move(password)) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) RaiseError(Format(kNotStarted, name_, std::strerror(errno)));
     pipe_ = ends[0];
@@ -258,7 +267,8 @@ class TToolProcess {
     if (status_ == 0) return;
     const std::string how =
         WIFSIGNALED(status_) ? Format("signal %d", WTERMSIG(status_)) : Format("status %d", WEXITSTATUS(status_));
-    RaiseError(Format(kFailed, name_, how, Trim(said_)));
+    const std::string said = LastLines();
+    RaiseError(said.empty() ? Format(kSaidNothing, name_, how) : Format(kFailed, name_, how, said));
   }
 
  private:
@@ -302,8 +312,18 @@ class TToolProcess {
         return;
       }
       said_.append(bytes.data(), static_cast<std::size_t>(count));
+      cut_ = cut_ || said_.size() > kKeptBytes;
       if (said_.size() > kKeptBytes) said_.erase(0, said_.size() - kKeptBytes);
     }
+  }
+
+  // Where the beginning is cut off, an end of the password might be left of it.
+  std::string LastLines() const {
+    if (password_.empty()) return Trim(said_);
+    const std::string quoted = OptionValueText(password_);
+    std::string text = said_.substr(cut_ ? std::min(quoted.size(), said_.size()) : 0);
+    for (const std::string& secret : {quoted, password_}) text = StrReplace(text, secret, kHiddenWord);
+    return Trim(text);
   }
 
   // It is to clear away what it has begun.
@@ -318,7 +338,9 @@ class TToolProcess {
   }
 
   std::string name_;
+  std::string password_;
   std::string said_;  // its last bytes
+  bool cut_ = false;  // there were others before
   pid_t process_ = 0;
   int pipe_ = -1;
   int status_ = 0;
@@ -370,8 +392,8 @@ void TCopyToolRuns::Run(const std::string& statement) {
   TStringList words = ShellWords(care_.copy_tool.command).value();
   for (std::string& word : words) word = Filled(word, fillings);
   target_.ExecSQL("commit");  // as a server does before a change of structure: the tool must not wait for us
-  TToolProcess tool(words);
-  if (care_.tool_runs) care_.tool_runs(tool.Id(), words.front());
+  TToolProcess tool(words, PasswordOf(*connection));
+  if (care_.tool_runs) care_.tool_runs(tool.Id(), words.front(), login.Path());
   tool.Wait([this] { KeepAlive(); });
 }
 

@@ -13,6 +13,9 @@
 
 namespace velmora {
 
+// How the name of the file with a tool's login begins.
+inline constexpr char kLoginFileStart[] = "velmora-login-";
+
 // Why a command cannot be one; empty where it can.
 std::string FaultOfCopyTool(const std::string& command);
 

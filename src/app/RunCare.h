@@ -23,8 +23,8 @@ struct TRunCare {
   int retries = 5;     // of a change of structure that did not get it
   TCopyTool copy_tool{};
   std::function<void(const std::string& text)> tell{};  // what the user should hear while it runs; optional
-  // The process of a copy tool, once it runs, and its program; optional.
-  std::function<void(int process, const std::string& program)> tool_runs{};
+  // The process of a copy tool, once it runs, its program and the file with its login; optional.
+  std::function<void(int process, const std::string& program, const std::string& login)> tool_runs{};
 };
 
 // With what is wished instead of what `care` has.

@@ -170,20 +170,11 @@ class TFleetSync::TTurn {
       if (const std::optional<TUnfinishedRun>& unfinished = journal_->Unfinished()) {
         TellUnfinished(*unfinished, console_);
         WaitForUnfinished(*unfinished, pair_->Target(), wishes_.run.care.lock_wait, console_);
-        undo_kept_ = IsUndoOf(target_.name, unfinished->undo);
-        if (undo_kept_) undo_ = unfinished->undo;
       }
     }
-    if (undo_.empty() || undo_kept_) return;
-    // A way back is never written over; one that is there already is of a run before, or of one that was killed.
-    for (int number = 2; access(undo_.c_str(), F_OK) == 0; ++number)
-      undo_ = FileIn(wishes_.run.undo, target_.name, Format(".%d.sql", number).c_str());
+    if (undo_.empty() || HasUndoIn(undo_, journal_ ? journal_->Unfinished() : std::nullopt)) return;
+    undo_ = FreeFile(undo_);  // one that is there already is of a run before, and never written over
     CheckUndo(undo_);
-  }
-
-  // Whether a run that did not end has kept its way back in this folder.
-  bool IsUndoOf(const std::string& target, const std::string& file) const {
-    return !wishes_.run.undo.empty() && file.starts_with(FileIn(wishes_.run.undo, target, "."));
   }
 
   void CheckRows() {
@@ -201,11 +192,10 @@ class TFleetSync::TTurn {
 
   void TakeCare() {
     TApplication& app = pair_->app();
-    if (!undo_.empty()) undo_written_ = WriteUndo(undo_, app.Dialect().UndoScript(), undo_kept_, console_);
+    if (!undo_.empty()) way_back_ = WriteWayBack(undo_, journal_.get(), app.Dialect(), script_, console_);
     app.Care = wishes_.run.care;
     app.Care.tell = [this](const std::string& text) { console_.Note(text); };
     if (!journal_) return;
-    journal_->Undo = undo_;
     app.WatchRuns([this](const TRunReport& report) { journal_->Told(report); });
   }
 
@@ -225,7 +215,7 @@ class TFleetSync::TTurn {
         },
         [&] {
           sync_.host_->running.Remove(connection);
-          if (undo_written_ && app.RunReport().DidNothing()) unlink(undo_.c_str());
+          if (way_back_.written && app.RunReport().DidNothing()) unlink(way_back_.file.c_str());
         });
   }
 
@@ -238,8 +228,7 @@ class TFleetSync::TTurn {
   std::unique_ptr<TFleetPair> pair_;
   std::unique_ptr<TJournal> journal_;
   std::string undo_, script_;
-  bool undo_kept_ = false;
-  bool undo_written_ = false;
+  TWayBack way_back_;
 };
 
 int TFleetSync::Execute() {

@@ -46,7 +46,7 @@ class TPast {
     else if (line.contains("run"))
       End(line);
     else if (line.at("state") == "begins")
-      run_.under_way = {line.at("statement"), line.at("text"), 0, {}};
+      BeginStatement(line);
     else if (line.at("state") == "tool")
       TakeTool(line, UnderWay());
     else
@@ -58,12 +58,18 @@ class TPast {
   void Begin(const TJson& line) {
     later = line.at("version") > kVersion;
     target = line.at("target");
-    run_ = {line.at("at"), line.at("undo"), line.at("statements"), 0, {}, {}};
+    const std::string undo = line.at("undo");
+    const bool goes_on = open_ && run_.changed && run_.undo == undo;  // that is of the run before, too
+    run_ = {line.at("at"), undo, line.value("end", ""), goes_on, line.at("statements"), 0, {}, {}};
     open_ = true;
   }
   void End(const TJson& line) {
     open_ = line.at("state") != "done";
     if (!line.at("error").is_null()) run_.error = line.at("error");
+  }
+  void BeginStatement(const TJson& line) {
+    run_.under_way = {line.at("statement"), line.at("text"), 0, {}, {}};
+    run_.changed = true;
   }
   void EndStatement(const TJson& line) {
     const std::string state = line.at("state");
@@ -73,6 +79,7 @@ class TPast {
   static void TakeTool(const TJson& line, TUnfinishedRun::TUnderWay& statement) {
     statement.process = line.at("process");
     statement.program = line.at("program");
+    statement.login = line.value("login", "");
   }
   TUnfinishedRun::TUnderWay& UnderWay() {
     if (!run_.under_way) RaiseError("nothing is under way");
@@ -161,16 +168,20 @@ void TJournal::Write(const std::string& line) const {
   if (fsync(file_) != 0 && errno != EINVAL) RaiseError(Format(kCannot, path_, std::strerror(errno)));
 }
 
+void TJournal::Begin(std::size_t statements) {
+  if (begun_) return;
+  Write(TextOf({{"run", "begins"},
+                {"version", kVersion},
+                {"at", DateTimeText(clock_.Now())},
+                {"target", target_},
+                {"statements", statements},
+                {"undo", Undo},
+                {"end", End}}));
+  begun_ = true;
+}
+
 void TJournal::Told(const TRunReport& report) {
-  if (!begun_) {
-    Write(TextOf({{"run", "begins"},
-                  {"version", kVersion},
-                  {"at", DateTimeText(clock_.Now())},
-                  {"target", target_},
-                  {"statements", report.statements.size()},
-                  {"undo", Undo}}));
-    begun_ = true;
-  }
+  Begin(report.statements.size());
   if (!report.ended) return TellStatements(report);
   try {
     TellStatements(report);
@@ -207,8 +218,9 @@ void TJournal::TellStatements(const TRunReport& report) {
   }
 }
 
-void TJournal::ToolRuns(int process, const std::string& program) {
-  Write(TextOf({{"statement", begun_one_}, {"state", "tool"}, {"process", process}, {"program", program}}));
+void TJournal::ToolRuns(int process, const std::string& program, const std::string& login) {
+  Write(TextOf(
+      {{"statement", begun_one_}, {"state", "tool"}, {"process", process}, {"program", program}, {"login", login}}));
 }
 
 }  // namespace velmora

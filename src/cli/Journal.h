@@ -17,6 +17,8 @@ namespace velmora {
 struct TUnfinishedRun {
   std::string begun;     // when
   std::string undo;      // the file with the way back that it wrote; empty for none
+  std::string end;       // the digest of the structure that it was to lead to; empty where nobody knows
+  bool changed = false;  // a statement may have run since that was written
   std::size_t all = 0;   // statements
   std::size_t done = 0;  // that the server has accepted
   std::string error;     // that ended it, if anything was heard of that
@@ -25,6 +27,7 @@ struct TUnfinishedRun {
     std::string text;
     int process = 0;  // of the copy tool that was at it; 0 for none
     std::string program;
+    std::string login;  // the file with its login, which it may have left behind
   };
   std::optional<TUnderWay> under_way;
 };
@@ -39,13 +42,16 @@ class TJournal {
   TJournal(const TJournal&) = delete;
   TJournal& operator=(const TJournal&) = delete;
 
-  std::string Undo;  // the file with the way back; of the run that follows
+  std::string Undo;  // of the run that follows: the file with the way back
+  std::string End;   // and the digest of the structure that it leads to
   const std::optional<TUnfinishedRun>& Unfinished() const { return unfinished_; }
 
+  // Writes that a run of so many statements begins, as long as nothing has: before its way back is written.
+  void Begin(std::size_t statements);
   // Writes what the report tells that the file does not have yet: to be called at each change of it. Raises where the
   // file cannot be written, but not at the end of a run.
   void Told(const TRunReport& report);
-  void ToolRuns(int process, const std::string& program);
+  void ToolRuns(int process, const std::string& program, const std::string& login);
 
  private:
   void Open();

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -42,6 +43,10 @@ constexpr char kToolRuns[] =
     "it, and run this again";
 constexpr char kThere[] = "%s is there already: give the way back another file";
 constexpr char kKept[] = "%s stays as it is: it leads back to what was before the run that goes on here";
+constexpr char kTwoWays[] =
+    "the reference is no longer what the run before had: %s leads back from an end that is not reached, and %s, which "
+    "is "
+    "written now, to what the target is before this run: to come back to what was before both, look at both";
 constexpr char kCannotWrite[] = "Cannot write %s: %s";
 constexpr char kOther[] =
     "The script was made for another structure than the target has now, and nothing was run: compare anew, or give "
@@ -94,6 +99,12 @@ bool ToolRuns(const TUnfinishedRun::TUnderWay& statement) {
   }
 }
 
+// The login of a tool that is over: a run that was killed beside it could not take its file away.
+void RemoveLogin(const std::string& file) {
+  const std::string name = file.substr(file.rfind('/') + 1);
+  if (name.starts_with(kLoginFileStart)) unlink(file.c_str());
+}
+
 // For so many seconds; 0: for as long as it takes.
 void WaitForStatement(const TUnfinishedRun::TUnderWay& statement, TDBConn& target, int seconds, TConsole& console) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
@@ -107,6 +118,60 @@ void WaitForStatement(const TUnfinishedRun::TUnderWay& statement, TDBConn& targe
     if (!told) console.Note(Format(kWaits, *connection, how_long));
     told = true;
   }
+}
+
+// A run that was killed may have left it empty.
+bool IsWayBack(const std::string& path) {
+  try {
+    const std::string beginning = ReadFileBytes(path, 2);
+    return beginning.empty() || beginning == "--";
+  } catch (const EVelmora&) {  // it is not there
+    return false;
+  }
+}
+
+// The digest of the structure that the script leads to; empty where its header does not tell.
+std::string EndOf(const std::string& script) {
+  const std::optional<TStructureDigest> digest = DigestIn(script, kReferenceSide);
+  return digest ? digest->Text() : std::string();
+}
+
+// Where the way back goes.
+struct TUndoPlace {
+  std::string file{};
+  bool kept = false;      // it is there, and leads back to what was before the unfinished run that goes on
+  bool replaces = false;  // it may be there, of an unfinished run that has changed nothing
+};
+
+TUndoPlace PlaceOfUndo(const std::string& path, const std::optional<TUnfinishedRun>& before, const std::string& end,
+                       TConsole& console) {
+  if (!HasUndoIn(path, before)) return {path};
+  if (!before->changed) return {.file = before->undo, .replaces = true};
+  if (before->end.empty() || end.empty() || before->end == end) return {.file = before->undo, .kept = true};
+  const std::string file = FreeFile(path);
+  console.Warn(Format(kTwoWays, before->undo, file));
+  return {file};
+}
+
+// Whether the file was written.
+bool WriteUndo(const TUndoPlace& place, const std::string& script, TConsole& console) {
+  constexpr mode_t kForOwner = 0600;
+  const std::string& path = place.file;
+  if (place.replaces && IsWayBack(path)) unlink(path.c_str());
+  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kForOwner);
+  if (file < 0 && errno == EEXIST && place.kept) {
+    console.Note(Format(kKept, path));
+    return false;
+  }
+  if (file < 0) RaiseError(errno == EEXIST ? Format(kThere, path) : Format(kCannotWrite, path, std::strerror(errno)));
+  close(file);
+  try {
+    WriteFileText(path, script, false, kForOwner);
+  } catch (const EVelmora&) {
+    unlink(path.c_str());
+    throw;
+  }
+  return true;
 }
 
 }  // namespace
@@ -151,6 +216,7 @@ void TellUnfinished(const TUnfinishedRun& run, TConsole& console) {
 void WaitForUnfinished(const TUnfinishedRun& run, TDBConn& target, int seconds, TConsole& console) {
   if (!run.under_way) return;
   if (ToolRuns(*run.under_way)) RaiseError(Format(kToolRuns, run.under_way->number, run.under_way->process));
+  RemoveLogin(run.under_way->login);
   target.Connect();
   WaitForStatement(*run.under_way, target, seconds, console);
 }
@@ -162,26 +228,38 @@ void CheckUndo(const std::string& path) {
   if (access(folder.c_str(), W_OK) != 0) RaiseError(Format(kCannotWrite, path, std::strerror(errno)));
 }
 
-bool WriteUndo(const std::string& path, const std::string& script, bool kept, TConsole& console) {
-  constexpr mode_t kOwnerAlone = 0600;
-  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerAlone);
-  if (file < 0 && errno == EEXIST && kept) {
-    console.Note(Format(kKept, path));
-    return false;
+std::string FreeFile(const std::string& path) {
+  const std::filesystem::path given(path);
+  std::string file = path;
+  for (int number = 2; access(file.c_str(), F_OK) == 0; ++number)
+    file = (given.parent_path() / given.stem()).string() + Format(".%d", number) + given.extension().string();
+  return file;
+}
+
+bool HasUndoIn(const std::string& path, const std::optional<TUnfinishedRun>& before) {
+  if (path.empty() || !before || before->undo.empty()) return false;
+  const std::filesystem::path given(path), had(before->undo);
+  if (before->undo == path) return true;
+  const std::filesystem::path numbered = had.stem();
+  const bool number = TryStrToInt(numbered.extension().string().substr(numbered.has_extension() ? 1 : 0)).has_value();
+  return number && had.parent_path() == given.parent_path() && had.extension() == given.extension() &&
+         numbered.stem() == given.stem();
+}
+
+TWayBack WriteWayBack(const std::string& path, TJournal* journal, TDialect& dialect, const std::string& script,
+                      TConsole& console) {
+  const std::string end = EndOf(script);
+  const TUndoPlace place = PlaceOfUndo(path, journal == nullptr ? std::nullopt : journal->Unfinished(), end, console);
+  if (journal != nullptr) {
+    journal->Undo = place.file;
+    journal->End = end;
+    journal->Begin(dialect.Statements(script).statements.size());
   }
-  if (file < 0) RaiseError(errno == EEXIST ? Format(kThere, path) : Format(kCannotWrite, path, std::strerror(errno)));
-  close(file);
-  try {
-    WriteFileText(path, script, false, kOwnerAlone);
-  } catch (const EVelmora&) {
-    unlink(path.c_str());
-    throw;
-  }
-  return true;
+  return {place.file, WriteUndo(place, dialect.UndoScript(), console)};
 }
 
 void CheckStructure(const std::string& script, TDBConn& target) {
-  const std::optional<TStructureDigest> made_for = TargetDigestIn(script);
+  const std::optional<TStructureDigest> made_for = DigestIn(script, kTargetSide);
   if (!made_for) return;
   std::optional<TStructureDigest> now = DigestNow(target);
   if (!now) return;

@@ -39,9 +39,22 @@ void WaitForUnfinished(const TUnfinishedRun& run, TDBConn& target, int seconds, 
 // Raises where the way back cannot be written to such a file, as far as that is to be seen beforehand.
 void CheckUndo(const std::string& path);
 
-// Writes the way back to a new file for its owner alone; one that is there is an error, unless it is `kept`, the file
-// of the unfinished run: what that one leads back to is what was before it. Whether the file was written.
-bool WriteUndo(const std::string& path, const std::string& script, bool kept, TConsole& console);
+// The file with a number before its ending, the first that is not there: shop.sql, shop.2.sql, shop.3.sql.
+std::string FreeFile(const std::string& path);
+
+// Whether the unfinished run has its way back in this file, or in one of those that FreeFile made of it.
+bool HasUndoIn(const std::string& path, const std::optional<TUnfinishedRun>& before);
+
+struct TWayBack {
+  std::string file{};
+  bool written = false;  // by this run
+};
+// Writes the way back of the script that is about to run to a new file for its owner alone. That of an unfinished run
+// leads on, and stays, but where the script comes to another end: then another file is needed, too, which is told. The
+// journal, which may be null, has the file's name first: whatever ends the run from there on, the next one knows whose
+// it is.
+TWayBack WriteWayBack(const std::string& path, TJournal* journal, TDialect& dialect, const std::string& script,
+                      TConsole& console);
 
 // Raises where the script's header says that it was made for another structure than that of the connected target.
 void CheckStructure(const std::string& script, TDBConn& target);

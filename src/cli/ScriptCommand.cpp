@@ -75,6 +75,8 @@ int TScriptCommand::WriteMany(TConsole& console) {
 
 int TScriptCommand::Execute(TConsole& console) {
   if (!pair_.targets.empty()) return WriteMany(console);
+  CheckFilesApart({{"REFERENCE", pair_.reference}, {"--output", output_}}, reports_);
+  CheckFilesApart({{"TARGET", pair_.target}, {"--output", output_}}, reports_);
   TPairRun run(console, SystemClock());
   std::optional<std::string> error = run.Compare(pair_, options_, true);
   std::optional<int> left;

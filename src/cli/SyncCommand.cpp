@@ -207,8 +207,8 @@ bool TSyncCommand::MayRun(TPairRun& run, std::string& script, TConsole& console)
 // Before anything is compared: what the run before has left under way is to be over, and the way back has a place.
 void TSyncCommand::OpenFiles(TDBConn& target, TConsole& console) {
   if (!run_.journal.empty()) OpenJournal(target, console);
-  undo_kept_ = journal_ && journal_->Unfinished() && journal_->Unfinished()->undo == run_.undo;
-  if (!run_.undo.empty() && !undo_kept_) CheckUndo(run_.undo);
+  const std::optional<TUnfinishedRun> before = journal_ ? journal_->Unfinished() : std::nullopt;
+  if (!run_.undo.empty() && !HasUndoIn(run_.undo, before)) CheckUndo(run_.undo);
 }
 
 void TSyncCommand::OpenJournal(TDBConn& target, TConsole& console) {
@@ -221,15 +221,16 @@ void TSyncCommand::OpenJournal(TDBConn& target, TConsole& console) {
 }
 
 // What stands around a run that is about to begin.
-void TSyncCommand::TakeCare(TPairRun& run, TConsole& console) {
-  if (!run_.undo.empty()) undo_written_ = WriteUndo(run_.undo, run.app().Dialect().UndoScript(), undo_kept_, console);
+void TSyncCommand::TakeCare(TPairRun& run, const std::string& script, TConsole& console) {
+  if (!run_.undo.empty()) way_back_ = WriteWayBack(run_.undo, journal_.get(), run.app().Dialect(), script, console);
   run_.care.tell = [&](const std::string& text) {
     run.EndProgress();
     console.Note(text);
   };
   if (journal_) {
-    journal_->Undo = run_.undo;
-    run_.care.tool_runs = [this](int process, const std::string& program) { journal_->ToolRuns(process, program); };
+    run_.care.tool_runs = [this](int process, const std::string& program, const std::string& login) {
+      journal_->ToolRuns(process, program, login);
+    };
     run.app().WatchRuns([this](const TRunReport& report) { journal_->Told(report); });
   }
   run.app().Care = run_.care;
@@ -248,6 +249,7 @@ int TSyncCommand::Execute(TConsole& console) {
   if (!yes_ && !console.CanAsk())
     RaiseError("There is no terminal to ask on: give --yes to run the script without a question");
   if (!pair_.targets.empty()) return SyncMany(console);
+  CheckFilesApart({{"--script", script_}, {"--journal", run_.journal}, {"--undo", run_.undo}}, reports_);
   TPairRun run(console, SystemClock());
   run.OnMade = [&](TDBConn& target) {
     run_.care = WithWishes(run_.care, run.Exact().waits);
@@ -275,11 +277,11 @@ int TSyncCommand::Sync(TPairRun& run, TConsole& console) {
   std::string script = run.editor().Text();
   if (!MayRun(run, script, console)) return kExitFailure;
   if (report_) report_->script = WithPlainLineEnds(script);
-  TakeCare(run, console);
+  TakeCare(run, script, console);
   TStringList ended;
   status = RunOn(run, script, console, ended);
   if (report_) report_->run = RunPartOf(run.app().RunReport(), ended);
-  if (undo_written_ && run.app().RunReport().DidNothing()) unlink(run_.undo.c_str());
+  if (way_back_.written && run.app().RunReport().DidNothing()) unlink(way_back_.file.c_str());
   const TDialectRow* fits = script_.empty() ? run.app().DialectThatFits() : nullptr;
   if (fits != nullptr) console.Note(Format(kFits, fits->word));
   const bool can_tell = run.app().Dialect().Traits().tells_result && script_.empty() && status == kExitSuccess;

@@ -37,7 +37,7 @@ class TSyncCommand final : public TCommand {
   bool MayRun(TPairRun& run, std::string& script, TConsole& console);
   void OpenFiles(TDBConn& target, TConsole& console);
   void OpenJournal(TDBConn& target, TConsole& console);
-  void TakeCare(TPairRun& run, TConsole& console);
+  void TakeCare(TPairRun& run, const std::string& script, TConsole& console);
 
   TPair pair_;
   TFleetOptions fleet_;
@@ -50,8 +50,7 @@ class TSyncCommand final : public TCommand {
   std::unique_ptr<TJournal> journal_;
   TStringList reports_;
   std::optional<TReport> report_;  // of the comparison before the run, where one was asked for
-  bool undo_kept_ = false;         // the way back of the run that goes on here
-  bool undo_written_ = false;      // or one of this run
+  TWayBack way_back_;
   bool allow_unsafe_ = false;
   bool no_row_checks_ = false;
   int row_check_time_ = 30;  // seconds

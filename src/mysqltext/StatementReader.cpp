@@ -191,6 +191,7 @@ class TScanner {
   // Goes to `end`, or to that of the script where what began is never closed.
   void GoTo(std::size_t end) { at_ = std::min(end, script_.size()); }
   bool TakeDelimiterLine();
+  void TakeComment();
   void TakeContent();
   void EndStatement();
 
@@ -220,6 +221,14 @@ void TScanner::TakeContent() {
   end_ = at_;
 }
 
+// One that is never closed is a statement to the end of the script: what it swallows must not be left out unseen.
+void TScanner::TakeComment() {
+  const std::size_t end = CommentEnd(script_, at_);
+  if (end == kNone && end_ <= start_) start_ = at_;
+  GoTo(end);
+  if (end == kNone) end_ = at_;
+}
+
 bool TScanner::TakeDelimiterLine() {
   if (end_ > start_) return false;
   const std::size_t length = DelimiterLine(script_.substr(at_), delimiter_);
@@ -239,7 +248,7 @@ std::vector<TScriptRange> TScanner::Scan() {
     if (IsSpace(script_[at_]))
       ++at_;
     else if (MarkOpening(script_, at_) == 0 && CommentEnd(script_, at_) != at_)
-      GoTo(CommentEnd(script_, at_));
+      TakeComment();
     else if (!versioned_ && script_.substr(at_).starts_with(delimiter_))
       EndStatement();
     else if (!TakeDelimiterLine())

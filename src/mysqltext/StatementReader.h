@@ -77,7 +77,8 @@ struct TScriptRange {
   std::size_t length = 0;
 };
 // The statements of a script that is run as it is: delimiter lines are taken as above, a comment that servers may run
-// belongs to its statement, others before and after it do not, and what is not closed ends with the script.
+// belongs to its statement, others before and after it do not, and what is not closed, a comment, too, ends with the
+// script.
 std::vector<TScriptRange> ScanStatements(std::string_view script);
 
 }  // namespace velmora

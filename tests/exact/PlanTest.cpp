@@ -272,7 +272,8 @@ TEST(ScanStatementsTest, EndsOutsideQuotesNamesAndComments) {
       {"a--1;b --", {"a--1", "b"}},
       {"/*!40101 set x='*/;' ; */;/*M!100 y */ z;", {"/*!40101 set x='*/;' ; */", "/*M!100 y */ z"}},
       {"a 'never closed; b", {"a 'never closed; b"}},
-      {"a /* never closed; b", {"a"}},
+      {"a /* never closed; b", {"a /* never closed; b"}},
+      {"a; /* never closed; b", {"a", "/* never closed; b"}},
   };
   for (const auto& c : cases) {
     std::vector<std::string> found;

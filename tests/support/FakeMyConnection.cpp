@@ -44,6 +44,11 @@ class TFakeMyQuery : public TMyQuery {
 
 }  // namespace
 
+std::string TFakeMyConnection::ServerVersion() {
+  const auto said = server_->answers.find("select version()");
+  return said == server_->answers.end() ? std::string() : VarToText(said->second.rows.at(0).at(0));
+}
+
 void TFakeMyServer::AddTable(const std::string& name, const std::string& ddl) {
   TAnswer& creation = answers["show create table `" + name + "`"];
   if (creation.fields.empty()) {

@@ -47,6 +47,8 @@ class TFakeMyConnection : public TMyConnection {
   std::unique_ptr<TMyQuery> NewQuery() override;
   std::unique_ptr<TMyConnection> NewConnection() const override;
   void ExpectStatements(const TStringList& statements, bool at_once = false) override;
+  // As its greeting has said it, so that nobody has to ask: the answer to "select version()", if there is one.
+  std::string ServerVersion() override;
 
  private:
   void DoConnect() override;

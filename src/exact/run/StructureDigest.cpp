@@ -135,8 +135,8 @@ std::string DigestLine(const char* side, const TStructureDigest& digest) {
 }
 
 // Comments and empty lines alone stand before it.
-std::optional<TStructureDigest> TargetDigestIn(std::string_view script) {
-  const std::string start = std::string(kStructureLine) + kTargetSide + ": ";
+std::optional<TStructureDigest> DigestIn(std::string_view script, const char* side) {
+  const std::string start = std::string(kStructureLine) + side + ": ";
   for (const std::string& line : LinesOf(script.substr(0, kLongestHeader))) {
     if (!line.empty() && !line.starts_with("--")) break;
     if (!line.starts_with(start)) continue;

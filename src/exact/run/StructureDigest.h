@@ -32,9 +32,9 @@ TStructureDigest DigestOf(const std::map<std::string, std::string>& tables, cons
 // read counts for nothing. Raises where the connection is lost.
 std::optional<TStructureDigest> DigestNow(TDBConn& conn);
 
-// A line of a script's header; and what that of the target says, nothing where there is none.
+// A line of a script's header; and what that of a side says, nothing where there is none.
 inline constexpr char kStructureLine[] = "-- Structure of the ";
 std::string DigestLine(const char* side, const TStructureDigest& digest);
-std::optional<TStructureDigest> TargetDigestIn(std::string_view script);
+std::optional<TStructureDigest> DigestIn(std::string_view script, const char* side);
 
 }  // namespace velmora

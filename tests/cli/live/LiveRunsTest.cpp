@@ -95,7 +95,7 @@ TEST_F(LiveRunsTest, ALockThatIsGivenBackInTimeHoldsNobodyUp) {
 TEST_F(LiveRunsTest, ARunDoesNotGoOnWhileTheServerIsStillAtIt) {
   File(
       "j",
-      R"J({"run":"begins","version":1,"at":"now","target":"database beside of server localhost","statements":2,"undo":""}
+      R"J({"run":"begins","version":1,"at":"now","target":"database beside of server localhost","statements":2,"undo":"","end":""}
 {"statement":1,"state":"begins","hash":"1","text":"select get_lock('beside', 60)"}
 )J");
   ASSERT_EQ(Ask("select get_lock('beside', 60)"), "1");
