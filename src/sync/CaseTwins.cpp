@@ -34,12 +34,12 @@ void Pair(const Rows& reference, const Rows& target, Take take) {
 
 }  // namespace
 
-TStringList CaseTwins(TDBConn& reference, TDBConn& target) {
+TStringList CaseTwins(TDBConn& reference, TDBConn& target, bool case_counts) {
   TStringList lines;
   const TMeta& wanted = reference.meta();
   const TMeta& there = target.meta();
   Pair(wanted.tTables.Rows(), there.tTables.Rows(), [&](const TTableRow& table, const TTableRow& partner) {
-    if (table.name != partner.name) lines.push_back(Format(kTable, table.name, partner.name));
+    if (case_counts && table.name != partner.name) lines.push_back(Format(kTable, table.name, partner.name));
     Pair(wanted.tColumns.RowsOf(table.id), there.tColumns.RowsOf(partner.id),
          [&](const TColumnRow& column, const TColumnRow& other) {
            if (column.name != other.name) lines.push_back(Format(kColumn, column.name, table.name, other.name));

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include "exact/objects/FoldedNames.h"
 #include "exact/objects/ObjectContext.h"
 #include "exact/objects/ObjectPlan.h"
 #include "exact/objects/TableMentions.h"
@@ -52,6 +53,17 @@ TEST(ObjectChangesTest, NamesInQueries) {
     }
     const std::vector<TObjectChange> changes = CompareObjects(sides[0], sides[1]).changes;
     EXPECT_EQ(changes.empty() ? "same" : JoinList(changes[0].elements, ", "), row.at(2));
+  }
+}
+
+TEST(ObjectChangesTest, NamesOfTablesWithoutLetterCase) {
+  const TFoldedNames names([](const std::string& name) { return LowerText(name); });
+  for (const TStringList& row : testing::CaseRows("exact/folded_names.txt")) {
+    TDatabaseObjects side{"Db", {}};
+    for (const char* kind : {"view", "trigger", "procedure"})
+      if (Pos(std::string(" ") + kind + " ", row[0]) > 0) side.objects.push_back({kind, "V", row[0]});
+    SpellNames(names, side);
+    EXPECT_EQ(OnOneLine(side.objects.at(0).text), row.at(1));
   }
 }
 

@@ -20,4 +20,7 @@ struct TTableMention {
 // commas of their list; behind "into", "update" and "table". `tokens` end with End.
 std::vector<TTableMention> TableMentions(TTokens tokens);
 
+// The places of what a query calls its tables, and of the names that "with" gives.
+std::vector<std::size_t> TableAliases(TTokens tokens);
+
 }  // namespace velmora

@@ -114,7 +114,7 @@ void TExactSync::Compare() {
                  {Collations, Wishes.selection, Wishes.reference_version, Wishes.locks.target_version}, progress_,
                  table_under_way_, maker.get(), read_);
         table_under_way_.clear();
-        if (maker == nullptr) case_twins_ = velmora::CaseTwins(reference, target);
+        if (maker == nullptr) case_twins_ = velmora::CaseTwins(reference, target, read_.case_counts);
         CompareSchemas(target);
         CompareOthers(target);
         NameDependents(TargetObjects(), objects_.changes, changes_);
@@ -181,11 +181,7 @@ void TExactSync::CompareSchemas(TDBConn& target) {
 // The tables are compared as they are afterwards; what the target has before is what the proof begins with.
 void TExactSync::Rename(TDBConn& target) {
   if (const std::string version = TargetVersion(target); !version.empty()) target_server_ = ReadServerTraits(version);
-  auto* texts = dynamic_cast<TCreationTexts*>(&target);
-  TVariant lower = std::int64_t{0};
-  if (texts != nullptr && texts->StructureScript() == nullptr)
-    target.GetResultSQL("select @@lower_case_table_names", lower);
-  TRenaming renaming = FitRenames(Wishes.renames, read_, Wishes.selection, VarToText(lower) == "0");
+  TRenaming renaming = FitRenames(Wishes.renames, read_, Wishes.selection, read_.case_counts);
   renames_ = std::move(renaming.fits);
   renames_told_ = std::move(renaming.told);
   if (!renames_.empty()) renamed_ = read_.target.schema;

@@ -22,6 +22,7 @@
 #include "exact/compare/ServerCompletion.h"
 #include "exact/compare/ServerLanguage.h"
 #include "exact/compare/Translation.h"
+#include "exact/objects/FoldedNames.h"
 #include "exact/plan/FileSchema.h"
 #include "mysqltext/ElementText.h"
 #include "util/Errors.h"
@@ -43,6 +44,7 @@ constexpr char kBelow[] = "table %s, which is skipped, refers to what changes of
 constexpr char kNoTablesCompared[] = "Tables are not compared: the reference has none, but views, triggers or routines";
 constexpr char kIsOther[] = "there is a %s of this name";
 constexpr char kTableMayBeHidden[] = "not read: the %s may have it, and its login may not see all tables";
+constexpr char kSameName[] = "to the target's server %s are the same name";
 constexpr char kNotSeen[] = "Not read: %s of the %s, as its login may not see all of them";
 
 // Tables whose texts are taken of one side before those of the other: its server answers meanwhile.
@@ -90,6 +92,11 @@ struct TSideReader {
     not_followed = file->Unknown();
   }
   // Whether the side may have more than it shows.
+  // The name that the side itself has for the table.
+  const std::string& Own(const std::string& table) const {
+    const auto found = own_names.find(table);
+    return found == own_names.end() ? table : found->second;
+  }
   bool MayHideMore() const { return !not_followed.empty(); }
   // Empty, or why the side may have a table that it does not show.
   std::string WhyTableMayBeThere() const {
@@ -105,6 +112,7 @@ struct TSideReader {
   TStringList not_followed;                             // statements that may have made or changed tables unseen
   bool hides_tables = false;                            // its login may not see all
   std::unordered_map<std::string, std::string> others;  // kinds of views and sequences, by name
+  std::map<std::string, std::string> own_names;         // of tables and views that are spelt as the target has them
   TStringList tables;                                   // to be read, in order
   std::size_t next = 0;
   std::deque<TFetched> fetched;                          // those from `next` on that were asked for
@@ -188,8 +196,10 @@ class TPairReader {
     ReadFiles();
     AskLanguages();
     pair_.servers = {reference_server_, server_, across_};
+    AskForCase();
     TDatabaseObjects wanted = ListOthers(reference_);
     TDatabaseObjects there = ListOthers(target_);
+    LeaveTwins(wanted, there);
     LeaveTables(wanted);
     AskWhatIsHidden(reference_, wanted);
     AskWhatIsHidden(target_, there);
@@ -258,11 +268,59 @@ class TPairReader {
     across_ = !SpeakAlike(reference_server_, server_);
   }
 
+  // Where letter case in names of tables is nothing to the target's server, the reference's are spelt as it has them.
+  void AskForCase() {
+    if (target_.texts == nullptr || target_.Script() != nullptr) return;
+    TVariant rule;
+    target_.conn.GetResultSQL("select @@lower_case_table_names", rule);
+    pair_.case_counts = VarToText(rule) == "0";
+    if (pair_.case_counts || reference_.maker != nullptr) return;
+    TStringList given;
+    if (VarToText(rule) != "1")
+      for (const TSideReader* side : {&target_, &reference_})
+        for (std::string& name : NamesOf(*side)) given.push_back(std::move(name));
+    names_ = TFoldedNames([this](const std::string& name) { return SmallLetters(name); }, given);
+  }
+
+  // The server knows more letters than these.
+  std::string SmallLetters(const std::string& name) {
+    if (std::ranges::all_of(name, [](char c) { return static_cast<unsigned char>(c) < 0x80; })) return LowerText(name);
+    const auto [known, added] = small_letters_.try_emplace(name);
+    if (!added) return known->second;
+    TVariant small;
+    target_.conn.GetResultSQL("select lower(convert(" + QuotedText(name) + " using utf8))", small);
+    return known->second = VarToText(small);
+  }
+
+  // Names that are two to the reference and one to the target's server.
+  void LeaveTwins(TDatabaseObjects& wanted, TDatabaseObjects& there) {
+    if (!names_.Folds()) return;
+    for (const std::string& table : NamesOf(reference_)) NoteOwn(table);
+    for (const auto& [name, twins] : twins_) {
+      if (!selection_.ReadsTable(name) && !selection_.TakesObject("view", name, {})) continue;
+      const TStringList known = NamesOf(target_);
+      const TSideReader& side = IndexOf(known, name) == kNotInList ? reference_ : target_;
+      Skip(side, name, Format(kSameName, JoinList({twins.begin(), twins.end()}, " and ")), true);
+      for (TDatabaseObjects* objects : {&wanted, &there})
+        if (std::erase_if(objects->objects, [&](const TOtherObject& of) { return OfTables(of) && of.name == name; }))
+          pair_.put_aside = true;
+    }
+  }
+  void NoteOwn(const std::string& own) {
+    const auto [known, added] = reference_.own_names.try_emplace(names_.Spelled(own), own);
+    if (!added && known->second != own) twins_[known->first].insert({known->second, own});
+  }
+  static bool OfTables(const TOtherObject& object) { return object.kind == "view" || object.kind == "sequence"; }
+
   TDatabaseObjects ListOthers(TSideReader& side) {
     if (side.texts == nullptr) return {};
     TDatabaseObjects others{side.Database(), side.texts->OtherObjects()};
+    if (names_.Folds() && &side == &reference_)
+      for (const TOtherObject& object : others.objects)
+        if (OfTables(object)) NoteOwn(object.name);
+    SpellNames(names_, others);
     for (const TOtherObject& object : others.objects)
-      if (object.kind == "view" || object.kind == "sequence") side.others.emplace(object.name, object.kind);
+      if (OfTables(object)) side.others.emplace(object.name, object.kind);
     LeaveOut(selection_, others, pair_.left_out);
     for (const TOtherObject& object : others.objects)
       if (reference_.maker != nullptr || !IsScriptedKind(object.kind))
@@ -314,7 +372,16 @@ class TPairReader {
     pair_.put_aside = true;
   }
 
-  static TStringList TablesOf(const TSideReader& side) {
+  // Without those that are left alone together.
+  TStringList TablesOf(const TSideReader& side) const {
+    TStringList names = NamesOf(side);
+    if (!names_.Folds()) return names;
+    for (std::string& name : names) name = names_.Spelled(name);
+    std::erase_if(names, [this](const std::string& name) { return twins_.contains(name); });
+    return names;
+  }
+
+  static TStringList NamesOf(const TSideReader& side) {
     if (side.file != nullptr) return side.file->TableNames();
     if (side.maker != nullptr) return side.maker->Tables();
     TStringList names;
@@ -353,7 +420,9 @@ class TPairReader {
   }
 
   void ReadTables() {
-    reference_.Expect(reference_.tables);
+    TStringList own;
+    for (const std::string& table : reference_.tables) own.push_back(reference_.Own(table));
+    reference_.Expect(own);
     target_.Expect(target_.tables);
     const auto count = static_cast<std::int64_t>(reference_.tables.size() + target_.tables.size());
     progress_.ShowTwoBars("Analyzing structure...", count);
@@ -376,7 +445,7 @@ class TPairReader {
     for (std::size_t i = side.next; i < end && (side.fetched.empty() || !side.fetched.back().lost); ++i) {
       TFetched& answer = side.fetched.emplace_back();
       try {
-        side.texts->ShowCreateTable(side.tables[i], answer.text);
+        side.texts->ShowCreateTable(side.Own(side.tables[i]), answer.text);
       } catch (const EAbort&) {
         throw;
       } catch (const EVelmora&) {
@@ -402,7 +471,7 @@ class TPairReader {
     bool lost = false;
     try {
       if (side.file != nullptr)
-        text->second = FileText(*side.file, table);
+        text->second = FileText(*side.file, side.Own(table));
       else if (side.maker == nullptr)
         text->second = TakeFetched(side, lost);
       if (&side == &reference_) MapCollations(collations_, text->second);
@@ -433,8 +502,8 @@ class TPairReader {
 
   // Otherwise what it makes is looked at: null for a table that has no such script, or more of it.
   const TTableText* Settle(TSideReader& side, const std::string& table) {
-    if (side.file == nullptr || side.file->PlainText(table) == nullptr) return nullptr;
-    const TTableText& made = side.file->Table(table);
+    if (side.file == nullptr || side.file->PlainText(side.Own(table)) == nullptr) return nullptr;
+    const TTableText& made = side.file->Table(side.Own(table));
     std::string& text = side.read.texts.at(table);
     text = CreationTextOf(made);
     if (&side == &reference_) MapCollations(collations_, text);
@@ -462,6 +531,8 @@ class TPairReader {
     }
     for (TReading& of : reading)
       if (of.text != nullptr && !TakeApart(of, table, same)) return;
+    if (reading[0].text != nullptr)
+      SpellNames(names_, server_, reading[1].text == nullptr ? nullptr : &reading[1].table, reading[0].table);
     if (!Complete(reading[0], reading[1]) || !Complete(reading[1], reading[0])) return;
     if (MayDifferUnseen(reading[0], reading[1], table)) return;
     if (LeftAlone(reading[0].table, reading[1].table, table)) return;
@@ -536,7 +607,7 @@ class TPairReader {
       CompleteTable(of.table, other.text == nullptr ? nullptr : &other.table, server_);
       return true;
     } catch (const EVelmora& error) {
-      Skip(of.side, of.table.name, of.side.file->NotFollowed(of.table.name, error.what()));
+      Skip(of.side, of.table.name, of.side.file->NotFollowed(of.side.Own(of.table.name), error.what()));
       return false;
     }
   }
@@ -698,11 +769,14 @@ class TPairReader {
   const std::string& target_version_;
   TProgress& progress_;
   std::string& table_under_way_;
-  TServerTraits server_;            // the target's, or of a script's other side
-  TServerTraits reference_server_;  // where both sides are servers
-  bool across_ = false;             // and do not speak alike
-  TTableNames reference_tables_;    // of those that are left out
-  std::vector<TTaken> taken_;       // in the order in which they were read
+  TServerTraits server_;                                // the target's, or of a script's other side
+  TServerTraits reference_server_;                      // where both sides are servers
+  bool across_ = false;                                 // and do not speak alike
+  TTableNames reference_tables_;                        // of those that are left out
+  TFoldedNames names_;                                  // as the target's server spells them
+  std::map<std::string, std::string> small_letters_;    // of names with others than A to Z
+  std::map<std::string, std::set<std::string>> twins_;  // what the reference calls one of them
+  std::vector<TTaken> taken_;                           // in the order in which they were read
 };
 
 TChange WholeTable(TSyncAction action, const TTableText& table) {

@@ -51,6 +51,7 @@ struct TReadPair {
   TStringList not_followed;            // statements of a script that may have made or changed tables unseen
   std::vector<TKindsNotSeen> not_seen;
   TStringList left_alone;           // a line for each object that is not handled
+  bool case_counts = true;          // in names of tables, to the target's server
   TServerPair servers;              // of sides that are servers; they differ only where both are
   bool reference_left_out = false;  // the selection leaves out tables that the reference has
   bool objects_alone = false;       // a script has no tables, but objects: then those of the target are no difference

@@ -36,6 +36,15 @@ class TFitting {
   }
 
  private:
+  // As it was read, where letter case is nothing to the target's server.
+  std::string Spelled(const std::string& table) const {
+    if (!case_counts_)
+      for (const TReadSide* side : {&read_.target, &read_.reference})
+        for (const auto& [name, text] : side->texts)
+          if (SameText(name, table)) return name;
+    return table;
+  }
+
   bool Compared(const TRename& wish, const std::string& table) {
     const bool skipped = std::ranges::any_of(read_.skipped, [&](const TSkippedTable& of) { return of.table == table; });
     if (selection_.ReadsTable(table) && !skipped) return true;
@@ -69,9 +78,11 @@ class TFitting {
     return result;
   }
 
-  void FitTable(const TRename& wish) {
-    if (!Compared(wish, wish.from) || !Compared(wish, wish.to)) return;
+  void FitTable(TRename wish) {
     if (SameText(wish.from, wish.to) && !case_counts_) return result_.told.push_back(Format(kSameName, wish.Text()));
+    wish.from = Spelled(wish.from);
+    wish.to = Spelled(wish.to);
+    if (!Compared(wish, wish.from) || !Compared(wish, wish.to)) return;
     const auto has = [](const TReadSide& side, const std::string& name) { return side.texts.contains(name); };
     if (Settle(wish, "table", has(read_.target, wish.from), has(read_.target, wish.to), has(read_.reference, wish.from),
                has(read_.reference, wish.to)))
@@ -87,6 +98,7 @@ class TFitting {
   }
 
   void FitColumn(TRename wish) {
+    wish.table = Spelled(wish.table);
     const auto [there, wanted] = NamesOf(wish.table);
     if (!Compared(wish, there) || !Compared(wish, wanted)) return;
     const TTableText target = TableOf(read_.target, there, wish, kTargetSide);
