@@ -91,6 +91,7 @@ struct TFindings {
   std::vector<TMadeColumn> mapping{};      // what became of its columns
   TLeftOut left_out{};                     // by the selection
   TStringList renames{};                   // that may be meant, as ReadRename takes them
+  TStringList not_granted{};               // wishes that keep the two from being identical, and why
 };
 
 // What the user should hear of a comparison that ended well.
@@ -126,6 +127,8 @@ class TDialect {
   // Whether the reference, once compared, turned out to have no table: a dump that failed, more often than a wish. What
   // to say of it: EmptyReferenceText.
   virtual bool ReferenceIsEmpty() const = 0;
+  // Why no script is to be made of what was compared, nor run; empty for nothing.
+  virtual std::string Refusal() const { return {}; }
   // For messages: the table that the last comparison came to, empty when it ended well or came to none; whether the
   // target's connection was gone when it ended.
   virtual const std::string& TableUnderWay() const = 0;

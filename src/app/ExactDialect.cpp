@@ -114,7 +114,8 @@ TFindings TExactDialect::Findings() const {
                         sync.Accepted(),
                         sync.MadeColumns(),
                         sync.LeftOut(),
-                        {}};
+                        {},
+                        sync.RenamesRefused()};
   for (const TRenameOffer& offer : sync.RenameOffers()) findings.renames.push_back(offer.rename.Text());
   return findings;
 }
@@ -127,6 +128,7 @@ std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
   for (const std::string& line : sync.CaseTwins()) tell(false, line);
   if (sync.LeftOut().Any()) tell(false, "Left out: " + sync.LeftOut().Text());
   for (const std::string& line : sync.KeysToNothing()) tell(true, line);
+  for (const std::string& line : sync.RenamesRefused()) tell_why(true, line);
   for (const std::string& line : sync.RenamesTold()) tell(false, line);
   for (const TRenameOffer& offer : sync.RenameOffers()) tell(false, offer.Text());
   for (const std::string& line : sync.LeftAlone()) tell(false, line);
@@ -145,6 +147,8 @@ std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
                           Counted(static_cast<std::size_t>(left), "difference")));
   return remarks;
 }
+
+std::string TExactDialect::Refusal() const { return JoinList(sync.RenamesRefused(), "\n"); }
 
 bool TExactDialect::Reads(const std::string& table) {
   try {
@@ -244,6 +248,7 @@ void TExactDialect::CheckUnmoved(std::vector<TPlanStatement> planned) const {
 void TExactDialect::RunScript(const std::string& text, const TRunCare& care) {
   const TPlannedStatements planned(sync.Plan());
   const std::vector<TPlanStatement> holds = planned.In(text);
+  if (!holds.empty() && !Refusal().empty()) RaiseError(Refusal());
   if (const TStringList above = sync.AboveAlgorithm(holds); !above.empty()) RaiseError(JoinList(above, "\n"));
   TDBConn& target = *parts_.connections.target;
   if (auto* texts = dynamic_cast<TCreationTexts*>(&target)) texts->PrepareExactTexts();

@@ -29,6 +29,7 @@ class TExactDialect final : public TDialect {
   std::vector<TDifference> Differences() const override;
   std::vector<TRemark> Remarks(TDBConn* compared) const override;
   bool ReferenceIsEmpty() const override { return sync.ReferenceIsEmpty(); }
+  std::string Refusal() const override;
   const std::string& TableUnderWay() const override { return sync.TableUnderWay(); }
   bool TargetLost() const override { return sync.TargetLost(); }
   bool Reads(const std::string& table) override;

@@ -55,6 +55,8 @@ std::optional<std::string> TPairRun::Compare(const TPair& pair, const TSourceOpt
     compared_ = app_.Compare();
     TellWarnings(*app_.connections.reference, console_);
     LookAtReference(pair, for_script);
+    const std::string refusal = app_.Dialect().Refusal();
+    if (for_script && !refusal.empty()) RaiseError(refusal);
     TellRemarks(app_, compared_.get(), console_);
   });
 }

@@ -66,6 +66,7 @@ void AddFindings(const TFindings& findings, TTold& told) {
   for (const TSkippedTable& table : findings.skipped) told.Add({table.side, table.table, table.reason});
   for (const TObjectDifference& object : findings.objects) told.Add({object.kind, object.name, object.difference});
   told.Add(findings.not_followed);
+  told.Add(findings.not_granted);
   for (const TKindsNotSeen& of : findings.not_seen) told.Add(TStringList{of.Text()});
 }
 
@@ -89,6 +90,8 @@ void TFleetPair::Compare() {
   if (dynamic_cast<TExactDialect*>(&app_.Dialect()) == nullptr) RaiseError(Format(kOldServer, ServerText(Target())));
   if (wishes_.for_script && !wishes_.allow_empty_reference && app_.Dialect().ReferenceIsEmpty())
     RaiseError(Format(kEmpty, EmptyReferenceText(*app_.connections.reference)));
+  const std::string refusal = app_.Dialect().Refusal();
+  if (wishes_.for_script && !refusal.empty()) RaiseError(refusal);
 }
 
 TFleetFindings TFleetPair::Findings() {

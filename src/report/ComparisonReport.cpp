@@ -48,6 +48,7 @@ TStringList FindingsOf(const TDialect& dialect) {
   for (const TSkippedTable& table : findings.skipped)
     lines.push_back(Format(kSkipped, table.table, table.side, table.reason));
   for (const TKindsNotSeen& kinds : findings.not_seen) lines.push_back(kinds.Text());
+  lines.insert(lines.end(), findings.not_granted.begin(), findings.not_granted.end());
   for (const TObjectDifference& object : findings.objects)
     lines.push_back(Format(kObject, object.kind, object.name, object.difference));
   for (const TUnmadeElement& element : findings.unmade) lines.push_back(Format(kUnmade, element.Text()));

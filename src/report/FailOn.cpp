@@ -37,6 +37,7 @@ class TFailures {
       failures_.push_back({kNotCompared, Format(kSkipped, table.table, table.side, table.reason)});
     for (const std::string& statement : findings.not_followed) failures_.push_back({kNotCompared, statement});
     for (const TKindsNotSeen& kinds : findings.not_seen) failures_.push_back({kNotCompared, kinds.Text()});
+    for (const std::string& wish : findings.not_granted) failures_.push_back({kNotCompared, wish});
     return std::move(failures_);
   }
 

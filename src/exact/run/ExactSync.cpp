@@ -150,6 +150,7 @@ void TExactSync::Forget() {
   translated_objects_.reset();
   offers_.clear();
   renames_told_.clear();
+  renames_refused_.clear();
   target_server_ = {};
   changes_.clear();
   objects_ = {};
@@ -184,6 +185,7 @@ void TExactSync::Rename(TDBConn& target) {
   TRenaming renaming = FitRenames(Wishes.renames, read_, Wishes.selection, read_.case_counts);
   renames_ = std::move(renaming.fits);
   renames_told_ = std::move(renaming.told);
+  renames_refused_ = std::move(renaming.refused);
   if (!renames_.empty()) renamed_ = read_.target.schema;
   for (TRenameChange& change : renames_) {
     ApplyRename(change.rename, target_server_, *renamed_);
@@ -380,7 +382,8 @@ void TExactSync::FillLog() {
   for (const TUnmadeElement& element : read_.unmade) ActionLog.push_back(Format(kUnmade, element.Text()));
   for (const TMadeColumn& column : read_.made)
     if (Verbose || column.level == EMadeLevel::Warning) ActionLog.push_back(Format(kMapping, column.Text()));
-  ActionLog.insert(ActionLog.end(), renames_told_.begin(), renames_told_.end());
+  for (const TStringList* lines : {&renames_refused_, &renames_told_})
+    ActionLog.insert(ActionLog.end(), lines->begin(), lines->end());
   for (const TRenameChange& change : renames_)
     ActionLog.push_back((change.rename.OfTable() ? "" : change.rename.table + ": ") + change.LogText());
   for (const TChange& change : changes_) {
@@ -405,7 +408,7 @@ bool TExactSync::TablesIdentical() const {
   const bool all_seen = std::ranges::none_of(
       read_.not_seen, [](const TKindsNotSeen& of) { return std::ranges::find(of.kinds, "table") != of.kinds.end(); });
   return changes_.empty() && renames_.empty() && read_.skipped.empty() && read_.not_followed.empty() && all_seen &&
-         read_.unmade.empty();
+         read_.unmade.empty() && renames_refused_.empty();
 }
 
 bool TExactSync::Identical() const {

@@ -87,6 +87,7 @@ class TExactSync {
   const std::vector<TRenameChange>& Renames() const { return renames_; }  // likewise
   const std::vector<TRenameOffer>& RenameOffers() const { return offers_; }
   const TStringList& RenamesTold() const { return renames_told_; }  // what does not fit, and what names the old names
+  const TStringList& RenamesRefused() const { return renames_refused_; }  // those by which no script may be made
   int DifferencesLeft() const { return differences_left_; }         // by the proof, for the whole plan
   std::string NothingLeft() const;  // what a proof says that leaves none: a skipped table is in no proof
   const std::string& TableUnderWay() const { return table_under_way_; }
@@ -183,6 +184,7 @@ class TExactSync {
       translated_objects_;  // what is wanted, in words and collations of the target's server
   std::vector<TRenameOffer> offers_;
   TStringList renames_told_;
+  TStringList renames_refused_;
   TServerTraits target_server_;  // in what it differs, where something is renamed
   std::vector<TChange> changes_;
   TObjectComparison objects_;

@@ -17,6 +17,9 @@ namespace {
 constexpr char kNotThere[] = "Rename %s: the %s has no %s %s";
 constexpr char kDone[] = "Rename %s: the target has the new name already";
 constexpr char kBoth[] = "Rename %s does not fit: the %s has %s, too";
+constexpr char kCircle[] =
+    "Rename %s cannot be done beside the others: the target has both names. Rename by way of a third one by hand, and "
+    "compare without it";
 constexpr char kTwice[] = "Rename %s does not fit: another one has one of its names";
 constexpr char kNotCompared[] = "Rename %s does not fit: table %s is not compared";
 constexpr char kSameName[] = "Rename %s does not fit: to the target's server both names are the same";
@@ -32,6 +35,13 @@ class TFitting {
       if (wish.OfTable()) FitTable(wish);
     for (const TRename& wish : wishes)
       if (!wish.OfTable()) FitColumn(wish);
+    for (const auto& [wish, line] : both_there_) {
+      const bool circle = std::ranges::any_of(undone_, [&wish](const TRename& other) {
+        return other.table == wish.table &&
+               (SameNames(wish, other.to, wish.from) || SameNames(wish, other.from, wish.to));
+      });
+      (circle ? result_.refused : result_.told).push_back(circle ? Format(kCircle, wish.Text()) : line);
+    }
     return std::move(result_);
   }
 
@@ -59,18 +69,24 @@ class TFitting {
     if (!new_wanted) RaiseError(Format(kNotThere, wish.Text(), kReferenceSide, kind, wish.to));
     if (!old_there && !new_there) RaiseError(Format(kNotThere, wish.Text(), kTargetSide, kind, wish.from));
     if (!old_there) return Tell(Format(kDone, wish.Text()), true);
-    if (new_there) return Tell(Format(kBoth, wish.Text(), kTargetSide, wish.to), false);
-    if (old_wanted) return Tell(Format(kBoth, wish.Text(), kReferenceSide, wish.from), false);
+    undone_.push_back(wish);
+    if (new_there || old_wanted) {
+      both_there_.emplace_back(
+          wish, Format(kBoth, wish.Text(), new_there ? kTargetSide : kReferenceSide, new_there ? wish.to : wish.from));
+      return false;
+    }
     const bool twice = std::ranges::any_of(result_.fits, [&wish](const TRenameChange& other) {
       const TRename& rename = other.rename;
-      const auto same = [&](const std::string& a, const std::string& b) {
-        return wish.OfTable() ? a == b : SameText(a, b);
-      };
-      return rename.table == wish.table && (same(rename.from, wish.from) || same(rename.to, wish.to));
+      return rename.table == wish.table &&
+             (SameNames(wish, rename.from, wish.from) || SameNames(wish, rename.to, wish.to));
     });
     if (twice) return Tell(Format(kTwice, wish.Text()), false);
     result_.fits.push_back({0, wish});
     return true;
+  }
+
+  static bool SameNames(const TRename& wish, const std::string& a, const std::string& b) {
+    return wish.OfTable() ? a == b : SameText(a, b);
   }
 
   bool Tell(std::string line, bool result) {
@@ -121,7 +137,9 @@ class TFitting {
   const TReadPair& read_;
   const TSelection& selection_;
   bool case_counts_;
-  std::vector<TRename> tables_;  // renamed, or done already
+  std::vector<TRename> tables_;                              // renamed, or done already
+  std::vector<TRename> undone_;                              // whose old name the target has
+  std::vector<std::pair<TRename, std::string>> both_there_;  // of these, on one side, with what to tell
   TRenaming result_;
 };
 

@@ -23,6 +23,7 @@ struct TRenameChange {
 struct TRenaming {
   std::vector<TRenameChange> fits;  // tables first
   TStringList told;                 // a line for each that does not, such as one that is done already
+  TStringList refused;              // for each that others stand in the way of, as names that swap
 };
 
 // A column's table may be named as either side has it. Raises for one of a table or column that is not there: the old
