@@ -8,6 +8,7 @@
 
 #include "core/CreationTexts.h"
 #include "engines/mysql/LoginRights.h"
+#include "exact/run/MissingSequences.h"
 #include "exact/run/StructureDigest.h"
 #include "fleet/OwnName.h"
 #include "util/Errors.h"
@@ -90,7 +91,10 @@ void TIdenticalTargets::Learn(const TExactDialect& compared, TDBConn& target) {
   try {
     TFacts facts(TraitsOf(target), counters_);
     facts.AddObjects(read.target_objects.objects, server->database());
-    for (const auto& [name, text] : read.target.texts) facts.AddTable(name, text);
+    for (const auto& [name, text] : read.target.texts) {
+      if (MayNameSequence(text)) return;  // of this database, which is another one's to the next target
+      facts.AddTable(name, text);
+    }
     const std::lock_guard lock(mutex_);
     facts_.insert(facts.Digest());
   } catch (const EAbort&) {

@@ -24,6 +24,7 @@
 #include "exact/compare/Translation.h"
 #include "exact/objects/FoldedNames.h"
 #include "exact/plan/FileSchema.h"
+#include "exact/run/MissingSequences.h"
 #include "mysqltext/ElementText.h"
 #include "util/Errors.h"
 #include "util/Format.h"
@@ -525,7 +526,8 @@ class TPairReader {
     }
     if (reference_.maker != nullptr) return TakeMade(reading[0], reading[1], table);
     const bool same = reading[0].text != nullptr && reading[1].text != nullptr && *reading[0].text == *reading[1].text;
-    if (same && !SpeaksOfVersioning(*reading[0].text)) {
+    // A sequence of the reference's database is to be the target's there, and another one here.
+    if (same && !SpeaksOfVersioning(*reading[0].text) && !MayNameSequence(*reading[0].text)) {
       taken_.push_back({reading[0].text, nullptr, nullptr});
       return;
     }
@@ -666,6 +668,7 @@ class TPairReader {
 
   void FillSchemas() {
     if (across_) LeaveTogether();
+    LeaveWithoutSequences();
     while (!pair_.skipped.empty() && LeaveDependents()) {
     }
     TTableNames changing, parents;  // in lower case
@@ -699,6 +702,16 @@ class TPairReader {
     LeaveWhere([&](const TTaken& taken) {
       const auto reason = reasons.find(taken.reference == nullptr ? "" : taken.reference->name);
       return reason == reasons.end() ? "" : Format(kMissing, ServerName(server_), reason->second);
+    });
+  }
+
+  // A server that has a sequence to look for does so when the table is made.
+  void LeaveWithoutSequences() {
+    if (target_.texts == nullptr || target_.Script() != nullptr || target_.texts->ServerVersion().empty()) return;
+    if (ReadServerTraits(target_.texts->ServerVersion()).mysql) return;
+    TMissingSequences missing(target_.conn);
+    LeaveWhere([&](const TTaken& taken) {
+      return taken.reference == nullptr ? "" : missing.WhyNot(*taken.reference, taken.target.get());
     });
   }
 

@@ -38,6 +38,30 @@ TEST_F(LiveCompanionTest, AStatementBeyondThePacketLimitIsNamedWithItsSize) {
   }
 }
 
+TEST_F(LiveCompanionTest, ADefaultCountsByASequenceThatTheTargetHas) {
+  if (testing::OnMySQL()) GTEST_SKIP() << "this server has no sequences";
+  TLiveDatabase reference("counted");
+  TLiveDatabase target("counting");
+  for (const char* statement :
+       {"create sequence s", "create sequence mine", "create table z (a int default nextval(s))",
+        "create table own (a int default nextval(mine))", "create table plain (a int)"})
+    reference.Run(statement);
+  target.Run("create sequence s");
+  target.Run("create table z (a int default nextval(counted.s))");
+  const auto run = [](const std::string& command) {
+    return RunLive({command, LiveSource("counted"), LiveSource("counting"), command == "sync" ? "--yes" : "--quiet"});
+  };
+  const TAnswer made = run("sync");
+  EXPECT_THAT(made.err, HasSubstr("table own is skipped: column a counts by sequence counting.mine, which the target"));
+  EXPECT_EQ(testing::Answer(target.Connection(),
+                            "select column_default from information_schema.columns where "
+                            "table_schema = database() and table_name = 'z'"),
+            "nextval(`counting`.`s`)");
+  target.Run("create sequence mine");
+  EXPECT_EQ(run("sync").status, 0);
+  EXPECT_EQ(run("compare").out, "Databases are identical. Nothing to synchronize.\n");
+}
+
 TEST_F(LiveCompanionTest, ALimitOfRowsLeavesTheRestOnTheServer) {
   TLiveDatabase database("limits");
   database.Run("create view v as select seq, repeat('x', 100) as text from " + testing::Numbers(1000000));
