@@ -116,6 +116,8 @@ TFindings TExactDialect::Findings() const {
                         sync.LeftOut(),
                         {},
                         sync.RenamesRefused()};
+  if (sync.NothingNamed())
+    findings.not_granted.insert(findings.not_granted.end(), sync.IdleOnly().begin(), sync.IdleOnly().end());
   for (const TRenameOffer& offer : sync.RenameOffers()) findings.renames.push_back(offer.rename.Text());
   return findings;
 }
@@ -126,6 +128,9 @@ std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
   const auto tell = [&](bool warning, std::string text) { remarks.push_back({warning, std::move(text)}); };
   const auto tell_why = [&](bool warning, std::string text) { remarks.push_back({warning, std::move(text), true}); };
   for (const std::string& line : sync.CaseTwins()) tell(false, line);
+  for (const std::string& line : sync.IdleOnly()) remarks.push_back({true, line, sync.NothingNamed()});
+  if (sync.Verbose)
+    for (const std::string& line : sync.IdleExcept()) tell(false, line);
   if (sync.LeftOut().Any()) tell(false, "Left out: " + sync.LeftOut().Text());
   for (const std::string& line : sync.KeysToNothing()) tell(true, line);
   for (const std::string& line : sync.RenamesRefused()) tell_why(true, line);

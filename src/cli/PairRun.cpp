@@ -178,7 +178,7 @@ void TPairRun::Open(const TPair& pair, const TSourceOptions& options, bool for_s
   if (OnMade) OnMade(*connections.target);
   CheckComparable(*connections.reference, app_.Dialect().Traits().maps_foreign);
   if (foreign_.Any() && !HasFactReader(*connections.reference)) RaiseError(kForeignAlone);
-  app_.Take({pair.collations, pair.verify_on_server, pair.via_server, foreign_, false, exact_});
+  app_.Take({pair.collations, pair.verify_on_server, pair.via_server, foreign_, options.verbose(), exact_});
   if (pair.via_server && (!IsFile(*connections.reference) || IsFile(*connections.target))) RaiseError(kFileAndServer);
   const TDialectTraits& dialect = app_.Dialect().Traits();
   // A server that is only compared need not be asked for its tables more often than the comparison does.

@@ -13,6 +13,7 @@
 #include "core/CreationTexts.h"
 #include "core/Host.h"
 #include "exact/objects/Dependents.h"
+#include "exact/run/IdlePatterns.h"
 #include "exact/run/ObjectTarget.h"
 #include "exact/run/TablesNotMade.h"
 #include "sync/CaseTwins.h"
@@ -28,6 +29,7 @@ constexpr char kNoReference[] = "There is no reference database";
 constexpr char kNoTarget[] = "There is no target database";
 constexpr char kSkipped[] = "Skipped: table %s, %s: %s";
 constexpr char kStatement[] = "Not followed: %s";
+constexpr char kIdle[] = "--%s %s names nothing that is there";
 constexpr char kLeftOut[] = "Left out: %s";
 constexpr char kOtherObject[] = "Not the same: %s %s: %s";
 constexpr char kNamedBy[] = "%s is named by %s";
@@ -114,6 +116,7 @@ void TExactSync::Compare() {
                  {Collations, Wishes.selection, Wishes.reference_version, Wishes.locks.target_version}, progress_,
                  table_under_way_, maker.get(), read_);
         table_under_way_.clear();
+        LookForIdlePatterns(maker == nullptr);
         if (maker == nullptr) case_twins_ = velmora::CaseTwins(reference, target, read_.case_counts);
         CompareSchemas(target);
         CompareOthers(target);
@@ -144,6 +147,8 @@ void TExactSync::Forget() {
   read_ = {};
   case_twins_.clear();
   keys_to_nothing_.clear();
+  idle_only_.clear();
+  idle_except_.clear();
   renames_.clear();
   renamed_.reset();
   renamed_objects_.reset();
@@ -160,6 +165,18 @@ void TExactSync::Forget() {
   differences_left_ = 0;
   table_under_way_.clear();
   target_lost_ = false;
+}
+
+void TExactSync::LookForIdlePatterns(bool objects) {
+  if (!read_.not_seen.empty()) return;
+  for (const std::string& pattern : IdlePatterns(Wishes.selection.only, read_, objects))
+    idle_only_.push_back(Format(kIdle, "only", pattern));
+  for (const std::string& pattern : IdlePatterns(Wishes.selection.except, read_, objects))
+    idle_except_.push_back(Format(kIdle, "except", pattern));
+}
+
+bool TExactSync::NothingNamed() const {
+  return !idle_only_.empty() && idle_only_.size() == Wishes.selection.only.size();
 }
 
 // What is left out of the comparison is no difference, whenever it is looked for.
@@ -367,6 +384,8 @@ std::vector<TPlanStatement> TExactSync::PlanOf(const std::vector<TChange>& chang
 
 void TExactSync::FillLog() {
   ActionLog = case_twins_;
+  ActionLog.insert(ActionLog.end(), idle_only_.begin(), idle_only_.end());
+  if (Verbose) ActionLog.insert(ActionLog.end(), idle_except_.begin(), idle_except_.end());
   if (read_.left_out.Any()) ActionLog.push_back(Format(kLeftOut, read_.left_out.Text()));
   if (Verbose)
     for (const TStringList* names : {&read_.left_out.tables, &read_.left_out.objects, &read_.left_out.changes})
@@ -408,7 +427,7 @@ bool TExactSync::TablesIdentical() const {
   const bool all_seen = std::ranges::none_of(
       read_.not_seen, [](const TKindsNotSeen& of) { return std::ranges::find(of.kinds, "table") != of.kinds.end(); });
   return changes_.empty() && renames_.empty() && read_.skipped.empty() && read_.not_followed.empty() && all_seen &&
-         read_.unmade.empty() && renames_refused_.empty();
+         read_.unmade.empty() && renames_refused_.empty() && !NothingNamed();
 }
 
 bool TExactSync::Identical() const {

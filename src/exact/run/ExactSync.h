@@ -63,7 +63,11 @@ class TExactSync {
   const TStringList& CaseTwins() const { return case_twins_; }           // see sync/CaseTwins.h
   const TStringList& NotFollowed() const { return read_.not_followed; }  // statements of a script, with the reason
   const std::vector<TKindsNotSeen>& NotSeen() const { return read_.not_seen; }
-  const TLeftOut& LeftOut() const { return read_.left_out; }             // by the selection
+  const TLeftOut& LeftOut() const { return read_.left_out; }  // by the selection
+  // A line for each pattern, of `only` and of `except`, that names nothing of either side; none where not all was seen.
+  const TStringList& IdleOnly() const { return idle_only_; }
+  const TStringList& IdleExcept() const { return idle_except_; }
+  bool NothingNamed() const;  // by any pattern of `only`, of which there are some
   const TStringList& KeysToNothing() const { return keys_to_nothing_; }  // see ForeignKeysToNothing
   const TStringList& LeftAlone() const { return read_.left_alone; }      // a line for each object that is not handled
   // Of what stands beside tables: what no action changes, and why.
@@ -88,7 +92,7 @@ class TExactSync {
   const std::vector<TRenameOffer>& RenameOffers() const { return offers_; }
   const TStringList& RenamesTold() const { return renames_told_; }  // what does not fit, and what names the old names
   const TStringList& RenamesRefused() const { return renames_refused_; }  // those by which no script may be made
-  int DifferencesLeft() const { return differences_left_; }         // by the proof, for the whole plan
+  int DifferencesLeft() const { return differences_left_; }               // by the proof, for the whole plan
   std::string NothingLeft() const;  // what a proof says that leaves none: a skipped table is in no proof
   const std::string& TableUnderWay() const { return table_under_way_; }
   // Of the last comparison: nothing of the reference was read, nor skipped.
@@ -125,6 +129,7 @@ class TExactSync {
 
  private:
   std::unique_ptr<TTextMaker> MakerFor(TDBConn& reference) const;
+  void LookForIdlePatterns(bool objects);
   void CompareSchemas(TDBConn& target);
   std::vector<TChange> ChangesOf(const TSchema& target, TEquivalenceUse& use, const TTableNames* only = nullptr,
                                  TLeftOut* left = nullptr) const;
@@ -177,6 +182,8 @@ class TExactSync {
   TReadPair read_;
   TStringList case_twins_;
   TStringList keys_to_nothing_;
+  TStringList idle_only_;
+  TStringList idle_except_;
   std::vector<TRenameChange> renames_;
   std::optional<TSchema> renamed_;                   // the target's tables under their new names, where there are any
   std::optional<TDatabaseObjects> renamed_objects_;  // with the triggers of these tables
