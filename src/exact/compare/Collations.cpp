@@ -107,20 +107,25 @@ bool IsPlainName(std::string_view name) {
 
 }  // namespace
 
+bool TKnownSets::Knows(const std::string& name, bool collation) {
+  const auto [entry, fresh] = known_.emplace(std::pair(name, collation), true);
+  if (!fresh) return entry->second;
+  const bool used = texts_ != nullptr && std::ranges::any_of(*texts_, [&name](const auto& table) {
+                      return table.second.find(name) != std::string::npos;
+                    });
+  return entry->second = used || ServerKnows(server_, {name, collation});
+}
+
 std::string TKnownSets::UnknownIn(const std::string& text) {
   std::string reasons;
-  for (const TSetName& set : NamesIn(text)) {
-    const auto [entry, fresh] = known_.emplace(std::pair(set.name, set.collation), true);
-    if (fresh) {
-      const bool used = texts_ != nullptr && std::ranges::any_of(*texts_, [&](const auto& table) {
-                          return table.second.find(set.name) != std::string::npos;
-                        });
-      entry->second = used || ServerKnows(server_, set);
-    }
-    if (entry->second) continue;
-    AddReason(reasons, Format(kUnknown, set.collation ? "collation" : "character set", set.name, set.name));
-  }
+  for (const TSetName& set : NamesIn(text))
+    if (!Knows(set.name, set.collation))
+      AddReason(reasons, Format(kUnknown, set.collation ? "collation" : "character set", set.name, set.name));
   return reasons;
+}
+
+std::string TKnownSets::UnknownCollation(const std::string& name) {
+  return Knows(name, true) ? std::string() : Format(kUnknown, "collation", name, name);
 }
 
 void AddToCollationMap(const std::string& mapping, TCollationMap& map) {

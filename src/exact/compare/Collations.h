@@ -30,10 +30,14 @@ class TKnownSets {
   // Which of those that a text names the server does not know, as a sentence; empty for none. A server that answers no
   // queries is believed to know them all.
   std::string UnknownIn(const std::string& text);
+  // Likewise of one collation by its name.
+  std::string UnknownCollation(const std::string& name);
   // Believes that it knows the names in its own creation texts.
   void Believe(const std::map<std::string, std::string>& texts) { texts_ = &texts; }
 
  private:
+  bool Knows(const std::string& name, bool collation);
+
   TDBConn& server_;
   const std::map<std::string, std::string>* texts_ = nullptr;
   std::map<std::pair<std::string, bool>, bool> known_;  // by name, and whether it is a collation

@@ -20,8 +20,7 @@ namespace velmora {
 namespace {
 
 constexpr char kNoMode[] = "not followed: its body is read by the mode %s, which the target does not have";
-constexpr char kNoCollation[] =
-    "it was made under the collation %s, which the target does not know: the session's own is taken";
+constexpr char kLeftAlone[] = "left alone: %s";
 constexpr char kNoAccount[] = "the target has no account %s, its definer";
 constexpr char kNotAllowed[] = "this login may not make %s its definer";
 constexpr char kMayNotName[] = "this login may not name its definer %s, and so cannot make it anew";
@@ -97,11 +96,15 @@ void TellMissingModes(const TPlanServer& server, TObjectComparison& objects) {
   });
 }
 
-void LeaveCollation(TKnownSets& known, TObjectChange& change) {
-  std::string& collation = change.new_object.context.collation;
-  if (collation.empty() || known.UnknownIn("collate " + collation).empty()) return;
-  AddReason(change.unsafe, Format(kNoCollation, collation));
-  collation.clear();
+// The session could not be set to it, and under another the literals of the object would be others.
+void LeaveUnknownCollations(TKnownSets& known, const TPlanServer& server, TObjectComparison& objects) {
+  std::erase_if(objects.changes, [&](const TObjectChange& change) {
+    const std::string& collation = change.new_object.context.collation;
+    if (collation.empty() || AltersInPlace(change, server)) return false;
+    const std::string reason = known.UnknownCollation(LowerText(collation));
+    if (!reason.empty()) objects.differences.push_back({change.kind, change.name, Format(kLeftAlone, reason)});
+    return !reason.empty();
+  });
 }
 
 // Servers make no view of what runs as somebody whom they do not know, though they have it.
@@ -133,9 +136,9 @@ void SettleOnTarget(TDBConn& target, const TPlanServer& server, TKnownSets& know
   if (!server.mysql && !server.mariadb) return;
   TellMissingModes(server, objects);
   if (!server.asked) return;
+  LeaveUnknownCollations(known, server, objects);
   TDefinerRights rights(target);
   for (TObjectChange& change : objects.changes) {
-    LeaveCollation(known, change);
     const bool names_it = change.action != saDropObject && !AltersInPlace(change, server);
     if (!names_it || change.definer.empty() || change.definer == "current_user()") continue;
     const bool has_it = change.old_text != nullptr && change.old_text->definer == change.definer;

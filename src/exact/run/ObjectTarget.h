@@ -15,11 +15,11 @@ struct TObjectSides {
   const TDatabaseObjects& target;
 };
 
-// A change that needs a mode which the server does not have is told as a difference instead, and so is a view that
-// names a function or view whose definer is no account of the target's: no server makes it. A collation that it does
-// not know is not set, which makes the change unsafe; and so does a definer that the object does not have yet and that
-// the target does not know, and one that the login may not name. `known` are the target's sets. A file is asked
-// nothing. Asks little, and only where there is something to ask.
+// A change that needs a mode or a collation which the server does not have is told as a difference instead, and so is a
+// view that names a function or view whose definer is no account of the target's: no server makes it. A definer that
+// the object does not have yet and that the target does not know makes the change unsafe, and so does one that the
+// login may not name. `known` are the target's sets. A file is asked nothing. Asks little, and only where there is
+// something to ask.
 void SettleOnTarget(TDBConn& target, const TPlanServer& server, TKnownSets& known, const TObjectSides& sides,
                     TObjectComparison& objects);
 
