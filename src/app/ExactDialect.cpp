@@ -140,6 +140,7 @@ std::vector<TRemark> TExactDialect::Remarks(TDBConn* /*compared*/) const {
   for (const TObjectDifference& object : sync.Objects())
     tell_why(false, Format("Not the same: %s %s: %s", object.kind, object.name, object.difference) +
                         PlaceIn(parts_.connections.reference.get(), object));
+  for (const std::string& line : sync.ObjectRemarks()) tell(false, line);
   for (const std::string& statement : sync.NotFollowed()) tell_why(true, "not followed: " + statement);
   for (const TKindsNotSeen& kinds : sync.NotSeen()) tell_why(true, kinds.Text() + kSeeMore);
   for (const TSkippedTable& skipped : sync.Skipped())

@@ -107,6 +107,33 @@ TEST(ObjectChangesTest, EachObjectIsNamedByKindAndName) {
             "trigger t not read: the reference may have it and does not show all of its kind|");
 }
 
+// Body of a procedure of database r, which database g is to get or has: whether it works on r from there.
+TEST(ObjectChangesTest, BodiesThatNameTheReferencesDatabase) {
+  const std::pair<const char*, bool> kCases[] = {
+      {"insert into r.log values (1)", true},
+      {"call `R`.q()", true},
+      {"set @a = r.f(1)", true},
+      {"select 'r.t', r from t /* r.t */", false},
+      {"select a.r.b, g.t.a from g.t", false},
+      {"update r set r.a = 1 where r.b = 2", false},
+      {"select r.a from t r join r.u", true},
+      {"select r.t.a from r", true},
+  };
+  for (const auto& [body, names] : kCases) {
+    SCOPED_TRACE(body);
+    const std::string text = std::string("create procedure o() ") + body;
+    const std::string reason = names ? "its body names the database r, which is the reference's" : "";
+    const TObjectComparison is_new = CompareObjects({"r", {{"procedure", "o", text}}}, {"g", {}});
+    EXPECT_EQ(is_new.changes.at(0).unsafe, reason);
+    EXPECT_EQ(Compared("procedure", text, "create procedure o() select 1").changes.at(0).unsafe, reason);
+    const TObjectComparison same = Compared("procedure", text, text);
+    EXPECT_TRUE(same.changes.empty());
+    EXPECT_EQ(same.remarks.size(), names ? 1u : 0u);
+    const std::vector<TOtherObject> objects = {{"procedure", "o", text}};
+    EXPECT_TRUE(CompareObjects({"r", objects}, {"r", objects}).remarks.empty());
+  }
+}
+
 TDatabaseObjects ObjectsOf(const std::string& part) {
   TDatabaseObjects objects;
   for (const std::string& line : LinesOf(part)) {

@@ -10,6 +10,7 @@
 
 #include "exact/objects/ObjectContext.h"
 #include "exact/objects/ViewNames.h"
+#include "mysqltext/KeyText.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -25,6 +26,9 @@ constexpr char kDiffers[] = "differs";
 constexpr char kNotRead[] = "not read";
 constexpr char kNotFollowed[] = "not followed, %s";
 constexpr char kMayBeHidden[] = "not read: the %s may have it and does not show all of its kind";
+constexpr char kNamesReference[] = "its body names the database %s, which is the reference's";
+constexpr char kBothNameReference[] =
+    "%s is the same on both sides, and its body names the database %s, which is the reference's";
 constexpr char kTextGoes[] = "the target alone has it, and nothing keeps its text";
 
 struct TKindRow {
@@ -62,6 +66,29 @@ std::set<std::string> ModesOf(const std::string& sql_mode) {
   for (const char* gone : {"", "NO_AUTO_CREATE_USER"}) modes.erase(gone);
   if (modes.contains("ANSI_QUOTES")) modes.erase("ANSI");  // says nothing beside those that it stands for
   return modes;
+}
+
+// Whether names of this database stand in the tokens. An alias or a table may have the database's name: then names of
+// two parts may be its columns, but for those that stand where a table or a routine does. `own` is another's name,
+// which may be the same but for letter case.
+bool NameDatabase(TTokens tokens, const std::string& database, const std::string& own) {
+  const auto is_it = [&](std::size_t at) {
+    if (!IsName(tokens[at])) return false;
+    const std::string name = NameOf(tokens[at]);
+    return SameText(name, database) && name != own;
+  };
+  const auto begins = [&](std::size_t at) { return at == 0 || !tokens[at - 1].Is("."); };
+  bool alias = false;
+  for (std::size_t at = 0; at < tokens.size(); ++at)
+    alias = alias || (is_it(at) && begins(at) && !TokenAt(tokens, at + 1).Is("."));
+  for (std::size_t at = 0; at + 2 < tokens.size(); ++at) {
+    if (!is_it(at) || !begins(at) || !tokens[at + 1].Is(".")) continue;
+    const TToken& behind = TokenAt(tokens, at + 3);
+    const bool of_table =
+        at > 0 && InList(LowerText(tokens[at - 1].text), {"from", "join", "into", "update", "call", "table"});
+    if (!alias || of_table || behind.Is(".") || behind.Is("(")) return true;
+  }
+  return false;
 }
 
 // Names of the elements that are not the same.
@@ -134,6 +161,7 @@ class TComparison {
     change.new_object = object;
     if (change.new_text == nullptr) return;
     if (wishes_.policy != EDefiners::Strip) change.definer = MappedAccount(change.new_text->definer, wishes_);
+    if (NamesReference(change)) change.unsafe = Format(kNamesReference, reference_.database);
     result_.changes.push_back(std::move(change));
   }
 
@@ -164,10 +192,27 @@ class TComparison {
     if (SameQueries(change)) std::erase(change.elements, kViewQuery);
     CompareContexts(change);
     SettleDefiner(change);
+    if (NamesReference(change)) TellOfReference(change);
     if (!change.elements.empty())
       result_.changes.push_back(std::move(change));
     else if (change.kind == kTrigger)
       same_triggers_.push_back(std::move(change));
+  }
+
+  // Bodies go letter by letter. Views have their own database's name taken out.
+  bool NamesReference(const TObjectChange& change) const {
+    const std::string& database = reference_.database;
+    const bool other = !database.empty() && !target_.database.empty() && database != target_.database;
+    if (!other || change.kind == "view" || PosNoCase(database, change.new_text->body) == 0) return false;
+    const bool ansi = QuotesNames(change.new_object.context.sql_mode.value_or(""));
+    return NameDatabase(TokensByMode(change.new_text->body, ansi), database, target_.database);
+  }
+
+  void TellOfReference(TObjectChange& change) {
+    if (std::ranges::find(change.elements, "body") != change.elements.end())
+      change.unsafe = Format(kNamesReference, reference_.database);
+    else
+      result_.remarks.push_back(Format(kBothNameReference, change.Object(), reference_.database));
   }
 
   // Of views whose queries differ as they are written.

@@ -56,13 +56,15 @@ struct TObjectChange {
 struct TObjectComparison {
   std::vector<TObjectChange> changes;  // in the order of the reference, then what the target alone has
   std::vector<TObjectDifference> differences;
+  TStringList remarks{};  // a line for each of what is no difference and had better be known
 };
 
 // White space and comments outside bodies, how names are quoted, the database's own name before a name, and what is the
 // default never count; of views redundant brackets neither, nor whether names in their queries say whose columns they
 // are, as far as that is certain; definers as `wishes` say. Bodies are compared letter by
 // letter, but for line ends. An object whose text cannot be read on a side is told as a difference and left alone, and
-// so is one that only one side has where the other does not see all of its kind.
+// so is one that only one side has where the other does not see all of its kind. A body that names the reference's
+// database, while the target's has another name, is unsafe where it is written, and remarked where both sides have it.
 TObjectComparison CompareObjects(const TDatabaseObjects& reference, const TDatabaseObjects& target,
                                  const TDefinerWishes& wishes = {});
 

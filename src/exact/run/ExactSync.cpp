@@ -394,6 +394,7 @@ void TExactSync::FillLog() {
   ActionLog.insert(ActionLog.end(), read_.left_alone.begin(), read_.left_alone.end());
   for (const TObjectDifference& object : objects_.differences)
     ActionLog.push_back(Format(kOtherObject, object.kind, object.name, object.difference));
+  ActionLog.insert(ActionLog.end(), objects_.remarks.begin(), objects_.remarks.end());
   for (const std::string& statement : read_.not_followed) ActionLog.push_back(Format(kStatement, statement));
   for (const TKindsNotSeen& kinds : read_.not_seen) ActionLog.push_back(kinds.Text());
   for (const TSkippedTable& skipped : read_.skipped)

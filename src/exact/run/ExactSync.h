@@ -72,6 +72,7 @@ class TExactSync {
   const TStringList& LeftAlone() const { return read_.left_alone; }      // a line for each object that is not handled
   // Of what stands beside tables: what no action changes, and why.
   const std::vector<TObjectDifference>& Objects() const { return objects_.differences; }
+  const TStringList& ObjectRemarks() const { return objects_.remarks; }  // of them what is no difference
   // Of a reference whose texts were made: what has no form in MySQL, what of that was accepted and is no longer there,
   // and what became of its columns.
   const std::vector<TUnmadeElement>& Unmade() const { return read_.unmade; }
