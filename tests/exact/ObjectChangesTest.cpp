@@ -11,6 +11,7 @@
 #include "support/CaseFile.h"
 #include "support/LineDiff.h"
 #include "support/MessageOf.h"
+#include "util/Format.h"
 #include "util/OneLine.h"
 
 namespace velmora {
@@ -105,6 +106,32 @@ TEST(ObjectChangesTest, EachObjectIsNamedByKindAndName) {
             "New view a|Obsolete view b|event n not read|sequence s only in the reference|function F not followed, "
             "line 1: neither a view, trigger, procedure, function nor event is created here|"
             "trigger t not read: the reference may have it and does not show all of its kind|");
+}
+
+TEST(ObjectChangesTest, TriggersWhoseNamesAreOneToTheTarget) {
+  const auto trigger = [](const std::string& name, int order, int value) {
+    const std::string order_of = order > 1 ? " follows `g`" : "";
+    return TOtherObject{
+        "trigger",
+        name,
+        Format("create trigger %s before insert on t for each row%s set @v = %d", name, order_of, value),
+        {},
+        order};
+  };
+  for (const bool counts : {true, false}) {
+    const TDatabaseObjects reference{"", {trigger("G", 1, 1), trigger("h", 2, 2), trigger("H", 3, 3)}};
+    TDatabaseObjects target{"", {trigger("h", 1, 0), trigger("g", 2, 1)}};
+    target.trigger_case = counts;
+    TObjectComparison found = CompareObjects(reference, target);
+    EXPECT_EQ(found.differences.size(), counts ? 0u : 1u);
+    TObjectPlan plan = MakeObjectPlan(found.changes, {.mysql = true});
+    TObjectProof proof(target);
+    for (const auto* part : {&plan.before, &plan.after})
+      for (const TPlanStatement& statement : *part) proof.Apply(statement.text);
+    EXPECT_EQ(target.objects.size(), counts ? 3u : 2u);
+    found = CompareObjects(reference, target);
+    EXPECT_TRUE(found.changes.empty()) << found.changes[0].LogText();
+  }
 }
 
 // Body of a procedure of database r, which database g is to get or has: whether it works on r from there.

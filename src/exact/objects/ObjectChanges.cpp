@@ -11,6 +11,7 @@
 #include "exact/objects/ObjectContext.h"
 #include "exact/objects/ViewNames.h"
 #include "mysqltext/KeyText.h"
+#include "mysqltext/ServerVersion.h"
 #include "util/Errors.h"
 #include "util/Format.h"
 #include "util/Text.h"
@@ -29,6 +30,7 @@ constexpr char kMayBeHidden[] = "not read: the %s may have it and does not show 
 constexpr char kNamesReference[] = "its body names the database %s, which is the reference's";
 constexpr char kBothNameReference[] =
     "%s is the same on both sides, and its body names the database %s, which is the reference's";
+constexpr char kOneName[] = "left alone: to the target's server its name is that of %s, which is made";
 constexpr char kTextGoes[] = "the target alone has it, and nothing keeps its text";
 
 struct TKindRow {
@@ -55,8 +57,6 @@ bool MayHide(const TDatabaseObjects& side, const std::string& kind) {
                                                                                : kind;
   return std::ranges::find(side.not_all_seen, seen_as) != side.not_all_seen.end();
 }
-
-TObjectKey KeyOf(const TOtherObject& object) { return ObjectKey(object.kind, object.name); }
 
 // Modes of a session, in order, without those that servers of today no longer know.
 std::set<std::string> ModesOf(const std::string& sql_mode) {
@@ -113,10 +113,12 @@ class TComparison {
 
   TObjectComparison Compare() {
     std::map<TObjectKey, const TOtherObject*> there;
-    std::set<TObjectKey> wanted;
+    std::map<TObjectKey, std::string> wanted;
     for (const TOtherObject& object : target_.objects) there.emplace(KeyOf(object), &object);
     for (const TOtherObject& object : reference_.objects) {
-      if (!wanted.insert(KeyOf(object)).second) continue;
+      const auto [first, is_new] = wanted.emplace(KeyOf(object), object.name);
+      if (!is_new && first->second != object.name) Tell(object, Format(kOneName, first->second));
+      if (!is_new) continue;
       const auto found = there.find(KeyOf(object));
       if (found == there.end())
         OnlyReference(object);
@@ -130,6 +132,9 @@ class TComparison {
   }
 
  private:
+  // As the target tells them apart.
+  TObjectKey KeyOf(const TOtherObject& object) const { return target_.KeyOf(object.kind, object.name); }
+
   void Tell(const TOtherObject& object, std::string difference) {
     result_.differences.push_back({object.kind, object.name, std::move(difference)});
   }
@@ -300,6 +305,17 @@ std::string TObjectChange::Description() const {
 TObjectComparison CompareObjects(const TDatabaseObjects& reference, const TDatabaseObjects& target,
                                  const TDefinerWishes& wishes) {
   return TComparison(reference, target, wishes).Compare();
+}
+
+// MySQL has them in its dictionary since 8.0, and had a file for each before.
+bool TriggerCaseCounts(const std::string& version) {
+  constexpr int kFirstWithDictionary = 80000;
+  const TServerVersion read = ReadServerVersion(version);
+  return version.empty() || read.mariadb || read.version < kFirstWithDictionary;
+}
+
+TObjectKey TDatabaseObjects::KeyOf(const std::string& kind, const std::string& name) const {
+  return kind == kTrigger && !trigger_case ? TObjectKey(kind, LowerText(name)) : ObjectKey(kind, name);
 }
 
 TObjectKey ObjectKey(const std::string& kind, const std::string& name) {

@@ -19,13 +19,20 @@
 
 namespace velmora {
 
+using TObjectKey = std::pair<std::string, std::string>;  // what an object is found by
+
 struct TDatabaseObjects {
   std::string database;  // its name, with which texts may qualify their names; empty where nobody knows it
   std::vector<TOtherObject> objects;
   TStringList not_all_seen{};  // kinds of which there may be more
   // A table's creation text; empty where it is not known.
   std::function<std::string(const std::string& table)> table_text{};
+  bool trigger_case = true;  // letter case counts in names of its server's triggers
+
+  TObjectKey KeyOf(const std::string& kind, const std::string& name) const;  // by which its server tells objects apart
 };
+// Whether it counts on the server that says this of itself; so it does where nobody knows.
+bool TriggerCaseCounts(const std::string& version);
 
 // What is told of an object that no action changes.
 struct TObjectDifference {
@@ -63,13 +70,13 @@ struct TObjectComparison {
 // default never count; of views redundant brackets neither, nor whether names in their queries say whose columns they
 // are, as far as that is certain; definers as `wishes` say. Bodies are compared letter by
 // letter, but for line ends. An object whose text cannot be read on a side is told as a difference and left alone, and
-// so is one that only one side has where the other does not see all of its kind. A body that names the reference's
+// so is one that only one side has where the other does not see all of its kind, or whose name is another's to the
+// target. A body that names the reference's
 // database, while the target's has another name, is unsafe where it is written, and remarked where both sides have it.
 TObjectComparison CompareObjects(const TDatabaseObjects& reference, const TDatabaseObjects& target,
                                  const TDefinerWishes& wishes = {});
 
-// What an object is found by: to servers letter case counts in the names of some kinds alone.
-using TObjectKey = std::pair<std::string, std::string>;
+// To servers letter case counts in the names of some kinds alone.
 TObjectKey ObjectKey(const std::string& kind, const std::string& name);
 
 bool IsScriptedKind(std::string_view kind);  // one of the five that actions change

@@ -346,9 +346,9 @@ void TObjectProof::Set(const std::vector<TToken>& tokens) {
 }
 
 TOtherObject* TObjectProof::Find(const std::string& kind, const std::string& name) {
-  const TObjectKey key = ObjectKey(kind, name);
+  const TObjectKey key = objects_.KeyOf(kind, name);
   const auto found = std::ranges::find_if(objects_.objects, [&](const TOtherObject& object) {
-    return object.kind == kind && SameText(object.name, name) && ObjectKey(kind, object.name) == key;
+    return object.kind == kind && SameText(object.name, name) && objects_.KeyOf(kind, object.name) == key;
   });
   return found == objects_.objects.end() ? nullptr : &*found;
 }
@@ -372,6 +372,7 @@ void TObjectProof::Alter(const std::string& statement, const std::vector<TToken>
 
 // The new one is the last of them.
 void TObjectProof::PutInOrder(const TObjectText& made) {
+  const std::string kind(kTrigger);
   TOtherObject& added = objects_.objects.back();
   std::vector<TOtherObject*> group;
   for (TOtherObject& object : objects_.objects)
@@ -380,7 +381,9 @@ void TObjectProof::PutInOrder(const TObjectText& made) {
   std::string other = made.order;
   const std::string word = StrChop(" ", other, true);
   const std::string beside = other.empty() ? std::string() : NameOf({EToken::Name, other, 0});
-  auto place = std::ranges::find(group, beside, &TOtherObject::name);
+  auto place = std::ranges::find_if(group, [&](const TOtherObject* trigger) {
+    return objects_.KeyOf(kind, trigger->name) == objects_.KeyOf(kind, beside);
+  });
   if (place == group.end() && !other.empty()) RaiseError(Format(kNoSuchTrigger, made.name, beside));
   if (place != group.end() && word == "follows") ++place;
   group.insert(place, &added);

@@ -216,6 +216,7 @@ void TExactSync::Rename(TDBConn& target) {
 
 void TExactSync::CompareOthers(TDBConn& target) {
   TDatabaseObjects& theirs = renamed_objects_ ? *renamed_objects_ : read_.target_objects;
+  theirs.trigger_case = read_.target_objects.trigger_case = TriggerCaseCounts(TargetVersion(target));
   read_.wanted_objects.table_text = [this](const std::string& table) {
     return TextOf(read_.objects_alone ? read_.target.texts : read_.reference.texts, table);
   };

@@ -165,9 +165,9 @@ TStringList NamesOfRenamed(const std::vector<TRenameChange>& renames, const TDat
   TStringList lines;
   if (renames.empty()) return lines;
   std::set<TObjectKey> changed;
-  for (const TObjectChange& change : changes) changed.insert(ObjectKey(change.kind, change.name));
+  for (const TObjectChange& change : changes) changed.insert(objects.KeyOf(change.kind, change.name));
   for (const TOtherObject& object : objects.objects) {
-    if (changed.contains(ObjectKey(object.kind, object.name))) continue;
+    if (changed.contains(objects.KeyOf(object.kind, object.name))) continue;
     const std::set<std::string> names = NamesSpokenOf(object);
     for (const TRenameChange& change : renames)
       if (Names(names, change.rename)) lines.push_back(Format(kNames, object.kind, object.name, change.rename.Place()));

@@ -23,6 +23,7 @@ TDatabaseObjects WithoutEvents(TDatabaseObjects objects) {
 
 // They are new there, in the order in which new ones are made.
 void TScratchObjects::Copy(const TDatabaseObjects& target) {
+  trigger_case_ = target.trigger_case;
   TObjectComparison copies = CompareObjects(WithoutEvents(target), {});
   for (const TObjectDifference& unread : copies.differences)
     if (!CopyRoutine(unread, target)) missing_.insert(unread.kind + " " + unread.name);
@@ -93,17 +94,22 @@ bool TScratchObjects::Tries(const TPlanStatement& statement) const {
   return !statement.text.starts_with("drop") || !missing_.contains(statement.object);
 }
 
+TDatabaseObjects TScratchObjects::There() {
+  TDatabaseObjects there = WithoutEvents(scratch_.Objects());
+  there.trigger_case = trigger_case_;
+  return there;
+}
+
 std::set<std::string> TScratchObjects::AsBefore(const TDatabaseObjects& target) {
   std::set<std::string> same = made_;
-  const TObjectComparison compared = CompareObjects(WithoutEvents(scratch_.Objects()), WithoutEvents(target));
+  const TObjectComparison compared = CompareObjects(There(), WithoutEvents(target));
   for (const TObjectChange& change : compared.changes) same.erase(change.Object());
   for (const TObjectDifference& object : compared.differences) same.erase(object.kind + " " + object.name);
   return same;
 }
 
 std::vector<TObjectChange> TScratchObjects::Left(const TDatabaseObjects& wanted, const TDefinerWishes& wishes) {
-  std::vector<TObjectChange> left =
-      CompareObjects(WithoutEvents(wanted), WithoutEvents(scratch_.Objects()), wishes).changes;
+  std::vector<TObjectChange> left = CompareObjects(WithoutEvents(wanted), There(), wishes).changes;
   std::erase_if(left, [this](const TObjectChange& change) {
     return missing_.contains(change.Object()) || refused_.contains(change.Object());
   });

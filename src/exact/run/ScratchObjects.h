@@ -40,9 +40,11 @@ class TScratchObjects {
   void Remember(const std::string& setting);
   bool CopyRoutine(const TObjectDifference& unread, const TDatabaseObjects& target);
   bool RunIfTaken(const std::string& statement);
+  TDatabaseObjects There();
 
   TScratchDatabase& scratch_;
   const TPlanServer& server_;
+  bool trigger_case_ = true;                     // as TDatabaseObjects has it
   std::set<std::string> missing_;                // "view v"
   std::set<std::string> held_;                   // views that stand for themselves until their turn comes
   std::map<std::string, std::string> settings_;  // of the session, the last of each
