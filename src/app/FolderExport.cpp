@@ -206,7 +206,9 @@ class TSourceTexts {
   std::string TextOf(const TOtherObject& object, const TObjectText& read) const {
     const bool strips = wishes_.definers.policy == EDefiners::Strip;
     const std::string definer = strips ? std::string() : MappedAccount(read.definer, wishes_.definers);
-    const std::string text = Laid(read.Creation({definer, false, OrderOf(object, read)}), read);
+    TObjectText said = read;
+    if (object.servers_start) said.starts.clear();  // another one wherever the file is run
+    const std::string text = Laid(said.Creation({definer, false, OrderOf(object, read)}), read);
     TStringList lines;
     const std::vector<TSetting> settings = SettingsOf(object);
     for (const TSetting& setting : settings) {

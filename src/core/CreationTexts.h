@@ -31,6 +31,8 @@ struct TOtherObject {
   TObjectContext context{};
   int order = 0;  // of a trigger: its place, from 1, among those of its table, time and event; 0 where nobody knows
   TScriptPlace place{};  // of its text in a script; the file is named for those of a folder alone
+  // Of a repeated event: its server has written when it starts, as nobody had said so.
+  bool servers_start = false;
 };
 
 // A statement of a script on tables, indexes or databases: create, alter, rename, drop; a setting that new tables

@@ -50,12 +50,15 @@ constexpr int kManyCollations = 1271;
 constexpr char kResultsInOurLetters[] = "set session character_set_results=@@character_set_client";
 constexpr char kNamesWithKinds[] = "show full tables";
 // A trigger has its table's database; asked for by its own, servers would look through the tables of all databases.
-// Their order says in which one they fire; servers of old, which have one of a kind, say 0.
+// Their order says in which one they fire; servers of old, which have one of a kind, say 0. Of an event 1 stands there
+// where its start is the moment in which it was made or altered: then its server wrote it.
 constexpr char kNamesBesidesTables[] =
     "select trigger_name, 'trigger', action_order from information_schema.triggers "
     "where event_object_schema = database() union all "
     "select routine_name, routine_type, 0 from information_schema.routines where routine_schema = database() union all "
-    "select event_name, 'event', 0 from information_schema.events where event_schema = database()";
+    "select event_name, 'event', ifnull(starts in (convert_tz(created, @@session.time_zone, time_zone), "
+    "convert_tz(last_altered, @@session.time_zone, time_zone)), 0) "
+    "from information_schema.events where event_schema = database()";
 
 constexpr char kLibraries[] =
     " union all select library_name, 'library', 0 from information_schema.libraries where library_schema = database()";
@@ -514,12 +517,16 @@ std::vector<TOtherObject> TDBConnMySQL::OtherObjects() {
   std::ranges::copy_if(exact_texts_ && !listed_.empty() ? listed_ : ListKinds(), std::back_inserter(objects),
                        [](const TOtherObject& listed) { return !listed.kind.empty(); });
   const std::unique_ptr<TDataset> rows = OpenQuery(NamesBesidesTables(ServerVersion()));
-  for (; !rows->Eof(); rows->Next())
-    objects.push_back({LowerText(VarToText(rows->Value(1))),
-                       VarToText(rows->Value(0)),
-                       {},
-                       {},
-                       static_cast<int>(TryStrToInt(VarToText(rows->Value(2))).value_or(0))});
+  for (; !rows->Eof(); rows->Next()) {
+    TOtherObject& object = objects.emplace_back();
+    object.kind = LowerText(VarToText(rows->Value(1)));
+    object.name = VarToText(rows->Value(0));
+    const auto number = static_cast<int>(TryStrToInt(VarToText(rows->Value(2))).value_or(0));
+    if (object.kind == "event")
+      object.servers_start = number != 0;
+    else
+      object.order = number;
+  }
   rows->Close();
   ReadObjectTexts(objects);
   return objects;

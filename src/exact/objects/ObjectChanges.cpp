@@ -196,6 +196,7 @@ class TComparison {
     change.elements = DifferentElements(*change.new_text, *change.old_text);
     if (SameQueries(change)) std::erase(change.elements, kViewQuery);
     CompareContexts(change);
+    CompareStarts(change);
     SettleDefiner(change);
     if (NamesReference(change)) TellOfReference(change);
     if (!change.elements.empty())
@@ -271,6 +272,12 @@ class TComparison {
       change.elements.emplace_back("sql_mode");
     const bool zones = !reference.time_zone.empty() && !target.time_zone.empty();
     if (zones && reference.time_zone != target.time_zone) change.elements.emplace_back("time zone");
+  }
+
+  static void CompareStarts(TObjectChange& change) {
+    const std::string wanted = change.WantedStart();
+    const bool other = !wanted.empty() && wanted != change.old_text->start;
+    if (other && IndexOf(change.elements, "schedule") == kNotInList) change.elements.emplace_back("schedule");
   }
 
   void SettleDefiner(TObjectChange& change) const {

@@ -58,6 +58,8 @@ struct TObjectChange {
   std::string Object() const { return kind + " " + name; }
   std::string LogText() const;      // "New view v", "Changed trigger t", "Obsolete event e"
   std::string Description() const;  // old and new text, and why it is unsafe
+  // When the reference's user has a repeated event start; empty where that is left to servers.
+  std::string WantedStart() const { return new_object.servers_start ? std::string() : new_text->start; }
 };
 
 struct TObjectComparison {

@@ -157,7 +157,7 @@ class TMaker {
     TObjectSpelling spelling{change.definer, or_replace, OrderOf(change)};
     const bool same_schedule = change.old_text != nullptr && change.old_text->interval == change.new_text->interval;
     spelling.says_not = !RefusesNotPreserve(change.new_object.context.sql_mode.value_or(""));
-    if (same_schedule) spelling.starts = change.old_text->starts;
+    if (same_schedule && change.WantedStart().empty()) spelling.starts = change.old_text->starts;
     return change.new_text->Creation(spelling);
   }
 

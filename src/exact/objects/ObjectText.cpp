@@ -338,14 +338,26 @@ class TReader {
     read_.rest = Joined({status, "comment", written, "do"});
   }
 
-  // A server writes the start of a repeated event where nobody has, so it does not count.
+  // A server writes the start of a repeated event where nobody has: who compares has to know.
   void SaySchedule(std::size_t first, std::size_t last, std::size_t starts, std::size_t stops) {
     const std::size_t interval_end = starts != 0 ? starts : stops != 0 ? stops : last;
     std::string schedule = Meaning(Span(first, interval_end));
     if (stops != 0) schedule += " " + Meaning(Span(stops, last));
     Say("schedule", schedule);
     read_.interval = "on schedule " + Written(first, interval_end);
-    if (starts != 0) read_.starts = Written(starts, stops != 0 ? stops : last);
+    if (starts == 0) return;
+    read_.starts = Written(starts, stops != 0 ? stops : last);
+    const bool said = tokens_[starts + 1].kind == EToken::String && starts + 2 == (stops != 0 ? stops : last);
+    if (said) read_.start = PrintedMoment(ValueOf(tokens_[starts + 1]));
+  }
+
+  // '2030-01-01' and '2030-01-01T02:00' by hand: the second with its time whole.
+  static std::string PrintedMoment(std::string moment) {
+    constexpr std::size_t kDate = 10;
+    if (moment.size() > kDate && moment[kDate] == 'T') moment[kDate] = ' ';
+    if (moment.size() == kDate) moment += " 00:00";
+    if (moment.size() == std::string_view("2030-01-01 00:00").size()) moment += ":00";
+    return moment;
   }
 
   // In words that every server takes.
@@ -445,7 +457,7 @@ const TObjectElement* TObjectText::Find(std::string_view element) const {
 std::string TObjectText::Creation(const TObjectSpelling& spelling) const {
   const std::string by = spelling.definer.empty() ? std::string() : "definer = " + QuotedAccount(spelling.definer);
   const std::string shown = QuotedName(name);
-  const std::string when = starts.empty() || spelling.starts.empty() ? starts : spelling.starts;
+  const std::string& when = spelling.starts.empty() ? starts : spelling.starts;
   const std::string kept = completion == kNotPreserve && !spelling.says_not ? std::string() : completion;
   std::string said = header;
   if (kind == "event") said = Joined({interval, when, ends, kept, rest});

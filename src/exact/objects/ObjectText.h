@@ -27,7 +27,7 @@ struct TObjectSpelling {
   bool or_replace = false;
   std::string order{};   // of a trigger: "follows `t`", "precedes `t`"; empty for none
   bool says_not = true;  // false for an event: without "not preserve", which is as it is where nothing is said
-  std::string starts{};  // of a repeated event whose text says when it starts: "starts '...'" in place of that
+  std::string starts{};  // of a repeated event: "starts '...'" in place of what its text says
 };
 
 // What a result's type says of its letters. A text may be silent of it: then it is what the database has.
@@ -58,6 +58,7 @@ struct TObjectText {
   // Of an event, whose header has these in turn.
   std::string interval{};
   std::string starts{};
+  std::string start{};  // the moment that this names, as servers print it; empty for none, and where it is computed
   std::string ends{};
   std::string completion{};
   std::string rest{};  // all else that it says of itself, and "do"

@@ -25,9 +25,10 @@ constexpr char kLeft[] = "By a proof in memory this leaves %s of tables and %s b
 
 const TDefinerWishes kEveryDefiner = {EDefiners::Compare, {}};
 
-// Objects that one side may hide are seen well enough: both are one server's.
+// Objects that one side may hide are seen well enough: both are one server's. What it wrote itself comes back, too.
 TDatabaseObjects AllSeen(TDatabaseObjects objects) {
   objects.not_all_seen.clear();
+  for (TOtherObject& object : objects.objects) object.servers_start = false;
   return objects;
 }
 
