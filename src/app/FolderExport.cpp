@@ -189,9 +189,10 @@ class TSourceTexts {
     for (const TOtherObject& object : wanted) {
       Host().ProcessMessages();
       try {
-        if (object.text.empty()) RaiseError(kNoText);
+        if (object.text.empty()) RaiseError(object.unread.empty() ? kNoText : object.unread);
         const TObjectText& text = read.emplace_back(&object, ReadObject(object, database_)).second;
-        if (object.order > 0) triggers_[{text.table, text.moment, object.order}] = object.name;
+        if (object.order > 0 && wishes_.selection.TakesObject(object.kind, object.name, text.table))
+          triggers_[{text.table, text.moment, object.order}] = object.name;
       } catch (const EAbort&) {
         throw;
       } catch (const EVelmora& error) {
@@ -223,11 +224,14 @@ class TSourceTexts {
     return FileText(lines);
   }
 
-  // Of triggers that fire together, the one before it.
+  // Of triggers that fire together, the one before it of those that are written.
   std::string OrderOf(const TOtherObject& object, const TObjectText& read) const {
-    if (object.kind != "trigger" || object.order < 2) return read.order;
-    const auto before = triggers_.find({read.table, read.moment, object.order - 1});
-    return before == triggers_.end() ? read.order : "follows " + QuotedName(before->second);
+    if (object.order == 0) return read.order;
+    const auto place = triggers_.lower_bound({read.table, read.moment, object.order});
+    if (place == triggers_.begin()) return {};
+    const auto& [moment, before] = *std::prev(place);
+    const bool fires_with_it = std::get<0>(moment) == read.table && std::get<1>(moment) == read.moment;
+    return fires_with_it ? "follows " + QuotedName(before) : std::string();
   }
 
   TDBConn& source_;
@@ -240,7 +244,7 @@ class TSourceTexts {
   std::map<std::string, std::string> files_;
   std::set<std::string> no_tables_;  // views and sequences, which servers list with tables
   std::set<std::string> procedures_;
-  std::map<std::tuple<std::string, std::string, int>, std::string> triggers_;  // by table, moment, place
+  std::map<std::tuple<std::string, std::string, int>, std::string> triggers_;  // written; by table, moment, place
   std::set<std::string> there_;                                                // files of all that there is
   std::set<std::string> hidden_;                                               // folders of what is not seen whole
 };

@@ -33,6 +33,7 @@ struct TOtherObject {
   TScriptPlace place{};  // of its text in a script; the file is named for those of a folder alone
   // Of a repeated event: its server has written when it starts, as nobody had said so.
   bool servers_start = false;
+  std::string unread{};  // of a script: why nobody can say what it makes of it, and its text is empty
 };
 
 // A statement of a script on tables, indexes or databases: create, alter, rename, drop; a setting that new tables

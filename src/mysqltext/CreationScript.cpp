@@ -17,6 +17,7 @@
 #include "mysqltext/StatementHead.h"
 #include "mysqltext/StatementReader.h"
 #include "mysqltext/StatementStream.h"
+#include "mysqltext/TriggerText.h"
 #include "util/Errors.h"
 #include "util/Files.h"
 #include "util/Format.h"
@@ -436,6 +437,7 @@ void TCreationScript::Finish(std::vector<TSpan>& spans, const TScriptChoice& cho
   buffer_.shrink_to_fit();
   ChooseDatabase(spans, choice.database);
   AddTables(spans);
+  PlaceTriggers(others_);
   if (tables_.empty()) warnings_.push_back({kNoTables, 0, false, !others_.empty()});
   std::stable_sort(warnings_.begin(), warnings_.end(),
                    [](const TScriptWarning& a, const TScriptWarning& b) { return a.line < b.line; });

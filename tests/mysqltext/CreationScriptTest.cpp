@@ -37,6 +37,23 @@ TStringList Outcome(const TCreationScript& script) {
   return lines;
 }
 
+// "trigger t 1 text"
+std::string Shown(const TOtherObject& object) {
+  std::string line = object.kind + " " + object.name + " ";
+  if (!object.unread.empty()) return line + "! " + object.unread;
+  if (object.order > 0) line += std::to_string(object.order) + " ";
+  return line + object.text;
+}
+
+TEST(CreationScript, AppliesWhatIsSaidOfObjects) {
+  for (const TCaseText& one : ReadCaseFile("creation/objects.txt").cases) {
+    const TCreationScript script{std::string(one.Parts().at(0))};
+    TStringList lines;
+    for (const TOtherObject& object : script.OtherObjects()) lines.push_back(Shown(object));
+    EXPECT_EQ(JoinList(lines, "\n"), one.Parts().at(1)) << one.name;
+  }
+}
+
 // As dumps write it: what was is kept first; what a script sets for itself says nothing of its objects.
 TEST(CreationScript, KnowsWhatObjectsWereMadeUnder) {
   const TCreationScript script(std::string(R"(

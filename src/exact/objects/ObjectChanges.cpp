@@ -139,10 +139,14 @@ class TComparison {
     result_.differences.push_back({object.kind, object.name, std::move(difference)});
   }
 
+  void TellUnread(const TOtherObject& object, const std::string& reason) {
+    Tell(object, reason.empty() ? kNotRead : Format(kNotFollowed, reason));
+  }
+
   // Null after it was told why there is none.
   std::shared_ptr<const TObjectText> Read(const TOtherObject& object, const TDatabaseObjects& side) {
     if (object.text.empty()) {
-      Tell(object, kNotRead);
+      TellUnread(object, object.unread);
       return nullptr;
     }
     const std::string mode = object.context.sql_mode.value_or("");
@@ -182,7 +186,8 @@ class TComparison {
   }
 
   void Both(const TOtherObject& object, const TOtherObject& other) {
-    if (object.text.empty() || other.text.empty()) return Tell(object, kNotRead);
+    if (object.text.empty() || other.text.empty())
+      return TellUnread(object, object.unread.empty() ? other.unread : object.unread);
     if (FindKind(object.kind) == nullptr) {
       if (!SayTheSame(object, other)) Tell(object, kDiffers);
       return;

@@ -6,31 +6,13 @@
 #include <utility>
 
 #include "exact/compare/Changes.h"
-#include "util/Text.h"
+#include "mysqltext/Lexer.h"
 
 namespace velmora {
 
 namespace {
 
 using TGroup = std::vector<TOrderedTrigger*>;
-
-std::size_t PlaceOf(const TGroup& group, const std::string& name) {
-  return static_cast<std::size_t>(std::ranges::find(group, name, &TOrderedTrigger::name) - group.begin());
-}
-
-// "follows `a`" of texts whose server did not say the order.
-void PutWhereTextsSay(TGroup& group) {
-  for (TOrderedTrigger* trigger : TGroup(group)) {
-    std::string other = trigger->wanted->order;
-    const std::string word = StrChop(" ", other, true);
-    if (trigger->wanted_order != 0 || other.empty()) continue;
-    const std::string name = NameOf({EToken::Name, other, 0});
-    if (name == trigger->name || PlaceOf(group, name) == group.size()) continue;
-    std::erase(group, trigger);
-    const std::size_t place = PlaceOf(group, name) + (word == "follows" ? 1 : 0);
-    group.insert(group.begin() + static_cast<std::ptrdiff_t>(place), trigger);
-  }
-}
 
 // Those that keep their places: a longest run of them that rises in the target, too.
 TGroup LongestRise(const TGroup& group) {
@@ -54,7 +36,6 @@ bool FiresHere(const TOrderedTrigger& trigger) {
 }
 
 void OrderGroup(TGroup& group) {
-  PutWhereTextsSay(group);
   TGroup staying;
   for (TOrderedTrigger* trigger : group)
     if (!trigger->recreated) staying.push_back(trigger);

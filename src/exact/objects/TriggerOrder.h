@@ -26,8 +26,8 @@ struct TOrderedTrigger {
   std::string name;
   const TObjectText* wanted = nullptr;
   const TObjectText* there = nullptr;  // of the target, null where it has none
-  int wanted_order = 0;                // by their servers; 0 where nobody knows, and then the place in the list counts,
-  int there_order = 0;                 // and what the text says
+  int wanted_order = 0;                // by their servers; 0 where nobody knows, and then the place in the list counts
+  int there_order = 0;
   std::size_t there_place = 0;         // in the target's list
   bool recreated = false;              // whatever its place is
   bool moved = false;                  // found: nothing but its place is another
