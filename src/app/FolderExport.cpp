@@ -67,11 +67,13 @@ struct TSetting {
   std::string value;
 };
 
-// What it was made under: set around it, and put back.
+// What it was made under: set around it, and put back. A view is read under the collation that sessions have here,
+// where nothing is said.
 std::vector<TSetting> SettingsOf(const TOtherObject& object) {
+  constexpr std::string_view kOwnCollation = "utf8mb4_general_ci";
   std::vector<TSetting> settings;
-  if (object.kind == "view") return settings;
   const TObjectContext& context = object.context;
+  if (object.kind == "view" && context.collation == kOwnCollation) return settings;
   if (context.sql_mode) settings.push_back({"sql_mode", *context.sql_mode});
   if (!context.collation.empty()) settings.push_back({"collation_connection", context.collation});
   if (object.kind == "event" && !context.time_zone.empty()) settings.push_back({"time_zone", context.time_zone});

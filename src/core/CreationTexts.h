@@ -16,6 +16,7 @@ struct TObjectContext {
   std::optional<std::string> sql_mode{};  // nothing where nobody knows; so are the others where they are empty
   std::string collation{};                // of the connection: that of literals
   std::string time_zone{};                // of events
+  bool of_client = false;                 // no mode is said: it is what a client of the server that makes it has
 };
 
 // Where a text stands in a file.

@@ -20,7 +20,7 @@ namespace {
 // In what two servers of the same name for themselves may differ that comparisons ask them.
 constexpr char kTraits[] =
     "select concat_ws(' ', version(), @@global.explicit_defaults_for_timestamp, length(localtime), "
-    "@@lower_case_table_names)";
+    "@@lower_case_table_names, @@global.sql_mode)";
 
 std::string TraitsOf(TDBConn& server) {
   TVariant traits;

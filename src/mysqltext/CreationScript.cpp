@@ -9,6 +9,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "mysqltext/ConcatBars.h"
 #include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
 #include "mysqltext/LexicalRules.h"
@@ -36,6 +37,7 @@ constexpr char kCutOff[] =
     "cut off: this dump lacks its closing line \"%s\"; make it anew, or read what there is with --allow-incomplete";
 constexpr char kManyDatabases[] = "holds several databases: %s; name one as in FILE.sql#%s";
 constexpr char kNoSuchDatabase[] = "holds no database %s; there is: %s";
+constexpr char kBars[] = "\"||\" means something else in the SQL mode PIPES_AS_CONCAT";
 constexpr std::size_t kShownChars = 60;
 
 // Programs that write a last line always, and how their dumps begin. The mark of the sandbox stands before some.
@@ -71,6 +73,9 @@ class TDumpEnd {
     base_ += text.size() - kept;
     tail_ = text.substr(text.size() - kept);
   }
+
+  // Whether such a program has written it, as far as is known by now.
+  bool OfProgram() const { return program_ != nullptr || Saves(); }
 
   // The closing line that the dump lacks; empty for a whole one, and for what no such program has written.
   std::string_view Missing() const {
@@ -168,8 +173,16 @@ class TCreationScript::TCollector {
  public:
   // `texts` takes the statements that spans are of.
   TCollector(std::string& texts, std::vector<TSpan>& spans, std::vector<TOtherObject>& others,
-             std::vector<TScriptWarning>& warnings, const std::string& database, std::string_view file)
-      : texts_(texts), spans_(spans), others_(others), warnings_(warnings), chosen_(database), file_(file) {}
+             std::vector<TScriptWarning>& warnings, const std::string& database, const TPartName& name,
+             const TDumpEnd& dump)
+      : texts_(texts),
+        spans_(spans),
+        others_(others),
+        warnings_(warnings),
+        chosen_(database),
+        file_(name.recorded),
+        shown_(name.shown),
+        dump_(dump) {}
 
   const std::set<std::string>& Databases() const { return databases_; }  // of the objects
 
@@ -254,17 +267,17 @@ class TCreationScript::TCollector {
         if (const std::string database = DatabaseOf(statement, head);
             chosen_.empty() || database.empty() || database == chosen_) {
           databases_.insert(database);
-          TakeObject(statement, head);
+          TakeObject(statement, head, versioned);
         }
         return;
       case EStatementKind::Other:
-        settings_.Take(statement.text);
+        TakeSetting(statement, versioned);
         return;
       case EStatementKind::Drop:
         if (!head.object.empty()) Forget(head.object, NameIn(statement.text, head));
         [[fallthrough]];
       default:
-        if (head.kind == EStatementKind::Setting) settings_.Take(statement.text);
+        if (head.kind == EStatementKind::Setting) TakeSetting(statement, versioned);
         const std::size_t start = texts_.size();
         texts_ += statement.text;
         spans_.push_back({start, texts_.size(), head, statement.line, database_, versioned, file_});
@@ -276,15 +289,43 @@ class TCreationScript::TCollector {
     return qualifier.empty() ? database_ : qualifier;
   }
 
-  void TakeObject(const TStatement& statement, const TStatementHead& head) {
+  bool IsByHand(bool versioned) const { return !versioned && !dump_.OfProgram(); }
+
+  std::string PlaceOf(const TStatement& statement) const {
+    return (shown_.empty() ? "" : shown_ + ": ") + Format("line %d", statement.line);
+  }
+
+  void TakeSetting(const TStatement& statement, bool versioned) {
+    settings_.Take(statement.text, IsByHand(versioned), PlaceOf(statement));
+  }
+
+  void TakeObject(const TStatement& statement, const TStatementHead& head, bool versioned) {
     TOtherObject object{std::string(head.object), NameIn(statement.text, head), WithoutMarks(statement.text)};
     object.place = {std::string(file_), statement.line};
-    if (object.kind != "view")
-      object.context = settings_.Context();
-    else if (PosNoCase("ansi", settings_.Context().sql_mode.value_or("")) != 0)
-      object.text = WithBackQuotes(object.text);
-    if (object.kind == "view" && IsStandIn(object.text)) object.text.clear();
+    object.context = settings_.Context();
+    object.unread = settings_.UnknownMode();
+    if (object.kind == "view") SettleView(versioned, object);
+    if (!object.unread.empty()) object.text.clear();
     others_.push_back(std::move(object));
+  }
+
+  // Servers print views in a spelling that no mode changes, and without the mode that they were made in.
+  void SettleView(bool versioned, TOtherObject& view) const {
+    const std::string mode = view.context.sql_mode.value_or("");
+    if (PosNoCase("ansi", mode) != 0) view.text = WithBackQuotes(view.text);
+    if (!settings_.ModeIsByHand() || !IsByHand(versioned)) view.context.sql_mode.reset();
+    if (PosNoCase("pipes_as_concat", view.context.sql_mode.value_or("")) != 0) JoinLetters(view);
+    view.context.of_client = !view.context.sql_mode && IsByHand(versioned);
+    if (IsStandIn(view.text)) view.text.clear();
+  }
+
+  // Servers print in another way what the view says in this mode.
+  static void JoinLetters(TOtherObject& view) {
+    const std::optional<std::string> joined = WithoutConcatBars(view.text);
+    if (joined)
+      view.text = *joined;
+    else if (view.unread.empty())
+      view.unread = kBars;
   }
 
   // Views are kept without the mode in which they were made, which may be one where names stand in double quotes.
@@ -396,6 +437,8 @@ class TCreationScript::TCollector {
   std::vector<TScriptWarning>& warnings_;
   const std::string& chosen_;
   std::string_view file_;
+  const std::string& shown_;
+  const TDumpEnd& dump_;
   TSessionSettings settings_;
   std::string database_;
   std::set<std::string> databases_;
@@ -448,7 +491,7 @@ void TCreationScript::ReadPart(const TOpen& open, const TPartName& name, const T
                                std::vector<TSpan>& spans) {
   TDumpEnd end;
   std::vector<TOtherObject> objects;
-  TCollector collector(buffer_, spans, objects, warnings_, choice.database, name.recorded);
+  TCollector collector(buffer_, spans, objects, warnings_, choice.database, name, end);
   const auto check = [&] {
     if (const std::string_view closing = end.Missing(); !closing.empty() && !choice.allow_incomplete)
       RaiseError(Format(kCutOff, std::string(closing)));

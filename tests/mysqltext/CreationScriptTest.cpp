@@ -37,12 +37,15 @@ TStringList Outcome(const TCreationScript& script) {
   return lines;
 }
 
-// "trigger t 1 text"
+// "view v {mode} <collation> text"
 std::string Shown(const TOtherObject& object) {
+  const TObjectContext& context = object.context;
   std::string line = object.kind + " " + object.name + " ";
   if (!object.unread.empty()) return line + "! " + object.unread;
   if (object.order > 0) line += std::to_string(object.order) + " ";
-  return line + object.text;
+  if (context.sql_mode) line += "{" + *context.sql_mode + "} ";
+  EXPECT_EQ(context.of_client, !context.sql_mode);
+  return line + (context.collation.empty() ? "" : "<" + context.collation + "> ") + object.text;
 }
 
 TEST(CreationScript, AppliesWhatIsSaidOfObjects) {
@@ -54,7 +57,7 @@ TEST(CreationScript, AppliesWhatIsSaidOfObjects) {
   }
 }
 
-// As dumps write it: what was is kept first; what a script sets for itself says nothing of its objects.
+// As dumps write it: what was is kept first.
 TEST(CreationScript, KnowsWhatObjectsWereMadeUnder) {
   const TCreationScript script(std::string(R"(
 SET SQL_MODE='NO_AUTO_VALUE_ON_ZERO';
@@ -77,8 +80,10 @@ create procedure q() select 2;
   for (const TOtherObject& object : script.OtherObjects())
     found += object.name + ":" + object.context.sql_mode.value_or("-") + ":" + object.context.collation + ":" +
              (object.text.empty() ? "nothing" : "text") + " ";
-  EXPECT_EQ(found,
-            "p:-::text g:ANSI_QUOTES,STRICT_ALL_TABLES:latin1_bin:text q:-:latin1_bin:text v:-::nothing w:-::nothing ");
+  EXPECT_EQ(
+      found,
+      "p:NO_AUTO_VALUE_ON_ZERO::text g:ANSI_QUOTES,STRICT_ALL_TABLES:latin1_bin:text "
+      "q:NO_AUTO_VALUE_ON_ZERO:latin1_bin:text v:-:latin1_bin:nothing w:NO_AUTO_VALUE_ON_ZERO:latin1_bin:nothing ");
 }
 
 TEST(CreationScript, TakesTablesAndTellsTheRest) {

@@ -150,7 +150,7 @@ class TComparison {
       return nullptr;
     }
     const std::string mode = object.context.sql_mode.value_or("");
-    if (const std::string reason = UnreadableIn(mode, object.text); !reason.empty() && object.kind != "view") {
+    if (const std::string reason = UnreadableIn(mode, object.text); !reason.empty()) {
       Tell(object, Format(kNotFollowed, reason));
       return nullptr;
     }
@@ -270,10 +270,18 @@ class TComparison {
     }
   }
 
-  static void CompareContexts(TObjectChange& change) {
+  // Nothing where nobody knows.
+  std::optional<std::string> ModeOf(const TOtherObject& object) const {
+    if (object.context.sql_mode || !object.context.of_client) return object.context.sql_mode;
+    return target_.clients_mode ? target_.clients_mode : reference_.clients_mode;
+  }
+
+  void CompareContexts(TObjectChange& change) const {
     const TObjectContext& reference = change.new_object.context;
     const TObjectContext& target = change.old_object.context;
-    if (reference.sql_mode && target.sql_mode && ModesOf(*reference.sql_mode) != ModesOf(*target.sql_mode))
+    const std::optional<std::string> wanted = ModeOf(change.new_object);
+    const std::optional<std::string> there = ModeOf(change.old_object);
+    if (change.kind != "view" && wanted && there && ModesOf(*wanted) != ModesOf(*there))
       change.elements.emplace_back("sql_mode");
     const bool zones = !reference.time_zone.empty() && !target.time_zone.empty();
     if (zones && reference.time_zone != target.time_zone) change.elements.emplace_back("time zone");

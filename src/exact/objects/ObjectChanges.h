@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,6 +29,8 @@ struct TDatabaseObjects {
   // A table's creation text; empty where it is not known.
   std::function<std::string(const std::string& table)> table_text{};
   bool trigger_case = true;  // letter case counts in names of its server's triggers
+  // The mode that clients of this server have, where it was asked: that of objects whose script says none.
+  std::optional<std::string> clients_mode{};
 
   TObjectKey KeyOf(const std::string& kind, const std::string& name) const;  // by which its server tells objects apart
 };

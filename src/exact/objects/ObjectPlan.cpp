@@ -228,10 +228,16 @@ class TMaker {
     return tables;
   }
 
-  // What nobody knows is the session's own, whatever the object before was made under.
+  // What nobody knows is the session's own, whatever the object before was made under. What a client would have is not:
+  // the session has modes for the sake of tables.
   void SetContext(const TObjectChange& change) {
     const TObjectContext& context = change.new_object.context;
-    context.sql_mode ? Need(kMode, QuotedText(ModesFor(*context.sql_mode, server_))) : SetOwn(kMode);
+    if (context.sql_mode)
+      Need(kMode, QuotedText(ModesFor(*context.sql_mode, server_)));
+    else if (context.of_client)
+      Need(kMode, "@@global.sql_mode");
+    else
+      SetOwn(kMode);
     context.collation.empty() ? SetOwn(kCollation) : Need(kCollation, QuotedText(context.collation));
     if (change.kind != "event") return;
     context.time_zone.empty() ? SetOwn(kZone) : Need(kZone, QuotedText(context.time_zone));

@@ -28,10 +28,10 @@ struct TOrderedTrigger {
   const TObjectText* there = nullptr;  // of the target, null where it has none
   int wanted_order = 0;                // by their servers; 0 where nobody knows, and then the place in the list counts
   int there_order = 0;
-  std::size_t there_place = 0;         // in the target's list
-  bool recreated = false;              // whatever its place is
-  bool moved = false;                  // found: nothing but its place is another
-  TTriggerPlace place{};               // found
+  std::size_t there_place = 0;  // in the target's list
+  bool recreated = false;       // whatever its place is
+  bool moved = false;           // found: nothing but its place is another
+  TTriggerPlace place{};        // found
 };
 
 // Finds the fewest that have to be made anew so that all fire in the reference's order, and where.

@@ -206,6 +206,7 @@ class TPairReader {
     AskWhatIsHidden(target_, there);
     LookForLeftOut(reference_, wanted, there);
     LookForLeftOut(target_, there, wanted);
+    AskClientsMode(wanted, there);
     if (reference_.maker == nullptr) {
       pair_.wanted_objects = std::move(wanted);
       pair_.target_objects = std::move(there);
@@ -327,6 +328,18 @@ class TPairReader {
       if (reference_.maker != nullptr || !IsScriptedKind(object.kind))
         pair_.left_alone.push_back(Format(kLeftAlone, object.kind, object.name, side.name));
     return others;
+  }
+
+  // Objects of a script that says no mode are made as a client of the server would make them.
+  void AskClientsMode(TDatabaseObjects& wanted, TDatabaseObjects& there) {
+    const auto of_client = [](const TOtherObject& object) { return object.context.of_client; };
+    if (std::ranges::none_of(wanted.objects, of_client) && std::ranges::none_of(there.objects, of_client)) return;
+    for (const auto& [side, objects] : {std::pair(&reference_, &wanted), std::pair(&target_, &there)}) {
+      if (side->texts == nullptr || side->Script() != nullptr || side->texts->ServerVersion().empty()) continue;
+      TVariant mode;
+      side->conn.GetResultSQL("select @@global.sql_mode", mode);
+      objects->clients_mode = VarToText(mode);
+    }
   }
 
   // A script of views or routines says nothing of tables. The target's are read all the same: views name their columns.
