@@ -12,6 +12,7 @@ namespace velmora {
 
 namespace {
 
+constexpr std::size_t kMost = 256;  // the text is read anew for each
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 bool IsAnyOf(const TToken& token, std::initializer_list<std::string_view> words) {
@@ -86,13 +87,13 @@ std::size_t EndOfOperand(TTokens tokens, std::size_t at) {
   }
   const TToken& next = TokenAt(tokens, at);
   const bool goes_on = next.kind == EToken::String || IsAnyOf(next, {"collate", "over", "(", ".", "->", "->>"});
-  return goes_on ? kNone : at;
+  return goes_on || at >= tokens.size() ? kNone : at;
 }
 
 }  // namespace
 
 std::optional<std::string> WithoutConcatBars(std::string text) {
-  for (;;) {
+  for (std::size_t joined_so_far = 0; joined_so_far < kMost; ++joined_so_far) {
     const std::vector<TToken> tokens = Tokens(text);
     const auto bars = std::ranges::find_if(tokens, [](const TToken& token) { return token.Is("||"); });
     if (bars == tokens.end()) return text;
@@ -104,6 +105,7 @@ std::optional<std::string> WithoutConcatBars(std::string text) {
         "concat(" + TextOf(text, tokens, start, place) + ", " + TextOf(text, tokens, place + 1, end) + ")";
     text.replace(tokens[start].start, tokens[end - 1].End() - tokens[start].start, joined);
   }
+  return std::nullopt;
 }
 
 }  // namespace velmora

@@ -9,6 +9,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "mysqltext/AlteredObject.h"
 #include "mysqltext/ConcatBars.h"
 #include "mysqltext/KeyText.h"
 #include "mysqltext/Lexer.h"
@@ -171,10 +172,16 @@ struct TCreationScript::TSpan {
 // told once.
 class TCreationScript::TCollector {
  public:
+  // What the files before this one have made.
+  struct TEarlier {
+    std::vector<TOtherObject>& objects;
+    std::multimap<std::string, std::string>& triggers_on;  // names of triggers, by their tables; of this file, too
+  };
+
   // `texts` takes the statements that spans are of.
   TCollector(std::string& texts, std::vector<TSpan>& spans, std::vector<TOtherObject>& others,
              std::vector<TScriptWarning>& warnings, const std::string& database, const TPartName& name,
-             const TDumpEnd& dump)
+             const TDumpEnd& dump, TEarlier& earlier)
       : texts_(texts),
         spans_(spans),
         others_(others),
@@ -182,7 +189,8 @@ class TCreationScript::TCollector {
         chosen_(database),
         file_(name.recorded),
         shown_(name.shown),
-        dump_(dump) {}
+        dump_(dump),
+        earlier_(earlier) {}
 
   const std::set<std::string>& Databases() const { return databases_; }  // of the objects
 
@@ -262,13 +270,11 @@ class TCreationScript::TCollector {
         database_ = NameIn(statement.text, head);
         return;
       case EStatementKind::Object:
-        Forget(head.object, NameIn(statement.text, head));
         dropped_.erase(LowerText(NameIn(statement.text, head)));  // dumps drop a view's stand-in as a table
-        if (const std::string database = DatabaseOf(statement, head);
-            chosen_.empty() || database.empty() || database == chosen_) {
-          databases_.insert(database);
-          TakeObject(statement, head, versioned);
-        }
+        if (IsMeant(DatabaseOf(statement, head))) MakeObject(statement, head, versioned);
+        return;
+      case EStatementKind::AlterObject:
+        if (IsMeant(DatabaseOf(statement, head))) AlterObject(statement, head, versioned);
         return;
       case EStatementKind::Other:
         TakeSetting(statement, versioned);
@@ -278,6 +284,7 @@ class TCreationScript::TCollector {
         [[fallthrough]];
       default:
         if (head.kind == EStatementKind::Setting) TakeSetting(statement, versioned);
+        MoveTriggers(statement);
         const std::size_t start = texts_.size();
         texts_ += statement.text;
         spans_.push_back({start, texts_.size(), head, statement.line, database_, versioned, file_});
@@ -299,14 +306,86 @@ class TCreationScript::TCollector {
     settings_.Take(statement.text, IsByHand(versioned), PlaceOf(statement));
   }
 
-  void TakeObject(const TStatement& statement, const TStatementHead& head, bool versioned) {
-    TOtherObject object{std::string(head.object), NameIn(statement.text, head), WithoutMarks(statement.text)};
+  bool IsMeant(const std::string& database) const { return chosen_.empty() || database.empty() || database == chosen_; }
+
+  static TOtherObject* Find(std::vector<TOtherObject>& objects, std::string_view kind, const std::string& name) {
+    const bool case_counts = kind == "view" || kind == "trigger";
+    const auto found = std::ranges::find_if(objects, [&](const TOtherObject& other) {
+      return other.kind == kind && (case_counts ? other.name == name : SameText(other.name, name));
+    });
+    return found == objects.end() ? nullptr : &*found;
+  }
+  TOtherObject* Find(std::string_view kind, const std::string& name) {
+    TOtherObject* own = Find(others_, kind, name);
+    return own != nullptr ? own : Find(earlier_.objects, kind, name);
+  }
+
+  void MakeObject(const TStatement& statement, const TStatementHead& head, bool versioned) {
+    const std::string name = NameIn(statement.text, head);
+    databases_.insert(DatabaseOf(statement, head));
+    if (head.if_exists && Find(others_, head.object, name) != nullptr) return;
+    Forget(head.object, name);
+    others_.push_back(Object(statement, head, versioned, WithoutMarks(statement.text)));
+  }
+
+  void AlterObject(const TStatement& statement, const TStatementHead& head, bool versioned) {
+    databases_.insert(DatabaseOf(statement, head));
+    const std::string text = WithoutMarks(statement.text);
+    TOtherObject* there = Find(head.object, NameIn(statement.text, head));
+    if (there != nullptr && head.object == "view" && there->unread.empty())
+      *there = Object(statement, head, versioned, AlteredView(there->text, text));
+    else if (there == nullptr || !velmora::AlterObject(text, *there))
+      NotFollowed(statement, there == nullptr ? others_.emplace_back(Named(statement, head)) : *there);
+  }
+
+  TOtherObject Named(const TStatement& statement, const TStatementHead& head) const {
+    TOtherObject object{std::string(head.object), NameIn(statement.text, head)};
     object.place = {std::string(file_), statement.line};
+    return object;
+  }
+
+  // What made it unknown first is what is told.
+  void NotFollowed(const TStatement& statement, TOtherObject& object) const {
+    if (!object.unread.empty()) return;
+    object.text.clear();
+    object.unread = Beginning(statement.text);
+    object.place = {std::string(file_), statement.line};
+  }
+
+  // Triggers go with their tables. Files that drop a table before they make it drop none of another file's triggers.
+  void MoveTriggers(const TStatement& statement) {
+    auto& on = earlier_.triggers_on;
+    if (on.empty()) return;
+    for (const TTableFate& fate : FatesOfTables(statement.text)) {
+      if (!IsMeant(fate.database.empty() ? database_ : fate.database)) continue;
+      const auto [first, last] = on.equal_range(fate.table);
+      const std::vector<std::pair<std::string, std::string>> moved(first, last);
+      on.erase(first, last);
+      for (const auto& [table, name] : moved) MoveTrigger(name, fate);
+    }
+  }
+
+  void MoveTrigger(const std::string& name, const TTableFate& fate) {
+    TOtherObject* trigger = Find("trigger", name);
+    const std::optional<TTriggerHead> head = trigger == nullptr ? std::nullopt : ReadTriggerHead(trigger->text);
+    if (!head || head->table != fate.table) return;
+    const bool goes = fate.renamed.empty();
+    if (goes && Find(others_, "trigger", name) != nullptr) return Forget("trigger", name);
+    if (!goes) trigger->text = MovedTrigger(trigger->text, *head, fate.renamed);
+    earlier_.triggers_on.emplace(goes ? fate.table : fate.renamed, name);
+  }
+
+  TOtherObject Object(const TStatement& statement, const TStatementHead& head, bool versioned, std::string text) {
+    TOtherObject object = Named(statement, head);
+    object.text = std::move(text);
     object.context = settings_.Context();
     object.unread = settings_.UnknownMode();
     if (object.kind == "view") SettleView(versioned, object);
+    if (object.kind == "trigger")
+      if (const std::optional<TTriggerHead> trigger = ReadTriggerHead(object.text))
+        earlier_.triggers_on.emplace(trigger->table, object.name);
     if (!object.unread.empty()) object.text.clear();
-    others_.push_back(std::move(object));
+    return object;
   }
 
   // Servers print views in a spelling that no mode changes, and without the mode that they were made in.
@@ -365,7 +444,8 @@ class TCreationScript::TCollector {
   }
 
   void Forget(std::string_view object, const std::string& name) {
-    std::erase_if(others_, [&](const TOtherObject& other) { return other.kind == object && other.name == name; });
+    if (const TOtherObject* there = Find(others_, object, name))
+      others_.erase(others_.begin() + (there - others_.data()));
   }
 
   static std::string WithoutMarks(std::string_view text) {
@@ -439,6 +519,7 @@ class TCreationScript::TCollector {
   std::string_view file_;
   const std::string& shown_;
   const TDumpEnd& dump_;
+  TEarlier& earlier_;
   TSessionSettings settings_;
   std::string database_;
   std::set<std::string> databases_;
@@ -491,7 +572,8 @@ void TCreationScript::ReadPart(const TOpen& open, const TPartName& name, const T
                                std::vector<TSpan>& spans) {
   TDumpEnd end;
   std::vector<TOtherObject> objects;
-  TCollector collector(buffer_, spans, objects, warnings_, choice.database, name, end);
+  TCollector::TEarlier earlier{others_, triggers_on_};
+  TCollector collector(buffer_, spans, objects, warnings_, choice.database, name, end, earlier);
   const auto check = [&] {
     if (const std::string_view closing = end.Missing(); !closing.empty() && !choice.allow_incomplete)
       RaiseError(Format(kCutOff, std::string(closing)));

@@ -109,6 +109,7 @@ class TCreationScript {
   std::deque<std::string> unqualified_;  // creation texts that a database was cut out of
   TStructureScript structure_;
   std::vector<TOtherObject> others_;
+  std::multimap<std::string, std::string> triggers_on_;  // names, by their tables
 };
 
 }  // namespace velmora

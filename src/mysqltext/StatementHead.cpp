@@ -155,17 +155,24 @@ void PassAttributes(THeadScanner& scanner) {
   }
 }
 
+// "view v", "definer = `u`@`h` trigger t"; Other for anything else.
+TStatementHead ReadObject(THeadScanner& scanner, EStatementKind kind) {
+  PassAttributes(scanner);
+  for (const std::string_view object : kObjects) {
+    if (!scanner.Take(object)) continue;
+    if (object == "package") scanner.Take("body");
+    return Named(scanner, kind, object);
+  }
+  return {};
+}
+
 TStatementHead ReadCreate(THeadScanner& scanner) {
   if (scanner.Take("table")) return Named(scanner, EStatementKind::CreateTable);
   const bool replaces = scanner.Take("or") && scanner.Take("replace");
   if (replaces && scanner.Take("table")) return {EStatementKind::ReplaceTable};
   if (scanner.Take("database") || scanner.Take("schema")) return {EStatementKind::Setting};
-  PassAttributes(scanner);
-  for (const std::string_view object : kObjects)
-    if (scanner.Take(object)) {
-      if (object == "package") scanner.Take("body");
-      return Named(scanner, EStatementKind::Object, object);
-    }
+  const TStatementHead head = ReadObject(scanner, EStatementKind::Object);
+  if (head.kind == EStatementKind::Object) return head;
   scanner.TakeAny({"online", "offline", "unique", "fulltext", "spatial", "vector"});
   return {scanner.Take("index") ? EStatementKind::CreateIndex : EStatementKind::Other};
 }
@@ -183,7 +190,7 @@ TStatementHead ReadDrop(THeadScanner& scanner) {
 TStatementHead ReadAlter(THeadScanner& scanner) {
   scanner.TakeAny({"online", "offline", "ignore"});
   if (scanner.Take("database") || scanner.Take("schema")) return {EStatementKind::Setting};
-  if (!scanner.Take("table")) return {};
+  if (!scanner.Take("table")) return ReadObject(scanner, EStatementKind::AlterObject);
   TStatementHead head = Named(scanner, EStatementKind::AlterTable);
   head.kind = EStatementKind::AlterTable;
   head.leaves_as_is = (scanner.Take("disable") || scanner.Take("enable")) && scanner.Take("keys");

@@ -8,8 +8,8 @@
 namespace velmora {
 
 // What a statement of a creation script is, as far as anybody cares. An Object is a view, trigger, routine, event or
-// sequence that is made; a Dynamic one does what its text does not say: call, prepare, source, ... A Setting may
-// say what new tables are where they do not say it themselves, or how texts are read.
+// sequence that is made, an AlterObject changes one; a Dynamic one does what its text does not say: call, prepare,
+// source, ... A Setting may say what new tables are where they do not say it themselves, or how texts are read.
 enum class EStatementKind {
   CreateTable,
   ReplaceTable,
@@ -19,6 +19,7 @@ enum class EStatementKind {
   Drop,
   Use,
   Object,
+  AlterObject,
   Dynamic,
   Setting,
   Other
@@ -27,12 +28,12 @@ enum class EStatementKind {
 struct TStatementHead {
   EStatementKind kind = EStatementKind::Other;
   // Of a CreateTable, offsets in the statement: where a qualified name begins, and the part after its last point. Of a
-  // Use, a Drop, an Object too.
+  // Use, a Drop, an Object, an AlterObject too.
   std::size_t qualifier = 0;
   std::size_t name = 0;
   std::size_t name_end = 0;
-  std::string_view object{};  // of an Object, a Drop: "view", "table", "database", ...; empty for what is none
-  bool if_exists = false;     // of a Drop
+  std::string_view object{};  // of these and a Drop: "view", "table", "database", ...; empty for what is none
+  bool if_exists = false;     // of a Drop; of an Object "if not exists"
   bool leaves_as_is = false;  // of an AlterTable: keys are switched off or on, as dumps do around rows
 };
 

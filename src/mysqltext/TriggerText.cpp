@@ -25,15 +25,6 @@ bool MayBeName(const TToken& token) {
 
 std::string NameIn(const TToken& token) { return token.kind == EToken::String ? ValueOf(token) : NameOf(token); }
 
-// The token after a name, whose last part it gives; none for what is no name.
-std::optional<std::size_t> AfterName(TTokens tokens, std::size_t at, std::string& name) {
-  for (; MayBeName(TokenAt(tokens, at)); at += 2) {
-    name = NameIn(tokens[at]);
-    if (!TokenAt(tokens, at + 1).Is(".")) return at + 1;
-  }
-  return std::nullopt;
-}
-
 std::optional<TTriggerHead> ReadHead(TTokens tokens) {
   std::size_t at = 1;
   while (at < tokens.size() && !IsKeyword(tokens[at - 1], "trigger")) ++at;
@@ -90,7 +81,86 @@ void PlaceGroup(TGroup waiting) {
   }
 }
 
+// --- Tables
+
+// The name at `at`, which goes on to what is after it.
+TTableFate ReadTable(TTokens tokens, std::size_t& at) {
+  if (IsKeyword(TokenAt(tokens, at), "if")) at += IsKeyword(TokenAt(tokens, at + 1), "not") ? 3U : 2U;
+  TTableFate fate;
+  if (TokenAt(tokens, at + 1).Is(".") && MayBeName(TokenAt(tokens, at))) fate.database = NameIn(tokens[at]);
+  at = AfterName(tokens, at, fate.table).value_or(tokens.size());
+  return fate;
+}
+
+// drop table a, b
+void ReadDropped(TTokens tokens, std::size_t at, std::vector<TTableFate>& fates) {
+  do {
+    fates.push_back(ReadTable(tokens, at));
+  } while (TokenAt(tokens, at++).Is(","));
+}
+
+// rename table a to b, c wait 5 to d
+void ReadRenamed(TTokens tokens, std::size_t at, std::vector<TTableFate>& fates) {
+  do {
+    fates.push_back(ReadTable(tokens, at));
+    while (at < tokens.size() && !tokens[at].Is("to")) ++at;
+    fates.back().renamed = ReadTable(tokens, ++at).table;
+  } while (TokenAt(tokens, at++).Is(","));
+}
+
+// alter table a add b int, rename to c
+void ReadAltered(TTokens tokens, std::size_t at, std::vector<TTableFate>& fates) {
+  TTableFate fate = ReadTable(tokens, at);
+  for (bool begins = true; at + 1 < tokens.size(); at = AfterValue(tokens, at)) {
+    if (std::exchange(begins, tokens[at].Is(",")) && IsKeyword(tokens[at], "rename")) {
+      const TToken& next = tokens[at + 1];
+      const bool word = next.Is("to") || next.Is("as") || next.Is("=");
+      if (!word && (next.Is("column") || next.Is("index") || next.Is("key"))) continue;
+      std::size_t name = at + (word ? 2 : 1);
+      fate.renamed = ReadTable(tokens, name).table;
+    }
+  }
+  if (!fate.renamed.empty()) fates.push_back(std::move(fate));
+}
+
+std::vector<TTableFate> ReadFates(TTokens tokens) {
+  std::vector<TTableFate> fates;
+  const auto is_table = [&](std::size_t at) {
+    return TokenAt(tokens, at).Is("table") || TokenAt(tokens, at).Is("tables");
+  };
+  if (tokens[0].Is("drop") && is_table(1)) ReadDropped(tokens, 2, fates);
+  if (tokens[0].Is("rename") && is_table(1)) ReadRenamed(tokens, 2, fates);
+  if (tokens[0].Is("create") && TokenAt(tokens, 2).Is("replace") && is_table(3)) {
+    std::size_t name = 4;
+    fates.push_back(ReadTable(tokens, name));
+  }
+  std::size_t altered = 1;
+  while (tokens[0].Is("alter") && altered < 4 && !is_table(altered)) ++altered;  // online, ignore
+  if (tokens[0].Is("alter") && is_table(altered)) ReadAltered(tokens, altered + 1, fates);
+  return fates;
+}
+
 }  // namespace
+
+std::optional<std::size_t> AfterName(TTokens tokens, std::size_t at, std::string& name) {
+  for (; MayBeName(TokenAt(tokens, at)); at += 2) {
+    name = NameIn(tokens[at]);
+    if (!TokenAt(tokens, at + 1).Is(".")) return at + 1;
+  }
+  return std::nullopt;
+}
+
+std::vector<TTableFate> FatesOfTables(std::string_view statement) {
+  try {
+    return ReadFates(Tokens(statement));
+  } catch (const EVelmora&) {  // who reads its tables tells
+    return {};
+  }
+}
+
+std::string MovedTrigger(std::string_view text, const TTriggerHead& head, const std::string& table) {
+  return std::string(text.substr(0, head.table_start)) + QuotedName(table) + std::string(text.substr(head.table_end));
+}
 
 std::optional<TTriggerHead> ReadTriggerHead(std::string_view text) {
   try {

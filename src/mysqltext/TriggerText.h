@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "core/CreationTexts.h"
+#include "mysqltext/Lexer.h"
 
 namespace velmora {
 
@@ -23,6 +24,19 @@ struct TTriggerHead {
   std::string other{};  // the trigger that it names with that
 };
 std::optional<TTriggerHead> ReadTriggerHead(std::string_view text);  // nothing for what is none
+
+// What a statement makes of a table that is there: it goes, with its triggers, or gets another name.
+struct TTableFate {
+  std::string database;  // empty where the statement names none
+  std::string table;
+  std::string renamed{};  // empty: it goes
+};
+std::vector<TTableFate> FatesOfTables(std::string_view statement);
+// The text of a trigger whose table has another name now.
+std::string MovedTrigger(std::string_view text, const TTriggerHead& head, const std::string& table);
+
+// The token after a name, whose last part it gives; nothing for what is no name.
+std::optional<std::size_t> AfterName(TTokens tokens, std::size_t at, std::string& name);
 
 // Gives each trigger its place among those that fire with it. What `follows` and `precedes` say counts wherever they
 // stand: files of a folder come in the order of their names. One that no order lets stand beside the other that it

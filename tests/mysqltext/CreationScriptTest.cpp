@@ -113,6 +113,7 @@ TEST(CreationScript, KnowsWhatAStatementIs) {
       {Dynamic, {"\\. other.sql"}},
       {CreateIndex, {"create index i on t (a)", "create UNIQUE index i on t", "create fulltext index i on t"}},
       {Object, {"create trigger x", "create or replace view t"}},
+      {AlterObject, {"alter algorithm = merge view v as select 1", "alter definer = a@b event e disable"}},
       {Rename, {"rename table a to b"}},
       {Drop, {"drop table t", "drop/**/database d"}},
       {ReplaceTable, {"create or replace table t"}},
@@ -169,6 +170,22 @@ TEST(CreationScript, LoadsFiles) {
   const std::string missing = folder / "b.sql";
   EXPECT_EQ(MessageOf([&] { TCreationScript::Load(missing); }),
             "Cannot read " + missing + ": No such file or directory");
+}
+
+TEST(CreationScript, FilesChangeWhatEarlierOnesMake) {
+  const TScratchFolder folder;
+  WriteFileText(folder / "a.sql",
+                "set sql_mode = ''; create event e on schedule every 1 day do select 1;\n"
+                "create trigger g before insert on t for each row set @v = 1;");
+  WriteFileText(folder / "b.sql", "drop table if exists t; rename table t to u; alter event e rename to f;");
+  WriteFileText(folder / "c.sql", "create procedure p() select 1;");
+  std::string found;
+  const auto script = TCreationScript::Load(folder.Path());
+  for (const TOtherObject& object : script->OtherObjects()) found += Shown(object) + "\n";
+  EXPECT_EQ(found,
+            "event f {} create event `f` on schedule every 1 day do select 1\n"
+            "trigger g 1 {} create trigger g before insert on `u` for each row set @v = 1\n"
+            "procedure p create procedure p() select 1\n");
 }
 
 }  // namespace
