@@ -26,7 +26,7 @@ void ReadEach(std::string_view script, bool with_versions) {
   TSessionSettings settings;
   for (TStatement statement; reader.Next(statement);) {
     ReadStatementHead(statement.text, with_versions);
-    settings.Take(statement.text);
+    settings.Take(statement.text, with_versions, "line 1");
     Try([&] { ReadTableStatement(statement.text); });
     Try([&] { TextForScratch(statement.text, "shop"); });
   }
