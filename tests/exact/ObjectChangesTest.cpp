@@ -134,6 +134,24 @@ TEST(ObjectChangesTest, TriggersWhoseNamesAreOneToTheTarget) {
   }
 }
 
+TEST(ObjectChangesTest, TheCollationOfTextsCountsWhereItIsAskedFor) {
+  const std::pair<const char*, bool> kCases[] = {
+      {"select 'a' = 'A'", true}, {"select 1 /* 'a' */", false}, {"select _utf8mb4'a' = x'41'", false}};
+  for (const auto& [body, counts] : kCases)
+    for (const bool strict : {false, true}) {
+      SCOPED_TRACE(body);
+      const std::string text = std::string("create procedure o() comment 'a' ") + body;
+      TEquivalenceUse use;
+      use.Switch(EEquivalence::LiteralCollation, !strict);
+      const auto made_under = [&text](const char* collation) {
+        return TDatabaseObjects{"", {{"procedure", "o", text, {{}, collation, {}}}}};
+      };
+      const auto changes = CompareObjects(made_under("utf8mb4_bin"), made_under("latin1_bin"), {}, &use).changes;
+      EXPECT_EQ(changes.empty() ? "" : JoinList(changes[0].elements, ", "), strict && counts ? "collation" : "");
+      EXPECT_EQ(use.Count(EEquivalence::LiteralCollation), !strict && counts ? 1 : 0);
+    }
+}
+
 // Body of a procedure of database r, which database g is to get or has: whether it works on r from there.
 TEST(ObjectChangesTest, BodiesThatNameTheReferencesDatabase) {
   const std::pair<const char*, bool> kCases[] = {

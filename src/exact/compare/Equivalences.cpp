@@ -106,7 +106,8 @@ struct TRule {
   std::array<ESlot, 2> slots;  // it looks for something here
 };
 // AutoIncrement and OptionOrder are of options, KeyOrder, GeneratedKey, CopiedName, ColumnOrder and Partitions of
-// tables, not of elements; charsets are compared in pairs, by CharsetsAgree.
+// tables, LiteralCollation of what stands beside them, not of elements; charsets are compared in pairs, by
+// CharsetsAgree.
 constexpr std::array<TRule, 6> kRules = {
     {{EEquivalence::DisplayWidth, DropDisplayWidth, {ESlot::Arguments, ESlot::Arguments}},
      {EEquivalence::QuotedNumber, UnquoteNumber, {ESlot::Default, ESlot::Default}},
@@ -129,6 +130,8 @@ constexpr std::array<TEquivalence, kEquivalenceCount> kEquivalences = {
      {EEquivalence::GeneratedKey, "generated-key", "the invisible primary key that a server makes for a table without"},
      {EEquivalence::CopiedName, "copied-name",
       "underscores before the name of a foreign key or check, as tools for large tables put them there"},
+     {EEquivalence::LiteralCollation, "literal-collation",
+      "the collation in which views, triggers, routines and events compare the texts in them"},
      {EEquivalence::ColumnOrder, "column-order", "the order of columns", false},
      {EEquivalence::Comments, "comments", "comments of tables, columns and keys", false},
      {EEquivalence::Partitions, "partitions", "how tables are partitioned, and whether they are", false},

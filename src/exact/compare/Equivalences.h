@@ -25,6 +25,7 @@ enum class EEquivalence {
   KeyOrder,          // the order of keys, checks and foreign keys; counted once a table, whether it is on or not
   GeneratedKey,      // a primary key that a server made by itself where the other table has none; once a table
   CopiedName,        // underscores that a tool for large tables has put before the name of a constraint
+  LiteralCollation,  // the collation under which an object was made that holds texts; once an object
   // Not taken as equal unless it is switched on.
   ColumnOrder,  // the order of columns; once a table
   Comments,     // of tables, columns and keys

@@ -108,8 +108,14 @@ TStringList DifferentElements(const TObjectText& reference, const TObjectText& t
 
 class TComparison {
  public:
-  TComparison(const TDatabaseObjects& reference, const TDatabaseObjects& target, const TDefinerWishes& wishes)
-      : reference_(reference), target_(target), wishes_(wishes), reference_names_(reference), target_names_(target) {}
+  TComparison(const TDatabaseObjects& reference, const TDatabaseObjects& target, const TDefinerWishes& wishes,
+              TEquivalenceUse* use)
+      : reference_(reference),
+        target_(target),
+        wishes_(wishes),
+        use_(use),
+        reference_names_(reference),
+        target_names_(target) {}
 
   TObjectComparison Compare() {
     std::map<TObjectKey, const TOtherObject*> there;
@@ -203,6 +209,7 @@ class TComparison {
     CompareContexts(change);
     CompareStarts(change);
     SettleDefiner(change);
+    CompareCollations(change);
     if (NamesReference(change)) TellOfReference(change);
     if (!change.elements.empty())
       result_.changes.push_back(std::move(change));
@@ -287,6 +294,21 @@ class TComparison {
     if (zones && reference.time_zone != target.time_zone) change.elements.emplace_back("time zone");
   }
 
+  // It is that of texts without a character set of their own.
+  void CompareCollations(TObjectChange& change) {
+    const std::string& wanted = change.new_object.context.collation;
+    const std::string& there = change.old_object.context.collation;
+    if (use_ == nullptr || wanted.empty() || there.empty() || SameText(wanted, there)) return;
+    const bool ansi = QuotesNames(change.new_object.context.sql_mode.value_or(""));
+    const std::vector<TToken> tokens = TokensByMode(change.new_text->body, ansi);
+    const auto is_text = [](const TToken& token) { return token.kind == EToken::String && PrefixOf(token).empty(); };
+    if (std::ranges::none_of(tokens, is_text)) return;
+    if (!use_->On(EEquivalence::LiteralCollation))
+      change.elements.emplace_back("collation");
+    else if (change.elements.empty())
+      use_->Add(EEquivalence::LiteralCollation);
+  }
+
   static void CompareStarts(TObjectChange& change) {
     const std::string wanted = change.WantedStart();
     const bool other = !wanted.empty() && wanted != change.old_text->start;
@@ -303,6 +325,7 @@ class TComparison {
   const TDatabaseObjects& reference_;
   const TDatabaseObjects& target_;
   const TDefinerWishes& wishes_;
+  TEquivalenceUse* use_;
   TObjectComparison result_;
   TViewNames reference_names_, target_names_;
   std::vector<TObjectChange> same_triggers_;  // but for their places
@@ -323,8 +346,8 @@ std::string TObjectChange::Description() const {
 }
 
 TObjectComparison CompareObjects(const TDatabaseObjects& reference, const TDatabaseObjects& target,
-                                 const TDefinerWishes& wishes) {
-  return TComparison(reference, target, wishes).Compare();
+                                 const TDefinerWishes& wishes, TEquivalenceUse* use) {
+  return TComparison(reference, target, wishes, use).Compare();
 }
 
 // MySQL has them in its dictionary since 8.0, and had a file for each before.

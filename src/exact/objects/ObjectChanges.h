@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "core/CreationTexts.h"
+#include "exact/compare/Equivalences.h"
 #include "exact/objects/Definers.h"
 #include "exact/objects/ObjectText.h"
 #include "exact/objects/TriggerOrder.h"
@@ -78,8 +79,9 @@ struct TObjectComparison {
 // so is one that only one side has where the other does not see all of its kind, or whose name is another's to the
 // target. A body that names the reference's
 // database, while the target's has another name, is unsafe where it is written, and remarked where both sides have it.
+// The collation under which they were made counts as `use` says; not without it.
 TObjectComparison CompareObjects(const TDatabaseObjects& reference, const TDatabaseObjects& target,
-                                 const TDefinerWishes& wishes = {});
+                                 const TDefinerWishes& wishes = {}, TEquivalenceUse* use = nullptr);
 
 // To servers letter case counts in the names of some kinds alone.
 TObjectKey ObjectKey(const std::string& kind, const std::string& name);

@@ -224,7 +224,7 @@ void TExactSync::CompareOthers(TDBConn& target) {
   if (!Collations.empty() || read_.servers.differ) translated_objects_ = read_.wanted_objects;
   if (!Collations.empty()) MapCollations(Collations, *translated_objects_);
   if (read_.servers.differ) TranslateObjects(read_.servers, theirs, *translated_objects_);
-  objects_ = CompareObjects(WantedObjects(), theirs, Wishes.definers);
+  objects_ = CompareObjects(WantedObjects(), theirs, Wishes.definers, &Equivalences);
   TellAsRead();
   server_ = PlanServerOf(target);
   TKnownSets sets(target);
@@ -334,7 +334,8 @@ void TExactSync::Prove() {
 // What the plan would leave of the differences beside tables; what it cannot change is none of its affair.
 TStringList TExactSync::ObjectsLeft(TStringList& faults) const {
   const TDatabaseObjects after = ObjectsAfter(plan_, faults);
-  std::vector<TObjectChange> changes = CompareObjects(WantedObjects(), after, Wishes.definers).changes;
+  TEquivalenceUse use = Equivalences;
+  std::vector<TObjectChange> changes = CompareObjects(WantedObjects(), after, Wishes.definers, &use).changes;
   LeaveOutTold(changes);
   TStringList left;
   for (const TObjectChange& change : changes) left.push_back(change.LogText());

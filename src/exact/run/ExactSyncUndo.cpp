@@ -61,7 +61,7 @@ std::vector<TPlanStatement> TExactSync::PlanBack(const TSchema& after, const TDa
   TDatabaseObjects there = objects_after;
   for (const TRename& rename : RenamesBack()) FollowRename(rename, there);
   const std::vector<TObjectChange> objects =
-      CompareObjects(AllSeen(read_.target_objects), AllSeen(std::move(there)), kEveryDefiner).changes;
+      CompareObjects(AllSeen(read_.target_objects), AllSeen(std::move(there)), kEveryDefiner, &use).changes;
   TObjectPlan beside = MakeObjectPlan(objects, server_, DroppedTables(changes));
   std::vector<TPlanStatement> back = std::move(beside.before);
   TPlanServer server = server_;
@@ -81,7 +81,7 @@ std::string TExactSync::LeftByWayBack(const std::vector<TPlanStatement>& back, T
   const TTableNames touched = TouchedTables();
   const std::size_t of_tables = SchemaChanges(read_.target.schema, tables, use, &touched).size();
   const std::size_t beside =
-      CompareObjects(AllSeen(read_.target_objects), AllSeen(std::move(objects)), kEveryDefiner).changes.size();
+      CompareObjects(AllSeen(read_.target_objects), AllSeen(std::move(objects)), kEveryDefiner, &use).changes.size();
   if (of_tables + beside == 0) return {};
   return Format(kLeft, Counted(of_tables, "difference"), Counted(beside, "difference"));
 }
