@@ -44,7 +44,7 @@ std::string TMissingSequences::WhyNot(const TTableText& wanted, const TTableText
       if (qualified) name += 2;
       const std::string sequence = NameOf(TokenAt(tokens, name));
       if (IsThere(database, sequence)) continue;
-      return Format(kMissing, element.name, (qualified ? database + "." : "") + sequence);
+      return Format(kMissing, element.name, qualified ? Format("%s.%s", database, sequence) : sequence);
     }
   }
   return {};

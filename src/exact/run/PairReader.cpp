@@ -304,7 +304,8 @@ class TPairReader {
       const TSideReader& side = IndexOf(known, name) == kNotInList ? reference_ : target_;
       Skip(side, name, Format(kSameName, JoinList({twins.begin(), twins.end()}, " and ")), true);
       for (TDatabaseObjects* objects : {&wanted, &there})
-        if (std::erase_if(objects->objects, [&](const TOtherObject& of) { return OfTables(of) && of.name == name; }))
+        if (std::erase_if(objects->objects,
+                          [&, &twin = name](const TOtherObject& of) { return OfTables(of) && of.name == twin; }))
           pair_.put_aside = true;
     }
   }

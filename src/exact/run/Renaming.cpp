@@ -35,12 +35,12 @@ class TFitting {
       if (wish.OfTable()) FitTable(wish);
     for (const TRename& wish : wishes)
       if (!wish.OfTable()) FitColumn(wish);
-    for (const auto& [wish, line] : both_there_) {
-      const bool circle = std::ranges::any_of(undone_, [&wish](const TRename& other) {
+    for (const auto& [rename, line] : both_there_) {
+      const bool circle = std::ranges::any_of(undone_, [&wish = rename](const TRename& other) {
         return other.table == wish.table &&
                (SameNames(wish, other.to, wish.from) || SameNames(wish, other.from, wish.to));
       });
-      (circle ? result_.refused : result_.told).push_back(circle ? Format(kCircle, wish.Text()) : line);
+      (circle ? result_.refused : result_.told).push_back(circle ? Format(kCircle, rename.Text()) : line);
     }
     return std::move(result_);
   }
