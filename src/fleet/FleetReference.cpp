@@ -23,7 +23,8 @@ constexpr char kReadOnce[] = "The reference was read once, and is not asked agai
 constexpr char kNoTable[] = "Table '%s' doesn't exist";
 
 // What comparisons ask a server beside its texts, where the other side is a file.
-constexpr const char* kQuestions[] = {"select @@global.explicit_defaults_for_timestamp", "select length(localtime)"};
+constexpr const char* kQuestions[] = {"select @@global.explicit_defaults_for_timestamp", "select length(localtime)",
+                                      "select @@global.sql_mode"};
 
 // What a server said.
 struct TKept {
